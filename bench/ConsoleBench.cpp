@@ -1,0 +1,72 @@
+#include "console/QueueGridModel.h"
+#include "engine/contract/QueueRecordSet.h"
+#include "queue/Normalisation.h"
+
+#include <QApplication>
+#include <QTableView>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+QString textOf160()
+{
+    QString text;
+    while (text.size() < 160)
+        text += QStringLiteral("Coração à João, ñandú y más: 10 € ");
+    return text.left(160);
+}
+
+QList<QueueRow> waiting(int count)
+{
+    QList<QueueRow> rows;
+    rows.reserve(count);
+    for (int i = 0; i < count; ++i)
+        rows.append({QStringLiteral("2100-01-01T%1:%2:00")
+                         .arg(i / 60 % 24, 2, 10, QLatin1Char('0'))
+                         .arg(i % 60, 2, 10, QLatin1Char('0')),
+                     QStringLiteral("9%1").arg(i, 8, 10, QLatin1Char('0')),
+                     QStringLiteral("Su pedido %1 está listo para recoger.").arg(i), i + 1});
+    return rows;
+}
+
+void normalise160Characters(benchmark::State &state)
+{
+    const QString text = textOf160();
+    for ([[maybe_unused]] auto step : state)
+        benchmark::DoNotOptimize(NormalizeSMSText(false, text));
+}
+BENCHMARK(normalise160Characters);
+
+/// What ShowQueueSize does once it has the rows: sort, bind, and paint the grid.
+void rebuildQueueGrid(benchmark::State &state)
+{
+    const QList<QueueRow> rows = waiting(static_cast<int>(state.range(0)));
+    QueueGridModel model{QLocale(QLocale::Spanish)};
+    QTableView grid;
+    grid.setModel(&model);
+    grid.resize(400, 205);
+    grid.show();
+    for ([[maybe_unused]] auto step : state) {
+        QueueRecordSet records(rows);
+        grid.setUpdatesEnabled(false);
+        records.sortByDeliveryDate();
+        model.bind(std::move(records));
+        grid.setCurrentIndex(model.index(model.rowCount() / 2, 0));
+        grid.scrollTo(grid.currentIndex());
+        grid.setUpdatesEnabled(true);
+        grid.repaint();
+    }
+}
+BENCHMARK(rebuildQueueGrid)->Arg(10'000)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,140 @@
+// The whole path: bus calls, and messages through the engine process to the simulated device.
+// Starts both in a sandbox of its own; to be run under dbus-run-session.
+
+#include "engine/SMSManagerProxy.h"
+#include "engine/contract/BusTypes.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+void figure(const char *what, double value, const char *unit)
+{
+    out() << what << ": " << QString::number(value, 'f', 2) << ' ' << unit << Qt::endl;
+}
+
+int linesIn(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? static_cast<int>(file.readAll().count('\n')) : 0;
+}
+
+QDateTime due()
+{
+    return {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC};
+}
+
+QDateTime later()
+{
+    return {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC};
+}
+
+void measureCalls(SMSManager &engine)
+{
+    constexpr int calls = 2000;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < calls; ++i)
+        engine.GetEngineStatus();
+    figure("a bus call", static_cast<double>(timer.nsecsElapsed()) / calls / 1000, "us");
+
+    constexpr int additions = 500;
+    timer.start();
+    for (int i = 0; i < additions; ++i)
+        engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), later());
+    figure("AddSMS, on disk when it returns",
+           static_cast<double>(timer.nsecsElapsed()) / additions / 1000, "us");
+    engine.ClearQueue();
+
+    SMSList list;
+    for (int i = 0; i < 10'000; ++i)
+        list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido está listo para recoger."));
+    timer.start();
+    engine.AddSMSList(list, later());
+    figure("AddSMSList of 10,000", static_cast<double>(timer.nsecsElapsed()) / 1e6, "ms");
+    timer.start();
+    engine.GetQueue();
+    figure("GetQueue of 10,000 rows", static_cast<double>(timer.nsecsElapsed()) / 1e6, "ms");
+    engine.ClearQueue();
+}
+
+void measureThroughput(SMSManager &engine, const QString &log)
+{
+    constexpr int messages = 1000;
+    SMSList list;
+    for (int i = 0; i < messages; ++i)
+        list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido %1 está listo.").arg(i));
+    const int before = linesIn(log);
+    engine.AddSMSList(list, due());
+    QElapsedTimer timer;
+    timer.start();
+    engine.StartEngine();
+    while (linesIn(log) - before < messages)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    figure("messages through the engine, every commit durable",
+           messages * 1e9 / static_cast<double>(timer.nsecsElapsed()), "a second");
+}
+
+void measureLatency(SMSManager &engine, const QString &log)
+{
+    std::vector<double> taken;
+    for (int i = 0; i < 200; ++i) {
+        const int before = linesIn(log);
+        QElapsedTimer timer;
+        timer.start();
+        engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+        while (linesIn(log) == before)
+            QCoreApplication::processEvents();
+        taken.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+    }
+    std::sort(taken.begin(), taken.end());
+    figure("from AddSMS to the device's acceptance, median", taken[taken.size() / 2], "ms");
+    figure("from AddSMS to the device's acceptance, 95 of 100", taken[taken.size() * 95 / 100],
+           "ms");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir sandbox;
+    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("data"))));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("config"))));
+    const QCoreApplication application(argc, argv);
+    const QString bin = QStringLiteral(NORVANE_BIN_DIR);
+    const QString log = sandbox.filePath(QStringLiteral("log"));
+    const QString link = sandbox.filePath(QStringLiteral("gsm"));
+
+    QProcess simulator;
+    simulator.start(bin + QStringLiteral("/gsm-simulator"),
+                    {QStringLiteral("--link"), link, QStringLiteral("--log"), log});
+    simulator.waitForReadyRead(10'000);
+    QProcess::execute(bin + QStringLiteral("/TovekSMService"),
+                      {QStringLiteral("--device"), link + QStringLiteral(", 115200")});
+
+    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(),
+                                   bin + QStringLiteral("/TovekSMService"), Bus::CallTimeout);
+    {
+        SMSManagerProxy engine(launcher);
+        measureCalls(engine);
+        measureThroughput(engine, log);
+        measureLatency(engine, log);
+    }
+    simulator.terminate();
+    simulator.waitForFinished();
+    return 0; // the engine ends with its bus
+}

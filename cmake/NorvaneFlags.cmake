@@ -1,0 +1,25 @@
+# The one place for compiler flags. Every target of ours links norvane_flags.
+add_library(norvane_flags INTERFACE)
+target_compile_features(norvane_flags INTERFACE cxx_std_20)
+target_compile_options(norvane_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+target_compile_definitions(norvane_flags INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_KEYWORDS
+    QT_STRICT_ITERATORS)
+target_include_directories(norvane_flags INTERFACE "${PROJECT_SOURCE_DIR}/src")
+
+option(NORVANE_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+if(NORVANE_SANITIZE)
+    target_compile_options(norvane_flags INTERFACE
+        -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    target_link_options(norvane_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# norvane_library(<name> SOURCES ... [LINK ...]): a library for one folder of src/.
+function(norvane_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC norvane_flags ${ARG_LINK})
+endfunction()

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Builds Norvane SMS and runs it against a simulated GSM device, in a sandbox of its own below
+# build/demo: nothing of the user's own settings, queue or devices is touched.
+#
+# With a display the console is left open. Without one a virtual display is used: a message is sent
+# through the real window, what the simulated device received is printed, and a screenshot is saved.
+#
+# How the program is installed and set up for real work is told in README.md.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+tools/install-packages.sh
+cmake --preset release >/dev/null
+cmake --build --preset release --target NorvaneSMS TovekSMService gsm-simulator norvane_language_files
+
+demo=$PWD/build/demo
+bin=$PWD/build/release/bin
+mkdir -p "$demo"/{config/Norvane,data,runtime,queue}
+chmod 700 "$demo/runtime"
+export XDG_CONFIG_HOME=$demo/config XDG_DATA_HOME=$demo/data XDG_RUNTIME_DIR=$demo/runtime
+export NORVANE_DEMO=$demo NORVANE_BIN=$bin
+
+# The console polls and reads this folder, and not the one that the programs lie in.
+if [[ ! -e $demo/config/Norvane/settings.ini ]]; then
+    printf '[SMS]\nServerMode=True\nQueueFolder=%s\n' "$demo/queue" >"$demo/config/Norvane/settings.ini"
+fi
+
+if [[ -n ${DISPLAY:-} || -n ${WAYLAND_DISPLAY:-} ]]; then
+    exec dbus-run-session -- tools/demo.sh interactive
+fi
+exec xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session -- tools/demo.sh driven

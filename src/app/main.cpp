@@ -1,0 +1,74 @@
+#include "app/modSMSClient.h"
+#include "console/frmSMSClient.h"
+#include "engine/SMSManagerProxy.h"
+#include "engine/contract/BusTypes.h"
+#include "foundation/StoredSettings.h"
+#include "foundation/platform/LinuxPlatform.h"
+#include "foundation/ui/Application.h"
+#include "foundation/ui/FatalReport.h"
+#include "foundation/ui/Look.h"
+#include "foundation/ui/WidgetMessageBoxes.h"
+
+#include <QDBusConnection>
+#include <QLibraryInfo>
+#include <QTranslator>
+
+#include <cstdlib>
+
+namespace {
+
+QDateTime wallClock()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    const QTime time = now.time();
+    return {now.date(), QTime(time.hour(), time.minute(), time.second()), Qt::UTC};
+}
+
+/// The toolkit's own words, on the buttons of message boxes, in the console's language.
+void translateToolkit(QTranslator &translator)
+{
+    if (translator.load(QLocale(QLocale::Spanish), QStringLiteral("qtbase"), QStringLiteral("_"),
+                        QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&translator);
+}
+
+ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &programFolder)
+{
+    return {[launcher = std::shared_ptr<EngineLauncher>(), programFolder]() mutable {
+                if (!launcher)
+                    launcher = std::make_shared<ProcessEngineLauncher>(
+                        QDBusConnection::sessionBus(),
+                        programFolder + QStringLiteral("/TovekSMService"), Bus::CallTimeout);
+                return std::make_unique<SMSManagerProxy>(*launcher);
+            },
+            modSMSClient::ReleaseGlobals, wallClock, ModeSettings(settings, programFolder),
+            QLocale::system()};
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Application application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("NorvaneSMS"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
+    applyLook();
+    QTranslator translator;
+    translateToolkit(translator);
+
+    WidgetMessageBoxes boxes;
+    installMessageBoxes(&boxes);
+    const LinuxPlatform platform;
+    PlatformHelpers helpers(platform);
+    IniStoredSettings settings;
+
+    std::unique_ptr<frmSMSClient> console;
+    try {
+        console = modSMSClient::Main(helpers, makeEnvironment(settings, helpers.programFolder()));
+    } catch (...) {
+        FatalReport::report(std::current_exception());
+    }
+    if (!console)
+        return EXIT_SUCCESS;
+    return Application::exec();
+}

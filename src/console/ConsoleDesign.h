@@ -1,0 +1,66 @@
+#pragma once
+
+#include "foundation/ui/Twips.h"
+
+#include <QLatin1String>
+
+#include <span>
+
+/// The console window as it was drawn: kinds, containers, places and tab order of its controls, and
+/// the texts of the language file that they take at load.
+namespace ConsoleDesign {
+
+enum class Kind {
+    Panel,
+    Frame,
+    Button,
+    Label,
+    CentredLabel,
+    PhoneBox,
+    MessageBox,
+    DateBox,
+    TimeBox,
+    Terminal,
+    Grid,
+    Image,
+};
+
+inline constexpr int noTab = -1;
+
+struct Control
+{
+    QLatin1String name;
+    Kind kind;
+    QLatin1String container; ///< empty for the window itself
+    Twips::Rect place;
+    QLatin1String text; ///< design text, which the language file replaces where it has one
+    int tab = noTab;
+    QLatin1String picture = {};         ///< drawing of an image or button
+    int pictureSize = 0;                ///< pixels, square
+    QLatin1String disabledPicture = {}; ///< drawing of a disabled button, where it has its own
+};
+
+/// All controls, each behind its container.
+std::span<const Control> controls();
+
+struct Caption
+{
+    QLatin1String control;
+    qint32 textId;
+};
+
+/// The captions in the order in which they are given. One control stands here twice, and the later
+/// text is what it shows; one frame has no text of its own and keeps its design text.
+std::span<const Caption> captions();
+
+inline constexpr qint32 windowTitle = 3760000;
+inline constexpr QLatin1String designTitle("Tovek SMS Center");
+
+/// Inner size of the window at design time, in twips.
+inline constexpr float width = 15015;
+inline constexpr float height = 7275;
+
+/// Widths of the columns of both grids, in twips.
+inline constexpr float columnWidths[] = {1260, 1600, 1170};
+
+} // namespace ConsoleDesign

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "app/mode/ModeSettings.h"
+#include "engine/contract/SMSManager.h"
+
+#include <QDateTime>
+#include <QLocale>
+
+#include <functional>
+#include <memory>
+
+/// What the console needs from above and can't make itself.
+struct ConsoleEnvironment
+{
+    /// A new engine object; fails with a NumberedFailure when none can be had.
+    std::function<std::unique_ptr<SMSManager>()> createEngine;
+    /// The last step of the console's end.
+    std::function<void()> releaseGlobals;
+    /// The wall clock: a moment without a zone, told as Qt::UTC.
+    std::function<QDateTime()> now;
+    ModeSettings settings;
+    QLocale locale;
+};

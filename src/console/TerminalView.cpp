@@ -1,0 +1,64 @@
+#include "console/TerminalView.h"
+
+#include <QKeyEvent>
+
+namespace {
+
+bool movesFocus(const QKeyEvent &event)
+{
+    return event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab;
+}
+
+} // namespace
+
+TerminalView::TerminalView(QWidget *parent) : QPlainTextEdit(parent)
+{
+    setUndoRedoEnabled(false);
+    setTabChangesFocus(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+void TerminalView::setText(const QString &text)
+{
+    m_text.clear();
+    clear();
+    append(text);
+}
+
+void TerminalView::append(const QString &text)
+{
+    m_text += text;
+    moveCursor(QTextCursor::End);
+    insertPlainText(text);
+    moveCursor(QTextCursor::End);
+    ensureCursorVisible();
+}
+
+void TerminalView::appendLine(const QString &line)
+{
+    append(line + QStringLiteral("\r\n"));
+}
+
+bool TerminalView::event(QEvent *event)
+{
+    // No key of the log is a shortcut of the window's either.
+    if (event->type() == QEvent::ShortcutOverride) {
+        event->accept();
+        return true;
+    }
+    return QPlainTextEdit::event(event);
+}
+
+void TerminalView::keyPressEvent(QKeyEvent *event)
+{
+    if (movesFocus(*event))
+        event->ignore();
+    else
+        event->accept();
+}
+
+void TerminalView::keyReleaseEvent(QKeyEvent *event)
+{
+    event->accept();
+}

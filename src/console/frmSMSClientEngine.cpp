@@ -1,0 +1,118 @@
+#include "console/QueueGridModel.h"
+#include "console/SentGridModel.h"
+#include "console/TerminalView.h"
+#include "console/frmSMSClient.h"
+#include "engine/Estimate.h"
+#include "engine/EventTexts.h"
+#include "foundation/Globals.h"
+#include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/ImageControl.h"
+#include "foundation/ui/PictureButton.h"
+
+#include <QLabel>
+#include <QTableView>
+
+void frmSMSClient::connectEngine()
+{
+    SMSManager *const engine = moSMSManager.get();
+    connect(engine, &SMSManager::DeviceInfo, this, &frmSMSClient::moSMSManager_DeviceInfo);
+    connect(engine, &SMSManager::EngineStatus, this, &frmSMSClient::moSMSManager_EngineStatus);
+    connect(engine, &SMSManager::SMSQueueChanged, this,
+            &frmSMSClient::moSMSManager_SMSQueueChanged);
+    connect(engine, &SMSManager::SMSSent, this, &frmSMSClient::moSMSManager_SMSSent);
+    connect(engine, &SMSManager::SMSSentFailed, this, &frmSMSClient::moSMSManager_SMSSentFailed);
+    connect(engine, &SMSManager::WarningError, this, &frmSMSClient::moSMSManager_WarningError);
+}
+
+void frmSMSClient::moSMSManager_DeviceInfo(const QString &Manufacturer, const QString &Model,
+                                           const QString &IMEI, const QString &NetworkInfo,
+                                           qint32 BatteryLevel, qint32 SignalLevel,
+                                           const QString &FirmWare, const QString &Time,
+                                           const QString &SMSCNumber, const QString &Hardware)
+{
+    m_ui.txtTerm->setText(
+        EventTexts::terminalText({Manufacturer, Model, IMEI, NetworkInfo, BatteryLevel, SignalLevel,
+                                  FirmWare, Time, SMSCNumber, Hardware}));
+    m_ui.lblDeviceStatus->setText(EventTexts::deviceStatus(Manufacturer, Model));
+    mdLastEvent = m_environment.now();
+}
+
+void frmSMSClient::moSMSManager_EngineStatus(qint32 status)
+{
+    ShowEngineStatus(status);
+}
+
+void frmSMSClient::ShowEngineStatus(qint32 status)
+{
+    const bool running = status == SMSManager::Running;
+    m_ui.imgEngineStatus[1]->setVisible(running);
+    m_ui.imgEngineStatus[0]->setVisible(!running);
+    m_ui.btnStart->setEnabled(!running);
+    m_ui.btnStop->setEnabled(running);
+    m_ui.lblEngineStatus->setText(EventTexts::engineStatus(status));
+}
+
+void frmSMSClient::moSMSManager_SMSQueueChanged(qint32 currentSize)
+{
+    ShowQueueSize(currentSize);
+}
+
+void frmSMSClient::ShowQueueSize(qint32 count)
+{
+    const bool waiting = count >= 1;
+    m_ui.imgQueue[1]->setVisible(waiting);
+    m_ui.imgQueue[0]->setVisible(!waiting);
+    m_ui.lblQueueSize->setText(EventTexts::queueSize(count));
+
+    m_ui.grdQueue->setUpdatesEnabled(false);
+    bindQueue();
+    m_ui.grdQueue->setUpdatesEnabled(true);
+}
+
+void frmSMSClient::bindQueue()
+{
+    // The row is kept as a number and not as a message. The grid's rows count from 1, below the
+    // header.
+    const int current = m_ui.grdQueue->currentIndex().row() + 1;
+    QueueRecordSet records = moSMSManager->GetQueue();
+    records.sortByDeliveryDate();
+    m_queueRows->bind(std::move(records));
+    const int rows = m_queueRows->rowCount() + 1;
+    if (current > 0 && rows > current) {
+        const QModelIndex index = m_queueRows->index(current - 1, 0);
+        m_ui.grdQueue->setCurrentIndex(index);
+        m_ui.grdQueue->scrollTo(index);
+    }
+    SetGridHeaders();
+}
+
+void frmSMSClient::moSMSManager_SMSSent(const QString &phone, const QString &Message,
+                                        qint32 QueueCount)
+{
+    m_ui.txtTerm->appendLine(EventTexts::sentLine(phone));
+    m_sentRows->add({EventTexts::sentMoment(m_environment.now(), m_environment.locale), phone,
+                     Message, SentGridModel::Outcome::Sent});
+    m_ui.fraSentDetails->setCaption(EventTexts::sentCaption(m_sentRows->rowCount()));
+    showEstimate(QueueCount);
+    mdLastEvent = m_environment.now();
+}
+
+void frmSMSClient::showEstimate(qint32 QueueCount)
+{
+    const qint32 seconds = Estimate::secondsField(mdLastEvent, m_environment.now());
+    const QTime remaining = Estimate::remaining(seconds, QueueCount);
+    m_ui.lblEstimated->setText(GS(3760053, EventTexts::timeText(remaining, m_environment.locale)));
+}
+
+void frmSMSClient::moSMSManager_SMSSentFailed(const QString &phone, const QString &Message,
+                                              qint32 errorCode)
+{
+    m_ui.txtTerm->appendLine(EventTexts::failedLine(phone, errorCode));
+    m_sentRows->add({EventTexts::failedMoment(m_environment.now()), phone, Message,
+                     SentGridModel::Outcome::Failed});
+}
+
+void frmSMSClient::moSMSManager_WarningError(qint32 errCode, const QString &ExtraInfo)
+{
+    m_ui.txtTerm->appendLine(EventTexts::warningLine(errCode, ExtraInfo));
+}

@@ -1,0 +1,187 @@
+#include "engine/SMSManagerProxy.h"
+
+#include "SMSManagerBusInterface.h"
+#include "engine/contract/BusTypes.h"
+#include "foundation/FailureNumbers.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QEvent>
+#include <QUuid>
+
+namespace {
+
+bool engineHadVanished(const QDBusError &error)
+{
+    return error.type() == QDBusError::ServiceUnknown ||
+           error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+}
+
+[[noreturn]] void raiseCallFailed(const char *operation, const QDBusError &error)
+{
+    throw NumberedFailure(Failure::RemoteServerUnavailable,
+                          QStringLiteral("SMSManager.") + QLatin1String(operation),
+                          Failure::description(Failure::RemoteServerUnavailable) +
+                              QStringLiteral(" (") + error.message() + u')');
+}
+
+} // namespace
+
+SMSManagerProxy::SMSManagerProxy(EngineLauncher &launcher, QObject *parent)
+    : SMSManager(parent), m_launcher(launcher),
+      m_connectionName(QUuid::createUuid().toString(QUuid::WithoutBraces)),
+      m_callTimeout(Bus::CallTimeout)
+{
+    Bus::registerTypes();
+    m_launcher.ensureRunning();
+    m_engine = std::make_unique<SMSManagerBusInterface>(
+        QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_connectionName));
+
+    SMSManagerBusInterface *const engine = m_engine.get();
+    connect(engine, &SMSManagerBusInterface::DeviceInfo, this, &SMSManager::DeviceInfo);
+    connect(engine, &SMSManagerBusInterface::EngineStatus, this, &SMSManager::EngineStatus);
+    connect(engine, &SMSManagerBusInterface::SMSQueueChanged, this, &SMSManager::SMSQueueChanged);
+    connect(engine, &SMSManagerBusInterface::SMSSent, this, &SMSManager::SMSSent);
+    connect(engine, &SMSManagerBusInterface::SMSSentFailed, this, &SMSManager::SMSSentFailed);
+    connect(engine, &SMSManagerBusInterface::WarningError, this, &SMSManager::WarningError);
+    attach();
+}
+
+SMSManagerProxy::~SMSManagerProxy()
+{
+    m_engine.reset();
+    QDBusConnection::disconnectFromBus(m_connectionName);
+}
+
+void SMSManagerProxy::attach()
+{
+    m_engine->setTimeout(m_callTimeout);
+    m_engine->ReportState();
+}
+
+template <typename Call>
+auto SMSManagerProxy::call(const char *operation, int timeLimit, Call &&start)
+{
+    m_engine->setTimeout(timeLimit);
+    auto reply = start();
+    reply.waitForFinished();
+    if (reply.isError() && engineHadVanished(reply.error())) {
+        m_launcher.ensureRunning();
+        attach();
+        m_engine->setTimeout(timeLimit);
+        reply = start();
+        reply.waitForFinished();
+    }
+    if (reply.isError())
+        raiseCallFailed(operation, reply.error());
+    return reply;
+}
+
+template <typename Call>
+auto SMSManagerProxy::call(const char *operation, Call &&start)
+{
+    return call(operation, m_callTimeout, std::forward<Call>(start));
+}
+
+void SMSManagerProxy::StartEngine()
+{
+    call("StartEngine", [this] { return m_engine->StartEngine(); });
+}
+
+void SMSManagerProxy::StopEngine()
+{
+    call("StopEngine", [this] { return m_engine->StopEngine(); });
+}
+
+qint32 SMSManagerProxy::TestDevice()
+{
+    return call("TestDevice", Bus::TestDeviceTimeout, [this] { return m_engine->TestDevice(); })
+        .value();
+}
+
+qint32 SMSManagerProxy::GetEngineStatus()
+{
+    return call("GetEngineStatus", [this] { return m_engine->GetEngineStatus(); }).value();
+}
+
+void SMSManagerProxy::AddSMS(const QString &phone, const QString &message,
+                             const QDateTime &deliveryDate)
+{
+    call("AddSMS", [&] {
+        return m_engine->AddSMS(Bus::withoutNul(phone), Bus::withoutNul(message),
+                                Bus::dateText(deliveryDate));
+    });
+}
+
+void SMSManagerProxy::AddSMSList(const SMSList &list, const QDateTime &deliveryDate)
+{
+    BusSMSList entries = list.entries();
+    for (SMSList::Entry &entry : entries)
+        entry = {Bus::withoutNul(entry.phone), Bus::withoutNul(entry.message)};
+    call("AddSMSList", [&] { return m_engine->AddSMSList(entries, Bus::dateText(deliveryDate)); });
+}
+
+qint32 SMSManagerProxy::GetQueueSize()
+{
+    return call("GetQueueSize", [this] { return m_engine->GetQueueSize(); }).value();
+}
+
+void SMSManagerProxy::ClearQueue()
+{
+    call("ClearQueue", [this] { return m_engine->ClearQueue(); });
+}
+
+QueueRecordSet SMSManagerProxy::GetQueue()
+{
+    BusQueueRows rows;
+    quint64 snapshot = 0;
+    quint32 total = 0;
+    do {
+        const auto first = static_cast<quint32>(rows.size());
+        auto page = call("GetQueue", [&] { return m_engine->GetQueue(snapshot, first); });
+        const quint64 taken = page.argumentAt<0>();
+        if (taken != snapshot) // a first page, or an engine that came up anew between two pages
+            rows.clear();
+        snapshot = taken;
+        total = page.argumentAt<1>();
+        const BusQueueRows received = page.argumentAt<2>();
+        if (received.isEmpty())
+            break;
+        rows += received;
+    } while (static_cast<quint32>(rows.size()) < total);
+    return QueueRecordSet(std::move(rows));
+}
+
+void SMSManagerProxy::UpdateQueue(const QueueRecordSet &records)
+{
+    BusQueueRows changed = records.changedRows();
+    for (QueueRow &row : changed) {
+        row.phone = Bus::withoutNul(row.phone);
+        row.message = Bus::withoutNul(row.message);
+    }
+    call("UpdateQueue", [&] { return m_engine->UpdateQueue(changed, records.deletedIds()); });
+}
+
+void SMSManagerProxy::ApplySettings()
+{
+    call("ApplySettings", [this] { return m_engine->ApplySettings(); });
+}
+
+DeviceSettings SMSManagerProxy::GetDeviceSettings()
+{
+    return call("GetDeviceSettings", [this] { return m_engine->GetDeviceSettings(); }).value();
+}
+
+bool SMSManagerProxy::SetDeviceSettings(const DeviceSettings &settings)
+{
+    DeviceSettings clean = settings;
+    clean.PINCode = Bus::withoutNul(settings.PINCode);
+    clean.Parameter = Bus::withoutNul(settings.Parameter);
+    return call("SetDeviceSettings", [&] { return m_engine->SetDeviceSettings(clean); }).value();
+}
+
+void SMSManagerProxy::DeliverPendingEvents()
+{
+    QCoreApplication::sendPostedEvents(m_engine.get(), QEvent::MetaCall);
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "engine/EngineLauncher.h"
+#include "engine/contract/SMSManager.h"
+
+#include <memory>
+
+class SMSManagerBusInterface;
+
+/// The engine process as an engine object of the console: each operation is a blocking call over
+/// the session bus, each event a signal that waits for the event loop.
+///
+/// A call to an engine that has vanished starts it again once. An engine that dies in the call, or
+/// hangs past its time limit, turns the call into NumberedFailure 462.
+class SMSManagerProxy : public SMSManager
+{
+    Q_OBJECT
+
+public:
+    /// Starts the engine if need be and asks it, without waiting, to report its state. The object
+    /// has a connection to the session bus of its own, so that the engine notices when it goes.
+    /// @param launcher  must outlive this object
+    /// @throws NumberedFailure 429 when no engine can be had
+    explicit SMSManagerProxy(EngineLauncher &launcher, QObject *parent = nullptr);
+    ~SMSManagerProxy() override;
+
+    void StartEngine() override;
+    void StopEngine() override;
+    qint32 TestDevice() override;
+    qint32 GetEngineStatus() override;
+    void AddSMS(const QString &phone, const QString &message,
+                const QDateTime &deliveryDate) override;
+    void AddSMSList(const SMSList &list, const QDateTime &deliveryDate) override;
+    qint32 GetQueueSize() override;
+    void ClearQueue() override;
+    QueueRecordSet GetQueue() override;
+    void UpdateQueue(const QueueRecordSet &records) override;
+    void ApplySettings() override;
+    DeviceSettings GetDeviceSettings() override;
+    bool SetDeviceSettings(const DeviceSettings &settings) override;
+
+    void DeliverPendingEvents() override;
+
+    /// The time limit of every call but TestDevice, in milliseconds; Bus::CallTimeout at first.
+    void setCallTimeout(int milliseconds) { m_callTimeout = milliseconds; }
+
+private:
+    void attach();
+    template <typename Call>
+    auto call(const char *operation, int timeLimit, Call &&start);
+    template <typename Call>
+    auto call(const char *operation, Call &&start);
+
+    EngineLauncher &m_launcher;
+    QString m_connectionName;
+    std::unique_ptr<SMSManagerBusInterface> m_engine;
+    int m_callTimeout;
+};

@@ -1,0 +1,52 @@
+#include "engine/contract/QueueRecordSet.h"
+
+#include <algorithm>
+#include <utility>
+
+QueueRecordSet::QueueRecordSet(QList<QueueRow> rows) : m_rows(std::move(rows)) {}
+
+void QueueRecordSet::sortByDeliveryDate()
+{
+    const auto earlier = [](const QueueRow &a, const QueueRow &b) {
+        return a.deliveryDate < b.deliveryDate;
+    };
+    // The engine mostly hands the queue out in this order, and looking costs less than sorting.
+    if (!std::is_sorted(m_rows.cbegin(), m_rows.cend(), earlier))
+        std::stable_sort(m_rows.begin(), m_rows.end(), earlier);
+}
+
+void QueueRecordSet::setPhone(qsizetype row, const QString &phone)
+{
+    QueueRow &target = m_rows[row];
+    if (target.phone == phone)
+        return;
+    target.phone = phone;
+    m_changed.insert(target.id);
+}
+
+void QueueRecordSet::setMessage(qsizetype row, const QString &message)
+{
+    QueueRow &target = m_rows[row];
+    if (target.message == message)
+        return;
+    target.message = message;
+    m_changed.insert(target.id);
+}
+
+void QueueRecordSet::removeRow(qsizetype row)
+{
+    const qint64 id = m_rows.at(row).id;
+    m_rows.removeAt(row);
+    m_changed.remove(id);
+    m_deleted.append(id);
+}
+
+QList<QueueRow> QueueRecordSet::changedRows() const
+{
+    QList<QueueRow> changed;
+    for (const QueueRow &row : m_rows) {
+        if (m_changed.contains(row.id))
+            changed.append(row);
+    }
+    return changed;
+}

@@ -1,0 +1,53 @@
+#include "foundation/FileSystem.h"
+
+#include "foundation/FailureNumbers.h"
+
+#include <QFileInfo>
+
+#include <cerrno>
+
+namespace {
+constexpr QChar Separator = u'/';
+}
+
+FileSystem::FileSystem(PlatformFiles &files) : m_files(files) {}
+
+QString FileSystem::BuildPath(const QString &path, const QString &name) const
+{
+    if (path.isEmpty() || name.isEmpty())
+        return path + name;
+    const bool closed = path.endsWith(Separator);
+    const bool opened = name.startsWith(Separator);
+    if (closed && opened)
+        return path + name.sliced(1);
+    return closed || opened ? path + name : path + Separator + name;
+}
+
+bool FileSystem::FileExists(const QString &path) const
+{
+    return QFileInfo(path).isFile();
+}
+
+bool FileSystem::FolderExists(const QString &path) const
+{
+    return QFileInfo(path).isDir();
+}
+
+QString FileSystem::GetDriveName(const QString & /*path*/) const
+{
+    return {};
+}
+
+void FileSystem::CreateFolder(const QString &path)
+{
+    const QString source = QStringLiteral("FileSystem::CreateFolder");
+    if (path.isEmpty())
+        Failure::raise(Failure::InvalidProcedureCall, source);
+    if (path.contains(QChar::Null))
+        Failure::raise(Failure::BadFileNameOrNumber, source);
+    const int error = m_files.makeFolder(path, PlatformFiles::Access::Usual);
+    if (error == ENOENT)
+        Failure::raise(Failure::PathNotFound, source);
+    if (error != 0)
+        Failure::raiseErrno(error, source);
+}

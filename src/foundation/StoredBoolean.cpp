@@ -1,0 +1,25 @@
+#include "foundation/StoredBoolean.h"
+
+#include "foundation/FailureNumbers.h"
+
+#include <cmath>
+
+bool toBoolean(const QString &text)
+{
+    const QString word = text.trimmed();
+    if (word.compare(u"True", Qt::CaseInsensitive) == 0)
+        return true;
+    if (word.compare(u"False", Qt::CaseInsensitive) == 0)
+        return false;
+
+    bool isNumber = false;
+    const double number = word.toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(number))
+        Failure::raise(Failure::TypeMismatch, QStringLiteral("toBoolean"));
+    return std::fpclassify(number) != FP_ZERO;
+}
+
+QString booleanText(bool value)
+{
+    return value ? QStringLiteral("True") : QStringLiteral("False");
+}

@@ -1,0 +1,103 @@
+#include "foundation/StoredSettings.h"
+
+#include "foundation/FailureNumbers.h"
+#include "foundation/SettingsText.h"
+
+#include <QLockFile>
+#include <QStandardPaths>
+
+#include <cerrno>
+
+namespace {
+
+constexpr qint64 LargestFile = 1024 * 1024;
+
+QString folderOf(const QString &application)
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u'/' +
+           application;
+}
+
+QString fileOf(const QString &application)
+{
+    return folderOf(application) + QStringLiteral("/settings.ini");
+}
+
+bool isName(const QString &name)
+{
+    return !name.isEmpty() && !name.contains(QChar::Null) && name.isValidUtf16();
+}
+
+void checkNames(const QString &application, const QString &section, const QString &key,
+                const QString &source)
+{
+    const bool leavesFolder =
+        application.contains(u'/') || application == u"." || application == u"..";
+    if (!isName(application) || leavesFolder || !isName(section) || !isName(key))
+        Failure::raise(Failure::InvalidProcedureCall, source);
+}
+
+SettingsText readText(PlatformFiles &files, const QString &application, const QString &source)
+{
+    QByteArray bytes;
+    const int error = files.read(fileOf(application), LargestFile, bytes);
+    if (error == ENOENT)
+        return {};
+    if (error != 0)
+        Failure::raiseErrno(error, source);
+    auto text = SettingsText::parse(bytes);
+    if (!text)
+        Failure::raise(Failure::PathFileAccess, source);
+    return *text;
+}
+
+void makeFolders(PlatformFiles &files, const QString &path, const QString &source)
+{
+    for (qsizetype end = path.indexOf(u'/', 1);; end = path.indexOf(u'/', end + 1)) {
+        const int error =
+            files.makeFolder(end < 0 ? path : path.first(end), PlatformFiles::Access::OwnerOnly);
+        // Some systems answer for an existing folder on a read-only medium with that medium first.
+        const bool mayExist = error == EEXIST || error == EROFS || error == EACCES;
+        if (error == ENOENT)
+            Failure::raise(Failure::PathNotFound, source);
+        if (error != 0 && (!mayExist || (end < 0 && error != EEXIST)))
+            Failure::raiseErrno(error, source);
+        if (end < 0)
+            return;
+    }
+}
+
+} // namespace
+
+IniStoredSettings::IniStoredSettings(PlatformFiles &files, std::chrono::milliseconds lockWait)
+    : m_files(files), m_lockWait(lockWait)
+{}
+
+QString IniStoredSettings::get(const QString &application, const QString &section,
+                               const QString &key, const QString &defaultValue) const
+{
+    const QString source = QStringLiteral("IniStoredSettings::get");
+    checkNames(application, section, key, source);
+    return readText(m_files, application, source).value(section, key).value_or(defaultValue);
+}
+
+void IniStoredSettings::save(const QString &application, const QString &section, const QString &key,
+                             const QString &value)
+{
+    const QString source = QStringLiteral("IniStoredSettings::save");
+    checkNames(application, section, key, source);
+    if (!value.isValidUtf16())
+        Failure::raise(Failure::InvalidProcedureCall, source);
+    makeFolders(m_files, folderOf(application), source);
+
+    // Where no lock file can be made, the write below fails too and tells why.
+    QLockFile lock(fileOf(application) + QStringLiteral(".lock"));
+    if (!lock.tryLock(static_cast<int>(m_lockWait.count())) &&
+        lock.error() == QLockFile::LockFailedError)
+        Failure::raise(Failure::PermissionDenied, source);
+
+    SettingsText text = readText(m_files, application, source);
+    text.setValue(section, key, value);
+    if (const int error = m_files.replace(fileOf(application), text.bytes()))
+        Failure::raiseErrno(error, source);
+}

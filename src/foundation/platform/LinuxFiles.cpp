@@ -1,0 +1,147 @@
+#include "foundation/platform/PlatformFiles.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int value) : m_value(value) {}
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() { close(); }
+
+    int value() const { return m_value; }
+    bool isOpen() const { return m_value >= 0; }
+    int close()
+    {
+        const int error = isOpen() && ::close(m_value) != 0 ? errno : 0;
+        m_value = -1;
+        return error;
+    }
+
+private:
+    int m_value;
+};
+
+bool isUsable(const QString &path)
+{
+    return !path.isEmpty() && !path.contains(QChar::Null);
+}
+
+int readAll(int descriptor, qint64 limit, QByteArray &bytes)
+{
+    QByteArray block(65536, Qt::Uninitialized);
+    bytes.clear();
+    for (;;) {
+        const ssize_t count =
+            ::read(descriptor, block.data(), static_cast<std::size_t>(block.size()));
+        if (count == 0)
+            return 0;
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return errno;
+        if (bytes.size() + count > limit)
+            return EFBIG;
+        bytes.append(block.constData(), count);
+    }
+}
+
+int writeAll(int descriptor, const QByteArray &bytes)
+{
+    qsizetype written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::write(descriptor, bytes.constData() + written,
+                                      static_cast<std::size_t>(bytes.size() - written));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return errno;
+        written += count;
+    }
+    return ::fsync(descriptor) == 0 ? 0 : errno;
+}
+
+// A link is written through: what it names is replaced, not the link.
+QByteArray targetOf(const QString &path)
+{
+    const QString target = QFileInfo(path).canonicalFilePath();
+    return QFile::encodeName(target.isEmpty() ? path : target);
+}
+
+int fill(Descriptor &file, const QByteArray &target, const QByteArray &bytes)
+{
+    struct stat old = {};
+    if (::stat(target.constData(), &old) == 0 && ::fchmod(file.value(), old.st_mode & 0777) != 0)
+        return errno;
+    if (const int error = writeAll(file.value(), bytes))
+        return error;
+    return file.close();
+}
+
+class LinuxFiles : public PlatformFiles
+{
+public:
+    int read(const QString &path, qint64 limit, QByteArray &bytes) override
+    {
+        if (!isUsable(path))
+            return ENOENT;
+        const Descriptor file(::open(QFile::encodeName(path).constData(),
+                                     O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        if (!file.isOpen())
+            return errno;
+        struct stat status = {};
+        if (::fstat(file.value(), &status) != 0)
+            return errno;
+        if (S_ISDIR(status.st_mode))
+            return EISDIR;
+        if (!S_ISREG(status.st_mode))
+            return EINVAL;
+        if (status.st_size > limit)
+            return EFBIG;
+        return readAll(file.value(), limit, bytes);
+    }
+
+    int replace(const QString &path, const QByteArray &bytes) override
+    {
+        if (!isUsable(path))
+            return ENOENT;
+        const QByteArray target = targetOf(path);
+        QByteArray temporary = target + ".XXXXXX";
+        Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+        if (!file.isOpen())
+            return errno;
+        int error = fill(file, target, bytes);
+        if (error == 0 && ::rename(temporary.constData(), target.constData()) != 0)
+            error = errno;
+        if (error != 0)
+            ::unlink(temporary.constData());
+        return error;
+    }
+
+    int makeFolder(const QString &path, Access access) override
+    {
+        if (!isUsable(path))
+            return ENOENT;
+        const mode_t mode = access == Access::OwnerOnly ? 0700 : 0777;
+        return ::mkdir(QFile::encodeName(path).constData(), mode) == 0 ? 0 : errno;
+    }
+};
+
+} // namespace
+
+PlatformFiles &platformFiles()
+{
+    static LinuxFiles files;
+    return files;
+}

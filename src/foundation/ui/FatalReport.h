@@ -1,0 +1,21 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+
+/// The end of a failure that nobody caught: a critical box titled "Norvane SMS" with description,
+/// " - " and number, and then the end of the process with exit code 1.
+namespace FatalReport {
+
+/// Ends the process; receives the exit code.
+using Terminate = std::function<void(int)>;
+
+/// Shows the box for `failure` and ends the process. A failure that arises while the box is open is
+/// dropped: the first one is the one that ends the process.
+void report(const std::exception_ptr &failure);
+
+/// Replaces the end of the process until the next call.
+/// @return what was in its place
+Terminate setTerminate(Terminate terminate);
+
+} // namespace FatalReport

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QPoint>
+#include <QSize>
+
+class QWidget;
+
+namespace FormSetUp {
+
+/// Where a form of the outer size `form` stands in the middle of `screen`, both in pixels. A form
+/// larger than the screen counts as large as the screen; half a pixel is cut off.
+QPoint centred(QSize form, QSize screen);
+
+} // namespace FormSetUp
+
+/// The common form set-up: moves `form` to the middle of its screen and leaves its size.
+void CenterForm(QWidget *form);

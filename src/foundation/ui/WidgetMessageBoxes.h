@@ -1,0 +1,10 @@
+#pragma once
+
+#include "foundation/MessageBoxes.h"
+
+/// The toolkit's message boxes, modal over the active window. Texts are shown as plain text.
+class WidgetMessageBoxes : public MessageBoxes
+{
+public:
+    Answer show(const QString &text, Icon icon, Buttons buttons, const QString &title) override;
+};

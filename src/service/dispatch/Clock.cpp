@@ -1,0 +1,27 @@
+#include "service/dispatch/Clock.h"
+
+namespace {
+
+QString textOf(const QDateTime &moment)
+{
+    return moment.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
+} // namespace
+
+QString Clock::wallClockText() const
+{
+    return textOf(wallClock());
+}
+
+QString Clock::wallClockText(qint64 seconds) const
+{
+    return textOf(wallClock().addSecs(seconds));
+}
+
+QDateTime SystemClock::wallClock() const
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    const QTime time = now.time();
+    return {now.date(), QTime(time.hour(), time.minute(), time.second()), Qt::UTC};
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+/// The engine's clocks.
+class Clock
+{
+public:
+    Clock() = default;
+    Clock(const Clock &) = delete;
+    Clock &operator=(const Clock &) = delete;
+    virtual ~Clock() = default;
+
+    /// The wall clock without a zone (told as Qt::UTC), cut to whole seconds.
+    virtual QDateTime wallClock() const = 0;
+
+    /// The wall clock as the queue writes dates: "yyyy-MM-ddTHH:mm:ss".
+    QString wallClockText() const;
+    /// The wall clock `seconds` from now, in the same form.
+    QString wallClockText(qint64 seconds) const;
+};
+
+class SystemClock : public Clock
+{
+public:
+    QDateTime wallClock() const override;
+};

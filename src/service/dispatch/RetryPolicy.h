@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <functional>
+
+/// The numbers of a RetryPolicy.
+struct RetryTimes
+{
+    /// How often a message is tried before a temporary failure becomes final.
+    int mostAttempts = 4;
+    /// Between two attempts of a message, in seconds.
+    qint64 shortestDelay = 30;
+    qint64 longestDelay = 3600;
+    /// Between two openings of the device, in milliseconds.
+    int shortestReopenMs = 1000;
+    int longestReopenMs = 60'000;
+};
+
+/// When something that failed is tried again.
+class RetryPolicy
+{
+public:
+    /// Gives a number in [0, 1).
+    using Random = std::function<double()>;
+
+    explicit RetryPolicy(Random random, const RetryTimes &times = {});
+
+    /// Whether a message that has failed `attempts` times is tried again.
+    bool mayTryAgain(int attempts) const { return attempts < m_times.mostAttempts; }
+
+    /// Seconds until the next attempt of a message that has failed `attempts` times: the shortest
+    /// delay doubling up to the longest, and up to a quarter of it more.
+    qint64 messageDelay(int attempts) const;
+
+    /// Milliseconds until the device is opened again after `failures` failures in a row: the
+    /// shortest delay doubling up to the longest.
+    int reopenDelay(int failures) const;
+
+private:
+    Random m_random;
+    RetryTimes m_times;
+};

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+/// Where the engine keeps what is its own: `$XDG_DATA_HOME/TovekSMService`, for its owner alone.
+namespace EngineFolder {
+
+/// Makes the folder if need be.
+/// @return its path; empty when it can't be made
+QString make();
+
+QString storeFile(const QString &folder);
+QString lockFile(const QString &folder);
+
+} // namespace EngineFolder

@@ -1,0 +1,245 @@
+#include "service/ipc/EngineService.h"
+
+#include "engine/contract/ErrorCodes.h"
+#include "service/dispatch/Dispatcher.h"
+#include "service/store/Store.h"
+
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+constexpr qint64 retryTime = 10'000; // ms for which a step is tried again
+constexpr int retryInterval = 200;   // ms between two tries
+
+QString failedError()
+{
+    return QStringLiteral("com.tovek.SMService.Error.Store");
+}
+
+QVariantList argumentsOf(const DeviceDetails &details)
+{
+    return {details.manufacturer, details.model,   details.imei,     details.networkInfo,
+            details.battery,      details.signal,  details.firmware, details.time,
+            details.smsc,         details.hardware};
+}
+
+} // namespace
+
+EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
+                             QObject *parent)
+    : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher)
+{
+    m_callers.setConnection(bus);
+    m_callers.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    connect(&m_callers, &QDBusServiceWatcher::serviceUnregistered, this,
+            &EngineService::listenerLeft);
+    connect(&m_pacer, &QueueChangePacer::report, this,
+            [this] { Q_EMIT SMSQueueChanged(m_store.size()); });
+
+    connect(&dispatcher, &Dispatcher::deviceInfo, this, &EngineService::raiseDeviceInfo);
+    connect(&dispatcher, &Dispatcher::statusChanged, this, &EngineService::EngineStatus);
+    connect(&dispatcher, &Dispatcher::queueChanged, &m_pacer, &QueueChangePacer::queueChanged);
+    connect(&dispatcher, &Dispatcher::sent, this, &EngineService::SMSSent);
+    connect(&dispatcher, &Dispatcher::sendingFailed, this, &EngineService::SMSSentFailed);
+    connect(&dispatcher, &Dispatcher::warning, this, &EngineService::WarningError);
+}
+
+void EngineService::StartEngine()
+{
+    carryOut([this] { m_dispatcher.start(); });
+}
+
+void EngineService::StopEngine()
+{
+    carryOut([this] { m_dispatcher.stop(); });
+}
+
+int EngineService::TestDevice()
+{
+    setDelayedReply(true);
+    m_dispatcher.testDevice([bus = connection(), call = message()](qint32 result) {
+        bus.send(call.createReply(result));
+    });
+    return 0; // not sent: the answer is the one above
+}
+
+int EngineService::GetEngineStatus() const
+{
+    return m_dispatcher.status();
+}
+
+void EngineService::AddSMS(const QString &phone, const QString &message,
+                           const QString &deliveryDate)
+{
+    AddSMSList({{phone, message}}, deliveryDate);
+}
+
+void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDate)
+{
+    carryOut([this, list, deliveryDate] {
+        m_store.add(list, deliveryDate);
+        if (!list.isEmpty())
+            m_dispatcher.noticeQueueChange();
+    });
+}
+
+int EngineService::GetQueueSize() const
+{
+    return m_store.size();
+}
+
+void EngineService::ClearQueue()
+{
+    carryOut([this] {
+        m_store.clear();
+        m_dispatcher.noticeQueueChange();
+    });
+}
+
+qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows)
+{
+    const QString caller = message().service();
+    m_callers.addWatchedService(caller);
+    try {
+        QueueSnapshots::Page page = m_snapshots.page(caller, snapshot, first);
+        if (page.snapshot == 0)
+            page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.rows()), 0);
+        total = page.total;
+        rows = std::move(page.rows);
+        if (page.isLast)
+            m_pacer.listenerFetched(caller);
+        return page.snapshot;
+    } catch (const StoreFailure &failure) {
+        sendErrorReply(failedError(), failure.text());
+        return 0;
+    }
+}
+
+void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
+{
+    carryOut([this, changed, deleted] {
+        const bool inTime = m_store.update(changed, deleted);
+        m_dispatcher.noticeQueueChange();
+        if (!inTime)
+            m_dispatcher.warnTooLate();
+    });
+}
+
+void EngineService::ApplySettings()
+{
+    m_dispatcher.applySettings();
+}
+
+DeviceSettings EngineService::GetDeviceSettings()
+{
+    try {
+        return m_store.deviceSettings();
+    } catch (const StoreFailure &failure) {
+        sendErrorReply(failedError(), failure.text());
+        return {};
+    }
+}
+
+bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
+{
+    carryOut([this, settings] { m_store.setDeviceSettings(settings); },
+             {{true}, QVariantList{false}});
+    return true; // not sent when the call has to wait
+}
+
+void EngineService::ReportState()
+{
+    const QString listener = message().service();
+    m_callers.addWatchedService(listener);
+    m_listeners.insert(listener);
+    m_pacer.listenerCame(listener);
+    m_dispatcher.setHeard(true);
+
+    reportTo(listener, QStringLiteral("EngineStatus"), {m_dispatcher.status()});
+    reportTo(listener, QStringLiteral("SMSQueueChanged"), {m_store.size()});
+    if (const auto &details = m_dispatcher.knownDevice())
+        reportTo(listener, QStringLiteral("DeviceInfo"), argumentsOf(*details));
+    reportUnheard(listener);
+}
+
+void EngineService::reportUnheard(const QString &listener)
+{
+    try {
+        QList<qint64> heard;
+        for (const Outcome &outcome : m_store.unreportedFailures()) {
+            reportTo(listener, QStringLiteral("SMSSentFailed"),
+                     {outcome.phone, outcome.text, outcome.code});
+            heard.append(outcome.id);
+        }
+        m_store.markReported(heard);
+    } catch (const StoreFailure &failure) {
+        // They stay unheard, and are told to the next one who asks.
+        qWarning() << "unheard failures could not be reported:" << failure.text();
+    }
+    for (const Dispatcher::Warning &warning : m_dispatcher.takeUnheardWarnings())
+        reportTo(listener, QStringLiteral("WarningError"), {warning.code, warning.text});
+}
+
+void EngineService::listenerLeft(const QString &listener)
+{
+    m_callers.removeWatchedService(listener);
+    m_listeners.remove(listener);
+    m_pacer.listenerLeft(listener);
+    m_snapshots.drop(listener);
+    m_dispatcher.setHeard(!m_listeners.isEmpty());
+}
+
+void EngineService::raiseDeviceInfo(const DeviceDetails &details)
+{
+    Q_EMIT DeviceInfo(details.manufacturer, details.model, details.imei, details.networkInfo,
+                      details.battery, details.signal, details.firmware, details.time, details.smsc,
+                      details.hardware);
+}
+
+void EngineService::reportTo(const QString &listener, const QString &event,
+                             const QVariantList &arguments)
+{
+    QDBusMessage report = QDBusMessage::createTargetedSignal(
+        listener, QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName), event);
+    report.setArguments(arguments);
+    m_bus.send(report);
+}
+
+void EngineService::carryOut(const std::function<void()> &step, const Answers &answers)
+{
+    try {
+        step();
+    } catch (const StoreFailure &failure) {
+        qWarning() << "a call waits for the store:" << failure.text();
+        setDelayedReply(true);
+        tryAgain(message(), step, answers, QDeadlineTimer(retryTime));
+    }
+}
+
+void EngineService::tryAgain(const QDBusMessage &call, const std::function<void()> &step,
+                             const Answers &answers, const QDeadlineTimer &deadline)
+{
+    QTimer::singleShot(retryInterval, this, [this, call, step, answers, deadline] {
+        try {
+            step();
+            m_bus.send(call.createReply(answers.done));
+        } catch (const StoreFailure &failure) {
+            if (deadline.hasExpired())
+                m_bus.send(failureOf(call, answers, failure.text()));
+            else
+                tryAgain(call, step, answers, deadline);
+        }
+    });
+}
+
+QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Answers &answers,
+                                      const QString &reason)
+{
+    if (!answers.failed)
+        return call.createErrorReply(failedError(), reason);
+    // An answer alone may go unheard.
+    m_dispatcher.warn(ErrorCode::Fail, reason);
+    return call.createReply(*answers.failed);
+}

@@ -1,0 +1,361 @@
+#include "service/modem/Modem.h"
+
+#include "service/modem/AnswerParsers.h"
+#include "service/modem/DeviceQueries.h"
+
+#include <utility>
+
+namespace {
+
+using Question = AtDialogue::Question;
+
+/// The engine's code for a network that doesn't answer the device.
+constexpr int s_networkTimeout = -35;
+
+/// A setting that makes the talk easier, and whose refusal doesn't matter.
+Question wish(const QByteArray &command, int limitMs)
+{
+    return {{command, limitMs, {}}, {}, {}, false};
+}
+
+SendFailure failureOfAnswer(const AtResult &result)
+{
+    SendFailure failure;
+    failure.problem = result.kind == AtResult::Kind::CmsError   ? SendProblem::CmsError
+                      : result.kind == AtResult::Kind::CmeError ? SendProblem::CmeError
+                                                                : SendProblem::GenericError;
+    failure.number = failureNumber(result);
+    failure.text = QString::fromLatin1(result.text);
+    failure.rule = failureRule(result);
+    return failure;
+}
+
+SendFailure failureOfProblem(SendProblem problem, const QString &text)
+{
+    const bool left = problem == SendProblem::LostAnswer || problem == SendProblem::LineBrokenAfter;
+    return {problem, -1, text, failureRule(problem), left};
+}
+
+} // namespace
+
+Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
+             QObject *parent)
+    : QObject(parent), m_line(std::move(line)), m_timings(timings),
+      m_channel(m_line.get(), timings),
+      m_dialogue(m_channel, timings, [this](const ModemFailure &failure) { fail(failure); }),
+      m_unlock(m_dialogue, gate, timings)
+{
+    m_initialisationLimit.setSingleShot(true);
+    connect(&m_initialisationLimit, &QTimer::timeout, this, [this] {
+        fail({-8, QStringLiteral("the device isn't ready within its time"), false});
+    });
+    connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
+    connect(&m_channel, &AtChannel::broken, this, &Modem::onBroken);
+}
+
+Modem::~Modem()
+{
+    // Whoever listens may be on the way out too.
+    blockSignals(true);
+    shutDown();
+}
+
+void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mode)
+{
+    close();
+    m_state = State::Opening;
+    m_mode = mode;
+    m_pin = pin;
+    m_details = {};
+    m_initialisationLimit.start(m_timings.initialisationMs);
+    QMetaObject::invokeMethod(
+        this,
+        [this, parameter, opening = ++m_opening] {
+            if (m_state == State::Opening && m_opening == opening)
+                openLine(parameter);
+        },
+        Qt::QueuedConnection);
+}
+
+void Modem::openLine(const PortParameter &parameter)
+{
+    const LineError error = m_line->open(parameter.device, parameter.baud);
+    if (error != LineError::None) {
+        const QString detail = m_line->errorDetail();
+        const FailureRule rule = failureRule(error);
+        fail({rule.code,
+              detail.isEmpty() ? parameter.device
+                               : QStringLiteral("%1: %2").arg(parameter.device, detail),
+              false});
+        return;
+    }
+    m_state = State::Initialising;
+    m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) { onFound(outcome); });
+}
+
+void Modem::onFound(SyncOutcome outcome)
+{
+    if (outcome == SyncOutcome::LineBroken)
+        return;
+    if (outcome != SyncOutcome::Answered)
+        fail(failureOf(outcome));
+    else if (std::exchange(m_mode, OpenMode::Plain) == OpenMode::ResetFunctionality)
+        resetFunctionality();
+    else
+        setUp();
+}
+
+void Modem::resetFunctionality()
+{
+    m_dialogue.ask({QByteArrayLiteral("AT+CFUN=1,1"), m_timings.slowCommandMs, {}},
+                   [this](const AtAnswer &) {
+                       // The device starts anew, or the line breaks.
+                       m_channel.synchronise(m_timings.probeTries,
+                                             [this](SyncOutcome outcome) { onFound(outcome); });
+                   });
+}
+
+void Modem::setUp()
+{
+    const int limit = m_timings.commandMs;
+    m_dialogue.askAll({wish("ATE0", limit), wish("ATV1", limit), wish("AT+CMEE=1", limit)},
+                      [this](const std::optional<ModemFailure> &) { unlock(); });
+}
+
+void Modem::unlock()
+{
+    m_unlock.start(std::exchange(m_pin, QString()), &m_details,
+                   [this](const std::optional<ModemFailure> &failure) {
+                       if (failure)
+                           fail(*failure);
+                       else
+                           setUpMessages();
+                   });
+}
+
+void Modem::setUpMessages()
+{
+    const int limit = m_timings.commandMs;
+    Question pduMode = wish("AT+CMGF=0", limit);
+    pduMode.take = [](const AtAnswer &answer) -> std::optional<ModemFailure> {
+        if (answer.isOk())
+            return std::nullopt;
+        if (answer.end == AtAnswer::End::TimedOut)
+            return ModemFailure{-8, QStringLiteral("no answer to AT+CMGF=0"), false};
+        const bool reason = failureNumber(answer.result) >= 0;
+        return ModemFailure{reason ? failureRule(answer.result).code : -40,
+                            QStringLiteral("the device refuses PDU mode: %1")
+                                .arg(QString::fromLatin1(answer.result.text)),
+                            false};
+    };
+    m_dialogue.askAll({pduMode, wish("AT+CSMS=0", limit), wish("AT+CNMI=0,0", limit)},
+                      [this](const std::optional<ModemFailure> &failure) {
+                          if (failure)
+                              fail(*failure);
+                          else
+                              readDetails();
+                      });
+}
+
+void Modem::readDetails()
+{
+    m_dialogue.askAll(DeviceQueries::identity(&m_details, m_timings) +
+                          DeviceQueries::condition(&m_details, m_timings),
+                      [this](const std::optional<ModemFailure> &) {
+                          if (m_details.simId.isEmpty())
+                              m_details.simId = m_details.imei;
+                          becomeReady();
+                      });
+}
+
+void Modem::becomeReady()
+{
+    m_initialisationLimit.stop();
+    m_state = State::Ready;
+    Q_EMIT ready(m_details);
+}
+
+void Modem::send(const SubmitPart &part)
+{
+    if (m_state != State::Ready) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                Q_EMIT partFailed(failureOfProblem(SendProblem::NotSent,
+                                                   QStringLiteral("the modem isn't ready")));
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    m_state = State::Busy;
+    m_task = Task::Sending;
+    m_channel.submit(
+        {QByteArrayLiteral("AT+CMGS=") + QByteArray::number(part.length), m_timings.promptMs, {}},
+        part.hex, m_timings.sendMs, [this](const AtAnswer &answer) { onSubmitted(answer); });
+}
+
+void Modem::onSubmitted(const AtAnswer &answer)
+{
+    using End = AtAnswer::End;
+    const std::optional<int> reference = AnswerParsers::messageReference(answer.lines);
+    const bool isError = answer.end == End::Final && !answer.isOk();
+    // The reference is the network's word, whatever became of the OK behind it.
+    const bool accepted = answer.payloadLeft && !isError && (answer.isOk() || reference);
+    if (isError) {
+        SendFailure failure = failureOfAnswer(answer.result);
+        // The device gave up waiting for the network, which may have taken the part all the same.
+        failure.mayBeDelivered = answer.payloadLeft && failure.rule.code == s_networkTimeout;
+        m_state = State::Ready;
+        endSending(failure);
+    } else if (answer.isOk() && accepted) {
+        m_state = State::Ready;
+        acceptPart(reference.value_or(-1));
+    } else if (answer.end == End::LineBroken && accepted) {
+        acceptPart(*reference);
+    } else if (answer.end == End::LineBroken) {
+        endSending(failureOfProblem(answer.payloadLeft ? SendProblem::LineBrokenAfter
+                                                       : SendProblem::LineBrokenBefore,
+                                    m_line->errorDetail()));
+    } else if (accepted) {
+        recoverThen([this, reference] { acceptPart(*reference); });
+    } else {
+        const SendFailure failure =
+            answer.payloadLeft
+                ? failureOfProblem(SendProblem::LostAnswer,
+                                   QStringLiteral("no answer after the part had left"))
+                : failureOfProblem(SendProblem::NoPrompt,
+                                   QStringLiteral("the device didn't ask for the part"));
+        recoverThen([this, failure] { endSending(failure); });
+    }
+}
+
+/// Finds the device in command mode again before the outcome is told, so that whoever hears of it
+/// can send at once.
+void Modem::recoverThen(const std::function<void()> &tell)
+{
+    m_channel.synchronise(m_timings.probeTries, [this, tell](SyncOutcome outcome) {
+        if (outcome == SyncOutcome::Answered)
+            m_state = State::Ready;
+        const quint64 opening = m_opening;
+        tell();
+        // Whoever heard it may have closed the modem or opened it anew.
+        if (outcome != SyncOutcome::Answered && outcome != SyncOutcome::LineBroken &&
+            m_state == State::Busy && m_opening == opening)
+            fail(failureOf(outcome));
+    });
+}
+
+void Modem::acceptPart(int reference)
+{
+    m_task = Task::None;
+    Q_EMIT partAccepted(reference);
+}
+
+void Modem::endSending(const SendFailure &failure)
+{
+    m_task = Task::None;
+    Q_EMIT partFailed(failure);
+}
+
+void Modem::refreshDetails()
+{
+    if (m_state != State::Ready)
+        return;
+    m_state = State::Busy;
+    m_task = Task::Refreshing;
+    m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings),
+                      [this](const std::optional<ModemFailure> &) {
+                          m_state = State::Ready;
+                          m_task = Task::None;
+                          Q_EMIT detailsChanged(m_details);
+                      });
+}
+
+void Modem::test()
+{
+    if (m_state != State::Ready) {
+        const int code = m_state == State::Closed ? failureRule(LineError::NotOpen).code : -9;
+        QMetaObject::invokeMethod(
+            this, [this, code] { Q_EMIT tested(false, code, m_details); }, Qt::QueuedConnection);
+        return;
+    }
+    m_state = State::Busy;
+    m_task = Task::Testing;
+    m_dialogue.ask({QByteArrayLiteral("AT"), m_timings.probeMs, {}},
+                   [this](const AtAnswer &answer) {
+                       if (answer.isOk())
+                           testSim();
+                       else
+                           testAfterFindingBack();
+                   });
+}
+
+/// The device is there, but not where the talk had left it.
+void Modem::testAfterFindingBack()
+{
+    m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) {
+        if (outcome == SyncOutcome::Answered)
+            testSim();
+        else if (outcome != SyncOutcome::LineBroken)
+            fail(failureOf(outcome));
+    });
+}
+
+void Modem::testSim()
+{
+    // No PIN is tried here: a SIM that asks for one now has been changed or taken out.
+    m_unlock.start(QString(), &m_details,
+                   [this](const std::optional<ModemFailure> &failure) { onTested(failure); });
+}
+
+void Modem::onTested(const std::optional<ModemFailure> &failure)
+{
+    m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings),
+                      [this, failure](const std::optional<ModemFailure> &) {
+                          m_state = State::Ready;
+                          m_task = Task::None;
+                          Q_EMIT tested(!failure, failure ? failure->code : 1, m_details);
+                      });
+}
+
+void Modem::onBroken(LineError reason)
+{
+    if (m_state == State::Closed || m_state == State::Opening)
+        return;
+    const FailureRule rule = failureRule(reason);
+    const QString detail = m_line->errorDetail();
+    fail({rule.code, detail.isEmpty() ? QStringLiteral("the line broke") : detail, false});
+}
+
+void Modem::close()
+{
+    shutDown();
+}
+
+/// Closes everything and answers the task in progress.
+void Modem::shutDown()
+{
+    const Task task = std::exchange(m_task, Task::None);
+    m_state = State::Closed;
+    m_initialisationLimit.stop();
+    m_unlock.stop();
+    m_line->close();
+    m_channel.abandon(LineError::NotOpen);
+    m_pin.clear();
+    if (task == Task::Testing)
+        Q_EMIT tested(false, failureRule(LineError::NotOpen).code, m_details);
+}
+
+void Modem::fail(const ModemFailure &failure)
+{
+    const quint64 opening = m_opening;
+    const bool testing = m_task == Task::Testing;
+    if (testing)
+        m_task = Task::None;
+    shutDown();
+    if (testing)
+        Q_EMIT tested(false, failure.code, m_details);
+    // Whoever opened the modem anew on the news above is past this failure.
+    if (m_opening == opening)
+        Q_EMIT failed(failure);
+}

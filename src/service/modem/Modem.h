@@ -1,0 +1,116 @@
+#pragma once
+
+#include "service/modem/AtChannel.h"
+#include "service/modem/AtDialogue.h"
+#include "service/modem/ModemTypes.h"
+#include "service/modem/PortParameter.h"
+#include "service/modem/SimUnlock.h"
+#include "service/modem/SubmitPdu.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+/// A GSM device: from opening its line to sending parts of messages. Everything is asynchronous;
+/// each request is answered by one signal, told with each. Failures never close the object: it can
+/// be opened again, any time.
+class Modem : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class State {
+        Closed,
+        Opening,
+        Initialising,
+        Ready,
+        Busy, ///< sending, asking for details, testing, or finding back after a time-out
+    };
+
+    enum class OpenMode {
+        Plain,
+        ResetFunctionality, ///< restarts the device's radio part first (+CFUN=1,1)
+    };
+
+    /// @param line owned by the modem
+    /// @param gate asked before a PIN leaves; outlives the modem
+    Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings = {},
+          QObject *parent = nullptr);
+    ~Modem() override;
+
+    State state() const { return m_state; }
+    const DeviceDetails &details() const { return m_details; }
+
+    /// Opens the line and brings the device to readiness: `ready` or `failed`. An open modem is
+    /// closed first.
+    void open(const PortParameter &parameter, const QString &pin, OpenMode mode = OpenMode::Plain);
+
+    /// Closes the line. A part in progress is answered with `partFailed`, a test with `tested`;
+    /// `failed` doesn't come.
+    void close();
+
+    /// Sends one part: `partAccepted` or `partFailed`, and after the latter `failed` if the device
+    /// has been lost. The network may have the part from the moment of this call on, so whatever
+    /// must be on record is on record before it.
+    void send(const SubmitPart &part);
+
+    /// Asks for network, signal, battery, clock and service centre: `detailsChanged`. Does nothing
+    /// unless the modem is ready.
+    void refreshDetails();
+
+    /// Asks the device whether it answers and whether its SIM is unlocked, and for its details:
+    /// `tested`.
+    void test();
+
+Q_SIGNALS:
+    void ready(const DeviceDetails &details);
+    void detailsChanged(const DeviceDetails &details);
+    /// @param reference the message reference that the device gave, -1 if it gave none
+    void partAccepted(int reference);
+    void partFailed(const SendFailure &failure);
+    /// The device can't be used; the modem is closed.
+    void failed(const ModemFailure &failure);
+    /// @param code 1, or what stands in the way
+    void tested(bool ok, int code, const DeviceDetails &details);
+    /// A line that the device sent by itself.
+    void unsolicited(const QByteArray &line);
+
+private:
+    enum class Task { None, Sending, Refreshing, Testing };
+
+    void openLine(const PortParameter &parameter);
+    void onFound(SyncOutcome outcome);
+    void resetFunctionality();
+    void setUp();
+    void unlock();
+    void setUpMessages();
+    void readDetails();
+    void becomeReady();
+    void onSubmitted(const AtAnswer &answer);
+    void recoverThen(const std::function<void()> &tell);
+    void acceptPart(int reference);
+    void endSending(const SendFailure &failure);
+    void testAfterFindingBack();
+    void testSim();
+    void onTested(const std::optional<ModemFailure> &failure);
+    void onBroken(LineError reason);
+    void shutDown();
+    void fail(const ModemFailure &failure);
+
+    std::unique_ptr<SerialLine> m_line;
+    const ModemTimings m_timings;
+    AtChannel m_channel;
+    AtDialogue m_dialogue;
+    SimUnlock m_unlock;
+    QTimer m_initialisationLimit;
+
+    State m_state = State::Closed;
+    Task m_task = Task::None;
+    OpenMode m_mode = OpenMode::Plain;
+    QString m_pin;
+    DeviceDetails m_details;
+    /// Counts the openings, so that a postponed step can be told from a later opening's.
+    quint64 m_opening = 0;
+};

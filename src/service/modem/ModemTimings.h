@@ -1,0 +1,27 @@
+#pragma once
+
+/// Time limits of the talk with a device, in milliseconds where nothing else is said.
+struct ModemTimings
+{
+    /// The answer to an ordinary command.
+    int commandMs = 5000;
+    /// The answer to a command for which the device asks the network or the SIM.
+    int slowCommandMs = 15000;
+    /// The answer to the "AT" that finds out whether the device is there, and how often it's tried.
+    int probeMs = 1000;
+    int probeTries = 5;
+    /// For how long a device must be still before it is taken to have nothing more to say, and how
+    /// long to wait for that stillness at most.
+    int quietMs = 150;
+    int drainMs = 2000;
+    /// From +CMGS to the prompt, and from the payload to the final result.
+    int promptMs = 10000;
+    int sendMs = 180000;
+    /// Between two looks at a SIM that isn't ready, and for how long to look.
+    int simPollMs = 500;
+    int simReadyMs = 20000;
+    /// From opening to ready, all in all.
+    int initialisationMs = 100000;
+    /// How many questions for details may stay unanswered before the rest isn't asked.
+    int unansweredDetails = 3;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+/// Guards the SIM against wrong PINs: three refused ones lock it. The modem asks here before a PIN
+/// may leave, and tells here what became of it.
+class PinGate
+{
+public:
+    enum class Decision {
+        Try,
+        AlreadyTried, ///< this PIN was tried on this SIM before and wasn't accepted
+        TooFewTries,  ///< a mistake would come too close to locking the SIM
+        NotRecorded,  ///< the attempt couldn't be put on record, so it must not be made
+    };
+
+    virtual ~PinGate() = default;
+
+    /// Whether the PIN may be tried on the SIM. An attempt that isn't known to be right is on
+    /// record, durably, before this gives `Try`.
+    /// @param triesLeft what the device says, if it does
+    virtual Decision mayTry(const QString &simId, const QString &pin,
+                            std::optional<int> triesLeft) = 0;
+    virtual void accepted(const QString &simId, const QString &pin) = 0;
+    virtual void refused(const QString &simId, const QString &pin) = 0;
+};
+
+/// What is on record about a PIN and a SIM.
+enum class PinHistory {
+    NeverTried,
+    Tried, ///< it left, and what became of it isn't known
+    Accepted,
+    Refused,
+};
+
+/// The rule by which a gate decides: an accepted PIN is always tried, another one at most once and
+/// only while the SIM has two tries or more left, or doesn't say.
+PinGate::Decision decidePinAttempt(PinHistory history, std::optional<int> triesLeft);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "service/modem/SerialLine.h"
+
+#include <QSerialPort>
+
+/// A real serial device, or a pseudo-terminal.
+class QtSerialPortLine : public SerialLine
+{
+    Q_OBJECT
+
+public:
+    explicit QtSerialPortLine(QObject *parent = nullptr);
+    ~QtSerialPortLine() override;
+
+    LineError open(const QString &device, int baud) override;
+    void close() override;
+    bool isOpen() const override;
+    bool write(const QByteArray &bytes) override;
+    QString errorDetail() const override { return m_errorDetail; }
+
+private:
+    LineError fail(LineError error, const QString &detail);
+    LineError openPort(const QString &path, int baud);
+    void onReadyRead();
+    void onErrorOccurred(QSerialPort::SerialPortError error);
+
+    QSerialPort m_port;
+    QString m_path;
+    QString m_errorDetail;
+    bool m_inUse = false;
+};

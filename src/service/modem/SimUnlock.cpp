@@ -1,0 +1,305 @@
+#include "service/modem/SimUnlock.h"
+
+#include "service/modem/AnswerParsers.h"
+#include "service/modem/DeviceQueries.h"
+
+#include <QRegularExpression>
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+/// Numbers of +CME ERROR (3GPP TS 27.007, 9.2) on which this step branches.
+enum Cme {
+    NotSupported = 4,
+    SimNotInserted = 10,
+    SimPinRequired = 11,
+    SimPukRequired = 12,
+    SimFailure = 13,
+    SimBusy = 14,
+    SimWrong = 15,
+    IncorrectPassword = 16,
+    SimPin2Required = 17,
+    SimPuk2Required = 18,
+    FirstPersonalisation = 40,
+    LastPersonalisation = 48,
+};
+
+SimState stateOfError(const AtResult &result)
+{
+    if (result.kind == AtResult::Kind::NotSupported)
+        return SimState::NotTold;
+    const int number = failureNumber(result);
+    switch (number) {
+    case NotSupported:
+        return SimState::NotTold;
+    case SimNotInserted:
+        return SimState::NotInserted;
+    case SimPinRequired:
+        return SimState::Pin;
+    case SimPukRequired:
+        return SimState::Puk;
+    case SimWrong:
+        return SimState::Failed;
+    case SimPin2Required:
+        return SimState::Pin2;
+    case SimPuk2Required:
+        return SimState::Puk2;
+    case 5:
+    case 6:
+    case 7:
+        return SimState::DeviceLocked;
+    default:
+        return number >= FirstPersonalisation && number <= LastPersonalisation
+                   ? SimState::DeviceLocked
+                   : SimState::Busy;
+    }
+}
+
+/// A PIN is 4 to 8 digits (3GPP TS 31.101, 9.5.1). Nothing else may get between the quotes.
+bool isPin(const QString &text)
+{
+    static const QRegularExpression digits(QStringLiteral("\\A[0-9]{4,8}\\z"));
+    return digits.match(text).hasMatch();
+}
+
+} // namespace
+
+SimState simState(const AtAnswer &answer)
+{
+    if (answer.end != AtAnswer::End::Final)
+        return SimState::Busy;
+    if (!answer.isOk())
+        return stateOfError(answer.result);
+
+    static const std::pair<QByteArrayView, SimState> states[] = {
+        {"READY", SimState::Ready},
+        {"SIM PIN", SimState::Pin},
+        {"SIM PUK", SimState::Puk},
+        {"SIM PIN2", SimState::Pin2},
+        {"SIM PUK2", SimState::Puk2},
+        {"NOT INSERTED", SimState::NotInserted},
+        {"SIM REMOVED", SimState::NotInserted},
+        {"NOT READY", SimState::Busy},
+        {"SIM BUSY", SimState::Busy},
+        {"", SimState::Busy}};
+    const QByteArray told = AnswerParsers::pinState(answer.lines);
+    for (const auto &[name, state] : states)
+        if (told == name)
+            return state;
+    return told.startsWith("PH-") ? SimState::DeviceLocked : SimState::Unexpected;
+}
+
+SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings)
+    : m_dialogue(dialogue), m_gate(gate), m_timings(timings)
+{
+    m_poll.setSingleShot(true);
+    QObject::connect(&m_poll, &QTimer::timeout, &m_poll, [this] { look(); });
+}
+
+void SimUnlock::start(const QString &pin, DeviceDetails *details, Finished finished)
+{
+    m_pin = pin.trimmed();
+    m_iccid.clear();
+    m_details = details;
+    m_finished = std::move(finished);
+    m_attempted = false;
+    m_accepted = false;
+    m_deadline.setRemainingTime(m_timings.simReadyMs);
+    look();
+}
+
+void SimUnlock::stop()
+{
+    m_poll.stop();
+    m_finished = nullptr;
+}
+
+void SimUnlock::look()
+{
+    m_dialogue.ask({QByteArrayLiteral("AT+CPIN?"), m_timings.commandMs, {}},
+                   [this](const AtAnswer &answer) { onState(simState(answer)); });
+}
+
+void SimUnlock::onState(SimState state)
+{
+    switch (state) {
+    case SimState::Ready:
+        if (m_attempted && !m_accepted)
+            m_gate.accepted(simId(), m_pin);
+        finish(std::nullopt);
+        return;
+    case SimState::NotTold:
+        finish(std::nullopt);
+        return;
+    case SimState::Pin:
+        onPinAsked();
+        return;
+    case SimState::Puk:
+        refuse(-31, QStringLiteral("the SIM asks for its PUK"));
+        return;
+    case SimState::Pin2:
+        finish(ModemFailure{-32, QStringLiteral("the SIM asks for its PIN2"), true});
+        return;
+    case SimState::Puk2:
+        finish(ModemFailure{-33, QStringLiteral("the SIM asks for its PUK2"), true});
+        return;
+    case SimState::DeviceLocked:
+        finish(
+            ModemFailure{-10, QStringLiteral("the device is locked by a code of its own"), true});
+        return;
+    case SimState::NotInserted:
+        finish(ModemFailure{-29, QStringLiteral("no SIM is inserted"), false});
+        return;
+    case SimState::Failed:
+        finish(ModemFailure{-28, QStringLiteral("the device rejects the SIM"), false});
+        return;
+    case SimState::Unexpected:
+        finish(ModemFailure{-41, QStringLiteral("unknown state of the SIM"), false});
+        return;
+    case SimState::Busy:
+        lookLater(-28, QStringLiteral("the SIM isn't ready"));
+        return;
+    }
+}
+
+void SimUnlock::lookLater(int code, const QString &text)
+{
+    if (m_deadline.hasExpired())
+        finish(ModemFailure{code, text, false});
+    else
+        m_poll.start(m_timings.simPollMs);
+}
+
+void SimUnlock::onPinAsked()
+{
+    if (m_accepted) {
+        // The PIN was right; the device is slow to say so.
+        lookLater(-28, QStringLiteral("the SIM isn't ready after its PIN"));
+    } else if (m_attempted) {
+        refuse(-27, QStringLiteral("the SIM doesn't take the PIN"));
+    } else if (m_pin.isEmpty()) {
+        finish(ModemFailure{-30, QStringLiteral("the SIM asks for a PIN and none is set"), true});
+    } else if (!isPin(m_pin)) {
+        finish(ModemFailure{-27, QStringLiteral("the PIN isn't 4 to 8 digits"), true});
+    } else {
+        identify();
+    }
+}
+
+/// Which SIM it is must be certain: under another name a refused PIN would be tried again.
+void SimUnlock::identify()
+{
+    m_numberUncertain = false;
+    QList<AtDialogue::Question> questions = DeviceQueries::iccid(&m_iccid, m_timings);
+    for (AtDialogue::Question &question : questions) {
+        question.optional = false;
+        question.take = [this, take = question.take](const AtAnswer &answer) {
+            const int number = failureNumber(answer.result);
+            if (answer.end == AtAnswer::End::TimedOut || number == SimBusy || number == SimFailure)
+                m_numberUncertain = true;
+            return take(answer);
+        };
+    }
+    QList<AtDialogue::Question> imei = DeviceQueries::imei(m_details, m_timings);
+    for (AtDialogue::Question &question : imei)
+        question.optional = false;
+    m_dialogue.askAll(questions + imei,
+                      [this](const std::optional<ModemFailure> &) { onIdentified(); });
+}
+
+void SimUnlock::onIdentified()
+{
+    const bool uncertain = m_iccid.isEmpty() && (m_numberUncertain || m_details->imei.isEmpty());
+    if (uncertain)
+        lookLater(-28, QStringLiteral("neither the SIM nor the device tells its number"));
+    else
+        askTries();
+}
+
+void SimUnlock::askTries()
+{
+    const auto tries = std::make_shared<std::optional<int>>();
+    const auto take = [tries](const AtAnswer &answer) {
+        *tries = AnswerParsers::pinTries(answer.lines);
+        return std::optional<ModemFailure>();
+    };
+    const int limit = m_timings.commandMs;
+    m_dialogue.askAll({{{QByteArrayLiteral("AT+CPINR=\"SIM PIN\""), limit, {}}, take, {}, true},
+                       {{QByteArrayLiteral("AT^CPIN?"), limit, {}},
+                        take,
+                        [tries] { return !tries->has_value(); },
+                        true}},
+                      [this, tries](const std::optional<ModemFailure> &) { decide(*tries); });
+}
+
+void SimUnlock::decide(std::optional<int> triesLeft)
+{
+    switch (m_gate.mayTry(simId(), m_pin, triesLeft)) {
+    case PinGate::Decision::Try:
+        tryPin();
+        return;
+    case PinGate::Decision::AlreadyTried:
+        finish(ModemFailure{
+            -27, QStringLiteral("this PIN was tried on this SIM before and not accepted"), true});
+        return;
+    case PinGate::Decision::TooFewTries:
+        finish(ModemFailure{
+            -30, QStringLiteral("the SIM has too few tries left to try a PIN on it"), true});
+        return;
+    case PinGate::Decision::NotRecorded:
+        finish(ModemFailure{
+            -30, QStringLiteral("the attempt can't be put on record, so the PIN isn't tried"),
+            false});
+        return;
+    }
+}
+
+void SimUnlock::tryPin()
+{
+    m_attempted = true;
+    const QByteArray command = "AT+CPIN=\"" + m_pin.toLatin1() + '"';
+    m_dialogue.ask({command, m_timings.slowCommandMs, {}},
+                   [this](const AtAnswer &answer) { onPinAnswer(answer); });
+}
+
+void SimUnlock::onPinAnswer(const AtAnswer &answer)
+{
+    if (answer.isOk()) {
+        m_accepted = true;
+        m_gate.accepted(simId(), m_pin);
+        m_deadline.setRemainingTime(m_timings.simReadyMs);
+    } else if (answer.end == AtAnswer::End::Final) {
+        const int number = failureNumber(answer.result);
+        if (number == IncorrectPassword) {
+            refuse(-27, QStringLiteral("the SIM refuses the PIN"));
+            return;
+        }
+        if (number == SimPukRequired) {
+            refuse(-31, QStringLiteral("the SIM refuses the PIN and asks for its PUK"));
+            return;
+        }
+    }
+    // Without a clear word the state that the SIM is in now tells what became of the PIN.
+    look();
+}
+
+void SimUnlock::refuse(int code, const QString &text)
+{
+    if (m_attempted && !m_accepted)
+        m_gate.refused(simId(), m_pin);
+    finish(ModemFailure{code, text, true});
+}
+
+void SimUnlock::finish(const std::optional<ModemFailure> &failure)
+{
+    m_pin.clear();
+    if (const Finished finished = std::exchange(m_finished, nullptr))
+        finished(failure);
+}
+
+QString SimUnlock::simId() const
+{
+    return m_iccid.isEmpty() ? m_details->imei : m_iccid;
+}

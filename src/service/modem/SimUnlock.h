@@ -1,0 +1,74 @@
+#pragma once
+
+#include "service/modem/AtDialogue.h"
+#include "service/modem/PinGate.h"
+
+#include <QDeadlineTimer>
+#include <QTimer>
+
+#include <functional>
+#include <optional>
+
+/// What a SIM waits for.
+enum class SimState {
+    Ready,
+    Pin,
+    Puk,
+    Pin2,
+    Puk2,
+    DeviceLocked, ///< the device or the network asks for a code of its own
+    NotInserted,
+    Busy, ///< not ready yet, or no clear word: worth another look
+    Failed,
+    NotTold, ///< the device doesn't know the question
+    Unexpected,
+};
+
+/// Reads the answer to +CPIN? (3GPP TS 27.007, 8.3 and 9.2).
+SimState simState(const AtAnswer &answer);
+
+/// Brings the SIM to READY, with the PIN where it asks for one and the gate allows it.
+class SimUnlock
+{
+public:
+    using Finished = AtDialogue::Finished;
+
+    SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings);
+
+    /// @param details its IMEI is asked for where the SIM has to be told from others and doesn't
+    ///                tell its own number
+    void start(const QString &pin, DeviceDetails *details, Finished finished);
+    /// Ends without a word to the function given to `start`.
+    void stop();
+
+private:
+    void look();
+    void onState(SimState state);
+    void onPinAsked();
+    void identify();
+    void onIdentified();
+    void askTries();
+    void decide(std::optional<int> triesLeft);
+    void tryPin();
+    void onPinAnswer(const AtAnswer &answer);
+    void lookLater(int code, const QString &text);
+    void refuse(int code, const QString &text);
+    void finish(const std::optional<ModemFailure> &failure);
+    QString simId() const;
+
+    AtDialogue &m_dialogue;
+    PinGate &m_gate;
+    const ModemTimings m_timings;
+    QTimer m_poll;
+    QDeadlineTimer m_deadline;
+
+    QString m_pin;
+    QString m_iccid;
+    DeviceDetails *m_details = nullptr;
+    Finished m_finished;
+    /// The PIN has left; it has been taken.
+    bool m_attempted = false;
+    bool m_accepted = false;
+    /// The SIM wasn't ready to tell its number.
+    bool m_numberUncertain = false;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+#include <variant>
+
+/// A message to be encoded.
+struct EncodeRequest
+{
+    /// Digits, "*", "#", "a", "b", "c", at most 20 of them, behind an optional leading "+".
+    QString phone;
+    QString text;
+    /// Ties the parts of a long text together; unused for a single part.
+    quint16 reference = 0;
+    /// TP-VP in its relative form (3GPP TS 23.040, 9.2.3.12.1), absent for the network's own.
+    std::optional<quint8> validityPeriod;
+};
+
+/// One SMS-SUBMIT as a device takes it.
+struct SubmitPart
+{
+    /// Service centre address octet (00: the SIM's own) and TPDU, hexadecimal in upper case.
+    QByteArray hex;
+    /// The argument of +CMGS: octets of the TPDU, without the service centre address.
+    int length = 0;
+    /// Place of this part, from 1, and how many there are.
+    int number = 1;
+    int total = 1;
+};
+
+enum class EncodeError { EmptyPhone, NumberTooLong, InvalidCharacters, TextTooLong };
+
+/// The engine's code for an encoding failure: -11, -17, -18 or -16.
+int errorCode(EncodeError error);
+
+/// Encodes a message as SMS-SUBMIT in PDU mode (3GPP TS 23.040, 9.2.2.2; 27.005, 3.1), cut into
+/// concatenated parts where it needs more than one (23.040, 9.2.3.24.8: 16-bit reference).
+std::variant<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request);

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+/// A lock that is held through an open file: the system releases it when its holder ends, however
+/// that comes about.
+class FileLock
+{
+public:
+    /// @param file  made where it doesn't exist; it stays when the lock is released
+    explicit FileLock(const QString &file);
+    FileLock(const FileLock &) = delete;
+    FileLock &operator=(const FileLock &) = delete;
+    ~FileLock();
+
+    /// @return whether the lock is held now
+    bool tryLock();
+
+private:
+    int m_handle = -1;
+};

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Makes every file and folder that this process creates from now on its owner's alone.
+void keepFilesToOwner();

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+
+#include <chrono>
+#include <functional>
+
+namespace simulator {
+
+enum class Formats { Both, PduOnly, TextOnly };
+
+/// How the simulated modem is, and how it behaves.
+struct ModemSettings
+{
+    QByteArray manufacturer = QByteArrayLiteral("Norvane");
+    QByteArray model = QByteArrayLiteral("GSM simulator");
+    QByteArray revision = QByteArrayLiteral("1.0");
+    QByteArray imei = QByteArrayLiteral("490154203237518");
+    QByteArray imsi = QByteArrayLiteral("001010123456789");
+    QByteArray iccid = QByteArrayLiteral("8988211000000000005");
+    QByteArray pin; ///< empty: the SIM asks for none
+    QByteArray puk = QByteArrayLiteral("12345678");
+    int signal = 20;    ///< 0 to 31, 99 for unknown
+    int registered = 1; ///< registration as +CREG tells it, 0 to 5
+    Formats formats = Formats::Both;
+
+    std::chrono::milliseconds latency{0}; ///< from the end of a submission to its answer
+    int failEvery = 0;                    ///< each submission of this number fails; 0: none
+    int failCode = 38;                    ///< with this +CMS ERROR
+    int dropAfter = 0;                    ///< unplugged after so many messages; 0: never
+    bool loseLastAnswer = false;          ///< unplugged before the last answer leaves
+    bool silent = false;
+    bool noise = false;
+    bool unsolicited = false;
+    unsigned seed = 1;
+
+    std::function<QDateTime()> clock = [] { return QDateTime::currentDateTime(); };
+};
+
+} // namespace simulator

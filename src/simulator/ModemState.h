@@ -1,0 +1,75 @@
+#pragma once
+
+#include "simulator/ModemSettings.h"
+#include "simulator/SimCard.h"
+
+#include <QByteArray>
+
+#include <array>
+
+namespace simulator {
+
+/// What commands set and ATZ, AT&F and a restart bring back.
+struct Profile
+{
+    int echo = 1;
+    int quiet = 0;
+    int verbose = 1;
+    std::array<int, 13> registers{0, 0, 43, 13, 10, 8, 2, 50, 2, 6, 14, 95, 50};
+    int errorForm = 0; ///< +CMEE
+    int registrationReports = 0;
+    int packetRegistrationReports = 0;
+    int operatorFormat = 0;
+    int operatorMode = 0;
+    int textFormat = 0; ///< +CMGF
+    int showDetails = 0;
+    int moreMessages = 0;
+    int service = 0;
+    std::array<int, 5> indications{0, 0, 0, 0, 0};
+    std::array<QByteArray, 3> memories{QByteArrayLiteral("SM"), QByteArrayLiteral("SM"),
+                                       QByteArrayLiteral("SM")};
+    QByteArray characterSet = QByteArrayLiteral("GSM");
+    int firstOctet = 17;
+    QByteArray validity = QByteArrayLiteral("167");
+    int protocol = 0;
+    int dataCodingScheme = 0;
+    QByteArray serviceCentre = QByteArrayLiteral("+34600000000");
+};
+
+struct ModemState
+{
+    explicit ModemState(const ModemSettings &given) : settings(given), sim(given.pin, given.puk)
+    {
+        bringBackProfile();
+    }
+
+    void bringBackProfile()
+    {
+        profile = Profile();
+        profile.textFormat = settings.formats == Formats::TextOnly ? 1 : 0;
+    }
+
+    void restart()
+    {
+        bringBackProfile();
+        functionality = 1;
+        sim.restart();
+    }
+
+    /// The registration as +CREG tells it: none without a free SIM and a radio.
+    int registration() const
+    {
+        return sim.state() == SimCard::State::Ready && functionality == 1 ? settings.registered : 0;
+    }
+
+    bool isRegistered() const { return registration() == 1 || registration() == 5; }
+
+    ModemSettings settings;
+    Profile profile;
+    SimCard sim;
+    int functionality = 1; ///< +CFUN
+    int entryLength = 0;   ///< +CMGS: octets of the PDU that the prompt is open for
+    QString entryNumber;   ///< +CMGS: the recipient of the text that the prompt is open for
+};
+
+} // namespace simulator

@@ -1,0 +1,112 @@
+#include "console/ConsoleFixture.h"
+
+#include "console/TerminalView.h"
+#include "foundation/Globals.h"
+#include "foundation/ui/CaptionedFrame.h"
+
+#include <QLabel>
+
+#include <utility>
+
+namespace {
+
+QString keyOf(const QString &application, const QString &section, const QString &key)
+{
+    return application + u'/' + section + u'/' + key;
+}
+
+} // namespace
+
+QString MemorySettings::get(const QString &application, const QString &section, const QString &key,
+                            const QString &defaultValue) const
+{
+    return values.value(keyOf(application, section, key), defaultValue);
+}
+
+void MemorySettings::save(const QString &application, const QString &section, const QString &key,
+                          const QString &value)
+{
+    values.insert(keyOf(application, section, key), value);
+    ++saves;
+}
+
+ConsoleFixture::ConsoleFixture()
+{
+    goStartUpData = std::make_unique<clsStartUpData>();
+    goLocalize = std::make_unique<cls_Localize>();
+    EXPECT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
+                                 QStringLiteral("ESN")));
+}
+
+ConsoleFixture::~ConsoleFixture()
+{
+    console.reset();
+    goLocalize.reset();
+    goStartUpData.reset();
+}
+
+void ConsoleFixture::storeMode(bool server)
+{
+    settings.values.insert(QStringLiteral("Norvane/SMS/ServerMode"),
+                           server ? QStringLiteral("True") : QStringLiteral("False"));
+}
+
+ConsoleEnvironment ConsoleFixture::environment()
+{
+    return {[this] {
+                auto made = std::make_unique<RecordingEngine>(script);
+                m_engines.append(made.get());
+                QObject::connect(made.get(), &QObject::destroyed,
+                                 [this, gone = made.get()] { m_engines.removeAll(gone); });
+                return made;
+            },
+            [this] { script.calls.append(QStringLiteral("ReleaseGlobals")); },
+            [this] { return now; }, ModeSettings(settings, QStringLiteral("/program")), locale};
+}
+
+void ConsoleFixture::load()
+{
+    console = std::make_unique<frmSMSClient>(environment());
+    console->Form_Load();
+}
+
+void ConsoleFixture::loadAsServer()
+{
+    storeMode(true);
+    load();
+    script.calls.clear();
+}
+
+void ConsoleFixture::loadAsClient()
+{
+    storeMode(false);
+    load();
+    script.calls.clear();
+}
+
+void ConsoleFixture::show()
+{
+    console->show();
+    ASSERT_TRUE(console->isVisible());
+    QCoreApplication::processEvents();
+}
+
+QString ConsoleFixture::terminal() const
+{
+    return control<TerminalView>("txtTerm")->text();
+}
+
+QString ConsoleFixture::text(const char *label) const
+{
+    return control<QLabel>(label)->text();
+}
+
+QString ConsoleFixture::caption(const char *frame) const
+{
+    return control<CaptionedFrame>(frame)->caption();
+}
+
+QStringList ConsoleFixture::takeCalls()
+{
+    return std::exchange(script.calls, {});
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "console/frmSMSClient.h"
+#include "foundation/StoredSettings.h"
+#include "support/RecordingEngine.h"
+#include "support/RecordingMessageBoxes.h"
+
+#include <QCoreApplication>
+#include <QHash>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+/// Stored settings in memory.
+class MemorySettings : public StoredSettings
+{
+public:
+    QString get(const QString &application, const QString &section, const QString &key,
+                const QString &defaultValue) const override;
+    void save(const QString &application, const QString &section, const QString &key,
+              const QString &value) override;
+
+    QHash<QString, QString> values; ///< under "application/section/key"
+    int saves = 0;
+};
+
+/// The console's window over a recording engine, with the Spanish texts, a clock that stands still
+/// and message boxes that answer by themselves.
+class ConsoleFixture : public ::testing::Test
+{
+protected:
+    ConsoleFixture();
+    ~ConsoleFixture() override;
+
+    void storeMode(bool server);
+    /// Makes the window and loads it.
+    void load();
+    void loadAsServer();
+    void loadAsClient();
+    /// Loads and shows it.
+    void show();
+
+    template <typename Control = QWidget>
+    Control *control(const char *name) const
+    {
+        auto *const found = console->findChild<Control *>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    /// The engine object in use; null on a client.
+    RecordingEngine *engine() const { return m_engines.isEmpty() ? nullptr : m_engines.last(); }
+    QString terminal() const;
+    QString text(const char *label) const;
+    QString caption(const char *frame) const;
+    QStringList takeCalls();
+
+    MemorySettings settings;
+    RecordingEngine::Script script;
+    RecordingMessageBoxes boxes;
+    QDateTime now{QDate(2026, 11, 20), QTime(9, 30, 15), Qt::UTC};
+    QLocale locale{QLocale::Spanish, QLocale::Spain};
+    std::unique_ptr<frmSMSClient> console;
+
+private:
+    ConsoleEnvironment environment();
+
+    QList<RecordingEngine *> m_engines; ///< those that still live, the newest last
+};

@@ -1,0 +1,217 @@
+#include "console/ConsoleFixture.h"
+
+#include "console/ConsoleDesign.h"
+#include "console/MessageEdit.h"
+#include "console/TerminalView.h"
+#include "foundation/ui/PictureButton.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+/// Name, container, left, top, width and height in pixels at 15 twips each, as drawn by hand from
+/// the design's measures; rounding is to the nearest pixel edge.
+struct Placed
+{
+    const char *name;
+    const char *container;
+    float left, top, width, height; // twips
+};
+
+const Placed fixedControls[] = {
+    {"btnDeviceConfig", "picTopPanel", 150, 210, 1155, 840},
+    {"btnTestDevice", "picTopPanel", 1605, 210, 1080, 840},
+    {"fraSMSMessage", "picTopPanel", 150, 1215, 8325, 1980},
+    {"imgLogo(1)", "picTopPanel", 6270, 210, 2190, 660},
+    {"imgLogo(0)", "picTopPanel", 6300, 375, 1920, 675},
+    {"txtMessage", "fraSMSMessage", 150, 255, 4470, 1365},
+    {"lblSMSChars", "fraSMSMessage", 150, 1695, 1935, 180},
+    {"lblPhone", "fraSMSMessage", 4740, 255, 1395, 255},
+    {"txtPhone", "fraSMSMessage", 4740, 540, 1665, 315},
+    {"lblDeliveryDate", "fraSMSMessage", 4740, 1005, 1800, 255},
+    {"dtDeliveryDate", "fraSMSMessage", 4725, 1260, 1215, 330},
+    {"tmDeliveryDate", "fraSMSMessage", 5985, 1260, 915, 330},
+    {"btnSend", "fraSMSMessage", 7065, 255, 1065, 735},
+    {"btnImport", "fraSMSMessage", 7065, 1080, 1065, 735},
+    {"fraEngineStatus", "picBottomPanel", 150, 60, 1800, 1440},
+    {"imgEngineStatus(0)", "fraEngineStatus", 540, 255, 720, 720},
+    {"imgEngineStatus(1)", "fraEngineStatus", 540, 255, 720, 720},
+    {"lblEngineStatus", "fraEngineStatus", 15, 1170, 1755, 240},
+    {"fraQueueStatus", "picBottomPanel", 1920, 60, 3345, 1440},
+    {"imgQueue(0)", "fraQueueStatus", 1335, 255, 720, 720},
+    {"imgQueue(1)", "fraQueueStatus", 1335, 180, 720, 720},
+    {"lblQueueSize", "fraQueueStatus", 15, 930, 3285, 240},
+    {"lblEstimated", "fraQueueStatus", 15, 1170, 3285, 240},
+    {"fraDeviceStatus", "picBottomPanel", 5235, 60, 3240, 1440},
+    {"imgQueue(2)", "fraDeviceStatus", 825, 165, 720, 720},
+    {"lblDeviceInfo", "fraDeviceStatus", 15, 930, 3195, 240},
+    {"lblDeviceStatus", "fraDeviceStatus", 15, 1170, 3195, 240},
+};
+
+/// The controls that a resize moves, at the design size of the window.
+const Placed movedControls[] = {
+    {"picMiddlePanel", "frmSMSClient", 0, 3255, 8670, 2355},
+    {"fraCommunication", "picMiddlePanel", 150, 0, 8325, 2355},
+    {"txtTerm", "fraCommunication", 165, 300, 7965, 1755},
+    {"picLateralPanel", "frmSMSClient", 8610, 0, 6405, 7275},
+    {"fraSentDetails", "picLateralPanel", 15, 4360, 6255, 2775},
+    {"fraQueueDetails", "picLateralPanel", 15, 135, 6255, 4075},
+    {"grdQueue", "fraQueueDetails", 150, 300, 5955, 3075},
+    {"grdSentDetails", "fraSentDetails", 150, 300, 5955, 2325},
+    {"btnClearQueue", "fraQueueDetails", 5475, 3475, 630, 510},
+    {"btnStop", "fraQueueDetails", 4845, 3475, 630, 510},
+    {"btnStart", "fraQueueDetails", 4215, 3475, 630, 510},
+    {"picTopPanel", "frmSMSClient", 0, 0, 15015, 3300},
+    {"picBottomPanel", "frmSMSClient", 0, 5655, 15015, 1620},
+};
+
+QRect pixels(const Placed &placed)
+{
+    const auto edge = [](float twips) { return static_cast<int>(std::lround(twips / 15)); };
+    return {QPoint(edge(placed.left), edge(placed.top)),
+            QPoint(edge(placed.left + placed.width) - 1, edge(placed.top + placed.height) - 1)};
+}
+
+} // namespace
+
+class Controls : public ConsoleFixture
+{
+protected:
+    /// Whatever the limits and the screen say.
+    void resizeTo(QSize inner)
+    {
+        console->setMinimumSize(0, 0);
+        console->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        console->resize(inner);
+        QCoreApplication::processEvents();
+        ASSERT_EQ(console->size(), inner);
+    }
+
+    void expectPlaces(std::span<const Placed> controls) const
+    {
+        for (const Placed &placed : controls) {
+            const QWidget *const found = control(placed.name);
+            EXPECT_EQ(found->geometry(), pixels(placed)) << placed.name;
+            EXPECT_EQ(found->parentWidget()->objectName(), QLatin1String(placed.container))
+                << placed.name;
+        }
+    }
+};
+
+TEST_F(Controls, everyControlStandsInItsContainerAtItsPlace)
+{
+    loadAsServer();
+    show();
+    expectPlaces(fixedControls);
+}
+
+TEST_F(Controls, theMovedControlsStandAtTheWorkedPlacesAtTheDesignSize)
+{
+    loadAsServer();
+    show();
+    resizeTo({1001, 485});
+    expectPlaces(movedControls);
+}
+
+TEST_F(Controls, thereAreNoOthers)
+{
+    EXPECT_EQ(ConsoleDesign::controls().size(),
+              std::size(fixedControls) + std::size(movedControls));
+}
+
+TEST_F(Controls, theThreeButtonsStandFlushAgainstEachOther)
+{
+    loadAsServer();
+    show();
+    resizeTo({1100, 600});
+    const QRect start = control("btnStart")->geometry();
+    const QRect stop = control("btnStop")->geometry();
+    const QRect clear = control("btnClearQueue")->geometry();
+    EXPECT_EQ(start.right() + 1, stop.left());
+    EXPECT_EQ(stop.right() + 1, clear.left());
+    EXPECT_EQ(clear.right(), control("grdQueue")->geometry().right());
+}
+
+TEST_F(Controls, theDockedPanelsFollowTheWindow)
+{
+    loadAsServer();
+    show();
+    resizeTo({1100, 620});
+    EXPECT_EQ(control("picTopPanel")->geometry(), QRect(0, 0, 1100, 220));
+    EXPECT_EQ(control("picBottomPanel")->geometry(), QRect(0, 620 - 108, 1100, 108));
+}
+
+TEST_F(Controls, theLateralPanelLiesInFrontOfTheDockedOnes)
+{
+    loadAsServer();
+    const QObjectList children = console->children();
+    const auto depth = [&](const char *name) { return children.indexOf(control(name)); };
+    EXPECT_GT(depth("picLateralPanel"), depth("picTopPanel"));
+    EXPECT_GT(depth("picLateralPanel"), depth("picBottomPanel"));
+}
+
+TEST_F(Controls, inClientModeTheLateralPanelLiesOutsideTheWindow)
+{
+    loadAsClient();
+    show();
+    EXPECT_GE(control("picLateralPanel")->geometry().left(), console->width());
+}
+
+TEST_F(Controls, tabGoesThroughTheControlsInTheOrderOfTheDesign)
+{
+    loadAsServer();
+    Q_EMIT engine()->EngineStatus(0);
+    show();
+    QApplication::setActiveWindow(console.get());
+    const QStringList order = {QStringLiteral("btnSend"),         QStringLiteral("btnImport"),
+                               QStringLiteral("txtPhone"),        QStringLiteral("txtMessage"),
+                               QStringLiteral("btnDeviceConfig"), QStringLiteral("btnTestDevice"),
+                               QStringLiteral("txtTerm"),         QStringLiteral("btnClearQueue"),
+                               QStringLiteral("grdQueue"),        QStringLiteral("dtDeliveryDate"),
+                               QStringLiteral("tmDeliveryDate"),  QStringLiteral("grdSentDetails"),
+                               QStringLiteral("btnStart")};
+    control("btnSend")->setFocus();
+    QStringList visited;
+    // The time box moves the focus between its own sections first.
+    for (int i = 0; i < 40 && visited.size() <= order.size(); ++i) {
+        const QString name = QApplication::focusWidget()->objectName();
+        if (visited.isEmpty() || visited.constLast() != name)
+            visited.append(name);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    visited.removeLast();
+    EXPECT_EQ(visited, order);
+}
+
+TEST_F(Controls, textBoxesHaveTheirKindAndLimit)
+{
+    loadAsServer();
+    EXPECT_EQ(MessageEdit::MaxLength, 160);
+    EXPECT_EQ(control<MessageEdit>("txtMessage")->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
+    const auto *const terminal = control<TerminalView>("txtTerm");
+    EXPECT_EQ(terminal->palette().color(QPalette::Base),
+              terminal->palette().color(QPalette::Button));
+    EXPECT_DOUBLE_EQ(terminal->font().pointSizeF(), 9.75);
+    EXPECT_EQ(control<QLabel>("lblSMSChars")->palette().color(QPalette::WindowText),
+              QColor(0x66, 0x7E, 0xA2));
+}
+
+TEST_F(Controls, buttonsHaveTheirPictures)
+{
+    loadAsServer();
+    for (const char *const name : {"btnDeviceConfig", "btnTestDevice", "btnSend", "btnImport",
+                                   "btnStart", "btnStop", "btnClearQueue"}) {
+        const auto *const button = control<PictureButton>(name);
+        EXPECT_FALSE(button->icon().isNull()) << name;
+        const QImage picture = button->icon().pixmap(button->iconSize()).toImage();
+        EXPECT_GT(qAlpha(picture.pixel(picture.width() / 2, picture.height() / 2)) +
+                      qAlpha(picture.pixel(picture.width() / 2, picture.height() / 3)),
+                  0)
+            << name;
+    }
+}

@@ -1,0 +1,75 @@
+#include "console/ConsoleFixture.h"
+
+#include "foundation/ui/FatalReport.h"
+
+#include <QMetaObject>
+
+class FatalFailure : public ConsoleFixture
+{
+protected:
+    FatalFailure() : m_previous(FatalReport::setTerminate([this](int code) { exitCode = code; })) {}
+    ~FatalFailure() override { FatalReport::setTerminate(m_previous); }
+
+    /// Raises SMSSent as the engine's events arrive: from the event loop.
+    void raiseSentFromTheLoop(qint32 queueCount)
+    {
+        QMetaObject::invokeMethod(
+            engine(),
+            [this, queueCount] {
+                Q_EMIT engine()->SMSSent(QStringLiteral("1"), QStringLiteral("x"), queueCount);
+            },
+            Qt::QueuedConnection);
+        QCoreApplication::processEvents();
+    }
+
+    int exitCode = 0;
+
+private:
+    FatalReport::Terminate m_previous;
+};
+
+TEST_F(FatalFailure, sixHundredWaitingAt59SecondsEndTheProgramWithAnOverflow)
+{
+    loadAsServer();
+    now.setTime(QTime(9, 0, 0));
+    raiseSentFromTheLoop(0);
+    now = now.addSecs(59);
+    raiseSentFromTheLoop(600);
+    EXPECT_EQ(exitCode, 1);
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(boxes.shown.first(), (RecordingMessageBoxes::Shown{
+                                       QStringLiteral("Overflow - 6"), MessageBoxes::Icon::Critical,
+                                       MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS")}));
+}
+
+TEST_F(FatalFailure, at555WaitingItStillFits)
+{
+    loadAsServer();
+    now.setTime(QTime(9, 0, 0));
+    raiseSentFromTheLoop(0);
+    now = now.addSecs(59);
+    raiseSentFromTheLoop(555);
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(text("lblEstimated").contains(QStringLiteral("9:05:45")));
+}
+
+TEST_F(FatalFailure, aFailureWhileTheBoxIsOpenShowsNoSecondBox)
+{
+    loadAsServer();
+    boxes.whileShown = [this] { raiseSentFromTheLoop(40'000); };
+    raiseSentFromTheLoop(40'000);
+    EXPECT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(exitCode, 1);
+}
+
+TEST_F(FatalFailure, anEngineThatFailsInAnEventIsFatal)
+{
+    loadAsServer();
+    script.failingCalls.enqueue(4); // GetQueue of the event; three calls were made at load
+    QMetaObject::invokeMethod(
+        engine(), [this] { Q_EMIT engine()->SMSQueueChanged(1); }, Qt::QueuedConnection);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(exitCode, 1);
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+}

@@ -1,0 +1,181 @@
+#include "console/ConsoleFixture.h"
+
+#include "foundation/Globals.h"
+#include "foundation/NumberedFailure.h"
+#include "foundation/ui/PictureButton.h"
+
+#include <QDateEdit>
+#include <QLabel>
+#include <QTableView>
+#include <QTimeEdit>
+
+class LoadAndUnload : public ConsoleFixture
+{};
+
+TEST_F(LoadAndUnload, aServerMakesItsEngineAndPullsTheStateOnce)
+{
+    storeMode(true);
+    load();
+    EXPECT_EQ(takeCalls(),
+              (QStringList{QStringLiteral("new 1"), QStringLiteral("GetQueueSize"),
+                           QStringLiteral("GetQueue"), QStringLiteral("GetEngineStatus")}));
+}
+
+TEST_F(LoadAndUnload, aClientHasNoEngineAndMakesNoCall)
+{
+    storeMode(false);
+    load();
+    EXPECT_TRUE(takeCalls().isEmpty());
+    EXPECT_EQ(engine(), nullptr);
+}
+
+TEST_F(LoadAndUnload, withNothingStoredTheConsoleIsAServerAndWritesNothing)
+{
+    load();
+    EXPECT_EQ(script.objectsMade, 1);
+    EXPECT_EQ(settings.saves, 0);
+    EXPECT_TRUE(settings.values.isEmpty());
+}
+
+TEST_F(LoadAndUnload, captionsComeFromTheLanguageFile)
+{
+    loadAsClient();
+    EXPECT_EQ(console->windowTitle(), GS(3760000));
+    const std::initializer_list<std::pair<const char *, qint32>> buttons = {
+        {"btnDeviceConfig", 3760001},
+        {"btnTestDevice", 3760002},
+        {"btnSend", 3760003},
+        {"btnImport", 3760004}};
+    for (const auto &[name, id] : buttons)
+        EXPECT_EQ(control<PictureButton>(name)->text(), GS(id)) << name;
+    const std::initializer_list<std::pair<const char *, qint32>> frames = {
+        {"fraSMSMessage", 3760005},   {"fraQueueDetails", 3760008}, {"fraSentDetails", 3760009},
+        {"fraDeviceStatus", 3760012}, {"fraQueueStatus", 3760011},  {"fraCommunication", 3760090}};
+    for (const auto &[name, id] : frames)
+        EXPECT_EQ(caption(name), GS(id)) << name;
+    const std::initializer_list<std::pair<const char *, qint32>> labels = {
+        {"lblPhone", 3760006},
+        {"lblDeliveryDate", 3760007},
+        {"lblQueueSize", 3760013},
+        {"lblEngineStatus", 3760014},
+        {"lblDeviceInfo", 3760015}};
+    for (const auto &[name, id] : labels)
+        EXPECT_EQ(text(name), GS(id)) << name;
+}
+
+TEST_F(LoadAndUnload, theDeviceFrameShowsTheSecondOfItsTwoTexts)
+{
+    loadAsClient();
+    ASSERT_NE(GS(3760010), GS(3760012));
+    EXPECT_EQ(caption("fraDeviceStatus"), GS(3760012));
+}
+
+TEST_F(LoadAndUnload, whatHasNoTextOfItsOwnKeepsTheDesignText)
+{
+    loadAsClient();
+    EXPECT_EQ(caption("fraEngineStatus"), QStringLiteral("Estado"));
+    EXPECT_EQ(text("lblSMSChars"), QStringLiteral("Caracteres: 0 / 160"));
+    EXPECT_EQ(text("lblEstimated"), QStringLiteral("Tempo previsto: 00:00:00"));
+    EXPECT_EQ(text("lblDeviceStatus"), QString());
+    for (const char *const button : {"btnStart", "btnStop", "btnClearQueue"})
+        EXPECT_TRUE(control<PictureButton>(button)->text().isEmpty()) << button;
+}
+
+TEST_F(LoadAndUnload, theSecondLogoIsTheOneThatShows)
+{
+    loadAsClient();
+    EXPECT_TRUE(control("imgLogo(0)")->isHidden());
+    EXPECT_FALSE(control("imgLogo(1)")->isHidden());
+}
+
+TEST_F(LoadAndUnload, aClientShowsOneOfTheTwoPicturesThatShareAPlace)
+{
+    loadAsClient();
+    EXPECT_FALSE(control("imgEngineStatus(0)")->isHidden());
+    EXPECT_TRUE(control("imgEngineStatus(1)")->isHidden());
+    EXPECT_FALSE(control("imgQueue(0)")->isHidden());
+    EXPECT_TRUE(control("imgQueue(1)")->isHidden());
+}
+
+TEST_F(LoadAndUnload, deliveryDateAndTimeStartAtNowInBothModes)
+{
+    for (const bool server : {true, false}) {
+        storeMode(server);
+        load();
+        EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->date(), now.date());
+        EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->time(), now.time());
+        EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->text(), QStringLiteral("20/11/2026"));
+        EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->text(), QStringLiteral("09:30:15"));
+    }
+}
+
+TEST_F(LoadAndUnload, gridHeadersAndWidthsAreSet)
+{
+    loadAsServer();
+    const std::initializer_list<std::pair<const char *, qint32>> grids = {
+        {"grdQueue", 3760028}, {"grdSentDetails", 3760031}};
+    for (const auto &[name, first] : grids) {
+        const auto *const grid = control<QTableView>(name);
+        const QAbstractItemModel *const model = grid->model();
+        ASSERT_EQ(model->columnCount(), 3);
+        EXPECT_EQ(model->headerData(0, Qt::Horizontal).toString(), GS(first));
+        EXPECT_EQ(model->headerData(1, Qt::Horizontal).toString(), GS(3760029));
+        EXPECT_EQ(model->headerData(2, Qt::Horizontal).toString(), GS(3760030));
+        EXPECT_EQ(grid->columnWidth(0), 84);
+        EXPECT_EQ(grid->columnWidth(1), 107);
+        EXPECT_EQ(grid->columnWidth(2), 78);
+    }
+}
+
+TEST_F(LoadAndUnload, anEventThatArrivesRightAfterTheEngineWasMadeIsHandled)
+{
+    // The earliest event comes before the window is shown: captions and grids stand by then.
+    loadAsServer();
+    Q_EMIT engine()->SMSSent(QStringLiteral("912345678"), QStringLiteral("Hola"), 0);
+    EXPECT_EQ(terminal(), GS(3760023, QStringLiteral("912345678")) + QStringLiteral("\r\n"));
+}
+
+TEST_F(LoadAndUnload, anEngineThatCannotBeMadeFailsTheLoad)
+{
+    storeMode(true);
+    script.failingCalls.enqueue(1);
+    EXPECT_THROW(load(), NumberedFailure);
+}
+
+TEST_F(LoadAndUnload, closingReleasesTheEngineWithoutAStopAndTheGlobalsLast)
+{
+    script.status = SMSManager::Running;
+    loadAsServer();
+    show();
+    takeCalls();
+    console->close();
+    EXPECT_EQ(takeCalls(),
+              (QStringList{QStringLiteral("release 1"), QStringLiteral("ReleaseGlobals")}));
+}
+
+TEST_F(LoadAndUnload, closingAClientEndsTheSameWayWithoutAnEngine)
+{
+    loadAsClient();
+    show();
+    console->close();
+    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("ReleaseGlobals")});
+}
+
+TEST_F(LoadAndUnload, closingAsksNothingWhateverTheQueueHolds)
+{
+    script.queueSize = 5;
+    loadAsServer();
+    show();
+    console->close();
+    EXPECT_TRUE(boxes.shown.isEmpty());
+    EXPECT_FALSE(console->isVisible());
+}
+
+TEST_F(LoadAndUnload, theUnloadRunsOnce)
+{
+    loadAsClient();
+    show();
+    console->close();
+    console->close();
+    EXPECT_EQ(takeCalls().count(QStringLiteral("ReleaseGlobals")), 1);
+}

@@ -1,0 +1,209 @@
+#include "console/ConsoleFixture.h"
+
+#include "foundation/Globals.h"
+#include "foundation/ui/CaptionedFrame.h"
+
+#include <QScreen>
+
+namespace {
+
+const char *const framesByMode[] = {"fraCommunication", "fraDeviceStatus", "fraEngineStatus",
+                                    "fraQueueDetails",  "fraQueueStatus",  "fraSentDetails"};
+const char *const controlsByMode[] = {
+    "btnTestDevice",   "btnClearQueue",      "btnStart",     "btnStop",     "grdQueue",
+    "grdSentDetails",  "imgEngineStatus(0)", "imgQueue(0)",  "imgQueue(1)", "lblDeviceInfo",
+    "lblDeviceStatus", "lblEngineStatus",    "lblEstimated", "lblQueueSize"};
+const char *const alwaysEnabled[] = {"btnDeviceConfig", "btnSend",    "btnImport",
+                                     "txtPhone",        "txtMessage", "dtDeliveryDate",
+                                     "tmDeliveryDate",  "txtTerm",    "imgEngineStatus(1)",
+                                     "imgQueue(2)",     "lblPhone",   "lblSMSChars"};
+
+} // namespace
+
+class OperationMode : public ConsoleFixture
+{
+protected:
+    // The limits hold for the outer window.
+    QSize frame() const { return console->frameSize() - console->size(); }
+    QSize smallest() const { return console->minimumSize() + frame(); }
+    QSize largest() const { return console->maximumSize() + frame(); }
+
+    bool isEnabled(const char *name) const { return control(name)->isEnabled(); }
+    bool isFrameEnabled(const char *name) const
+    {
+        return control<CaptionedFrame>(name)->isFrameEnabled();
+    }
+};
+
+TEST_F(OperationMode, aClientDisablesWhatBelongsToTheEngine)
+{
+    loadAsClient();
+    for (const char *const name : framesByMode)
+        EXPECT_FALSE(isFrameEnabled(name)) << name;
+    for (const char *const name : controlsByMode)
+        EXPECT_FALSE(isEnabled(name)) << name;
+}
+
+TEST_F(OperationMode, aServerEnablesIt)
+{
+    loadAsServer();
+    console->ApplyOperationMode();
+    for (const char *const name : framesByMode)
+        EXPECT_TRUE(isFrameEnabled(name)) << name;
+    for (const char *const name : controlsByMode)
+        EXPECT_TRUE(isEnabled(name)) << name;
+}
+
+TEST_F(OperationMode, everythingElseIsEnabledInBothModes)
+{
+    for (const bool server : {true, false}) {
+        storeMode(server);
+        load();
+        for (const char *const name : alwaysEnabled)
+            EXPECT_TRUE(isEnabled(name)) << name << (server ? " on a server" : " on a client");
+        EXPECT_TRUE(isFrameEnabled("fraSMSMessage"));
+    }
+}
+
+TEST_F(OperationMode, theRunningPictureIsLeftOut)
+{
+    loadAsClient();
+    EXPECT_TRUE(isEnabled("imgEngineStatus(1)"));
+    EXPECT_FALSE(isEnabled("imgEngineStatus(0)"));
+}
+
+TEST_F(OperationMode, startAndStopStayBothEnabledUntilTheEngineReportsItsStatus)
+{
+    loadAsServer();
+    console->SetDeviceSettings({});
+    EXPECT_TRUE(isEnabled("btnStart"));
+    EXPECT_TRUE(isEnabled("btnStop"));
+    Q_EMIT engine()->EngineStatus(1);
+    EXPECT_FALSE(isEnabled("btnStart"));
+    EXPECT_TRUE(isEnabled("btnStop"));
+}
+
+TEST_F(OperationMode, fromServerToClientStopsAndThenReleasesTheEngine)
+{
+    script.queueSize = 3;
+    loadAsServer();
+    storeMode(false);
+    EXPECT_FALSE(console->SetDeviceSettings({}));
+    EXPECT_EQ(takeCalls(),
+              (QStringList{QStringLiteral("StopEngine"), QStringLiteral("release 1")}));
+    EXPECT_EQ(engine(), nullptr);
+}
+
+TEST_F(OperationMode, fromClientToServerMakesTheEngineBeforeTheSettingsReachIt)
+{
+    loadAsClient();
+    storeMode(true);
+    EXPECT_TRUE(console->SetDeviceSettings({0, {}, 1, 1, QStringLiteral("COM3, 9600")}));
+    EXPECT_EQ(takeCalls(), (QStringList{QStringLiteral("new 1"),
+                                        QStringLiteral("SetDeviceSettings(COM3, 9600)")}));
+}
+
+TEST_F(OperationMode, aChangeToServerPullsNoState)
+{
+    loadAsClient();
+    storeMode(true);
+    console->SetDeviceSettings({});
+    const QStringList calls = takeCalls();
+    EXPECT_FALSE(calls.contains(QStringLiteral("GetQueueSize")));
+    EXPECT_FALSE(calls.contains(QStringLiteral("GetEngineStatus")));
+}
+
+TEST_F(OperationMode, twoConfirmedDialogsMakeTwoEnginesInTurnWithoutAStop)
+{
+    loadAsServer();
+    console->SetDeviceSettings({});
+    console->SetDeviceSettings({});
+    const QStringList calls = takeCalls();
+    EXPECT_EQ(script.objectsMade, 3);
+    EXPECT_FALSE(calls.contains(QStringLiteral("StopEngine")));
+    EXPECT_EQ(calls.filter(QStringLiteral("release")),
+              (QStringList{QStringLiteral("release 1"), QStringLiteral("release 2")}));
+}
+
+TEST_F(OperationMode, theEnginesRefusalIsPassedOn)
+{
+    script.setAnswer = false;
+    loadAsServer();
+    EXPECT_FALSE(console->SetDeviceSettings({}));
+}
+
+TEST_F(OperationMode, aClientGivesTheEmptyRecordAndCallsNoEngine)
+{
+    loadAsClient();
+    EXPECT_EQ(console->GetDeviceSettings(), DeviceSettings());
+    EXPECT_FALSE(console->SetDeviceSettings({0, {}, 1, 1, QStringLiteral("COM3, 9600")}));
+    EXPECT_TRUE(takeCalls().isEmpty());
+}
+
+TEST_F(OperationMode, aServerGivesTheEnginesRecord)
+{
+    script.settings = {0, QStringLiteral("1234"), 2, 1, QStringLiteral("COM5, 9600")};
+    loadAsServer();
+    EXPECT_EQ(console->GetDeviceSettings(), script.settings);
+}
+
+TEST_F(OperationMode, theWindowTakesTheSizeOfItsMode)
+{
+    loadAsServer();
+    EXPECT_EQ(console->frameSize(), QSize(1009, 519));
+    loadAsClient();
+    EXPECT_EQ(console->frameSize(), QSize(574, 519));
+}
+
+TEST_F(OperationMode, theFrameOfTheWindowManagerIsTakenIntoAccountOnceItIsKnown)
+{
+    loadAsServer();
+    EXPECT_EQ(frame(), QSize(0, 0));
+    show();
+    ASSERT_NE(frame(), QSize(0, 0)) << "this platform draws a frame, or the test shows nothing";
+    EXPECT_EQ(console->frameSize(), QSize(1009, 519));
+    EXPECT_EQ(smallest(), QSize(1009, 519));
+}
+
+TEST_F(OperationMode, aClientCanNeitherGrowNorShrink)
+{
+    loadAsClient();
+    show();
+    EXPECT_EQ(smallest(), QSize(574, 519));
+    EXPECT_EQ(largest(), QSize(574, 519));
+}
+
+TEST_F(OperationMode, aServerCanGrowToTheScreenAndNotShrink)
+{
+    loadAsServer();
+    EXPECT_EQ(smallest(), QSize(1009, 519));
+    const QSize screen = console->screen()->size();
+    EXPECT_EQ(QSize(gWindowLimits.maximumWidth, gWindowLimits.maximumHeight), screen);
+    EXPECT_EQ(largest(), screen.expandedTo(smallest()));
+}
+
+TEST_F(OperationMode, aChangeOfModeChangesSizeAndLimitsAtOnce)
+{
+    loadAsServer();
+    show();
+    storeMode(false);
+    console->SetDeviceSettings({});
+    console->SetWindowLimits();
+    EXPECT_EQ(console->frameSize(), QSize(574, 519));
+    EXPECT_EQ(largest(), QSize(574, 519));
+    storeMode(true);
+    console->SetDeviceSettings({});
+    console->SetWindowLimits();
+    EXPECT_EQ(console->frameSize(), QSize(1009, 519));
+    EXPECT_EQ(smallest(), QSize(1009, 519));
+}
+
+TEST_F(OperationMode, anEngineThatWasReplacedIsNoLongerHeard)
+{
+    loadAsServer();
+    console->SetDeviceSettings({});
+    // Only the newest engine object lives; what the first one might still say has nobody to say it.
+    EXPECT_EQ(takeCalls().filter(QStringLiteral("release 1")).size(), 1);
+    Q_EMIT engine()->WarningError(1, QString());
+    EXPECT_EQ(terminal().count(QStringLiteral("\r\n")), 1);
+}

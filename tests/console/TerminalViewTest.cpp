@@ -1,0 +1,83 @@
+#include "console/TerminalView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+TEST(TerminalView, everyKeyIsSwallowed)
+{
+    TerminalView terminal;
+    terminal.setText(QStringLiteral("line\r\n"));
+    terminal.selectAll();
+    QTest::keyClicks(&terminal, QStringLiteral("abc 123"));
+    for (const int key : {Qt::Key_Delete, Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Escape})
+        QTest::keyClick(&terminal, Qt::Key(key));
+    QTest::keyClick(&terminal, Qt::Key_X, Qt::ControlModifier);
+    QTest::keyClick(&terminal, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(terminal.text(), QStringLiteral("line\r\n"));
+    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n"));
+}
+
+TEST(TerminalView, tabLetsTheFocusLeave)
+{
+    QWidget window;
+    auto *const layout = new QVBoxLayout(&window);
+    auto *const terminal = new TerminalView;
+    auto *const next = new QPushButton;
+    layout->addWidget(terminal);
+    layout->addWidget(next);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    terminal->setFocus();
+    QTest::keyClick(terminal, Qt::Key_Tab);
+    EXPECT_TRUE(next->hasFocus());
+    QTest::keyClick(next, Qt::Key_Backtab);
+    EXPECT_TRUE(terminal->hasFocus());
+}
+
+TEST(TerminalView, theCaretGoesBehindTheLastCharacter)
+{
+    TerminalView terminal;
+    terminal.appendLine(QStringLiteral("a"));
+    terminal.moveCursor(QTextCursor::Start);
+    terminal.appendLine(QStringLiteral("b"));
+    EXPECT_TRUE(terminal.textCursor().atEnd());
+    EXPECT_EQ(terminal.text(), QStringLiteral("a\r\nb\r\n"));
+}
+
+TEST(TerminalView, theNewestLineIsInView)
+{
+    TerminalView terminal;
+    terminal.resize(200, 100);
+    terminal.show();
+    for (int i = 0; i < 200; ++i)
+        terminal.appendLine(QString::number(i));
+    EXPECT_TRUE(terminal.viewport()->rect().intersects(terminal.cursorRect()));
+}
+
+TEST(TerminalView, aLineIsAddedWhereTheCaretStandsNowhereElse)
+{
+    TerminalView terminal;
+    terminal.appendLine(QStringLiteral("first"));
+    terminal.selectAll(); // a selection of the operator's is not overwritten
+    terminal.appendLine(QStringLiteral("second"));
+    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("first\nsecond\n"));
+}
+
+TEST(TerminalView, textCanBeSelectedWithTheMouseAndCopied)
+{
+    TerminalView terminal;
+    terminal.resize(300, 100);
+    terminal.setText(QStringLiteral("word\r\n"));
+    terminal.show();
+    const QPoint inWord =
+        terminal.cursorRect(QTextCursor(terminal.document())).center() + QPoint(5, 0);
+    QTest::mouseDClick(terminal.viewport(), Qt::LeftButton, Qt::NoModifier, inWord);
+    EXPECT_EQ(terminal.textCursor().selectedText(), QStringLiteral("word"));
+    terminal.copy();
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("word"));
+}

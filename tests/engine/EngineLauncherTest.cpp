@@ -1,0 +1,146 @@
+#include "engine/EngineLauncher.h"
+
+#include "engine/PrivateBus.h"
+#include "engine/RaisedFailure.h"
+#include "engine/contract/BusTypes.h"
+
+#include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr int longLimit = 30'000; // ms; no failing start may take it
+
+QString nowhere()
+{
+    return QStringLiteral("/nonexistent/TovekSMService");
+}
+
+std::optional<NumberedFailure> failureOfStart(const QDBusConnection &bus, const QString &program,
+                                              int timeLimit)
+{
+    ProcessEngineLauncher launcher(bus, program, timeLimit);
+    return raisedFailure([&] { launcher.ensureRunning(); });
+}
+
+bool engineIsOnBus(const QDBusConnection &bus)
+{
+    return bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+}
+
+QString logFolder()
+{
+    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/TovekSMService");
+}
+
+QString logText()
+{
+    QFile file(logFolder() + QStringLiteral("/engine.log"));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+TEST(EngineLauncherTest, withoutABusThereIsNoEngine)
+{
+    const auto failure = failureOfStart(QDBusConnection(QStringLiteral("no such connection")),
+                                        QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_EQ(failure->source(), u"SMSManager"_qs);
+    EXPECT_EQ(failure->shown(), u"ActiveX component can't create object (no session bus) - 429"_qs);
+}
+
+TEST(EngineLauncherTest, missingProgramFailsAtOnceAndIsNamed)
+{
+    const PrivateBus bus;
+    QElapsedTimer time;
+    time.start();
+    const auto failure = failureOfStart(bus.connection(), nowhere(), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_TRUE(failure->description().contains(nowhere()));
+    EXPECT_LT(time.elapsed(), longLimit);
+}
+
+TEST(EngineLauncherTest, fileThatIsNoProgramFailsAtOnce)
+{
+    const PrivateBus bus;
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("TovekSMService"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("no program");
+    file.close();
+    const auto notExecutable = failureOfStart(bus.connection(), path, longLimit);
+    ASSERT_TRUE(notExecutable);
+    EXPECT_EQ(notExecutable->number(), 429);
+
+    const auto isFolder = failureOfStart(bus.connection(), folder.path(), longLimit);
+    ASSERT_TRUE(isFolder);
+    EXPECT_EQ(isFolder->number(), 429);
+}
+
+TEST(EngineLauncherTest, programThatNeverComesUpIsWaitedForNoLongerThanTheLimit)
+{
+    const PrivateBus bus;
+    constexpr int limit = 150;
+    QElapsedTimer time;
+    time.start();
+    const auto failure = failureOfStart(bus.connection(), QStringLiteral("/bin/true"), limit);
+    EXPECT_GE(time.elapsed(), limit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_TRUE(failure->description().contains(u"the engine did not come up"));
+}
+
+TEST(EngineLauncherTest, engineThatIsUpIsNotStartedAgain)
+{
+    const PrivateBus bus;
+    QDBusConnection connection = bus.connection();
+    ASSERT_TRUE(connection.registerService(QLatin1String(Bus::ServiceName)));
+    EXPECT_FALSE(failureOfStart(connection, nowhere(), longLimit));
+}
+
+TEST(EngineLauncherTest, programIsStartedInASessionOfItsOwnWithItsErrorsInAFile)
+{
+    const PrivateBus bus;
+    const auto failure =
+        failureOfStart(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
+    ASSERT_FALSE(failure) << qPrintable(failure->shown());
+    EXPECT_TRUE(engineIsOnBus(bus.connection()));
+    const QString log = logText();
+    EXPECT_TRUE(log.startsWith(u"arguments 0\nfolder /\nsession ")) << qPrintable(log);
+    EXPECT_FALSE(log.endsWith(QStringLiteral("session %1\n").arg(::getsid(0)))) << qPrintable(log);
+    const auto rights = QFileInfo(logFolder()).permissions();
+    EXPECT_FALSE(rights & (QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                           QFile::ReadOther | QFile::WriteOther | QFile::ExeOther));
+    EXPECT_FALSE(failureOfStart(bus.connection(), nowhere(), longLimit));
+}
+
+TEST(EngineLauncherTest, installedEngineIsStartedByTheBus)
+{
+    const PrivateBus bus(QStringLiteral(NORVANE_FAKE_ENGINE));
+    const auto failure = failureOfStart(bus.connection(), nowhere(), longLimit);
+    ASSERT_FALSE(failure) << qPrintable(failure->shown());
+    EXPECT_TRUE(engineIsOnBus(bus.connection()));
+}
+
+TEST(EngineLauncherTest, failureOfTheBusToStartTheEngineIsToldInItsWords)
+{
+    const PrivateBus bus(QStringLiteral("/nonexistent/TovekSMService"));
+    // The program at hand isn't tried: what is installed decides.
+    const auto failure =
+        failureOfStart(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_TRUE(failure->description().contains(u"com.tovek.SMService"))
+        << qPrintable(failure->description());
+    EXPECT_FALSE(engineIsOnBus(bus.connection()));
+}
+
+} // namespace

@@ -1,0 +1,106 @@
+#include "foundation/ui/WidgetMessageBoxes.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+using Answer = MessageBoxes::Answer;
+using Buttons = MessageBoxes::Buttons;
+using Icon = MessageBoxes::Icon;
+
+/// Hands the box that is about to be shown to `handle`, which has to close it.
+void whenShown(const std::function<void(QMessageBox &)> &handle)
+{
+    QTimer::singleShot(0, qApp, [handle] {
+        auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        ASSERT_TRUE(box);
+        handle(*box);
+    });
+}
+
+Answer answerOf(Buttons buttons, const std::function<void(QMessageBox &)> &handle)
+{
+    whenShown(handle);
+    return WidgetMessageBoxes().show(u"Text"_qs, Icon::Question, buttons, u"Title"_qs);
+}
+
+TEST(WidgetMessageBoxesTest, textAndTitleAreShownAsTheyStand)
+{
+    QString text;
+    QString title;
+    Qt::TextFormat format = Qt::RichText;
+    whenShown([&](QMessageBox &box) {
+        text = box.text();
+        title = box.windowTitle();
+        format = box.textFormat();
+        EXPECT_TRUE(box.isModal());
+        box.button(QMessageBox::Ok)->click();
+    });
+    WidgetMessageBoxes().show(u"<b>a</b>\r\nb"_qs, Icon::Critical, Buttons::Ok, u"Norvane SMS"_qs);
+    EXPECT_EQ(text, u"<b>a</b>\r\nb"_qs);
+    EXPECT_EQ(title, u"Norvane SMS"_qs);
+    EXPECT_EQ(format, Qt::PlainText);
+}
+
+TEST(WidgetMessageBoxesTest, eachIconIsTheToolkitsOwn)
+{
+    const std::pair<Icon, QMessageBox::Icon> rows[] = {
+        {Icon::None, QMessageBox::NoIcon},
+        {Icon::Critical, QMessageBox::Critical},
+        {Icon::Question, QMessageBox::Question},
+        {Icon::Exclamation, QMessageBox::Warning},
+        {Icon::Information, QMessageBox::Information}};
+    for (const auto &[icon, expected] : rows) {
+        QMessageBox::Icon shown = QMessageBox::NoIcon;
+        whenShown([&](QMessageBox &box) {
+            shown = box.icon();
+            box.accept();
+        });
+        WidgetMessageBoxes().show(u"Text"_qs, icon, Buttons::Ok, u"Title"_qs);
+        EXPECT_EQ(shown, expected);
+    }
+}
+
+TEST(WidgetMessageBoxesTest, boxToReadHasOneButton)
+{
+    EXPECT_EQ(answerOf(Buttons::Ok,
+                       [](QMessageBox &box) {
+                           EXPECT_EQ(box.standardButtons(), QMessageBox::Ok);
+                           box.button(QMessageBox::Ok)->click();
+                       }),
+              Answer::Ok);
+    EXPECT_EQ(answerOf(Buttons::Ok, [](QMessageBox &box) { box.close(); }), Answer::Ok);
+}
+
+TEST(WidgetMessageBoxesTest, questionIsAnsweredByItsButtons)
+{
+    EXPECT_EQ(answerOf(Buttons::YesNo,
+                       [](QMessageBox &box) {
+                           EXPECT_EQ(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
+                           box.button(QMessageBox::Yes)->click();
+                       }),
+              Answer::Yes);
+    EXPECT_EQ(
+        answerOf(Buttons::YesNo, [](QMessageBox &box) { box.button(QMessageBox::No)->click(); }),
+        Answer::No);
+}
+
+TEST(WidgetMessageBoxesTest, questionIsAnsweredByItsKeys)
+{
+    EXPECT_EQ(
+        answerOf(Buttons::YesNo, [](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Escape); }),
+        Answer::No);
+    EXPECT_EQ(
+        answerOf(Buttons::YesNo, [](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); }),
+        Answer::Yes);
+}
+
+} // namespace

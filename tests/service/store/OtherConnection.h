@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QList>
+#include <QSqlDatabase>
+#include <QVariant>
+
+/// A second connection to a store's file, as another program would have one: to look at what is on
+/// disk, to hold the lock for writing, and to prepare files.
+class OtherConnection
+{
+public:
+    explicit OtherConnection(const QString &file);
+    OtherConnection(const OtherConnection &) = delete;
+    OtherConnection &operator=(const OtherConnection &) = delete;
+    ~OtherConnection();
+
+    /// Runs a statement, and fails the test if that can't be done.
+    void run(const QString &statement);
+    /// The rows of a query, each as a list of its columns.
+    QList<QVariantList> rows(const QString &query);
+    /// The first column of a query's first row.
+    QVariant value(const QString &query);
+
+    /// Takes the lock for writing, and gives it back.
+    void lock();
+    void unlock();
+
+    /// Everything that the file holds, to be compared.
+    QList<QVariantList> contents();
+
+private:
+    QString m_name;
+    QSqlDatabase m_database;
+};
+
+/// Runs a statement on the one connection that a store has open: for settings that a connection
+/// keeps to itself, like the most pages that a file may have.
+void runOnStoreConnection(const QString &file, const QString &statement);
+/// Lets the store's file grow no further, as if the disk were full, and lets it grow again.
+void fillDisk(const QString &file);
+void freeDisk(const QString &file);

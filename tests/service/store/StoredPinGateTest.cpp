@@ -1,0 +1,136 @@
+#include "service/store/StoredPinGate.h"
+
+#include "service/store/StoreFixture.h"
+
+namespace {
+
+using Decision = PinGate::Decision;
+
+class StoredPinGateTest : public StoreFixture
+{
+protected:
+    /// The engine as it comes up anew: another gate over the reopened store.
+    void restart()
+    {
+        m_gate.reset();
+        reopen();
+        m_gate = makeGate();
+    }
+
+    std::unique_ptr<StoredPinGate> makeGate()
+    {
+        return std::make_unique<StoredPinGate>(*m_store, [] { return noon(); });
+    }
+
+    Decision ask(std::optional<int> triesLeft = std::nullopt)
+    {
+        return m_gate->mayTry(m_sim, m_pin, triesLeft);
+    }
+
+    PinHistory onDisk() const { return m_store->pinHistory(m_sim, m_pin); }
+
+    QString m_sim = QStringLiteral("893407");
+    QString m_pin = QStringLiteral("1234");
+    std::unique_ptr<StoredPinGate> m_gate = makeGate();
+};
+
+TEST_F(StoredPinGateTest, anAttemptIsOnDiskBeforeItMayBeMade)
+{
+    EXPECT_EQ(ask(), Decision::Try);
+    EXPECT_EQ(onDisk(), PinHistory::Tried);
+    OtherConnection other(file());
+    EXPECT_EQ(other.value(QStringLiteral("SELECT at FROM pin_attempt")).toString(), noon());
+}
+
+TEST_F(StoredPinGateTest, anAttemptOfUnknownEndIsNeverMadeAgain)
+{
+    ask();
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+    restart();
+    EXPECT_EQ(ask(3), Decision::AlreadyTried);
+}
+
+TEST_F(StoredPinGateTest, aRefusedPinIsNeverTriedAgain)
+{
+    ask();
+    m_gate->refused(m_sim, m_pin);
+    EXPECT_EQ(onDisk(), PinHistory::Refused);
+    restart();
+    EXPECT_EQ(ask(3), Decision::AlreadyTried);
+}
+
+TEST_F(StoredPinGateTest, anAcceptedPinIsUsedWheneverTheSimAsks)
+{
+    ask();
+    m_gate->accepted(m_sim, m_pin);
+    for (int round = 0; round < 3; ++round) {
+        restart();
+        EXPECT_EQ(ask(1), Decision::Try);
+        EXPECT_EQ(onDisk(), PinHistory::Accepted);
+    }
+}
+
+TEST_F(StoredPinGateTest, anAcceptedPinThatIsRefusedLaterIsNotTriedAgain)
+{
+    ask();
+    m_gate->accepted(m_sim, m_pin);
+    ask();
+    m_gate->refused(m_sim, m_pin);
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+    restart();
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+}
+
+TEST_F(StoredPinGateTest, anotherPinAndAnotherSimHaveTheirOwnTry)
+{
+    ask();
+    m_gate->refused(m_sim, m_pin);
+    EXPECT_EQ(m_gate->mayTry(m_sim, QStringLiteral("4321"), 2), Decision::Try);
+    EXPECT_EQ(m_gate->mayTry(QStringLiteral("8935"), m_pin, 2), Decision::Try);
+}
+
+TEST_F(StoredPinGateTest, withTooFewTriesLeftNothingIsRecorded)
+{
+    EXPECT_EQ(ask(1), Decision::TooFewTries);
+    EXPECT_EQ(ask(0), Decision::TooFewTries);
+    EXPECT_EQ(onDisk(), PinHistory::NeverTried);
+    EXPECT_EQ(ask(2), Decision::Try);
+}
+
+TEST_F(StoredPinGateTest, whatCannotBeRecordedMustNotBeTried)
+{
+    OtherConnection other(file());
+    other.lock();
+    EXPECT_EQ(ask(), Decision::NotRecorded);
+    other.unlock();
+    EXPECT_EQ(onDisk(), PinHistory::NeverTried);
+    EXPECT_EQ(ask(), Decision::Try);
+}
+
+TEST_F(StoredPinGateTest, anAcceptedPinThatCannotBeRecordedStaysTried)
+{
+    ask();
+    OtherConnection other(file());
+    other.lock();
+    m_gate->accepted(m_sim, m_pin);
+    other.unlock();
+    EXPECT_EQ(onDisk(), PinHistory::Tried);
+}
+
+TEST_F(StoredPinGateTest, aRefusalThatCannotBeRecordedStillHolds)
+{
+    ask();
+    m_gate->accepted(m_sim, m_pin);
+    ask();
+    OtherConnection other(file());
+    other.lock();
+    m_gate->refused(m_sim, m_pin);
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+    other.unlock();
+    EXPECT_EQ(onDisk(), PinHistory::Accepted);
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+    EXPECT_EQ(onDisk(), PinHistory::Refused);
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+}
+
+} // namespace

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QList>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// The program in a process of its own, ended with this object.
+class RunningSimulator
+{
+public:
+    /// Starts it and waits until it is ready.
+    explicit RunningSimulator(const QStringList &options = {});
+    ~RunningSimulator();
+
+    bool isReady() const { return m_ready; }
+    QString link() const { return m_folder.filePath(QStringLiteral("port")); }
+    QString logPath() const { return m_folder.filePath(QStringLiteral("log")); }
+    QString folder() const { return m_folder.path(); }
+    QProcess &process() { return m_process; }
+
+    /// The lines of the log so far.
+    QList<QJsonObject> messages() const;
+
+private:
+    QTemporaryDir m_folder;
+    QProcess m_process;
+    bool m_ready = false;
+};
+
+/// A client on the modem's port, by the plain means of the system.
+class PortClient
+{
+public:
+    explicit PortClient(const QString &path);
+    ~PortClient();
+    PortClient(const PortClient &) = delete;
+    PortClient &operator=(const PortClient &) = delete;
+
+    bool isOpen() const { return m_port >= 0; }
+    int descriptor() const { return m_port; }
+    void close();
+    void write(const QByteArray &bytes);
+
+    /// Reads to the first `end`, or until the line hangs up or the time is over. What comes after
+    /// the end stays for the next reading.
+    QByteArray readUntil(const QByteArray &end, int milliseconds = 10000);
+
+    /// Writes one command and reads to the end of its answer.
+    QByteArray ask(const QByteArray &command);
+
+    /// Submits one PDU that says "hellohello", and gives the answer.
+    QByteArray submitHello();
+
+    /// Whether the line has hung up.
+    bool hasHungUp() const { return m_hungUp; }
+
+private:
+    int m_port = -1;
+    QByteArray m_read;
+    bool m_hungUp = false;
+};

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "engine/contract/SMSManager.h"
+
+#include <QQueue>
+#include <QStringList>
+
+/// An engine for tests: notes every call in order, answers as scripted, and raises events.
+class RecordingEngine : public SMSManager
+{
+    Q_OBJECT
+
+public:
+    /// What outlives the engine objects of one console: the list of calls and the answers.
+    struct Script
+    {
+        QStringList calls;
+        qint32 status = 0;
+        qint32 queueSize = 0;
+        qint32 testResult = 1;
+        bool setAnswer = true;
+        QList<QueueRow> queue;
+        DeviceSettings settings;
+        QQueue<int> failingCalls; ///< the call of this number, counted from 1, fails with 462
+        int objectsMade = 0;
+    };
+
+    explicit RecordingEngine(Script &script) : m_script(script), m_number(++script.objectsMade)
+    {
+        m_script.calls.append(QStringLiteral("new %1").arg(m_number));
+    }
+    ~RecordingEngine() override
+    {
+        m_script.calls.append(QStringLiteral("release %1").arg(m_number));
+    }
+
+    void StartEngine() override { note(QStringLiteral("StartEngine")); }
+    void StopEngine() override { note(QStringLiteral("StopEngine")); }
+    qint32 TestDevice() override
+    {
+        note(QStringLiteral("TestDevice"));
+        return m_script.testResult;
+    }
+    qint32 GetEngineStatus() override
+    {
+        note(QStringLiteral("GetEngineStatus"));
+        return m_script.status;
+    }
+    void AddSMS(const QString &phone, const QString &message, const QDateTime &date) override
+    {
+        note(QStringLiteral("AddSMS(%1|%2|%3)")
+                 .arg(phone, message, date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+    }
+    void AddSMSList(const SMSList &list, const QDateTime &date) override
+    {
+        note(QStringLiteral("AddSMSList(%1|%2)")
+                 .arg(list.Count())
+                 .arg(date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+    }
+    qint32 GetQueueSize() override
+    {
+        note(QStringLiteral("GetQueueSize"));
+        return m_script.queueSize;
+    }
+    void ClearQueue() override { note(QStringLiteral("ClearQueue")); }
+    QueueRecordSet GetQueue() override
+    {
+        note(QStringLiteral("GetQueue"));
+        return QueueRecordSet(m_script.queue);
+    }
+    void UpdateQueue(const QueueRecordSet &) override { note(QStringLiteral("UpdateQueue")); }
+    void ApplySettings() override { note(QStringLiteral("ApplySettings")); }
+    DeviceSettings GetDeviceSettings() override
+    {
+        note(QStringLiteral("GetDeviceSettings"));
+        return m_script.settings;
+    }
+    bool SetDeviceSettings(const DeviceSettings &settings) override
+    {
+        note(QStringLiteral("SetDeviceSettings(%1)").arg(settings.Parameter));
+        m_script.settings = settings;
+        return m_script.setAnswer;
+    }
+    void DeliverPendingEvents() override { note(QStringLiteral("DeliverPendingEvents")); }
+
+private:
+    void note(const QString &call);
+
+    Script &m_script;
+    int m_number;
+    int m_callsMade = 0;
+};

@@ -1,0 +1,125 @@
+#include "foundation/NumberedFailure.h"
+#include "system/EngineProcess.h"
+
+#include <QElapsedTimer>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+class EngineLife : public EngineProcess
+{
+protected:
+    static void signalEngine(int number)
+    {
+        const qint64 pid = enginePid();
+        ASSERT_NE(pid, 0);
+        ASSERT_EQ(::kill(static_cast<pid_t>(pid), number), 0);
+    }
+};
+
+TEST_F(EngineLife, theFirstProxyStartsTheEngine)
+{
+    EXPECT_EQ(enginePid(), 0);
+    const auto proxy = makeProxy();
+    EXPECT_NE(enginePid(), 0);
+    EXPECT_EQ(proxy->GetEngineStatus(), 0);
+    EXPECT_EQ(proxy->GetQueueSize(), 0);
+}
+
+TEST_F(EngineLife, itHandsOutWhatTheDialogProposesUntilSomeoneSetsAnything)
+{
+    const auto proxy = makeProxy();
+    EXPECT_EQ(proxy->GetDeviceSettings(),
+              (DeviceSettings{0, QString(), 1, 1, QStringLiteral("COM1, 9600")}));
+}
+
+TEST_F(EngineLife, itOutlivesTheConsole)
+{
+    auto proxy = makeProxy();
+    const qint64 pid = enginePid();
+    proxy->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
+                  {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+    proxy.reset();
+    proxy = makeProxy();
+    EXPECT_EQ(enginePid(), pid);
+    EXPECT_EQ(proxy->GetQueueSize(), 1);
+}
+
+TEST_F(EngineLife, theQueueOutlivesTheEngine)
+{
+    auto proxy = makeProxy();
+    proxy->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
+                  {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+    signalEngine(SIGKILL);
+    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    EXPECT_EQ(proxy->GetQueueSize(), 1);
+}
+
+TEST_F(EngineLife, aCallToAnEngineThatHasVanishedStartsItAgain)
+{
+    const auto proxy = makeProxy();
+    const qint64 first = enginePid();
+    signalEngine(SIGKILL);
+    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    EXPECT_EQ(proxy->GetEngineStatus(), 0);
+    EXPECT_NE(enginePid(), 0);
+    EXPECT_NE(enginePid(), first);
+}
+
+TEST_F(EngineLife, anEngineThatCameUpAnewReportsItsStateAgain)
+{
+    const auto proxy = makeProxy();
+    signalEngine(SIGKILL);
+    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    int reports = 0;
+    QObject::connect(proxy.get(), &SMSManager::EngineStatus, [&reports] { ++reports; });
+    proxy->GetQueueSize();
+    EXPECT_TRUE(eventually([&] { return reports > 0; }));
+}
+
+TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureWithinASecond)
+{
+    // A silent device keeps TestDevice waiting until the engine is killed.
+    plugIn({QStringLiteral("--silent")});
+    const auto proxy = makeProxy();
+    const qint64 pid = enginePid();
+    std::thread killer([pid] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        ::kill(static_cast<pid_t>(pid), SIGKILL);
+    });
+    QElapsedTimer taken;
+    taken.start();
+    try {
+        proxy->TestDevice();
+        ADD_FAILURE() << "the call came back";
+    } catch (const NumberedFailure &failure) {
+        EXPECT_EQ(failure.number(), 462);
+        EXPECT_EQ(failure.source(), QStringLiteral("SMSManager.TestDevice"));
+    }
+    EXPECT_LT(taken.elapsed(), 1300);
+    killer.join();
+}
+
+TEST_F(EngineLife, aHungEngineTurnsTheCallIntoAFailureWithinTheLimit)
+{
+    const auto proxy = makeProxy();
+    proxy->GetEngineStatus();
+    proxy->setCallTimeout(500);
+    signalEngine(SIGSTOP);
+    QElapsedTimer taken;
+    taken.start();
+    EXPECT_THROW(proxy->GetEngineStatus(), NumberedFailure);
+    EXPECT_GE(taken.elapsed(), 400);
+    EXPECT_LT(taken.elapsed(), 3000);
+}
+
+TEST_F(EngineLife, anEngineThatWasStartedComesBackStarted)
+{
+    plugIn();
+    const auto proxy = makeProxy();
+    proxy->StartEngine();
+    signalEngine(SIGKILL);
+    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    EXPECT_EQ(proxy->GetEngineStatus(), 1);
+}

@@ -1,0 +1,98 @@
+#include "system/EngineProcess.h"
+
+#include "engine/contract/BusTypes.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QProcess>
+
+#include <csignal>
+
+namespace {
+
+QString engineProgram()
+{
+    return QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
+}
+
+} // namespace
+
+EngineProcess::EngineProcess()
+{
+    // Each test begins with an engine that nobody has used.
+    QDir(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/TovekSMService"))
+        .removeRecursively();
+}
+
+EngineProcess::~EngineProcess()
+{
+    if (const qint64 pid = enginePid()) {
+        ::kill(static_cast<pid_t>(pid), SIGCONT);
+        ::kill(static_cast<pid_t>(pid), SIGTERM);
+        EXPECT_TRUE(eventually([] { return enginesOfThisTest().isEmpty(); }, 25'000));
+    }
+}
+
+void EngineProcess::plugIn(const QStringList &simulatorOptions)
+{
+    device = std::make_unique<RunningSimulator>(simulatorOptions);
+    ASSERT_TRUE(device->isReady());
+    storeDevice(device->link() + QStringLiteral(", 115200"));
+}
+
+void EngineProcess::storeDevice(const QString &parameter)
+{
+    QProcess command;
+    command.start(engineProgram(), {QStringLiteral("--device"), parameter});
+    ASSERT_TRUE(command.waitForFinished(20'000));
+    ASSERT_EQ(command.exitCode(), 0) << command.readAllStandardError().constData();
+}
+
+std::unique_ptr<EngineLauncher> EngineProcess::makeLauncher(const QDBusConnection &bus)
+{
+    return std::make_unique<ProcessEngineLauncher>(bus, engineProgram(), Bus::CallTimeout);
+}
+
+std::unique_ptr<SMSManagerProxy> EngineProcess::makeProxy()
+{
+    if (!m_launcher)
+        m_launcher = makeLauncher(QDBusConnection::sessionBus());
+    return std::make_unique<SMSManagerProxy>(*m_launcher);
+}
+
+qint64 EngineProcess::enginePid()
+{
+    const QDBusReply<uint> pid =
+        QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::ServiceName));
+    return pid.isValid() ? pid.value() : 0;
+}
+
+QList<qint64> EngineProcess::enginesOfThisTest()
+{
+    const QByteArray dataFolder = "XDG_DATA_HOME=" + qgetenv("XDG_DATA_HOME") + '\0';
+    QList<qint64> found;
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        bool isProcess = false;
+        const qint64 pid = entry.toLongLong(&isProcess);
+        const QString folder = QStringLiteral("/proc/") + entry;
+        if (!isProcess || QFile::symLinkTarget(folder + QStringLiteral("/exe")) != engineProgram())
+            continue;
+        QFile environment(folder + QStringLiteral("/environ"));
+        if (environment.open(QIODevice::ReadOnly) && environment.readAll().contains(dataFolder))
+            found.append(pid);
+    }
+    return found;
+}
+
+bool EngineProcess::eventually(const std::function<bool()> &condition, int milliseconds)
+{
+    const QDeadlineTimer deadline(milliseconds);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
+    }
+    return true;
+}

@@ -1,0 +1,202 @@
+#include "app/modSMSClient.h"
+#include "console/MessageEdit.h"
+#include "console/TerminalView.h"
+#include "console/frmSMSClient.h"
+#include "foundation/Globals.h"
+#include "foundation/StoredSettings.h"
+#include "foundation/ui/CaptionedFrame.h"
+#include "queue/Normalisation.h"
+#include "support/RecordingMessageBoxes.h"
+#include "system/EngineProcess.h"
+
+#include <QDateEdit>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTest>
+
+/// The console's window in this process, over the real engine process and a simulated device.
+class WholePath : public EngineProcess
+{
+protected:
+    void SetUp() override
+    {
+        plugIn();
+        openConsole();
+    }
+    ~WholePath() override { closeConsole(); }
+
+    void openConsole()
+    {
+        goLocalize = std::make_unique<cls_Localize>();
+        ASSERT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
+                                     QStringLiteral("ESN")));
+        console = std::make_unique<frmSMSClient>(
+            ConsoleEnvironment{[this] { return makeProxy(); }, modSMSClient::ReleaseGlobals,
+                               [] {
+                                   const QDateTime now = QDateTime::currentDateTime();
+                                   return QDateTime(now.date(), now.time(), Qt::UTC);
+                               },
+                               ModeSettings(m_settings, QStringLiteral("/program")), QLocale::c()});
+        console->Form_Load();
+        console->show();
+    }
+    void closeConsole()
+    {
+        if (console)
+            console->close();
+        console.reset();
+    }
+
+    template <typename Control>
+    Control *control(const char *name) const
+    {
+        return console->findChild<Control *>(QLatin1String(name));
+    }
+    QString label(const char *name) const { return control<QLabel>(name)->text(); }
+
+    void send(const QString &phone, const QString &message)
+    {
+        control<QLineEdit>("txtPhone")->setText(phone);
+        control<MessageEdit>("txtMessage")->setText(message);
+        QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
+    }
+    QString received(int index) const
+    {
+        return device->messages().at(index).value(QStringLiteral("text")).toString();
+    }
+    void waitForReceived(int count)
+    {
+        ASSERT_TRUE(eventually([&] { return device->messages().size() >= count; }));
+    }
+
+    std::unique_ptr<frmSMSClient> console;
+    RecordingMessageBoxes boxes;
+
+private:
+    IniStoredSettings m_settings;
+};
+
+TEST_F(WholePath, aMessageTypedInTheWindowReachesTheDevice)
+{
+    auto *const phone = control<QLineEdit>("txtPhone");
+    auto *const message = control<MessageEdit>("txtMessage");
+    QTest::keyClicks(phone, QStringLiteral("+34 600 123 456"));
+    QTest::keyClicks(message, QStringLiteral("Hola mundo"));
+    QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
+    waitForReceived(1);
+    EXPECT_EQ(device->messages().first().value(QStringLiteral("number")).toString(),
+              QStringLiteral("+34600123456"));
+    EXPECT_EQ(received(0), QStringLiteral("Hola mundo"));
+}
+
+TEST_F(WholePath, theConsoleShowsStateQueueRowAndTerminal)
+{
+    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    auto *const sent = control<QTableView>("grdSentDetails");
+    ASSERT_TRUE(eventually([&] { return sent->model()->rowCount() == 1; }));
+    EXPECT_EQ(sent->model()->index(0, 1).data().toString(), QStringLiteral("912345678"));
+    EXPECT_EQ(sent->model()->index(0, 2).data().toString(), QStringLiteral("Hola"));
+    EXPECT_EQ(control<CaptionedFrame>("fraSentDetails")->caption(),
+              GS(3760009) + QStringLiteral(" ( 1 )"));
+    EXPECT_TRUE(control<TerminalView>("txtTerm")->text().endsWith(
+        GS(3760023, QStringLiteral("912345678")) + QStringLiteral("\r\n")));
+    EXPECT_EQ(label("lblEngineStatus"), GS(3760014));
+    EXPECT_FALSE(label("lblDeviceStatus").isEmpty());
+    EXPECT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760013); }));
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(boxes.shown.first().text, GS(3760052));
+}
+
+TEST_F(WholePath, accentsArriveStripped)
+{
+    send(QStringLiteral("1"), QStringLiteral("Coração à João"));
+    waitForReceived(1);
+    EXPECT_EQ(received(0), QStringLiteral("Coracao a Joao"));
+}
+
+TEST_F(WholePath, signsArriveAsTheConsolesNormalisationLeavesThem)
+{
+    const QString text = QStringLiteral("Preço 10 € [ok]");
+    send(QStringLiteral("1"), text);
+    waitForReceived(1);
+    EXPECT_EQ(received(0), QStringLiteral("Preco 10 ? [ok]"));
+    EXPECT_EQ(received(0), NormalizeSMSText(false, text));
+}
+
+TEST_F(WholePath, aTextOf160CharactersArrivesCharacterForCharacter)
+{
+    QString text;
+    while (text.size() < 160)
+        text += QStringLiteral("0123456789 abcdefghij KLMNOPQRST .,;:!?");
+    text.truncate(160);
+    send(QStringLiteral("1"), text);
+    waitForReceived(1);
+    EXPECT_EQ(received(0), text);
+    EXPECT_EQ(device->messages().size(), 1);
+}
+
+TEST_F(WholePath, charactersOutsideTheGsmAlphabetArriveToo)
+{
+    const QString text = QStringLiteral("nº 5 © Ærø");
+    send(QStringLiteral("1"), text);
+    waitForReceived(1);
+    EXPECT_EQ(received(0), NormalizeSMSText(false, text));
+}
+
+TEST_F(WholePath, aMessageForLaterWaitsInTheGrid)
+{
+    control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
+    send(QStringLiteral("912345678"), QStringLiteral("Mañana"));
+    auto *const queue = control<QTableView>("grdQueue");
+    ASSERT_TRUE(eventually([&] { return queue->model()->rowCount() == 1; }));
+    EXPECT_EQ(queue->model()->index(0, 1).data().toString(), QStringLiteral("912345678"));
+    EXPECT_EQ(queue->model()->index(0, 2).data().toString(), QStringLiteral("Manana"));
+    EXPECT_EQ(label("lblQueueSize"), GS(3760025, 1));
+    EXPECT_TRUE(device->messages().isEmpty());
+}
+
+TEST_F(WholePath, whatWaitedIsThereForTheNextConsole)
+{
+    control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
+    send(QStringLiteral("912345678"), QStringLiteral("x"));
+    closeConsole();
+    openConsole();
+    EXPECT_EQ(control<QTableView>("grdQueue")->model()->rowCount(), 1);
+    EXPECT_EQ(label("lblEngineStatus"), GS(3760014));
+}
+
+TEST_F(WholePath, stopKeepsTheQueueAndStartSendsIt)
+{
+    control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
+    send(QStringLiteral("1"), QStringLiteral("later"));
+    ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760014); }));
+    QTest::mouseClick(control<QPushButton>("btnStop"), Qt::LeftButton);
+    ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760026); }));
+    EXPECT_EQ(boxes.shown.last().text, GS(3760017, 1));
+    QTest::mouseClick(control<QPushButton>("btnStart"), Qt::LeftButton);
+    ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760014); }));
+    EXPECT_EQ(control<QTableView>("grdQueue")->model()->rowCount(), 1);
+}
+
+TEST_F(WholePath, clearEmptiesTheGridThroughTheEnginesEvent)
+{
+    control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
+    send(QStringLiteral("1"), QStringLiteral("later"));
+    auto *const queue = control<QTableView>("grdQueue");
+    ASSERT_TRUE(eventually([&] { return queue->model()->rowCount() == 1; }));
+    QTest::mouseClick(control<QPushButton>("btnClearQueue"), Qt::LeftButton);
+    EXPECT_TRUE(eventually([&] { return queue->model()->rowCount() == 0; }));
+    EXPECT_EQ(label("lblQueueSize"), GS(3760013));
+}
+
+TEST_F(WholePath, aDeviceThatIsNotThereIsToldInTheTerminal)
+{
+    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
+    send(QStringLiteral("1"), QStringLiteral("x"));
+    const QString word = GS(3760032);
+    EXPECT_TRUE(
+        eventually([&] { return control<TerminalView>("txtTerm")->text().contains(word); }));
+    EXPECT_EQ(label("lblQueueSize"), GS(3760025, 1));
+}

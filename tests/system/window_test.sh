@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Plays the tests of the real window, each in a sandbox of its own below a virtual display:
+#   window_test.sh BIN TOOLS
+# A failing step ends the script with an error.
+set -euo pipefail
+
+bin=$1
+tools=$2
+sandbox=$(mktemp -d)
+trap 'rm -rf "$sandbox"' EXIT
+
+fail() {
+    echo "window_test: $*" >&2
+    exit 1
+}
+
+# One message through the window, the engine and the device.
+export NORVANE_DEMO=$sandbox/demo NORVANE_BIN=$bin
+mkdir -p "$NORVANE_DEMO"/{config,data,runtime}
+chmod 700 "$NORVANE_DEMO/runtime"
+export XDG_CONFIG_HOME=$NORVANE_DEMO/config XDG_DATA_HOME=$NORVANE_DEMO/data
+export XDG_RUNTIME_DIR=$NORVANE_DEMO/runtime
+display=(xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session --)
+
+"${display[@]}" "$tools/demo.sh" driven || fail "the message did not arrive"
+[[ -s $NORVANE_DEMO/screenshot.png ]] || fail "no screenshot"
+[[ ! -e $NORVANE_DEMO/config/Norvane ]] || fail "a console that was never configured stored settings"
+
+# Without its language file the console shows its box, ends, and has started nothing.
+bare=$sandbox/bare
+mkdir -p "$bare/bin" "$bare"/{config,data}
+cp "$bin/NorvaneSMS" "$bin/TovekSMService" "$bare/bin/"
+export XDG_CONFIG_HOME=$bare/config XDG_DATA_HOME=$bare/data
+cat >"$bare/drive.sh" <<'DRIVE'
+"$1/NorvaneSMS" & console=$!
+for _ in $(seq 100); do
+    xdotool search --onlyvisible --name 'Norvane SMS - Load Resource File' >/dev/null 2>&1 && break
+    sleep 0.1
+done
+openbox >/dev/null 2>&1 & manager=$!
+box=$(xdotool search --onlyvisible --name 'Norvane SMS - Load Resource File' | tail -n 1)
+[[ -n $box ]] || exit 3
+xdotool windowfocus --sync "$box" key Return
+for _ in $(seq 100); do
+    kill -0 "$console" 2>/dev/null || break
+    sleep 0.1
+done
+kill "$manager"
+kill -0 "$console" 2>/dev/null && exit 4
+exit 0
+DRIVE
+"${display[@]}" bash "$bare/drive.sh" "$bare/bin" || fail "no box for a missing language file ($?)"
+[[ -z $(ls -A "$bare/config") ]] || fail "settings were written before the language file was read"
+[[ -z $(ls -A "$bare/data") ]] || fail "an engine or a data folder was made without a language file"
+echo "window_test: passed"

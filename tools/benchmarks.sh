@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Runs the benchmark programs of build/release and prints their figures.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+cmake --preset release >/dev/null
+cmake --build --preset release --target benchmarks >/dev/null
+build/release/bench/console_bench --benchmark_min_time=0.5
+dbus-run-session -- build/release/bench/whole_path_bench

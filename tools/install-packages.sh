@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that Norvane SMS is built, run and tested with.
+# This file is the only place where they are listed; run.sh and test.sh call it.
+#
+#   tools/install-packages.sh          install what is missing
+#   tools/install-packages.sh --list   print the list, one package a line
+set -euo pipefail
+
+packages=(
+    # build
+    g++ cmake ninja-build pkg-config
+    qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-serialport-dev libicu-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
+    # run: database driver, drawings, the toolkit's own texts, the console's font, the session bus
+    libqt6sql6-sqlite libqt6svg6 qt6-translations-l10n fonts-liberation2 dbus dbus-daemon
+    # a display of its own where there is none, and hands to drive the window with
+    xvfb xauth openbox xdotool x11-utils imagemagick
+    # tests: a general modem tool as an independent judge of the simulated modem
+    gammu
+)
+
+if [[ ${1:-} == --list ]]; then
+    printf '%s\n' "${packages[@]}"
+    exit 0
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+    [[ $status == installed ]] || missing+=("$package")
+done
+[[ ${#missing[@]} -eq 0 ]] && exit 0
+
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+    command -v sudo >/dev/null || {
+        echo "These packages are missing, and installing them needs root: ${missing[*]}" >&2
+        exit 1
+    }
+    as_root=(sudo)
+fi
+
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
