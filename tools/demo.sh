@@ -9,6 +9,8 @@ bin=$NORVANE_BIN
 log=$demo/received.jsonl
 link=$demo/gsm
 phone=912345678
+# The console's texts are Spanish; its dates follow where no locale is set.
+export LC_ALL=${LC_ALL:-${LANG:-es_ES.UTF-8}}
 message="Hola desde Norvane SMS"
 
 : >"$log"
@@ -68,9 +70,7 @@ await 20 grep -q . "$log"
 await 10 xdotool search --onlyvisible --pid "$console" --name '^Norvane SMS$'
 xdotool key Return
 sleep 1 # lets the window draw what it was told, for the picture alone
-import -window root -crop "$(xdotool getwindowgeometry --shell "$window" |
-    awk -F= '/^X/{x=$2}/^Y/{y=$2}/^WIDTH/{w=$2}/^HEIGHT/{h=$2}END{print w"x"h+20"+"x"+"y-20}')" \
-    +repage "$demo/screenshot.png"
+import -window root -trim +repage "$demo/screenshot.png"
 
 echo "The simulated device received:"
 sed -E 's/.*"number":"([^"]*)","text":"([^"]*)".*/  number: \1\n  text:   \2/' "$log"
