@@ -9,9 +9,13 @@ bin=$NORVANE_BIN
 log=$demo/received.jsonl
 link=$demo/gsm
 phone=912345678
-# The console's texts are Spanish; its dates follow where no locale is set.
-export LC_ALL=${LC_ALL:-${LANG:-es_ES.UTF-8}}
 message="Hola desde Norvane SMS"
+
+# The console's texts are Spanish; its dates follow where no locale is set. It is set for the
+# console alone: the shell would complain about a locale that isn't installed, which the console
+# can do without.
+open_console=("$bin/NorvaneSMS")
+[[ -n ${LC_ALL:-}${LC_TIME:-}${LANG:-} ]] || open_console=(env LANG=es_ES.UTF-8 "$bin/NorvaneSMS")
 
 : >"$log"
 started=()
@@ -44,19 +48,19 @@ await 10 grep -q ready "$demo/simulator.out"
 
 if [[ $1 == interactive ]]; then
     echo "The simulated device notes what it receives in $log"
-    "$bin/NorvaneSMS"
+    "${open_console[@]}"
     exit 0
 fi
 
 openbox >"$demo/window-manager.out" 2>&1 &
 started+=($!)
-"$bin/NorvaneSMS" &
+"${open_console[@]}" &
 console=$!
 started+=("$console")
 
 await 20 xdotool search --onlyvisible --pid "$console" --name "Norvane SMS"
 window=$(xdotool search --onlyvisible --pid "$console" --name "Norvane SMS" | tail -n 1)
-await 10 xdotool windowactivate --sync "$window"
+await 10 timeout 5 xdotool windowactivate --sync "$window"
 
 # The places are those of the window's design, in pixels from its inner corner.
 press() { xdotool mousemove --window "$window" "$1" "$2" click 1; }

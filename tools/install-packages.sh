@@ -26,8 +26,9 @@ fi
 
 missing=()
 for package in "${packages[@]}"; do
-    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
-    [[ $status == installed ]] || missing+=("$package")
+    # One line for each architecture that the package is known in.
+    status=$(dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null || true)
+    grep -qx installed <<<"$status" || missing+=("$package")
 done
 [[ ${#missing[@]} -eq 0 ]] && exit 0
 
@@ -41,6 +42,7 @@ if [[ $(id -u) -ne 0 ]]; then
 fi
 
 echo "Installing: ${missing[*]}"
-export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq
-"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# sudo drops the environment: the frontend is named on its far side.
+apt_get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq)
+"${apt_get[@]}" update
+"${apt_get[@]}" install -y --no-install-recommends "${missing[@]}" >/dev/null

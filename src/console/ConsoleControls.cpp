@@ -99,6 +99,10 @@ MessageEdit *makeMessageBox(QWidget *parent)
     auto *const box = new MessageEdit(parent);
     box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    QPalette colours = box->palette();
+    colours.setColor(QPalette::Base, Qt::white);
+    colours.setColor(QPalette::Text, Qt::black);
+    box->setPalette(colours);
     return box;
 }
 

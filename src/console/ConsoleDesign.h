@@ -56,10 +56,6 @@ std::span<const Caption> captions();
 inline constexpr qint32 windowTitle = 3760000;
 inline constexpr QLatin1String designTitle("Tovek SMS Center");
 
-/// Inner size of the window at design time, in twips.
-inline constexpr float width = 15015;
-inline constexpr float height = 7275;
-
 /// Widths of the columns of both grids, in twips.
 inline constexpr float columnWidths[] = {1260, 1600, 1170};
 

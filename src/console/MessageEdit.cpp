@@ -1,11 +1,42 @@
 #include "console/MessageEdit.h"
 
+#include <QInputMethodEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QTextDocument>
 
-#include <algorithm>
+#include <utility>
 
 namespace {
+
+bool isBreak(QChar character)
+{
+    return character == u'\n' || character == QChar::LineSeparator ||
+           character == QChar::ParagraphSeparator;
+}
+
+/// `text` with each of its line breaks, of whatever kind, as the document takes it.
+QString withPlainBreaks(QString text)
+{
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    return text.replace(u'\r', u'\n');
+}
+
+/// As much of the beginning of `text` as `room` characters hold, a break being two of them and a
+/// surrogate pair staying whole.
+QString fitting(const QString &text, int room)
+{
+    qsizetype end = 0;
+    while (end < text.size()) {
+        const bool isPair = text.at(end).isHighSurrogate() && end + 1 < text.size() &&
+                            text.at(end + 1).isLowSurrogate();
+        room -= isPair || isBreak(text.at(end)) ? 2 : 1;
+        if (room < 0)
+            break;
+        end += isPair ? 2 : 1;
+    }
+    return text.left(end);
+}
 
 /// `raw` as the document keeps it, with each line break as CR LF.
 QString withLineEnds(QString raw)
@@ -23,35 +54,15 @@ qsizetype lengthOfTyping(const QKeyEvent &event)
     if (modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier))
         return 0;
     const QString typed = event.text();
-    return !typed.isEmpty() && typed.at(0).isPrint() ? typed.size() : 0;
+    return !typed.isEmpty() && typed.at(0).category() != QChar::Other_Control ? typed.size() : 0;
 }
 
 } // namespace
 
-/// What stands in a text that did not stand in it before, between the parts that both share.
-struct MessageEdit::Insertion
-{
-    int position;
-    int length;
-};
-
-MessageEdit::Insertion MessageEdit::insertion(const QString &before, const QString &after)
-{
-    const qsizetype shorter = std::min(before.size(), after.size());
-    qsizetype prefix = 0;
-    while (prefix < shorter && before.at(prefix) == after.at(prefix))
-        ++prefix;
-    qsizetype suffix = 0;
-    while (suffix < shorter - prefix &&
-           before.at(before.size() - 1 - suffix) == after.at(after.size() - 1 - suffix))
-        ++suffix;
-    return {static_cast<int>(prefix), static_cast<int>(after.size() - suffix - prefix)};
-}
-
 MessageEdit::MessageEdit(QWidget *parent) : QPlainTextEdit(parent)
 {
     setTabChangesFocus(true);
-    connect(this, &QPlainTextEdit::textChanged, this, &MessageEdit::cutToLimit);
+    connect(this, &QPlainTextEdit::textChanged, this, &MessageEdit::noticeChange);
 }
 
 QString MessageEdit::text() const
@@ -62,12 +73,18 @@ QString MessageEdit::text() const
 
 void MessageEdit::setText(const QString &text)
 {
-    setPlainText(text);
+    setPlainText(fitting(withPlainBreaks(text), MaxLength));
 }
 
 int MessageEdit::textLength() const
 {
     return static_cast<int>(text().size());
+}
+
+int MessageEdit::room() const
+{
+    const QString replaced = withLineEnds(textCursor().selectedText());
+    return MaxLength - textLength() + static_cast<int>(replaced.size());
 }
 
 void MessageEdit::keyPressEvent(QKeyEvent *event)
@@ -83,43 +100,30 @@ void MessageEdit::keyPressEvent(QKeyEvent *event)
     QPlainTextEdit::keyPressEvent(event);
 }
 
-int MessageEdit::room() const
+void MessageEdit::inputMethodEvent(QInputMethodEvent *event)
 {
-    return MaxLength - textLength() +
-           static_cast<int>(withLineEnds(textCursor().selectedText()).size());
+    event->setCommitString(fitting(event->commitString(), room()), event->replacementStart(),
+                           event->replacementLength());
+    QPlainTextEdit::inputMethodEvent(event);
 }
 
-void MessageEdit::cutToLimit()
+void MessageEdit::insertFromMimeData(const QMimeData *source)
 {
-    if (m_cutting)
+    if (!source->hasText())
         return;
-    m_cutting = true;
-    const QString before = m_lastRawText;
-    while (textLength() > MaxLength) {
-        const Insertion came = insertion(before, document()->toRawText());
-        if (came.length == 0)
-            break;
-        removeEndOf(came);
-    }
-    m_cutting = false;
-
-    m_lastRawText = document()->toRawText();
-    if (m_lastRawText != before)
-        Q_EMIT changed();
+    // One step of its own for undo.
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.insertText(fitting(withPlainBreaks(source->text()), room()));
+    cursor.endEditBlock();
+    ensureCursorVisible();
 }
 
-/// Takes the last character of what came in out again, a surrogate pair as a whole.
-void MessageEdit::removeEndOf(const Insertion &came)
+void MessageEdit::noticeChange()
 {
-    const int end = came.position + came.length;
-    int from = end - 1;
-    if (came.length > 1 && document()->characterAt(from).isLowSurrogate() &&
-        document()->characterAt(from - 1).isHighSurrogate())
-        --from;
-    QTextCursor cut(document());
-    cut.setPosition(from);
-    cut.setPosition(end, QTextCursor::KeepAnchor);
-    cut.joinPreviousEditBlock();
-    cut.removeSelectedText();
-    cut.endEditBlock();
+    QString now = text();
+    if (now == m_lastText)
+        return; // the format alone
+    m_lastText = std::move(now);
+    Q_EMIT changed();
 }

@@ -3,7 +3,8 @@
 #include <QPlainTextEdit>
 
 /// A text box of several lines for the message. A line break counts as the two characters CR and
-/// LF; the text never grows past the limit, whether typed, pasted or dropped.
+/// LF; the text never grows past the limit, whether typed, pasted or dropped: of what comes in, the
+/// end that has no room is left out.
 class MessageEdit : public QPlainTextEdit
 {
     Q_OBJECT
@@ -21,20 +22,17 @@ public:
     int textLength() const;
 
 Q_SIGNALS:
-    /// The text is another one, and within the limit.
+    /// The text is another one.
     void changed();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    void insertFromMimeData(const QMimeData *source) override;
 
 private:
-    struct Insertion;
-
-    static Insertion insertion(const QString &before, const QString &after);
     int room() const;
-    void cutToLimit();
-    void removeEndOf(const Insertion &came);
+    void noticeChange();
 
-    bool m_cutting = false;
-    QString m_lastRawText; ///< as the document kept it after the last change
+    QString m_lastText;
 };

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 
 #include <algorithm>
+#include <limits>
 
 bool PhoneKeys::passes(QChar typed)
 {
@@ -13,12 +14,19 @@ bool PhoneKeys::passes(QChar typed)
 bool PhoneKeys::swallows(const QKeyEvent &event)
 {
     const Qt::KeyboardModifiers modifiers = event.modifiers();
-    if (modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier))
+    if (modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier) &&
+        !modifiers.testFlag(Qt::KeypadModifier))
         return false; // a shortcut; with Alt as well it types, as AltGr
     const QString typed = event.text();
-    const bool types = std::any_of(typed.cbegin(), typed.cend(),
-                                   [](QChar character) { return character.isPrint(); });
+    const bool types = std::any_of(typed.cbegin(), typed.cend(), [](QChar character) {
+        return character.category() != QChar::Other_Control;
+    });
     return types && !std::all_of(typed.cbegin(), typed.cend(), passes);
+}
+
+PhoneEdit::PhoneEdit(QWidget *parent) : QLineEdit(parent)
+{
+    setMaxLength(std::numeric_limits<int>::max());
 }
 
 void PhoneEdit::keyPressEvent(QKeyEvent *event)

@@ -21,7 +21,7 @@ class PhoneEdit : public QLineEdit
     Q_OBJECT
 
 public:
-    using QLineEdit::QLineEdit;
+    explicit PhoneEdit(QWidget *parent = nullptr);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

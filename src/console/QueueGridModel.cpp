@@ -35,10 +35,13 @@ QString QueueGridModel::cell(const QueueRow &row, int column) const
 {
     switch (column) {
     case DeliveryDate: {
-        const QDateTime moment = QDateTime::fromString(row.deliveryDate, Qt::ISODate);
-        // A date that came in odd is shown as it came.
-        return moment.isValid() ? m_locale.toString(moment, QLocale::ShortFormat)
-                                : row.deliveryDate;
+        // Date and time apart, as no rule of a zone applies to them.
+        const QDate date = QDate::fromString(row.deliveryDate.left(10), Qt::ISODate);
+        const QTime time = QTime::fromString(row.deliveryDate.mid(11), Qt::ISODate);
+        if (!date.isValid() || !time.isValid())
+            return row.deliveryDate; // a date that came in odd is shown as it came
+        return m_locale.toString(date, QLocale::ShortFormat) + u' ' +
+               m_locale.toString(time, QLocale::ShortFormat);
     }
     case Phone:
         return row.phone;

@@ -1,6 +1,7 @@
 #include "console/TerminalView.h"
 
 #include <QKeyEvent>
+#include <QWheelEvent>
 
 namespace {
 
@@ -56,6 +57,14 @@ void TerminalView::keyPressEvent(QKeyEvent *event)
         event->ignore();
     else
         event->accept();
+}
+
+void TerminalView::wheelEvent(QWheelEvent *event)
+{
+    if (event->modifiers().testFlag(Qt::ControlModifier))
+        event->accept(); // would change the size of the face
+    else
+        QPlainTextEdit::wheelEvent(event);
 }
 
 void TerminalView::keyReleaseEvent(QKeyEvent *event)

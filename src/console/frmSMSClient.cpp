@@ -128,10 +128,9 @@ void frmSMSClient::SetWindowLimits()
                             qRound(screen.height() * twipsPerPixel.height()));
     gWindowLimits = ModeWindow::limits(mbServerMode, screenTwips, twipsPerPixel);
 
-    const QSize outer = ModeWindow::outerSize(mbServerMode);
-    const QSize outerPixels(static_cast<int>(outer.width() / twipsPerPixel.width()),
-                            static_cast<int>(outer.height() / twipsPerPixel.height()));
-    setWindowState(windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized));
+    const QSize outerPixels = ModeWindow::outerPixels(mbServerMode, twipsPerPixel);
+    setWindowState(windowState() &
+                   ~(Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
     if (m_hook)
         m_hook->setLimits(gWindowLimits, outerPixels);
     else

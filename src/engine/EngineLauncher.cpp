@@ -13,7 +13,8 @@
 
 namespace {
 
-constexpr int pollInterval = 10; // ms between two looks at the bus
+constexpr int pollInterval = 10;         // ms between two looks at the bus
+constexpr qint64 longestLog = 1'000'000; // bytes
 
 [[noreturn]] void raiseCannotStart(const QString &reason)
 {
@@ -29,7 +30,17 @@ QString errorOutputFile()
     if (!QDir().mkpath(folder))
         return QProcess::nullDevice();
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return folder + QStringLiteral("/engine.log");
+    // Kept from start to start, for its owner alone; what is older than a megabyte goes.
+    const QString file = folder + QStringLiteral("/engine.log");
+    if (QFileInfo(file).size() > longestLog) {
+        QFile::remove(file + QStringLiteral(".1"));
+        QFile::rename(file, file + QStringLiteral(".1"));
+    }
+    QFile log(file);
+    if (!log.open(QIODevice::Append))
+        return QProcess::nullDevice();
+    log.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    return file;
 }
 
 } // namespace
@@ -65,6 +76,7 @@ bool ProcessEngineLauncher::startByBus()
     const QDBusReply<QStringList> activatable = bus->activatableServiceNames();
     if (!activatable.isValid() || !activatable.value().contains(name))
         return false;
+    bus->setTimeout(m_timeLimit);
     const QDBusReply<void> started = bus->startService(name);
     if (!started.isValid())
         raiseCannotStart(started.error().message());
@@ -80,7 +92,7 @@ void ProcessEngineLauncher::startProgram()
     engine.setWorkingDirectory(QStringLiteral("/"));
     engine.setStandardInputFile(QProcess::nullDevice());
     engine.setStandardOutputFile(QProcess::nullDevice());
-    engine.setStandardErrorFile(errorOutputFile());
+    engine.setStandardErrorFile(errorOutputFile(), QIODevice::Append);
     if (!engine.startDetached())
         raiseCannotStart(engine.errorString());
 }

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QEvent>
 #include <QUuid>
 
@@ -45,6 +46,12 @@ SMSManagerProxy::SMSManagerProxy(EngineLauncher &launcher, QObject *parent)
     connect(engine, &SMSManagerBusInterface::SMSSent, this, &SMSManager::SMSSent);
     connect(engine, &SMSManagerBusInterface::SMSSentFailed, this, &SMSManager::SMSSentFailed);
     connect(engine, &SMSManagerBusInterface::WarningError, this, &SMSManager::WarningError);
+
+    // An engine that comes up anew, whoever started it, knows nothing of this listener.
+    auto *const comings =
+        new QDBusServiceWatcher(QLatin1String(Bus::ServiceName), engine->connection(),
+                                QDBusServiceWatcher::WatchForRegistration, this);
+    connect(comings, &QDBusServiceWatcher::serviceRegistered, this, &SMSManagerProxy::attach);
     attach();
 }
 
@@ -68,8 +75,6 @@ auto SMSManagerProxy::call(const char *operation, int timeLimit, Call &&start)
     reply.waitForFinished();
     if (reply.isError() && engineHadVanished(reply.error())) {
         m_launcher.ensureRunning();
-        attach();
-        m_engine->setTimeout(timeLimit);
         reply = start();
         reply.waitForFinished();
     }

@@ -11,6 +11,8 @@
 #include <QTest>
 #include <QTimeEdit>
 
+#include <ctime>
+
 class Compose : public ConsoleFixture
 {
 protected:
@@ -79,9 +81,11 @@ TEST_F(Compose, anEmptyPhoneDoesNothingAtAll)
         load();
         show();
         takeCalls();
+        QApplication::setActiveWindow(console.get());
         control("txtMessage")->setFocus();
         fill(QString(), QStringLiteral("Hola"));
-        send();
+        control<QPushButton>("btnSend")->click();
+        EXPECT_TRUE(control("txtMessage")->hasFocus());
         EXPECT_TRUE(takeCalls().isEmpty());
         EXPECT_TRUE(boxes.shown.isEmpty());
     }
@@ -133,6 +137,8 @@ TEST_F(Compose, aMomentInThePastIsAccepted)
 
 TEST_F(Compose, aMomentThatAClockChangeSkipsIsHandedOnAsItStands)
 {
+    qputenv("TZ", "Europe/Madrid");
+    tzset();
     loadAsServer();
     show();
     takeCalls();
@@ -141,6 +147,8 @@ TEST_F(Compose, aMomentThatAClockChangeSkipsIsHandedOnAsItStands)
     fill(QStringLiteral("1"), QStringLiteral("x"));
     send();
     EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1|x|2026-03-29T02:30:00)"));
+    qunsetenv("TZ");
+    tzset();
 }
 
 TEST_F(Compose, allFieldsStayAsTheyWereAfterASend)
@@ -180,6 +188,21 @@ TEST_F(Compose, anEngineCallThatFailsAsACallIsFatal)
     ASSERT_EQ(boxes.shown.size(), 1); // the failure's, and no success after it
     EXPECT_EQ(boxes.shown.first().icon, MessageBoxes::Icon::Critical);
     EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+}
+
+TEST_F(Compose, anEngineThatFailsToStartShowsNoSuccess)
+{
+    loadAsServer();
+    show();
+    int exitCode = 0;
+    const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
+    script.failingCalls.enqueue(6); // the start: three calls at load, AddSMS, GetEngineStatus
+    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    send();
+    FatalReport::setTerminate(previous);
+    EXPECT_EQ(exitCode, 1);
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(boxes.shown.first().icon, MessageBoxes::Icon::Critical);
 }
 
 TEST_F(Compose, theCounterShowsLengthAndLimit)

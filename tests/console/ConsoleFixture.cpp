@@ -20,6 +20,7 @@ QString keyOf(const QString &application, const QString &section, const QString 
 QString MemorySettings::get(const QString &application, const QString &section, const QString &key,
                             const QString &defaultValue) const
 {
+    reads.append(key);
     return values.value(keyOf(application, section, key), defaultValue);
 }
 

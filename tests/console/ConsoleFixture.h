@@ -23,6 +23,7 @@ public:
 
     QHash<QString, QString> values; ///< under "application/section/key"
     int saves = 0;
+    mutable QStringList reads; ///< the keys, in order
 };
 
 /// The console's window over a recording engine, with the Spanish texts, a clock that stands still

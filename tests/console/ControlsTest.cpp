@@ -4,6 +4,7 @@
 #include "console/MessageEdit.h"
 #include "console/TerminalView.h"
 #include "foundation/ui/PictureButton.h"
+#include "foundation/ui/SvgPicture.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -199,6 +200,91 @@ TEST_F(Controls, textBoxesHaveTheirKindAndLimit)
     EXPECT_DOUBLE_EQ(terminal->font().pointSizeF(), 9.75);
     EXPECT_EQ(control<QLabel>("lblSMSChars")->palette().color(QPalette::WindowText),
               QColor(0x66, 0x7E, 0xA2));
+}
+
+TEST_F(Controls, picturesHaveTheirSizesAndDisabledFormsTheirOwn)
+{
+    loadAsServer();
+    for (const char *const name :
+         {"btnDeviceConfig", "btnTestDevice", "btnSend", "btnStart", "btnStop", "btnClearQueue"})
+        EXPECT_EQ(control<PictureButton>(name)->iconSize(), QSize(24, 24)) << name;
+    EXPECT_EQ(control<PictureButton>("btnImport")->iconSize(), QSize(32, 32));
+    const auto drawn = [this](const char *button, QIcon::Mode mode) {
+        return control<PictureButton>(button)->icon().pixmap(QSize(24, 24), mode).toImage();
+    };
+    const auto file = [](const char *name) {
+        return SvgPicture::pixmap(QLatin1String(":/images/") + QLatin1String(name), {24, 24}, 1)
+            .toImage();
+    };
+    const std::initializer_list<std::pair<const char *, const char *>> disabled = {
+        {"btnTestDevice", "button-test-disabled.svg"},
+        {"btnStart", "button-start-disabled.svg"},
+        {"btnStop", "button-stop-disabled.svg"}};
+    for (const auto &[button, name] : disabled) {
+        EXPECT_EQ(drawn(button, QIcon::Disabled), file(name)) << button;
+        EXPECT_NE(drawn(button, QIcon::Normal), file(name)) << button;
+    }
+    EXPECT_FALSE(console->windowIcon().isNull());
+}
+
+TEST_F(Controls, imagesShowSomething)
+{
+    loadAsServer();
+    for (const char *const name :
+         {"imgLogo(0)", "imgLogo(1)", "imgEngineStatus(0)", "imgEngineStatus(1)", "imgQueue(0)",
+          "imgQueue(1)", "imgQueue(2)"}) {
+        QWidget *const image = control(name);
+        QImage shown(image->size(), QImage::Format_ARGB32);
+        shown.fill(Qt::transparent);
+        image->render(&shown, {}, {}, QWidget::RenderFlags());
+        QSet<QRgb> colours;
+        for (int x = 0; x < shown.width(); ++x)
+            for (int y = 0; y < shown.height(); ++y)
+                colours.insert(shown.pixel(x, y));
+        EXPECT_GT(colours.size(), 5) << name;
+    }
+}
+
+TEST_F(Controls, statusLabelsAreCentredAndTheOthersAreNot)
+{
+    loadAsServer();
+    for (const char *const name :
+         {"lblEngineStatus", "lblQueueSize", "lblEstimated", "lblDeviceInfo", "lblDeviceStatus"})
+        EXPECT_TRUE(control<QLabel>(name)->alignment().testFlag(Qt::AlignHCenter)) << name;
+    for (const char *const name : {"lblPhone", "lblDeliveryDate", "lblSMSChars"})
+        EXPECT_TRUE(control<QLabel>(name)->alignment().testFlag(Qt::AlignLeft)) << name;
+}
+
+TEST_F(Controls, theMessageBoxIsWhiteWhateverTheDesktopSays)
+{
+    loadAsServer();
+    EXPECT_EQ(control("txtMessage")->palette().color(QPalette::Base), QColor(Qt::white));
+}
+
+TEST_F(Controls, theLayoutStartsAtTheDesignPlaces)
+{
+    const ConsoleLayout layout;
+    const std::initializer_list<std::pair<const char *, Twips::Rect>> places = {
+        {"picMiddlePanel", layout.picMiddlePanel},
+        {"picLateralPanel", layout.picLateralPanel},
+        {"txtTerm", layout.txtTerm},
+        {"fraCommunication", layout.fraCommunication},
+        {"fraQueueDetails", layout.fraQueueDetails},
+        {"fraSentDetails", layout.fraSentDetails},
+        {"grdQueue", layout.grdQueue},
+        {"grdSentDetails", layout.grdSentDetails},
+        {"btnStart", layout.btnStart},
+        {"btnStop", layout.btnStop},
+        {"btnClearQueue", layout.btnClearQueue}};
+    for (const auto &[name, place] : places) {
+        const auto controls = ConsoleDesign::controls();
+        const auto found =
+            std::find_if(controls.begin(), controls.end(), [name = name](const auto &design) {
+                return design.name == QLatin1String(name);
+            });
+        ASSERT_NE(found, controls.end());
+        EXPECT_EQ(found->place, place) << name;
+    }
 }
 
 TEST_F(Controls, buttonsHaveTheirPictures)

@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QTableView>
 
+#include <ctime>
+
 class EngineEvents : public ConsoleFixture
 {
 protected:
@@ -118,6 +120,26 @@ TEST_F(EngineEvents, theGridIsSortedByDeliveryDateByTheConsole)
     EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("20/11/26 9:00"));
 }
 
+TEST_F(EngineEvents, redrawingIsOffWhileTheGridIsRebuilt)
+{
+    bool updates = true;
+    script.inGetQueue = [&] { updates = queue()->updatesEnabled(); };
+    Q_EMIT engine()->SMSQueueChanged(1);
+    EXPECT_FALSE(updates);
+    EXPECT_TRUE(queue()->updatesEnabled());
+}
+
+TEST_F(EngineEvents, aDateThatAClockChangeSkipsIsShownLikeAnyOther)
+{
+    qputenv("TZ", "Europe/Madrid");
+    tzset();
+    script.queue = {{QStringLiteral("2026-03-29T02:30:00"), QStringLiteral("2"), {}, 1}};
+    Q_EMIT engine()->SMSQueueChanged(1);
+    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("29/3/26 2:30"));
+    qunsetenv("TZ");
+    tzset();
+}
+
 TEST_F(EngineEvents, anOddDateIsShownAsItCame)
 {
     script.queue = {{QStringLiteral("soon"), QStringLiteral("2"), {}, 1}};
@@ -129,6 +151,7 @@ TEST_F(EngineEvents, anEmptyQueueShowsItsTextEmptiesTheGridAndLeavesTheCurrentRo
 {
     script.queue = rows(3);
     Q_EMIT engine()->SMSQueueChanged(3);
+    queue()->setCurrentIndex(queue()->model()->index(1, 0));
     script.queue.clear();
     Q_EMIT engine()->SMSQueueChanged(0);
     EXPECT_EQ(text("lblQueueSize"), GS(3760013));
@@ -156,6 +179,15 @@ TEST_F(EngineEvents, theCurrentRowIsKeptAsANumberAndScrolledTo)
     EXPECT_EQ(cell(queue(), queue()->currentIndex().row(), 1), QStringLiteral("51"));
     EXPECT_TRUE(queue()->viewport()->rect().contains(
         queue()->visualRect(queue()->currentIndex()).center()));
+}
+
+TEST_F(EngineEvents, theLastRowIsKeptWhereTheGridHasJustEnoughRows)
+{
+    script.queue = rows(3);
+    Q_EMIT engine()->SMSQueueChanged(3);
+    queue()->setCurrentIndex(queue()->model()->index(2, 0));
+    Q_EMIT engine()->SMSQueueChanged(3);
+    EXPECT_EQ(queue()->currentIndex().row(), 2);
 }
 
 TEST_F(EngineEvents, theCurrentRowIsNotKeptWhereTheGridHasTooFewRows)

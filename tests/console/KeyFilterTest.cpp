@@ -23,6 +23,22 @@ TEST(KeyFilter, everyOtherCharacterIsSwallowed)
     EXPECT_FALSE(PhoneKeys::passes(u'\u0661')) << "an Arabic digit";
 }
 
+TEST(KeyFilter, invisibleAndDoubleCharactersAreSwallowedToo)
+{
+    for (const QString &typed : {QStringLiteral("\u200F"), QStringLiteral("\uE000"),
+                                 QStringLiteral("\U0001F600"), QStringLiteral("1a")}) {
+        const QKeyEvent event(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, typed);
+        EXPECT_TRUE(PhoneKeys::swallows(event)) << typed.toStdString();
+    }
+}
+
+TEST(KeyFilter, aKeyOfTheKeypadTypesWithControlToo)
+{
+    const QKeyEvent minus(QEvent::KeyPress, Qt::Key_Minus, Qt::ControlModifier | Qt::KeypadModifier,
+                          QStringLiteral("-"));
+    EXPECT_TRUE(PhoneKeys::swallows(minus));
+}
+
 TEST(KeyFilter, typedCharactersAreFilteredInTheBox)
 {
     PhoneEdit box;
@@ -78,6 +94,6 @@ TEST(KeyFilter, whatAnInputMethodTypesIsFilteredToo)
 TEST(KeyFilter, thereIsNoLimitOfLength)
 {
     PhoneEdit box;
-    QTest::keyClicks(&box, QString(300, u'1'));
-    EXPECT_EQ(box.text().size(), 300);
+    box.setText(QString(100'000, u'1'));
+    EXPECT_EQ(box.text().size(), 100'000);
 }

@@ -6,6 +6,7 @@
 
 #include <QDateEdit>
 #include <QLabel>
+#include <QScreen>
 #include <QTableView>
 #include <QTimeEdit>
 
@@ -127,12 +128,57 @@ TEST_F(LoadAndUnload, gridHeadersAndWidthsAreSet)
     }
 }
 
-TEST_F(LoadAndUnload, anEventThatArrivesRightAfterTheEngineWasMadeIsHandled)
+TEST_F(LoadAndUnload, anEventThatArrivesDuringTheLoadIsHandled)
 {
     // The earliest event comes before the window is shown: captions and grids stand by then.
-    loadAsServer();
-    Q_EMIT engine()->SMSSent(QStringLiteral("912345678"), QStringLiteral("Hola"), 0);
+    storeMode(true);
+    script.inGetQueue = [this] {
+        script.inGetQueue = nullptr;
+        Q_EMIT engine()->SMSSent(QStringLiteral("912345678"), QStringLiteral("Hola"), 0);
+    };
+    load();
     EXPECT_EQ(terminal(), GS(3760023, QStringLiteral("912345678")) + QStringLiteral("\r\n"));
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 1 )"));
+}
+
+TEST_F(LoadAndUnload, whatWasPulledStandsOverTheCaptions)
+{
+    storeMode(true);
+    script.queueSize = 5;
+    script.status = 0;
+    load();
+    EXPECT_EQ(text("lblQueueSize"), GS(3760025, 5));
+    EXPECT_EQ(text("lblEngineStatus"), GS(3760026));
+}
+
+TEST_F(LoadAndUnload, theModeIsReadFirstAndThenTheFolderAndTheModeAgain)
+{
+    loadAsClient();
+    EXPECT_EQ(settings.reads,
+              (QStringList{QStringLiteral("ServerMode"), QStringLiteral("QueueFolder"),
+                           QStringLiteral("ServerMode")}));
+}
+
+TEST_F(LoadAndUnload, theWindowStandsInTheMiddleOfTheScreen)
+{
+    for (const bool server : {true, false}) {
+        storeMode(server);
+        load();
+        const QSize screen = console->screen()->size();
+        const QSize shown = console->frameSize().boundedTo(screen);
+        EXPECT_EQ(console->pos(), QPoint((screen.width() - shown.width()) / 2,
+                                         (screen.height() - shown.height()) / 2));
+    }
+}
+
+TEST_F(LoadAndUnload, theLimitsAreTakenOffAtTheEnd)
+{
+    loadAsClient();
+    show();
+    EXPECT_NE(console->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+    console->close();
+    EXPECT_EQ(console->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+    EXPECT_EQ(console->minimumSize(), QSize(0, 0));
 }
 
 TEST_F(LoadAndUnload, anEngineThatCannotBeMadeFailsTheLoad)

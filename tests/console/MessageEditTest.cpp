@@ -2,7 +2,10 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDropEvent>
+#include <QElapsedTimer>
 #include <QInputMethodEvent>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -69,6 +72,44 @@ TEST(MessageEdit, aPasteInTheMiddleLosesItsOwnEndAndNotTheTextsEnd)
     box.moveCursor(QTextCursor::Start);
     paste(box, QStringLiteral("abcdefgh"));
     EXPECT_EQ(box.text(), QStringLiteral("abcde") + QString(155, u'x'));
+}
+
+TEST(MessageEdit, aPasteThatBeginsLikeTheTextAtTheCaretDoesNotDamageIt)
+{
+    MessageEdit box;
+    const QString before = QStringLiteral("Hola amigo ") + QString(144, u'z');
+    box.setText(before);
+    box.moveCursor(QTextCursor::Start);
+    paste(box, QStringLiteral("Hola a todos "));
+    EXPECT_EQ(box.text(), QStringLiteral("Hola ") + before);
+}
+
+TEST(MessageEdit, aHugePasteIsTakenInAtOnce)
+{
+    MessageEdit box;
+    QElapsedTimer taken;
+    taken.start();
+    paste(box, QStringLiteral("a line of a log file\n").repeated(50'000));
+    EXPECT_LT(taken.elapsed(), 2000);
+    EXPECT_LE(box.textLength(), 160);
+    EXPECT_GE(box.textLength(), 159);
+}
+
+TEST(MessageEdit, aDroppedTextIsHeldToTheLimit)
+{
+    MessageEdit box;
+    box.resize(200, 100);
+    box.setText(QString(158, u'x'));
+    QMimeData dropped;
+    dropped.setText(QStringLiteral("abcdef"));
+    const QPointF place(3, 3);
+    QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &dropped, Qt::LeftButton,
+                          Qt::NoModifier);
+    QApplication::sendEvent(box.viewport(), &enter);
+    QDropEvent drop(place, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(box.viewport(), &drop);
+    EXPECT_EQ(box.textLength(), 160);
+    EXPECT_TRUE(box.text().contains(QStringLiteral("ab")));
 }
 
 TEST(MessageEdit, aPasteIntoAFullTextChangesNothing)

@@ -3,6 +3,7 @@
 #include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
 
+#include <QRegularExpression>
 #include <QScreen>
 
 namespace {
@@ -121,8 +122,9 @@ TEST_F(OperationMode, twoConfirmedDialogsMakeTwoEnginesInTurnWithoutAStop)
     const QStringList calls = takeCalls();
     EXPECT_EQ(script.objectsMade, 3);
     EXPECT_FALSE(calls.contains(QStringLiteral("StopEngine")));
-    EXPECT_EQ(calls.filter(QStringLiteral("release")),
-              (QStringList{QStringLiteral("release 1"), QStringLiteral("release 2")}));
+    EXPECT_EQ(calls.filter(QRegularExpression(QStringLiteral("^(new|release)"))),
+              (QStringList{QStringLiteral("new 2"), QStringLiteral("release 1"),
+                           QStringLiteral("new 3"), QStringLiteral("release 2")}));
 }
 
 TEST_F(OperationMode, theEnginesRefusalIsPassedOn)
@@ -196,6 +198,16 @@ TEST_F(OperationMode, aChangeOfModeChangesSizeAndLimitsAtOnce)
     console->SetWindowLimits();
     EXPECT_EQ(console->frameSize(), QSize(1009, 519));
     EXPECT_EQ(smallest(), QSize(1009, 519));
+}
+
+TEST_F(OperationMode, aMaximisedWindowReturnsToItsNormalState)
+{
+    loadAsServer();
+    show();
+    console->showMaximized();
+    console->SetWindowLimits();
+    EXPECT_FALSE(console->isMaximized());
+    EXPECT_EQ(console->frameSize(), QSize(1009, 519));
 }
 
 TEST_F(OperationMode, anEngineThatWasReplacedIsNoLongerHeard)

@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,17 @@ TEST(TerminalView, tabLetsTheFocusLeave)
     EXPECT_TRUE(next->hasFocus());
     QTest::keyClick(next, Qt::Key_Backtab);
     EXPECT_TRUE(terminal->hasFocus());
+}
+
+TEST(TerminalView, theFaceKeepsItsSizeUnderControlAndWheel)
+{
+    TerminalView terminal;
+    terminal.show();
+    const qreal before = terminal.font().pointSizeF();
+    QWheelEvent turn({5, 5}, {5, 5}, {}, {0, 240}, Qt::NoButton, Qt::ControlModifier,
+                     Qt::NoScrollPhase, false);
+    QApplication::sendEvent(terminal.viewport(), &turn);
+    EXPECT_DOUBLE_EQ(terminal.font().pointSizeF(), before);
 }
 
 TEST(TerminalView, theCaretGoesBehindTheLastCharacter)

@@ -71,7 +71,7 @@ TEST(EstimateTest, productBecomesATimeOfDay)
         {59, 0, QTime(0, 0, 0)},    {0, 10, QTime(0, 0, 0)},        {1, 10, QTime(0, 0, 10)},
         {15, 4, QTime(0, 1, 0)},    {15, 5, QTime(0, 1, 15)},       {59, 61, QTime(0, 59, 59)},
         {60, 60, QTime(1, 0, 0)},   {59, 555, QTime(9, 5, 45)},     {1, 32766, QTime(9, 6, 6)},
-        {1, 32767, QTime(9, 6, 7)}, {7, 32767 / 7, QTime(9, 6, 7)},
+        {1, 32767, QTime(9, 6, 7)}, {7, 32767 / 7, QTime(9, 6, 7)}, {5, -10, QTime(0, 0, 50)},
     };
     for (const auto &row : rows)
         EXPECT_EQ(Estimate::remaining(row.seconds, row.waiting), row.time)

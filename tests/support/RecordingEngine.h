@@ -5,6 +5,8 @@
 #include <QQueue>
 #include <QStringList>
 
+#include <functional>
+
 /// An engine for tests: notes every call in order, answers as scripted, and raises events.
 class RecordingEngine : public SMSManager
 {
@@ -23,6 +25,7 @@ public:
         DeviceSettings settings;
         QQueue<int> failingCalls; ///< the call of this number, counted from 1, fails with 462
         int objectsMade = 0;
+        std::function<void()> inGetQueue; ///< runs while GetQueue is being answered
     };
 
     explicit RecordingEngine(Script &script) : m_script(script), m_number(++script.objectsMade)
@@ -66,6 +69,8 @@ public:
     QueueRecordSet GetQueue() override
     {
         note(QStringLiteral("GetQueue"));
+        if (m_script.inGetQueue)
+            m_script.inGetQueue();
         return QueueRecordSet(m_script.queue);
     }
     void UpdateQueue(const QueueRecordSet &) override { note(QStringLiteral("UpdateQueue")); }

@@ -78,6 +78,21 @@ TEST_F(EngineLife, anEngineThatCameUpAnewReportsItsStateAgain)
     EXPECT_TRUE(eventually([&] { return reports > 0; }));
 }
 
+TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
+{
+    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
+    const auto proxy = makeProxy();
+    signalEngine(SIGKILL);
+    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    QStringList heard;
+    QObject::connect(proxy.get(), &SMSManager::WarningError,
+                     [&](qint32 code) { heard << QString::number(code); });
+
+    const auto other = makeProxy();
+    other->StartEngine();
+    EXPECT_TRUE(eventually([&] { return heard.contains(QStringLiteral("-2")); }));
+}
+
 TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureWithinASecond)
 {
     // A silent device keeps TestDevice waiting until the engine is killed.

@@ -57,6 +57,14 @@ TEST_F(Proxy, deviceInfoRaisedInTheTestIsHandledBeforeTheNextStatementAThousandT
     EXPECT_EQ(inOrder, 1000);
 }
 
+TEST_F(Proxy, theTestOfADeviceMayTakeLongerThanAnyOtherCall)
+{
+    plugIn({QStringLiteral("--silent")});
+    const auto proxy = makeProxy();
+    proxy->setCallTimeout(300);
+    EXPECT_NE(proxy->TestDevice(), 1); // the silence alone takes seconds
+}
+
 TEST_F(Proxy, pendingEventsAreDeliveredInTheirOrder)
 {
     plugIn();
@@ -145,13 +153,11 @@ TEST_F(Proxy, clearEmptiesTheQueue)
 TEST_F(Proxy, aNulInATextBecomesASpace)
 {
     const auto proxy = makeProxy();
-    proxy->AddSMS(QStringLiteral("1"), QString(QStringLiteral("a\0b")).replace(u'\0', u'\0'),
-                  future());
     const QString withNul = QString(u'a') + QChar(u'\0') + u'b';
     proxy->AddSMS(withNul, withNul, future());
     const QueueRecordSet queue = proxy->GetQueue();
-    EXPECT_EQ(queue.at(1).phone, QStringLiteral("a b"));
-    EXPECT_EQ(queue.at(1).message, QStringLiteral("a b"));
+    EXPECT_EQ(queue.at(0).phone, QStringLiteral("a b"));
+    EXPECT_EQ(queue.at(0).message, QStringLiteral("a b"));
 }
 
 TEST_F(Proxy, whatCannotBeSentIsQueuedAndReported)
@@ -175,7 +181,7 @@ TEST_F(Proxy, aFailureThatNobodyHeardIsToldToTheNextConsoleOnce)
     {
         const auto first = makeProxy();
         first->AddSMS(QStringLiteral("call me"), QStringLiteral("x"),
-                      QDateTime::currentDateTime().addSecs(2).toTimeSpec(Qt::LocalTime));
+                      QDateTime::currentDateTime().addSecs(4));
         first->StartEngine();
     }
     // Nobody listens while it fails; the queue's emptiness is seen by the command line alone.

@@ -175,9 +175,20 @@ TEST_F(WholePath, stopKeepsTheQueueAndStartSendsIt)
     QTest::mouseClick(control<QPushButton>("btnStop"), Qt::LeftButton);
     ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760026); }));
     EXPECT_EQ(boxes.shown.last().text, GS(3760017, 1));
+
+    // What comes in by another way than the send button doesn't start the engine.
+    const auto other = makeProxy();
+    other->AddSMS(QStringLiteral("2"), QStringLiteral("due"),
+                  {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    ASSERT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760025, 2); }));
+    EXPECT_TRUE(device->messages().isEmpty());
+    EXPECT_EQ(label("lblEngineStatus"), GS(3760026));
+
     QTest::mouseClick(control<QPushButton>("btnStart"), Qt::LeftButton);
-    ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760014); }));
-    EXPECT_EQ(control<QTableView>("grdQueue")->model()->rowCount(), 1);
+    waitForReceived(1);
+    EXPECT_EQ(received(0), QStringLiteral("due"));
+    EXPECT_TRUE(
+        eventually([&] { return control<QTableView>("grdQueue")->model()->rowCount() == 1; }));
 }
 
 TEST_F(WholePath, clearEmptiesTheGridThroughTheEnginesEvent)

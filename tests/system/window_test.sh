@@ -7,7 +7,15 @@ set -euo pipefail
 bin=$1
 tools=$2
 sandbox=$(mktemp -d)
-trap 'rm -rf "$sandbox"' EXIT
+
+# An engine that has just lost its bus may still be closing its files in here.
+clear_sandbox() {
+    local deadline=$((SECONDS + 10))
+    until rm -rf "$sandbox" 2>/dev/null || ((SECONDS >= deadline)); do
+        sleep 0.1
+    done
+}
+trap clear_sandbox EXIT
 
 fail() {
     echo "window_test: $*" >&2
@@ -19,7 +27,7 @@ export NORVANE_DEMO=$sandbox/demo NORVANE_BIN=$bin
 mkdir -p "$NORVANE_DEMO"/{config,data,runtime}
 chmod 700 "$NORVANE_DEMO/runtime"
 export XDG_CONFIG_HOME=$NORVANE_DEMO/config XDG_DATA_HOME=$NORVANE_DEMO/data
-export XDG_RUNTIME_DIR=$NORVANE_DEMO/runtime
+export XDG_RUNTIME_DIR=$NORVANE_DEMO/runtime XDG_CACHE_HOME=$sandbox/cache
 display=(xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session --)
 
 "${display[@]}" "$tools/demo.sh" driven || fail "the message did not arrive"
@@ -40,7 +48,7 @@ done
 openbox >/dev/null 2>&1 & manager=$!
 box=$(xdotool search --onlyvisible --name 'Norvane SMS - Load Resource File' | tail -n 1)
 [[ -n $box ]] || exit 3
-xdotool windowfocus --sync "$box" key Return
+timeout 20 xdotool windowfocus --sync "$box" key Return
 for _ in $(seq 100); do
     kill -0 "$console" 2>/dev/null || break
     sleep 0.1

@@ -17,6 +17,13 @@ QSize ModeWindow::outerSize(bool serverMode)
     return serverMode ? serverSize : clientSize;
 }
 
+QSize ModeWindow::outerPixels(bool serverMode, QSizeF twipsPerPixel)
+{
+    const QSize twips = outerSize(serverMode);
+    return {pixels(twips.width(), twipsPerPixel.width()),
+            pixels(twips.height(), twipsPerPixel.height())};
+}
+
 WindowLimits ModeWindow::limits(bool serverMode, QSize screen, QSizeF twipsPerPixel)
 {
     const QSize smallest = outerSize(serverMode);

@@ -47,8 +47,11 @@ void Dispatcher::resume()
 void Dispatcher::reportInterrupted()
 {
     for (const StoredMessage &message : m_store.interrupted()) {
+        const bool heard = m_heard;
         m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt, m_clock.wallClockText(),
-                       false);
+                       heard);
+        if (heard)
+            Q_EMIT sendingFailed(message.phone, message.text, ErrorCode::NoRespond);
         warn(ErrorCode::NoRespond,
              QStringLiteral("the engine ended while sending to %1; the message may have been "
                             "delivered")
@@ -59,9 +62,12 @@ void Dispatcher::reportInterrupted()
 
 void Dispatcher::start()
 {
-    if (m_running)
+    const DeviceSettings settings = m_store.deviceSettings();
+    if (m_running && m_inForce == settings)
         return;
     m_store.setToRun(true);
+    m_applySettings = m_applySettings || (m_inForce && *m_inForce != settings);
+    m_inForce = settings;
     m_running = true;
     endTrouble();
     Q_EMIT statusChanged(status());
@@ -81,6 +87,7 @@ void Dispatcher::stop()
 
 void Dispatcher::applySettings()
 {
+    m_inForce = m_store.deviceSettings();
     m_applySettings = true;
     endTrouble();
     work();
@@ -134,8 +141,10 @@ void Dispatcher::work()
     if (!m_running && m_release && !m_unsettled)
         releaseMessages();
     // A test on its way is not cut off by new settings.
-    if (m_modem.state() != Modem::State::Busy && std::exchange(m_applySettings, false))
+    if (m_modem.state() != Modem::State::Busy && std::exchange(m_applySettings, false)) {
+        m_knownDevice.reset();
         closeDevice();
+    }
 
     switch (m_modem.state()) {
     case Modem::State::Opening:
@@ -180,7 +189,9 @@ bool Dispatcher::mayOpen() const
 void Dispatcher::openDevice()
 {
     try {
-        const DeviceSettings settings = m_store.deviceSettings();
+        if (!m_inForce)
+            m_inForce = m_store.deviceSettings();
+        const DeviceSettings settings = *m_inForce;
         const std::optional<PortParameter> port = parsePortParameter(settings.Parameter);
         if (settings.Protocol > atProtocol && settings.Protocol <= lastKnownProtocol)
             onFailed({ErrorCode::NotSupported,
@@ -226,6 +237,7 @@ void Dispatcher::onReady(const DeviceDetails &details)
 
 void Dispatcher::onFailed(const ModemFailure &failure)
 {
+    m_knownDevice.reset();
     answerTests(failure.code);
     if (m_running)
         tryDeviceLater(failure.code, failure.text);

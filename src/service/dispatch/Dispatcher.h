@@ -46,7 +46,9 @@ public:
     void start();
     /// @throws StoreFailure; the status is as it was then
     void stop();
-    /// Puts the stored device settings in force.
+    /// Puts the stored device settings in force, as start() does where they are other ones: the
+    /// device is closed and opened anew.
+    /// @throws StoreFailure; nothing has changed then
     void applySettings();
     /// Asks the device when its turn comes, and gives 1 or the code of what stands in the way,
     /// within the time limit.
@@ -123,6 +125,7 @@ private:
     bool m_running = false;
     bool m_heard = false;
     bool m_finishing = false;
+    std::optional<DeviceSettings> m_inForce; ///< as of the last start or applySettings()
     bool m_applySettings = false;
     bool m_release = false; ///< messages in progress are to wait again, as the engine was stopped
     bool m_working = false; ///< work() is on the stack

@@ -48,12 +48,18 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
 
 void EngineService::StartEngine()
 {
-    carryOut([this] { m_dispatcher.start(); });
+    carryOut([this] {
+        m_dispatcher.start();
+        return QVariantList();
+    });
 }
 
 void EngineService::StopEngine()
 {
-    carryOut([this] { m_dispatcher.stop(); });
+    carryOut([this] {
+        m_dispatcher.stop();
+        return QVariantList();
+    });
 }
 
 int EngineService::TestDevice()
@@ -82,6 +88,7 @@ void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDa
         m_store.add(list, deliveryDate);
         if (!list.isEmpty())
             m_dispatcher.noticeQueueChange();
+        return QVariantList();
     });
 }
 
@@ -95,26 +102,31 @@ void EngineService::ClearQueue()
     carryOut([this] {
         m_store.clear();
         m_dispatcher.noticeQueueChange();
+        return QVariantList();
     });
+}
+
+QVariantList EngineService::queuePage(const QString &caller, quint64 snapshot, quint32 first)
+{
+    QueueSnapshots::Page page = m_snapshots.page(caller, snapshot, first);
+    if (page.snapshot == 0)
+        page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.rows()), 0);
+    if (page.isLast)
+        m_pacer.listenerFetched(caller);
+    return {QVariant(page.snapshot), QVariant(page.total), QVariant::fromValue(page.rows)};
 }
 
 qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows)
 {
     const QString caller = message().service();
     m_callers.addWatchedService(caller);
-    try {
-        QueueSnapshots::Page page = m_snapshots.page(caller, snapshot, first);
-        if (page.snapshot == 0)
-            page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.rows()), 0);
-        total = page.total;
-        rows = std::move(page.rows);
-        if (page.isLast)
-            m_pacer.listenerFetched(caller);
-        return page.snapshot;
-    } catch (const StoreFailure &failure) {
-        sendErrorReply(failedError(), failure.text());
-        return 0;
-    }
+    const auto answer =
+        carryOut([this, caller, snapshot, first] { return queuePage(caller, snapshot, first); });
+    if (!answer)
+        return 0; // not sent: the answer comes later
+    total = answer->at(1).toUInt();
+    rows = answer->at(2).value<BusQueueRows>();
+    return answer->at(0).toULongLong();
 }
 
 void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
@@ -124,28 +136,33 @@ void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglo
         m_dispatcher.noticeQueueChange();
         if (!inTime)
             m_dispatcher.warnTooLate();
+        return QVariantList();
     });
 }
 
 void EngineService::ApplySettings()
 {
-    m_dispatcher.applySettings();
+    carryOut([this] {
+        m_dispatcher.applySettings();
+        return QVariantList();
+    });
 }
 
 DeviceSettings EngineService::GetDeviceSettings()
 {
-    try {
-        return m_store.deviceSettings();
-    } catch (const StoreFailure &failure) {
-        sendErrorReply(failedError(), failure.text());
-        return {};
-    }
+    const auto answer =
+        carryOut([this] { return QVariantList{QVariant::fromValue(m_store.deviceSettings())}; });
+    return answer ? answer->constFirst().value<DeviceSettings>() : DeviceSettings();
 }
 
 bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
 {
-    carryOut([this, settings] { m_store.setDeviceSettings(settings); },
-             {{true}, QVariantList{false}});
+    carryOut(
+        [this, settings] {
+            m_store.setDeviceSettings(settings);
+            return QVariantList{true};
+        },
+        QVariantList{false});
     return true; // not sent when the call has to wait
 }
 
@@ -207,39 +224,39 @@ void EngineService::reportTo(const QString &listener, const QString &event,
     m_bus.send(report);
 }
 
-void EngineService::carryOut(const std::function<void()> &step, const Answers &answers)
+std::optional<QVariantList> EngineService::carryOut(const Step &step, const Refusal &refusal)
 {
     try {
-        step();
+        return step();
     } catch (const StoreFailure &failure) {
         qWarning() << "a call waits for the store:" << failure.text();
         setDelayedReply(true);
-        tryAgain(message(), step, answers, QDeadlineTimer(retryTime));
+        tryAgain(message(), step, refusal, QDeadlineTimer(retryTime));
+        return std::nullopt;
     }
 }
 
-void EngineService::tryAgain(const QDBusMessage &call, const std::function<void()> &step,
-                             const Answers &answers, const QDeadlineTimer &deadline)
+void EngineService::tryAgain(const QDBusMessage &call, const Step &step, const Refusal &refusal,
+                             const QDeadlineTimer &deadline)
 {
-    QTimer::singleShot(retryInterval, this, [this, call, step, answers, deadline] {
+    QTimer::singleShot(retryInterval, this, [this, call, step, refusal, deadline] {
         try {
-            step();
-            m_bus.send(call.createReply(answers.done));
+            m_bus.send(call.createReply(step()));
         } catch (const StoreFailure &failure) {
             if (deadline.hasExpired())
-                m_bus.send(failureOf(call, answers, failure.text()));
+                m_bus.send(failureOf(call, refusal, failure.text()));
             else
-                tryAgain(call, step, answers, deadline);
+                tryAgain(call, step, refusal, deadline);
         }
     });
 }
 
-QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Answers &answers,
+QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Refusal &refusal,
                                       const QString &reason)
 {
-    if (!answers.failed)
+    if (!refusal)
         return call.createErrorReply(failedError(), reason);
     // An answer alone may go unheard.
     m_dispatcher.warn(ErrorCode::Fail, reason);
-    return call.createReply(*answers.failed);
+    return call.createReply(*refusal);
 }

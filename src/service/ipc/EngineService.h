@@ -58,18 +58,18 @@ Q_SIGNALS:
     void WarningError(int errCode, const QString &ExtraInfo);
 
 private:
-    /// What a call gives that had to wait for the store.
-    struct Answers
-    {
-        QVariantList done;
-        std::optional<QVariantList> failed; ///< without it, the call fails as a call
-    };
+    /// What a call does with the store; gives the call's output arguments.
+    using Step = std::function<QVariantList()>;
+    /// The output arguments of a call that has failed for good; without them it fails as a call.
+    using Refusal = std::optional<QVariantList>;
 
     /// Runs the step of the present call, again and again for ten seconds if the store fails.
-    void carryOut(const std::function<void()> &step, const Answers &answers = {});
-    void tryAgain(const QDBusMessage &call, const std::function<void()> &step,
-                  const Answers &answers, const QDeadlineTimer &deadline);
-    QDBusMessage failureOf(const QDBusMessage &call, const Answers &answers, const QString &reason);
+    /// @return the output arguments; nothing when they are sent later
+    std::optional<QVariantList> carryOut(const Step &step, const Refusal &refusal = {});
+    void tryAgain(const QDBusMessage &call, const Step &step, const Refusal &refusal,
+                  const QDeadlineTimer &deadline);
+    QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
+    QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
     void reportUnheard(const QString &listener);
     void raiseDeviceInfo(const DeviceDetails &details);

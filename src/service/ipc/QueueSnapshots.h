@@ -3,6 +3,7 @@
 #include "engine/contract/QueueRecordSet.h"
 
 #include <QHash>
+#include <QRandomGenerator>
 #include <QString>
 
 /// The queue as it was when a caller began to fetch it, kept until the caller has the last page, so
@@ -35,5 +36,6 @@ private:
     };
 
     QHash<QString, Snapshot> m_byCaller;
-    quint64 m_lastNumber = 0;
+    /// Begins anywhere, so that a snapshot of an engine that ended isn't taken for one of this.
+    quint64 m_lastNumber = QRandomGenerator::system()->generate64() >> 1;
 };

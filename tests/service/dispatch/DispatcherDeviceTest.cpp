@@ -175,12 +175,17 @@ TEST_P(DispatcherWrongSettings, areToldOnceWhileTheQueueIsKeptAndTheEngineGoesOn
     const QString warning = QStringLiteral("warning %1").arg(GetParam().code);
     ASSERT_TRUE(until([&] { return has(warning); }));
 
-    // The device is there now, or the settings are right: found without being told.
+    // A device that is there now is found without being told; settings have to be applied.
     m_line->openError = LineError::None;
-    configure(QStringLiteral("/dev/fake, 115200"));
+    if (GetParam().lineError == LineError::None) {
+        configure(QStringLiteral("/dev/fake, 115200"));
+        m_dispatcher->applySettings();
+    }
     ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
     EXPECT_EQ(count(warning), 1);
     EXPECT_EQ(eventsButQueue().filter(QStringLiteral("warning")).size(), 1);
+    if (GetParam().lineError != LineError::None)
+        return;
     EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/fake"));
     EXPECT_EQ(m_line->openedBaud, 115200);
 }
@@ -277,6 +282,44 @@ TEST_F(DispatcherDevice, newSettingsWaitForThePartInProgressAndThenComeIntoForce
     EXPECT_EQ(m_line->openings, 2);
     EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/other"));
     EXPECT_EQ(taken(), QStringList({QStringLiteral("600 text"), QStringLiteral("601 text")}));
+}
+
+TEST_F(DispatcherDevice, aStartPutsNewSettingsInForce)
+{
+    startReady();
+    configure(QStringLiteral("/dev/other, 300"));
+    m_dispatcher->start();
+    EXPECT_TRUE(until([this] { return m_line->openedDevice == QStringLiteral("/dev/other"); }));
+    EXPECT_EQ(m_line->openings, 2);
+}
+
+TEST_F(DispatcherDevice, aStartWithTheSameSettingsLeavesTheDeviceOpen)
+{
+    startReady();
+    m_dispatcher->start();
+    takeTurns();
+    EXPECT_EQ(m_line->openings, 1);
+}
+
+TEST_F(DispatcherDevice, settingsThatWereOnlyStoredAreNotInForce)
+{
+    startReady();
+    m_dispatcher->stop();
+    configure(QStringLiteral("/dev/other, 300"));
+    test();
+    EXPECT_TRUE(isTested(1));
+    EXPECT_NE(m_line->openedDevice, QStringLiteral("/dev/other"));
+}
+
+TEST_F(DispatcherDevice, aDeviceThatWasLostIsNoLongerKnown)
+{
+    startReady();
+    ASSERT_TRUE(m_dispatcher->knownDevice().has_value());
+    configure(QStringLiteral("/dev/other, 300"));
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->applySettings();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    EXPECT_FALSE(m_dispatcher->knownDevice().has_value());
 }
 
 TEST_F(DispatcherDevice, newSettingsDoNotCutOffATest)

@@ -279,6 +279,7 @@ TEST_F(EngineOnBus, aDeviceTestGivesTheCodeOfWhatStandsInTheWay)
     WireSettings tried = noDevice();
     const auto result = [&] {
         EXPECT_TRUE(setSettings(tried));
+        QDBusConnection::sessionBus().call(request("ApplySettings", {}));
         return callForNumber("TestDevice");
     };
     EXPECT_EQ(result(), -2);

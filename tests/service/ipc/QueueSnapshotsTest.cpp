@@ -27,6 +27,13 @@ struct Size
     int pages;
 };
 
+TEST(QueueSnapshots, ofAnEngineThatEndedAreNotTakenForThoseOfTheNext)
+{
+    QueueSnapshots first;
+    QueueSnapshots second;
+    EXPECT_NE(first.begin(me(), rowsOf(1)), second.begin(me(), rowsOf(1)));
+}
+
 class QueueSnapshotsOfSize : public testing::TestWithParam<Size>
 {};
 
