@@ -10,6 +10,7 @@
 #include "engine/Estimate.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
@@ -42,11 +43,15 @@ frmSMSClient::~frmSMSClient() = default;
 
 void frmSMSClient::connectControls()
 {
-    connect(m_ui.txtMessage, &MessageEdit::changed, this, &frmSMSClient::txtMessage_Change);
-    connect(m_ui.btnSend, &QPushButton::clicked, this, &frmSMSClient::btnSend_Click);
-    connect(m_ui.btnStart, &QPushButton::clicked, this, &frmSMSClient::btnStart_Click);
-    connect(m_ui.btnStop, &QPushButton::clicked, this, &frmSMSClient::btnStop_Click);
-    connect(m_ui.btnClearQueue, &QPushButton::clicked, this, &frmSMSClient::btnClearQueue_Click);
+    using FatalReport::guarded;
+    connect(m_ui.txtMessage, &MessageEdit::changed, this,
+            guarded(this, &frmSMSClient::txtMessage_Change));
+    connect(m_ui.btnSend, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnSend_Click));
+    connect(m_ui.btnStart, &QPushButton::clicked, this,
+            guarded(this, &frmSMSClient::btnStart_Click));
+    connect(m_ui.btnStop, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnStop_Click));
+    connect(m_ui.btnClearQueue, &QPushButton::clicked, this,
+            guarded(this, &frmSMSClient::btnClearQueue_Click));
 }
 
 void frmSMSClient::Form_Load()

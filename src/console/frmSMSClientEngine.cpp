@@ -6,6 +6,7 @@
 #include "engine/EventTexts.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/FatalReport.h"
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
 
@@ -14,14 +15,19 @@
 
 void frmSMSClient::connectEngine()
 {
+    using FatalReport::guarded;
     SMSManager *const engine = moSMSManager.get();
-    connect(engine, &SMSManager::DeviceInfo, this, &frmSMSClient::moSMSManager_DeviceInfo);
-    connect(engine, &SMSManager::EngineStatus, this, &frmSMSClient::moSMSManager_EngineStatus);
+    connect(engine, &SMSManager::DeviceInfo, this,
+            guarded(this, &frmSMSClient::moSMSManager_DeviceInfo));
+    connect(engine, &SMSManager::EngineStatus, this,
+            guarded(this, &frmSMSClient::moSMSManager_EngineStatus));
     connect(engine, &SMSManager::SMSQueueChanged, this,
-            &frmSMSClient::moSMSManager_SMSQueueChanged);
-    connect(engine, &SMSManager::SMSSent, this, &frmSMSClient::moSMSManager_SMSSent);
-    connect(engine, &SMSManager::SMSSentFailed, this, &frmSMSClient::moSMSManager_SMSSentFailed);
-    connect(engine, &SMSManager::WarningError, this, &frmSMSClient::moSMSManager_WarningError);
+            guarded(this, &frmSMSClient::moSMSManager_SMSQueueChanged));
+    connect(engine, &SMSManager::SMSSent, this, guarded(this, &frmSMSClient::moSMSManager_SMSSent));
+    connect(engine, &SMSManager::SMSSentFailed, this,
+            guarded(this, &frmSMSClient::moSMSManager_SMSSentFailed));
+    connect(engine, &SMSManager::WarningError, this,
+            guarded(this, &frmSMSClient::moSMSManager_WarningError));
 }
 
 void frmSMSClient::moSMSManager_DeviceInfo(const QString &Manufacturer, const QString &Model,

@@ -68,10 +68,19 @@ private:
     FatalReport::Terminate m_former;
 };
 
+/// A form whose handler fails.
+class FailingForm : public QObject
+{
+public:
+    void button_Click() { fail(); }
+};
+
 TEST_F(ApplicationTest, failureOfAClickEndsInTheReport)
 {
     QPushButton button;
-    QObject::connect(&button, &QPushButton::clicked, &button, [] { fail(); });
+    FailingForm form;
+    QObject::connect(&button, &QPushButton::clicked, &form,
+                     FatalReport::guarded(&form, &FailingForm::button_Click));
     QTest::mouseClick(&button, Qt::LeftButton);
     expectOneReport();
 }
@@ -79,7 +88,9 @@ TEST_F(ApplicationTest, failureOfAClickEndsInTheReport)
 TEST_F(ApplicationTest, failureOfAKeyEndsInTheReport)
 {
     QPushButton button;
-    QObject::connect(&button, &QPushButton::clicked, &button, [] { fail(); });
+    FailingForm form;
+    QObject::connect(&button, &QPushButton::clicked, &form,
+                     FatalReport::guarded(&form, &FailingForm::button_Click));
     QTest::keyClick(&button, Qt::Key_Space);
     expectOneReport();
 }

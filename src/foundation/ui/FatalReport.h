@@ -14,6 +14,20 @@ using Terminate = std::function<void(int)>;
 /// dropped: the first one is the one that ends the process.
 void report(const std::exception_ptr &failure);
 
+/// `handler` of `object` as a slot that lets no failure out into the toolkit, whose own code isn't
+/// made to be left that way: one that the handler doesn't catch is reported from here.
+template <typename Object, typename... Arguments>
+auto guarded(Object *object, void (Object::*handler)(Arguments...))
+{
+    return [object, handler](Arguments... arguments) {
+        try {
+            (object->*handler)(arguments...);
+        } catch (...) {
+            report(std::current_exception());
+        }
+    };
+}
+
 /// Replaces the end of the process until the next call.
 /// @return what was in its place
 Terminate setTerminate(Terminate terminate);
