@@ -17,6 +17,18 @@ if(NORVANE_SANITIZE)
     target_link_options(norvane_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# For tests/fuzz: everything of ours is instrumented, and fuzz_all builds the programs.
+option(NORVANE_FUZZ "Build the fuzz targets with libFuzzer (clang only)" OFF)
+if(NORVANE_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "NORVANE_FUZZ needs clang: -DCMAKE_CXX_COMPILER=clang++")
+    endif()
+    target_compile_options(norvane_flags INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+        -fno-sanitize-recover=undefined)
+    target_link_options(norvane_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
 # norvane_library(<name> SOURCES ... [LINK ...]): a library for one folder of src/.
 function(norvane_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})

@@ -1,11 +1,12 @@
 #include "service/ipc/CommandLine.h"
 #include "service/ipc/EngineHost.h"
+#include "service/ipc/ExitCodes.h"
+#include "service/ipc/Queries.h"
 #include "service/platform/EndSignals.h"
 #include "service/platform/FileRights.h"
 
 #include <QCoreApplication>
-
-#include <cstdlib>
+#include <QDebug>
 
 int main(int argc, char **argv)
 {
@@ -13,9 +14,8 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("TovekSMService"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
-    qSetMessagePattern(QStringLiteral("%{time yyyy-MM-dd HH:mm:ss.zzz} %{type} %{message}"));
-
     const CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
+    EngineLog::install(commandLine.logLevel);
     if (commandLine.isQuery())
         return carryOut(commandLine);
 
@@ -28,9 +28,14 @@ int main(int argc, char **argv)
         break;
     case EngineHost::Start::AlreadyThere:
         qInfo() << "another engine of this user is up";
-        return EXIT_SUCCESS;
+        return ExitCode::Done;
+    case EngineHost::Start::StoreTooNew:
+        return ExitCode::StoreTooNew;
     case EngineHost::Start::Failed:
-        return EXIT_FAILURE;
+        return ExitCode::Failed;
     }
-    return QCoreApplication::exec();
+    qInfo().noquote() << "up, version" << QCoreApplication::applicationVersion();
+    const int result = QCoreApplication::exec();
+    qInfo() << "ends";
+    return result;
 }

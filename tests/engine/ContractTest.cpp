@@ -118,7 +118,7 @@ QStringList busInterface()
     return result;
 }
 
-TEST(BusInterfaceTest, operationsInSlotOrderThenTheReportThenTheEvents)
+TEST(BusInterfaceTest, operationsInSlotOrderThenTheReportsThenTheEvents)
 {
     EXPECT_EQ(busInterface(), (QStringList{u"StartEngine:"_qs,
                                            u"StopEngine:"_qs,
@@ -134,6 +134,7 @@ TEST(BusInterfaceTest, operationsInSlotOrderThenTheReportThenTheEvents)
                                            u"GetDeviceSettings: >(isiis)"_qs,
                                            u"SetDeviceSettings: (isiis) >b"_qs,
                                            u"ReportState:"_qs,
+                                           u"GetState: >a{sv}"_qs,
                                            u"DeviceInfo: s s s s i i s s s s"_qs,
                                            u"EngineStatus: i"_qs,
                                            u"SMSQueueChanged: i"_qs,

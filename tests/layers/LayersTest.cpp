@@ -49,7 +49,8 @@ const std::map<std::string, std::set<std::string>> &allowed()
         {"service/modem", {"foundation", "engine/contract", "service/platform"}},
         {"service/store", {"foundation", "engine/contract", "service/modem", "service/platform"}},
         {"service/dispatch",
-         {"foundation", "engine/contract", "service/modem", "service/store", "service/platform"}},
+         {"foundation", "foundation/platform", "engine/contract", "service/modem", "service/store",
+          "service/platform"}},
         {"service/ipc", serviceParts},
         {"simulator", {}},
     };

@@ -9,6 +9,13 @@ QString textOf(const QDateTime &moment)
 
 } // namespace
 
+QDateTime momentOf(const QString &date)
+{
+    const QDate day = QDate::fromString(date.left(10), Qt::ISODate);
+    const QTime time = QTime::fromString(date.mid(11));
+    return day.isValid() && time.isValid() ? QDateTime(day, time, Qt::UTC) : QDateTime();
+}
+
 QString Clock::wallClockText() const
 {
     return textOf(wallClock());

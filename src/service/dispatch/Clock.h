@@ -21,6 +21,9 @@ public:
     QString wallClockText(qint64 seconds) const;
 };
 
+/// A date of the queue as a moment of the same wall clock; invalid if it is none.
+QDateTime momentOf(const QString &date);
+
 class SystemClock : public Clock
 {
 public:

@@ -5,31 +5,41 @@
 #include <QDebug>
 #include <QScopeGuard>
 
+#include <memory>
 #include <utility>
 
 namespace {
 
-constexpr qint32 atProtocol = 1;
-constexpr qint32 lastKnownProtocol = 3;
 constexpr qsizetype mostUnheardWarnings = 50;
 
 } // namespace
 
 Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
-                       const DispatcherTimings &timings, QObject *parent)
+                       const DispatcherTimings &timings, const EngineSettings &settings,
+                       QObject *parent)
     : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
-      m_timings(timings)
+      m_timings(timings), m_settings(settings), m_heardOutcomes(store, timings.storeAgainMs),
+      m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
-    for (QTimer *const timer : {&m_settleAgain, &m_wake, &m_openAgain, &m_steady, &m_testLimit})
+    for (QTimer *const timer : {&m_settleAgain, &m_wake, &m_openAgain, &m_steady, &m_conditionAgain,
+                                &m_probeStore, &m_testLimit})
         timer->setSingleShot(true);
-    connect(&m_settleAgain, &QTimer::timeout, this, &Dispatcher::trySettling);
+    connect(&m_settleAgain, &QTimer::timeout, this, [this] { trySettling(Following::Later); });
     connect(&m_wake, &QTimer::timeout, this, &Dispatcher::work);
     connect(&m_openAgain, &QTimer::timeout, this, &Dispatcher::work);
-    connect(&m_steady, &QTimer::timeout, this, &Dispatcher::endTrouble);
+    connect(&m_steady, &QTimer::timeout, this, &Dispatcher::onSteady);
+    connect(&m_probeStore, &QTimer::timeout, this, &Dispatcher::probeStore);
+    connect(&m_conditionAgain, &QTimer::timeout, this, [this] {
+        m_conditionDue = true;
+        work();
+    });
     connect(&m_testLimit, &QTimer::timeout, this, [this] { answerTests(ErrorCode::NoRespond); });
 
     connect(&modem, &Modem::ready, this, &Dispatcher::onReady);
     connect(&modem, &Modem::failed, this, &Dispatcher::onFailed);
+    connect(&modem, &Modem::pinSettled, this, &Dispatcher::work);
+    connect(&modem, &Modem::functionalityReset, this, &Dispatcher::noteReset);
+    connect(&modem, &Modem::detailsChanged, this, &Dispatcher::onCondition);
     connect(&modem, &Modem::tested, this, &Dispatcher::onTested);
     connect(&modem, &Modem::partAccepted, this, &Dispatcher::onPartAccepted);
     connect(&modem, &Modem::partFailed, this, &Dispatcher::onPartFailed);
@@ -37,27 +47,46 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
 
 void Dispatcher::resume()
 {
-    m_running = m_store.isToRun();
+    const bool run = m_store.isToRun();
+    recallReset();
+    m_running = run;
     m_release = !m_running;
     if (m_running)
         Q_EMIT statusChanged(status());
-    settle([this] { reportInterrupted(); });
+    if (mayBeInterrupted())
+        reportInterrupted();
+    else
+        QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
+}
+
+bool Dispatcher::mayBeInterrupted() const
+{
+    try {
+        return !m_store.interrupted().isEmpty();
+    } catch (const StoreFailure &) {
+        return true; // found out when the store can be read
+    }
 }
 
 void Dispatcher::reportInterrupted()
 {
-    for (const StoredMessage &message : m_store.interrupted()) {
-        const bool heard = m_heard;
-        m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt, m_clock.wallClockText(),
-                       heard);
-        if (heard)
-            Q_EMIT sendingFailed(message.phone, message.text, ErrorCode::NoRespond);
-        warn(ErrorCode::NoRespond,
-             QStringLiteral("the engine ended while sending to %1; the message may have been "
-                            "delivered")
-                 .arg(message.phone));
-        Q_EMIT queueChanged();
-    }
+    struct Report
+    {
+        QList<StoredMessage> messages;
+        QList<qint64> outcomes;
+    };
+    const auto report = std::make_shared<Report>();
+    settle(
+        {[this, report] {
+             *report = {m_store.interrupted(), {}};
+             for (const StoredMessage &message : report->messages)
+                 report->outcomes << m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt,
+                                                    m_clock.wallClockText(), false);
+         },
+         [this, report] {
+             for (qsizetype i = 0; i < report->messages.size(); ++i)
+                 tellFailure(report->messages.at(i), report->outcomes.at(i), ErrorCode::NoRespond);
+         }});
 }
 
 void Dispatcher::start()
@@ -65,7 +94,10 @@ void Dispatcher::start()
     const DeviceSettings settings = m_store.deviceSettings();
     if (m_running && m_inForce == settings)
         return;
-    m_store.setToRun(true);
+    m_store.together([this] {
+        m_store.setToRun(true);
+        m_store.holdPartlySent();
+    });
     m_applySettings = m_applySettings || (m_inForce && *m_inForce != settings);
     m_inForce = settings;
     m_running = true;
@@ -133,6 +165,10 @@ void Dispatcher::work()
     m_working = true;
     const auto leave = qScopeGuard([this] { m_working = false; });
 
+    // Closed now, the device's word about its PIN would never be heard, and the PIN stay on record
+    // as one that must not be tried again.
+    if (m_modem.awaitsPinOutcome())
+        return;
     if (m_finishing) {
         if (!m_unsettled)
             leaveAll();
@@ -164,16 +200,6 @@ void Dispatcher::work()
     }
 }
 
-void Dispatcher::useDevice()
-{
-    if (!m_tests.isEmpty())
-        m_modem.test();
-    else if (!m_running)
-        closeDevice();
-    else if (!m_unsettled)
-        sendFirst();
-}
-
 void Dispatcher::leaveAll()
 {
     closeDevice();
@@ -181,106 +207,104 @@ void Dispatcher::leaveAll()
     Q_EMIT finished();
 }
 
-bool Dispatcher::mayOpen() const
-{
-    return !m_tests.isEmpty() || (m_running && !m_openAgain.isActive());
-}
-
-void Dispatcher::openDevice()
-{
-    try {
-        if (!m_inForce)
-            m_inForce = m_store.deviceSettings();
-        const DeviceSettings settings = *m_inForce;
-        const std::optional<PortParameter> port = parsePortParameter(settings.Parameter);
-        if (settings.Protocol > atProtocol && settings.Protocol <= lastKnownProtocol)
-            onFailed({ErrorCode::NotSupported,
-                      QStringLiteral("of the protocols, only AT commands are supported"), false});
-        else if (settings.Protocol != atProtocol)
-            onFailed({ErrorCode::PortProperty, QStringLiteral("no protocol is set"), false});
-        else if (!port)
-            onFailed({ErrorCode::PortProperty, settings.Parameter, false});
-        else
-            m_modem.open(*port, settings.PINCode);
-    } catch (const StoreFailure &failure) {
-        onFailed({ErrorCode::Fail, failure.text(), false});
-    }
-}
-
-void Dispatcher::closeDevice()
-{
-    if (m_modem.state() != Modem::State::Closed)
-        m_modem.close();
-}
-
 void Dispatcher::releaseMessages()
 {
     try {
         m_store.releaseBetweenParts();
         m_release = false;
+        m_unfinished = 0;
     } catch (const StoreFailure &failure) {
         qWarning() << "messages in progress could not be released:" << failure.text();
+        noticeStoreFailure(failure);
         m_wake.start(m_timings.storeAgainMs);
     }
 }
 
-void Dispatcher::onReady(const DeviceDetails &details)
+QString Dispatcher::doubtOf(const QString &phone)
 {
-    m_knownDevice = details;
-    m_openAgain.stop();
-    m_steady.start(m_timings.steadyMs);
-    Q_EMIT deviceInfo(details);
-    if (!m_tests.isEmpty())
-        answerTests(ErrorCode::Ok);
-    work();
+    return QStringLiteral("no answer for the message to %1; it may have been delivered").arg(phone);
 }
 
-void Dispatcher::onFailed(const ModemFailure &failure)
+/// A failure that nobody hears now is kept for the next listener, and its warning comes along then.
+void Dispatcher::tellFailure(const StoredMessage &message, qint64 outcome, qint32 code)
 {
-    m_knownDevice.reset();
-    answerTests(failure.code);
-    if (m_running)
-        tryDeviceLater(failure.code, failure.text);
-    work();
-}
-
-void Dispatcher::onTested(bool ok, int code, const DeviceDetails &details)
-{
-    if (ok) {
-        m_knownDevice = details;
-        Q_EMIT deviceInfo(details);
+    if (m_heard) {
+        Q_EMIT sendingFailed(message.phone, message.text, code);
+        m_heardOutcomes.add(outcome);
     }
-    answerTests(ok ? ErrorCode::Ok : code);
+    if (code == ErrorCode::NoRespond) {
+        const QString text = doubtOf(message.phone);
+        qWarning().noquote() << "warning" << code << text;
+        Q_EMIT warned(code, text);
+        if (m_heard)
+            Q_EMIT warning(code, text);
+    }
+    Q_EMIT queueChanged();
+}
+
+void Dispatcher::noticeStoreFailure(const StoreFailure &failure)
+{
+    if (m_storeTrouble.isEmpty())
+        m_storeTroubleFor.start();
+    m_storeTrouble = failure.text();
+    if (!m_probeStore.isActive())
+        m_probeStore.start(m_timings.storeAgainMs);
+    if (failure.kind() == StoreFailure::Kind::Corrupt &&
+        (!m_storeLostFor.isValid() || m_storeLostFor.hasExpired(m_timings.storeTroubleMs))) {
+        m_storeLostFor.start();
+        Q_EMIT storeLost(true);
+    }
+}
+
+/// Whether the trouble is over shows only in writing.
+void Dispatcher::probeStore()
+{
+    try {
+        m_store.probe();
+        qInfo() << "the store can be written again";
+        m_storeTrouble.clear();
+        m_storeTroubleTold = false;
+        m_storeLostFor.invalidate();
+        work();
+        return;
+    } catch (const StoreFailure &failure) {
+        noticeStoreFailure(failure);
+        if (m_storeTroubleFor.hasExpired(m_timings.storeTroubleMs) &&
+            m_store.access() == Store::Access::Whole) {
+            if (!std::exchange(m_storeTroubleTold, true))
+                warn(ErrorCode::MapFile,
+                     QStringLiteral("the store can't be used: ") + failure.text());
+            // A file that was taken away and brought back is another one than that which is open.
+            if (failure.kind() != StoreFailure::Kind::Busy &&
+                (!m_storeLostFor.isValid() ||
+                 m_storeLostFor.hasExpired(m_timings.storeTroubleMs))) {
+                m_storeLostFor.start();
+                Q_EMIT storeLost(false);
+            }
+        }
+    }
+    m_probeStore.start(m_timings.storeAgainMs);
+}
+
+void Dispatcher::storeReplaced()
+{
+    m_inForce.reset();
+    m_knownDevice.reset();
+    m_refused.clear();
+    m_unfinished = 0;
+    m_release = false;
+    m_applySettings = true;
+    endTrouble();
+    if (std::exchange(m_running, false))
+        Q_EMIT statusChanged(status());
+    Q_EMIT queueChanged();
     work();
-}
-
-void Dispatcher::answerTests(qint32 result)
-{
-    m_testLimit.stop();
-    for (const TestAnswer &answer : std::exchange(m_tests, {}))
-        answer(result);
-}
-
-void Dispatcher::tryDeviceLater(qint32 code, const QString &text)
-{
-    ++m_deviceFailures;
-    m_steady.stop();
-    m_openAgain.start(m_retries.reopenDelay(m_deviceFailures));
-    // One trouble is told once, however often it is met again.
-    if (std::exchange(m_warnedCode, code) != code)
-        warn(code, text);
-}
-
-void Dispatcher::endTrouble()
-{
-    m_deviceFailures = 0;
-    m_warnedCode = 0;
-    m_openAgain.stop();
 }
 
 void Dispatcher::warn(qint32 code, const QString &text)
 {
     qWarning().noquote() << "warning" << code << text;
+    Q_EMIT warned(code, text);
     if (m_heard) {
         Q_EMIT warning(code, text);
         return;

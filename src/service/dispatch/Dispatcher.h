@@ -2,15 +2,23 @@
 
 #include "service/dispatch/Clock.h"
 #include "service/dispatch/DispatcherTimings.h"
+#include "service/dispatch/EngineSettings.h"
+#include "service/dispatch/HeardOutcomes.h"
+#include "service/dispatch/OutcomePruner.h"
 #include "service/dispatch/RetryPolicy.h"
 #include "service/modem/Modem.h"
 #include "service/store/Store.h"
 
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <functional>
 #include <optional>
+#include <variant>
 
 /// Decides what the device does next: sends what is due, in the order of delivery date and
 /// queueing, opens the device while the engine is started, and tests it on request.
@@ -34,7 +42,8 @@ public:
 
     /// @param store, modem, clock  must outlive this object
     Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
-               const DispatcherTimings &timings = {}, QObject *parent = nullptr);
+               const DispatcherTimings &timings = {}, const EngineSettings &settings = {},
+               QObject *parent = nullptr);
 
     /// The first step after the program's start: reports what the last run left in the middle, and
     /// starts if the engine was started.
@@ -60,10 +69,27 @@ public:
     void warnTooLate();
     /// Raises a warning, or keeps it until someone listens.
     void warn(qint32 code, const QString &text);
+    /// The words of the warning for a message that may have been delivered.
+    static QString doubtOf(const QString &phone);
 
     /// Whether someone listens to the events. What nobody hears is kept.
     void setHeard(bool heard) { m_heard = heard; }
+    bool isHeard() const { return m_heard; }
+    HeardOutcomes &heardOutcomes() { return m_heardOutcomes; }
     QList<Warning> takeUnheardWarnings();
+    /// The code of the trouble that keeps the device from its work, 0 for none.
+    qint32 deviceTrouble() const { return m_warnedCode; }
+
+    /// Whoever meets a failure of the store tells it here. One that lasts is told, and `storeLost`
+    /// asks for the store to be opened anew.
+    void noticeStoreFailure(const StoreFailure &failure);
+    /// What keeps the store from being written at present; empty for nothing.
+    QString storeTrouble() const { return m_storeTrouble; }
+    /// A new store stands in the place of the one so far: the engine is stopped, with no device
+    /// set.
+    void storeReplaced();
+    /// Whether the device has a part whose outcome isn't known yet.
+    bool isSending() const { return m_current.has_value(); }
     const std::optional<DeviceDetails> &knownDevice() const { return m_knownDevice; }
 
     /// Ends as soon as the part in progress, if any, is finished and on disk.
@@ -79,6 +105,10 @@ Q_SIGNALS:
     void sent(const QString &phone, const QString &text, int queueCount);
     void sendingFailed(const QString &phone, const QString &text, int code);
     void warning(int code, const QString &text);
+    /// Comes with every warning, whether someone listens or not.
+    void warned(int code, const QString &text);
+    /// The store has failed for some time, or is damaged.
+    void storeLost(bool damaged);
     /// Comes after finish(), when nothing is on its way any more.
     void finished();
 
@@ -88,39 +118,79 @@ private:
     {
         StoredMessage message;
         QList<SubmitPart> parts;
+        QString begunAt; ///< under which its part is counted
+
+        /// The one whose turn it is.
+        const SubmitPart &part() const;
+    };
+
+    /// What must be on disk before anything else begins, and what is told when it is.
+    struct Step
+    {
+        std::function<void()> keep;
+        std::function<void()> tell; ///< may be empty
+    };
+    /// How the next part begins behind a step.
+    enum class Following {
+        SameCommit, ///< at once, if one is due: its note is on disk with the step, or neither is
+        Later,
     };
 
     // The device
     void useDevice();
     void leaveAll();
     void openDevice();
+    QString knownImei() const;
     void closeDevice();
     void releaseMessages();
     void onReady(const DeviceDetails &details);
     void onFailed(const ModemFailure &failure);
+    void onCondition(const DeviceDetails &details);
     void onTested(bool ok, int code, const DeviceDetails &details);
     void answerTests(qint32 result);
+    void rememberDevice(const DeviceDetails &details);
+    void weighFailure(const SendFailure &failure, qint64 id);
     void tryDeviceLater(qint32 code, const QString &text);
+    void tellTrouble(qint32 code, const QString &text);
+    void noteReset();
+    void recallReset();
+    void noteDeviceFailure(bool answered);
+    bool breakerIsOpen() const;
+    Modem::OpenMode openMode() const;
+    void onSteady();
     void endTrouble();
     bool mayOpen() const;
 
     // Sending
     void sendFirst();
-    void sendPart(const StoredMessage &message);
-    std::optional<QList<SubmitPart>> encoded(StoredMessage &message);
-    void waitForFirst();
+    bool isDue(const StoredMessage &message) const;
+    void waitFor(const StoredMessage &message);
+    bool isTooLate(const StoredMessage &message, const QString &at) const;
+    bool limitsAllowPart() const;
+    std::variant<Current, qint32> encoded(const StoredMessage &message) const;
+    EncodeRequest requestOf(const StoredMessage &message) const;
+    void begin(Current &current);
+    std::optional<Current> beginFollowing();
+    void send(const Current &current);
     void onPartAccepted(int reference);
     void onPartFailed(const SendFailure &failure);
+    bool isOfDevice(const SendFailure &failure, qint64 id) const;
+    void giveUpDevice(const Current &current, const SendFailure &failure);
+    bool tryAgain(const StoredMessage &message);
     void failMessage(const StoredMessage &message, qint32 code);
+    void tellFailure(const StoredMessage &message, qint64 outcome, qint32 code);
+    bool mayBeInterrupted() const;
     void reportInterrupted();
-    void settle(const std::function<void()> &step);
-    void trySettling();
+    void settle(const Step &step);
+    void trySettling(Following following);
+    void probeStore();
 
     Store &m_store;
     Modem &m_modem;
     const Clock &m_clock;
     RetryPolicy m_retries;
     const DispatcherTimings m_timings;
+    const EngineSettings m_settings;
 
     bool m_running = false;
     bool m_heard = false;
@@ -131,18 +201,38 @@ private:
     bool m_working = false; ///< work() is on the stack
 
     std::optional<Current> m_current;
-    std::function<void()> m_unsettled; ///< an outcome that isn't on disk yet
+    qint64 m_unfinished = 0;         ///< the message of which the last part sent was not the last
+    std::optional<Step> m_unsettled; ///< an outcome that isn't on disk yet
+    /// Messages that the device refused, and whether it has taken another one since.
+    QHash<qint64, bool> m_refused;
     QTimer m_settleAgain;
     QTimer m_wake; ///< runs until the first message may be due
 
-    int m_deviceFailures = 0; ///< in a row
-    qint32 m_warnedCode = 0;  ///< told of the present trouble with the device
+    int m_deviceFailures = 0;   ///< in a row
+    int m_answeredFailures = 0; ///< of these, the ones behind an open line
+    bool m_breakerTold = false;
+    qint32 m_warnedCode = 0;      ///< the trouble with the device, as it was met last
+    QSet<qint32> m_toldCodes;     ///< told of the present trouble with the device
+    bool m_needsOperator = false; ///< the SIM waits for the operator
+    QString m_parameter;          ///< of the settings with which the device was opened
+    QDeadlineTimer m_resetAgain;  ///< before it the device's functionality isn't reset once more
     QTimer m_openAgain;
     QTimer m_steady; ///< runs while the device is ready and its trouble not yet forgotten
+
+    QTimer m_conditionAgain;
+    bool m_conditionDue = false;
 
     QList<TestAnswer> m_tests;
     QTimer m_testLimit;
 
     std::optional<DeviceDetails> m_knownDevice;
+    QString m_storeTrouble;
+    bool m_storeTroubleTold = false;
+    QElapsedTimer m_storeTroubleFor;
+    QElapsedTimer m_storeLostFor; ///< since it was asked for to be opened anew
+    QTimer m_probeStore;
+
     QList<Warning> m_unheardWarnings;
+    HeardOutcomes m_heardOutcomes;
+    OutcomePruner m_pruner;
 };

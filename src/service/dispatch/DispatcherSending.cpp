@@ -1,82 +1,129 @@
 #include "engine/contract/ErrorCodes.h"
 #include "service/dispatch/Dispatcher.h"
+#include "service/dispatch/ValidityPeriod.h"
 
 #include <QCryptographicHash>
 #include <QDebug>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
-
-namespace {
-
-QDateTime momentOf(const QString &due)
-{
-    return {QDate::fromString(due.left(10), Qt::ISODate), QTime::fromString(due.mid(11)), Qt::UTC};
-}
-
-} // namespace
 
 void Dispatcher::sendFirst()
 {
     try {
-        const std::optional<QString> due = m_store.firstDue();
-        if (!due)
+        const std::optional<StoredMessage> message = m_store.first();
+        if (!message)
             return;
-        if (*due > m_clock.wallClockText()) {
-            waitForFirst();
+        if (!isDue(*message)) {
+            waitFor(*message);
             return;
         }
-        if (const std::optional<StoredMessage> message = m_store.first())
-            sendPart(*message);
+        auto result = encoded(*message);
+        if (const auto *const code = std::get_if<qint32>(&result)) {
+            failMessage(*message, *code);
+        } else if (!limitsAllowPart()) {
+            m_wake.start(m_timings.longestSleepMs);
+        } else {
+            auto &current = std::get<Current>(result);
+            m_store.together([&] { begin(current); });
+            send(current);
+        }
     } catch (const StoreFailure &failure) {
         // Nothing leaves without its commit: the store is looked at again shortly.
         qWarning() << "the queue can't be used:" << failure.text();
+        noticeStoreFailure(failure);
         m_wake.start(m_timings.storeAgainMs);
     }
 }
 
-void Dispatcher::waitForFirst()
+bool Dispatcher::isDue(const StoredMessage &message) const
 {
-    const std::optional<QString> due = m_store.firstDue();
-    const qint64 left = m_clock.wallClock().msecsTo(momentOf(due.value_or(QString())));
+    return message.dateIsOdd || message.deliveryDate <= m_clock.wallClockText();
+}
+
+void Dispatcher::waitFor(const StoredMessage &message)
+{
+    const qint64 left = m_clock.wallClock().msecsTo(momentOf(message.deliveryDate));
     m_wake.start(static_cast<int>(std::clamp<qint64>(left, 1, m_timings.longestSleepMs)));
 }
 
-std::optional<QList<SubmitPart>> Dispatcher::encoded(StoredMessage &message)
+bool Dispatcher::isTooLate(const StoredMessage &message, const QString &at) const
+{
+    return m_settings.mostLate > 0 &&
+           momentOf(message.originalDate).secsTo(momentOf(at)) > m_settings.mostLate;
+}
+
+bool Dispatcher::limitsAllowPart() const
+{
+    if (m_settings.partsPerMinute == 0 && m_settings.partsPerDay == 0)
+        return true;
+    const PartCounts counts = m_store.partCounts(m_clock.wallClockText());
+    return (m_settings.partsPerMinute == 0 || counts.inMinute < m_settings.partsPerMinute) &&
+           (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
+}
+
+std::variant<Dispatcher::Current, qint32> Dispatcher::encoded(const StoredMessage &message) const
+{
+    if (message.dateIsOdd)
+        return ErrorCode::MethodParam;
+    // A message that is on its way part by part is not cut off between two of them.
+    if (message.id != m_unfinished && isTooLate(message, m_clock.wallClockText()))
+        return ErrorCode::ProtocolTimeout;
+    auto result = encodeSubmit(requestOf(message));
+    if (const auto *const error = std::get_if<EncodeError>(&result))
+        return errorCode(*error);
+    return Current{message, std::get<QList<SubmitPart>>(result), {}};
+}
+
+EncodeRequest Dispatcher::requestOf(const StoredMessage &message) const
 {
     EncodeRequest request;
     request.phone = message.phone;
     request.text = message.text;
     request.reference = message.reference.value_or(0);
-    auto result = encodeSubmit(request);
-    if (const auto *const error = std::get_if<EncodeError>(&result)) {
-        failMessage(message, errorCode(*error));
-        return std::nullopt;
-    }
-    auto parts = std::get<QList<SubmitPart>>(result);
-    if (parts.size() > 1 && !message.reference) {
-        message.reference = m_store.nextReference();
-        request.reference = *message.reference;
-        parts = std::get<QList<SubmitPart>>(encodeSubmit(request));
-    }
-    return parts;
+    request.validityPeriod = relativeValidity(m_settings.validityPeriod);
+    return request;
 }
 
-void Dispatcher::sendPart(const StoredMessage &due)
+void Dispatcher::begin(Current &current)
 {
-    StoredMessage message = due;
-    if (message.dateIsOdd) {
-        failMessage(message, ErrorCode::MethodParam);
-        return;
+    StoredMessage &message = current.message;
+    if (current.parts.size() > 1 && !message.reference) {
+        message.reference = m_store.nextReference();
+        current.parts = std::get<QList<SubmitPart>>(encodeSubmit(requestOf(message)));
     }
-    const std::optional<QList<SubmitPart>> parts = encoded(message);
-    if (!parts)
-        return;
-    const SubmitPart &part = parts->at(std::min<qsizetype>(message.partsSent, parts->size() - 1));
+    current.begunAt = m_clock.wallClockText();
     m_store.beginPart(message.id, message.reference,
-                      QCryptographicHash::hash(part.hex, QCryptographicHash::Sha256));
-    m_current = Current{message, *parts};
-    m_modem.send(part);
+                      QCryptographicHash::hash(current.part().hex, QCryptographicHash::Sha256));
+    m_store.countPart(current.begunAt);
+}
+
+std::optional<Dispatcher::Current> Dispatcher::beginFollowing()
+{
+    if (!m_running || m_finishing || m_applySettings || m_conditionDue || !m_tests.isEmpty() ||
+        m_current || m_modem.state() != Modem::State::Ready)
+        return std::nullopt;
+    const std::optional<StoredMessage> message = m_store.first();
+    if (!message || !isDue(*message) || !limitsAllowPart())
+        return std::nullopt;
+    auto result = encoded(*message);
+    auto *const current = std::get_if<Current>(&result);
+    if (current == nullptr)
+        return std::nullopt;
+    begin(*current);
+    return *current;
+}
+
+void Dispatcher::send(const Current &current)
+{
+    m_current = current;
+    m_modem.send(current.part());
+}
+
+const SubmitPart &Dispatcher::Current::part() const
+{
+    return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
 }
 
 void Dispatcher::onPartAccepted(int reference)
@@ -84,79 +131,136 @@ void Dispatcher::onPartAccepted(int reference)
     if (!m_current)
         return;
     const Current current = *std::exchange(m_current, std::nullopt);
-    const int partsSent = current.message.partsSent + 1;
+    const StoredMessage &message = current.message;
+    const int partsSent = message.partsSent + 1;
+    m_refused.remove(message.id);
+    for (bool &takesOthers : m_refused)
+        takesOthers = true;
     endTrouble();
-    settle([this, message = current.message, partsSent, reference,
-            isLast = partsSent >= current.parts.size()] {
-        if (!isLast) {
-            m_store.endPart(message.id, partsSent);
-            return;
-        }
-        m_store.finish(message.id, ErrorCode::Ok, reference, m_clock.wallClockText(), true);
-        Q_EMIT sent(message.phone, message.text, m_store.size());
-        Q_EMIT queueChanged();
-    });
+    if (partsSent < current.parts.size()) {
+        m_unfinished = message.id;
+        settle({[this, id = message.id, partsSent] { m_store.endPart(id, partsSent); }, {}});
+        return;
+    }
+    m_unfinished = 0;
+    settle({[this, id = message.id, reference] {
+                m_store.finish(id, ErrorCode::Ok, reference, m_clock.wallClockText(), true);
+            },
+            [this, phone = message.phone, text = message.text] {
+                Q_EMIT sent(phone, text, m_store.size());
+                Q_EMIT queueChanged();
+            }});
 }
 
 void Dispatcher::onPartFailed(const SendFailure &failure)
 {
     if (!m_current)
         return;
-    const StoredMessage message = std::exchange(m_current, std::nullopt)->message;
+    const Current current = *std::exchange(m_current, std::nullopt);
+    const StoredMessage &message = current.message;
     const qint32 code = failure.rule.code;
+    m_unfinished = 0;
     qInfo().noquote() << "a part was not sent:" << code << failure.number << failure.text;
+    weighFailure(failure, message.id);
 
     if (failure.mayBeDelivered) {
-        warn(ErrorCode::NoRespond,
-             QStringLiteral("no answer for the message to %1; it may have been delivered")
-                 .arg(message.phone));
         failMessage(message, ErrorCode::NoRespond);
-    } else if (failure.rule.treatment == Treatment::Device) {
-        m_modem.close();
-        tryDeviceLater(code, failure.text);
-        settle([this, id = message.id] { m_store.cancelPart(id); });
-    } else if (failure.rule.treatment == Treatment::Temporary &&
-               m_retries.mayTryAgain(message.attempts + 1)) {
-        settle([this, message] {
-            const int attempts = message.attempts + 1;
-            m_store.postpone(message.id, attempts,
-                             m_clock.wallClockText(m_retries.messageDelay(attempts)));
-            Q_EMIT queueChanged();
-        });
+    } else if (isOfDevice(failure, message.id)) {
+        giveUpDevice(current, failure);
+    } else if (failure.rule.treatment != Treatment::Permanent && tryAgain(message)) {
+        return;
     } else {
         failMessage(message, code);
     }
 }
 
+/// Whether the failure says that the device would take no message. One that has taken others since
+/// it refused this one refuses this one alone.
+bool Dispatcher::isOfDevice(const SendFailure &failure, qint64 id) const
+{
+    const Treatment treatment = failure.rule.treatment;
+    return treatment == Treatment::Device ||
+           (treatment == Treatment::DeviceOrMessage && !m_refused.value(id, false));
+}
+
+/// The message keeps its attempts. Where it may be what the device refuses, it makes way for
+/// another one, with which that shows.
+void Dispatcher::giveUpDevice(const Current &current, const SendFailure &failure)
+{
+    const StoredMessage &message = current.message;
+    m_modem.close();
+    tryDeviceLater(failure.rule.code, failure.text);
+    const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen();
+    if (makesWay)
+        m_refused.insert(message.id, false);
+    settle({[this, message, makesWay, begunAt = current.begunAt] {
+                if (makesWay)
+                    m_store.postpone(message.id, message.attempts,
+                                     m_clock.wallClockText(m_retries.messageDelay(1)));
+                else
+                    m_store.cancelPart(message.id);
+                m_store.uncountPart(begunAt);
+            },
+            [this, makesWay] {
+                if (makesWay)
+                    Q_EMIT queueChanged();
+            }});
+}
+
+bool Dispatcher::tryAgain(const StoredMessage &message)
+{
+    const int attempts = message.attempts + 1;
+    if (!m_retries.mayTryAgain(attempts))
+        return false;
+    const qint64 delay = m_retries.messageDelay(attempts);
+    if (isTooLate(message, m_clock.wallClockText(delay)))
+        return false;
+    settle({[this, id = message.id, attempts, delay] {
+                m_store.postpone(id, attempts, m_clock.wallClockText(delay));
+            },
+            [this] { Q_EMIT queueChanged(); }});
+    return true;
+}
+
 void Dispatcher::failMessage(const StoredMessage &message, qint32 code)
 {
-    settle([this, message, code] {
-        const bool heard = m_heard;
-        m_store.finish(message.id, code, std::nullopt, m_clock.wallClockText(), heard);
-        if (heard)
-            Q_EMIT sendingFailed(message.phone, message.text, code);
-        Q_EMIT queueChanged();
-    });
+    m_refused.remove(message.id);
+    const auto outcome = std::make_shared<qint64>(0);
+    settle({[this, id = message.id, code, outcome] {
+                *outcome = m_store.finish(id, code, std::nullopt, m_clock.wallClockText(), false);
+            },
+            [this, message, code, outcome] { tellFailure(message, *outcome, code); }});
 }
 
-void Dispatcher::settle(const std::function<void()> &step)
+void Dispatcher::settle(const Step &step)
 {
     m_unsettled = step;
-    trySettling();
+    trySettling(Following::SameCommit);
 }
 
-void Dispatcher::trySettling()
+void Dispatcher::trySettling(Following following)
 {
+    const Step step = *m_unsettled;
+    std::optional<Current> next;
     try {
-        const std::function<void()> step = m_unsettled;
-        step();
-        m_unsettled = nullptr;
+        m_store.together([&] {
+            step.keep();
+            if (following == Following::SameCommit)
+                next = beginFollowing();
+        });
     } catch (const StoreFailure &failure) {
         qWarning() << "an outcome waits for the store:" << failure.text();
+        noticeStoreFailure(failure);
         m_settleAgain.start(m_timings.storeAgainMs);
         return;
     }
-    // The next step begins from the event loop, so that a long queue is no deep recursion and
-    // calls from outside get their turn.
-    QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
+    m_unsettled.reset();
+    if (next)
+        send(*next);
+    if (step.tell)
+        step.tell();
+    // What doesn't follow in the same commit begins from the event loop, so that a long queue is no
+    // deep recursion and calls from outside get their turn.
+    if (!next)
+        QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
 }

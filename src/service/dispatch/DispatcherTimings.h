@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/contract/BusTypes.h"
+#include "service/dispatch/OutcomePruner.h"
 
 /// Time limits of the dispatcher, in milliseconds.
 struct DispatcherTimings
@@ -9,8 +10,15 @@ struct DispatcherTimings
     int testAnswerMs = Bus::TestDeviceAnswer;
     /// Between two tries to bring something to disk.
     int storeAgainMs = 500;
+    /// For how long the store may fail until that is told, and until it is opened anew, again and
+    /// again.
+    int storeTroubleMs = 10'000;
     /// Between two looks at the queue: the wall clock may be set meanwhile.
     int longestSleepMs = 1000;
     /// For how long a device must be ready until its trouble is forgotten.
     int steadyMs = 60'000;
+    /// Between two questions for the signal and the like, while the device is ready.
+    int conditionMs = 60'000;
+    /// At which old outcomes are forgotten.
+    OutcomePruner::Pace pruning;
 };

@@ -21,7 +21,8 @@ RetryPolicy::RetryPolicy(Random random, const RetryTimes &times)
 qint64 RetryPolicy::messageDelay(int attempts) const
 {
     const qint64 delay = doubled(m_times.shortestDelay, m_times.longestDelay, attempts - 1);
-    return delay + static_cast<qint64>(static_cast<double>(delay) / 4 * m_random());
+    return delay + static_cast<qint64>(static_cast<double>(delay) * m_times.jitterPercent / 100 *
+                                       m_random());
 }
 
 int RetryPolicy::reopenDelay(int failures) const

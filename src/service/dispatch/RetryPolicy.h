@@ -15,6 +15,8 @@ struct RetryTimes
     /// Between two openings of the device, in milliseconds.
     int shortestReopenMs = 1000;
     int longestReopenMs = 60'000;
+    /// How much is added to a delay of a message at random, in percent of it, at most.
+    int jitterPercent = 25;
 };
 
 /// When something that failed is tried again.
@@ -30,7 +32,7 @@ public:
     bool mayTryAgain(int attempts) const { return attempts < m_times.mostAttempts; }
 
     /// Seconds until the next attempt of a message that has failed `attempts` times: the shortest
-    /// delay doubling up to the longest, and up to a quarter of it more.
+    /// delay doubling up to the longest, and the jitter.
     qint64 messageDelay(int attempts) const;
 
     /// Milliseconds until the device is opened again after `failures` failures in a row: the

@@ -1,186 +1,147 @@
 #include "service/ipc/CommandLine.h"
 
-#include "engine/contract/BusTypes.h"
-#include "engine/contract/SMSManager.h"
-#include "service/ipc/EngineFolder.h"
+#include "service/ipc/ExitCodes.h"
 #include "service/modem/PortParameter.h"
-#include "service/platform/FileLock.h"
-#include "service/store/Store.h"
 
 #include <QCommandLineParser>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QTextStream>
 
 #include <cstdlib>
-#include <stdexcept>
 
 namespace {
 
-constexpr int exitFailure = 1;
-
-QTextStream &out()
-{
-    static QTextStream stream(stdout);
-    return stream;
-}
-
-int fail(const QString &reason)
+[[noreturn]] void refuse(const QString &reason)
 {
     QTextStream(stderr) << "TovekSMService: " << reason << '\n';
-    return exitFailure;
+    std::exit(ExitCode::Failed);
 }
 
-/// A call that the running engine didn't answer.
-class CallFailed : public std::runtime_error
+QString description()
 {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// The engine that runs, over the bus. A call that fails throws CallFailed.
-class RunningEngine
-{
-public:
-    static bool isThere()
-    {
-        const QDBusConnection bus = QDBusConnection::sessionBus();
-        return bus.isConnected() &&
-               bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
-    }
-
-    QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const
-    {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-            QLatin1String(Bus::InterfaceName), QLatin1String(operation));
-        message.setArguments(arguments);
-        const QDBusMessage answer =
-            QDBusConnection::sessionBus().call(message, QDBus::Block, Bus::CallTimeout);
-        if (answer.type() != QDBusMessage::ReplyMessage)
-            throw CallFailed(answer.errorMessage().toStdString());
-        return answer;
-    }
-
-    template <typename Value>
-    Value ask(const char *operation) const
-    {
-        return qdbus_cast<Value>(call(operation).arguments().value(0));
-    }
-};
-
-DeviceSettings changed(DeviceSettings settings, const CommandLine &commandLine)
-{
-    if (commandLine.device) {
-        settings.Parameter = *commandLine.device;
-        settings.ConnectionMode = 1;
-        settings.Protocol = 1;
-    }
-    settings.PINCode = commandLine.pin.value_or(settings.PINCode);
-    return settings;
+    return QStringLiteral("The SMS engine: owns the GSM device, keeps the queue and sends.\n"
+                          "Without an option that asks or stores it runs until its session ends.");
 }
 
-void printState(const QString &engine, qint32 size, const DeviceSettings &settings)
+const QCommandLineOption &deviceOption()
 {
-    out() << "engine: " << engine << '\n'
-          << "queue: " << size << '\n'
-          << "device: " << settings.Parameter << '\n'
-          << "pin: " << (settings.PINCode.isEmpty() ? "none" : "set") << '\n';
+    static const QCommandLineOption option(
+        QStringLiteral("device"),
+        QStringLiteral("Store where the device is, as in \"COM1, 9600\" "
+                       "or \"/dev/ttyUSB0, 115200\"."),
+        QStringLiteral("PATH, SPEED"));
+    return option;
 }
 
-/// `text` with a space for each control character, which would part lines and columns or steer the
-/// terminal.
-QString onOneLine(QString text)
+const QCommandLineOption &pinOption()
 {
-    for (QChar &unit : text) {
-        if (unit.category() == QChar::Other_Control)
-            unit = u' ';
-    }
-    return text;
+    static const QCommandLineOption option(
+        QStringLiteral("pin"), QStringLiteral("Store the SIM's PIN; an empty one for none."),
+        QStringLiteral("PIN"));
+    return option;
 }
 
-void printQueue(const QList<QueueRow> &rows)
+const QCommandLineOption &statusOption()
 {
-    for (const QueueRow &row : rows) {
-        out() << onOneLine(row.deliveryDate) << '\t' << onOneLine(row.phone) << '\t'
-              << onOneLine(row.message) << '\n';
-    }
+    static const QCommandLineOption option(
+        QStringLiteral("status"), QStringLiteral("Print the engine's state and settings."));
+    return option;
 }
 
-QList<QueueRow> queueOf(const RunningEngine &engine)
+const QCommandLineOption &jsonOption()
 {
-    QList<QueueRow> rows;
-    quint64 snapshot = 0;
-    quint32 total = 0;
-    do {
-        const QDBusMessage page = engine.call(
-            "GetQueue", {QVariant(snapshot), QVariant(static_cast<quint32>(rows.size()))});
-        if (page.arguments().at(0).toULongLong() != snapshot)
-            rows.clear();
-        snapshot = page.arguments().at(0).toULongLong();
-        total = page.arguments().at(1).toUInt();
-        const auto received = qdbus_cast<BusQueueRows>(page.arguments().at(2));
-        if (received.isEmpty())
-            break;
-        rows += received;
-    } while (static_cast<quint32>(rows.size()) < total);
-    return rows;
+    static const QCommandLineOption option(
+        QStringLiteral("json"),
+        QStringLiteral("With --status: print the state for a monitor, and end with 0 for running, "
+                       "1 for stopped, 2 for not up, 3 for trouble."));
+    return option;
 }
 
-void storeOverBus(const RunningEngine &engine, const CommandLine &commandLine)
+const QCommandLineOption &queueOption()
 {
-    const auto settings = engine.ask<DeviceSettings>("GetDeviceSettings");
-    const QDBusMessage answer =
-        engine.call("SetDeviceSettings", {QVariant::fromValue(changed(settings, commandLine))});
-    if (!answer.arguments().value(0).toBool())
-        throw CallFailed("it did not store the settings");
-    engine.call("ApplySettings");
+    static const QCommandLineOption option(
+        QStringLiteral("queue"), QStringLiteral("Print the waiting messages, one a line."));
+    return option;
 }
 
-int carryOutOverBus(const CommandLine &commandLine)
+const QCommandLineOption &reportOption()
 {
-    try {
-        const RunningEngine engine;
-        if (commandLine.device || commandLine.pin)
-            storeOverBus(engine, commandLine);
-        if (commandLine.status) {
-            const bool running = engine.ask<int>("GetEngineStatus") == SMSManager::Running;
-            printState(running ? QStringLiteral("running") : QStringLiteral("stopped"),
-                       engine.ask<int>("GetQueueSize"),
-                       engine.ask<DeviceSettings>("GetDeviceSettings"));
-        }
-        if (commandLine.queue)
-            printQueue(queueOf(engine));
-        return EXIT_SUCCESS;
-    } catch (const CallFailed &failure) {
-        return fail(QStringLiteral("the running engine did not do it: ") +
-                    QString::fromStdString(failure.what()));
-    }
+    static const QCommandLineOption option(
+        QStringLiteral("report"), QStringLiteral("Print what became of messages, one a line."));
+    return option;
 }
 
-int carryOutInStore(const CommandLine &commandLine)
+const QCommandLineOption &sinceOption()
 {
-    const QString folder = EngineFolder::make();
-    if (folder.isEmpty())
-        return fail(QStringLiteral("the folder of the engine's data can't be made"));
-    FileLock lock(EngineFolder::lockFile(folder));
-    if (!lock.tryLock())
-        return fail(QStringLiteral("an engine runs that can't be reached over this session's bus"));
-    try {
-        Store store(EngineFolder::storeFile(folder));
-        if (commandLine.device || commandLine.pin)
-            store.setDeviceSettings(changed(store.deviceSettings(), commandLine));
-        if (commandLine.status)
-            printState(store.isToRun() ? QStringLiteral("not up, to run when it is")
-                                       : QStringLiteral("not up, stopped"),
-                       store.size(), store.deviceSettings());
-        if (commandLine.queue)
-            printQueue(store.rows());
-        return EXIT_SUCCESS;
-    } catch (const StoreFailure &failure) {
-        return fail(failure.text());
-    }
+    static const QCommandLineOption option(
+        QStringLiteral("since"),
+        QStringLiteral("With --report: from this day (yyyy-MM-dd) or moment "
+                       "(yyyy-MM-ddTHH:mm:ss) on."),
+        QStringLiteral("DATE"));
+    return option;
+}
+
+const QCommandLineOption &formatOption()
+{
+    static const QCommandLineOption option(QStringLiteral("format"),
+                                           QStringLiteral("With --report: text (default) or csv."),
+                                           QStringLiteral("FORMAT"));
+    return option;
+}
+
+const QCommandLineOption &backupOption()
+{
+    static const QCommandLineOption option(
+        QStringLiteral("backup"),
+        QStringLiteral("Copy the store, running or not, to a new file. It holds every text and "
+                       "the PIN."),
+        QStringLiteral("FILE"));
+    return option;
+}
+
+const QCommandLineOption &logLevelOption()
+{
+    static const QCommandLineOption option(
+        QStringLiteral("log-level"),
+        QStringLiteral("Log errors, warnings too, what happens too (default), or everything: "
+                       "error, warning, info, debug."),
+        QStringLiteral("LEVEL"));
+    return option;
+}
+
+std::optional<QString> valueOf(const QCommandLineParser &parser, const QCommandLineOption &option)
+{
+    return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
+}
+
+/// What `read` makes of the option's value, or `absent` without the option.
+template <typename Value, typename Read>
+Value readValue(const QCommandLineParser &parser, const QCommandLineOption &option, Value absent,
+                Read read)
+{
+    const std::optional<QString> given = valueOf(parser, option);
+    if (!given)
+        return absent;
+    const std::optional<Value> value = read(*given);
+    if (!value)
+        refuse(QStringLiteral("--%1 can't be \"%2\"").arg(option.names().constFirst(), *given));
+    return *value;
+}
+
+void refuseWrong(const QCommandLineParser &parser, const CommandLine &commandLine)
+{
+    if (!parser.positionalArguments().isEmpty())
+        refuse(QStringLiteral("unknown argument: ") + parser.positionalArguments().constFirst());
+    if (commandLine.device && !parsePortParameter(*commandLine.device))
+        refuse(QStringLiteral("not a device and a speed: \"%1\"").arg(*commandLine.device));
+    if (commandLine.json && !commandLine.status)
+        refuse(QStringLiteral("--json goes with --status"));
+    if (!commandLine.report && (parser.isSet(sinceOption()) || parser.isSet(formatOption())))
+        refuse(QStringLiteral("--since and --format go with --report"));
+    // Each of these has the output to itself, for the program that reads it.
+    if (commandLine.json && (commandLine.queue || commandLine.report))
+        refuse(QStringLiteral("--status --json goes with no other list"));
+    if (commandLine.report && (commandLine.queue || commandLine.status))
+        refuse(QStringLiteral("--report goes with no other list"));
 }
 
 } // namespace
@@ -188,46 +149,27 @@ int carryOutInStore(const CommandLine &commandLine)
 CommandLine CommandLine::parse(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("The SMS engine: owns the GSM device, keeps the queue and sends.\n"
-                       "Without an option it runs until its session ends."));
+    parser.setApplicationDescription(description());
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption device(
-        QStringLiteral("device"),
-        QStringLiteral("Store where the device is, as in \"COM1, 9600\" "
-                       "or \"/dev/ttyUSB0, 115200\"."),
-        QStringLiteral("PATH, SPEED"));
-    const QCommandLineOption pin(QStringLiteral("pin"),
-                                 QStringLiteral("Store the SIM's PIN; an empty one for none."),
-                                 QStringLiteral("PIN"));
-    const QCommandLineOption status(QStringLiteral("status"),
-                                    QStringLiteral("Print the engine's state and settings."));
-    const QCommandLineOption queue(QStringLiteral("queue"),
-                                   QStringLiteral("Print the waiting messages, one a line."));
-    parser.addOptions({device, pin, status, queue});
+    parser.addOptions({deviceOption(), pinOption(), statusOption(), jsonOption(), queueOption(),
+                       reportOption(), sinceOption(), formatOption(), backupOption(),
+                       logLevelOption()});
     parser.process(arguments);
 
     CommandLine commandLine;
-    commandLine.status = parser.isSet(status);
-    commandLine.queue = parser.isSet(queue);
-    if (parser.isSet(device))
-        commandLine.device = parser.value(device);
-    if (parser.isSet(pin))
-        commandLine.pin = parser.value(pin);
-    if (!parser.positionalArguments().isEmpty())
-        std::exit(
-            fail(QStringLiteral("unknown argument: ") + parser.positionalArguments().constFirst()));
+    commandLine.status = parser.isSet(statusOption());
+    commandLine.json = parser.isSet(jsonOption());
+    commandLine.queue = parser.isSet(queueOption());
+    commandLine.report = parser.isSet(reportOption());
+    commandLine.since = readValue(parser, sinceOption(), QString(), OutcomeReport::moment);
+    commandLine.format =
+        readValue(parser, formatOption(), OutcomeReport::Format::Text, OutcomeReport::formatNamed);
+    commandLine.device = valueOf(parser, deviceOption());
+    commandLine.pin = valueOf(parser, pinOption());
+    commandLine.backup = valueOf(parser, backupOption());
+    commandLine.logLevel =
+        readValue(parser, logLevelOption(), EngineLog::Level::Info, EngineLog::levelNamed);
+    refuseWrong(parser, commandLine);
     return commandLine;
-}
-
-int carryOut(const CommandLine &commandLine)
-{
-    if (commandLine.device && !parsePortParameter(*commandLine.device))
-        return fail(QStringLiteral("not a device and a speed: \"%1\"").arg(*commandLine.device));
-    Bus::registerTypes();
-    const int result =
-        RunningEngine::isThere() ? carryOutOverBus(commandLine) : carryOutInStore(commandLine);
-    out().flush();
-    return result;
 }

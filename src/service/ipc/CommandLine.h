@@ -1,5 +1,8 @@
 #pragma once
 
+#include "service/ipc/EngineLog.h"
+#include "service/ipc/OutcomeReport.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -9,18 +12,19 @@
 struct CommandLine
 {
     bool status = false;
+    bool json = false; ///< the status for a monitor
     bool queue = false;
+    bool report = false;
+    QString since; ///< a moment of the outcome log, empty for its beginning
+    OutcomeReport::Format format = OutcomeReport::Format::Text;
     std::optional<QString> device;
     std::optional<QString> pin;
+    std::optional<QString> backup;
+    EngineLog::Level logLevel = EngineLog::Level::Info;
 
     /// Whether there is something to do other than to run the engine.
-    bool isQuery() const { return status || queue || device || pin; }
+    bool isQuery() const { return status || queue || report || device || pin || backup; }
 
     /// Reads the arguments; ends the program for --help, --version and errors.
     static CommandLine parse(const QStringList &arguments);
 };
-
-/// Carries out what `commandLine` asks, over the bus where an engine runs, else in the store
-/// itself.
-/// @return the program's exit code
-int carryOut(const CommandLine &commandLine);

@@ -4,10 +4,15 @@
 #include <QFile>
 #include <QStandardPaths>
 
+QString EngineFolder::path()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/TovekSMService");
+}
+
 QString EngineFolder::make()
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                           QStringLiteral("/TovekSMService");
+    const QString folder = path();
     if (!QDir().mkpath(folder))
         return {};
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -5,6 +5,8 @@
 /// Where the engine keeps what is its own: `$XDG_DATA_HOME/TovekSMService`, for its owner alone.
 namespace EngineFolder {
 
+QString path();
+
 /// Makes the folder if need be.
 /// @return its path; empty when it can't be made
 QString make();

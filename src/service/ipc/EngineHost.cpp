@@ -1,9 +1,12 @@
 #include "service/ipc/EngineHost.h"
 
 #include "engine/contract/BusTypes.h"
+#include "engine/contract/ErrorCodes.h"
 #include "service/dispatch/Dispatcher.h"
+#include "service/ipc/DamagedStore.h"
 #include "service/ipc/EngineFolder.h"
 #include "service/ipc/EngineService.h"
+#include "service/ipc/ExitCodes.h"
 #include "service/modem/QtSerialPortLine.h"
 #include "service/platform/FileLock.h"
 #include "service/store/Store.h"
@@ -18,11 +21,17 @@
 #include <QRandomGenerator>
 #include <QThread>
 
+#include <utility>
+
 namespace {
 
-constexpr int lockInterval = 100; // ms between two tries for the lock
-constexpr int lockLimit = 10'000; // ms for which an engine that is ending is waited for
-constexpr int endLimit = 20'000;  // ms for the part in progress when the engine is to end
+constexpr int lockInterval = 100;  // ms between two tries for the lock
+constexpr int lockLimit = 10'000;  // ms for which an engine that is ending is waited for
+constexpr int openInterval = 2000; // ms between two tries to open the store
+constexpr int endLimit = 20'000;   // ms for the part in progress when the engine is to end
+constexpr int busLostLimit =
+    240'000;                      // ms for it when the bus is gone: as long as an answer may take
+constexpr int partInterval = 500; // ms between two looks whether the part in progress is over
 
 bool otherEngineIsOnBus()
 {
@@ -36,7 +45,17 @@ bool otherEngineIsOnBus()
 EngineHost::EngineHost(QObject *parent) : QObject(parent)
 {
     m_endLimit.setSingleShot(true);
-    connect(&m_endLimit, &QTimer::timeout, qApp, &QCoreApplication::quit);
+    connect(&m_endLimit, &QTimer::timeout, qApp, [] {
+        qWarning() << "the part in progress did not end within its time and is left";
+        QCoreApplication::quit();
+    });
+    m_openAgain.setSingleShot(true);
+    connect(&m_openAgain, &QTimer::timeout, this, [this] {
+        if (openStore())
+            resume();
+        else
+            QCoreApplication::exit(ExitCode::StoreTooNew);
+    });
 }
 
 EngineHost::~EngineHost() = default;
@@ -44,50 +63,61 @@ EngineHost::~EngineHost() = default;
 EngineHost::Start EngineHost::start()
 {
     Bus::registerTypes();
-    const QString folder = EngineFolder::make();
-    if (folder.isEmpty()) {
+    m_folder = EngineFolder::make();
+    if (m_folder.isEmpty()) {
         qCritical() << "the folder of the engine's data can't be made";
         return Start::Failed;
     }
-    if (!lockStore(folder))
-        return Start::AlreadyThere;
-    try {
-        makeParts(EngineFolder::storeFile(folder));
-        if (!enterBus())
-            return Start::Failed;
-        m_dispatcher->resume();
-    } catch (const StoreFailure &failure) {
-        qCritical().noquote() << "the store can't be used:" << failure.text();
+    if (const Start locked = lockStore(m_folder); locked != Start::Running)
+        return locked;
+    makeParts(EngineFolder::storeFile(m_folder));
+    if (!openStore())
+        return Start::StoreTooNew;
+    if (!enterBus())
         return Start::Failed;
-    }
+    resume();
     return Start::Running;
 }
 
-bool EngineHost::lockStore(const QString &folder)
+EngineHost::Start EngineHost::lockStore(const QString &folder)
 {
     m_lock = std::make_unique<FileLock>(EngineFolder::lockFile(folder));
+    if (!m_lock->isUsable()) {
+        qCritical().noquote() << "the lock in" << folder << "can't be made";
+        return Start::Failed;
+    }
     QElapsedTimer waited;
     waited.start();
     // An engine that has the lock and no name on the bus is on its way out, or on its way up.
     while (!m_lock->tryLock()) {
         if (otherEngineIsOnBus() || waited.hasExpired(lockLimit))
-            return false;
+            return Start::AlreadyThere;
         QThread::msleep(lockInterval);
     }
-    return true;
+    return Start::Running;
 }
 
 void EngineHost::makeParts(const QString &storeFile)
 {
-    m_store = std::make_unique<Store>(storeFile);
+    m_store = std::make_unique<Store>(storeFile, Store::Opening::Later);
     m_pinGate =
         std::make_unique<StoredPinGate>(*m_store, [this] { return m_clock.wallClockText(); });
-    m_modem = std::make_unique<Modem>(std::make_unique<QtSerialPortLine>(), *m_pinGate);
-    const RetryPolicy retries([] { return QRandomGenerator::global()->generateDouble(); });
-    m_dispatcher = std::make_unique<Dispatcher>(*m_store, *m_modem, m_clock, retries);
+    const EngineSettings settings = EngineSettings::load();
+    m_modem = std::make_unique<Modem>(std::make_unique<QtSerialPortLine>(), *m_pinGate,
+                                      settings.modemTimings());
+    const RetryPolicy retries([] { return QRandomGenerator::global()->generateDouble(); },
+                              settings.retryTimes());
+    m_dispatcher = std::make_unique<Dispatcher>(*m_store, *m_modem, m_clock, retries,
+                                                DispatcherTimings{}, settings);
     m_service =
         std::make_unique<EngineService>(QDBusConnection::sessionBus(), *m_store, *m_dispatcher);
     connect(m_dispatcher.get(), &Dispatcher::finished, qApp, &QCoreApplication::quit,
+            Qt::QueuedConnection);
+    connect(m_service.get(), &EngineService::heard, this, [this] {
+        if (!m_toldDamage.isEmpty())
+            DamagedStore::markHeard(m_folder);
+    });
+    connect(m_dispatcher.get(), &Dispatcher::storeLost, this, &EngineHost::reopenStore,
             Qt::QueuedConnection);
     new SMSManagerBusAdaptor(m_service.get());
 }
@@ -111,16 +141,116 @@ bool EngineHost::enterBus()
     return true;
 }
 
+bool EngineHost::openStore()
+{
+    try {
+        DamagedStore::finishMove(m_store->file());
+        m_store->open();
+        storeIsBack();
+    } catch (const StoreFailure &failure) {
+        if (failure.kind() == StoreFailure::Kind::TooNew) {
+            qCritical().noquote() << "the store is left as it is:" << failure.text();
+            return false;
+        }
+        if (failure.kind() != StoreFailure::Kind::Corrupt || !beginAnew(failure.text()))
+            waitForStore(failure);
+    }
+    return true;
+}
+
+/// @param damaged  a page of it could not be understood; opening it finds most damage, and what it
+///                 doesn't find shows by being met again
+void EngineHost::reopenStore(bool damaged)
+{
+    if (m_dispatcher->isSending()) {
+        QTimer::singleShot(partInterval, this, [this, damaged] { reopenStore(damaged); });
+        return;
+    }
+    qWarning() << "the store is opened anew";
+    if (damaged && std::exchange(m_damageMet, true)) {
+        m_store->close();
+        if (!beginAnew(QStringLiteral("damage was met again and again")))
+            m_openAgain.start(openInterval);
+    } else if (!openStore()) {
+        QCoreApplication::exit(ExitCode::StoreTooNew);
+    }
+}
+
+bool EngineHost::beginAnew(const QString &reason)
+{
+    qCritical().noquote() << "the store is damaged and is set aside:" << reason;
+    if (!DamagedStore::setAside(m_store->file(), m_clock.wallClock(), reason))
+        return false;
+    m_damageMet = false;
+    tellOfDamage();
+    try {
+        m_store->open();
+        // Beyond every id that a console may still know of the old one.
+        m_store->beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
+        if (m_resumed)
+            m_dispatcher->storeReplaced();
+        storeIsBack();
+        return true;
+    } catch (const StoreFailure &failure) {
+        qCritical().noquote() << "no new store can be begun:" << failure.text();
+        return false;
+    }
+}
+
+void EngineHost::waitForStore(const StoreFailure &failure)
+{
+    m_openAgain.start(openInterval);
+    if (!std::exchange(m_storeMissed, true))
+        m_dispatcher->warn(ErrorCode::MapFile,
+                           QStringLiteral("the store can't be used: ") + failure.text());
+}
+
+void EngineHost::storeIsBack()
+{
+    tellOfDamage();
+    if (!std::exchange(m_storeMissed, false))
+        return;
+    qInfo() << "the store can be used again";
+    resume();
+    m_dispatcher->noticeQueueChange();
+}
+
+void EngineHost::tellOfDamage()
+{
+    const std::optional<QString> damage = DamagedStore::unheard(m_folder);
+    if (!damage || *damage == m_toldDamage)
+        return;
+    m_toldDamage = *damage;
+    m_dispatcher->warn(ErrorCode::MapFile, *damage);
+    if (m_dispatcher->isHeard())
+        DamagedStore::markHeard(m_folder);
+}
+
+void EngineHost::resume()
+{
+    if (m_resumed || m_store->access() == Store::Access::None)
+        return;
+    try {
+        m_dispatcher->resume();
+        m_resumed = true;
+    } catch (const StoreFailure &failure) {
+        waitForStore(failure);
+    }
+}
+
 void EngineHost::busLost()
 {
-    // The part in progress takes what its answer takes: nobody presses for the end.
+    // The part in progress takes what its answer takes: nobody presses for the end. But the next
+    // session's engine waits for the lock.
+    if (!m_endLimit.isActive())
+        m_endLimit.start(busLostLimit);
     qWarning() << "the session bus is gone";
     m_dispatcher->finish();
 }
 
 void EngineHost::end()
 {
-    if (m_endLimit.isActive())
+    if (m_endLimit.isActive() && m_endLimit.interval() == endLimit)
         return;
     m_endLimit.start(endLimit);
     m_dispatcher->finish();

@@ -3,6 +3,7 @@
 #include "service/dispatch/Clock.h"
 
 #include <QObject>
+#include <QString>
 #include <QTimer>
 
 #include <memory>
@@ -12,6 +13,7 @@ class EngineService;
 class FileLock;
 class Modem;
 class Store;
+class StoreFailure;
 class StoredPinGate;
 
 /// The engine as it runs: the one of its user, on the session bus.
@@ -23,22 +25,34 @@ public:
     enum class Start {
         Running,
         AlreadyThere, ///< another engine of this user has the store
+        StoreTooNew,
         Failed,
     };
 
     explicit EngineHost(QObject *parent = nullptr);
     ~EngineHost() override;
 
-    /// Brings the engine up.
+    /// Brings the engine up. On a disk that can't be written it comes up as far as it can, and
+    /// goes on by itself when the disk is back.
     Start start();
 
     /// Finishes the part in progress, within twenty seconds, and ends the program.
     void end();
 
 private:
-    bool lockStore(const QString &folder);
+    Start lockStore(const QString &folder);
     void makeParts(const QString &storeFile);
     bool enterBus();
+
+    // The store
+    /// @return false for one that this program must leave alone
+    bool openStore();
+    void reopenStore(bool damaged);
+    bool beginAnew(const QString &reason);
+    void waitForStore(const StoreFailure &failure);
+    void storeIsBack();
+    void tellOfDamage();
+    void resume();
 
 private Q_SLOTS:
     void busLost();
@@ -51,5 +65,11 @@ private:
     std::unique_ptr<Modem> m_modem;
     std::unique_ptr<Dispatcher> m_dispatcher;
     std::unique_ptr<EngineService> m_service;
+    QString m_folder;
+    bool m_resumed = false;
+    bool m_storeMissed = false; ///< the trouble with the store was told
+    bool m_damageMet = false;   ///< of the store that is open, which was then found to be whole
+    QString m_toldDamage;
+    QTimer m_openAgain;
     QTimer m_endLimit;
 };

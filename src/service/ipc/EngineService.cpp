@@ -44,6 +44,9 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
     connect(&dispatcher, &Dispatcher::sent, this, &EngineService::SMSSent);
     connect(&dispatcher, &Dispatcher::sendingFailed, this, &EngineService::SMSSentFailed);
     connect(&dispatcher, &Dispatcher::warning, this, &EngineService::WarningError);
+    connect(&dispatcher, &Dispatcher::warned, this, [this](int code, const QString &text) {
+        m_lastError = {code, text, SystemClock().wallClockText()};
+    });
 }
 
 void EngineService::StartEngine()
@@ -179,18 +182,27 @@ void EngineService::ReportState()
     if (const auto &details = m_dispatcher.knownDevice())
         reportTo(listener, QStringLiteral("DeviceInfo"), argumentsOf(*details));
     reportUnheard(listener);
+    Q_EMIT heard();
+}
+
+QVariantMap EngineService::GetState() const
+{
+    return EngineState::ofRunning(m_store, m_dispatcher, m_lastError);
 }
 
 void EngineService::reportUnheard(const QString &listener)
 {
     try {
-        QList<qint64> heard;
         for (const Outcome &outcome : m_store.unreportedFailures()) {
+            if (m_dispatcher.heardOutcomes().contains(outcome.id))
+                continue;
             reportTo(listener, QStringLiteral("SMSSentFailed"),
                      {outcome.phone, outcome.text, outcome.code});
-            heard.append(outcome.id);
+            if (outcome.code == ErrorCode::NoRespond)
+                reportTo(listener, QStringLiteral("WarningError"),
+                         {outcome.code, Dispatcher::doubtOf(outcome.phone)});
+            m_dispatcher.heardOutcomes().add(outcome.id);
         }
-        m_store.markReported(heard);
     } catch (const StoreFailure &failure) {
         // They stay unheard, and are told to the next one who asks.
         qWarning() << "unheard failures could not be reported:" << failure.text();
@@ -230,6 +242,7 @@ std::optional<QVariantList> EngineService::carryOut(const Step &step, const Refu
         return step();
     } catch (const StoreFailure &failure) {
         qWarning() << "a call waits for the store:" << failure.text();
+        m_dispatcher.noticeStoreFailure(failure);
         setDelayedReply(true);
         tryAgain(message(), step, refusal, QDeadlineTimer(retryTime));
         return std::nullopt;
@@ -243,6 +256,7 @@ void EngineService::tryAgain(const QDBusMessage &call, const Step &step, const R
         try {
             m_bus.send(call.createReply(step()));
         } catch (const StoreFailure &failure) {
+            m_dispatcher.noticeStoreFailure(failure);
             if (deadline.hasExpired())
                 m_bus.send(failureOf(call, refusal, failure.text()));
             else

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/contract/BusTypes.h"
+#include "service/ipc/EngineState.h"
 #include "service/ipc/QueueChangePacer.h"
 #include "service/ipc/QueueSnapshots.h"
 
@@ -45,8 +46,13 @@ public:
     DeviceSettings GetDeviceSettings();
     bool SetDeviceSettings(const DeviceSettings &settings);
     void ReportState();
+    /// Beside the operations, for monitors: attaches nobody. See EngineState.
+    QVariantMap GetState() const;
 
 Q_SIGNALS:
+    /// A listener was told everything that was kept.
+    void heard();
+
     void DeviceInfo(const QString &Manufacturer, const QString &Model, const QString &IMEI,
                     const QString &NetworkInfo, int BatteryLevel, int SignalLevel,
                     const QString &FirmWare, const QString &Time, const QString &SMSCNumber,
@@ -82,4 +88,5 @@ private:
     QSet<QString> m_listeners;
     QueueChangePacer m_pacer;
     QueueSnapshots m_snapshots;
+    std::optional<EngineState::LastError> m_lastError;
 };

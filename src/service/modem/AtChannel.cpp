@@ -1,5 +1,6 @@
 #include "service/modem/AtChannel.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -44,6 +45,7 @@ void AtChannel::submit(const AtCommand &command, const QByteArray &payload, int 
 
 void AtChannel::begin(const AtCommand &command, Step step)
 {
+    ++m_owed;
     m_answer = {};
     enter(step);
     m_reader.begin(command.text, command.prefixes);
@@ -112,6 +114,7 @@ void AtChannel::take(const AtToken &token)
 
 void AtChannel::takeFinal(const AtResult &result)
 {
+    m_owed = std::max(m_owed - 1, 0);
     switch (m_step) {
     case Step::AwaitingFinal:
     case Step::AwaitingPrompt:
@@ -183,6 +186,7 @@ void AtChannel::onBroken(LineError reason)
 
 void AtChannel::endCommand(LineError reason)
 {
+    m_owed = 0;
     if (isSynchronising()) {
         endSync(SyncOutcome::LineBroken);
     } else if (!isIdle()) {
@@ -244,6 +248,7 @@ void AtChannel::sendProbe()
 {
     m_quiet.stop();
     enter(Step::Probing);
+    ++m_owed;
     m_limit.start(m_timings.probeMs);
     write(QByteArrayLiteral("AT\r"));
 }
@@ -259,6 +264,8 @@ void AtChannel::onQuiet()
 {
     if (m_step == Step::Draining)
         sendProbe();
+    else if (m_step == Step::Settling && m_owed > 0)
+        m_quiet.start(); // a slow device may still answer what it was asked before
     else if (m_step == Step::Settling)
         endSync(SyncOutcome::Answered);
 }
@@ -267,6 +274,7 @@ void AtChannel::endSync(SyncOutcome outcome)
 {
     m_limit.stop();
     m_quiet.stop();
+    m_owed = 0;
     m_reader.clear();
     enter(Step::Idle);
     m_answer = {};

@@ -131,6 +131,8 @@ private:
     Synchronised m_synchronised;
     int m_triesLeft = 0;
     int m_promptsLeft = 0;
+    /// Final results that are still to come, of commands that were not waited for to the end.
+    int m_owed = 0;
     bool m_heard = false;
     bool m_refused = false;
 };

@@ -1,5 +1,7 @@
 #include "service/modem/AtDialogue.h"
 
+#include "engine/contract/ErrorCodes.h"
+
 #include <utility>
 
 AtDialogue::AtDialogue(AtChannel &channel, const ModemTimings &timings,
@@ -66,13 +68,14 @@ ModemFailure failureOf(SyncOutcome outcome)
 {
     switch (outcome) {
     case SyncOutcome::Silent:
-        return {-39, QStringLiteral("the device doesn't answer"), false};
+        return {ErrorCode::NoRespond, QStringLiteral("the device doesn't answer"), false};
     case SyncOutcome::Garbage:
-        return {-41, QStringLiteral("the device sends something else than answers"), false};
+        return {ErrorCode::UnexpectedAnswer,
+                QStringLiteral("the device sends something else than answers"), false};
     case SyncOutcome::Refused:
-        return {-8, QStringLiteral("the device answers AT with an error"), false};
+        return {ErrorCode::PhoneInit, QStringLiteral("the device answers AT with an error"), false};
     case SyncOutcome::LineBroken:
-        return {-5, QStringLiteral("the line broke"), false};
+        return {ErrorCode::PortClosed, QStringLiteral("the line broke"), false};
     case SyncOutcome::Answered:
         break;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/contract/ErrorCodes.h"
 #include "service/modem/AtReader.h"
 #include "service/modem/SerialLine.h"
 
@@ -7,15 +8,16 @@
 
 /// What to do about a failure.
 enum class Treatment {
-    Permanent, ///< of the message: trying again changes nothing
-    Temporary, ///< of the network or the moment: later it may go
-    Device,    ///< of the device or the SIM: no message would go
+    Permanent,       ///< of the message: trying again changes nothing
+    Temporary,       ///< of the network or the moment: later it may go
+    Device,          ///< of the device or the SIM: no message would go
+    DeviceOrMessage, ///< of the device, unless it takes others and refuses this one alone
 };
 
 /// A failure as the engine reports and treats it.
 struct FailureRule
 {
-    int code = -42;
+    int code = ErrorCode::UnknownCode;
     Treatment treatment = Treatment::Temporary;
 
     bool operator==(const FailureRule &) const = default;

@@ -1,5 +1,6 @@
 #include "service/modem/Modem.h"
 
+#include "engine/contract/ErrorCodes.h"
 #include "service/modem/AnswerParsers.h"
 #include "service/modem/DeviceQueries.h"
 
@@ -8,9 +9,6 @@
 namespace {
 
 using Question = AtDialogue::Question;
-
-/// The engine's code for a network that doesn't answer the device.
-constexpr int s_networkTimeout = -35;
 
 /// A setting that makes the talk easier, and whose refusal doesn't matter.
 Question wish(const QByteArray &command, int limitMs)
@@ -39,16 +37,20 @@ SendFailure failureOfProblem(SendProblem problem, const QString &text)
 } // namespace
 
 Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
-             QObject *parent)
+             QObject *parent, PortSearch::Ports ports)
     : QObject(parent), m_line(std::move(line)), m_timings(timings),
       m_channel(m_line.get(), timings),
       m_dialogue(m_channel, timings, [this](const ModemFailure &failure) { fail(failure); }),
-      m_unlock(m_dialogue, gate, timings)
+      m_unlock(m_dialogue, gate, timings,
+               [this] {
+                   // Whoever hears it may close the modem, which must not happen to a step on the
+                   // stack.
+                   QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
+               }),
+      m_search(*m_line, m_channel, timings, std::move(ports))
 {
     m_initialisationLimit.setSingleShot(true);
-    connect(&m_initialisationLimit, &QTimer::timeout, this, [this] {
-        fail({-8, QStringLiteral("the device isn't ready within its time"), false});
-    });
+    connect(&m_initialisationLimit, &QTimer::timeout, this, &Modem::onLate);
     connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
     connect(&m_channel, &AtChannel::broken, this, &Modem::onBroken);
 }
@@ -60,37 +62,80 @@ Modem::~Modem()
     shutDown();
 }
 
-void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mode)
+void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mode,
+                 const QString &imei)
 {
     close();
     m_state = State::Opening;
     m_mode = mode;
     m_pin = pin;
+    m_imei = imei;
+    m_parameter = parameter;
+    m_searched = false;
     m_details = {};
     m_initialisationLimit.start(m_timings.initialisationMs);
     QMetaObject::invokeMethod(
         this,
-        [this, parameter, opening = ++m_opening] {
+        [this, opening = ++m_opening] {
             if (m_state == State::Opening && m_opening == opening)
-                openLine(parameter);
+                openLine();
         },
         Qt::QueuedConnection);
 }
 
-void Modem::openLine(const PortParameter &parameter)
+void Modem::openLine()
 {
-    const LineError error = m_line->open(parameter.device, parameter.baud);
-    if (error != LineError::None) {
-        const QString detail = m_line->errorDetail();
-        const FailureRule rule = failureRule(error);
-        fail({rule.code,
-              detail.isEmpty() ? parameter.device
-                               : QStringLiteral("%1: %2").arg(parameter.device, detail),
-              false});
+    const QString &device = m_parameter.device;
+    const LineError error = m_line->open(device, m_parameter.baud);
+    if (error == LineError::None)
+        talk();
+    else if (error == LineError::NoSuchDevice && !m_imei.isEmpty())
+        searchOrFail({failureRule(error).code, device, false});
+    else
+        failToOpen(error, device);
+}
+
+void Modem::failToOpen(LineError error, const QString &device)
+{
+    const QString detail = m_line->errorDetail();
+    const bool saysMore = !detail.isEmpty() && detail != device;
+    fail({failureRule(error).code, saysMore ? QStringLiteral("%1: %2").arg(device, detail) : device,
+          false});
+}
+
+/// The device may have come back under another name, and the old one be nobody's or another port's.
+/// @param failure  what is told if it hasn't, or isn't known
+void Modem::searchOrFail(const ModemFailure &failure)
+{
+    if (m_imei.isEmpty() || std::exchange(m_searched, true)) {
+        fail(failure);
         return;
     }
+    m_state = State::Opening;
+    m_line->close();
+    m_search.start(m_imei, m_parameter.baud, [this, failure](const QString &port) {
+        if (port.isEmpty())
+            fail(failure);
+        else
+            talk();
+    });
+}
+
+void Modem::talk()
+{
     m_state = State::Initialising;
+    m_initialisationLimit.start(m_timings.initialisationMs);
     m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) { onFound(outcome); });
+}
+
+void Modem::onLate()
+{
+    // The talk with a SIM about its PIN has limits of its own and is not cut off.
+    if (m_unlock.awaitsPinOutcome())
+        m_initialisationLimit.start(m_timings.slowCommandMs);
+    else
+        fail({ErrorCode::PhoneInit, QStringLiteral("the device isn't ready within its time"),
+              false});
 }
 
 void Modem::onFound(SyncOutcome outcome)
@@ -98,7 +143,7 @@ void Modem::onFound(SyncOutcome outcome)
     if (outcome == SyncOutcome::LineBroken)
         return;
     if (outcome != SyncOutcome::Answered)
-        fail(failureOf(outcome));
+        searchOrFail(failureOf(outcome));
     else if (std::exchange(m_mode, OpenMode::Plain) == OpenMode::ResetFunctionality)
         resetFunctionality();
     else
@@ -107,6 +152,7 @@ void Modem::onFound(SyncOutcome outcome)
 
 void Modem::resetFunctionality()
 {
+    Q_EMIT functionalityReset();
     m_dialogue.ask({QByteArrayLiteral("AT+CFUN=1,1"), m_timings.slowCommandMs, {}},
                    [this](const AtAnswer &) {
                        // The device starts anew, or the line breaks.
@@ -141,9 +187,10 @@ void Modem::setUpMessages()
         if (answer.isOk())
             return std::nullopt;
         if (answer.end == AtAnswer::End::TimedOut)
-            return ModemFailure{-8, QStringLiteral("no answer to AT+CMGF=0"), false};
+            return ModemFailure{ErrorCode::PhoneInit, QStringLiteral("no answer to AT+CMGF=0"),
+                                false};
         const bool reason = failureNumber(answer.result) >= 0;
-        return ModemFailure{reason ? failureRule(answer.result).code : -40,
+        return ModemFailure{reason ? failureRule(answer.result).code : ErrorCode::NotSupported,
                             QStringLiteral("the device refuses PDU mode: %1")
                                 .arg(QString::fromLatin1(answer.result.text)),
                             false};
@@ -198,16 +245,17 @@ void Modem::onSubmitted(const AtAnswer &answer)
 {
     using End = AtAnswer::End;
     const std::optional<int> reference = AnswerParsers::messageReference(answer.lines);
-    const bool isError = answer.end == End::Final && !answer.isOk();
     // The reference is the network's word, whatever became of the OK behind it.
-    const bool accepted = answer.payloadLeft && !isError && (answer.isOk() || reference);
+    const bool accepted = answer.payloadLeft && (answer.isOk() || reference);
+    const bool isError = answer.end == End::Final && !answer.isOk() && !accepted;
     if (isError) {
         SendFailure failure = failureOfAnswer(answer.result);
         // The device gave up waiting for the network, which may have taken the part all the same.
-        failure.mayBeDelivered = answer.payloadLeft && failure.rule.code == s_networkTimeout;
+        failure.mayBeDelivered =
+            answer.payloadLeft && failure.rule.code == ErrorCode::NetworkTimeout;
         m_state = State::Ready;
         endSending(failure);
-    } else if (answer.isOk() && accepted) {
+    } else if (answer.end == End::Final && accepted) {
         m_state = State::Ready;
         acceptPart(reference.value_or(-1));
     } else if (answer.end == End::LineBroken && accepted) {
@@ -274,7 +322,8 @@ void Modem::refreshDetails()
 void Modem::test()
 {
     if (m_state != State::Ready) {
-        const int code = m_state == State::Closed ? failureRule(LineError::NotOpen).code : -9;
+        const int code =
+            m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::PhoneBusy;
         QMetaObject::invokeMethod(
             this, [this, code] { Q_EMIT tested(false, code, m_details); }, Qt::QueuedConnection);
         return;
@@ -339,6 +388,7 @@ void Modem::shutDown()
     m_state = State::Closed;
     m_initialisationLimit.stop();
     m_unlock.stop();
+    m_search.stop();
     m_line->close();
     m_channel.abandon(LineError::NotOpen);
     m_pin.clear();

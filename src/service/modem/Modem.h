@@ -4,8 +4,10 @@
 #include "service/modem/AtDialogue.h"
 #include "service/modem/ModemTypes.h"
 #include "service/modem/PortParameter.h"
+#include "service/modem/PortSearch.h"
 #include "service/modem/SimUnlock.h"
 #include "service/modem/SubmitPdu.h"
+#include "service/platform/SerialDevices.h"
 
 #include <QObject>
 #include <QTimer>
@@ -34,10 +36,13 @@ public:
         ResetFunctionality, ///< restarts the device's radio part first (+CFUN=1,1)
     };
 
-    /// @param line owned by the modem
-    /// @param gate asked before a PIN leaves; outlives the modem
-    Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings = {},
-          QObject *parent = nullptr);
+    /// @param line  owned by the modem
+    /// @param gate  asked before a PIN leaves; outlives the modem
+    /// @param ports where a device is looked for that is gone from its place
+    Modem(
+        std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings = {},
+        QObject *parent = nullptr,
+        PortSearch::Ports ports = [] { return SerialDevices::serialPorts(); });
     ~Modem() override;
 
     State state() const { return m_state; }
@@ -45,11 +50,18 @@ public:
 
     /// Opens the line and brings the device to readiness: `ready` or `failed`. An open modem is
     /// closed first.
-    void open(const PortParameter &parameter, const QString &pin, OpenMode mode = OpenMode::Plain);
+    /// @param imei of the device that is looked for at the other ports when nothing stands at this
+    ///             one; empty for no search
+    void open(const PortParameter &parameter, const QString &pin, OpenMode mode = OpenMode::Plain,
+              const QString &imei = {});
 
     /// Closes the line. A part in progress is answered with `partFailed`, a test with `tested`;
     /// `failed` doesn't come.
     void close();
+
+    /// A PIN has left, and its outcome is still to come, within a minute: closed now, the modem
+    /// could never try that PIN on that SIM again. After it comes `pinSettled`, or `failed`.
+    bool awaitsPinOutcome() const { return m_unlock.awaitsPinOutcome(); }
 
     /// Sends one part: `partAccepted` or `partFailed`, and after the latter `failed` if the device
     /// has been lost. The network may have the part from the moment of this call on, so whatever
@@ -76,11 +88,19 @@ Q_SIGNALS:
     void tested(bool ok, int code, const DeviceDetails &details);
     /// A line that the device sent by itself.
     void unsolicited(const QByteArray &line);
+    /// The SIM has taken its PIN.
+    void pinSettled();
+    /// The device was told to restart its radio part.
+    void functionalityReset();
 
 private:
     enum class Task { None, Sending, Refreshing, Testing };
 
-    void openLine(const PortParameter &parameter);
+    void openLine();
+    void failToOpen(LineError error, const QString &device);
+    void searchOrFail(const ModemFailure &failure);
+    void talk();
+    void onLate();
     void onFound(SyncOutcome outcome);
     void resetFunctionality();
     void setUp();
@@ -104,12 +124,16 @@ private:
     AtChannel m_channel;
     AtDialogue m_dialogue;
     SimUnlock m_unlock;
+    PortSearch m_search;
     QTimer m_initialisationLimit;
 
     State m_state = State::Closed;
     Task m_task = Task::None;
     OpenMode m_mode = OpenMode::Plain;
     QString m_pin;
+    QString m_imei;
+    PortParameter m_parameter;
+    bool m_searched = false; ///< since it was opened
     DeviceDetails m_details;
     /// Counts the openings, so that a postponed step can be told from a later opening's.
     quint64 m_opening = 0;

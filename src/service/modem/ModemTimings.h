@@ -22,6 +22,9 @@ struct ModemTimings
     int simReadyMs = 20000;
     /// From opening to ready, all in all.
     int initialisationMs = 100000;
+    /// The search for a device under another name: for one port, and all in all.
+    int searchPortMs = 8000;
+    int searchMs = 40000;
     /// How many questions for details may stay unanswered before the rest isn't asked.
     int unansweredDetails = 3;
 };

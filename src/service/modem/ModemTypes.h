@@ -35,9 +35,9 @@ struct ModemFailure
     int code = -1;
     /// For logs and as further information: technical, English, without the PIN.
     QString text;
-    /// The SIM asks for a PIN or PUK that only the operator can give: trying again is no use before
-    /// the settings change.
-    bool pinStands = false;
+    /// Only the operator can help, as with a SIM that asks for a PIN or PUK that isn't known:
+    /// trying again is no use before the settings change.
+    bool needsOperator = false;
 };
 
 /// Why a part wasn't sent, or may not have been.

@@ -6,6 +6,9 @@
 
 namespace {
 
+/// For how long a driver may keep the engine waiting.
+constexpr int s_claimMs = 2000;
+
 LineError lineErrorOf(QSerialPort::SerialPortError error)
 {
     switch (error) {
@@ -60,15 +63,41 @@ LineError QtSerialPortLine::open(const QString &device, int baud)
         return fail(LineError::HeldByAnother, SerialDevices::describe(*holder));
     SerialDevices::removeDeadLocks(path);
 
-    const LineError error = openPort(path, baud);
+    LineError error = claim(path);
+    if (error == LineError::None)
+        error = openPort(path, baud);
     if (error != LineError::None) {
-        if (m_port.isOpen())
-            m_port.close();
+        closePort();
         return error;
     }
     m_port.clear();
     m_inUse = true;
     return LineError::None;
+}
+
+/// Opens the device once before the port does, which then finds its driver awake.
+LineError QtSerialPortLine::claim(const QString &path)
+{
+    using Outcome = DeviceClaim::Outcome;
+    const Outcome outcome = m_claim.take(path, s_claimMs);
+    switch (outcome) {
+    case Outcome::Held:
+        return LineError::None;
+    case Outcome::HeldByAnother: {
+        const auto holder = SerialDevices::openerOf(path);
+        return fail(LineError::HeldByAnother,
+                    holder ? SerialDevices::describe(*holder) : m_claim.errorText());
+    }
+    case Outcome::NotPermitted:
+        return fail(LineError::NotPermitted, m_claim.errorText());
+    case Outcome::Gone:
+        return fail(LineError::NoSuchDevice, m_claim.errorText());
+    case Outcome::Stuck:
+        return fail(LineError::Other, QStringLiteral("its driver doesn't answer"));
+    case Outcome::Failed:
+        break;
+    }
+    return fail(LineError::Other, m_claim.errorText());
 }
 
 LineError QtSerialPortLine::openPort(const QString &path, int baud)
@@ -98,8 +127,17 @@ LineError QtSerialPortLine::openPort(const QString &path, int baud)
 void QtSerialPortLine::close()
 {
     m_inUse = false;
-    if (m_port.isOpen())
+    closePort();
+}
+
+void QtSerialPortLine::closePort()
+{
+    if (m_port.isOpen()) {
+        // The system would wait for bytes that the device doesn't take.
+        m_port.clear(QSerialPort::Output);
         m_port.close();
+    }
+    m_claim.release();
 }
 
 bool QtSerialPortLine::isOpen() const
@@ -148,7 +186,7 @@ void QtSerialPortLine::onErrorOccurred(QSerialPort::SerialPortError error)
         [this, reason] {
             if (m_inUse)
                 return; // opened anew meanwhile
-            m_port.close();
+            closePort();
             Q_EMIT broken(reason);
         },
         Qt::QueuedConnection);

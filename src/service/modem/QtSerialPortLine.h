@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/modem/SerialLine.h"
+#include "service/platform/DeviceClaim.h"
 
 #include <QSerialPort>
 
@@ -21,10 +22,13 @@ public:
 
 private:
     LineError fail(LineError error, const QString &detail);
+    LineError claim(const QString &path);
     LineError openPort(const QString &path, int baud);
+    void closePort();
     void onReadyRead();
     void onErrorOccurred(QSerialPort::SerialPortError error);
 
+    DeviceClaim m_claim;
     QSerialPort m_port;
     QString m_path;
     QString m_errorDetail;

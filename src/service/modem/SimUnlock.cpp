@@ -1,5 +1,6 @@
 #include "service/modem/SimUnlock.h"
 
+#include "engine/contract/ErrorCodes.h"
 #include "service/modem/AnswerParsers.h"
 #include "service/modem/DeviceQueries.h"
 
@@ -91,8 +92,9 @@ SimState simState(const AtAnswer &answer)
     return told.startsWith("PH-") ? SimState::DeviceLocked : SimState::Unexpected;
 }
 
-SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings)
-    : m_dialogue(dialogue), m_gate(gate), m_timings(timings)
+SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
+                     std::function<void()> pinSettled)
+    : m_dialogue(dialogue), m_gate(gate), m_timings(timings), m_pinSettled(std::move(pinSettled))
 {
     m_poll.setSingleShot(true);
     QObject::connect(&m_poll, &QTimer::timeout, &m_poll, [this] { look(); });
@@ -105,7 +107,6 @@ void SimUnlock::start(const QString &pin, DeviceDetails *details, Finished finis
     m_details = details;
     m_finished = std::move(finished);
     m_attempted = false;
-    m_accepted = false;
     m_deadline.setRemainingTime(m_timings.simReadyMs);
     look();
 }
@@ -114,20 +115,26 @@ void SimUnlock::stop()
 {
     m_poll.stop();
     m_finished = nullptr;
+    m_awaitsPinOutcome = false;
 }
 
 void SimUnlock::look()
 {
-    m_dialogue.ask({QByteArrayLiteral("AT+CPIN?"), m_timings.commandMs, {}},
-                   [this](const AtAnswer &answer) { onState(simState(answer)); });
+    m_dialogue.ask(
+        {QByteArrayLiteral("AT+CPIN?"), m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
+            if (m_attempted && failureNumber(answer.result) == IncorrectPassword)
+                refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM refuses the PIN"));
+            else
+                onState(simState(answer));
+        });
 }
 
 void SimUnlock::onState(SimState state)
 {
     switch (state) {
     case SimState::Ready:
-        if (m_attempted && !m_accepted)
-            m_gate.accepted(simId(), m_pin);
+        if (m_attempted)
+            noteAccepted();
         finish(std::nullopt);
         return;
     case SimState::NotTold:
@@ -137,29 +144,34 @@ void SimUnlock::onState(SimState state)
         onPinAsked();
         return;
     case SimState::Puk:
-        refuse(-31, QStringLiteral("the SIM asks for its PUK"));
+        refuse(ErrorCode::SimPukRequired, QStringLiteral("the SIM asks for its PUK"));
         return;
     case SimState::Pin2:
-        finish(ModemFailure{-32, QStringLiteral("the SIM asks for its PIN2"), true});
+        finish(ModemFailure{ErrorCode::SimPin2Required, QStringLiteral("the SIM asks for its PIN2"),
+                            true});
         return;
     case SimState::Puk2:
-        finish(ModemFailure{-33, QStringLiteral("the SIM asks for its PUK2"), true});
+        finish(ModemFailure{ErrorCode::SimPuk2Required, QStringLiteral("the SIM asks for its PUK2"),
+                            true});
         return;
     case SimState::DeviceLocked:
-        finish(
-            ModemFailure{-10, QStringLiteral("the device is locked by a code of its own"), true});
+        finish(ModemFailure{ErrorCode::PhoneSecurity,
+                            QStringLiteral("the device is locked by a code of its own"), true});
         return;
     case SimState::NotInserted:
-        finish(ModemFailure{-29, QStringLiteral("no SIM is inserted"), false});
+        finish(
+            ModemFailure{ErrorCode::SimNotInserted, QStringLiteral("no SIM is inserted"), false});
         return;
     case SimState::Failed:
-        finish(ModemFailure{-28, QStringLiteral("the device rejects the SIM"), false});
+        finish(ModemFailure{ErrorCode::SimCommunication,
+                            QStringLiteral("the device rejects the SIM"), false});
         return;
     case SimState::Unexpected:
-        finish(ModemFailure{-41, QStringLiteral("unknown state of the SIM"), false});
+        finish(ModemFailure{ErrorCode::UnexpectedAnswer, QStringLiteral("unknown state of the SIM"),
+                            false});
         return;
     case SimState::Busy:
-        lookLater(-28, QStringLiteral("the SIM isn't ready"));
+        lookLater(ErrorCode::SimCommunication, QStringLiteral("the SIM isn't ready"));
         return;
     }
 }
@@ -174,15 +186,16 @@ void SimUnlock::lookLater(int code, const QString &text)
 
 void SimUnlock::onPinAsked()
 {
-    if (m_accepted) {
-        // The PIN was right; the device is slow to say so.
-        lookLater(-28, QStringLiteral("the SIM isn't ready after its PIN"));
+    if (m_attempted && !m_deadline.hasExpired()) {
+        m_poll.start(m_timings.simPollMs); // the device may be slow to say that the PIN was right
     } else if (m_attempted) {
-        refuse(-27, QStringLiteral("the SIM doesn't take the PIN"));
+        refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM doesn't take the PIN"));
     } else if (m_pin.isEmpty()) {
-        finish(ModemFailure{-30, QStringLiteral("the SIM asks for a PIN and none is set"), true});
+        finish(ModemFailure{ErrorCode::SimPinRequired,
+                            QStringLiteral("the SIM asks for a PIN and none is set"), true});
     } else if (!isPin(m_pin)) {
-        finish(ModemFailure{-27, QStringLiteral("the PIN isn't 4 to 8 digits"), true});
+        finish(ModemFailure{ErrorCode::IncorrectPassword,
+                            QStringLiteral("the PIN isn't 4 to 8 digits"), true});
     } else {
         identify();
     }
@@ -213,7 +226,8 @@ void SimUnlock::onIdentified()
 {
     const bool uncertain = m_iccid.isEmpty() && (m_numberUncertain || m_details->imei.isEmpty());
     if (uncertain)
-        lookLater(-28, QStringLiteral("neither the SIM nor the device tells its number"));
+        lookLater(ErrorCode::SimCommunication,
+                  QStringLiteral("neither the SIM nor the device tells its number"));
     else
         askTries();
 }
@@ -242,16 +256,18 @@ void SimUnlock::decide(std::optional<int> triesLeft)
         return;
     case PinGate::Decision::AlreadyTried:
         finish(ModemFailure{
-            -27, QStringLiteral("this PIN was tried on this SIM before and not accepted"), true});
+            ErrorCode::IncorrectPassword,
+            QStringLiteral("this PIN was tried on this SIM before and not accepted"), true});
         return;
     case PinGate::Decision::TooFewTries:
-        finish(ModemFailure{
-            -30, QStringLiteral("the SIM has too few tries left to try a PIN on it"), true});
+        finish(ModemFailure{ErrorCode::SimPinRequired,
+                            QStringLiteral("the SIM has too few tries left to try a PIN on it"),
+                            true});
         return;
     case PinGate::Decision::NotRecorded:
         finish(ModemFailure{
-            -30, QStringLiteral("the attempt can't be put on record, so the PIN isn't tried"),
-            false});
+            ErrorCode::SimPinRequired,
+            QStringLiteral("the attempt can't be put on record, so the PIN isn't tried"), false});
         return;
     }
 }
@@ -259,6 +275,7 @@ void SimUnlock::decide(std::optional<int> triesLeft)
 void SimUnlock::tryPin()
 {
     m_attempted = true;
+    m_awaitsPinOutcome = true;
     const QByteArray command = "AT+CPIN=\"" + m_pin.toLatin1() + '"';
     m_dialogue.ask({command, m_timings.slowCommandMs, {}},
                    [this](const AtAnswer &answer) { onPinAnswer(answer); });
@@ -266,28 +283,35 @@ void SimUnlock::tryPin()
 
 void SimUnlock::onPinAnswer(const AtAnswer &answer)
 {
-    if (answer.isOk()) {
-        m_accepted = true;
-        m_gate.accepted(simId(), m_pin);
-        m_deadline.setRemainingTime(m_timings.simReadyMs);
-    } else if (answer.end == AtAnswer::End::Final) {
+    m_deadline.setRemainingTime(m_timings.simReadyMs);
+    if (answer.end == AtAnswer::End::Final && !answer.isOk()) {
         const int number = failureNumber(answer.result);
         if (number == IncorrectPassword) {
-            refuse(-27, QStringLiteral("the SIM refuses the PIN"));
+            refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM refuses the PIN"));
             return;
         }
         if (number == SimPukRequired) {
-            refuse(-31, QStringLiteral("the SIM refuses the PIN and asks for its PUK"));
+            refuse(ErrorCode::SimPukRequired,
+                   QStringLiteral("the SIM refuses the PIN and asks for its PUK"));
             return;
         }
     }
-    // Without a clear word the state that the SIM is in now tells what became of the PIN.
+    // An OK alone proves nothing: it may be the late answer to something else. The state that the
+    // SIM is in now tells what became of the PIN.
     look();
+}
+
+void SimUnlock::noteAccepted()
+{
+    m_attempted = false;
+    m_awaitsPinOutcome = false;
+    m_gate.accepted(simId(), m_pin);
+    m_pinSettled();
 }
 
 void SimUnlock::refuse(int code, const QString &text)
 {
-    if (m_attempted && !m_accepted)
+    if (m_attempted)
         m_gate.refused(simId(), m_pin);
     finish(ModemFailure{code, text, true});
 }
@@ -295,6 +319,7 @@ void SimUnlock::refuse(int code, const QString &text)
 void SimUnlock::finish(const std::optional<ModemFailure> &failure)
 {
     m_pin.clear();
+    m_awaitsPinOutcome = false;
     if (const Finished finished = std::exchange(m_finished, nullptr))
         finished(failure);
 }

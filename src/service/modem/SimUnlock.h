@@ -33,13 +33,19 @@ class SimUnlock
 public:
     using Finished = AtDialogue::Finished;
 
-    SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings);
+    /// @param pinSettled called when the SIM has taken a PIN; not from where the talk may be ended
+    SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
+              std::function<void()> pinSettled);
 
     /// @param details its IMEI is asked for where the SIM has to be told from others and doesn't
     ///                tell its own number
     void start(const QString &pin, DeviceDetails *details, Finished finished);
     /// Ends without a word to the function given to `start`.
     void stop();
+
+    /// A PIN has left, and what became of it isn't known yet. Stopping now leaves it on record as
+    /// one that must not be tried again.
+    bool awaitsPinOutcome() const { return m_awaitsPinOutcome; }
 
 private:
     void look();
@@ -53,12 +59,14 @@ private:
     void onPinAnswer(const AtAnswer &answer);
     void lookLater(int code, const QString &text);
     void refuse(int code, const QString &text);
+    void noteAccepted();
     void finish(const std::optional<ModemFailure> &failure);
     QString simId() const;
 
     AtDialogue &m_dialogue;
     PinGate &m_gate;
     const ModemTimings m_timings;
+    const std::function<void()> m_pinSettled;
     QTimer m_poll;
     QDeadlineTimer m_deadline;
 
@@ -66,9 +74,9 @@ private:
     QString m_iccid;
     DeviceDetails *m_details = nullptr;
     Finished m_finished;
-    /// The PIN has left; it has been taken.
+    /// The PIN has left, and isn't known to have been taken.
     bool m_attempted = false;
-    bool m_accepted = false;
+    bool m_awaitsPinOutcome = false;
     /// The SIM wasn't ready to tell its number.
     bool m_numberUncertain = false;
 };

@@ -1,5 +1,6 @@
 #include "service/modem/SubmitPdu.h"
 
+#include "engine/contract/ErrorCodes.h"
 #include "service/modem/GsmAlphabet.h"
 #include "service/modem/MessageText.h"
 
@@ -114,13 +115,13 @@ int errorCode(EncodeError error)
 {
     switch (error) {
     case EncodeError::EmptyPhone:
-        return -11;
+        return ErrorCode::MethodParam;
     case EncodeError::TextTooLong:
-        return -16;
+        return ErrorCode::TextTooLong;
     case EncodeError::NumberTooLong:
-        return -17;
+        return ErrorCode::NumberTooLong;
     case EncodeError::InvalidCharacters:
-        return -18;
+        return ErrorCode::InvalidCharacters;
     }
     Q_UNREACHABLE();
 }

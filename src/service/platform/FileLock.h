@@ -13,6 +13,9 @@ public:
     FileLock &operator=(const FileLock &) = delete;
     ~FileLock();
 
+    /// Whether the file could be made or opened, without which there is no lock.
+    bool isUsable() const { return m_handle >= 0; }
+
     /// @return whether the lock is held now
     bool tryLock();
 

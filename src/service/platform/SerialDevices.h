@@ -36,6 +36,18 @@ std::optional<Holder> holderOf(const QString &path, const QStringList &folders =
 /// @param path of the device itself, not of a link
 void removeDeadLocks(const QString &path, const QStringList &folders = lockFolders());
 
+/// Another program that has the device open, locked or not, as far as this account may know.
+/// @param path of the device itself, not of a link
+std::optional<Holder> openerOf(const QString &path);
+
+/// The serial ports that the platform has: the links that tell the devices behind them first, and
+/// no device twice.
+/// @param folder where they stand
+QStringList serialPorts(const QString &folder = QStringLiteral("/dev"));
+
+/// Tells a device from another one that came later under the same path; 0 for none.
+quint64 nodeOf(const QString &path);
+
 /// "minicom (1234)", or the number alone.
 QString describe(const Holder &holder);
 

@@ -1,11 +1,8 @@
 #include "service/store/Store.h"
 
-#include "service/store/StoreSchema.h"
 #include "service/store/Transaction.h"
 
 #include <QDateTime>
-#include <QFile>
-#include <QUuid>
 
 namespace {
 
@@ -21,86 +18,43 @@ QString dueOf(const QString &deliveryDate)
     return isDate ? deliveryDate : QStringLiteral("");
 }
 
-/// Makes the file, before anything is written to it, with the rights of its owner alone.
-void makeForOwner(const QString &file)
-{
-    // One that is there isn't opened: closing it would give up this process's locks on it, the
-    // database library's too.
-    QFile made(file);
-    if (!made.exists() && !made.open(QIODevice::ReadWrite))
-        throw StoreFailure(StoreFailure::Kind::ReadOnly,
-                           file + QStringLiteral(": ") + made.errorString());
-    made.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-}
-
 } // namespace
 
-Store::Store(const QString &file) : m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
+void Store::together(const std::function<void()> &operations)
 {
+    Q_ASSERT(!m_together);
+    const qint32 size = m_size;
     try {
-        open(file);
-        StoreSchema::migrate(m_database);
-        countRows();
+        Transaction transaction(m_database);
+        m_together = true;
+        operations();
+        transaction.commit();
+        m_together = false;
     } catch (...) {
-        m_database = QSqlDatabase();
-        QSqlDatabase::removeDatabase(m_connection);
+        m_together = false;
+        m_size = size;
         throw;
     }
 }
 
-Store::~Store()
-{
-    m_database.close();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_connection);
-}
-
-void Store::open(const QString &file)
-{
-    makeForOwner(file);
-    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
-    m_database.setDatabaseName(file);
-    // A lock is waited for by the callers' timers, not here, where it would hold up everything.
-    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=50"));
-    if (!m_database.open())
-        throw StoreFailure(m_database.lastError());
-    StoreSchema::refuseLater(m_database);
-    execute(m_database, QStringLiteral("PRAGMA journal_mode = WAL"));
-    execute(m_database, QStringLiteral("PRAGMA synchronous = FULL"));
-}
-
-void Store::countRows()
-{
-    QSqlQuery query = prepared(m_database, QStringLiteral("SELECT COUNT(*) FROM message"));
-    execute(query);
-    m_size = query.next() ? query.value(0).toInt() : 0;
-}
-
 void Store::add(const QList<SMSList::Entry> &entries, const QString &deliveryDate)
 {
+    const QString given = notNull(deliveryDate);
     const QString due = dueOf(deliveryDate);
-    Transaction transaction(m_database);
-    QSqlQuery insert =
-        prepared(m_database,
-                 QStringLiteral(
-                     "INSERT INTO message (delivery_date, due, phone, text) VALUES (?, ?, ?, ?)"));
-    for (const SMSList::Entry &entry : entries) {
-        insert.bindValue(0, notNull(deliveryDate));
-        insert.bindValue(1, due);
-        insert.bindValue(2, notNull(entry.phone));
-        insert.bindValue(3, notNull(entry.message));
-        execute(insert);
-    }
+    Transaction transaction(m_database, transactionKind());
+    Statement insert(m_statements, "INSERT INTO message (delivery_date, original_date, due, phone, "
+                                   "text) VALUES (?, ?, ?, ?, ?)");
+    for (const SMSList::Entry &entry : entries)
+        insert.run({given, given, due, notNull(entry.phone), notNull(entry.message)});
     transaction.commit();
     m_size += static_cast<qint32>(entries.size());
 }
 
 QList<QueueRow> Store::rows() const
 {
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("SELECT delivery_date, phone, text, id FROM message "
-                                            "ORDER BY due, id"));
-    execute(query);
+    Statement query(m_statements,
+                    "SELECT delivery_date, phone, text, id FROM message ORDER BY due, id");
+    query.run();
     QList<QueueRow> rows;
     rows.reserve(m_size);
     while (query.next())
@@ -111,27 +65,27 @@ QList<QueueRow> Store::rows() const
 
 void Store::clear()
 {
-    Transaction transaction(m_database);
-    QSqlQuery remove = prepared(m_database, QStringLiteral("DELETE FROM message WHERE state = 0"));
-    execute(remove);
+    Transaction transaction(m_database, transactionKind());
+    Statement remove(m_statements, "DELETE FROM message WHERE state = 0");
+    remove.run();
+    const int removed = remove.changedRows();
     transaction.commit();
-    m_size -= remove.numRowsAffected();
+    m_size -= removed;
 }
 
 bool Store::update(const QList<QueueRow> &changed, const QList<qint64> &deleted)
 {
-    Transaction transaction(m_database);
+    Transaction transaction(m_database, transactionKind());
     bool inTime = true;
     for (const QueueRow &row : changed)
         inTime = change(row) && inTime;
     int removed = 0;
-    QSqlQuery remove =
-        prepared(m_database, QStringLiteral("DELETE FROM message WHERE id = ? AND state = 0"));
+    Statement remove(m_statements, "DELETE FROM message WHERE id = ? AND state = 0");
     for (const qint64 id : deleted) {
-        remove.bindValue(0, id);
-        execute(remove);
-        removed += remove.numRowsAffected();
-        inTime = inTime && (remove.numRowsAffected() > 0 || !isOrWasInProgress(id));
+        remove.run({id});
+        const int rows = remove.changedRows();
+        removed += rows;
+        inTime = inTime && (rows > 0 || !isOrWasInProgress(id));
     }
     transaction.commit();
     m_size -= removed;
@@ -142,31 +96,19 @@ bool Store::change(const QueueRow &row)
 {
     const QString phone = notNull(row.phone);
     const QString text = notNull(row.message);
-    QSqlQuery beginAnew =
-        prepared(m_database,
-                 QStringLiteral("UPDATE message SET parts_sent = 0, reference = NULL, attempts = 0 "
-                                "WHERE id = ? AND state = 0 AND (phone <> ? OR text <> ?)"));
-    beginAnew.bindValue(0, row.id);
-    beginAnew.bindValue(1, phone);
-    beginAnew.bindValue(2, text);
-    execute(beginAnew);
-    QSqlQuery write = prepared(
-        m_database,
-        QStringLiteral("UPDATE message SET phone = ?, text = ? WHERE id = ? AND state = 0"));
-    write.bindValue(0, phone);
-    write.bindValue(1, text);
-    write.bindValue(2, row.id);
-    execute(write);
-    return write.numRowsAffected() > 0;
+    Statement(m_statements, "UPDATE message SET parts_sent = 0, reference = NULL, attempts = 0 "
+                            "WHERE id = ? AND state = 0 AND (phone <> ? OR text <> ?)")
+        .run({row.id, phone, text});
+    Statement write(m_statements,
+                    "UPDATE message SET phone = ?, text = ? WHERE id = ? AND state = 0");
+    write.run({phone, text, row.id});
+    return write.changedRows() > 0;
 }
 
 bool Store::isOrWasInProgress(qint64 id) const
 {
-    QSqlQuery query = prepared(
-        m_database, QStringLiteral("SELECT 1 FROM message WHERE id = ? "
-                                   "UNION ALL SELECT 1 FROM outcome WHERE message_id = ?"));
-    query.bindValue(0, id);
-    query.bindValue(1, id);
-    execute(query);
+    Statement query(m_statements, "SELECT 1 FROM message WHERE id = ? "
+                                  "UNION ALL SELECT 1 FROM outcome WHERE message_id = ?");
+    query.run({id, id});
     return query.next();
 }

@@ -4,11 +4,14 @@
 #include "engine/contract/QueueRecordSet.h"
 #include "engine/contract/SMSList.h"
 #include "service/modem/PinGate.h"
+#include "service/store/Statement.h"
 #include "service/store/StoreFailure.h"
+#include "service/store/Transaction.h"
 
 #include <QByteArray>
 #include <QSqlDatabase>
 
+#include <functional>
 #include <optional>
 
 /// A message of the queue as the dispatcher sees it.
@@ -22,6 +25,14 @@ struct StoredMessage
     int attempts = 0;
     int partsSent = 0;
     std::optional<quint16> reference; ///< that ties its parts together, once one was sent
+    QString originalDate;             ///< deliveryDate as it was given, whatever came since
+};
+
+/// How many parts have left, or may have.
+struct PartCounts
+{
+    qint64 inMinute = 0;
+    qint64 inDay = 0;
 };
 
 /// What became of a message.
@@ -33,17 +44,41 @@ struct Outcome
     qint32 code = 0; ///< 1 sent, else the error code
 };
 
+/// When a message failed last, and why.
+struct LastFailure
+{
+    QString at; ///< "yyyy-MM-ddTHH:mm:ss"
+    qint32 code = 0;
+};
+
 /// Everything that the engine keeps: queue, device settings, whether it is to run, PIN attempts and
 /// outcomes, in one SQLite file. Each operation is one transaction, and has reached the disk when
 /// it returns. All of them throw StoreFailure, and then have changed nothing.
 class Store
 {
 public:
-    /// Opens the file, making it and its schema where there is none.
-    explicit Store(const QString &file);
+    enum class Opening { Now, Later };
+    /// What can be done with the file at present.
+    enum class Access {
+        None,    ///< it is not open: every operation fails
+        Reading, ///< the disk can't be written: every operation that changes something fails
+        Whole,
+    };
+
+    explicit Store(const QString &file, Opening opening = Opening::Now);
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
     ~Store();
+
+    /// Opens the file anew, making it and its schema where there is none. Where that fails for the
+    /// disk and not for the file, it is open for reading afterwards if it can be.
+    void open();
+    void close();
+    Access access() const { return m_access; }
+    QString file() const { return m_file; }
+
+    /// Carries out several operations as one: with one commit, all of them or none.
+    void together(const std::function<void()> &operations);
 
     // The queue, as consoles see it. What is being sent belongs to it.
     void add(const QList<SMSList::Entry> &entries, const QString &deliveryDate);
@@ -67,31 +102,64 @@ public:
     void beginPart(qint64 id, std::optional<quint16> reference, const QByteArray &partHash);
     /// Notes that the part was accepted and others follow: the message stays in progress.
     void endPart(qint64 id, int partsSent);
-    /// Takes back beginPart: the part did not leave, and the message waits again.
+    /// Takes back beginPart: the part did not leave, and the message waits again, in progress if
+    /// other parts of it were accepted.
     void cancelPart(qint64 id);
     /// Lets every message that is in progress between two of its parts wait again.
     void releaseBetweenParts();
-    /// Moves the message to its next attempt.
+    /// Holds those messages as in progress of which parts were accepted.
+    void holdPartlySent();
+    /// Moves the message to its next attempt, in progress if parts of it were accepted.
     void postpone(qint64 id, int attempts, const QString &nextAttempt);
     /// Takes the message out of the queue and keeps its outcome.
     /// @param networkReference  of the last part, for a message that was sent
     /// @param at                the moment, "yyyy-MM-ddTHH:mm:ss"
-    void finish(qint64 id, qint32 code, std::optional<int> networkReference, const QString &at,
-                bool reported);
+    /// @return the outcome's id
+    qint64 finish(qint64 id, qint32 code, std::optional<int> networkReference, const QString &at,
+                  bool reported);
     /// Messages of which a part was about to leave when the engine ended.
     QList<StoredMessage> interrupted() const;
     /// The next of the references that tie the parts of a message together.
     quint16 nextReference();
 
+    // The parts that leave, by the minute and the day of the wall clock. `at` is a moment,
+    // "yyyy-MM-ddTHH:mm:ss".
+    PartCounts partCounts(const QString &at) const;
+    void countPart(const QString &at);
+    /// Takes back countPart: the part did not leave.
+    void uncountPart(const QString &at);
+
     // Failures that no console has heard yet.
     QList<Outcome> unreportedFailures() const;
     void markReported(const QList<qint64> &outcomes);
+
+    /// Forgets the oldest of the outcomes before this moment, except those that no console has
+    /// heard of.
+    /// @param most  outcomes to forget in this step
+    /// @return how many were forgotten
+    int pruneOutcomes(const QString &before, int most);
+
+    /// The last failure among the outcomes of late.
+    std::optional<LastFailure> lastFailure() const;
 
     // Settings.
     DeviceSettings deviceSettings() const;
     void setDeviceSettings(const DeviceSettings &settings);
     bool isToRun() const;
     void setToRun(bool run);
+    /// The IMEI of the device that was last in use with this connection parameter; empty if none
+    /// was, or it didn't tell.
+    QString deviceImei(const QString &parameter) const;
+    void setDeviceImei(const QString &parameter, const QString &imei);
+    /// When the device's functionality was last reset, "yyyy-MM-ddTHH:mm:ss"; empty if never.
+    QString lastReset() const { return setting(QStringLiteral("last_reset"), QString()); }
+    void setLastReset(const QString &at);
+
+    /// Writes something of no meaning, to find out whether the disk can be written.
+    void probe();
+    /// Lets the ids of messages to come begin here at least: no id of a store that was set aside
+    /// is to come again while someone may remember it.
+    void beginIdsAt(qint64 id);
 
     // PIN attempts.
     PinHistory pinHistory(const QString &simId, const QString &pin) const;
@@ -99,14 +167,26 @@ public:
                        const QString &at);
 
 private:
-    void open(const QString &file);
+    void openFile(const QString &name, const QString &options);
+    void openForReading();
     void countRows();
     bool change(const QueueRow &row);
     bool isOrWasInProgress(qint64 id) const;
     QString setting(const QString &name, const QString &absent) const;
     void writeSetting(const QString &name, const QString &value);
+    /// One statement that writes, as an operation.
+    /// @return how many rows it changed
+    int write(const char *statement, const QVariantList &values);
+    Transaction::Kind transactionKind() const
+    {
+        return m_together ? Transaction::Kind::Part : Transaction::Kind::Whole;
+    }
 
+    QString m_file;
     QString m_connection;
     QSqlDatabase m_database;
+    mutable Statements m_statements;
+    bool m_together = false;
     qint32 m_size = 0;
+    Access m_access = Access::None;
 };

@@ -48,7 +48,20 @@ constexpr const char *version1[] = {
     "CREATE INDEX outcome_by_message ON outcome (message_id)",
 };
 
-constexpr std::array<std::span<const char *const>, StoreSchema::Version> migrations = {version1};
+// original_date is the date as it was given; a retry moves delivery_date and due, and leaves it.
+constexpr const char *version2[] = {
+    "ALTER TABLE message ADD COLUMN original_date TEXT NOT NULL DEFAULT ''",
+    "UPDATE message SET original_date = delivery_date",
+
+    // period: a day or a minute, the beginning of a date.
+    "CREATE TABLE part_count ("
+    " period TEXT PRIMARY KEY, parts INTEGER NOT NULL) WITHOUT ROWID",
+
+    "CREATE INDEX outcome_by_time ON outcome (at) WHERE reported = 1",
+};
+
+constexpr std::array<std::span<const char *const>, StoreSchema::Version> migrations = {version1,
+                                                                                       version2};
 
 int versionOf(const QSqlDatabase &database)
 {
@@ -68,6 +81,14 @@ void StoreSchema::refuseLater(const QSqlDatabase &database)
                                           "knows versions up to %2")
                                .arg(found)
                                .arg(Version));
+}
+
+void StoreSchema::refuseOther(const QSqlDatabase &database)
+{
+    refuseLater(database);
+    if (const int found = versionOf(database); found != Version)
+        throw StoreFailure(StoreFailure::Kind::Other,
+                           QStringLiteral("the store still has the schema version %1").arg(found));
 }
 
 void StoreSchema::migrate(const QSqlDatabase &database)

@@ -1,16 +1,10 @@
 #include "service/store/Store.h"
 
-#include "service/store/Transaction.h"
+#include "service/store/StoreQueries.h"
 
 namespace {
 
-QString messageColumns()
-{
-    return QStringLiteral("SELECT id, delivery_date, due, phone, text, attempts, parts_sent, "
-                          "reference FROM message ");
-}
-
-StoredMessage messageOf(const QSqlQuery &query)
+StoredMessage messageOf(const Statement &query)
 {
     StoredMessage message;
     message.id = query.value(0).toLongLong();
@@ -22,6 +16,7 @@ StoredMessage messageOf(const QSqlQuery &query)
     message.partsSent = query.value(6).toInt();
     if (!query.value(7).isNull())
         message.reference = static_cast<quint16>(query.value(7).toUInt());
+    message.originalDate = query.value(8).toString();
     return message;
 }
 
@@ -29,9 +24,8 @@ StoredMessage messageOf(const QSqlQuery &query)
 
 std::optional<StoredMessage> Store::first() const
 {
-    QSqlQuery query =
-        prepared(m_database, messageColumns() + QStringLiteral("ORDER BY due, id LIMIT 1"));
-    execute(query);
+    Statement query(m_statements, StoreQueries::First);
+    query.run();
     if (!query.next())
         return std::nullopt;
     return messageOf(query);
@@ -39,9 +33,8 @@ std::optional<StoredMessage> Store::first() const
 
 std::optional<QString> Store::firstDue() const
 {
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("SELECT due FROM message ORDER BY due, id LIMIT 1"));
-    execute(query);
+    Statement query(m_statements, StoreQueries::FirstDue);
+    query.run();
     if (!query.next())
         return std::nullopt;
     return query.value(0).toString();
@@ -49,86 +42,64 @@ std::optional<QString> Store::firstDue() const
 
 void Store::beginPart(qint64 id, std::optional<quint16> reference, const QByteArray &partHash)
 {
-    Transaction transaction(m_database);
-    QSqlQuery query = prepared(
-        m_database,
-        QStringLiteral("UPDATE message SET state = 1, reference = ?, part_hash = ? WHERE id = ?"));
-    query.bindValue(0, reference ? QVariant(*reference) : QVariant());
-    query.bindValue(1, partHash);
-    query.bindValue(2, id);
-    execute(query);
-    transaction.commit();
+    write(StoreQueries::BeginPart, {reference ? QVariant(*reference) : QVariant(), partHash, id});
 }
 
 void Store::endPart(qint64 id, int partsSent)
 {
-    Transaction transaction(m_database);
-    QSqlQuery query = prepared(
-        m_database, QStringLiteral("UPDATE message SET state = 2, parts_sent = ? WHERE id = ?"));
-    query.bindValue(0, partsSent);
-    query.bindValue(1, id);
-    execute(query);
-    transaction.commit();
+    write(StoreQueries::EndPart, {partsSent, id});
 }
 
 void Store::cancelPart(qint64 id)
 {
-    Transaction transaction(m_database);
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("UPDATE message SET state = 0 WHERE id = ?"));
-    query.bindValue(0, id);
-    execute(query);
-    transaction.commit();
+    write(StoreQueries::CancelPart, {id});
 }
 
 void Store::releaseBetweenParts()
 {
-    Transaction transaction(m_database);
-    execute(m_database, QStringLiteral("UPDATE message SET state = 0 WHERE state = 2"));
-    transaction.commit();
+    write(StoreQueries::ReleaseBetweenParts, {});
+}
+
+void Store::holdPartlySent()
+{
+    write(StoreQueries::HoldPartlySent, {});
 }
 
 void Store::postpone(qint64 id, int attempts, const QString &nextAttempt)
 {
-    Transaction transaction(m_database);
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("UPDATE message SET state = 0, attempts = ?, "
-                                            "delivery_date = ?, due = ? WHERE id = ?"));
-    query.bindValue(0, attempts);
-    query.bindValue(1, nextAttempt);
-    query.bindValue(2, nextAttempt);
-    query.bindValue(3, id);
-    execute(query);
-    transaction.commit();
+    write(StoreQueries::Postpone, {attempts, nextAttempt, nextAttempt, id});
 }
 
-void Store::finish(qint64 id, qint32 code, std::optional<int> networkReference, const QString &at,
-                   bool reported)
+int Store::write(const char *statement, const QVariantList &values)
 {
-    Transaction transaction(m_database);
-    QSqlQuery keep = prepared(
-        m_database, QStringLiteral("INSERT INTO outcome (message_id, delivery_date, phone, text, "
-                                   "code, network_reference, at, reported) "
-                                   "SELECT id, delivery_date, phone, text, ?, ?, ?, ? "
-                                   "FROM message WHERE id = ?"));
-    keep.bindValue(0, code);
-    keep.bindValue(1, networkReference ? QVariant(*networkReference) : QVariant());
-    keep.bindValue(2, at);
-    keep.bindValue(3, reported ? 1 : 0);
-    keep.bindValue(4, id);
-    execute(keep);
-    QSqlQuery remove = prepared(m_database, QStringLiteral("DELETE FROM message WHERE id = ?"));
-    remove.bindValue(0, id);
-    execute(remove);
+    Transaction transaction(m_database, transactionKind());
+    Statement query(m_statements, statement);
+    query.run(values);
+    const int rows = query.changedRows();
     transaction.commit();
-    m_size -= remove.numRowsAffected();
+    return rows;
+}
+
+qint64 Store::finish(qint64 id, qint32 code, std::optional<int> networkReference, const QString &at,
+                     bool reported)
+{
+    Transaction transaction(m_database, transactionKind());
+    Statement keep(m_statements, StoreQueries::KeepOutcome);
+    keep.run({code, networkReference ? QVariant(*networkReference) : QVariant(), at,
+              reported ? 1 : 0, id});
+    const qint64 outcome = keep.lastId();
+    Statement remove(m_statements, StoreQueries::RemoveMessage);
+    remove.run({id});
+    const int removed = remove.changedRows();
+    transaction.commit();
+    m_size -= removed;
+    return outcome;
 }
 
 QList<StoredMessage> Store::interrupted() const
 {
-    QSqlQuery query =
-        prepared(m_database, messageColumns() + QStringLiteral("WHERE state = 1 ORDER BY due, id"));
-    execute(query);
+    Statement query(m_statements, StoreQueries::Interrupted);
+    query.run();
     QList<StoredMessage> messages;
     while (query.next())
         messages.append(messageOf(query));
@@ -145,10 +116,8 @@ quint16 Store::nextReference()
 
 QList<Outcome> Store::unreportedFailures() const
 {
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("SELECT id, phone, text, code FROM outcome "
-                                            "WHERE reported = 0 ORDER BY id"));
-    execute(query);
+    Statement query(m_statements, StoreQueries::UnreportedFailures);
+    query.run();
     QList<Outcome> outcomes;
     while (query.next())
         outcomes.append({query.value(0).toLongLong(), query.value(1).toString(),
@@ -160,12 +129,9 @@ void Store::markReported(const QList<qint64> &outcomes)
 {
     if (outcomes.isEmpty())
         return;
-    Transaction transaction(m_database);
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("UPDATE outcome SET reported = 1 WHERE id = ?"));
-    for (const qint64 id : outcomes) {
-        query.bindValue(0, id);
-        execute(query);
-    }
+    Transaction transaction(m_database, transactionKind());
+    Statement mark(m_statements, "UPDATE outcome SET reported = 1 WHERE id = ?");
+    for (const qint64 id : outcomes)
+        mark.run({id});
     transaction.commit();
 }

@@ -15,21 +15,16 @@ QByteArray pinDigest(const QString &simId, const QString &pin)
 
 QString Store::setting(const QString &name, const QString &absent) const
 {
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("SELECT value FROM setting WHERE name = ?"));
-    query.bindValue(0, name);
-    execute(query);
+    Statement query(m_statements, "SELECT value FROM setting WHERE name = ?");
+    query.run({name});
     return query.next() ? query.value(0).toString() : absent;
 }
 
 void Store::writeSetting(const QString &name, const QString &value)
 {
-    QSqlQuery query = prepared(
-        m_database, QStringLiteral("INSERT INTO setting (name, value) VALUES (?, ?) "
-                                   "ON CONFLICT (name) DO UPDATE SET value = excluded.value"));
-    query.bindValue(0, name);
-    query.bindValue(1, notNull(value));
-    execute(query);
+    Statement(m_statements, "INSERT INTO setting (name, value) VALUES (?, ?) "
+                            "ON CONFLICT (name) DO UPDATE SET value = excluded.value")
+        .run({name, notNull(value)});
 }
 
 DeviceSettings Store::deviceSettings() const
@@ -47,7 +42,7 @@ DeviceSettings Store::deviceSettings() const
 
 void Store::setDeviceSettings(const DeviceSettings &settings)
 {
-    Transaction transaction(m_database);
+    Transaction transaction(m_database, transactionKind());
     writeSetting(QStringLiteral("device_type"), QString::number(settings.DeviceType));
     writeSetting(QStringLiteral("pin_code"), settings.PINCode);
     writeSetting(QStringLiteral("connection_mode"), QString::number(settings.ConnectionMode));
@@ -63,34 +58,65 @@ bool Store::isToRun() const
 
 void Store::setToRun(bool run)
 {
-    Transaction transaction(m_database);
+    Transaction transaction(m_database, transactionKind());
     writeSetting(QStringLiteral("run"), run ? QStringLiteral("1") : QStringLiteral("0"));
+    transaction.commit();
+}
+
+QString Store::deviceImei(const QString &parameter) const
+{
+    return setting(QStringLiteral("imei_parameter"), QString()) == parameter
+               ? setting(QStringLiteral("imei"), QString())
+               : QString();
+}
+
+void Store::setDeviceImei(const QString &parameter, const QString &imei)
+{
+    Transaction transaction(m_database, transactionKind());
+    writeSetting(QStringLiteral("imei_parameter"), parameter);
+    writeSetting(QStringLiteral("imei"), imei);
+    transaction.commit();
+}
+
+void Store::setLastReset(const QString &at)
+{
+    Transaction transaction(m_database, transactionKind());
+    writeSetting(QStringLiteral("last_reset"), at);
+    transaction.commit();
+}
+
+void Store::probe()
+{
+    const QString name = QStringLiteral("probe");
+    Transaction transaction(m_database, transactionKind());
+    const bool even = setting(name, QString()) == QLatin1String("even");
+    writeSetting(name, even ? QStringLiteral("odd") : QStringLiteral("even"));
+    transaction.commit();
+}
+
+void Store::beginIdsAt(qint64 id)
+{
+    Transaction transaction(m_database, transactionKind());
+    Statement(m_statements, "DELETE FROM sqlite_sequence WHERE name = 'message' AND seq < ?")
+        .run({id});
+    Statement(m_statements,
+              "INSERT INTO sqlite_sequence (name, seq) SELECT 'message', ? WHERE NOT EXISTS "
+              "(SELECT 1 FROM sqlite_sequence WHERE name = 'message')")
+        .run({id});
     transaction.commit();
 }
 
 PinHistory Store::pinHistory(const QString &simId, const QString &pin) const
 {
-    QSqlQuery query = prepared(
-        m_database, QStringLiteral("SELECT history FROM pin_attempt WHERE sim = ? AND pin = ?"));
-    query.bindValue(0, simId);
-    query.bindValue(1, pinDigest(simId, pin));
-    execute(query);
+    Statement query(m_statements, "SELECT history FROM pin_attempt WHERE sim = ? AND pin = ?");
+    query.run({simId, pinDigest(simId, pin)});
     return query.next() ? static_cast<PinHistory>(query.value(0).toInt()) : PinHistory::NeverTried;
 }
 
 void Store::setPinHistory(const QString &simId, const QString &pin, PinHistory history,
                           const QString &at)
 {
-    Transaction transaction(m_database);
-    QSqlQuery query = prepared(
-        m_database,
-        QStringLiteral("INSERT INTO pin_attempt (sim, pin, history, at) VALUES (?, ?, ?, ?) "
-                       "ON CONFLICT (sim, pin) DO UPDATE SET history = excluded.history, "
-                       "at = excluded.at"));
-    query.bindValue(0, simId);
-    query.bindValue(1, pinDigest(simId, pin));
-    query.bindValue(2, static_cast<int>(history));
-    query.bindValue(3, at);
-    execute(query);
-    transaction.commit();
+    write("INSERT INTO pin_attempt (sim, pin, history, at) VALUES (?, ?, ?, ?) "
+          "ON CONFLICT (sim, pin) DO UPDATE SET history = excluded.history, at = excluded.at",
+          {simId, pinDigest(simId, pin), static_cast<int>(history), at});
 }

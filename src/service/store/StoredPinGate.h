@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QPair>
+#include <QTimer>
 
 #include <functional>
 
@@ -24,8 +25,13 @@ public:
     void refused(const QString &simId, const QString &pin) override;
 
 private:
+    void recordAccepted();
+
     Store &m_store;
     std::function<QString()> m_now;
+    /// SIM and PIN of acceptances that could not be recorded yet.
+    QList<QPair<QString, QString>> m_acceptedUnrecorded;
+    QTimer m_again;
     /// SIM and PIN of refusals that could not be recorded. An accepted PIN that was refused since
     /// must not be tried again although the record still says that it may.
     QList<QPair<QString, QString>> m_unrecorded;

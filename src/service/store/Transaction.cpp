@@ -4,8 +4,19 @@
 
 #include <QSqlError>
 
+namespace {
+
+void needOpen(const QSqlDatabase &database)
+{
+    if (!database.isOpen())
+        throw StoreFailure(StoreFailure::Kind::ReadOnly, QStringLiteral("the store is not open"));
+}
+
+} // namespace
+
 QSqlQuery prepared(const QSqlDatabase &database, const QString &statement)
 {
+    needOpen(database);
     QSqlQuery query(database);
     query.setForwardOnly(true);
     if (!query.prepare(statement))
@@ -15,6 +26,8 @@ QSqlQuery prepared(const QSqlDatabase &database, const QString &statement)
 
 QString notNull(const QString &text)
 {
+    if (text.startsWith(QChar::ByteOrderMark) || text.startsWith(QChar::ByteOrderSwapped))
+        return QChar(QChar::ByteOrderMark) + text;
     return text.isNull() ? QStringLiteral("") : text;
 }
 
@@ -26,14 +39,18 @@ void execute(QSqlQuery &query)
 
 void execute(const QSqlDatabase &database, const QString &statement)
 {
+    needOpen(database);
     QSqlQuery query(database);
     if (!query.exec(statement))
         throw StoreFailure(query.lastError());
 }
 
-Transaction::Transaction(const QSqlDatabase &database) : m_database(database)
+Transaction::Transaction(const QSqlDatabase &database, Kind kind) : m_database(database)
 {
+    if (kind == Kind::Part)
+        return;
     execute(m_database, QStringLiteral("BEGIN IMMEDIATE"));
+    m_open = true;
 }
 
 Transaction::~Transaction()
@@ -44,6 +61,8 @@ Transaction::~Transaction()
 
 void Transaction::commit()
 {
+    if (!m_open)
+        return;
     execute(m_database, QStringLiteral("COMMIT"));
     m_open = false;
 }

@@ -6,7 +6,9 @@
 /// @throws StoreFailure
 QSqlQuery prepared(const QSqlDatabase &database, const QString &statement);
 
-/// `text`, with an empty one for null, which the database would take for its own NULL.
+/// `text` as the value of a column: an empty one for null, which the database would take for its
+/// own NULL. One that begins with a byte order mark, in either order, gets another in front: the
+/// database takes a mark for itself, and turns all bytes round behind one of the other order.
 QString notNull(const QString &text);
 
 /// Runs a prepared statement with its bound values.
@@ -21,8 +23,13 @@ void execute(const QSqlDatabase &database, const QString &statement);
 class Transaction
 {
 public:
+    enum class Kind {
+        Whole,
+        Part, ///< of one that is open: neither begins, commits nor undoes anything
+    };
+
     /// @throws StoreFailure
-    explicit Transaction(const QSqlDatabase &database);
+    explicit Transaction(const QSqlDatabase &database, Kind kind = Kind::Whole);
     Transaction(const Transaction &) = delete;
     Transaction &operator=(const Transaction &) = delete;
     ~Transaction();
@@ -32,5 +39,5 @@ public:
 
 private:
     QSqlDatabase m_database;
-    bool m_open = true;
+    bool m_open = false;
 };

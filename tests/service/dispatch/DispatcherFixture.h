@@ -77,6 +77,7 @@ protected:
     double m_random = 0;
     DispatcherTimings m_timings;
     RetryTimes m_retryTimes;
+    EngineSettings m_settings;
     /// Answers to the submissions to come, before the line's own again.
     QList<QByteArray> m_submitAnswers;
     /// Runs when a part is asked to be sent, before the payload.

@@ -238,13 +238,8 @@ TEST_F(DispatcherSending, whatWasLeavingWhenTheEngineEndedIsReportedOnceAndNever
         EXPECT_EQ(failures.constFirst().phone, QStringLiteral("600"));
         EXPECT_EQ(failures.constFirst().text, QStringLiteral("first"));
         EXPECT_EQ(failures.constFirst().code, -39);
-        const QList<Dispatcher::Warning> warnings = m_dispatcher->takeUnheardWarnings();
-        ASSERT_EQ(warnings.size(), round == 0 ? 1 : 0);
-        if (round == 0) {
-            EXPECT_EQ(warnings.constFirst().code, -39);
-            EXPECT_TRUE(warnings.constFirst().text.contains(QLatin1String("600")));
-            EXPECT_FALSE(warnings.constFirst().text.contains(QLatin1String("first")));
-        }
+        // The warning comes with the failure, whenever that is heard.
+        EXPECT_TRUE(m_dispatcher->takeUnheardWarnings().isEmpty());
         makeDispatcher();
     }
     EXPECT_EQ(submissions(), 0);

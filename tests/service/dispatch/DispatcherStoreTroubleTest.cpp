@@ -188,7 +188,65 @@ TEST_F(DispatcherStoreTrouble, anEngineComesUpAndReportsWhatWasInterruptedWhenTh
     EXPECT_EQ(taken(), QStringList({QStringLiteral("601 text")}));
     // A console listens by then: it hears of it at once, and nothing is kept for the next one.
     EXPECT_EQ(m_events.filter(QStringLiteral(" -39")).filter(QStringLiteral("failed ")).size(), 1);
-    EXPECT_TRUE(m_store->unreportedFailures().isEmpty());
+    EXPECT_TRUE(until([this] { return m_store->unreportedFailures().isEmpty(); }));
+}
+
+TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
+{
+    m_timings.storeTroubleMs = 200;
+    makeDispatcher();
+    const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
+    for (int round = 1; round <= 2; ++round) {
+        startReady();
+        m_clock.now = m_clock.now.addSecs(-60);
+        add(QStringLiteral("600"));
+        m_other.lock();
+        m_clock.now = m_clock.now.addSecs(60);
+        m_dispatcher->work();
+        ASSERT_TRUE(until([this] { return !m_dispatcher->storeTrouble().isEmpty(); }));
+        EXPECT_EQ(count(QStringLiteral("warning -57")), round - 1);
+        ASSERT_TRUE(until([&] { return count(QStringLiteral("warning -57")) == round; }));
+        const qsizetype logged = m_log.count(QStringLiteral("can't be used"));
+        ASSERT_TRUE(
+            until([&] { return m_log.count(QStringLiteral("can't be used")) >= logged + 20; }));
+        m_other.unlock();
+        ASSERT_TRUE(until([this] { return m_dispatcher->storeTrouble().isEmpty(); }));
+        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+        EXPECT_EQ(count(QStringLiteral("warning -57")), round);
+    }
+    // Another program's lock is no reason to open the file anew.
+    EXPECT_TRUE(lost.isEmpty());
+}
+
+TEST_F(DispatcherStoreTrouble, aStoreThatGoesOnFailingIsAskedForAnew)
+{
+    m_timings.storeTroubleMs = 100;
+    makeDispatcher();
+    const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
+    startReady();
+    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = ON"));
+    m_store->first();
+    try {
+        m_store->setToRun(false);
+        ADD_FAILURE() << "the store can be written";
+    } catch (const StoreFailure &failure) {
+        m_dispatcher->noticeStoreFailure(failure);
+    }
+    ASSERT_TRUE(until([&] { return lost.size() == 2; }));
+    EXPECT_FALSE(lost.constFirst().constFirst().toBool());
+    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = OFF"));
+    ASSERT_TRUE(until([this] { return m_dispatcher->storeTrouble().isEmpty(); }));
+}
+
+TEST_F(DispatcherStoreTrouble, aReplacedStoreStopsTheEngineAndForgetsItsDevice)
+{
+    startReady();
+    m_events.clear();
+    m_dispatcher->storeReplaced();
+    EXPECT_TRUE(until([this] { return m_modem->state() == Modem::State::Closed; }));
+    EXPECT_EQ(m_dispatcher->status(), 0);
+    EXPECT_FALSE(m_dispatcher->knownDevice());
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("status 0"), QStringLiteral("queue")}));
 }
 
 TEST_F(DispatcherStoreTrouble, aStoppedMessageIsLetGoWhenTheStoreIsBack)
@@ -210,8 +268,9 @@ TEST_F(DispatcherStoreTrouble, aStoppedMessageIsLetGoWhenTheStoreIsBack)
 TEST_F(DispatcherStoreTrouble, messagesOfAnEngineThatComesUpStoppedAreLetGoWhenTheStoreIsBack)
 {
     m_store->add({{QStringLiteral("600"), longText(2)}}, noon());
-    m_store->beginPart(m_store->first()->id, 1, {});
-    m_store->endPart(m_store->first()->id, 1);
+    const qint64 id = m_store->first()->id;
+    m_store->beginPart(id, 1, {});
+    m_store->endPart(id, 1);
     m_other.lock();
     m_dispatcher->resume();
     ASSERT_TRUE(

@@ -21,7 +21,8 @@ TEST_F(CommandLineOfEngine, helpNamesEveryOption)
     const Ended help = run({QStringLiteral("--help")});
     EXPECT_EQ(help.exitCode, 0);
     for (const char *const option :
-         {"--help", "--version", "--device", "--pin", "--status", "--queue"})
+         {"--help", "--version", "--device", "--pin", "--status", "--json", "--queue", "--report",
+          "--since", "--format", "--backup", "--log-level"})
         EXPECT_TRUE(help.out.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(isOnBus());
 }

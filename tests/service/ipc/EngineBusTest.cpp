@@ -70,7 +70,7 @@ TEST_F(EngineOnBus, whatItTellsOfItselfIsWhatTheContractDeclares)
         QStringLiteral(NORVANE_SOURCE_DIR "/src/engine/contract/com.tovek.SMService.xml"));
     ASSERT_TRUE(contract.open(QIODevice::ReadOnly));
     const QStringList declared = declarations(QString::fromUtf8(contract.readAll()));
-    EXPECT_EQ(declared.size(), 14 + 6);
+    EXPECT_EQ(declared.size(), 15 + 6);
     const QStringList told = declarations(answer.arguments().constFirst().toString());
     EXPECT_EQ(told.join(u'\n').toStdString(), declared.join(u'\n').toStdString());
 }
@@ -207,6 +207,35 @@ TEST_F(EngineOnBus, theStateIsReportedToItsCallerAlone)
     EXPECT_EQ(other.heard.constFirst(), QStringLiteral("EngineStatus 1"));
     EXPECT_TRUE(other.has(QStringLiteral("WarningError -2 /no/such/device")));
     EXPECT_EQ(caller.heard.mid(2), other.heard);
+}
+
+TEST_F(EngineOnBus, aMessageInDoubtIsToldWithItsWarningAlsoAfterAnotherRestart)
+{
+    stop();
+    {
+        Store store(storeFile());
+        store.add({{QStringLiteral("601"), QStringLiteral("more")}}, QString());
+        store.beginPart(store.first()->id, std::nullopt, {});
+    }
+    start(); // writes the failure down, with nobody there to hear it
+    ASSERT_TRUE(until([&] { return callForNumber("GetQueueSize") == 0; }));
+    stop();
+    start();
+    Listener listener(QDBusConnection::sessionBus());
+    for (int round = 0; round < 2; ++round) {
+        call("ReportState");
+        ASSERT_TRUE(until([&] {
+            return listener.heard.filter(QStringLiteral("EngineStatus")).size() == round + 1;
+        }));
+        call("GetEngineStatus");
+        QCoreApplication::processEvents();
+        EXPECT_EQ(listener.heard.filter(QStringLiteral("SMSSentFailed 601 more -39")).size(), 1);
+        EXPECT_EQ(listener.heard
+                      .filter(QStringLiteral("WarningError -39 no answer for the message to 601; "
+                                             "it may have been delivered"))
+                      .size(),
+                  1);
+    }
 }
 
 TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)

@@ -124,7 +124,7 @@ TEST_F(EngineProgram, aStoreOfALaterVersionIsRefused)
     OtherConnection(storeFile())
         .run(QStringLiteral("PRAGMA user_version = %1").arg(StoreSchema::Version + 1));
     const Ended ended = run({});
-    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(ended.exitCode, 4);
     EXPECT_TRUE(ended.err.contains(QLatin1String("schema version")));
     EXPECT_EQ(OtherConnection(storeFile()).value(QStringLiteral("PRAGMA user_version")).toInt(),
               StoreSchema::Version + 1);

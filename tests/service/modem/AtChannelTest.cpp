@@ -200,6 +200,20 @@ TEST_F(Channel, waitsForTheLastOfSeveralAnswersBeforeTheNextCommand)
     EXPECT_FALSE(answer->isOk());
 }
 
+TEST_F(Channel, theAnswersThatASlowDeviceStillOwesAreAwaited)
+{
+    m_line.answers.insert("AT+X", "");
+    EXPECT_EQ(static_cast<int>(run("AT+X", 20).end), static_cast<int>(AtAnswer::End::TimedOut));
+    // The device works off its buffer with pauses longer than any that means stillness.
+    m_line.answers.insert("AT", FakeModemLine::answer("OK"));
+    QTimer::singleShot(4 * shortTimings().quietMs, &m_line,
+                       [this] { m_line.say(FakeModemLine::answer("OK")); });
+    ASSERT_LT(4 * shortTimings().quietMs, shortTimings().drainMs);
+    EXPECT_EQ(static_cast<int>(synchronise(1)), static_cast<int>(SyncOutcome::Answered));
+    m_line.answers.insert("AT+Y", FakeModemLine::answer("ERROR"));
+    EXPECT_FALSE(run("AT+Y").isOk());
+}
+
 TEST_F(Channel, aDeviceThatAsksOnAndOnIsNotAnsweredOnAndOn)
 {
     m_line.answers.insert("AT", "\r\n> ");

@@ -7,6 +7,7 @@ namespace {
 constexpr auto s_permanent = Treatment::Permanent;
 constexpr auto s_temporary = Treatment::Temporary;
 constexpr auto s_device = Treatment::Device;
+constexpr auto s_either = Treatment::DeviceOrMessage;
 
 struct RuleRow
 {
@@ -69,37 +70,51 @@ TEST(FailureTable, followsTheServiceCentresCauses)
 
 TEST(FailureTable, followsTheDevicesMessageErrors)
 {
-    expectRules(FailureSpace::Cms,
-                {{256, 299, -42, s_temporary}, {300, 300, -1, s_device},
-                 {301, 302, -20, s_device},    {303, 303, -40, s_permanent},
-                 {304, 304, -22, s_permanent}, {305, 305, -22, s_device},
-                 {306, 309, -42, s_temporary}, {310, 310, -29, s_device},
-                 {311, 311, -30, s_device},    {312, 312, -10, s_device},
-                 {313, 313, -28, s_device},    {314, 314, -28, s_temporary},
-                 {315, 315, -28, s_device},    {316, 316, -31, s_device},
-                 {317, 317, -32, s_device},    {318, 318, -33, s_device},
-                 {319, 319, -42, s_temporary}, {320, 320, -26, s_device},
-                 {321, 321, -13, s_permanent}, {322, 322, -21, s_temporary},
-                 {323, 329, -42, s_temporary}, {330, 330, -19, s_device},
-                 {331, 331, -38, s_temporary}, {332, 332, -35, s_temporary},
-                 {333, 339, -42, s_temporary}, {340, 340, -41, s_device},
-                 {341, 700, -42, s_temporary}, {0x7FFFFFFE, 0x7FFFFFFE, -42, s_temporary}});
+    expectRules(FailureSpace::Cms, {{256, 299, -42, s_temporary},
+                                    {300, 300, -1, s_either},
+                                    {301, 301, -20, s_device},
+                                    {302, 302, -20, s_either},
+                                    {303, 303, -40, s_permanent},
+                                    {304, 304, -22, s_permanent},
+                                    {305, 305, -22, s_either},
+                                    {306, 309, -42, s_temporary},
+                                    {310, 310, -29, s_device},
+                                    {311, 311, -30, s_device},
+                                    {312, 312, -10, s_device},
+                                    {313, 313, -28, s_device},
+                                    {314, 314, -28, s_temporary},
+                                    {315, 315, -28, s_device},
+                                    {316, 316, -31, s_device},
+                                    {317, 317, -32, s_device},
+                                    {318, 318, -33, s_device},
+                                    {319, 319, -42, s_temporary},
+                                    {320, 320, -26, s_either},
+                                    {321, 321, -13, s_permanent},
+                                    {322, 322, -21, s_temporary},
+                                    {323, 329, -42, s_temporary},
+                                    {330, 330, -19, s_device},
+                                    {331, 331, -38, s_device},
+                                    {332, 332, -35, s_device},
+                                    {333, 339, -42, s_temporary},
+                                    {340, 340, -41, s_either},
+                                    {341, 700, -42, s_temporary},
+                                    {0x7FFFFFFE, 0x7FFFFFFE, -42, s_temporary}});
 }
 
 TEST(FailureTable, followsTheDevicesOtherErrors)
 {
     expectRules(
         FailureSpace::Cme,
-        {{0, 0, -1, s_device},        {1, 1, -8, s_device},         {2, 2, -9, s_device},
-         {3, 3, -20, s_device},       {4, 4, -40, s_permanent},     {5, 7, -10, s_device},
+        {{0, 0, -1, s_either},        {1, 1, -8, s_device},         {2, 2, -9, s_device},
+         {3, 3, -20, s_either},       {4, 4, -40, s_permanent},     {5, 7, -10, s_device},
          {8, 9, -42, s_temporary},    {10, 10, -29, s_device},      {11, 11, -30, s_device},
          {12, 12, -31, s_device},     {13, 13, -28, s_device},      {14, 14, -28, s_temporary},
          {15, 15, -28, s_device},     {16, 16, -27, s_device},      {17, 17, -32, s_device},
          {18, 18, -33, s_device},     {19, 19, -42, s_temporary},   {20, 20, -25, s_temporary},
-         {21, 21, -13, s_permanent},  {22, 22, -14, s_permanent},   {23, 23, -26, s_device},
+         {21, 21, -13, s_permanent},  {22, 22, -14, s_permanent},   {23, 23, -26, s_either},
          {24, 24, -16, s_permanent},  {25, 25, -18, s_permanent},   {26, 26, -17, s_permanent},
-         {27, 27, -18, s_permanent},  {28, 29, -42, s_temporary},   {30, 30, -38, s_temporary},
-         {31, 31, -35, s_temporary},  {32, 32, -38, s_temporary},   {33, 39, -42, s_temporary},
+         {27, 27, -18, s_permanent},  {28, 29, -42, s_temporary},   {30, 30, -38, s_device},
+         {31, 31, -35, s_device},     {32, 32, -38, s_device},      {33, 39, -42, s_temporary},
          {40, 48, -10, s_device},     {49, 49, -42, s_temporary},   {50, 50, -11, s_permanent},
          {51, 102, -42, s_temporary}, {103, 103, -38, s_device},    {104, 105, -42, s_temporary},
          {106, 106, -38, s_device},   {107, 110, -42, s_temporary}, {111, 113, -38, s_temporary},
@@ -166,7 +181,7 @@ TEST(FailureTable, readsTheStandardsWordsWhereADeviceGivesNoNumber)
     EXPECT_EQ(failureRule(result(Kind::CmsError, "network timeout")).code, -35);
     EXPECT_EQ(failureRule(result(Kind::CmsError, "nonsense")), (FailureRule{-42, s_temporary}));
     EXPECT_EQ(failureRule(result(Kind::Error, "")), (FailureRule{-42, s_temporary}));
-    EXPECT_EQ(failureRule(result(Kind::NotSupported, "")), (FailureRule{-40, s_device}));
+    EXPECT_EQ(failureRule(result(Kind::NotSupported, "")), (FailureRule{-40, s_either}));
 }
 
 TEST(FailureTable, namesASourceForEachRowAndNeverACodeWithoutAName)

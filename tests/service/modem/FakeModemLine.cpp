@@ -5,8 +5,9 @@ LineError FakeModemLine::open(const QString &device, int baud)
     openedDevice = device;
     openedBaud = baud;
     ++openings;
-    if (openError != LineError::None)
-        return openError;
+    openedDevices.append(device);
+    if (const LineError error = openErrors.value(device, openError); error != LineError::None)
+        return error;
     m_open = true;
     ++m_opening;
     m_unplugged = false;
@@ -94,6 +95,12 @@ void FakeModemLine::deliver(QByteArray bytes)
         bytes.replace("\r\n\r\n", "\r\n" + betweenLines + "\r\n\r\n");
     if (!betweenLines.isEmpty() && bytes.startsWith("\r\n"))
         bytes = betweenLines + bytes;
+    if (interjectAfter >= 0) {
+        const auto size = static_cast<int>(bytes.size());
+        if (interjectAfter <= size)
+            bytes.insert(interjectAfter, interjection);
+        interjectAfter = interjectAfter <= size ? -1 : interjectAfter - size;
+    }
     bool breaks = false;
     if (breakAfterSaid >= 0) {
         breaks = bytes.size() >= breakAfterSaid;

@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -34,6 +35,8 @@ public:
 
     // What the line does.
     LineError openError = LineError::None;
+    /// For these devices instead.
+    QHash<QString, LineError> openErrors;
     QString detail;
     bool writable = true;
     /// Breaks after so many bytes out of, or into, the device, counted from when it is set.
@@ -47,6 +50,9 @@ public:
     bool silent = false;
     /// A line put in front of each line of an answer.
     QByteArray betweenLines;
+    /// Puts `interjection` behind so many bytes out of the device, counted from when it is set.
+    int interjectAfter = -1;
+    QByteArray interjection;
     QByteArray prompt = "\r\n> ";
     QByteArray submitAnswer = "\r\n+CMGS: 42\r\n\r\nOK\r\n";
     /// The prompt waits until `say` sends it.
@@ -59,6 +65,7 @@ public:
     QString openedDevice;
     int openedBaud = 0;
     int openings = 0;
+    QStringList openedDevices;
     QList<QByteArray> commands;
     QList<QByteArray> payloads;
     int escapes = 0;

@@ -74,7 +74,8 @@ protected:
         auto line = std::make_unique<FakeModemLine>();
         m_line = line.get();
         makeOrdinary(*m_line);
-        m_modem = std::make_unique<Modem>(std::move(line), m_gate, timings);
+        m_modem = std::make_unique<Modem>(std::move(line), m_gate, timings, nullptr,
+                                          [this] { return m_ports; });
         m_ready = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::ready);
         m_changed = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::detailsChanged);
         m_accepted = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::partAccepted);
@@ -109,11 +110,11 @@ protected:
     }
 
     template <typename Condition>
-    static bool until(Condition condition)
+    static bool until(Condition condition, int limitMs = 5000)
     {
-        QDeadlineTimer deadline(5000);
+        QDeadlineTimer deadline(limitMs);
         QTimer alarm;
-        alarm.start(5000);
+        alarm.start(limitMs);
         while (!condition() && !deadline.hasExpired())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         return condition();
@@ -132,6 +133,8 @@ protected:
                                        : m_partFailed->last().first().value<SendFailure>();
     }
 
+    /// What a search finds.
+    QStringList m_ports;
     FakePinGate m_gate;
     FakeModemLine *m_line = nullptr;
     std::unique_ptr<Modem> m_modem;

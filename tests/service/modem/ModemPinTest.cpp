@@ -72,12 +72,12 @@ TEST_F(LockedModem, triesARefusedPinNeverAgain)
     m_rightPin = false;
     open(s_pin);
     EXPECT_EQ(failure().code, -27);
-    EXPECT_TRUE(failure().pinStands);
+    EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
     open(s_pin);
     open(s_pin);
     EXPECT_EQ(failure().code, -27);
-    EXPECT_TRUE(failure().pinStands);
+    EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(attempts(), 1);
     EXPECT_FALSE(failure().text.contains(s_pin));
 
@@ -113,13 +113,39 @@ TEST_F(LockedModem, readsFromTheStateWhatAnUnclearAnswerMeant)
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Accepted);
 }
 
+TEST_F(LockedModem, anOkThatAnswersSomethingElseIsNotTheSimsWord)
+{
+    // The device is one answer behind: the refusal comes as the answer to the next question.
+    m_rightPin = false;
+    m_pinAnswer = FakeModemLine::answer("OK");
+    const auto device = m_line->onCommand;
+    m_line->onCommand = [&](const QByteArray &command) -> std::optional<QByteArray> {
+        if (command == "AT+CPIN?" && attempts() == 1)
+            return FakeModemLine::answer("+CME ERROR: 16");
+        return device(command);
+    };
+    open(s_pin);
+    EXPECT_EQ(failure().code, -27);
+    EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
+
+    // Or is lost, and the SIM goes on asking.
+    m_gate.history.clear();
+    m_line->commands.clear();
+    m_line->onCommand = device;
+    open(s_pin);
+    EXPECT_EQ(failure().code, -27);
+    EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
+    open(s_pin);
+    EXPECT_EQ(attempts(), 1);
+}
+
 TEST_F(LockedModem, tellsWhenThePukIsAskedForAfterAWrongPin)
 {
     m_rightPin = false;
     m_pinAnswer = FakeModemLine::answer("+CME ERROR: 12");
     open(s_pin);
     EXPECT_EQ(failure().code, -31);
-    EXPECT_TRUE(failure().pinStands);
+    EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
 }
 
@@ -129,7 +155,7 @@ TEST_F(LockedModem, doesNotTryWithFewerThanTwoTriesLeft)
         tries(left);
         open(s_pin);
         EXPECT_EQ(failure().code, -30);
-        EXPECT_TRUE(failure().pinStands);
+        EXPECT_TRUE(failure().needsOperator);
     }
     EXPECT_EQ(attempts(), 0);
     tries(2);
@@ -150,7 +176,7 @@ TEST_F(LockedModem, doesNotTryWhatCannotBeRecorded)
     m_gate.recording = false;
     open(s_pin);
     EXPECT_EQ(failure().code, -30);
-    EXPECT_FALSE(failure().pinStands);
+    EXPECT_FALSE(failure().needsOperator);
     EXPECT_EQ(attempts(), 0);
 }
 
@@ -158,7 +184,7 @@ TEST_F(LockedModem, asksForAPinWhereNoneIsSet)
 {
     open();
     EXPECT_EQ(failure().code, -30);
-    EXPECT_TRUE(failure().pinStands);
+    EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(m_gate.asked, 0);
 }
 
@@ -168,7 +194,7 @@ TEST_F(LockedModem, triesNothingThatIsNoPin)
                             "\xD9\xA1\xD9\xA2\xD9\xA3\xD9\xA4"}) {
         open(QString::fromUtf8(pin));
         EXPECT_EQ(failure().code, -27) << pin;
-        EXPECT_TRUE(failure().pinStands);
+        EXPECT_TRUE(failure().needsOperator);
     }
     EXPECT_EQ(m_gate.asked, 0);
     for (const QByteArray &command : std::as_const(m_line->commands))
@@ -241,7 +267,7 @@ struct StateRow
 {
     const char *answer;
     int code;
-    bool pinStands;
+    bool needsOperator;
 };
 
 TEST_F(ModemFixture, tellsWhatTheSimWaitsFor)
@@ -265,7 +291,7 @@ TEST_F(ModemFixture, tellsWhatTheSimWaitsFor)
                                                    : FakeModemLine::info(row.answer));
         open();
         EXPECT_EQ(failure().code, row.code) << row.answer;
-        EXPECT_EQ(failure().pinStands, row.pinStands) << row.answer;
+        EXPECT_EQ(failure().needsOperator, row.needsOperator) << row.answer;
         EXPECT_EQ(m_modem->state(), State::Closed) << row.answer;
     }
     EXPECT_EQ(m_gate.asked, 0);

@@ -113,12 +113,12 @@ const ErrorRow s_errorRows[] = {
     {"+CMS ERROR: 38", SendProblem::CmsError, 38, -36, Treatment::Temporary, false},
     {"+CMS ERROR: 195", SendProblem::CmsError, 195, -37, Treatment::Permanent, false},
     {"+CMS ERROR: 330", SendProblem::CmsError, 330, -19, Treatment::Device, false},
-    {"+CMS ERROR: 332", SendProblem::CmsError, 332, -35, Treatment::Temporary, true},
-    {"+CMS ERROR: network timeout", SendProblem::CmsError, 332, -35, Treatment::Temporary, true},
+    {"+CMS ERROR: 332", SendProblem::CmsError, 332, -35, Treatment::Device, true},
+    {"+CMS ERROR: network timeout", SendProblem::CmsError, 332, -35, Treatment::Device, true},
     {"+CMS ERROR: whatever", SendProblem::CmsError, -1, -42, Treatment::Temporary, false},
     {"+CME ERROR: 10", SendProblem::CmeError, 10, -29, Treatment::Device, false},
     {"ERROR", SendProblem::GenericError, -1, -42, Treatment::Temporary, false},
-    {"COMMAND NOT SUPPORT", SendProblem::GenericError, -1, -40, Treatment::Device, false},
+    {"COMMAND NOT SUPPORT", SendProblem::GenericError, -1, -40, Treatment::DeviceOrMessage, false},
 };
 
 void expectFailure(const SendFailure &failure, const ErrorRow &row)
@@ -193,6 +193,17 @@ TEST_F(ModemFixture, aReferenceCountsEvenIfTheOkIsLost)
     EXPECT_EQ(m_accepted->first().first().toInt(), 77);
     ASSERT_TRUE(until([this] { return m_modem->state() == State::Ready; }));
     EXPECT_TRUE(m_partFailed->isEmpty());
+}
+
+TEST_F(ModemFixture, aReferenceCountsWhateverErrorComesBehindIt)
+{
+    openReady();
+    m_line->submitAnswer = "\r\n+CMGS: 78\r\n\r\n+CMS ERROR: 500\r\n";
+    send();
+    ASSERT_EQ(m_accepted->count(), 1);
+    EXPECT_EQ(m_accepted->first().first().toInt(), 78);
+    EXPECT_TRUE(m_partFailed->isEmpty());
+    EXPECT_EQ(m_modem->state(), State::Ready);
 }
 
 TEST_F(ModemFixture, aDeviceThatFallsSilentAfterThePayloadIsLost)

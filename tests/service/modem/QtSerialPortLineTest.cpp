@@ -40,7 +40,8 @@ TEST(QtSerialPortLine, carriesBytesBothWaysUnchanged)
     QByteArray received;
     QObject::connect(&line, &SerialLine::received, &line,
                      [&received](const QByteArray &bytes) { received += bytes; });
-    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None));
+    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
     EXPECT_TRUE(line.isOpen());
 
     QByteArray all;
@@ -66,7 +67,8 @@ TEST(QtSerialPortLine, opensADeviceThroughALinkAndAtAnySpeedThatItTakes)
     ASSERT_TRUE(QFile::link(device.path(), link));
     QtSerialPortLine line;
     for (const int baud : {1200, 9600, 115200, 460800}) {
-        ASSERT_EQ(asInt(line.open(link, baud)), asInt(LineError::None)) << baud;
+        ASSERT_EQ(asInt(line.open(link, baud)), asInt(LineError::None))
+            << baud << line.errorDetail().toStdString();
         // Without this the far end would see a hang-up between two openings.
         ASSERT_TRUE(line.write("x"));
     }
@@ -136,7 +138,8 @@ TEST(QtSerialPortLine, tellsOnceThatTheDeviceHasGone)
     PtyModem device;
     QtSerialPortLine line;
     const QSignalSpy broken(&line, &SerialLine::broken);
-    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None));
+    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
     device.unplug();
     ASSERT_TRUE(until([&] { return !broken.isEmpty(); }));
     EXPECT_EQ(asInt(broken.first().first().value<LineError>()), asInt(LineError::Unplugged));
@@ -152,7 +155,8 @@ TEST(QtSerialPortLine, closedByItsOwnerItSaysNothing)
     PtyModem device;
     QtSerialPortLine line;
     const QSignalSpy broken(&line, &SerialLine::broken);
-    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None));
+    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
     device.unplug();
     line.close();
     QCoreApplication::processEvents();
@@ -167,7 +171,8 @@ TEST(QtSerialPortLine, speaksThroughTheChannel)
                  {"AT+CMGS=13\r", "AT+CMGS=13\r\r\n> "},
                  {"0011\x1A", "0011\r\n+CMGS: 9\r\n\r\nOK\r\n"}});
     QtSerialPortLine line;
-    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None));
+    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
     ModemTimings timings;
     timings.quietMs = 5;
     AtChannel channel(&line, timings);
@@ -187,7 +192,8 @@ TEST(QtSerialPortLine, submitsWithoutDelaysOfItsOwn)
     PtyModem device;
     device.submitForever();
     QtSerialPortLine line;
-    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None));
+    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
     AtChannel channel(&line, {});
     constexpr int count = 2000;
     int done = 0;

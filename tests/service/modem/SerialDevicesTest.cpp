@@ -3,6 +3,8 @@
 #include "PtyModem.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -86,6 +88,60 @@ TEST(SerialDevices, readsTheHolderFromALockFile)
     ASSERT_TRUE(program.waitForFinished());
     EXPECT_FALSE(SerialDevices::holderOf(QStringLiteral("/dev/ttyUSB0"), {folder.path()}));
     EXPECT_FALSE(SerialDevices::holderOf(QStringLiteral("/dev/ttyUSB0"), {}));
+}
+
+TEST(SerialDevices, aLockOlderThanTheProcessOfItsNumberIsADeadOnes)
+{
+    QProcess program;
+    program.start(QStringLiteral("cat"), {});
+    ASSERT_TRUE(program.waitForStarted());
+    const QTemporaryDir folder;
+    const QString device = QStringLiteral("/dev/ttyUSB0");
+    writeLock(folder, "LCK..ttyUSB0", QByteArray::number(program.processId()));
+    SerialDevices::removeDeadLocks(device, {folder.path()});
+    ASSERT_TRUE(SerialDevices::holderOf(device, {folder.path()}));
+
+    QFile lock(folder.filePath(QStringLiteral("LCK..ttyUSB0")));
+    ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-60);
+    ASSERT_TRUE(lock.setFileTime(before, QFileDevice::FileModificationTime));
+    EXPECT_FALSE(SerialDevices::holderOf(device, {folder.path()}));
+    SerialDevices::removeDeadLocks(device, {folder.path()});
+    EXPECT_FALSE(lock.exists());
+    program.closeWriteChannel();
+    EXPECT_TRUE(program.waitForFinished());
+}
+
+TEST(SerialDevices, listsThePortsByTheirNamesFirstAndEachDeviceOnce)
+{
+    const QTemporaryDir folder;
+    const QDir dev(folder.path());
+    ASSERT_TRUE(dev.mkpath(QStringLiteral("serial/by-id")));
+    for (const char *const name :
+         {"ttyS0", "ttyS1", "ttyUSB0", "ttyUSB1", "ttyACM0", "rfcomm0", "tty1", "null"})
+        ASSERT_TRUE(QFile(dev.filePath(QLatin1String(name))).open(QIODevice::WriteOnly));
+    const QString link = dev.filePath(QStringLiteral("serial/by-id/usb-modem"));
+    ASSERT_TRUE(QFile::link(dev.filePath(QStringLiteral("ttyUSB1")), link));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/nowhere"),
+                            dev.filePath(QStringLiteral("serial/by-id/usb-gone"))));
+    QStringList expected = {link};
+    for (const char *const name : {"ttyUSB0", "ttyACM0", "rfcomm0", "ttyS0", "ttyS1"})
+        expected << dev.filePath(QLatin1String(name));
+    EXPECT_EQ(SerialDevices::serialPorts(folder.path()), expected);
+    EXPECT_TRUE(SerialDevices::serialPorts(QStringLiteral("/nowhere")).isEmpty());
+}
+
+TEST(SerialDevices, tellsADeviceFromALaterOneOfTheSamePath)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("ttyUSB0"));
+    EXPECT_EQ(SerialDevices::nodeOf(path), 0u);
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    const quint64 node = SerialDevices::nodeOf(path);
+    EXPECT_NE(node, 0u);
+    ASSERT_TRUE(QFile::rename(path, path + u'x'));
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    EXPECT_NE(SerialDevices::nodeOf(path), node);
 }
 
 TEST(SerialDevices, describesAHolder)

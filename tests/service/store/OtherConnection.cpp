@@ -70,8 +70,10 @@ void OtherConnection::unlock()
 QList<QVariantList> OtherConnection::contents()
 {
     QList<QVariantList> all;
-    for (const char *const table : {"message", "setting", "pin_attempt", "outcome"})
-        all += rows(QStringLiteral("SELECT '%1', * FROM %1").arg(QLatin1String(table)));
+    for (const QVariantList &table :
+         rows(QStringLiteral("SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT "
+                             "LIKE 'sqlite_%' ORDER BY name")))
+        all += rows(QStringLiteral("SELECT '%1', * FROM %1").arg(table.constFirst().toString()));
     return all;
 }
 

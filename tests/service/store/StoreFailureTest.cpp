@@ -107,6 +107,14 @@ INSTANTIATE_TEST_SUITE_P(
                 }},
         Writing{"postpone", [](Store &store, qint64 id) { store.postpone(id, 1, noon()); }},
         Writing{"finish", [](Store &store, qint64 id) { store.finish(id, 1, 1, noon(), true); }},
+        Writing{"countPart", [](Store &store, qint64) { store.countPart(noon()); }},
+        Writing{"together",
+                [](Store &store, qint64 id) {
+                    store.together([&] {
+                        store.finish(id, 1, 1, noon(), true);
+                        store.setToRun(true);
+                    });
+                }},
         Writing{"nextReference", [](Store &store, qint64) { store.nextReference(); }},
         Writing{"markReported",
                 [](Store &store, qint64) {

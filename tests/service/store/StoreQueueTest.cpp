@@ -220,6 +220,7 @@ TEST_F(StoreQueue, aMessageSentInPartBeginsAnewOnlyWhenItSaysSomethingElse)
     m_store->beginPart(id, 3, {});
     m_store->endPart(id, 1);
     m_store->postpone(id, 2, noon());
+    m_store->releaseBetweenParts();
 
     EXPECT_TRUE(m_store->update({row(id, QStringLiteral("600"), QStringLiteral("told"))}, {}));
     std::optional<StoredMessage> message = m_store->first();

@@ -2,6 +2,10 @@
 
 #include "service/store/StoreFixture.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+
 namespace {
 
 using Decision = PinGate::Decision;
@@ -107,14 +111,30 @@ TEST_F(StoredPinGateTest, whatCannotBeRecordedMustNotBeTried)
     EXPECT_EQ(ask(), Decision::Try);
 }
 
-TEST_F(StoredPinGateTest, anAcceptedPinThatCannotBeRecordedStaysTried)
+TEST_F(StoredPinGateTest, anAcceptedPinThatCannotBeRecordedIsRecordedWhenTheStoreIsBack)
 {
     ask();
     OtherConnection other(file());
     other.lock();
     m_gate->accepted(m_sim, m_pin);
-    other.unlock();
     EXPECT_EQ(onDisk(), PinHistory::Tried);
+    other.unlock();
+    const QDeadlineTimer deadline(5000);
+    while (onDisk() != PinHistory::Accepted && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    EXPECT_EQ(onDisk(), PinHistory::Accepted);
+}
+
+TEST_F(StoredPinGateTest, anAcceptedPinUnlocksAgainAlthoughItsRecordIsStillToCome)
+{
+    ask();
+    OtherConnection other(file());
+    other.lock();
+    m_gate->accepted(m_sim, m_pin);
+    EXPECT_EQ(ask(), Decision::Try);
+    other.unlock();
+    EXPECT_EQ(ask(), Decision::Try);
+    EXPECT_EQ(onDisk(), PinHistory::Accepted);
 }
 
 TEST_F(StoredPinGateTest, aRefusalThatCannotBeRecordedStillHolds)

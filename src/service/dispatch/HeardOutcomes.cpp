@@ -1,0 +1,30 @@
+#include "service/dispatch/HeardOutcomes.h"
+
+#include "service/store/Store.h"
+
+#include <QDebug>
+
+HeardOutcomes::HeardOutcomes(Store &store, int retryMs, QObject *parent)
+    : QObject(parent), m_store(store), m_retryMs(retryMs)
+{
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &HeardOutcomes::note);
+}
+
+void HeardOutcomes::add(qint64 outcome)
+{
+    m_unnoted.insert(outcome);
+    if (!m_timer.isActive())
+        m_timer.start(0);
+}
+
+void HeardOutcomes::note()
+{
+    try {
+        m_store.markReported(m_unnoted.values());
+        m_unnoted.clear();
+    } catch (const StoreFailure &failure) {
+        qWarning() << "what was told could not be noted:" << failure.text();
+        m_timer.start(m_retryMs);
+    }
+}

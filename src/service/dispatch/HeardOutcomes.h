@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+
+class Store;
+
+/// Failures that a listener was told of. What was told is noted in the store afterwards: an engine
+/// that ends in between tells it once more, where the other order could leave it untold for ever.
+class HeardOutcomes : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param store    must outlive this object
+    /// @param retryMs  between two tries to note it
+    HeardOutcomes(Store &store, int retryMs, QObject *parent = nullptr);
+
+    void add(qint64 outcome);
+    /// Whether it was told already, noted or not.
+    bool contains(qint64 outcome) const { return m_unnoted.contains(outcome); }
+
+private:
+    void note();
+
+    Store &m_store;
+    const int m_retryMs;
+    QSet<qint64> m_unnoted;
+    QTimer m_timer;
+};

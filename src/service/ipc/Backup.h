@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QString>
+
+/// Copies the store, while an engine may be at work on it, to a file of its own, for its owner
+/// alone. Nothing is overwritten, and no half copy is left.
+/// @return the reason why not, empty when the copy is there and on the disk
+QString backUp(const QString &storeFile, const QString &target);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <optional>
+
+/// What the program tells of itself on standard error, a line each: to the journal with the
+/// priority that it takes ("<4>..."), else with the time. Neither texts of messages nor PINs are
+/// given to it.
+namespace EngineLog {
+
+enum class Level { Error, Warning, Info, Debug };
+
+/// "error", "warning", "info" or "debug".
+std::optional<Level> levelNamed(const QString &name);
+
+/// Whether a message of this type is told at `level`.
+bool isTold(QtMsgType type, Level level);
+
+/// The line for the journal: what would end it early, or steer a terminal, is a space.
+QString journalLine(QtMsgType type, const QString &message);
+
+/// The line for everything else. @param time  as it is to stand in front
+QString plainLine(QtMsgType type, const QString &message, const QString &time);
+
+/// Takes over everything that is logged from now on.
+void install(Level level);
+
+} // namespace EngineLog

@@ -1,0 +1,5 @@
+#pragma once
+
+/// Whether standard error leads to the system's journal, which keeps the time itself and takes a
+/// line's level from a prefix.
+bool standardErrorIsJournal();

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QHash>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+
+/// The statements of one connection, each prepared once.
+class Statements
+{
+public:
+    void setDatabase(const QSqlDatabase &database) { m_database = database; }
+    /// Lets go of the connection, which can't be closed before.
+    void drop();
+
+private:
+    friend class Statement;
+
+    QSqlDatabase m_database;
+    QHash<QLatin1String, QSqlQuery> m_prepared;
+};
+
+/// The use of a prepared statement: from binding its values to the last row, after which it holds
+/// nothing open. A statement is used once at a time.
+class Statement
+{
+public:
+    /// @param text  lives as long as the program
+    /// @throws StoreFailure
+    Statement(Statements &statements, const char *text);
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+    ~Statement() { m_query.finish(); }
+
+    /// Runs it with these values in the places of its question marks.
+    /// @throws StoreFailure
+    void run(const QVariantList &values = {});
+
+    /// Goes to the next row.
+    /// @return false if there is none
+    /// @throws StoreFailure
+    bool next();
+    QVariant value(int column) const { return m_query.value(column); }
+    /// The id of the row that the last run inserted; to be asked at once.
+    qint64 lastId() const { return m_query.lastInsertId().toLongLong(); }
+    /// How many rows the last run changed; to be asked at once.
+    int changedRows() const { return m_query.numRowsAffected(); }
+
+private:
+    static QSqlQuery &find(Statements &statements, QLatin1String text);
+
+    QSqlQuery &m_query;
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+/// What the dispatcher asks again and again, however many messages wait. None of these may read the
+/// whole queue.
+namespace StoreQueries {
+
+#define NORVANE_MESSAGE                                                                            \
+    "SELECT id, delivery_date, due, phone, text, attempts, parts_sent, reference, original_date "  \
+    "FROM message "
+
+// What is in doubt is reported, and never sent by itself, whatever else happens.
+inline constexpr char First[] = NORVANE_MESSAGE "WHERE state <> 1 ORDER BY due, id LIMIT 1";
+inline constexpr char FirstDue[] = "SELECT due FROM message ORDER BY due, id LIMIT 1";
+// The index holds the messages in progress alone; the second condition tells that it will do.
+inline constexpr char Interrupted[] =
+    NORVANE_MESSAGE "WHERE state = 1 AND state <> 0 ORDER BY due, id";
+inline constexpr char ReleaseBetweenParts[] =
+    "UPDATE message SET state = 0 WHERE state = 2 AND state <> 0";
+inline constexpr char HoldPartlySent[] =
+    "UPDATE message SET state = 2 WHERE state = 0 AND parts_sent > 0";
+
+#undef NORVANE_MESSAGE
+
+inline constexpr char BeginPart[] =
+    "UPDATE message SET state = 1, reference = ?, part_hash = ? WHERE id = ?";
+inline constexpr char EndPart[] = "UPDATE message SET state = 2, parts_sent = ? WHERE id = ?";
+// A message of which parts were accepted stays in progress while it waits for the others.
+#define NORVANE_WAITING "state = CASE WHEN parts_sent > 0 THEN 2 ELSE 0 END"
+inline constexpr char CancelPart[] = "UPDATE message SET " NORVANE_WAITING " WHERE id = ?";
+inline constexpr char Postpone[] =
+    "UPDATE message SET " NORVANE_WAITING ", attempts = ?, delivery_date = ?, due = ? WHERE id = ?";
+#undef NORVANE_WAITING
+inline constexpr char KeepOutcome[] =
+    "INSERT INTO outcome (message_id, delivery_date, phone, text, code, network_reference, at, "
+    "reported) SELECT id, original_date, phone, text, ?, ?, ?, ? FROM message WHERE id = ?";
+inline constexpr char RemoveMessage[] = "DELETE FROM message WHERE id = ?";
+inline constexpr char UnreportedFailures[] =
+    "SELECT id, phone, text, code FROM outcome WHERE reported = 0 ORDER BY id";
+inline constexpr char PruneOutcomes[] =
+    "DELETE FROM outcome WHERE id IN "
+    "(SELECT id FROM outcome WHERE reported = 1 AND at < ? ORDER BY at LIMIT ?)";
+
+} // namespace StoreQueries

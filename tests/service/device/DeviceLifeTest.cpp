@@ -1,0 +1,111 @@
+#include "DeviceProcess.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Processor time that a process has used so far.
+double cpuMilliseconds(qint64 pid)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray line = file.readAll();
+    // The numbers behind "pid (name)": state is the first, user and system time the 12th and 13th.
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    return (fields.value(11).toDouble() + fields.value(12).toDouble()) * 1000 /
+           static_cast<double>(::sysconf(_SC_CLK_TCK));
+}
+
+class DeviceLife : public DeviceProcess
+{
+protected:
+    QString place() const { return m_place.filePath(QStringLiteral("modem")); }
+
+    QTemporaryDir m_place;
+};
+
+TEST_F(DeviceLife, aDeviceThatIsAbsentAtTheStartIsToldOnceByItsNameAndFoundWhenItComes)
+{
+    startHeard();
+    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    use(place());
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("WarningError -2")));
+    EXPECT_TRUE(m_listener->heard.contains(QStringLiteral("WarningError -2 ") + place()));
+    const double before = cpuMilliseconds(m_engine.processId());
+    QElapsedTimer passed;
+    passed.start();
+    ASSERT_TRUE(until([&] { return passed.hasExpired(3000); }));
+    EXPECT_LT(cpuMilliseconds(m_engine.processId()) - before, 600);
+
+    plugIn();
+    ASSERT_TRUE(QFile::link(QFileInfo(m_device->link()).canonicalFilePath(), place()));
+    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
+    EXPECT_EQ(count(QStringLiteral("WarningError")), 1);
+    EXPECT_EQ(m_device->messages().size(), 1);
+}
+
+TEST_F(DeviceLife, aProgramThatHoldsTheDeviceIsNamed)
+{
+    plugIn();
+    PortClient other(m_device->link());
+    ASSERT_EQ(::ioctl(other.descriptor(), TIOCEXCL), 0);
+    startHeard();
+    use(m_device->link());
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("WarningError -4")));
+    const QString holder = QStringLiteral("(%1)").arg(QCoreApplication::applicationPid());
+    EXPECT_TRUE(
+        m_listener->heard.filter(QStringLiteral("WarningError -4")).first().contains(holder))
+        << m_listener->heard.join(u'\n').toStdString();
+    ASSERT_EQ(::ioctl(other.descriptor(), TIOCNXCL), 0);
+    other.close();
+    ASSERT_TRUE(hears(QStringLiteral("DeviceInfo")));
+}
+
+TEST_F(DeviceLife, unpluggedInMidMessageTheMessageIsReportedAndTheNextOneGoesWhenItIsBack)
+{
+    plugIn({QStringLiteral("--drop-after"), QStringLiteral("1"), QStringLiteral("--lose-answer")});
+    ASSERT_TRUE(QFile::link(QFileInfo(m_device->link()).canonicalFilePath(), place()));
+    startHeard();
+    addSMS(QStringLiteral("600"), QStringLiteral("first"), QStringLiteral("2024-05-01T12:00:00"));
+    addSMS(QStringLiteral("601"), QStringLiteral("second"), QStringLiteral("2024-05-01T12:00:01"));
+    use(place());
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("SMSSentFailed 600 first -39")));
+    EXPECT_EQ(m_device->messages().size(), 1);
+    plugIn();
+    ASSERT_TRUE(QFile::remove(place()));
+    ASSERT_TRUE(QFile::link(QFileInfo(m_device->link()).canonicalFilePath(), place()));
+    ASSERT_TRUE(hears(QStringLiteral("SMSSent 601 second")));
+    EXPECT_EQ(m_device->messages().size(), 1);
+    EXPECT_EQ(callForNumber("GetQueueSize"), 0);
+}
+
+TEST_F(DeviceLife, threeRefusalsOfADeviceThatFailsAreToldOnceAndCostTheMessageNothing)
+{
+    plugIn({QStringLiteral("--fail-every"), QStringLiteral("1"), QStringLiteral("--fail-code"),
+            QStringLiteral("310")});
+    startHeard();
+    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    use(m_device->link());
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("WarningError -29")));
+    EXPECT_GE(count(QStringLiteral("DeviceInfo")), 3);
+    plugIn();
+    m_listener->heard.removeIf(
+        [](const QString &event) { return event.startsWith(QLatin1String("DeviceInfo")); });
+    EXPECT_EQ(count(QStringLiteral("WarningError -29")), 1);
+    use(m_device->link());
+    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
+}
+
+} // namespace

@@ -1,0 +1,57 @@
+#include "service/dispatch/HeardOutcomes.h"
+
+#include "service/store/OtherConnection.h"
+#include "service/store/StoreFixture.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+namespace {
+
+class HeardOutcomesTest : public StoreFixture
+{
+protected:
+    qint64 failedMessage()
+    {
+        return m_store->finish(add(noon()), -36, std::nullopt, noon(), false);
+    }
+
+    bool allNoted()
+    {
+        const QDeadlineTimer deadline(5000);
+        while (!m_store->unreportedFailures().isEmpty() && !deadline.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        return m_store->unreportedFailures().isEmpty();
+    }
+};
+
+TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
+{
+    HeardOutcomes heard(*m_store, 20);
+    const qint64 first = failedMessage();
+    const qint64 second = failedMessage();
+    heard.add(first);
+    heard.add(second);
+    EXPECT_EQ(m_store->unreportedFailures().size(), 2);
+    EXPECT_TRUE(heard.contains(first));
+    EXPECT_TRUE(allNoted());
+    EXPECT_FALSE(heard.contains(first));
+}
+
+TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
+{
+    HeardOutcomes heard(*m_store, 20);
+    const qint64 outcome = failedMessage();
+    OtherConnection other(file());
+    other.lock();
+    heard.add(outcome);
+    const QDeadlineTimer deadline(200);
+    while (!deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_TRUE(heard.contains(outcome));
+    EXPECT_EQ(m_store->unreportedFailures().size(), 1);
+    other.unlock();
+    EXPECT_TRUE(allNoted());
+}
+
+} // namespace

@@ -1,0 +1,128 @@
+#include "../../simulator/RunningSimulator.h"
+#include "EngineProcess.h"
+
+#include "service/store/OtherConnection.h"
+
+#include <QElapsedTimer>
+
+namespace {
+
+/// An engine that is ended while a part is on its way.
+class EngineEnd : public EngineProcess
+{
+protected:
+    /// Starts the engine with a device, and waits until the one message's part has left.
+    void startSending(const QStringList &simulatorOptions)
+    {
+        device = std::make_unique<RunningSimulator>(simulatorOptions);
+        ASSERT_TRUE(device->isReady());
+        ASSERT_EQ(
+            run({QStringLiteral("--device"), device->link() + QStringLiteral(", 115200")}).exitCode,
+            0);
+        startEngine();
+        send(QStringLiteral("600111222"));
+        ASSERT_TRUE(
+            until([] { return numberOf("SELECT COUNT(*) FROM message WHERE state = 1") == 1; }));
+    }
+    virtual void startEngine() { start(); }
+    virtual void send(const QString &phone)
+    {
+        addSMS(phone, QStringLiteral("text"), QStringLiteral("2024-01-01T00:00:00"));
+        call("StartEngine");
+    }
+    static int numberOf(const char *query)
+    {
+        return OtherConnection(storeFile()).value(QLatin1String(query)).toInt();
+    }
+    void expectItFinished() const
+    {
+        EXPECT_EQ(device->messages().size(), 1);
+        EXPECT_EQ(numberOf("SELECT COUNT(*) FROM outcome WHERE code = 1"), 1);
+        EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message"), 0);
+    }
+
+    std::unique_ptr<RunningSimulator> device;
+};
+
+TEST_F(EngineEnd, thePartInProgressIsFinishedAndNothingElseBegun)
+{
+    startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
+    addSMS(QStringLiteral("600111333"), QStringLiteral("text"),
+           QStringLiteral("2024-01-01T00:00:00"));
+    stop();
+    EXPECT_EQ(device->messages().size(), 1);
+    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM outcome WHERE code = 1"), 1);
+    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message"), 1);
+    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message WHERE state <> 0"), 0);
+}
+
+TEST_F(EngineEnd, aPartThatIsNotAnsweredInTimeIsLeftAndReportedAndNeverSentAgain)
+{
+    startSending({QStringLiteral("--latency"), QStringLiteral("600000")});
+    QElapsedTimer taken;
+    taken.start();
+    stop();
+    EXPECT_GE(taken.elapsed(), 15'000);
+    EXPECT_LT(taken.elapsed(), 25'000);
+    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message WHERE state = 1"), 1);
+
+    start();
+    Listener listener(QDBusConnection::sessionBus());
+    call("ReportState");
+    EXPECT_TRUE(until([&] {
+        return listener.has(QStringLiteral("SMSSentFailed 600111222 text -39")) &&
+               listener.has(QStringLiteral("WarningError -39"));
+    }));
+    EXPECT_EQ(callForNumber("GetQueueSize"), 0);
+    EXPECT_LE(device->messages().size(), 1);
+}
+
+/// On a bus of its own that ends before the engine.
+class EngineOnDyingBus : public EngineEnd
+{
+protected:
+    EngineOnDyingBus()
+    {
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                        QStringLiteral("--print-address")});
+        EXPECT_TRUE(m_daemon.waitForReadyRead());
+        m_address = QString::fromLatin1(m_daemon.readLine()).trimmed();
+    }
+
+    void startEngine() override
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_address);
+        m_engine.setProcessEnvironment(environment);
+        m_engine.start();
+    }
+    void send(const QString &phone) override
+    {
+        const QString name = QStringLiteral("dying");
+        {
+            const QDBusConnection bus = QDBusConnection::connectToBus(m_address, name);
+            ASSERT_TRUE(until([&] { return isOnBus(bus); }));
+            call("AddSMS", {phone, QStringLiteral("text"), QStringLiteral("2024-01-01T00:00:00")},
+                 bus);
+            call("StartEngine", {}, bus);
+        }
+        QDBusConnection::disconnectFromBus(name);
+    }
+
+    QProcess m_daemon;
+    QString m_address;
+};
+
+TEST_F(EngineOnDyingBus, thePartInProgressIsFinished)
+{
+    startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
+    m_daemon.kill();
+    ASSERT_TRUE(m_daemon.waitForFinished());
+    ASSERT_TRUE(m_engine.waitForFinished(25'000));
+    EXPECT_EQ(m_engine.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(m_engine.exitCode(), 0);
+    expectItFinished();
+}
+
+} // namespace
