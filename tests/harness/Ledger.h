@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// What became of every message, counted from the device's side against the store. Each message has
+// a phone of its own, by which it is known again.
+
+enum class Queued {
+    Answered,   ///< AddSMS answered: the message is the engine's
+    Unanswered, ///< the engine ended within the call, which may have been in time
+    Refused,    ///< AddSMS failed: the message is not the engine's
+};
+
+struct QueuedMessage
+{
+    QString phone;
+    QString text;
+    Queued how = Queued::Answered;
+};
+
+/// A part as the device accepted it.
+struct ReceivedPart
+{
+    QString phone;
+    QString text;
+    int part = 1;
+    int parts = 1;
+};
+
+/// A row of the queue.
+struct WaitingMessage
+{
+    QString phone;
+    int state = 0; ///< 0 waiting, 1 a part is leaving, 2 between two parts
+    int partsSent = 0;
+};
+
+struct MessageOutcome
+{
+    QString phone;
+    int code = 0; ///< 1 sent, else the error code
+};
+
+struct Account
+{
+    QList<QueuedMessage> queued;
+    QList<ReceivedPart> received;
+    QList<WaitingMessage> waiting;
+    QList<MessageOutcome> outcomes;
+    /// Failures as the engine told them, in the order of telling.
+    QList<MessageOutcome> told;
+};
+
+struct Tally
+{
+    // What may be.
+    int queued = 0;
+    int sent = 0;
+    int failed = 0;
+    int arrived = 0; ///< of the failed ones with -39: received whole all the same
+    int waiting = 0;
+
+    // What must not be.
+    int twice = 0;   ///< received twice, in two places, or about to be sent again
+    int lost = 0;    ///< nowhere, or told as sent and not received
+    int untrue = 0;  ///< received whole and told as failed for good, or received with another text
+    int strange = 0; ///< received, waiting or told, and never queued
+    int untold = 0;  ///< failures that the engine told never, twice, or with another code
+    int uncommitted = 0; ///< left for the network before the store knew
+    int stuck = 0;       ///< what was waited for did not come
+
+    int cycles = 0;
+    QStringList faults; ///< what must not be, in words
+
+    bool isClean() const;
+    /// "cycles=50 queued=210 …"
+    QString line() const;
+    /// Adds what line() gave.
+    void addLine(const QString &line);
+    void fault(int Tally::*kind, const QString &text);
+};
+
+Tally count(const Account &account);

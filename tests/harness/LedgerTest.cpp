@@ -1,0 +1,178 @@
+#include "harness/Ledger.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// One message of each kind, all of them as they should be.
+Account soundAccount()
+{
+    Account account;
+    account.queued = {{QStringLiteral("1"), QStringLiteral("one part")},
+                      {QStringLiteral("2"), QStringLiteral("two parts")},
+                      {QStringLiteral("3"), QStringLiteral("may be delivered, and was")},
+                      {QStringLiteral("4"), QStringLiteral("may be delivered, and was not")},
+                      {QStringLiteral("5"), QStringLiteral("waits")},
+                      {QStringLiteral("6"), QStringLiteral("waits between its parts")},
+                      {QStringLiteral("7"), QStringLiteral("refused")},
+                      {QStringLiteral("8"), QStringLiteral("never came"), Queued::Unanswered},
+                      {QStringLiteral("9"), QStringLiteral("no room"), Queued::Refused}};
+    account.received = {{QStringLiteral("1"), QStringLiteral("one part")},
+                        {QStringLiteral("2"), QStringLiteral("two "), 1, 2},
+                        {QStringLiteral("2"), QStringLiteral("parts"), 2, 2},
+                        {QStringLiteral("3"), QStringLiteral("may be delivered, and was")},
+                        {QStringLiteral("6"), QStringLiteral("waits "), 1, 2}};
+    account.outcomes = {{QStringLiteral("1"), 1},
+                        {QStringLiteral("2"), 1},
+                        {QStringLiteral("3"), -39},
+                        {QStringLiteral("4"), -39},
+                        {QStringLiteral("7"), -36}};
+    account.waiting = {{QStringLiteral("5"), 0, 0}, {QStringLiteral("6"), 2, 1}};
+    account.told = {
+        {QStringLiteral("3"), -39}, {QStringLiteral("4"), -39}, {QStringLiteral("7"), -36}};
+    return account;
+}
+
+template <typename Record>
+void remove(QList<Record> &records, const char *phone)
+{
+    records.removeIf([&](const Record &record) { return record.phone == QLatin1String(phone); });
+}
+
+} // namespace
+
+TEST(Ledger, aSoundAccountIsClean)
+{
+    const Tally tally = count(soundAccount());
+    EXPECT_TRUE(tally.isClean()) << tally.faults.join(u'\n').toStdString();
+    EXPECT_EQ(tally.line().toStdString(),
+              "cycles=0 queued=9 sent=2 failed=3 arrived=1 waiting=2 twice=0 lost=0 untrue=0 "
+              "strange=0 untold=0 uncommitted=0 stuck=0");
+}
+
+struct Doctored
+{
+    const char *name;
+    void (*doctor)(Account &account);
+    int Tally::*kind;
+};
+
+class DoctoredAccount : public testing::TestWithParam<Doctored>
+{};
+
+TEST_P(DoctoredAccount, isNoticedAsWhatItIs)
+{
+    Account account = soundAccount();
+    GetParam().doctor(account);
+    const Tally tally = count(account);
+    EXPECT_FALSE(tally.isClean());
+    EXPECT_EQ(tally.*GetParam().kind, 1) << tally.line().toStdString();
+    EXPECT_EQ(tally.twice + tally.lost + tally.untrue + tally.strange + tally.untold, 1)
+        << tally.faults.join(u'\n').toStdString();
+    EXPECT_EQ(tally.faults.size(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ledger, DoctoredAccount,
+    testing::Values(
+        Doctored{"aMessageReceivedTwice",
+                 [](Account &account) { account.received.append(account.received.at(0)); },
+                 &Tally::twice},
+        Doctored{"aPartReceivedTwice",
+                 [](Account &account) { account.received.append(account.received.at(2)); },
+                 &Tally::twice},
+        Doctored{"aMessageThatMayBeDeliveredReceivedTwice",
+                 [](Account &account) { account.received.append(account.received.at(3)); },
+                 &Tally::twice},
+        Doctored{"aMessageThatIsSentAndWaits",
+                 [](Account &account) {
+                     account.waiting.append({QStringLiteral("4"), 0, 0});
+                 },
+                 &Tally::twice},
+        Doctored{"aMessageThatWaitsAndWasReceived",
+                 [](Account &account) {
+                     account.received.append({QStringLiteral("5"), QStringLiteral("waits")});
+                 },
+                 &Tally::twice},
+        Doctored{"aPartThatWaitsAndWasReceived",
+                 [](Account &account) { account.waiting[1].partsSent = 0; }, &Tally::twice},
+        Doctored{"aSecondOutcome",
+                 [](Account &account) {
+                     account.outcomes.append({QStringLiteral("1"), 1});
+                 },
+                 &Tally::twice},
+        Doctored{"aMessageThatIsNowhere", [](Account &account) { remove(account.waiting, "5"); },
+                 &Tally::lost},
+        Doctored{"aMessageToldAsSentAndNotReceived",
+                 [](Account &account) { remove(account.received, "1"); }, &Tally::lost},
+        Doctored{"aMessageToldAsSentWithoutItsLastPart",
+                 [](Account &account) { account.received.removeAt(2); }, &Tally::lost},
+        Doctored{"aPartCountedAsSentAndNotReceived",
+                 [](Account &account) { remove(account.received, "6"); }, &Tally::lost},
+        Doctored{"anUnansweredMessageReceivedAndForgotten",
+                 [](Account &account) {
+                     account.received.append({QStringLiteral("8"), QStringLiteral("never came")});
+                 },
+                 &Tally::lost},
+        Doctored{"aMessageToldAsFailedForGoodAndReceived",
+                 [](Account &account) {
+                     account.received.append({QStringLiteral("7"), QStringLiteral("refused")});
+                 },
+                 &Tally::untrue},
+        Doctored{"anotherText",
+                 [](Account &account) { account.received[0].text = QStringLiteral("one"); },
+                 &Tally::untrue},
+        Doctored{"aMessageThatNobodyQueued",
+                 [](Account &account) {
+                     account.received.append({QStringLiteral("77"), QStringLiteral("?")});
+                 },
+                 &Tally::strange},
+        Doctored{"aMessageThatWasRefusedAndWaits",
+                 [](Account &account) {
+                     account.waiting.append({QStringLiteral("9"), 0, 0});
+                 },
+                 &Tally::strange},
+        Doctored{"aFailureNeverTold", [](Account &account) { remove(account.told, "7"); },
+                 &Tally::untold},
+        Doctored{"aFailureToldTwice",
+                 [](Account &account) { account.told.append(account.told.at(0)); }, &Tally::untold},
+        Doctored{"aFailureToldWithAnotherCode",
+                 [](Account &account) { account.told[2].code = -39; }, &Tally::untold},
+        Doctored{"aSentMessageToldAsFailed",
+                 [](Account &account) {
+                     account.told.append({QStringLiteral("1"), -39});
+                 },
+                 &Tally::untold}),
+    [](const testing::TestParamInfo<Doctored> &tested) { return tested.param.name; });
+
+TEST(Ledger, aPartThatIsLeavingMayHaveBeenReceivedOrNot)
+{
+    Account account = soundAccount();
+    account.waiting[0].state = 1;
+    EXPECT_TRUE(count(account).isClean());
+    account.received.append({QStringLiteral("5"), QStringLiteral("waits")});
+    EXPECT_TRUE(count(account).isClean());
+}
+
+TEST(Ledger, lanesAreAddedUpWithEveryNumber)
+{
+    Tally all;
+    all.addLine(QStringLiteral("cycles=1 queued=2 sent=3 failed=4 arrived=5 waiting=6 twice=7 "
+                               "lost=8 untrue=9 strange=10 untold=11 uncommitted=12 stuck=13"));
+    all.addLine(QStringLiteral("cycles=1 queued=1 sent=1 failed=1 arrived=1 waiting=1 twice=1 "
+                               "lost=1 untrue=1 strange=1 untold=1 uncommitted=1 stuck=1"));
+    EXPECT_EQ(all.line().toStdString(),
+              "cycles=2 queued=3 sent=4 failed=5 arrived=6 waiting=7 twice=8 lost=9 untrue=10 "
+              "strange=11 untold=12 uncommitted=13 stuck=14");
+}
+
+TEST(Ledger, eachKindOfFaultAloneIsNotClean)
+{
+    for (int Tally::*const kind : {&Tally::twice, &Tally::lost, &Tally::untrue, &Tally::strange,
+                                   &Tally::untold, &Tally::uncommitted, &Tally::stuck}) {
+        Tally tally;
+        EXPECT_TRUE(tally.isClean());
+        tally.fault(kind, QStringLiteral("what"));
+        EXPECT_FALSE(tally.isClean());
+    }
+}

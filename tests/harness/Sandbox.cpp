@@ -1,0 +1,160 @@
+#include "harness/Sandbox.h"
+
+#include "engine/contract/BusTypes.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QTimer>
+
+#include <csignal>
+
+#include <sys/prctl.h>
+
+namespace {
+
+constexpr int lookInterval = 5; // ms
+
+QString engineProgram()
+{
+    return QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
+}
+
+} // namespace
+
+bool eventually(const std::function<bool()> &condition, int limitMs)
+{
+    const QDeadlineTimer deadline(limitMs);
+    QTimer alarm;
+    alarm.start(lookInterval);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return condition();
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+FailureListener::FailureListener(const QDBusConnection &bus)
+{
+    QDBusConnection(bus).connect(QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+                                 QLatin1String(Bus::InterfaceName), QStringLiteral("SMSSentFailed"),
+                                 this, SLOT(hear(QString, QString, int)));
+}
+
+void FailureListener::hear(const QString &phone, const QString & /*text*/, int code)
+{
+    heard.append({phone, code});
+}
+
+Sandbox::Sandbox()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *const name : {"config", "data", "runtime"}) {
+        QDir().mkpath(path(QLatin1String(name)));
+        QFile::setPermissions(path(QLatin1String(name)),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("data")));
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), path(QStringLiteral("runtime")));
+    m_engine.setProcessEnvironment(environment);
+    m_engine.setProgram(engineProgram());
+    m_engine.setStandardErrorFile(logFile(), QIODevice::Append);
+    m_engine.setStandardOutputFile(QProcess::nullDevice());
+    m_engine.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    Bus::registerTypes();
+}
+
+Sandbox::~Sandbox()
+{
+    kill();
+}
+
+QString Sandbox::storeFolder() const
+{
+    return path(QStringLiteral("data/TovekSMService"));
+}
+
+QString Sandbox::storeFile() const
+{
+    return storeFolder() + QStringLiteral("/queue.sqlite");
+}
+
+void Sandbox::setVariable(const QString &name, const QString &value)
+{
+    QProcessEnvironment environment = m_engine.processEnvironment();
+    environment.insert(name, value);
+    m_engine.setProcessEnvironment(environment);
+}
+
+bool Sandbox::writeSettings(const QByteArray &text) const
+{
+    const QString folder = path(QStringLiteral("config/Norvane"));
+    QFile file(folder + QStringLiteral("/TovekSMService.ini"));
+    return QDir().mkpath(folder) && file.open(QIODevice::WriteOnly) &&
+           file.write(text) == text.size();
+}
+
+bool Sandbox::storeDevice(const QString &parameter)
+{
+    QProcess command;
+    command.setProcessEnvironment(m_engine.processEnvironment());
+    command.start(engineProgram(), {QStringLiteral("--device"), parameter});
+    return command.waitForFinished(20'000) && command.exitStatus() == QProcess::NormalExit &&
+           command.exitCode() == 0;
+}
+
+void Sandbox::start()
+{
+    m_engine.start();
+    m_engine.waitForStarted();
+}
+
+bool Sandbox::isOnBus() const
+{
+    const QDBusReply<uint> owner =
+        m_bus.connection().interface()->servicePid(QLatin1String(Bus::ServiceName));
+    return owner.isValid() && owner.value() == static_cast<uint>(pid());
+}
+
+bool Sandbox::waitForBus(int limitMs)
+{
+    return eventually([this] { return !isUp() || isOnBus(); }, limitMs) && isUp();
+}
+
+void Sandbox::kill()
+{
+    if (!isUp())
+        return;
+    m_engine.kill();
+    m_engine.waitForFinished();
+}
+
+bool Sandbox::stop()
+{
+    if (!isUp())
+        return true;
+    m_engine.terminate();
+    return m_engine.waitForFinished(30'000) && m_engine.exitStatus() == QProcess::NormalExit &&
+           m_engine.exitCode() == 0;
+}
+
+QDBusMessage Sandbox::call(const char *operation, const QVariantList &arguments) const
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+        QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+    message.setArguments(arguments);
+    // An engine that has ended is not to be started by the bus.
+    message.setAutoStartService(false);
+    return m_bus.connection().call(message);
+}
+
+int Sandbox::queueSize() const
+{
+    const QDBusMessage answer = call("GetQueueSize");
+    return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0).toInt() : -1;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "harness/World.h"
+
+#include <optional>
+
+/// Ends the engine as a crash does, at every step of handing a part to the device, and starts it
+/// again.
+Tally runKill(const RunOptions &options);
+
+/// Cuts the line at every byte of handing a message to the device; the engine lives on.
+Tally runCut(const RunOptions &options);
+
+/// The disk is full from each write on that sending needs, and has room again afterwards.
+Tally runFullDisk(const RunOptions &options);
+
+/// A small disk that is really full.
+/// @return nothing where this process may not mount one
+std::optional<Tally> runSmallDisk(const RunOptions &options);
+
+/// Noise, talk that nobody asked for, slow and lost answers, refusals, and a device that goes.
+Tally runWeather(const RunOptions &options);

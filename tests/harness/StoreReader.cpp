@@ -1,0 +1,93 @@
+#include "harness/StoreReader.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QUuid>
+
+namespace {
+
+/// A connection for one look, in whatever thread it is.
+class Look
+{
+public:
+    explicit Look(const QString &file) : m_name(QUuid::createUuid().toString())
+    {
+        m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+        m_database.setDatabaseName(file);
+        m_database.setConnectOptions(
+            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=5000"));
+        m_open = m_database.open();
+    }
+
+    ~Look()
+    {
+        m_database = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_name);
+    }
+
+    Look(const Look &) = delete;
+    Look &operator=(const Look &) = delete;
+
+    /// @return a query without result when it can't be carried out
+    QSqlQuery ask(const QString &statement, const QVariantList &values = {}) const
+    {
+        QSqlQuery query(m_database);
+        query.setForwardOnly(true);
+        if (!m_open || !query.prepare(statement))
+            return query;
+        for (const QVariant &value : values)
+            query.addBindValue(value);
+        query.exec();
+        return query;
+    }
+
+private:
+    QString m_name;
+    QSqlDatabase m_database;
+    bool m_open = false;
+};
+
+} // namespace
+
+std::optional<bool> StoreReader::isLeaving(const QByteArray &partHash) const
+{
+    const Look look(m_file);
+    QSqlQuery query =
+        look.ask(QStringLiteral("SELECT COUNT(*) FROM message WHERE state = 1 AND part_hash = ?"),
+                 {partHash});
+    if (!query.next())
+        return std::nullopt;
+    return query.value(0).toInt() == 1;
+}
+
+bool StoreReader::read(Account &account) const
+{
+    const Look look(m_file);
+    QSqlQuery waiting = look.ask(QStringLiteral("SELECT phone, state, parts_sent FROM message"));
+    if (!waiting.isActive())
+        return false;
+    while (waiting.next())
+        account.waiting.append(
+            {waiting.value(0).toString(), waiting.value(1).toInt(), waiting.value(2).toInt()});
+    QSqlQuery outcomes = look.ask(QStringLiteral("SELECT phone, code FROM outcome ORDER BY id"));
+    if (!outcomes.isActive())
+        return false;
+    while (outcomes.next())
+        account.outcomes.append({outcomes.value(0).toString(), outcomes.value(1).toInt()});
+    return true;
+}
+
+int StoreReader::due(const QString &moment) const
+{
+    const Look look(m_file);
+    QSqlQuery query =
+        look.ask(QStringLiteral("SELECT COUNT(*) FROM message WHERE due <= ?"), {moment});
+    return query.next() ? query.value(0).toInt() : -1;
+}
+
+QString StoreReader::check() const
+{
+    const Look look(m_file);
+    QSqlQuery query = look.ask(QStringLiteral("PRAGMA integrity_check"));
+    return query.next() ? query.value(0).toString() : QStringLiteral("the store can't be read");
+}

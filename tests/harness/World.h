@@ -1,0 +1,73 @@
+#pragma once
+
+#include "harness/LineProxy.h"
+#include "harness/Sandbox.h"
+#include "harness/StoreReader.h"
+#include "simulator/RunningSimulator.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <random>
+
+/// What a run is asked to do. A run may be one of several lanes, which share its cycles.
+struct RunOptions
+{
+    QString scenario;
+    int cycles = 0; ///< 0: as many as the scenario has of its own
+    int lanes = 1;
+    int lane = 0;
+    quint32 seed = 1;
+    bool patient = false; ///< with the cases that take minutes
+
+    /// Whether the cycle of this number is this lane's.
+    bool isMine(int cycle) const { return cycle % lanes == lane; }
+};
+
+enum class Shape { Short, OnePart, TwoParts, ThreeParts, Unicode };
+
+/// An engine, a simulated device and the line between them; and the account of what was queued.
+class World
+{
+public:
+    explicit World(const RunOptions &options);
+
+    Sandbox sandbox;
+    LineProxy line;
+
+    /// Plugs in a device, stores where it is, and starts the engine.
+    bool begin(const QStringList &simulatorOptions = {});
+    /// A device that follows one that has ended.
+    bool plugInAnother(const QStringList &simulatorOptions);
+    const RunningSimulator &device() const { return *m_device; }
+    bool deviceHasGone();
+
+    /// Queues messages that are due, in one call.
+    void queue(const QList<Shape> &shapes);
+    /// Whether nothing waits any more.
+    bool isDone() const { return sandbox.queueSize() == 0; }
+    /// Notes something that was waited for and did not come.
+    void stuck(const QString &what);
+
+    int random(int least, int most);
+
+    /// Lets the engine finish what is due, ends it, and counts.
+    Tally close(int cycles);
+
+private:
+    void checkCommitted(const QByteArray &payload);
+    QueuedMessage makeMessage(Shape shape);
+    void collectReceived();
+    void hearFailures(Account &account);
+
+    const RunOptions m_options;
+    std::unique_ptr<RunningSimulator> m_device;
+    Account m_account;
+    Tally m_problems;
+    std::atomic<int> m_uncommitted = 0;
+    int m_made = 0;
+    std::mt19937 m_random;
+};
+
+/// The moment as the engine reads it.
+QString engineMoment(int secondsFromNow);
