@@ -1,0 +1,263 @@
+// The engine against a bare loop that talks the same way to the same simulated device, and keeps
+// nothing on disk: side by side, in turns. To be run under dbus-run-session.
+//
+//     throughput_bench [memory]
+
+#include "engine/SMSManagerProxy.h"
+#include "engine/contract/BusTypes.h"
+#include "service/modem/SubmitPdu.h"
+#include "simulator/RunningSimulator.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTextStream>
+#include <QThread>
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+QString phone()
+{
+    return QStringLiteral("912345678");
+}
+
+QString text(int number)
+{
+    return QStringLiteral("Su pedido %1 está listo.").arg(number, 6, 10, QLatin1Char('0'));
+}
+
+/// Counts the lines of a growing file without reading any of them twice.
+class LineCount
+{
+public:
+    explicit LineCount(const QString &path) : m_file(path) {}
+
+    int lines()
+    {
+        if (m_file.isOpen() || m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            m_lines += static_cast<int>(m_file.readAll().count('\n'));
+        return m_lines;
+    }
+
+private:
+    QFile m_file;
+    int m_lines = 0;
+};
+
+void waitForLines(LineCount &count, int lines)
+{
+    while (count.lines() < lines)
+        QThread::usleep(500);
+}
+
+/// What one run over the line took.
+struct Run
+{
+    double seconds = 0;
+    qint64 bytes = 0; ///< in both directions, where they were counted
+};
+
+Run bareLoop(const QStringList &options, int messages)
+{
+    const RunningSimulator simulator(options);
+    PortClient port(simulator.link());
+    for (const char *const command : {"AT", "ATE0", "AT+CMEE=1", "AT+CMGF=0"})
+        port.ask(command);
+    Run run;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < messages; ++i) {
+        const auto parts = std::get<QList<SubmitPart>>(encodeSubmit({phone(), text(i), 0, {}}));
+        const SubmitPart &part = parts.constFirst();
+        const QByteArray command = "AT+CMGS=" + QByteArray::number(part.length) + '\r';
+        port.write(command);
+        const QByteArray prompt = port.readUntil("> ");
+        port.write(part.hex + '\x1A');
+        const QByteArray answer = port.readUntil("OK\r\n");
+        run.bytes += command.size() + prompt.size() + part.hex.size() + 1 + answer.size();
+    }
+    run.seconds = static_cast<double>(timer.nsecsElapsed()) / 1e9;
+    return run;
+}
+
+/// An engine with a store of its own, which has a queue and isn't started yet.
+class Engine
+{
+public:
+    Engine(const RunningSimulator &simulator, int messages)
+    {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(simulator.folder() + QStringLiteral("/data")));
+        qputenv("XDG_CONFIG_HOME",
+                QFile::encodeName(simulator.folder() + QStringLiteral("/config")));
+        const QString program = QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
+        QProcess::execute(
+            program, {QStringLiteral("--device"), simulator.link() + QStringLiteral(", 115200")});
+        m_launcher = std::make_unique<ProcessEngineLauncher>(QDBusConnection::sessionBus(), program,
+                                                             Bus::CallTimeout);
+        m_proxy = std::make_unique<SMSManagerProxy>(*m_launcher);
+        add(messages);
+        m_pid =
+            QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::ServiceName));
+    }
+
+    ~Engine()
+    {
+        m_proxy.reset();
+        ::kill(static_cast<pid_t>(m_pid), SIGTERM);
+        while (QDBusConnection::sessionBus().interface()->isServiceRegistered(
+            QLatin1String(Bus::ServiceName)))
+            QThread::msleep(5);
+    }
+    Engine(const Engine &) = delete;
+    Engine &operator=(const Engine &) = delete;
+
+    void add(int messages)
+    {
+        SMSList list;
+        for (int i = 0; i < messages; ++i)
+            list.Add(phone(), text(i));
+        m_proxy->AddSMSList(list, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    }
+
+    /// From here on nobody listens to the engine.
+    void startAlone()
+    {
+        m_proxy->StartEngine();
+        m_proxy.reset();
+    }
+
+    /// Kilobytes that are the process's own, in memory.
+    qint64 memory() const
+    {
+        QFile file(QStringLiteral("/proc/%1/status").arg(m_pid));
+        if (!file.open(QIODevice::ReadOnly))
+            return 0;
+        for (const QByteArray &line : file.readAll().split('\n'))
+            if (line.startsWith("RssAnon:"))
+                return line.simplified().split(' ').value(1).toLongLong();
+        return 0;
+    }
+
+private:
+    std::unique_ptr<ProcessEngineLauncher> m_launcher;
+    std::unique_ptr<SMSManagerProxy> m_proxy;
+    uint m_pid = 0;
+};
+
+double engineSeconds(const QStringList &options, int messages)
+{
+    const RunningSimulator simulator(options);
+    LineCount log(simulator.logPath());
+    // The first message ends the talk that opens the device.
+    constexpr int warmUp = 1;
+    Engine engine(simulator, messages + warmUp);
+    engine.startAlone();
+    waitForLines(log, warmUp);
+    QElapsedTimer timer;
+    timer.start();
+    waitForLines(log, messages + warmUp);
+    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+/// Flushes to the disk a second, of one that writes a page at a time: what each commit waits for.
+double flushesASecond()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("pages")));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return 0;
+    const QByteArray page(4096, 'x');
+    constexpr int flushes = 1000;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < flushes; ++i) {
+        file.write(page);
+        ::fdatasync(file.handle());
+    }
+    return flushes * 1e9 / static_cast<double>(timer.nsecsElapsed());
+}
+
+void compare(const char *what, const QStringList &options, int messages, int rounds)
+{
+    std::vector<double> bare;
+    std::vector<double> engine;
+    Run run;
+    for (int round = 0; round < rounds; ++round) {
+        run = bareLoop(options, messages);
+        bare.push_back(messages / run.seconds);
+        engine.push_back(messages / engineSeconds(options, messages));
+    }
+    out() << what << ": bare loop " << QString::number(median(bare), 'f', 1) << ", engine "
+          << QString::number(median(engine), 'f', 1) << " messages a second, "
+          << QString::number(100 * median(engine) / median(bare), 'f', 1) << " %" << Qt::endl;
+}
+
+void compareWithLine(int baud, int messages)
+{
+    const QStringList options = {QStringLiteral("--baud"), QString::number(baud)};
+    const Run bare = bareLoop(options, messages);
+    const double engine = engineSeconds(options, messages);
+    constexpr double bitsOfAByte = 10; // 8N1
+    const double line = static_cast<double>(bare.bytes) * bitsOfAByte / baud;
+    const auto over = [&](double seconds) {
+        return QString::number(100 * (seconds / line - 1), 'f', 1);
+    };
+    out() << "--baud " << baud << ": the line's own time " << QString::number(line, 'f', 2)
+          << " s, bare loop " << over(bare.seconds) << " % over it, engine " << over(engine)
+          << " % over it" << Qt::endl;
+}
+
+void measureMemory()
+{
+    constexpr int messages = 100'000;
+    constexpr int step = 10'000;
+    const RunningSimulator simulator;
+    LineCount log(simulator.logPath());
+    Engine engine(simulator, messages);
+    engine.startAlone();
+    QElapsedTimer timer;
+    timer.start();
+    for (int sent = step; sent <= messages; sent += step) {
+        waitForLines(log, sent);
+        out() << sent << " sent after " << timer.elapsed() / 1000 << " s: " << engine.memory()
+              << " kB" << Qt::endl;
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (QCoreApplication::arguments().contains(QLatin1String("memory"))) {
+        measureMemory();
+        return 0;
+    }
+    out() << "flushes of a page: " << QString::number(flushesASecond(), 'f', 0) << " a second"
+          << Qt::endl;
+    compare("zero latency", {}, 5000, 5);
+    compare("--latency 200", {QStringLiteral("--latency"), QStringLiteral("200")}, 50, 1);
+    compareWithLine(9600, 50);
+    return 0;
+}
