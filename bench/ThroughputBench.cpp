@@ -5,12 +5,15 @@
 
 #include "engine/SMSManagerProxy.h"
 #include "engine/contract/BusTypes.h"
+#include "service/modem/Modem.h"
+#include "service/modem/QtSerialPortLine.h"
 #include "service/modem/SubmitPdu.h"
 #include "simulator/RunningSimulator.h"
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
@@ -93,6 +96,45 @@ Run bareLoop(const QStringList &options, int messages)
     }
     run.seconds = static_cast<double>(timer.nsecsElapsed()) / 1e9;
     return run;
+}
+
+/// The engine's own talk with the device, with nothing behind it.
+Run modemLoop(const QStringList &options, int messages)
+{
+    class OpenGate : public PinGate
+    {
+        Decision mayTry(const QString &, const QString &, std::optional<int>) override
+        {
+            return Decision::Try;
+        }
+        void accepted(const QString &, const QString &) override {}
+        void refused(const QString &, const QString &) override {}
+    };
+
+    const RunningSimulator simulator(options);
+    OpenGate gate;
+    Modem modem(std::make_unique<QtSerialPortLine>(), gate, ModemTimings());
+    QEventLoop loop;
+    QElapsedTimer timer;
+    int sent = 0;
+    const auto sendNext = [&] {
+        modem.send(
+            std::get<QList<SubmitPart>>(encodeSubmit({phone(), text(sent), 0, {}})).constFirst());
+    };
+    QObject::connect(&modem, &Modem::ready, &loop, [&] {
+        timer.start();
+        sendNext();
+    });
+    QObject::connect(&modem, &Modem::partAccepted, &loop, [&] {
+        if (++sent == messages)
+            loop.quit();
+        else
+            sendNext();
+    });
+    QObject::connect(&modem, &Modem::partFailed, &loop, [] { qFatal("a part was not taken"); });
+    modem.open({simulator.link(), 115200}, QString());
+    loop.exec();
+    return {static_cast<double>(timer.nsecsElapsed()) / 1e9, 0};
 }
 
 /// An engine with a store of its own, which has a queue and isn't started yet.
@@ -201,16 +243,20 @@ double flushesASecond()
 void compare(const char *what, const QStringList &options, int messages, int rounds)
 {
     std::vector<double> bare;
+    std::vector<double> modem;
     std::vector<double> engine;
-    Run run;
     for (int round = 0; round < rounds; ++round) {
-        run = bareLoop(options, messages);
-        bare.push_back(messages / run.seconds);
+        bare.push_back(messages / bareLoop(options, messages).seconds);
+        modem.push_back(messages / modemLoop(options, messages).seconds);
         engine.push_back(messages / engineSeconds(options, messages));
     }
-    out() << what << ": bare loop " << QString::number(median(bare), 'f', 1) << ", engine "
-          << QString::number(median(engine), 'f', 1) << " messages a second, "
-          << QString::number(100 * median(engine) / median(bare), 'f', 1) << " %" << Qt::endl;
+    const auto number = [](double value) { return QString::number(value, 'f', 1); };
+    out() << what << ": bare loop of reads and writes " << number(median(bare))
+          << ", the engine's modem with no store " << number(median(modem)) << ", engine "
+          << number(median(engine))
+          << " messages a second: " << number(100 * median(engine) / median(bare))
+          << " % of the first, " << number(100 * median(engine) / median(modem))
+          << " % of the second" << Qt::endl;
 }
 
 void compareWithLine(int baud, int messages)

@@ -166,6 +166,7 @@ private:
     bool isDue(const StoredMessage &message) const;
     void waitFor(const StoredMessage &message);
     bool isTooLate(const StoredMessage &message, const QString &at) const;
+    bool isLimited() const;
     bool limitsAllowPart() const;
     std::variant<Current, qint32> encoded(const StoredMessage &message) const;
     EncodeRequest requestOf(const StoredMessage &message) const;

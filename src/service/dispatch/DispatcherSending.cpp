@@ -54,9 +54,14 @@ bool Dispatcher::isTooLate(const StoredMessage &message, const QString &at) cons
            momentOf(message.originalDate).secsTo(momentOf(at)) > m_settings.mostLate;
 }
 
+bool Dispatcher::isLimited() const
+{
+    return m_settings.partsPerMinute > 0 || m_settings.partsPerDay > 0;
+}
+
 bool Dispatcher::limitsAllowPart() const
 {
-    if (m_settings.partsPerMinute == 0 && m_settings.partsPerDay == 0)
+    if (!isLimited())
         return true;
     const PartCounts counts = m_store.partCounts(m_clock.wallClockText());
     return (m_settings.partsPerMinute == 0 || counts.inMinute < m_settings.partsPerMinute) &&
@@ -96,7 +101,8 @@ void Dispatcher::begin(Current &current)
     current.begunAt = m_clock.wallClockText();
     m_store.beginPart(message.id, message.reference,
                       QCryptographicHash::hash(current.part().hex, QCryptographicHash::Sha256));
-    m_store.countPart(current.begunAt);
+    if (isLimited())
+        m_store.countPart(current.begunAt);
 }
 
 std::optional<Dispatcher::Current> Dispatcher::beginFollowing()
@@ -199,7 +205,8 @@ void Dispatcher::giveUpDevice(const Current &current, const SendFailure &failure
                                      m_clock.wallClockText(m_retries.messageDelay(1)));
                 else
                     m_store.cancelPart(message.id);
-                m_store.uncountPart(begunAt);
+                if (isLimited())
+                    m_store.uncountPart(begunAt);
             },
             [this, makesWay] {
                 if (makesWay)
