@@ -2,6 +2,7 @@
 
 #include "app/mode/ModeSettings.h"
 #include "engine/contract/SMSManager.h"
+#include "queue/QueueAccess.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -20,4 +21,5 @@ struct ConsoleEnvironment
     std::function<QDateTime()> now;
     ModeSettings settings;
     QLocale locale;
+    QueueAccess queueAccess = {};
 };

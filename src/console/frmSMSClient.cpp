@@ -100,9 +100,13 @@ void frmSMSClient::ApplyOperationMode()
     if (mbServerMode) {
         moSMSManager = m_environment.createEngine();
         connectEngine();
-    } else if (moSMSManager) {
-        moSMSManager->StopEngine();
-        moSMSManager.reset();
+        startPooling();
+    } else {
+        if (moSMSManager) {
+            moSMSManager->StopEngine();
+            moSMSManager.reset();
+        }
+        releasePooling();
     }
     enableByMode();
 }
@@ -206,6 +210,7 @@ void frmSMSClient::Form_Unload()
 {
     moFileSystem.reset();
     moSMSManager.reset();
+    releasePooling();
     m_hook.reset();
     m_environment.releaseGlobals();
 }

@@ -10,11 +10,13 @@
 
 #include <memory>
 
+class CTimerMM;
 class QueueGridModel;
 class SentGridModel;
 class WindowHook;
 
-/// The console's window. It owns everything long-lived: on a server the engine object.
+/// The console's window. It owns everything long-lived: on a server the engine object and the timer
+/// that the queue folder is polled by.
 class frmSMSClient : public QWidget
 {
     Q_OBJECT
@@ -54,6 +56,8 @@ private:
     void Form_Unload();
     void enableByMode();
     void connectEngine();
+    void startPooling();
+    void releasePooling();
 
     // Controls
     void txtMessage_Change();
@@ -80,6 +84,12 @@ private:
     void bindQueue();
     void showEstimate(qint32 QueueCount);
 
+    // Polling of the queue folder
+    void moImportSMSPooling_Timer(qint32 lMilliseconds);
+    /// Hands `files` to the engine, as long as the mode and the folder that they were found in
+    /// hold.
+    void importFiles(const QStringList &files, const QString &polledFolder);
+
     ConsoleEnvironment m_environment;
     ConsoleControls m_ui;
     ConsoleLayout m_layout;
@@ -90,7 +100,9 @@ private:
 
     std::unique_ptr<FileSystem> moFileSystem;
     std::unique_ptr<SMSManager> moSMSManager;
+    std::shared_ptr<CTimerMM> moImportSMSPooling;
     bool mbServerMode = false;
+    bool mbImporting = false;
     QString msQueueFolder;
     QString msMessageFooter;
     QDateTime mdLastEvent;

@@ -5,18 +5,10 @@
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
 #include "queue/Normalisation.h"
+#include "queue/QueueFileWriter.h"
 
 #include <QDateEdit>
 #include <QLabel>
-
-namespace {
-
-QString boxTitle()
-{
-    return GS(0, QStringLiteral("Norvane SMS"));
-}
-
-} // namespace
 
 void frmSMSClient::txtMessage_Change()
 {
@@ -37,14 +29,23 @@ void frmSMSClient::startIfStopped()
 
 void frmSMSClient::btnSend_Click()
 {
-    if (m_ui.txtPhone->text().isEmpty())
+    const QString phone = m_ui.txtPhone->text();
+    const QString message = m_ui.txtMessage->text();
+    if (phone.isEmpty())
         return;
-    if (!mbServerMode)
-        return; // a client has no way to the server yet, and says nothing rather than that it had
-    moSMSManager->AddSMS(m_ui.txtPhone->text(),
-                         NormalizeSMSText(false, m_ui.txtMessage->text() + msMessageFooter),
-                         deliveryMoment());
-    startIfStopped();
+    if (mbServerMode) {
+        moSMSManager->AddSMS(phone, NormalizeSMSText(false, message + msMessageFooter),
+                             deliveryMoment());
+        startIfStopped();
+    } else {
+        if (!moFileSystem->FolderExists(msQueueFolder)) {
+            messageBoxes().show(GS(3760050), MessageBoxes::Icon::Exclamation,
+                                MessageBoxes::Buttons::Ok, boxTitle());
+            return;
+        }
+        WriteSMSFile(phone, deliveryMoment(), message, msQueueFolder, m_environment.queueAccess);
+    }
+    // The writer has told what went wrong and not whether anything did.
     messageBoxes().show(GS(3760052), MessageBoxes::Icon::Information, MessageBoxes::Buttons::Ok,
                         boxTitle());
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <new>
 
 namespace Failure {
 namespace {
@@ -101,6 +102,21 @@ void raise(Number number, const QString &source)
 void raiseErrno(int errnoValue, const QString &source)
 {
     raise(fromErrno(errnoValue), source);
+}
+
+NumberedFailure fromException(const std::exception_ptr &failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (const NumberedFailure &numbered) {
+        return numbered;
+    } catch (const std::bad_alloc &) {
+        return {OutOfMemory, {}, description(OutOfMemory)};
+    } catch (const std::exception &other) {
+        return {InternalError, {}, QString::fromUtf8(other.what())};
+    } catch (...) {
+        return {InternalError, {}, description(InternalError)};
+    }
 }
 
 } // namespace Failure

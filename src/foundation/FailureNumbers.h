@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <exception>
+
 /// The numbers under which failures of the language and of the platform are known. The one table
 /// from a platform's error to such a number stands in FailureNumbers.cpp.
 namespace Failure {
@@ -50,5 +52,9 @@ Number fromErrno(int errnoValue);
 
 /// Raises the number that belongs to `errnoValue`.
 [[noreturn]] void raiseErrno(int errnoValue, const QString &source);
+
+/// The numbered failure that `failure` is or, with an empty source, stands for: 7 where memory ran
+/// out, 51 for any other.
+NumberedFailure fromException(const std::exception_ptr &failure);
 
 } // namespace Failure

@@ -14,3 +14,8 @@ QString Localisation::text(qint32 id, const QStringList &arguments)
         Failure::raise(Failure::ObjectNotSet, QStringLiteral("GS"));
     return goLocalize->GS(id, arguments);
 }
+
+QString boxTitle()
+{
+    return GS(0, QStringLiteral("Norvane SMS"));
+}

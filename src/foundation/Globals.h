@@ -50,3 +50,7 @@ QString GS(qint32 id, const Arguments &...arguments)
 {
     return Localisation::text(id, QStringList{Localisation::argument(arguments)...});
 }
+
+/// The title of the console's message boxes.
+/// @throws NumberedFailure 91 while no language file is loaded
+QString boxTitle();

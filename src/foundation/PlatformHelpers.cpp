@@ -37,15 +37,6 @@ void cutAtNul(QString &text)
         text.truncate(nul);
 }
 
-QString withoutBlanks(QStringView text)
-{
-    while (text.startsWith(u' '))
-        text = text.sliced(1);
-    while (text.endsWith(u' '))
-        text.chop(1);
-    return text.toString();
-}
-
 QString debugText(const VersionRecord &version)
 {
     return QStringLiteral("RUNNING IN DEBUG MODE !! OS INFO ID:\r\n"
@@ -62,6 +53,15 @@ QString debugText(const VersionRecord &version)
 }
 
 } // namespace
+
+QString withoutBlanks(QStringView text)
+{
+    while (text.startsWith(u' '))
+        text = text.sliced(1);
+    while (text.endsWith(u' '))
+        text.chop(1);
+    return text.toString();
+}
 
 QString StripNulls(QString &text)
 {

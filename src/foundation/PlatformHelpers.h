@@ -3,6 +3,10 @@
 #include "foundation/platform/Platform.h"
 
 #include <QString>
+#include <QStringView>
+
+/// `text` without the spaces in front of it and behind it. No other blank is one.
+QString withoutBlanks(QStringView text);
 
 /// Cuts `text` at its first NUL, in place.
 /// @return the cut text without leading and trailing blanks

@@ -164,16 +164,6 @@ TEST_F(Compose, allFieldsStayAsTheyWereAfterASend)
     EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->date(), QDate(2026, 11, 20));
 }
 
-TEST_F(Compose, aClientPretendsNoSuccess)
-{
-    loadAsClient();
-    show();
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
-    send();
-    EXPECT_TRUE(takeCalls().isEmpty());
-    EXPECT_TRUE(boxes.shown.isEmpty());
-}
-
 TEST_F(Compose, anEngineCallThatFailsAsACallIsFatal)
 {
     loadAsServer();

@@ -1,6 +1,7 @@
 #include "console/ConsoleFixture.h"
 
 #include "console/TerminalView.h"
+#include "foundation/CTimerMM.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
 
@@ -41,7 +42,14 @@ ConsoleFixture::ConsoleFixture()
 
 ConsoleFixture::~ConsoleFixture()
 {
+    if (console)
+        console->close();
     console.reset();
+    // Timers that were replaced while they ran.
+    const MTimerMM::Registry running =
+        MTimerMM::mcolTimers ? *MTimerMM::mcolTimers : MTimerMM::Registry();
+    for (const MTimerMM::CObjData &entry : running)
+        entry.Owner->setEnabled(false);
     goLocalize.reset();
     goStartUpData.reset();
 }
@@ -50,6 +58,11 @@ void ConsoleFixture::storeMode(bool server)
 {
     settings.values.insert(QStringLiteral("Norvane/SMS/ServerMode"),
                            server ? QStringLiteral("True") : QStringLiteral("False"));
+}
+
+void ConsoleFixture::storeQueueFolder(const QString &folder)
+{
+    settings.values.insert(QStringLiteral("Norvane/SMS/QueueFolder"), folder);
 }
 
 ConsoleEnvironment ConsoleFixture::environment()
@@ -62,7 +75,10 @@ ConsoleEnvironment ConsoleFixture::environment()
                 return made;
             },
             [this] { script.calls.append(QStringLiteral("ReleaseGlobals")); },
-            [this] { return now; }, ModeSettings(settings, QStringLiteral("/program")), locale};
+            [this] { return now; },
+            ModeSettings(settings, QStringLiteral("/program")),
+            locale,
+            {&streams, &waiting}};
 }
 
 void ConsoleFixture::load()

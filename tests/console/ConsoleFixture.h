@@ -2,8 +2,11 @@
 
 #include "console/frmSMSClient.h"
 #include "foundation/StoredSettings.h"
+#include "support/ManualTimers.h"
+#include "support/NotedWaiting.h"
 #include "support/RecordingEngine.h"
 #include "support/RecordingMessageBoxes.h"
+#include "support/ScriptedStreams.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -26,8 +29,8 @@ public:
     mutable QStringList reads; ///< the keys, in order
 };
 
-/// The console's window over a recording engine, with the Spanish texts, a clock that stands still
-/// and message boxes that answer by themselves.
+/// The console's window over a recording engine, with the Spanish texts, a clock that stands still,
+/// timers that tick when told, and message boxes that answer by themselves.
 class ConsoleFixture : public ::testing::Test
 {
 protected:
@@ -35,6 +38,7 @@ protected:
     ~ConsoleFixture() override;
 
     void storeMode(bool server);
+    void storeQueueFolder(const QString &folder);
     /// Makes the window and loads it.
     void load();
     void loadAsServer();
@@ -59,6 +63,9 @@ protected:
     MemorySettings settings;
     RecordingEngine::Script script;
     RecordingMessageBoxes boxes;
+    ManualTimers timers;
+    ScriptedStreams streams;
+    NotedWaiting waiting;
     QDateTime now{QDate(2026, 11, 20), QTime(9, 30, 15), Qt::UTC};
     QLocale locale{QLocale::Spanish, QLocale::Spain};
     std::unique_ptr<frmSMSClient> console;

@@ -26,6 +26,7 @@ public:
         QQueue<int> failingCalls; ///< the call of this number, counted from 1, fails with 462
         int objectsMade = 0;
         std::function<void()> inGetQueue; ///< runs while GetQueue is being answered
+        std::function<void()> inAddSMS;   ///< runs while AddSMS is being answered
     };
 
     explicit RecordingEngine(Script &script) : m_script(script), m_number(++script.objectsMade)
@@ -53,6 +54,8 @@ public:
     {
         note(QStringLiteral("AddSMS(%1|%2|%3)")
                  .arg(phone, message, date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+        if (m_script.inAddSMS)
+            m_script.inAddSMS();
     }
     void AddSMSList(const SMSList &list, const QDateTime &date) override
     {

@@ -1,82 +1,12 @@
-#include "app/modSMSClient.h"
-#include "console/MessageEdit.h"
+#include "system/WholePath.h"
+
 #include "console/TerminalView.h"
-#include "console/frmSMSClient.h"
 #include "foundation/Globals.h"
-#include "foundation/StoredSettings.h"
 #include "foundation/ui/CaptionedFrame.h"
 #include "queue/Normalisation.h"
-#include "support/RecordingMessageBoxes.h"
-#include "system/EngineProcess.h"
 
 #include <QDateEdit>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
-#include <QTest>
-
-/// The console's window in this process, over the real engine process and a simulated device.
-class WholePath : public EngineProcess
-{
-protected:
-    void SetUp() override
-    {
-        plugIn();
-        openConsole();
-    }
-    ~WholePath() override { closeConsole(); }
-
-    void openConsole()
-    {
-        goLocalize = std::make_unique<cls_Localize>();
-        ASSERT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
-                                     QStringLiteral("ESN")));
-        console = std::make_unique<frmSMSClient>(
-            ConsoleEnvironment{[this] { return makeProxy(); }, modSMSClient::ReleaseGlobals,
-                               [] {
-                                   const QDateTime now = QDateTime::currentDateTime();
-                                   return QDateTime(now.date(), now.time(), Qt::UTC);
-                               },
-                               ModeSettings(m_settings, QStringLiteral("/program")), QLocale::c()});
-        console->Form_Load();
-        console->show();
-    }
-    void closeConsole()
-    {
-        if (console)
-            console->close();
-        console.reset();
-    }
-
-    template <typename Control>
-    Control *control(const char *name) const
-    {
-        return console->findChild<Control *>(QLatin1String(name));
-    }
-    QString label(const char *name) const { return control<QLabel>(name)->text(); }
-
-    void send(const QString &phone, const QString &message)
-    {
-        control<QLineEdit>("txtPhone")->setText(phone);
-        control<MessageEdit>("txtMessage")->setText(message);
-        QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
-    }
-    QString received(int index) const
-    {
-        return device->messages().at(index).value(QStringLiteral("text")).toString();
-    }
-    void waitForReceived(int count)
-    {
-        ASSERT_TRUE(eventually([&] { return device->messages().size() >= count; }));
-    }
-
-    std::unique_ptr<frmSMSClient> console;
-    RecordingMessageBoxes boxes;
-
-private:
-    IniStoredSettings m_settings;
-};
 
 TEST_F(WholePath, aMessageTypedInTheWindowReachesTheDevice)
 {

@@ -1,5 +1,7 @@
 #include "foundation/platform/PlatformFiles.h"
 
+#include "foundation/platform/PosixDescriptor.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -11,32 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int value) : m_value(value) {}
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor() { close(); }
-
-    int value() const { return m_value; }
-    bool isOpen() const { return m_value >= 0; }
-    int close()
-    {
-        const int error = isOpen() && ::close(m_value) != 0 ? errno : 0;
-        m_value = -1;
-        return error;
-    }
-
-private:
-    int m_value;
-};
-
-bool isUsable(const QString &path)
-{
-    return !path.isEmpty() && !path.contains(QChar::Null);
-}
 
 int readAll(int descriptor, qint64 limit, QByteArray &bytes)
 {
@@ -94,7 +70,7 @@ class LinuxFiles : public PlatformFiles
 public:
     int read(const QString &path, qint64 limit, QByteArray &bytes) override
     {
-        if (!isUsable(path))
+        if (!isUsablePath(path))
             return ENOENT;
         const Descriptor file(::open(QFile::encodeName(path).constData(),
                                      O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -114,7 +90,7 @@ public:
 
     int replace(const QString &path, const QByteArray &bytes) override
     {
-        if (!isUsable(path))
+        if (!isUsablePath(path))
             return ENOENT;
         const QByteArray target = targetOf(path);
         QByteArray temporary = target + ".XXXXXX";
@@ -131,7 +107,7 @@ public:
 
     int makeFolder(const QString &path, Access access) override
     {
-        if (!isUsable(path))
+        if (!isUsablePath(path))
             return ENOENT;
         const mode_t mode = access == Access::OwnerOnly ? 0700 : 0777;
         return ::mkdir(QFile::encodeName(path).constData(), mode) == 0 ? 0 : errno;

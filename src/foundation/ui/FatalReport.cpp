@@ -4,7 +4,6 @@
 #include "foundation/MessageBoxes.h"
 
 #include <cstdlib>
-#include <new>
 #include <utility>
 
 namespace {
@@ -14,32 +13,14 @@ namespace {
 FatalReport::Terminate g_terminate = [](int code) { std::_Exit(code); };
 bool g_reporting = false;
 
-QString shown(const std::exception_ptr &failure)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (const NumberedFailure &numbered) {
-        return numbered.shown();
-    } catch (const std::bad_alloc &) {
-        return NumberedFailure(Failure::OutOfMemory, {}, Failure::description(Failure::OutOfMemory))
-            .shown();
-    } catch (const std::exception &other) {
-        return NumberedFailure(Failure::InternalError, {}, QString::fromUtf8(other.what())).shown();
-    } catch (...) {
-        return NumberedFailure(Failure::InternalError, {},
-                               Failure::description(Failure::InternalError))
-            .shown();
-    }
-}
-
 } // namespace
 
 void FatalReport::report(const std::exception_ptr &failure)
 {
     if (std::exchange(g_reporting, true))
         return;
-    messageBoxes().show(shown(failure), MessageBoxes::Icon::Critical, MessageBoxes::Buttons::Ok,
-                        QStringLiteral("Norvane SMS"));
+    messageBoxes().show(Failure::fromException(failure).shown(), MessageBoxes::Icon::Critical,
+                        MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS"));
     g_terminate(EXIT_FAILURE);
     g_reporting = false; // reached only where a test stands in for the end of the process
 }

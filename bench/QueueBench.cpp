@@ -1,0 +1,107 @@
+// Drop files: the decoder alone, and files through the reader into the engine process. Starts the
+// engine in a sandbox of its own; to be run under dbus-run-session.
+
+#include "engine/SMSManagerProxy.h"
+#include "engine/contract/BusTypes.h"
+#include "queue/QueueDropFile.h"
+#include "queue/QueueFileReader.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+namespace {
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+QByteArray record(int number)
+{
+    return QueueDropFile::encode({QStringLiteral("+34 600-123 456"),
+                                  {QDate(2100, 1, 1), QTime(12, 30, 45), Qt::UTC},
+                                  QStringLiteral("Su pedido %1 esta listo.").arg(number)});
+}
+
+QByteArray records(int count)
+{
+    QByteArray bytes;
+    for (int i = 0; i < count; ++i)
+        bytes += record(i);
+    return bytes;
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("can't write %s", qPrintable(path));
+}
+
+void measureDecoder()
+{
+    constexpr int count = 20'000;
+    const QByteArray bytes = records(count);
+    qsizetype length = 0;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < count; ++i)
+        length += QueueDropFile::decode(QByteArrayView(bytes).sliced(i * 199, 199)).message.size();
+    const double seconds = static_cast<double>(timer.nsecsElapsed()) / 1e9;
+    if (length == 0)
+        qFatal("nothing was decoded");
+    out() << "decoding: "
+          << QString::number(static_cast<double>(bytes.size()) / seconds / 1e6, 'f', 1) << " MB/s, "
+          << QString::number(count / seconds, 'f', 0) << " records a second" << Qt::endl;
+}
+
+void report(const char *what, qint64 nanoseconds, int messages)
+{
+    out() << what << ": " << QString::number(static_cast<double>(nanoseconds) / 1e6, 'f', 1)
+          << " ms, " << QString::number(messages * 1e9 / static_cast<double>(nanoseconds), 'f', 0)
+          << " messages a second, each on disk" << Qt::endl;
+}
+
+void measureReader(SMSManager &engine, const QString &folder)
+{
+    constexpr int count = 1000;
+    const QString one = folder + QStringLiteral("/sms.bulk");
+    write(one, records(count));
+    QElapsedTimer timer;
+    timer.start();
+    ImportSMSFile(one, engine, QString());
+    report("one file of 1,000 records", timer.nsecsElapsed(), count);
+
+    QStringList files;
+    for (int i = 0; i < count; ++i) {
+        files.append(folder + QStringLiteral("/sms.") + QString::number(i));
+        write(files.last(), record(i));
+    }
+    timer.start();
+    for (const QString &file : files)
+        ImportSMSFile(file, engine, QString());
+    report("1,000 files of one record", timer.nsecsElapsed(), count);
+    if (engine.GetQueueSize() != 2 * count)
+        qFatal("%d messages are in the queue", engine.GetQueueSize());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir sandbox;
+    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("data"))));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("config"))));
+    const QCoreApplication application(argc, argv);
+    measureDecoder();
+    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(),
+                                   QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"),
+                                   Bus::CallTimeout);
+    SMSManagerProxy engine(launcher);
+    measureReader(engine, sandbox.path());
+    return 0; // the engine ends with its bus
+}

@@ -1,0 +1,82 @@
+#include "console/TerminalView.h"
+#include "console/frmSMSClient.h"
+#include "foundation/CTimerMM.h"
+#include "foundation/FindFiles.h"
+#include "foundation/Globals.h"
+#include "queue/QueueDropFile.h"
+#include "queue/QueueFileReader.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+constexpr qint32 PoolingInterval = 10'000; // milliseconds
+constexpr qint32 PoolingResolution = 1;
+constexpr qint32 PeriodicEvents = 1;
+
+/// Events are processed after the first of so many files.
+constexpr qsizetype FilesBetweenEvents = 20;
+
+} // namespace
+
+void frmSMSClient::startPooling()
+{
+    // A timer that is replaced while it runs stays registered and ticks on, unheard.
+    if (moImportSMSPooling)
+        moImportSMSPooling->disconnect(this);
+    moImportSMSPooling = CTimerMM::create();
+    connect(moImportSMSPooling.get(), &CTimerMM::Timer, this, [this](qint32 lMilliseconds) {
+        try {
+            moImportSMSPooling_Timer(lMilliseconds);
+        } catch (...) { // ends this tick and nothing else; mbImporting stays as the tick left it
+        }
+    });
+    moImportSMSPooling->setEnabled(false);
+    moImportSMSPooling->setInterval(PoolingInterval);
+    moImportSMSPooling->setResolution(PoolingResolution);
+    moImportSMSPooling->setEventType(PeriodicEvents);
+    moImportSMSPooling->setEnabled(true);
+}
+
+void frmSMSClient::releasePooling()
+{
+    if (!moImportSMSPooling)
+        return;
+    moImportSMSPooling->setEnabled(false);
+    moImportSMSPooling->disconnect(this);
+    moImportSMSPooling.reset();
+}
+
+void frmSMSClient::moImportSMSPooling_Timer(qint32 /*lMilliseconds*/)
+{
+    if (mbImporting)
+        return;
+    mbImporting = true;
+    if (!moFileSystem->FolderExists(msQueueFolder)) {
+        m_ui.txtTerm->appendLine(GS(3760050));
+        mbImporting = false;
+        return;
+    }
+    const QString polled = msQueueFolder;
+    QString folder = polled;
+    qint16 fileCount = 0;
+    qint16 folderCount = 0;
+    FileSearchResult found;
+    FindFiles(folder, QString::fromUtf16(QueueDropFile::Pattern), fileCount, folderCount, found,
+              Descent::StayInFolder);
+    importFiles(found.Files, polled);
+    mbImporting = false;
+}
+
+void frmSMSClient::importFiles(const QStringList &files, const QString &polledFolder)
+{
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        // What the operator did while events were processed, or a box was open, may have made the
+        // rest none of this console's business.
+        if (m_unloaded || !mbServerMode || msQueueFolder != polledFolder)
+            return;
+        ImportSMSFile(files.at(i), *moSMSManager, msMessageFooter, m_environment.queueAccess);
+        if (i % FilesBetweenEvents == 0)
+            QCoreApplication::processEvents();
+    }
+}

@@ -1,0 +1,116 @@
+#include "foundation/platform/FileStreams.h"
+
+#include "foundation/platform/PosixDescriptor.h"
+
+#include <QFile>
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class PosixStream : public ByteStream
+{
+public:
+    explicit PosixStream(int descriptor) : m_file(descriptor) {}
+
+    bool isOpen() const { return m_file.isOpen(); }
+    int descriptor() const { return m_file.value(); }
+
+    int read(qsizetype most, QByteArray &bytes) override
+    {
+        bytes.resize(most);
+        ssize_t count = 0;
+        do {
+            count = ::read(m_file.value(), bytes.data(), static_cast<std::size_t>(most));
+        } while (count < 0 && errno == EINTR);
+        const int error = count < 0 ? errno : 0;
+        bytes.truncate(qMax<qsizetype>(count, 0));
+        return error;
+    }
+
+    int write(const QByteArray &bytes) override
+    {
+        qsizetype written = 0;
+        while (written < bytes.size()) {
+            const ssize_t count = ::write(m_file.value(), bytes.constData() + written,
+                                          static_cast<std::size_t>(bytes.size() - written));
+            if (count < 0 && errno != EINTR)
+                return errno;
+            written += qMax<ssize_t>(count, 0);
+        }
+        return 0;
+    }
+
+    int close() override { return m_file.close(); }
+
+private:
+    Descriptor m_file;
+};
+
+/// What stands at a path may have changed since it was listed, so it is looked at once it is open.
+int checkRegular(int descriptor)
+{
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0)
+        return errno;
+    if (S_ISDIR(status.st_mode))
+        return EISDIR;
+    return S_ISREG(status.st_mode) ? 0 : EINVAL;
+}
+
+class LinuxFileStreams : public FileStreams
+{
+public:
+    int openToRead(const QString &path, std::unique_ptr<ByteStream> &stream) override
+    {
+        return open(path, O_RDONLY | O_NONBLOCK, stream);
+    }
+
+    int createNew(const QString &path, std::unique_ptr<ByteStream> &stream) override
+    {
+        return open(path, O_WRONLY | O_CREAT | O_EXCL, stream);
+    }
+
+    int removeForced(const QString &path) override
+    {
+        if (!isUsablePath(path))
+            return ENOENT;
+        const QByteArray name = QFile::encodeName(path);
+        if (::unlink(name.constData()) == 0)
+            return 0;
+        const int error = errno;
+        // Some network file systems refuse to take away what is read-only.
+        if ((error == EACCES || error == EPERM) && ::chmod(name.constData(), 0600) == 0 &&
+            ::unlink(name.constData()) == 0)
+            return 0;
+        return error;
+    }
+
+private:
+    static int open(const QString &path, int flags, std::unique_ptr<ByteStream> &stream)
+    {
+        if (!isUsablePath(path))
+            return ENOENT;
+        constexpr mode_t mode = 0666; // less what the user's mask takes away
+        auto file = std::make_unique<PosixStream>(
+            ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NOCTTY, mode));
+        if (!file->isOpen())
+            return errno;
+        if (const int error = checkRegular(file->descriptor()))
+            return error;
+        stream = std::move(file);
+        return 0;
+    }
+};
+
+} // namespace
+
+FileStreams &fileStreams()
+{
+    static LinuxFileStreams streams;
+    return streams;
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "engine/contract/SMSManager.h"
+#include "queue/QueueAccess.h"
+
+#include <QString>
+
+/// Hands the records of a drop file to the engine, in their order, and takes the file away,
+/// whatever it held. A short tail is dropped.
+///
+/// Any failure, be it of the file, of a record or of the engine, ends the reading without a word:
+/// the records before it are with the engine, those behind it are lost, and the file is taken away.
+/// @param messageFooter  put behind each message
+/// @throws NumberedFailure if the file can't be taken away; 53 if it is gone already
+void ImportSMSFile(const QString &path, SMSManager &engine, const QString &messageFooter,
+                   const QueueAccess &access = {});

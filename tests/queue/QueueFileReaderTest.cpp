@@ -1,0 +1,232 @@
+#include "queue/QueueFileReader.h"
+
+#include "engine/RaisedFailure.h"
+#include "queue/Fixture.h"
+#include "support/RecordingEngine.h"
+#include "support/RecordingMessageBoxes.h"
+#include "support/ScriptedStreams.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include <sys/stat.h>
+
+namespace {
+
+const QString First = u"AddSMS(912345678|Ola|2009-03-05T14:07:09)"_qs;
+const QString Second = u"AddSMS(+34600123456|Su pedido\r\nesta listo|2026-12-31T23:59:58)"_qs;
+const QString Third = u"AddSMS(1|"_qs + QString(160, u'a') + u"|0100-01-01T00:00:00)"_qs;
+
+class QueueFileReaderTest : public ::testing::Test
+{
+protected:
+    QueueFileReaderTest() { m_script.calls.clear(); }
+
+    QString path() const { return m_folder.filePath(u"sms.0"_qs); }
+
+    /// Reads a file of these bytes.
+    /// @return what the engine was asked
+    QStringList import(const QByteArray &bytes, const QString &footer = {})
+    {
+        writeFile(path(), bytes);
+        return importPath(footer);
+    }
+    QStringList importPath(const QString &footer = {})
+    {
+        ImportSMSFile(path(), m_engine, footer, access);
+        return std::exchange(m_script.calls, {});
+    }
+    bool isThere() const { return QFileInfo::exists(path()); }
+
+    RecordingMessageBoxes boxes;
+    ScriptedStreams streams;
+    const QueueAccess access{&streams, nullptr};
+
+    RecordingEngine::Script m_script;
+    RecordingEngine m_engine{m_script};
+    QTemporaryDir m_folder;
+};
+
+TEST_F(QueueFileReaderTest, recordsReachTheEngineInFileOrderAndTheFileGoes)
+{
+    EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second, Third}));
+    EXPECT_FALSE(isThere());
+    EXPECT_EQ(streams.calls,
+              (QStringList{u"open "_qs + path(), u"remove "_qs + path(), u"release"_qs}));
+}
+
+TEST_F(QueueFileReaderTest, emptyFileIsDeleted)
+{
+    EXPECT_TRUE(import({}).isEmpty());
+    EXPECT_FALSE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, shortTailIsDroppedWithoutAWord)
+{
+    EXPECT_EQ(import(fixture(u"tail"_qs)), (QStringList{First, Second}));
+    EXPECT_TRUE(import(fixture(u"short"_qs)).isEmpty());
+    EXPECT_FALSE(isThere());
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(QueueFileReaderTest, misalignedContentIsDecodedAsItComes)
+{
+    EXPECT_EQ(
+        import(fixture(u"misaligned"_qs)),
+        (QStringList{u"AddSMS(x912345678|9Ola|3204-02-03T19:41:10)"_qs,
+                     u"AddSMS(+34600123456|8Su pedido\r\nesta listo|2202-11-05T14:36:35)"_qs}));
+    EXPECT_FALSE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, badDateLosesItsRecordAndAllAfterIt)
+{
+    EXPECT_EQ(import(fixture(u"bad_date"_qs)), QStringList{First});
+    EXPECT_FALSE(isThere());
+    EXPECT_TRUE(boxes.shown.isEmpty());
+    EXPECT_EQ(streams.openStreams, 0);
+}
+
+TEST_F(QueueFileReaderTest, footerIsPutBehindEachMessage)
+{
+    EXPECT_EQ(import(fixture(u"one"_qs), u" -- Norvane é"_qs),
+              QStringList{u"AddSMS(912345678|Ola -- Norvane é|2009-03-05T14:07:09)"_qs});
+}
+
+TEST_F(QueueFileReaderTest, messageIsNotNormalisedAgain)
+{
+    QByteArray record = fixture(u"one"_qs);
+    record.replace(39, 4, "\xA7\xE9\x80 ");
+    EXPECT_EQ(import(record), QStringList{u"AddSMS(912345678|§é€|2009-03-05T14:07:09)"_qs});
+}
+
+TEST_F(QueueFileReaderTest, recordsThatCrossAReadingAreWhole)
+{
+    const QByteArray bytes = fixture(u"three"_qs);
+    for (const qsizetype most : {1, 2, 25, 198, 199, 200, 597, 600}) {
+        streams.onRead = [most](qsizetype &asked) {
+            asked = qMin(asked, most);
+            return 0;
+        };
+        EXPECT_EQ(import(bytes), (QStringList{First, Second, Third})) << most;
+    }
+}
+
+TEST_F(QueueFileReaderTest, longFileIsTakenWhole)
+{
+    EXPECT_EQ(import(fixture(u"one"_qs).repeated(1000)), QStringList(1000, First));
+}
+
+TEST_F(QueueFileReaderTest, everyByteIsRead)
+{
+    const QByteArray bytes = fixture(u"bytes"_qs);
+    const QStringList calls = import(bytes + fixture(u"one"_qs));
+    ASSERT_EQ(calls.size(), 2) << "a NUL or a 0x1A doesn't end a file";
+    EXPECT_TRUE(calls.first().contains(QChar(QChar::Null)));
+    EXPECT_TRUE(calls.first().contains(QChar(0x1A)));
+}
+
+TEST_F(QueueFileReaderTest, readOnlyFileIsDeleted)
+{
+    writeFile(path(), fixture(u"one"_qs));
+    ASSERT_EQ(::chmod(QFile::encodeName(path()).constData(), 0400), 0);
+    EXPECT_EQ(importPath(), QStringList{First});
+    EXPECT_FALSE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, fileThatCannotBeOpenedIsDeleted)
+{
+    streams.onOpen = [](const QString &) { return EACCES; };
+    EXPECT_TRUE(import(fixture(u"one"_qs)).isEmpty());
+    EXPECT_FALSE(isThere());
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(QueueFileReaderTest, recordsBeforeAFailedReadingAreWithTheEngine)
+{
+    int readings = 0;
+    streams.onRead = [&](qsizetype &asked) {
+        asked = qMin<qsizetype>(asked, 250);
+        return ++readings == 3 ? EIO : 0;
+    };
+    EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second}));
+    EXPECT_FALSE(isThere());
+    EXPECT_EQ(streams.openStreams, 0);
+}
+
+TEST_F(QueueFileReaderTest, engineThatFailsLosesTheRestOfTheFile)
+{
+    m_script.failingCalls.enqueue(2);
+    EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second}));
+    EXPECT_FALSE(isThere());
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(QueueFileReaderTest, closingThatFailsStillDeletes)
+{
+    streams.onClose = [] { return EIO; };
+    EXPECT_EQ(import(fixture(u"one"_qs)), QStringList{First});
+    EXPECT_FALSE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, deletionThatFailsIsTriedOnceMore)
+{
+    int removals = 0;
+    streams.onRemove = [&](const QString &) { return ++removals == 1 ? EBUSY : 0; };
+    EXPECT_EQ(import(fixture(u"one"_qs)), QStringList{First});
+    EXPECT_FALSE(isThere());
+    EXPECT_EQ(removals, 2);
+    EXPECT_EQ(streams.openStreams, 0);
+}
+
+TEST_F(QueueFileReaderTest, fileThatCannotBeDeletedIsAFailure)
+{
+    streams.onRemove = [](const QString &) { return EROFS; };
+    writeFile(path(), fixture(u"one"_qs));
+    EXPECT_EQ(raisedNumber([this] { importPath(); }), 70);
+    EXPECT_EQ(m_script.calls, QStringList{First});
+    EXPECT_TRUE(isThere());
+    EXPECT_EQ(streams.openStreams, 0);
+}
+
+TEST_F(QueueFileReaderTest, fileThatIsGoneIsAFailure)
+{
+    EXPECT_EQ(raisedNumber([this] { importPath(); }), 53);
+}
+
+TEST_F(QueueFileReaderTest, whatTookTheFilesPlaceIsNotWaitedFor)
+{
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
+    EXPECT_TRUE(importPath().isEmpty());
+    EXPECT_FALSE(isThere());
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_qs, path()));
+    EXPECT_TRUE(importPath().isEmpty());
+    EXPECT_FALSE(QFileInfo(path()).isSymLink());
+    EXPECT_TRUE(QFileInfo::exists(u"/dev/zero"_qs));
+    EXPECT_LT(timer.elapsed(), 5'000);
+
+    ASSERT_TRUE(QDir().mkdir(path()));
+    EXPECT_NE(raisedNumber([this] { importPath(); }), 0) << "a folder is not taken away";
+    EXPECT_TRUE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, partlyWrittenFileIsReadAsFarAsItHasCome)
+{
+    QFile writer(path());
+    ASSERT_TRUE(writer.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    writer.write(fixture(u"tail"_qs));
+    EXPECT_EQ(importPath(), (QStringList{First, Second}));
+    EXPECT_FALSE(isThere());
+    writer.write(fixture(u"three"_qs).mid(455)); // what is written from now on is lost
+    writer.close();
+    EXPECT_FALSE(isThere());
+}
+
+} // namespace

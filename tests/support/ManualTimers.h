@@ -1,0 +1,79 @@
+#pragma once
+
+#include "foundation/platform/TimerPlatform.h"
+
+#include <QList>
+#include <QStringList>
+
+/// Timers that tick when a test says so, on a clock that stands still. They note what is asked of
+/// them, and are the timers in use while they are in scope. The windows are the platform's own.
+class ManualTimers : public TimerPlatform
+{
+public:
+    struct Event
+    {
+        quint32 id;
+        TimerProc callback;
+        WindowHandle user;
+        qint32 type;
+    };
+
+    ManualTimers() : m_previous(installTimerPlatform(this)) {}
+    ~ManualTimers() override { installTimerPlatform(m_previous); }
+
+    void beginPeriod(quint32 milliseconds) override
+    {
+        calls.append(QStringLiteral("begin %1").arg(milliseconds));
+    }
+    void endPeriod(quint32 milliseconds) override
+    {
+        calls.append(QStringLiteral("end %1").arg(milliseconds));
+    }
+    quint32 setEvent(qint32 delay, qint32 resolution, TimerProc callback, WindowHandle user,
+                     qint32 type) override
+    {
+        calls.append(QStringLiteral("set %1 %2 %3").arg(delay).arg(resolution).arg(type));
+        if (refusesEvents)
+            return 0;
+        events.append({++m_lastId, callback, user, type});
+        return m_lastId;
+    }
+    void killEvent(quint32 id) override
+    {
+        calls.append(QStringLiteral("kill %1").arg(id));
+        events.removeIf([id](const Event &event) { return event.id == id; });
+    }
+    qint32 clockMs() override { return now; }
+
+    WindowHandle createWindow(int &error) override
+    {
+        error = windowError;
+        return windowError == 0 ? TimerPlatform::createWindow(error) : 0;
+    }
+    WindowProc windowProc(WindowHandle window) override
+    {
+        return windowsHaveProcedures ? TimerPlatform::windowProc(window) : nullptr;
+    }
+
+    /// One tick of every timer. Its messages wait for the event loop.
+    void tick()
+    {
+        const QList<Event> ticking = events;
+        for (const Event &event : ticking) {
+            if ((event.type & Periodic) == 0)
+                events.removeIf([&](const Event &other) { return other.id == event.id; });
+            event.callback(event.id, 0, static_cast<quintptr>(event.user), 0, 0);
+        }
+    }
+
+    qint32 now = 0;
+    bool refusesEvents = false;
+    int windowError = 0; ///< other than 0: there is no window to be had
+    bool windowsHaveProcedures = true;
+    QStringList calls;
+    QList<Event> events; ///< those that run
+
+private:
+    TimerPlatform *m_previous;
+    quint32 m_lastId = 0;
+};

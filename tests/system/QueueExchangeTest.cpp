@@ -1,0 +1,269 @@
+#include "system/WholePath.h"
+
+#include "console/TerminalView.h"
+#include "foundation/FindFiles.h"
+#include "queue/Fixture.h"
+#include "queue/QueueDropFile.h"
+#include "queue/QueueFileReader.h"
+#include "queue/QueueFileWriter.h"
+#include "support/ManualTimers.h"
+#include "support/RecordingEngine.h"
+#include "support/WindowMessages.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSet>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+namespace {
+
+/// The platform's files, which count those that were read without one whole record in them.
+class CountingStreams : public FileStreams
+{
+public:
+    int openToRead(const QString &path, std::unique_ptr<ByteStream> &stream) override
+    {
+        std::unique_ptr<ByteStream> real;
+        const int error = fileStreams().openToRead(path, real);
+        if (error == 0)
+            stream = std::make_unique<Stream>(*this, std::move(real));
+        return error;
+    }
+    int createNew(const QString &path, std::unique_ptr<ByteStream> &stream) override
+    {
+        return fileStreams().createNew(path, stream);
+    }
+    int removeForced(const QString &path) override { return fileStreams().removeForced(path); }
+
+    int filesRead = 0;
+    int filesReadTooEarly = 0;
+
+private:
+    class Stream : public ByteStream
+    {
+    public:
+        Stream(CountingStreams &owner, std::unique_ptr<ByteStream> real)
+            : m_owner(owner), m_real(std::move(real))
+        {}
+        ~Stream() override
+        {
+            ++m_owner.filesRead;
+            m_owner.filesReadTooEarly += m_bytes < 199 ? 1 : 0;
+        }
+        int read(qsizetype most, QByteArray &bytes) override
+        {
+            const int error = m_real->read(most, bytes);
+            m_bytes += bytes.size();
+            return error;
+        }
+        int write(const QByteArray &bytes) override { return m_real->write(bytes); }
+        int close() override { return m_real->close(); }
+
+    private:
+        CountingStreams &m_owner;
+        std::unique_ptr<ByteStream> m_real;
+        qint64 m_bytes = 0;
+    };
+};
+
+/// Processes that write so many drop files each into one folder, all at the same time.
+class Writers
+{
+public:
+    Writers(int count, int files, const QString &folder)
+    {
+        for (int i = 0; i < count; ++i) {
+            m_running.push_back(std::make_unique<QProcess>());
+            m_running.back()->start(QStringLiteral(NORVANE_DROP_FILE_WRITER),
+                                    {QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
+                                     folder, QStringLiteral("w%1").arg(i), QString::number(files)});
+        }
+    }
+
+    bool allEnded() const
+    {
+        return std::all_of(m_running.begin(), m_running.end(), [](const auto &writer) {
+            return writer->state() == QProcess::NotRunning;
+        });
+    }
+
+    /// How many writings failed; each for the fourth name that another writer took first.
+    int refused() const
+    {
+        int count = 0;
+        for (const auto &writer : m_running) {
+            EXPECT_EQ(writer->exitCode(), 0);
+            const QByteArray told = writer->readAllStandardOutput();
+            EXPECT_EQ(told.count('\n'), told.count("File already exists - 58")) << told.constData();
+            count += static_cast<int>(told.count('\n'));
+        }
+        return count;
+    }
+
+private:
+    std::vector<std::unique_ptr<QProcess>> m_running;
+};
+
+constexpr int WriterCount = 8;
+constexpr int FilesOfEach = 500;
+
+/// Tells what became of the files, and holds the accounts.
+void expectThatNothingElseIsLost(int arrived, int refused, const CountingStreams &streams,
+                                 int ticks, qint64 milliseconds)
+{
+    constexpr int written = WriterCount * FilesOfEach;
+    std::cout << arrived << " of " << written << " messages arrived in " << milliseconds
+              << " ms and " << ticks << " ticks; " << streams.filesReadTooEarly
+              << " files were read before their record was in them, " << refused
+              << " writings were refused after four collisions\n";
+    EXPECT_EQ(arrived + streams.filesReadTooEarly, streams.filesRead);
+    EXPECT_EQ(arrived + streams.filesReadTooEarly + refused, written);
+    EXPECT_GT(arrived, written / 2);
+}
+
+} // namespace
+
+/// A server's console over the real engine, whose timer ticks when told.
+class QueueExchange : public WholePath
+{
+protected:
+    QueueExchange() { queueAccess.files = &streams; }
+    ~QueueExchange() override { closeConsole(); }
+
+    void tick()
+    {
+        timers.tick();
+        processWindowMessages();
+    }
+    QStringList names() const { return QDir(queueFolder.path()).entryList(QDir::Files); }
+    static QDateTime later() { return {QDate(2100, 1, 1), QTime(12, 30, 45), Qt::UTC}; }
+
+    ManualTimers timers;
+    CountingStreams streams;
+};
+
+TEST_F(QueueExchange, whatAWriterLeavesIsSentByARunningEngine)
+{
+    const auto engine = makeProxy();
+    engine->StartEngine();
+    WriteSMSFile(QStringLiteral("+34 600-123 456"), {QDate(2009, 3, 5), QTime(14, 7, 9), Qt::UTC},
+                 QStringLiteral("Adéus, ñandú"), queueFolder.path());
+    tick();
+    EXPECT_TRUE(names().isEmpty());
+    waitForReceived(1);
+    EXPECT_EQ(received(0), QStringLiteral("Adeus, nandu"));
+    EXPECT_EQ(device->messages().first().value(QStringLiteral("number")).toString(),
+              QStringLiteral("+34600123456"));
+}
+
+TEST_F(QueueExchange, whatArrivesWhileTheEngineIsStoppedWaitsForTheOperator)
+{
+    WriteSMSFile(QStringLiteral("1"), {QDate(2009, 3, 5), QTime(14, 7, 9), Qt::UTC},
+                 QStringLiteral("due"), queueFolder.path());
+    tick();
+    ASSERT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760025, 1); }));
+    EXPECT_EQ(label("lblEngineStatus"), GS(3760026));
+    EXPECT_TRUE(device->messages().isEmpty());
+    QTest::mouseClick(control<QPushButton>("btnStart"), Qt::LeftButton);
+    waitForReceived(1);
+}
+
+TEST_F(QueueExchange, aBulkFileIsQueuedInItsOrder)
+{
+    SMSList list;
+    for (int i = 0; i < 300; ++i)
+        list.Add(QStringLiteral("912345678"), QStringLiteral("m %1").arg(i));
+    WriteSMSFileBulk(list, later(), queueFolder.path());
+    tick();
+    const QueueRecordSet records = makeProxy()->GetQueue();
+    ASSERT_EQ(records.rows().size(), 300);
+    for (int i = 0; i < 300; ++i)
+        ASSERT_EQ(records.rows().at(i).message, QStringLiteral("m %1").arg(i));
+    EXPECT_EQ(records.rows().first().deliveryDate, QStringLiteral("2100-01-01T12:30:45"));
+}
+
+TEST_F(QueueExchange, everyByteReachesTheEngineButNulWhichIsASpaceThere)
+{
+    writeFile(queueFolder.filePath(QStringLiteral("sms.0")),
+              fixture(QStringLiteral("bytes")).replace(25, 14, "01012100000000"));
+    tick();
+    const QueueRecordSet records = makeProxy()->GetQueue();
+    ASSERT_EQ(records.rows().size(), 1);
+    const QString message = records.rows().first().message;
+    ASSERT_EQ(message.size(), 160);
+    EXPECT_EQ(message.at(1), u' ');
+    EXPECT_EQ(message.at(1 + 0x1A), QChar(0x1A));
+    EXPECT_EQ(message.at(1 + 32 + 1), u'€');
+}
+
+TEST_F(QueueExchange, eightWritersAndAServerThatPollsMeanwhileLoseOnlyWhatWasReadTooEarly)
+{
+    QElapsedTimer timer;
+    timer.start();
+    int ticks = 0;
+    const Writers writers(WriterCount, FilesOfEach, queueFolder.path());
+    ASSERT_TRUE(eventually(
+        [&] {
+            tick();
+            ++ticks;
+            return writers.allEnded();
+        },
+        100'000));
+    tick(); // takes what the last ones left
+    EXPECT_TRUE(names().isEmpty());
+
+    const QueueRecordSet records = makeProxy()->GetQueue();
+    QSet<QString> messages;
+    for (const QueueRow &row : records.rows()) {
+        EXPECT_EQ(row.phone, QStringLiteral("9123456"));
+        EXPECT_EQ(row.deliveryDate, QStringLiteral("2100-01-01T12:30:45"));
+        const QStringList parts = row.message.split(u' ');
+        EXPECT_TRUE(parts.size() == 2 && parts.first().size() == 2 &&
+                    parts.last().toInt() < FilesOfEach)
+            << row.message.toStdString();
+        messages.insert(row.message);
+    }
+    const auto arrived = static_cast<int>(records.rows().size());
+    EXPECT_EQ(messages.size(), arrived) << "nothing arrives twice";
+    expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks, timer.elapsed());
+    EXPECT_TRUE(boxes.shown.isEmpty());
+    EXPECT_EQ(control<TerminalView>("txtTerm")->text(), QString());
+}
+
+TEST(QueueRace, aReaderAsQuickAsCanBeLosesOnlyWhatItReadsTooEarly)
+{
+    const QTemporaryDir folder;
+    RecordingMessageBoxes boxes;
+    CountingStreams streams;
+    RecordingEngine::Script script;
+    RecordingEngine engine(script);
+    script.calls.clear();
+    QElapsedTimer timer;
+    timer.start();
+    int ticks = 0;
+    const Writers writers(WriterCount, FilesOfEach, folder.path());
+    for (bool ended = false; !ended && timer.elapsed() < 100'000;) {
+        ended = writers.allEnded(); // before the last look into the folder
+        QString path = folder.path();
+        qint16 files = 0;
+        qint16 folders = 0;
+        FileSearchResult found;
+        FindFiles(path, QString::fromUtf16(QueueDropFile::Pattern), files, folders, found,
+                  Descent::StayInFolder);
+        for (const QString &file : found.Files)
+            ImportSMSFile(file, engine, QString(), {&streams, nullptr});
+        QCoreApplication::processEvents();
+        ++ticks;
+    }
+    ASSERT_TRUE(writers.allEnded());
+    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+    const auto arrived = static_cast<int>(script.calls.size());
+    EXPECT_EQ(QSet<QString>(script.calls.begin(), script.calls.end()).size(), arrived);
+    EXPECT_EQ(script.calls.filter(QStringLiteral("AddSMS(9123456|w")).size(), arrived);
+    expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks, timer.elapsed());
+}

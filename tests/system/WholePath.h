@@ -1,0 +1,79 @@
+#pragma once
+
+#include "app/modSMSClient.h"
+#include "console/MessageEdit.h"
+#include "console/frmSMSClient.h"
+#include "foundation/Globals.h"
+#include "foundation/StoredSettings.h"
+#include "support/RecordingMessageBoxes.h"
+#include "system/EngineProcess.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+/// The console's window in this process, over the real engine process and a simulated device.
+class WholePath : public EngineProcess
+{
+protected:
+    void SetUp() override
+    {
+        plugIn();
+        openConsole();
+    }
+    ~WholePath() override { closeConsole(); }
+
+    void openConsole()
+    {
+        goLocalize = std::make_unique<cls_Localize>();
+        ASSERT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
+                                     QStringLiteral("ESN")));
+        console = std::make_unique<frmSMSClient>(ConsoleEnvironment{
+            [this] { return makeProxy(); }, modSMSClient::ReleaseGlobals,
+            [] {
+                const QDateTime now = QDateTime::currentDateTime();
+                return QDateTime(now.date(), now.time(), Qt::UTC);
+            },
+            ModeSettings(m_settings, queueFolder.path()), QLocale::c(), queueAccess});
+        console->Form_Load();
+        console->show();
+    }
+    void closeConsole()
+    {
+        if (console)
+            console->close();
+        console.reset();
+    }
+
+    template <typename Control>
+    Control *control(const char *name) const
+    {
+        return console->findChild<Control *>(QLatin1String(name));
+    }
+    QString label(const char *name) const { return control<QLabel>(name)->text(); }
+
+    void send(const QString &phone, const QString &message)
+    {
+        control<QLineEdit>("txtPhone")->setText(phone);
+        control<MessageEdit>("txtMessage")->setText(message);
+        QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
+    }
+    QString received(int index) const
+    {
+        return device->messages().at(index).value(QStringLiteral("text")).toString();
+    }
+    void waitForReceived(int count)
+    {
+        ASSERT_TRUE(eventually([&] { return device->messages().size() >= count; }));
+    }
+
+    std::unique_ptr<frmSMSClient> console;
+    RecordingMessageBoxes boxes;
+    const QTemporaryDir queueFolder;
+    QueueAccess queueAccess;
+
+private:
+    IniStoredSettings m_settings;
+};
