@@ -170,10 +170,13 @@ public:
 
     void add(int messages)
     {
-        SMSList list;
-        for (int i = 0; i < messages; ++i)
-            list.Add(phone(), text(i));
-        m_proxy->AddSMSList(list, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+        constexpr int mostInOneList = 10'000;
+        for (int first = 0; first < messages; first += mostInOneList) {
+            SMSList list;
+            for (int i = first; i < std::min(messages, first + mostInOneList); ++i)
+                list.Add(phone(), text(i));
+            m_proxy->AddSMSList(list, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+        }
     }
 
     /// From here on nobody listens to the engine.
