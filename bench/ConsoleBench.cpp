@@ -1,4 +1,6 @@
 #include "console/QueueGridModel.h"
+#include "console/SentGridModel.h"
+#include "console/TerminalView.h"
 #include "engine/contract/QueueRecordSet.h"
 #include "queue/Normalisation.h"
 
@@ -58,7 +60,44 @@ void rebuildQueueGrid(benchmark::State &state)
         grid.repaint();
     }
 }
-BENCHMARK(rebuildQueueGrid)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(rebuildQueueGrid)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
+/// A line more in the log of communications, which holds so many already, with what is painted.
+void appendToTerminal(benchmark::State &state)
+{
+    TerminalView terminal;
+    terminal.resize(530, 117);
+    terminal.show();
+    QCoreApplication::processEvents();
+    const QString line = QStringLiteral("Mensaje enviado a 912345678.");
+    for (int i = 0; i < state.range(0); ++i)
+        terminal.appendLine(line);
+    for ([[maybe_unused]] auto step : state) {
+        terminal.appendLine(line);
+        terminal.viewport()->repaint();
+    }
+}
+BENCHMARK(appendToTerminal)->Arg(0)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+
+/// A row more in the grid of what was sent, which holds so many already, with what is painted.
+void appendToSentGrid(benchmark::State &state)
+{
+    SentGridModel model;
+    QTableView grid;
+    grid.setModel(&model);
+    grid.resize(400, 155);
+    grid.show();
+    QCoreApplication::processEvents();
+    const SentGridModel::Row row{QStringLiteral("20/11/26 9:30:15"), QStringLiteral("912345678"),
+                                 QStringLiteral("Hola"), SentGridModel::Outcome::Sent};
+    for (int i = 0; i < state.range(0); ++i)
+        model.add(row);
+    for ([[maybe_unused]] auto step : state) {
+        model.add(row);
+        grid.viewport()->repaint();
+    }
+}
+BENCHMARK(appendToSentGrid)->Arg(0)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

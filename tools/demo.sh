@@ -54,6 +54,8 @@ fi
 
 openbox >"$demo/window-manager.out" 2>&1 &
 started+=($!)
+# A window that comes up while the window manager does may be left unmapped.
+await 10 xdotool get_desktop
 "${open_console[@]}" &
 console=$!
 started+=("$console")

@@ -1,5 +1,7 @@
 #include "app/modSMSClient.h"
 #include "console/frmSMSClient.h"
+#include "device/DocumentsFolder.h"
+#include "device/WidgetFolderBrowser.h"
 #include "engine/SMSManagerProxy.h"
 #include "engine/contract/BusTypes.h"
 #include "foundation/StoredSettings.h"
@@ -32,7 +34,8 @@ void translateToolkit(QTranslator &translator)
         QCoreApplication::installTranslator(&translator);
 }
 
-ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &programFolder)
+ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &programFolder,
+                                   const FolderBrowsing &folders)
 {
     return {[launcher = std::shared_ptr<EngineLauncher>(), programFolder]() mutable {
                 if (!launcher)
@@ -41,8 +44,12 @@ ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &prog
                         programFolder + QStringLiteral("/TovekSMService"), Bus::CallTimeout);
                 return std::make_unique<SMSManagerProxy>(*launcher);
             },
-            modSMSClient::ReleaseGlobals, wallClock, ModeSettings(settings, programFolder),
-            QLocale::system()};
+            modSMSClient::ReleaseGlobals,
+            wallClock,
+            ModeSettings(settings, programFolder),
+            QLocale::system(),
+            QueueAccess{},
+            folders};
 }
 
 } // namespace
@@ -62,9 +69,16 @@ int main(int argc, char **argv)
     PlatformHelpers helpers(platform);
     IniStoredSettings settings;
 
+    WidgetFolderBrowser folderBrowser;
+    const FolderBrowsing folders{&folderBrowser, [&platform] {
+                                     FileSystem files;
+                                     return GetDocumentsFolder(platform, files);
+                                 }};
+
     std::unique_ptr<frmSMSClient> console;
     try {
-        console = modSMSClient::Main(helpers, makeEnvironment(settings, helpers.programFolder()));
+        console = modSMSClient::Main(helpers,
+                                     makeEnvironment(settings, helpers.programFolder(), folders));
     } catch (...) {
         FatalReport::report(std::current_exception());
     }

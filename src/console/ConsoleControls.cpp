@@ -3,8 +3,10 @@
 #include "console/ConsoleDesign.h"
 #include "console/MessageEdit.h"
 #include "console/PhoneEdit.h"
+#include "console/QueueGrid.h"
 #include "console/TerminalView.h"
 #include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/SvgPicture.h"
@@ -17,12 +19,6 @@
 
 #include <algorithm>
 #include <vector>
-
-/// The drawings stand in a library, whose resources have to be asked for; outside any namespace.
-static void useDrawings()
-{
-    Q_INIT_RESOURCE(resources);
-}
 
 namespace {
 
@@ -106,13 +102,10 @@ MessageEdit *makeMessageBox(QWidget *parent)
     return box;
 }
 
-QTableView *makeGrid(QWidget *parent)
+void setUpGrid(QTableView *grid)
 {
-    auto *const grid = new QTableView(parent);
     grid->setTabKeyNavigation(false);
     grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grid->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
     grid->setWordWrap(false);
     grid->setAlternatingRowColors(true);
@@ -120,7 +113,25 @@ QTableView *makeGrid(QWidget *parent)
     grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 5);
     grid->horizontalHeader()->setHighlightSections(false);
+    grid->horizontalHeader()->setSectionsClickable(false);
     grid->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+}
+
+QTableView *makeQueueGrid(QWidget *parent)
+{
+    auto *const grid = new QueueGrid(parent);
+    grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setUpGrid(grid);
+    return grid;
+}
+
+/// A log: nothing in it can be edited or selected.
+QTableView *makeSentGrid(QWidget *parent)
+{
+    auto *const grid = new QTableView(parent);
+    grid->setSelectionMode(QAbstractItemView::NoSelection);
+    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setUpGrid(grid);
     return grid;
 }
 
@@ -146,8 +157,10 @@ QWidget *make(const Control &design, QWidget *parent)
         return makeTimeBox(parent);
     case Kind::Terminal:
         return makeTerminal(parent);
-    case Kind::Grid:
-        return makeGrid(parent);
+    case Kind::QueueGrid:
+        return makeQueueGrid(parent);
+    case Kind::SentGrid:
+        return makeSentGrid(parent);
     case Kind::Image:
         return new ImageControl(pictureFile(design.picture), parent);
     }
@@ -158,7 +171,6 @@ QWidget *make(const Control &design, QWidget *parent)
 
 ConsoleControls::ConsoleControls(QWidget *window) : m_window(window)
 {
-    useDrawings();
     makeAll();
     bindMembers();
     setTabOrder();
@@ -173,8 +185,7 @@ ConsoleControls::ConsoleControls(QWidget *window) : m_window(window)
 
 QSizeF ConsoleControls::twipsPerPixel() const
 {
-    return {Twips::perPixel(static_cast<float>(m_window->logicalDpiX())),
-            Twips::perPixel(static_cast<float>(m_window->logicalDpiY()))};
+    return ::twipsPerPixel(m_window);
 }
 
 void ConsoleControls::place(QWidget *control, const Twips::Rect &place) const

@@ -9,6 +9,7 @@ class ImageControl;
 class MessageEdit;
 class PhoneEdit;
 class PictureButton;
+class QueueGrid;
 class TerminalView;
 class QDateEdit;
 class QLabel;
@@ -62,7 +63,7 @@ public:
     QDateEdit *dtDeliveryDate = nullptr;
     QTimeEdit *tmDeliveryDate = nullptr;
     TerminalView *txtTerm = nullptr;
-    QTableView *grdQueue = nullptr;
+    QueueGrid *grdQueue = nullptr;
     QTableView *grdSentDetails = nullptr;
 
     QLabel *lblSMSChars = nullptr;

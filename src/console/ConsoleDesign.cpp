@@ -48,12 +48,12 @@ const Control allControls[] = {
 
     {S("picLateralPanel"), Kind::Panel, S(), {8610, 0, 6345, 10290}, S(), 22},
     {S("fraQueueDetails"), Kind::Frame, S("picLateralPanel"), {15, 135, 6270, 4170}, S("Conte\xFA" "do da lista de envio"), 23},
-    {S("grdQueue"), Kind::Grid, S("fraQueueDetails"), {150, 300, 5940, 3030}, S(), 25},
+    {S("grdQueue"), Kind::QueueGrid, S("fraQueueDetails"), {150, 300, 5940, 3030}, S(), 25},
     {S("btnStart"), Kind::Button, S("fraQueueDetails"), {4170, 3510, 630, 510}, S(), 32, S("button-start"), 24, S("button-start-disabled")},
     {S("btnStop"), Kind::Button, S("fraQueueDetails"), {4815, 3510, 630, 510}, S(), 33, S("button-stop"), 24, S("button-stop-disabled")},
     {S("btnClearQueue"), Kind::Button, S("fraQueueDetails"), {5460, 3510, 630, 510}, S(), 24, S("button-clear"), 24},
     {S("fraSentDetails"), Kind::Frame, S("picLateralPanel"), {15, 4380, 6270, 2775}, S("Mensagens enviadas ( 0 )"), 29},
-    {S("grdSentDetails"), Kind::Grid, S("fraSentDetails"), {150, 300, 5940, 2205}, S(), 30},
+    {S("grdSentDetails"), Kind::SentGrid, S("fraSentDetails"), {150, 300, 5940, 2205}, S(), 30},
 };
 
 const Caption allCaptions[] = {

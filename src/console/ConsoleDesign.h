@@ -21,7 +21,8 @@ enum class Kind {
     DateBox,
     TimeBox,
     Terminal,
-    Grid,
+    QueueGrid,
+    SentGrid,
     Image,
 };
 

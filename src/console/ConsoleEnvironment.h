@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/mode/ModeSettings.h"
+#include "device/FolderBrowser.h"
 #include "engine/contract/SMSManager.h"
 #include "queue/QueueAccess.h"
 
@@ -22,4 +23,6 @@ struct ConsoleEnvironment
     ModeSettings settings;
     QLocale locale;
     QueueAccess queueAccess = {};
+    /// How the device dialog lets a folder be chosen.
+    FolderBrowsing folders = {};
 };

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 
+#include <algorithm>
 #include <utility>
 
 QueueGridModel::QueueGridModel(const QLocale &locale, QObject *parent)
@@ -15,8 +16,28 @@ void QueueGridModel::bind(QueueRecordSet records)
     endResetModel();
 }
 
+void QueueGridModel::removeRows(const QList<int> &rows)
+{
+    if (rows.isEmpty())
+        return;
+    // As one step: a grid that is told of each row by itself takes seconds for thousands of them.
+    beginResetModel();
+    m_records.removeRows(QList<qsizetype>(rows.cbegin(), rows.cend()));
+    endResetModel();
+}
+
+int QueueGridModel::rowOf(qint64 id) const
+{
+    const QList<QueueRow> &rows = m_records.rows();
+    const auto found = std::find_if(rows.cbegin(), rows.cend(),
+                                    [id](const QueueRow &row) { return row.id == id; });
+    return found == rows.cend() ? -1 : static_cast<int>(found - rows.cbegin());
+}
+
 void QueueGridModel::setHeaders(const QStringList &headers)
 {
+    if (m_headers == headers)
+        return;
     m_headers = headers;
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
 }
@@ -56,9 +77,38 @@ QVariant QueueGridModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= m_records.count())
         return {};
-    if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
-        return cell(m_records.at(index.row()), index.column());
-    return {};
+    const QueueRow &row = m_records.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole:
+    case Qt::EditRole:
+        return cell(row, index.column());
+    case IdRole:
+        return row.id;
+    default:
+        return {};
+    }
+}
+
+bool QueueGridModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (!index.isValid() || index.row() >= m_records.count() || role != Qt::EditRole)
+        return false;
+    if (index.column() == Phone)
+        m_records.setPhone(index.row(), value.toString());
+    else if (index.column() == Message)
+        m_records.setMessage(index.row(), value.toString());
+    else
+        return false;
+    Q_EMIT dataChanged(index, index);
+    return true;
+}
+
+Qt::ItemFlags QueueGridModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    // The delivery date of a message that waits can't be changed.
+    return index.column() == DeliveryDate ? flags : flags | Qt::ItemIsEditable;
 }
 
 QVariant QueueGridModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -4,9 +4,11 @@
 #include "console/ConsoleDesign.h"
 #include "console/MessageEdit.h"
 #include "console/PhoneEdit.h"
+#include "console/QueueGrid.h"
 #include "console/QueueGridModel.h"
 #include "console/SentGridModel.h"
 #include "console/TerminalView.h"
+#include "device/frmDeviceConfig.h"
 #include "engine/Estimate.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
@@ -29,7 +31,10 @@
 frmSMSClient::frmSMSClient(ConsoleEnvironment environment)
     : m_environment(std::move(environment)), m_ui(this),
       m_queueRows(new QueueGridModel(m_environment.locale, this)),
-      m_sentRows(new SentGridModel(this)), mdLastEvent(Estimate::zeroDate())
+      m_sentRows(new SentGridModel(this)),
+      m_deviceConfig(std::make_unique<frmDeviceConfig>(this, *this, m_environment.settings,
+                                                       m_environment.folders)),
+      mdLastEvent(Estimate::zeroDate())
 {
     setObjectName(QStringLiteral("frmSMSClient"));
     setWindowTitle(ConsoleDesign::designTitle);
@@ -52,6 +57,8 @@ void frmSMSClient::connectControls()
     connect(m_ui.btnStop, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnStop_Click));
     connect(m_ui.btnClearQueue, &QPushButton::clicked, this,
             guarded(this, &frmSMSClient::btnClearQueue_Click));
+    connectQueueGrid();
+    connectDeviceButtons();
 }
 
 void frmSMSClient::Form_Load()
@@ -86,7 +93,8 @@ void frmSMSClient::SetGridHeaders()
     m_queueRows->setHeaders({GS(3760028), GS(3760029), GS(3760030)});
     m_sentRows->setHeaders({GS(3760031), GS(3760029), GS(3760030)});
     const qreal twipsPerPixel = m_ui.twipsPerPixel().width();
-    for (QTableView *const grid : {m_ui.grdQueue, m_ui.grdSentDetails}) {
+    for (QTableView *const grid :
+         std::initializer_list<QTableView *>{m_ui.grdQueue, m_ui.grdSentDetails}) {
         int column = 0;
         for (const float width : ConsoleDesign::columnWidths)
             grid->setColumnWidth(column++, static_cast<int>(std::lround(width / twipsPerPixel)));
@@ -156,17 +164,6 @@ void frmSMSClient::RefreshEngineState()
     const QDateTime now = m_environment.now();
     m_ui.dtDeliveryDate->setDate(now.date());
     m_ui.tmDeliveryDate->setTime(now.time());
-}
-
-DeviceSettings frmSMSClient::GetDeviceSettings()
-{
-    return mbServerMode ? moSMSManager->GetDeviceSettings() : DeviceSettings();
-}
-
-bool frmSMSClient::SetDeviceSettings(const DeviceSettings &settings)
-{
-    ApplyOperationMode();
-    return mbServerMode && moSMSManager->SetDeviceSettings(settings);
 }
 
 void frmSMSClient::resizeEvent(QResizeEvent *)

@@ -2,6 +2,7 @@
 
 #include "console/ConsoleControls.h"
 #include "console/ConsoleEnvironment.h"
+#include "device/DeviceSettingsKeeper.h"
 #include "engine/contract/SMSManager.h"
 #include "foundation/FileSystem.h"
 #include "foundation/ui/ConsoleLayout.h"
@@ -9,15 +10,17 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class CTimerMM;
 class QueueGridModel;
 class SentGridModel;
 class WindowHook;
+class frmDeviceConfig;
 
 /// The console's window. It owns everything long-lived: on a server the engine object and the timer
 /// that the queue folder is polled by.
-class frmSMSClient : public QWidget
+class frmSMSClient : public QWidget, public DeviceSettingsKeeper
 {
     Q_OBJECT
 
@@ -36,11 +39,8 @@ public:
     void SetWindowLimits();
     void SetWindowTitle();
 
-    /// The engine's record on a server, an empty record on a client.
-    DeviceSettings GetDeviceSettings();
-    /// Puts the stored mode into effect and then, on a server, hands `settings` to the engine.
-    /// @return the engine's answer; false on a client
-    bool SetDeviceSettings(const DeviceSettings &settings);
+    DeviceSettings GetDeviceSettings() override;
+    bool SetDeviceSettings(const DeviceSettings &settings) override;
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -67,6 +67,25 @@ private:
     void btnClearQueue_Click();
     QDateTime deliveryMoment() const;
     void startIfStopped();
+
+    // The queue's grid. Rows count from 1.
+    void connectQueueGrid();
+    void grdQueue_BeforeEdit(int row, int column, bool &cancel);
+    void grdQueue_AfterEdit();
+    void grdQueue_DeletePressed();
+    void deleteRows(const QList<int> &rows);
+    void removeFromGrid(const QList<int> &rows);
+    /// Whether `row` is the message that the engine is sending.
+    bool isInProgress(int row);
+    /// Carries what was changed in the grid to the engine.
+    void handBackQueue();
+
+    // The device
+    void connectDeviceButtons();
+    void btnDeviceConfig_Click();
+    void btnTestDevice_Click();
+    void showBeforeBlocking();
+    void showTestResult(bool answered);
 
     // Engine events
     void moSMSManager_DeviceInfo(const QString &Manufacturer, const QString &Model,
@@ -96,6 +115,9 @@ private:
     QueueGridModel *m_queueRows;
     SentGridModel *m_sentRows;
     std::unique_ptr<WindowHook> m_hook;
+    std::unique_ptr<frmDeviceConfig> m_deviceConfig;
+    bool m_queueHeld = false;              ///< changes of the queue wait
+    std::optional<qint32> m_heldQueueSize; ///< of the last one that does
     bool m_unloaded = false;
 
     std::unique_ptr<FileSystem> moFileSystem;

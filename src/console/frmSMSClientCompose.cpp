@@ -1,4 +1,3 @@
-#include "console/ConsoleDesign.h"
 #include "console/MessageEdit.h"
 #include "console/PhoneEdit.h"
 #include "console/frmSMSClient.h"

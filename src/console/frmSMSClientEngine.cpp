@@ -1,4 +1,3 @@
-#include "console/QueueGridModel.h"
 #include "console/SentGridModel.h"
 #include "console/TerminalView.h"
 #include "console/frmSMSClient.h"
@@ -11,7 +10,6 @@
 #include "foundation/ui/PictureButton.h"
 
 #include <QLabel>
-#include <QTableView>
 
 void frmSMSClient::connectEngine()
 {
@@ -56,40 +54,6 @@ void frmSMSClient::ShowEngineStatus(qint32 status)
     m_ui.btnStart->setEnabled(!running);
     m_ui.btnStop->setEnabled(running);
     m_ui.lblEngineStatus->setText(EventTexts::engineStatus(status));
-}
-
-void frmSMSClient::moSMSManager_SMSQueueChanged(qint32 currentSize)
-{
-    ShowQueueSize(currentSize);
-}
-
-void frmSMSClient::ShowQueueSize(qint32 count)
-{
-    const bool waiting = count >= 1;
-    m_ui.imgQueue[1]->setVisible(waiting);
-    m_ui.imgQueue[0]->setVisible(!waiting);
-    m_ui.lblQueueSize->setText(EventTexts::queueSize(count));
-
-    m_ui.grdQueue->setUpdatesEnabled(false);
-    bindQueue();
-    m_ui.grdQueue->setUpdatesEnabled(true);
-}
-
-void frmSMSClient::bindQueue()
-{
-    // The row is kept as a number and not as a message. The grid's rows count from 1, below the
-    // header.
-    const int current = m_ui.grdQueue->currentIndex().row() + 1;
-    QueueRecordSet records = moSMSManager->GetQueue();
-    records.sortByDeliveryDate();
-    m_queueRows->bind(std::move(records));
-    const int rows = m_queueRows->rowCount() + 1;
-    if (current > 0 && rows > current) {
-        const QModelIndex index = m_queueRows->index(current - 1, 0);
-        m_ui.grdQueue->setCurrentIndex(index);
-        m_ui.grdQueue->scrollTo(index);
-    }
-    SetGridHeaders();
 }
 
 void frmSMSClient::moSMSManager_SMSSent(const QString &phone, const QString &Message,

@@ -139,6 +139,18 @@ void SMSManagerProxy::ClearQueue()
 
 QueueRecordSet SMSManagerProxy::GetQueue()
 {
+    auto changes =
+        call("GetQueue", [this] { return m_engine->GetQueueChanges(m_replica.revision()); });
+    const quint64 revision = changes.argumentAt<0>();
+    if (changes.argumentAt<1>())
+        m_replica.reset(revision, fetchQueue());
+    else
+        m_replica.apply(revision, changes.argumentAt<2>(), changes.argumentAt<3>());
+    return QueueRecordSet(m_replica.rows());
+}
+
+QList<QueueRow> SMSManagerProxy::fetchQueue()
+{
     BusQueueRows rows;
     quint64 snapshot = 0;
     quint32 total = 0;
@@ -155,7 +167,7 @@ QueueRecordSet SMSManagerProxy::GetQueue()
             break;
         rows += received;
     } while (static_cast<quint32>(rows.size()) < total);
-    return QueueRecordSet(std::move(rows));
+    return rows;
 }
 
 void SMSManagerProxy::UpdateQueue(const QueueRecordSet &records)

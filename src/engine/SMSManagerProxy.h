@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/EngineLauncher.h"
+#include "engine/QueueReplica.h"
 #include "engine/contract/SMSManager.h"
 
 #include <memory>
@@ -46,6 +47,8 @@ public:
 
 private:
     void attach();
+    /// The whole queue, page by page.
+    QList<QueueRow> fetchQueue();
     template <typename Call>
     auto call(const char *operation, int timeLimit, Call &&start);
     template <typename Call>
@@ -55,4 +58,5 @@ private:
     QString m_connectionName;
     std::unique_ptr<SMSManagerBusInterface> m_engine;
     int m_callTimeout;
+    QueueReplica m_replica;
 };

@@ -9,29 +9,6 @@
 
 #include <utility>
 
-namespace {
-
-QString keyOf(const QString &application, const QString &section, const QString &key)
-{
-    return application + u'/' + section + u'/' + key;
-}
-
-} // namespace
-
-QString MemorySettings::get(const QString &application, const QString &section, const QString &key,
-                            const QString &defaultValue) const
-{
-    reads.append(key);
-    return values.value(keyOf(application, section, key), defaultValue);
-}
-
-void MemorySettings::save(const QString &application, const QString &section, const QString &key,
-                          const QString &value)
-{
-    values.insert(keyOf(application, section, key), value);
-    ++saves;
-}
-
 ConsoleFixture::ConsoleFixture()
 {
     goStartUpData = std::make_unique<clsStartUpData>();
@@ -78,7 +55,8 @@ ConsoleEnvironment ConsoleFixture::environment()
             [this] { return now; },
             ModeSettings(settings, QStringLiteral("/program")),
             locale,
-            {&streams, &waiting}};
+            {&streams, &waiting},
+            FolderBrowsing{&folders, [] { return QStringLiteral("/documents/Norvane"); }}};
 }
 
 void ConsoleFixture::load()

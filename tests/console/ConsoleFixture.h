@@ -1,33 +1,19 @@
 #pragma once
 
 #include "console/frmSMSClient.h"
-#include "foundation/StoredSettings.h"
 #include "support/ManualTimers.h"
+#include "support/MemorySettings.h"
 #include "support/NotedWaiting.h"
 #include "support/RecordingEngine.h"
 #include "support/RecordingMessageBoxes.h"
+#include "support/ScriptedFolderBrowser.h"
 #include "support/ScriptedStreams.h"
 
 #include <QCoreApplication>
-#include <QHash>
 
 #include <gtest/gtest.h>
 
 #include <memory>
-
-/// Stored settings in memory.
-class MemorySettings : public StoredSettings
-{
-public:
-    QString get(const QString &application, const QString &section, const QString &key,
-                const QString &defaultValue) const override;
-    void save(const QString &application, const QString &section, const QString &key,
-              const QString &value) override;
-
-    QHash<QString, QString> values; ///< under "application/section/key"
-    int saves = 0;
-    mutable QStringList reads; ///< the keys, in order
-};
 
 /// The console's window over a recording engine, with the Spanish texts, a clock that stands still,
 /// timers that tick when told, and message boxes that answer by themselves.
@@ -63,6 +49,7 @@ protected:
     MemorySettings settings;
     RecordingEngine::Script script;
     RecordingMessageBoxes boxes;
+    ScriptedFolderBrowser folders;
     ManualTimers timers;
     ScriptedStreams streams;
     NotedWaiting waiting;

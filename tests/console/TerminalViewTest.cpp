@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
@@ -69,6 +70,26 @@ TEST(TerminalView, theNewestLineIsInView)
     for (int i = 0; i < 200; ++i)
         terminal.appendLine(QString::number(i));
     EXPECT_TRUE(terminal.viewport()->rect().intersects(terminal.cursorRect()));
+}
+
+TEST(TerminalView, aHundredThousandLinesDontSlowItDown)
+{
+    TerminalView terminal;
+    terminal.resize(530, 117);
+    terminal.show();
+    const auto append = [&terminal](int lines) {
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 0; i < lines; ++i)
+            terminal.appendLine(QStringLiteral("a line of the log"));
+        return timer.elapsed();
+    };
+    const qint64 first = append(2000);
+    append(96'000);
+    EXPECT_LT(append(2000), 10 * first + 100);
+    EXPECT_EQ(terminal.text().count(QStringLiteral("\r\n")), 100'000);
+    EXPECT_EQ(terminal.blockCount(), 100'001);
+    EXPECT_TRUE(terminal.textCursor().atEnd());
 }
 
 TEST(TerminalView, aLineIsAddedWhereTheCaretStandsNowhereElse)

@@ -134,6 +134,7 @@ TEST(BusInterfaceTest, operationsInSlotOrderThenTheReportsThenTheEvents)
                                            u"GetDeviceSettings: >(isiis)"_qs,
                                            u"SetDeviceSettings: (isiis) >b"_qs,
                                            u"ReportState:"_qs,
+                                           u"GetQueueChanges: t >t >b >a(sssx) >ax"_qs,
                                            u"GetState: >a{sv}"_qs,
                                            u"DeviceInfo: s s s s i i s s s s"_qs,
                                            u"EngineStatus: i"_qs,

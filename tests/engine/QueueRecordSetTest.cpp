@@ -98,6 +98,32 @@ TEST(QueueRecordSetTest, removedRowsAreCarriedBackByIdInTheOrderOfRemoval)
     EXPECT_TRUE(records.changedRows().isEmpty());
 }
 
+TEST(QueueRecordSetTest, severalRowsAreRemovedByTheNumbersThatTheyHave)
+{
+    QueueRecordSet records = threeRows();
+    records.setPhone(0, u"z"_qs);
+    records.setPhone(1, u"y"_qs);
+    records.removeRows({2, 0});
+    EXPECT_EQ(ids(records), (QList<qint64>{12}));
+    EXPECT_EQ(records.deletedIds(), (QList<qint64>{13, 11}));
+    ASSERT_EQ(records.changedRows().size(), 1);
+    EXPECT_EQ(records.changedRows().at(0).id, 12);
+}
+
+TEST(QueueRecordSetTest, forgottenChangesAreNotCarriedAgain)
+{
+    QueueRecordSet records = threeRows();
+    records.setPhone(0, u"z"_qs);
+    records.removeRow(2);
+    records.forgetChanges();
+    EXPECT_TRUE(records.changedRows().isEmpty());
+    EXPECT_TRUE(records.deletedIds().isEmpty());
+    EXPECT_EQ(records.at(0).phone, u"z"_qs);
+    records.setPhone(1, u"y"_qs);
+    ASSERT_EQ(records.changedRows().size(), 1);
+    EXPECT_EQ(records.changedRows().at(0).id, 12);
+}
+
 TEST(QueueRecordSetTest, rowThatWasEditedAndThenRemovedIsARemovalAlone)
 {
     QueueRecordSet records = threeRows();

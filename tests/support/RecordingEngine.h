@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <utility>
 
 /// An engine for tests: notes every call in order, answers as scripted, and raises events.
 class RecordingEngine : public SMSManager
@@ -18,6 +19,7 @@ public:
     {
         QStringList calls;
         qint32 status = 0;
+        QQueue<qint32> statuses; ///< answered one after the other, before `status`
         qint32 queueSize = 0;
         qint32 testResult = 1;
         bool setAnswer = true;
@@ -25,8 +27,13 @@ public:
         DeviceSettings settings;
         QQueue<int> failingCalls; ///< the call of this number, counted from 1, fails with 462
         int objectsMade = 0;
-        std::function<void()> inGetQueue; ///< runs while GetQueue is being answered
-        std::function<void()> inAddSMS;   ///< runs while AddSMS is being answered
+        std::function<void()> inGetQueue;   ///< runs while GetQueue is being answered
+        std::function<void()> inTestDevice; ///< runs while TestDevice is being answered
+        std::function<void()> inAddSMS;     ///< runs while AddSMS is being answered
+        /// What UpdateQueue was given, the newest last.
+        QList<QueueRecordSet> updates;
+        /// Events that wait: the next DeliverPendingEvents raises them.
+        QList<std::function<void(SMSManager &)>> pendingEvents;
     };
 
     explicit RecordingEngine(Script &script) : m_script(script), m_number(++script.objectsMade)
@@ -43,12 +50,14 @@ public:
     qint32 TestDevice() override
     {
         note(QStringLiteral("TestDevice"));
+        if (m_script.inTestDevice)
+            m_script.inTestDevice();
         return m_script.testResult;
     }
     qint32 GetEngineStatus() override
     {
         note(QStringLiteral("GetEngineStatus"));
-        return m_script.status;
+        return m_script.statuses.isEmpty() ? m_script.status : m_script.statuses.dequeue();
     }
     void AddSMS(const QString &phone, const QString &message, const QDateTime &date) override
     {
@@ -76,7 +85,11 @@ public:
             m_script.inGetQueue();
         return QueueRecordSet(m_script.queue);
     }
-    void UpdateQueue(const QueueRecordSet &) override { note(QStringLiteral("UpdateQueue")); }
+    void UpdateQueue(const QueueRecordSet &records) override
+    {
+        note(QStringLiteral("UpdateQueue"));
+        m_script.updates.append(records);
+    }
     void ApplySettings() override { note(QStringLiteral("ApplySettings")); }
     DeviceSettings GetDeviceSettings() override
     {
@@ -89,7 +102,12 @@ public:
         m_script.settings = settings;
         return m_script.setAnswer;
     }
-    void DeliverPendingEvents() override { note(QStringLiteral("DeliverPendingEvents")); }
+    void DeliverPendingEvents() override
+    {
+        note(QStringLiteral("DeliverPendingEvents"));
+        for (const auto &raise : std::exchange(m_script.pendingEvents, {}))
+            raise(*this);
+    }
 
 private:
     void note(const QString &call);

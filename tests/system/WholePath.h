@@ -2,15 +2,18 @@
 
 #include "app/modSMSClient.h"
 #include "console/MessageEdit.h"
+#include "console/TerminalView.h"
 #include "console/frmSMSClient.h"
 #include "foundation/Globals.h"
 #include "foundation/StoredSettings.h"
 #include "support/RecordingMessageBoxes.h"
 #include "system/EngineProcess.h"
 
+#include <QDateEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 

@@ -1,12 +1,7 @@
 #include "system/WholePath.h"
 
-#include "console/TerminalView.h"
-#include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
 #include "queue/Normalisation.h"
-
-#include <QDateEdit>
-#include <QTableView>
 
 TEST_F(WholePath, aMessageTypedInTheWindowReachesTheDevice)
 {

@@ -151,6 +151,8 @@ record() { printf '%-25s%s%-160s' "$1" 01012100000000 "$2"; }
 
 openbox >"$sandbox/window-manager.out" 2>&1 &
 started+=($!)
+# A window that comes up while the window manager does may be left unmapped.
+await 10 xdotool get_desktop
 
 case $case in
 exchange) # What the client sends twice reaches the server's device twice, within ten seconds each.

@@ -41,9 +41,29 @@ void QueueRecordSet::removeRow(qsizetype row)
     m_deleted.append(id);
 }
 
+void QueueRecordSet::removeRows(const QList<qsizetype> &rows)
+{
+    QSet<qint64> going;
+    for (const qsizetype row : rows) {
+        const qint64 id = m_rows.at(row).id;
+        going.insert(id);
+        m_changed.remove(id);
+        m_deleted.append(id);
+    }
+    m_rows.removeIf([&going](const QueueRow &row) { return going.contains(row.id); });
+}
+
+void QueueRecordSet::forgetChanges()
+{
+    m_changed.clear();
+    m_deleted.clear();
+}
+
 QList<QueueRow> QueueRecordSet::changedRows() const
 {
     QList<QueueRow> changed;
+    if (m_changed.isEmpty())
+        return changed;
     for (const QueueRow &row : m_rows) {
         if (m_changed.contains(row.id))
             changed.append(row);

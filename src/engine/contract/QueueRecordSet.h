@@ -34,11 +34,15 @@ public:
     void setPhone(qsizetype row, const QString &phone);
     void setMessage(qsizetype row, const QString &message);
     void removeRow(qsizetype row);
+    /// Removes several rows, in this order; each number is that of the set as it stands now.
+    void removeRows(const QList<qsizetype> &rows);
 
     /// The rows whose phone or message was set to something else and that are still there.
     QList<QueueRow> changedRows() const;
     /// The ids of the rows that were removed, in the order of removal.
     const QList<qint64> &deletedIds() const { return m_deleted; }
+    /// Begins anew with the tracking: what was changed so far has been handed back.
+    void forgetChanges();
 
 private:
     QList<QueueRow> m_rows;

@@ -25,6 +25,8 @@ public:
     /// The one status value that means "running"; 0 is stopped, any other value is not running.
     static constexpr qint32 Running = 1;
     static constexpr qint32 Stopped = 0;
+    /// The one answer of TestDevice that means success.
+    static constexpr qint32 DeviceAnswered = 1;
 
     using QObject::QObject;
 

@@ -2,6 +2,7 @@
 
 #include <QPoint>
 #include <QSize>
+#include <QSizeF>
 
 class QWidget;
 
@@ -12,6 +13,9 @@ namespace FormSetUp {
 QPoint centred(QSize form, QSize screen);
 
 } // namespace FormSetUp
+
+/// Horizontal and vertical twips of a pixel on the screen of `widget`.
+QSizeF twipsPerPixel(const QWidget *widget);
 
 /// The common form set-up: moves `form` to the middle of its screen and leaves its size.
 void CenterForm(QWidget *form);

@@ -3,8 +3,15 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+/// The drawings stand in a library, whose resources have to be asked for; outside any namespace.
+static void useDrawings()
+{
+    Q_INIT_RESOURCE(resources);
+}
+
 QPixmap SvgPicture::pixmap(const QString &file, QSize size, qreal ratio)
 {
+    useDrawings();
     QPixmap pixmap(size * ratio);
     pixmap.setDevicePixelRatio(ratio);
     pixmap.fill(Qt::transparent);

@@ -132,6 +132,36 @@ qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint &total,
     return answer->at(0).toULongLong();
 }
 
+QVariantList EngineService::queueChanges(const QString &caller, quint64 revision)
+{
+    const quint64 now = m_store.journal().revision();
+    const auto ids = m_store.journal().since(revision);
+    if (!ids)
+        return {QVariant(now), true, QVariant::fromValue(BusQueueRows()),
+                QVariant::fromValue(QList<qlonglong>())};
+    const BusQueueRows present = m_store.rows(*ids);
+    QSet<qint64> gone(ids->cbegin(), ids->cend());
+    for (const QueueRow &row : present)
+        gone.remove(row.id);
+    m_pacer.listenerFetched(caller);
+    return {QVariant(now), false, QVariant::fromValue(present),
+            QVariant::fromValue(QList<qlonglong>(gone.cbegin(), gone.cend()))};
+}
+
+qulonglong EngineService::GetQueueChanges(qulonglong revision, bool &whole, BusQueueRows &present,
+                                          QList<qlonglong> &gone)
+{
+    const QString caller = message().service();
+    const auto answer =
+        carryOut([this, caller, revision] { return queueChanges(caller, revision); });
+    if (!answer)
+        return 0; // not sent: the answer comes later
+    whole = answer->at(1).toBool();
+    present = answer->at(2).value<BusQueueRows>();
+    gone = answer->at(3).value<QList<qlonglong>>();
+    return answer->at(0).toULongLong();
+}
+
 void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
 {
     carryOut([this, changed, deleted] {

@@ -41,6 +41,8 @@ public:
     int GetQueueSize() const;
     void ClearQueue();
     qulonglong GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows);
+    qulonglong GetQueueChanges(qulonglong revision, bool &whole, BusQueueRows &present,
+                               QList<qlonglong> &gone);
     void UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted);
     void ApplySettings();
     DeviceSettings GetDeviceSettings();
@@ -76,6 +78,7 @@ private:
                   const QDeadlineTimer &deadline);
     QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
     QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
+    QVariantList queueChanges(const QString &caller, quint64 revision);
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
     void reportUnheard(const QString &listener);
     void raiseDeviceInfo(const DeviceDetails &details);

@@ -18,6 +18,12 @@ QString dueOf(const QString &deliveryDate)
     return isDate ? deliveryDate : QStringLiteral("");
 }
 
+QueueRow rowOf(const Statement &query)
+{
+    return {query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
+            query.value(3).toLongLong()};
+}
+
 } // namespace
 
 void Store::together(const std::function<void()> &operations)
@@ -46,8 +52,22 @@ void Store::add(const QList<SMSList::Entry> &entries, const QString &deliveryDat
                                    "text) VALUES (?, ?, ?, ?, ?)");
     for (const SMSList::Entry &entry : entries)
         insert.run({given, given, due, notNull(entry.phone), notNull(entry.message)});
+    const QList<qint64> ids = lastIds(entries.size());
     transaction.commit();
     m_size += static_cast<qint32>(entries.size());
+    m_journal.note(ids);
+}
+
+QList<qint64> Store::lastIds(qsizetype count) const
+{
+    Statement query(m_statements, "SELECT last_insert_rowid()");
+    query.run();
+    const qint64 last = query.next() ? query.value(0).toLongLong() : 0;
+    QList<qint64> ids;
+    ids.reserve(count);
+    for (qsizetype i = 0; i < count; ++i)
+        ids.append(last - i); // ids are given one after the other
+    return ids;
 }
 
 QList<QueueRow> Store::rows() const
@@ -58,8 +78,20 @@ QList<QueueRow> Store::rows() const
     QList<QueueRow> rows;
     rows.reserve(m_size);
     while (query.next())
-        rows.append({query.value(0).toString(), query.value(1).toString(),
-                     query.value(2).toString(), query.value(3).toLongLong()});
+        rows.append(rowOf(query));
+    return rows;
+}
+
+QList<QueueRow> Store::rows(const QList<qint64> &ids) const
+{
+    Statement query(m_statements,
+                    "SELECT delivery_date, phone, text, id FROM message WHERE id = ?");
+    QList<QueueRow> rows;
+    for (const qint64 id : ids) {
+        query.run({id});
+        if (query.next())
+            rows.append(rowOf(query));
+    }
     return rows;
 }
 
@@ -71,6 +103,7 @@ void Store::clear()
     const int removed = remove.changedRows();
     transaction.commit();
     m_size -= removed;
+    m_journal.noteAll();
 }
 
 bool Store::update(const QList<QueueRow> &changed, const QList<qint64> &deleted)
@@ -89,6 +122,10 @@ bool Store::update(const QList<QueueRow> &changed, const QList<qint64> &deleted)
     }
     transaction.commit();
     m_size -= removed;
+    QList<qint64> touched = deleted;
+    for (const QueueRow &row : changed)
+        touched.append(row.id);
+    m_journal.note(touched);
     return inTime;
 }
 

@@ -4,6 +4,7 @@
 #include "engine/contract/QueueRecordSet.h"
 #include "engine/contract/SMSList.h"
 #include "service/modem/PinGate.h"
+#include "service/store/QueueJournal.h"
 #include "service/store/Statement.h"
 #include "service/store/StoreFailure.h"
 #include "service/store/Transaction.h"
@@ -84,6 +85,10 @@ public:
     void add(const QList<SMSList::Entry> &entries, const QString &deliveryDate);
     qint32 size() const { return m_size; }
     QList<QueueRow> rows() const;
+    /// Those of the messages `ids` that are in the queue, in no order.
+    QList<QueueRow> rows(const QList<qint64> &ids) const;
+    /// What became different in rows().
+    const QueueJournal &journal() const { return m_journal; }
     /// Removes every message but the one in progress.
     void clear();
     /// Changes phone and text of the rows that still wait, and removes those of `deleted` that do.
@@ -171,6 +176,8 @@ private:
     void openForReading();
     void countRows();
     bool change(const QueueRow &row);
+    /// The ids of the `count` messages that were queued last.
+    QList<qint64> lastIds(qsizetype count) const;
     bool isOrWasInProgress(qint64 id) const;
     QString setting(const QString &name, const QString &absent) const;
     void writeSetting(const QString &name, const QString &value);
@@ -189,4 +196,5 @@ private:
     bool m_together = false;
     qint32 m_size = 0;
     Access m_access = Access::None;
+    QueueJournal m_journal;
 };

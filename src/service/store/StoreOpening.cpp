@@ -105,6 +105,7 @@ void Store::close()
 {
     m_access = Access::None;
     m_size = 0;
+    m_journal.noteAll();
     if (!m_database.isValid())
         return;
     m_statements.drop();

@@ -68,6 +68,7 @@ void Store::holdPartlySent()
 void Store::postpone(qint64 id, int attempts, const QString &nextAttempt)
 {
     write(StoreQueries::Postpone, {attempts, nextAttempt, nextAttempt, id});
+    m_journal.note({id});
 }
 
 int Store::write(const char *statement, const QVariantList &values)
@@ -93,6 +94,7 @@ qint64 Store::finish(qint64 id, qint32 code, std::optional<int> networkReference
     const int removed = remove.changedRows();
     transaction.commit();
     m_size -= removed;
+    m_journal.note({id});
     return outcome;
 }
 

@@ -70,7 +70,7 @@ TEST_F(EngineOnBus, whatItTellsOfItselfIsWhatTheContractDeclares)
         QStringLiteral(NORVANE_SOURCE_DIR "/src/engine/contract/com.tovek.SMService.xml"));
     ASSERT_TRUE(contract.open(QIODevice::ReadOnly));
     const QStringList declared = declarations(QString::fromUtf8(contract.readAll()));
-    EXPECT_EQ(declared.size(), 15 + 6);
+    EXPECT_EQ(declared.size(), 16 + 6);
     const QStringList told = declarations(answer.arguments().constFirst().toString());
     EXPECT_EQ(told.join(u'\n').toStdString(), declared.join(u'\n').toStdString());
 }

@@ -1,0 +1,223 @@
+#include "console/ConsoleFixture.h"
+
+#include "console/TerminalView.h"
+#include "foundation/Globals.h"
+#include "foundation/ui/FatalReport.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+
+class DeviceTest : public ConsoleFixture
+{
+protected:
+    void SetUp() override { loadAsServer(); }
+
+    void press() { QTest::mouseClick(control<QPushButton>("btnTestDevice"), Qt::LeftButton); }
+
+    static void raiseDeviceInfo(SMSManager &engine)
+    {
+        Q_EMIT engine.DeviceInfo(QStringLiteral("Acme"), QStringLiteral("M1"), {}, {}, 80, -5, {},
+                                 {}, {}, {});
+    }
+    /// DeviceInfo arrives while TestDevice is being answered.
+    void deviceTellsOfItself()
+    {
+        script.inTestDevice = [this] { script.pendingEvents.append(raiseDeviceInfo); };
+    }
+
+    const QString deliver = QStringLiteral("DeliverPendingEvents");
+    const QString status = QStringLiteral("GetEngineStatus");
+    const QString test = QStringLiteral("TestDevice");
+    const QString stop = QStringLiteral("StopEngine");
+    const QString start = QStringLiteral("StartEngine");
+};
+
+TEST_F(DeviceTest, aRunningEngineIsStoppedForTheTestAndStartedAfterwards)
+{
+    for (const qint32 result : {1, 0, -5, 2}) {
+        script.status = 1;
+        script.testResult = result;
+        press();
+        EXPECT_EQ(takeCalls(),
+                  (QStringList{status, deliver, stop, deliver, test, deliver, start, deliver}))
+            << result;
+    }
+}
+
+TEST_F(DeviceTest, aStoppedEngineStaysStopped)
+{
+    for (const qint32 result : {1, 0}) {
+        script.status = 0;
+        script.testResult = result;
+        press();
+        EXPECT_EQ(takeCalls(), (QStringList{status, deliver, test, deliver})) << result;
+    }
+}
+
+TEST_F(DeviceTest, anyOtherStatusCountsAsNotRunning)
+{
+    for (const qint32 other : {2, -1}) {
+        script.status = other;
+        press();
+        EXPECT_EQ(takeCalls(), (QStringList{status, deliver, test, deliver})) << other;
+    }
+}
+
+TEST_F(DeviceTest, successStandsInTheTerminalAndInTheStatus)
+{
+    press();
+    EXPECT_EQ(terminal(), GS(3760018));
+    EXPECT_TRUE(control<TerminalView>("txtTerm")->textCursor().atEnd());
+    EXPECT_EQ(text("lblDeviceStatus"), GS(3760019));
+    EXPECT_EQ(caption("fraCommunication"), GS(3760090));
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(DeviceTest, onlyOneMeansSuccess)
+{
+    for (const qint32 result : {0, -1, 2, 11, -2'147'483'647}) {
+        script.testResult = result;
+        press();
+        EXPECT_EQ(text("lblDeviceStatus"), GS(3760088)) << result;
+        EXPECT_EQ(terminal(), QString()) << result;
+        EXPECT_EQ(caption("fraCommunication"), GS(3760090)) << result;
+    }
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(DeviceTest, theSuccessTextStandsBehindTheDetailsOfTheDevice)
+{
+    deviceTellsOfItself();
+    press();
+    EXPECT_TRUE(terminal().startsWith(QStringLiteral("Manufacturer: Acme\r\n")));
+    EXPECT_TRUE(terminal().endsWith(QStringLiteral("Hardware: \r\n") + GS(3760018)));
+    EXPECT_EQ(text("lblDeviceStatus"), GS(3760019)) << "in place of manufacturer and model";
+    raiseDeviceInfo(*engine());
+    EXPECT_EQ(text("lblDeviceStatus"), QStringLiteral("Acme-M1")) << "until the next DeviceInfo";
+}
+
+TEST_F(DeviceTest, aTestThatFailsAfterDeviceInfoLeavesTheDetails)
+{
+    deviceTellsOfItself();
+    script.testResult = 0;
+    press();
+    EXPECT_TRUE(terminal().endsWith(QStringLiteral("Hardware: \r\n")));
+    EXPECT_EQ(text("lblDeviceStatus"), GS(3760088));
+}
+
+TEST_F(DeviceTest, whatTheEventsWroteIsLeftByAFailedTest)
+{
+    script.testResult = -39;
+    script.inTestDevice = [this] {
+        script.pendingEvents.append(
+            [](SMSManager &engine) { Q_EMIT engine.WarningError(-39, QString()); });
+    };
+    press();
+    EXPECT_EQ(terminal(), GS(3760054, -39, QStringLiteral("ERR_NO_RESPOND"), QString()) +
+                              QStringLiteral("\r\n"));
+}
+
+TEST_F(DeviceTest, eachTestStartsFromAnEmptyTerminal)
+{
+    press();
+    Q_EMIT engine()->WarningError(1, QString());
+    QString whileTesting = QStringLiteral("unseen");
+    script.inTestDevice = [&] { whileTesting = terminal(); };
+    press();
+    EXPECT_EQ(whileTesting, QString());
+    EXPECT_EQ(terminal(), GS(3760018));
+}
+
+TEST_F(DeviceTest, whatTheStopReportsIsHandledBeforeTheTerminalIsEmptied)
+{
+    script.status = 1;
+    show();
+    Q_EMIT engine()->EngineStatus(1);
+    script.pendingEvents.append([](SMSManager &engine) {
+        Q_EMIT engine.EngineStatus(0);
+        Q_EMIT engine.WarningError(1, QString());
+    });
+    bool stopEnabled = true;
+    QString whileTesting = QStringLiteral("unseen");
+    script.inTestDevice = [&] {
+        stopEnabled = control("btnStop")->isEnabled();
+        whileTesting = terminal();
+    };
+    press();
+    EXPECT_FALSE(stopEnabled);
+    EXPECT_EQ(whileTesting, QString());
+}
+
+TEST_F(DeviceTest, frameAndPointerTellThatTheTestRuns)
+{
+    QString during;
+    const QCursor *pointer = nullptr;
+    Qt::CursorShape shape = Qt::ArrowCursor;
+    script.inTestDevice = [&] {
+        during = caption("fraCommunication");
+        pointer = QApplication::overrideCursor();
+        shape = pointer ? pointer->shape() : Qt::ArrowCursor;
+    };
+    press();
+    EXPECT_EQ(during, GS(3760087));
+    EXPECT_EQ(shape, Qt::WaitCursor);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(DeviceTest, thePointerIsThereFromTheFirstCallToTheLast)
+{
+    script.status = 1;
+    const auto isHourglass = [] { return QApplication::overrideCursor() != nullptr; };
+    QList<bool> seen;
+    const auto look = [&](SMSManager &) { seen.append(isHourglass()); };
+    script.pendingEvents.append(look); // handed out behind GetEngineStatus
+    script.inTestDevice = [&] { script.pendingEvents.append(look); };
+    press();
+    EXPECT_EQ(seen, (QList<bool>{true, true}));
+    EXPECT_FALSE(isHourglass());
+}
+
+TEST_F(DeviceTest, theNewCaptionIsPaintedBeforeTheCallBlocks)
+{
+    show();
+    /// Counts the paintings of a widget.
+    class Paints : public QObject
+    {
+    public:
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            count += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+        int count = 0;
+    } paints;
+    control("fraCommunication")->installEventFilter(&paints);
+    int before = -1;
+    script.inTestDevice = [&] { before = paints.count; };
+    paints.count = 0;
+    press();
+    EXPECT_GT(before, 0);
+}
+
+TEST_F(DeviceTest, anEngineThatFailsInTheTestIsFatalAndGivesThePointerBack)
+{
+    int exitCode = 0;
+    const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
+    script.failingCalls.enqueue(6); // three at load, GetEngineStatus, DeliverPendingEvents
+    press();
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    FatalReport::setTerminate(previous);
+}
+
+TEST_F(DeviceTest, onAClientItCantBePressed)
+{
+    loadAsClient();
+    show();
+    EXPECT_FALSE(control("btnTestDevice")->isEnabled());
+    press();
+    EXPECT_TRUE(takeCalls().isEmpty());
+}

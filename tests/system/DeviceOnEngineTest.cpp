@@ -1,0 +1,156 @@
+#include "system/WholePath.h"
+
+#include "device/DeviceConfigForm.h"
+#include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/PictureButton.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTimer>
+
+/// Device dialog and device test over the real engine and a simulated device.
+class DeviceOnEngine : public WholePath
+{
+protected:
+    void configure(const std::function<void(DeviceConfigForm &)> &act)
+    {
+        QTimer::singleShot(0, [&] {
+            auto *const form = qobject_cast<DeviceConfigForm *>(QApplication::activeModalWidget());
+            ASSERT_NE(form, nullptr);
+            act(*form);
+            EXPECT_FALSE(form->isVisible()) << "the test left the dialog open";
+            form->hide();
+        });
+        QTest::mouseClick(control<QPushButton>("btnDeviceConfig"), Qt::LeftButton);
+    }
+    static void press(QWidget *button) { QTest::mouseClick(button, Qt::LeftButton); }
+    void confirmWith(const QString &parameter)
+    {
+        configure([&](DeviceConfigForm &form) {
+            form.txtQueueFolder->setText(m_queueFolder.path());
+            form.txtParameter->setText(parameter);
+            press(form.cmdOk);
+        });
+    }
+    void testDevice() { press(control<QPushButton>("btnTestDevice")); }
+    QString terminal() const { return control<TerminalView>("txtTerm")->text(); }
+    bool isShownAs(qint32 text)
+    {
+        return eventually([&] { return label("lblEngineStatus") == GS(text); });
+    }
+    static QDateTime later() { return {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC}; }
+
+private:
+    QTemporaryDir m_queueFolder;
+};
+
+TEST_F(DeviceOnEngine, whatIsConfirmedIsWhatTheEngineKeepsAndShowsAgain)
+{
+    configure([&](DeviceConfigForm &form) {
+        EXPECT_EQ(form.txtParameter->text(), device->link() + QStringLiteral(", 115200"));
+        form.txtQueueFolder->setText(QDir::tempPath());
+        form.txtPINCode->setText(QStringLiteral("1234"));
+        form.txtParameter->setText(QStringLiteral("/dev/nothing, 9600"));
+        form.cboProtocol->setCurrentIndex(-1);
+        press(form.cmdOk);
+    });
+    const DeviceSettings expected{0, QStringLiteral("1234"), 1, 0,
+                                  QStringLiteral("/dev/nothing, 9600")};
+    EXPECT_EQ(makeProxy()->GetDeviceSettings(), expected);
+    configure([&](DeviceConfigForm &form) {
+        EXPECT_EQ(form.txtPINCode->text(), expected.PINCode);
+        EXPECT_EQ(form.txtParameter->text(), expected.Parameter);
+        EXPECT_EQ(form.cboProtocol->currentIndex(), -1);
+        press(form.cmdCancel);
+    });
+}
+
+TEST_F(DeviceOnEngine, newSettingsAreInForceAtOnce)
+{
+    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
+    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    ASSERT_TRUE(eventually([&] { return terminal().contains(GS(3760032)); }));
+    EXPECT_TRUE(device->messages().isEmpty());
+    confirmWith(device->link() + QStringLiteral(", 115200"));
+    waitForReceived(1);
+    EXPECT_EQ(received(0), QStringLiteral("Hola"));
+}
+
+TEST_F(DeviceOnEngine, aChangeToClientStopsTheEngineAndLeavesItsQueueForTheNextServer)
+{
+    makeProxy()->StartEngine();
+    makeProxy()->AddSMS(QStringLiteral("1"), QStringLiteral("x"), later());
+    ASSERT_TRUE(isShownAs(3760014));
+    const auto change = [&](QRadioButton *DeviceConfigForm::*mode) {
+        configure([&](DeviceConfigForm &form) {
+            form.txtQueueFolder->setText(QDir::tempPath());
+            press(form.*mode);
+            press(form.cmdOk);
+        });
+    };
+    change(&DeviceConfigForm::opClient);
+    EXPECT_EQ(console->frameSize().width(), 574);
+    EXPECT_FALSE(control<QPushButton>("btnTestDevice")->isEnabled());
+    EXPECT_EQ(makeProxy()->GetEngineStatus(), 0);
+    EXPECT_EQ(makeProxy()->GetQueueSize(), 1);
+
+    change(&DeviceConfigForm::opServer);
+    EXPECT_EQ(console->frameSize().width(), 1009);
+    EXPECT_TRUE(control<QPushButton>("btnTestDevice")->isEnabled());
+    EXPECT_TRUE(isShownAs(3760026));
+    EXPECT_TRUE(
+        eventually([&] { return control<QTableView>("grdQueue")->model()->rowCount() == 1; }));
+    EXPECT_EQ(makeProxy()->GetDeviceSettings(),
+              (DeviceSettings{0, {}, 1, 1, QStringLiteral("COM1, 9600")}));
+}
+
+TEST_F(DeviceOnEngine, aDeviceThatAnswersShowsItsDetailsAndTheSuccessTextBehindThem)
+{
+    testDevice();
+    EXPECT_TRUE(terminal().startsWith(QStringLiteral("Manufacturer: "))) << "with no event loop";
+    EXPECT_TRUE(terminal().endsWith(GS(3760018)));
+    EXPECT_EQ(terminal().count(QStringLiteral("\r\n")), 10 + GS(3760018).count(u'\n'));
+    EXPECT_EQ(label("lblDeviceStatus"), GS(3760019));
+    EXPECT_EQ(control<CaptionedFrame>("fraCommunication")->caption(), GS(3760090));
+    EXPECT_TRUE(isShownAs(3760026)) << "an engine that was stopped stays stopped";
+    EXPECT_EQ(makeProxy()->GetEngineStatus(), 0);
+}
+
+TEST_F(DeviceOnEngine, aRunningEngineRunsAgainAfterTheTest)
+{
+    makeProxy()->StartEngine();
+    ASSERT_TRUE(isShownAs(3760014));
+    ASSERT_TRUE(eventually([&] { return !label("lblDeviceStatus").isEmpty(); }));
+    testDevice();
+    EXPECT_EQ(label("lblDeviceStatus"), GS(3760019));
+    EXPECT_EQ(label("lblEngineStatus"), GS(3760014)) << "told within the test";
+    EXPECT_EQ(makeProxy()->GetEngineStatus(), 1);
+    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    waitForReceived(1);
+}
+
+TEST_F(DeviceOnEngine, aDeviceThatIsNotThereFailsTheTestAndARunningEngineRunsAgain)
+{
+    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
+    for (const bool running : {false, true}) {
+        if (running)
+            makeProxy()->StartEngine();
+        ASSERT_TRUE(isShownAs(running ? 3760014 : 3760026));
+        testDevice();
+        EXPECT_EQ(label("lblDeviceStatus"), GS(3760088));
+        EXPECT_FALSE(terminal().contains(GS(3760018).trimmed()));
+        EXPECT_EQ(makeProxy()->GetEngineStatus(), running ? 1 : 0);
+    }
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(DeviceOnEngine, eachTestStartsFromAnEmptyTerminal)
+{
+    testDevice();
+    const QString first = terminal();
+    testDevice();
+    EXPECT_EQ(terminal().count(QStringLiteral("Manufacturer: ")), 1);
+    EXPECT_EQ(terminal().size(), first.size());
+}

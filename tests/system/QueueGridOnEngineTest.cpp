@@ -1,0 +1,281 @@
+#include "system/WholePath.h"
+
+#include "console/QueueGrid.h"
+#include "console/QueueGridModel.h"
+
+#include <QApplication>
+#include <QHash>
+#include <QSet>
+
+#include <random>
+
+/// The queue's grid over the real engine.
+class QueueGridOnEngine : public WholePath
+{
+protected:
+    QueueGrid *grid() const { return control<QueueGrid>("grdQueue"); }
+    /// The editor that is open; one that was closed may still be there for a moment.
+    QLineEdit *editor() const
+    {
+        for (QLineEdit *const candidate : grid()->viewport()->findChildren<QLineEdit *>()) {
+            if (candidate->isVisibleTo(grid()->viewport()))
+                return candidate;
+        }
+        return nullptr;
+    }
+    QModelIndex cell(int row, int column) const { return grid()->model()->index(row - 1, column); }
+    QString text(int row, int column) const { return cell(row, column).data().toString(); }
+    bool waitForRows(int count)
+    {
+        return eventually([&] { return grid()->rows() == count; });
+    }
+
+    static QDateTime later(int seconds = 0)
+    {
+        return QDateTime(QDate(2100, 1, 1), QTime(0, 0), Qt::UTC).addSecs(seconds);
+    }
+    static QDateTime due() { return {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC}; }
+
+    void edit(int row, int column, const QString &typed)
+    {
+        QApplication::setActiveWindow(console.get());
+        grid()->setFocus();
+        grid()->setCurrentIndex(cell(row, column));
+        QTest::keyClick(grid(), Qt::Key_F2);
+        ASSERT_NE(editor(), nullptr);
+        editor()->selectAll();
+        QTest::keyClicks(editor(), typed);
+        QTest::keyClick(editor(), Qt::Key_Return);
+    }
+    void deleteRows(const QList<int> &rows)
+    {
+        grid()->setCurrentIndex(cell(rows.first(), 0));
+        for (const int row : rows)
+            grid()->selectionModel()->select(cell(row, 0), QItemSelectionModel::Select |
+                                                               QItemSelectionModel::Rows);
+        QTest::keyClick(grid(), Qt::Key_Delete);
+    }
+    /// What the engine has, by phone.
+    QHash<QString, QString> queued()
+    {
+        QHash<QString, QString> messages;
+        const QueueRecordSet records = makeProxy()->GetQueue();
+        for (const QueueRow &row : records.rows())
+            messages.insert(row.phone, row.message);
+        return messages;
+    }
+    void queueForLater(int count)
+    {
+        const auto proxy = makeProxy();
+        for (int i = 1; i <= count; ++i)
+            proxy->AddSMS(QStringLiteral("60%1").arg(i), QStringLiteral("text %1").arg(i),
+                          later(i));
+        ASSERT_TRUE(waitForRows(count));
+    }
+    void stopEngine()
+    {
+        makeProxy()->StopEngine();
+        ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760026); }));
+    }
+    void startEngine()
+    {
+        makeProxy()->StartEngine();
+        ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760014); }));
+    }
+};
+
+TEST_F(QueueGridOnEngine, anEditReachesTheEngineAtOnce)
+{
+    queueForLater(3);
+    startEngine();
+    edit(2, 1, QStringLiteral("911222333"));
+    edit(3, 2, QStringLiteral("another text"));
+    EXPECT_EQ(queued(),
+              (QHash<QString, QString>{{QStringLiteral("601"), QStringLiteral("text 1")},
+                                       {QStringLiteral("911222333"), QStringLiteral("text 2")},
+                                       {QStringLiteral("603"), QStringLiteral("another text")}}));
+    EXPECT_TRUE(eventually([&] { return text(2, 1) == QStringLiteral("911222333"); }));
+}
+
+TEST_F(QueueGridOnEngine, theFirstRowIsHeldWhileTheEngineRunsAndFreeWhenItStands)
+{
+    queueForLater(2);
+    startEngine();
+    grid()->setCurrentIndex(cell(1, 1));
+    QTest::keyClick(grid(), Qt::Key_F2);
+    EXPECT_EQ(editor(), nullptr);
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(boxes.shown.first().text, GS(3760022));
+    stopEngine();
+    edit(1, 1, QStringLiteral("1"));
+    EXPECT_TRUE(queued().contains(QStringLiteral("1")));
+}
+
+TEST_F(QueueGridOnEngine, deletedRowsLeaveTheEnginesQueue)
+{
+    queueForLater(5);
+    deleteRows({2, 4});
+    EXPECT_EQ(queued().size(), 3);
+    EXPECT_FALSE(queued().contains(QStringLiteral("602")));
+    EXPECT_FALSE(queued().contains(QStringLiteral("604")));
+    EXPECT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760025, 3); }));
+    EXPECT_EQ(grid()->rows(), 3);
+}
+
+TEST_F(QueueGridOnEngine, aDeletionWithTheFirstRowKeepsItWhileTheEngineRuns)
+{
+    queueForLater(3);
+    startEngine();
+    deleteRows({1, 2, 3});
+    EXPECT_EQ(queued().keys(), QStringList{QStringLiteral("601")});
+    EXPECT_EQ(boxes.shown.last().text, GS(3760020));
+}
+
+TEST_F(QueueGridOnEngine, whatCameSinceTheGridWasFilledSurvivesEditsAndDeletions)
+{
+    queueForLater(2);
+    // Not yet seen by the grid: no event is handled until the deletion is through.
+    makeProxy()->AddSMS(QStringLiteral("700"), QStringLiteral("unseen"), later(-10));
+    ASSERT_EQ(grid()->rows(), 2);
+    deleteRows({1});
+    EXPECT_EQ(queued().keys().size(), 2);
+    EXPECT_TRUE(queued().contains(QStringLiteral("700")));
+    EXPECT_TRUE(queued().contains(QStringLiteral("602")));
+}
+
+TEST_F(QueueGridOnEngine, anEditOfAMessageThatWasSentMeanwhileRevivesNothing)
+{
+    stopEngine();
+    const auto proxy = makeProxy();
+    proxy->AddSMS(QStringLiteral("601"), QStringLiteral("old text"), due());
+    ASSERT_TRUE(waitForRows(1));
+    // The editor is open while the message goes out; the grid has not heard of it yet.
+    QApplication::setActiveWindow(console.get());
+    grid()->setFocus();
+    grid()->setCurrentIndex(cell(1, 2));
+    QTest::keyClick(grid(), Qt::Key_F2);
+    ASSERT_NE(editor(), nullptr);
+    editor()->setText(QStringLiteral("new text"));
+    proxy->StartEngine();
+    const QDeadlineTimer deadline(20'000);
+    while (device->messages().isEmpty() && !deadline.hasExpired())
+        QThread::yieldCurrentThread();
+    while (proxy->GetQueueSize() > 0 && !deadline.hasExpired())
+        QThread::yieldCurrentThread();
+    QTest::keyClick(editor(), Qt::Key_Return);
+    EXPECT_TRUE(waitForRows(0));
+    EXPECT_TRUE(eventually([&] {
+        return control<TerminalView>("txtTerm")->text().contains(QStringLiteral("-9"));
+    })) << "the operator is told that the edit came too late";
+    EXPECT_EQ(proxy->GetQueueSize(), 0);
+    ASSERT_EQ(device->messages().size(), 1);
+    EXPECT_EQ(received(0), QStringLiteral("old text"));
+}
+
+/// Edits and deletions while the engine sends and other messages arrive: whatever the grid showed
+/// when the operator acted, no message is lost, sent twice, revived, or sent with a text that was
+/// never its own.
+TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
+{
+    constexpr int messages = 120;
+    const auto other = makeProxy();
+    SMSList list;
+    for (int i = 0; i < messages; ++i)
+        list.Add(QString::number(1000 + i), QStringLiteral("first %1").arg(1000 + i));
+    stopEngine();
+    other->AddSMSList(list, due());
+    ASSERT_TRUE(waitForRows(messages));
+    other->StartEngine();
+
+    std::mt19937 random(20);
+    QSet<QString> deleted;
+    QSet<QString> added;
+    int edits = 0;
+    for (int round = 0; round < 60; ++round) {
+        // What the operator sees is up to a second old: some rounds handle no event before.
+        if (round % 3 != 0)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        if (round % 4 == 0) {
+            const QString phone = QString::number(5000 + round);
+            other->AddSMS(phone, QStringLiteral("first ") + phone, due());
+            added.insert(phone);
+        }
+        if (grid()->rows() < 3)
+            continue;
+        const int row = 2 + static_cast<int>(random() % static_cast<unsigned>(grid()->rows() - 1));
+        const QString phone = text(row, 1);
+        if (round % 2 == 0) {
+            deleted.insert(phone);
+            deleteRows({row});
+        } else {
+            edit(row, 2, QStringLiteral("edited ") + phone);
+            ++edits;
+        }
+    }
+    ASSERT_TRUE(eventually([&] { return other->GetQueueSize() == 0; }, 60'000));
+    ASSERT_TRUE(waitForRows(0));
+
+    QHash<QString, QString> received;
+    for (const QJsonObject &message : device->messages()) {
+        const QString phone = message.value(QStringLiteral("number")).toString();
+        const QString sent = message.value(QStringLiteral("text")).toString();
+        EXPECT_FALSE(received.contains(phone)) << phone.toStdString() << " was sent twice";
+        received.insert(phone, sent);
+        EXPECT_TRUE(sent == QStringLiteral("first ") + phone ||
+                    sent == QStringLiteral("edited ") + phone)
+            << phone.toStdString() << " got " << sent.toStdString();
+    }
+    QSet<QString> all = added;
+    for (int i = 0; i < messages; ++i)
+        all.insert(QString::number(1000 + i));
+    for (const QString &phone : std::as_const(all))
+        EXPECT_TRUE(received.contains(phone) || deleted.contains(phone))
+            << phone.toStdString() << " was lost";
+    EXPECT_GT(edits, 10);
+    EXPECT_LT(received.size(), all.size()) << "some deletions came in time";
+}
+
+TEST_F(QueueGridOnEngine, anEditInProgressLivesThroughTheEnginesEvents)
+{
+    queueForLater(3);
+    startEngine();
+    QApplication::setActiveWindow(console.get());
+    grid()->setFocus();
+    grid()->setCurrentIndex(cell(2, 2));
+    QTest::keyClick(grid(), Qt::Key_F2);
+    ASSERT_NE(editor(), nullptr);
+    editor()->setText(QStringLiteral("half"));
+    const auto other = makeProxy();
+    other->AddSMS(QStringLiteral("700"), QStringLiteral("x"), later(-5));
+    ASSERT_TRUE(waitForRows(4));
+    ASSERT_NE(editor(), nullptr);
+    QTest::keyClicks(editor(), QStringLiteral(" way"));
+    QTest::keyClick(editor(), Qt::Key_Return);
+    EXPECT_EQ(queued().value(QStringLiteral("602")), QStringLiteral("half way"));
+    EXPECT_EQ(queued().value(QStringLiteral("601")), QStringLiteral("text 1"));
+}
+
+TEST_F(QueueGridOnEngine, theQueueIsTheSameWhetherFetchedAtOnceOrChangeByChange)
+{
+    queueForLater(4);
+    const auto follower = makeProxy(); // fetches after each change
+    EXPECT_EQ(follower->GetQueue().count(), 4);
+    const auto same = [&] {
+        const QList<QueueRow> followed = follower->GetQueue().rows();
+        EXPECT_EQ(followed, makeProxy()->GetQueue().rows());
+        return followed.size();
+    };
+    edit(3, 2, QStringLiteral("changed"));
+    EXPECT_EQ(same(), 4);
+    deleteRows({2});
+    EXPECT_EQ(same(), 3);
+    makeProxy()->AddSMS(QStringLiteral("700"), QStringLiteral("x"), later(-5));
+    EXPECT_EQ(same(), 4);
+    makeProxy()->AddSMS(QStringLiteral("701"), QStringLiteral("due"), due());
+    startEngine();
+    waitForReceived(1);
+    ASSERT_TRUE(eventually([&] { return makeProxy()->GetQueueSize() == 4; }));
+    EXPECT_EQ(same(), 4);
+    makeProxy()->ClearQueue();
+    EXPECT_EQ(same(), 0);
+}
