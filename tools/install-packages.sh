@@ -17,8 +17,6 @@ packages=(
     xvfb xauth openbox xdotool x11-utils imagemagick
     # tests: a general modem tool as an independent judge of the simulated modem
     gammu
-    # fuzzing by hand, with NORVANE_FUZZ
-    clang libclang-rt-14-dev
 )
 
 if [[ ${1:-} == --list ]]; then

@@ -60,7 +60,8 @@ void Store::open()
         execute(m_database, QStringLiteral("PRAGMA journal_mode = WAL"));
         refuseDamaged(m_database);
         execute(m_database, QStringLiteral("PRAGMA synchronous = FULL"));
-        // Fewer of the moments in which the log is brought into the file; 16 MB of it are no burden.
+        // Fewer of the moments in which the log is brought into the file; 16 MB of it are no
+        // burden.
         execute(m_database, QStringLiteral("PRAGMA wal_autocheckpoint = 4000"));
         StoreSchema::migrate(m_database);
         countRows();
