@@ -6,6 +6,7 @@
 #include <QItemSelection>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QScopedValueRollback>
 
 #include <algorithm>
@@ -161,4 +162,34 @@ void QueueGrid::keyPressEvent(QKeyEvent *event)
         return;
     }
     QTableView::keyPressEvent(event);
+}
+
+std::optional<QueueGrid::Cell> QueueGrid::cellAt(const QMouseEvent &event) const
+{
+    const QModelIndex index = indexAt(event.position().toPoint());
+    return index.isValid() ? std::optional(Cell{idOf(index.row() + 1), index.column()})
+                           : std::nullopt;
+}
+
+void QueueGrid::mousePressEvent(QMouseEvent *event)
+{
+    m_pressed = cellAt(*event);
+    m_resetSincePress = false;
+    QTableView::mousePressEvent(event);
+}
+
+/// A rebuild between its two presses lets the view forget the first one.
+void QueueGrid::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    const std::optional<Cell> cell = cellAt(*event);
+    if (m_resetSincePress && event->button() == Qt::LeftButton && cell && cell == m_pressed)
+        edit(indexAt(event->position().toPoint()), DoubleClicked, event);
+    else
+        QTableView::mouseDoubleClickEvent(event);
+}
+
+void QueueGrid::reset()
+{
+    m_resetSincePress = true;
+    QTableView::reset();
 }

@@ -42,6 +42,9 @@ protected:
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
     void commitData(QWidget *editor) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void reset() override;
 
 private:
     struct Edit
@@ -53,6 +56,15 @@ private:
         int selectionLength = 0;
     };
 
+    struct Cell
+    {
+        qint64 id = 0; ///< of the message
+        int column = 0;
+
+        bool operator==(const Cell &) const = default;
+    };
+
+    std::optional<Cell> cellAt(const QMouseEvent &event) const;
     bool entersEditing(const QModelIndex &index, EditTrigger trigger) const;
     QSet<qint64> selectedIds() const;
     void selectIds(const QSet<qint64> &ids);
@@ -62,4 +74,7 @@ private:
 
     QueueCellDelegate *m_delegate;
     bool m_committing = false;
+    /// What the mouse was pressed on last, and whether the model was reset since.
+    std::optional<Cell> m_pressed;
+    bool m_resetSincePress = false;
 };

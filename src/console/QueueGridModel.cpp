@@ -1,5 +1,6 @@
 #include "console/QueueGridModel.h"
 
+#include "console/PlainTip.h"
 #include <QDateTime>
 
 #include <algorithm>
@@ -80,9 +81,10 @@ QVariant QueueGridModel::data(const QModelIndex &index, int role) const
     const QueueRow &row = m_records.at(index.row());
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
     case Qt::EditRole:
         return cell(row, index.column());
+    case Qt::ToolTipRole:
+        return plainTip(cell(row, index.column()));
     case IdRole:
         return row.id;
     default:

@@ -1,5 +1,7 @@
 #include "console/SentGridModel.h"
 
+#include "console/PlainTip.h"
+
 #include <QColor>
 
 void SentGridModel::add(const Row &row)
@@ -33,9 +35,16 @@ QVariant SentGridModel::data(const QModelIndex &index, int role) const
     const Row &row = m_rows.at(index.row());
     if (role == Qt::ForegroundRole && row.outcome == Outcome::Failed)
         return QColor(255, 0, 0);
-    if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
-        return {};
-    switch (index.column()) {
+    if (role == Qt::DisplayRole)
+        return cell(row, index.column());
+    if (role == Qt::ToolTipRole)
+        return plainTip(cell(row, index.column()));
+    return {};
+}
+
+QString SentGridModel::cell(const Row &row, int column)
+{
+    switch (column) {
     case Moment:
         return row.moment;
     case Phone:

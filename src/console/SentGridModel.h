@@ -31,6 +31,8 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
+    static QString cell(const Row &row, int column);
+
     QList<Row> m_rows;
     QStringList m_headers;
 };

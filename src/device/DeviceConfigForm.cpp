@@ -103,7 +103,6 @@ void DeviceConfigForm::makeFields()
     const QSize size(openPicture, openPicture);
     btnOpen->setIcon(SvgPicture::icon(QStringLiteral(":/images/button-open-folder.svg"), size));
     btnOpen->setIconSize(size);
-    btnOpen->setAutoDefault(false);
 
     cboDeviceType = add<QComboBox>("cboDeviceType", fieldAt(1515));
     lblDeviceType = addLabel("lblDeviceType", QStringLiteral("Dispositivo:"), cboDeviceType);
@@ -124,7 +123,6 @@ void DeviceConfigForm::makeButtons()
     cmdOk->setDefault(true);
     cmdCancel = add<QPushButton>("cmdCancel", {4515, 3765, 1185, 390});
     cmdCancel->setText(QStringLiteral("Cancelar"));
-    cmdCancel->setAutoDefault(false);
 }
 
 QList<QWidget *> DeviceConfigForm::inTabOrder() const

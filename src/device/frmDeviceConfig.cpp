@@ -23,6 +23,11 @@ namespace {
 /// A list position as the settings tell it, 0 standing for none.
 constexpr int offset = 1;
 
+int positionOf(qint32 setting)
+{
+    return setting < offset ? -1 : setting - offset;
+}
+
 QString proposedParameter()
 {
     return QStringLiteral("COM1, 9600");
@@ -112,8 +117,8 @@ void frmDeviceConfig::LoadSettings()
     const DeviceSettings settings = m_console.GetDeviceSettings();
     m_form->cboDeviceType->setCurrentIndex(0);
     m_form->txtPINCode->setText(settings.PINCode);
-    m_form->cboConnectionMode->setCurrentIndex(settings.ConnectionMode - offset);
-    m_form->cboProtocol->setCurrentIndex(settings.Protocol - offset);
+    m_form->cboConnectionMode->setCurrentIndex(positionOf(settings.ConnectionMode));
+    m_form->cboProtocol->setCurrentIndex(positionOf(settings.Protocol));
     m_form->txtParameter->setText(settings.Parameter);
 }
 

@@ -4,6 +4,7 @@
 #include "foundation/MessageBoxes.h"
 #include "foundation/PlatformHelpers.h"
 
+#include <exception>
 #include <limits>
 
 namespace {
@@ -100,7 +101,8 @@ qint64 searchFolder(const Search &search, QString &folderPath)
             QString inner = folderPath + name + Separator;
             sum += searchFolder(search, inner);
         }
-    } catch (const NumberedFailure &failure) {
+    } catch (...) {
+        const NumberedFailure failure = Failure::fromException(std::current_exception());
         messageBoxes().show(
             signedText(failure.number()) + QStringLiteral(" - ") + failure.description(),
             MessageBoxes::Icon::Critical, MessageBoxes::Buttons::Ok, QStringLiteral("Error"));

@@ -92,14 +92,27 @@ TEST_F(HostileFolder, nameThatIsNoTextIsPassedOver)
     EXPECT_EQ(::unlink(file.constData()), 0) << "it is there still";
 }
 
-TEST_F(HostileFolder, blankBehindANameHidesTheFileOrNamesAnother)
+TEST_F(HostileFolder, blankBehindANameHidesTheFile)
 {
     loadAsServer();
-    drop(u"sms.1 "_qs); // names are trimmed, and "sms.1" isn't there
+    drop(u"sms.1 "_qs); // cut at its end it would be another file's name
     tick();
     EXPECT_EQ(messages(), 0);
     EXPECT_TRUE(isThere(u"sms.1 "_qs));
     EXPECT_EQ(exitCode, 0);
+}
+
+TEST_F(HostileFolder, nameThatEndsInABlankStopsNothing)
+{
+    loadAsServer();
+    for (int round = 1; round <= 2; ++round) {
+        drop(u"sms.1"_qs);
+        drop(u"sms.1 "_qs);
+        drop(u"sms.2"_qs);
+        tick();
+        EXPECT_EQ(messages(), 2 * round);
+        EXPECT_EQ(names(), QStringList{u"sms.1 "_qs});
+    }
 }
 
 TEST_F(HostileFolder, unreadableFilesAreDeletedUnread)

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QTest>
 
 #include <algorithm>
@@ -173,6 +174,40 @@ TEST_F(QueueGridTest, theMessageInProgressCantBeEditedWhileTheEngineRuns)
     }
     EXPECT_EQ(boxes.shown, (QList{exclamation(3760022), exclamation(3760022)}));
     EXPECT_EQ(takeCalls(), (QStringList{status, status}));
+}
+
+TEST_F(QueueGridTest, aDoubleClickOpensACellAlthoughTheQueueChangesBetweenItsPresses)
+{
+    showQueue(3);
+    const QPoint place = grid()->visualRect(cell(2, 2)).center();
+    QTest::mouseClick(grid()->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+    changeQueue();
+    const auto secondPress = [&] {
+        QMouseEvent press(QEvent::MouseButtonDblClick, place,
+                          grid()->viewport()->mapToGlobal(place), Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(grid()->viewport(), &press);
+    };
+    secondPress();
+    ASSERT_NE(editor(), nullptr);
+    QTest::keyClick(editor(), Qt::Key_Escape);
+
+    // Another message in its place is not the one that was pressed.
+    QTest::mouseClick(grid()->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+    script.queue.removeFirst();
+    changeQueue();
+    secondPress();
+    EXPECT_EQ(editor(), nullptr);
+}
+
+TEST_F(QueueGridTest, tooltipsShowATextAsItStands)
+{
+    script.queue = {waiting(1)};
+    script.queue.first().message = QStringLiteral("<b>1 < 2</b>") + QString(5000, u'x');
+    changeQueue();
+    const QString tip = cell(1, 2).data(Qt::ToolTipRole).toString();
+    EXPECT_TRUE(tip.contains(QStringLiteral("&lt;b&gt;1 &lt; 2&lt;/b&gt;xx")));
+    EXPECT_LT(tip.size(), 1200);
 }
 
 TEST_F(QueueGridTest, everyWayIntoACellAsksTheEngine)

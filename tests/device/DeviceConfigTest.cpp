@@ -14,6 +14,8 @@
 #include <QRadioButton>
 #include <QTest>
 
+#include <limits>
+
 class DeviceConfig : public DeviceConfigFixture
 {
 protected:
@@ -355,6 +357,33 @@ TEST_F(DeviceConfig, enterConfirms)
     EXPECT_TRUE(
         show([&](DeviceConfigForm &form) { QTest::keyClick(form.txtParameter, Qt::Key_Return); }));
     EXPECT_EQ(keeper.given.size(), 1);
+}
+
+TEST_F(DeviceConfig, enterOnAButtonPressesThatButton)
+{
+    EXPECT_FALSE(show([&](DeviceConfigForm &form) {
+        form.cmdCancel->setFocus();
+        QTest::keyClick(form.cmdCancel, Qt::Key_Return);
+    }));
+    EXPECT_TRUE(keeper.given.isEmpty());
+    show([&](DeviceConfigForm &form) {
+        form.btnOpen->setFocus();
+        QTest::keyClick(form.btnOpen, Qt::Key_Return);
+        EXPECT_EQ(folders.asked.size(), 1);
+        cancel(form);
+    });
+    EXPECT_TRUE(keeper.given.isEmpty());
+}
+
+TEST_F(DeviceConfig, aRecordOfTheLeastNumbersShowsNoSelection)
+{
+    keeper.stored.ConnectionMode = std::numeric_limits<qint32>::min();
+    keeper.stored.Protocol = std::numeric_limits<qint32>::min();
+    show([&](DeviceConfigForm &form) {
+        EXPECT_EQ(form.cboConnectionMode->currentIndex(), -1);
+        EXPECT_EQ(form.cboProtocol->currentIndex(), -1);
+        cancel(form);
+    });
 }
 
 TEST_F(DeviceConfig, eachOpeningBeginsAfresh)

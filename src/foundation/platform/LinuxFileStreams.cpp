@@ -67,7 +67,8 @@ class LinuxFileStreams : public FileStreams
 public:
     int openToRead(const QString &path, std::unique_ptr<ByteStream> &stream) override
     {
-        return open(path, O_RDONLY | O_NONBLOCK, stream);
+        // What was a file when it was listed may have been replaced by a link since.
+        return open(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW, stream);
     }
 
     int createNew(const QString &path, std::unique_ptr<ByteStream> &stream) override

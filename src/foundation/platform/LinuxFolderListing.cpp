@@ -36,7 +36,9 @@ public:
         while (const dirent *entry = ::readdir(folder.get())) {
             const QByteArray raw(entry->d_name);
             const QString name = QFile::decodeName(raw);
-            if (raw == "." || raw == ".." || QFile::encodeName(name) != raw)
+            // A name that isn't text, or ends in a blank, can't be told on: cut at its end, it
+            // would be another file's.
+            if (raw == "." || raw == ".." || QFile::encodeName(name) != raw || name.endsWith(u' '))
                 continue;
             result.append({name, sizeOf(folder.get(), entry->d_name)});
         }
