@@ -183,6 +183,8 @@ TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
     for (int i = 0; i < messages; ++i)
         list.Add(QString::number(1000 + i), QStringLiteral("first %1").arg(1000 + i));
     stopEngine();
+    // Slow enough for the operator to get in between, however slow the operator is.
+    plugIn({QStringLiteral("--latency"), QStringLiteral("25")});
     other->AddSMSList(list, due());
     ASSERT_TRUE(waitForRows(messages));
     other->StartEngine();
