@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <QTimer>
 
 #include <algorithm>
 #include <vector>
@@ -72,25 +73,20 @@ void measureCalls(SMSManager &engine)
     engine.ClearQueue();
 }
 
-void measureThroughput(SMSManager &engine, const QString &log)
+void waitForLines(const QString &log, int lines)
 {
-    constexpr int messages = 1000;
-    SMSList list;
-    for (int i = 0; i < messages; ++i)
-        list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido %1 está listo.").arg(i));
-    const int before = linesIn(log);
-    engine.AddSMSList(list, due());
-    QElapsedTimer timer;
-    timer.start();
-    engine.StartEngine();
-    while (linesIn(log) - before < messages)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    figure("messages through the engine, every commit durable",
-           messages * 1e9 / static_cast<double>(timer.nsecsElapsed()), "a second");
+    QTimer alarm; // between two looks
+    alarm.start(2);
+    while (linesIn(log) < lines)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 void measureLatency(SMSManager &engine, const QString &log)
 {
+    // The first message ends the talk that opens the device.
+    engine.StartEngine();
+    engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+    waitForLines(log, 1);
     std::vector<double> taken;
     for (int i = 0; i < 200; ++i) {
         const int before = linesIn(log);
@@ -105,6 +101,22 @@ void measureLatency(SMSManager &engine, const QString &log)
     figure("from AddSMS to the device's acceptance, median", taken[taken.size() / 2], "ms");
     figure("from AddSMS to the device's acceptance, 95 of 100", taken[taken.size() * 95 / 100],
            "ms");
+}
+
+/// With a console that hears of each message.
+void measureThroughput(SMSManager &engine, const QString &log)
+{
+    constexpr int messages = 5000;
+    SMSList list;
+    for (int i = 0; i < messages; ++i)
+        list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido %1 está listo.").arg(i));
+    const int before = linesIn(log);
+    QElapsedTimer timer;
+    timer.start();
+    engine.AddSMSList(list, due());
+    waitForLines(log, before + messages);
+    figure("messages through the engine, every commit durable, with a console listening",
+           messages * 1e9 / static_cast<double>(timer.nsecsElapsed()), "a second");
 }
 
 } // namespace
@@ -131,8 +143,8 @@ int main(int argc, char **argv)
     {
         SMSManagerProxy engine(launcher);
         measureCalls(engine);
-        measureThroughput(engine, log);
         measureLatency(engine, log);
+        measureThroughput(engine, log);
     }
     simulator.terminate();
     simulator.waitForFinished();

@@ -28,7 +28,11 @@ QString Clock::wallClockText(qint64 seconds) const
 
 QDateTime SystemClock::wallClock() const
 {
-    const QDateTime now = QDateTime::currentDateTime();
-    const QTime time = now.time();
-    return {now.date(), QTime(time.hour(), time.minute(), time.second()), Qt::UTC};
+    const qint64 second = QDateTime::currentSecsSinceEpoch();
+    if (second != m_second) {
+        const QDateTime now = QDateTime::fromSecsSinceEpoch(second);
+        m_wallClock = QDateTime(now.date(), now.time(), Qt::UTC);
+        m_second = second;
+    }
+    return m_wallClock;
 }

@@ -24,8 +24,13 @@ public:
 /// A date of the queue as a moment of the same wall clock; invalid if it is none.
 QDateTime momentOf(const QString &date);
 
+/// The machine's. It looks at the rules of its zone once a second, however often it is asked.
 class SystemClock : public Clock
 {
 public:
     QDateTime wallClock() const override;
+
+private:
+    mutable qint64 m_second = -1; ///< since 1970, that m_wallClock belongs to
+    mutable QDateTime m_wallClock;
 };

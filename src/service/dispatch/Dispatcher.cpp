@@ -18,13 +18,18 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        QObject *parent)
     : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
-      m_timings(timings), m_settings(settings), m_heardOutcomes(store, timings.storeAgainMs),
+      m_timings(timings), m_settings(settings), m_runPace(timings.run),
+      m_heardOutcomes(store, timings.storeAgainMs),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
     for (QTimer *const timer : {&m_settleAgain, &m_wake, &m_openAgain, &m_steady, &m_conditionAgain,
-                                &m_probeStore, &m_testLimit})
+                                &m_probeStore, &m_testLimit, &m_runLate})
         timer->setSingleShot(true);
     connect(&m_settleAgain, &QTimer::timeout, this, [this] { trySettling(Following::Later); });
+    connect(&m_runLate, &QTimer::timeout, this, [this] {
+        m_runPace.forget();
+        settle({});
+    });
     connect(&m_wake, &QTimer::timeout, this, &Dispatcher::work);
     connect(&m_openAgain, &QTimer::timeout, this, &Dispatcher::work);
     connect(&m_steady, &QTimer::timeout, this, &Dispatcher::onSteady);

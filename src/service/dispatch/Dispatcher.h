@@ -6,6 +6,8 @@
 #include "service/dispatch/HeardOutcomes.h"
 #include "service/dispatch/OutcomePruner.h"
 #include "service/dispatch/RetryPolicy.h"
+#include "service/dispatch/RunPace.h"
+#include "service/dispatch/SendingRun.h"
 #include "service/modem/Modem.h"
 #include "service/store/Store.h"
 
@@ -113,22 +115,13 @@ Q_SIGNALS:
     void finished();
 
 private:
-    /// What is being sent.
-    struct Current
-    {
-        StoredMessage message;
-        QList<SubmitPart> parts;
-        QString begunAt; ///< under which its part is counted
-
-        /// The one whose turn it is.
-        const SubmitPart &part() const;
-    };
-
     /// What must be on disk before anything else begins, and what is told when it is.
     struct Step
     {
-        std::function<void()> keep;
+        std::function<void()> keep; ///< may be empty
         std::function<void()> tell; ///< may be empty
+
+        Step then(const Step &next) const;
     };
     /// How the next part begins behind a step.
     enum class Following {
@@ -164,24 +157,29 @@ private:
     // Sending
     void sendFirst();
     bool isDue(const StoredMessage &message) const;
+    static bool isDue(const StoredMessage &message, const QString &at);
     void waitFor(const StoredMessage &message);
     bool isTooLate(const StoredMessage &message, const QString &at) const;
     bool isLimited() const;
     bool limitsAllowPart() const;
-    std::variant<Current, qint32> encoded(const StoredMessage &message) const;
+    std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message) const;
     EncodeRequest requestOf(const StoredMessage &message) const;
-    void begin(Current &current);
-    std::optional<Current> beginFollowing();
-    void send(const Current &current);
+    void begin(LeavingMessage &message);
+    QList<LeavingMessage> beginRun(LeavingMessage first);
+    QList<LeavingMessage> beginFollowing();
+    bool mayBegin() const;
+    void startRun(const QList<LeavingMessage> &messages);
+    void send(const LeavingMessage &message);
     void onPartAccepted(int reference);
     void onPartFailed(const SendFailure &failure);
     bool isOfDevice(const SendFailure &failure, qint64 id) const;
-    void giveUpDevice(const Current &current, const SendFailure &failure);
+    void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
     bool tryAgain(const StoredMessage &message);
     void failMessage(const StoredMessage &message, qint32 code);
     void tellFailure(const StoredMessage &message, qint64 outcome, qint32 code);
     bool mayBeInterrupted() const;
     void reportInterrupted();
+    Step stepOf(const SendingRun &run);
     void settle(const Step &step);
     void trySettling(Following following);
     void probeStore();
@@ -201,7 +199,12 @@ private:
     bool m_release = false; ///< messages in progress are to wait again, as the engine was stopped
     bool m_working = false; ///< work() is on the stack
 
-    std::optional<Current> m_current;
+    std::optional<LeavingMessage> m_current;
+    SendingRun m_run; ///< that m_current belongs to
+    RunPace m_runPace;
+    int m_runLength = 0;
+    QElapsedTimer m_runFor;
+    QTimer m_runLate;                ///< runs until the rest of a run is to wait again
     qint64 m_unfinished = 0;         ///< the message of which the last part sent was not the last
     std::optional<Step> m_unsettled; ///< an outcome that isn't on disk yet
     /// Messages that the device refused, and whether it has taken another one since.

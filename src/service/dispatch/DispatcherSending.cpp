@@ -25,9 +25,9 @@ void Dispatcher::sendFirst()
         } else if (!limitsAllowPart()) {
             m_wake.start(m_timings.longestSleepMs);
         } else {
-            auto &current = std::get<Current>(result);
-            m_store.together([&] { begin(current); });
-            send(current);
+            QList<LeavingMessage> run;
+            m_store.together([&] { run = beginRun(std::get<LeavingMessage>(result)); });
+            startRun(run);
         }
     } catch (const StoreFailure &failure) {
         // Nothing leaves without its commit: the store is looked at again shortly.
@@ -39,7 +39,12 @@ void Dispatcher::sendFirst()
 
 bool Dispatcher::isDue(const StoredMessage &message) const
 {
-    return message.dateIsOdd || message.deliveryDate <= m_clock.wallClockText();
+    return isDue(message, m_clock.wallClockText());
+}
+
+bool Dispatcher::isDue(const StoredMessage &message, const QString &at)
+{
+    return message.dateIsOdd || message.deliveryDate <= at;
 }
 
 void Dispatcher::waitFor(const StoredMessage &message)
@@ -68,17 +73,18 @@ bool Dispatcher::limitsAllowPart() const
            (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
 }
 
-std::variant<Dispatcher::Current, qint32> Dispatcher::encoded(const StoredMessage &message) const
+std::variant<LeavingMessage, qint32> Dispatcher::encoded(const StoredMessage &message) const
 {
     if (message.dateIsOdd)
         return ErrorCode::MethodParam;
     // A message that is on its way part by part is not cut off between two of them.
-    if (message.id != m_unfinished && isTooLate(message, m_clock.wallClockText()))
+    if (message.id != m_unfinished && m_settings.mostLate > 0 &&
+        isTooLate(message, m_clock.wallClockText()))
         return ErrorCode::ProtocolTimeout;
     auto result = encodeSubmit(requestOf(message));
     if (const auto *const error = std::get_if<EncodeError>(&result))
         return errorCode(*error);
-    return Current{message, std::get<QList<SubmitPart>>(result), {}};
+    return LeavingMessage{message, std::get<QList<SubmitPart>>(result), {}};
 }
 
 EncodeRequest Dispatcher::requestOf(const StoredMessage &message) const
@@ -91,52 +97,82 @@ EncodeRequest Dispatcher::requestOf(const StoredMessage &message) const
     return request;
 }
 
-void Dispatcher::begin(Current &current)
+void Dispatcher::begin(LeavingMessage &current)
 {
     StoredMessage &message = current.message;
     if (current.parts.size() > 1 && !message.reference) {
         message.reference = m_store.nextReference();
         current.parts = std::get<QList<SubmitPart>>(encodeSubmit(requestOf(message)));
     }
-    current.begunAt = m_clock.wallClockText();
     m_store.beginPart(message.id, message.reference,
                       QCryptographicHash::hash(current.part().hex, QCryptographicHash::Sha256));
-    if (isLimited())
+    if (isLimited()) {
+        current.begunAt = m_clock.wallClockText();
         m_store.countPart(current.begunAt);
+    }
 }
 
-std::optional<Dispatcher::Current> Dispatcher::beginFollowing()
+/// What leaves next: the first message, and behind it those that the device takes in a moment. They
+/// are noted as leaving together.
+QList<LeavingMessage> Dispatcher::beginRun(LeavingMessage first)
 {
-    if (!m_running || m_finishing || m_applySettings || m_conditionDue || !m_tests.isEmpty() ||
-        m_current || m_modem.state() != Modem::State::Ready)
-        return std::nullopt;
+    begin(first);
+    QList<LeavingMessage> run = {first};
+    // Parts that are counted, or that others follow, begin one at a time.
+    if (isLimited() || first.parts.size() > 1 || m_runPace.length() == 1)
+        return run;
+    const QString now = m_clock.wallClockText();
+    for (const StoredMessage &message : m_store.first(m_runPace.length() - 1)) {
+        auto result = encoded(message);
+        auto *const next = std::get_if<LeavingMessage>(&result);
+        if (!isDue(message, now) || next == nullptr || next->parts.size() > 1)
+            break;
+        begin(*next);
+        run.append(*next);
+    }
+    return run;
+}
+
+QList<LeavingMessage> Dispatcher::beginFollowing()
+{
+    if (!mayBegin() || m_current)
+        return {};
     const std::optional<StoredMessage> message = m_store.first();
     if (!message || !isDue(*message) || !limitsAllowPart())
-        return std::nullopt;
+        return {};
     auto result = encoded(*message);
-    auto *const current = std::get_if<Current>(&result);
-    if (current == nullptr)
-        return std::nullopt;
-    begin(*current);
-    return *current;
+    const auto *const first = std::get_if<LeavingMessage>(&result);
+    return first == nullptr ? QList<LeavingMessage>() : beginRun(*first);
 }
 
-void Dispatcher::send(const Current &current)
+/// Whether nothing but messages has its turn.
+bool Dispatcher::mayBegin() const
 {
-    m_current = current;
-    m_modem.send(current.part());
+    return m_running && !m_finishing && !m_applySettings && !m_conditionDue && m_tests.isEmpty() &&
+           m_modem.state() == Modem::State::Ready;
 }
 
-const SubmitPart &Dispatcher::Current::part() const
+void Dispatcher::startRun(const QList<LeavingMessage> &messages)
 {
-    return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
+    m_run = SendingRun(messages);
+    m_runLength = static_cast<int>(messages.size());
+    if (m_runLength > 1)
+        m_runLate.start(m_timings.runLateMs);
+    m_runFor.start();
+    send(m_run.takeNext());
+}
+
+void Dispatcher::send(const LeavingMessage &message)
+{
+    m_current = message;
+    m_modem.send(message.part());
 }
 
 void Dispatcher::onPartAccepted(int reference)
 {
     if (!m_current)
         return;
-    const Current current = *std::exchange(m_current, std::nullopt);
+    const LeavingMessage current = *std::exchange(m_current, std::nullopt);
     const StoredMessage &message = current.message;
     const int partsSent = message.partsSent + 1;
     m_refused.remove(message.id);
@@ -149,23 +185,25 @@ void Dispatcher::onPartAccepted(int reference)
         return;
     }
     m_unfinished = 0;
-    settle({[this, id = message.id, reference] {
-                m_store.finish(id, ErrorCode::Ok, reference, m_clock.wallClockText(), true);
-            },
-            [this, phone = message.phone, text = message.text] {
-                Q_EMIT sent(phone, text, m_store.size());
-                Q_EMIT queueChanged();
-            }});
+    m_run.noteTaken({message, reference, m_clock.wallClockText()});
+    if (m_run.hasNext() && mayBegin()) {
+        send(m_run.takeNext());
+        return;
+    }
+    if (!m_run.hasNext())
+        m_runPace.noteTaken(m_runLength, m_runFor.nsecsElapsed());
+    settle({});
 }
 
 void Dispatcher::onPartFailed(const SendFailure &failure)
 {
     if (!m_current)
         return;
-    const Current current = *std::exchange(m_current, std::nullopt);
+    const LeavingMessage current = *std::exchange(m_current, std::nullopt);
     const StoredMessage &message = current.message;
     const qint32 code = failure.rule.code;
     m_unfinished = 0;
+    m_runPace.forget();
     qInfo().noquote() << "a part was not sent:" << code << failure.number << failure.text;
     weighFailure(failure, message.id);
 
@@ -191,7 +229,7 @@ bool Dispatcher::isOfDevice(const SendFailure &failure, qint64 id) const
 
 /// The message keeps its attempts. Where it may be what the device refuses, it makes way for
 /// another one, with which that shows.
-void Dispatcher::giveUpDevice(const Current &current, const SendFailure &failure)
+void Dispatcher::giveUpDevice(const LeavingMessage &current, const SendFailure &failure)
 {
     const StoredMessage &message = current.message;
     m_modem.close();
@@ -239,16 +277,47 @@ void Dispatcher::failMessage(const StoredMessage &message, qint32 code)
             [this, message, code, outcome] { tellFailure(message, *outcome, code); }});
 }
 
+/// This step and the next one as one.
+Dispatcher::Step Dispatcher::Step::then(const Step &next) const
+{
+    const auto inTurn = [](const std::function<void()> &one, const std::function<void()> &other) {
+        return [one, other] {
+            if (one)
+                one();
+            if (other)
+                other();
+        };
+    };
+    return {inTurn(keep, next.keep), inTurn(tell, next.tell)};
+}
+
+Dispatcher::Step Dispatcher::stepOf(const SendingRun &run)
+{
+    return {[this, run] { run.keep(m_store); },
+            [this, taken = run.taken()] {
+                auto others = m_store.size() + static_cast<int>(taken.size());
+                for (const SendingRun::Taken &each : taken) {
+                    --others;
+                    if (m_heard)
+                        Q_EMIT sent(each.message.phone, each.message.text, others);
+                    Q_EMIT queueChanged();
+                }
+            }};
+}
+
+/// What waits for the store already, and what the run leaves behind, go first.
 void Dispatcher::settle(const Step &step)
 {
-    m_unsettled = step;
+    m_runLate.stop();
+    const SendingRun run = std::exchange(m_run, {});
+    m_unsettled = m_unsettled.value_or(Step()).then(stepOf(run)).then(step);
     trySettling(Following::SameCommit);
 }
 
 void Dispatcher::trySettling(Following following)
 {
     const Step step = *m_unsettled;
-    std::optional<Current> next;
+    QList<LeavingMessage> next;
     try {
         m_store.together([&] {
             step.keep();
@@ -262,12 +331,12 @@ void Dispatcher::trySettling(Following following)
         return;
     }
     m_unsettled.reset();
-    if (next)
-        send(*next);
-    if (step.tell)
-        step.tell();
+    m_settleAgain.stop();
+    if (!next.isEmpty())
+        startRun(next);
+    step.tell();
     // What doesn't follow in the same commit begins from the event loop, so that a long queue is no
     // deep recursion and calls from outside get their turn.
-    if (!next)
+    if (next.isEmpty())
         QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
 }

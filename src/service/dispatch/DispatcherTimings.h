@@ -2,6 +2,7 @@
 
 #include "engine/contract/BusTypes.h"
 #include "service/dispatch/OutcomePruner.h"
+#include "service/dispatch/RunPace.h"
 
 /// Time limits of the dispatcher, in milliseconds.
 struct DispatcherTimings
@@ -19,6 +20,9 @@ struct DispatcherTimings
     int steadyMs = 60'000;
     /// Between two questions for the signal and the like, while the device is ready.
     int conditionMs = 60'000;
+    /// After this time, what a run has not handed over waits again: the device has become slow.
+    int runLateMs = 20;
+    RunPace::Limits run;
     /// At which old outcomes are forgotten.
     OutcomePruner::Pace pruning;
 };

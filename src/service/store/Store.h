@@ -100,6 +100,8 @@ public:
     // The queue, as the dispatcher sees it.
     /// The message that goes first: by delivery date, then by order of queueing.
     std::optional<StoredMessage> first() const;
+    /// The messages that go first, `most` at most, in their order.
+    QList<StoredMessage> first(int most) const;
     /// The moment at which first() is due, empty for a message with an odd date.
     std::optional<QString> firstDue() const;
     /// Notes that a part is about to leave. `reference`, of a message of several parts, is kept for

@@ -9,7 +9,7 @@ namespace StoreQueries {
     "FROM message "
 
 // What is in doubt is reported, and never sent by itself, whatever else happens.
-inline constexpr char First[] = NORVANE_MESSAGE "WHERE state <> 1 ORDER BY due, id LIMIT 1";
+inline constexpr char First[] = NORVANE_MESSAGE "WHERE state <> 1 ORDER BY due, id LIMIT ?";
 inline constexpr char FirstDue[] = "SELECT due FROM message ORDER BY due, id LIMIT 1";
 // The index holds the messages in progress alone; the second condition tells that it will do.
 inline constexpr char Interrupted[] =

@@ -24,11 +24,18 @@ StoredMessage messageOf(const Statement &query)
 
 std::optional<StoredMessage> Store::first() const
 {
+    const QList<StoredMessage> messages = first(1);
+    return messages.isEmpty() ? std::nullopt : std::optional(messages.constFirst());
+}
+
+QList<StoredMessage> Store::first(int most) const
+{
     Statement query(m_statements, StoreQueries::First);
-    query.run();
-    if (!query.next())
-        return std::nullopt;
-    return messageOf(query);
+    query.run({most});
+    QList<StoredMessage> messages;
+    while (query.next())
+        messages.append(messageOf(query));
+    return messages;
 }
 
 std::optional<QString> Store::firstDue() const

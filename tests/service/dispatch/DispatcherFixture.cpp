@@ -33,6 +33,8 @@ DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFi
 {
     m_timings.storeAgainMs = 20;
     m_timings.longestSleepMs = 20;
+    // Like a device that needs the air to send: one message leaves at a time.
+    m_timings.run.most = 1;
     m_retryTimes.shortestReopenMs = 20;
     m_retryTimes.longestReopenMs = 80;
     m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
