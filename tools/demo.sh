@@ -3,6 +3,8 @@
 #   demo.sh interactive   leaves the console to the operator
 #   demo.sh driven        sends one message through the window, under a window manager of its own
 set -euo pipefail
+# shellcheck source=tools/driving.sh
+source "$(dirname "$0")/driving.sh"
 
 demo=$NORVANE_DEMO
 bin=$NORVANE_BIN
@@ -18,32 +20,9 @@ open_console=("$bin/NorvaneSMS")
 [[ -n ${LC_ALL:-}${LC_TIME:-}${LANG:-} ]] || open_console=(env LANG=es_ES.UTF-8 "$bin/NorvaneSMS")
 
 : >"$log"
-started=()
-finish() {
-    for process in "${started[@]}"; do
-        kill "$process" 2>/dev/null || true
-    done
-    # The engine outlives its console, and ends with the bus of this demonstration.
-    wait 2>/dev/null || true
-}
 trap finish EXIT
 
-# await SECONDS COMMAND...: runs the command until it succeeds.
-await() {
-    local deadline=$((SECONDS + $1))
-    shift
-    until "$@" >/dev/null 2>&1; do
-        if ((SECONDS >= deadline)); then
-            echo "gave up waiting for: $*" >&2
-            exit 1
-        fi
-        sleep 0.1
-    done
-}
-
-"$bin/gsm-simulator" --link "$link" --log "$log" >"$demo/simulator.out" 2>&1 &
-started+=($!)
-await 10 grep -q ready "$demo/simulator.out"
+plug_in_simulator "$bin" "$link" "$log" "$demo/simulator.out"
 "$bin/TovekSMService" --device "$link, 115200"
 
 if [[ $1 == interactive ]]; then
@@ -52,10 +31,7 @@ if [[ $1 == interactive ]]; then
     exit 0
 fi
 
-openbox >"$demo/window-manager.out" 2>&1 &
-started+=($!)
-# A window that comes up while the window manager does may be left unmapped.
-await 10 xdotool get_desktop
+start_window_manager "$demo/window-manager.out"
 "${open_console[@]}" &
 console=$!
 started+=("$console")

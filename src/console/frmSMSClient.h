@@ -74,6 +74,9 @@ private:
     void grdQueue_AfterEdit();
     void grdQueue_DeletePressed();
     void deleteRows(const QList<int> &rows);
+    /// Removes `rows` but the one that the engine is sending.
+    /// @return whether all of them went
+    bool removeButInProgress(const QList<int> &rows);
     void removeFromGrid(const QList<int> &rows);
     /// Whether `row` is the message that the engine is sending.
     bool isInProgress(int row);

@@ -3,6 +3,7 @@
 #include "foundation/CTimerMM.h"
 #include "foundation/FindFiles.h"
 #include "foundation/Globals.h"
+#include "foundation/ui/FatalReport.h"
 #include "queue/QueueDropFile.h"
 #include "queue/QueueFileReader.h"
 
@@ -49,7 +50,9 @@ void frmSMSClient::releasePooling()
 
 void frmSMSClient::moImportSMSPooling_Timer(qint32 /*lMilliseconds*/)
 {
-    if (mbImporting)
+    // While the fatal report is open the engine may be the very thing that failed: a file that is
+    // taken then could be lost, and waits for the next server instead.
+    if (mbImporting || FatalReport::isShown())
         return;
     mbImporting = true;
     if (!moFileSystem->FolderExists(msQueueFolder)) {

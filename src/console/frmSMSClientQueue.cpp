@@ -6,6 +6,7 @@
 #include "foundation/MessageBoxes.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/ImageControl.h"
+#include "foundation/ui/WaitPointer.h"
 
 #include <QLabel>
 #include <QScopedValueRollback>
@@ -114,21 +115,26 @@ void frmSMSClient::grdQueue_DeletePressed()
 
 void frmSMSClient::deleteRows(const QList<int> &rows)
 {
-    QList<int> going;
-    for (auto row = rows.crbegin(); row != rows.crend(); ++row) {
-        const qint32 status = moSMSManager->GetEngineStatus();
-        if (*row != rowInProgress || status != SMSManager::Running) {
-            going.append(*row - 1);
-            continue;
-        }
-        removeFromGrid(std::exchange(going, {}));
+    // The row that may have to be kept is the first one, and so the last to be looked at.
+    if (!removeButInProgress(rows))
         tell(3760020);
-    }
-    removeFromGrid(going);
-
+    const WaitPointer pointer;
     m_ui.grdQueue->viewport()->repaint();
     handBackQueue();
     m_ui.grdQueue->setFocus();
+}
+
+bool frmSMSClient::removeButInProgress(const QList<int> &rows)
+{
+    const WaitPointer pointer; // the engine is asked once for each row
+    QList<int> going;
+    for (auto row = rows.crbegin(); row != rows.crend(); ++row) {
+        const qint32 status = moSMSManager->GetEngineStatus();
+        if (*row != rowInProgress || status != SMSManager::Running)
+            going.append(*row - 1);
+    }
+    removeFromGrid(going);
+    return going.size() == rows.size();
 }
 
 void frmSMSClient::removeFromGrid(const QList<int> &rows)

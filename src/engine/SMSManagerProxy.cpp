@@ -68,7 +68,7 @@ void SMSManagerProxy::attach()
 }
 
 template <typename Call>
-auto SMSManagerProxy::call(const char *operation, int timeLimit, Call &&start)
+auto SMSManagerProxy::ask(int timeLimit, Call &&start)
 {
     m_engine->setTimeout(timeLimit);
     auto reply = start();
@@ -78,6 +78,13 @@ auto SMSManagerProxy::call(const char *operation, int timeLimit, Call &&start)
         reply = start();
         reply.waitForFinished();
     }
+    return reply;
+}
+
+template <typename Call>
+auto SMSManagerProxy::call(const char *operation, int timeLimit, Call &&start)
+{
+    auto reply = ask(timeLimit, std::forward<Call>(start));
     if (reply.isError())
         raiseCallFailed(operation, reply.error());
     return reply;
@@ -140,7 +147,14 @@ void SMSManagerProxy::ClearQueue()
 QueueRecordSet SMSManagerProxy::GetQueue()
 {
     auto changes =
-        call("GetQueue", [this] { return m_engine->GetQueueChanges(m_replica.revision()); });
+        ask(m_callTimeout, [this] { return m_engine->GetQueueChanges(m_replica.revision()); });
+    if (changes.isError() && changes.error().type() == QDBusError::UnknownMethod) {
+        // An engine that is older than this console tells of no changes.
+        m_replica.reset(0, fetchQueue());
+        return QueueRecordSet(m_replica.rows());
+    }
+    if (changes.isError())
+        raiseCallFailed("GetQueue", changes.error());
     const quint64 revision = changes.argumentAt<0>();
     if (changes.argumentAt<1>())
         m_replica.reset(revision, fetchQueue());

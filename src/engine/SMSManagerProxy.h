@@ -49,6 +49,10 @@ private:
     void attach();
     /// The whole queue, page by page.
     QList<QueueRow> fetchQueue();
+    /// Makes a call, again if the engine had vanished, and waits for its answer or error.
+    template <typename Call>
+    auto ask(int timeLimit, Call &&start);
+    /// As ask(), but an error is a failure.
     template <typename Call>
     auto call(const char *operation, int timeLimit, Call &&start);
     template <typename Call>

@@ -124,7 +124,7 @@ bool matchesPattern(QStringView name, QStringView pattern)
             star = p++;
             starName = n;
         } else if (p < pattern.size() &&
-                   (pattern[p] == u'?' || pattern[p].toCaseFolded() == name[n].toCaseFolded())) {
+                   (pattern[p] == u'?' || pattern[p].toLower() == name[n].toLower())) {
             ++p;
             ++n;
         } else if (star >= 0) {

@@ -13,8 +13,9 @@ struct FileSearchResult
     QStringList Files; ///< full paths, in the order of the file system
 };
 
-/// Whether `name` matches `pattern`, in which "*" stands for any characters and "?" for one. Case
-/// doesn't count.
+/// Whether `name` matches `pattern`, in which "*" stands for any characters and "?" for one.
+/// Capital and small letters are the same; letters that only sound so, as "s" and the long "ſ", are
+/// not.
 bool matchesPattern(QStringView name, QStringView pattern);
 
 /// Adds the regular files of a folder whose names match `pattern` to `result`; links and whatever

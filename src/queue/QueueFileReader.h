@@ -6,7 +6,8 @@
 #include <QString>
 
 /// Hands the records of a drop file to the engine, in their order, and takes the file away,
-/// whatever it held. A short tail is dropped.
+/// whatever it held. A short tail is dropped. What a writer adds meanwhile is read as well, as far
+/// as a file that grows is followed.
 ///
 /// Any failure, be it of the file, of a record or of the engine, ends the reading without a word:
 /// the records before it are with the engine, those behind it are lost, and the file is taken away.

@@ -73,6 +73,40 @@ TEST_F(ClientSend, twoSendsOfTheSameFieldsAreTwoFiles)
     EXPECT_EQ(control<MessageEdit>("txtMessage")->text(), QStringLiteral("Hola"));
 }
 
+TEST_F(ClientSend, dateAndTimeAreNotBroughtUpToDateByASend)
+{
+    for (const QString &name : {QStringLiteral("sms.0"), QStringLiteral("sms.1")}) {
+        now = now.addDays(1).addSecs(3601);
+        send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+        EXPECT_EQ(file(name).mid(25, 14), moment) << "as the form was loaded";
+        EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->date(), QDate(2026, 11, 20));
+        EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->time(), QTime(9, 30, 15));
+    }
+}
+
+TEST_F(ClientSend, phoneIsWrittenWithItsPlusAndCutTo25Characters)
+{
+    const QList<std::pair<QString, QByteArray>> cases{
+        {QStringLiteral("+34912345678"), "+34912345678             "},
+        {QStringLiteral("+123456789012345678901234"), "+123456789012345678901234"},
+        {QStringLiteral("+1234567890123456789012345"), "+123456789012345678901234"},
+        {QString(40, u'7'), QByteArray(25, '7')},
+    };
+    auto *const phone = control<QLineEdit>("txtPhone");
+    for (const auto &[typed, field] : cases) {
+        phone->clear();
+        QTest::keyClicks(phone, typed);
+        QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
+        EXPECT_EQ(phone->text(), typed) << "it stays as it was typed";
+        const QByteArray record = file(QStringLiteral("sms.0"));
+        EXPECT_EQ(record.size(), 199);
+        EXPECT_EQ(record.first(25), field);
+        EXPECT_EQ(record.mid(25, 14), moment);
+        ASSERT_TRUE(QFile::remove(queue.filePath(QStringLiteral("sms.0"))));
+    }
+    EXPECT_EQ(boxes.shown, QList<RecordingMessageBoxes::Shown>(4, success())) << "nothing warns";
+}
+
 TEST_F(ClientSend, emptyPhoneDoesNothing)
 {
     send(QString(), QStringLiteral("Hola"));

@@ -13,6 +13,31 @@
 #include <QTest>
 #include <QTimer>
 
+namespace {
+
+/// What becomes of a window, in its order; a step that is repeated at once counts as one.
+class Steps : public QObject
+{
+public:
+    void add(const QString &step)
+    {
+        if (taken.isEmpty() || taken.last() != step)
+            taken.append(step);
+    }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize)
+            add(QStringLiteral("size"));
+        else if (event->type() == QEvent::WindowTitleChange)
+            add(QStringLiteral("title"));
+        return false;
+    }
+
+    QStringList taken;
+};
+
+} // namespace
+
 /// The console's button and what follows a dialog that was confirmed.
 class DeviceDialog : public ConsoleFixture
 {
@@ -89,6 +114,27 @@ TEST_F(DeviceDialog, theWindowIsLaidOutAfterTheDialogIsGoneAndBeforeTheSettingsA
     EXPECT_TRUE(dialog.isNull());
     EXPECT_TRUE(isWide());
     EXPECT_EQ(takeCalls().last(), apply);
+}
+
+TEST_F(DeviceDialog, theWindowGetsItsLimitsThenItsTitleAndThenTheSettingsAreApplied)
+{
+    loadAsServer();
+    show();
+    console->resize(console->size() + QSize(40, 40));
+    Steps steps;
+    script.inCall = [&](const QString &call) {
+        if (call == apply)
+            steps.add(call);
+    };
+    configure([&](DeviceConfigForm &form) {
+        console->setWindowTitle(QStringLiteral("another"));
+        press(form.cmdOk);
+        console->installEventFilter(&steps);
+    });
+    EXPECT_EQ(steps.taken, (QStringList{QStringLiteral("size"), QStringLiteral("title"), apply}));
+    EXPECT_TRUE(isWide());
+    EXPECT_EQ(console->windowTitle(), GS(3760000));
+    script.inCall = nullptr;
 }
 
 TEST_F(DeviceDialog, aCancelledDialogCallsNothingAndChangesNothing)

@@ -8,6 +8,22 @@
 #include <QPushButton>
 #include <QTest>
 
+namespace {
+
+/// Counts the paintings of a widget.
+class Paints : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int count = 0;
+};
+
+} // namespace
+
 class DeviceTest : public ConsoleFixture
 {
 protected:
@@ -181,23 +197,41 @@ TEST_F(DeviceTest, thePointerIsThereFromTheFirstCallToTheLast)
 TEST_F(DeviceTest, theNewCaptionIsPaintedBeforeTheCallBlocks)
 {
     show();
-    /// Counts the paintings of a widget.
-    class Paints : public QObject
-    {
-    public:
-        bool eventFilter(QObject *, QEvent *event) override
-        {
-            count += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
-        int count = 0;
-    } paints;
+    Paints paints;
     control("fraCommunication")->installEventFilter(&paints);
     int before = -1;
     script.inTestDevice = [&] { before = paints.count; };
     paints.count = 0;
     press();
     EXPECT_GT(before, 0);
+}
+
+TEST_F(DeviceTest, allIsShownBeforeTheEngineIsStartedAgainUnderTheHourglass)
+{
+    show();
+    for (const qint32 result : {1, 0}) {
+        script.status = 1;
+        script.testResult = result;
+        Paints paints;
+        control<TerminalView>("txtTerm")->viewport()->installEventFilter(&paints);
+        script.inTestDevice = [&] { paints.count = 0; };
+        bool started = false;
+        script.inCall = [&](const QString &call) {
+            if (call != start)
+                return;
+            started = true;
+            EXPECT_EQ(caption("fraCommunication"), GS(3760090));
+            EXPECT_GT(paints.count, 0) << "the terminal";
+            EXPECT_EQ(text("lblDeviceStatus"), GS(result == 1 ? 3760019 : 3760088));
+            ASSERT_NE(QApplication::overrideCursor(), nullptr);
+            EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+        };
+        press();
+        EXPECT_TRUE(started);
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+        script.inCall = nullptr;
+        script.inTestDevice = nullptr;
+    }
 }
 
 TEST_F(DeviceTest, anEngineThatFailsInTheTestIsFatalAndGivesThePointerBack)

@@ -174,3 +174,18 @@ TEST_F(HostileFolder, modeThatChangesWhileTheBoxIsOpenEndsTheTick)
     EXPECT_TRUE(streams.calls.isEmpty());
     EXPECT_EQ(names().size(), 32768);
 }
+
+TEST_F(HostileFolder, windowThatClosesWhileTheBoxIsOpenEndsTheTick)
+{
+    loadAsServer();
+    for (int number = 0; number < 32768; ++number)
+        writeFile(path(u"sms."_qs + QString::number(number)));
+    boxes.whileShown = [this] { console->close(); };
+    tick();
+    EXPECT_EQ(boxes.shown.size(), 1);
+    EXPECT_TRUE(streams.calls.isEmpty());
+    EXPECT_EQ(names().size(), 32768);
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(timers.events.isEmpty()) << "nothing ticks any more";
+    EXPECT_EQ(takeCalls(), (QStringList{u"release 1"_qs, u"ReleaseGlobals"_qs}));
+}

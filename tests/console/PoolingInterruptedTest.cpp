@@ -105,6 +105,26 @@ TEST_F(PoolingInterrupted, tickGoesOnWithTheNewEngineWhenOnlyThatHasChanged)
     EXPECT_EQ(engine() != nullptr, true);
 }
 
+TEST_F(PoolingInterrupted, nothingIsPolledWhileTheFatalReportIsOpen)
+{
+    script.failingCalls.enqueue(4); // the next call: three were made at load
+    boxes.whileShown = [this] {
+        tick();
+        tick();
+        EXPECT_EQ(messages(), 0);
+    };
+    Q_EMIT engine()->SMSQueueChanged(1);
+    boxes.whileShown = nullptr;
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(names().size(), 30);
+    EXPECT_TRUE(streams.calls.isEmpty());
+    EXPECT_EQ(terminal(), QString());
+
+    tick(); // here the end of the process is only noted
+    EXPECT_EQ(messages(), 30);
+}
+
 TEST_F(PoolingInterrupted, failureInAnotherHandlerIsFatalAsEver)
 {
     tickWith([this] {

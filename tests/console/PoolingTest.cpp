@@ -151,6 +151,34 @@ TEST_F(Pooling, missingFolderIsALineAtEveryTickAndTheLinesStay)
     EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_qs).repeated(3));
 }
 
+TEST_F(Pooling, fileOrLinkThatLeadsNowhereInThePlaceOfTheFolderIsAMissingFolder)
+{
+    writeFile(path(u"file"_qs), fixture(u"one"_qs));
+    ASSERT_TRUE(QFile::link(path(u"nowhere"_qs), path(u"dangling"_qs)));
+    storeQueueFolder(path(u"file"_qs));
+    loadAsServer();
+    int lines = 0;
+    for (const QString &folder : {u"file"_qs, u"dangling"_qs}) {
+        storeQueueFolder(path(folder));
+        console->ApplyOperationMode();
+        takeCalls();
+        for (int ticks = 0; ticks < 2; ++ticks) {
+            tick();
+            ++lines;
+            EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_qs).repeated(lines)) << qPrintable(folder);
+        }
+        EXPECT_TRUE(takeCalls().isEmpty());
+    }
+    EXPECT_TRUE(streams.calls.isEmpty());
+    EXPECT_EQ(names(), (QStringList{u"dangling"_qs, u"file"_qs}));
+    EXPECT_TRUE(boxes.shown.isEmpty());
+
+    ASSERT_TRUE(QDir().mkdir(path(u"nowhere"_qs))); // the link leads to a folder again
+    drop(u"nowhere/sms.0"_qs);
+    tick();
+    EXPECT_EQ(takeMessages(), QStringList{u"nowhere/sms.0"_qs});
+}
+
 TEST_F(Pooling, folderWithASeparatorAtItsEndIsTheSame)
 {
     storeQueueFolder(queue.path() + u'/');

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -30,6 +31,8 @@ public:
 
     std::optional<EntryKind> kind(const QString &path) const override
     {
+        if (path == failing)
+            throw std::bad_alloc();
         if (unreadable.contains(path))
             return std::nullopt;
         return kinds.value(path, EntryKind::File);
@@ -44,6 +47,7 @@ public:
     QHash<QString, QList<Entry>> folders;
     QHash<QString, EntryKind> kinds;
     QStringList unreadable;
+    QString failing; ///< memory runs out when its kind is asked
 };
 
 struct Outcome
@@ -263,6 +267,22 @@ TEST_F(FindFilesTest, sumTakesTheLowHalfAsSignedAndSubtractsTheHighHalf)
     }
 }
 
+TEST_F(FindFilesTest, memoryThatRunsOutEndsTheFolderWithABoxAndWhatWasFoundStays)
+{
+    MadeUpListing listing;
+    for (int i = 0; i < 4; ++i)
+        listing.folders[u"/q/"_qs].append({u"sms."_qs + QString::number(i), 10});
+    listing.failing = u"/q/sms.2"_qs;
+    const Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
+    ASSERT_EQ(m_boxes.shown.size(), 1);
+    EXPECT_EQ(m_boxes.shown.first(),
+              (RecordingMessageBoxes::Shown{u" 7 - Out of memory"_qs, MessageBoxes::Icon::Critical,
+                                            MessageBoxes::Buttons::Ok, u"Error"_qs}));
+    EXPECT_EQ(outcome.result.Files, (QStringList{u"/q/sms.0"_qs, u"/q/sms.1"_qs}));
+    EXPECT_EQ(outcome.result.Count, 2);
+    EXPECT_EQ(outcome.sum, 20);
+}
+
 void addFiles(MadeUpListing &listing, const QString &folder, int count)
 {
     for (int i = 0; i < count; ++i)
@@ -353,6 +373,9 @@ TEST(PatternTest, starAndQuestionMarkStandForOtherCharacters)
         {u"a*b", u"a*b", true},
         {u"aXYb", u"a*Y*b", true},
         {u"sms.1", u"SMS.?", true},
+        {u"ſms.1", u"sms.*", false},
+        {u"smſ.1", u"SMS.*", false},
+        {u"ΣΑΣ", u"σας", false}, // its last letter has a small form of its own
     };
     for (const Case &c : cases)
         EXPECT_EQ(matchesPattern(c.name, c.pattern), c.matches)

@@ -217,6 +217,66 @@ TEST_F(QueueFileReaderTest, whatTookTheFilesPlaceIsNotWaitedFor)
     EXPECT_TRUE(isThere());
 }
 
+TEST_F(QueueFileReaderTest, linkThatTookTheFilesPlaceIsNotFollowed)
+{
+    const QTemporaryDir elsewhere;
+    const QString other = elsewhere.filePath(u"sms.0"_qs);
+    writeFile(other, fixture(u"one"_qs));
+    ASSERT_TRUE(QFile::link(other, path()));
+    EXPECT_TRUE(importPath().isEmpty());
+    EXPECT_FALSE(QFileInfo(path()).isSymLink()) << "the link goes";
+    EXPECT_EQ(bytesOf(other), fixture(u"one"_qs));
+}
+
+TEST_F(QueueFileReaderTest, whatAWriterAddsWhileTheFileIsReadIsReadToo)
+{
+    writeFile(path(), fixture(u"one"_qs).repeated(3));
+    QFile writer(path());
+    ASSERT_TRUE(writer.open(QIODevice::Append | QIODevice::Unbuffered));
+    int readings = 0;
+    streams.onRead = [&](qsizetype &) {
+        if (++readings <= 2)
+            writer.write(fixture(u"one"_qs).repeated(100));
+        return 0;
+    };
+    EXPECT_EQ(importPath(), QStringList(203, First));
+}
+
+TEST_F(QueueFileReaderTest, fileThatGrowsForEverIsFollowedOnlySoFar)
+{
+    constexpr qsizetype followed = FileStreams::MostFollowed / 199;
+    const QByteArray chunk = fixture(u"one"_qs).repeated(1000);
+    writeFile(path(), chunk);
+    QFile writer(path());
+    ASSERT_TRUE(writer.open(QIODevice::Append | QIODevice::Unbuffered));
+    streams.onRead = [&, written = 0](qsizetype &) mutable {
+        if (++written < 100) // a reader that can't get away fails this test and goes on
+            writer.write(chunk);
+        return 0;
+    };
+    EXPECT_EQ(importPath(), QStringList(followed, First));
+    EXPECT_FALSE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, fileThatIsLongerWhenItIsOpenedIsReadToItsEnd)
+{
+    constexpr qsizetype records = FileStreams::MostFollowed / 199 + 1000;
+    writeFile(path(), fixture(u"one"_qs).repeated(records));
+    EXPECT_EQ(importPath(), QStringList(records, First));
+}
+
+TEST_F(QueueFileReaderTest, fileThatIsCutWhileItIsReadEndsThere)
+{
+    writeFile(path(), fixture(u"three"_qs));
+    int readings = 0;
+    streams.onRead = [&](qsizetype &asked) {
+        asked = qMin<qsizetype>(asked, 199);
+        return ++readings == 2 && !QFile::resize(path(), 250) ? EIO : 0;
+    };
+    EXPECT_EQ(importPath(), QStringList{First});
+    EXPECT_FALSE(isThere());
+}
+
 TEST_F(QueueFileReaderTest, partlyWrittenFileIsReadAsFarAsItHasCome)
 {
     QFile writer(path());

@@ -2,19 +2,73 @@
 
 #include "engine/LoadedLanguage.h"
 #include "queue/Fixture.h"
+#include "queue/QueueFileReader.h"
 #include "support/NotedWaiting.h"
+#include "support/RecordingEngine.h"
 #include "support/RecordingMessageBoxes.h"
 #include "support/ScriptedStreams.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <new>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
+
+/// No file of this process grows past so many bytes while this is in scope: a write that would make
+/// it grow further comes as far as that, and the next one fails.
+class SmallFiles
+{
+public:
+    explicit SmallFiles(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &m_limit), 0);
+        const rlimit small{bytes, m_limit.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    }
+    SmallFiles(const SmallFiles &) = delete;
+    SmallFiles &operator=(const SmallFiles &) = delete;
+    ~SmallFiles()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_limit);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_limit{};
+};
+
+/// The number that a client draws which has just been started.
+double numberOfAnotherProcess()
+{
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::pipe(ends.data()), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        realWaiting().seedFromClock();
+        const double number = realWaiting().random();
+        ::_exit(::write(ends[1], &number, sizeof number) == ssize_t{sizeof number} ? 0 : 1);
+    }
+    double number = -1;
+    EXPECT_EQ(::read(ends[0], &number, sizeof number), ssize_t{sizeof number});
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    ::close(ends[0]);
+    ::close(ends[1]);
+    return number;
+}
 
 class QueueFileWriterTest : public ::testing::Test
 {
@@ -198,6 +252,25 @@ TEST_F(QueueFileWriterTest, realPausesStayWithinTheirLimits)
     }
 }
 
+TEST_F(QueueFileWriterTest, realPauseLastsAsLongAsItWasTold)
+{
+    QElapsedTimer timer;
+    timer.start();
+    realWaiting().sleep(30);
+    EXPECT_GE(timer.nsecsElapsed(), 30'000'000);
+}
+
+TEST_F(QueueFileWriterTest, eachSeedBeginsElsewhereInThisProcessAndInOthers)
+{
+    const auto draw = [] {
+        realWaiting().seedFromClock();
+        return realWaiting().random();
+    };
+    const double own = draw();
+    EXPECT_NE(draw(), own);
+    EXPECT_NE(numberOfAnotherProcess(), numberOfAnotherProcess());
+}
+
 TEST_F(QueueFileWriterTest, folderOfTheNameIsACollisionThatNoPauseEnds)
 {
     ASSERT_TRUE(QDir().mkdir(path(u"sms.0"_qs)));
@@ -272,6 +345,28 @@ TEST_F(QueueFileWriterTest, whatWasWrittenBeforeAFailureStays)
     expectBox(u"Disk full - 61"_qs);
     EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs) + fixture(u"one"_qs));
     EXPECT_EQ(streams.openStreams, 0);
+}
+
+TEST_F(QueueFileWriterTest, writeThatBreaksOffWithinARecordLeavesATailThatTheReaderDrops)
+{
+    SMSList list;
+    for (int i = 0; i < 3; ++i)
+        list.Add(u"912345678"_qs, u"Ola"_qs);
+    {
+        const SmallFiles small(299);
+        WriteSMSFileBulk(list, moment, path({}), {});
+    }
+    expectBox(u"Path/File access error - 75"_qs);
+    const QByteArray bytes = bytesOf(path(u"sms.0"_qs));
+    EXPECT_EQ(bytes, fixture(u"one"_qs) + fixture(u"one"_qs).first(100));
+
+    RecordingEngine::Script script;
+    RecordingEngine engine(script);
+    script.calls.clear();
+    ImportSMSFile(path(u"sms.0"_qs), engine, {});
+    EXPECT_EQ(script.calls, QStringList{u"AddSMS(912345678|Ola|2009-03-05T14:07:09)"_qs});
+    EXPECT_TRUE(names().isEmpty());
+    EXPECT_EQ(boxes.shown.size(), 1) << "of the tail nobody is told";
 }
 
 TEST_F(QueueFileWriterTest, singleFileWhoseWriteFailsStaysEmpty)

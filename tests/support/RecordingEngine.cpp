@@ -6,6 +6,8 @@ void RecordingEngine::note(const QString &call)
 {
     m_script.calls.append(call);
     ++m_callsMade;
+    if (m_script.inCall)
+        m_script.inCall(call);
     if (!m_script.failingCalls.isEmpty() && m_script.failingCalls.head() == m_callsMade) {
         m_script.failingCalls.dequeue();
         Failure::raise(Failure::RemoteServerUnavailable, QStringLiteral("SMSManager"));

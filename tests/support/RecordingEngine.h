@@ -27,7 +27,8 @@ public:
         DeviceSettings settings;
         QQueue<int> failingCalls; ///< the call of this number, counted from 1, fails with 462
         int objectsMade = 0;
-        std::function<void()> inGetQueue;   ///< runs while GetQueue is being answered
+        std::function<void(const QString &call)> inCall; ///< runs while any call is being answered
+        std::function<void()> inGetQueue;                ///< runs while GetQueue is being answered
         std::function<void()> inTestDevice; ///< runs while TestDevice is being answered
         std::function<void()> inAddSMS;     ///< runs while AddSMS is being answered
         /// What UpdateQueue was given, the newest last.

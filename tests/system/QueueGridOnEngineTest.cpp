@@ -4,6 +4,7 @@
 #include "console/QueueGridModel.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QSet>
 
@@ -129,6 +130,24 @@ TEST_F(QueueGridOnEngine, aDeletionWithTheFirstRowKeepsItWhileTheEngineRuns)
     deleteRows({1, 2, 3});
     EXPECT_EQ(queued().keys(), QStringList{QStringLiteral("601")});
     EXPECT_EQ(boxes.shown.last().text, GS(3760020));
+}
+
+TEST_F(QueueGridOnEngine, thousandsOfRowsAreDeletedAtOnce)
+{
+    constexpr int count = 3000;
+    SMSList list;
+    for (int i = 1; i <= count; ++i)
+        list.Add(QString::number(i), QStringLiteral("x"));
+    makeProxy()->AddSMSList(list, later());
+    ASSERT_TRUE(waitForRows(count));
+    grid()->setCurrentIndex(cell(1, 0));
+    grid()->selectAll();
+    QElapsedTimer timer;
+    timer.start();
+    QTest::keyClick(grid(), Qt::Key_Delete);
+    RecordProperty("milliseconds", static_cast<int>(timer.elapsed()));
+    EXPECT_EQ(grid()->rows(), 0);
+    EXPECT_EQ(makeProxy()->GetQueueSize(), 0);
 }
 
 TEST_F(QueueGridOnEngine, whatCameSinceTheGridWasFilledSurvivesEditsAndDeletions)

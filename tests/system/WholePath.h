@@ -10,6 +10,7 @@
 #include "system/EngineProcess.h"
 
 #include <QDateEdit>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -21,6 +22,12 @@
 class WholePath : public EngineProcess
 {
 protected:
+    WholePath()
+    {
+        // Each test begins with a console that was never configured.
+        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") +
+                      QStringLiteral("/Norvane/settings.ini"));
+    }
     void SetUp() override
     {
         plugIn();

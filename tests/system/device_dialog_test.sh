@@ -6,17 +6,12 @@
 set -euo pipefail
 
 bin=$1
+driving=$(realpath "$(dirname "$0")/../../tools/driving.sh")
+# shellcheck source=tools/driving.sh
+source "$driving"
 sandbox=$(mktemp -d)
 pictures=${2:-$sandbox}
-
-# An engine that has just lost its bus may still be closing its files in here.
-clear_sandbox() {
-    local deadline=$((SECONDS + 10))
-    until rm -rf "$sandbox" 2>/dev/null || ((SECONDS >= deadline)); do
-        sleep 0.1
-    done
-}
-trap clear_sandbox EXIT
+trap 'clear_folder "$sandbox"' EXIT
 
 mkdir -p "$sandbox"/{config,data,runtime,cache,queue}
 chmod 700 "$sandbox/runtime"
@@ -26,19 +21,9 @@ export XDG_RUNTIME_DIR=$sandbox/runtime XDG_CACHE_HOME=$sandbox/cache LANG=es_ES
 cat >"$sandbox/drive.sh" <<'DRIVE'
 set -euo pipefail
 bin=$1 sandbox=$2 pictures=$3
-
-fail() {
-    echo "device_dialog_test: $*" >&2
-    exit 1
-}
-# await COMMAND...: runs the command until it succeeds.
-await() {
-    local deadline=$((SECONDS + 20))
-    until "$@" >/dev/null 2>&1; do
-        ((SECONDS < deadline)) || fail "gave up waiting for: $*"
-        sleep 0.1
-    done
-}
+name=device_dialog_test
+source "$4"
+trap finish EXIT
 find_window() { xdotool search --all --onlyvisible --pid "$console" --name "$1" | tail -n 1; }
 width_is() { [[ $(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p') == "$1" ]]; }
 # press WINDOW X Y: in pixels from the inner corner of the window.
@@ -52,7 +37,7 @@ is_gone() { ! xdotool search --all --onlyvisible --pid "$console" --name "$1"; }
 open_dialog() {
     xdotool windowactivate --sync "$window"
     press "$window" 48 42
-    await find_window '^SMS - Configuraci'
+    await 20 find_window '^SMS - Configuraci'
     dialog=$(find_window '^SMS - Configuraci')
     xdotool windowactivate --sync "$dialog"
 }
@@ -61,18 +46,13 @@ picture() {
     import -window "$1" "$pictures/$2"
 }
 
-"$bin/gsm-simulator" --link "$sandbox/gsm" --log "$sandbox/log" >"$sandbox/simulator.out" 2>&1 &
-simulator=$!
-await grep -q ready "$sandbox/simulator.out"
+plug_in_simulator "$bin" "$sandbox/gsm" "$sandbox/log" "$sandbox/simulator.out"
 "$bin/TovekSMService" --device "$sandbox/gsm, 115200"
-openbox >"$sandbox/window-manager.out" 2>&1 &
-manager=$!
-# A window that comes up while the window manager does may be left unmapped.
-await xdotool get_desktop
+start_window_manager "$sandbox/window-manager.out"
 "$bin/NorvaneSMS" &
 console=$!
-trap 'kill "$console" "$manager" "$simulator" 2>/dev/null || true' EXIT
-await find_window 'Norvane SMS'
+started+=("$console")
+await 20 find_window 'Norvane SMS'
 window=$(find_window 'Norvane SMS')
 inner=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p')
 
@@ -80,7 +60,7 @@ inner=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p')
 open_dialog
 picture "$dialog" device-dialog-server.png
 xdotool key Escape
-await is_gone '^SMS - Configuraci'
+await 20 is_gone '^SMS - Configuraci'
 [[ ! -e $XDG_CONFIG_HOME/Norvane/settings.ini ]] || fail "a cancelled dialog stored settings"
 width_is "$inner" || fail "a cancelled dialog changed the window"
 
@@ -88,9 +68,9 @@ width_is "$inner" || fail "a cancelled dialog changed the window"
 open_dialog
 press "$dialog" 172 38
 press "$dialog" 255 264
-await is_gone '^SMS - Configuraci'
+await 20 is_gone '^SMS - Configuraci'
 narrow=$((inner - 435)) # 15135 less 8610 twips
-await width_is "$narrow"
+await 20 width_is "$narrow"
 grep -q 'ServerMode=.*False' "$XDG_CONFIG_HOME/Norvane/settings.ini" || fail "the mode was not stored"
 open_dialog
 picture "$dialog" device-dialog-client.png
@@ -98,13 +78,13 @@ picture "$dialog" device-dialog-client.png
 # And back to server: wide again, and the start button starts the engine.
 press "$dialog" 40 38
 press "$dialog" 255 264
-await is_gone '^SMS - Configuraci'
-await width_is "$inner"
+await 20 is_gone '^SMS - Configuraci'
+await 20 width_is "$inner"
 grep -q 'ServerMode=.*True' "$XDG_CONFIG_HOME/Norvane/settings.ini" || fail "the mode was not stored"
-await status_is 0
+await 20 status_is 0
 press "$window" 877 257
-await status_is 1
+await 20 status_is 1
 DRIVE
 xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session -- \
-    bash "$sandbox/drive.sh" "$bin" "$sandbox" "$pictures"
+    bash "$sandbox/drive.sh" "$bin" "$sandbox" "$pictures" "$driving"
 echo "device_dialog_test: passed"

@@ -7,16 +7,15 @@ set -euo pipefail
 
 bin=$1
 case=$2
+name="queue_folder_test $case"
+# shellcheck source=tools/driving.sh
+source "$(dirname "$0")/../../tools/driving.sh"
 if [[ -z ${QUEUE_SANDBOX:-} ]]; then
     QUEUE_SANDBOX=$(mktemp -d)
     export QUEUE_SANDBOX
     status=0
     xvfb-run -a -s "-screen 0 1280x1200x24 -dpi 96" dbus-run-session -- "$0" "$@" || status=$?
-    # An engine that has just lost its bus may still be closing its files in here.
-    deadline=$((SECONDS + 10))
-    until rm -rf "$QUEUE_SANDBOX" 2>/dev/null || ((SECONDS >= deadline)); do
-        sleep 0.1
-    done
+    clear_folder "$QUEUE_SANDBOX"
     exit "$status"
 fi
 
@@ -26,29 +25,7 @@ log=$sandbox/received.jsonl
 mkdir -p "$queue"
 : >"$log"
 
-started=()
-finish() {
-    for process in "${started[@]}"; do
-        kill "$process" 2>/dev/null || true
-    done
-    wait 2>/dev/null || true
-}
 trap finish EXIT
-
-fail() {
-    echo "queue_folder_test $case: $*" >&2
-    exit 1
-}
-
-# await SECONDS COMMAND...: runs the command until it succeeds.
-await() {
-    local deadline=$((SECONDS + $1))
-    shift
-    until "$@" >/dev/null 2>&1; do
-        ((SECONDS < deadline)) || fail "gave up waiting for: $*"
-        sleep 0.1
-    done
-}
 
 windows_of() { xdotool search --all --onlyvisible --pid "$1" --name "$2" 2>/dev/null; }
 
@@ -139,9 +116,7 @@ received() { (($(wc -l <"$log") >= $1)); }
 waiting() { (($(engine --queue | wc -l) == $1)); }
 
 plug_in() {
-    "$bin/gsm-simulator" --link "$sandbox/gsm" --log "$log" >"$sandbox/simulator.out" 2>&1 &
-    started+=($!)
-    await 10 grep -q ready "$sandbox/simulator.out"
+    plug_in_simulator "$bin" "$sandbox/gsm" "$log" "$sandbox/simulator.out"
     mkdir -p "$sandbox/server/data"
     engine --device "$sandbox/gsm, 115200"
 }
@@ -149,10 +124,7 @@ plug_in() {
 # record PHONE MESSAGE: one record, for a day that is far away.
 record() { printf '%-25s%s%-160s' "$1" 01012100000000 "$2"; }
 
-openbox >"$sandbox/window-manager.out" 2>&1 &
-started+=($!)
-# A window that comes up while the window manager does may be left unmapped.
-await 10 xdotool get_desktop
+start_window_manager "$sandbox/window-manager.out"
 
 case $case in
 exchange) # What the client sends twice reaches the server's device twice, within ten seconds each.
@@ -230,4 +202,4 @@ slow) # What a writer adds after the server has read its file is lost, and nothi
     fail "no such case"
     ;;
 esac
-echo "queue_folder_test $case: passed"
+echo "$name: passed"

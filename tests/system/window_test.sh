@@ -6,21 +6,11 @@ set -euo pipefail
 
 bin=$1
 tools=$2
+name=window_test
+# shellcheck source=tools/driving.sh
+source "$tools/driving.sh"
 sandbox=$(mktemp -d)
-
-# An engine that has just lost its bus may still be closing its files in here.
-clear_sandbox() {
-    local deadline=$((SECONDS + 10))
-    until rm -rf "$sandbox" 2>/dev/null || ((SECONDS >= deadline)); do
-        sleep 0.1
-    done
-}
-trap clear_sandbox EXIT
-
-fail() {
-    echo "window_test: $*" >&2
-    exit 1
-}
+trap 'clear_folder "$sandbox"' EXIT
 
 # One message through the window, the engine and the device.
 export NORVANE_DEMO=$sandbox/demo NORVANE_BIN=$bin

@@ -33,13 +33,19 @@ public:
     FileStreams &operator=(const FileStreams &) = delete;
     virtual ~FileStreams() = default;
 
-    /// Opens a regular file; it never waits, whatever stands at `path`.
+    /// How far a file that grows is followed: further than any that the console writes.
+    static constexpr qint64 MostFollowed = 8 * 1024 * 1024;
+
+    /// Opens a regular file; it never waits, whatever stands at `path`. A file that grows while it
+    /// is read is followed up to MostFollowed bytes, or to where it ended when it was opened if
+    /// that is further: one that is written to all the while keeps no reader for ever.
     virtual int openToRead(const QString &path, std::unique_ptr<ByteStream> &stream) = 0;
 
     /// Makes a file that nobody else made: EEXIST if anything stands at `path`.
     virtual int createNew(const QString &path, std::unique_ptr<ByteStream> &stream) = 0;
 
-    /// Takes a file away, also one that is read-only. A folder isn't taken away.
+    /// Takes a file away, also one that is read-only. A folder isn't taken away, and of a link only
+    /// the link.
     virtual int removeForced(const QString &path) = 0;
 };
 

@@ -20,15 +20,19 @@ public:
     bool isOpen() const { return m_file.isOpen(); }
     int descriptor() const { return m_file.value(); }
 
+    /// Lets the stream end after so many bytes, however far the file goes.
+    void endAfter(qint64 bytes) { m_left = bytes; }
+
     int read(qsizetype most, QByteArray &bytes) override
     {
-        bytes.resize(most);
+        bytes.resize(qMin<qint64>(most, m_left));
         ssize_t count = 0;
         do {
-            count = ::read(m_file.value(), bytes.data(), static_cast<std::size_t>(most));
+            count = ::read(m_file.value(), bytes.data(), static_cast<std::size_t>(bytes.size()));
         } while (count < 0 && errno == EINTR);
         const int error = count < 0 ? errno : 0;
         bytes.truncate(qMax<qsizetype>(count, 0));
+        m_left -= bytes.size();
         return error;
     }
 
@@ -49,16 +53,19 @@ public:
 
 private:
     Descriptor m_file;
+    qint64 m_left = 0;
 };
 
 /// What stands at a path may have changed since it was listed, so it is looked at once it is open.
-int checkRegular(int descriptor)
+/// @param size  in bytes
+int checkRegular(int descriptor, qint64 &size)
 {
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0)
         return errno;
     if (S_ISDIR(status.st_mode))
         return EISDIR;
+    size = status.st_size;
     return S_ISREG(status.st_mode) ? 0 : EINVAL;
 }
 
@@ -84,8 +91,10 @@ public:
         if (::unlink(name.constData()) == 0)
             return 0;
         const int error = errno;
-        // Some network file systems refuse to take away what is read-only.
-        if ((error == EACCES || error == EPERM) && ::chmod(name.constData(), 0600) == 0 &&
+        // Some network file systems refuse to take away what is read-only. What a link leads to is
+        // none of theirs, and stays as it is.
+        if ((error == EACCES || error == EPERM) &&
+            ::fchmodat(AT_FDCWD, name.constData(), 0600, AT_SYMLINK_NOFOLLOW) == 0 &&
             ::unlink(name.constData()) == 0)
             return 0;
         return error;
@@ -101,8 +110,10 @@ private:
             ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NOCTTY, mode));
         if (!file->isOpen())
             return errno;
-        if (const int error = checkRegular(file->descriptor()))
+        qint64 size = 0;
+        if (const int error = checkRegular(file->descriptor(), size))
             return error;
+        file->endAfter(qMax(size, MostFollowed));
         stream = std::move(file);
         return 0;
     }

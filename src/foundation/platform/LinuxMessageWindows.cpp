@@ -23,8 +23,9 @@ struct Message
     qint64 lParam;
 };
 
-// All that another thread sees of this file.
+// All that another thread sees of this file. A timer's thread must not come to a lock here.
 std::atomic<int> g_writeEnd{-1};
+static_assert(decltype(g_writeEnd)::is_always_lock_free);
 
 bool writeMessage(const Message &message) noexcept
 {

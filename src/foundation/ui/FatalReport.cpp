@@ -25,6 +25,11 @@ void FatalReport::report(const std::exception_ptr &failure)
     g_reporting = false; // reached only where a test stands in for the end of the process
 }
 
+bool FatalReport::isShown()
+{
+    return g_reporting;
+}
+
 FatalReport::Terminate FatalReport::setTerminate(Terminate terminate)
 {
     return std::exchange(g_terminate, std::move(terminate));

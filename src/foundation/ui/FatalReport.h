@@ -14,6 +14,10 @@ using Terminate = std::function<void(int)>;
 /// dropped: the first one is the one that ends the process.
 void report(const std::exception_ptr &failure);
 
+/// Whether the box is open: the process ends as soon as the operator has read it, and nothing that
+/// can wait is begun meanwhile.
+bool isShown();
+
 /// `handler` of `object` as a slot that lets no failure out into the toolkit, whose own code isn't
 /// made to be left that way: one that the handler doesn't catch is reported from here.
 template <typename Object, typename... Arguments>
