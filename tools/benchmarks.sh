@@ -11,3 +11,4 @@ dbus-run-session -- build/release/bench/queue_bench
 dbus-run-session -- build/release/bench/throughput_bench
 dbus-run-session -- build/release/bench/throughput_bench memory
 dbus-run-session -- build/release/bench/queue_latency_bench
+dbus-run-session -- build/release/bench/import_bench

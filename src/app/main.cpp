@@ -10,6 +10,7 @@
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/Look.h"
 #include "foundation/ui/WidgetMessageBoxes.h"
+#include "import/readers/HelperConnection.h"
 
 #include <QDBusConnection>
 #include <QLibraryInfo>
@@ -49,7 +50,12 @@ ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &prog
             ModeSettings(settings, programFolder),
             QLocale::system(),
             QueueAccess{},
-            folders};
+            folders,
+            {[programFolder] {
+                 return std::make_unique<HelperConnection>(programFolder +
+                                                           QStringLiteral("/NorvaneSheetReader"));
+             },
+             programFolder}};
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "app/mode/ModeSettings.h"
 #include "device/FolderBrowser.h"
 #include "engine/contract/SMSManager.h"
+#include "import/ImportEnvironment.h"
 #include "queue/QueueAccess.h"
 
 #include <QDateTime>
@@ -25,4 +26,5 @@ struct ConsoleEnvironment
     QueueAccess queueAccess = {};
     /// How the device dialog lets a folder be chosen.
     FolderBrowsing folders = {};
+    ImportEnvironment importing = {};
 };

@@ -18,6 +18,7 @@
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/SvgPicture.h"
 #include "foundation/ui/WindowHook.h"
+#include "import/frmImport.h"
 
 #include <QCloseEvent>
 #include <QDateEdit>
@@ -52,6 +53,8 @@ void frmSMSClient::connectControls()
     connect(m_ui.txtMessage, &MessageEdit::changed, this,
             guarded(this, &frmSMSClient::txtMessage_Change));
     connect(m_ui.btnSend, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnSend_Click));
+    connect(m_ui.btnImport, &QPushButton::clicked, this,
+            guarded(this, &frmSMSClient::btnImport_Click));
     connect(m_ui.btnStart, &QPushButton::clicked, this,
             guarded(this, &frmSMSClient::btnStart_Click));
     connect(m_ui.btnStop, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnStop_Click));

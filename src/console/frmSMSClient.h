@@ -13,6 +13,8 @@
 #include <optional>
 
 class CTimerMM;
+class clsCollection;
+class frmImport;
 class QueueGridModel;
 class SentGridModel;
 class WindowHook;
@@ -67,6 +69,15 @@ private:
     void btnClearQueue_Click();
     QDateTime deliveryMoment() const;
     void startIfStopped();
+
+    // Bulk send
+    void btnImport_Click();
+    /// The messages that the template gives for the imported recipients that have a phone.
+    /// @throws NumberedFailure 6 for more than a list holds
+    SMSList listOf(const clsCollection &recipients) const;
+    /// Hands the list to the engine or, on a client, writes it to a drop file.
+    /// @return whether it was handed on
+    bool queueList(const SMSList &list);
 
     // The queue's grid. Rows count from 1.
     void connectQueueGrid();
@@ -126,6 +137,7 @@ private:
     std::unique_ptr<FileSystem> moFileSystem;
     std::unique_ptr<SMSManager> moSMSManager;
     std::shared_ptr<CTimerMM> moImportSMSPooling;
+    std::unique_ptr<frmImport> moImport;
     bool mbServerMode = false;
     bool mbImporting = false;
     QString msQueueFolder;

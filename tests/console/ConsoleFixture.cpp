@@ -56,7 +56,8 @@ ConsoleEnvironment ConsoleFixture::environment()
             ModeSettings(settings, QStringLiteral("/program")),
             locale,
             {&streams, &waiting},
-            FolderBrowsing{&folders, [] { return QStringLiteral("/documents/Norvane"); }}};
+            FolderBrowsing{&folders, [] { return QStringLiteral("/documents/Norvane"); }},
+            importing};
 }
 
 void ConsoleFixture::load()

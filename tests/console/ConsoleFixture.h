@@ -53,6 +53,7 @@ protected:
     ManualTimers timers;
     ScriptedStreams streams;
     NotedWaiting waiting;
+    ImportEnvironment importing;
     QDateTime now{QDate(2026, 11, 20), QTime(9, 30, 15), Qt::UTC};
     QLocale locale{QLocale::Spanish, QLocale::Spain};
     std::unique_ptr<frmSMSClient> console;

@@ -22,7 +22,7 @@ const std::map<std::string, std::set<std::string>> &allowed()
                                                 "foundation/ui",   "engine",
                                                 "engine/contract", "app/mode",
                                                 "queue",           "import",
-                                                "device"};
+                                                "import/readers",  "device"};
     std::set<std::string> belowApp = belowConsole;
     belowApp.insert("console");
     std::set<std::string> serviceParts = contract;
@@ -38,7 +38,9 @@ const std::map<std::string, std::set<std::string>> &allowed()
         {"engine", contract},
         {"app/mode", level0},
         {"queue", {"foundation", "foundation/platform", "engine/contract", "app/mode"}},
-        {"import", {"foundation", "foundation/platform", "foundation/ui"}},
+        {"import/readers", level0},
+        {"import/sheets", {"foundation", "foundation/platform", "import/readers"}},
+        {"import", {"foundation", "foundation/platform", "foundation/ui", "import/readers"}},
         {"device",
          {"foundation", "foundation/platform", "foundation/ui", "engine", "engine/contract",
           "app/mode"}},

@@ -12,4 +12,8 @@ void RecordingEngine::note(const QString &call)
         m_script.failingCalls.dequeue();
         Failure::raise(Failure::RemoteServerUnavailable, QStringLiteral("SMSManager"));
     }
+    if (!m_script.failingCall.isEmpty() && call.startsWith(m_script.failingCall)) {
+        m_script.failingCall.clear();
+        Failure::raise(Failure::RemoteServerUnavailable, QStringLiteral("SMSManager"));
+    }
 }

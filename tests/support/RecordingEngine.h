@@ -26,6 +26,8 @@ public:
         QList<QueueRow> queue;
         DeviceSettings settings;
         QQueue<int> failingCalls; ///< the call of this number, counted from 1, fails with 462
+        QString failingCall;      ///< the first call that begins so fails with 462
+        QList<SMSList> lists;     ///< of AddSMSList
         int objectsMade = 0;
         std::function<void(const QString &call)> inCall; ///< runs while any call is being answered
         std::function<void()> inGetQueue;                ///< runs while GetQueue is being answered
@@ -72,6 +74,7 @@ public:
         note(QStringLiteral("AddSMSList(%1|%2)")
                  .arg(list.Count())
                  .arg(date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+        m_script.lists.append(list);
     }
     qint32 GetQueueSize() override
     {

@@ -6,6 +6,7 @@
 #include "console/frmSMSClient.h"
 #include "foundation/Globals.h"
 #include "foundation/StoredSettings.h"
+#include "import/readers/HelperConnection.h"
 #include "support/RecordingMessageBoxes.h"
 #include "system/EngineProcess.h"
 
@@ -40,13 +41,18 @@ protected:
         goLocalize = std::make_unique<cls_Localize>();
         ASSERT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
                                      QStringLiteral("ESN")));
-        console = std::make_unique<frmSMSClient>(ConsoleEnvironment{
-            [this] { return makeProxy(); }, modSMSClient::ReleaseGlobals,
-            [] {
-                const QDateTime now = QDateTime::currentDateTime();
-                return QDateTime(now.date(), now.time(), Qt::UTC);
-            },
-            ModeSettings(m_settings, queueFolder.path()), QLocale::c(), queueAccess});
+        console = std::make_unique<frmSMSClient>(
+            ConsoleEnvironment{[this] { return makeProxy(); },
+                               modSMSClient::ReleaseGlobals,
+                               [] {
+                                   const QDateTime now = QDateTime::currentDateTime();
+                                   return QDateTime(now.date(), now.time(), Qt::UTC);
+                               },
+                               ModeSettings(m_settings, queueFolder.path()),
+                               QLocale::c(),
+                               queueAccess,
+                               {},
+                               importing});
         console->Form_Load();
         console->show();
     }
@@ -83,6 +89,10 @@ protected:
     RecordingMessageBoxes boxes;
     const QTemporaryDir queueFolder;
     QueueAccess queueAccess;
+    ImportEnvironment importing{[] {
+        return std::make_unique<HelperConnection>(
+            QStringLiteral(NORVANE_BIN_DIR "/NorvaneSheetReader"));
+    }};
 
 private:
     IniStoredSettings m_settings;

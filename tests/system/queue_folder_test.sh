@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Two real consoles on one display, a client's and a server's, that share a queue folder and are
 # driven through their windows:
-#   queue_folder_test.sh BIN CASE
-# A failing step ends the script with an error.
+#   queue_folder_test.sh BIN CASE [PICTURES]
+# A failing step ends the script with an error. Pictures of the import dialog in both formats, which the
+# case "bulk" takes, go to the folder PICTURES, if one is named.
 set -euo pipefail
 
 bin=$1
 case=$2
+data=$(cd "$(dirname "$0")/../data/import" && pwd)
 name="queue_folder_test $case"
 # shellcheck source=tools/driving.sh
 source "$(dirname "$0")/../../tools/driving.sh"
@@ -21,6 +23,7 @@ fi
 
 sandbox=$QUEUE_SANDBOX
 queue=$sandbox/queue
+pictures=${3:-$sandbox}
 log=$sandbox/received.jsonl
 mkdir -p "$queue"
 : >"$log"
@@ -111,6 +114,41 @@ confirm_box() {
     await 10 gone "$1"
 }
 
+# open_import CONSOLE: sets dialog to the import dialog that the console's button brings up.
+open_import() {
+    local window
+    window=$(windows_of "$1" 'Norvane SMS - ' | tail -n 1)
+    activate "$window"
+    press "$window" 505 177
+    await 10 windows_of "$1" '^Importar n'
+    dialog=$(windows_of "$1" '^Importar n' | tail -n 1)
+    activate "$dialog"
+}
+
+# import_text CONSOLE FILE: by key alone, from the format over the path and the button beside it.
+import_text() {
+    open_import "$1"
+    xdotool key Tab
+    xdotool type --delay 15 "$2"
+    picture "$dialog" import-dialog-text.png
+    xdotool key Tab Tab space
+}
+
+# recipients COUNT: lines of a list, each of a number and a name.
+recipients() { awk "BEGIN { for (i = 0; i < $1; ++i) printf \"%d|N%d\\r\\n\", 600000000 + i, i }"; }
+
+# close_window WINDOW
+close_window() {
+    activate "$1"
+    xdotool key alt+F4
+}
+
+# picture WINDOW FILE
+picture() {
+    sleep 0.5 # lets the window draw itself, for the picture alone
+    import -window "$1" "$pictures/$2"
+}
+
 is_empty() { [[ -z $(ls -A "$1") ]]; }
 received() { (($(wc -l <"$log") >= $1)); }
 waiting() { (($(engine --queue | wc -l) == $1)); }
@@ -197,6 +235,53 @@ slow) # What a writer adds after the server has read its file is lost, and nothi
     await 10 waiting 2
     engine --queue | grep -q primero || fail "the first record is missing"
     engine --queue | grep -q cuarto || fail "the next file is missing"
+    ;;
+bulk) # A client's list becomes one file, and its first recipients get their texts from the server.
+    recipients 500 >"$sandbox/list.txt"
+    cp "$data/libreoffice.ods" "$sandbox/list.ods"
+    open_console client False "$queue"
+    client=$console
+    fill "$client" 1 'Hola %1'
+    import_text "$client" "$sandbox/list.txt"
+    confirm_box "$client"
+    [[ $(ls "$queue") == sms.0 ]] || fail "not one file: $(ls "$queue")"
+    (($(stat -c %s "$queue/sms.0") == 99500)) || fail "the file has another length"
+    (($(grep -o '6[0-9]\{8\} \{16\}[0-9]\{14\}Hola N[0-9]* ' "$queue/sms.0" | sort -u | wc -l) == 500)) ||
+        fail "not each recipient once"
+
+    # A sheet's numbers, from a file that is known by what it holds.
+    open_import "$client"
+    xdotool key Down Tab
+    xdotool type --delay 15 "$sandbox/list.ods"
+    xdotool key Tab Tab Tab Down # the path is left, the sheets are listed, the second field chosen
+    picture "$dialog" import-dialog-spreadsheet.png
+    xdotool key Tab Tab space
+    confirm_box "$client"
+    (($(stat -c %s "$queue/sms.1") == 398)) || fail "not two records from the sheet"
+
+    plug_in
+    open_console server True "$queue"
+    server=$console
+    await 15 is_empty "$queue"
+    fill "$server" 911111111 "Del servidor"
+    send "$server" 1 # starts the engine as well
+    await 20 received 5
+    head -n 5 "$log" | grep -c '"number":"60000000[0-9]","text":"Hola N[0-9]"' | grep -qx 5 ||
+        fail "other texts arrived: $(head -n 5 "$log")"
+    ;;
+stranded) # A failure leaves the dialog hidden, and the console ends all the same.
+    recipients 32768 >"$sandbox/list.txt"
+    open_console client False "$queue"
+    client=$console
+    fill "$client" 1 'Hola'
+    import_text "$client" "$sandbox/list.txt"
+    confirm_box "$client"
+    is_empty "$queue" || fail "something was queued"
+    [[ -z $(windows_of "$client" '^Importar n') ]] || fail "the dialog is still to be seen"
+    close_window "$(windows_of "$client" 'Norvane SMS - ' | tail -n 1)"
+    ended() { ! kill -0 "$client"; }
+    await 10 ended
+    wait "$client" || fail "the console ended with $?"
     ;;
 *)
     fail "no such case"

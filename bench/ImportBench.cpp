@@ -1,0 +1,244 @@
+// Import and bulk send: a list as text, a sheet in each format, and 30,000 recipients from the
+// console's button to the engine's count, each beside the least that it could take. Starts the
+// engine in a sandbox of its own; to be run under dbus-run-session.
+
+#include "console/MessageEdit.h"
+#include "console/frmSMSClient.h"
+#include "engine/SMSManagerProxy.h"
+#include "engine/contract/BusTypes.h"
+#include "foundation/Globals.h"
+#include "foundation/MessageBoxes.h"
+#include "foundation/StoredSettings.h"
+#include "foundation/ui/Application.h"
+#include "import/SheetFile.h"
+#include "import/frmImport.h"
+#include "import/readers/HelperConnection.h"
+
+#include <QDateEdit>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QTimer>
+
+#include <sys/resource.h>
+
+namespace {
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+void figure(const QString &what, double value, const char *unit)
+{
+    out() << what << ": " << QString::number(value, 'f', 2) << ' ' << unit << Qt::endl;
+}
+
+template <typename Action>
+double secondsOf(Action &&action)
+{
+    QElapsedTimer timer;
+    timer.start();
+    action();
+    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+}
+
+/// What this process has used of the processor: on a machine that others use as well, the figure
+/// that two runs can be compared by.
+double processorSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval &time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+double memoryMebibytes()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("%s can't be written", qPrintable(path));
+}
+
+QByteArray listOf(int lines)
+{
+    QByteArray text;
+    for (int i = 0; i < lines; ++i)
+        text += "600 " + QByteArray::number(1'000'000 + i) + "|Nombre " + QByteArray::number(i) +
+                "|Lisboa\r\n";
+    return text;
+}
+
+void measureText(const QString &path)
+{
+    constexpr int lines = 1'000'000;
+    write(path, listOf(lines));
+    figure(QStringLiteral("floor: the bytes of 1,000,000 lines"), secondsOf([&] {
+               QFile file(path);
+               if (!file.open(QIODevice::ReadOnly))
+                   qFatal("the list can't be read");
+               while (!file.read(65536).isEmpty()) {
+               }
+           }),
+           "s");
+    NumberedFiles files;
+    clsCollection recipients;
+    const double before = processorSeconds();
+    figure(QStringLiteral("a text of 1,000,000 lines, without duplicates"),
+           secondsOf([&] { readTextRecipients(files, path, Duplicates::Remove, recipients); }),
+           "s");
+    figure(QStringLiteral("of it on the processor"), processorSeconds() - before, "s");
+    figure(QStringLiteral("memory of the process then"), memoryMebibytes(), "MiB");
+    if (recipients.getCount() != lines)
+        qFatal("%d items", recipients.getCount());
+}
+
+void measureSheet(const QString &what, const QString &path)
+{
+    figure(QStringLiteral("floor: the bytes of ") + what, secondsOf([&] {
+               QFile file(path);
+               if (!file.open(QIODevice::ReadOnly))
+                   qFatal("%s can't be read", qPrintable(path));
+               file.readAll();
+           }),
+           "s");
+    clsCollection recipients;
+    figure(what + QStringLiteral(", opened and read"), secondsOf([&] {
+               HelperConnection connection(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSheetReader"));
+               connection.open(path);
+               const QString sheet = connection.sheets().first();
+               const QString field = connection.describe(sheet).fields.first();
+               readSheetRecipients(connection, sheet, field, Duplicates::Remove, recipients);
+           }),
+           "s");
+    out() << "  recipients: " << recipients.getCount() << Qt::endl;
+}
+
+void measureSheets(const QTemporaryDir &folder)
+{
+    constexpr int rows = 60'000;
+    QByteArray xlsx = "<row><c t=\"inlineStr\"><is><t>Num</t></is></c></row>";
+    QByteArray ods = "<t:table-row><t:table-cell o:value-type=\"string\"><x:p>Num</x:p>"
+                     "</t:table-cell></t:table-row>";
+    for (int i = 0; i < rows; ++i) {
+        const QByteArray number = QByteArray::number(600'000'000 + i);
+        xlsx += "<row><c><v>" + number + "</v></c></row>";
+        ods += "<t:table-row><t:table-cell o:value-type=\"float\" o:value=\"" + number +
+               "\"><x:p>" + number + "</x:p></t:table-cell></t:table-row>";
+    }
+    const QString path = folder.filePath(QStringLiteral("book"));
+    write(path, xlsxOf(xlsx));
+    measureSheet(QStringLiteral("an .xlsx of 60,000 rows"), path);
+    write(path, odsOf(ods));
+    measureSheet(QStringLiteral("an .ods of 60,000 rows"), path);
+    // The kind that can't be laid out by a few lines: made by tests/data/import/sixty-thousand.pl.
+    const QString xls = qEnvironmentVariable("NORVANE_BENCH_XLS");
+    if (!xls.isEmpty())
+        measureSheet(QStringLiteral("an .xls of 60,000 rows"), xls);
+}
+
+void measureTransaction(const QString &path, int rows)
+{
+    figure(QStringLiteral("floor: one transaction of 30,000 rows"), secondsOf([&] {
+               QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+               database.setDatabaseName(path);
+               database.open();
+               QSqlQuery query(database);
+               query.exec(QStringLiteral("PRAGMA journal_mode=WAL"));
+               query.exec(QStringLiteral("PRAGMA synchronous=FULL"));
+               query.exec(QStringLiteral("CREATE TABLE t (phone TEXT, message TEXT, date TEXT)"));
+               database.transaction();
+               query.prepare(QStringLiteral("INSERT INTO t VALUES (?, ?, ?)"));
+               for (int i = 0; i < rows; ++i) {
+                   query.addBindValue(QString::number(600'000'000 + i));
+                   query.addBindValue(QStringLiteral("Su pedido %1 esta listo.").arg(i));
+                   query.addBindValue(QStringLiteral("2100-01-01T00:00:00"));
+                   query.exec();
+               }
+               database.commit();
+           }),
+           "s");
+}
+
+/// Answers every box at once.
+class NoBoxes : public MessageBoxes
+{
+public:
+    Answer show(const QString &text, Icon icon, Buttons, const QString &) override
+    {
+        if (icon != Icon::Information)
+            qFatal("%s", qPrintable(text));
+        return Answer::Ok;
+    }
+};
+
+void measureBulkSend(const QTemporaryDir &folder)
+{
+    constexpr int count = 30'000;
+    const QString list = folder.filePath(QStringLiteral("list.txt"));
+    write(list, listOf(count));
+    measureTransaction(folder.filePath(QStringLiteral("floor.sqlite")), count);
+
+    NoBoxes boxes;
+    installMessageBoxes(&boxes);
+    goLocalize = std::make_unique<cls_Localize>();
+    goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
+                     QStringLiteral("ESN"));
+    IniStoredSettings settings;
+    settings.save(QStringLiteral("Norvane"), QStringLiteral("SMS"), QStringLiteral("ServerMode"),
+                  QStringLiteral("True"));
+    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(),
+                                   QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"),
+                                   Bus::CallTimeout);
+    frmSMSClient console({[&] { return std::make_unique<SMSManagerProxy>(launcher); }, [] {},
+                          [] { return QDateTime(QDate(2100, 1, 1), QTime(0, 0), Qt::UTC); },
+                          ModeSettings(settings, folder.path()), QLocale::c()});
+    console.Form_Load();
+    console.show();
+    console.findChild<MessageEdit *>(QStringLiteral("txtMessage"))
+        ->setText(QStringLiteral("Su pedido %1 esta listo."));
+    SMSManagerProxy other(launcher);
+    QElapsedTimer timer;
+    QTimer::singleShot(0, &console, [&] {
+        auto *const form = console.findChild<frmImport *>();
+        form->findChild<QLineEdit *>(QStringLiteral("txtFilePath"))->setText(list);
+        timer.start();
+        form->findChild<QPushButton *>(QStringLiteral("btnImport"))->click();
+    });
+    console.findChild<QPushButton *>(QStringLiteral("btnImport"))->click();
+    if (other.GetQueueSize() != count)
+        qFatal("%d messages", other.GetQueueSize());
+    figure(QStringLiteral("a bulk send of 30,000, from the dialog's button to the queue's count"),
+           static_cast<double>(timer.nsecsElapsed()) / 1e9, "s");
+    console.close();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir sandbox;
+    for (const char *variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+        qputenv(variable, QFile::encodeName(sandbox.filePath(QLatin1String(variable))));
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const Application application(argc, argv);
+    measureText(sandbox.filePath(QStringLiteral("list.txt")));
+    measureSheets(sandbox);
+    measureBulkSend(sandbox);
+    return 0; // the engine ends with its bus
+}

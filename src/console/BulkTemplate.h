@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// `message` with every "%" and number replaced by the field of that number. The fields are taken
+/// in rising order, each over the text that the ones before it have left: what a field brings in is
+/// replaced as well, and "%10" is field 1 and a "0". A number that no field has stays.
+QString FillTemplate(QString message, const QStringList &fields);

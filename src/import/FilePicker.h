@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+/// The way to the dialog in which the operator picks a file. A test puts its own in its place.
+class FilePicker
+{
+public:
+    enum class Purpose { Open, Save };
+    struct Request
+    {
+        QWidget *owner = nullptr;
+        quint32 flags = 0;
+        QString path; ///< the name that the dialog begins with
+        QString defaultExtension;
+        QString title;
+        QString filter; ///< labels and patterns in turn, each behind a "|"
+        QString initialFolder;
+        Purpose purpose = Purpose::Open;
+    };
+    struct Outcome
+    {
+        bool confirmed = false;
+        QString path;
+        quint32 errorCode = 0; ///< why the dialog failed; 0 when it was confirmed or cancelled
+    };
+
+    FilePicker() = default;
+    FilePicker(const FilePicker &) = delete;
+    FilePicker &operator=(const FilePicker &) = delete;
+    virtual ~FilePicker() = default;
+
+    virtual Outcome pick(const Request &request) = 0;
+
+    /// Bits of Request::flags.
+    enum Flag : quint32 { PathMustExist = 0x800, FileMustExist = 0x1000 };
+    /// Longest path that a picker gives, with the character that ends it.
+    static constexpr qsizetype BufferLength = 260;
+    static constexpr quint32 BufferTooSmall = 0x3003;
+};
+
+/// The toolkit's dialog.
+FilePicker &toolkitFilePicker();
+
+/// The labels and patterns of a filter as the toolkit's dialog takes them.
+QStringList toolkitFilters(const QString &filter);

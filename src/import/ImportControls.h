@@ -1,0 +1,37 @@
+#pragma once
+
+class CaptionedFrame;
+class PictureButton;
+class QCheckBox;
+class QComboBox;
+class QGridLayout;
+class QLabel;
+class QLineEdit;
+class QWidget;
+
+/// The controls of the import dialog. Each bears its own name as objectName.
+struct ImportControls
+{
+    /// Makes all controls in `form`, in their tab order.
+    explicit ImportControls(QWidget *form);
+
+    QComboBox *cboFileFormat;
+    QLineEdit *txtFilePath;
+    PictureButton *btnOpen;
+    CaptionedFrame *fraExcel;
+    QComboBox *cboSheet;
+    QComboBox *cboField;
+    QLineEdit *txtRecords;
+    PictureButton *btnImport;
+    QLabel *lblFileFormat;
+    QLabel *lblFilePath;
+    QLabel *lblRecords;
+    QLabel *lblField;
+    QLabel *lblSheet;
+    QCheckBox *chkDeleteDuplicated;
+
+private:
+    void setUp();
+    void layOut(QWidget *form);
+    QGridLayout *sheetLayout();
+};

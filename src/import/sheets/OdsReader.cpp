@@ -1,0 +1,241 @@
+#include "import/sheets/OdsReader.h"
+
+#include "import/sheets/CellText.h"
+
+#include <QDateTime>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+/// Reads the part with the cells. Names are taken without their namespace: no other element of a
+/// sheet shares one of these.
+class ContentReader
+{
+public:
+    explicit ContentReader(const QByteArray &content) : m_xml(content) {}
+
+    std::vector<SheetTable> read()
+    {
+        while (!m_xml.atEnd()) {
+            m_xml.readNext();
+            if (!m_xml.isStartElement())
+                continue;
+            if (is(u"table"))
+                readTable();
+            else if (!is(u"document-content") && !is(u"body") && !is(u"spreadsheet"))
+                m_xml.skipCurrentElement();
+        }
+        checkXml(m_xml);
+        return std::move(m_tables);
+    }
+
+private:
+    bool is(QStringView name) const { return m_xml.name() == name; }
+
+    QString attribute(QStringView name) const
+    {
+        for (const QXmlStreamAttribute &candidate : m_xml.attributes()) {
+            if (candidate.name() == name && !isExtension(candidate))
+                return candidate.value().toString();
+        }
+        return {};
+    }
+
+    /// Whether an attribute is one that an office suite adds to the format's own.
+    static bool isExtension(const QXmlStreamAttribute &attribute)
+    {
+        return attribute.namespaceUri().contains(QLatin1String("calcext"));
+    }
+
+    /// Whether the present cell holds an error. The format has none: one program has a type of its
+    /// own for them, and another leaves the error's word as the result of the formula.
+    bool holdsAnError() const
+    {
+        static const QStringList words{QStringLiteral("#NULL!"),  QStringLiteral("#DIV/0!"),
+                                       QStringLiteral("#VALUE!"), QStringLiteral("#REF!"),
+                                       QStringLiteral("#NAME?"),  QStringLiteral("#NUM!"),
+                                       QStringLiteral("#N/A")};
+        const bool hasType = std::ranges::any_of(m_xml.attributes(), [](const auto &candidate) {
+            return candidate.name() == u"value-type" && candidate.value() == u"error";
+        });
+        return hasType ||
+               (!attribute(u"formula").isEmpty() && words.contains(attribute(u"string-value")));
+    }
+
+    qint32 repetitions(QStringView name) const
+    {
+        bool isNumber = false;
+        const qint32 count = attribute(name).toInt(&isNumber);
+        return isNumber && count > 0 ? count : 1;
+    }
+
+    void readTable()
+    {
+        m_tables.emplace_back(attribute(u"name"), m_budget);
+        m_row = 0;
+        readRows();
+        m_tables.back().finish();
+    }
+
+    void readRows()
+    {
+        while (m_xml.readNextStartElement()) {
+            if (is(u"table-row"))
+                readRow();
+            else if (is(u"table-row-group") || is(u"table-header-rows") || is(u"table-rows"))
+                readRows();
+            else
+                m_xml.skipCurrentElement();
+        }
+    }
+
+    void readRow()
+    {
+        const qint32 count = repetitions(u"number-rows-repeated");
+        qint64 column = 0;
+        while (m_xml.readNextStartElement()) {
+            if (!is(u"table-cell") && !is(u"covered-table-cell")) {
+                m_xml.skipCurrentElement();
+                continue;
+            }
+            const qint32 width = repetitions(u"number-columns-repeated");
+            const QString value = readValue();
+            if (!value.isNull())
+                putAll(value, column, width, count);
+            column += width;
+        }
+        m_row += count;
+    }
+
+    void putAll(const QString &value, qint64 column, qint32 width, qint32 height)
+    {
+        for (qint64 row = m_row; row < m_row + height; ++row) {
+            for (qint64 i = column; i < column + width; ++i)
+                m_tables.back().set(
+                    static_cast<qint32>(qMin<qint64>(row, SheetTable::LastRow + 1)),
+                    static_cast<qint32>(qMin<qint64>(i, SheetTable::LastColumn + 1)), value);
+        }
+    }
+
+    QString readValue()
+    {
+        const bool isError = holdsAnError();
+        const QString type = attribute(u"value-type");
+        const QString stored = storedValue(type);
+        const QString paragraphs = readParagraphs();
+        if (isError || type.isEmpty())
+            return {};
+        if (type == u"string" && stored.isNull())
+            return paragraphs;
+        return stored;
+    }
+
+    QString storedValue(const QString &type) const
+    {
+        if (type == u"float" || type == u"percentage" || type == u"currency")
+            return numberOf(attribute(u"value"));
+        if (type == u"boolean")
+            return CellText::ofBoolean(attribute(u"boolean-value") == u"true");
+        if (type == u"date")
+            return dateOf(attribute(u"date-value"));
+        if (type == u"time")
+            return timeOf(attribute(u"time-value"));
+        return type == u"string" ? attribute(u"string-value") : QString();
+    }
+
+    static QString numberOf(const QString &value)
+    {
+        bool isNumber = false;
+        const double number = value.toDouble(&isNumber);
+        return isNumber ? CellText::ofNumber(number) : QString();
+    }
+
+    static QString dateOf(const QString &value)
+    {
+        const QDateTime moment = QDateTime::fromString(value.left(19), Qt::ISODate);
+        const QTime time = moment.time();
+        const QDate date = moment.date();
+        return CellText::ofDateTime(date.year(), date.month(), date.day(), time.hour(),
+                                    time.minute(), time.second());
+    }
+
+    /// The seconds may have a fraction, and be a hair's breadth below a whole number.
+    static QString timeOf(const QString &value)
+    {
+        static const QRegularExpression duration(
+            QStringLiteral("^PT(\\d{1,6})H(\\d{1,2})M(\\d{1,2}(?:\\.\\d*)?)S$"));
+        const QRegularExpressionMatch match = duration.match(QString(value).replace(u',', u'.'));
+        if (!match.hasMatch())
+            return {};
+        const qint64 seconds = match.captured(1).toLongLong() * 3600 +
+                               match.captured(2).toLongLong() * 60 +
+                               std::llround(match.captured(3).toDouble());
+        const auto twoDigits = [](qint64 number) {
+            return QString::number(number).rightJustified(2, u'0');
+        };
+        return twoDigits(seconds / 3600) + u':' + twoDigits(seconds / 60 % 60) + u':' +
+               twoDigits(seconds % 60);
+    }
+
+    /// The cell's paragraphs, a line each; null if it has none. Notes and drawings aren't of them.
+    QString readParagraphs()
+    {
+        QString text;
+        while (m_xml.readNextStartElement()) {
+            if (!is(u"p")) {
+                m_xml.skipCurrentElement();
+                continue;
+            }
+            text += text.isNull() ? u""_qs : u"\n"_qs;
+            text += readRuns();
+        }
+        return text;
+    }
+
+    QString readRuns()
+    {
+        QString text = u""_qs;
+        for (int depth = 1; depth > 0 && !m_xml.atEnd();) {
+            m_xml.readNext();
+            if (m_xml.isCharacters()) {
+                text += m_xml.text();
+            } else if (m_xml.isEndElement()) {
+                --depth;
+            } else if (m_xml.isStartElement() && is(u"annotation")) {
+                m_xml.skipCurrentElement();
+            } else if (m_xml.isStartElement()) {
+                ++depth;
+                text += blanksOf();
+            }
+        }
+        return text;
+    }
+
+    /// What an element of a text stands for by itself.
+    QString blanksOf() const
+    {
+        constexpr qint32 most = 32767;
+        if (is(u"s"))
+            return QString(qMin(repetitions(u"c"), most), u' ');
+        if (is(u"tab"))
+            return u"\t"_qs;
+        return is(u"line-break") ? u"\n"_qs : QString();
+    }
+
+    QXmlStreamReader m_xml;
+    CellBudget m_budget;
+    std::vector<SheetTable> m_tables;
+    qint64 m_row = 0;
+};
+
+} // namespace
+
+std::vector<SheetTable> readOds(const PackageParts &parts)
+{
+    if (parts.part(QStringLiteral("META-INF/manifest.xml")).contains("encryption-data"))
+        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
+    return ContentReader(parts.part(QStringLiteral("content.xml"))).read();
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "import/sheets/BiffRecords.h"
+#include "import/sheets/SheetTable.h"
+
+#include <QList>
+#include <QStringList>
+
+/// What the cells of all sheets of a workbook refer to.
+struct XlsGlobals
+{
+    bool isVersion8 = true;
+    bool from1904 = false;
+    QStringList sharedStrings;
+    QList<bool> isDate; ///< by cell format
+};
+
+/// Puts the cells of the sheet that begins at `offset` of the workbook's stream into `table`.
+void readXlsSheet(const QByteArray &stream, qsizetype offset, const XlsGlobals &globals,
+                  SheetTable &table);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "FuzzTarget.h"
+#include "foundation/NumberedFailure.h"
+#include "import/sheets/SheetTable.h"
+
+#include <vector>
+
+/// Runs `read`, which gives the sheets of a fuzzed workbook or fails with a numbered failure, and
+/// looks at what it gives.
+template <typename Read>
+void expectSheetsOrAFailure(Read &&read)
+{
+    try {
+        const std::vector<SheetTable> sheets = read();
+        for (const SheetTable &sheet : sheets) {
+            expectThat(sheet.rows() >= 0 && sheet.rows() <= SheetTable::LastRow,
+                       "rows are within the sheet");
+            expectThat(sheet.fields().size() <= SheetTable::LastColumn + 1,
+                       "fields are within the sheet");
+            for (const QString &field : sheet.fields())
+                expectThat(sheet.fieldIndex(field).has_value(), "a field is found by its name");
+            if (sheet.rows() > 0)
+                static_cast<void>(sheet.value(sheet.rows() - 1, 0));
+        }
+    } catch (const NumberedFailure &failure) {
+        expectThat(!failure.description().isEmpty(), "a failure says what is wrong");
+    }
+}

@@ -1,0 +1,269 @@
+#include "import/ImportDialogFixture.h"
+
+using S = QStringList;
+
+TEST_F(ImportDialog, theFocusLeavesThePathBeforeTheImportActs)
+{
+    const QString path = write("x");
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        type(path);
+        control<QComboBox>("cboSheet")->setFocus();
+        choose("cboSheet", u"Dos"_qs);
+        EXPECT_EQ(entries("cboField"), S{u"Tel"_qs});
+        control<QLineEdit>("txtFilePath")->setFocus();
+        script.calls.clear();
+        click("btnImport");
+    }));
+    EXPECT_EQ(script.calls, (S{u"new"_qs, u"release"_qs, u"open(%1)"_qs.arg(path),
+                               u"describe(Uno)"_qs, u"rows(Uno)"_qs}));
+    EXPECT_EQ(imported(), (S{u"1"_qs, u"2"_qs}));
+}
+
+TEST_F(ImportDialog, aSpreadsheetThatWasNeverOpenedGivesTheReadersBox)
+{
+    const QString path = write("x");
+    EXPECT_TRUE(showAnd([&] {
+        type(path);
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        chooseSpreadsheet();
+        click("btnImport");
+    }));
+    EXPECT_EQ(boxes.shown, Boxes{box(u"91 - Object variable or With block variable not set"_qs)});
+    EXPECT_TRUE(imported().isEmpty());
+    EXPECT_FALSE(stayedOpen);
+}
+
+TEST_F(ImportDialog, aSpreadsheetThatIsPickedIsOpened)
+{
+    showAnd([&] {
+        chooseSpreadsheet();
+        picker.outcome = {true, u"/a/book.xls"_qs, 0};
+        click("btnOpen");
+        EXPECT_EQ(text("txtFilePath"), u"/a/book.xls"_qs);
+        EXPECT_EQ(entries("cboSheet"), (S{u"Uno"_qs, u"Dos"_qs, u"Vacio"_qs}));
+        EXPECT_EQ(entries("cboField"), (S{u"Num"_qs, u"Otro"_qs}));
+        EXPECT_EQ(control<QComboBox>("cboField")->currentText(), u"Num"_qs);
+        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+        picker.outcome = {};
+        click("btnOpen");
+        EXPECT_EQ(text("txtFilePath"), u"/a/book.xls"_qs) << "cancelling changes nothing";
+        EXPECT_EQ(entries("cboSheet").size(), 3);
+    });
+}
+
+TEST_F(ImportDialog, blankAndNullCellsAreSkipped)
+{
+    script.sheets = {{u"Uno"_qs,
+                      {u"Num"_qs},
+                      {{{}}, {u" - "_qs}, {u"912 345-678"_qs}, {u"912345678"_qs}, {u""_qs}}}};
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        control<QCheckBox>("chkDeleteDuplicated")->setChecked(false);
+        type(write("x"));
+        click("btnImport");
+    }));
+    EXPECT_EQ(imported(), (S{u"912345678"_qs, u"912345678"_qs}));
+    EXPECT_TRUE(dialog->ImportData().itemExists(u"K3"_qs));
+    EXPECT_TRUE(dialog->ImportData().itemExists(u"K4"_qs));
+}
+
+TEST_F(ImportDialog, aFieldThatIsTypedWrongEndsAtTheFirstRow)
+{
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QComboBox>("cboField")->setFocus();
+        control<QComboBox>("cboField")->setEditText(u"Nada"_qs);
+        click("btnImport");
+    }));
+    EXPECT_EQ(boxes.shown, Boxes{box(u"3265 - Item cannot be found in the collection "
+                                     u"corresponding to the requested name or ordinal."_qs)});
+    EXPECT_TRUE(imported().isEmpty());
+}
+
+TEST_F(ImportDialog, sheetAndFieldMayBeTyped)
+{
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QComboBox>("cboSheet")->setFocus();
+        control<QComboBox>("cboSheet")->setEditText(u"Dos"_qs);
+        control<QComboBox>("cboField")->setEditText(u"Tel"_qs);
+        click("btnImport");
+    }));
+    EXPECT_EQ(imported(), S{u"3"_qs});
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(ImportDialog, anEmptySheetShowsTheFormerOnesFields)
+{
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        choose("cboSheet", u"Vacio"_qs);
+        EXPECT_EQ(entries("cboField"), (S{u"Num"_qs, u"Otro"_qs}));
+        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+    });
+    EXPECT_EQ(boxes.shown,
+              Boxes{box(u"3021 - Either BOF or EOF is True, or the current record has been "
+                        u"deleted. Requested operation requires a current record."_qs)});
+}
+
+TEST_F(ImportDialog, aRowThatFailsKeepsTheRowsBeforeIt)
+{
+    script.inRow = [](qint32 row) {
+        if (row == 2)
+            throw NumberedFailure(-2147467259, u"Sheet"_qs, u"broken"_qs);
+    };
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        click("btnImport");
+    }));
+    EXPECT_EQ(boxes.shown, Boxes{box(u"-2147467259 - broken"_qs)});
+    EXPECT_EQ(imported(), S{u"1"_qs});
+}
+
+TEST_F(ImportDialog, aWorkbookThatDoesNotOpenIsToldByItsNumberOrItsErrors)
+{
+    const QString path = write("x");
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(path);
+        click("btnOpen");
+        script.failsToOpen = NumberedFailure(70, u"Sheet"_qs, u"Permission denied"_qs);
+        type(path);
+        click("btnOpen");
+        EXPECT_EQ(boxes.shown, Boxes{box(u"70-Permission denied"_qs)});
+
+        boxes.shown.clear();
+        script.failsToOpen = NumberedFailure(-2147467259, u"Sheet"_qs, u"all"_qs);
+        script.errors = {u"one"_qs, u"two"_qs};
+        type(path);
+        click("btnOpen");
+        EXPECT_EQ(boxes.shown, (Boxes{box(u"one"_qs), box(u"two"_qs)}));
+        EXPECT_EQ(entries("cboSheet").size(), 3) << "the lists keep what they had";
+
+        boxes.shown.clear();
+        click("btnImport");
+    });
+    EXPECT_EQ(boxes.shown,
+              Boxes{box(u"3704 - Operation is not allowed when the object is closed."_qs)});
+}
+
+TEST_F(ImportDialog, blanksAroundASpreadsheetsPathAreTrimmed)
+{
+    const QString path = write("x", u" book "_qs);
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(path);
+        click("btnOpen");
+        EXPECT_TRUE(script.calls.contains(u"open(%1)"_qs.arg(path.chopped(1))));
+        EXPECT_EQ(text("txtFilePath"), path);
+    });
+}
+
+TEST_F(ImportDialog, unloadingClosesTheConnection)
+{
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        click("btnOpen");
+    });
+    script.calls.clear();
+    dialog.reset();
+    EXPECT_EQ(script.calls, (S{u"close"_qs, u"release"_qs}));
+}
+
+TEST_F(ImportDialog, thePathIsOpenedAnewWheneverTheFocusLeavesIt)
+{
+    const QString path = write("x");
+    showAnd([&] {
+        chooseSpreadsheet();
+        for (int i = 0; i < 2; ++i) {
+            type(path);
+            control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        }
+    });
+    EXPECT_EQ(script.calls.count(u"open(%1)"_qs.arg(path)), 2);
+    // A connection is replaced without being closed.
+    EXPECT_EQ(script.calls.count(u"close"_qs), 0);
+    EXPECT_EQ(script.calls.count(u"release"_qs), 1);
+}
+
+TEST_F(ImportDialog, blanksInFrontOfASpreadsheetsPathAreTrimmed)
+{
+    showAnd([&] {
+        chooseSpreadsheet();
+        picker.outcome = {true, u"  /a/my book.xls "_qs, 0};
+        click("btnOpen");
+        EXPECT_TRUE(script.calls.contains(u"open(/a/my book.xls)"_qs));
+        EXPECT_EQ(text("txtFilePath"), u"  /a/my book.xls "_qs);
+    });
+}
+
+TEST_F(ImportDialog, theFirstOfASheetsEqualNumbersStays)
+{
+    script.sheets = {{u"Uno"_qs, {u"Num"_qs}, {{u"912 345-678"_qs}, {u"7"_qs}, {u"912345678"_qs}}}};
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        click("btnImport");
+    }));
+    EXPECT_EQ(imported(), (S{u"912345678"_qs, u"7"_qs}));
+    EXPECT_TRUE(dialog->ImportData().itemExists(u"912345678"_qs));
+}
+
+TEST_F(ImportDialog, aFirstSheetWithoutRecordsLeavesNoFields)
+{
+    script.sheets.move(2, 0);
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        click("btnOpen");
+        EXPECT_EQ(entries("cboSheet"), (S{u"Vacio"_qs, u"Uno"_qs, u"Dos"_qs}));
+        EXPECT_EQ(entries("cboField"), S());
+        EXPECT_EQ(text("txtRecords"), QString());
+    });
+    EXPECT_EQ(boxes.shown.size(), 1);
+}
+
+TEST_F(ImportDialog, aWorkbookWithoutSheetsListsNothing)
+{
+    script.sheets.clear();
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        click("btnOpen");
+        EXPECT_EQ(entries("cboSheet"), S());
+    });
+    EXPECT_TRUE(boxes.shown.isEmpty());
+    EXPECT_FALSE(script.calls.contains(u"describe()"_qs));
+}
+
+TEST_F(ImportDialog, aFailureNumberedZeroIsToldByTheConnectionsErrors)
+{
+    script.failsToOpen = NumberedFailure(0, u"Sheet"_qs, u"zero"_qs);
+    script.errors = {u"one"_qs};
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        click("btnOpen");
+    });
+    EXPECT_EQ(boxes.shown, Boxes{box(u"one"_qs)});
+}
+
+TEST_F(ImportDialog, aSheetThatIsGoneKeepsTheFieldsOfTheFormerOne)
+{
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        script.sheets.removeLast();
+        choose("cboSheet", u"Vacio"_qs);
+        EXPECT_EQ(entries("cboField"), (S{u"Num"_qs, u"Otro"_qs}));
+        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+    });
+    EXPECT_EQ(boxes.shown, Boxes{box(u"-2147217865 - There is no sheet 'Vacio' in this file."_qs)});
+}
