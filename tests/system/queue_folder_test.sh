@@ -2,8 +2,8 @@
 # Two real consoles on one display, a client's and a server's, that share a queue folder and are
 # driven through their windows:
 #   queue_folder_test.sh BIN CASE [PICTURES]
-# A failing step ends the script with an error. Pictures of the import dialog in both formats, which the
-# case "bulk" takes, go to the folder PICTURES, if one is named.
+# A failing step ends the script with an error. Pictures go to the folder PICTURES, if one is named: of
+# the import dialog in both formats ("bulk"), of a client ("exchange"), of a stopped server ("missing").
 set -euo pipefail
 
 bin=$1
@@ -175,6 +175,7 @@ exchange) # What the client sends twice reaches the server's device twice, withi
     send "$server" 1 # starts the engine as well
     await 20 received 1
     fill "$client" 912345678 "Hola desde el cliente"
+    picture "$(windows_of "$client" 'Norvane SMS - ' | tail -n 1)" console-client.png
     for sends in 2 3; do
         send "$client" 1
         begun=$EPOCHREALTIME
@@ -208,6 +209,7 @@ missing) # A client without its folder shows one box and writes nothing; a serve
     send "$client" 1
     await 15 is_empty "$sandbox/share"
     await 10 waiting 2
+    picture "$(windows_of "$console" 'Norvane SMS - ' | tail -n 1)" console-waiting.png
     ;;
 many) # Thousands of files in one tick, and a client that goes on writing meanwhile.
     for number in $(seq 0 1999); do

@@ -1,0 +1,121 @@
+#include "docs/Markdown.h"
+
+#include "foundation/RowsetReader.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ostream>
+
+namespace {
+
+struct Guide
+{
+    const char *document;
+    const char *language; ///< of the captions
+};
+
+void PrintTo(const Guide &guide, std::ostream *out)
+{
+    *out << guide.document;
+}
+
+/// The console has no English texts: that guide names the Spanish ones.
+const Guide Guides[] = {
+    {"docs/guia-es.md", "ESN"}, {"docs/guia-pt.md", "PTG"}, {"docs/guide-en.md", "ESN"}};
+
+/// What the windows show without a language file.
+const QStringList FixedTexts{u"Modo de funcionamento"_qs,
+                             u"Servidor"_qs,
+                             u"Cliente"_qs,
+                             u"Pasta envio:"_qs,
+                             u"Estado"_qs,
+                             u"Physical/Virtual Serial port"_qs,
+                             u"Infrared"_qs,
+                             u"Bluetooth"_qs,
+                             u"AT Command"_qs,
+                             u"Nokia FBus"_qs,
+                             u"Nokia MBus"_qs,
+                             u"Localização da pasta de envio de SMS"_qs};
+
+/// Captions of the three windows, which each guide has to name.
+QList<int> captionIds()
+{
+    QList<int> ids{14, 16, 3760011, 3760012, 3760035, 3760090};
+    for (int id = 3760001; id <= 3760009; ++id)
+        ids.append(id);
+    for (int id = 3760036; id <= 3760040; ++id)
+        ids.append(id);
+    for (int id = 3760042; id <= 3760049; ++id)
+        ids.append(id);
+    return ids + QList<int>{3760055, 3760056};
+}
+
+QMap<int, QString> textsOf(const char *language)
+{
+    QFile file(
+        QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_%1.XML").arg(QLatin1String(language)));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QMap<int, QString> texts;
+    EXPECT_TRUE(RowsetReader::read(file.readAll(), {u"ResID"_qs, u"ResSTring"_qs},
+                                   [&](const QStringList &values) {
+                                       texts.insert(values.at(0).toInt(), values.at(1));
+                                       return true;
+                                   }));
+    texts.remove(0); // the title of the boxes: a placeholder alone
+    return texts;
+}
+
+/// What `text` looks like on the screen, with anything for its arguments.
+QRegularExpression shown(const QString &text)
+{
+    static const QRegularExpression argument(u"%[0-9]"_qs);
+    QString plain = text;
+    plain = plain.replace(u"{\\CrLf}"_qs, u" "_qs).simplified();
+    QStringList pieces = plain.split(argument);
+    for (QString &piece : pieces)
+        piece = QRegularExpression::escape(piece);
+    return QRegularExpression(u"\\A"_qs + pieces.join(u".*"_qs) + u"(?: \\( [0-9]+ \\))?\\z"_qs);
+}
+
+class Captions : public testing::TestWithParam<Guide>
+{
+protected:
+    const QStringList m_bold =
+        Markdown::boldTexts(Markdown::textOf(QLatin1String(GetParam().document)));
+    const QMap<int, QString> m_texts = textsOf(GetParam().language);
+};
+
+TEST_P(Captions, whatAGuideSetsInBoldIsATextOfTheConsole)
+{
+    EXPECT_GT(m_bold.size(), 40);
+    for (const QString &bold : m_bold) {
+        const bool known = FixedTexts.contains(bold) ||
+                           std::any_of(m_texts.cbegin(), m_texts.cend(), [&](const QString &text) {
+                               return shown(text).match(bold).hasMatch();
+                           });
+        EXPECT_TRUE(known) << qPrintable(bold);
+    }
+}
+
+TEST_P(Captions, aGuideNamesEveryCaption)
+{
+    for (const int id : captionIds()) {
+        ASSERT_TRUE(m_texts.contains(id)) << id;
+        EXPECT_TRUE(m_bold.contains(m_texts.value(id))) << id << qPrintable(m_texts.value(id));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Guides, Captions, testing::ValuesIn(Guides), [](const auto &guide) {
+    return QFileInfo(QLatin1String(guide.param.document))
+        .completeBaseName()
+        .remove(u'-')
+        .toStdString();
+});
+
+} // namespace
