@@ -34,7 +34,6 @@ fi
 start_window_manager "$demo/window-manager.out"
 "${open_console[@]}" &
 console=$!
-started+=("$console")
 
 await 20 xdotool search --onlyvisible --pid "$console" --name "Norvane SMS"
 window=$(xdotool search --onlyvisible --pid "$console" --name "Norvane SMS" | tail -n 1)
