@@ -88,6 +88,23 @@ INSTANTIATE_TEST_SUITE_P(Spreadsheets, KindsOfCells,
                                            "kinds-gnumeric.xlsx", "kinds-gnumeric.ods",
                                            "kinds-libreoffice.xls", "kinds-libreoffice.ods"));
 
+class WithCharts : public Spreadsheets, public ::testing::WithParamInterface<const char *>
+{};
+
+TEST_P(WithCharts, sheetsThatAreChartsAreLeftOutAndChartsOnASheetPassedOver)
+{
+    connection.open(QStringLiteral(NORVANE_TEST_DATA "/import/") + QLatin1String(GetParam()));
+    EXPECT_EQ(connection.sheets(), (S{u"Ventas"_qs, u"Clientes"_qs}));
+    const QString sales = u"Ventas"_qs;
+    EXPECT_EQ(connection.describe(sales),
+              (SpreadsheetConnection::Table{{u"Teléfono"_qs, u"Importe"_qs}, 4}));
+    EXPECT_EQ(values(sales, u"Teléfono"_qs),
+              (S{u"600000001"_qs, u"600000002"_qs, u"600000003"_qs, u"600000009"_qs}));
+    EXPECT_EQ(values(sales, u"Importe"_qs), (S{u"10"_qs, u"20"_qs, u"30"_qs, u"(null)"_qs}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Spreadsheets, WithCharts, ::testing::Values("charts.xls", "charts.xlsx"));
+
 TEST_F(Spreadsheets, cellsOfEveryKindInAnXlsx)
 {
     openBytes(

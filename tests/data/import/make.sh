@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Makes the spreadsheets of this folder anew, by three programs of Debian:
-# libspreadsheet-writeexcel-perl, gnumeric (ssconvert), libreoffice-calc-nogui (soffice) with
-# python3-uno.
+# Makes the spreadsheets of this folder anew, by four programs of Debian:
+# libspreadsheet-writeexcel-perl, libexcel-writer-xlsx-perl, gnumeric (ssconvert),
+# libreoffice-calc-nogui (soffice) with python3-uno.
 # They are kept, so that the tests need none of these.
 set -euo pipefail
 cd "$(dirname "$0")"
 
 perl recipients.pl perl.xls
+perl charts.pl charts.xls
+perl charts.pl charts.xlsx
 
 ssconvert -T Gnumeric_Excel:excel_biff7 perl.xls gnumeric-biff5.xls
 ssconvert -T Gnumeric_Excel:excel_biff8 perl.xls gnumeric.xls
