@@ -1,31 +1,17 @@
 #pragma once
 
 #include "console/ConsoleFixture.h"
-#include "console/QueueGrid.h"
+#include "console/QueueGridReading.h"
 #include "foundation/Globals.h"
 
 #include <QApplication>
-#include <QLineEdit>
 #include <QTest>
 
 /// A server's console whose queue is filled by the test, and what an operator does in its grid.
-class QueueGridTest : public ConsoleFixture
+class QueueGridTest : public QueueGridReading<ConsoleFixture>
 {
 protected:
     void SetUp() override { loadAsServer(); }
-
-    QueueGrid *grid() const { return control<QueueGrid>("grdQueue"); }
-    /// The editor that is open; one that was closed may still be there for a moment.
-    QLineEdit *editor() const
-    {
-        for (QLineEdit *const candidate : grid()->viewport()->findChildren<QLineEdit *>()) {
-            if (candidate->isVisibleTo(grid()->viewport()))
-                return candidate;
-        }
-        return nullptr;
-    }
-    QModelIndex cell(int row, int column) const { return grid()->model()->index(row - 1, column); }
-    QString text(int row, int column) const { return cell(row, column).data().toString(); }
 
     static QueueRow waiting(int number)
     {

@@ -1,7 +1,7 @@
 #include "system/WholePath.h"
 
-#include "console/QueueGrid.h"
 #include "console/QueueGridModel.h"
+#include "console/QueueGridReading.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -11,21 +11,9 @@
 #include <random>
 
 /// The queue's grid over the real engine.
-class QueueGridOnEngine : public WholePath
+class QueueGridOnEngine : public QueueGridReading<WholePath>
 {
 protected:
-    QueueGrid *grid() const { return control<QueueGrid>("grdQueue"); }
-    /// The editor that is open; one that was closed may still be there for a moment.
-    QLineEdit *editor() const
-    {
-        for (QLineEdit *const candidate : grid()->viewport()->findChildren<QLineEdit *>()) {
-            if (candidate->isVisibleTo(grid()->viewport()))
-                return candidate;
-        }
-        return nullptr;
-    }
-    QModelIndex cell(int row, int column) const { return grid()->model()->index(row - 1, column); }
-    QString text(int row, int column) const { return cell(row, column).data().toString(); }
     bool waitForRows(int count)
     {
         return eventually([&] { return grid()->rows() == count; });
