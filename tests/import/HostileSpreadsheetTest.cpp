@@ -103,6 +103,12 @@ TEST_F(HostileSpreadsheet, encryptedWorkbooksAreToldAsSuch)
                          {"META-INF/manifest.xml", "<m><encryption-data/></m>"}}),
                   "an .ods with a password");
     EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_qs));
+
+    expectRefused(zipOf({{"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
+                         {"encrypted-package", "\x01\x02"},
+                         {"META-INF/manifest.xml", "<m><encryption-data/></m>"}}),
+                  "an .ods that is encrypted as one part");
+    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_qs));
 }
 
 TEST_F(HostileSpreadsheet, workbooksThatAnOfficeSuiteEncryptedAreToldAsSuch)

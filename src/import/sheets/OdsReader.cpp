@@ -233,9 +233,14 @@ private:
 
 } // namespace
 
+bool isEncryptedOds(const PackageParts &parts)
+{
+    return parts.part(QStringLiteral("META-INF/manifest.xml")).contains("encryption-data");
+}
+
 std::vector<SheetTable> readOds(const PackageParts &parts)
 {
-    if (parts.part(QStringLiteral("META-INF/manifest.xml")).contains("encryption-data"))
+    if (isEncryptedOds(parts))
         SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
     return ContentReader(parts.part(QStringLiteral("content.xml"))).read();
 }

@@ -24,7 +24,7 @@ std::vector<SheetTable> readZipped(const QByteArray &bytes)
     const ZipParts parts(bytes);
     if (!parts.part(QStringLiteral("_rels/.rels")).isEmpty())
         return readXlsx(parts);
-    if (!parts.part(QStringLiteral("content.xml")).isEmpty())
+    if (!parts.part(QStringLiteral("content.xml")).isEmpty() || isEncryptedOds(parts))
         return readOds(parts);
     SheetFailure::raise(SheetFailure::BadFile, u"The archive is no spreadsheet."_qs);
 }
