@@ -250,7 +250,7 @@ void SimUnlock::askTries()
 
 void SimUnlock::decide(std::optional<int> triesLeft)
 {
-    switch (m_gate.mayTry(simId(), m_pin, triesLeft)) {
+    switch (m_gate.mayTry(sim(), m_pin, triesLeft)) {
     case PinGate::Decision::Try:
         tryPin();
         return;
@@ -305,14 +305,14 @@ void SimUnlock::noteAccepted()
 {
     m_attempted = false;
     m_awaitsPinOutcome = false;
-    m_gate.accepted(simId(), m_pin);
+    m_gate.accepted(sim(), m_pin);
     m_pinSettled();
 }
 
 void SimUnlock::refuse(int code, const QString &text)
 {
     if (m_attempted)
-        m_gate.refused(simId(), m_pin);
+        m_gate.refused(sim(), m_pin);
     finish(ModemFailure{code, text, true});
 }
 
@@ -324,7 +324,7 @@ void SimUnlock::finish(const std::optional<ModemFailure> &failure)
         finished(failure);
 }
 
-QString SimUnlock::simId() const
+SimIdentity SimUnlock::sim() const
 {
-    return m_iccid.isEmpty() ? m_details->imei : m_iccid;
+    return {m_iccid, m_details->imei};
 }

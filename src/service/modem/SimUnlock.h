@@ -61,7 +61,7 @@ private:
     void refuse(int code, const QString &text);
     void noteAccepted();
     void finish(const std::optional<ModemFailure> &failure);
-    QString simId() const;
+    SimIdentity sim() const;
 
     AtDialogue &m_dialogue;
     PinGate &m_gate;

@@ -8,6 +8,12 @@ namespace {
 
 constexpr int retryMs = 1000;
 
+/// Stands for the SIMs of a device that have told their number.
+QString numberedSimsOf(const QString &imei)
+{
+    return QStringLiteral("numbered in ") + imei;
+}
+
 } // namespace
 
 StoredPinGate::StoredPinGate(Store &store, std::function<QString()> now)
@@ -17,21 +23,20 @@ StoredPinGate::StoredPinGate(Store &store, std::function<QString()> now)
     QObject::connect(&m_again, &QTimer::timeout, &m_again, [this] { recordAccepted(); });
 }
 
-PinGate::Decision StoredPinGate::mayTry(const QString &simId, const QString &pin,
+PinGate::Decision StoredPinGate::mayTry(const SimIdentity &sim, const QString &pin,
                                         std::optional<int> triesLeft)
 {
-    if (m_unrecorded.contains({simId, pin})) {
-        refused(simId, pin);
+    if (m_unrecorded.contains({sim, pin})) {
+        refused(sim, pin);
         return Decision::AlreadyTried;
     }
     recordAccepted();
     try {
-        const PinHistory history = m_acceptedUnrecorded.contains({simId, pin})
-                                       ? PinHistory::Accepted
-                                       : m_store.pinHistory(simId, pin);
-        const Decision decision = decidePinAttempt(history, triesLeft);
-        if (decision == Decision::Try && history != PinHistory::Accepted)
-            m_store.setPinHistory(simId, pin, PinHistory::Tried, m_now());
+        const PinHistory known =
+            m_acceptedUnrecorded.contains({sim, pin}) ? PinHistory::Accepted : history(sim, pin);
+        const Decision decision = decidePinAttempt(known, triesLeft);
+        if (decision == Decision::Try && known != PinHistory::Accepted)
+            record(sim, pin, PinHistory::Tried);
         return decision;
     } catch (const StoreFailure &failure) {
         qWarning() << "a PIN attempt could not be recorded:" << failure.text();
@@ -39,9 +44,9 @@ PinGate::Decision StoredPinGate::mayTry(const QString &simId, const QString &pin
     }
 }
 
-void StoredPinGate::accepted(const QString &simId, const QString &pin)
+void StoredPinGate::accepted(const SimIdentity &sim, const QString &pin)
 {
-    m_acceptedUnrecorded.append({simId, pin});
+    m_acceptedUnrecorded.append({sim, pin});
     recordAccepted();
 }
 
@@ -51,9 +56,9 @@ void StoredPinGate::recordAccepted()
 {
     try {
         while (!m_acceptedUnrecorded.isEmpty()) {
-            const auto &[simId, pin] = m_acceptedUnrecorded.constFirst();
-            if (m_store.pinHistory(simId, pin) != PinHistory::Accepted)
-                m_store.setPinHistory(simId, pin, PinHistory::Accepted, m_now());
+            const auto &[sim, pin] = m_acceptedUnrecorded.constFirst();
+            if (m_store.pinHistory(sim.name(), pin) != PinHistory::Accepted)
+                record(sim, pin, PinHistory::Accepted);
             m_acceptedUnrecorded.removeFirst();
         }
     } catch (const StoreFailure &failure) {
@@ -62,14 +67,36 @@ void StoredPinGate::recordAccepted()
     }
 }
 
-void StoredPinGate::refused(const QString &simId, const QString &pin)
+void StoredPinGate::refused(const SimIdentity &sim, const QString &pin)
 {
-    m_acceptedUnrecorded.removeAll({simId, pin});
-    m_unrecorded.removeAll({simId, pin});
+    m_acceptedUnrecorded.removeAll({sim, pin});
+    m_unrecorded.removeAll({sim, pin});
     try {
-        m_store.setPinHistory(simId, pin, PinHistory::Refused, m_now());
+        record(sim, pin, PinHistory::Refused);
     } catch (const StoreFailure &failure) {
-        m_unrecorded.append({simId, pin});
+        m_unrecorded.append({sim, pin});
         qWarning() << "a refused PIN could not be recorded:" << failure.text();
     }
+}
+
+PinHistory StoredPinGate::history(const SimIdentity &sim, const QString &pin) const
+{
+    const PinHistory own = m_store.pinHistory(sim.name(), pin);
+    if (own != PinHistory::NeverTried || sim.imei.isEmpty())
+        return own;
+    const PinHistory other =
+        m_store.pinHistory(sim.iccid.isEmpty() ? numberedSimsOf(sim.imei) : sim.imei, pin);
+    // That one SIM of the device has taken the PIN says nothing about this one.
+    return other == PinHistory::Accepted ? PinHistory::NeverTried : other;
+}
+
+/// The SIM's own record comes last: with that in place, the other one is.
+void StoredPinGate::record(const SimIdentity &sim, const QString &pin, PinHistory history)
+{
+    if (!sim.iccid.isEmpty() && !sim.imei.isEmpty()) {
+        const QString name = numberedSimsOf(sim.imei);
+        if (m_store.pinHistory(name, pin) != PinHistory::Refused)
+            m_store.setPinHistory(name, pin, history, m_now());
+    }
+    m_store.setPinHistory(sim.name(), pin, history, m_now());
 }

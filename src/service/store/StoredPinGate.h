@@ -11,7 +11,9 @@
 class Store;
 
 /// The guard of the SIM over the store: an attempt is on disk before the PIN leaves, and is
-/// remembered across restarts.
+/// remembered across restarts. A device may tell its SIM's number at one time and not at another:
+/// a PIN that was tried without that number isn't tried on a SIM of that device that has one, nor
+/// the other way round.
 class StoredPinGate : public PinGate
 {
 public:
@@ -19,20 +21,22 @@ public:
     /// @param now    the wall clock, "yyyy-MM-ddTHH:mm:ss"
     StoredPinGate(Store &store, std::function<QString()> now);
 
-    Decision mayTry(const QString &simId, const QString &pin,
+    Decision mayTry(const SimIdentity &sim, const QString &pin,
                     std::optional<int> triesLeft) override;
-    void accepted(const QString &simId, const QString &pin) override;
-    void refused(const QString &simId, const QString &pin) override;
+    void accepted(const SimIdentity &sim, const QString &pin) override;
+    void refused(const SimIdentity &sim, const QString &pin) override;
 
 private:
+    PinHistory history(const SimIdentity &sim, const QString &pin) const;
+    void record(const SimIdentity &sim, const QString &pin, PinHistory history);
     void recordAccepted();
 
     Store &m_store;
     std::function<QString()> m_now;
     /// SIM and PIN of acceptances that could not be recorded yet.
-    QList<QPair<QString, QString>> m_acceptedUnrecorded;
+    QList<QPair<SimIdentity, QString>> m_acceptedUnrecorded;
     QTimer m_again;
     /// SIM and PIN of refusals that could not be recorded. An accepted PIN that was refused since
     /// must not be tried again although the record still says that it may.
-    QList<QPair<QString, QString>> m_unrecorded;
+    QList<QPair<SimIdentity, QString>> m_unrecorded;
 };

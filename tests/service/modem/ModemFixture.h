@@ -16,32 +16,33 @@
 class FakePinGate : public PinGate
 {
 public:
-    Decision mayTry(const QString &simId, const QString &pin, std::optional<int> triesLeft) override
+    Decision mayTry(const SimIdentity &sim, const QString &pin,
+                    std::optional<int> triesLeft) override
     {
         lastTriesLeft = triesLeft;
-        lastSimId = simId;
+        lastSim = sim;
         ++asked;
         if (!recording)
             return Decision::NotRecorded;
-        const QString key = simId + u'/' + pin;
+        const QString key = sim.name() + u'/' + pin;
         const Decision decision =
             decidePinAttempt(history.value(key, PinHistory::NeverTried), triesLeft);
         if (decision == Decision::Try && history.value(key) != PinHistory::Accepted)
             history.insert(key, PinHistory::Tried);
         return decision;
     }
-    void accepted(const QString &simId, const QString &pin) override
+    void accepted(const SimIdentity &sim, const QString &pin) override
     {
-        history.insert(simId + u'/' + pin, PinHistory::Accepted);
+        history.insert(sim.name() + u'/' + pin, PinHistory::Accepted);
     }
-    void refused(const QString &simId, const QString &pin) override
+    void refused(const SimIdentity &sim, const QString &pin) override
     {
-        history.insert(simId + u'/' + pin, PinHistory::Refused);
+        history.insert(sim.name() + u'/' + pin, PinHistory::Refused);
     }
 
     QHash<QString, PinHistory> history;
     std::optional<int> lastTriesLeft;
-    QString lastSimId;
+    SimIdentity lastSim;
     int asked = 0;
     bool recording = true;
 };

@@ -17,7 +17,7 @@ protected:
         state("SIM PIN");
         m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
             if (command == s_pinCommand && m_rightPin) {
-                EXPECT_TRUE(m_gate.history.contains(key(m_gate.lastSimId)))
+                EXPECT_TRUE(m_gate.history.contains(key(m_gate.lastSim.name())))
                     << "the attempt wasn't on record when the PIN left";
                 state("READY");
                 return FakeModemLine::answer("OK");
@@ -52,7 +52,7 @@ TEST_F(LockedModem, unlocksTheSimWithTheRightPin)
     tries(3);
     openReady(s_pin);
     EXPECT_EQ(attempts(), 1);
-    EXPECT_EQ(m_gate.lastSimId, s_simId);
+    EXPECT_EQ(m_gate.lastSim, (SimIdentity{s_simId, QStringLiteral("490154203237518")}));
     EXPECT_EQ(m_gate.lastTriesLeft, 3);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Accepted);
 }
@@ -206,7 +206,7 @@ TEST_F(LockedModem, knowsTheSimByTheImeiIfItDoesNotTellItsNumber)
 {
     m_line->answers.remove("AT+CCID");
     openReady(s_pin);
-    EXPECT_EQ(m_gate.lastSimId, QStringLiteral("490154203237518"));
+    EXPECT_EQ(m_gate.lastSim, (SimIdentity{{}, QStringLiteral("490154203237518")}));
 }
 
 TEST_F(LockedModem, waitsForTheNumberOfASimThatIsBusy)
@@ -220,7 +220,7 @@ TEST_F(LockedModem, waitsForTheNumberOfASimThatIsBusy)
         return device(command);
     };
     openReady(s_pin);
-    EXPECT_EQ(m_gate.lastSimId, s_simId);
+    EXPECT_EQ(m_gate.lastSim, (SimIdentity{s_simId, QStringLiteral("490154203237518")}));
     EXPECT_EQ(m_gate.asked, 1);
 }
 

@@ -31,9 +31,10 @@ protected:
         return m_gate->mayTry(m_sim, m_pin, triesLeft);
     }
 
-    PinHistory onDisk() const { return m_store->pinHistory(m_sim, m_pin); }
+    PinHistory onDisk() const { return m_store->pinHistory(m_sim.name(), m_pin); }
 
-    QString m_sim = QStringLiteral("893407");
+    SimIdentity m_sim{QStringLiteral("893407"), QStringLiteral("490154")};
+    const SimIdentity m_unnumbered{{}, m_sim.imei};
     QString m_pin = QStringLiteral("1234");
     std::unique_ptr<StoredPinGate> m_gate = makeGate();
 };
@@ -43,7 +44,12 @@ TEST_F(StoredPinGateTest, anAttemptIsOnDiskBeforeItMayBeMade)
     EXPECT_EQ(ask(), Decision::Try);
     EXPECT_EQ(onDisk(), PinHistory::Tried);
     OtherConnection other(file());
-    EXPECT_EQ(other.value(QStringLiteral("SELECT at FROM pin_attempt")).toString(), noon());
+    EXPECT_EQ(other
+                  .value(QStringLiteral("SELECT count(*) FROM pin_attempt WHERE at = '%1' AND "
+                                        "history = 1 AND sim IN ('893407', 'numbered in 490154')")
+                             .arg(noon()))
+                  .toInt(),
+              2);
 }
 
 TEST_F(StoredPinGateTest, anAttemptOfUnknownEndIsNeverMadeAgain)
@@ -90,7 +96,49 @@ TEST_F(StoredPinGateTest, anotherPinAndAnotherSimHaveTheirOwnTry)
     ask();
     m_gate->refused(m_sim, m_pin);
     EXPECT_EQ(m_gate->mayTry(m_sim, QStringLiteral("4321"), 2), Decision::Try);
-    EXPECT_EQ(m_gate->mayTry(QStringLiteral("8935"), m_pin, 2), Decision::Try);
+    EXPECT_EQ(m_gate->mayTry({QStringLiteral("8935"), m_sim.imei}, m_pin, 2), Decision::Try);
+}
+
+TEST_F(StoredPinGateTest, aPinThatWasRefusedWithoutTheSimsNumberIsNotTriedWithIt)
+{
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 3), Decision::Try);
+    EXPECT_EQ(ask(3), Decision::AlreadyTried) << "its end isn't known";
+    m_gate->refused(m_unnumbered, m_pin);
+    restart();
+    EXPECT_EQ(ask(2), Decision::AlreadyTried);
+    EXPECT_EQ(m_gate->mayTry({m_sim.iccid, QStringLiteral("350000")}, m_pin, 2), Decision::Try)
+        << "in another device";
+}
+
+TEST_F(StoredPinGateTest, aPinThatWasRefusedWithTheSimsNumberIsNotTriedWithoutIt)
+{
+    ask();
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 3), Decision::AlreadyTried);
+    m_gate->refused(m_sim, m_pin);
+    const SimIdentity second{QStringLiteral("8935"), m_sim.imei};
+    EXPECT_EQ(m_gate->mayTry(second, m_pin, 3), Decision::Try);
+    m_gate->accepted(second, m_pin);
+    restart();
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 2), Decision::AlreadyTried)
+        << "it may be the first SIM again";
+}
+
+TEST_F(StoredPinGateTest, aPinThatWasAcceptedUnderAnotherNameHasOneTryMore)
+{
+    m_gate->mayTry(m_unnumbered, m_pin, 3);
+    m_gate->accepted(m_unnumbered, m_pin);
+    EXPECT_EQ(ask(1), Decision::TooFewTries);
+    EXPECT_EQ(ask(2), Decision::Try);
+    EXPECT_EQ(ask(2), Decision::AlreadyTried);
+}
+
+TEST_F(StoredPinGateTest, aSimWhoseDeviceHasNoNumberHasItsOwnRecordAlone)
+{
+    m_sim.imei.clear();
+    ask();
+    m_gate->refused(m_sim, m_pin);
+    EXPECT_EQ(ask(3), Decision::AlreadyTried);
+    EXPECT_EQ(m_gate->mayTry({{}, QStringLiteral("490154")}, m_pin, 3), Decision::Try);
 }
 
 TEST_F(StoredPinGateTest, withTooFewTriesLeftNothingIsRecorded)
