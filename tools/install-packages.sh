@@ -18,6 +18,8 @@ packages=(
     xvfb xauth openbox xdotool x11-utils imagemagick
     # tests: a general modem tool as an independent judge of the simulated modem
     gammu
+    # tests: judges of what the package brings to the desktop
+    desktop-file-utils appstream
 )
 
 if [[ ${1:-} == --list ]]; then
