@@ -16,6 +16,8 @@ packages=(
     libqt6sql6-sqlite libqt6svg6 qt6-translations-l10n fonts-liberation2 dbus dbus-daemon
     # a display of its own where there is none, and hands to drive the window with
     xvfb xauth openbox xdotool x11-utils imagemagick
+    # tests: the bus that a screen reader asks over
+    at-spi2-core
     # tests: a general modem tool as an independent judge of the simulated modem
     gammu
     # tests: judges of what the package brings to the desktop

@@ -6,6 +6,7 @@
 #include "console/QueueGrid.h"
 #include "console/TerminalView.h"
 #include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/Contrast.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
@@ -174,9 +175,9 @@ ConsoleControls::ConsoleControls(QWidget *window) : m_window(window)
     makeAll();
     bindMembers();
     setTabOrder();
-    QPalette counter = lblSMSChars->palette();
-    counter.setColor(QPalette::WindowText, QColor(0x66, 0x7E, 0xA2));
-    lblSMSChars->setPalette(counter);
+    setColours();
+    lblPhone->setBuddy(txtPhone);
+    lblDeliveryDate->setBuddy(dtDeliveryDate);
     // Of the pictures that share a place one shows: not running, and empty, until someone knows.
     imgEngineStatus[1]->hide();
     imgQueue[1]->hide();
@@ -202,6 +203,15 @@ void ConsoleControls::setCaption(const QString &name, const QString &text) const
         button->setText(text);
     else if (auto *const label = qobject_cast<QLabel *>(control))
         label->setText(text);
+}
+
+void ConsoleControls::setAccessibleName(const QString &name, const QString &text) const
+{
+    QWidget *const control = m_byName.value(name);
+    control->setAccessibleName(text);
+    const auto *const button = qobject_cast<PictureButton *>(control);
+    if (button && button->text().isEmpty())
+        control->setToolTip(text);
 }
 
 void ConsoleControls::makeAll()
@@ -278,4 +288,18 @@ void ConsoleControls::setTabOrder() const
     std::sort(order.begin(), order.end());
     for (size_t i = 1; i < order.size(); ++i)
         QWidget::setTabOrder(order[i - 1].second, order[i].second);
+}
+
+void ConsoleControls::setColours() const
+{
+    QPalette counter = lblSMSChars->palette();
+    counter.setColor(QPalette::WindowText, QColor(0x66, 0x7E, 0xA2));
+    // On the window of a dark desktop the colour can't be read.
+    if (Contrast::isDark(m_window->palette())) {
+        counter.setColor(QPalette::Window, Contrast::plainGround(m_window->palette()));
+        lblSMSChars->setAutoFillBackground(true);
+        // An indent would move the text down as well, off the label.
+        lblSMSChars->setContentsMargins(2, 0, 2, 0);
+    }
+    lblSMSChars->setPalette(counter);
 }

@@ -36,6 +36,9 @@ public:
 
     /// Sets caption or text of the control `name`.
     void setCaption(const QString &name, const QString &text) const;
+    /// Sets what screen readers call the control `name`; a button without a caption shows it as its
+    /// tooltip.
+    void setAccessibleName(const QString &name, const QString &text) const;
 
     QWidget *picTopPanel = nullptr;
     QWidget *picMiddlePanel = nullptr;
@@ -83,6 +86,7 @@ private:
     void makeAll();
     void bindMembers();
     void setTabOrder() const;
+    void setColours() const;
     template <typename Widget>
     void bind(Widget *&member, const char *name) const;
 

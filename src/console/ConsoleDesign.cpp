@@ -74,6 +74,25 @@ const Caption allCaptions[] = {
     {S("lblDeviceInfo"), 3760015},
     {S("fraCommunication"), 3760090},
 };
+
+const Caption allNames[] = {
+    {S("imgLogo(0)"), 3760000},
+    {S("imgLogo(1)"), 3760000},
+    {S("txtMessage"), 3760105},
+    {S("dtDeliveryDate"), 3760106},
+    {S("tmDeliveryDate"), 3760107},
+    {S("imgEngineStatus(0)"), 3760026},
+    {S("imgEngineStatus(1)"), 3760014},
+    {S("imgQueue(0)"), 3760013},
+    {S("imgQueue(1)"), 3760108},
+    {S("imgQueue(2)"), 3760015},
+    {S("txtTerm"), 3760090},
+    {S("grdQueue"), 3760008},
+    {S("grdSentDetails"), 3760009},
+    {S("btnStart"), 3760100},
+    {S("btnStop"), 3760101},
+    {S("btnClearQueue"), 3760102},
+};
 // clang-format on
 
 } // namespace
@@ -86,4 +105,9 @@ std::span<const Control> ConsoleDesign::controls()
 std::span<const Caption> ConsoleDesign::captions()
 {
     return allCaptions;
+}
+
+std::span<const Caption> ConsoleDesign::names()
+{
+    return allNames;
 }

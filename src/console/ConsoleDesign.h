@@ -54,6 +54,10 @@ struct Caption
 /// text is what it shows; one frame has no text of its own and keeps its design text.
 std::span<const Caption> captions();
 
+/// What a screen reader says of the controls that no text beside them names. A button without a
+/// caption shows it as its tooltip too.
+std::span<const Caption> names();
+
 inline constexpr qint32 windowTitle = 3760000;
 inline constexpr QLatin1String designTitle("Tovek SMS Center");
 

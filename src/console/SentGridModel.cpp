@@ -1,8 +1,10 @@
 #include "console/SentGridModel.h"
 
 #include "console/PlainTip.h"
+#include "foundation/ui/Contrast.h"
 
 #include <QColor>
+#include <QGuiApplication>
 
 void SentGridModel::add(const Row &row)
 {
@@ -33,13 +35,25 @@ QVariant SentGridModel::data(const QModelIndex &index, int role) const
     if (!index.isValid() || index.row() >= m_rows.size())
         return {};
     const Row &row = m_rows.at(index.row());
-    if (role == Qt::ForegroundRole && row.outcome == Outcome::Failed)
-        return QColor(255, 0, 0);
     if (role == Qt::DisplayRole)
         return cell(row, index.column());
     if (role == Qt::ToolTipRole)
         return plainTip(cell(row, index.column()));
-    return {};
+    return row.outcome == Outcome::Failed ? failedData(role, m_failedWord) : QVariant();
+}
+
+QVariant SentGridModel::failedData(int role, const QString &word)
+{
+    switch (role) {
+    case Qt::ForegroundRole:
+        return QColor(255, 0, 0);
+    case Qt::BackgroundRole:
+        return Contrast::plainGround(QGuiApplication::palette());
+    case Qt::AccessibleDescriptionRole:
+        return word;
+    default:
+        return {};
+    }
 }
 
 QString SentGridModel::cell(const Row &row, int column)

@@ -24,6 +24,8 @@ public:
 
     void add(const Row &row);
     void setHeaders(const QStringList &headers);
+    /// What a screen reader says of the rows that the screen shows in red.
+    void setFailedWord(const QString &word) { m_failedWord = word; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -31,8 +33,10 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
+    static QVariant failedData(int role, const QString &word);
     static QString cell(const Row &row, int column);
 
     QList<Row> m_rows;
     QStringList m_headers;
+    QString m_failedWord;
 };

@@ -16,7 +16,6 @@
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
-#include "foundation/ui/SvgPicture.h"
 #include "foundation/ui/WindowHook.h"
 #include "import/frmImport.h"
 
@@ -39,7 +38,6 @@ frmSMSClient::frmSMSClient(ConsoleEnvironment environment)
 {
     setObjectName(QStringLiteral("frmSMSClient"));
     setWindowTitle(ConsoleDesign::designTitle);
-    setWindowIcon(SvgPicture::icon(QStringLiteral(":/images/app-icon.svg"), {64, 64}));
     m_ui.grdQueue->setModel(m_queueRows);
     m_ui.grdSentDetails->setModel(m_sentRows);
     connectControls();
@@ -84,6 +82,9 @@ void frmSMSClient::LocalizeForm()
     SetWindowTitle();
     for (const ConsoleDesign::Caption &caption : ConsoleDesign::captions())
         m_ui.setCaption(caption.control, GS(caption.textId));
+    for (const ConsoleDesign::Caption &name : ConsoleDesign::names())
+        m_ui.setAccessibleName(name.control, GS(name.textId));
+    m_sentRows->setFailedWord(GS(3760109));
 }
 
 void frmSMSClient::SetWindowTitle()

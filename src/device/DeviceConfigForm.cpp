@@ -91,8 +91,9 @@ void DeviceConfigForm::makeMode()
         });
     }
 
-    auto *const picture = new ImageControl(QStringLiteral(":/images/device.svg"), this);
-    picture->setGeometry(Twips::toPixels({4860, 165, 720, 720}, twipsPerPixel(this)));
+    imgDevice = new ImageControl(QStringLiteral(":/images/device.svg"), this);
+    imgDevice->setObjectName(QStringLiteral("imgDevice"));
+    imgDevice->setGeometry(Twips::toPixels({4860, 165, 720, 720}, twipsPerPixel(this)));
 }
 
 void DeviceConfigForm::makeFields()

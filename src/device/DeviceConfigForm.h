@@ -3,6 +3,7 @@
 #include <QDialog>
 
 class CaptionedFrame;
+class ImageControl;
 class PictureButton;
 class QComboBox;
 class QLabel;
@@ -37,6 +38,7 @@ public:
     QRadioButton *opClient = nullptr;
     QRadioButton *opServer = nullptr;
     CaptionedFrame *fraOperationMode = nullptr;
+    ImageControl *imgDevice = nullptr;
 
     QLabel *lblPINCode = nullptr;
     QLabel *lblParameter = nullptr;

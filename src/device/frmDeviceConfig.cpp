@@ -9,6 +9,7 @@
 #include "foundation/PlatformHelpers.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
+#include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
 
 #include <QComboBox>
@@ -85,6 +86,9 @@ void frmDeviceConfig::LocalizeForm()
     m_form->lblPINCode->setText(GS(3760040));
     m_form->cmdOk->setText(GS(14));
     m_form->cmdCancel->setText(GS(16));
+    m_form->btnOpen->setAccessibleName(GS(3760103));
+    m_form->btnOpen->setToolTip(GS(3760103));
+    m_form->imgDevice->setAccessibleName(GS(3760015));
 }
 
 void frmDeviceConfig::FillLists()

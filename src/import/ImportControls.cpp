@@ -12,8 +12,10 @@
 
 namespace {
 
-constexpr int PictureSize = 24;
-constexpr int PathWidth = 340;
+constexpr int OpenPicture = 16;
+constexpr int ImportPicture = 24;
+constexpr int PathWidth = 400;
+constexpr int OpenWidth = 30;
 
 template <typename Control>
 Control *made(QWidget *parent, const char *name)
@@ -36,9 +38,9 @@ QComboBox *madeDropDown(QWidget *parent, const char *name)
     return box;
 }
 
-void setPicture(PictureButton *button, const char *file, QSize size)
+void setPicture(PictureButton *button, const char *file, int pictureSize, QSize size)
 {
-    const QSize picture(PictureSize, PictureSize);
+    const QSize picture(pictureSize, pictureSize);
     button->setIcon(SvgPicture::icon(QLatin1String(":/images/") + QLatin1String(file), picture));
     button->setIconSize(picture);
     button->setFixedSize(size);
@@ -71,8 +73,17 @@ ImportControls::ImportControls(QWidget *form)
 
 void ImportControls::setUp()
 {
-    setPicture(btnOpen, "button-open-folder.svg", {42, 34});
-    setPicture(btnImport, "button-import.svg", {88, 56});
+    setPicture(btnOpen, "button-open-folder.svg", OpenPicture,
+               {OpenWidth, txtFilePath->sizeHint().height()});
+    setPicture(btnImport, "button-import.svg", ImportPicture, {88, 56});
+    const std::initializer_list<std::pair<QLabel *, QWidget *>> labels = {
+        {lblFileFormat, cboFileFormat},
+        {lblFilePath, txtFilePath},
+        {lblSheet, cboSheet},
+        {lblField, cboField},
+        {lblRecords, txtRecords}};
+    for (const auto &[label, field] : labels)
+        label->setBuddy(field);
     txtFilePath->setMinimumWidth(PathWidth);
     chkDeleteDuplicated->setChecked(true);
 }
@@ -87,13 +98,13 @@ void ImportControls::layOut(QWidget *form)
     fraExcel->setSizePolicy(policy);
     fraExcel->setLayout(sheetLayout());
     grid->addWidget(lblFileFormat, 0, 0);
-    grid->addWidget(cboFileFormat, 0, 1);
+    grid->addWidget(cboFileFormat, 0, 1, 1, 2);
     grid->addWidget(lblFilePath, 1, 0);
     grid->addWidget(txtFilePath, 1, 1);
     grid->addWidget(btnOpen, 1, 2);
     grid->addWidget(fraExcel, 2, 0, 1, 3);
-    grid->addWidget(chkDeleteDuplicated, 3, 0, 1, 2);
-    grid->addWidget(btnImport, 3, 2);
+    grid->addWidget(chkDeleteDuplicated, 3, 0, 1, 2, Qt::AlignLeft);
+    grid->addWidget(btnImport, 3, 1, 1, 2, Qt::AlignRight);
     grid->setColumnStretch(1, 1);
 }
 

@@ -88,6 +88,9 @@ void frmImport::LocalizeForm()
     m_ui.lblField->setText(GS(3760047));
     m_ui.lblRecords->setText(GS(3760048));
     m_ui.btnImport->setText(GS(3760049));
+    m_ui.fraExcel->setAccessibleName(GS(3760056));
+    m_ui.btnOpen->setAccessibleName(GS(3760104));
+    m_ui.btnOpen->setToolTip(GS(3760104));
 }
 
 void frmImport::FillFormats()

@@ -31,7 +31,8 @@ public:
     /// What was read: a text for each recipient, in the file's order.
     const clsCollection &ImportData() const { return *m_importData; }
 
-    /// Escape is the close box.
+    /// Escape is the close box. Return presses no button but the one that has the focus: a list
+    /// that was imported is queued without another question.
     void reject() override { close(); }
 
 protected:

@@ -92,9 +92,9 @@ protected:
 
     QString text(const Shown &shown) const
     {
-        return m_language.GS(shown.id, shown.arguments) + shown.behind;
+        return m_language.GS(shown.id, shown.arguments).remove(u'&') + shown.behind;
     }
-    QString text(qint32 id) const { return m_language.GS(id); }
+    QString text(qint32 id) const { return m_language.GS(id).remove(u'&'); }
 
     const QFont font{QStringLiteral("Liberation Sans"), 8};
     const QFontMetrics metrics{font};

@@ -175,6 +175,26 @@ TEST_P(LanguageFilesTest, textsFitTheColumnAndHaveNoStrayBlanks)
     }
 }
 
+TEST_P(LanguageFilesTest, onlyCaptionsThatCanTakeItHaveAMnemonic)
+{
+    const QSet<qint32> captions{14,      16,      3760001, 3760002, 3760003, 3760004, 3760006,
+                                3760007, 3760037, 3760038, 3760039, 3760040, 3760043, 3760044,
+                                3760045, 3760046, 3760047, 3760048, 3760049};
+    const QMap<qint32, QString> have = texts();
+    for (auto text = have.cbegin(); text != have.cend(); ++text) {
+        EXPECT_EQ(text.value().count(u'&'), captions.contains(text.key()) ? 1 : 0) << text.key();
+        const qsizetype sign = text.value().indexOf(u'&');
+        EXPECT_TRUE(sign < 0 || text.value().at(sign + 1).isLetter()) << text.key();
+    }
+}
+
+TEST_P(LanguageFilesTest, everyNameForScreenReadersIsThere)
+{
+    const QMap<qint32, QString> have = texts();
+    for (qint32 id = 3760100; id <= 3760109; ++id)
+        EXPECT_FALSE(have.value(id).isEmpty()) << id;
+}
+
 TEST_P(LanguageFilesTest, fileBesideTheProgramsIsTheSame)
 {
     const QString installed = QStringLiteral(NORVANE_BIN_DIR "/NorvaneSMS_%1.XML").arg(language());

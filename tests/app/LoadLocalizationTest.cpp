@@ -66,7 +66,7 @@ TEST_F(LoadLocalizationTest, goodFileIsLoadedWithoutAWord)
     EXPECT_TRUE(boxes.shown.isEmpty());
     ASSERT_TRUE(goLocalize);
     EXPECT_EQ(goLocalize->LanguageID(), u"ESN"_qs);
-    EXPECT_EQ(GS(3760003), u"Enviar"_qs);
+    EXPECT_EQ(GS(3760003), u"&Enviar"_qs);
     EXPECT_EQ(GS(0, u"Norvane SMS"_qs), u"Norvane SMS"_qs);
 }
 
@@ -195,7 +195,7 @@ TEST_F(LoadLocalizationTest, languagePassedInNamesTheFile)
     installLanguage(u"CAT"_qs);
     EXPECT_TRUE(load(u"CAT"_qs));
     EXPECT_EQ(goLocalize->LanguageID(), u"CAT"_qs);
-    EXPECT_EQ(GS(3760003), u"Envia"_qs);
+    EXPECT_EQ(GS(3760003), u"&Envia"_qs);
     EXPECT_EQ(goStartUpData->Language, u"ESN"_qs);
     EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_qs);
 }

@@ -64,7 +64,9 @@ QMap<int, QString> textsOf(const char *language)
     QMap<int, QString> texts;
     EXPECT_TRUE(RowsetReader::read(file.readAll(), {u"ResID"_qs, u"ResSTring"_qs},
                                    [&](const QStringList &values) {
-                                       texts.insert(values.at(0).toInt(), values.at(1));
+                                       // The sign marks a key, which no guide tells of a caption.
+                                       QString text = values.at(1);
+                                       texts.insert(values.at(0).toInt(), text.remove(u'&'));
                                        return true;
                                    }));
     texts.remove(0); // the title of the boxes: a placeholder alone

@@ -103,10 +103,12 @@ TEST_F(PictureButtonTest, clicksAndKeysPressIt)
     QObject::connect(&button, &QPushButton::clicked, &button, [&] { ++clicks; });
     QTest::mouseClick(&button, Qt::LeftButton);
     QTest::keyClick(&button, Qt::Key_Space);
-    EXPECT_EQ(clicks, 2);
+    QTest::keyClick(&button, Qt::Key_Return);
+    QTest::keyClick(&button, Qt::Key_Enter);
+    EXPECT_EQ(clicks, 4);
     button.setEnabled(false);
     QTest::mouseClick(&button, Qt::LeftButton);
-    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(clicks, 4);
 }
 
 } // namespace

@@ -50,6 +50,19 @@ TEST(WidgetMessageBoxesTest, textAndTitleAreShownAsTheyStand)
     EXPECT_EQ(format, Qt::PlainText);
 }
 
+TEST(WidgetMessageBoxesTest, boxIsWideEnoughForItsTitle)
+{
+    const QString title = u"Norvane SMS - Load Resource File"_qs;
+    int width = 0;
+    whenShown([&](QMessageBox &box) {
+        width = box.width();
+        EXPECT_GT(width, 2 * box.fontMetrics().horizontalAdvance(title) * 3 / 4 + 100);
+        box.accept();
+    });
+    WidgetMessageBoxes().show(u"a"_qs, Icon::Critical, Buttons::Ok, title);
+    EXPECT_GT(width, 0);
+}
+
 TEST(WidgetMessageBoxesTest, eachIconIsTheToolkitsOwn)
 {
     const std::pair<Icon, QMessageBox::Icon> rows[] = {

@@ -88,18 +88,21 @@ TEST_F(ImportDialog, escapeIsTheCloseBox)
     EXPECT_FALSE(showAnd([&] {
         type(write("1"));
         QTest::keyClick(control<QLineEdit>("txtFilePath"), Qt::Key_Escape);
-        EXPECT_FALSE(dialog->isVisible());
     }));
     EXPECT_FALSE(stayedOpen);
+    EXPECT_TRUE(imported().isEmpty());
 }
 
-TEST_F(ImportDialog, enterLeavesItOpen)
+TEST_F(ImportDialog, enterInAFieldLeavesItOpenAndOnTheButtonImports)
 {
-    showAnd([&] {
+    EXPECT_TRUE(showAnd([&] {
         type(write("1"));
         QTest::keyClick(control<QLineEdit>("txtFilePath"), Qt::Key_Return);
         EXPECT_TRUE(dialog->isVisible());
-    });
+        control<QPushButton>("btnImport")->setFocus();
+        QTest::keyClick(control<QPushButton>("btnImport"), Qt::Key_Return);
+    }));
+    EXPECT_EQ(imported(), QStringList{u"1"_qs});
 }
 
 TEST_F(ImportDialog, aFormatThatIsTypedChangesNothing)

@@ -1,37 +1,80 @@
 #include "foundation/ui/Look.h"
 
+#include "foundation/ui/AccessibleControls.h"
+#include "foundation/ui/ConsoleStyle.h"
+#include "foundation/ui/Contrast.h"
+#include "foundation/ui/SvgPicture.h"
+
 #include <QApplication>
 #include <QFont>
-#include <QPalette>
-#include <QStyleFactory>
 
 namespace {
 
 constexpr int pointSize = 8;
 
-/// Half-way between a text and its ground, which reads as disabled and still reads.
-QColor faded(const QColor &text, const QColor &ground)
+struct TextOnGround
 {
-    return QColor((text.red() + ground.red()) / 2, (text.green() + ground.green()) / 2,
-                  (text.blue() + ground.blue()) / 2);
+    QPalette::ColorRole text;
+    QPalette::ColorRole ground;
+};
+
+/// What a text on `ground` stands on at worst: the style draws its buttons shaded, and on a dark
+/// desktop much brighter than their colour.
+QColor drawn(QPalette::ColorRole ground, const QColor &colour, const QPalette &colours)
+{
+    constexpr int brighter = 145; // per cent
+    constexpr int darker = 104;
+    if (ground != QPalette::Button)
+        return colour;
+    return Contrast::isDark(colours) ? colour.lighter(brighter) : colour.darker(darker);
+}
+
+void fadeDisabled(QPalette &colours, TextOnGround pair)
+{
+    const QColor ground =
+        drawn(pair.ground, colours.color(QPalette::Disabled, pair.ground), colours);
+    colours.setColor(QPalette::Disabled, pair.text,
+                     Contrast::faded(colours.color(QPalette::Active, pair.text), ground));
+}
+
+void partSelection(QPalette &colours, QPalette::ColorGroup group)
+{
+    colours.setColor(group, QPalette::Highlight,
+                     Contrast::apart(colours.color(group, QPalette::Highlight),
+                                     colours.color(group, QPalette::HighlightedText)));
+}
+
+/// In each size that window managers and task bars ask for.
+QIcon programIcon()
+{
+    QIcon icon;
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
+        icon.addPixmap(
+            SvgPicture::pixmap(QStringLiteral(":/images/app-icon.svg"), {size, size}, 1));
+    return icon;
 }
 
 } // namespace
 
+QPalette readable(QPalette colours)
+{
+    for (const TextOnGround pair : {TextOnGround{QPalette::WindowText, QPalette::Window},
+                                    TextOnGround{QPalette::Text, QPalette::Base},
+                                    TextOnGround{QPalette::ButtonText, QPalette::Button}})
+        fadeDisabled(colours, pair);
+    for (const QPalette::ColorGroup group :
+         {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+        partSelection(colours, group);
+    return colours;
+}
+
 void applyLook()
 {
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new ConsoleStyle);
     QFont font(QStringLiteral("Liberation Sans"), pointSize);
     font.setStyleHint(QFont::SansSerif);
     QApplication::setFont(font);
-
-    QPalette colours = QApplication::palette();
-    for (const QPalette::ColorRole role :
-         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-        const QColor ground = colours.color(
-            QPalette::Active, role == QPalette::Text ? QPalette::Base : QPalette::Window);
-        colours.setColor(QPalette::Disabled, role,
-                         faded(colours.color(QPalette::Active, role), ground));
-    }
-    QApplication::setPalette(colours);
+    QApplication::setPalette(readable(QApplication::palette()));
+    QApplication::setWindowIcon(programIcon());
+    installAccessibleControls();
 }

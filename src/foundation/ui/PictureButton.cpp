@@ -1,5 +1,6 @@
 #include "foundation/ui/PictureButton.h"
 
+#include <QKeyEvent>
 #include <QStyleOptionButton>
 #include <QStylePainter>
 
@@ -7,6 +8,14 @@ namespace {
 constexpr int margin = 3;     // pixels between the button's edge and its content
 constexpr int pictureGap = 2; // pixels between picture and caption
 } // namespace
+
+void PictureButton::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        click();
+    else
+        QPushButton::keyPressEvent(event);
+}
 
 void PictureButton::paintEvent(QPaintEvent *)
 {

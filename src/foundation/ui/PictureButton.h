@@ -3,7 +3,8 @@
 #include <QPushButton>
 
 /// A push button with its picture above its caption. A caption too wide for the button is broken
-/// between words. Without a caption the picture stands in the middle.
+/// between words. Without a caption the picture stands in the middle. Return presses it as Space
+/// does, in a window without a default button as well.
 class PictureButton : public QPushButton
 {
     Q_OBJECT
@@ -12,5 +13,6 @@ public:
     using QPushButton::QPushButton;
 
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 };

@@ -1,6 +1,7 @@
 #include "foundation/ui/WidgetMessageBoxes.h"
 
 #include <QApplication>
+#include <QGridLayout>
 #include <QMessageBox>
 
 namespace {
@@ -22,6 +23,17 @@ QMessageBox::Icon widgetIcon(MessageBoxes::Icon icon)
     return QMessageBox::NoIcon;
 }
 
+/// Makes room for the whole title. Its face is the window manager's, which is unknown here and
+/// often larger and bolder than the program's; beside it stand the window's icon and buttons.
+void widenToTitle(QMessageBox &box)
+{
+    constexpr int besides = 110; // pixels
+    const int title = box.fontMetrics().horizontalAdvance(box.windowTitle()) * 3 / 2;
+    auto *const layout = qobject_cast<QGridLayout *>(box.layout());
+    layout->addItem(new QSpacerItem(title + besides, 0), layout->rowCount(), 0, 1,
+                    layout->columnCount());
+}
+
 } // namespace
 
 MessageBoxes::Answer WidgetMessageBoxes::show(const QString &text, Icon icon, Buttons buttons,
@@ -32,6 +44,7 @@ MessageBoxes::Answer WidgetMessageBoxes::show(const QString &text, Icon icon, Bu
     box.setIcon(widgetIcon(icon));
     box.setWindowTitle(title);
     box.setText(text);
+    widenToTitle(box);
     if (buttons == Buttons::Ok) {
         box.setStandardButtons(QMessageBox::Ok);
         box.exec();

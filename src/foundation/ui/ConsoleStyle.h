@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QProxyStyle>
+
+/// The toolkit's own style with the program's icons in message boxes, no icons on their buttons,
+/// and fields that can be told from a dark window. An outline tells which control has the focus,
+/// on every window at 3 : 1 or more.
+class ConsoleStyle : public QProxyStyle
+{
+    Q_OBJECT
+
+public:
+    ConsoleStyle();
+
+    using QProxyStyle::polish;
+    void polish(QWidget *widget) override;
+    void unpolish(QWidget *widget) override;
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *returnData) const override;
+    int pixelMetric(PixelMetric metric, const QStyleOption *option,
+                    const QWidget *widget) const override;
+    QIcon standardIcon(StandardPixmap standardIcon, const QStyleOption *option,
+                       const QWidget *widget) const override;
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
+                            QPainter *painter, const QWidget *widget) const override;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+};

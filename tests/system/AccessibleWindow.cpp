@@ -1,0 +1,139 @@
+// Prints what a screen reader meets in a program's windows: a line of role and name for each
+// control that shows, and whether it is disabled, asked over the bus of the assistive technologies.
+//   accessible_window PROGRAM
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QTextStream>
+
+namespace {
+
+const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+
+/// Bits of what the bus calls the state of an object.
+constexpr quint64 enabled = 1U << 8U;
+constexpr quint64 showing = 1U << 25U;
+
+/// An object on the bus of the assistive technologies.
+struct Accessible
+{
+    QString service;
+    QDBusObjectPath path;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const Accessible &object)
+{
+    argument.beginStructure();
+    argument << object.service << object.path;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, Accessible &object)
+{
+    argument.beginStructure();
+    argument >> object.service >> object.path;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusConnection assistiveBus()
+{
+    QDBusInterface launcher(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                            QStringLiteral("org.a11y.Bus"));
+    const QDBusReply<QString> address = launcher.call(QStringLiteral("GetAddress"));
+    return QDBusConnection::connectToBus(address.value(), QStringLiteral("assistive"));
+}
+
+class Walker
+{
+public:
+    explicit Walker(QDBusConnection bus) : m_bus(std::move(bus)) {}
+
+    QList<Accessible> children(const Accessible &object) const
+    {
+        const QDBusReply<QList<Accessible>> reply =
+            call(object, accessibleInterface, QStringLiteral("GetChildren"));
+        return reply.value();
+    }
+    QString name(const Accessible &object) const
+    {
+        const QDBusReply<QDBusVariant> reply =
+            call(object, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                 {accessibleInterface, QStringLiteral("Name")});
+        return reply.value().variant().toString();
+    }
+    QString role(const Accessible &object) const
+    {
+        const QDBusReply<QString> reply =
+            call(object, accessibleInterface, QStringLiteral("GetRoleName"));
+        return reply.value();
+    }
+    bool is(const Accessible &object, quint64 state) const
+    {
+        const QDBusReply<QList<uint>> reply =
+            call(object, accessibleInterface, QStringLiteral("GetState"));
+        const QList<uint> halves = reply.value();
+        return !halves.isEmpty() && (halves.first() & state) != 0;
+    }
+
+    /// One line for each control below `object`; those that hold others are gone into.
+    void print(const Accessible &object, QTextStream &out) const
+    {
+        for (const Accessible &child : children(object)) {
+            if (!is(child, showing))
+                continue;
+            const QString role = this->role(child);
+            const QString name = this->name(child);
+            if (!name.isEmpty() || role != QStringLiteral("filler"))
+                out << role << ": " << (name.isEmpty() ? QStringLiteral("-") : name)
+                    << (is(child, enabled) ? "" : " (disabled)") << '\n';
+            for (const char *const holder : {"frame", "dialog", "filler", "panel"}) {
+                if (role == QLatin1String(holder))
+                    print(child, out);
+            }
+        }
+    }
+
+private:
+    QDBusMessage call(const Accessible &object, const QString &interface, const QString &method,
+                      const QVariantList &arguments = {}) const
+    {
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(object.service, object.path.path(), interface, method);
+        message.setArguments(arguments);
+        return m_bus.call(message);
+    }
+
+    QDBusConnection m_bus;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Accessible)
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() < 2)
+        return EXIT_FAILURE;
+    qDBusRegisterMetaType<Accessible>();
+    qDBusRegisterMetaType<QList<Accessible>>();
+
+    const Walker walker(assistiveBus());
+    const Accessible desktop{QStringLiteral("org.a11y.atspi.Registry"),
+                             QDBusObjectPath(QStringLiteral("/org/a11y/atspi/accessible/root"))};
+    QTextStream out(stdout);
+    for (const Accessible &program : walker.children(desktop)) {
+        if (walker.name(program) == arguments.at(1))
+            walker.print(program, out);
+    }
+    return EXIT_SUCCESS;
+}
