@@ -10,6 +10,8 @@
 
 #include <functional>
 
+#include <malloc.h>
+
 namespace {
 
 using Answer = MessageBoxes::Answer;
@@ -114,6 +116,21 @@ TEST(WidgetMessageBoxesTest, questionIsAnsweredByItsKeys)
     EXPECT_EQ(
         answerOf(Buttons::YesNo, [](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); }),
         Answer::Yes);
+}
+
+TEST(WidgetMessageBoxesTest, manyBoxesTakeNoMoreMemoryThanAFew)
+{
+    const auto show = [](int boxes) {
+        for (int i = 0; i < boxes; ++i)
+            answerOf(Buttons::Ok, [](QMessageBox &box) {
+                box.grab();
+                box.accept();
+            });
+    };
+    show(150); // fills what the toolkit keeps of its drawings
+    const size_t before = mallinfo2().uordblks;
+    show(300);
+    EXPECT_LT(mallinfo2().uordblks, before + (1 << 20));
 }
 
 } // namespace

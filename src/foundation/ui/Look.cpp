@@ -7,10 +7,15 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QPixmapCache>
 
 namespace {
 
 constexpr int pointSize = 8;
+
+/// The toolkit keeps what it has drawn under names that are new with each box, which therefore
+/// never serves again. Its own limit is five times as high.
+constexpr int keptDrawings = 2 * 1024; // KiB
 
 struct TextOnGround
 {
@@ -76,5 +81,6 @@ void applyLook()
     QApplication::setFont(font);
     QApplication::setPalette(readable(QApplication::palette()));
     QApplication::setWindowIcon(programIcon());
+    QPixmapCache::setCacheLimit(keptDrawings);
     installAccessibleControls();
 }
