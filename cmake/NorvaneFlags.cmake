@@ -17,6 +17,13 @@ if(NORVANE_SANITIZE)
     target_link_options(norvane_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# The toolkit isn't instrumented: what passes between threads through it alone may be told as a race.
+option(NORVANE_SANITIZE_THREADS "Build with ThreadSanitizer" OFF)
+if(NORVANE_SANITIZE_THREADS)
+    target_compile_options(norvane_flags INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+    target_link_options(norvane_flags INTERFACE -fsanitize=thread)
+endif()
+
 # For tests/fuzz: everything of ours is instrumented, and fuzz_all builds the programs.
 option(NORVANE_FUZZ "Build the fuzz targets with libFuzzer (clang only)" OFF)
 if(NORVANE_FUZZ)

@@ -24,7 +24,7 @@ void noteAllocation() noexcept
 
 } // namespace
 
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 
 // The sanitizer's own allocation functions tell of each call; not every compiler brings the header
 // that declares this.
