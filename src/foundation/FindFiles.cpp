@@ -60,9 +60,9 @@ QString usableName(const FolderListing::Entry &entry)
 
 QStringList subfolders(const Search &search, const QString &folderPath)
 {
-    QStringList names;
     if (search.descent == Descent::StayInFolder)
-        return names;
+        return {};
+    QStringList names;
     for (const FolderListing::Entry &entry : search.listing.entries(folderPath)) {
         const QString name = usableName(entry);
         if (name.isEmpty() || kindOf(search, folderPath + name) != EntryKind::Folder)

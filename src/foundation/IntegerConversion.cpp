@@ -43,7 +43,7 @@ bool takeSign(QStringView &text)
         return true;
     }
     if (text.isEmpty())
-        return false;
+        return false; // no number, whatever the sign
     const auto isSign = [](QChar character) { return character == u'+' || character == u'-'; };
     const bool inFront = isSign(text.front());
     if (!inFront && !isSign(text.back()))

@@ -68,10 +68,11 @@ TEST(EstimateTest, productBecomesATimeOfDay)
         qint32 waiting;
         QTime time;
     } rows[] = {
-        {59, 0, QTime(0, 0, 0)},    {0, 10, QTime(0, 0, 0)},        {1, 10, QTime(0, 0, 10)},
-        {15, 4, QTime(0, 1, 0)},    {15, 5, QTime(0, 1, 15)},       {59, 61, QTime(0, 59, 59)},
-        {60, 60, QTime(1, 0, 0)},   {59, 555, QTime(9, 5, 45)},     {1, 32766, QTime(9, 6, 6)},
-        {1, 32767, QTime(9, 6, 7)}, {7, 32767 / 7, QTime(9, 6, 7)}, {5, -10, QTime(0, 0, 50)},
+        {59, 0, QTime(0, 0, 0)},     {0, 10, QTime(0, 0, 0)},        {1, 10, QTime(0, 0, 10)},
+        {15, 4, QTime(0, 1, 0)},     {15, 5, QTime(0, 1, 15)},       {59, 61, QTime(0, 59, 59)},
+        {60, 60, QTime(1, 0, 0)},    {59, 555, QTime(9, 5, 45)},     {1, 32766, QTime(9, 6, 6)},
+        {1, 32767, QTime(9, 6, 7)},  {7, 32767 / 7, QTime(9, 6, 7)}, {5, -10, QTime(0, 0, 50)},
+        {1, -32768, QTime(9, 6, 8)},
     };
     for (const auto &row : rows)
         EXPECT_EQ(Estimate::remaining(row.seconds, row.waiting), row.time)
@@ -95,6 +96,7 @@ TEST(EstimateTest, productBeyondSixteenBitsOverflows)
         const auto failure = raisedFailure([&] { Estimate::remaining(seconds, waiting); });
         ASSERT_TRUE(failure) << seconds << " x " << waiting;
         EXPECT_EQ(failure->number(), 6);
+        EXPECT_EQ(failure->source(), u"moSMSManager_SMSSent"_qs);
         EXPECT_EQ(failure->description(), u"Overflow"_qs);
     }
 }

@@ -1,5 +1,6 @@
 #include "foundation/FindFiles.h"
 
+#include "foundation/NumberedFailure.h"
 #include "support/RecordingMessageBoxes.h"
 
 #include <QDir>
@@ -33,6 +34,8 @@ public:
     {
         if (path == failing)
             throw std::bad_alloc();
+        if (raised)
+            throw *raised;
         if (unreadable.contains(path))
             return std::nullopt;
         return kinds.value(path, EntryKind::File);
@@ -47,7 +50,8 @@ public:
     QHash<QString, QList<Entry>> folders;
     QHash<QString, EntryKind> kinds;
     QStringList unreadable;
-    QString failing; ///< memory runs out when its kind is asked
+    QString failing;                       ///< memory runs out when its kind is asked
+    std::optional<NumberedFailure> raised; ///< when any kind is asked
 };
 
 struct Outcome
@@ -283,6 +287,20 @@ TEST_F(FindFilesTest, memoryThatRunsOutEndsTheFolderWithABoxAndWhatWasFoundStays
     EXPECT_EQ(outcome.sum, 20);
 }
 
+TEST_F(FindFilesTest, boxHasABlankWhereTheNumberHasNoSign)
+{
+    const QList<std::pair<qint32, QString>> cases{
+        {-1, u"-1 - odd"_qs}, {0, u" 0 - odd"_qs}, {76, u" 76 - odd"_qs}};
+    for (const auto &[number, text] : cases) {
+        MadeUpListing listing;
+        listing.folders[u"/q/"_qs] = {{u"sms.0"_qs, 1}};
+        listing.raised = NumberedFailure(number, QString(), u"odd"_qs);
+        search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
+        ASSERT_FALSE(m_boxes.shown.isEmpty());
+        EXPECT_EQ(m_boxes.shown.last().text, text);
+    }
+}
+
 void addFiles(MadeUpListing &listing, const QString &folder, int count)
 {
     for (int i = 0; i < count; ++i)
@@ -366,6 +384,7 @@ TEST(PatternTest, starAndQuestionMarkStandForOtherCharacters)
         {u"", u"?", false},
         {u"abcabd", u"*ab?", true},
         {u"abcabd", u"*abc", false},
+        {u"abc", u"ab*bc", false},
         {u"a[b]", u"a[b]", true},
         {u"ab", u"a[b]", false},
         {u"ÑANDÚ", u"ñandú", true},

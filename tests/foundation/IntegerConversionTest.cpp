@@ -100,6 +100,8 @@ TEST(IntegerConversionTest, whatDoesNotConvert)
                                 u"1E3.5"_qs,
                                 u"1F3"_qs,
                                 u"()"_qs,
+                                u"("_qs,
+                                u")"_qs,
                                 u"(5"_qs,
                                 u"5)"_qs,
                                 u"(-5)"_qs,
@@ -112,6 +114,8 @@ TEST(IntegerConversionTest, whatDoesNotConvert)
                                 u"-&H1"_qs,
                                 u"&H-1"_qs,
                                 u"1\u00A0"_qs,
+                                u"\u000E1"_qs,
+                                u"!1"_qs,
                                 u"٣"_qs,
                                 u"²"_qs,
                                 u"5%"_qs,
@@ -134,6 +138,12 @@ TEST(IntegerConversionTest, whatSixteenBitsDoNotHold)
          {u"32768"_qs, u"-32769"_qs, u"32767.5"_qs, u"-32768.51"_qs, u"9E9"_qs, u"1E999"_qs,
           u"99999999999999999999"_qs, u"&H10000"_qs, u"&O200000"_qs, u"&HFFFFFFFFF"_qs})
         EXPECT_EQ(raisedNumber([&] { toInteger16(text); }), 6) << text.toStdString();
+}
+
+TEST(IntegerConversionTest, failuresTellWhereTheyComeFrom)
+{
+    for (const QString &text : {u"32768"_qs, u"x"_qs, u"&H"_qs})
+        EXPECT_EQ(raisedFailure([&] { toInteger16(text); })->source(), u"toInteger16"_qs);
 }
 
 TEST(IntegerConversionTest, everyTextOfTwoBytesConvertsOrFails)

@@ -202,6 +202,12 @@ TEST(DecodeTest, momentsOutsideTheCalendarAreFailures)
         EXPECT_EQ(raisedNumber([&] { decodedDate(date); }), 5) << date.constData();
 }
 
+TEST(DecodeTest, aDateThatIsNoneTellsWhereItWasMet)
+{
+    EXPECT_EQ(raisedFailure([] { decodedDate("0101-100000000"); })->source(),
+              u"QueueDropFile::decode"_qs);
+}
+
 TEST(DecodeTest, dateFieldThatIsNoNumberIsAFailure)
 {
     const QByteArray good = "05032009140709";

@@ -53,8 +53,6 @@ QString ofNumber(double value)
 {
     if (!std::isfinite(value))
         return {};
-    if (value == 0)
-        return QStringLiteral("0");
     const Decimal number = decimal(value);
     const QByteArray text = number.power >= Digits ? withExponent(number) : withoutExponent(number);
     return QLatin1String(number.negative ? "-" : "") + QString::fromLatin1(text);
@@ -79,7 +77,7 @@ QString ofDateTime(int year, int month, int day, int hour, int minute, double se
 
 QString ofSerial(double days, bool from1904)
 {
-    constexpr double most = 2958466; // 10000-01-01
+    constexpr double most = 2958466; // 10000-01-01 of the calendar that counts from 1900
     if (!(days >= 0 && days < most))
         return ofNumber(days);
     const qint64 seconds = std::llround(days * SecondsOfDay);
@@ -92,6 +90,8 @@ QString ofSerial(double days, bool from1904)
                         : day < 60 ? QDate(1899, 12, 31)
                                    : QDate(1899, 12, 30);
     const QDate date = start.addDays(day);
+    if (date.year() > 9999)
+        return ofNumber(days);
     return ofDateTime(date.year(), date.month(), date.day(), time.hour(), time.minute(),
                       time.second());
 }
@@ -119,8 +119,6 @@ bool isDateFormat(qsizetype identifier, const QString &code)
             ++i;
         } else if (character == u';') {
             break; // what follows is for negative numbers
-        } else if (code.mid(i, 7).compare(QLatin1String("general"), Qt::CaseInsensitive) == 0) {
-            i += 6;
         } else if (QStringView(u"ymdhs").contains(character.toLower())) {
             return true;
         }

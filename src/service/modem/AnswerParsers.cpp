@@ -73,11 +73,9 @@ QString freeText(const Lines &lines)
     if (lines.isEmpty())
         return {};
     static const QRegularExpression tag(QStringLiteral("\\A[+^*$%#][A-Za-z]+:"));
-    QByteArray text = lines.constFirst().trimmed();
-    const QRegularExpressionMatch match = tag.match(QString::fromLatin1(text));
-    if (match.hasMatch())
-        text = text.mid(match.capturedLength());
-    return QString::fromLatin1(withoutQuotes(text));
+    const QByteArray text = lines.constFirst().trimmed();
+    const qsizetype tagged = tag.match(QString::fromLatin1(text)).capturedLength(); // 0 without
+    return QString::fromLatin1(withoutQuotes(text.mid(tagged)));
 }
 
 QString imei(const Lines &lines)

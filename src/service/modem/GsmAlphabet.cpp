@@ -32,17 +32,16 @@ struct Extension
     quint8 septet;
 };
 
-/// 3GPP TS 23.038, 6.2.1.1: what follows the escape.
-constexpr std::array<Extension, 10> s_extensions = {{{u'\f', 0x0A},
-                                                     {u'^', 0x14},
-                                                     {u'{', 0x28},
-                                                     {u'}', 0x29},
-                                                     {u'\\', 0x2F},
-                                                     {u'[', 0x3C},
-                                                     {u'~', 0x3D},
-                                                     {u']', 0x3E},
-                                                     {u'|', 0x40},
-                                                     {u'\u20AC', 0x65}}};
+/// 3GPP TS 23.038, 6.2.1.1: what follows the escape, but for the euro sign.
+constexpr std::array<Extension, 9> s_extensions = {{{u'\f', 0x0A},
+                                                    {u'^', 0x14},
+                                                    {u'{', 0x28},
+                                                    {u'}', 0x29},
+                                                    {u'\\', 0x2F},
+                                                    {u'[', 0x3C},
+                                                    {u'~', 0x3D},
+                                                    {u']', 0x3E},
+                                                    {u'|', 0x40}}};
 
 constexpr char16_t s_euro = u'\u20AC';
 constexpr quint8 s_euroSeptet = 0x65;
@@ -59,8 +58,7 @@ constexpr std::array<quint8, 0x400> reverseTable()
         if (s_defaultTable[septet] != s_none)
             table[s_defaultTable[septet]] = static_cast<quint8>(septet);
     for (const Extension &extension : s_extensions)
-        if (extension.unit != s_euro)
-            table[extension.unit] = extension.septet | s_extended;
+        table[extension.unit] = extension.septet | s_extended;
     return table;
 }
 

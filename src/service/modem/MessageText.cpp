@@ -55,7 +55,7 @@ public:
             return;
         }
         for (qsizetype i = 0; i < piece.size();) {
-            const qsizetype length = piece.at(i).isHighSurrogate() && i + 1 < piece.size() ? 2 : 1;
+            const qsizetype length = piece.at(i).isHighSurrogate() ? 2 : 1; // none is alone by now
             addWhole(piece.mid(i, length));
             i += length;
         }

@@ -15,8 +15,7 @@ std::optional<QString> deviceOf(const QString &name)
 
     static const QRegularExpression port(QStringLiteral("\\ACOM([0-9]{1,5})\\z"),
                                          QRegularExpression::CaseInsensitiveOption);
-    const QRegularExpressionMatch match = port.match(name);
-    const int number = match.hasMatch() ? match.captured(1).toInt() : 0;
+    const int number = port.match(name).captured(1).toInt(); // 0 without a match
     if (number < 1)
         return std::nullopt;
     return SerialDevices::pathOfPort(number);

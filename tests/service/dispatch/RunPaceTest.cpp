@@ -26,6 +26,8 @@ TEST(RunPace, neverGoesBeyondWhatTheDeviceTakesInAMoment)
     for (int run = 0; run < 6; ++run)
         pace.noteTaken(pace.length(), pace.length() * ms);
     EXPECT_EQ(pace.length(), 5);
+    pace.noteTaken(1, ms + 1); // a nanosecond more, and the fifth one is over the moment
+    EXPECT_EQ(pace.length(), 4);
 }
 
 TEST(RunPace, isOneMessageForADeviceThatNeedsTheMomentForOne)
@@ -62,6 +64,14 @@ TEST(RunPace, takesAnyFigure)
     EXPECT_EQ(pace.length(), 1);
     pace.noteTaken(1, -1);
     EXPECT_EQ(pace.length(), 1);
+}
+
+TEST(RunPace, takesAMessageThatNeededNoTimeForOneOfANanosecond)
+{
+    RunPace pace({1, 4'000'000});
+    for (int run = 0; run < 25; ++run)
+        pace.noteTaken(pace.length(), 0);
+    EXPECT_EQ(pace.length(), 1'000'000);
 }
 
 } // namespace

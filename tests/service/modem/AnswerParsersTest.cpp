@@ -18,7 +18,10 @@ TEST(AnswerParsers, readsFreeText)
                                {"+CGMI: Norvane", "Norvane"},
                                {"+CGMI: \"Norvane GmbH\"", "Norvane GmbH"},
                                {"Revision: 1.0", "Revision: 1.0"},
-                               {"\"", "\""}})
+                               {"\"", "\""},
+                               {"\"\"", ""},
+                               {"\"Norvane", "\"Norvane"},
+                               {"Norvane\"", "Norvane\""}})
         EXPECT_EQ(P::freeText({row.line}), QString::fromLatin1(row.expected)) << row.line;
     EXPECT_EQ(P::freeText({}), QString());
     EXPECT_EQ(P::freeText({"one", "two"}), QStringLiteral("one"));
@@ -33,6 +36,7 @@ TEST(AnswerParsers, readsTheImei)
                                {"490154203237518000", ""},
                                {"none", ""}})
         EXPECT_EQ(P::imei({row.line}), QString::fromLatin1(row.expected)) << row.line;
+    EXPECT_EQ(P::imei({"AT+GSN", "490154203237518"}), QStringLiteral("490154203237518"));
 }
 
 TEST(AnswerParsers, readsTheNumberOfTheSim)
@@ -43,6 +47,11 @@ TEST(AnswerParsers, readsTheNumberOfTheSim)
                                // The bytes of the file as they lie there.
                                {"98437011007285440130", "89340711002758441003"},
                                {"984370110072854401F3", "8934071100275844103"},
+                               {"9843701100728544013", "8934071100275844103"},
+                               {"893407110027584410", "893407110027584410"},
+                               // Of no kind that there should be: as it stands.
+                               {"9143701100728544013", "9143701100728544013"},
+                               {"89340711002758441F", ""},
                                {"893407110027584", ""},
                                {"89340711002758441035123", ""},
                                {"ERROR", ""}})
@@ -103,7 +112,10 @@ TEST(AnswerParsers, turnsSignalIntoPercent)
 {
     for (const NumberRow &row : {NumberRow{"+CSQ: 0,0", 0},
                                  {"+CSQ: 1,99", 3},
+                                 {"+CSQ: 7,99", 23},
+                                 {"+CSQ: 11,99", 35},
                                  {"+CSQ: 15,99", 48},
+                                 {"+CSQ: 20,99", 65},
                                  {"+CSQ: 31,0", 100},
                                  {"+CSQ: 32,0", -1},
                                  {"+CSQ: 99,99", -1},
@@ -119,8 +131,14 @@ TEST(AnswerParsers, readsTheBattery)
                                  {"+CBC: 1,100,4100", 100},
                                  {"+CBC: 0,0", 0},
                                  {"+CBC: 0,101", -1},
+                                 {"+CBC: 0,-5", -1},
                                  {"+CBC: 0", -1}})
         EXPECT_EQ(P::battery({row.line}), row.expected) << row.line;
+}
+
+std::optional<int> optional(int expected)
+{
+    return expected < 0 ? std::nullopt : std::optional(expected);
 }
 
 TEST(AnswerParsers, readsHowOftenAPinMayBeTried)
@@ -128,11 +146,13 @@ TEST(AnswerParsers, readsHowOftenAPinMayBeTried)
     for (const NumberRow &row : {NumberRow{"+CPINR: SIM PIN,3,3", 3},
                                  {"+CPINR: \"SIM PIN\",1", 1},
                                  {"+CPINR: SIM PUK,10,10", -1},
+                                 {"+CPINR: SIM PIN,0,3", 0},
                                  {"^CPIN: SIM PIN,2,10,2,10,3", 2},
+                                 {"^CPIN: SIM PIN,0,10,3,10,3", 0},
                                  {"^CPIN: SIM PIN,,10,1,10,3", 1},
                                  {"^CPIN: SIM PUK,,10,0,10,3", -1},
                                  {"OK", -1}})
-        EXPECT_EQ(P::pinTries({row.line}).value_or(-1), row.expected) << row.line;
+        EXPECT_EQ(P::pinTries({row.line}), optional(row.expected)) << row.line;
 }
 
 TEST(AnswerParsers, readsTheMessageReference)
@@ -143,12 +163,13 @@ TEST(AnswerParsers, readsTheMessageReference)
                                  {"+CMGS: 256", -1},
                                  {"+CMGS:", -1},
                                  {"+CMGW: 3", -1}})
-        EXPECT_EQ(P::messageReference({row.line}).value_or(-1), row.expected) << row.line;
+        EXPECT_EQ(P::messageReference({row.line}), optional(row.expected)) << row.line;
 }
 
 TEST(AnswerParsers, findsTheLineWithTheTag)
 {
     EXPECT_EQ(P::behindTag({"x", "+csca : \"+34\",145"}, "+CSCA"), QByteArray("\"+34\",145"));
+    EXPECT_EQ(P::behindTag({"+CSQ:15,99"}, "+CSQ"), QByteArray("15,99"));
     EXPECT_FALSE(P::behindTag({"+CSCAX: 1", "CSCA"}, "+CSCA").has_value());
     EXPECT_EQ(P::fields({"+CSCA: \"+34\",145"}, "+CSCA"), (QList<QByteArray>{"+34", "145"}));
     EXPECT_EQ(P::fields({"+CCLK: \"24/06/07,10:00:00+08\""}, "+CCLK"),

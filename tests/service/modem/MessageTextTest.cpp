@@ -56,10 +56,22 @@ QList<SplitRow> splitRows()
          omega + times(70, QStringLiteral("\u0301")),
          ucs,
          {66, 5}},
+        {"one longer than a part, behind another",
+         QStringLiteral("x") + omega + times(70, QStringLiteral("\u0301")),
+         ucs,
+         {66, 6}},
+        {"one that fills a part",
+         times(5, omega) + omega + times(65, QStringLiteral("\u0301")),
+         ucs,
+         {5, 66}},
         {"one longer than a part, of surrogate pairs",
          QStringLiteral("x") + times(40, QStringLiteral("\U000E0100")),
          ucs,
          {65, 16}},
+        {"one longer than a part, of two marks and surrogate pairs",
+         QStringLiteral("x\u0301\u0301") + times(40, QStringLiteral("\U000E0100")),
+         ucs,
+         {65, 18}},
     };
 }
 

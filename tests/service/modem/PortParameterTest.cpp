@@ -23,6 +23,7 @@ TEST(PortParameter, readsDeviceAndSpeed)
         {"/dev/my modem, the second,460800", "/dev/my modem, the second", 460800},
         {"sub/modem, 9600", "sub/modem", 9600},
         {"/dev/x, 2147483647", "/dev/x", 2147483647},
+        {"/dev/x, 1", "/dev/x", 1},
     };
     for (const auto &row : rows) {
         const auto parameter = parsePortParameter(QString::fromUtf8(row.text));
