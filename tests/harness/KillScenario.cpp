@@ -99,7 +99,10 @@ QList<Shape> someShapes(World &world)
 void runCycle(World &world, int cycle)
 {
     Trap trap = trapOf(world, cycle);
-    trap.act = [&world, pid = world.sandbox.pid()] { ::kill(static_cast<pid_t>(pid), SIGKILL); };
+    trap.act = [pid = static_cast<pid_t>(world.sandbox.pid())] {
+        if (pid > 0) // 0, of an engine that didn't come up, would be the whole group
+            ::kill(pid, SIGKILL);
+    };
     world.line.set(std::move(trap));
     if (world.sandbox.waitForBus())
         world.queue(someShapes(world));

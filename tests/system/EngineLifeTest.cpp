@@ -99,6 +99,7 @@ TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureWithinASecond)
     plugIn({QStringLiteral("--silent")});
     const auto proxy = makeProxy();
     const qint64 pid = enginePid();
+    ASSERT_GT(pid, 0);
     std::thread killer([pid] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         ::kill(static_cast<pid_t>(pid), SIGKILL);

@@ -137,7 +137,7 @@ TEST_F(Activation, theFirstCallStartsTheEngine)
     EXPECT_EQ(enginePid(), 0);
     EXPECT_EQ(call("GetQueueSize", {}, *m_bus).arguments().value(0).toInt(), 0);
     const pid_t first = enginePid();
-    EXPECT_NE(first, 0);
+    ASSERT_GT(first, 0); // 0 would be everything that runs here
     ASSERT_EQ(::kill(first, SIGKILL), 0);
     ASSERT_TRUE(until([this] { return enginePid() == 0; }));
     call("AddSMS", {QStringLiteral("600"), QStringLiteral("text"), QString()}, *m_bus);
