@@ -3,7 +3,6 @@
 #include "service/modem/PinGate.h"
 
 #include <QList>
-#include <QPair>
 #include <QTimer>
 
 #include <functional>
@@ -27,16 +26,29 @@ public:
     void refused(const SimIdentity &sim, const QString &pin) override;
 
 private:
+    struct Attempt
+    {
+        SimIdentity sim;
+        QString pin;
+
+        bool isOf(const SimIdentity &other, const QString &otherPin) const
+        {
+            return sim.name() == other.name() && pin == otherPin;
+        }
+    };
+
     PinHistory history(const SimIdentity &sim, const QString &pin) const;
-    void record(const SimIdentity &sim, const QString &pin, PinHistory history);
+    void record(const Attempt &attempt, PinHistory history);
+    void recordNumbered(const Attempt &attempt, PinHistory history);
     void recordAccepted();
+    void recordRefused();
 
     Store &m_store;
     std::function<QString()> m_now;
-    /// SIM and PIN of acceptances that could not be recorded yet.
-    QList<QPair<SimIdentity, QString>> m_acceptedUnrecorded;
+    /// Acceptances that could not be recorded yet.
+    QList<Attempt> m_acceptedUnrecorded;
     QTimer m_again;
-    /// SIM and PIN of refusals that could not be recorded. An accepted PIN that was refused since
-    /// must not be tried again although the record still says that it may.
-    QList<QPair<SimIdentity, QString>> m_unrecorded;
+    /// Refusals that could not be recorded. An accepted PIN that was refused since must not be
+    /// tried again although the record still says that it may.
+    QList<Attempt> m_refusedUnrecorded;
 };

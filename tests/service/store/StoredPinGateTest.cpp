@@ -132,6 +132,68 @@ TEST_F(StoredPinGateTest, aPinThatWasAcceptedUnderAnotherNameHasOneTryMore)
     EXPECT_EQ(ask(2), Decision::AlreadyTried);
 }
 
+TEST_F(StoredPinGateTest, anAcceptedPinThatIsRefusedUnderAnotherNameIsNotTriedAgain)
+{
+    // The PIN is changed in a phone, and the device tells the SIM's number at one time only.
+    const SimIdentity names[][2] = {{m_sim, m_unnumbered}, {m_unnumbered, m_sim}};
+    for (const auto &[first, second] : names) {
+        m_pin = first == m_sim ? QStringLiteral("1111") : QStringLiteral("2222");
+        m_gate->mayTry(first, m_pin, 3);
+        m_gate->accepted(first, m_pin);
+        EXPECT_EQ(m_gate->mayTry(second, m_pin, 2), Decision::Try);
+        m_gate->refused(second, m_pin);
+        restart();
+        EXPECT_EQ(m_gate->mayTry(first, m_pin, 2), Decision::AlreadyTried);
+        EXPECT_EQ(m_gate->mayTry(second, m_pin, 2), Decision::AlreadyTried);
+    }
+}
+
+TEST_F(StoredPinGateTest, anAttemptOfUnknownEndUnderAnotherNameLeavesAnAcceptedPinInUse)
+{
+    ask();
+    m_gate->accepted(m_sim, m_pin);
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 3), Decision::Try);
+    restart();
+    EXPECT_EQ(ask(1), Decision::Try);
+}
+
+TEST_F(StoredPinGateTest, whatAnotherSimTakesDoesNotEndAnAttemptOfUnknownEnd)
+{
+    ask();
+    const SimIdentity second{QStringLiteral("8935"), m_sim.imei};
+    m_gate->mayTry(second, m_pin, 3);
+    m_gate->accepted(second, m_pin);
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 3), Decision::AlreadyTried);
+    EXPECT_EQ(m_gate->mayTry(second, m_pin, 1), Decision::Try);
+}
+
+TEST_F(StoredPinGateTest, whatCouldNotBeRecordedHoldsUnderEveryNameOfTheSim)
+{
+    ask();
+    m_gate->accepted(m_sim, m_pin);
+    OtherConnection other(file());
+    other.lock();
+    m_gate->refused(m_sim, m_pin);
+    EXPECT_EQ(m_gate->mayTry({m_sim.iccid, {}}, m_pin, 2), Decision::AlreadyTried);
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 2), Decision::AlreadyTried);
+    other.unlock();
+    EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 2), Decision::AlreadyTried);
+    EXPECT_EQ(onDisk(), PinHistory::Refused);
+}
+
+TEST_F(StoredPinGateTest, aRefusalEndsAnAcceptanceThatIsStillToBeRecorded)
+{
+    ask();
+    OtherConnection other(file());
+    other.lock();
+    m_gate->accepted(m_sim, m_pin);
+    EXPECT_EQ(m_gate->mayTry({m_sim.iccid, {}}, m_pin, 2), Decision::Try);
+    other.unlock();
+    m_gate->refused({m_sim.iccid, {}}, m_pin);
+    EXPECT_EQ(ask(), Decision::AlreadyTried);
+    EXPECT_EQ(onDisk(), PinHistory::Refused);
+}
+
 TEST_F(StoredPinGateTest, aSimWhoseDeviceHasNoNumberHasItsOwnRecordAlone)
 {
     m_sim.imei.clear();
