@@ -26,8 +26,10 @@ if [[ ! -e $demo/config/Norvane/settings.ini ]]; then
     printf '[SMS]\nServerMode=True\nQueueFolder=%s\n' "$demo/queue" >"$demo/config/Norvane/settings.ini"
 fi
 
+on_own_bus=(dbus-run-session --config-file=tools/session-bus.conf --)
+
 # An X display: the console is not built for Wayland's own protocol, and Wayland's desktops have one.
 if [[ -n ${DISPLAY:-} ]]; then
-    exec dbus-run-session -- tools/demo.sh interactive
+    exec "${on_own_bus[@]}" tools/demo.sh interactive
 fi
-exec xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session -- tools/demo.sh driven
+exec xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" "${on_own_bus[@]}" tools/demo.sh driven

@@ -2,6 +2,9 @@
 # (The sourcing script sets what its functions use; conditions are called by their names.)
 # Sourced by the scripts that start the programs and drive their windows.
 
+# With a command behind it: that on a session bus of its own.
+on_own_bus=(dbus-run-session "--config-file=$(cd "${BASH_SOURCE[0]%/*}" && pwd)/session-bus.conf" --)
+
 # fail TEXT...: ends the script. A script may set `name` to what it is called there.
 fail() {
     echo "${name:-${0##*/}}: $*" >&2
@@ -71,7 +74,7 @@ play_on_display() {
     NORVANE_SANDBOX=$(mktemp -d)
     export NORVANE_SANDBOX
     local status=0
-    xvfb-run -a -s "-screen 0 ${1}x24 -dpi 96 -r" dbus-run-session -- "$0" "${@:2}" || status=$?
+    xvfb-run -a -s "-screen 0 ${1}x24 -dpi 96 -r" "${on_own_bus[@]}" "$0" "${@:2}" || status=$?
     clear_folder "$NORVANE_SANDBOX"
     exit "$status"
 }

@@ -6,14 +6,14 @@
 # twice, or is told otherwise than it went. What it found goes to FOLDER, build/soak if none is named.
 set -euo pipefail
 
-cd "$(dirname "$0")/.."
+tree=$(cd "$(dirname "$0")/.." && pwd)
 minutes=$1
-bin=$(realpath "${2:-build/release/bin}")
-mkdir -p "${3:-build/soak}"
-results=$(realpath "${3:-build/soak}")
+bin=$(realpath "${2:-$tree/build/release/bin}")
+mkdir -p "${3:-$tree/build/soak}"
+results=$(realpath "${3:-$tree/build/soak}")
 name=soak
 # shellcheck source=tools/driving.sh
-source tools/driving.sh
+source "$tree/tools/driving.sh"
 play_on_display 1280x1200 "$minutes" "$bin" "$results"
 
 queue=$sandbox/queue
@@ -26,7 +26,7 @@ rm -f "$results"/*.png
 : >"$sent"
 : >"$table"
 at_the_end() {
-    (($1 == 0)) || import -window root "$results/failed.png"
+    (($1 == 0)) || import -window root "$results/failed.png" || true
     cp "$sandbox/server/data/TovekSMService/engine.log" "$results/" 2>/dev/null || true
     finish
 }

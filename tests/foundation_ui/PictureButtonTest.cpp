@@ -2,6 +2,8 @@
 
 #include "foundation_ui/Pixels.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -109,6 +111,20 @@ TEST_F(PictureButtonTest, clicksAndKeysPressIt)
     button.setEnabled(false);
     QTest::mouseClick(&button, Qt::LeftButton);
     EXPECT_EQ(clicks, 4);
+}
+
+TEST_F(PictureButtonTest, keyThatIsHeldPressesItOnce)
+{
+    int presses = 0;
+    QObject::connect(&button, &PictureButton::clicked, &button, [&] { ++presses; });
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        presses = 0;
+        for (const bool repeated : {false, true, true}) {
+            QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, {}, repeated);
+            QApplication::sendEvent(&button, &press);
+        }
+        EXPECT_EQ(presses, 1);
+    }
 }
 
 } // namespace

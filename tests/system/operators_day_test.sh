@@ -24,7 +24,7 @@ mkdir -p "$queue" "$pictures"
 at_the_end() {
     local scene=${TMPDIR:-/tmp}/$name.png
     if (($1 != 0)); then
-        import -window root "$scene"
+        import -window root "$scene" || scene=none
         echo "The screen at that moment: $scene" >&2
     fi
     finish

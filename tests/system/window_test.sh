@@ -18,7 +18,7 @@ mkdir -p "$NORVANE_DEMO"/{config,data,runtime}
 chmod 700 "$NORVANE_DEMO/runtime"
 export XDG_CONFIG_HOME=$NORVANE_DEMO/config XDG_DATA_HOME=$NORVANE_DEMO/data
 export XDG_RUNTIME_DIR=$NORVANE_DEMO/runtime XDG_CACHE_HOME=$sandbox/cache
-display=(xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session --)
+display=(xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" "${on_own_bus[@]}")
 
 "${display[@]}" "$tools/demo.sh" driven || fail "the message did not arrive"
 [[ -s $NORVANE_DEMO/screenshot.png ]] || fail "no screenshot"
@@ -50,4 +50,14 @@ DRIVE
 "${display[@]}" bash "$bare/drive.sh" "$bare/bin" || fail "no box for a missing language file ($?)"
 [[ -z $(ls -A "$bare/config") ]] || fail "settings were written before the language file was read"
 [[ -z $(ls -A "$bare/data") ]] || fail "an engine or a data folder was made without a language file"
+# The engine of an installed package, which the account's own bus would start, is left alone.
+services=$sandbox/installed/dbus-1/services
+mkdir -p "$services"
+printf '[D-BUS Service]\nName=com.tovek.SMService\nExec=/usr/bin/touch "%s"\n' "$sandbox/called" \
+    >"$services/com.tovek.SMService.service"
+call=(dbus-send --session --print-reply --dest=com.tovek.SMService / com.tovek.SMService.Any)
+! XDG_DATA_DIRS=$sandbox/installed "${on_own_bus[@]}" "${call[@]}" >"$sandbox/call.out" 2>&1 ||
+    fail "there is an engine"
+[[ ! -e $sandbox/called ]] || fail "an installed engine is started"
+
 echo "window_test: passed"

@@ -16,7 +16,7 @@ inline constexpr double leastOfOutlines = 3;
 /// matter which of them is the text.
 double ratio(const QColor &one, const QColor &other);
 
-/// `text`, as far on the way to `ground` as it can go and still be read.
+/// `text`, as far on the way to `ground` as it can go and still be read, half-way at most.
 QColor faded(const QColor &text, const QColor &ground);
 
 /// `colour`, moved away from `other` until their ratio is `wanted`, as far as black or white allow.

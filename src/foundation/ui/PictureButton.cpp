@@ -11,10 +11,10 @@ constexpr int pictureGap = 2; // pixels between picture and caption
 
 void PictureButton::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
         QPushButton::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        click();
 }
 
 void PictureButton::paintEvent(QPaintEvent *)

@@ -4,7 +4,7 @@
 
 /// A push button with its picture above its caption. A caption too wide for the button is broken
 /// between words. Without a caption the picture stands in the middle. Return presses it as Space
-/// does, in a window without a default button as well.
+/// does, in a window without a default button as well, and once however long it is held.
 class PictureButton : public QPushButton
 {
     Q_OBJECT
