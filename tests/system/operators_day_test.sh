@@ -205,7 +205,7 @@ engine_killed() { # In the middle of a list. The message that was leaving is rep
 # device_dialog_picture CONSOLE FILE: as it may look in a shop.
 device_dialog_picture() {
     open_device_dialog "$1"
-    fill_folder /srv/sms
+    fill_folder /srv/norvane/queue
     [[ $1 == "$client" ]] || fill_parameter "/dev/ttyUSB0, 115200"
     picture "$dialog" "$pictures/$2"
     xdotool key Escape
@@ -238,6 +238,8 @@ close_import() {
 
 all_pictures() {
     step "pictures"
+    fill_moment "$client" '-1 minute'
+    fill_moment "$server" '-1 minute'
     fill "$client" 912345678 "Su pedido ha llegado. Puede recogerlo hasta las 20."
     picture "$(window_of "$client")" "$pictures/console-client.png"
     fill "$server" 912345678 "Su pedido ha llegado. Puede recogerlo hasta las 20."
