@@ -66,15 +66,30 @@ clear_folder() {
     done
 }
 
+# on_display SIZE COMMAND...: on a virtual display of its own, whose keys do not repeat. The server takes a
+# number that no other has, also of those that start in the same moment.
+on_display() {
+    local number server status=0
+    number=$(mktemp)
+    Xvfb -displayfd 9 -screen 0 "${1}x24" -dpi 96 -r -nolisten tcp 9>"$number" >/dev/null 2>&1 &
+    server=$!
+    await 20 test -s "$number"
+    DISPLAY=:$(<"$number") "${@:2}" || status=$?
+    kill "$server"
+    wait "$server" || true
+    rm "$number"
+    return "$status"
+}
+
 # play_on_display SIZE "$@": unless that has happened, runs the calling script once more, in a sandbox of
-# its own with a display of that size, whose keys do not repeat, and a session bus, and ends. Sets sandbox.
+# its own with a display of that size and a session bus, and ends. Sets sandbox.
 play_on_display() {
     sandbox=${NORVANE_SANDBOX:-}
     [[ -z $sandbox ]] || return 0
     NORVANE_SANDBOX=$(mktemp -d)
     export NORVANE_SANDBOX
     local status=0
-    xvfb-run -a -s "-screen 0 ${1}x24 -dpi 96 -r" "${on_own_bus[@]}" "$0" "${@:2}" || status=$?
+    on_display "$1" "${on_own_bus[@]}" "$0" "${@:2}" || status=$?
     clear_folder "$NORVANE_SANDBOX"
     exit "$status"
 }

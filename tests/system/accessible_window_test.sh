@@ -47,7 +47,7 @@ meets() {
     printf '[SMS]\nServerMode=%s\nQueueFolder=%s\n' "$2" "$own/queue" \
         >"$own/config/Norvane/settings.ini"
     sort >"$own/expected"
-    xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" dbus-run-session -- \
+    on_display 1280x800 dbus-run-session -- \
         bash "$own/../drive.sh" "$bin" "$tools" "$reader" "$own" ||
         fail "a screen reader meets something else on a $1"
 }

@@ -18,7 +18,7 @@ mkdir -p "$NORVANE_DEMO"/{config,data,runtime}
 chmod 700 "$NORVANE_DEMO/runtime"
 export XDG_CONFIG_HOME=$NORVANE_DEMO/config XDG_DATA_HOME=$NORVANE_DEMO/data
 export XDG_RUNTIME_DIR=$NORVANE_DEMO/runtime XDG_CACHE_HOME=$sandbox/cache
-display=(xvfb-run -a -s "-screen 0 1280x800x24 -dpi 96" "${on_own_bus[@]}")
+display=(on_display 1280x800 "${on_own_bus[@]}")
 
 "${display[@]}" "$tools/demo.sh" driven || fail "the message did not arrive"
 [[ -s $NORVANE_DEMO/screenshot.png ]] || fail "no screenshot"
