@@ -113,7 +113,7 @@ lists() { # A list for tomorrow from a text file, and one for now from a workboo
         expect "$phone" "Rebajas desde hoy, $phone"
         expect "$phone" 'Hoy abrimos hasta las 22'
     done
-    await 30 all_received
+    await 80 all_received # also what was for later
 }
 
 device_test() { # A running engine is stopped for the test and runs again.
