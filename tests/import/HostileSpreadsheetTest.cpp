@@ -34,6 +34,20 @@ protected:
         return bytesOf(QStringLiteral(NORVANE_TEST_DATA "/import/") + QLatin1String(name));
     }
 
+    /// An archive with other bytes in the header of each entry, both where its content lies and in
+    /// the directory.
+    static QByteArray inEachEntry(QByteArray archive, qsizetype atContent, qsizetype inDirectory,
+                                  const QByteArray &bytes)
+    {
+        for (const auto &[mark, offset] :
+             {std::pair("PK\x03\x04", atContent), std::pair("PK\x01\x02", inDirectory)}) {
+            for (qsizetype entry = archive.indexOf(mark); entry >= 0;
+                 entry = archive.indexOf(mark, entry + 1))
+                archive.replace(entry + offset, bytes.size(), bytes);
+        }
+        return archive;
+    }
+
     /// A program that does this in the reader's place.
     QString readerThat(const QByteArray &acts) const
     {
@@ -124,22 +138,74 @@ TEST_F(HostileSpreadsheet, anArchiveThatUnpacksToMoreThanTheReaderMayHoldIsRefus
     const QByteArray bytes = xlsxOf(QByteArray(400 << 20, ' '));
     EXPECT_LT(bytes.size(), 1 << 20);
     expectRefused(bytes, "400 MiB of blanks");
-    EXPECT_EQ(connection.errors(), QStringList{u"The workbook holds too much."_qs});
+    EXPECT_EQ(connection.errors(),
+              QStringList{u"A part of the archive holds more than 256 MiB."_qs});
 }
 
-TEST_F(HostileSpreadsheet, anArchiveThatClaimsGigabytesIsRefused)
+TEST_F(HostileSpreadsheet, aPartThatIsLongerOrShorterThanTheArchiveClaimsIsRefused)
 {
-    QByteArray bytes = xlsxOf("<row/>");
-    const QByteArray inDirectory("PK\x01\x02");
-    qsizetype entry = bytes.indexOf(inDirectory);
-    ASSERT_GT(entry, 0);
-    for (; entry >= 0; entry = bytes.indexOf(inDirectory, entry + 1))
-        bytes.replace(entry + 24, 4, "\xF0\xFF\xFF\xFF");
-    const auto failure = opening(bytes);
-    ASSERT_TRUE(failure);
-    // Out of memory, unless as much can be had; then too little comes out.
-    EXPECT_TRUE(failure->number() == 7 || failure->number() == SheetFailure::BadFile);
-    EXPECT_FALSE(failure->description().isEmpty());
+    const QByteArray good = xlsxOf("<row><c><v>1</v></c></row>");
+    ASSERT_FALSE(opening(good));
+    constexpr char one[] = {1, 0, 0, 0};
+    constexpr char million[] = {0, 0, 16, 0};
+    for (const char *claimed : {one, million}) {
+        expectRefused(inEachEntry(good, 22, 24, QByteArray(claimed, 4)), "a wrong length");
+        EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_qs});
+    }
+    expectRefused(inEachEntry(good, 22, 24, "\xF0\xFF\xFF\x7F"), "gigabytes");
+    EXPECT_EQ(connection.errors(),
+              QStringList{u"A part of the archive holds more than 256 MiB."_qs});
+}
+
+TEST_F(HostileSpreadsheet, aPartWithAWrongChecksumIsRefused)
+{
+    expectRefused(inEachEntry(xlsxOf("<row><c><v>1</v></c></row>"), 14, 16, "\1\2\3\4"),
+                  "wrong checksums");
+    EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_qs});
+}
+
+TEST_F(HostileSpreadsheet, anArchiveWithAPasswordIsToldAsSuch)
+{
+    expectRefused(inEachEntry(xlsxOf("<row><c><v>1</v></c></row>"), 6, 8, QByteArray("\1\0", 2)),
+                  "encrypted entries");
+    EXPECT_EQ(connection.errors(), QStringList{u"The workbook is encrypted."_qs});
+}
+
+TEST_F(HostileSpreadsheet, aPartThatIsPackedInAnotherWayIsRefused)
+{
+    constexpr char bzip2[] = {12, 0};
+    expectRefused(inEachEntry(xlsxOf("<row><c><v>1</v></c></row>"), 8, 10, QByteArray(bzip2, 2)),
+                  "bzip2");
+    EXPECT_EQ(connection.errors(),
+              QStringList{u"The archive is packed in a way that isn't read."_qs});
+}
+
+TEST_F(HostileSpreadsheet, anArchiveThatNamesAPartTwiceIsRefused)
+{
+    const QByteArray sheet = "<document-content><body><spreadsheet/></body></document-content>";
+    ASSERT_FALSE(opening(zipOf({{"content.xml", sheet}, {"other.xml", sheet}})));
+    expectRefused(zipOf({{"content.xml", sheet}, {"content.xml", sheet}}), "a name twice");
+    EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_qs});
+}
+
+TEST_F(HostileSpreadsheet, anArchiveOfMoreEntriesThanItClaimsOrFewerIsRefused)
+{
+    const QByteArray good = xlsxOf("<row><c><v>1</v></c></row>");
+    for (const char claimed : {'\1', '\x7F'}) {
+        QByteArray bytes = good;
+        bytes[bytes.size() - 12] = claimed;
+        bytes[bytes.size() - 14] = claimed;
+        expectRefused(bytes, "a wrong count of entries");
+    }
+}
+
+TEST_F(HostileSpreadsheet, anArchiveOfTooManyPartsIsRefused)
+{
+    QList<ZipEntry> entries{{"content.xml", "<document-content/>"}};
+    while (entries.size() <= 65536)
+        entries.append({QByteArray::number(entries.size()), {}});
+    expectRefused(zip64Of(entries), "65,537 parts");
+    EXPECT_EQ(connection.errors(), QStringList{u"The archive holds too many parts."_qs});
 }
 
 TEST_F(HostileSpreadsheet, entitiesThatMultiplyAreRefused)

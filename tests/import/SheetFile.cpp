@@ -26,10 +26,6 @@ quint32 crcOf(const QByteArray &bytes)
         }
         return made;
     }();
-    constexpr qsizetype most =
-        1 << 20; // the sums of larger parts take long, and nobody checks them
-    if (bytes.size() > most)
-        return 0;
     quint32 crc = 0xFFFFFFFF;
     for (const char byte : bytes)
         crc = (crc >> 8) ^ table[(crc ^ static_cast<quint8>(byte)) & 0xFF];
@@ -63,6 +59,34 @@ QByteArray zipOf(const QList<ZipEntry> &entries)
     return archive + directory + "PK\x05\x06" + little<quint32>(0) + little(count) + little(count) +
            little(static_cast<quint32>(directory.size())) +
            little(static_cast<quint32>(archive.size())) + little<quint16>(0);
+}
+
+QByteArray zip64Of(const QList<ZipEntry> &entries)
+{
+    constexpr quint32 elsewhere = 0xFFFFFFFF; // in the extra field, or the larger record
+    QByteArray archive;
+    QByteArray directory;
+    for (const ZipEntry &entry : entries) {
+        const QByteArray packed = deflated(entry.content);
+        const QByteArray sizes = little(static_cast<quint64>(entry.content.size())) +
+                                 little(static_cast<quint64>(packed.size()));
+        const QByteArray front = little<quint16>(45) + little<quint16>(0) + little<quint16>(8) +
+                                 little<quint32>(0) + little(crcOf(entry.content)) +
+                                 little(elsewhere) + little(elsewhere) +
+                                 little(static_cast<quint16>(entry.name.size()));
+        directory += "PK\x01\x02" + little<quint16>(45) + front + little<quint16>(28) +
+                     QByteArray(10, '\0') + little(elsewhere) + entry.name + little<quint16>(1) +
+                     little<quint16>(24) + sizes + little(static_cast<quint64>(archive.size()));
+        archive += "PK\x03\x04" + front + little<quint16>(20) + entry.name + little<quint16>(1) +
+                   little<quint16>(16) + sizes + packed;
+    }
+    const auto count = static_cast<quint64>(entries.size());
+    return archive + directory + "PK\x06\x06" + little<quint64>(44) + little<quint16>(45) +
+           little<quint16>(45) + little<quint32>(0) + little<quint32>(0) + little(count) +
+           little(count) + little(static_cast<quint64>(directory.size())) +
+           little(static_cast<quint64>(archive.size())) + "PK\x06\x07" + little<quint32>(0) +
+           little(static_cast<quint64>(archive.size() + directory.size())) + little<quint32>(1) +
+           "PK\x05\x06" + little<quint32>(0) + QByteArray(12, '\xFF') + little<quint16>(0);
 }
 
 QByteArray xlsxOf(const QByteArray &rows, const QByteArray &sharedStrings)

@@ -14,6 +14,9 @@ struct ZipEntry
 
 /// A zip archive with compressed entries.
 QByteArray zipOf(const QList<ZipEntry> &entries);
+/// The same with all lengths in fields of 64 bits, as programs write it that don't know beforehand
+/// how much will come.
+QByteArray zip64Of(const QList<ZipEntry> &entries);
 
 /// An .xlsx of one sheet, "Hoja1", whose element `worksheet` holds `rows` as its data.
 QByteArray xlsxOf(const QByteArray &rows, const QByteArray &sharedStrings = {});

@@ -144,6 +144,16 @@ TEST_F(Spreadsheets, cellsOfEveryKindInAnOds)
               (S{u"600"_qs, u"600"_qs, u"True"_qs, u"(null)"_qs, u"(null)"_qs, u"a  b\nc"_qs}));
 }
 
+TEST_F(Spreadsheets, anArchiveWithLengthsOf64BitsIsRead)
+{
+    openBytes(zip64Of({{"content.xml", "<o:document-content xmlns:o=\"o\" xmlns:t=\"t\">"
+                                       "<o:body><o:spreadsheet><t:table t:name=\"Hoja1\">"
+                                       "<t:table-row><t:table-cell o:value-type=\"float\" "
+                                       "o:value=\"7\"/></t:table-row></t:table>"
+                                       "</o:spreadsheet></o:body></o:document-content>"}}));
+    EXPECT_EQ(connection.describe(u"Hoja1"_qs).fields, S{u"7"_qs});
+}
+
 TEST_F(Spreadsheets, fieldsAndSheetsThatAreNotThereAreFailures)
 {
     connection.open(QStringLiteral(NORVANE_TEST_DATA "/import/perl.xls"));

@@ -1,12 +1,15 @@
 #include "import/sheets/OdsReader.h"
 
 #include "import/sheets/CellText.h"
+#include "import/sheets/PartXml.h"
 
 #include <QDateTime>
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -15,7 +18,7 @@ namespace {
 class ContentReader
 {
 public:
-    explicit ContentReader(const QByteArray &content) : m_xml(content) {}
+    explicit ContentReader(std::unique_ptr<PartStream> content) : m_xml(std::move(content)) {}
 
     std::vector<SheetTable> read()
     {
@@ -28,7 +31,7 @@ public:
             else if (!is(u"document-content") && !is(u"body") && !is(u"spreadsheet"))
                 m_xml.skipCurrentElement();
         }
-        checkXml(m_xml);
+        m_xml.finish();
         return std::move(m_tables);
     }
 
@@ -225,7 +228,7 @@ private:
         return is(u"line-break") ? u"\n"_qs : QString();
     }
 
-    QXmlStreamReader m_xml;
+    PartXml m_xml;
     CellBudget m_budget;
     std::vector<SheetTable> m_tables;
     qint64 m_row = 0;
@@ -235,12 +238,15 @@ private:
 
 bool isEncryptedOds(const PackageParts &parts)
 {
-    return parts.part(QStringLiteral("META-INF/manifest.xml")).contains("encryption-data");
+    return parts.bytes(QStringLiteral("META-INF/manifest.xml")).contains("encryption-data");
 }
 
 std::vector<SheetTable> readOds(const PackageParts &parts)
 {
     if (isEncryptedOds(parts))
         SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
-    return ContentReader(parts.part(QStringLiteral("content.xml"))).read();
+    std::unique_ptr<PartStream> content = parts.open(QStringLiteral("content.xml"));
+    if (!content)
+        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
+    return ContentReader(std::move(content)).read();
 }

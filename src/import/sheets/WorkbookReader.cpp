@@ -21,10 +21,10 @@ constexpr qsizetype MostUnits = 1 << 20;
 
 std::vector<SheetTable> readZipped(const QByteArray &bytes)
 {
-    const ZipParts parts(bytes);
-    if (!parts.part(QStringLiteral("_rels/.rels")).isEmpty())
+    const PackageParts parts(bytes);
+    if (parts.contains(QStringLiteral("_rels/.rels")))
         return readXlsx(parts);
-    if (!parts.part(QStringLiteral("content.xml")).isEmpty() || isEncryptedOds(parts))
+    if (parts.contains(QStringLiteral("content.xml")) || isEncryptedOds(parts))
         return readOds(parts);
     SheetFailure::raise(SheetFailure::BadFile, u"The archive is no spreadsheet."_qs);
 }

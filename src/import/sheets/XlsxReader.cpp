@@ -1,10 +1,14 @@
 #include "import/sheets/XlsxReader.h"
 
 #include "import/sheets/CellText.h"
+#include "import/sheets/PartXml.h"
+#include "import/sheets/XlsxRelations.h"
 #include "import/sheets/XlsxStyles.h"
 
 #include <QDateTime>
-#include <QHash>
+
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -23,12 +27,12 @@ QString readTexts(QXmlStreamReader &xml)
     return text;
 }
 
-QStringList readSharedStrings(const QByteArray &part)
+QStringList readSharedStrings(std::unique_ptr<PartStream> part)
 {
     QStringList texts;
-    if (part.isEmpty())
+    if (!part)
         return texts;
-    QXmlStreamReader xml(part);
+    PartXml xml(std::move(part));
     xml.readNextStartElement();
     while (xml.readNextStartElement()) {
         if (xml.name() == u"si")
@@ -36,31 +40,8 @@ QStringList readSharedStrings(const QByteArray &part)
         else
             xml.skipCurrentElement();
     }
-    checkXml(xml);
+    xml.finish();
     return texts;
-}
-
-struct Relation
-{
-    QString type; ///< without the address in front
-    QString target;
-};
-
-QHash<QString, Relation> readRelations(const QByteArray &part)
-{
-    QHash<QString, Relation> relations;
-    QXmlStreamReader xml(part);
-    xml.readNextStartElement();
-    while (xml.readNextStartElement()) {
-        const QXmlStreamAttributes attributes = xml.attributes();
-        const QString type = attributes.value(QLatin1String("Type")).toString();
-        relations.insert(attributes.value(QLatin1String("Id")).toString(),
-                         {type.mid(type.lastIndexOf(u'/') + 1),
-                          attributes.value(QLatin1String("Target")).toString()});
-        xml.skipCurrentElement();
-    }
-    checkXml(xml);
-    return relations;
 }
 
 /// Column and row of an address like "B7", counted from 0; -1 for what it doesn't tell.
@@ -83,17 +64,56 @@ class XlsxWorkbook
 {
 public:
     explicit XlsxWorkbook(const PackageParts &parts)
-        : m_parts(parts), m_path(workbookPath()),
-          m_relations(
-              readRelations(parts.part(folder() + QStringLiteral("_rels/") +
-                                       m_path.mid(folder().size()) + QStringLiteral(".rels")))),
+        : m_parts(parts), m_path(workbookPath()), m_relations(parts, m_path),
           m_strings(readSharedStrings(relatedPart(QStringLiteral("sharedStrings")))),
           m_styles(relatedPart(QStringLiteral("styles")))
     {}
 
     std::vector<SheetTable> read()
     {
-        QXmlStreamReader xml(m_parts.part(m_path));
+        for (const Sheet &sheet : readSheetList()) {
+            m_tables.emplace_back(sheet.name, m_budget);
+            readCells(sheet.path);
+            m_tables.back().finish();
+        }
+        return std::move(m_tables);
+    }
+
+private:
+    struct Sheet
+    {
+        QString name;
+        QString path;
+    };
+
+    QString workbookPath() const
+    {
+        const QString path =
+            XlsxRelations(m_parts, QString()).targetOfType(QStringLiteral("officeDocument"));
+        if (path.isEmpty())
+            SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
+        return path;
+    }
+
+    /// A part that the workbook can't do without.
+    PartXml openPart(const QString &path) const
+    {
+        std::unique_ptr<PartStream> part = m_parts.open(path);
+        if (!part)
+            SheetFailure::raise(SheetFailure::BadFile,
+                                u"The archive lacks a part of the workbook."_qs);
+        return PartXml(std::move(part));
+    }
+
+    std::unique_ptr<PartStream> relatedPart(const QString &type) const
+    {
+        return m_parts.open(m_relations.targetOfType(type));
+    }
+
+    QList<Sheet> readSheetList()
+    {
+        QList<Sheet> sheets;
+        PartXml xml = openPart(m_path);
         while (!xml.atEnd()) {
             xml.readNext();
             if (!xml.isStartElement())
@@ -102,59 +122,29 @@ public:
                 const auto from1904 = xml.attributes().value(QLatin1String("date1904"));
                 m_from1904 = from1904 == u"1" || from1904 == u"true";
             } else if (xml.name() == u"sheet") {
-                readSheet(xml.attributes());
+                addSheet(xml.attributes(), sheets);
             }
         }
-        checkXml(xml);
-        return std::move(m_tables);
+        xml.finish();
+        return sheets;
     }
 
-private:
-    QString workbookPath() const
-    {
-        for (const Relation &relation :
-             readRelations(m_parts.part(QStringLiteral("_rels/.rels")))) {
-            if (relation.type == u"officeDocument")
-                return relation.target.startsWith(u'/') ? relation.target.mid(1) : relation.target;
-        }
-        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
-    }
-
-    QString folder() const { return m_path.left(m_path.lastIndexOf(u'/') + 1); }
-
-    QByteArray partOf(const Relation &relation) const
-    {
-        return m_parts.part(relation.target.startsWith(u'/') ? relation.target.mid(1)
-                                                             : folder() + relation.target);
-    }
-
-    QByteArray relatedPart(const QString &type) const
-    {
-        for (const Relation &relation : m_relations) {
-            if (relation.type == type)
-                return partOf(relation);
-        }
-        return {};
-    }
-
-    void readSheet(const QXmlStreamAttributes &attributes)
+    void addSheet(const QXmlStreamAttributes &attributes, QList<Sheet> &sheets) const
     {
         QString identifier;
         for (const QXmlStreamAttribute &attribute : attributes) {
             if (attribute.name() == u"id")
                 identifier = attribute.value().toString();
         }
-        const Relation relation = m_relations.value(identifier);
-        if (relation.type != u"worksheet")
-            return; // a sheet that is a chart or a macro
-        m_tables.emplace_back(attributes.value(QLatin1String("name")).toString(), m_budget);
-        readCells(partOf(relation));
-        m_tables.back().finish();
+        // Sheets that are charts or macros are left out.
+        const XlsxRelations::Relation relation = m_relations.byId(identifier);
+        if (relation.type == u"worksheet")
+            sheets.append({attributes.value(QLatin1String("name")).toString(), relation.target});
     }
 
-    void readCells(const QByteArray &part)
+    void readCells(const QString &path)
     {
-        QXmlStreamReader xml(part);
+        PartXml xml = openPart(path);
         qint32 row = -1;
         qint32 column = -1;
         while (!xml.atEnd()) {
@@ -174,7 +164,7 @@ private:
                     m_tables.back().set(row, column, value);
             }
         }
-        checkXml(xml);
+        xml.finish();
     }
 
     QString readCell(QXmlStreamReader &xml) const
@@ -222,7 +212,7 @@ private:
 
     const PackageParts &m_parts;
     const QString m_path;
-    const QHash<QString, Relation> m_relations;
+    const XlsxRelations m_relations;
     const QStringList m_strings;
     const XlsxStyles m_styles;
     bool m_from1904 = false;

@@ -1,13 +1,15 @@
 #include "import/sheets/XlsxStyles.h"
 
 #include "import/sheets/CellText.h"
-#include "import/sheets/PackageParts.h"
+#include "import/sheets/PartXml.h"
 
-XlsxStyles::XlsxStyles(const QByteArray &part)
+#include <utility>
+
+XlsxStyles::XlsxStyles(std::unique_ptr<PartStream> part)
 {
-    if (part.isEmpty())
+    if (!part)
         return;
-    QXmlStreamReader xml(part);
+    PartXml xml(std::move(part));
     bool inCellFormats = false;
     while (!xml.atEnd()) {
         xml.readNext();
@@ -22,5 +24,5 @@ XlsxStyles::XlsxStyles(const QByteArray &part)
         else if (xml.name() == u"xf" && inCellFormats)
             m_isDate.append(CellText::isDateFormat(identifier, m_codes.value(identifier)));
     }
-    checkXml(xml);
+    xml.finish();
 }

@@ -1,16 +1,20 @@
 #pragma once
 
-#include <QByteArray>
+#include "import/sheets/PartStream.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
+
+#include <memory>
 
 /// Which cell formats of a workbook write their numbers as dates.
 class XlsxStyles
 {
 public:
+    /// @param part  null for a workbook without
     /// @throws NumberedFailure BadFile
-    explicit XlsxStyles(const QByteArray &part);
+    explicit XlsxStyles(std::unique_ptr<PartStream> part);
 
     bool isDate(qint32 format) const { return m_isDate.value(format, false); }
 

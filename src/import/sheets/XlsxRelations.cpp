@@ -1,0 +1,46 @@
+#include "import/sheets/XlsxRelations.h"
+
+#include "import/readers/SpreadsheetConnection.h"
+#include "import/sheets/PartXml.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+/// The path of what `source` calls `target`.
+QString resolved(const QString &source, const QString &target)
+{
+    if (target.startsWith(u'/'))
+        return target.mid(1);
+    return source.left(source.lastIndexOf(u'/') + 1) + target;
+}
+
+} // namespace
+
+XlsxRelations::XlsxRelations(const PackageParts &parts, const QString &source)
+{
+    const qsizetype folder = source.lastIndexOf(u'/') + 1;
+    std::unique_ptr<PartStream> part = parts.open(source.left(folder) + QStringLiteral("_rels/") +
+                                                  source.mid(folder) + QStringLiteral(".rels"));
+    if (!part)
+        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
+    PartXml xml(std::move(part));
+    xml.readNextStartElement();
+    while (xml.readNextStartElement()) {
+        const QXmlStreamAttributes attributes = xml.attributes();
+        const QString type = attributes.value(QLatin1String("Type")).toString();
+        m_relations.insert(
+            attributes.value(QLatin1String("Id")).toString(),
+            {type.mid(type.lastIndexOf(u'/') + 1),
+             resolved(source, attributes.value(QLatin1String("Target")).toString())});
+        xml.skipCurrentElement();
+    }
+    xml.finish();
+}
+
+QString XlsxRelations::targetOfType(const QString &type) const
+{
+    const auto found = std::ranges::find(m_relations, type, &Relation::type);
+    return found != m_relations.end() ? found->target : QString();
+}
