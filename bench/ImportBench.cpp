@@ -2,6 +2,8 @@
 // console's button to the engine's count, each beside the least that it could take. Starts the
 // engine in a sandbox of its own; to be run under dbus-run-session.
 
+#include "BenchSize.h"
+
 #include "console/MessageEdit.h"
 #include "console/frmSMSClient.h"
 #include "engine/SMSManagerProxy.h"
@@ -86,9 +88,9 @@ QByteArray listOf(int lines)
 
 void measureText(const QString &path)
 {
-    constexpr int lines = 1'000'000;
+    const int lines = benchSize(1'000'000);
     write(path, listOf(lines));
-    figure(QStringLiteral("floor: the bytes of 1,000,000 lines"), secondsOf([&] {
+    figure(QStringLiteral("floor: the bytes of %1 lines").arg(lines), secondsOf([&] {
                QFile file(path);
                if (!file.open(QIODevice::ReadOnly))
                    qFatal("the list can't be read");
@@ -99,7 +101,7 @@ void measureText(const QString &path)
     NumberedFiles files;
     clsCollection recipients;
     const double before = processorSeconds();
-    figure(QStringLiteral("a text of 1,000,000 lines, without duplicates"),
+    figure(QStringLiteral("a text of %1 lines, without duplicates").arg(lines),
            secondsOf([&] { readTextRecipients(files, path, Duplicates::Remove, recipients); }),
            "s");
     figure(QStringLiteral("of it on the processor"), processorSeconds() - before, "s");
@@ -131,7 +133,7 @@ void measureSheet(const QString &what, const QString &path)
 
 void measureSheets(const QTemporaryDir &folder)
 {
-    constexpr int rows = 60'000;
+    const int rows = benchSize(60'000);
     QByteArray xlsx = "<row><c t=\"inlineStr\"><is><t>Num</t></is></c></row>";
     QByteArray ods = "<t:table-row><t:table-cell o:value-type=\"string\"><x:p>Num</x:p>"
                      "</t:table-cell></t:table-row>";
@@ -143,9 +145,9 @@ void measureSheets(const QTemporaryDir &folder)
     }
     const QString path = folder.filePath(QStringLiteral("book"));
     write(path, xlsxOf(xlsx));
-    measureSheet(QStringLiteral("an .xlsx of 60,000 rows"), path);
+    measureSheet(QStringLiteral("an .xlsx of %1 rows").arg(rows), path);
     write(path, odsOf(ods));
-    measureSheet(QStringLiteral("an .ods of 60,000 rows"), path);
+    measureSheet(QStringLiteral("an .ods of %1 rows").arg(rows), path);
     // The kind that can't be laid out by a few lines: made by tests/data/import/sixty-thousand.pl.
     const QString xls = qEnvironmentVariable("NORVANE_BENCH_XLS");
     if (!xls.isEmpty())
@@ -154,7 +156,7 @@ void measureSheets(const QTemporaryDir &folder)
 
 void measureTransaction(const QString &path, int rows)
 {
-    figure(QStringLiteral("floor: one transaction of 30,000 rows"), secondsOf([&] {
+    figure(QStringLiteral("floor: one transaction of %1 rows").arg(rows), secondsOf([&] {
                QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
                database.setDatabaseName(path);
                database.open();
@@ -189,7 +191,7 @@ public:
 
 void measureBulkSend(const QTemporaryDir &folder)
 {
-    constexpr int count = 30'000;
+    const int count = benchSize(30'000);
     const QString list = folder.filePath(QStringLiteral("list.txt"));
     write(list, listOf(count));
     measureTransaction(folder.filePath(QStringLiteral("floor.sqlite")), count);
@@ -223,7 +225,8 @@ void measureBulkSend(const QTemporaryDir &folder)
     console.findChild<QPushButton *>(QStringLiteral("btnImport"))->click();
     if (other.GetQueueSize() != count)
         qFatal("%d messages", other.GetQueueSize());
-    figure(QStringLiteral("a bulk send of 30,000, from the dialog's button to the queue's count"),
+    figure(QStringLiteral("a bulk send of %1, from the dialog's button to the queue's count")
+               .arg(count),
            static_cast<double>(timer.nsecsElapsed()) / 1e9, "s");
     console.close();
 }

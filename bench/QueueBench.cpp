@@ -1,6 +1,8 @@
 // Drop files: the decoder alone, and files through the reader into the engine process. Starts the
 // engine in a sandbox of its own; to be run under dbus-run-session.
 
+#include "BenchSize.h"
+
 #include "engine/SMSManagerProxy.h"
 #include "engine/contract/BusTypes.h"
 #include "queue/QueueDropFile.h"
@@ -44,7 +46,7 @@ void write(const QString &path, const QByteArray &bytes)
 
 void measureDecoder()
 {
-    constexpr int count = 20'000;
+    const int count = benchSize(20'000);
     const QByteArray bytes = records(count);
     qsizetype length = 0;
     QElapsedTimer timer;
@@ -68,7 +70,7 @@ void report(const char *what, qint64 nanoseconds, int messages)
 
 void measureReader(SMSManager &engine, const QString &folder)
 {
-    constexpr int count = 1000;
+    const int count = benchSize(1000);
     const QString one = folder + QStringLiteral("/sms.bulk");
     write(one, records(count));
     QElapsedTimer timer;

@@ -2,6 +2,8 @@
 // the event loop leaves an operator waiting. Starts the engine process in a sandbox of its own; to
 // be run under dbus-run-session.
 
+#include "BenchSize.h"
+
 #include "app/modSMSClient.h"
 #include "console/QueueGrid.h"
 #include "console/frmSMSClient.h"
@@ -26,13 +28,21 @@
 
 namespace {
 
-constexpr int waitingMessages = 100'000;
-constexpr int seconds = 10;
-
 QTextStream &out()
 {
     static QTextStream stream(stdout);
     return stream;
+}
+
+int waitingMessages()
+{
+    return benchSize(100'000, 2);
+}
+
+/// Milliseconds for which the window is watched while the queue changes.
+int watchMs()
+{
+    return benchSize(10'000, 200);
 }
 
 QString engineProgram()
@@ -68,6 +78,8 @@ public:
     void print(const char *what)
     {
         m_timer.stop();
+        if (m_late.empty())
+            qFatal("%s: the timer never came", what);
         std::sort(m_late.begin(), m_late.end());
         const auto at = [this](size_t percent) {
             return QString::number(m_late[(m_late.size() - 1) * percent / 100], 'f', 2);
@@ -130,8 +142,8 @@ private:
 
 void fillQueue(SMSManager &engine)
 {
-    constexpr int atOnce = 20'000;
-    for (int done = 0; done < waitingMessages; done += atOnce) {
+    const int atOnce = benchSize(20'000);
+    for (int done = 0; done < waitingMessages(); done += atOnce) {
         SMSList list;
         for (int i = 0; i < atOnce; ++i)
             list.Add(QStringLiteral("9%1").arg(done + i, 8, 10, QLatin1Char('0')),
@@ -144,7 +156,7 @@ void measureWindow(frmSMSClient &console)
 {
     Pulse pulse;
     pulse.start();
-    runLoop(1000);
+    runLoop(benchSize(1000, 200));
     pulse.print("quiet");
 
     auto *const grid = console.findChild<QueueGrid *>(QStringLiteral("grdQueue"));
@@ -153,15 +165,15 @@ void measureWindow(frmSMSClient &console)
     {
         const Changer changer;
         pulse.start();
-        runLoop(seconds * 1000);
+        runLoop(watchMs());
         pulse.print("queue changing");
-        out() << rebuilds << " rebuilds of a grid of " << grid->rows() << " rows in " << seconds
-              << " s, " << changer.changes << " changes" << Qt::endl;
+        out() << rebuilds << " rebuilds of a grid of " << grid->rows() << " rows in " << watchMs()
+              << " ms, " << changer.changes << " changes" << Qt::endl;
 
-        grid->setCurrentIndex(grid->model()->index(waitingMessages / 2, 2));
+        grid->setCurrentIndex(grid->model()->index(waitingMessages() / 2, 2));
         grid->QAbstractItemView::edit(grid->currentIndex());
         pulse.start();
-        runLoop(seconds * 1000);
+        runLoop(watchMs());
         pulse.print("queue changing, a cell in the middle being edited");
     }
 }
@@ -194,10 +206,10 @@ int main(int argc, char **argv)
     QElapsedTimer timer;
     timer.start();
     console.Form_Load();
-    out() << "load of the window with " << waitingMessages << " waiting: " << timer.elapsed()
+    out() << "load of the window with " << waitingMessages() << " waiting: " << timer.elapsed()
           << " ms" << Qt::endl;
     console.show();
-    runLoop(1000);
+    runLoop(benchSize(1000, 200));
     measureWindow(console);
     console.close();
     return 0; // the engine ends with its bus

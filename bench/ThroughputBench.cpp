@@ -1,7 +1,9 @@
 // The engine against a bare loop that talks the same way to the same simulated device, and keeps
 // nothing on disk: side by side, in turns. To be run under dbus-run-session.
 //
-//     throughput_bench [memory]
+//     throughput_bench [memory] [smallest]
+
+#include "BenchSize.h"
 
 #include "engine/SMSManagerProxy.h"
 #include "engine/contract/BusTypes.h"
@@ -103,12 +105,12 @@ Run modemLoop(const QStringList &options, int messages)
 {
     class OpenGate : public PinGate
     {
-        Decision mayTry(const QString &, const QString &, std::optional<int>) override
+        Decision mayTry(const SimIdentity &, const QString &, std::optional<int>) override
         {
             return Decision::Try;
         }
-        void accepted(const QString &, const QString &) override {}
-        void refused(const QString &, const QString &) override {}
+        void accepted(const SimIdentity &, const QString &) override {}
+        void refused(const SimIdentity &, const QString &) override {}
     };
 
     const RunningSimulator simulator(options);
@@ -233,7 +235,7 @@ double flushesASecond()
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return 0;
     const QByteArray page(4096, 'x');
-    constexpr int flushes = 1000;
+    const int flushes = benchSize(1000);
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < flushes; ++i) {
@@ -279,8 +281,8 @@ void compareWithLine(int baud, int messages)
 
 void measureMemory()
 {
-    constexpr int messages = 100'000;
-    constexpr int step = 10'000;
+    const int messages = benchSize(100'000);
+    const int step = benchSize(10'000);
     const RunningSimulator simulator;
     LineCount log(simulator.logPath());
     Engine engine(simulator, messages);
@@ -305,8 +307,9 @@ int main(int argc, char **argv)
     }
     out() << "flushes of a page: " << QString::number(flushesASecond(), 'f', 0) << " a second"
           << Qt::endl;
-    compare("zero latency", {}, 5000, 5);
-    compare("--latency 200", {QStringLiteral("--latency"), QStringLiteral("200")}, 50, 1);
-    compareWithLine(9600, 50);
+    compare("zero latency", {}, benchSize(5000), benchSize(5));
+    compare("--latency 200", {QStringLiteral("--latency"), QStringLiteral("200")}, benchSize(50),
+            1);
+    compareWithLine(9600, benchSize(50));
     return 0;
 }

@@ -1,6 +1,8 @@
 // The whole path: bus calls, and messages through the engine process to the simulated device.
 // Starts both in a sandbox of its own; to be run under dbus-run-session.
 
+#include "BenchSize.h"
+
 #include "engine/SMSManagerProxy.h"
 #include "engine/contract/BusTypes.h"
 
@@ -46,14 +48,14 @@ QDateTime later()
 
 void measureCalls(SMSManager &engine)
 {
-    constexpr int calls = 2000;
+    const int calls = benchSize(2000);
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < calls; ++i)
         engine.GetEngineStatus();
     figure("a bus call", static_cast<double>(timer.nsecsElapsed()) / calls / 1000, "us");
 
-    constexpr int additions = 500;
+    const int additions = benchSize(500);
     timer.start();
     for (int i = 0; i < additions; ++i)
         engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), later());
@@ -62,7 +64,8 @@ void measureCalls(SMSManager &engine)
     engine.ClearQueue();
 
     SMSList list;
-    for (int i = 0; i < 10'000; ++i)
+    const int rows = benchSize(10'000);
+    for (int i = 0; i < rows; ++i)
         list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido está listo para recoger."));
     timer.start();
     engine.AddSMSList(list, later());
@@ -88,7 +91,8 @@ void measureLatency(SMSManager &engine, const QString &log)
     engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
     waitForLines(log, 1);
     std::vector<double> taken;
-    for (int i = 0; i < 200; ++i) {
+    const int rounds = benchSize(200);
+    for (int i = 0; i < rounds; ++i) {
         const int before = linesIn(log);
         QElapsedTimer timer;
         timer.start();
@@ -106,7 +110,7 @@ void measureLatency(SMSManager &engine, const QString &log)
 /// With a console that hears of each message.
 void measureThroughput(SMSManager &engine, const QString &log)
 {
-    constexpr int messages = 5000;
+    const int messages = benchSize(5000);
     SMSList list;
     for (int i = 0; i < messages; ++i)
         list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido %1 está listo.").arg(i));
