@@ -1,34 +1,8 @@
 #include "engine/RaisedFailure.h"
 #include "import/SheetFile.h"
-#include "import/readers/HelperConnection.h"
-#include "queue/Fixture.h"
-
-#include <QTemporaryDir>
+#include "import/SpreadsheetFixture.h"
 
 using S = QStringList;
-
-/// Spreadsheets through the reader's process.
-class Spreadsheets : public ::testing::Test
-{
-protected:
-    void openBytes(const QByteArray &bytes)
-    {
-        const QString path = folder.filePath(QStringLiteral("book"));
-        writeFile(path, bytes);
-        connection.open(path);
-    }
-    /// The values of a field; "(null)" where there is none.
-    S values(const QString &sheet, const QString &field)
-    {
-        S found;
-        for (const auto rows = connection.rows(sheet); !rows->isAtEnd(); rows->moveNext())
-            found.append(rows->value(field).value_or(u"(null)"_qs));
-        return found;
-    }
-
-    const QTemporaryDir folder;
-    HelperConnection connection{QStringLiteral(NORVANE_SHEET_READER)};
-};
 
 class RealFile : public Spreadsheets, public ::testing::WithParamInterface<const char *>
 {};

@@ -47,6 +47,63 @@ QByteArray withoutExponent(const Decimal &number)
     return number.digits.first(whole) + '.' + number.digits.mid(whole);
 }
 
+/// On the days 0 of the programs there is no date.
+QString ofDateTime(const QDateTime &moment)
+{
+    const bool isDay = moment.date() > QDate(1899, 12, 31) || moment.date() < QDate(1899, 12, 30);
+    const QString time = moment.toString(QStringLiteral("HH:mm:ss"));
+    if (!isDay)
+        return time;
+    const QString day = moment.toString(QStringLiteral("yyyy-MM-dd"));
+    return moment.time() == QTime(0, 0) ? day : day + u' ' + time;
+}
+
+Kind kindOfBuiltIn(qsizetype identifier)
+{
+    const auto isIn = [&](qsizetype first, qsizetype last) {
+        return identifier >= first && identifier <= last;
+    };
+    if (isIn(18, 21) || isIn(32, 33) || isIn(45, 47))
+        return Kind::Time;
+    return isIn(14, 22) || isIn(27, 36) || isIn(50, 58) ? Kind::Date : Kind::Number;
+}
+
+/// What of a format writes a number: its first section, without literal text, colours, places and
+/// conditions. "[h]", which counts hours, is left as an "h".
+QString writingPartOf(const QString &code)
+{
+    QString writing;
+    for (qsizetype i = 0; i < code.size() && code.at(i) != u';'; ++i) {
+        const QChar character = code.at(i).toLower();
+        if (character == u'"' || character == u'[') {
+            const qsizetype end = code.indexOf(character == u'[' ? u']' : u'"', i + 1);
+            if (end < 0)
+                break;
+            const QString within = code.mid(i + 1, end - i - 1).toLower();
+            if (character == u'[' && (within == u"h" || within == u"hh" || within == u"m" ||
+                                      within == u"mm" || within == u"s" || within == u"ss"))
+                writing += within.at(0) == u'm' ? u'h' : within.at(0);
+            i = end;
+        } else if (character == u'\\' || character == u'_' || character == u'*') {
+            ++i;
+        } else {
+            writing += character;
+        }
+    }
+    return writing;
+}
+
+Kind kindOfCode(const QString &code)
+{
+    const QString writing = writingPartOf(code);
+    // "m" is minutes beside hours or seconds, and else months; "mmm" is always the month's name.
+    if (writing.contains(u'y') || writing.contains(u'd') || writing.contains(u"mmm"_qs))
+        return Kind::Date;
+    if (writing.contains(u'h') || writing.contains(u's'))
+        return Kind::Time;
+    return writing.contains(u'm') ? Kind::Date : Kind::Number;
+}
+
 } // namespace
 
 QString ofNumber(double value)
@@ -63,67 +120,56 @@ QString ofBoolean(bool value)
     return value ? QStringLiteral("True") : QStringLiteral("False");
 }
 
-QString ofDateTime(int year, int month, int day, int hour, int minute, double second)
+QString ofMoment(const QString &moment)
 {
-    const QDate date(year, month, day);
-    const QTime time(hour, minute, static_cast<int>(second));
-    if (!date.isValid())
+    // Local time has hours that there aren't, and others twice.
+    const QTime time = QTime::fromString(moment.mid(11, 8), Qt::ISODate);
+    QDateTime rounded(QDate::fromString(moment.left(10), Qt::ISODate),
+                      time.isValid() ? time : QTime(0, 0), Qt::UTC);
+    if (!rounded.isValid())
         return {};
-    const QString text = date.toString(QStringLiteral("yyyy-MM-dd"));
-    if (!time.isValid() || time == QTime(0, 0))
-        return text;
-    return text + time.toString(QStringLiteral(" HH:mm:ss"));
+    const bool hasFraction = moment.size() > 20 && (moment.at(19) == u'.' || moment.at(19) == u',');
+    if (hasFraction && moment.at(20) >= u'5' && moment.at(20) <= u'9')
+        rounded = rounded.addSecs(1);
+    return ofDateTime(rounded);
 }
 
-QString ofSerial(double days, bool from1904)
+QString ofDuration(double seconds)
 {
-    constexpr double most = 2958466; // 10000-01-01 of the calendar that counts from 1900
-    if (!(days >= 0 && days < most))
+    constexpr double limit = 1e14; // three million years
+    if (!(std::abs(seconds) < limit))
+        return ofNumber(seconds / SecondsOfDay);
+    const qint64 whole = std::llround(std::abs(seconds));
+    return QStringLiteral("%1%2:%3:%4")
+        .arg(seconds < 0 && whole > 0 ? u"-" : u"")
+        .arg(whole / 3600, 2, 10, QChar(u'0'))
+        .arg(whole / 60 % 60, 2, 10, QChar(u'0'))
+        .arg(whole % 60, 2, 10, QChar(u'0'));
+}
+
+QString ofDays(double days, Kind kind, bool from1904)
+{
+    if (kind == Kind::Number)
+        return ofNumber(days);
+    if (kind == Kind::Time)
+        return ofDuration(days * SecondsOfDay);
+    constexpr double limit = 2958466; // 10000-01-01 of the calendar that counts from 1900
+    if (!(days >= 0 && days < limit))
         return ofNumber(days);
     const qint64 seconds = std::llround(days * SecondsOfDay);
-    const QTime time = QTime(0, 0).addSecs(static_cast<int>(seconds % SecondsOfDay));
     const qint64 day = seconds / SecondsOfDay;
-    if (day == 0)
-        return time.toString(QStringLiteral("HH:mm:ss"));
     // The calendar that counts from 1900 has a 29th of February in that year.
     const QDate start = from1904   ? QDate(1904, 1, 1)
                         : day < 60 ? QDate(1899, 12, 31)
                                    : QDate(1899, 12, 30);
-    const QDate date = start.addDays(day);
-    if (date.year() > 9999)
-        return ofNumber(days);
-    return ofDateTime(date.year(), date.month(), date.day(), time.hour(), time.minute(),
-                      time.second());
+    const QDateTime moment(start.addDays(day),
+                           QTime(0, 0).addSecs(static_cast<int>(seconds % SecondsOfDay)), Qt::UTC);
+    return moment.date().year() > 9999 ? ofNumber(days) : ofDateTime(moment);
 }
 
-bool isDateFormat(qsizetype identifier, const QString &code)
+Kind kindOf(qsizetype identifier, const QString &code)
 {
-    if (code.isEmpty())
-        return (identifier >= 14 && identifier <= 22) || (identifier >= 27 && identifier <= 36) ||
-               (identifier >= 45 && identifier <= 47) || (identifier >= 50 && identifier <= 58);
-    QChar closing;
-    for (qsizetype i = 0; i < code.size(); ++i) {
-        const QChar character = code.at(i);
-        if (!closing.isNull()) {
-            if (character == closing)
-                closing = QChar();
-        } else if (character == u'"') {
-            closing = u'"';
-        } else if (character == u'[') {
-            // "[h]" counts hours; colours, places and conditions say nothing.
-            if (i + 1 < code.size() && QStringView(u"hmsHMS").contains(code.at(i + 1)) &&
-                code.indexOf(u']', i) <= i + 3 && code.indexOf(u']', i) > 0)
-                return true;
-            closing = u']';
-        } else if (character == u'\\' || character == u'_' || character == u'*') {
-            ++i;
-        } else if (character == u';') {
-            break; // what follows is for negative numbers
-        } else if (QStringView(u"ymdhs").contains(character.toLower())) {
-            return true;
-        }
-    }
-    return false;
+    return code.isEmpty() ? kindOfBuiltIn(identifier) : kindOfCode(code);
 }
 
 } // namespace CellText

@@ -48,9 +48,7 @@ CompoundFile::CompoundFile(const QByteArray &bytes) : m_bytes(bytes)
     readAllocation();
     readEntries();
     m_nextSmall = numbersOf(chain(number(60), std::numeric_limits<qsizetype>::max()));
-    const auto root = std::ranges::find(m_entries, true, &Entry::isRoot);
-    if (root != m_entries.end())
-        m_small = chain(root->start, root->length);
+    readRoot();
 }
 
 quint32 CompoundFile::number(qsizetype offset) const
@@ -91,14 +89,39 @@ void CompoundFile::readEntries()
     const QByteArray entries = chain(number(48), std::numeric_limits<qsizetype>::max());
     for (qsizetype at = 0; at + EntryLength <= entries.size(); at += EntryLength) {
         const char *const entry = entries.constData() + at;
-        const qsizetype units = qFromLittleEndian<quint16>(entry + 64) / 2 - 1;
-        if (units < 0 || units > 31 || entry[66] == 0)
-            continue;
+        const auto longAt = [&](qsizetype offset) {
+            return qFromLittleEndian<quint32>(entry + offset);
+        };
+        const qsizetype units = qBound(0, qFromLittleEndian<quint16>(entry + 64) / 2 - 1, 31);
         QString name(units, Qt::Uninitialized);
         for (qsizetype i = 0; i < units; ++i)
             name[i] = QChar(qFromLittleEndian<quint16>(entry + i * 2));
-        m_entries.append({name, qFromLittleEndian<quint32>(entry + 116),
-                          qFromLittleEndian<quint32>(entry + 120), entry[66] == 5});
+        m_entries.append({name, static_cast<Kind>(entry[66]), longAt(68), longAt(72), longAt(76),
+                          longAt(116), longAt(120)});
+    }
+}
+
+/// Notes the streams of the root, and the sectors of the small ones.
+void CompoundFile::readRoot()
+{
+    const auto root = std::ranges::find(m_entries, Kind::Root, &Entry::kind);
+    if (root == m_entries.end())
+        return;
+    m_small = chain(root->start, root->length);
+    QList<bool> seen(m_entries.size(), false);
+    QList<quint32> open{root->child};
+    while (!open.isEmpty()) {
+        const quint32 index = open.takeLast();
+        if (index >= LastSector)
+            continue;
+        // Siblings that lead back to themselves have no end.
+        if (index >= static_cast<quint32>(m_entries.size()) || seen.at(index))
+            failAsDamaged();
+        seen[index] = true;
+        const Entry &entry = m_entries.at(index);
+        if (entry.kind == Kind::Stream)
+            m_rootStreams.append(entry);
+        open << entry.before << entry.behind;
     }
 }
 
@@ -132,10 +155,10 @@ QByteArray CompoundFile::smallChain(quint32 start, qsizetype length) const
 
 const CompoundFile::Entry *CompoundFile::find(const QString &name) const
 {
-    const auto found = std::ranges::find_if(m_entries, [&](const Entry &entry) {
+    const auto found = std::ranges::find_if(m_rootStreams, [&](const Entry &entry) {
         return entry.name.compare(name, Qt::CaseInsensitive) == 0;
     });
-    return found != m_entries.end() ? &*found : nullptr;
+    return found != m_rootStreams.end() ? &*found : nullptr;
 }
 
 bool CompoundFile::contains(const QString &name) const

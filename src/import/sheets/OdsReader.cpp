@@ -3,11 +3,9 @@
 #include "import/sheets/CellText.h"
 #include "import/sheets/PartXml.h"
 
-#include <QDateTime>
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -129,11 +127,11 @@ private:
         const QString type = attribute(u"value-type");
         const QString stored = storedValue(type);
         const QString paragraphs = readParagraphs();
-        if (isError || type.isEmpty())
+        if (isError)
             return {};
-        if (type == u"string" && stored.isNull())
-            return paragraphs;
-        return stored;
+        // What is shown of a cell without a type is its text.
+        const bool isText = type.isEmpty() || type == u"string";
+        return isText && stored.isNull() ? paragraphs : stored;
     }
 
     QString storedValue(const QString &type) const
@@ -143,9 +141,9 @@ private:
         if (type == u"boolean")
             return CellText::ofBoolean(attribute(u"boolean-value") == u"true");
         if (type == u"date")
-            return dateOf(attribute(u"date-value"));
+            return CellText::ofMoment(attribute(u"date-value"));
         if (type == u"time")
-            return timeOf(attribute(u"time-value"));
+            return durationOf(attribute(u"time-value"));
         return type == u"string" ? attribute(u"string-value") : QString();
     }
 
@@ -156,31 +154,22 @@ private:
         return isNumber ? CellText::ofNumber(number) : QString();
     }
 
-    static QString dateOf(const QString &value)
-    {
-        const QDateTime moment = QDateTime::fromString(value.left(19), Qt::ISODate);
-        const QTime time = moment.time();
-        const QDate date = moment.date();
-        return CellText::ofDateTime(date.year(), date.month(), date.day(), time.hour(),
-                                    time.minute(), time.second());
-    }
-
-    /// The seconds may have a fraction, and be a hair's breadth below a whole number.
-    static QString timeOf(const QString &value)
+    /// Days, hours, minutes and seconds; years and months have no length. The hours go on beyond a
+    /// day, also those of a date in a format that shows the time alone.
+    static QString durationOf(const QString &value)
     {
         static const QRegularExpression duration(
-            QStringLiteral("^PT(\\d{1,6})H(\\d{1,2})M(\\d{1,2}(?:\\.\\d*)?)S$"));
-        const QRegularExpressionMatch match = duration.match(QString(value).replace(u',', u'.'));
+            QStringLiteral("^(-?)P(?=.)(?:(\\d+)D)?(?:T(?=.)(?:(\\d+)H)?(?:(\\d+)M)?"
+                           "(?:(\\d+(?:[.,]\\d*)?)S)?)?$"));
+        const QRegularExpressionMatch match = duration.match(value);
         if (!match.hasMatch())
             return {};
-        const qint64 seconds = match.captured(1).toLongLong() * 3600 +
-                               match.captured(2).toLongLong() * 60 +
-                               std::llround(match.captured(3).toDouble());
-        const auto twoDigits = [](qint64 number) {
-            return QString::number(number).rightJustified(2, u'0');
+        const auto captured = [&](int group) {
+            return match.captured(group).replace(u',', u'.').toDouble();
         };
-        return twoDigits(seconds / 3600) + u':' + twoDigits(seconds / 60 % 60) + u':' +
-               twoDigits(seconds % 60);
+        const double seconds =
+            captured(2) * 86400 + captured(3) * 3600 + captured(4) * 60 + captured(5);
+        return CellText::ofDuration(match.capturedLength(1) > 0 ? -seconds : seconds);
     }
 
     /// The cell's paragraphs, a line each; null if it has none. Notes and drawings aren't of them.

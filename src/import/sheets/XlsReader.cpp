@@ -27,7 +27,7 @@ public:
         while ((record = records.next()) && record->id() != Biff::End)
             read(*record);
         for (const quint16 format : std::as_const(m_formatOfCells))
-            globals.isDate.append(CellText::isDateFormat(format, m_codes.value(format)));
+            globals.kinds.append(CellText::kindOf(format, m_codes.value(format)));
     }
 
     struct Sheet

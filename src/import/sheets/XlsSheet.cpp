@@ -1,7 +1,5 @@
 #include "import/sheets/XlsSheet.h"
 
-#include "import/sheets/CellText.h"
-
 #include <bit>
 
 namespace {
@@ -69,9 +67,7 @@ private:
 
     QString textOf(double number, quint16 format) const
     {
-        return m_globals.isDate.value(format, false)
-                   ? CellText::ofSerial(number, m_globals.from1904)
-                   : CellText::ofNumber(number);
+        return CellText::ofDays(number, m_globals.kinds.value(format), m_globals.from1904);
     }
 
     void put(const Biff::Record &record, const QString &text)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "import/sheets/BiffRecords.h"
+#include "import/sheets/CellText.h"
 #include "import/sheets/SheetTable.h"
 
 #include <QList>
@@ -12,7 +13,7 @@ struct XlsGlobals
     bool isVersion8 = true;
     bool from1904 = false;
     QStringList sharedStrings;
-    QList<bool> isDate; ///< by cell format
+    QList<CellText::Kind> kinds; ///< by cell format
 };
 
 /// Puts the cells of the sheet that begins at `offset` of the workbook's stream into `table`.

@@ -5,12 +5,28 @@
 #include "import/sheets/XlsxRelations.h"
 #include "import/sheets/XlsxStyles.h"
 
-#include <QDateTime>
-
+#include <algorithm>
 #include <memory>
 #include <utility>
 
 namespace {
+
+/// `text` with its escapes decoded: "_x000D_" stands for the character of that number, which XML
+/// may have no place for, and "_x005F_" for a "_" that begins none.
+QString unescaped(const QString &text)
+{
+    constexpr qsizetype length = 7;
+    QString decoded = text;
+    for (qsizetype at = decoded.indexOf(u"_x"); at >= 0; at = decoded.indexOf(u"_x", at + 1)) {
+        const QStringView escape = QStringView(decoded).mid(at, length);
+        const QStringView digits = escape.mid(2, 4);
+        const bool isNumber = std::ranges::all_of(
+            digits, [](QChar digit) { return u"0123456789ABCDEFabcdef"_qs.contains(digit); });
+        if (isNumber && escape.size() == length && escape.back() == u'_')
+            decoded.replace(at, length, QChar(digits.toUShort(nullptr, 16)));
+    }
+    return decoded;
+}
 
 /// Reads the text elements up to the end of the present element. Reading aids aren't of the text.
 QString readTexts(QXmlStreamReader &xml)
@@ -18,7 +34,7 @@ QString readTexts(QXmlStreamReader &xml)
     QString text = u""_qs;
     while (xml.readNextStartElement()) {
         if (xml.name() == u"t")
-            text += xml.readElementText(QXmlStreamReader::IncludeChildElements);
+            text += unescaped(xml.readElementText(QXmlStreamReader::IncludeChildElements));
         else if (xml.name() == u"r")
             text += readTexts(xml);
         else
@@ -139,7 +155,8 @@ private:
         // Sheets that are charts or macros are left out.
         const XlsxRelations::Relation relation = m_relations.byId(identifier);
         if (relation.type == u"worksheet")
-            sheets.append({attributes.value(QLatin1String("name")).toString(), relation.target});
+            sheets.append(
+                {unescaped(attributes.value(QLatin1String("name")).toString()), relation.target});
     }
 
     void readCells(const QString &path)
@@ -192,22 +209,17 @@ private:
             return isNumber ? m_strings.value(index) : QString();
         }
         if (type == u"str")
-            return stored;
+            return unescaped(stored);
         if (type == u"b")
             return stored.isEmpty() ? QString() : CellText::ofBoolean(stored.trimmed() != u"0");
         if (type == u"e")
             return {};
-        if (type == u"d") {
-            const QDateTime moment = QDateTime::fromString(stored.left(19), Qt::ISODate);
-            return CellText::ofDateTime(moment.date().year(), moment.date().month(),
-                                        moment.date().day(), moment.time().hour(),
-                                        moment.time().minute(), moment.time().second());
-        }
+        if (type == u"d")
+            return CellText::ofMoment(stored);
         const double number = stored.trimmed().toDouble(&isNumber);
         if (!isNumber)
             return {};
-        return m_styles.isDate(format) ? CellText::ofSerial(number, m_from1904)
-                                       : CellText::ofNumber(number);
+        return CellText::ofDays(number, m_styles.kindOf(format), m_from1904);
     }
 
     const PackageParts &m_parts;

@@ -3,17 +3,27 @@
 #include "import/readers/SpreadsheetConnection.h"
 #include "import/sheets/PartXml.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-/// The path of what `source` calls `target`.
+/// The path of what `source` calls `target`, relative to its own folder or to the archive.
 QString resolved(const QString &source, const QString &target)
 {
-    if (target.startsWith(u'/'))
-        return target.mid(1);
-    return source.left(source.lastIndexOf(u'/') + 1) + target;
+    const bool isAbsolute = target.startsWith(u'/');
+    QStringList path = isAbsolute ? QStringList() : source.split(u'/').mid(0, source.count(u'/'));
+    for (const QString &step : target.split(u'/', Qt::SkipEmptyParts)) {
+        if (step == u"..") {
+            if (!path.isEmpty())
+                path.removeLast();
+        } else if (step != u".") {
+            path.append(step);
+        }
+    }
+    return path.join(u'/');
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "import/sheets/XlsxStyles.h"
 
-#include "import/sheets/CellText.h"
 #include "import/sheets/PartXml.h"
 
 #include <utility>
@@ -22,7 +21,7 @@ XlsxStyles::XlsxStyles(std::unique_ptr<PartStream> part)
             m_codes.insert(identifier,
                            xml.attributes().value(QLatin1String("formatCode")).toString());
         else if (xml.name() == u"xf" && inCellFormats)
-            m_isDate.append(CellText::isDateFormat(identifier, m_codes.value(identifier)));
+            m_kinds.append(CellText::kindOf(identifier, m_codes.value(identifier)));
     }
     xml.finish();
 }

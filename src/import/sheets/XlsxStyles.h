@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/sheets/CellText.h"
 #include "import/sheets/PartStream.h"
 
 #include <QHash>
@@ -8,7 +9,7 @@
 
 #include <memory>
 
-/// Which cell formats of a workbook write their numbers as dates.
+/// What the cell formats of a workbook make of their numbers.
 class XlsxStyles
 {
 public:
@@ -16,9 +17,9 @@ public:
     /// @throws NumberedFailure BadFile
     explicit XlsxStyles(std::unique_ptr<PartStream> part);
 
-    bool isDate(qint32 format) const { return m_isDate.value(format, false); }
+    CellText::Kind kindOf(qint32 format) const { return m_kinds.value(format); }
 
 private:
     QHash<qint32, QString> m_codes; ///< of number formats, by identifier
-    QList<bool> m_isDate;           ///< by cell format
+    QList<CellText::Kind> m_kinds;  ///< by cell format
 };
