@@ -1,12 +1,16 @@
+#include "service/dispatch/Clock.h"
 #include "service/ipc/CommandLine.h"
 #include "service/ipc/EngineHost.h"
 #include "service/ipc/ExitCodes.h"
 #include "service/ipc/Queries.h"
+#include "service/modem/QtSerialPortLine.h"
 #include "service/platform/EndSignals.h"
 #include "service/platform/FileRights.h"
 
 #include <QCoreApplication>
 #include <QDebug>
+
+#include <memory>
 
 int main(int argc, char **argv)
 {
@@ -19,7 +23,8 @@ int main(int argc, char **argv)
     if (commandLine.isQuery())
         return carryOut(commandLine);
 
-    EngineHost host;
+    const SystemClock clock;
+    EngineHost host(clock, std::make_unique<QtSerialPortLine>());
     // A wish to end that comes while the engine is coming up is followed once it is.
     const EndSignals signals;
     QObject::connect(&signals, &EndSignals::endWanted, &host, &EngineHost::end);

@@ -26,8 +26,8 @@ const std::map<std::string, std::set<std::string>> &allowed()
     std::set<std::string> belowApp = belowConsole;
     belowApp.insert("console");
     std::set<std::string> serviceParts = contract;
-    for (const char *part :
-         {"service/modem", "service/store", "service/dispatch", "service/ipc", "service/platform"})
+    for (const char *part : {"service/modem", "service/store", "service/dispatch", "service/ipc",
+                             "service/platform", "service/time"})
         serviceParts.insert(part);
 
     static const std::map<std::string, std::set<std::string>> table = {
@@ -48,11 +48,13 @@ const std::map<std::string, std::set<std::string>> &allowed()
         {"app", belowApp},
         {"service", serviceParts},
         {"service/platform", contract},
-        {"service/modem", {"foundation", "engine/contract", "service/platform"}},
-        {"service/store", {"foundation", "engine/contract", "service/modem", "service/platform"}},
+        {"service/time", {}},
+        {"service/modem", {"foundation", "engine/contract", "service/platform", "service/time"}},
+        {"service/store",
+         {"foundation", "engine/contract", "service/modem", "service/platform", "service/time"}},
         {"service/dispatch",
          {"foundation", "foundation/platform", "engine/contract", "service/modem", "service/store",
-          "service/platform"}},
+          "service/platform", "service/time"}},
         {"service/ipc", serviceParts},
         {"simulator", {}},
     };

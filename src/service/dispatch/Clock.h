@@ -1,5 +1,7 @@
 #pragma once
 
+#include "service/time/TimeSource.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -14,6 +16,9 @@ public:
 
     /// The wall clock without a zone (told as Qt::UTC), cut to whole seconds.
     virtual QDateTime wallClock() const = 0;
+
+    /// What limits and timers run on. It takes no notice of a wall clock that is set.
+    virtual TimeSource &time() const { return TimeSource::system(); }
 
     /// The wall clock as the queue writes dates: "yyyy-MM-ddTHH:mm:ss".
     QString wallClockText() const;

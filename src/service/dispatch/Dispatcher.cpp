@@ -18,27 +18,28 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        QObject *parent)
     : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
-      m_timings(timings), m_settings(settings), m_runPace(timings.run),
-      m_heardOutcomes(store, timings.storeAgainMs),
+      m_timings(timings), m_settings(settings), m_runPace(timings.run), m_runFor(clock.time()),
+      m_runLate(clock.time()), m_settleAgain(clock.time()), m_wake(clock.time()),
+      m_resetAgain(clock.time()), m_openAgain(clock.time()), m_steady(clock.time()),
+      m_conditionAgain(clock.time()), m_testLimit(clock.time()), m_storeTroubleFor(clock.time()),
+      m_storeLostFor(clock.time()), m_probeStore(clock.time()),
+      m_heardOutcomes(store, timings.storeAgainMs, clock.time()),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
-    for (QTimer *const timer : {&m_settleAgain, &m_wake, &m_openAgain, &m_steady, &m_conditionAgain,
-                                &m_probeStore, &m_testLimit, &m_runLate})
-        timer->setSingleShot(true);
-    connect(&m_settleAgain, &QTimer::timeout, this, [this] { trySettling(Following::Later); });
-    connect(&m_runLate, &QTimer::timeout, this, [this] {
+    connect(&m_settleAgain, &Timer::timeout, this, [this] { trySettling(Following::Later); });
+    connect(&m_runLate, &Timer::timeout, this, [this] {
         m_runPace.forget();
         settle({});
     });
-    connect(&m_wake, &QTimer::timeout, this, &Dispatcher::work);
-    connect(&m_openAgain, &QTimer::timeout, this, &Dispatcher::work);
-    connect(&m_steady, &QTimer::timeout, this, &Dispatcher::onSteady);
-    connect(&m_probeStore, &QTimer::timeout, this, &Dispatcher::probeStore);
-    connect(&m_conditionAgain, &QTimer::timeout, this, [this] {
+    connect(&m_wake, &Timer::timeout, this, &Dispatcher::work);
+    connect(&m_openAgain, &Timer::timeout, this, &Dispatcher::work);
+    connect(&m_steady, &Timer::timeout, this, &Dispatcher::onSteady);
+    connect(&m_probeStore, &Timer::timeout, this, &Dispatcher::probeStore);
+    connect(&m_conditionAgain, &Timer::timeout, this, [this] {
         m_conditionDue = true;
         work();
     });
-    connect(&m_testLimit, &QTimer::timeout, this, [this] { answerTests(ErrorCode::NoRespond); });
+    connect(&m_testLimit, &Timer::timeout, this, [this] { answerTests(ErrorCode::NoRespond); });
 
     connect(&modem, &Modem::ready, this, &Dispatcher::onReady);
     connect(&modem, &Modem::failed, this, &Dispatcher::onFailed);

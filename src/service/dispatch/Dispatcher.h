@@ -10,13 +10,13 @@
 #include "service/dispatch/SendingRun.h"
 #include "service/modem/Modem.h"
 #include "service/store/Store.h"
+#include "service/time/Deadline.h"
+#include "service/time/Stopwatch.h"
+#include "service/time/Timer.h"
 
-#include <QDeadlineTimer>
-#include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
 #include <QSet>
-#include <QTimer>
 
 #include <functional>
 #include <optional>
@@ -203,14 +203,14 @@ private:
     SendingRun m_run; ///< that m_current belongs to
     RunPace m_runPace;
     int m_runLength = 0;
-    QElapsedTimer m_runFor;
-    QTimer m_runLate;                ///< runs until the rest of a run is to wait again
+    Stopwatch m_runFor;
+    Timer m_runLate;                 ///< runs until the rest of a run is to wait again
     qint64 m_unfinished = 0;         ///< the message of which the last part sent was not the last
     std::optional<Step> m_unsettled; ///< an outcome that isn't on disk yet
     /// Messages that the device refused, and whether it has taken another one since.
     QHash<qint64, bool> m_refused;
-    QTimer m_settleAgain;
-    QTimer m_wake; ///< runs until the first message may be due
+    Timer m_settleAgain;
+    Timer m_wake; ///< runs until the first message may be due
 
     int m_deviceFailures = 0;   ///< in a row
     int m_answeredFailures = 0; ///< of these, the ones behind an open line
@@ -219,22 +219,22 @@ private:
     QSet<qint32> m_toldCodes;     ///< told of the present trouble with the device
     bool m_needsOperator = false; ///< the SIM waits for the operator
     QString m_parameter;          ///< of the settings with which the device was opened
-    QDeadlineTimer m_resetAgain;  ///< before it the device's functionality isn't reset once more
-    QTimer m_openAgain;
-    QTimer m_steady; ///< runs while the device is ready and its trouble not yet forgotten
+    Deadline m_resetAgain;        ///< before it the device's functionality isn't reset once more
+    Timer m_openAgain;
+    Timer m_steady; ///< runs while the device is ready and its trouble not yet forgotten
 
-    QTimer m_conditionAgain;
+    Timer m_conditionAgain;
     bool m_conditionDue = false;
 
     QList<TestAnswer> m_tests;
-    QTimer m_testLimit;
+    Timer m_testLimit;
 
     std::optional<DeviceDetails> m_knownDevice;
     QString m_storeTrouble;
     bool m_storeTroubleTold = false;
-    QElapsedTimer m_storeTroubleFor;
-    QElapsedTimer m_storeLostFor; ///< since it was asked for to be opened anew
-    QTimer m_probeStore;
+    Stopwatch m_storeTroubleFor;
+    Stopwatch m_storeLostFor; ///< since it was asked for to be opened anew
+    Timer m_probeStore;
 
     QList<Warning> m_unheardWarnings;
     HeardOutcomes m_heardOutcomes;

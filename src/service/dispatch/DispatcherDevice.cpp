@@ -3,13 +3,17 @@
 
 #include <QDebug>
 
-#include <chrono>
 #include <utility>
 
 namespace {
 
 constexpr qint32 atProtocol = 1;
 constexpr qint32 lastKnownProtocol = 3;
+
+constexpr qint64 millisecondsOf(qint64 seconds)
+{
+    return seconds * 1000;
+}
 
 /// Whether the device can't be reached, which one failure is enough to tell.
 bool isOfThePort(qint32 code)
@@ -165,7 +169,7 @@ void Dispatcher::weighFailure(const SendFailure &failure, qint64 id)
 
 void Dispatcher::noteReset()
 {
-    m_resetAgain.setRemainingTime(std::chrono::seconds(m_settings.resetInterval));
+    m_resetAgain.setRemainingTime(millisecondsOf(m_settings.resetInterval));
     try {
         m_store.setLastReset(m_clock.wallClockText());
     } catch (const StoreFailure &failure) {
@@ -179,7 +183,7 @@ void Dispatcher::recallReset()
     const QDateTime last = momentOf(m_store.lastReset());
     const qint64 passed = last.secsTo(m_clock.wallClock());
     if (last.isValid() && passed >= 0 && passed < m_settings.resetInterval)
-        m_resetAgain.setRemainingTime(std::chrono::seconds(m_settings.resetInterval - passed));
+        m_resetAgain.setRemainingTime(millisecondsOf(m_settings.resetInterval - passed));
 }
 
 /// @param answered  whether it came from a device that was there: only that one may be helped by a

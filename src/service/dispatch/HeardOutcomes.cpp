@@ -4,11 +4,10 @@
 
 #include <QDebug>
 
-HeardOutcomes::HeardOutcomes(Store &store, int retryMs, QObject *parent)
-    : QObject(parent), m_store(store), m_retryMs(retryMs)
+HeardOutcomes::HeardOutcomes(Store &store, int retryMs, TimeSource &time, QObject *parent)
+    : QObject(parent), m_store(store), m_retryMs(retryMs), m_timer(time)
 {
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &HeardOutcomes::note);
+    connect(&m_timer, &Timer::timeout, this, &HeardOutcomes::note);
 }
 
 void HeardOutcomes::add(qint64 outcome)

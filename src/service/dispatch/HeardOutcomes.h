@@ -1,9 +1,10 @@
 #pragma once
 
+#include "service/time/Timer.h"
+
 #include <QList>
 #include <QObject>
 #include <QSet>
-#include <QTimer>
 
 class Store;
 
@@ -14,9 +15,10 @@ class HeardOutcomes : public QObject
     Q_OBJECT
 
 public:
-    /// @param store    must outlive this object
-    /// @param retryMs  between two tries to note it
-    HeardOutcomes(Store &store, int retryMs, QObject *parent = nullptr);
+    /// @param store, time  must outlive this object
+    /// @param retryMs      between two tries to note it
+    HeardOutcomes(Store &store, int retryMs, TimeSource &time = TimeSource::system(),
+                  QObject *parent = nullptr);
 
     void add(qint64 outcome);
     /// Whether it was told already, noted or not.
@@ -28,5 +30,5 @@ private:
     Store &m_store;
     const int m_retryMs;
     QSet<qint64> m_unnoted;
-    QTimer m_timer;
+    Timer m_timer;
 };

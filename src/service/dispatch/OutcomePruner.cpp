@@ -12,10 +12,10 @@ constexpr qint64 secondsOfDay = 24 * 60 * 60;
 } // namespace
 
 OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace)
-    : m_store(store), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace)
+    : m_store(store), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
+      m_timer(clock.time())
 {
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &OutcomePruner::step);
+    connect(&m_timer, &Timer::timeout, this, &OutcomePruner::step);
     m_timer.start(m_pace.stepMs);
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "service/time/Timer.h"
+
 #include <QObject>
-#include <QTimer>
 
 class Clock;
 class Store;
@@ -30,5 +31,5 @@ private:
     const Clock &m_clock;
     const qint64 m_keepSeconds;
     const Pace m_pace;
-    QTimer m_timer;
+    Timer m_timer;
 };

@@ -7,7 +7,7 @@
 #include "service/ipc/EngineFolder.h"
 #include "service/ipc/EngineService.h"
 #include "service/ipc/ExitCodes.h"
-#include "service/modem/QtSerialPortLine.h"
+#include "service/modem/SerialLine.h"
 #include "service/platform/FileLock.h"
 #include "service/store/Store.h"
 #include "service/store/StoredPinGate.h"
@@ -42,20 +42,22 @@ bool otherEngineIsOnBus()
 
 } // namespace
 
-EngineHost::EngineHost(QObject *parent) : QObject(parent)
+EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line, QObject *parent)
+    : QObject(parent), m_clock(clock), m_line(std::move(line)), m_openAgain(clock.time()),
+      m_reopenAgain(clock.time()), m_endLimit(clock.time())
 {
-    m_endLimit.setSingleShot(true);
-    connect(&m_endLimit, &QTimer::timeout, qApp, [] {
+    connect(&m_endLimit, &Timer::timeout, qApp, [] {
         qWarning() << "the part in progress did not end within its time and is left";
         QCoreApplication::quit();
     });
-    m_openAgain.setSingleShot(true);
-    connect(&m_openAgain, &QTimer::timeout, this, [this] {
+    connect(&m_openAgain, &Timer::timeout, this, [this] {
         if (openStore())
             resume();
         else
             QCoreApplication::exit(ExitCode::StoreTooNew);
     });
+    connect(&m_reopenAgain, &Timer::timeout, this,
+            [this] { reopenStore(std::exchange(m_reopenAsDamaged, false)); });
 }
 
 EngineHost::~EngineHost() = default;
@@ -100,17 +102,18 @@ EngineHost::Start EngineHost::lockStore(const QString &folder)
 void EngineHost::makeParts(const QString &storeFile)
 {
     m_store = std::make_unique<Store>(storeFile, Store::Opening::Later);
-    m_pinGate =
-        std::make_unique<StoredPinGate>(*m_store, [this] { return m_clock.wallClockText(); });
+    m_pinGate = std::make_unique<StoredPinGate>(
+        *m_store, [this] { return m_clock.wallClockText(); }, m_clock.time());
     const EngineSettings settings = EngineSettings::load();
-    m_modem = std::make_unique<Modem>(std::make_unique<QtSerialPortLine>(), *m_pinGate,
-                                      settings.modemTimings());
+    m_modem = std::make_unique<Modem>(
+        std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
+        [] { return SerialDevices::serialPorts(); }, m_clock.time());
     const RetryPolicy retries([] { return QRandomGenerator::global()->generateDouble(); },
                               settings.retryTimes());
     m_dispatcher = std::make_unique<Dispatcher>(*m_store, *m_modem, m_clock, retries,
                                                 DispatcherTimings{}, settings);
-    m_service =
-        std::make_unique<EngineService>(QDBusConnection::sessionBus(), *m_store, *m_dispatcher);
+    m_service = std::make_unique<EngineService>(QDBusConnection::sessionBus(), *m_store,
+                                                *m_dispatcher, m_clock);
     connect(m_dispatcher.get(), &Dispatcher::finished, qApp, &QCoreApplication::quit,
             Qt::QueuedConnection);
     connect(m_service.get(), &EngineService::heard, this, [this] {
@@ -163,7 +166,8 @@ bool EngineHost::openStore()
 void EngineHost::reopenStore(bool damaged)
 {
     if (m_dispatcher->isSending()) {
-        QTimer::singleShot(partInterval, this, [this, damaged] { reopenStore(damaged); });
+        m_reopenAsDamaged |= damaged;
+        m_reopenAgain.start(partInterval);
         return;
     }
     qWarning() << "the store is opened anew";

@@ -1,17 +1,18 @@
 #pragma once
 
-#include "service/dispatch/Clock.h"
+#include "service/time/Timer.h"
 
 #include <QObject>
 #include <QString>
-#include <QTimer>
 
 #include <memory>
 
+class Clock;
 class Dispatcher;
 class EngineService;
 class FileLock;
 class Modem;
+class SerialLine;
 class Store;
 class StoreFailure;
 class StoredPinGate;
@@ -29,7 +30,9 @@ public:
         Failed,
     };
 
-    explicit EngineHost(QObject *parent = nullptr);
+    /// @param clock  must outlive this object
+    /// @param line   to the device
+    EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line, QObject *parent = nullptr);
     ~EngineHost() override;
 
     /// Brings the engine up. On a disk that can't be written it comes up as far as it can, and
@@ -59,7 +62,8 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<FileLock> m_lock;
-    SystemClock m_clock;
+    const Clock &m_clock;
+    std::unique_ptr<SerialLine> m_line; ///< until the modem has it
     std::unique_ptr<Store> m_store;
     std::unique_ptr<StoredPinGate> m_pinGate;
     std::unique_ptr<Modem> m_modem;
@@ -70,6 +74,8 @@ private:
     bool m_storeMissed = false; ///< the trouble with the store was told
     bool m_damageMet = false;   ///< of the store that is open, which was then found to be whole
     QString m_toldDamage;
-    QTimer m_openAgain;
-    QTimer m_endLimit;
+    bool m_reopenAsDamaged = false;
+    Timer m_openAgain;
+    Timer m_reopenAgain; ///< runs while a part in progress holds up the opening anew
+    Timer m_endLimit;
 };

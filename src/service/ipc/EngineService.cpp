@@ -4,8 +4,6 @@
 #include "service/dispatch/Dispatcher.h"
 #include "service/store/Store.h"
 
-#include <QTimer>
-
 #include <utility>
 
 namespace {
@@ -28,9 +26,11 @@ QVariantList argumentsOf(const DeviceDetails &details)
 } // namespace
 
 EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
-                             QObject *parent)
-    : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher)
+                             const Clock &clock, QObject *parent)
+    : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
+      m_pacer(clock.time()), m_retry(clock.time())
 {
+    connect(&m_retry, &Timer::timeout, this, &EngineService::retryCalls);
     m_callers.setConnection(bus);
     m_callers.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
     connect(&m_callers, &QDBusServiceWatcher::serviceUnregistered, this,
@@ -45,7 +45,7 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
     connect(&dispatcher, &Dispatcher::sendingFailed, this, &EngineService::SMSSentFailed);
     connect(&dispatcher, &Dispatcher::warning, this, &EngineService::WarningError);
     connect(&dispatcher, &Dispatcher::warned, this, [this](int code, const QString &text) {
-        m_lastError = {code, text, SystemClock().wallClockText()};
+        m_lastError = {code, text, m_clock.wallClockText()};
     });
 }
 
@@ -274,25 +274,35 @@ std::optional<QVariantList> EngineService::carryOut(const Step &step, const Refu
         qWarning() << "a call waits for the store:" << failure.text();
         m_dispatcher.noticeStoreFailure(failure);
         setDelayedReply(true);
-        tryAgain(message(), step, refusal, QDeadlineTimer(retryTime));
+        Deadline deadline(m_clock.time());
+        deadline.setRemainingTime(retryTime);
+        m_waiting.append({message(), step, refusal, deadline});
+        if (!m_retry.isActive())
+            m_retry.start(retryInterval);
         return std::nullopt;
     }
 }
 
-void EngineService::tryAgain(const QDBusMessage &call, const Step &step, const Refusal &refusal,
-                             const QDeadlineTimer &deadline)
+/// Those that wait, in the order in which they came.
+void EngineService::retryCalls()
 {
-    QTimer::singleShot(retryInterval, this, [this, call, step, refusal, deadline] {
-        try {
-            m_bus.send(call.createReply(step()));
-        } catch (const StoreFailure &failure) {
-            m_dispatcher.noticeStoreFailure(failure);
-            if (deadline.hasExpired())
-                m_bus.send(failureOf(call, refusal, failure.text()));
-            else
-                tryAgain(call, step, refusal, deadline);
-        }
-    });
+    for (const Waiting &waiting : std::exchange(m_waiting, {}))
+        retry(waiting);
+    if (!m_waiting.isEmpty())
+        m_retry.start(retryInterval);
+}
+
+void EngineService::retry(const Waiting &waiting)
+{
+    try {
+        m_bus.send(waiting.call.createReply(waiting.step()));
+    } catch (const StoreFailure &failure) {
+        m_dispatcher.noticeStoreFailure(failure);
+        if (waiting.deadline.hasExpired())
+            m_bus.send(failureOf(waiting.call, waiting.refusal, failure.text()));
+        else
+            m_waiting.append(waiting);
+    }
 }
 
 QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Refusal &refusal,

@@ -4,18 +4,20 @@
 #include "service/ipc/EngineState.h"
 #include "service/ipc/QueueChangePacer.h"
 #include "service/ipc/QueueSnapshots.h"
+#include "service/time/Deadline.h"
+#include "service/time/Timer.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
-#include <QDeadlineTimer>
 #include <QObject>
 #include <QSet>
 
 #include <functional>
 #include <optional>
 
+class Clock;
 class Dispatcher;
 class Store;
 struct DeviceDetails;
@@ -28,9 +30,9 @@ class EngineService : public QObject, protected QDBusContext
     Q_OBJECT
 
 public:
-    /// @param store, dispatcher  must outlive this object
+    /// @param store, dispatcher, clock  must outlive this object
     EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
-                  QObject *parent = nullptr);
+                  const Clock &clock, QObject *parent = nullptr);
 
     void StartEngine();
     void StopEngine();
@@ -71,11 +73,20 @@ private:
     /// The output arguments of a call that has failed for good; without them it fails as a call.
     using Refusal = std::optional<QVariantList>;
 
+    /// A call whose step waits for the store.
+    struct Waiting
+    {
+        QDBusMessage call;
+        Step step;
+        Refusal refusal;
+        Deadline deadline;
+    };
+
     /// Runs the step of the present call, again and again for ten seconds if the store fails.
     /// @return the output arguments; nothing when they are sent later
     std::optional<QVariantList> carryOut(const Step &step, const Refusal &refusal = {});
-    void tryAgain(const QDBusMessage &call, const Step &step, const Refusal &refusal,
-                  const QDeadlineTimer &deadline);
+    void retryCalls();
+    void retry(const Waiting &waiting);
     QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
     QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
     QVariantList queueChanges(const QString &caller, quint64 revision);
@@ -87,9 +98,12 @@ private:
     QDBusConnection m_bus;
     Store &m_store;
     Dispatcher &m_dispatcher;
+    const Clock &m_clock;
     QDBusServiceWatcher m_callers;
     QSet<QString> m_listeners;
     QueueChangePacer m_pacer;
+    QList<Waiting> m_waiting;
+    Timer m_retry; ///< runs while calls wait
     QueueSnapshots m_snapshots;
     std::optional<EngineState::LastError> m_lastError;
 };

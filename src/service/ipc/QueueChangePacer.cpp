@@ -1,9 +1,9 @@
 #include "service/ipc/QueueChangePacer.h"
 
-QueueChangePacer::QueueChangePacer(QObject *parent) : QObject(parent)
+QueueChangePacer::QueueChangePacer(TimeSource &time, QObject *parent)
+    : QObject(parent), m_sinceReport(time), m_again(time)
 {
-    m_again.setSingleShot(true);
-    connect(&m_again, &QTimer::timeout, this, &QueueChangePacer::consider);
+    connect(&m_again, &Timer::timeout, this, &QueueChangePacer::consider);
 }
 
 void QueueChangePacer::listenerCame(const QString &listener)

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <QElapsedTimer>
+#include "service/time/Stopwatch.h"
+#include "service/time/Timer.h"
+
 #include <QObject>
 #include <QSet>
-#include <QTimer>
 
 /// Spaces the reports of queue changes: the first is made at once, the next one when every listener
 /// has fetched the queue since the last and 100 ms have passed, and the last change is always
@@ -16,7 +17,8 @@ public:
     static constexpr int ShortestInterval = 100;
     static constexpr int LongestWait = 1000;
 
-    explicit QueueChangePacer(QObject *parent = nullptr);
+    /// @param time  must outlive this object
+    explicit QueueChangePacer(TimeSource &time = TimeSource::system(), QObject *parent = nullptr);
 
     void listenerCame(const QString &listener);
     void listenerLeft(const QString &listener);
@@ -33,7 +35,7 @@ private:
 
     QSet<QString> m_listeners;
     QSet<QString> m_fetching; ///< listeners that haven't fetched since the last report
-    QElapsedTimer m_sinceReport;
-    QTimer m_again;
+    Stopwatch m_sinceReport;
+    Timer m_again;
     bool m_pending = false;
 };

@@ -14,14 +14,13 @@ constexpr char s_leavePrompt[] = "\x1B\r";
 constexpr int s_mostLatePrompts = 3;
 } // namespace
 
-AtChannel::AtChannel(SerialLine *line, const ModemTimings &timings, QObject *parent)
-    : QObject(parent), m_line(line), m_timings(timings)
+AtChannel::AtChannel(SerialLine *line, const ModemTimings &timings, TimeSource &time,
+                     QObject *parent)
+    : QObject(parent), m_line(line), m_timings(timings), m_limit(time),
+      m_quiet(time, Qt::PreciseTimer)
 {
-    m_limit.setSingleShot(true);
-    m_quiet.setSingleShot(true);
-    m_quiet.setTimerType(Qt::PreciseTimer);
-    connect(&m_limit, &QTimer::timeout, this, &AtChannel::onLimit);
-    connect(&m_quiet, &QTimer::timeout, this, &AtChannel::onQuiet);
+    connect(&m_limit, &Timer::timeout, this, &AtChannel::onLimit);
+    connect(&m_quiet, &Timer::timeout, this, &AtChannel::onQuiet);
     connect(m_line, &SerialLine::received, this, &AtChannel::onReceived);
     connect(m_line, &SerialLine::broken, this, &AtChannel::onBroken);
 }

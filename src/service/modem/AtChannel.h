@@ -3,9 +3,9 @@
 #include "service/modem/AtReader.h"
 #include "service/modem/ModemTimings.h"
 #include "service/modem/SerialLine.h"
+#include "service/time/Timer.h"
 
 #include <QObject>
-#include <QTimer>
 
 #include <functional>
 
@@ -57,7 +57,9 @@ public:
     /// Lines of an answer beyond this number are dropped.
     static constexpr int s_mostLines = 256;
 
-    AtChannel(SerialLine *line, const ModemTimings &timings, QObject *parent = nullptr);
+    /// @param time  must outlive this object
+    AtChannel(SerialLine *line, const ModemTimings &timings,
+              TimeSource &time = TimeSource::system(), QObject *parent = nullptr);
 
     bool isIdle() const { return m_step == Step::Idle; }
 
@@ -117,8 +119,8 @@ private:
     SerialLine *m_line;
     const ModemTimings m_timings;
     AtReader m_reader;
-    QTimer m_limit;
-    QTimer m_quiet;
+    Timer m_limit;
+    Timer m_quiet;
 
     Step m_step = Step::Idle;
     /// Counts the steps, so that news of a failed write can be told from a later step's.

@@ -37,20 +37,21 @@ SendFailure failureOfProblem(SendProblem problem, const QString &text)
 } // namespace
 
 Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
-             QObject *parent, PortSearch::Ports ports)
+             QObject *parent, PortSearch::Ports ports, TimeSource &time)
     : QObject(parent), m_line(std::move(line)), m_timings(timings),
-      m_channel(m_line.get(), timings),
+      m_channel(m_line.get(), timings, time),
       m_dialogue(m_channel, timings, [this](const ModemFailure &failure) { fail(failure); }),
-      m_unlock(m_dialogue, gate, timings,
-               [this] {
-                   // Whoever hears it may close the modem, which must not happen to a step on the
-                   // stack.
-                   QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
-               }),
-      m_search(*m_line, m_channel, timings, std::move(ports))
+      m_unlock(
+          m_dialogue, gate, timings,
+          [this] {
+              // Whoever hears it may close the modem, which must not happen to a step on the
+              // stack.
+              QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
+          },
+          time),
+      m_search(*m_line, m_channel, timings, std::move(ports), time), m_initialisationLimit(time)
 {
-    m_initialisationLimit.setSingleShot(true);
-    connect(&m_initialisationLimit, &QTimer::timeout, this, &Modem::onLate);
+    connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
     connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
     connect(&m_channel, &AtChannel::broken, this, &Modem::onBroken);
 }

@@ -8,9 +8,9 @@
 #include "service/modem/SimUnlock.h"
 #include "service/modem/SubmitPdu.h"
 #include "service/platform/SerialDevices.h"
+#include "service/time/Timer.h"
 
 #include <QObject>
-#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -39,10 +39,12 @@ public:
     /// @param line  owned by the modem
     /// @param gate  asked before a PIN leaves; outlives the modem
     /// @param ports where a device is looked for that is gone from its place
+    /// @param time  outlives the modem
     Modem(
         std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings = {},
         QObject *parent = nullptr,
-        PortSearch::Ports ports = [] { return SerialDevices::serialPorts(); });
+        PortSearch::Ports ports = [] { return SerialDevices::serialPorts(); },
+        TimeSource &time = TimeSource::system());
     ~Modem() override;
 
     State state() const { return m_state; }
@@ -125,7 +127,7 @@ private:
     AtDialogue m_dialogue;
     SimUnlock m_unlock;
     PortSearch m_search;
-    QTimer m_initialisationLimit;
+    Timer m_initialisationLimit;
 
     State m_state = State::Closed;
     Task m_task = Task::None;

@@ -23,13 +23,12 @@ QString deviceOf(const QString &port)
 } // namespace
 
 PortSearch::PortSearch(SerialLine &line, AtChannel &channel, const ModemTimings &timings,
-                       Ports ports)
-    : m_line(line), m_channel(channel), m_timings(timings), m_ports(std::move(ports))
+                       Ports ports, TimeSource &time)
+    : m_line(line), m_channel(channel), m_timings(timings), m_ports(std::move(ports)),
+      m_portLimit(time), m_nextPort(time), m_limit(time)
 {
-    for (QTimer *const timer : {&m_portLimit, &m_nextPort})
-        timer->setSingleShot(true);
-    connect(&m_portLimit, &QTimer::timeout, this, &PortSearch::giveUpPort);
-    connect(&m_nextPort, &QTimer::timeout, this, &PortSearch::next);
+    connect(&m_portLimit, &Timer::timeout, this, &PortSearch::giveUpPort);
+    connect(&m_nextPort, &Timer::timeout, this, &PortSearch::next);
 }
 
 void PortSearch::start(const QString &imei, int baud, Finished finished)

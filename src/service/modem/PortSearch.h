@@ -1,12 +1,12 @@
 #pragma once
 
 #include "service/modem/AtChannel.h"
+#include "service/time/Deadline.h"
+#include "service/time/Timer.h"
 
-#include <QDeadlineTimer>
 #include <QHash>
 #include <QObject>
 #include <QStringList>
-#include <QTimer>
 
 #include <functional>
 
@@ -28,8 +28,9 @@ public:
     /// How many ports one search asks at most.
     static constexpr int s_mostPorts = 16;
 
-    /// @param line, channel used during a search only; outlive this object
-    PortSearch(SerialLine &line, AtChannel &channel, const ModemTimings &timings, Ports ports);
+    /// @param line, channel used during a search only; outlive this object, as `time` does
+    PortSearch(SerialLine &line, AtChannel &channel, const ModemTimings &timings, Ports ports,
+               TimeSource &time = TimeSource::system());
 
     void start(const QString &imei, int baud, Finished finished);
     /// Ends without a word to the function given to `start`.
@@ -65,7 +66,7 @@ private:
     QString m_port;
     QString m_device;
     quint64 m_step = 0; ///< tells a late answer from the present port's
-    QTimer m_portLimit;
-    QTimer m_nextPort;
-    QDeadlineTimer m_limit;
+    Timer m_portLimit;
+    Timer m_nextPort;
+    Deadline m_limit;
 };

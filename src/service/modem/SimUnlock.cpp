@@ -93,11 +93,11 @@ SimState simState(const AtAnswer &answer)
 }
 
 SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
-                     std::function<void()> pinSettled)
-    : m_dialogue(dialogue), m_gate(gate), m_timings(timings), m_pinSettled(std::move(pinSettled))
+                     std::function<void()> pinSettled, TimeSource &time)
+    : m_dialogue(dialogue), m_gate(gate), m_timings(timings), m_pinSettled(std::move(pinSettled)),
+      m_poll(time), m_deadline(time)
 {
-    m_poll.setSingleShot(true);
-    QObject::connect(&m_poll, &QTimer::timeout, &m_poll, [this] { look(); });
+    QObject::connect(&m_poll, &Timer::timeout, &m_poll, [this] { look(); });
 }
 
 void SimUnlock::start(const QString &pin, DeviceDetails *details, Finished finished)

@@ -2,9 +2,8 @@
 
 #include "service/modem/AtDialogue.h"
 #include "service/modem/PinGate.h"
-
-#include <QDeadlineTimer>
-#include <QTimer>
+#include "service/time/Deadline.h"
+#include "service/time/Timer.h"
 
 #include <functional>
 #include <optional>
@@ -35,7 +34,7 @@ public:
 
     /// @param pinSettled called when the SIM has taken a PIN; not from where the talk may be ended
     SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
-              std::function<void()> pinSettled);
+              std::function<void()> pinSettled, TimeSource &time = TimeSource::system());
 
     /// @param details its IMEI is asked for where the SIM has to be told from others and doesn't
     ///                tell its own number
@@ -67,8 +66,8 @@ private:
     PinGate &m_gate;
     const ModemTimings m_timings;
     const std::function<void()> m_pinSettled;
-    QTimer m_poll;
-    QDeadlineTimer m_deadline;
+    Timer m_poll;
+    Deadline m_deadline;
 
     QString m_pin;
     QString m_iccid;

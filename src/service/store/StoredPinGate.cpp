@@ -26,11 +26,10 @@ bool mayBeOne(const SimIdentity &sim, const SimIdentity &other)
 
 } // namespace
 
-StoredPinGate::StoredPinGate(Store &store, std::function<QString()> now)
-    : m_store(store), m_now(std::move(now))
+StoredPinGate::StoredPinGate(Store &store, std::function<QString()> now, TimeSource &time)
+    : m_store(store), m_now(std::move(now)), m_again(time)
 {
-    m_again.setSingleShot(true);
-    QObject::connect(&m_again, &QTimer::timeout, &m_again, [this] { recordAccepted(); });
+    QObject::connect(&m_again, &Timer::timeout, &m_again, [this] { recordAccepted(); });
 }
 
 PinGate::Decision StoredPinGate::mayTry(const SimIdentity &sim, const QString &pin,

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "service/modem/PinGate.h"
+#include "service/time/Timer.h"
 
 #include <QList>
-#include <QTimer>
 
 #include <functional>
 
@@ -16,9 +16,10 @@ class Store;
 class StoredPinGate : public PinGate
 {
 public:
-    /// @param store  must outlive this object
-    /// @param now    the wall clock, "yyyy-MM-ddTHH:mm:ss"
-    StoredPinGate(Store &store, std::function<QString()> now);
+    /// @param store, time  must outlive this object
+    /// @param now          the wall clock, "yyyy-MM-ddTHH:mm:ss"
+    StoredPinGate(Store &store, std::function<QString()> now,
+                  TimeSource &time = TimeSource::system());
 
     Decision mayTry(const SimIdentity &sim, const QString &pin,
                     std::optional<int> triesLeft) override;
@@ -47,7 +48,7 @@ private:
     std::function<QString()> m_now;
     /// Acceptances that could not be recorded yet.
     QList<Attempt> m_acceptedUnrecorded;
-    QTimer m_again;
+    Timer m_again;
     /// Refusals that could not be recorded. An accepted PIN that was refused since must not be
     /// tried again although the record still says that it may.
     QList<Attempt> m_refusedUnrecorded;

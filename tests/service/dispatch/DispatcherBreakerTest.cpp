@@ -26,6 +26,14 @@ protected:
         ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     }
 
+    static QList<qint64> delaysBetween(const QList<qint64> &moments)
+    {
+        QList<qint64> delays;
+        for (qsizetype i = 1; i < moments.size(); ++i)
+            delays << moments.at(i) - moments.at(i - 1);
+        return delays;
+    }
+
     qsizetype resets() const { return m_line->commands.count(s_reset); }
     QStringList warnings() const { return m_events.filter(QStringLiteral("warning")); }
 };
@@ -70,12 +78,19 @@ TEST_F(DispatcherBreaker, otherFailuresOfTheSameTroubleAreNotToldAgain)
 
 TEST_F(DispatcherBreaker, theDelayBetweenItsTriesGrows)
 {
+    m_settings.breakerFailures = 100; // a reset would take its own time
+    makeDispatcher();
     answerWith({310, 310, 310, 310, 310, 0});
     add(QStringLiteral("600"));
-    QElapsedTimer passed;
-    passed.start();
+    QList<qint64> openings;
+    m_line->onOpen = [&] { openings << m_time.elapsed(); };
     sendAll();
-    EXPECT_GE(passed.elapsed(), (20 + 40 + 80 + 80 + 80) * 9 / 10);
+    ASSERT_EQ(openings.size(), 6);
+    // Between two openings lie the delay and what opening and sending take.
+    const qint64 work = openings.at(1) - openings.at(0) - 20;
+    EXPECT_GT(work, 0);
+    EXPECT_EQ(delaysBetween(openings),
+              QList<qint64>({20 + work, 40 + work, 80 + work, 80 + work, 80 + work}));
 }
 
 TEST_F(DispatcherBreaker, resetsAgainWhenTheIntervalIsOver)

@@ -207,11 +207,11 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(DispatcherDevice, aDeviceThatStaysAwayIsTriedAgainWithGrowingDelaysAndToldOnce)
 {
     m_line->openError = LineError::NoSuchDevice;
-    QElapsedTimer passed;
-    passed.start();
+    QList<qint64> openings;
+    m_line->onOpen = [&] { openings << m_time.elapsed(); };
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_line->openings == 5; }));
-    EXPECT_GE(passed.elapsed(), (20 + 40 + 80 + 80) * 9 / 10); // a timer may be 5 % early
+    ASSERT_TRUE(until([&] { return openings.size() == 5; }));
+    EXPECT_EQ(openings, QList<qint64>({0, 20, 20 + 40, 20 + 40 + 80, 20 + 40 + 80 + 80}));
     EXPECT_EQ(count(QStringLiteral("warning -2")), 1);
     m_line->openError = LineError::None;
     EXPECT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
@@ -246,11 +246,16 @@ TEST_F(DispatcherDevice, aTroubleIsForgottenWhenTheDeviceHasBeenReadyForAWhile)
         ASSERT_TRUE(until([&] { return count(QStringLiteral("warning -5")) == times; })) << times;
         ASSERT_TRUE(until([&] { return m_line->openings == times + 1; }));
         ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
-        QTimer steady;
-        steady.setSingleShot(true);
-        steady.start(60);
-        ASSERT_TRUE(until([&] { return !steady.isActive(); }));
+        m_time.pass(m_timings.steadyMs);
     }
+    // A moment less, and it is the same trouble still.
+    m_line->breakOff();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -5")) == 4; }));
+    ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
+    m_time.pass(m_timings.steadyMs - 1);
+    m_line->breakOff();
+    ASSERT_TRUE(until([this] { return m_line->openings == 6; }));
+    EXPECT_EQ(count(QStringLiteral("warning -5")), 4);
 }
 
 TEST_F(DispatcherDevice, aDeviceThatComesAndGoesIsToldOnce)

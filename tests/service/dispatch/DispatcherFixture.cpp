@@ -110,12 +110,6 @@ void DispatcherFixture::startReady()
     takeTurns();
 }
 
-void DispatcherFixture::takeTurns()
-{
-    for (int turn = 0; turn < 50; ++turn)
-        QCoreApplication::processEvents();
-}
-
 qsizetype DispatcherFixture::submissions() const
 {
     return std::count_if(m_line->commands.cbegin(), m_line->commands.cend(),

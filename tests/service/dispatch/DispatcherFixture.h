@@ -11,9 +11,15 @@
 class SetClock : public Clock
 {
 public:
+    explicit SetClock(TimeSource &time = TimeSource::system()) : m_time(time) {}
+
     QDateTime wallClock() const override { return now; }
+    TimeSource &time() const override { return m_time; }
 
     QDateTime now = {QDate(2024, 5, 1), QTime(12, 0), Qt::UTC};
+
+private:
+    TimeSource &m_time;
 };
 
 inline QString noon()
@@ -55,7 +61,7 @@ protected:
     /// Starts and waits until the device is ready.
     void startReady();
     /// Lets everything happen that waits for nothing but its turn.
-    static void takeTurns();
+    void takeTurns() { m_time.settle(); }
 
     /// How often a part was asked to be sent.
     qsizetype submissions() const;
@@ -73,7 +79,7 @@ protected:
     QVariant onDisk(const QString &query) const;
 
     QTemporaryDir m_folder;
-    SetClock m_clock;
+    SetClock m_clock{m_time};
     double m_random = 0;
     DispatcherTimings m_timings;
     RetryTimes m_retryTimes;

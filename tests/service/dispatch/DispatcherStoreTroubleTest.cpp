@@ -14,7 +14,7 @@ protected:
         };
     }
 
-    bool outcomeWaits() const
+    bool outcomeWaits()
     {
         return until([this] { return m_log.count(QStringLiteral("outcome waits")) >= 2; });
     }

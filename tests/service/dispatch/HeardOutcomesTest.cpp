@@ -2,9 +2,7 @@
 
 #include "service/store/OtherConnection.h"
 #include "service/store/StoreFixture.h"
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
+#include "support/TurnedTime.h"
 
 namespace {
 
@@ -18,16 +16,15 @@ protected:
 
     bool allNoted()
     {
-        const QDeadlineTimer deadline(5000);
-        while (!m_store->unreportedFailures().isEmpty() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-        return m_store->unreportedFailures().isEmpty();
+        return m_time.until([this] { return m_store->unreportedFailures().isEmpty(); });
     }
+
+    TurnedTime m_time;
 };
 
 TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
 {
-    HeardOutcomes heard(*m_store, 20);
+    HeardOutcomes heard(*m_store, 20, m_time);
     const qint64 first = failedMessage();
     const qint64 second = failedMessage();
     heard.add(first);
@@ -40,14 +37,13 @@ TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
 
 TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
 {
-    HeardOutcomes heard(*m_store, 20);
+    HeardOutcomes heard(*m_store, 20, m_time);
     const qint64 outcome = failedMessage();
     OtherConnection other(file());
     other.lock();
     heard.add(outcome);
-    const QDeadlineTimer deadline(200);
-    while (!deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    m_time.pass(100);
+    EXPECT_EQ(m_time.rung(), 1 + 100 / 20);
     EXPECT_TRUE(heard.contains(outcome));
     EXPECT_EQ(m_store->unreportedFailures().size(), 1);
     other.unlock();

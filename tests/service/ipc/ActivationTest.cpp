@@ -69,7 +69,7 @@ TEST(Packaging, theServiceManagerTakesTheUnit)
     check.setProcessChannelMode(QProcess::MergedChannels);
     check.start(checker, {QStringLiteral("--user"), QStringLiteral("--man=no"),
                           QStringLiteral("verify"), unit.fileName()});
-    ASSERT_TRUE(check.waitForFinished());
+    ASSERT_TRUE(check.waitForFinished(hangMs));
     const QString said = QString::fromUtf8(check.readAll());
     EXPECT_FALSE(said.contains(QLatin1String("tovek-sms.service"))) << said.toStdString();
 }
@@ -96,7 +96,7 @@ protected:
             QStringLiteral("dbus-daemon"),
             {QStringLiteral("--config-file=") + m_folder.filePath(QStringLiteral("bus.conf")),
              QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-        EXPECT_TRUE(m_daemon.waitForReadyRead());
+        EXPECT_TRUE(m_daemon.waitForReadyRead(hangMs));
         m_bus = std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(
             QString::fromLatin1(m_daemon.readLine()).trimmed(), QStringLiteral("activating")));
         EXPECT_TRUE(m_bus->isConnected());
@@ -107,7 +107,7 @@ protected:
         m_bus.reset();
         QDBusConnection::disconnectFromBus(QStringLiteral("activating"));
         m_daemon.terminate();
-        m_daemon.waitForFinished();
+        m_daemon.waitForFinished(hangMs);
         // It loses its bus, and ends.
         EXPECT_TRUE(engine == 0 || until([engine] { return ::kill(engine, 0) != 0; }));
     }

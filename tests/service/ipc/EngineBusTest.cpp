@@ -4,7 +4,6 @@
 #include "service/store/Store.h"
 
 #include <QDBusPendingCall>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QXmlStreamReader>
 
@@ -292,17 +291,6 @@ TEST_F(EngineOnBus, aChangeThatCameTooLateIsAnsweredAndTold)
     EXPECT_EQ(callForNumber("GetQueueSize"), 0);
 }
 
-TEST_F(EngineOnBus, queueingIsReportedAtOnceAndThenInGroups)
-{
-    Listener listener(QDBusConnection::sessionBus());
-    for (int i = 0; i < 200; ++i)
-        addSMS(QStringLiteral("600"), QString(), QString());
-    ASSERT_TRUE(
-        until([&] { return listener.heard.contains(QStringLiteral("SMSQueueChanged 200")); }));
-    EXPECT_EQ(listener.heard.constFirst(), QStringLiteral("SMSQueueChanged 1"));
-    EXPECT_LT(listener.heard.size(), 150);
-}
-
 TEST_F(EngineOnBus, aDeviceTestGivesTheCodeOfWhatStandsInTheWay)
 {
     WireSettings tried = noDevice();
@@ -316,56 +304,6 @@ TEST_F(EngineOnBus, aDeviceTestGivesTheCodeOfWhatStandsInTheWay)
     EXPECT_EQ(result(), -3);
     tried.protocol = 2;
     EXPECT_EQ(result(), -40);
-}
-
-TEST_F(EngineOnBus, aCallWaitsForALockedStoreWhileOthersAreServed)
-{
-    OtherConnection other(storeFile());
-    other.lock();
-    QDBusPendingCall waiting = QDBusConnection::sessionBus().asyncCall(request(
-        "AddSMS", {QStringLiteral("600"), QString(), QStringLiteral("2024-05-01T12:00:00")}));
-    QDBusPendingCall settings = QDBusConnection::sessionBus().asyncCall(
-        request("SetDeviceSettings", {QVariant::fromValue(noDevice())}));
-    EXPECT_EQ(callForNumber("GetEngineStatus"), 0);
-    EXPECT_EQ(callForNumber("GetQueueSize"), 0);
-    EXPECT_FALSE(waiting.isFinished());
-    other.unlock();
-    waiting.waitForFinished();
-    EXPECT_EQ(waiting.reply().type(), QDBusMessage::ReplyMessage);
-    settings.waitForFinished();
-    EXPECT_EQ(settings.reply().arguments(), QVariantList({true}));
-    EXPECT_EQ(queue().size(), 1);
-    EXPECT_EQ(EngineProcess::settings(), noDevice());
-}
-
-TEST_F(EngineOnBus, callsFailWhenTheStoreStaysLockedForTenSeconds)
-{
-    Listener listener(QDBusConnection::sessionBus());
-    call("ReportState");
-    OtherConnection other(storeFile());
-    other.lock();
-    QElapsedTimer passed;
-    passed.start();
-    QDBusPendingCall adding = QDBusConnection::sessionBus().asyncCall(
-        request("AddSMS", {QStringLiteral("600"), QString(), QString()}));
-    QDBusPendingCall setting = QDBusConnection::sessionBus().asyncCall(
-        request("SetDeviceSettings", {QVariant::fromValue(noDevice())}));
-    QDBusPendingCall starting = QDBusConnection::sessionBus().asyncCall(request("StartEngine"));
-    adding.waitForFinished();
-    EXPECT_GE(passed.elapsed(), 9'900);
-    EXPECT_LT(passed.elapsed(), 13'000);
-    EXPECT_EQ(adding.reply().errorName(), QStringLiteral("com.tovek.SMService.Error.Store"));
-    setting.waitForFinished();
-    EXPECT_EQ(setting.reply().arguments(), QVariantList({false}));
-    starting.waitForFinished();
-    EXPECT_EQ(starting.reply().errorName(), QStringLiteral("com.tovek.SMService.Error.Store"));
-    EXPECT_TRUE(until(
-        [&] { return !listener.heard.filter(QStringLiteral("WarningError -1 ")).isEmpty(); }));
-    other.unlock();
-    EXPECT_EQ(callForNumber("GetQueueSize"), 0);
-    EXPECT_EQ(callForNumber("GetEngineStatus"), 0);
-    addSMS(QStringLiteral("600"), QString(), QString());
-    EXPECT_EQ(callForNumber("GetQueueSize"), 1);
 }
 
 } // namespace

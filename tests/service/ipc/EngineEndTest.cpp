@@ -3,8 +3,6 @@
 
 #include "service/store/OtherConnection.h"
 
-#include <QElapsedTimer>
-
 namespace {
 
 /// An engine that is ended while a part is on its way.
@@ -21,8 +19,11 @@ protected:
             0);
         startEngine();
         send(QStringLiteral("600111222"));
-        ASSERT_TRUE(
-            until([] { return numberOf("SELECT COUNT(*) FROM message WHERE state = 1") == 1; }));
+        // On a slow machine the answer may come before anybody looks.
+        ASSERT_TRUE(until([] {
+            return numberOf("SELECT (SELECT COUNT(*) FROM message WHERE state = 1) + "
+                            "(SELECT COUNT(*) FROM outcome)") == 1;
+        }));
     }
     virtual void startEngine() { start(); }
     virtual void send(const QString &phone)
@@ -44,39 +45,6 @@ protected:
     std::unique_ptr<RunningSimulator> device;
 };
 
-TEST_F(EngineEnd, thePartInProgressIsFinishedAndNothingElseBegun)
-{
-    startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
-    addSMS(QStringLiteral("600111333"), QStringLiteral("text"),
-           QStringLiteral("2024-01-01T00:00:00"));
-    stop();
-    EXPECT_EQ(device->messages().size(), 1);
-    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM outcome WHERE code = 1"), 1);
-    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message"), 1);
-    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message WHERE state <> 0"), 0);
-}
-
-TEST_F(EngineEnd, aPartThatIsNotAnsweredInTimeIsLeftAndReportedAndNeverSentAgain)
-{
-    startSending({QStringLiteral("--latency"), QStringLiteral("600000")});
-    QElapsedTimer taken;
-    taken.start();
-    stop();
-    EXPECT_GE(taken.elapsed(), 15'000);
-    EXPECT_LT(taken.elapsed(), 25'000);
-    EXPECT_EQ(numberOf("SELECT COUNT(*) FROM message WHERE state = 1"), 1);
-
-    start();
-    Listener listener(QDBusConnection::sessionBus());
-    call("ReportState");
-    EXPECT_TRUE(until([&] {
-        return listener.has(QStringLiteral("SMSSentFailed 600111222 text -39")) &&
-               listener.has(QStringLiteral("WarningError -39"));
-    }));
-    EXPECT_EQ(callForNumber("GetQueueSize"), 0);
-    EXPECT_LE(device->messages().size(), 1);
-}
-
 /// On a bus of its own that ends before the engine.
 class EngineOnDyingBus : public EngineEnd
 {
@@ -86,7 +54,7 @@ protected:
         m_daemon.start(QStringLiteral("dbus-daemon"),
                        {QStringLiteral("--session"), QStringLiteral("--nofork"),
                         QStringLiteral("--print-address")});
-        EXPECT_TRUE(m_daemon.waitForReadyRead());
+        EXPECT_TRUE(m_daemon.waitForReadyRead(hangMs));
         m_address = QString::fromLatin1(m_daemon.readLine()).trimmed();
     }
 
@@ -118,8 +86,8 @@ TEST_F(EngineOnDyingBus, thePartInProgressIsFinished)
 {
     startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
     m_daemon.kill();
-    ASSERT_TRUE(m_daemon.waitForFinished());
-    ASSERT_TRUE(m_engine.waitForFinished(25'000));
+    ASSERT_TRUE(m_daemon.waitForFinished(hangMs));
+    ASSERT_TRUE(m_engine.waitForFinished(hangMs));
     EXPECT_EQ(m_engine.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(m_engine.exitCode(), 0);
     expectItFinished();

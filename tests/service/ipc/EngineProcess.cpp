@@ -135,14 +135,14 @@ QString EngineProcess::storeFile()
 void EngineProcess::start()
 {
     m_engine.start();
-    ASSERT_TRUE(m_engine.waitForStarted());
+    ASSERT_TRUE(m_engine.waitForStarted(hangMs));
     ASSERT_TRUE(until([] { return isOnBus(); }));
 }
 
 void EngineProcess::stop()
 {
     m_engine.terminate();
-    ASSERT_TRUE(m_engine.waitForFinished(25'000));
+    ASSERT_TRUE(m_engine.waitForFinished(hangMs));
     EXPECT_EQ(m_engine.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(m_engine.exitCode(), 0);
 }
@@ -150,7 +150,7 @@ void EngineProcess::stop()
 void EngineProcess::kill()
 {
     m_engine.kill();
-    m_engine.waitForFinished();
+    m_engine.waitForFinished(hangMs);
 }
 
 bool EngineProcess::isOnBus(const QDBusConnection &bus)
@@ -163,7 +163,7 @@ Ended EngineProcess::run(const QStringList &arguments, const QProcessEnvironment
     QProcess process;
     process.setProcessEnvironment(environment);
     process.start(program(), arguments);
-    EXPECT_TRUE(process.waitForFinished(25'000));
+    EXPECT_TRUE(process.waitForFinished(hangMs));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
@@ -180,7 +180,7 @@ QDBusMessage EngineProcess::request(const char *operation, const QVariantList &a
 QDBusMessage EngineProcess::call(const char *operation, const QVariantList &arguments,
                                  const QDBusConnection &bus)
 {
-    const QDBusMessage answer = bus.call(request(operation, arguments));
+    const QDBusMessage answer = bus.call(request(operation, arguments), QDBus::Block, hangMs);
     EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage)
         << operation << ": " << answer.errorMessage().toStdString();
     return answer;

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "support/WaitUntil.h"
+
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDeadlineTimer>
-#include <QEventLoop>
 #include <QObject>
 #include <QProcess>
-#include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 // The engine's program as a stranger sees it: over the bus and by its command line. The records are
 // declared anew here, so that both declarations prove each other.
@@ -114,16 +115,7 @@ protected:
     /// A device that is nowhere.
     static WireSettings noDevice();
 
-    template <typename Condition>
-    static bool until(Condition condition)
-    {
-        const QDeadlineTimer deadline(20'000);
-        QTimer alarm;
-        alarm.start(10);
-        while (!condition() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return condition();
-    }
+    static bool until(const std::function<bool()> &condition) { return waitUntil(condition); }
 
     QProcess m_engine;
 };

@@ -1,5 +1,7 @@
 #include "service/ipc/QueueChangePacer.h"
 
+#include "support/TurnedTime.h"
+
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -9,24 +11,23 @@ namespace {
 class QueueChangePacerTest : public testing::Test
 {
 protected:
-    /// A timer may be 5 % early.
-    static constexpr int s_shortest = QueueChangePacer::ShortestInterval * 95 / 100;
-    static constexpr int s_longest = QueueChangePacer::LongestWait * 95 / 100;
+    static constexpr qint64 s_shortest = QueueChangePacer::ShortestInterval;
+    static constexpr qint64 s_longest = QueueChangePacer::LongestWait;
 
-    QueueChangePacerTest() { m_clock.start(); }
-
+    /// After how many milliseconds the next report comes.
     qint64 waitForReport()
     {
-        m_clock.restart();
-        EXPECT_TRUE(m_reports.wait(5000));
-        return m_clock.elapsed();
+        const qint64 before = m_time.elapsed();
+        const qsizetype reports = m_reports.count();
+        EXPECT_TRUE(m_time.until([&] { return m_reports.count() > reports; }));
+        return m_time.elapsed() - before;
     }
 
     QString m_one = QStringLiteral(":1.1");
     QString m_two = QStringLiteral(":1.2");
-    QueueChangePacer m_pacer;
+    TurnedTime m_time;
+    QueueChangePacer m_pacer{m_time};
     QSignalSpy m_reports{&m_pacer, &QueueChangePacer::report};
-    QElapsedTimer m_clock;
 };
 
 TEST_F(QueueChangePacerTest, theFirstChangeIsReportedAtOnce)
@@ -40,7 +41,8 @@ TEST_F(QueueChangePacerTest, changesInARowAreReportedTogetherAndTheLastAlways)
     for (int i = 0; i < 1000; ++i)
         m_pacer.queueChanged();
     EXPECT_EQ(m_reports.count(), 1);
-    EXPECT_GE(waitForReport(), s_shortest);
+    EXPECT_EQ(waitForReport(), s_shortest);
+    m_time.pass(10 * s_longest);
     EXPECT_EQ(m_reports.count(), 2);
 }
 
@@ -50,7 +52,7 @@ TEST_F(QueueChangePacerTest, withoutAChangeNothingIsReported)
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
     m_pacer.listenerLeft(m_one);
-    EXPECT_FALSE(m_reports.wait(3 * QueueChangePacer::ShortestInterval));
+    m_time.pass(10 * s_longest);
     EXPECT_EQ(m_reports.count(), 1);
 }
 
@@ -60,9 +62,7 @@ TEST_F(QueueChangePacerTest, aListenerThatFetchedIsToldAfterTheShortestInterval)
     m_pacer.queueChanged();
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
-    const qint64 waited = waitForReport();
-    EXPECT_GE(waited, s_shortest);
-    EXPECT_LT(waited, s_longest);
+    EXPECT_EQ(waitForReport(), s_shortest);
 }
 
 TEST_F(QueueChangePacerTest, theNextReportWaitsForEveryListener)
@@ -73,7 +73,7 @@ TEST_F(QueueChangePacerTest, theNextReportWaitsForEveryListener)
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
     m_pacer.listenerFetched(QStringLiteral(":1.3"));
-    EXPECT_GE(waitForReport(), s_longest);
+    EXPECT_EQ(waitForReport(), s_longest);
 }
 
 TEST_F(QueueChangePacerTest, aListenerThatLeftIsNotWaitedFor)
@@ -84,7 +84,7 @@ TEST_F(QueueChangePacerTest, aListenerThatLeftIsNotWaitedFor)
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
     m_pacer.listenerLeft(m_two);
-    EXPECT_LT(waitForReport(), s_longest);
+    EXPECT_EQ(waitForReport(), s_shortest);
 }
 
 TEST_F(QueueChangePacerTest, aFetchAfterTheShortestIntervalBringsTheReportAtOnce)
@@ -92,7 +92,8 @@ TEST_F(QueueChangePacerTest, aFetchAfterTheShortestIntervalBringsTheReportAtOnce
     m_pacer.listenerCame(m_one);
     m_pacer.queueChanged();
     m_pacer.queueChanged();
-    EXPECT_FALSE(m_reports.wait(2 * QueueChangePacer::ShortestInterval));
+    m_time.pass(2 * s_shortest);
+    EXPECT_EQ(m_reports.count(), 1);
     m_pacer.listenerFetched(m_one);
     EXPECT_EQ(m_reports.count(), 2);
 }
@@ -105,7 +106,7 @@ TEST_F(QueueChangePacerTest, eachReportIsWaitedForAnew)
     m_pacer.queueChanged();
     waitForReport();
     m_pacer.queueChanged();
-    EXPECT_GE(waitForReport(), s_longest);
+    EXPECT_EQ(waitForReport(), s_longest);
 }
 
 } // namespace

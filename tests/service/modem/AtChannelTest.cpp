@@ -1,11 +1,9 @@
 #include "service/modem/AtChannel.h"
 
 #include "FakeModemLine.h"
+#include "support/TurnedTime.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QSignalSpy>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -25,16 +23,7 @@ protected:
 
     Channel() { m_line.open(QStringLiteral("/dev/fake"), 9600); }
 
-    template <typename Condition>
-    static bool until(Condition condition)
-    {
-        QDeadlineTimer deadline(5000);
-        QTimer alarm;
-        alarm.start(5000);
-        while (!condition() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return condition();
-    }
+    bool until(const std::function<bool()> &condition) { return m_time.until(condition); }
 
     AtAnswer run(const QByteArray &command, int limitMs = 1000)
     {
@@ -54,8 +43,9 @@ protected:
         return outcome.value_or(SyncOutcome::LineBroken);
     }
 
+    TurnedTime m_time;
     FakeModemLine m_line;
-    AtChannel m_channel{&m_line, shortTimings()};
+    AtChannel m_channel{&m_line, shortTimings(), m_time};
 };
 
 TEST_F(Channel, collectsTheLinesOfAnAnswer)
@@ -206,8 +196,8 @@ TEST_F(Channel, theAnswersThatASlowDeviceStillOwesAreAwaited)
     EXPECT_EQ(static_cast<int>(run("AT+X", 20).end), static_cast<int>(AtAnswer::End::TimedOut));
     // The device works off its buffer with pauses longer than any that means stillness.
     m_line.answers.insert("AT", FakeModemLine::answer("OK"));
-    QTimer::singleShot(4 * shortTimings().quietMs, &m_line,
-                       [this] { m_line.say(FakeModemLine::answer("OK")); });
+    const auto late = m_time.makeAlarm([this] { m_line.say(FakeModemLine::answer("OK")); });
+    late->set(4 * shortTimings().quietMs, Qt::PreciseTimer);
     ASSERT_LT(4 * shortTimings().quietMs, shortTimings().drainMs);
     EXPECT_EQ(static_cast<int>(synchronise(1)), static_cast<int>(SyncOutcome::Answered));
     m_line.answers.insert("AT+Y", FakeModemLine::answer("ERROR"));
@@ -235,7 +225,7 @@ TEST_F(Channel, thePayloadLeavesOnlyAtThePrompt)
     EXPECT_FALSE(answer->payloadLeft);
     // Too late: nobody waits for it.
     m_line.say("\r\n> ");
-    QCoreApplication::processEvents();
+    m_time.settle();
     EXPECT_TRUE(m_line.payloads.isEmpty());
 }
 

@@ -6,6 +6,8 @@ LineError FakeModemLine::open(const QString &device, int baud)
     openedBaud = baud;
     ++openings;
     openedDevices.append(device);
+    if (onOpen)
+        onOpen();
     if (const LineError error = openErrors.value(device, openError); error != LineError::None)
         return error;
     m_open = true;

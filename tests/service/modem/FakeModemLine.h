@@ -58,6 +58,8 @@ public:
     /// The prompt waits until `say` sends it.
     bool promptHeldBack = false;
     QHash<QByteArray, QByteArray> answers;
+    /// Called at each opening, whether it succeeds or not.
+    std::function<void()> onOpen;
     /// Asked first; nothing leaves the command to `answers`, and those that it lacks get ERROR.
     std::function<std::optional<QByteArray>(const QByteArray &)> onCommand;
 

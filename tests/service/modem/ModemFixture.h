@@ -1,12 +1,11 @@
 #pragma once
 
 #include "service/modem/Modem.h"
+#include "support/TurnedTime.h"
 
 #include "FakeModemLine.h"
 
-#include <QDeadlineTimer>
 #include <QSignalSpy>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -47,7 +46,7 @@ public:
     bool recording = true;
 };
 
-/// A modem at a fake line with short time limits, and spies on everything that it says.
+/// A modem at a fake line, on a clock that the test turns, and spies on everything that it says.
 class ModemFixture : public testing::Test
 {
 protected:
@@ -75,8 +74,8 @@ protected:
         auto line = std::make_unique<FakeModemLine>();
         m_line = line.get();
         makeOrdinary(*m_line);
-        m_modem = std::make_unique<Modem>(std::move(line), m_gate, timings, nullptr,
-                                          [this] { return m_ports; });
+        m_modem = std::make_unique<Modem>(
+            std::move(line), m_gate, timings, nullptr, [this] { return m_ports; }, m_time);
         m_ready = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::ready);
         m_changed = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::detailsChanged);
         m_accepted = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::partAccepted);
@@ -110,16 +109,8 @@ protected:
         EXPECT_TRUE(until([&] { return m_accepted->count() + m_partFailed->count() > before; }));
     }
 
-    template <typename Condition>
-    static bool until(Condition condition, int limitMs = 5000)
-    {
-        QDeadlineTimer deadline(limitMs);
-        QTimer alarm;
-        alarm.start(limitMs);
-        while (!condition() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return condition();
-    }
+    /// Turns the clock until `condition` holds.
+    bool until(const std::function<bool()> &condition) { return m_time.until(condition); }
 
     ModemFailure failure() const
     {
@@ -134,6 +125,7 @@ protected:
                                        : m_partFailed->last().first().value<SendFailure>();
     }
 
+    TurnedTime m_time;
     /// What a search finds.
     QStringList m_ports;
     FakePinGate m_gate;

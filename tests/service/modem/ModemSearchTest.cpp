@@ -2,6 +2,7 @@
 
 #include "PtyModem.h"
 #include "service/modem/QtSerialPortLine.h"
+#include "support/WaitUntil.h"
 
 #include <QProcess>
 
@@ -171,8 +172,8 @@ protected:
         m_line = line.get();
         m_line->openErrors.insert(s_configured, LineError::NoSuchDevice);
         m_line->silent = true;
-        m_modem = std::make_unique<Modem>(std::move(line), m_gate, timings, nullptr,
-                                          [this] { return m_ports; });
+        m_modem = std::make_unique<Modem>(
+            std::move(line), m_gate, timings, nullptr, [this] { return m_ports; }, m_time);
         m_ready = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::ready);
         m_failed = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::failed);
     }
@@ -192,6 +193,17 @@ TEST_F(HastySearch, isBoundedForEachPortAndAllInAll)
     EXPECT_EQ(m_line->openedDevices.count(first), 1);
 }
 
+/// For a device whose time passes by itself: no limit is met, however slow the machine is.
+ModemTimings patientTimings()
+{
+    ModemTimings timings;
+    for (int *const limit : {&timings.commandMs, &timings.probeMs, &timings.drainMs,
+                             &timings.searchPortMs, &timings.searchMs})
+        *limit = 24 * 3'600'000;
+    timings.quietMs = 5;
+    return timings;
+}
+
 TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
 {
     PtyModem device;
@@ -200,29 +212,23 @@ TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
     const int own = DeviceClaim::openPlainly(device.path().toLocal8Bit());
     QProcess other;
     other.setStandardInputFile(device.path());
-    other.start(QStringLiteral("sleep"), {QStringLiteral("60")});
-    ASSERT_TRUE(other.waitForStarted());
+    other.start(QStringLiteral("sleep"), {QStringLiteral("infinity")});
+    ASSERT_TRUE(other.waitForStarted(hangMs));
 
     QtSerialPortLine line;
-    ModemTimings timings;
-    timings.quietMs = 5;
+    const ModemTimings timings = patientTimings();
     AtChannel channel(&line, timings);
     PortSearch search(line, channel, timings, [&] { return QStringList{device.path()}; });
     std::optional<QString> found;
     const auto finished = [&](const QString &port) { found = port; };
-    const auto isOver = [&] {
-        const QDeadlineTimer deadline(5000);
-        while (!found && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return found.has_value();
-    };
+    const auto isOver = [&] { return waitUntil([&] { return found.has_value(); }); };
     search.start(s_imei, 9600, finished);
     ASSERT_TRUE(isOver());
     EXPECT_EQ(*found, QString());
     EXPECT_TRUE(device.heard.isEmpty());
 
     other.kill();
-    other.waitForFinished();
+    other.waitForFinished(hangMs);
     found.reset();
     search.start(s_imei, 9600, finished);
     ASSERT_TRUE(isOver());

@@ -1,6 +1,7 @@
 #include "service/platform/SerialDevices.h"
 
 #include "PtyModem.h"
+#include "support/WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -43,7 +44,7 @@ TEST(SerialDevices, readsTheHolderFromALockFile)
 {
     QProcess program;
     program.start(QStringLiteral("cat"), {});
-    ASSERT_TRUE(program.waitForStarted());
+    ASSERT_TRUE(program.waitForStarted(hangMs));
     const QByteArray pid = QByteArray::number(program.processId());
     const struct
     {
@@ -85,7 +86,7 @@ TEST(SerialDevices, readsTheHolderFromALockFile)
     const QTemporaryDir folder;
     writeLock(folder, "LCK..ttyUSB0", pid);
     program.closeWriteChannel();
-    ASSERT_TRUE(program.waitForFinished());
+    ASSERT_TRUE(program.waitForFinished(hangMs));
     EXPECT_FALSE(SerialDevices::holderOf(QStringLiteral("/dev/ttyUSB0"), {folder.path()}));
     EXPECT_FALSE(SerialDevices::holderOf(QStringLiteral("/dev/ttyUSB0"), {}));
 }
@@ -94,7 +95,7 @@ TEST(SerialDevices, aLockOlderThanTheProcessOfItsNumberIsADeadOnes)
 {
     QProcess program;
     program.start(QStringLiteral("cat"), {});
-    ASSERT_TRUE(program.waitForStarted());
+    ASSERT_TRUE(program.waitForStarted(hangMs));
     const QTemporaryDir folder;
     const QString device = QStringLiteral("/dev/ttyUSB0");
     writeLock(folder, "LCK..ttyUSB0", QByteArray::number(program.processId()));
@@ -109,7 +110,7 @@ TEST(SerialDevices, aLockOlderThanTheProcessOfItsNumberIsADeadOnes)
     SerialDevices::removeDeadLocks(device, {folder.path()});
     EXPECT_FALSE(lock.exists());
     program.closeWriteChannel();
-    EXPECT_TRUE(program.waitForFinished());
+    EXPECT_TRUE(program.waitForFinished(hangMs));
 }
 
 TEST(SerialDevices, listsThePortsByTheirNamesFirstAndEachDeviceOnce)

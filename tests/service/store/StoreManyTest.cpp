@@ -2,8 +2,6 @@
 
 #include "service/store/StoreQueries.h"
 
-#include <QElapsedTimer>
-
 namespace {
 
 constexpr int many = 100'000;
@@ -22,10 +20,9 @@ protected:
     }
 };
 
-TEST_F(StoreMany, waitingMessagesDoNotSlowTheOneThatIsDue)
+/// That none of it reads the whole queue shows the plan of each query, below.
+TEST_F(StoreMany, amongWaitingMessagesTheOneThatIsDueTakesItsWay)
 {
-    QElapsedTimer timer;
-    timer.start();
     constexpr int rounds = 100;
     for (int round = 0; round < rounds; ++round) {
         m_store->add({{QStringLiteral("due"), QStringLiteral("text")}}, noon());
@@ -38,8 +35,6 @@ TEST_F(StoreMany, waitingMessagesDoNotSlowTheOneThatIsDue)
         m_store->releaseBetweenParts();
         m_store->finish(first->id, 1, 1, noon(), true);
     }
-    // Reading the whole queue once takes about 20 ms, and each round would do so several times.
-    EXPECT_LT(timer.elapsed() / rounds, 20);
     EXPECT_EQ(m_store->size(), many);
 }
 
