@@ -18,6 +18,7 @@ TerminalView::TerminalView(QWidget *parent) : QPlainTextEdit(parent)
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse);
     setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_InputMethodEnabled, false);
 }
 
 void TerminalView::setText(const QString &text)
@@ -45,6 +46,11 @@ bool TerminalView::event(QEvent *event)
 {
     // No key of the log is a shortcut of the window's either.
     if (event->type() == QEvent::ShortcutOverride) {
+        event->accept();
+        return true;
+    }
+    // A text that can be selected takes in what an input method or a dead key makes.
+    if (event->type() == QEvent::InputMethod) {
         event->accept();
         return true;
     }

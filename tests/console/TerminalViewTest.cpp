@@ -2,26 +2,87 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QElapsedTimer>
+#include <QInputMethodEvent>
+#include <QMimeData>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
+namespace {
+
+/// Counts the keys that its children let through.
+class KeysOfTheWindow : public QWidget
+{
+public:
+    int keys = 0;
+
+protected:
+    void keyPressEvent(QKeyEvent *) override { ++keys; }
+    void keyReleaseEvent(QKeyEvent *) override { ++keys; }
+};
+
+} // namespace
+
 TEST(TerminalView, everyKeyIsSwallowed)
 {
+    KeysOfTheWindow window;
+    auto *const terminal = new TerminalView(&window);
+    terminal->resize(200, 100);
+    window.show();
+    for (int i = 0; i < 100; ++i)
+        terminal->appendLine(QString::number(i));
+    const QString shown = terminal->toPlainText();
+    const int line = terminal->verticalScrollBar()->value();
+    ASSERT_GT(line, 0);
+    QApplication::clipboard()->setText(QStringLiteral("pasted"));
+
+    for (const Qt::Key key : {Qt::Key_A, Qt::Key_1, Qt::Key_Space, Qt::Key_Delete,
+                              Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape,
+                              Qt::Key_Home, Qt::Key_Up, Qt::Key_Left, Qt::Key_PageUp, Qt::Key_F4})
+        QTest::keyClick(terminal, key);
+    for (const Qt::Key key : {Qt::Key_A, Qt::Key_C, Qt::Key_V, Qt::Key_X, Qt::Key_Home})
+        QTest::keyClick(terminal, key, Qt::ControlModifier);
+    QTest::keyClick(terminal, Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(window.keys, 0) << "none goes on to the window either";
+    EXPECT_EQ(terminal->toPlainText(), shown);
+    EXPECT_FALSE(terminal->textCursor().hasSelection());
+    EXPECT_TRUE(terminal->textCursor().atEnd());
+    EXPECT_EQ(terminal->verticalScrollBar()->value(), line);
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("pasted"));
+}
+
+TEST(TerminalView, neitherPastingNorDroppingNorAnInputMethodWritesToIt)
+{
     TerminalView terminal;
-    terminal.setText(QStringLiteral("line\r\n"));
+    terminal.appendLine(QStringLiteral("line"));
+    terminal.resize(200, 100);
+    terminal.show();
+    QMimeData text;
+    text.setText(QStringLiteral("foreign"));
+    QApplication::clipboard()->setText(text.text());
+    terminal.paste();
+    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n")) << "pasted";
+    QInputMethodEvent typed;
+    typed.setCommitString(text.text());
+    QApplication::sendEvent(&terminal, &typed);
+    EXPECT_FALSE(terminal.testAttribute(Qt::WA_InputMethodEnabled));
+    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n")) << "typed";
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(terminal.viewport(), &enter);
+    QDropEvent drop({5, 5}, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(terminal.viewport(), &drop);
+    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n")) << "dropped";
     terminal.selectAll();
-    QTest::keyClicks(&terminal, QStringLiteral("abc 123"));
-    for (const int key : {Qt::Key_Delete, Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Escape})
-        QTest::keyClick(&terminal, Qt::Key(key));
-    QTest::keyClick(&terminal, Qt::Key_X, Qt::ControlModifier);
-    QTest::keyClick(&terminal, Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(terminal.text(), QStringLiteral("line\r\n"));
+    terminal.cut();
     EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n"));
+    EXPECT_EQ(terminal.text(), QStringLiteral("line\r\n"));
 }
 
 TEST(TerminalView, tabLetsTheFocusLeave)
