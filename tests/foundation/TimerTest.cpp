@@ -255,11 +255,68 @@ TEST_F(TimerTest, timerThatEndsWhileItRunsIsStoppedAndItsWindowClosed)
     EXPECT_EQ(windowOfLast(), window);
 }
 
-TEST_F(TimerTest, windowThatIsNotRegisteredIsUnregisteredWithoutAWord)
+TEST_F(TimerTest, timerThatEndsWithTheRegistryIsStoppedAndItsWindowClosed)
+{
+    const std::weak_ptr<CTimerMM> timer = makeRunning();
+    const WindowHandle window = windowOfLast();
+    forget();
+    timers.calls.clear();
+    MTimerMM::mcolTimers.reset();
+    EXPECT_TRUE(timer.expired());
+    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_qs, u"end 1"_qs}));
+    EXPECT_EQ(MessageWindows::procedure(window), &defaultWindowProc);
+    processWindowMessages();
+    EXPECT_EQ(MessageWindows::procedure(window), nullptr);
+}
+
+TEST_F(TimerTest, stoppedTimerEndsWithoutACall)
+{
+    makeTimer();
+    makeRunning()->setEnabled(false);
+    timers.calls.clear();
+    forget();
+    EXPECT_TRUE(timers.calls.isEmpty());
+}
+
+TEST_F(TimerTest, windowWhoseProcedureCantBePutBackIsClosedAndForgottenAllTheSame)
+{
+    const auto timer = makeRunning();
+    const WindowHandle window = windowOfLast();
+    timers.proceduresFail = true;
+    timer->setEnabled(false);
+    EXPECT_EQ(MTimerMM::mcolTimers, nullptr);
+    timers.proceduresFail = false;
+    processWindowMessages();
+    EXPECT_EQ(MessageWindows::procedure(window), nullptr);
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(TimerTest, windowThatCantBeClosedIsForgottenAllTheSame)
+{
+    const auto timer = makeRunning();
+    const WindowHandle window = windowOfLast();
+    timers.postsFail = true;
+    timer->setEnabled(false);
+    EXPECT_EQ(MTimerMM::mcolTimers, nullptr);
+    EXPECT_EQ(MessageWindows::procedure(window), &defaultWindowProc);
+    EXPECT_TRUE(boxes.shown.isEmpty());
+
+    timers.postsFail = false;
+    MTimerMM::CloseTimerWindow(window);
+    processWindowMessages();
+}
+
+TEST_F(TimerTest, windowThatIsNotRegisteredIsClosedWithoutAWord)
 {
     makeRunning();
-    MTimerMM::fUnregister(4711);
+    const WindowHandle stray = MTimerMM::CreateTimerWindow();
+    MTimerMM::SubclassTimerWindow(stray);
+    MTimerMM::fUnregister(stray);
+    MTimerMM::fUnregister(4711); // there is none
     EXPECT_EQ(entries(), 1);
+    EXPECT_EQ(MessageWindows::procedure(stray), &defaultWindowProc);
+    processWindowMessages();
+    EXPECT_EQ(MessageWindows::procedure(stray), nullptr);
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 

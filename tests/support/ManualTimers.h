@@ -5,6 +5,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <stdexcept>
+
 /// Timers that tick when a test says so, on a clock that stands still. They note what is asked of
 /// them, and are the timers in use while they are in scope. The windows are the platform's own.
 class ManualTimers : public TimerPlatform
@@ -54,6 +56,18 @@ public:
     {
         return windowsHaveProcedures ? TimerPlatform::windowProc(window) : nullptr;
     }
+    void setWindowProc(WindowHandle window, WindowProc procedure) override
+    {
+        if (proceduresFail)
+            throw std::runtime_error("no procedure");
+        TimerPlatform::setWindowProc(window, procedure);
+    }
+    void postMessage(WindowHandle window, quint32 message, quint64 wParam, qint64 lParam) override
+    {
+        if (postsFail)
+            throw std::runtime_error("no queue");
+        TimerPlatform::postMessage(window, message, wParam, lParam);
+    }
 
     /// One tick of every timer. Its messages wait for the event loop.
     void tick()
@@ -70,6 +84,8 @@ public:
     bool refusesEvents = false;
     int windowError = 0; ///< other than 0: there is no window to be had
     bool windowsHaveProcedures = true;
+    bool proceduresFail = false; ///< to be set in a window
+    bool postsFail = false;
     QStringList calls;
     QList<Event> events; ///< those that run
 
