@@ -150,10 +150,24 @@ TEST_F(BulkSend, aLongMessageReachesTheEngineWhole)
 TEST_F(BulkSend, aCancelledDialogDoesNothing)
 {
     load(true);
-    press([](frmImport *form) { form->close(); });
-    EXPECT_TRUE(takeCalls().isEmpty());
-    EXPECT_TRUE(boxes.shown.isEmpty());
-    EXPECT_EQ(dialog(), nullptr);
+    const QString path = queue.filePath(u"list.txt"_qs);
+    writeFile(path, "1\r2\r");
+    const QList<std::function<void(frmImport *)>> ways{
+        [](frmImport *form) { form->close(); },
+        [](frmImport *form) { QTest::keyClick(form, Qt::Key_Escape); },
+    };
+    for (const auto &cancel : ways) {
+        press([&](frmImport *form) {
+            form->findChild<QLineEdit *>(u"txtFilePath"_qs)->setText(path);
+            // Whatever the dialog holds by then isn't asked for.
+            const_cast<clsCollection &>(form->ImportData()).add(u"3"_qs, u"K1"_qs);
+            cancel(form);
+            EXPECT_FALSE(form->isVisible());
+        });
+        EXPECT_TRUE(takeCalls().isEmpty());
+        EXPECT_TRUE(boxes.shown.isEmpty());
+        EXPECT_EQ(dialog(), nullptr);
+    }
 }
 
 TEST_F(BulkSend, anEmptyImportDoesNothing)

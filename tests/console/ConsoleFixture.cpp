@@ -51,7 +51,11 @@ ConsoleEnvironment ConsoleFixture::environment()
                                  [this, gone = made.get()] { m_engines.removeAll(gone); });
                 return made;
             },
-            [this] { script.calls.append(QStringLiteral("ReleaseGlobals")); },
+            [this] {
+                script.calls.append(QStringLiteral("ReleaseGlobals"));
+                if (inReleaseGlobals)
+                    inReleaseGlobals();
+            },
             [this] { return now; },
             ModeSettings(settings, QStringLiteral("/program")),
             locale,
@@ -60,9 +64,14 @@ ConsoleEnvironment ConsoleFixture::environment()
             importing};
 }
 
-void ConsoleFixture::load()
+void ConsoleFixture::make()
 {
     console = std::make_unique<frmSMSClient>(environment());
+}
+
+void ConsoleFixture::load()
+{
+    make();
     console->Form_Load();
 }
 

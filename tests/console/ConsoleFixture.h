@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 /// The console's window over a recording engine, with the Spanish texts, a clock that stands still,
@@ -25,6 +26,8 @@ protected:
 
     void storeMode(bool server);
     void storeQueueFolder(const QString &folder);
+    /// Makes the window, which is not loaded yet.
+    void make();
     /// Makes the window and loads it.
     void load();
     void loadAsServer();
@@ -48,6 +51,7 @@ protected:
 
     MemorySettings settings;
     RecordingEngine::Script script;
+    std::function<void()> inReleaseGlobals; ///< runs while the globals are being released
     RecordingMessageBoxes boxes;
     ScriptedFolderBrowser folders;
     ManualTimers timers;

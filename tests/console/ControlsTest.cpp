@@ -3,9 +3,11 @@
 #include "console/ConsoleDesign.h"
 #include "console/MessageEdit.h"
 #include "console/TerminalView.h"
+#include "foundation/ui/CaptionedFrame.h"
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/SvgPicture.h"
 
+#include <QFontMetricsF>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
@@ -93,6 +95,44 @@ protected:
         ASSERT_EQ(console->size(), inner);
     }
 
+    /// The controls that Tab goes through from `btnSend` on, until it is back there.
+    QStringList tabbed()
+    {
+        show();
+        QApplication::setActiveWindow(console.get());
+        control("btnSend")->setFocus();
+        QStringList visited;
+        // The time box moves the focus between its own sections first.
+        for (int i = 0; i < 40; ++i) {
+            const QString name = QApplication::focusWidget()->objectName();
+            if (i > 0 && name == visited.constFirst())
+                return visited;
+            if (visited.isEmpty() || visited.constLast() != name)
+                visited.append(name);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        ADD_FAILURE() << "Tab doesn't come back";
+        return visited;
+    }
+
+    const QStringList inTabOrder = {
+        QStringLiteral("btnSend"),         QStringLiteral("btnImport"),
+        QStringLiteral("txtPhone"),        QStringLiteral("txtMessage"),
+        QStringLiteral("btnDeviceConfig"), QStringLiteral("btnTestDevice"),
+        QStringLiteral("txtTerm"),         QStringLiteral("btnClearQueue"),
+        QStringLiteral("grdQueue"),        QStringLiteral("dtDeliveryDate"),
+        QStringLiteral("tmDeliveryDate"),  QStringLiteral("grdSentDetails")};
+
+    QString shownText(const char *name) const
+    {
+        const QWidget *const found = control(name);
+        if (const auto *const frame = qobject_cast<const CaptionedFrame *>(found))
+            return frame->caption();
+        if (const auto *const label = qobject_cast<const QLabel *>(found))
+            return label->text();
+        return control<PictureButton>(name)->text();
+    }
+
     void expectPlaces(std::span<const Placed> controls) const
     {
         for (const Placed &placed : controls) {
@@ -117,6 +157,37 @@ TEST_F(Controls, theMovedControlsStandAtTheWorkedPlacesAtTheDesignSize)
     show();
     resizeTo({1001, 485});
     expectPlaces(movedControls);
+}
+
+TEST_F(Controls, everyControlShowsItsDesignTextUntilTheWindowIsLoaded)
+{
+    make();
+    EXPECT_EQ(console->windowTitle(), QStringLiteral("Tovek SMS Center"));
+    const std::initializer_list<std::pair<const char *, const char *>> texts = {
+        {"btnDeviceConfig", "Configurar"},
+        {"btnTestDevice", "Testar dispositivo"},
+        {"fraSMSMessage", "Mensagem a Enviar"},
+        {"lblSMSChars", "Caracteres: 0 / 160"},
+        {"lblPhone", "Numero rápido"},
+        {"lblDeliveryDate", "Data e hora de envio"},
+        {"btnSend", "Enviar"},
+        {"btnImport", "Importar Nº"},
+        {"fraCommunication", "Detalhe de Comunicações"},
+        {"fraEngineStatus", "Estado"},
+        {"lblEngineStatus", "Iniciado"},
+        {"fraQueueStatus", "Lista de envio"},
+        {"lblQueueSize", "Sem itens a enviar"},
+        {"lblEstimated", "Tempo previsto: 00:00:00"},
+        {"fraDeviceStatus", "Dispositivo"},
+        {"lblDeviceInfo", "Dispositivo GSM"},
+        {"lblDeviceStatus", ""},
+        {"fraQueueDetails", "Conteúdo da lista de envio"},
+        {"btnStart", ""},
+        {"btnStop", ""},
+        {"btnClearQueue", ""},
+        {"fraSentDetails", "Mensagens enviadas ( 0 )"}};
+    for (const auto &[name, text] : texts)
+        EXPECT_EQ(shownText(name), QString::fromUtf8(text)) << name;
 }
 
 TEST_F(Controls, thereAreNoOthers)
@@ -167,26 +238,17 @@ TEST_F(Controls, tabGoesThroughTheControlsInTheOrderOfTheDesign)
 {
     loadAsServer();
     Q_EMIT engine()->EngineStatus(0);
-    show();
-    QApplication::setActiveWindow(console.get());
-    const QStringList order = {QStringLiteral("btnSend"),         QStringLiteral("btnImport"),
-                               QStringLiteral("txtPhone"),        QStringLiteral("txtMessage"),
-                               QStringLiteral("btnDeviceConfig"), QStringLiteral("btnTestDevice"),
-                               QStringLiteral("txtTerm"),         QStringLiteral("btnClearQueue"),
-                               QStringLiteral("grdQueue"),        QStringLiteral("dtDeliveryDate"),
-                               QStringLiteral("tmDeliveryDate"),  QStringLiteral("grdSentDetails"),
-                               QStringLiteral("btnStart")};
-    control("btnSend")->setFocus();
-    QStringList visited;
-    // The time box moves the focus between its own sections first.
-    for (int i = 0; i < 40 && visited.size() <= order.size(); ++i) {
-        const QString name = QApplication::focusWidget()->objectName();
-        if (visited.isEmpty() || visited.constLast() != name)
-            visited.append(name);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    }
-    visited.removeLast();
-    EXPECT_EQ(visited, order);
+    EXPECT_EQ(tabbed(), inTabOrder + QStringList{QStringLiteral("btnStart")});
+}
+
+TEST_F(Controls, tabReachesTheStopButtonWhileTheEngineRunsAndBothUntilItsStatusIsKnown)
+{
+    loadAsServer();
+    Q_EMIT engine()->EngineStatus(1);
+    EXPECT_EQ(tabbed(), inTabOrder + QStringList{QStringLiteral("btnStop")});
+    console->ApplyOperationMode();
+    EXPECT_EQ(tabbed(),
+              (inTabOrder + QStringList{QStringLiteral("btnStart"), QStringLiteral("btnStop")}));
 }
 
 TEST_F(Controls, textBoxesHaveTheirKindAndLimit)
@@ -197,9 +259,21 @@ TEST_F(Controls, textBoxesHaveTheirKindAndLimit)
     const auto *const terminal = control<TerminalView>("txtTerm");
     EXPECT_EQ(terminal->palette().color(QPalette::Base),
               terminal->palette().color(QPalette::Button));
-    EXPECT_DOUBLE_EQ(terminal->font().pointSizeF(), 9.75);
+    EXPECT_EQ(terminal->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
     EXPECT_EQ(control<QLabel>("lblSMSChars")->palette().color(QPalette::WindowText),
               QColor(0x66, 0x7E, 0xA2));
+}
+
+TEST_F(Controls, theLogIsWrittenInAFaceOfOneWidth)
+{
+    loadAsServer();
+    const QFont face = control("txtTerm")->font();
+    EXPECT_EQ(face.family(), QStringLiteral("Liberation Mono")) << "it has Courier's measures";
+    EXPECT_EQ(face.styleHint(), QFont::Monospace);
+    EXPECT_DOUBLE_EQ(face.pointSizeF(), 9.75);
+    const QFontMetricsF drawn(face);
+    EXPECT_DOUBLE_EQ(drawn.horizontalAdvance(u'i'), drawn.horizontalAdvance(u'W'));
+    EXPECT_NE(face.family(), control("txtMessage")->font().family());
 }
 
 TEST_F(Controls, picturesHaveTheirSizesAndDisabledFormsTheirOwn)

@@ -1,5 +1,7 @@
 #include "console/ConsoleFixture.h"
 
+#include "console/QueueGridModel.h"
+#include "console/SentGridModel.h"
 #include "console/TerminalView.h"
 #include "foundation/Globals.h"
 
@@ -129,6 +131,22 @@ TEST_F(EngineEvents, redrawingIsOffWhileTheGridIsRebuilt)
     EXPECT_TRUE(queue()->updatesEnabled());
 }
 
+TEST_F(EngineEvents, theCountIsShownBeforeTheQueueIsFetched)
+{
+    QString shown;
+    script.inGetQueue = [&] { shown = text("lblQueueSize"); };
+    Q_EMIT engine()->SMSQueueChanged(7);
+    EXPECT_EQ(shown, GS(3760025, 7));
+}
+
+TEST_F(EngineEvents, oneMessageIsAQueueThatHoldsSomething)
+{
+    Q_EMIT engine()->SMSQueueChanged(1);
+    EXPECT_EQ(text("lblQueueSize"), GS(3760025, 1));
+    EXPECT_TRUE(shows("imgQueue(1)"));
+    EXPECT_FALSE(shows("imgQueue(0)"));
+}
+
 TEST_F(EngineEvents, aDateThatAClockChangeSkipsIsShownLikeAnyOther)
 {
     qputenv("TZ", "Europe/Madrid");
@@ -202,9 +220,28 @@ TEST_F(EngineEvents, theCurrentRowIsNotKeptWhereTheGridHasTooFewRows)
 
 TEST_F(EngineEvents, theHeadersAreSetAnewAfterEachRebuild)
 {
-    queue()->setColumnWidth(0, 200);
-    Q_EMIT engine()->SMSQueueChanged(0);
-    EXPECT_EQ(queue()->columnWidth(0), 84);
+    const QStringList odd{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
+    const std::initializer_list<std::pair<QTableView *, QStringList>> headed = {
+        {queue(), {GS(3760028), GS(3760029), GS(3760030)}},
+        {sent(), {GS(3760031), GS(3760029), GS(3760030)}}};
+    for (const qint32 count : {0, 2, 0}) {
+        static_cast<QueueGridModel *>(queue()->model())->setHeaders(odd);
+        static_cast<SentGridModel *>(sent()->model())->setHeaders(odd);
+        for (const auto &[grid, headers] : headed) {
+            for (int column = 0; column < 3; ++column)
+                grid->setColumnWidth(column, 200 + column);
+        }
+        script.queue = rows(count);
+        Q_EMIT engine()->SMSQueueChanged(count);
+        for (const auto &[grid, headers] : headed) {
+            for (int column = 0; column < 3; ++column)
+                EXPECT_EQ(grid->model()->headerData(column, Qt::Horizontal).toString(),
+                          headers.at(column));
+            EXPECT_EQ(grid->columnWidth(0), 84);  // 1260 twips
+            EXPECT_EQ(grid->columnWidth(1), 107); // 1600
+            EXPECT_EQ(grid->columnWidth(2), 78);  // 1170
+        }
+    }
 }
 
 TEST_F(EngineEvents, sentAddsALineARowAndTheCaption)
@@ -234,6 +271,16 @@ TEST_F(EngineEvents, failedAddsALineAndARedRowAndNothingElse)
                   QColor(255, 0, 0));
     EXPECT_EQ(caption("fraSentDetails"), captionBefore);
     EXPECT_EQ(text("lblEstimated"), estimateBefore);
+}
+
+TEST_F(EngineEvents, aReportOfAMessageCallsNothingOfTheEngine)
+{
+    raiseSent(3);
+    raiseFailed();
+    raiseFailed();
+    raiseSent();
+    EXPECT_TRUE(takeCalls().isEmpty());
+    EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
 TEST_F(EngineEvents, aCodeWithoutAWordIsShownWithAnEmptyOne)

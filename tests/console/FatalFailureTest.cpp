@@ -1,8 +1,10 @@
 #include "console/ConsoleFixture.h"
 
+#include "foundation/Globals.h"
 #include "foundation/ui/FatalReport.h"
 
 #include <QMetaObject>
+#include <QTableView>
 
 class FatalFailure : public ConsoleFixture
 {
@@ -51,6 +53,26 @@ TEST_F(FatalFailure, at555WaitingItStillFits)
     raiseSentFromTheLoop(555);
     EXPECT_EQ(exitCode, 0);
     EXPECT_TRUE(text("lblEstimated").contains(QStringLiteral("9:05:45")));
+}
+
+TEST_F(FatalFailure, lineRowAndCaptionStandWhenTheEstimateOverflows)
+{
+    loadAsServer();
+    now.setTime(QTime(9, 0, 59)); // measured from the zero date
+    const QString estimate = text("lblEstimated");
+    QStringList behindTheBox;
+    boxes.whileShown = [&] {
+        const QAbstractItemModel *const sent = control<QTableView>("grdSentDetails")->model();
+        for (int row = 0; row < sent->rowCount(); ++row)
+            behindTheBox.append(sent->index(row, 2).data().toString());
+        behindTheBox << terminal() << caption("fraSentDetails") << text("lblEstimated");
+    };
+    raiseSentFromTheLoop(600);
+    boxes.whileShown = nullptr;
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_EQ(behindTheBox, (QStringList{QStringLiteral("x"),
+                                         GS(3760023, QStringLiteral("1")) + QStringLiteral("\r\n"),
+                                         GS(3760009) + QStringLiteral(" ( 1 )"), estimate}));
 }
 
 TEST_F(FatalFailure, aFailureWhileTheBoxIsOpenShowsNoSecondBox)

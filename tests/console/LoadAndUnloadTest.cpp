@@ -4,6 +4,8 @@
 #include "foundation/NumberedFailure.h"
 #include "foundation/ui/PictureButton.h"
 
+#include <QApplication>
+#include <QCloseEvent>
 #include <QDateEdit>
 #include <QLabel>
 #include <QScreen>
@@ -11,7 +13,13 @@
 #include <QTimeEdit>
 
 class LoadAndUnload : public ConsoleFixture
-{};
+{
+protected:
+    QString header(const char *grid, int column) const
+    {
+        return control<QTableView>(grid)->model()->headerData(column, Qt::Horizontal).toString();
+    }
+};
 
 TEST_F(LoadAndUnload, aServerMakesItsEngineAndPullsTheStateOnce)
 {
@@ -141,6 +149,27 @@ TEST_F(LoadAndUnload, anEventThatArrivesDuringTheLoadIsHandled)
     EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 1 )"));
 }
 
+TEST_F(LoadAndUnload, captionsAndHeadersStandBeforeTheEngineExists)
+{
+    storeMode(true);
+    bool made = false;
+    script.inNew = [&] {
+        made = true;
+        EXPECT_EQ(console->windowTitle(), GS(3760000));
+        EXPECT_EQ(caption("fraSentDetails"), GS(3760009));
+        EXPECT_EQ(caption("fraCommunication"), GS(3760090));
+        EXPECT_EQ(text("lblQueueSize"), GS(3760013));
+        for (const char *const grid : {"grdQueue", "grdSentDetails"}) {
+            EXPECT_EQ(header(grid, 1), GS(3760029)) << grid;
+            EXPECT_EQ(control<QTableView>(grid)->columnWidth(0), 84) << grid;
+        }
+        EXPECT_FALSE(control("imgLogo(1)")->isHidden());
+    };
+    load();
+    script.inNew = nullptr;
+    EXPECT_TRUE(made);
+}
+
 TEST_F(LoadAndUnload, whatWasPulledStandsOverTheCaptions)
 {
     storeMode(true);
@@ -169,6 +198,38 @@ TEST_F(LoadAndUnload, theWindowStandsInTheMiddleOfTheScreen)
         EXPECT_EQ(console->pos(), QPoint((screen.width() - shown.width()) / 2,
                                          (screen.height() - shown.height()) / 2));
     }
+}
+
+TEST_F(LoadAndUnload, theWindowHasItsSizeBeforeTheStateIsPulledAndIsHookedBehindThat)
+{
+    storeMode(true);
+    QSize pulledAt;
+    QSize minimumThen;
+    script.inGetQueue = [&] {
+        pulledAt = console->frameSize();
+        minimumThen = console->minimumSize();
+    };
+    load();
+    script.inGetQueue = nullptr;
+    EXPECT_EQ(pulledAt, QSize(1009, 519));
+    EXPECT_EQ(minimumThen, QSize(0, 0));
+    EXPECT_EQ(console->minimumSize(), QSize(1009, 519));
+}
+
+TEST_F(LoadAndUnload, timerAndHookAreGoneWhenTheGlobalsAreReleased)
+{
+    loadAsServer();
+    show();
+    bool looked = false;
+    inReleaseGlobals = [&] {
+        looked = true;
+        EXPECT_EQ(engine(), nullptr);
+        EXPECT_TRUE(timers.events.isEmpty());
+        EXPECT_EQ(console->minimumSize(), QSize(0, 0));
+        EXPECT_EQ(GS(3760003), control<PictureButton>("btnSend")->text()) << "texts are there";
+    };
+    console->close();
+    EXPECT_TRUE(looked);
 }
 
 TEST_F(LoadAndUnload, theLimitsAreTakenOffAtTheEnd)
@@ -222,6 +283,9 @@ TEST_F(LoadAndUnload, theUnloadRunsOnce)
     loadAsClient();
     show();
     console->close();
-    console->close();
+    // close() of a window that is gone sends no event any more; others may.
+    QCloseEvent again;
+    QApplication::sendEvent(console.get(), &again);
     EXPECT_EQ(takeCalls().count(QStringLiteral("ReleaseGlobals")), 1);
+    EXPECT_TRUE(again.isAccepted());
 }

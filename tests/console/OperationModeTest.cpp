@@ -5,6 +5,7 @@
 
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTableView>
 
 namespace {
 
@@ -114,6 +115,36 @@ TEST_F(OperationMode, aChangeToServerPullsNoState)
     EXPECT_FALSE(calls.contains(QStringLiteral("GetEngineStatus")));
 }
 
+TEST_F(OperationMode, theDisplaysKeepWhatTheyShowThroughChangesOfMode)
+{
+    script.queueSize = 5;
+    script.status = 1;
+    loadAsServer();
+    Q_EMIT engine()->DeviceInfo(QStringLiteral("Acme"), QStringLiteral("M1"), {}, {}, 0, 0, {}, {},
+                                {}, {});
+    const QStringList names{QStringLiteral("lblQueueSize"), QStringLiteral("lblEngineStatus"),
+                            QStringLiteral("lblDeviceStatus"), QStringLiteral("lblEstimated")};
+    const auto shown = [&] {
+        QStringList texts;
+        for (const QString &name : names)
+            texts << text(name.toLatin1());
+        for (const char *const picture :
+             {"imgEngineStatus(0)", "imgEngineStatus(1)", "imgQueue(0)", "imgQueue(1)"})
+            texts << QString::number(control(picture)->isHidden());
+        return texts;
+    };
+    const QStringList before = shown();
+    EXPECT_EQ(before.first(), GS(3760025, 5));
+    // What the next engine would tell if it were asked.
+    script.queueSize = 0;
+    script.status = 0;
+    for (const bool server : {false, true, true}) {
+        storeMode(server);
+        console->SetDeviceSettings({});
+        EXPECT_EQ(shown(), before) << (server ? "as a server" : "as a client");
+    }
+}
+
 TEST_F(OperationMode, twoConfirmedDialogsMakeTwoEnginesInTurnWithoutAStop)
 {
     loadAsServer();
@@ -208,6 +239,35 @@ TEST_F(OperationMode, aMaximisedWindowReturnsToItsNormalState)
     console->SetWindowLimits();
     EXPECT_FALSE(console->isMaximized());
     EXPECT_EQ(console->frameSize(), QSize(1009, 519));
+}
+
+TEST_F(OperationMode, whatWasReportedStaysThroughNewEnginesAndChangesOfMode)
+{
+    loadAsServer();
+    const auto report = [this](const QString &phone) {
+        Q_EMIT engine()->SMSSent(phone, QStringLiteral("Hola"), 0);
+        Q_EMIT engine()->SMSSentFailed(phone, QStringLiteral("Hola"), -39);
+    };
+    const auto phones = [this] {
+        const QAbstractItemModel *const sent = control<QTableView>("grdSentDetails")->model();
+        QString shown;
+        for (int row = 0; row < sent->rowCount(); ++row)
+            shown += sent->index(row, 1).data().toString();
+        return shown;
+    };
+    report(QStringLiteral("1"));
+    const QString lines = terminal();
+    const QString count = caption("fraSentDetails");
+    for (const bool server : {true, false, true}) { // a new engine, none, a new one
+        storeMode(server);
+        console->SetDeviceSettings({});
+        EXPECT_EQ(phones(), QStringLiteral("11"));
+        EXPECT_EQ(caption("fraSentDetails"), count);
+        EXPECT_EQ(terminal(), lines);
+    }
+    report(QStringLiteral("2"));
+    EXPECT_EQ(phones(), QStringLiteral("1122"));
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 3 )"));
 }
 
 TEST_F(OperationMode, anEngineThatWasReplacedIsNoLongerHeard)

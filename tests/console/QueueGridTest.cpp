@@ -343,8 +343,31 @@ TEST_F(QueueGridTest, anEngineThatFailsInTheGuardIsFatal)
 
 TEST_F(QueueGridTest, onAClientTheGridsAreOffAndNothingIsCalled)
 {
+    // The rows of the server that it was a moment ago stand there still.
+    boxes.yesNoAnswer = MessageBoxes::Answer::No;
+    showQueue(3);
+    select({2, 3});
+    storeMode(false);
+    console->SetDeviceSettings({});
+    takeCalls();
+    ASSERT_EQ(grid()->selectedRows(), (QList<int>{2, 3}));
+    ASSERT_GT(grid()->currentRow(), 0);
+
+    EXPECT_FALSE(grid()->isEnabled());
+    EXPECT_FALSE(control("grdSentDetails")->isEnabled());
+    pressDelete();
+    beginEdit(2, 1);
+    doubleClick(grid(), cell(2, 2));
+    EXPECT_EQ(editor(), nullptr);
+    EXPECT_TRUE(boxes.shown.isEmpty());
+    EXPECT_TRUE(takeCalls().isEmpty());
+}
+
+TEST_F(QueueGridTest, aConsoleThatStartsAsAClientShowsEmptyGridsThatAreOff)
+{
     loadAsClient();
     show();
+    EXPECT_EQ(grid()->rows(), 0);
     EXPECT_FALSE(grid()->isEnabled());
     pressDelete();
     EXPECT_TRUE(boxes.shown.isEmpty());

@@ -30,6 +30,7 @@ public:
         QList<SMSList> lists;     ///< of AddSMSList
         int objectsMade = 0;
         std::function<void(const QString &call)> inCall; ///< runs while any call is being answered
+        std::function<void()> inNew;                     ///< runs while an object is being made
         std::function<void()> inGetQueue;                ///< runs while GetQueue is being answered
         std::function<void()> inTestDevice; ///< runs while TestDevice is being answered
         std::function<void()> inAddSMS;     ///< runs while AddSMS is being answered
@@ -42,6 +43,8 @@ public:
     explicit RecordingEngine(Script &script) : m_script(script), m_number(++script.objectsMade)
     {
         m_script.calls.append(QStringLiteral("new %1").arg(m_number));
+        if (m_script.inNew)
+            m_script.inNew();
     }
     ~RecordingEngine() override
     {
