@@ -68,6 +68,36 @@ TEST_F(DeviceConfig, captionsComeFromTheLanguageAndFourStayAsTheyWereDrawn)
     });
 }
 
+TEST_F(DeviceConfig, theFixedTextsAreTheSameInEveryLanguage)
+{
+    for (const char *const code : {"ESN", "CAT", "PTG"}) {
+        goLocalize = std::make_unique<cls_Localize>();
+        ASSERT_TRUE(goLocalize->Init(
+            QStringLiteral(NORVANE_SOURCE_DIR "/resources/language/NorvaneSMS_%1.XML")
+                .arg(QLatin1String(code)),
+            QLatin1String(code)));
+        show([&](DeviceConfigForm &form) {
+            EXPECT_EQ(form.windowTitle(), GS(3760035)) << code;
+            EXPECT_EQ(form.cmdOk->text(), GS(14)) << code;
+            EXPECT_EQ(form.Label1->text(), QStringLiteral("Pasta envio:")) << code;
+            EXPECT_EQ(form.opClient->text(), QStringLiteral("Cliente")) << code;
+            EXPECT_EQ(form.opServer->text(), QStringLiteral("Servidor")) << code;
+            EXPECT_EQ(form.fraOperationMode->caption(), QStringLiteral("Modo de funcionamento"))
+                << code;
+            EXPECT_EQ(items(form.cboDeviceType), QStringList{GS(3760041)}) << code;
+            EXPECT_EQ(items(form.cboConnectionMode).at(0),
+                      QStringLiteral("Physical/Virtual Serial port"))
+                << code;
+            EXPECT_EQ(items(form.cboProtocol).at(0), QStringLiteral("AT Command")) << code;
+            press(form.btnOpen);
+            cancel(form);
+        });
+        EXPECT_EQ(folders.asked.last().title,
+                  QStringLiteral("Localização da pasta de envio de SMS"))
+            << code;
+    }
+}
+
 TEST_F(DeviceConfig, theListsHoldTheirFixedTexts)
 {
     show([&](DeviceConfigForm &form) {
