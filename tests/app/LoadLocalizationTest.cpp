@@ -239,6 +239,24 @@ TEST_F(LoadLocalizationTest, badFileIsToldWordForWord)
     }
 }
 
+TEST_F(LoadLocalizationTest, aMisspeltColumnMakesTheWholeFileBad)
+{
+    installLanguage(u"ESN"_qs);
+    QFile original(platform.ownFolder + QStringLiteral("/NorvaneSMS_ESN.XML"));
+    ASSERT_TRUE(original.open(QIODevice::ReadOnly));
+    const QByteArray good = original.readAll();
+    for (const auto &[column, misspelt] :
+         {std::pair{"ResSTring", "ResString"}, std::pair{"ResID", "ResId"}}) {
+        boxes.shown.clear();
+        QByteArray bytes = good;
+        writeLanguageFile(u"ESN"_qs, bytes.replace(column, misspelt));
+        EXPECT_FALSE(load());
+        expectOneBox(u"Error in loading the file NorvaneSMS_ESN.XML \r\n"
+                     u"the file seems to be corrupted\r\n"_qs);
+        EXPECT_THROW(GS(14), NumberedFailure);
+    }
+}
+
 TEST_F(LoadLocalizationTest, badFileLeavesNoTexts)
 {
     writeLanguageFile(u"ESN"_qs, fileWithoutRows());

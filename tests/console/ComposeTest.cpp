@@ -135,6 +135,35 @@ TEST_F(Compose, aMomentInThePastIsAccepted)
     EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1|x|1999-12-31T23:59:58)"));
 }
 
+TEST_F(Compose, dateAndTimeCantBeEmptied)
+{
+    loadAsServer();
+    show();
+    QApplication::setActiveWindow(console.get());
+    takeCalls();
+    for (const char *const name : {"dtDeliveryDate", "tmDeliveryDate"}) {
+        auto *const box = control<QDateTimeEdit>(name);
+        for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Backspace}) {
+            box->setFocus();
+            for (int section = 0; section < box->sectionCount(); ++section) {
+                box->setSelectedSection(box->sectionAt(section));
+                QTest::keyClick(box, key);
+            }
+            box->selectAll();
+            QTest::keyClick(box, key);
+            control("txtMessage")->setFocus();
+            EXPECT_TRUE(box->dateTime().isValid()) << name;
+            EXPECT_EQ(box->text(), box->dateTime().toString(box->displayFormat())) << name;
+        }
+    }
+    const QString moment =
+        control<QDateEdit>("dtDeliveryDate")->date().toString(Qt::ISODate) + u'T' +
+        control<QTimeEdit>("tmDeliveryDate")->time().toString(QStringLiteral("HH:mm:ss"));
+    fill(QStringLiteral("1"), QStringLiteral("x"));
+    send();
+    EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1|x|%1)").arg(moment));
+}
+
 TEST_F(Compose, aMomentThatAClockChangeSkipsIsHandedOnAsItStands)
 {
     qputenv("TZ", "Europe/Madrid");
