@@ -60,6 +60,15 @@ TEST_F(ClearAndStop, clearOfAnEmptyQueueAsksNothing)
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
+TEST_F(ClearAndStop, clearOfOneMessageAsks)
+{
+    loadRunning(1);
+    press("btnClearQueue");
+    EXPECT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(takeCalls(),
+              (QStringList{QStringLiteral("GetQueueSize"), QStringLiteral("ClearQueue")}));
+}
+
 TEST_F(ClearAndStop, clearAsksAndLeavesTheRedrawingToTheEngine)
 {
     loadRunning(3);

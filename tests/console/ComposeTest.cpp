@@ -62,6 +62,21 @@ TEST_F(Compose, aStatusOfTwoShowsAsNotRunningAndIsNotStarted)
     EXPECT_FALSE(takeCalls().contains(QStringLiteral("StartEngine")));
 }
 
+TEST_F(Compose, noStatusButZeroStartsTheEngine)
+{
+    loadAsServer();
+    show();
+    fill(QStringLiteral("1"), QStringLiteral("x"));
+    for (const qint32 status : {1, 2, -1, 256}) {
+        script.status = status;
+        takeCalls();
+        send();
+        EXPECT_EQ(takeCalls(), (QStringList{QStringLiteral("AddSMS(1|x|2026-11-20T09:30:15)"),
+                                            QStringLiteral("GetEngineStatus")}))
+            << status;
+    }
+}
+
 TEST_F(Compose, theOperatorIsToldThatTheMessageIsQueued)
 {
     loadAsServer();

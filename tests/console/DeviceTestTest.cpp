@@ -194,6 +194,20 @@ TEST_F(DeviceTest, thePointerIsThereFromTheFirstCallToTheLast)
     EXPECT_FALSE(isHourglass());
 }
 
+TEST_F(DeviceTest, everyCallIsMadeUnderTheHourglass)
+{
+    script.status = 1;
+    QStringList without;
+    script.inCall = [&](const QString &call) {
+        if (!QApplication::overrideCursor())
+            without.append(call);
+    };
+    press();
+    script.inCall = nullptr;
+    EXPECT_EQ(without, QStringList());
+    EXPECT_TRUE(takeCalls().contains(start));
+}
+
 TEST_F(DeviceTest, theNewCaptionIsPaintedBeforeTheCallBlocks)
 {
     show();

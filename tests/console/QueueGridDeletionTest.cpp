@@ -64,6 +64,18 @@ TEST_F(QueueGridTest, withTheEngineStoppedTheFirstRowIsDeletedLikeAnyOther)
     EXPECT_EQ(takeCalls(), (QStringList{status, update}));
 }
 
+TEST_F(QueueGridTest, noStatusButOneKeepsTheFirstRow)
+{
+    for (const qint32 engineStatus : {2, -1}) {
+        script.status = engineStatus;
+        showQueue(2);
+        select({1});
+        pressDelete();
+        EXPECT_EQ(phones(), QStringLiteral("602")) << engineStatus;
+        EXPECT_EQ(takeCalls(), (QStringList{status, update}));
+    }
+}
+
 TEST_F(QueueGridTest, aSelectionWithTheMessageInProgressRemovesTheOthersAndShowsOneBox)
 {
     script.status = 1;
