@@ -102,7 +102,7 @@ void AtInterpreter::runLine(Step &step)
         return;
     }
     AtCommandLine commands(line.mid(attention + 2));
-    AtAnswer answer = ok();
+    AtAnswer answer = commands.atEnd() && m_modem.settings.refusesBareAttention ? error() : ok();
     while (!commands.atEnd() && answer.final == Final::Ok) {
         const std::optional<AtCommand> command = commands.next();
         answer = command ? run(*command) : error();
@@ -187,20 +187,23 @@ AtInterpreter::Pending AtInterpreter::judgeEntry()
     }
     if (!m_modem.isRegistered())
         return {messageError(MessageFailure::NoNetwork), {}, false};
+    const bool linkKept = m_modem.link.use(m_modem.settings.clock());
     ++m_submissions;
     const int failEvery = m_modem.settings.failEvery;
     if (failEvery > 0 && m_submissions % failEvery == 0)
-        return {messageError(m_modem.settings.failCode), {}, true};
-    return {ok(), std::move(part), true};
+        return {messageError(m_modem.settings.failCode), {}, true, linkKept};
+    return {ok(), std::move(part), true, linkKept};
 }
 
 void AtInterpreter::finishSubmission(Step &step)
 {
     Pending pending = std::move(*m_pending);
     m_pending.reset();
+    if (pending.fromNetwork)
+        m_modem.link.answered(m_modem.settings.clock());
     if (pending.part) {
         pending.answer.lines += "+CMGS: " + QByteArray::number(m_reference);
-        step.accepted.push_back({std::move(*pending.part), m_reference});
+        step.accepted.push_back({std::move(*pending.part), m_reference, pending.linkKept});
         m_reference = (m_reference + 1) % 256;
         ++m_acceptedCount;
         m_unplugged = m_acceptedCount == m_modem.settings.dropAfter;

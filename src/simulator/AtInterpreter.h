@@ -14,7 +14,8 @@ namespace simulator {
 struct AcceptedMessage
 {
     SubmittedPart part;
-    int reference = 0; ///< the number that +CMGS answers, 0 to 255
+    int reference = 0;     ///< the number that +CMGS answers, 0 to 255
+    bool linkKept = false; ///< the link to the network was still up from the message before
 };
 
 /// What became of some bytes.
@@ -55,6 +56,7 @@ private:
         AtAnswer answer;
         std::optional<SubmittedPart> part;
         bool fromNetwork = true; ///< false: refused by the modem itself, without delay
+        bool linkKept = false;
     };
 
     void process(Step &step);

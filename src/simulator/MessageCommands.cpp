@@ -12,6 +12,8 @@ const AtAnswer NotAllowed = messageError(MessageFailure::NotAllowed);
 /// Why the SIM keeps the messages to itself, or nothing.
 std::optional<AtAnswer> lockedAnswer(const ModemState &modem)
 {
+    if (!modem.hasSim())
+        return messageError(MessageFailure::SimFailure);
     switch (modem.sim.state()) {
     case SimCard::State::Ready:
         return std::nullopt;
@@ -97,7 +99,11 @@ AtAnswer indications(ModemState &modem, const AtCommand &command)
 
 AtAnswer moreMessages(ModemState &modem, const AtCommand &command)
 {
-    return choice(command, modem.profile.moreMessages, {0, 1, 2}, NotAllowed);
+    int mode = modem.link.mode(modem.settings.clock());
+    const AtAnswer answer = choice(
+        command, mode, {RelayLink::Closed, RelayLink::KeptForRow, RelayLink::Kept}, NotAllowed);
+    modem.link.setMode(mode);
+    return answer;
 }
 
 AtAnswer showDetails(ModemState &modem, const AtCommand &command)

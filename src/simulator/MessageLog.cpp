@@ -71,6 +71,8 @@ QByteArray jsonLine(const AcceptedMessage &message, const QDateTime &time)
                 ",\"part\":" + QByteArray::number(part.concatenation->part) +
                 ",\"parts\":" + QByteArray::number(part.concatenation->parts);
     }
+    if (message.linkKept)
+        line += ",\"linkKept\":true";
     return line + "}\n";
 }
 

@@ -24,6 +24,9 @@ struct ModemSettings
     int signal = 20;    ///< 0 to 31, 99 for unknown
     int registered = 1; ///< registration as +CREG tells it, 0 to 5
     Formats formats = Formats::Both;
+    int functionality = 1;                      ///< +CFUN when it is switched on: 0, 1 or 4
+    std::chrono::milliseconds registerAfter{0}; ///< from the radio's start to the registration
+    bool refusesBareAttention = false;          ///< answers "AT" with ERROR, "ATE0" with OK
 
     std::chrono::milliseconds latency{0}; ///< from the end of a submission to its answer
     int failEvery = 0;                    ///< each submission of this number fails; 0: none

@@ -125,7 +125,7 @@ AtAnswer functionality(ModemState &modem, const AtCommand &command)
         return BadParameters;
     if (restart == 1)
         modem.restart();
-    modem.functionality = level;
+    modem.setFunctionality(level);
     return ok();
 }
 

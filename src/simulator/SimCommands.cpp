@@ -16,6 +16,15 @@ AtAnswer lockedAnswer(SimCard::State state)
     }
 }
 
+/// Commands to a card without power.
+template <AtAnswer (*handler)(ModemState &, const AtCommand &)>
+AtAnswer powered(ModemState &modem, const AtCommand &command)
+{
+    return modem.hasSim() || command.form == Form::Test
+               ? handler(modem, command)
+               : equipmentError(EquipmentFailure::SimFailure);
+}
+
 AtAnswer subscriber(ModemState &modem, const AtCommand &command)
 {
     if (command.form == Form::Test)
@@ -123,9 +132,10 @@ AtAnswer facilityLock(ModemState &modem, const AtCommand &command)
 
 CommandEntries simCommands()
 {
-    return {{"+CIMI", subscriber},  {"+CCID", cardNumber}, {"+ICCID", cardNumber},
-            {"^ICCID", cardNumber}, {"+CPIN", pin},        {"+CPINR", triesLeft},
-            {"+CLCK", facilityLock}};
+    return {{"+CIMI", powered<subscriber>},  {"+CCID", powered<cardNumber>},
+            {"+ICCID", powered<cardNumber>}, {"^ICCID", powered<cardNumber>},
+            {"+CPIN", powered<pin>},         {"+CPINR", powered<triesLeft>},
+            {"+CLCK", powered<facilityLock>}};
 }
 
 } // namespace simulator

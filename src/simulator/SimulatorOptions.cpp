@@ -40,6 +40,9 @@ constexpr OptionText Options[] = {
     {"formats", "which", "message formats: both, pdu or text (both)"},
     {"signal", "n", "signal quality, 0 to 31, or 99 for unknown (20)"},
     {"registered", "n", "state of network registration, 0 to 5 (1)"},
+    {"functionality", "n", "+CFUN at the start: 1, or 0 or 4 for a modem in flight mode (1)"},
+    {"register-after", "ms", "time from the radio's start to the registration (0)"},
+    {"refuse-bare-at", nullptr, "answer a bare AT with ERROR"},
     {"manufacturer", "name", "the manufacturer's name"},
     {"model", "name", "the model's name"},
     {"imei", "digits", "the modem's serial number"},
@@ -163,11 +166,16 @@ QString readValues(const QCommandLineParser &parser, SimulatorOptions &options)
     if (modem.signal > MostSignal && modem.signal != UnknownSignal)
         values.refuse(QStringLiteral("signal"));
     values.number("registered", 0, 5, modem.registered);
+    values.number("functionality", 0, 4, modem.functionality);
+    if (modem.functionality != 0 && modem.functionality != 1 && modem.functionality != 4)
+        values.refuse(QStringLiteral("functionality"));
+    values.milliseconds("register-after", 0, modem.registerAfter);
     values.name("manufacturer", modem.manufacturer);
     values.name("model", modem.model);
     values.digits("imei", 15, 16, modem.imei);
     values.digits("imsi", 6, 15, modem.imsi);
     values.digits("iccid", 18, 22, modem.iccid);
+    modem.refusesBareAttention = parser.isSet(QStringLiteral("refuse-bare-at"));
     modem.silent = parser.isSet(QStringLiteral("silent"));
     modem.noise = parser.isSet(QStringLiteral("noise"));
     modem.unsolicited = parser.isSet(QStringLiteral("urc"));

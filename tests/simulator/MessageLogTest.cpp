@@ -37,6 +37,15 @@ TEST(MessageLog, aLineTellsThePart)
               "\"time\":\"2026-03-09T12:00:01.023\",\"coding\":\"gsm7\",\"reference\":7}\n");
 }
 
+TEST(MessageLog, aLineTellsThatTheLinkWasKept)
+{
+    AcceptedMessage accepted = message(QStringLiteral("x"));
+    const QString member = QStringLiteral("linkKept");
+    EXPECT_FALSE(parsed(jsonLine(accepted, Noon)).contains(member));
+    accepted.linkKept = true;
+    EXPECT_TRUE(parsed(jsonLine(accepted, Noon)).value(member).toBool());
+}
+
 TEST(MessageLog, aPartOfMoreTellsItsPlace)
 {
     AcceptedMessage accepted = message(QStringLiteral("x"));

@@ -31,6 +31,9 @@ TEST(SimulatorOptions, linkAndLogAreEnough)
     EXPECT_EQ(options.modem.signal, 20);
     EXPECT_EQ(options.modem.registered, 1);
     EXPECT_EQ(options.modem.formats, Formats::Both);
+    EXPECT_EQ(options.modem.functionality, 1);
+    EXPECT_EQ(options.modem.registerAfter.count(), 0);
+    EXPECT_FALSE(options.modem.refusesBareAttention);
     EXPECT_FALSE(options.modem.silent || options.modem.noise || options.modem.unsolicited ||
                  options.modem.loseLastAnswer);
     EXPECT_EQ(options.line.bitsPerSecond, 0);
@@ -42,7 +45,8 @@ TEST(SimulatorOptions, everyValueArrives)
         "--pin 1234 --puk 87654321 --latency 250 --baud 9600 --fail-every 3 --fail-code 42 "
         "--drop-after 5 --seed 9 --urc-interval 70 --formats text --signal 31 --registered 5 "
         "--manufacturer Maker --model Thing --imei 123456789012345 --imsi 001019 "
-        "--iccid 890000000000000001 --silent --noise --urc --lose-answer"));
+        "--iccid 890000000000000001 --silent --noise --urc --lose-answer "
+        "--functionality 4 --register-after 1500 --refuse-bare-at"));
     ASSERT_EQ(options.wish, Wish::Run) << options.refusal.toStdString();
     const ModemSettings &modem = options.modem;
     EXPECT_EQ(modem.pin, "1234");
@@ -63,6 +67,9 @@ TEST(SimulatorOptions, everyValueArrives)
     EXPECT_EQ(modem.imsi, "001019");
     EXPECT_EQ(modem.iccid, "890000000000000001");
     EXPECT_TRUE(modem.silent && modem.noise && modem.unsolicited && modem.loseLastAnswer);
+    EXPECT_EQ(modem.functionality, 4);
+    EXPECT_EQ(modem.registerAfter.count(), 1500);
+    EXPECT_TRUE(modem.refusesBareAttention);
     EXPECT_EQ(parse(QStringLiteral("--formats pdu")).modem.formats, Formats::PduOnly);
     EXPECT_EQ(parse(QStringLiteral("--formats both")).modem.formats, Formats::Both);
     EXPECT_EQ(parse(QStringLiteral("--signal 99")).modem.signal, 99);
@@ -70,31 +77,14 @@ TEST(SimulatorOptions, everyValueArrives)
 
 TEST(SimulatorOptions, badOnesAreRefusedByName)
 {
-    for (const char *bad : {"--baud 0",
-                            "--baud x",
-                            "--baud 9600.5",
-                            "--latency -1",
-                            "--latency x",
-                            "--fail-every 0",
-                            "--fail-code -1",
-                            "--fail-code 65536",
-                            "--drop-after 0",
-                            "--seed -1",
-                            "--urc-interval 0",
-                            "--formats none",
-                            "--signal 32",
-                            "--signal 100",
-                            "--registered 6",
-                            "--pin 123",
-                            "--pin 123456789",
-                            "--pin 12a4",
-                            "--puk 1234",
-                            "--imei 1",
-                            "--imsi 12345",
-                            "--iccid x",
-                            "--model é",
-                            "--manufacturer=",
-                            "--imsi 0123456789012345"}) {
+    for (const char *bad :
+         {"--baud 0",       "--baud x",          "--baud 9600.5",     "--latency -1",
+          "--latency x",    "--functionality 2", "--functionality 5", "--register-after -1",
+          "--fail-every 0", "--fail-code -1",    "--fail-code 65536", "--drop-after 0",
+          "--seed -1",      "--urc-interval 0",  "--formats none",    "--signal 32",
+          "--signal 100",   "--registered 6",    "--pin 123",         "--pin 123456789",
+          "--pin 12a4",     "--puk 1234",        "--imei 1",          "--imsi 12345",
+          "--iccid x",      "--model é",         "--manufacturer=",   "--imsi 0123456789012345"}) {
         const SimulatorOptions options = parse(QString::fromUtf8(bad));
         EXPECT_EQ(options.wish, Wish::Refused) << bad;
         QString name = QString::fromUtf8(bad).split(u' ').constFirst();
