@@ -8,6 +8,7 @@
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/PictureButton.h"
+#include "foundation/ui/WaitPointer.h"
 #include "import/CommonDialog.h"
 
 #include <QCheckBox>
@@ -208,12 +209,19 @@ void frmImport::ReadSpreadsheet(Duplicates duplicates)
 void frmImport::OpenWorkbook()
 {
     try {
-        moConnection = m_environment.createConnection();
-        moConnection->open(withoutBlanks(m_ui.txtFilePath->text()));
+        openConnection();
         listSheets();
     } catch (...) {
         showOpenFailure(Failure::fromException(std::current_exception()));
     }
+}
+
+/// The pointer tells that the program is busy. Reading, which comes later, shows none.
+void frmImport::openConnection()
+{
+    const WaitPointer busy;
+    moConnection = m_environment.createConnection();
+    moConnection->open(withoutBlanks(m_ui.txtFilePath->text()));
 }
 
 void frmImport::listSheets()

@@ -57,6 +57,7 @@ private:
     void ReadTextFile(Duplicates duplicates);
     void ReadSpreadsheet(Duplicates duplicates);
     void OpenWorkbook();
+    void openConnection();
     void listSheets();
     void listFields();
     /// @throws NumberedFailure 91 while there is no connection

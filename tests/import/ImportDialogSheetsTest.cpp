@@ -1,4 +1,9 @@
 #include "import/ImportDialogFixture.h"
+#include "import/readers/HelperConnection.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using S = QStringList;
 
@@ -266,4 +271,93 @@ TEST_F(ImportDialog, aSheetThatIsGoneKeepsTheFieldsOfTheFormerOne)
         EXPECT_EQ(text("txtRecords"), u"2"_qs);
     });
     EXPECT_EQ(boxes.shown, Boxes{box(u"-2147217865 - There is no sheet 'Vacio' in this file."_qs)});
+}
+
+namespace {
+
+bool pointerShowsThatTheProgramIsBusy()
+{
+    const QCursor *const pointer = QGuiApplication::overrideCursor();
+    return pointer != nullptr && pointer->shape() == Qt::WaitCursor;
+}
+
+/// Does something at the first painting of a window.
+class PaintWatch : public QObject
+{
+public:
+    PaintWatch(QWidget &window, std::function<void()> atPaint) : m_atPaint(std::move(atPaint))
+    {
+        window.installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint && m_atPaint)
+            std::exchange(m_atPaint, nullptr)();
+        return false;
+    }
+
+private:
+    std::function<void()> m_atPaint;
+};
+
+} // namespace
+
+TEST_F(ImportDialog, thePointerIsBusyWhileAWorkbookIsOpenedAndNotWhileItIsRead)
+{
+    QList<bool> opening;
+    QList<bool> reading;
+    script.whileOpening = [&] { opening.append(pointerShowsThatTheProgramIsBusy()); };
+    script.inRow = [&](qint32) { reading.append(pointerShowsThatTheProgramIsBusy()); };
+    EXPECT_TRUE(showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_FALSE(pointerShowsThatTheProgramIsBusy());
+        click("btnImport");
+    }));
+    EXPECT_EQ(opening, QList<bool>{true});
+    EXPECT_EQ(reading, (QList<bool>{false, false}));
+
+    script.failsToOpen = NumberedFailure(70, u"Sheet"_qs, u"Permission denied"_qs);
+    load();
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_FALSE(pointerShowsThatTheProgramIsBusy());
+    });
+    EXPECT_EQ(opening, (QList<bool>{true, true}));
+}
+
+TEST_F(ImportDialog, theWindowIsPaintedWhileAWorkbookIsOpened)
+{
+    // A reader that answers once the window was painted, and not before.
+    const QByteArray pipe = QFile::encodeName(folder.filePath(u"pipe"_qs));
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    const int release = ::open(pipe.constData(), O_RDWR | O_CLOEXEC);
+    const QString reader =
+        write("#!/bin/sh\nread line <" + pipe + "\nprintf '\\0\\0\\0\\1\\0'\n", u"reader"_qs);
+    QFile::setPermissions(reader, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    environment.createConnection = [&] {
+        return std::make_unique<HelperConnection>(reader, std::chrono::seconds(30));
+    };
+    load();
+    bool isPainted = false;
+    showAnd([&] {
+        chooseSpreadsheet();
+        QCoreApplication::processEvents();
+        // What is posted here is due when the opening has begun.
+        dialog->update();
+        const PaintWatch watch(*dialog, [&] {
+            isPainted = pointerShowsThatTheProgramIsBusy();
+            EXPECT_EQ(::write(release, "\n", 1), 1);
+        });
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_TRUE(isPainted);
+    });
+    EXPECT_EQ(boxes.shown, Boxes{box(u"The file can't be read."_qs)});
+    ::close(release);
 }

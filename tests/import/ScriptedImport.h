@@ -23,6 +23,7 @@ struct SheetScript
     std::optional<NumberedFailure> failsToOpen;
     QStringList errors;
     std::function<void(qint32 row)> inRow; ///< may raise
+    std::function<void()> whileOpening;
     QStringList calls;
 };
 
@@ -38,6 +39,8 @@ public:
     void open(const QString &path) override
     {
         m_script.calls.append(QStringLiteral("open(%1)").arg(path));
+        if (m_script.whileOpening)
+            m_script.whileOpening();
         if (m_script.failsToOpen)
             throw NumberedFailure(*m_script.failsToOpen);
         m_isOpen = true;

@@ -3,7 +3,9 @@
 #include "foundation/FailureNumbers.h"
 
 #include <QDeadlineTimer>
+#include <QEventLoop>
 #include <QProcess>
+#include <QTimer>
 
 #include <utility>
 
@@ -75,7 +77,7 @@ void HelperConnection::open(const QString &path)
     m_errors.clear();
     start();
     try {
-        m_sheets = ask({SheetFrames::Operation::Open, path, {}, 0}).names;
+        m_sheets = ask({SheetFrames::Operation::Open, path, {}, 0}, Waiting::PaintingWindows).names;
     } catch (const NumberedFailure &failure) {
         m_errors = {failure.description()};
         close();
@@ -124,14 +126,19 @@ void HelperConnection::start()
 
 SheetFrames::Answer HelperConnection::ask(const SheetFrames::Question &question)
 {
+    return ask(question, Waiting::Blocked);
+}
+
+SheetFrames::Answer HelperConnection::ask(const SheetFrames::Question &question, Waiting waiting)
+{
     if (!m_process)
         Failure::raise(Failure::ObjectClosed, QStringLiteral("HelperConnection"));
     m_process->write(SheetFrames::framed(SheetFrames::encode(question)));
     const QDeadlineTimer deadline(m_limit);
-    const quint32 length = SheetFrames::bodyLength(receive(sizeof(quint32), deadline));
+    const quint32 length = SheetFrames::bodyLength(receive(sizeof(quint32), deadline, waiting));
     if (length > SheetFrames::MostBytes)
         fail(u"The file holds too much."_qs);
-    const auto answer = SheetFrames::decodeAnswer(receive(length, deadline));
+    const auto answer = SheetFrames::decodeAnswer(receive(length, deadline, waiting));
     if (!answer)
         fail(u"The file can't be read."_qs);
     if (answer->failure)
@@ -139,19 +146,33 @@ SheetFrames::Answer HelperConnection::ask(const SheetFrames::Question &question)
     return *answer;
 }
 
-QByteArray HelperConnection::receive(qsizetype count, const QDeadlineTimer &deadline)
+QByteArray HelperConnection::receive(qsizetype count, const QDeadlineTimer &deadline,
+                                     Waiting waiting)
 {
     while (m_process->bytesAvailable() < count) {
-        if (m_process->waitForReadyRead(static_cast<int>(deadline.remainingTime())))
-            continue;
-        if (m_process->bytesAvailable() >= count)
-            break;
         if (m_process->state() == QProcess::NotRunning)
             fail(u"The file can't be read: it takes too much memory or time, or is damaged."_qs);
         if (deadline.hasExpired())
             fail(u"The file can't be read: it takes too long."_qs);
+        await(deadline, waiting);
     }
     return m_process->read(count);
+}
+
+/// Returns when there may be more to read, when the reader has ended, or at the deadline.
+void HelperConnection::await(const QDeadlineTimer &deadline, Waiting waiting)
+{
+    const int left = static_cast<int>(deadline.remainingTime());
+    if (waiting == Waiting::PaintingWindows) {
+        QEventLoop loop;
+        QObject::connect(m_process.get(), &QProcess::readyRead, &loop, &QEventLoop::quit);
+        QObject::connect(m_process.get(), &QProcess::finished, &loop, &QEventLoop::quit);
+        QTimer::singleShot(left, &loop, &QEventLoop::quit);
+        if (loop.exec(QEventLoop::ExcludeUserInputEvents) == 0)
+            return;
+    }
+    // Also where the program is about to end, and no loop runs any more.
+    m_process->waitForReadyRead(left);
 }
 
 void HelperConnection::fail(const QString &description)

@@ -33,8 +33,14 @@ public:
     SheetFrames::Answer ask(const SheetFrames::Question &question);
 
 private:
+    enum class Waiting {
+        Blocked,
+        PaintingWindows, ///< what the operator does meanwhile is left for later
+    };
     void start();
-    QByteArray receive(qsizetype count, const QDeadlineTimer &deadline);
+    SheetFrames::Answer ask(const SheetFrames::Question &question, Waiting waiting);
+    QByteArray receive(qsizetype count, const QDeadlineTimer &deadline, Waiting waiting);
+    void await(const QDeadlineTimer &deadline, Waiting waiting);
     [[noreturn]] void fail(const QString &description);
 
     const QString m_program;
