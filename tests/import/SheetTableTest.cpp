@@ -1,16 +1,20 @@
 #include "import/sheets/SheetTable.h"
 
 #include "engine/RaisedFailure.h"
+#include "foundation/platform/ProcessLimits.h"
+#include "import/readers/SpreadsheetConnection.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <ctime>
+#include <memory>
 
 class Table : public ::testing::Test
 {
 protected:
-    CellBudget budget;
-    SheetTable table{u"Hoja1"_qs, budget};
+    const std::shared_ptr<CellTexts> texts = std::make_shared<CellTexts>();
+    SheetTable table{u"Hoja1"_qs, texts};
 };
 
 TEST_F(Table, theFirstRowThatHoldsAnythingGivesTheNames)
@@ -59,6 +63,63 @@ TEST_F(Table, aSheetWithoutValuesHasNeitherFieldsNorRows)
     table.finish();
     EXPECT_TRUE(table.fields().isEmpty());
     EXPECT_EQ(table.rows(), 0);
+}
+
+namespace {
+
+/// Fills a sheet with as many cells as a workbook may hold, each with a text of its own, within the
+/// reader's memory; ends the process with 0 if that goes well.
+[[noreturn]] void fillWithinTheReadersMemory()
+{
+    limitThisProcess(quint64{1} << 30, 1000);
+    constexpr qint32 columns = 16;
+    SheetTable large(u"Hoja1"_qs, std::make_shared<CellTexts>());
+    for (qint32 i = 0; i < CellTexts::maxCells; ++i)
+        large.set(i / columns, i % columns, QString::number(600'000'000 + i));
+    large.finish();
+    std::_Exit(large.value(large.rows() - 1, columns - 1) == u"605999999"_qs ? 0 : 1);
+}
+
+} // namespace
+
+TEST(LargeTable, sixMillionCellsFitIntoTheReadersMemory)
+{
+    EXPECT_EXIT(fillWithinTheReadersMemory(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Table, moreThanSixMillionCellsAreAFailure)
+{
+    for (qint64 i = 0; i < CellTexts::maxCells; ++i)
+        texts->countCell();
+    const auto failure = raisedFailure([&] { table.set(0, 0, u"x"_qs); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), SheetFailure::BadFile);
+    EXPECT_EQ(failure->description(), u"The workbook holds more than 6,000,000 cells."_qs);
+}
+
+TEST_F(Table, textsAreKeptAsTheyAre)
+{
+    const QStringList kept{
+        u""_qs,    u"912345678"_qs, u"Jos\u00e9"_qs, u"\u20ac"_qs, QString(3'000'000, u'\u20ac'),
+        u"a\0b"_qs};
+    QList<CellTexts::Place> places;
+    for (const QString &text : kept)
+        places.append(texts->add(text));
+    for (qsizetype i = 0; i < kept.size(); ++i)
+        EXPECT_TRUE(texts->at(places.at(i)) == kept.at(i)) << i;
+    EXPECT_FALSE(texts->at(places.first()).isNull());
+    EXPECT_TRUE(texts->at(texts->add(QString())).isNull());
+}
+
+TEST_F(Table, moreTextThanTheMemoryHasRoomForIsAFailure)
+{
+    const QString million(1 << 20, u'x');
+    const auto failure = raisedFailure([&] {
+        for (qint32 row = 0; row < 300; ++row)
+            table.set(row, 0, million);
+    });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->description(), u"The workbook holds more than 256 MiB of text."_qs);
 }
 
 TEST_F(Table, aCellBeyondTheSheetIsAFailure)

@@ -1,5 +1,6 @@
 #include "import/sheets/OdsReader.h"
 
+#include "import/readers/SpreadsheetConnection.h"
 #include "import/sheets/CellText.h"
 #include "import/sheets/PartXml.h"
 
@@ -75,7 +76,7 @@ private:
 
     void readTable()
     {
-        m_tables.emplace_back(attribute(u"name"), m_budget);
+        m_tables.emplace_back(attribute(u"name"), m_texts);
         m_row = 0;
         readRows();
         m_tables.back().finish();
@@ -105,19 +106,19 @@ private:
             const qint32 width = repetitions(u"number-columns-repeated");
             const QString value = readValue();
             if (!value.isNull())
-                putAll(value, column, width, count);
+                putAll(m_texts->add(value), column, width, count);
             column += width;
         }
         m_row += count;
     }
 
-    void putAll(const QString &value, qint64 column, qint32 width, qint32 height)
+    void putAll(CellTexts::Place text, qint64 column, qint32 width, qint32 height)
     {
         for (qint64 row = m_row; row < m_row + height; ++row) {
             for (qint64 i = column; i < column + width; ++i)
                 m_tables.back().set(
                     static_cast<qint32>(qMin<qint64>(row, SheetTable::LastRow + 1)),
-                    static_cast<qint32>(qMin<qint64>(i, SheetTable::LastColumn + 1)), value);
+                    static_cast<qint32>(qMin<qint64>(i, SheetTable::LastColumn + 1)), text);
         }
     }
 
@@ -218,7 +219,7 @@ private:
     }
 
     PartXml m_xml;
-    CellBudget m_budget;
+    std::shared_ptr<CellTexts> m_texts = std::make_shared<CellTexts>();
     std::vector<SheetTable> m_tables;
     qint64 m_row = 0;
 };

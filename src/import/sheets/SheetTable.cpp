@@ -1,5 +1,7 @@
 #include "import/sheets/SheetTable.h"
 
+#include "import/readers/SpreadsheetConnection.h"
+
 #include <algorithm>
 #include <tuple>
 
@@ -17,17 +19,16 @@ QString shownName(QString text)
 
 } // namespace
 
-void CellBudget::takeOne()
+void SheetTable::set(qint32 row, qint32 column, const QString &text)
 {
-    if (--m_left < 0)
-        SheetFailure::raise(SheetFailure::BadFile, u"The workbook holds too much."_qs);
+    set(row, column, m_texts->add(text));
 }
 
-void SheetTable::set(qint32 row, qint32 column, const QString &text)
+void SheetTable::set(qint32 row, qint32 column, CellTexts::Place text)
 {
     if (row < 0 || row > LastRow || column < 0 || column > LastColumn)
         SheetFailure::raise(SheetFailure::BadFile, u"The workbook names a cell that can't be."_qs);
-    m_budget->takeOne();
+    m_texts->countCell();
     m_cells.push_back({row, column, text});
 }
 
@@ -41,7 +42,7 @@ void SheetTable::finish()
         std::unique(m_cells.rbegin(), m_cells.rend(),
                     [&](const Cell &a, const Cell &b) { return place(a) == place(b); });
     m_cells.erase(m_cells.begin(), kept.base());
-    std::erase_if(m_cells, [](const Cell &cell) { return cell.text.isNull(); });
+    std::erase_if(m_cells, [](const Cell &cell) { return cell.text == CellTexts::none; });
     if (m_cells.empty())
         return;
     m_headerRow = m_cells.front().row;
@@ -54,7 +55,7 @@ void SheetTable::nameFields(qint32 lastColumn)
     QHash<QString, int> lastNumbers; // behind each name, folded, that was there before
     for (qint32 column = 0; column <= lastColumn; ++column) {
         const Cell *const header = find(m_headerRow, column);
-        QString name = header != nullptr ? shownName(header->text) : QString();
+        QString name = header != nullptr ? shownName(m_texts->at(header->text)) : QString();
         if (name.isEmpty())
             name = QStringLiteral("F%1").arg(column + 1);
         QString unique = name;
@@ -74,7 +75,7 @@ std::optional<qint32> SheetTable::fieldIndex(const QString &field) const
 std::optional<QString> SheetTable::value(qint32 record, qint32 field) const
 {
     const Cell *const cell = find(m_headerRow + 1 + record, field);
-    return cell != nullptr ? std::optional(cell->text) : std::nullopt;
+    return cell != nullptr ? std::optional(m_texts->at(cell->text)) : std::nullopt;
 }
 
 const SheetTable::Cell *SheetTable::find(qint32 row, qint32 column) const

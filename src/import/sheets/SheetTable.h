@@ -1,24 +1,15 @@
 #pragma once
 
-#include "import/readers/SpreadsheetConnection.h"
+#include "import/sheets/CellTexts.h"
 
 #include <QHash>
 #include <QString>
+#include <QStringList>
 
+#include <deque>
+#include <memory>
 #include <optional>
 #include <utility>
-#include <vector>
-
-/// How many cells the sheets of a workbook may still hold.
-class CellBudget
-{
-public:
-    /// @throws NumberedFailure BadFile once there are too many
-    void takeOne();
-
-private:
-    qint64 m_left = 6'000'000;
-};
 
 /// The cells of one sheet as a table. The first row that holds anything gives the names of the
 /// fields; the rows behind it, up to the last one that holds anything, are the records.
@@ -29,13 +20,18 @@ public:
     static constexpr qint32 LastRow = 1048575;
     static constexpr qint32 LastColumn = 16383;
 
-    SheetTable(QString name, CellBudget &budget) : m_name(std::move(name)), m_budget(&budget) {}
+    /// @param texts  those of the whole workbook
+    SheetTable(QString name, std::shared_ptr<CellTexts> texts)
+        : m_name(std::move(name)), m_texts(std::move(texts))
+    {}
 
     const QString &name() const { return m_name; }
 
     /// Puts a text in a cell; a null text is no value. Of several for one cell the last counts.
-    /// @throws NumberedFailure BadFile for a place beyond the sheet, or with the budget used up
+    /// @throws NumberedFailure BadFile for a place beyond the sheet, or as CellTexts
     void set(qint32 row, qint32 column, const QString &text);
+    /// The same with a text that lies in the workbook's texts already.
+    void set(qint32 row, qint32 column, CellTexts::Place text);
     /// To be called once, behind the last `set`.
     void finish();
 
@@ -52,15 +48,16 @@ private:
     {
         qint32 row;
         qint32 column;
-        QString text;
+        CellTexts::Place text;
     };
 
     const Cell *find(qint32 row, qint32 column) const;
     void nameFields(qint32 lastColumn);
 
     QString m_name;
-    CellBudget *m_budget;
-    std::vector<Cell> m_cells; ///< once finished, by row and column
+    std::shared_ptr<CellTexts> m_texts;
+    // Grows without being copied, which would take as much again.
+    std::deque<Cell> m_cells; ///< once finished, by row and column
     QStringList m_fields;
     QHash<QString, qint32> m_fieldIndexes; ///< by folded name
     qint32 m_headerRow = 0;

@@ -1,5 +1,6 @@
 #include "import/sheets/XlsReader.h"
 
+#include "import/readers/SpreadsheetConnection.h"
 #include "import/sheets/CellText.h"
 #include "import/sheets/CompoundFile.h"
 #include "import/sheets/XlsSheet.h"
@@ -90,8 +91,10 @@ private:
     void readStrings(Biff::Record &record)
     {
         record.skipTo(8); // two counts, neither of which is relied on
-        while (!record.atEnd())
-            globals.sharedStrings.append(record.takeText(record.takeShort()));
+        while (!record.atEnd()) {
+            globals.texts->countShared();
+            globals.sharedStrings.append(globals.texts->add(record.takeText(record.takeShort())));
+        }
     }
 
     QHash<quint16, QString> m_codes;
@@ -103,10 +106,9 @@ private:
 std::vector<SheetTable> readBiff(const QByteArray &stream)
 {
     const GlobalsReader workbook(stream);
-    CellBudget budget;
     std::vector<SheetTable> tables;
     for (const GlobalsReader::Sheet &sheet : workbook.sheets) {
-        tables.emplace_back(sheet.name, budget);
+        tables.emplace_back(sheet.name, workbook.globals.texts);
         readXlsSheet(stream, sheet.offset, workbook.globals, tables.back());
         tables.back().finish();
     }

@@ -1,5 +1,7 @@
 #include "import/sheets/XlsSheet.h"
 
+#include "import/readers/SpreadsheetConnection.h"
+
 #include <bit>
 
 namespace {
@@ -24,7 +26,9 @@ public:
     {
         switch (record.id()) {
         case Biff::LabelShared:
-            put(record, m_globals.sharedStrings.value(static_cast<qsizetype>(record.longAt(6))));
+            m_table.set(record.shortAt(0), record.shortAt(2),
+                        m_globals.sharedStrings.value(static_cast<qsizetype>(record.longAt(6)),
+                                                      CellTexts::none));
             break;
         case Biff::Label:
         case Biff::RichString:

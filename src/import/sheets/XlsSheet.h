@@ -5,14 +5,16 @@
 #include "import/sheets/SheetTable.h"
 
 #include <QList>
-#include <QStringList>
+
+#include <memory>
 
 /// What the cells of all sheets of a workbook refer to.
 struct XlsGlobals
 {
     bool isVersion8 = true;
     bool from1904 = false;
-    QStringList sharedStrings;
+    std::shared_ptr<CellTexts> texts = std::make_shared<CellTexts>();
+    QList<CellTexts::Place> sharedStrings;
     QList<CellText::Kind> kinds; ///< by cell format
 };
 

@@ -1,5 +1,6 @@
 #include "import/sheets/XlsxReader.h"
 
+#include "import/readers/SpreadsheetConnection.h"
 #include "import/sheets/CellText.h"
 #include "import/sheets/PartXml.h"
 #include "import/sheets/XlsxRelations.h"
@@ -43,21 +44,26 @@ QString readTexts(QXmlStreamReader &xml)
     return text;
 }
 
-QStringList readSharedStrings(std::unique_ptr<PartStream> part)
+using SharedStrings = QList<CellTexts::Place>;
+
+/// @param part  null for a workbook without
+SharedStrings readSharedStrings(std::unique_ptr<PartStream> part, CellTexts &texts)
 {
-    QStringList texts;
+    SharedStrings strings;
     if (!part)
-        return texts;
+        return strings;
     PartXml xml(std::move(part));
     xml.readNextStartElement();
     while (xml.readNextStartElement()) {
-        if (xml.name() == u"si")
-            texts.append(readTexts(xml));
-        else
+        if (xml.name() == u"si") {
+            texts.countShared();
+            strings.append(texts.add(readTexts(xml)));
+        } else {
             xml.skipCurrentElement();
+        }
     }
     xml.finish();
-    return texts;
+    return strings;
 }
 
 /// Column and row of an address like "B7", counted from 0; -1 for what it doesn't tell.
@@ -81,14 +87,14 @@ class XlsxWorkbook
 public:
     explicit XlsxWorkbook(const PackageParts &parts)
         : m_parts(parts), m_path(workbookPath()), m_relations(parts, m_path),
-          m_strings(readSharedStrings(relatedPart(QStringLiteral("sharedStrings")))),
+          m_strings(readSharedStrings(relatedPart(QStringLiteral("sharedStrings")), *m_texts)),
           m_styles(relatedPart(QStringLiteral("styles")))
     {}
 
     std::vector<SheetTable> read()
     {
         for (const Sheet &sheet : readSheetList()) {
-            m_tables.emplace_back(sheet.name, m_budget);
+            m_tables.emplace_back(sheet.name, m_texts);
             readCells(sheet.path);
             m_tables.back().finish();
         }
@@ -176,15 +182,15 @@ private:
                 const auto place = placeOf(xml.attributes().value(QLatin1String("r")));
                 column = place.first >= 0 ? place.first : column + 1;
                 row = place.second >= 0 ? place.second : row;
-                const QString value = readCell(xml);
-                if (!value.isNull())
+                const CellTexts::Place value = readCell(xml);
+                if (value != CellTexts::none)
                     m_tables.back().set(row, column, value);
             }
         }
         xml.finish();
     }
 
-    QString readCell(QXmlStreamReader &xml) const
+    CellTexts::Place readCell(QXmlStreamReader &xml)
     {
         const QString type = xml.attributes().value(QLatin1String("t")).toString();
         const qint32 format = xml.attributes().value(QLatin1String("s")).toInt();
@@ -198,16 +204,20 @@ private:
             else
                 xml.skipCurrentElement();
         }
-        return type == u"inlineStr" ? written : textOf(type, format, stored);
+        if (type == u"s")
+            return sharedString(stored);
+        return m_texts->add(type == u"inlineStr" ? written : textOf(type, format, stored));
+    }
+
+    CellTexts::Place sharedString(const QString &stored) const
+    {
+        bool isNumber = false;
+        const qint32 index = stored.toInt(&isNumber);
+        return isNumber ? m_strings.value(index, CellTexts::none) : CellTexts::none;
     }
 
     QString textOf(const QString &type, qint32 format, const QString &stored) const
     {
-        bool isNumber = false;
-        if (type == u"s") {
-            const qint32 index = stored.toInt(&isNumber);
-            return isNumber ? m_strings.value(index) : QString();
-        }
         if (type == u"str")
             return unescaped(stored);
         if (type == u"b")
@@ -216,6 +226,7 @@ private:
             return {};
         if (type == u"d")
             return CellText::ofMoment(stored);
+        bool isNumber = false;
         const double number = stored.trimmed().toDouble(&isNumber);
         if (!isNumber)
             return {};
@@ -225,10 +236,10 @@ private:
     const PackageParts &m_parts;
     const QString m_path;
     const XlsxRelations m_relations;
-    const QStringList m_strings;
+    const std::shared_ptr<CellTexts> m_texts = std::make_shared<CellTexts>();
+    const SharedStrings m_strings;
     const XlsxStyles m_styles;
     bool m_from1904 = false;
-    CellBudget m_budget;
     std::vector<SheetTable> m_tables;
 };
 
