@@ -1,6 +1,7 @@
 #include "service/dispatch/Dispatcher.h"
 
 #include "engine/contract/ErrorCodes.h"
+#include "service/dispatch/ValidityPeriod.h"
 
 #include <QDebug>
 #include <QScopeGuard>
@@ -16,14 +17,15 @@ constexpr qsizetype mostUnheardWarnings = 50;
 
 Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
                        const DispatcherTimings &timings, const EngineSettings &settings,
-                       QObject *parent)
+                       PartEncoder::Encode encode, QObject *parent)
     : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
-      m_timings(timings), m_settings(settings), m_runPace(timings.run), m_runFor(clock.time()),
-      m_runLate(clock.time()), m_settleAgain(clock.time()), m_wake(clock.time()),
-      m_resetAgain(clock.time()), m_openAgain(clock.time()), m_steady(clock.time()),
-      m_conditionAgain(clock.time()), m_testLimit(clock.time()), m_storeTroubleFor(clock.time()),
-      m_storeLostFor(clock.time()), m_probeStore(clock.time()),
-      m_heardOutcomes(store, timings.storeAgainMs, clock.time()),
+      m_timings(timings), m_settings(settings),
+      m_encoder(relativeValidity(settings.validityPeriod), std::move(encode)),
+      m_runPace(timings.run), m_runFor(clock.time()), m_runLate(clock.time()),
+      m_settleAgain(clock.time()), m_wake(clock.time()), m_resetAgain(clock.time()),
+      m_openAgain(clock.time()), m_steady(clock.time()), m_conditionAgain(clock.time()),
+      m_testLimit(clock.time()), m_storeTroubleFor(clock.time()), m_storeLostFor(clock.time()),
+      m_probeStore(clock.time()), m_heardOutcomes(store, timings.storeAgainMs, clock.time()),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
     connect(&m_settleAgain, &Timer::timeout, this, [this] { trySettling(Following::Later); });
@@ -142,7 +144,9 @@ void Dispatcher::testDevice(TestAnswer answer)
 void Dispatcher::noticeQueueChange()
 {
     Q_EMIT queueChanged();
-    work();
+    // Whoever changed the queue is answered first: what begins now has a commit and a line of its
+    // own to wait for.
+    QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
 }
 
 void Dispatcher::warnTooLate()

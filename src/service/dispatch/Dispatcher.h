@@ -5,6 +5,7 @@
 #include "service/dispatch/EngineSettings.h"
 #include "service/dispatch/HeardOutcomes.h"
 #include "service/dispatch/OutcomePruner.h"
+#include "service/dispatch/PartEncoder.h"
 #include "service/dispatch/RetryPolicy.h"
 #include "service/dispatch/RunPace.h"
 #include "service/dispatch/SendingRun.h"
@@ -45,7 +46,7 @@ public:
     /// @param store, modem, clock  must outlive this object
     Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
                const DispatcherTimings &timings = {}, const EngineSettings &settings = {},
-               QObject *parent = nullptr);
+               PartEncoder::Encode encode = encodeSubmit, QObject *parent = nullptr);
 
     /// The first step after the program's start: reports what the last run left in the middle, and
     /// starts if the engine was started.
@@ -65,7 +66,7 @@ public:
     /// within the time limit.
     void testDevice(TestAnswer answer);
 
-    /// The queue was changed from outside.
+    /// The queue was changed from outside. What is to be done about it begins from the event loop.
     void noticeQueueChange();
     /// Tells that an edit or a deletion came after its message had begun to be sent.
     void warnTooLate();
@@ -162,8 +163,7 @@ private:
     bool isTooLate(const StoredMessage &message, const QString &at) const;
     bool isLimited() const;
     bool limitsAllowPart() const;
-    std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message) const;
-    EncodeRequest requestOf(const StoredMessage &message) const;
+    std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
     void begin(LeavingMessage &message);
     QList<LeavingMessage> beginRun(LeavingMessage first);
     QList<LeavingMessage> beginFollowing();
@@ -190,6 +190,7 @@ private:
     RetryPolicy m_retries;
     const DispatcherTimings m_timings;
     const EngineSettings m_settings;
+    PartEncoder m_encoder;
 
     bool m_running = false;
     bool m_heard = false;

@@ -1,6 +1,5 @@
 #include "engine/contract/ErrorCodes.h"
 #include "service/dispatch/Dispatcher.h"
-#include "service/dispatch/ValidityPeriod.h"
 
 #include <QCryptographicHash>
 #include <QDebug>
@@ -73,7 +72,7 @@ bool Dispatcher::limitsAllowPart() const
            (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
 }
 
-std::variant<LeavingMessage, qint32> Dispatcher::encoded(const StoredMessage &message) const
+std::variant<LeavingMessage, qint32> Dispatcher::encoded(const StoredMessage &message)
 {
     if (message.dateIsOdd)
         return ErrorCode::MethodParam;
@@ -81,20 +80,10 @@ std::variant<LeavingMessage, qint32> Dispatcher::encoded(const StoredMessage &me
     if (message.id != m_unfinished && m_settings.mostLate > 0 &&
         isTooLate(message, m_clock.wallClockText()))
         return ErrorCode::ProtocolTimeout;
-    auto result = encodeSubmit(requestOf(message));
+    auto result = m_encoder.parts(message);
     if (const auto *const error = std::get_if<EncodeError>(&result))
         return errorCode(*error);
     return LeavingMessage{message, std::get<QList<SubmitPart>>(result), {}};
-}
-
-EncodeRequest Dispatcher::requestOf(const StoredMessage &message) const
-{
-    EncodeRequest request;
-    request.phone = message.phone;
-    request.text = message.text;
-    request.reference = message.reference.value_or(0);
-    request.validityPeriod = relativeValidity(m_settings.validityPeriod);
-    return request;
 }
 
 void Dispatcher::begin(LeavingMessage &current)
@@ -102,7 +91,7 @@ void Dispatcher::begin(LeavingMessage &current)
     StoredMessage &message = current.message;
     if (current.parts.size() > 1 && !message.reference) {
         message.reference = m_store.nextReference();
-        current.parts = std::get<QList<SubmitPart>>(encodeSubmit(requestOf(message)));
+        setReference(current.parts, *message.reference);
     }
     m_store.beginPart(message.id, message.reference,
                       QCryptographicHash::hash(current.part().hex, QCryptographicHash::Sha256));

@@ -14,6 +14,9 @@ constexpr int s_submit = 0x01;
 constexpr int s_relativeValidity = 0x10;
 constexpr int s_headerPresent = 0x40;
 
+/// The service centre address in front of the TPDU, in hexadecimal digits.
+constexpr int s_centreDigits = 2;
+
 constexpr int s_internationalNumber = 0x91;
 constexpr int s_unknownNumber = 0x81;
 
@@ -101,12 +104,14 @@ SubmitPart encodePart(const EncodeRequest &request, const QByteArray &address,
     appendOctet(tpdu, text.alphabet == Alphabet::Gsm7 ? 0x00 : 0x08); // TP-Data-Coding-Scheme
     if (request.validityPeriod)
         appendOctet(tpdu, *request.validityPeriod);
+    // Behind the lengths of user data and header, and the information element's type and length.
+    const qsizetype referenceAt = total > 1 ? s_centreDigits + 2 * (tpdu.size() + 4) : -1;
     tpdu +=
         userData(text.alphabet, text.parts.at(number - 1),
                  total > 1 ? concatenationHeader(request.reference, total, number) : QByteArray());
 
     return {QByteArrayLiteral("00") + tpdu.toHex().toUpper(), static_cast<int>(tpdu.size()), number,
-            total};
+            total, referenceAt};
 }
 
 } // namespace
@@ -140,4 +145,13 @@ std::variant<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &r
     for (int number = 1; number <= text->parts.size(); ++number)
         parts.append(encodePart(request, std::get<QByteArray>(address), *text, number));
     return parts;
+}
+
+void setReference(QList<SubmitPart> &parts, quint16 reference)
+{
+    const QByteArray digits = QByteArray::number(reference, 16).rightJustified(4, '0').toUpper();
+    for (SubmitPart &part : parts) {
+        if (part.referenceAt >= 0)
+            part.hex.replace(part.referenceAt, digits.size(), digits);
+    }
 }

@@ -29,6 +29,8 @@ struct SubmitPart
     /// Place of this part, from 1, and how many there are.
     int number = 1;
     int total = 1;
+    /// Where the reference that ties the parts together stands in `hex`; -1 for a single part.
+    qsizetype referenceAt = -1;
 };
 
 enum class EncodeError { EmptyPhone, NumberTooLong, InvalidCharacters, TextTooLong };
@@ -39,3 +41,6 @@ int errorCode(EncodeError error);
 /// Encodes a message as SMS-SUBMIT in PDU mode (3GPP TS 23.040, 9.2.2.2; 27.005, 3.1), cut into
 /// concatenated parts where it needs more than one (23.040, 9.2.3.24.8: 16-bit reference).
 std::variant<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request);
+
+/// Ties the parts together by another reference; a single part has none.
+void setReference(QList<SubmitPart> &parts, quint16 reference);

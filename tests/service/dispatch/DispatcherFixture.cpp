@@ -72,7 +72,10 @@ void DispatcherFixture::makeDispatcher()
     m_modem->close();
     m_dispatcher = std::make_unique<Dispatcher>(
         *m_store, *m_modem, m_clock, RetryPolicy([this] { return m_random; }, m_retryTimes),
-        m_timings, m_settings);
+        m_timings, m_settings, [this](const EncodeRequest &request) {
+            ++m_encodings;
+            return encodeSubmit(request);
+        });
     Dispatcher *const dispatcher = m_dispatcher.get();
     QObject::connect(dispatcher, &Dispatcher::statusChanged,
                      [this](int status) { m_events << QStringLiteral("status %1").arg(status); });

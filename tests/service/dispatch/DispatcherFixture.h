@@ -89,6 +89,7 @@ protected:
     /// Runs when a part is asked to be sent, before the payload.
     std::function<void()> m_onSubmission;
     QStringList m_events;
+    int m_encodings = 0; ///< messages encoded since the test began
     std::unique_ptr<Store> m_store;
     std::unique_ptr<Dispatcher> m_dispatcher;
 };

@@ -278,4 +278,23 @@ INSTANTIATE_TEST_SUITE_P(
                                -16}),
     [](const auto &message) { return std::string(message.param.name); });
 
+TEST_F(DispatcherSending, aMessageOfSeveralPartsIsEncodedOnce)
+{
+    add(QStringLiteral("600"), longText(5));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(m_line->payloads.size(), 5);
+    EXPECT_EQ(m_encodings, 1);
+}
+
+TEST_F(DispatcherSending, nothingBeginsBeforeWhoeverChangedTheQueueIsAnswered)
+{
+    startReady();
+    add(QStringLiteral("600"));
+    EXPECT_TRUE(has(QStringLiteral("queue")));
+    EXPECT_FALSE(m_dispatcher->isSending());
+    EXPECT_EQ(onDisk(QStringLiteral("SELECT state FROM message")), 0);
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+}
+
 } // namespace
