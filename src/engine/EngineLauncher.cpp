@@ -2,6 +2,7 @@
 
 #include "engine/contract/BusTypes.h"
 #include "foundation/FailureNumbers.h"
+#include "foundation/FailureTexts.h"
 
 #include <QDBusConnectionInterface>
 #include <QDir>
@@ -19,8 +20,7 @@ constexpr qint64 longestLog = 1'000'000; // bytes
 [[noreturn]] void raiseCannotStart(const QString &reason)
 {
     throw NumberedFailure(Failure::CannotCreateObject, QStringLiteral("SMSManager"),
-                          Failure::description(Failure::CannotCreateObject) + QStringLiteral(" (") +
-                              reason + u')');
+                          FailureText::engineNotStarted(reason));
 }
 
 QString errorOutputFile()
@@ -53,7 +53,7 @@ ProcessEngineLauncher::ProcessEngineLauncher(const QDBusConnection &bus, const Q
 void ProcessEngineLauncher::ensureRunning()
 {
     if (!m_bus.isConnected())
-        raiseCannotStart(QStringLiteral("no session bus"));
+        raiseCannotStart(FailureText::noSessionBus());
     const QString name = QLatin1String(Bus::ServiceName);
     QDBusConnectionInterface *const bus = m_bus.interface();
     if (bus->isServiceRegistered(name) || startByBus())
@@ -64,7 +64,7 @@ void ProcessEngineLauncher::ensureRunning()
     waited.start();
     while (!bus->isServiceRegistered(name)) {
         if (waited.hasExpired(m_timeLimit))
-            raiseCannotStart(QStringLiteral("the engine did not come up"));
+            raiseCannotStart(FailureText::engineDidNotComeUp());
         QThread::msleep(pollInterval);
     }
 }
@@ -86,7 +86,7 @@ bool ProcessEngineLauncher::startByBus()
 void ProcessEngineLauncher::startProgram()
 {
     if (!QFileInfo(m_program).isExecutable())
-        raiseCannotStart(m_program);
+        raiseCannotStart(FailureText::programNotFound(m_program));
     QProcess engine;
     engine.setProgram(m_program);
     engine.setWorkingDirectory(QStringLiteral("/"));

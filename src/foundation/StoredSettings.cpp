@@ -1,6 +1,7 @@
 #include "foundation/StoredSettings.h"
 
 #include "foundation/FailureNumbers.h"
+#include "foundation/FailureTexts.h"
 #include "foundation/SettingsText.h"
 
 #include <QLockFile>
@@ -39,16 +40,23 @@ void checkNames(const QString &application, const QString &section, const QStrin
 
 SettingsText readText(PlatformFiles &files, const QString &application, const QString &source)
 {
+    const QString file = fileOf(application);
     QByteArray bytes;
-    const int error = files.read(fileOf(application), LargestFile, bytes);
+    const int error = files.read(file, LargestFile, bytes);
     if (error == ENOENT)
         return {};
     if (error != 0)
-        Failure::raiseErrno(error, source);
+        throw NumberedFailure(Failure::fromErrno(error), source,
+                              FailureText::settingsUnreadable(file));
     auto text = SettingsText::parse(bytes);
     if (!text)
-        Failure::raise(Failure::PathFileAccess, source);
+        throw NumberedFailure(Failure::PathFileAccess, source, FailureText::settingsDamaged(file));
     return *text;
+}
+
+[[noreturn]] void raiseNotSaved(Failure::Number number, const QString &file, const QString &source)
+{
+    throw NumberedFailure(number, source, FailureText::settingsNotSaved(file));
 }
 
 void makeFolders(PlatformFiles &files, const QString &path, const QString &source)
@@ -59,9 +67,9 @@ void makeFolders(PlatformFiles &files, const QString &path, const QString &sourc
         // Some systems answer for an existing folder on a read-only medium with that medium first.
         const bool mayExist = error == EEXIST || error == EROFS || error == EACCES;
         if (error == ENOENT)
-            Failure::raise(Failure::PathNotFound, source);
+            raiseNotSaved(Failure::PathNotFound, path, source);
         if (error != 0 && (!mayExist || (end < 0 && error != EEXIST)))
-            Failure::raiseErrno(error, source);
+            raiseNotSaved(Failure::fromErrno(error), path, source);
         if (end < 0)
             return;
     }
@@ -94,10 +102,10 @@ void IniStoredSettings::save(const QString &application, const QString &section,
     QLockFile lock(fileOf(application) + QStringLiteral(".lock"));
     if (!lock.tryLock(static_cast<int>(m_lockWait.count())) &&
         lock.error() == QLockFile::LockFailedError)
-        Failure::raise(Failure::PermissionDenied, source);
+        raiseNotSaved(Failure::PermissionDenied, fileOf(application), source);
 
     SettingsText text = readText(m_files, application, source);
     text.setValue(section, key, value);
     if (const int error = m_files.replace(fileOf(application), text.bytes()))
-        Failure::raiseErrno(error, source);
+        raiseNotSaved(Failure::fromErrno(error), fileOf(application), source);
 }

@@ -23,6 +23,9 @@ public:
     /// @throws NumberedFailure 3704 unless `Init` has given true
     QString GS(qint32 id, const QStringList &arguments = {}) const;
 
+    /// Whether there is a row with that number.
+    bool has(qint32 id) const { return m_texts.contains(id); }
+
 private:
     QString m_languageId;
     QHash<qint32, QString> m_texts;

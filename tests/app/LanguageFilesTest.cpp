@@ -137,7 +137,9 @@ TEST_P(LanguageFilesTest, titleOfBoxesIsTheProgramNameAlone)
 TEST_P(LanguageFilesTest, placeholdersAreThoseThatTheProgramFills)
 {
     const QMap<qint32, int> arguments{{0, 1},       {3760017, 1}, {3760023, 1}, {3760024, 3},
-                                      {3760025, 1}, {3760027, 2}, {3760053, 1}, {3760054, 3}};
+                                      {3760025, 1}, {3760027, 2}, {3760053, 1}, {3760054, 3},
+                                      {3760120, 1}, {3760121, 1}, {3760122, 1}, {3760123, 1},
+                                      {3760124, 1}, {3760126, 1}, {3760128, 1}};
     const QMap<qint32, QString> have = texts();
     for (auto text = have.cbegin(); text != have.cend(); ++text) {
         QStringList expected;

@@ -3,6 +3,7 @@
 #include "engine/PrivateBus.h"
 #include "engine/RaisedFailure.h"
 #include "engine/contract/BusTypes.h"
+#include "foundation/FailureTexts.h"
 
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
@@ -52,7 +53,8 @@ TEST(EngineLauncherTest, withoutABusThereIsNoEngine)
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), 429);
     EXPECT_EQ(failure->source(), u"SMSManager"_qs);
-    EXPECT_EQ(failure->shown(), u"ActiveX component can't create object (no session bus) - 429"_qs);
+    EXPECT_EQ(failure->shown(),
+              u"The sending engine can't be started: there is no session bus - 429"_qs);
 }
 
 TEST(EngineLauncherTest, missingProgramFailsAtOnceAndIsNamed)
@@ -95,7 +97,8 @@ TEST(EngineLauncherTest, programThatNeverComesUpIsWaitedForNoLongerThanTheLimit)
     EXPECT_GE(time.elapsed(), limit);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), 429);
-    EXPECT_TRUE(failure->description().contains(u"the engine did not come up"));
+    EXPECT_EQ(failure->description(),
+              FailureText::engineNotStarted(FailureText::engineDidNotComeUp()));
 }
 
 TEST(EngineLauncherTest, engineThatIsUpIsNotStartedAgain)

@@ -1,4 +1,5 @@
 #include "foundation/StoredSettings.h"
+#include "foundation/FailureTexts.h"
 
 #include "foundation/Mutation.h"
 #include "foundation/NumberedFailure.h"
@@ -241,6 +242,29 @@ TEST_F(StoredSettingsTest, unreadableFileIsAFailureAndIsNotOverwritten)
         EXPECT_EQ(failureOfSave(), 75) << bytes.toStdString();
         EXPECT_EQ(written(), bytes);
     }
+}
+
+TEST_F(StoredSettingsTest, aFailureNamesTheFile)
+{
+    const auto textOf = [](auto &&call) {
+        try {
+            call();
+        } catch (const NumberedFailure &failure) {
+            return failure.shown();
+        }
+        return QString();
+    };
+    write("no settings");
+    EXPECT_EQ(textOf([this] { get(); }), FailureText::settingsDamaged(path()) + u" - 75"_qs);
+    m_files.readError = EACCES;
+    EXPECT_EQ(textOf([this] { get(); }), FailureText::settingsUnreadable(path()) + u" - 70"_qs);
+    m_files.readError = 0;
+    write("");
+    m_files.replaceError = ENOSPC;
+    EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
+              FailureText::settingsNotSaved(path()) + u" - 61"_qs);
+    m_files.folderError = EIO;
+    EXPECT_TRUE(textOf([this] { save(u"x"_qs); }).endsWith(u" - 57"_qs));
 }
 
 TEST_F(StoredSettingsTest, fileOverAMebibyteIsAFailure)

@@ -1,6 +1,7 @@
 #include "app/mode/DataFolder.h"
 
 #include "engine/RaisedFailure.h"
+#include "foundation/FailureTexts.h"
 #include "mode/MadeUpPlatform.h"
 
 #include <QDir>
@@ -166,7 +167,9 @@ TEST_F(DataFolderTest, folderThatCannotBeMadeFails)
     QFile inTheWay(platform.commonData + QStringLiteral("/KELD"));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     writeConfiguration("[General]\nDataFolder=/srv/norvane\n");
-    EXPECT_NE(raisedNumber([&] { resolve(); }), 0);
+    const auto failure = raisedFailure([&] { resolve(); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->description(), FailureText::dataFolderNotMade(inTheWay.fileName()));
     EXPECT_EQ(dataFolder, QString());
 }
 

@@ -1,6 +1,7 @@
 #include "app/mode/DataFolder.h"
 
 #include "foundation/FailureNumbers.h"
+#include "foundation/FailureTexts.h"
 #include "foundation/FileSystem.h"
 #include "foundation/IniFile.h"
 
@@ -17,6 +18,11 @@ QString expanded(const PlatformHelpers &helpers, const FileSystem &files)
     return path;
 }
 
+QString withoutSeparator(const QString &path)
+{
+    return path.size() > 1 && path.endsWith(u'/') ? path.chopped(1) : path;
+}
+
 void makeFolder(const QString &path, FileSystem &files)
 {
     try {
@@ -24,7 +30,8 @@ void makeFolder(const QString &path, FileSystem &files)
     } catch (const NumberedFailure &failure) {
         // Another console that starts at this moment may have made it first.
         if (failure.number() != Failure::FileAlreadyExists || !files.FolderExists(path))
-            throw;
+            throw NumberedFailure(failure.number(), failure.source(),
+                                  FailureText::dataFolderNotMade(withoutSeparator(path)));
     }
 }
 
