@@ -68,26 +68,67 @@ void report(const char *what, qint64 nanoseconds, int messages)
           << " messages a second, each on disk" << Qt::endl;
 }
 
-void measureReader(SMSManager &engine, const QString &folder)
+/// A call and a commit for each: what the other figures are to be held against.
+qint64 measureSingleCalls(SMSManager &engine, int count)
 {
-    const int count = benchSize(1000);
-    const QString one = folder + QStringLiteral("/sms.bulk");
-    write(one, records(count));
+    const QByteArray bytes = records(count);
     QElapsedTimer timer;
     timer.start();
-    ImportSMSFile(one, engine, QString());
-    report("one file of 1,000 records", timer.nsecsElapsed(), count);
+    for (int i = 0; i < count; ++i) {
+        const auto each = QueueDropFile::decode(QByteArrayView(bytes).sliced(i * 199, 199));
+        engine.AddSMS(each.phone, each.message, each.deliveryDate);
+    }
+    const qint64 taken = timer.nsecsElapsed();
+    report("calls of AddSMS, one by one", taken, count);
+    return taken / count;
+}
 
+qint64 measureOneFile(SMSManager &engine, const QString &folder, int count)
+{
+    const QString file = folder + QStringLiteral("/sms.bulk");
+    write(file, records(count));
+    QElapsedTimer timer;
+    timer.start();
+    ImportSMSFile(file, engine, QString());
+    const qint64 taken = timer.nsecsElapsed();
+    report(qPrintable(QStringLiteral("one file of %1 records").arg(count)), taken, count);
+    return taken / count;
+}
+
+/// As many files at once as the console takes between two processings of events.
+qint64 measureFiles(SMSManager &engine, const QString &folder, int count, int together)
+{
     QStringList files;
     for (int i = 0; i < count; ++i) {
         files.append(folder + QStringLiteral("/sms.") + QString::number(i));
         write(files.last(), record(i));
     }
+    QElapsedTimer timer;
     timer.start();
-    for (const QString &file : files)
-        ImportSMSFile(file, engine, QString());
-    report("1,000 files of one record", timer.nsecsElapsed(), count);
-    if (engine.GetQueueSize() != 2 * count)
+    for (qsizetype next = 0; next < files.size(); next += together)
+        ImportSMSFiles(files.mid(next, together), engine, QString());
+    const qint64 taken = timer.nsecsElapsed();
+    report(
+        qPrintable(QStringLiteral("%1 files of one record, %2 at a time").arg(count).arg(together)),
+        taken, count);
+    return taken / count;
+}
+
+void measureReader(SMSManager &engine, const QString &folder)
+{
+    const int some = benchSize(1000);
+    const int many = benchSize(30'000);
+    const auto ratio = [single = measureSingleCalls(engine, some)](qint64 each) {
+        out() << "  "
+              << QString::number(static_cast<double>(single) / static_cast<double>(each), 'f', 1)
+              << " times as fast as call by call" << Qt::endl;
+    };
+    ratio(measureOneFile(engine, folder, some));
+    ratio(measureOneFile(engine, folder, many));
+    ratio(measureFiles(engine, folder, some, 20));
+    ratio(measureFiles(engine, folder, some, 1));
+    const int all = 4 * some + many;
+    if (engine.GetQueueSize() != all)
         qFatal("%d messages are in the queue", engine.GetQueueSize());
 }
 

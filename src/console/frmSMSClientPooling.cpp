@@ -73,13 +73,18 @@ void frmSMSClient::moImportSMSPooling_Timer(qint32 /*lMilliseconds*/)
 
 void frmSMSClient::importFiles(const QStringList &files, const QString &polledFolder)
 {
-    for (qsizetype i = 0; i < files.size(); ++i) {
+    // The files from one processing of events to the next are taken together.
+    qsizetype next = 0;
+    while (next < files.size()) {
         // What the operator did while events were processed, or a box was open, may have made the
         // rest none of this console's business.
         if (m_unloaded || !mbServerMode || msQueueFolder != polledFolder)
             return;
-        ImportSMSFile(files.at(i), *moSMSManager, msMessageFooter, m_environment.queueAccess);
-        if (i % FilesBetweenEvents == 0)
+        const qsizetype count = qMin(next == 0 ? 1 : FilesBetweenEvents, files.size() - next);
+        ImportSMSFiles(files.sliced(next, count), *moSMSManager, msMessageFooter,
+                       m_environment.queueAccess);
+        next += count;
+        if ((next - 1) % FilesBetweenEvents == 0)
             QCoreApplication::processEvents();
     }
 }

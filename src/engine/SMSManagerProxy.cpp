@@ -3,12 +3,15 @@
 #include "SMSManagerBusInterface.h"
 #include "engine/contract/BusTypes.h"
 #include "foundation/FailureNumbers.h"
+#include "foundation/FailureTexts.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QEvent>
 #include <QUuid>
+
+#include <utility>
 
 namespace {
 
@@ -18,12 +21,18 @@ bool engineHadVanished(const QDBusError &error)
            error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
+/// Whether the engine may have carried out the call all the same.
+bool answerWasLost(const QDBusError &error)
+{
+    return error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
+           error.type() == QDBusError::TimedOut;
+}
+
 [[noreturn]] void raiseCallFailed(const char *operation, const QDBusError &error)
 {
     throw NumberedFailure(Failure::RemoteServerUnavailable,
                           QStringLiteral("SMSManager.") + QLatin1String(operation),
-                          Failure::description(Failure::RemoteServerUnavailable) +
-                              QStringLiteral(" (") + error.message() + u')');
+                          FailureText::engineDoesNotAnswer(error.message()));
 }
 
 } // namespace
@@ -120,10 +129,54 @@ qint32 SMSManagerProxy::GetEngineStatus()
 void SMSManagerProxy::AddSMS(const QString &phone, const QString &message,
                              const QDateTime &deliveryDate)
 {
-    call("AddSMS", [&] {
-        return m_engine->AddSMS(Bus::withoutNul(phone), Bus::withoutNul(message),
-                                Bus::dateText(deliveryDate));
-    });
+    const QueueRow row{Bus::dateText(deliveryDate), Bus::withoutNul(phone),
+                       Bus::withoutNul(message), 0};
+    if (m_batch)
+        m_batch->append(row);
+    else
+        addNow(row);
+}
+
+void SMSManagerProxy::addNow(const QueueRow &message)
+{
+    call("AddSMS",
+         [&] { return m_engine->AddSMS(message.phone, message.message, message.deliveryDate); });
+}
+
+void SMSManagerProxy::BeginBatch()
+{
+    m_batch.emplace();
+}
+
+qsizetype SMSManagerProxy::CommitBatch()
+{
+    const BusQueueRows messages = std::exchange(m_batch, std::nullopt).value_or(BusQueueRows());
+    if (messages.isEmpty())
+        return 0;
+    const QString batch = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const auto add = [&] { return m_engine->AddSMSBatch(batch, messages); };
+    auto stored = ask(m_callTimeout, add);
+    if (stored.isError() && stored.error().type() == QDBusError::UnknownMethod)
+        return addOneByOne(messages);
+    // The engine knows by the batch's name what it has taken of it, also one that comes up anew.
+    if (stored.isError() && answerWasLost(stored.error()))
+        stored = ask(m_callTimeout, add);
+    if (stored.isError())
+        raiseCallFailed("AddSMS", stored.error());
+    return stored.value();
+}
+
+qsizetype SMSManagerProxy::addOneByOne(const QList<QueueRow> &messages)
+{
+    qsizetype added = 0;
+    try {
+        for (const QueueRow &message : messages) {
+            addNow(message);
+            ++added;
+        }
+    } catch (const NumberedFailure &) { // told by the number of those before it
+    }
+    return added;
 }
 
 void SMSManagerProxy::AddSMSList(const SMSList &list, const QDateTime &deliveryDate)

@@ -5,6 +5,7 @@
 #include "engine/contract/SMSManager.h"
 
 #include <memory>
+#include <optional>
 
 class SMSManagerBusInterface;
 
@@ -40,6 +41,8 @@ public:
     DeviceSettings GetDeviceSettings() override;
     bool SetDeviceSettings(const DeviceSettings &settings) override;
 
+    void BeginBatch() override;
+    qsizetype CommitBatch() override;
     void DeliverPendingEvents() override;
 
     /// The time limit of every call but TestDevice, in milliseconds; Bus::CallTimeout at first.
@@ -49,6 +52,10 @@ private:
     void attach();
     /// The whole queue, page by page.
     QList<QueueRow> fetchQueue();
+    /// Hands the messages to an engine that knows no batches.
+    /// @return how many it took before it failed for one
+    qsizetype addOneByOne(const QList<QueueRow> &messages);
+    void addNow(const QueueRow &message);
     /// Makes a call, again if the engine had vanished, and waits for its answer or error.
     template <typename Call>
     auto ask(int timeLimit, Call &&start);
@@ -63,4 +70,5 @@ private:
     std::unique_ptr<SMSManagerBusInterface> m_engine;
     int m_callTimeout;
     QueueReplica m_replica;
+    std::optional<QList<QueueRow>> m_batch; ///< what is held back, while a batch is open
 };

@@ -2,12 +2,14 @@
 
 #include "foundation/FailureNumbers.h"
 #include "queue/QueueDropFile.h"
+#include "queue/RecordHandover.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace {
 
-constexpr qsizetype BlockLength = 16'384;
+constexpr qsizetype BlockLength = 65'536;
 
 void check(int error)
 {
@@ -16,19 +18,17 @@ void check(int error)
 }
 
 /// Takes records off the front of `bytes`.
-void feedWholeRecords(QByteArray &bytes, SMSManager &engine, const QString &messageFooter)
+void feedWholeRecords(QByteArray &bytes, RecordHandover &handover)
 {
     QByteArrayView rest(bytes);
     while (rest.size() >= QueueDropFile::RecordLength) {
-        const QueueDropFile::Record record =
-            QueueDropFile::decode(rest.first(QueueDropFile::RecordLength));
-        engine.AddSMS(record.phone, record.message + messageFooter, record.deliveryDate);
+        handover.add(QueueDropFile::decode(rest.first(QueueDropFile::RecordLength)));
         rest = rest.sliced(QueueDropFile::RecordLength);
     }
     bytes = rest.toByteArray();
 }
 
-void feed(ByteStream &file, SMSManager &engine, const QString &messageFooter)
+void feed(ByteStream &file, RecordHandover &handover)
 {
     QByteArray waiting;
     for (;;) {
@@ -37,8 +37,68 @@ void feed(ByteStream &file, SMSManager &engine, const QString &messageFooter)
         if (block.isEmpty())
             return;
         waiting += block;
-        feedWholeRecords(waiting, engine, messageFooter);
+        feedWholeRecords(waiting, handover);
     }
+}
+
+/// A file whose records the engine was given.
+struct TakenFile
+{
+    QString path;
+    qsizetype end = 0;      ///< records given when it ended
+    bool hadFailed = false; ///< so that taking it away is what follows a failure, and final
+};
+
+/// Opens, reads and closes a file.
+TakenFile taken(const QString &path, RecordHandover &handover, const QueueAccess &access)
+{
+    bool failed = false;
+    try {
+        std::unique_ptr<ByteStream> file;
+        check(access.files->openToRead(path, file));
+        feed(*file, handover);
+        check(file->close());
+    } catch (...) {
+        failed = true;
+    }
+    return {path, handover.given(), failed};
+}
+
+/// Reads `paths` from the first on, as far as the engine takes their records.
+/// @return those that are done with, at least one; they are to be taken away
+QList<TakenFile> takeTogether(const QStringList &paths, SMSManager &engine,
+                              const QString &messageFooter, const QueueAccess &access)
+{
+    QList<TakenFile> files;
+    RecordHandover handover(engine, messageFooter);
+    for (const QString &path : paths) {
+        files.append(taken(path, handover, access));
+        if (handover.fellShort())
+            break;
+    }
+    try {
+        handover.commit();
+    } catch (...) { // as behind a call for each record, the files of those that failed go too
+    }
+    if (!handover.fellShort())
+        return files;
+    // The rest of this file is lost. What stands behind it in the batch never reached the engine,
+    // and the files of that are read once more.
+    const auto lost = std::find_if(files.begin(), files.end(), [&handover](const TakenFile &file) {
+        return file.end > handover.stored();
+    });
+    if (lost == files.end())
+        return files;
+    lost->hadFailed = true;
+    return files.first(lost - files.begin() + 1);
+}
+
+/// Takes a file away; one that was read without a failure is tried once more.
+/// @return the error, 0 for none
+int remove(const TakenFile &file, const QueueAccess &access)
+{
+    const int error = access.files->removeForced(file.path);
+    return error == 0 || file.hadFailed ? error : access.files->removeForced(file.path);
 }
 
 } // namespace
@@ -46,14 +106,23 @@ void feed(ByteStream &file, SMSManager &engine, const QString &messageFooter)
 void ImportSMSFile(const QString &path, SMSManager &engine, const QString &messageFooter,
                    const QueueAccess &access)
 {
-    std::unique_ptr<ByteStream> file;
-    try {
-        check(access.files->openToRead(path, file));
-        feed(*file, engine, messageFooter);
-        check(file->close());
-        check(access.files->removeForced(path));
-    } catch (...) {
-        file.reset();
-        check(access.files->removeForced(path));
+    ImportSMSFiles({path}, engine, messageFooter, access);
+}
+
+void ImportSMSFiles(const QStringList &paths, SMSManager &engine, const QString &messageFooter,
+                    const QueueAccess &access)
+{
+    int firstError = 0;
+    QStringList rest = paths;
+    while (!rest.isEmpty()) {
+        const QList<TakenFile> files = takeTogether(rest, engine, messageFooter, access);
+        for (const TakenFile &file : files) {
+            const int error = remove(file, access);
+            firstError = firstError == 0 ? error : firstError;
+        }
+        rest = rest.sliced(files.size());
+        if (firstError != 0)
+            break;
     }
+    check(firstError);
 }

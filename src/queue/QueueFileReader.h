@@ -4,6 +4,7 @@
 #include "queue/QueueAccess.h"
 
 #include <QString>
+#include <QStringList>
 
 /// Hands the records of a drop file to the engine, in their order, and takes the file away,
 /// whatever it held. A short tail is dropped. What a writer adds meanwhile is read as well, as far
@@ -15,3 +16,10 @@
 /// @throws NumberedFailure if the file can't be taken away; 53 if it is gone already
 void ImportSMSFile(const QString &path, SMSManager &engine, const QString &messageFooter,
                    const QueueAccess &access = {});
+
+/// Does the same for one file after the other, at less cost: their records reach the engine in
+/// batches, and a file goes once all of its records are on the engine's disk. One that can't be
+/// taken away keeps no other of `paths`, the messages of which are queued, from going.
+/// @throws NumberedFailure for the first one that can't be taken away
+void ImportSMSFiles(const QStringList &paths, SMSManager &engine, const QString &messageFooter,
+                    const QueueAccess &access = {});

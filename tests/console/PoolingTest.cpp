@@ -2,12 +2,13 @@
 
 #include "console/TerminalView.h"
 #include "foundation/Globals.h"
-#include "foundation/platform/FolderListing.h"
 #include "queue/Fixture.h"
 
 #include <QDir>
 
 #include <cerrno>
+
+#include <dirent.h>
 
 TEST_F(Pooling, recordsOfAllFilesReachTheEngineAndTheFilesGo)
 {
@@ -59,8 +60,14 @@ TEST_F(Pooling, filesAreTakenInTheOrderOfTheFileSystem)
     loadAsServer();
     dropMany(40);
     QStringList listed;
-    for (const FolderListing::Entry &entry : folderListing().entries(queue.path()))
-        listed.append(entry.name);
+    DIR *const folder = ::opendir(QFile::encodeName(queue.path()).constData());
+    ASSERT_NE(folder, nullptr);
+    while (const dirent *entry = ::readdir(folder)) {
+        if (entry->d_name[0] != '.')
+            listed.append(QFile::decodeName(entry->d_name));
+    }
+    ::closedir(folder);
+    ASSERT_EQ(listed.size(), 40);
     tick();
     EXPECT_EQ(takeMessages(), listed);
 }
@@ -264,4 +271,21 @@ TEST_F(Pooling, fileThatIsGoneBeforeItIsReadStopsThePollingToo)
     tick();
     EXPECT_EQ(messages(), 0);
     EXPECT_EQ(exitCode, 0);
+}
+
+TEST_F(Pooling, filesBetweenTwoProcessingsOfEventsReachTheEngineTogether)
+{
+    loadAsServer();
+    dropMany(45);
+    QList<qsizetype> batches;
+    QList<qsizetype> left;
+    script.inCommit = [&](qsizetype messages) {
+        batches.append(messages);
+        left.append(names().size());
+        return messages;
+    };
+    tick();
+    EXPECT_EQ(batches, (QList<qsizetype>{1, 20, 20, 4}));
+    EXPECT_EQ(left, (QList<qsizetype>{45, 44, 24, 4})) << "none goes before it is stored";
+    EXPECT_TRUE(names().isEmpty());
 }

@@ -1,6 +1,7 @@
 #include "queue/QueueFileReader.h"
 
 #include "engine/RaisedFailure.h"
+#include "foundation/FailureNumbers.h"
 #include "queue/Fixture.h"
 #include "support/RecordingEngine.h"
 #include "support/RecordingMessageBoxes.h"
@@ -57,8 +58,69 @@ TEST_F(QueueFileReaderTest, recordsReachTheEngineInFileOrderAndTheFileGoes)
 {
     EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second, Third}));
     EXPECT_FALSE(isThere());
+}
+
+TEST_F(QueueFileReaderTest, fileIsClosedBeforeItIsDeleted)
+{
+    import(fixture(u"three"_qs));
+    EXPECT_EQ(streams.calls, (QStringList{u"open "_qs + path(), u"close"_qs, u"release"_qs,
+                                          u"remove "_qs + path()}));
+}
+
+TEST_F(QueueFileReaderTest, fileWhoseReadingFailedIsClosedBeforeItIsDeleted)
+{
+    import(fixture(u"bad_date"_qs));
     EXPECT_EQ(streams.calls,
-              (QStringList{u"open "_qs + path(), u"remove "_qs + path(), u"release"_qs}));
+              (QStringList{u"open "_qs + path(), u"release"_qs, u"remove "_qs + path()}));
+}
+
+TEST_F(QueueFileReaderTest, recordsAreOnTheEnginesDiskBeforeTheirFileIsDeleted)
+{
+    bool stored = false;
+    m_script.inCommit = [&](qsizetype messages) {
+        stored = true;
+        return messages;
+    };
+    streams.onRemove = [&](const QString &) {
+        EXPECT_TRUE(stored);
+        EXPECT_FALSE(m_script.batchIsOpen);
+        return 0;
+    };
+    for (const QString &name : {u"three"_qs, u"tail"_qs, u"bad_date"_qs}) {
+        stored = false;
+        import(fixture(name));
+        EXPECT_FALSE(isThere());
+    }
+}
+
+TEST_F(QueueFileReaderTest, longFileReachesTheEngineInSeveralBatches)
+{
+    QList<qsizetype> batches;
+    m_script.inCommit = [&](qsizetype messages) {
+        batches.append(messages);
+        return messages;
+    };
+    import(fixture(u"one"_qs).repeated(1001));
+    EXPECT_EQ(batches, (QList<qsizetype>{500, 500, 1}));
+}
+
+TEST_F(QueueFileReaderTest, batchThatIsTakenInPartEndsItsFile)
+{
+    m_script.inCommit = [](qsizetype messages) { return qMin<qsizetype>(messages, 300); };
+    EXPECT_EQ(import(fixture(u"one"_qs).repeated(2000)).size(), 500)
+        << "what stands behind the record that failed is lost";
+    EXPECT_FALSE(isThere());
+    EXPECT_EQ(streams.openStreams, 0);
+}
+
+TEST_F(QueueFileReaderTest, engineThatFailsForABatchLosesTheRestOfTheFile)
+{
+    m_script.inCommit = [](qsizetype) -> qsizetype {
+        Failure::raise(Failure::RemoteServerUnavailable, u"SMSManager"_qs);
+    };
+    EXPECT_EQ(import(fixture(u"one"_qs).repeated(2000)).size(), 500);
+    EXPECT_FALSE(isThere());
+    EXPECT_FALSE(m_script.batchIsOpen);
 }
 
 TEST_F(QueueFileReaderTest, emptyFileIsDeleted)
@@ -169,9 +231,23 @@ TEST_F(QueueFileReaderTest, engineThatFailsLosesTheRestOfTheFile)
 
 TEST_F(QueueFileReaderTest, closingThatFailsStillDeletes)
 {
-    streams.onClose = [] { return EIO; };
+    int closings = 0;
+    streams.onClose = [&] {
+        ++closings;
+        return EIO;
+    };
     EXPECT_EQ(import(fixture(u"one"_qs)), QStringList{First});
+    EXPECT_EQ(closings, 1);
     EXPECT_FALSE(isThere());
+    EXPECT_EQ(streams.calls, (QStringList{u"open "_qs + path(), u"close"_qs, u"release"_qs,
+                                          u"remove "_qs + path()}));
+
+    streams.onRemove = [](const QString &) { return EROFS; };
+    streams.calls.clear();
+    writeFile(path(), fixture(u"one"_qs));
+    EXPECT_EQ(raisedNumber([this] { importPath(); }), 70);
+    EXPECT_EQ(streams.calls.filter(u"remove "_qs).size(), 1)
+        << "a deletion behind a failure is not tried again";
 }
 
 TEST_F(QueueFileReaderTest, deletionThatFailsIsTriedOnceMore)
@@ -287,6 +363,132 @@ TEST_F(QueueFileReaderTest, partlyWrittenFileIsReadAsFarAsItHasCome)
     writer.write(fixture(u"three"_qs).mid(455)); // what is written from now on is lost
     writer.close();
     EXPECT_FALSE(isThere());
+}
+
+/// Several files that are taken together, each with records that bear its number.
+class QueueFilesReaderTest : public QueueFileReaderTest
+{
+protected:
+    QString fileOf(int number) const { return m_folder.filePath(u"sms.%1"_qs.arg(number)); }
+
+    /// Files of these many records.
+    QStringList filesOf(const QList<int> &records) const
+    {
+        QStringList files;
+        for (const int count : records) {
+            const int number = static_cast<int>(files.size());
+            files.append(fileOf(number));
+            writeFile(files.last(), recordOf(number).repeated(count));
+        }
+        return files;
+    }
+    static QByteArray recordOf(int number)
+    {
+        return QByteArray::number(number).leftJustified(25) + "05032009140709" +
+               QByteArray("text").leftJustified(160);
+    }
+
+    /// The numbers of the files whose records reached the engine, one for each record.
+    QList<int> importAll(const QStringList &files)
+    {
+        ImportSMSFiles(files, m_engine, QString(), access);
+        return taken();
+    }
+    QList<int> taken()
+    {
+        QList<int> numbers;
+        const QStringList calls = std::exchange(m_script.calls, {});
+        for (const QString &call : calls)
+            numbers.append(call.section(u'(', 1).section(u'|', 0, 0).toInt());
+        return numbers;
+    }
+    QStringList left() const { return QDir(m_folder.path()).entryList(QDir::Files, QDir::Name); }
+};
+
+TEST_F(QueueFilesReaderTest, reachTheEngineInOneBatchAndInTheirOrder)
+{
+    QList<qsizetype> batches;
+    m_script.inCommit = [&](qsizetype messages) {
+        EXPECT_EQ(left().size(), 4) << "none has gone before";
+        batches.append(messages);
+        return messages;
+    };
+    EXPECT_EQ(importAll(filesOf({2, 1, 0, 3})), (QList<int>{0, 0, 1, 3, 3, 3}));
+    EXPECT_EQ(batches, QList<qsizetype>{6});
+    EXPECT_TRUE(left().isEmpty());
+    EXPECT_EQ(streams.calls.filter(u"remove "_qs),
+              (QStringList{u"remove "_qs + fileOf(0), u"remove "_qs + fileOf(1),
+                           u"remove "_qs + fileOf(2), u"remove "_qs + fileOf(3)}));
+}
+
+TEST_F(QueueFilesReaderTest, aBadOneLosesItsOwnRestAlone)
+{
+    QStringList files = filesOf({1, 1, 1});
+    writeFile(files.at(1), recordOf(1) + recordOf(1).replace("05032009", "xx032009") + recordOf(1));
+    streams.onOpen = [&](const QString &file) { return file == files.at(2) ? EACCES : 0; };
+    EXPECT_EQ(importAll(files), (QList<int>{0, 1}));
+    EXPECT_TRUE(left().isEmpty());
+}
+
+TEST_F(QueueFilesReaderTest, aRecordThatTheEngineFailsForCostsTheRestOfItsFileAndNoOtherFile)
+{
+    bool failed = false;
+    m_script.inCommit = [&](qsizetype messages) {
+        return std::exchange(failed, true) ? messages : 4; // the second record of the second file
+    };
+    QList<qsizetype> leftThen;
+    streams.onRemove = [&](const QString &) {
+        leftThen.append(left().size());
+        return 0;
+    };
+    EXPECT_EQ(importAll(filesOf({3, 3, 2, 1})), (QList<int>{0, 0, 0, 1, 1, 1, 2, 2, 3, 2, 2, 3}))
+        << "the files behind it are handed over once more";
+    EXPECT_TRUE(left().isEmpty());
+    EXPECT_EQ(leftThen, (QList<qsizetype>{4, 3, 2, 1}));
+}
+
+TEST_F(QueueFilesReaderTest, anEngineThatTakesNothingLosesEachOfThem)
+{
+    m_script.inCommit = [](qsizetype) -> qsizetype { return 0; };
+    importAll(filesOf({1, 2, 1}));
+    EXPECT_TRUE(left().isEmpty());
+}
+
+TEST_F(QueueFilesReaderTest, whatBecameOfABatchThatTheEngineEndedInIsNotTriedAgain)
+{
+    int batches = 0;
+    m_script.inCommit = [&](qsizetype) -> qsizetype {
+        ++batches;
+        Failure::raise(Failure::RemoteServerUnavailable, u"SMSManager"_qs);
+    };
+    EXPECT_EQ(importAll(filesOf({1, 2, 1})), (QList<int>{0, 1, 1, 2}));
+    EXPECT_EQ(batches, 1);
+    EXPECT_TRUE(left().isEmpty());
+}
+
+TEST_F(QueueFilesReaderTest, oneThatCannotBeDeletedKeepsNoOtherThatIsQueued)
+{
+    const QStringList files = filesOf({1, 1, 1});
+    streams.onRemove = [&](const QString &file) { return file == files.at(1) ? EROFS : 0; };
+    EXPECT_EQ(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 70);
+    EXPECT_EQ(taken(), (QList<int>{0, 1, 2}));
+    EXPECT_EQ(left(), QStringList{u"sms.1"_qs});
+}
+
+TEST_F(QueueFilesReaderTest, noneIsReadBehindOneThatCannotBeDeleted)
+{
+    const QStringList files = filesOf({1, 1, 1});
+    m_script.inCommit = [](qsizetype) -> qsizetype { return 0; };
+    streams.onRemove = [](const QString &) { return EROFS; };
+    EXPECT_EQ(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 70);
+    EXPECT_EQ(left(), (QStringList{u"sms.0"_qs, u"sms.1"_qs, u"sms.2"_qs}));
+    EXPECT_EQ(streams.calls.filter(u"remove "_qs), QStringList{u"remove "_qs + fileOf(0)});
+}
+
+TEST_F(QueueFilesReaderTest, noneIsNone)
+{
+    ImportSMSFiles({}, m_engine, QString(), access);
+    EXPECT_TRUE(streams.calls.isEmpty());
 }
 
 } // namespace

@@ -148,8 +148,8 @@ TEST_F(QueueFileWriterTest, numberOfADeletedFileIsUsedAgain)
 TEST_F(QueueFileWriterTest, recordIsWrittenInOneWrite)
 {
     write();
-    EXPECT_EQ(streams.calls,
-              (QStringList{u"create "_qs + path(u"sms.0"_qs), u"write 199"_qs, u"release"_qs}));
+    EXPECT_EQ(streams.calls, (QStringList{u"create "_qs + path(u"sms.0"_qs), u"write 199"_qs,
+                                          u"close"_qs, u"release"_qs}));
 }
 
 TEST_F(QueueFileWriterTest, messageIsNormalisedAndThenCut)
@@ -369,6 +369,16 @@ TEST_F(QueueFileWriterTest, writeThatBreaksOffWithinARecordLeavesATailThatTheRea
     EXPECT_EQ(boxes.shown.size(), 1) << "of the tail nobody is told";
 }
 
+TEST_F(QueueFileWriterTest, writeThatEndsShortIsAFailureThoughNoOtherFollows)
+{
+    {
+        const SmallFiles small(100);
+        WriteSMSFile(u"912345678"_qs, moment, u"Ola"_qs, path({}), {});
+    }
+    expectBox(u"Path/File access error - 75"_qs);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs).first(100));
+}
+
 TEST_F(QueueFileWriterTest, singleFileWhoseWriteFailsStaysEmpty)
 {
     streams.onWrite = [](const QByteArray &) { return ENOSPC; };
@@ -383,6 +393,17 @@ TEST_F(QueueFileWriterTest, closingThatFailsIsShown)
     write();
     expectBox(u"Device I/O error - 57"_qs);
     EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs));
+}
+
+TEST_F(QueueFileWriterTest, closingAListsFileThatFailsIsShown)
+{
+    SMSList list;
+    list.Add(u"912345678"_qs, u"Ola"_qs);
+    streams.onClose = [] { return EIO; };
+    writeBulk(list);
+    expectBox(u"Device I/O error - 57"_qs);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(streams.openStreams, 0);
 }
 
 TEST_F(QueueFileWriterTest, failureWithoutANumberOfItsOwnIsTrappedToo)

@@ -34,6 +34,9 @@ public:
         std::function<void()> inGetQueue;                ///< runs while GetQueue is being answered
         std::function<void()> inTestDevice; ///< runs while TestDevice is being answered
         std::function<void()> inAddSMS;     ///< runs while AddSMS is being answered
+        bool batchIsOpen = false;           ///< between BeginBatch and CommitBatch
+        /// Runs while CommitBatch is being answered; gives how many of the batch are stored.
+        std::function<qsizetype(qsizetype messages)> inCommit;
         /// What UpdateQueue was given, the newest last.
         QList<QueueRecordSet> updates;
         /// Events that wait: the next DeliverPendingEvents raises them.
@@ -69,8 +72,19 @@ public:
     {
         note(QStringLiteral("AddSMS(%1|%2|%3)")
                  .arg(phone, message, date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+        ++m_batched;
         if (m_script.inAddSMS)
             m_script.inAddSMS();
+    }
+    void BeginBatch() override
+    {
+        m_script.batchIsOpen = true;
+        m_batched = 0;
+    }
+    qsizetype CommitBatch() override
+    {
+        m_script.batchIsOpen = false;
+        return m_script.inCommit ? m_script.inCommit(m_batched) : m_batched;
     }
     void AddSMSList(const SMSList &list, const QDateTime &date) override
     {
@@ -122,4 +136,5 @@ private:
     Script &m_script;
     int m_number;
     int m_callsMade = 0;
+    qsizetype m_batched = 0; ///< messages of the batch
 };

@@ -71,6 +71,7 @@ private:
         }
         int close() override
         {
+            m_script.calls.append(QStringLiteral("close"));
             const int error = m_script.onClose ? m_script.onClose() : 0;
             return error != 0 ? error : m_stream->close();
         }

@@ -48,6 +48,15 @@ public:
     virtual DeviceSettings GetDeviceSettings() = 0;
     virtual bool SetDeviceSettings(const DeviceSettings &settings) = 0;
 
+    /// Begins a batch: until CommitBatch, the messages of AddSMS may be held back and reach the
+    /// engine together. Nothing but AddSMS is called meanwhile.
+    virtual void BeginBatch() = 0;
+    /// Ends the batch. What was held back is on the engine's disk when it returns.
+    /// @return how many messages of the batch are in the queue, counted from its first; fewer than
+    ///         all where the engine failed for the one behind them
+    /// @throws NumberedFailure as any operation; how many are in the queue isn't known then
+    virtual qsizetype CommitBatch() = 0;
+
     /// Handles the events that have arrived so far, in their order, without running an event loop.
     /// The device test alone calls this, after each of its calls.
     virtual void DeliverPendingEvents() = 0;

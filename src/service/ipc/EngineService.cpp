@@ -3,6 +3,9 @@
 #include "engine/contract/ErrorCodes.h"
 #include "service/dispatch/Dispatcher.h"
 #include "service/store/Store.h"
+#include "service/store/StoredBatches.h"
+
+#include <QScopeGuard>
 
 #include <utility>
 
@@ -93,6 +96,31 @@ void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDa
             m_dispatcher.noticeQueueChange();
         return QVariantList();
     });
+}
+
+uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messages)
+{
+    Deadline deadline(m_clock.time());
+    deadline.setRemainingTime(retryTime);
+    const auto answer = carryOut([this, batch, messages, deadline] {
+        try {
+            addBatch(batch, messages);
+        } catch (const StoreFailure &) {
+            if (!deadline.hasExpired())
+                throw;
+        }
+        return QVariantList{static_cast<uint>(StoredBatches(m_store).stored(batch))};
+    });
+    return answer ? answer->constFirst().toUInt() : 0; // not sent when the call has to wait
+}
+
+void EngineService::addBatch(const QString &batch, const BusQueueRows &messages)
+{
+    const auto notice = qScopeGuard([this, before = m_store.size()] {
+        if (m_store.size() != before) // also where the disk took a part of them
+            m_dispatcher.noticeQueueChange();
+    });
+    StoredBatches(m_store).add(batch, messages);
 }
 
 int EngineService::GetQueueSize() const

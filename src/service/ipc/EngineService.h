@@ -40,6 +40,7 @@ public:
     int GetEngineStatus() const;
     void AddSMS(const QString &phone, const QString &message, const QString &deliveryDate);
     void AddSMSList(const BusSMSList &list, const QString &deliveryDate);
+    uint AddSMSBatch(const QString &batch, const BusQueueRows &messages);
     int GetQueueSize() const;
     void ClearQueue();
     qulonglong GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows);
@@ -88,6 +89,7 @@ private:
     void retryCalls();
     void retry(const Waiting &waiting);
     QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
+    void addBatch(const QString &batch, const BusQueueRows &messages);
     QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
     QVariantList queueChanges(const QString &caller, quint64 revision);
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);

@@ -45,16 +45,30 @@ void Store::together(const std::function<void()> &operations)
 
 void Store::add(const QList<SMSList::Entry> &entries, const QString &deliveryDate)
 {
-    const QString given = notNull(deliveryDate);
-    const QString due = dueOf(deliveryDate);
+    QList<QueueRow> messages;
+    messages.reserve(entries.size());
+    for (const SMSList::Entry &entry : entries)
+        messages.append({deliveryDate, entry.phone, entry.message, 0});
+    add(messages);
+}
+
+void Store::add(const QList<QueueRow> &messages)
+{
     Transaction transaction(m_database, transactionKind());
     Statement insert(m_statements, "INSERT INTO message (delivery_date, original_date, due, phone, "
                                    "text) VALUES (?, ?, ?, ?, ?)");
-    for (const SMSList::Entry &entry : entries)
-        insert.run({given, given, due, notNull(entry.phone), notNull(entry.message)});
-    const QList<qint64> ids = lastIds(entries.size());
+    QString given;
+    QString due;
+    for (const QueueRow &message : messages) {
+        if (due.isNull() || message.deliveryDate != given) { // mostly the same for all of them
+            given = notNull(message.deliveryDate);
+            due = dueOf(given);
+        }
+        insert.run({given, given, due, notNull(message.phone), notNull(message.message)});
+    }
+    const QList<qint64> ids = lastIds(messages.size());
     transaction.commit();
-    m_size += static_cast<qint32>(entries.size());
+    m_size += static_cast<qint32>(messages.size());
     m_journal.note(ids);
 }
 

@@ -83,6 +83,8 @@ public:
 
     // The queue, as consoles see it. What is being sent belongs to it.
     void add(const QList<SMSList::Entry> &entries, const QString &deliveryDate);
+    /// Messages with a date each, in the order of `messages`; their ids are not looked at.
+    void add(const QList<QueueRow> &messages);
     qint32 size() const { return m_size; }
     QList<QueueRow> rows() const;
     /// Those of the messages `ids` that are in the queue, in no order.
@@ -161,6 +163,10 @@ public:
     /// When the device's functionality was last reset, "yyyy-MM-ddTHH:mm:ss"; empty if never.
     QString lastReset() const { return setting(QStringLiteral("last_reset"), QString()); }
     void setLastReset(const QString &at);
+
+    /// Which batches of messages came last, as StoredBatches writes it.
+    QString recentBatches() const { return setting(QStringLiteral("recent_batches"), QString()); }
+    void setRecentBatches(const QString &batches);
 
     /// Writes something of no meaning, to find out whether the disk can be written.
     void probe();

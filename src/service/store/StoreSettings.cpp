@@ -51,6 +51,13 @@ void Store::setDeviceSettings(const DeviceSettings &settings)
     transaction.commit();
 }
 
+void Store::setRecentBatches(const QString &batches)
+{
+    Transaction transaction(m_database, transactionKind());
+    writeSetting(QStringLiteral("recent_batches"), batches);
+    transaction.commit();
+}
+
 bool Store::isToRun() const
 {
     return setting(QStringLiteral("run"), QStringLiteral("0")) == QStringLiteral("1");
