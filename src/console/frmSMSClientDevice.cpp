@@ -4,10 +4,12 @@
 #include "foundation/Globals.h"
 #include "foundation/ui/CaptionedFrame.h"
 #include "foundation/ui/FatalReport.h"
+#include "foundation/ui/PendingInput.h"
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/WaitPointer.h"
 
 #include <QLabel>
+#include <QScopeGuard>
 
 void frmSMSClient::connectDeviceButtons()
 {
@@ -41,6 +43,8 @@ void frmSMSClient::btnDeviceConfig_Click()
 
 void frmSMSClient::btnTestDevice_Click()
 {
+    // The presses of an operator to whom nothing seems to happen are no wish for another test.
+    const auto dropped = qScopeGuard(dropPendingInput);
     const WaitPointer pointer;
     const bool wasRunning = moSMSManager->GetEngineStatus() == SMSManager::Running;
     moSMSManager->DeliverPendingEvents();

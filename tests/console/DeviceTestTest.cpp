@@ -5,6 +5,9 @@
 #include "foundation/ui/FatalReport.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 
@@ -29,6 +32,27 @@ class DeviceTest : public ConsoleFixture
 protected:
     void SetUp() override { loadAsServer(); }
 
+    enum class Press { Click, Key };
+
+    /// Lets a press of the mouse or of the space bar wait for its turn, as the window system does
+    /// while the program is busy.
+    void post(Press press, const char *name) const
+    {
+        auto *const widget = control<QWidget>(name);
+        const QPointF middle = widget->rect().center();
+        for (const bool down : {true, false}) {
+            QEvent *event = nullptr;
+            if (press == Press::Click)
+                event =
+                    new QMouseEvent(down ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease,
+                                    middle, widget->mapToGlobal(middle), Qt::LeftButton,
+                                    down ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+            else
+                event = new QKeyEvent(down ? QEvent::KeyPress : QEvent::KeyRelease, Qt::Key_Space,
+                                      Qt::NoModifier, QStringLiteral(" "));
+            QCoreApplication::postEvent(widget, event);
+        }
+    }
     void press() { QTest::mouseClick(control<QPushButton>("btnTestDevice"), Qt::LeftButton); }
 
     static void raiseDeviceInfo(SMSManager &engine)
@@ -268,4 +292,78 @@ TEST_F(DeviceTest, onAClientItCantBePressed)
     EXPECT_FALSE(control("btnTestDevice")->isEnabled());
     press();
     EXPECT_TRUE(takeCalls().isEmpty());
+}
+
+TEST_F(DeviceTest, whatIsPressedWhileTheTestBlocksRunsNoOther)
+{
+    show();
+    script.inTestDevice = [this] {
+        post(Press::Click, "btnTestDevice");
+        post(Press::Key, "btnTestDevice");
+        post(Press::Click, "btnClearQueue");
+        post(Press::Key, "txtMessage");
+    };
+    press();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(takeCalls(), (QStringList{status, deliver, test, deliver}));
+    EXPECT_EQ(control<QPlainTextEdit>("txtMessage")->toPlainText(), QString());
+    EXPECT_TRUE(boxes.shown.isEmpty());
+
+    script.inTestDevice = nullptr;
+    post(Press::Click, "btnTestDevice"); // what comes afterwards is handled
+    QCoreApplication::processEvents();
+    post(Press::Key, "txtMessage");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(takeCalls(), (QStringList{status, deliver, test, deliver}));
+    EXPECT_EQ(control<QPlainTextEdit>("txtMessage")->toPlainText(), QStringLiteral(" "));
+}
+
+TEST_F(DeviceTest, whatIsPressedWhileAStartOrAStopBlocksRunsNoOtherEither)
+{
+    show();
+    for (const QString &blocking : {stop, start}) {
+        script.status = 1;
+        script.inCall = [&](const QString &call) {
+            if (call == blocking)
+                post(Press::Click, "btnTestDevice");
+        };
+        press();
+        script.inCall = nullptr;
+        QCoreApplication::processEvents();
+        EXPECT_EQ(takeCalls().count(test), 1) << qPrintable(blocking);
+    }
+}
+
+TEST_F(DeviceTest, otherEventsThatCameWhileTheTestBlocksAreHandled)
+{
+    bool handled = false;
+    script.inTestDevice = [&] {
+        QMetaObject::invokeMethod(
+            qApp, [&] { handled = true; }, Qt::QueuedConnection);
+    };
+    press();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(handled);
+}
+
+TEST_F(DeviceTest, aBoxForATestThatFailsIsNotAnsweredByAnEarlierKey)
+{
+    show();
+    int keys = 0;
+    script.failingCall = test;
+    script.inCall = [&](const QString &call) {
+        if (call == test)
+            post(Press::Key, "txtMessage");
+    };
+    const auto previous = FatalReport::setTerminate([](int) {});
+    boxes.whileShown = [&] {
+        QCoreApplication::processEvents();
+        keys += static_cast<int>(control<QPlainTextEdit>("txtMessage")->toPlainText().size());
+    };
+    press();
+    FatalReport::setTerminate(previous);
+    boxes.whileShown = nullptr;
+    script.inCall = nullptr;
+    EXPECT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(keys, 0);
 }
