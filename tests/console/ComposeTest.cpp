@@ -56,10 +56,16 @@ TEST_F(Compose, aStatusOfTwoShowsAsNotRunningAndIsNotStarted)
     show();
     EXPECT_TRUE(control("btnStart")->isEnabled());
     EXPECT_FALSE(control("btnStop")->isEnabled());
+    EXPECT_EQ(text("lblEngineStatus"), GS(3760026));
+    EXPECT_TRUE(control("imgEngineStatus(0)")->isVisible());
+    EXPECT_FALSE(control("imgEngineStatus(1)")->isVisible());
     takeCalls();
     fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
     send();
-    EXPECT_FALSE(takeCalls().contains(QStringLiteral("StartEngine")));
+    EXPECT_EQ(takeCalls(),
+              (QStringList{QStringLiteral("AddSMS(912345678|Hola|2026-11-20T09:30:15)"),
+                           QStringLiteral("GetEngineStatus")}))
+        << "the status was looked at, and nothing started";
 }
 
 TEST_F(Compose, noStatusButZeroStartsTheEngine)

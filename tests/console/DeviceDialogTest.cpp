@@ -2,6 +2,7 @@
 
 #include "device/DeviceConfigForm.h"
 #include "foundation/Globals.h"
+#include "foundation/ui/FatalReport.h"
 #include "foundation/ui/PictureButton.h"
 
 #include <QApplication>
@@ -12,6 +13,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+
+#include <string>
 
 namespace {
 
@@ -266,3 +269,39 @@ TEST_F(DeviceDialog, browsingBeginsWhereTheProgramWasTold)
         press(form.cmdCancel);
     });
 }
+
+struct FailingConfirmation
+{
+    const char *name;
+    const char *call;
+    bool serverAfterwards;
+};
+
+class FatalDeviceDialog : public DeviceDialog,
+                          public testing::WithParamInterface<FailingConfirmation>
+{};
+
+TEST_P(FatalDeviceDialog, endsTheProgram)
+{
+    int exitCode = 0;
+    const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
+    loadAsServer();
+    show();
+    configure([this](DeviceConfigForm &form) {
+        script.failingCall = QLatin1String(GetParam().call);
+        press(GetParam().serverAfterwards ? form.opServer : form.opClient);
+        press(form.cmdOk);
+        form.hide(); // where the program would have ended
+    });
+    FatalReport::setTerminate(previous);
+    EXPECT_EQ(exitCode, 1);
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(script.failingCall.isEmpty()) << "the call was made";
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, FatalDeviceDialog,
+                         testing::Values(FailingConfirmation{"stop", "StopEngine", false},
+                                         FailingConfirmation{"settings", "SetDeviceSettings", true},
+                                         FailingConfirmation{"apply", "ApplySettings", true}),
+                         [](const auto &each) { return std::string(each.param.name); });

@@ -1,10 +1,14 @@
 #include "console/ConsoleFixture.h"
 
+#include "console/QueueGridFixture.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/FatalReport.h"
 
 #include <QMetaObject>
 #include <QTableView>
+#include <QTest>
+
+#include <string>
 
 class FatalFailure : public ConsoleFixture
 {
@@ -94,4 +98,95 @@ TEST_F(FatalFailure, anEngineThatFailsInAnEventIsFatal)
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+}
+
+struct FailingPress
+{
+    const char *name;
+    const char *button;
+    const char *failingCall;
+};
+
+class FatalPress : public FatalFailure, public testing::WithParamInterface<FailingPress>
+{};
+
+TEST_P(FatalPress, endsTheProgram)
+{
+    script.queueSize = 1;
+    loadAsServer();
+    show();
+    control(GetParam().button)->setEnabled(true);
+    script.failingCall = QLatin1String(GetParam().failingCall);
+    takeCalls();
+    QTest::mouseClick(control(GetParam().button), Qt::LeftButton);
+    EXPECT_EQ(exitCode, 1);
+    ASSERT_FALSE(boxes.shown.isEmpty());
+    EXPECT_TRUE(boxes.shown.last().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_EQ(boxes.shown.last().icon, MessageBoxes::Icon::Critical);
+    EXPECT_EQ(takeCalls().last(), QLatin1String(GetParam().failingCall)) << "nothing follows it";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, FatalPress,
+    testing::Values(FailingPress{"start", "btnStart", "StartEngine"},
+                    FailingPress{"sizeBeforeStop", "btnStop", "GetQueueSize"},
+                    FailingPress{"stop", "btnStop", "StopEngine"},
+                    FailingPress{"sizeBeforeClear", "btnClearQueue", "GetQueueSize"},
+                    FailingPress{"clear", "btnClearQueue", "ClearQueue"},
+                    FailingPress{"settingsForTheDialog", "btnDeviceConfig", "GetDeviceSettings"}),
+    [](const auto &each) { return std::string(each.param.name); });
+
+/// What the operator does in the queue's grid, with an engine that fails for it.
+class FatalInTheGrid : public QueueGridTest
+{
+protected:
+    FatalInTheGrid() : m_previous(FatalReport::setTerminate([this](int code) { exitCode = code; }))
+    {}
+    ~FatalInTheGrid() override { FatalReport::setTerminate(m_previous); }
+
+    void expectFatal()
+    {
+        EXPECT_EQ(exitCode, 1);
+        ASSERT_FALSE(boxes.shown.isEmpty());
+        EXPECT_TRUE(boxes.shown.last().text.endsWith(QStringLiteral(" - 462")));
+    }
+
+    int exitCode = 0;
+
+private:
+    FatalReport::Terminate m_previous;
+};
+
+TEST_F(FatalInTheGrid, anEditThatTheEngineDoesNotTakeEndsTheProgram)
+{
+    showQueue(3);
+    script.failingCall = update;
+    edit(2, 1, QStringLiteral("699"));
+    expectFatal();
+    EXPECT_EQ(takeCalls().last(), update);
+}
+
+TEST_F(FatalInTheGrid, aDeletionThatTheEngineDoesNotTakeEndsTheProgram)
+{
+    showQueue(3);
+    script.failingCall = update;
+    select({2});
+    pressDelete();
+    expectFatal();
+    EXPECT_EQ(takeCalls().last(), update);
+}
+
+TEST_F(FatalInTheGrid, aStatusThatTheEngineDoesNotGiveEndsTheProgram)
+{
+    showQueue(3);
+    script.failingCall = status;
+    beginEdit(1, 1);
+    expectFatal();
+
+    boxes.shown.clear();
+    exitCode = 0;
+    script.failingCall = status;
+    select({1});
+    pressDelete();
+    expectFatal();
 }

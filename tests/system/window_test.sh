@@ -50,6 +50,29 @@ DRIVE
 "${display[@]}" bash "$bare/drive.sh" "$bare/bin" || fail "no box for a missing language file ($?)"
 [[ -z $(ls -A "$bare/config") ]] || fail "settings were written before the language file was read"
 [[ -z $(ls -A "$bare/data") ]] || fail "an engine or a data folder was made without a language file"
+
+# A load that fails, here for settings that are none, shows its box and ends with exit code 1.
+fatal=$sandbox/fatal
+mkdir -p "$fatal/config/Norvane" "$fatal/data"
+echo 'no settings' >"$fatal/config/Norvane/settings.ini"
+export XDG_CONFIG_HOME=$fatal/config XDG_DATA_HOME=$fatal/data
+cat >"$fatal/drive.sh" <<'DRIVE'
+set -euo pipefail
+name=window_test
+source "$2/driving.sh"
+trap finish EXIT
+start_window_manager /dev/null
+"$1/NorvaneSMS" & console=$!
+await 20 windows_of "$console" "$box_title"
+activate "$(windows_of "$console" "$box_title" | tail -n 1)"
+xdotool key Return
+code=0
+wait "$console" || code=$?
+exit $((code == 1 ? 0 : 100 + code))
+DRIVE
+"${display[@]}" bash "$fatal/drive.sh" "$bin" "$tools" || fail "a load that failed ended otherwise ($?)"
+[[ ! -e $fatal/data/TovekSMService ]] || fail "an engine was started although the load failed"
+
 # The engine of an installed package, which the account's own bus would start, is left alone.
 services=$sandbox/installed/dbus-1/services
 mkdir -p "$services"
