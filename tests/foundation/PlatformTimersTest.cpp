@@ -3,7 +3,6 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QProcess>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -171,14 +170,4 @@ TEST(PlatformTimersTest, callbackWritesItsMessageAndAsksNothingElseOfTheSystem)
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     // The pipe is shared with the child: one event for each of its calls.
     EXPECT_TRUE(eventually([&] { return timer.events == 3; }));
-}
-
-// What the callback calls must not be looked up on the timer's thread at its first use.
-TEST(PlatformTimersTest, programIsBoundWhenItIsLoaded)
-{
-    QProcess reader;
-    reader.start(QStringLiteral("readelf"),
-                 {QStringLiteral("-d"), QCoreApplication::applicationFilePath()});
-    ASSERT_TRUE(reader.waitForFinished(20'000));
-    EXPECT_TRUE(reader.readAllStandardOutput().contains("NOW"));
 }

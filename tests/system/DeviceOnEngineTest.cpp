@@ -40,6 +40,7 @@ protected:
     {
         return eventually([&] { return label("lblEngineStatus") == GS(text); });
     }
+    static QDateTime due() { return {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC}; }
     static QDateTime later() { return {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC}; }
 
 private:
@@ -120,15 +121,37 @@ TEST_F(DeviceOnEngine, aDeviceThatAnswersShowsItsDetailsAndTheSuccessTextBehindT
 
 TEST_F(DeviceOnEngine, aRunningEngineRunsAgainAfterTheTest)
 {
-    makeProxy()->StartEngine();
+    const std::unique_ptr<SMSManagerProxy> other = makeProxy();
+    other->StartEngine();
     ASSERT_TRUE(isShownAs(3760014));
     ASSERT_TRUE(eventually([&] { return !label("lblDeviceStatus").isEmpty(); }));
+    QList<int> statuses;
+    QObject::connect(other.get(), &SMSManager::EngineStatus, other.get(),
+                     [&](qint32 status) { statuses.append(status); });
     testDevice();
-    EXPECT_EQ(label("lblDeviceStatus"), GS(3760019));
     EXPECT_EQ(label("lblEngineStatus"), GS(3760014)) << "told within the test";
-    EXPECT_EQ(makeProxy()->GetEngineStatus(), 1);
-    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    EXPECT_EQ(other->GetEngineStatus(), 1);
+    EXPECT_TRUE(eventually([&] { return statuses == QList<int>({0, 1}); }));
+    // The console's own send would start an engine that had stayed stopped.
+    other->AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
     waitForReceived(1);
+}
+
+TEST_F(DeviceOnEngine, theResultOfATestStaysReadableWhenTheEngineRunsAgain)
+{
+    const std::unique_ptr<SMSManagerProxy> other = makeProxy();
+    other->StartEngine();
+    ASSERT_TRUE(eventually([&] { return !label("lblDeviceStatus").isEmpty(); }));
+    int infos = 0;
+    QObject::connect(other.get(), &SMSManager::DeviceInfo, other.get(), [&] { ++infos; });
+    testDevice();
+    other->AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+    // The line of the message that the engine has sent since stands behind the test's result.
+    const QString sent = GS(3760023, QStringLiteral("912345678"));
+    ASSERT_TRUE(eventually([&] { return terminal().contains(sent); }));
+    EXPECT_TRUE(terminal().contains(GS(3760018) + sent)) << terminal().toStdString();
+    EXPECT_EQ(label("lblDeviceStatus"), GS(3760019));
+    EXPECT_EQ(infos, 1) << "the test's own";
 }
 
 TEST_F(DeviceOnEngine, aDeviceThatIsNotThereFailsTheTestAndARunningEngineRunsAgain)
@@ -141,9 +164,22 @@ TEST_F(DeviceOnEngine, aDeviceThatIsNotThereFailsTheTestAndARunningEngineRunsAga
         testDevice();
         EXPECT_EQ(label("lblDeviceStatus"), GS(3760088));
         EXPECT_FALSE(terminal().contains(GS(3760018).trimmed()));
+        EXPECT_TRUE(terminal().contains(GS(3760032))) << "the reason, with no event loop";
         EXPECT_EQ(makeProxy()->GetEngineStatus(), running ? 1 : 0);
     }
     EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(DeviceOnEngine, aPinThatATestSpendsIsToldWithinIt)
+{
+    plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
+    makeProxy()->SetDeviceSettings(
+        {0, QStringLiteral("1234"), 1, 1, device->link() + QStringLiteral(", 115200")});
+    makeProxy()->ApplySettings();
+    testDevice();
+    EXPECT_EQ(label("lblDeviceStatus"), GS(3760088));
+    EXPECT_TRUE(terminal().contains(QStringLiteral("ERR_INCORRECT_PASSWORD")))
+        << terminal().toStdString();
 }
 
 TEST_F(DeviceOnEngine, eachTestStartsFromAnEmptyTerminal)

@@ -24,8 +24,9 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
       m_runPace(timings.run), m_runFor(clock.time()), m_runLate(clock.time()),
       m_settleAgain(clock.time()), m_wake(clock.time()), m_resetAgain(clock.time()),
       m_openAgain(clock.time()), m_steady(clock.time()), m_conditionAgain(clock.time()),
-      m_testLimit(clock.time()), m_storeTroubleFor(clock.time()), m_storeLostFor(clock.time()),
-      m_probeStore(clock.time()), m_heardOutcomes(store, timings.storeAgainMs, clock.time()),
+      m_testLimit(clock.time()), m_keepTested(clock.time()), m_storeTroubleFor(clock.time()),
+      m_storeLostFor(clock.time()), m_probeStore(clock.time()),
+      m_heardOutcomes(store, timings.storeAgainMs, clock.time()),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
     connect(&m_settleAgain, &Timer::timeout, this, [this] { trySettling(Following::Later); });
@@ -41,7 +42,9 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
         m_conditionDue = true;
         work();
     });
-    connect(&m_testLimit, &Timer::timeout, this, [this] { answerTests(ErrorCode::NoRespond); });
+    connect(&m_testLimit, &Timer::timeout, this,
+            [this] { failTests(ErrorCode::NoRespond, QStringLiteral("the test took too long")); });
+    connect(&m_keepTested, &Timer::timeout, this, &Dispatcher::work);
 
     connect(&modem, &Modem::ready, this, &Dispatcher::onReady);
     connect(&modem, &Modem::failed, this, &Dispatcher::onFailed);
@@ -121,6 +124,7 @@ void Dispatcher::stop()
     m_store.setToRun(false);
     m_running = false;
     m_release = true;
+    m_keepTested.stop();
     Q_EMIT statusChanged(status());
     work();
 }
@@ -213,7 +217,7 @@ void Dispatcher::work()
 void Dispatcher::leaveAll()
 {
     closeDevice();
-    answerTests(ErrorCode::PortClosed);
+    failTests(ErrorCode::PortClosed, QStringLiteral("the engine is ending"));
     Q_EMIT finished();
 }
 

@@ -63,7 +63,9 @@ public:
     /// @throws StoreFailure; nothing has changed then
     void applySettings();
     /// Asks the device when its turn comes, and gives 1 or the code of what stands in the way,
-    /// within the time limit.
+    /// within the time limit. The reason of a failure is raised as a warning before that. A device
+    /// that answers stays open for a moment, as an engine that was stopped for the test is started
+    /// again.
     void testDevice(TestAnswer answer);
 
     /// The queue was changed from outside. What is to be done about it begins from the event loop.
@@ -140,8 +142,11 @@ private:
     void onReady(const DeviceDetails &details);
     void onFailed(const ModemFailure &failure);
     void onCondition(const DeviceDetails &details);
-    void onTested(bool ok, int code, const DeviceDetails &details);
+    void onTested(bool ok, int code, const DeviceDetails &details, const QString &reason);
+    void passTests(const DeviceDetails &details);
+    void failTests(qint32 code, const QString &reason);
     void answerTests(qint32 result);
+    bool isJustTested(const DeviceDetails &details) const;
     void rememberDevice(const DeviceDetails &details);
     void weighFailure(const SendFailure &failure, qint64 id);
     void tryDeviceLater(qint32 code, const QString &text);
@@ -170,6 +175,7 @@ private:
     bool mayBegin() const;
     void startRun(const QList<LeavingMessage> &messages);
     void send(const LeavingMessage &message);
+    Modem::Followers followersOf(const LeavingMessage &message) const;
     void onPartAccepted(int reference);
     void onPartFailed(const SendFailure &failure);
     bool isOfDevice(const SendFailure &failure, qint64 id) const;
@@ -229,6 +235,8 @@ private:
 
     QList<TestAnswer> m_tests;
     Timer m_testLimit;
+    std::optional<DeviceDetails> m_testedDevice; ///< that passed the last test
+    Timer m_keepTested;
 
     std::optional<DeviceDetails> m_knownDevice;
     QString m_storeTrouble;

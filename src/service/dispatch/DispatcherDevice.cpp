@@ -27,6 +27,8 @@ void Dispatcher::useDevice()
 {
     if (!m_tests.isEmpty())
         m_modem.test();
+    else if (!m_running && m_keepTested.isActive())
+        return;
     else if (!m_running)
         closeDevice();
     else if (m_conditionDue)
@@ -88,9 +90,9 @@ void Dispatcher::onReady(const DeviceDetails &details)
     m_steady.start(m_timings.steadyMs);
     m_conditionDue = false;
     m_conditionAgain.start(m_timings.conditionMs);
-    Q_EMIT deviceInfo(details);
-    if (!m_tests.isEmpty())
-        answerTests(ErrorCode::Ok);
+    if (!isJustTested(details))
+        Q_EMIT deviceInfo(details);
+    passTests(details);
     work();
 }
 
@@ -98,7 +100,7 @@ void Dispatcher::onFailed(const ModemFailure &failure)
 {
     m_needsOperator = failure.needsOperator;
     m_knownDevice.reset();
-    answerTests(failure.code);
+    failTests(failure.code, failure.text);
     if (m_running) {
         noteDeviceFailure(!isOfThePort(failure.code) && !failure.needsOperator);
         m_openAgain.start(m_retries.reopenDelay(m_deviceFailures));
@@ -117,14 +119,45 @@ void Dispatcher::onCondition(const DeviceDetails &details)
     work();
 }
 
-void Dispatcher::onTested(bool ok, int code, const DeviceDetails &details)
+void Dispatcher::onTested(bool ok, int code, const DeviceDetails &details, const QString &reason)
 {
     if (ok) {
         m_knownDevice = details;
         Q_EMIT deviceInfo(details);
+        passTests(details);
+    } else {
+        failTests(code, reason);
     }
-    answerTests(ok ? ErrorCode::Ok : code);
     work();
+}
+
+void Dispatcher::passTests(const DeviceDetails &details)
+{
+    if (m_tests.isEmpty())
+        return;
+    m_testedDevice = details;
+    m_keepTested.start(m_timings.keepTestedMs);
+    answerTests(ErrorCode::Ok);
+}
+
+/// The reason comes before the answer, so that whoever asked has it when the call returns.
+void Dispatcher::failTests(qint32 code, const QString &reason)
+{
+    if (m_tests.isEmpty())
+        return;
+    m_keepTested.stop();
+    m_toldCodes.insert(code);
+    warn(code, reason);
+    answerTests(code);
+}
+
+/// Whether the device was reported to a test a moment ago: raised again, its details would wipe the
+/// test's result off the console.
+bool Dispatcher::isJustTested(const DeviceDetails &details) const
+{
+    return m_tests.isEmpty() && m_keepTested.isActive() && m_testedDevice &&
+           m_testedDevice->imei == details.imei && m_testedDevice->model == details.model &&
+           m_testedDevice->simId == details.simId;
 }
 
 void Dispatcher::answerTests(qint32 result)

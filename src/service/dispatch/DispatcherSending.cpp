@@ -154,7 +154,25 @@ void Dispatcher::startRun(const QList<LeavingMessage> &messages)
 void Dispatcher::send(const LeavingMessage &message)
 {
     m_current = message;
-    m_modem.send(message.part());
+    m_modem.send(message.part(), followersOf(message));
+}
+
+/// Whether parts of this message or other messages are due behind the part. Where the modem has no
+/// use for that, as in the middle of a row of messages, the store isn't asked.
+Modem::Followers Dispatcher::followersOf(const LeavingMessage &message) const
+{
+    if (!m_modem.asksForFollowers())
+        return Modem::Followers::None;
+    bool isFollowed = m_run.hasNext() || message.message.partsSent + 1 < message.parts.size();
+    if (!isFollowed) {
+        try {
+            const std::optional<StoredMessage> next = m_store.first();
+            isFollowed = next && isDue(*next);
+        } catch (const StoreFailure &failure) {
+            qWarning() << "the queue can't be read:" << failure.text();
+        }
+    }
+    return isFollowed ? Modem::Followers::Some : Modem::Followers::None;
 }
 
 void Dispatcher::onPartAccepted(int reference)

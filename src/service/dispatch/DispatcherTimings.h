@@ -9,6 +9,9 @@ struct DispatcherTimings
 {
     /// Within this time TestDevice has its answer, whatever the device does.
     int testAnswerMs = Bus::TestDeviceAnswer;
+    /// For how long a device that has passed a test stays open for the start behind the test, and
+    /// isn't reported anew.
+    int keepTestedMs = 5000;
     /// Between two tries to bring something to disk.
     int storeAgainMs = 500;
     /// For how long the store may fail until that is told, and until it is opened anew, again and

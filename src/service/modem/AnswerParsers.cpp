@@ -132,6 +132,11 @@ QString networkInfo(const QString &operatorName, int registration)
     return operatorName.isEmpty() ? state : QStringLiteral("%1 (%2)").arg(operatorName, state);
 }
 
+int functionality(const Lines &lines)
+{
+    return number(fields(lines, "+CFUN"), 0);
+}
+
 int signal(const Lines &lines)
 {
     constexpr int strongest = 31;

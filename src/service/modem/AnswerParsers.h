@@ -32,6 +32,8 @@ int registration(const Lines &lines, QByteArrayView tag);
 bool isRegistered(int state);
 /// "Norvane Mobile (home)".
 QString networkInfo(const QString &operatorName, int registration);
+/// +CFUN? (27.007, 8.2): the level of functionality, -1 if it isn't told.
+int functionality(const Lines &lines);
 /// +CSQ (27.007, 8.5): percent of 0 to 31, -1 if not known.
 int signal(const Lines &lines);
 /// +CBC (27.007, 8.4): percent, -1 if not known.

@@ -12,6 +12,8 @@ constexpr char s_leavePrompt[] = "\x1B\r";
 /// How many late prompts a try of synchronising gives up: a device that asks on and on is not
 /// answered on and on.
 constexpr int s_mostLatePrompts = 3;
+constexpr char s_attention[] = "AT";
+constexpr char s_echoOff[] = "ATE0";
 } // namespace
 
 AtChannel::AtChannel(SerialLine *line, const ModemTimings &timings, TimeSource &time,
@@ -121,9 +123,7 @@ void AtChannel::takeFinal(const AtResult &result)
         finish(AtAnswer::End::Final);
         return;
     case Step::Probing:
-        m_refused = result.kind != AtResult::Kind::Ok;
-        if (!m_refused)
-            settle();
+        onProbed(result);
         return;
     case Step::Idle:
     case Step::Draining:
@@ -164,7 +164,7 @@ void AtChannel::onLimit()
         finish(AtAnswer::End::TimedOut);
         return;
     case Step::Draining:
-        sendProbe();
+        probe(s_attention);
         return;
     case Step::Probing:
         startTry();
@@ -229,7 +229,8 @@ void AtChannel::startTry()
     }
     enter(Step::Draining);
     m_promptsLeft = s_mostLatePrompts;
-    m_reader.begin(QByteArrayLiteral("AT"));
+    m_echoProbed = false;
+    m_reader.begin(s_attention);
     m_reader.expectPrompt(true);
     m_limit.start(m_timings.drainMs);
     m_quiet.start(m_timings.quietMs);
@@ -243,13 +244,23 @@ void AtChannel::giveUpPrompt()
         write(QByteArrayLiteral(s_leavePrompt));
 }
 
-void AtChannel::sendProbe()
+void AtChannel::probe(const QByteArray &command)
 {
     m_quiet.stop();
     enter(Step::Probing);
     ++m_owed;
+    m_reader.begin(command);
     m_limit.start(m_timings.probeMs);
-    write(QByteArrayLiteral("AT\r"));
+    write(command + s_return);
+}
+
+void AtChannel::onProbed(const AtResult &result)
+{
+    m_refused = result.kind != AtResult::Kind::Ok;
+    if (!m_refused)
+        settle();
+    else if (!std::exchange(m_echoProbed, true))
+        probe(s_echoOff);
 }
 
 void AtChannel::settle()
@@ -262,7 +273,7 @@ void AtChannel::settle()
 void AtChannel::onQuiet()
 {
     if (m_step == Step::Draining)
-        sendProbe();
+        probe(s_attention);
     else if (m_step == Step::Settling && m_owed > 0)
         m_quiet.start(); // a slow device may still answer what it was asked before
     else if (m_step == Step::Settling)

@@ -73,7 +73,9 @@ public:
 
     /// Brings a device of unknown state into command mode: gives up a prompt that may be open (with
     /// ESC, never with the mark that sends), waits until the device is still, tries "AT", and waits
-    /// for stillness again, so that no late answer is taken for the next command's.
+    /// for stillness again, so that no late answer is taken for the next command's. A device that
+    /// refuses the bare "AT" is asked once more with "ATE0" (ITU-T V.250, 6.2.4), as some know no
+    /// command line without a command.
     void synchronise(int tries, Synchronised synchronised);
 
     /// Ends the command in progress as if the line had broken, without the signal, and forgets
@@ -111,7 +113,8 @@ private:
 
     void giveUpPrompt();
     void startTry();
-    void sendProbe();
+    void probe(const QByteArray &command);
+    void onProbed(const AtResult &result);
     void settle();
     void endSync(SyncOutcome outcome);
     bool isSynchronising() const;
@@ -137,4 +140,5 @@ private:
     int m_owed = 0;
     bool m_heard = false;
     bool m_refused = false;
+    bool m_echoProbed = false; ///< in the present try
 };

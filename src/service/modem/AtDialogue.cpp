@@ -73,7 +73,8 @@ ModemFailure failureOf(SyncOutcome outcome)
         return {ErrorCode::UnexpectedAnswer,
                 QStringLiteral("the device sends something else than answers"), false};
     case SyncOutcome::Refused:
-        return {ErrorCode::PhoneInit, QStringLiteral("the device answers AT with an error"), false};
+        return {ErrorCode::PhoneInit,
+                QStringLiteral("the device answers AT and ATE0 with an error"), false};
     case SyncOutcome::LineBroken:
         return {ErrorCode::PortClosed, QStringLiteral("the line broke"), false};
     case SyncOutcome::Answered:

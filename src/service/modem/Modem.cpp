@@ -3,18 +3,11 @@
 #include "engine/contract/ErrorCodes.h"
 #include "service/modem/AnswerParsers.h"
 #include "service/modem/DeviceQueries.h"
+#include "service/modem/DeviceSetUp.h"
 
 #include <utility>
 
 namespace {
-
-using Question = AtDialogue::Question;
-
-/// A setting that makes the talk easier, and whose refusal doesn't matter.
-Question wish(const QByteArray &command, int limitMs)
-{
-    return {{command, limitMs, {}}, {}, {}, false};
-}
 
 SendFailure failureOfAnswer(const AtResult &result)
 {
@@ -41,6 +34,7 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
     : QObject(parent), m_line(std::move(line)), m_timings(timings),
       m_channel(m_line.get(), timings, time),
       m_dialogue(m_channel, timings, [this](const ModemFailure &failure) { fail(failure); }),
+      m_flightMode(m_dialogue, timings, time),
       m_unlock(
           m_dialogue, gate, timings,
           [this] {
@@ -49,7 +43,8 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
               QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
           },
           time),
-      m_search(*m_line, m_channel, timings, std::move(ports), time), m_initialisationLimit(time)
+      m_link(timings, time), m_search(*m_line, m_channel, timings, std::move(ports), time),
+      m_initialisationLimit(time)
 {
     connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
     connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
@@ -73,6 +68,7 @@ void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mo
     m_imei = imei;
     m_parameter = parameter;
     m_searched = false;
+    m_link.reset();
     m_details = {};
     m_initialisationLimit.start(m_timings.initialisationMs);
     QMetaObject::invokeMethod(
@@ -164,44 +160,32 @@ void Modem::resetFunctionality()
 
 void Modem::setUp()
 {
-    const int limit = m_timings.commandMs;
-    m_dialogue.askAll({wish("ATE0", limit), wish("ATV1", limit), wish("AT+CMEE=1", limit)},
-                      [this](const std::optional<ModemFailure> &) { unlock(); });
+    m_dialogue.askAll(
+        DeviceSetUp::dialogue(m_timings),
+        [this](const std::optional<ModemFailure> &) { m_flightMode.leave([this] { unlock(); }); });
 }
 
 void Modem::unlock()
 {
-    m_unlock.start(std::exchange(m_pin, QString()), &m_details,
-                   [this](const std::optional<ModemFailure> &failure) {
-                       if (failure)
-                           fail(*failure);
-                       else
-                           setUpMessages();
-                   });
+    m_unlock.start(
+        std::exchange(m_pin, QString()), &m_details,
+        [this](const std::optional<ModemFailure> &failure) {
+            if (failure)
+                fail(*failure);
+            else
+                setUpMessages();
+        },
+        m_flightMode.wasLeft() ? SimPresence::JustPowered : SimPresence::Told);
 }
 
 void Modem::setUpMessages()
 {
-    const int limit = m_timings.commandMs;
-    Question pduMode = wish("AT+CMGF=0", limit);
-    pduMode.take = [](const AtAnswer &answer) -> std::optional<ModemFailure> {
-        if (answer.isOk())
-            return std::nullopt;
-        if (answer.end == AtAnswer::End::TimedOut)
-            return ModemFailure{ErrorCode::PhoneInit, QStringLiteral("no answer to AT+CMGF=0"),
-                                false};
-        const bool reason = failureNumber(answer.result) >= 0;
-        return ModemFailure{reason ? failureRule(answer.result).code : ErrorCode::NotSupported,
-                            QStringLiteral("the device refuses PDU mode: %1")
-                                .arg(QString::fromLatin1(answer.result.text)),
-                            false};
-    };
-    m_dialogue.askAll({pduMode, wish("AT+CSMS=0", limit), wish("AT+CNMI=0,0", limit)},
+    m_dialogue.askAll(DeviceSetUp::messages(m_timings),
                       [this](const std::optional<ModemFailure> &failure) {
                           if (failure)
                               fail(*failure);
                           else
-                              readDetails();
+                              m_flightMode.awaitNetwork([this] { readDetails(); });
                       });
 }
 
@@ -223,7 +207,7 @@ void Modem::becomeReady()
     Q_EMIT ready(m_details);
 }
 
-void Modem::send(const SubmitPart &part)
+void Modem::send(const SubmitPart &part, Followers followers)
 {
     if (m_state != State::Ready) {
         QMetaObject::invokeMethod(
@@ -236,7 +220,26 @@ void Modem::send(const SubmitPart &part)
         return;
     }
     m_state = State::Busy;
+    if (followers == Followers::Some && m_link.isToBeKept())
+        keepLinkThenSubmit(part);
+    else
+        submit(part);
+}
+
+void Modem::keepLinkThenSubmit(const SubmitPart &part)
+{
+    m_task = Task::KeepingLink;
+    m_dialogue.ask({RelayLink::command(), m_timings.commandMs, {}},
+                   [this, part](const AtAnswer &answer) {
+                       m_link.onCommandAnswered(answer.isOk());
+                       submit(part);
+                   });
+}
+
+void Modem::submit(const SubmitPart &part)
+{
     m_task = Task::Sending;
+    m_link.onSending();
     m_channel.submit(
         {QByteArrayLiteral("AT+CMGS=") + QByteArray::number(part.length), m_timings.promptMs, {}},
         part.hex, m_timings.sendMs, [this](const AtAnswer &answer) { onSubmitted(answer); });
@@ -249,6 +252,7 @@ void Modem::onSubmitted(const AtAnswer &answer)
     // The reference is the network's word, whatever became of the OK behind it.
     const bool accepted = answer.payloadLeft && (answer.isOk() || reference);
     const bool isError = answer.end == End::Final && !answer.isOk() && !accepted;
+    m_link.onSent(answer.end == End::Final && accepted);
     if (isError) {
         SendFailure failure = failureOfAnswer(answer.result);
         // The device gave up waiting for the network, which may have taken the part all the same.
@@ -326,7 +330,11 @@ void Modem::test()
         const int code =
             m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::PhoneBusy;
         QMetaObject::invokeMethod(
-            this, [this, code] { Q_EMIT tested(false, code, m_details); }, Qt::QueuedConnection);
+            this,
+            [this, code] {
+                Q_EMIT tested(false, code, m_details, QStringLiteral("the modem isn't ready"));
+            },
+            Qt::QueuedConnection);
         return;
     }
     m_state = State::Busy;
@@ -360,12 +368,14 @@ void Modem::testSim()
 
 void Modem::onTested(const std::optional<ModemFailure> &failure)
 {
-    m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings),
-                      [this, failure](const std::optional<ModemFailure> &) {
-                          m_state = State::Ready;
-                          m_task = Task::None;
-                          Q_EMIT tested(!failure, failure ? failure->code : 1, m_details);
-                      });
+    m_dialogue.askAll(
+        DeviceQueries::condition(&m_details, m_timings),
+        [this, failure](const std::optional<ModemFailure> &) {
+            m_state = State::Ready;
+            m_task = Task::None;
+            const ModemFailure result = failure.value_or(ModemFailure{ErrorCode::Ok, {}, false});
+            Q_EMIT tested(!failure, result.code, m_details, result.text);
+        });
 }
 
 void Modem::onBroken(LineError reason)
@@ -388,13 +398,18 @@ void Modem::shutDown()
     const Task task = std::exchange(m_task, Task::None);
     m_state = State::Closed;
     m_initialisationLimit.stop();
+    m_flightMode.stop();
     m_unlock.stop();
     m_search.stop();
     m_line->close();
     m_channel.abandon(LineError::NotOpen);
     m_pin.clear();
+    if (task == Task::KeepingLink)
+        Q_EMIT partFailed(
+            failureOfProblem(SendProblem::LineBrokenBefore, QStringLiteral("the device was lost")));
     if (task == Task::Testing)
-        Q_EMIT tested(false, failureRule(LineError::NotOpen).code, m_details);
+        Q_EMIT tested(false, failureRule(LineError::NotOpen).code, m_details,
+                      QStringLiteral("the device was closed"));
 }
 
 void Modem::fail(const ModemFailure &failure)
@@ -405,7 +420,7 @@ void Modem::fail(const ModemFailure &failure)
         m_task = Task::None;
     shutDown();
     if (testing)
-        Q_EMIT tested(false, failure.code, m_details);
+        Q_EMIT tested(false, failure.code, m_details, failure.text);
     // Whoever opened the modem anew on the news above is past this failure.
     if (m_opening == opening)
         Q_EMIT failed(failure);

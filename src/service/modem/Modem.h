@@ -2,9 +2,11 @@
 
 #include "service/modem/AtChannel.h"
 #include "service/modem/AtDialogue.h"
+#include "service/modem/FlightMode.h"
 #include "service/modem/ModemTypes.h"
 #include "service/modem/PortParameter.h"
 #include "service/modem/PortSearch.h"
+#include "service/modem/RelayLink.h"
 #include "service/modem/SimUnlock.h"
 #include "service/modem/SubmitPdu.h"
 #include "service/platform/SerialDevices.h"
@@ -36,6 +38,9 @@ public:
         ResetFunctionality, ///< restarts the device's radio part first (+CFUN=1,1)
     };
 
+    /// What is to be sent behind a part, as far as it is known.
+    enum class Followers { None, Some };
+
     /// @param line  owned by the modem
     /// @param gate  asked before a PIN leaves; outlives the modem
     /// @param ports where a device is looked for that is gone from its place
@@ -51,7 +56,7 @@ public:
     const DeviceDetails &details() const { return m_details; }
 
     /// Opens the line and brings the device to readiness: `ready` or `failed`. An open modem is
-    /// closed first.
+    /// closed first. A device in flight mode is switched on, and its network waited for.
     /// @param imei of the device that is looked for at the other ports when nothing stands at this
     ///             one; empty for no search
     void open(const PortParameter &parameter, const QString &pin, OpenMode mode = OpenMode::Plain,
@@ -68,7 +73,11 @@ public:
     /// Sends one part: `partAccepted` or `partFailed`, and after the latter `failed` if the device
     /// has been lost. The network may have the part from the moment of this call on, so whatever
     /// must be on record is on record before it.
-    void send(const SubmitPart &part);
+    /// @param followers with some, the link to the network is kept up behind the part
+    void send(const SubmitPart &part, Followers followers = Followers::None);
+    /// Whether it makes a difference to send() that a part has followers. It makes none while the
+    /// link is kept already.
+    bool asksForFollowers() const { return m_link.isToBeKept(); }
 
     /// Asks for network, signal, battery, clock and service centre: `detailsChanged`. Does nothing
     /// unless the modem is ready.
@@ -86,8 +95,9 @@ Q_SIGNALS:
     void partFailed(const SendFailure &failure);
     /// The device can't be used; the modem is closed.
     void failed(const ModemFailure &failure);
-    /// @param code 1, or what stands in the way
-    void tested(bool ok, int code, const DeviceDetails &details);
+    /// @param code   1, or what stands in the way
+    /// @param reason of a failure: technical, English, without the PIN
+    void tested(bool ok, int code, const DeviceDetails &details, const QString &reason);
     /// A line that the device sent by itself.
     void unsolicited(const QByteArray &line);
     /// The SIM has taken its PIN.
@@ -96,7 +106,7 @@ Q_SIGNALS:
     void functionalityReset();
 
 private:
-    enum class Task { None, Sending, Refreshing, Testing };
+    enum class Task { None, KeepingLink, Sending, Refreshing, Testing };
 
     void openLine();
     void failToOpen(LineError error, const QString &device);
@@ -110,6 +120,8 @@ private:
     void setUpMessages();
     void readDetails();
     void becomeReady();
+    void keepLinkThenSubmit(const SubmitPart &part);
+    void submit(const SubmitPart &part);
     void onSubmitted(const AtAnswer &answer);
     void recoverThen(const std::function<void()> &tell);
     void acceptPart(int reference);
@@ -125,7 +137,9 @@ private:
     const ModemTimings m_timings;
     AtChannel m_channel;
     AtDialogue m_dialogue;
+    FlightMode m_flightMode;
     SimUnlock m_unlock;
+    RelayLink m_link;
     PortSearch m_search;
     Timer m_initialisationLimit;
 

@@ -20,6 +20,12 @@ struct ModemTimings
     /// Between two looks at a SIM that isn't ready, and for how long to look.
     int simPollMs = 500;
     int simReadyMs = 20000;
+    /// Between two looks at the network behind a flight mode, and for how long to look.
+    int networkPollMs = 1000;
+    int networkReadyMs = 30000;
+    /// After a pause of this length a link that was kept between messages counts as closed. Devices
+    /// close it after 1 to 5 seconds.
+    int linkPauseMs = 500;
     /// From opening to ready, all in all.
     int initialisationMs = 100000;
     /// The search for a device under another name: for one port, and all in all.

@@ -100,8 +100,10 @@ SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &ti
     QObject::connect(&m_poll, &Timer::timeout, &m_poll, [this] { look(); });
 }
 
-void SimUnlock::start(const QString &pin, DeviceDetails *details, Finished finished)
+void SimUnlock::start(const QString &pin, DeviceDetails *details, Finished finished,
+                      SimPresence presence)
 {
+    m_presence = presence;
     m_pin = pin.trimmed();
     m_iccid.clear();
     m_details = details;
@@ -159,8 +161,7 @@ void SimUnlock::onState(SimState state)
                             QStringLiteral("the device is locked by a code of its own"), true});
         return;
     case SimState::NotInserted:
-        finish(
-            ModemFailure{ErrorCode::SimNotInserted, QStringLiteral("no SIM is inserted"), false});
+        onNotInserted();
         return;
     case SimState::Failed:
         finish(ModemFailure{ErrorCode::SimCommunication,
@@ -174,6 +175,15 @@ void SimUnlock::onState(SimState state)
         lookLater(ErrorCode::SimCommunication, QStringLiteral("the SIM isn't ready"));
         return;
     }
+}
+
+void SimUnlock::onNotInserted()
+{
+    const QString text = QStringLiteral("no SIM is inserted");
+    if (m_presence == SimPresence::JustPowered)
+        lookLater(ErrorCode::SimNotInserted, text);
+    else
+        finish(ModemFailure{ErrorCode::SimNotInserted, text, false});
 }
 
 void SimUnlock::lookLater(int code, const QString &text)

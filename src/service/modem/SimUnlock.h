@@ -26,6 +26,12 @@ enum class SimState {
 /// Reads the answer to +CPIN? (3GPP TS 27.007, 8.3 and 9.2).
 SimState simState(const AtAnswer &answer);
 
+/// What is known of a SIM that the device doesn't see.
+enum class SimPresence {
+    Told,        ///< it isn't there
+    JustPowered, ///< it may not have been read yet
+};
+
 /// Brings the SIM to READY, with the PIN where it asks for one and the gate allows it.
 class SimUnlock
 {
@@ -38,7 +44,8 @@ public:
 
     /// @param details its IMEI is asked for where the SIM has to be told from others and doesn't
     ///                tell its own number
-    void start(const QString &pin, DeviceDetails *details, Finished finished);
+    void start(const QString &pin, DeviceDetails *details, Finished finished,
+               SimPresence presence = SimPresence::Told);
     /// Ends without a word to the function given to `start`.
     void stop();
 
@@ -49,6 +56,7 @@ public:
 private:
     void look();
     void onState(SimState state);
+    void onNotInserted();
     void onPinAsked();
     void identify();
     void onIdentified();
@@ -73,6 +81,7 @@ private:
     QString m_iccid;
     DeviceDetails *m_details = nullptr;
     Finished m_finished;
+    SimPresence m_presence = SimPresence::Told;
     /// The PIN has left, and isn't known to have been taken.
     bool m_attempted = false;
     bool m_awaitsPinOutcome = false;

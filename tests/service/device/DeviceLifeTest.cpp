@@ -90,6 +90,56 @@ TEST_F(DeviceLife, unpluggedInMidMessageTheMessageIsReportedAndTheNextOneGoesWhe
     EXPECT_EQ(callForNumber("GetQueueSize"), 0);
 }
 
+class DeviceInFlight : public DeviceLife, public testing::WithParamInterface<const char *>
+{};
+
+TEST_P(DeviceInFlight, isSwitchedOnAndSendsWithoutAWarning)
+{
+    plugIn({QStringLiteral("--functionality"), QLatin1String(GetParam()),
+            QStringLiteral("--register-after"), QStringLiteral("1500"), QStringLiteral("--pin"),
+            QStringLiteral("4711")});
+    startHeard();
+    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    use(m_device->link(), QStringLiteral("4711"));
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
+    EXPECT_EQ(count(QStringLiteral("WarningError")), 0);
+    EXPECT_EQ(count(QStringLiteral("DeviceInfo")), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, DeviceInFlight, testing::Values("0", "4"));
+
+TEST_F(DeviceLife, aDeviceThatRefusesABareAtSends)
+{
+    plugIn({QStringLiteral("--refuse-bare-at")});
+    startHeard();
+    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    use(m_device->link());
+    EXPECT_EQ(callForNumber("TestDevice"), 1);
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
+    EXPECT_EQ(count(QStringLiteral("WarningError")), 0);
+}
+
+TEST_F(DeviceLife, messagesThatAreDueTogetherShareOneLinkToTheNetwork)
+{
+    plugIn();
+    startHeard();
+    for (const char *phone : {"600", "601", "602"})
+        addSMS(QLatin1String(phone), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    use(m_device->link());
+    call("StartEngine");
+    ASSERT_TRUE(hears(QStringLiteral("SMSSent 602 text")));
+    const QList<QJsonObject> messages = m_device->messages();
+    ASSERT_EQ(messages.size(), 3);
+    const auto linkKept = [&](int at) {
+        return messages.at(at).value(QStringLiteral("linkKept")).toBool();
+    };
+    EXPECT_FALSE(linkKept(0));
+    EXPECT_TRUE(linkKept(1));
+    EXPECT_TRUE(linkKept(2));
+}
+
 TEST_F(DeviceLife, threeRefusalsOfADeviceThatFailsAreToldOnceAndCostTheMessageNothing)
 {
     plugIn({QStringLiteral("--fail-every"), QStringLiteral("1"), QStringLiteral("--fail-code"),

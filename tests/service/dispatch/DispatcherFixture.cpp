@@ -33,6 +33,7 @@ DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFi
 {
     m_timings.storeAgainMs = 20;
     m_timings.longestSleepMs = 20;
+    m_timings.keepTestedMs = 20;
     // Like a device that needs the air to send: one message leaves at a time.
     m_timings.run.most = 1;
     m_retryTimes.shortestReopenMs = 20;

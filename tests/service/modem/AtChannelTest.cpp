@@ -140,6 +140,15 @@ TEST_F(Channel, synchronisingTellsHowTheDeviceBehaves)
     EXPECT_TRUE(m_channel.isIdle());
 }
 
+TEST_F(Channel, aDeviceThatRefusesABareAttentionIsAskedWithACommand)
+{
+    m_line.answers.insert("AT", FakeModemLine::answer("ERROR"));
+    m_line.answers.insert("ATE0", FakeModemLine::answer("OK"));
+    EXPECT_EQ(static_cast<int>(synchronise(1)), static_cast<int>(SyncOutcome::Answered));
+    EXPECT_EQ(m_line.commands, (QList<QByteArray>{"AT", "ATE0"}));
+    EXPECT_EQ(static_cast<int>(run("AT+Y").result.kind), static_cast<int>(AtResult::Kind::Error));
+}
+
 TEST_F(Channel, synchronisingTakesTheFirstOfSeveralTries)
 {
     int asked = 0;
