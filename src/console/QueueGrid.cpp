@@ -51,8 +51,11 @@ void QueueGrid::rebuild(const std::function<void()> &bind)
         setCurrentIndex(index);
         scrollTo(index);
     }
+    // The row that is edited was chosen, whatever number it has now.
     if (!selected.isEmpty())
         selectIds(selected);
+    else if (edit)
+        selectIds({edit->id});
     if (edit)
         resumeEdit(*edit);
 }

@@ -30,6 +30,50 @@ TEST_F(QueueGridTest, aRebuildKeepsAnEditInProgressOnItsMessage)
     EXPECT_EQ(editor(), nullptr);
 }
 
+TEST_F(QueueGridTest, theMessageThatIsEditedIsTheOneThatDeleteRemoves)
+{
+    showQueue(4);
+    beginEdit(3, 2);
+    QTest::keyClicks(editor(), QStringLiteral("x"));
+    script.queue.prepend(waiting(0)); // message 3 now stands in row 4
+    changeQueue();
+    EXPECT_EQ(grid()->currentRow(), 4);
+    EXPECT_EQ(grid()->selectedRows(), QList<int>{4});
+    ASSERT_NE(editor(), nullptr);
+    QTest::keyClick(editor(), Qt::Key_Return);
+    script.queue[3].message = QStringLiteral("x");
+    changeQueue();
+    pressDelete();
+    EXPECT_EQ(script.updates.last().deletedIds(), QList<qint64>{103});
+}
+
+TEST_F(QueueGridTest, anEditOfOneOfSeveralSelectedRowsLeavesTheirSelection)
+{
+    showQueue(5);
+    select({2, 4});
+    QTest::keyClick(grid(), Qt::Key_F2); // column 0 of row 4: not editable
+    grid()->selectionModel()->setCurrentIndex(cell(4, 1), QItemSelectionModel::NoUpdate);
+    QTest::keyClick(grid(), Qt::Key_F2);
+    ASSERT_NE(editor(), nullptr);
+    script.queue.prepend(waiting(0));
+    changeQueue();
+    EXPECT_EQ(grid()->currentRow(), 5);
+    EXPECT_EQ(grid()->selectedRows(), (QList<int>{3, 5}));
+}
+
+TEST_F(QueueGridTest, anEditOfARowThatWasTakenOutOfTheSelectionSelectsIt)
+{
+    showQueue(3);
+    select({2, 2}); // the second press takes the row out again and leaves it the current one
+    ASSERT_TRUE(grid()->selectedRows().isEmpty());
+    grid()->QAbstractItemView::edit(cell(2, 1));
+    ASSERT_NE(editor(), nullptr);
+    script.queue.prepend(waiting(0));
+    changeQueue();
+    EXPECT_EQ(grid()->currentRow(), 3);
+    EXPECT_EQ(grid()->selectedRows(), QList<int>{3});
+}
+
 TEST_F(QueueGridTest, anEditLivesThroughManyRebuilds)
 {
     showQueue(30);
