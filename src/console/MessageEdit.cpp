@@ -5,14 +5,17 @@
 #include <QMimeData>
 #include <QTextDocument>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
+/// What the document breaks a line at: it takes two noncharacters for the edges of a frame.
 bool isBreak(QChar character)
 {
     return character == u'\n' || character == QChar::LineSeparator ||
-           character == QChar::ParagraphSeparator;
+           character == QChar::ParagraphSeparator || character == u'\uFDD0' ||
+           character == u'\uFDD1';
 }
 
 /// `text` with each of its line breaks, of whatever kind, as the document takes it.
@@ -20,6 +23,12 @@ QString withPlainBreaks(QString text)
 {
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     return text.replace(u'\r', u'\n');
+}
+
+/// Length of `text` in the message, where a line break is two characters.
+qsizetype lengthInMessage(const QString &text)
+{
+    return text.size() + std::count_if(text.cbegin(), text.cend(), isBreak);
 }
 
 /// As much of the beginning of `text` as `room` characters hold, a break being two of them and a
@@ -54,7 +63,9 @@ qsizetype lengthOfTyping(const QKeyEvent &event)
     if (modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier))
         return 0;
     const QString typed = event.text();
-    return !typed.isEmpty() && typed.at(0).category() != QChar::Other_Control ? typed.size() : 0;
+    return !typed.isEmpty() && typed.at(0).category() != QChar::Other_Control
+               ? lengthInMessage(typed)
+               : 0;
 }
 
 } // namespace
@@ -102,8 +113,8 @@ void MessageEdit::keyPressEvent(QKeyEvent *event)
 
 void MessageEdit::inputMethodEvent(QInputMethodEvent *event)
 {
-    event->setCommitString(fitting(event->commitString(), room()), event->replacementStart(),
-                           event->replacementLength());
+    const QString typed = fitting(withPlainBreaks(event->commitString()), room());
+    event->setCommitString(typed, event->replacementStart(), event->replacementLength());
     QPlainTextEdit::inputMethodEvent(event);
 }
 

@@ -168,6 +168,42 @@ TEST(MessageEdit, whatAnInputMethodCommitsIsHeldToTheLimitToo)
     EXPECT_EQ(box.text(), QString(158, u'x') + QStringLiteral("ab"));
 }
 
+TEST(MessageEdit, aLineBreakOfAnInputMethodNeedsRoomForTwo)
+{
+    for (const QString &lineBreak :
+         {QStringLiteral("\r"), QStringLiteral("\n"), QStringLiteral("\r\n")}) {
+        MessageEdit box;
+        box.setText(QString(158, u'x'));
+        box.moveCursor(QTextCursor::End);
+        for (const int length : {160, 160}) {
+            QInputMethodEvent typed;
+            typed.setCommitString(lineBreak);
+            QApplication::sendEvent(&box, &typed);
+            EXPECT_EQ(box.textLength(), length);
+        }
+        box.setText(QString(159, u'x'));
+        box.moveCursor(QTextCursor::End);
+        QInputMethodEvent typed;
+        typed.setCommitString(lineBreak);
+        QApplication::sendEvent(&box, &typed);
+        EXPECT_EQ(box.textLength(), 159);
+    }
+}
+
+TEST(MessageEdit, whatTheDocumentTakesForALineBreakNeedsRoomForTwo)
+{
+    for (const char16_t character : {u'\u2028', u'\u2029', u'\uFDD0', u'\uFDD1'}) {
+        MessageEdit box;
+        box.setText(QString(159, u'x'));
+        box.moveCursor(QTextCursor::End);
+        paste(box, QChar(character));
+        EXPECT_EQ(box.textLength(), 159) << std::hex << int(character);
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, QChar(character));
+        QApplication::sendEvent(&box, &key);
+        EXPECT_EQ(box.textLength(), 159) << std::hex << int(character);
+    }
+}
+
 TEST(MessageEdit, noBreakSpacesStayWhatTheyAre)
 {
     MessageEdit box;
