@@ -1,10 +1,25 @@
 #include "console/QueueGridModel.h"
 
 #include "console/PlainTip.h"
+#include "engine/EventTexts.h"
+
 #include <QDateTime>
 
 #include <algorithm>
 #include <utility>
+
+namespace {
+
+/// When a message is due. Invalid for a date that came in odd.
+QDateTime momentOf(const QueueRow &row)
+{
+    // Date and time apart, as no rule of a zone applies to them.
+    const QDate date = QDate::fromString(row.deliveryDate.left(10), Qt::ISODate);
+    const QTime time = QTime::fromString(row.deliveryDate.mid(11), Qt::ISODate);
+    return time.isValid() ? QDateTime(date, time, Qt::UTC) : QDateTime();
+}
+
+} // namespace
 
 QueueGridModel::QueueGridModel(const QLocale &locale, QObject *parent)
     : QAbstractTableModel(parent), m_locale(locale)
@@ -53,17 +68,15 @@ int QueueGridModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : ColumnCount;
 }
 
-QString QueueGridModel::cell(const QueueRow &row, int column) const
+QString QueueGridModel::cell(const QueueRow &row, int column, Extent extent) const
 {
     switch (column) {
     case DeliveryDate: {
-        // Date and time apart, as no rule of a zone applies to them.
-        const QDate date = QDate::fromString(row.deliveryDate.left(10), Qt::ISODate);
-        const QTime time = QTime::fromString(row.deliveryDate.mid(11), Qt::ISODate);
-        if (!date.isValid() || !time.isValid())
+        const QDateTime moment = momentOf(row);
+        if (!moment.isValid())
             return row.deliveryDate; // a date that came in odd is shown as it came
-        return m_locale.toString(date, QLocale::ShortFormat) + u' ' +
-               m_locale.toString(time, QLocale::ShortFormat);
+        return extent == Extent::Whole ? EventTexts::wholeMoment(moment, m_locale)
+                                       : EventTexts::sentMoment(moment, m_locale);
     }
     case Phone:
         return row.phone;
@@ -82,9 +95,9 @@ QVariant QueueGridModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
-        return cell(row, index.column());
+        return cell(row, index.column(), Extent::Column);
     case Qt::ToolTipRole:
-        return plainTip(cell(row, index.column()));
+        return plainTip(cell(row, index.column(), Extent::Whole));
     case IdRole:
         return row.id;
     default:

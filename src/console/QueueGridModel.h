@@ -40,7 +40,12 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
-    QString cell(const QueueRow &row, int column) const;
+    enum class Extent : quint8 {
+        Column, ///< what the column has room for
+        Whole
+    };
+
+    QString cell(const QueueRow &row, int column, Extent extent) const;
 
     QLocale m_locale;
     QueueRecordSet m_records;

@@ -64,6 +64,14 @@ QString EventTexts::sentMoment(const QDateTime &moment, const QLocale &locale)
            timeText(moment.time(), locale);
 }
 
+QString EventTexts::wholeMoment(const QDateTime &moment, const QLocale &locale)
+{
+    QString dateFormat = locale.dateFormat(QLocale::ShortFormat);
+    if (!dateFormat.contains(QLatin1String("yyyy")))
+        dateFormat.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+    return locale.toString(moment.date(), dateFormat) + u' ' + timeText(moment.time(), locale);
+}
+
 QString EventTexts::failedMoment(const QDateTime &moment)
 {
     return moment.toString(QStringLiteral("dd-MM-yyyy HH:mm:ss"));

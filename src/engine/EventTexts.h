@@ -36,6 +36,8 @@ QString warningLine(qint32 errCode, const QString &extraInfo);
 
 /// The moment of a sent row, in the system's default date and time form.
 QString sentMoment(const QDateTime &moment, const QLocale &locale);
+/// The same with all figures of the year.
+QString wholeMoment(const QDateTime &moment, const QLocale &locale);
 /// The moment of a failed row: "dd-mm-yyyy hh:mm:ss".
 QString failedMoment(const QDateTime &moment);
 /// A time of day in the system's default time form.

@@ -119,7 +119,23 @@ TEST_F(EngineEvents, theGridIsSortedByDeliveryDateByTheConsole)
     EXPECT_EQ(cell(queue(), 0, 1), QStringLiteral("1"));
     EXPECT_EQ(cell(queue(), 1, 1), QStringLiteral("2"));
     EXPECT_EQ(cell(queue(), 2, 1), QStringLiteral("3"));
-    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("20/11/26 9:00"));
+    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("20/11/26 9:00:00"));
+}
+
+TEST_F(EngineEvents, noTwoDeliveryDatesLookAlike)
+{
+    script.queue = {{QStringLiteral("1999-11-20T09:00:01"), QStringLiteral("1"), {}, 1},
+                    {QStringLiteral("1999-11-20T09:00:59"), QStringLiteral("2"), {}, 2},
+                    {QStringLiteral("2099-11-20T09:00:59"), QStringLiteral("3"), {}, 3}};
+    Q_EMIT engine()->SMSQueueChanged(3);
+    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("20/11/99 9:00:01"));
+    EXPECT_EQ(cell(queue(), 1, 0), QStringLiteral("20/11/99 9:00:59"));
+    // The column has no room for more; the tooltip has.
+    const auto tip = [this](int row) {
+        return queue()->model()->index(row, 0).data(Qt::ToolTipRole).toString();
+    };
+    EXPECT_TRUE(tip(1).contains(QStringLiteral(">20/11/1999 9:00:59<"))) << qPrintable(tip(1));
+    EXPECT_TRUE(tip(2).contains(QStringLiteral(">20/11/2099 9:00:59<"))) << qPrintable(tip(2));
 }
 
 TEST_F(EngineEvents, redrawingIsOffWhileTheGridIsRebuilt)
@@ -153,7 +169,7 @@ TEST_F(EngineEvents, aDateThatAClockChangeSkipsIsShownLikeAnyOther)
     tzset();
     script.queue = {{QStringLiteral("2026-03-29T02:30:00"), QStringLiteral("2"), {}, 1}};
     Q_EMIT engine()->SMSQueueChanged(1);
-    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("29/3/26 2:30"));
+    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("29/3/26 2:30:00"));
     qunsetenv("TZ");
     tzset();
 }

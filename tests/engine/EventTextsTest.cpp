@@ -151,6 +151,16 @@ TEST(MomentTest, sentRowsHaveTheLocalesForm)
     }
 }
 
+TEST(MomentTest, wholeMomentHasTheLocalesFormWithTheCentury)
+{
+    const std::pair<const char *, QString> rows[] = {{"es_ES", u"5/3/2024 7:08:09"_qs},
+                                                     {"pt_PT", u"05/03/2024 07:08:09"_qs},
+                                                     {"ca_ES", u"5/3/2024 7:08:09"_qs},
+                                                     {"C", u"5 Mar 2024 07:08:09"_qs}};
+    for (const auto &[locale, moment] : rows)
+        EXPECT_EQ(EventTexts::wholeMoment(Moment, QLocale(QLatin1String(locale))), moment);
+}
+
 TEST(MomentTest, timeOfDayHasTheLocalesForm)
 {
     EXPECT_EQ(EventTexts::timeText(QTime(9, 5, 45), QLocale(u"es_ES"_qs)), u"9:05:45"_qs);
