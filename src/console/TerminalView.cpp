@@ -10,6 +10,14 @@ bool movesFocus(const QKeyEvent &event)
     return event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab;
 }
 
+/// Alt with a letter is another control's and no key of the log.
+bool isAccessKey(const QKeyEvent &event)
+{
+    return event.modifiers().testFlag(Qt::AltModifier) &&
+           !event.modifiers().testFlag(Qt::ControlModifier) &&
+           !event.modifiers().testFlag(Qt::MetaModifier);
+}
+
 } // namespace
 
 TerminalView::TerminalView(QWidget *parent) : QPlainTextEdit(parent)
@@ -44,8 +52,9 @@ void TerminalView::appendLine(const QString &line)
 
 bool TerminalView::event(QEvent *event)
 {
-    // No key of the log is a shortcut of the window's either.
-    if (event->type() == QEvent::ShortcutOverride) {
+    // No other key of the log is a shortcut of the window's either.
+    if (event->type() == QEvent::ShortcutOverride &&
+        !isAccessKey(*static_cast<QKeyEvent *>(event))) {
         event->accept();
         return true;
     }

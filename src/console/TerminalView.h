@@ -2,8 +2,9 @@
 
 #include <QPlainTextEdit>
 
-/// The log of communications. Every key is swallowed but Tab, which moves the focus on; the text
-/// can be selected and copied with the mouse, and the program alone writes it.
+/// The log of communications. Every key is swallowed but Tab, which moves the focus on, and the
+/// access keys of other controls; the text can be selected and copied with the mouse, and the
+/// program alone writes it.
 class TerminalView : public QPlainTextEdit
 {
     Q_OBJECT

@@ -85,6 +85,31 @@ TEST(TerminalView, neitherPastingNorDroppingNorAnInputMethodWritesToIt)
     EXPECT_EQ(terminal.text(), QStringLiteral("line\r\n"));
 }
 
+TEST(TerminalView, accessKeysReachTheirButtonsAndNoOtherShortcutDoes)
+{
+    QWidget window;
+    auto *const layout = new QVBoxLayout(&window);
+    auto *const terminal = new TerminalView;
+    auto *const button = new QPushButton(QStringLiteral("&Go"));
+    auto *const other = new QPushButton;
+    other->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
+    for (QWidget *const control : std::initializer_list<QWidget *>{terminal, button, other})
+        layout->addWidget(control);
+    int pressed = 0;
+    QObject::connect(button, &QPushButton::clicked, &window, [&] { ++pressed; });
+    QObject::connect(other, &QPushButton::clicked, &window, [&] { pressed += 100; });
+    window.show();
+    QApplication::setActiveWindow(&window);
+    terminal->setFocus();
+    QTest::keyClick(terminal, Qt::Key_G, Qt::ControlModifier);
+    QTest::keyClick(terminal, Qt::Key_G);
+    EXPECT_TRUE(terminal->hasFocus());
+    QTest::keyClick(terminal, Qt::Key_G, Qt::AltModifier);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pressed > 0; }));
+    EXPECT_EQ(pressed, 1);
+    EXPECT_EQ(terminal->text(), QString());
+}
+
 TEST(TerminalView, tabLetsTheFocusLeave)
 {
     QWidget window;
