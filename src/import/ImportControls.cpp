@@ -71,6 +71,12 @@ ImportControls::ImportControls(QWidget *form)
         QWidget::setTabOrder(order[i - 1], order[i]);
 }
 
+void ImportControls::clear(QComboBox *list)
+{
+    list->clear();
+    list->clearEditText(); // stays where there was no entry to remove
+}
+
 void ImportControls::setUp()
 {
     setPicture(btnOpen, "button-open-folder.svg", OpenPicture,

@@ -15,6 +15,9 @@ struct ImportControls
     /// Makes all controls in `form`, in their tab order.
     explicit ImportControls(QWidget *form);
 
+    /// Empties a drop-down list, also of a text that was typed into it.
+    static void clear(QComboBox *list);
+
     QComboBox *cboFileFormat;
     QLineEdit *txtFilePath;
     PictureButton *btnOpen;

@@ -96,7 +96,7 @@ void frmImport::LocalizeForm()
 
 void frmImport::FillFormats()
 {
-    m_ui.cboFileFormat->clear();
+    ImportControls::clear(m_ui.cboFileFormat);
     m_ui.cboFileFormat->addItems({GS(3760055), GS(3760056)});
     m_ui.cboFileFormat->setCurrentIndex(TextFile);
     cboFileFormat_Click(TextFile);
@@ -159,8 +159,8 @@ void frmImport::txtFilePath_LostFocus()
 {
     if (!moFileSystem->FileExists(m_ui.txtFilePath->text())) {
         m_ui.txtFilePath->clear();
-        m_ui.cboSheet->clear();
-        m_ui.cboField->clear();
+        ImportControls::clear(m_ui.cboSheet);
+        ImportControls::clear(m_ui.cboField);
     } else if (mnFileFormat == Spreadsheet) {
         OpenWorkbook();
     }
@@ -227,8 +227,8 @@ void frmImport::openConnection()
 void frmImport::listSheets()
 {
     const QStringList sheets = moConnection->sheets();
-    m_ui.cboSheet->clear();
-    m_ui.cboField->clear();
+    ImportControls::clear(m_ui.cboSheet);
+    ImportControls::clear(m_ui.cboField);
     m_ui.cboSheet->addItems(sheets);
     if (sheets.isEmpty())
         return;
@@ -252,7 +252,7 @@ void frmImport::listFields()
     if (table.rows == 0)
         SheetFailure::raiseNoCurrentRecord();
     m_ui.txtRecords->setText(QString::number(table.rows));
-    m_ui.cboField->clear();
+    ImportControls::clear(m_ui.cboField);
     m_ui.cboField->addItems(table.fields);
     if (!table.fields.isEmpty())
         m_ui.cboField->setCurrentIndex(0);

@@ -1,6 +1,7 @@
 #include "foundation/ui/WidgetMessageBoxes.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -116,6 +117,59 @@ TEST(WidgetMessageBoxesTest, questionIsAnsweredByItsKeys)
     EXPECT_EQ(
         answerOf(Buttons::YesNo, [](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); }),
         Answer::Yes);
+}
+
+TEST(WidgetMessageBoxesTest, buttonThatIsPressedHasTheFocus)
+{
+    answerOf(Buttons::YesNo, [](QMessageBox &box) {
+        QApplication::setActiveWindow(&box);
+        QAbstractButton *const no = box.button(QMessageBox::No);
+        EXPECT_FALSE(no->hasFocus());
+        Q_EMIT no->pressed();
+        EXPECT_TRUE(no->hasFocus());
+        no->click();
+    });
+}
+
+/// The window that a box stands over.
+QWidget *ownerOfABox()
+{
+    QWidget *owner = nullptr;
+    answerOf(Buttons::Ok, [&](QMessageBox &box) {
+        owner = box.parentWidget();
+        box.accept();
+    });
+    return owner;
+}
+
+TEST(WidgetMessageBoxesTest, boxStandsOverTheActiveWindow)
+{
+    QWidget console;
+    QWidget other;
+    console.show();
+    other.show();
+    for (QWidget *const active : {&console, &other}) {
+        QApplication::setActiveWindow(active);
+        EXPECT_EQ(ownerOfABox(), active);
+    }
+}
+
+TEST(WidgetMessageBoxesTest, boxStandsOverTheConsoleWhileNoWindowIsActive)
+{
+    QWidget console;
+    console.show();
+    {
+        QDialog dialog(&console); // as it was before it was closed
+        dialog.setModal(true);
+        dialog.show();
+        QApplication::setActiveWindow(nullptr);
+        EXPECT_EQ(ownerOfABox(), &dialog);
+        dialog.hide();
+        QApplication::setActiveWindow(nullptr);
+        EXPECT_EQ(ownerOfABox(), &console);
+    }
+    console.showMinimized();
+    EXPECT_EQ(ownerOfABox(), nullptr) << "it could not be seen";
 }
 
 TEST(WidgetMessageBoxesTest, manyBoxesTakeNoMoreMemoryThanAFew)

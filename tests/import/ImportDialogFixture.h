@@ -7,6 +7,7 @@
 #include "foundation/ui/CaptionedFrame.h"
 #include "import/ScriptedImport.h"
 #include "queue/Fixture.h"
+#include "support/PressWays.h"
 #include "support/RecordingMessageBoxes.h"
 #include "support/ScriptedStreams.h"
 

@@ -25,6 +25,73 @@ TEST_F(ImportDialog, theFocusLeavesThePathBeforeTheImportActs)
     EXPECT_EQ(imported(), (S{u"1"_qs, u"2"_qs}));
 }
 
+TEST_F(ImportDialog, aPathThatIsTypedOverAnotherIsTheOneThatIsImported)
+{
+    const QList<SheetScript::Sheet> former = script.sheets;
+    const QString second = write("x", u"second.xls"_qs);
+    for (const PressWay way : pressWays) {
+        script.sheets = former;
+        load();
+        EXPECT_TRUE(showAnd([&] {
+            chooseSpreadsheet();
+            type(write("x"));
+            control<QComboBox>("cboSheet")->setFocus();
+            type(second);
+            script.sheets = {{u"Otra"_qs, {u"Num"_qs}, {{u"7"_qs}}}};
+            press(control<QPushButton>("btnImport"), way);
+            EXPECT_TRUE(QTest::qWaitFor([this] { return !dialog->isVisible(); })) << way;
+        }));
+        EXPECT_EQ(imported(), S{u"7"_qs}) << way;
+    }
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(ImportDialog, aPathOfNoFileVanishesAlsoBeforeAPressByKey)
+{
+    for (const PressWay way : pressWays) {
+        load();
+        EXPECT_FALSE(showAnd([&] {
+            type(u"/nowhere/list.txt"_qs);
+            auto *const button = control<QPushButton>("btnImport");
+            press(button, way);
+            EXPECT_TRUE(button->hasFocus()) << way;
+            EXPECT_EQ(text("txtFilePath"), QString()) << way;
+        }));
+    }
+}
+
+TEST_F(ImportDialog, whatWasTypedIntoListsWithoutEntriesGoesWithTheirEntries)
+{
+    const auto typeIntoLists = [this] {
+        control<QComboBox>("cboSheet")->setEditText(u"Dos"_qs);
+        control<QComboBox>("cboField")->setEditText(u"Tel"_qs);
+    };
+    const auto typed = [this] {
+        return control<QComboBox>("cboSheet")->currentText() +
+               control<QComboBox>("cboField")->currentText();
+    };
+    showAnd([&] {
+        chooseSpreadsheet();
+        typeIntoLists();
+        type(u"/nowhere/list.xls"_qs);
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_EQ(typed(), QString()) << "a path of no file";
+
+        script.sheets.clear();
+        typeIntoLists();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_EQ(typed(), QString()) << "a workbook without sheets";
+
+        script.sheets = {{u"Uno"_qs, {}, {{}}}};
+        typeIntoLists();
+        control<QLineEdit>("txtFilePath")->setFocus();
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_EQ(typed(), u"Uno"_qs) << "a sheet without fields";
+    });
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
 TEST_F(ImportDialog, aSpreadsheetThatWasNeverOpenedGivesTheReadersBox)
 {
     const QString path = write("x");

@@ -2,6 +2,12 @@
 
 #include "foundation/ui/FatalReport.h"
 
+Application::Application(int &argc, char **argv) : QApplication(argc, argv)
+{
+    installEventFilter(&m_pressFocus);
+    installEventFilter(&m_wheelFocus);
+}
+
 bool Application::notify(QObject *receiver, QEvent *event)
 {
     try {

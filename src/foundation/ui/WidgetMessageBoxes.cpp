@@ -4,6 +4,8 @@
 #include <QGridLayout>
 #include <QMessageBox>
 
+#include <algorithm>
+
 namespace {
 
 QMessageBox::Icon widgetIcon(MessageBoxes::Icon icon)
@@ -23,6 +25,27 @@ QMessageBox::Icon widgetIcon(MessageBoxes::Icon icon)
     return QMessageBox::NoIcon;
 }
 
+/// Whether a box can stand over `window`. One over a minimised window would be as invisible.
+bool canOwn(const QWidget *window)
+{
+    return window && window->isVisible() && !window->isMinimized() &&
+           (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog);
+}
+
+/// The window that a box belongs to: the active one. While none of them is (the dialog before has
+/// just been closed, or another program is in front), the dialog that is open, else the console.
+QWidget *boxOwner()
+{
+    for (QWidget *const window :
+         {QApplication::activeWindow(), QApplication::activeModalWidget()}) {
+        if (canOwn(window))
+            return window;
+    }
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto found = std::find_if(windows.cbegin(), windows.cend(), canOwn);
+    return found == windows.cend() ? nullptr : *found;
+}
+
 /// Makes room for the whole title. Its face is the window manager's, which is unknown here and
 /// often larger and bolder than the program's; beside it stand the window's icon and buttons.
 void widenToTitle(QMessageBox &box)
@@ -39,7 +62,7 @@ void widenToTitle(QMessageBox &box)
 MessageBoxes::Answer WidgetMessageBoxes::show(const QString &text, Icon icon, Buttons buttons,
                                               const QString &title)
 {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(boxOwner());
     box.setTextFormat(Qt::PlainText);
     box.setIcon(widgetIcon(icon));
     box.setWindowTitle(title);

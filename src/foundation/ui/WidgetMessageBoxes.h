@@ -2,7 +2,8 @@
 
 #include "foundation/MessageBoxes.h"
 
-/// The toolkit's message boxes, modal over the active window. Texts are shown as plain text.
+/// The toolkit's message boxes, modal over the program's window: the active one, or the one that is
+/// there. Texts are shown as plain text.
 class WidgetMessageBoxes : public MessageBoxes
 {
 public:

@@ -1,0 +1,33 @@
+#include "foundation/ui/PressFocus.h"
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QFocusEvent>
+
+bool PressFocus::eventFilter(QObject *watched, QEvent *event)
+{
+    // Each widget is polished before it is shown for the first time. Every way to press a button
+    // emits pressed() before it emits clicked().
+    if (event->type() == QEvent::Polish) {
+        if (auto *const button = qobject_cast<QAbstractButton *>(watched))
+            connect(button, &QAbstractButton::pressed, this, [button] { giveFocusTo(button); });
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void PressFocus::giveFocusTo(QAbstractButton *button)
+{
+    if ((button->focusPolicy() & Qt::ClickFocus) != Qt::ClickFocus)
+        return;
+    QWidget *const former = button->window()->focusWidget();
+    if (former == button)
+        return;
+    const bool isActive = button->isActiveWindow();
+    button->setFocus(Qt::OtherFocusReason);
+    // In a window that isn't the active one the toolkit moves the focus without telling the widget
+    // that loses it.
+    if (!isActive && former) {
+        QFocusEvent leave(QEvent::FocusOut, Qt::OtherFocusReason);
+        QCoreApplication::sendEvent(former, &leave);
+    }
+}
