@@ -1,10 +1,9 @@
 #include "device/FolderPicker.h"
 
 #include "foundation/FailureNumbers.h"
+#include "foundation/FileSystem.h"
 #include "foundation/MessageBoxes.h"
 #include "foundation/PlatformHelpers.h"
-
-#include <QFileInfo>
 
 namespace {
 
@@ -26,11 +25,17 @@ void tell(const NumberedFailure &failure)
         QStringLiteral("  Error  -  ") + failure.description());
 }
 
+bool exists(const QString &path)
+{
+    const FileSystem files;
+    return files.FolderExists(path) || files.FileExists(path);
+}
+
 FolderBrowser::Choice choose(FolderBrowser &browser, QWidget *owner, const QString &title,
                              const QString &path, FolderBrowser::Style style)
 {
     try {
-        return browser.browse(owner, title, QFileInfo::exists(path) ? path : QString(), style);
+        return browser.browse(owner, title, exists(path) ? path : QString(), style);
     } catch (const NumberedFailure &failure) {
         tell(failure);
     } catch (const std::exception &other) {

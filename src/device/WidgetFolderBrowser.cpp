@@ -13,8 +13,9 @@ FolderBrowser::Choice WidgetFolderBrowser::browse(QWidget *owner, const QString 
         dialog.selectFile(preselected);
     if (dialog.exec() != QDialog::Accepted)
         return {};
-    const QList<QUrl> chosen = dialog.selectedUrls();
-    if (chosen.isEmpty() || !chosen.constFirst().isLocalFile())
+    const QString chosen = dialog.selectedUrls().value(0).toLocalFile();
+    // The toolkit's own resources are folders to its dialog, but none of the file system's.
+    if (!chosen.startsWith(u'/'))
         return {true, std::nullopt};
-    return {true, chosen.constFirst().toLocalFile()};
+    return {true, chosen};
 }

@@ -2,8 +2,6 @@
 
 #include "foundation/FailureNumbers.h"
 
-#include <QFileInfo>
-
 #include <cerrno>
 
 namespace {
@@ -25,12 +23,12 @@ QString FileSystem::BuildPath(const QString &path, const QString &name) const
 
 bool FileSystem::FileExists(const QString &path) const
 {
-    return QFileInfo(path).isFile();
+    return m_files.kind(path) == PlatformFiles::Kind::File;
 }
 
 bool FileSystem::FolderExists(const QString &path) const
 {
-    return QFileInfo(path).isDir();
+    return m_files.kind(path) == PlatformFiles::Kind::Folder;
 }
 
 QString FileSystem::GetDriveName(const QString & /*path*/) const

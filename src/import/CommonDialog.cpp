@@ -3,8 +3,6 @@
 #include "foundation/FailureNumbers.h"
 #include "foundation/MessageBoxes.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
 
 namespace {
@@ -111,6 +109,6 @@ bool CD_ShowOpen_Save(FilePicker &picker, QWidget *owner, quint32 &flags, QStrin
         return false;
     }
     path = outcome.path;
-    fileTitle = QFileInfo(path).fileName();
+    fileTitle = path.mid(path.lastIndexOf(u'/') + 1);
     return true;
 }

@@ -4,12 +4,25 @@
 
 namespace {
 
+/// The toolkit's dialog, without the files that the toolkit has in itself.
+class FileDialog : public QFileDialog
+{
+public:
+    using QFileDialog::QFileDialog;
+
+    void accept() override
+    {
+        if (selectedFiles().value(0).startsWith(u'/'))
+            QFileDialog::accept();
+    }
+};
+
 class ToolkitFilePicker : public FilePicker
 {
 public:
     Outcome pick(const Request &request) override
     {
-        QFileDialog dialog(request.owner, request.title, request.initialFolder);
+        FileDialog dialog(request.owner, request.title, request.initialFolder);
         dialog.setAcceptMode(request.purpose == Purpose::Open ? QFileDialog::AcceptOpen
                                                               : QFileDialog::AcceptSave);
         dialog.setFileMode((request.flags & FileMustExist) != 0 ? QFileDialog::ExistingFile

@@ -322,7 +322,7 @@ TEST_F(DeviceConfig, aFolderThatIsNotThereIsRefused)
     QFile file(folder() + QStringLiteral("/file"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     for (const QString &path : {QString(), folder() + QStringLiteral("/missing"), folder() + u' ',
-                                QStringLiteral(" "), file.fileName()}) {
+                                QStringLiteral(" "), file.fileName(), QStringLiteral(":/")}) {
         boxes.shown.clear();
         show([&](DeviceConfigForm &form) {
             keeper.calls.clear();

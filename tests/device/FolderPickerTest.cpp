@@ -32,7 +32,8 @@ TEST_F(FolderPickerTest, aFolderThatExistsIsSelectedAtFirst)
 
 TEST_F(FolderPickerTest, aPathThatDoesntExistSelectsNothing)
 {
-    for (const QString &missing : {QString(), folder.filePath(QStringLiteral("missing"))}) {
+    for (const QString &missing :
+         {QString(), folder.filePath(QStringLiteral("missing")), QStringLiteral(":/")}) {
         path = missing;
         pick();
         EXPECT_EQ(browser.asked.last().preselected, QString());

@@ -73,6 +73,16 @@ TEST_F(WidgetFolderBrowserTest, anotherFolderCanBeTyped)
     }
 }
 
+TEST_F(WidgetFolderBrowserTest, aFolderThatTheToolkitHasInItselfHasNoPath)
+{
+    const auto choice = browse(at("Norvane"), [&](QFileDialog &dialog) {
+        pathBox(dialog)->setText(QStringLiteral(":/qt-project.org"));
+        QTest::keyClick(pathBox(dialog), Qt::Key_Return);
+    });
+    EXPECT_TRUE(choice.confirmed);
+    EXPECT_EQ(choice.path, std::nullopt);
+}
+
 TEST_F(WidgetFolderBrowserTest, onlyFoldersCanBeChosen)
 {
     browse(QString(), [&](QFileDialog &dialog) {

@@ -3,6 +3,7 @@
 #include "foundation/NumberedFailure.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -19,6 +20,7 @@ class FailingFiles : public PlatformFiles
 {
 public:
     explicit FailingFiles(int error) : m_error(error) {}
+    Kind kind(const QString &) const override { return Kind::None; }
     int read(const QString &, qint64, QByteArray &) override { return m_error; }
     int replace(const QString &, const QByteArray &) override { return m_error; }
     int makeFolder(const QString &, Access) override { return m_error; }
@@ -74,6 +76,34 @@ TEST_F(FileSystemTest, filesAndFoldersAreToldApart)
     EXPECT_FALSE(m_fileSystem.FolderExists(m_folder.filePath(u"none"_qs)));
     EXPECT_FALSE(m_fileSystem.FileExists(QString()));
     EXPECT_FALSE(m_fileSystem.FolderExists(QString()));
+}
+
+TEST_F(FileSystemTest, aLinkIsWhatItLeadsTo)
+{
+    const QString file = makeFile(u"file"_qs);
+    const auto linkTo = [&](const QString &target, const QString &name) {
+        EXPECT_TRUE(QFile::link(target, m_folder.filePath(name)));
+        return m_folder.filePath(name);
+    };
+    EXPECT_TRUE(m_fileSystem.FileExists(linkTo(file, u"to file"_qs)));
+    const QString toFolder = linkTo(m_folder.path(), u"to folder"_qs);
+    EXPECT_TRUE(m_fileSystem.FolderExists(toFolder));
+    EXPECT_FALSE(m_fileSystem.FileExists(toFolder));
+    const QString toNothing = linkTo(m_folder.filePath(u"none"_qs), u"to nothing"_qs);
+    EXPECT_FALSE(m_fileSystem.FileExists(toNothing));
+    EXPECT_FALSE(m_fileSystem.FolderExists(toNothing));
+    EXPECT_FALSE(m_fileSystem.FileExists(u"/dev/null"_qs));
+}
+
+TEST_F(FileSystemTest, whatTheToolkitHasInItselfIsNeitherFileNorFolder)
+{
+    const QDir resources(u":/qt-project.org"_qs);
+    ASSERT_TRUE(resources.exists());
+    EXPECT_FALSE(m_fileSystem.FolderExists(resources.path()));
+    EXPECT_FALSE(m_fileSystem.FolderExists(u":/"_qs));
+    QDirIterator files(resources.path(), QDir::Files, QDirIterator::Subdirectories);
+    ASSERT_TRUE(files.hasNext());
+    EXPECT_FALSE(m_fileSystem.FileExists(files.next()));
 }
 
 TEST_F(FileSystemTest, thereAreNoDrives)

@@ -30,6 +30,7 @@ const QString Key = u"QueueFolder"_qs;
 class FailingFiles : public PlatformFiles
 {
 public:
+    Kind kind(const QString &path) const override { return platformFiles().kind(path); }
     int read(const QString &path, qint64 limit, QByteArray &bytes) override
     {
         return readError != 0 ? readError : platformFiles().read(path, limit, bytes);

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QTemporaryDir>
@@ -82,6 +83,14 @@ TEST_F(ToolkitPicker, doesNotTakeAFileThatIsNotThere)
         });
     });
     EXPECT_FALSE(pickTyping(u"none.txt"_qs).confirmed);
+    EXPECT_TRUE(stayedOpen);
+}
+
+TEST_F(ToolkitPicker, doesNotTakeAFileThatTheToolkitHasInItself)
+{
+    QDirIterator files(u":/qt-project.org"_qs, QDir::Files, QDirIterator::Subdirectories);
+    ASSERT_TRUE(files.hasNext());
+    EXPECT_FALSE(pickTyping(files.next()).confirmed);
     EXPECT_TRUE(stayedOpen);
 }
 

@@ -20,6 +20,7 @@ class FailingFiles : public PlatformFiles
 public:
     explicit FailingFiles(int error) : m_error(error) {}
 
+    Kind kind(const QString &path) const override { return platformFiles().kind(path); }
     int read(const QString &path, qint64 limit, QByteArray &bytes) override
     {
         return platformFiles().read(path, limit, bytes);

@@ -3,10 +3,10 @@
 #include "foundation/platform/PosixDescriptor.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -48,11 +48,17 @@ int writeAll(int descriptor, const QByteArray &bytes)
     return ::fsync(descriptor) == 0 ? 0 : errno;
 }
 
+struct Free
+{
+    void operator()(char *text) const { std::free(text); }
+};
+
 // A link is written through: what it names is replaced, not the link.
 QByteArray targetOf(const QString &path)
 {
-    const QString target = QFileInfo(path).canonicalFilePath();
-    return QFile::encodeName(target.isEmpty() ? path : target);
+    const QByteArray name = QFile::encodeName(path);
+    const std::unique_ptr<char, Free> target(::realpath(name.constData(), nullptr));
+    return target ? QByteArray(target.get()) : name;
 }
 
 int fill(Descriptor &file, const QByteArray &target, const QByteArray &bytes)
@@ -68,6 +74,16 @@ int fill(Descriptor &file, const QByteArray &target, const QByteArray &bytes)
 class LinuxFiles : public PlatformFiles
 {
 public:
+    Kind kind(const QString &path) const override
+    {
+        struct stat status = {};
+        if (!isUsablePath(path) || ::stat(QFile::encodeName(path).constData(), &status) != 0)
+            return Kind::None;
+        if (S_ISREG(status.st_mode))
+            return Kind::File;
+        return S_ISDIR(status.st_mode) ? Kind::Folder : Kind::Other;
+    }
+
     int read(const QString &path, qint64 limit, QByteArray &bytes) override
     {
         if (!isUsablePath(path))

@@ -9,11 +9,15 @@ class PlatformFiles
 {
 public:
     enum class Access { OwnerOnly, Usual };
+    enum class Kind { None, File, Folder, Other };
 
     PlatformFiles() = default;
     PlatformFiles(const PlatformFiles &) = delete;
     PlatformFiles &operator=(const PlatformFiles &) = delete;
     virtual ~PlatformFiles() = default;
+
+    /// What stands at `path`, or what a link there leads to; None if that can't be told.
+    virtual Kind kind(const QString &path) const = 0;
 
     /// Reads a whole regular file; it never waits, whatever stands at `path`.
     /// @param limit  largest size in bytes; a larger file gives EFBIG and is not read
