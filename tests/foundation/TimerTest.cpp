@@ -1,5 +1,7 @@
 #include "foundation/TimerFixture.h"
 
+#include "foundation/NumberedFailure.h"
+
 TEST_F(TimerTest, everythingStartsAtZero)
 {
     const auto timer = CTimerMM::create();
@@ -329,6 +331,71 @@ TEST_F(TimerTest, otherMessagesOfTheWindowGoToItsOwnProcedure)
     EXPECT_NE(MessageWindows::procedure(window), nullptr);
     MTimerMM::TimerWindowProc(window, WM_CLOSE, 0, 0);
     EXPECT_EQ(MessageWindows::procedure(window), nullptr);
+}
+
+namespace {
+
+struct Message
+{
+    WindowHandle window;
+    quint32 message;
+    quint64 wParam;
+    qint64 lParam;
+    bool operator==(const Message &) const = default;
+};
+QList<Message> g_received;
+
+/// A procedure of a window's own, which nothing else calls.
+qint64 ownProcedure(WindowHandle window, quint32 message, quint64 wParam, qint64 lParam)
+{
+    g_received.append({window, message, wParam, lParam});
+    return 4711;
+}
+
+} // namespace
+
+TEST_F(TimerTest, procedureThatAWindowHadIsKeptCalledAndPutBack)
+{
+    g_received.clear();
+    timers.ownProcedure = ownProcedure;
+    const auto timer = makeRunning();
+    const WindowHandle window = windowOfLast();
+    EXPECT_EQ(MTimerMM::TimerWindowProc(window, 17, 18, 19), 4711);
+    EXPECT_EQ(g_received, (QList<Message>{{window, 17, 18, 19}}));
+    EXPECT_EQ(MTimerMM::TimerWindowProc(window, MTimerMM::WM_MMTIMER, 0, window), 0);
+    EXPECT_EQ(g_received.size(), 1) << "a tick goes to the default procedure";
+
+    timer->setEnabled(false);
+    EXPECT_EQ(MessageWindows::procedure(window), &ownProcedure);
+    processWindowMessages();
+    EXPECT_EQ(g_received.last(), (Message{window, WM_CLOSE, 0, 0}));
+    defaultWindowProc(window, WM_CLOSE, 0, 0);
+}
+
+TEST_F(TimerTest, procedureOfTheNewestWindowIsThatOfAllOfThem)
+{
+    g_received.clear();
+    timers.ownProcedure = ownProcedure;
+    makeRunning();
+    const WindowHandle former = windowOfLast();
+    timers.ownProcedure = nullptr;
+    makeRunning();
+    EXPECT_EQ(MTimerMM::TimerWindowProc(former, 17, 0, 0), 0);
+    EXPECT_TRUE(g_received.isEmpty());
+}
+
+TEST_F(TimerTest, procedureThatWasKeptIsClearedBeforeTheNextWindowIsAskedForIts)
+{
+    g_received.clear();
+    timers.ownProcedure = ownProcedure;
+    const auto timer = makeRunning();
+    const WindowHandle window = windowOfLast();
+    timers.windowsHaveProcedures = false;
+    EXPECT_THROW(makeRunning(), NumberedFailure);
+    EXPECT_EQ(MTimerMM::TimerWindowProc(window, 17, 0, 0), 0);
+    EXPECT_TRUE(g_received.isEmpty());
+    timer->setEnabled(false);
+    EXPECT_EQ(MessageWindows::procedure(window), &defaultWindowProc);
 }
 
 TEST_F(TimerTest, tickMessageFindsItsTimerByTheHandleInIt)

@@ -54,7 +54,9 @@ public:
     }
     WindowProc windowProc(WindowHandle window) override
     {
-        return windowsHaveProcedures ? TimerPlatform::windowProc(window) : nullptr;
+        if (!windowsHaveProcedures)
+            return nullptr;
+        return ownProcedure ? ownProcedure : TimerPlatform::windowProc(window);
     }
     void setWindowProc(WindowHandle window, WindowProc procedure) override
     {
@@ -86,6 +88,7 @@ public:
     bool windowsHaveProcedures = true;
     bool proceduresFail = false; ///< to be set in a window
     bool postsFail = false;
+    WindowProc ownProcedure = nullptr; ///< that windows have at first, in place of the platform's
     QStringList calls;
     QList<Event> events; ///< those that run
 
