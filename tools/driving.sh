@@ -174,8 +174,18 @@ box_title='^Norvane SMS$'
 windows_of() { xdotool search --all --onlyvisible --pid "$1" --name "$2" 2>/dev/null; }
 no_window_of() { ! windows_of "$1" "$2"; }
 
-# window_of CONSOLE: prints its main window.
-window_of() { windows_of "$1" "$console_title" | tail -n 1; }
+# window_of CONSOLE: prints its main window. A search fails where another window goes away in the middle of it.
+window_of() {
+    local looks found
+    for ((looks = 0; looks < 100; ++looks)); do
+        if found=$(windows_of "$1" "$console_title"); then
+            tail -n 1 <<<"$found"
+            return 0
+        fi
+        sleep 0.1
+    done
+    return 1
+}
 width_is() { [[ $(xdotool getwindowgeometry --shell "$1" | sed -n 's/^WIDTH=//p') == "$2" ]]; }
 
 is_framed() { xprop -id "$1" _NET_FRAME_EXTENTS | grep -q =; }

@@ -62,7 +62,9 @@ ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &prog
 
 int main(int argc, char **argv)
 {
-    Application application(argc, argv);
+    // The program has no command line, and the toolkit's own options are none of its operators'.
+    int nameAlone = qMin(argc, 1);
+    Application application(nameAlone, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NorvaneSMS"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
     applyLook();

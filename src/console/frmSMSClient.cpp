@@ -17,6 +17,7 @@
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/WindowHook.h"
+#include "foundation/ui/WindowPlace.h"
 #include "import/frmImport.h"
 
 #include <QCloseEvent>
@@ -155,7 +156,7 @@ void frmSMSClient::SetWindowLimits()
     if (m_hook)
         m_hook->setLimits(gWindowLimits, outerPixels);
     else
-        resize(outerPixels - (frameSize() - size()));
+        WindowPlace::of(this).setOuterSize(outerPixels);
     CenterForm(this);
 }
 

@@ -3,6 +3,7 @@
 #include "device/DeviceConfigForm.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/FatalReport.h"
+#include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/PictureButton.h"
 
 #include <QApplication>
@@ -10,9 +11,11 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <string>
 
@@ -138,6 +141,33 @@ TEST_F(DeviceDialog, theWindowGetsItsLimitsThenItsTitleAndThenTheSettingsAreAppl
     EXPECT_TRUE(isWide());
     EXPECT_EQ(console->windowTitle(), GS(3760000));
     script.inCall = nullptr;
+}
+
+TEST_F(DeviceDialog, theWindowStandsInTheMiddleAgain)
+{
+    const auto corner = [this] { return console->windowHandle()->frameGeometry().topLeft(); };
+    const QRect screen = console->screen()->geometry();
+    const auto middle = [&](QSize outer) {
+        return screen.topLeft() + FormSetUp::centred(outer, screen.size());
+    };
+    loadAsClient();
+    show();
+    EXPECT_EQ(corner(), middle({574, 519}));
+    const auto moveAway = [&] {
+        console->move(console->pos() + QPoint(31, 17));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return corner() != middle({574, 519}); }));
+    };
+    moveAway();
+    configure([](DeviceConfigForm &form) { press(form.cmdCancel); });
+    EXPECT_NE(corner(), middle({574, 519})) << "a cancelled dialog moves nothing";
+    confirm();
+    EXPECT_EQ(corner(), middle({574, 519}));
+    moveAway();
+    configure([](DeviceConfigForm &form) {
+        press(form.opServer);
+        press(form.cmdOk);
+    });
+    EXPECT_EQ(corner(), middle({1009, 519}));
 }
 
 TEST_F(DeviceDialog, aCancelledDialogCallsNothingAndChangesNothing)

@@ -209,10 +209,17 @@ TEST_F(OperationMode, aClientCanNeitherGrowNorShrink)
 TEST_F(OperationMode, aServerCanGrowToTheScreenAndNotShrink)
 {
     loadAsServer();
-    EXPECT_EQ(smallest(), QSize(1009, 519));
+    show();
     const QSize screen = console->screen()->size();
     EXPECT_EQ(QSize(gWindowLimits.maximumWidth, gWindowLimits.maximumHeight), screen);
-    EXPECT_EQ(largest(), screen.expandedTo(smallest()));
+    const QSize largest = screen.expandedTo({1009, 519});
+    ASSERT_GT(largest.height(), 519) << "the screen leaves no room to grow";
+    console->resize(5000, 5000);
+    EXPECT_EQ(console->frameSize(), largest);
+    console->resize(1, 1);
+    EXPECT_EQ(console->frameSize(), QSize(1009, 519));
+    console->resize(QSize(1009, 600) - frame());
+    EXPECT_EQ(console->frameSize(), QSize(1009, 600));
 }
 
 TEST_F(OperationMode, aChangeOfModeChangesSizeAndLimitsAtOnce)

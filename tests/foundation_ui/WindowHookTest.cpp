@@ -24,8 +24,13 @@ protected:
         window.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
-    /// Takes the frame away, which the window learns of when it moves, and the hook at the next
-    /// event behind that.
+    /// Lets all events be dealt with that are on their way.
+    static void settle()
+    {
+        for (int i = 0; i < 10; ++i)
+            QCoreApplication::processEvents();
+    }
+    /// Takes the frame away, which the window learns of when it moves.
     void changeFrame()
     {
         ASSERT_NE(frame(), QSize(0, 0));
@@ -33,8 +38,7 @@ protected:
         show();
         window.move(window.pos() + QPoint(5, 5));
         EXPECT_TRUE(QTest::qWaitFor([this] { return frame() == QSize(0, 0); }, 5000));
-        QEvent activated(QEvent::WindowActivate);
-        QCoreApplication::sendEvent(&window, &activated);
+        settle();
     }
 
     QWidget window;
@@ -121,6 +125,7 @@ TEST_F(WindowHookTest, sizeThatTheOperatorGaveIsNotTakenBack)
     show();
     const WindowHook hook(&window, Server);
     window.resize(520, 410);
+    settle();
     changeFrame();
     ASSERT_EQ(frame(), QSize(0, 0));
     EXPECT_EQ(window.minimumSize(), QSize(300, 200));

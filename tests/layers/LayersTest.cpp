@@ -141,7 +141,7 @@ TEST(Layers, whatStandsBelowTheConsoleIncludesNoWidgetHeader)
 TEST(Layers, platformHeadersOfTheSystemStandInThePlatformFoldersAlone)
 {
     static const std::regex system(
-        R"(^(unistd\.h|fcntl\.h|termios\.h|dirent\.h|signal\.h|csignal|pty\.h|poll\.h|sys/.*)$)");
+        R"(^(unistd\.h|fcntl\.h|termios\.h|dirent\.h|signal\.h|csignal|pty\.h|poll\.h|sys/.*|xcb/.*)$)");
     for (const Include &include : includesOfSources()) {
         const std::string folder = folderOf(include.file);
         if (folder == "foundation/platform" || folder == "service/platform" ||

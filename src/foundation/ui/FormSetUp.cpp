@@ -1,8 +1,8 @@
 #include "foundation/ui/FormSetUp.h"
 
 #include "foundation/ui/Twips.h"
+#include "foundation/ui/WindowPlace.h"
 
-#include <QScreen>
 #include <QWidget>
 
 QPoint FormSetUp::centred(QSize form, QSize screen)
@@ -19,6 +19,5 @@ QSizeF twipsPerPixel(const QWidget *widget)
 
 void CenterForm(QWidget *form)
 {
-    const QRect screen = form->screen()->geometry();
-    form->move(screen.topLeft() + FormSetUp::centred(form->frameGeometry().size(), screen.size()));
+    WindowPlace::of(form).centre();
 }

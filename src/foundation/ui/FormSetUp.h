@@ -17,5 +17,6 @@ QPoint centred(QSize form, QSize screen);
 /// Horizontal and vertical twips of a pixel on the screen of `widget`.
 QSizeF twipsPerPixel(const QWidget *widget);
 
-/// The common form set-up: moves `form` to the middle of its screen and leaves its size.
+/// The common form set-up: moves `form` to the middle of its screen by its outer size, which stays.
+/// Before it has been shown its frame isn't known: it moves on when that comes.
 void CenterForm(QWidget *form);

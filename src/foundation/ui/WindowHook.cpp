@@ -1,11 +1,15 @@
 #include "foundation/ui/WindowHook.h"
 
-#include <QEvent>
+#include "foundation/ui/WindowPlace.h"
 
 WindowHook::WindowHook(QWidget *window, const WindowLimits &limits)
-    : QObject(window), m_window(window), m_limits(limits), m_askedOuterSize(window->frameSize())
+    : QObject(window), m_window(window), m_limits(limits)
 {
-    window->installEventFilter(this);
+    WindowPlace &place = WindowPlace::of(window);
+    connect(&place, &WindowPlace::arranging, this, &WindowHook::onArranging);
+    connect(&place, &WindowPlace::followed, this, &WindowHook::onFollowed);
+    if (!place.keepsOuterSize())
+        place.setOuterSize(window->frameSize());
     apply();
 }
 
@@ -13,7 +17,6 @@ WindowHook::~WindowHook()
 {
     if (!m_window)
         return;
-    m_window->removeEventFilter(this);
     m_window->setMinimumSize(0, 0);
     m_window->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
 }
@@ -21,48 +24,49 @@ WindowHook::~WindowHook()
 void WindowHook::setLimits(const WindowLimits &limits, QSize outerSize)
 {
     m_limits = limits;
-    m_askedOuterSize = outerSize;
-    apply();
+    WindowPlace::of(m_window).setOuterSize(outerSize);
 }
 
-bool WindowHook::eventFilter(QObject *watched, QEvent *event)
+void WindowHook::onArranging()
 {
-    switch (event->type()) {
-    case QEvent::Resize:
-        if (frame() == m_appliedFrame && m_window->frameSize() != m_askedOuterSize)
-            m_askedOuterSize = QSize();
-        [[fallthrough]];
-    case QEvent::Show:
-    case QEvent::Move:
-    case QEvent::WindowActivate:
-    case QEvent::WindowStateChange:
-        if (frame() != m_appliedFrame)
-            apply();
-        break;
-    default:
-        break;
-    }
-    return QObject::eventFilter(watched, event);
+    if (WindowPlace::of(m_window).keepsOuterSize())
+        apply(); // and that size is what the window gets next
+    else
+        onFollowed();
 }
 
-QSize WindowHook::frame() const
+void WindowHook::onFollowed()
 {
-    return m_window->frameSize() - m_window->size();
+    // The toolkit resizes a window that new limits don't fit, and would do so with one that is
+    // still as large as the maximised window that it was: such limits wait.
+    const QSize size = m_window->size();
+    if (size == size.expandedTo(smallest()) && size == size.boundedTo(largest()))
+        apply();
+}
+
+QSize WindowHook::smallest() const
+{
+    return QSize(m_limits.minimumWidth, m_limits.minimumHeight)
+        .shrunkBy(WindowPlace::of(m_window).frame())
+        .expandedTo({0, 0});
+}
+
+QSize WindowHook::largest() const
+{
+    // A maximised window has a frame of its own, and fills the screen only if it is let.
+    return QSize(m_limits.maximumWidth, m_limits.maximumHeight)
+        .shrunkBy(WindowPlace::of(m_window).presentFrame())
+        .expandedTo(smallest());
 }
 
 void WindowHook::apply()
 {
-    m_appliedFrame = frame();
-    const QSize minimum(m_limits.minimumWidth, m_limits.minimumHeight);
-    const QSize maximum(m_limits.maximumWidth, m_limits.maximumHeight);
-    const QSize smallest = (minimum - m_appliedFrame).expandedTo({0, 0});
-    const QSize asked = m_askedOuterSize;
-
+    const QSize minimum = smallest();
+    const QSize maximum = largest();
+    if (m_window->minimumSize() == minimum && m_window->maximumSize() == maximum)
+        return;
     // Lower bound first and upper bound after it, so that no step in between is contradictory.
     m_window->setMinimumSize(0, 0);
-    m_window->setMaximumSize((maximum - m_appliedFrame).expandedTo(smallest));
-    m_window->setMinimumSize(smallest);
-    if (asked.isValid() && !m_window->isMaximized() && !m_window->isFullScreen())
-        m_window->resize(asked - m_appliedFrame);
-    m_askedOuterSize = asked;
+    m_window->setMaximumSize(maximum);
+    m_window->setMinimumSize(minimum);
 }

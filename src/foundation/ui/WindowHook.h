@@ -6,11 +6,8 @@
 #include <QPointer>
 #include <QWidget>
 
-/// Holds a window to the window limits, which are of its outer size.
-///
-/// The window manager's frame is known only after the window has been shown, and can change later:
-/// the limits of the inner size are worked out anew whenever it does, and an outer size that the
-/// program asked for is kept.
+/// Holds a window to the window limits, which are of its outer size: those of its inner size follow
+/// the frame.
 class WindowHook : public QObject
 {
     Q_OBJECT
@@ -23,14 +20,13 @@ public:
     /// Changes the limits and, in the same step, the outer size of the window.
     void setLimits(const WindowLimits &limits, QSize outerSize);
 
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
-    QSize frame() const;
+    void onArranging();
+    void onFollowed();
+    QSize smallest() const;
+    QSize largest() const;
     void apply();
 
     QPointer<QWidget> m_window;
     WindowLimits m_limits;
-    QSize m_appliedFrame{-1, -1};
-    QSize m_askedOuterSize; ///< empty once the operator has changed the size
 };
