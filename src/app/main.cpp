@@ -1,9 +1,10 @@
+#include "app/EngineWaitNotice.h"
 #include "app/modSMSClient.h"
 #include "console/frmSMSClient.h"
 #include "device/DocumentsFolder.h"
 #include "device/WidgetFolderBrowser.h"
 #include "engine/SMSManagerProxy.h"
-#include "engine/contract/BusTypes.h"
+#include "engine/contract/EngineStartLimits.h"
 #include "foundation/StoredSettings.h"
 #include "foundation/platform/LinuxPlatform.h"
 #include "foundation/ui/Application.h"
@@ -20,6 +21,8 @@
 
 namespace {
 
+constexpr int quietStart = 1500; // ms that a start of the engine takes until a word is said of it
+
 QDateTime wallClock()
 {
     const QDateTime now = QDateTime::currentDateTime();
@@ -35,14 +38,15 @@ void translateToolkit(QTranslator &translator)
         QCoreApplication::installTranslator(&translator);
 }
 
-ConsoleEnvironment makeEnvironment(StoredSettings &settings, const QString &programFolder,
-                                   const FolderBrowsing &folders)
+ConsoleEnvironment makeEnvironment(StoredSettings &settings, EngineWait &notice,
+                                   const QString &programFolder, const FolderBrowsing &folders)
 {
-    return {[launcher = std::shared_ptr<EngineLauncher>(), programFolder]() mutable {
+    return {[launcher = std::shared_ptr<EngineLauncher>(), &notice, programFolder]() mutable {
                 if (!launcher)
                     launcher = std::make_shared<ProcessEngineLauncher>(
                         QDBusConnection::sessionBus(),
-                        programFolder + QStringLiteral("/TovekSMService"), Bus::CallTimeout);
+                        programFolder + QStringLiteral("/TovekSMService"), Bus::EngineStartLimit,
+                        &notice);
                 return std::make_unique<SMSManagerProxy>(*launcher);
             },
             modSMSClient::ReleaseGlobals,
@@ -83,10 +87,11 @@ int main(int argc, char **argv)
                                      return GetDocumentsFolder(platform, files);
                                  }};
 
+    EngineWaitNotice notice(quietStart);
     std::unique_ptr<frmSMSClient> console;
     try {
-        console = modSMSClient::Main(helpers,
-                                     makeEnvironment(settings, helpers.programFolder(), folders));
+        console = modSMSClient::Main(
+            helpers, makeEnvironment(settings, notice, helpers.programFolder(), folders));
     } catch (...) {
         FatalReport::report(std::current_exception());
     }

@@ -1,14 +1,17 @@
 #include "engine/EngineLauncher.h"
 
+#include "engine/EngineWait.h"
 #include "engine/contract/BusTypes.h"
 #include "foundation/FailureNumbers.h"
 #include "foundation/FailureTexts.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusPendingReply>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -46,8 +49,8 @@ QString errorOutputFile()
 } // namespace
 
 ProcessEngineLauncher::ProcessEngineLauncher(const QDBusConnection &bus, const QString &program,
-                                             int timeLimit)
-    : m_bus(bus), m_program(program), m_timeLimit(timeLimit)
+                                             int timeLimit, EngineWait *wait)
+    : m_bus(bus), m_program(program), m_timeLimit(timeLimit), m_wait(wait)
 {}
 
 void ProcessEngineLauncher::ensureRunning()
@@ -56,31 +59,49 @@ void ProcessEngineLauncher::ensureRunning()
         raiseCannotStart(FailureText::noSessionBus());
     const QString name = QLatin1String(Bus::ServiceName);
     QDBusConnectionInterface *const bus = m_bus.interface();
-    if (bus->isServiceRegistered(name) || startByBus())
+    if (bus->isServiceRegistered(name))
         return;
-
-    startProgram();
-    QElapsedTimer waited;
-    waited.start();
-    while (!bus->isServiceRegistered(name)) {
-        if (waited.hasExpired(m_timeLimit))
-            raiseCannotStart(FailureText::engineDidNotComeUp());
-        QThread::msleep(pollInterval);
+    if (isActivatable()) {
+        startByBus();
+        return;
     }
+    startProgram();
+    waitUntil([bus, name] { return bus->isServiceRegistered(name).value(); });
 }
 
-bool ProcessEngineLauncher::startByBus()
+bool ProcessEngineLauncher::isActivatable() const
 {
-    QDBusConnectionInterface *const bus = m_bus.interface();
-    const QString name = QLatin1String(Bus::ServiceName);
-    const QDBusReply<QStringList> activatable = bus->activatableServiceNames();
-    if (!activatable.isValid() || !activatable.value().contains(name))
-        return false;
-    bus->setTimeout(m_timeLimit);
-    const QDBusReply<void> started = bus->startService(name);
-    if (!started.isValid())
+    const QDBusReply<QStringList> activatable = m_bus.interface()->activatableServiceNames();
+    return activatable.isValid() && activatable.value().contains(QLatin1String(Bus::ServiceName));
+}
+
+void ProcessEngineLauncher::startByBus()
+{
+    m_bus.interface()->setTimeout(m_timeLimit);
+    const QDBusPendingReply<uint> started = m_bus.interface()->asyncCallWithArgumentList(
+        QStringLiteral("StartServiceByName"), {QLatin1String(Bus::ServiceName), uint(0)});
+    // The answer is taken on the connection's own thread.
+    waitUntil([&started] { return started.isFinished(); });
+    if (started.isError())
         raiseCannotStart(started.error().message());
-    return true;
+}
+
+/// Waits without an event loop of this thread's.
+void ProcessEngineLauncher::waitUntil(const std::function<bool()> &condition) const
+{
+    const auto end = qScopeGuard([this] {
+        if (m_wait)
+            m_wait->ended();
+    });
+    QElapsedTimer waited;
+    waited.start();
+    while (!condition()) {
+        if (waited.hasExpired(m_timeLimit))
+            raiseCannotStart(FailureText::engineDidNotComeUp());
+        if (m_wait)
+            m_wait->waiting(waited.elapsed());
+        QThread::msleep(pollInterval);
+    }
 }
 
 void ProcessEngineLauncher::startProgram()

@@ -3,6 +3,10 @@
 #include <QDBusConnection>
 #include <QString>
 
+#include <functional>
+
+class EngineWait;
+
 /// Sees to it that the engine process is on the bus.
 class EngineLauncher
 {
@@ -25,15 +29,20 @@ class ProcessEngineLauncher : public EngineLauncher
 public:
     /// @param program    full path of the engine's executable
     /// @param timeLimit  how long the start may take, in milliseconds
-    ProcessEngineLauncher(const QDBusConnection &bus, const QString &program, int timeLimit);
+    /// @param wait       is told while it takes; may be null, else must outlive this object
+    ProcessEngineLauncher(const QDBusConnection &bus, const QString &program, int timeLimit,
+                          EngineWait *wait = nullptr);
 
     void ensureRunning() override;
 
 private:
-    bool startByBus();
+    bool isActivatable() const;
+    void startByBus();
     void startProgram();
+    void waitUntil(const std::function<bool()> &condition) const;
 
     QDBusConnection m_bus;
     QString m_program;
     int m_timeLimit;
+    EngineWait *m_wait;
 };

@@ -9,6 +9,7 @@
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QEvent>
+#include <QScopeGuard>
 #include <QUuid>
 
 #include <utility>
@@ -48,19 +49,13 @@ SMSManagerProxy::SMSManagerProxy(EngineLauncher &launcher, QObject *parent)
         QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_connectionName));
 
-    SMSManagerBusInterface *const engine = m_engine.get();
-    connect(engine, &SMSManagerBusInterface::DeviceInfo, this, &SMSManager::DeviceInfo);
-    connect(engine, &SMSManagerBusInterface::EngineStatus, this, &SMSManager::EngineStatus);
-    connect(engine, &SMSManagerBusInterface::SMSQueueChanged, this, &SMSManager::SMSQueueChanged);
-    connect(engine, &SMSManagerBusInterface::SMSSent, this, &SMSManager::SMSSent);
-    connect(engine, &SMSManagerBusInterface::SMSSentFailed, this, &SMSManager::SMSSentFailed);
-    connect(engine, &SMSManagerBusInterface::WarningError, this, &SMSManager::WarningError);
+    connectEvents();
 
-    // An engine that comes up anew, whoever started it, knows nothing of this listener.
-    auto *const comings =
-        new QDBusServiceWatcher(QLatin1String(Bus::ServiceName), engine->connection(),
-                                QDBusServiceWatcher::WatchForRegistration, this);
-    connect(comings, &QDBusServiceWatcher::serviceRegistered, this, &SMSManagerProxy::attach);
+    auto *const owners =
+        new QDBusServiceWatcher(QLatin1String(Bus::ServiceName), m_engine->connection(),
+                                QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(owners, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            &SMSManagerProxy::engineChanged);
     attach();
 }
 
@@ -70,10 +65,58 @@ SMSManagerProxy::~SMSManagerProxy()
     QDBusConnection::disconnectFromBus(m_connectionName);
 }
 
+void SMSManagerProxy::connectEvents()
+{
+    SMSManagerBusInterface *const engine = m_engine.get();
+    connect(engine, &SMSManagerBusInterface::DeviceInfo, this, &SMSManager::DeviceInfo);
+    connect(engine, &SMSManagerBusInterface::EngineStatus, this, &SMSManager::EngineStatus);
+    connect(engine, &SMSManagerBusInterface::SMSQueueChanged, this, &SMSManager::SMSQueueChanged);
+    connect(engine, &SMSManagerBusInterface::SMSSent, this, &SMSManager::SMSSent);
+    connect(engine, &SMSManagerBusInterface::SMSSentFailed, this,
+            [this](const QString &phone, const QString &message, int errorCode) {
+                deliver([&] { Q_EMIT SMSSentFailed(phone, message, errorCode); });
+            });
+    connect(engine, &SMSManagerBusInterface::WarningError, this,
+            [this](int errCode, const QString &extraInfo) {
+                deliver([&] { Q_EMIT WarningError(errCode, extraInfo); });
+            });
+    // Comes behind both, so that their handlers have returned.
+    connect(engine, &SMSManagerBusInterface::ReportRaised, this, &SMSManagerProxy::acknowledge);
+}
+
+/// An engine that comes up anew, whoever started it, knows nothing of this listener. One that went
+/// runs no longer; the next call brings it back, and it runs again if it was to run.
+void SMSManagerProxy::engineChanged(const QString &, const QString &, const QString &owner)
+{
+    if (owner.isEmpty())
+        Q_EMIT EngineStatus(Stopped);
+    else
+        attach();
+}
+
 void SMSManagerProxy::attach()
 {
     m_engine->setTimeout(m_callTimeout);
+    // An engine that is older than this console knows no acknowledgements: what it raises counts as
+    // handled.
+    m_engine->AcknowledgeReports({});
     m_engine->ReportState();
+}
+
+template <typename Raise>
+void SMSManagerProxy::deliver(Raise &&raise)
+{
+    ++m_handlersRunning;
+    const auto leave = qScopeGuard([this] { --m_handlersRunning; });
+    raise();
+}
+
+/// An event loop inside a handler, as that of a fatal report, delivers this as well. What is being
+/// handled then may never have been: it is told again.
+void SMSManagerProxy::acknowledge(qlonglong report)
+{
+    if (m_handlersRunning == 0)
+        m_engine->AcknowledgeReports({report});
 }
 
 template <typename Call>

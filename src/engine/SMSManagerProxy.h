@@ -14,6 +14,11 @@ class SMSManagerBusInterface;
 ///
 /// A call to an engine that has vanished starts it again once. An engine that dies in the call, or
 /// hangs past its time limit, turns the call into NumberedFailure 462.
+///
+/// When the engine goes from the bus, EngineStatus 0 is raised, which nobody else can tell.
+///
+/// What the engine reports is acknowledged once its handlers have returned. What this object has
+/// not handled when it goes, the engine tells the next one.
 class SMSManagerProxy : public SMSManager
 {
     Q_OBJECT
@@ -49,7 +54,13 @@ public:
     void setCallTimeout(int milliseconds) { m_callTimeout = milliseconds; }
 
 private:
+    void connectEvents();
+    void engineChanged(const QString &name, const QString &formerOwner, const QString &owner);
     void attach();
+    /// Raises an event whose handling is acknowledged later.
+    template <typename Raise>
+    void deliver(Raise &&raise);
+    void acknowledge(qlonglong report);
     /// The whole queue, page by page.
     QList<QueueRow> fetchQueue();
     /// Hands the messages to an engine that knows no batches.
@@ -71,4 +82,5 @@ private:
     int m_callTimeout;
     QueueReplica m_replica;
     std::optional<QList<QueueRow>> m_batch; ///< what is held back, while a batch is open
+    int m_handlersRunning = 0;              ///< of what is to be acknowledged
 };

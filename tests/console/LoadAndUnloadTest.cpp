@@ -1,5 +1,6 @@
 #include "console/ConsoleFixture.h"
 
+#include "foundation/FailureNumbers.h"
 #include "foundation/Globals.h"
 #include "foundation/NumberedFailure.h"
 #include "foundation/ui/PictureButton.h"
@@ -245,8 +246,20 @@ TEST_F(LoadAndUnload, theLimitsAreTakenOffAtTheEnd)
 TEST_F(LoadAndUnload, anEngineThatCannotBeMadeFailsTheLoad)
 {
     storeMode(true);
-    script.failingCalls.enqueue(1);
-    EXPECT_THROW(load(), NumberedFailure);
+    ConsoleEnvironment withoutEngine{
+        []() -> std::unique_ptr<SMSManager> {
+            Failure::raise(Failure::CannotCreateObject, QStringLiteral("SMSManager"));
+        },
+        [] {}, [this] { return now; }, ModeSettings(settings, QStringLiteral("/program")), locale};
+    console = std::make_unique<frmSMSClient>(std::move(withoutEngine));
+    try {
+        console->Form_Load();
+        ADD_FAILURE() << "it loaded";
+    } catch (const NumberedFailure &failure) {
+        EXPECT_EQ(failure.number(), 429);
+    }
+    EXPECT_FALSE(console->isVisible());
+    EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
 TEST_F(LoadAndUnload, closingReleasesTheEngineWithoutAStopAndTheGlobalsLast)

@@ -135,13 +135,15 @@ TEST(BusInterfaceTest, operationsInSlotOrderThenTheReportsThenTheEvents)
                                            u"SetDeviceSettings: (isiis) >b"_qs,
                                            u"ReportState:"_qs,
                                            u"GetQueueChanges: t >t >b >a(sssx) >ax"_qs,
+                                           u"AcknowledgeReports: ax"_qs,
                                            u"GetState: >a{sv}"_qs,
                                            u"DeviceInfo: s s s s i i s s s s"_qs,
                                            u"EngineStatus: i"_qs,
                                            u"SMSQueueChanged: i"_qs,
                                            u"SMSSent: s s i"_qs,
                                            u"SMSSentFailed: s s i"_qs,
-                                           u"WarningError: i s"_qs}));
+                                           u"WarningError: i s"_qs,
+                                           u"ReportRaised: x"_qs}));
 }
 
 TEST(BusTypesTest, recordsHaveTheirBusForms)

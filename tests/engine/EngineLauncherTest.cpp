@@ -1,5 +1,6 @@
 #include "engine/EngineLauncher.h"
 
+#include "engine/EngineWait.h"
 #include "engine/PrivateBus.h"
 #include "engine/RaisedFailure.h"
 #include "engine/contract/BusTypes.h"
@@ -11,6 +12,8 @@
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 #include <unistd.h>
 
@@ -99,6 +102,43 @@ TEST(EngineLauncherTest, programThatNeverComesUpIsWaitedForNoLongerThanTheLimit)
     EXPECT_EQ(failure->number(), 429);
     EXPECT_EQ(failure->description(),
               FailureText::engineNotStarted(FailureText::engineDidNotComeUp()));
+}
+
+/// Notes a wait for the engine's start.
+class NotedEngineWait : public EngineWait
+{
+public:
+    void waiting(qint64 milliseconds) override { times << milliseconds; }
+    void ended() override { ++ends; }
+
+    QList<qint64> times;
+    int ends = 0;
+};
+
+TEST(EngineLauncherTest, theWaitIsToldUntilItEndsWhetherTheBusStartsTheEngineOrTheLauncher)
+{
+    for (const bool activated : {true, false}) {
+        const PrivateBus bus(activated ? QStringLiteral(NORVANE_FAKE_ENGINE) : QString());
+        NotedEngineWait wait;
+        ProcessEngineLauncher launcher(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE),
+                                       longLimit, &wait);
+        launcher.ensureRunning();
+        EXPECT_FALSE(wait.times.isEmpty()) << "a program takes its time to come up";
+        EXPECT_TRUE(std::is_sorted(wait.times.cbegin(), wait.times.cend()));
+        EXPECT_EQ(wait.ends, 1);
+        launcher.ensureRunning();
+        EXPECT_EQ(wait.ends, 1) << "nothing is waited for";
+    }
+}
+
+TEST(EngineLauncherTest, theWaitEndsWithAFailureToo)
+{
+    const PrivateBus bus;
+    NotedEngineWait wait;
+    ProcessEngineLauncher launcher(bus.connection(), QStringLiteral("/bin/true"), 50, &wait);
+    EXPECT_TRUE(raisedFailure([&] { launcher.ensureRunning(); }));
+    EXPECT_FALSE(wait.times.isEmpty());
+    EXPECT_EQ(wait.ends, 1);
 }
 
 TEST(EngineLauncherTest, engineThatIsUpIsNotStartedAgain)

@@ -16,6 +16,8 @@ public:
     PrivateBus &operator=(const PrivateBus &) = delete;
 
     QDBusConnection connection() const { return QDBusConnection(m_name); }
+    /// For further connections.
+    QString address() const { return m_name; }
 
 private:
     QTemporaryDir m_folder;

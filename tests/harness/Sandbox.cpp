@@ -144,13 +144,19 @@ bool Sandbox::stop()
 
 QDBusMessage Sandbox::call(const char *operation, const QVariantList &arguments) const
 {
+    return callFrom(m_bus.connection(), operation, arguments);
+}
+
+QDBusMessage Sandbox::callFrom(const QDBusConnection &bus, const char *operation,
+                               const QVariantList &arguments)
+{
     QDBusMessage message = QDBusMessage::createMethodCall(
         QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
         QLatin1String(Bus::InterfaceName), QLatin1String(operation));
     message.setArguments(arguments);
     // An engine that has ended is not to be started by the bus.
     message.setAutoStartService(false);
-    return m_bus.connection().call(message);
+    return bus.call(message);
 }
 
 int Sandbox::queueSize() const

@@ -61,9 +61,13 @@ public:
     bool stop();
 
     QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const;
+    /// As call(), from another connection to the same bus.
+    static QDBusMessage callFrom(const QDBusConnection &bus, const char *operation,
+                                 const QVariantList &arguments = {});
     /// -1 when the engine doesn't answer.
     int queueSize() const;
     QDBusConnection bus() const { return m_bus.connection(); }
+    QString busAddress() const { return m_bus.address(); }
 
 private:
     QTemporaryDir m_folder;

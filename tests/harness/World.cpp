@@ -15,6 +15,19 @@ constexpr int drainLimit = 90'000; // ms
 constexpr int hearLimit = 10'000;  // ms
 constexpr int phonesOfLane = 1'000'000;
 
+/// A second connection to the sandbox's bus.
+struct BriefConnection
+{
+    explicit BriefConnection(const QString &address)
+        : bus(QDBusConnection::connectToBus(address, QStringLiteral("brief")))
+    {}
+    BriefConnection(const BriefConnection &) = delete;
+    BriefConnection &operator=(const BriefConnection &) = delete;
+    ~BriefConnection() { QDBusConnection::disconnectFromBus(QStringLiteral("brief")); }
+
+    QDBusConnection bus;
+};
+
 Queued howQueued(const QDBusMessage &answer)
 {
     if (answer.type() == QDBusMessage::ReplyMessage)
@@ -146,6 +159,16 @@ void World::hearFailures(Account &account)
     const auto failures =
         std::count_if(now.outcomes.cbegin(), now.outcomes.cend(),
                       [](const MessageOutcome &outcome) { return outcome.code != 1; });
+    {
+        // A console that hears of all of them and dies before it has handled any.
+        const BriefConnection console(sandbox.busAddress());
+        FailureListener dying(console.bus);
+        sandbox.callFrom(console.bus, "AcknowledgeReports",
+                         {QVariant::fromValue(QList<qlonglong>())});
+        sandbox.callFrom(console.bus, "ReportState");
+        if (!eventually([&] { return dying.heard.size() >= failures; }, hearLimit))
+            stuck(QStringLiteral("a failure to a console that dies"));
+    }
     FailureListener listener(sandbox.bus());
     sandbox.call("ReportState");
     eventually([&] { return listener.heard.size() >= failures; }, hearLimit);

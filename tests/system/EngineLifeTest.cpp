@@ -93,6 +93,28 @@ TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
     EXPECT_TRUE(eventually([&] { return heard.contains(QStringLiteral("-2")); }));
 }
 
+TEST_F(EngineLife, anEngineThatHasGoneIsReportedAsStoppedAndRunsAgainWithTheNextCall)
+{
+    plugIn();
+    const auto proxy = makeProxy();
+    QList<qint32> statuses;
+    QObject::connect(proxy.get(), &SMSManager::EngineStatus,
+                     [&](qint32 status) { statuses << status; });
+    proxy->StartEngine();
+    ASSERT_TRUE(eventually([&] { return statuses.endsWith(1); }));
+    statuses.clear();
+    signalEngine(SIGKILL);
+    // Nothing is called meanwhile: nobody but the bus can tell.
+    ASSERT_TRUE(eventually([&] { return !statuses.isEmpty(); }));
+    EXPECT_EQ(statuses, QList<qint32>{0});
+    EXPECT_EQ(enginePid(), 0);
+
+    proxy->AddSMS(QStringLiteral("912345678"), QStringLiteral("x"),
+                  {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    EXPECT_TRUE(eventually([&] { return statuses.endsWith(1); }));
+    EXPECT_TRUE(eventually([&] { return device->messages().size() == 1; }));
+}
+
 TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureWithinASecond)
 {
     // A silent device keeps TestDevice waiting until the engine is killed.

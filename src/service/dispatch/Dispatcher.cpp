@@ -9,12 +9,6 @@
 #include <memory>
 #include <utility>
 
-namespace {
-
-constexpr qsizetype mostUnheardWarnings = 50;
-
-} // namespace
-
 Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        PartEncoder::Encode encode, QObject *parent)
@@ -161,9 +155,12 @@ void Dispatcher::warnTooLate()
                         "queue"));
 }
 
-QList<Dispatcher::Warning> Dispatcher::takeUnheardWarnings()
+void Dispatcher::noteHandled(qint64 report)
 {
-    return std::exchange(m_unheardWarnings, {});
+    if (report > 0)
+        m_heardOutcomes.add(report);
+    else if (const std::optional<Warning> handled = m_warnings.remove(report))
+        Q_EMIT warningHandled(handled->code, handled->text);
 }
 
 void Dispatcher::finish()
@@ -239,13 +236,11 @@ QString Dispatcher::doubtOf(const QString &phone)
     return QStringLiteral("no answer for the message to %1; it may have been delivered").arg(phone);
 }
 
-/// A failure that nobody hears now is kept for the next listener, and its warning comes along then.
+/// A failure that nobody acknowledges is kept for the next listener, and its warning comes along.
 void Dispatcher::tellFailure(const StoredMessage &message, qint64 outcome, qint32 code)
 {
-    if (m_heard) {
+    if (m_heard)
         Q_EMIT sendingFailed(message.phone, message.text, code);
-        m_heardOutcomes.add(outcome);
-    }
     if (code == ErrorCode::NoRespond) {
         const QString text = doubtOf(message.phone);
         qWarning().noquote() << "warning" << code << text;
@@ -253,6 +248,8 @@ void Dispatcher::tellFailure(const StoredMessage &message, qint64 outcome, qint3
         if (m_heard)
             Q_EMIT warning(code, text);
     }
+    if (m_heard)
+        Q_EMIT reportRaised(outcome);
     Q_EMIT queueChanged();
 }
 
@@ -277,7 +274,7 @@ void Dispatcher::probeStore()
         m_store.probe();
         qInfo() << "the store can be written again";
         m_storeTrouble.clear();
-        m_storeTroubleTold = false;
+        endStoreTrouble();
         m_storeLostFor.invalidate();
         work();
         return;
@@ -285,9 +282,8 @@ void Dispatcher::probeStore()
         noticeStoreFailure(failure);
         if (m_storeTroubleFor.hasExpired(m_timings.storeTroubleMs) &&
             m_store.access() == Store::Access::Whole) {
-            if (!std::exchange(m_storeTroubleTold, true))
-                warn(ErrorCode::MapFile,
-                     QStringLiteral("the store can't be used: ") + failure.text());
+            if (m_toldStoreTrouble.isEmpty())
+                warnOfStore(failure.text());
             // A file that was taken away and brought back is another one than that which is open.
             if (failure.kind() != StoreFailure::Kind::Busy &&
                 (!m_storeLostFor.isValid() ||
@@ -298,6 +294,22 @@ void Dispatcher::probeStore()
         }
     }
     m_probeStore.start(m_timings.storeAgainMs);
+}
+
+void Dispatcher::warnOfStore(const QString &reason)
+{
+    m_toldStoreTrouble = QStringLiteral("the store can't be used: ") + reason;
+    warn(ErrorCode::MapFile, m_toldStoreTrouble);
+}
+
+QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
+{
+    QList<Warning> troubles;
+    if (m_running && m_deviceTrouble.code != 0)
+        troubles.append(m_deviceTrouble);
+    if (!m_toldStoreTrouble.isEmpty())
+        troubles.append({ErrorCode::MapFile, m_toldStoreTrouble});
+    return troubles;
 }
 
 void Dispatcher::storeReplaced()
@@ -319,11 +331,10 @@ void Dispatcher::warn(qint32 code, const QString &text)
 {
     qWarning().noquote() << "warning" << code << text;
     Q_EMIT warned(code, text);
-    if (m_heard) {
-        Q_EMIT warning(code, text);
+    const qint64 report = m_warnings.add({code, text});
+    if (!m_heard)
         return;
-    }
-    const Warning unheard{code, text};
-    if (!m_unheardWarnings.contains(unheard) && m_unheardWarnings.size() < mostUnheardWarnings)
-        m_unheardWarnings.append(unheard);
+    Q_EMIT warning(code, text);
+    if (report != 0)
+        Q_EMIT reportRaised(report);
 }

@@ -9,6 +9,7 @@
 #include "service/dispatch/RetryPolicy.h"
 #include "service/dispatch/RunPace.h"
 #include "service/dispatch/SendingRun.h"
+#include "service/dispatch/UnacknowledgedWarnings.h"
 #include "service/modem/Modem.h"
 #include "service/store/Store.h"
 #include "service/time/Deadline.h"
@@ -34,13 +35,7 @@ class Dispatcher : public QObject
     Q_OBJECT
 
 public:
-    struct Warning
-    {
-        qint32 code = 0;
-        QString text;
-
-        bool operator==(const Warning &) const = default;
-    };
+    using Warning = UnacknowledgedWarnings::Warning;
     using TestAnswer = std::function<void(qint32)>;
 
     /// @param store, modem, clock  must outlive this object
@@ -72,22 +67,27 @@ public:
     void noticeQueueChange();
     /// Tells that an edit or a deletion came after its message had begun to be sent.
     void warnTooLate();
-    /// Raises a warning, or keeps it until someone listens.
+    /// Raises a warning where someone listens, and keeps it until it is acknowledged.
     void warn(qint32 code, const QString &text);
     /// The words of the warning for a message that may have been delivered.
     static QString doubtOf(const QString &phone);
 
-    /// Whether someone listens to the events. What nobody hears is kept.
+    /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
+    /// not raised.
     void setHeard(bool heard) { m_heard = heard; }
-    bool isHeard() const { return m_heard; }
-    HeardOutcomes &heardOutcomes() { return m_heardOutcomes; }
-    QList<Warning> takeUnheardWarnings();
-    /// The code of the trouble that keeps the device from its work, 0 for none.
-    qint32 deviceTrouble() const { return m_warnedCode; }
+    const HeardOutcomes &heardOutcomes() const { return m_heardOutcomes; }
+    const UnacknowledgedWarnings &unacknowledgedWarnings() const { return m_warnings; }
+    /// The failure or the warning of that number has been handled: it is not told again.
+    void noteHandled(qint64 report);
+    /// What keeps the started engine from its work at present, as it was warned of.
+    QList<Warning> standingTroubles() const;
 
     /// Whoever meets a failure of the store tells it here. One that lasts is told, and `storeLost`
     /// asks for the store to be opened anew.
     void noticeStoreFailure(const StoreFailure &failure);
+    /// Warns of a store that can't be used. The trouble stands until endStoreTrouble().
+    void warnOfStore(const QString &reason);
+    void endStoreTrouble() { m_toldStoreTrouble.clear(); }
     /// What keeps the store from being written at present; empty for nothing.
     QString storeTrouble() const { return m_storeTrouble; }
     /// A new store stands in the place of the one so far: the engine is stopped, with no device
@@ -110,6 +110,10 @@ Q_SIGNALS:
     void sent(const QString &phone, const QString &text, int queueCount);
     void sendingFailed(const QString &phone, const QString &text, int code);
     void warning(int code, const QString &text);
+    /// Follows sendingFailed, with the warning that may belong to it, and every other warning: the
+    /// number that noteHandled() takes. That of a failure is its outcome's id.
+    void reportRaised(qint64 report);
+    void warningHandled(int code, const QString &text);
     /// Comes with every warning, whether someone listens or not.
     void warned(int code, const QString &text);
     /// The store has failed for some time, or is damaged.
@@ -222,7 +226,7 @@ private:
     int m_deviceFailures = 0;   ///< in a row
     int m_answeredFailures = 0; ///< of these, the ones behind an open line
     bool m_breakerTold = false;
-    qint32 m_warnedCode = 0;      ///< the trouble with the device, as it was met last
+    Warning m_deviceTrouble;      ///< as it was met last; of code 0 for none
     QSet<qint32> m_toldCodes;     ///< told of the present trouble with the device
     bool m_needsOperator = false; ///< the SIM waits for the operator
     QString m_parameter;          ///< of the settings with which the device was opened
@@ -240,12 +244,12 @@ private:
 
     std::optional<DeviceDetails> m_knownDevice;
     QString m_storeTrouble;
-    bool m_storeTroubleTold = false;
+    QString m_toldStoreTrouble; ///< that was warned of; empty for none
     Stopwatch m_storeTroubleFor;
     Stopwatch m_storeLostFor; ///< since it was asked for to be opened anew
     Timer m_probeStore;
 
-    QList<Warning> m_unheardWarnings;
+    UnacknowledgedWarnings m_warnings;
     HeardOutcomes m_heardOutcomes;
     OutcomePruner m_pruner;
 };

@@ -248,7 +248,7 @@ void Dispatcher::tryDeviceLater(qint32 code, const QString &text)
 /// One trouble is told once, however often it is met again.
 void Dispatcher::tellTrouble(qint32 code, const QString &text)
 {
-    m_warnedCode = code;
+    m_deviceTrouble = {code, text};
     if (m_toldCodes.contains(code))
         return;
     m_toldCodes.insert(code);
@@ -278,7 +278,7 @@ void Dispatcher::endTrouble()
     m_answeredFailures = 0;
     m_breakerTold = false;
     m_toldCodes.clear();
-    m_warnedCode = 0;
+    m_deviceTrouble = {};
     m_needsOperator = false;
     m_openAgain.stop();
 }

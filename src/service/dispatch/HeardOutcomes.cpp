@@ -23,7 +23,7 @@ void HeardOutcomes::note()
         m_store.markReported(m_unnoted.values());
         m_unnoted.clear();
     } catch (const StoreFailure &failure) {
-        qWarning() << "what was told could not be noted:" << failure.text();
+        qWarning() << "what was handled could not be noted:" << failure.text();
         m_timer.start(m_retryMs);
     }
 }

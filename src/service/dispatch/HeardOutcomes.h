@@ -8,8 +8,8 @@
 
 class Store;
 
-/// Failures that a listener was told of. What was told is noted in the store afterwards: an engine
-/// that ends in between tells it once more, where the other order could leave it untold for ever.
+/// Failures that a console has handled. That is noted in the store afterwards: an engine that ends
+/// in between tells them once more, where the other order could leave them untold for ever.
 class HeardOutcomes : public QObject
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ public:
                   QObject *parent = nullptr);
 
     void add(qint64 outcome);
-    /// Whether it was told already, noted or not.
+    /// Whether it was handled and that is not noted yet.
     bool contains(qint64 outcome) const { return m_unnoted.contains(outcome); }
 
 private:

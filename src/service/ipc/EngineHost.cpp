@@ -25,14 +25,6 @@
 
 namespace {
 
-constexpr int lockInterval = 100;  // ms between two tries for the lock
-constexpr int lockLimit = 10'000;  // ms for which an engine that is ending is waited for
-constexpr int openInterval = 2000; // ms between two tries to open the store
-constexpr int endLimit = 20'000;   // ms for the part in progress when the engine is to end
-constexpr int busLostLimit =
-    240'000;                      // ms for it when the bus is gone: as long as an answer may take
-constexpr int partInterval = 500; // ms between two looks whether the part in progress is over
-
 bool otherEngineIsOnBus()
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
@@ -42,9 +34,10 @@ bool otherEngineIsOnBus()
 
 } // namespace
 
-EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line, QObject *parent)
-    : QObject(parent), m_clock(clock), m_line(std::move(line)), m_openAgain(clock.time()),
-      m_reopenAgain(clock.time()), m_endLimit(clock.time())
+EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
+                       const EngineLimits &limits, QObject *parent)
+    : QObject(parent), m_limits(limits), m_clock(clock), m_line(std::move(line)),
+      m_openAgain(clock.time()), m_reopenAgain(clock.time()), m_endLimit(clock.time())
 {
     connect(&m_endLimit, &Timer::timeout, qApp, [] {
         qWarning() << "the part in progress did not end within its time and is left";
@@ -90,11 +83,12 @@ EngineHost::Start EngineHost::lockStore(const QString &folder)
     }
     QElapsedTimer waited;
     waited.start();
-    // An engine that has the lock and no name on the bus is on its way out, or on its way up.
+    // An engine that has the lock and no name on this bus is on its way out, or on its way up. The
+    // one of a session that has ended may be sending still.
     while (!m_lock->tryLock()) {
-        if (otherEngineIsOnBus() || waited.hasExpired(lockLimit))
+        if (otherEngineIsOnBus() || waited.hasExpired(m_limits.lockMs))
             return Start::AlreadyThere;
-        QThread::msleep(lockInterval);
+        QThread::msleep(static_cast<unsigned long>(m_limits.lockIntervalMs));
     }
     return Start::Running;
 }
@@ -116,10 +110,11 @@ void EngineHost::makeParts(const QString &storeFile)
                                                 *m_dispatcher, m_clock);
     connect(m_dispatcher.get(), &Dispatcher::finished, qApp, &QCoreApplication::quit,
             Qt::QueuedConnection);
-    connect(m_service.get(), &EngineService::heard, this, [this] {
-        if (!m_toldDamage.isEmpty())
-            DamagedStore::markHeard(m_folder);
-    });
+    connect(m_dispatcher.get(), &Dispatcher::warningHandled, this,
+            [this](int, const QString &text) {
+                if (text == m_toldDamage)
+                    DamagedStore::markHeard(m_folder);
+            });
     connect(m_dispatcher.get(), &Dispatcher::storeLost, this, &EngineHost::reopenStore,
             Qt::QueuedConnection);
     new SMSManagerBusAdaptor(m_service.get());
@@ -167,14 +162,14 @@ void EngineHost::reopenStore(bool damaged)
 {
     if (m_dispatcher->isSending()) {
         m_reopenAsDamaged |= damaged;
-        m_reopenAgain.start(partInterval);
+        m_reopenAgain.start(m_limits.partIntervalMs);
         return;
     }
     qWarning() << "the store is opened anew";
     if (damaged && std::exchange(m_damageMet, true)) {
         m_store->close();
         if (!beginAnew(QStringLiteral("damage was met again and again")))
-            m_openAgain.start(openInterval);
+            m_openAgain.start(m_limits.openAgainMs);
     } else if (!openStore()) {
         QCoreApplication::exit(ExitCode::StoreTooNew);
     }
@@ -203,10 +198,9 @@ bool EngineHost::beginAnew(const QString &reason)
 
 void EngineHost::waitForStore(const StoreFailure &failure)
 {
-    m_openAgain.start(openInterval);
+    m_openAgain.start(m_limits.openAgainMs);
     if (!std::exchange(m_storeMissed, true))
-        m_dispatcher->warn(ErrorCode::MapFile,
-                           QStringLiteral("the store can't be used: ") + failure.text());
+        m_dispatcher->warnOfStore(failure.text());
 }
 
 void EngineHost::storeIsBack()
@@ -215,6 +209,7 @@ void EngineHost::storeIsBack()
     if (!std::exchange(m_storeMissed, false))
         return;
     qInfo() << "the store can be used again";
+    m_dispatcher->endStoreTrouble();
     resume();
     m_dispatcher->noticeQueueChange();
 }
@@ -226,8 +221,6 @@ void EngineHost::tellOfDamage()
         return;
     m_toldDamage = *damage;
     m_dispatcher->warn(ErrorCode::MapFile, *damage);
-    if (m_dispatcher->isHeard())
-        DamagedStore::markHeard(m_folder);
 }
 
 void EngineHost::resume()
@@ -244,18 +237,14 @@ void EngineHost::resume()
 
 void EngineHost::busLost()
 {
-    // The part in progress takes what its answer takes: nobody presses for the end. But the next
-    // session's engine waits for the lock.
-    if (!m_endLimit.isActive())
-        m_endLimit.start(busLostLimit);
     qWarning() << "the session bus is gone";
-    m_dispatcher->finish();
+    end();
 }
 
 void EngineHost::end()
 {
-    if (m_endLimit.isActive() && m_endLimit.interval() == endLimit)
+    if (m_endLimit.isActive())
         return;
-    m_endLimit.start(endLimit);
+    m_endLimit.start(m_limits.endMs);
     m_dispatcher->finish();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "service/ipc/EngineLimits.h"
 #include "service/time/Timer.h"
 
 #include <QObject>
@@ -32,14 +33,15 @@ public:
 
     /// @param clock  must outlive this object
     /// @param line   to the device
-    EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line, QObject *parent = nullptr);
+    EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
+               const EngineLimits &limits = {}, QObject *parent = nullptr);
     ~EngineHost() override;
 
     /// Brings the engine up. On a disk that can't be written it comes up as far as it can, and
     /// goes on by itself when the disk is back.
     Start start();
 
-    /// Finishes the part in progress, within twenty seconds, and ends the program.
+    /// Finishes the part in progress, within its limit, and ends the program.
     void end();
 
 private:
@@ -61,6 +63,7 @@ private Q_SLOTS:
     void busLost();
 
 private:
+    const EngineLimits m_limits;
     std::unique_ptr<FileLock> m_lock;
     const Clock &m_clock;
     std::unique_ptr<SerialLine> m_line; ///< until the modem has it

@@ -47,6 +47,7 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
     connect(&dispatcher, &Dispatcher::sent, this, &EngineService::SMSSent);
     connect(&dispatcher, &Dispatcher::sendingFailed, this, &EngineService::SMSSentFailed);
     connect(&dispatcher, &Dispatcher::warning, this, &EngineService::WarningError);
+    connect(&dispatcher, &Dispatcher::reportRaised, this, &EngineService::onReportRaised);
     connect(&dispatcher, &Dispatcher::warned, this, [this](int code, const QString &text) {
         m_lastError = {code, text, m_clock.wallClockText()};
     });
@@ -231,7 +232,7 @@ void EngineService::ReportState()
 {
     const QString listener = message().service();
     m_callers.addWatchedService(listener);
-    m_listeners.insert(listener);
+    m_acknowledgements.addListener(listener);
     m_pacer.listenerCame(listener);
     m_dispatcher.setHeard(true);
 
@@ -239,43 +240,93 @@ void EngineService::ReportState()
     reportTo(listener, QStringLiteral("SMSQueueChanged"), {m_store.size()});
     if (const auto &details = m_dispatcher.knownDevice())
         reportTo(listener, QStringLiteral("DeviceInfo"), argumentsOf(*details));
-    reportUnheard(listener);
-    Q_EMIT heard();
+    reportFailures(listener);
+    reportWarnings(listener);
+}
+
+void EngineService::AcknowledgeReports(const QList<qlonglong> &reports)
+{
+    const QString caller = message().service();
+    m_callers.addWatchedService(caller);
+    m_acknowledgements.addAcknowledger(caller);
+    for (const qlonglong report : reports) {
+        if (m_acknowledgements.acknowledge(caller, report))
+            m_dispatcher.noteHandled(report);
+    }
 }
 
 QVariantMap EngineService::GetState() const
 {
-    return EngineState::ofRunning(m_store, m_dispatcher, m_lastError);
+    QVariantMap state = EngineState::ofRunning(m_store, m_dispatcher, m_lastError);
+    state.insert(QStringLiteral("listeners"), m_acknowledgements.listeners());
+    return state;
 }
 
-void EngineService::reportUnheard(const QString &listener)
+void EngineService::reportFailures(const QString &listener)
 {
     try {
         for (const Outcome &outcome : m_store.unreportedFailures()) {
-            if (m_dispatcher.heardOutcomes().contains(outcome.id))
+            if (m_dispatcher.heardOutcomes().contains(outcome.id) ||
+                m_acknowledgements.isPending(listener, outcome.id))
                 continue;
             reportTo(listener, QStringLiteral("SMSSentFailed"),
                      {outcome.phone, outcome.text, outcome.code});
             if (outcome.code == ErrorCode::NoRespond)
                 reportTo(listener, QStringLiteral("WarningError"),
                          {outcome.code, Dispatcher::doubtOf(outcome.phone)});
-            m_dispatcher.heardOutcomes().add(outcome.id);
+            numberReport(listener, outcome.id);
         }
     } catch (const StoreFailure &failure) {
-        // They stay unheard, and are told to the next one who asks.
-        qWarning() << "unheard failures could not be reported:" << failure.text();
+        // They are kept, and told to the next one who asks.
+        qWarning() << "failures could not be reported:" << failure.text();
     }
-    for (const Dispatcher::Warning &warning : m_dispatcher.takeUnheardWarnings())
-        reportTo(listener, QStringLiteral("WarningError"), {warning.code, warning.text});
+}
+
+/// Those that nobody has handled yet, and those of a trouble that still stands, whoever handled
+/// them.
+void EngineService::reportWarnings(const QString &listener)
+{
+    QList<Dispatcher::Warning> standing = m_dispatcher.standingTroubles();
+    // A copy, as a listener that never acknowledges takes them out of the list.
+    const QList<UnacknowledgedWarnings::Entry> entries =
+        m_dispatcher.unacknowledgedWarnings().entries();
+    for (const UnacknowledgedWarnings::Entry &entry : entries) {
+        standing.removeAll(entry.warning);
+        if (m_acknowledgements.isPending(listener, entry.report))
+            continue;
+        reportWarning(listener, entry.warning);
+        numberReport(listener, entry.report);
+    }
+    for (const Dispatcher::Warning &trouble : standing)
+        reportWarning(listener, trouble);
+}
+
+void EngineService::reportWarning(const QString &listener, const Dispatcher::Warning &warning)
+{
+    reportTo(listener, QStringLiteral("WarningError"), {warning.code, warning.text});
+}
+
+void EngineService::numberReport(const QString &listener, qint64 report)
+{
+    reportTo(listener, QStringLiteral("ReportRaised"), {QVariant(report)});
+    if (m_acknowledgements.raisedTo(listener, report))
+        m_dispatcher.noteHandled(report);
+}
+
+void EngineService::onReportRaised(qint64 report)
+{
+    Q_EMIT ReportRaised(report);
+    if (m_acknowledgements.raisedToAll(report))
+        m_dispatcher.noteHandled(report);
 }
 
 void EngineService::listenerLeft(const QString &listener)
 {
     m_callers.removeWatchedService(listener);
-    m_listeners.remove(listener);
+    m_acknowledgements.removeCaller(listener);
     m_pacer.listenerLeft(listener);
     m_snapshots.drop(listener);
-    m_dispatcher.setHeard(!m_listeners.isEmpty());
+    m_dispatcher.setHeard(m_acknowledgements.listeners() > 0);
 }
 
 void EngineService::raiseDeviceInfo(const DeviceDetails &details)

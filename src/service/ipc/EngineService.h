@@ -1,9 +1,11 @@
 #pragma once
 
 #include "engine/contract/BusTypes.h"
+#include "service/dispatch/UnacknowledgedWarnings.h"
 #include "service/ipc/EngineState.h"
 #include "service/ipc/QueueChangePacer.h"
 #include "service/ipc/QueueSnapshots.h"
+#include "service/ipc/ReportAcknowledgements.h"
 #include "service/time/Deadline.h"
 #include "service/time/Timer.h"
 
@@ -12,7 +14,6 @@
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QObject>
-#include <QSet>
 
 #include <functional>
 #include <optional>
@@ -51,13 +52,11 @@ public:
     DeviceSettings GetDeviceSettings();
     bool SetDeviceSettings(const DeviceSettings &settings);
     void ReportState();
+    void AcknowledgeReports(const QList<qlonglong> &reports);
     /// Beside the operations, for monitors: attaches nobody. See EngineState.
     QVariantMap GetState() const;
 
 Q_SIGNALS:
-    /// A listener was told everything that was kept.
-    void heard();
-
     void DeviceInfo(const QString &Manufacturer, const QString &Model, const QString &IMEI,
                     const QString &NetworkInfo, int BatteryLevel, int SignalLevel,
                     const QString &FirmWare, const QString &Time, const QString &SMSCNumber,
@@ -67,6 +66,7 @@ Q_SIGNALS:
     void SMSSent(const QString &phone, const QString &Message, int QueueCount);
     void SMSSentFailed(const QString &phone, const QString &Message, int errorCode);
     void WarningError(int errCode, const QString &ExtraInfo);
+    void ReportRaised(qlonglong report);
 
 private:
     /// What a call does with the store; gives the call's output arguments.
@@ -93,7 +93,12 @@ private:
     QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
     QVariantList queueChanges(const QString &caller, quint64 revision);
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
-    void reportUnheard(const QString &listener);
+    void reportFailures(const QString &listener);
+    void reportWarnings(const QString &listener);
+    void reportWarning(const QString &listener, const UnacknowledgedWarnings::Warning &warning);
+    /// Tells the number of the report that was raised to this listener alone.
+    void numberReport(const QString &listener, qint64 report);
+    void onReportRaised(qint64 report);
     void raiseDeviceInfo(const DeviceDetails &details);
     void listenerLeft(const QString &listener);
 
@@ -102,7 +107,7 @@ private:
     Dispatcher &m_dispatcher;
     const Clock &m_clock;
     QDBusServiceWatcher m_callers;
-    QSet<QString> m_listeners;
+    ReportAcknowledgements m_acknowledgements;
     QueueChangePacer m_pacer;
     QList<Waiting> m_waiting;
     Timer m_retry; ///< runs while calls wait

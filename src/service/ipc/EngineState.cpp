@@ -1,5 +1,6 @@
 #include "service/ipc/EngineState.h"
 
+#include "engine/contract/ErrorCodes.h"
 #include "service/dispatch/Dispatcher.h"
 
 namespace {
@@ -73,8 +74,10 @@ QVariantMap EngineState::ofRunning(const Store &store, const Dispatcher &dispatc
         state.insert(QStringLiteral("errorText"), lastError->text);
         state.insert(QStringLiteral("errorAt"), lastError->at);
     }
-    if (const qint32 code = dispatcher.deviceTrouble(); code != 0)
-        trouble << QStringLiteral("the device: %1").arg(code);
+    for (const Dispatcher::Warning &standing : dispatcher.standingTroubles()) {
+        if (standing.code != ErrorCode::MapFile) // the store's is among them already
+            trouble << QStringLiteral("the device: %1 %2").arg(standing.code).arg(standing.text);
+    }
     state.insert(QStringLiteral("trouble"), trouble);
     return state;
 }

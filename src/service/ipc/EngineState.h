@@ -15,6 +15,7 @@ class Dispatcher;
 /// - errorCode, errorText, errorAt: the last warning; failureCode, failureAt: the last failed
 ///   message
 /// - trouble: what keeps the engine from its work, as words
+/// - listeners: consoles that the events are raised to; of an engine on the bus
 namespace EngineState {
 
 /// The last warning, and when it was raised ("yyyy-MM-ddTHH:mm:ss").

@@ -48,6 +48,14 @@ void printState(const QString &engine, qint32 size, const DeviceSettings &settin
           << "pin: " << (settings.PINCode.isEmpty() ? "none" : "set") << '\n';
 }
 
+void printTrouble(const QStringList &trouble)
+{
+    for (const QString &each : trouble)
+        out() << "trouble: " << onOneLine(each) << '\n';
+    if (trouble.isEmpty())
+        out() << "trouble: none\n";
+}
+
 void printQueue(const QList<QueueRow> &rows)
 {
     for (const QueueRow &row : rows) {
@@ -85,6 +93,7 @@ int carryOutOverBus(const CommandLine &commandLine)
             printState(running ? QStringLiteral("running") : QStringLiteral("stopped"),
                        engine.ask<int>("GetQueueSize"),
                        engine.ask<DeviceSettings>("GetDeviceSettings"));
+            printTrouble(engine.state().value(QStringLiteral("trouble")).toStringList());
         }
         if (commandLine.queue)
             printQueue(engine.queue());

@@ -104,12 +104,14 @@ void Store::probe()
 void Store::beginIdsAt(qint64 id)
 {
     Transaction transaction(m_database, transactionKind());
-    Statement(m_statements, "DELETE FROM sqlite_sequence WHERE name = 'message' AND seq < ?")
-        .run({id});
-    Statement(m_statements,
-              "INSERT INTO sqlite_sequence (name, seq) SELECT 'message', ? WHERE NOT EXISTS "
-              "(SELECT 1 FROM sqlite_sequence WHERE name = 'message')")
-        .run({id});
+    for (const char *const table : {"message", "outcome"}) {
+        Statement(m_statements, "DELETE FROM sqlite_sequence WHERE name = ? AND seq < ?")
+            .run({QLatin1String(table), id});
+        Statement(m_statements,
+                  "INSERT INTO sqlite_sequence (name, seq) SELECT ?, ? WHERE NOT EXISTS "
+                  "(SELECT 1 FROM sqlite_sequence WHERE name = ?)")
+            .run({QLatin1String(table), id, QLatin1String(table)});
+    }
     transaction.commit();
 }
 

@@ -164,7 +164,7 @@ TEST_F(DispatcherLostAnswer, aPromptThatNeverComesLeavesTheMessageWaiting)
     EXPECT_TRUE(has(QStringLiteral("sent 600 text 0")));
 }
 
-TEST_F(DispatcherFailures, aFailureThatNobodyHearsIsKeptAndOneThatIsHeardIsNot)
+TEST_F(DispatcherFailures, aFailureThatNobodyHearsIsKeptAndOneThatIsHandledIsNot)
 {
     m_submitAnswers = {cmsError(28), cmsError(28)};
     m_dispatcher->setHeard(false);
@@ -182,22 +182,45 @@ TEST_F(DispatcherFailures, aFailureThatNobodyHearsIsKeptAndOneThatIsHeardIsNot)
     EXPECT_EQ(m_store->unreportedFailures().constFirst().phone, QStringLiteral("600"));
 }
 
-TEST_F(DispatcherFailures, warningsThatNobodyHearsAreKeptOnceEachAndNotWithoutEnd)
+TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
 {
+    m_handlesReports = false;
+    m_submitAnswers = {cmsError(28)};
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return !m_reports.isEmpty(); }));
+    EXPECT_TRUE(has(QStringLiteral("failed 600 text -36")));
+    takeTurns();
+    ASSERT_EQ(m_store->unreportedFailures().size(), 1);
+    EXPECT_EQ(m_reports, QList<qint64>{m_store->unreportedFailures().constFirst().id});
+    m_dispatcher->noteHandled(m_reports.constFirst());
+    EXPECT_TRUE(until([this] { return m_store->unreportedFailures().isEmpty(); }));
+}
+
+TEST_F(DispatcherFailures, warningsAreKeptUntilTheyAreHandled)
+{
+    QStringList handled;
+    QObject::connect(m_dispatcher.get(), &Dispatcher::warningHandled,
+                     [&](int code, const QString &text) {
+                         handled << QStringLiteral("%1 %2").arg(code).arg(text);
+                     });
+    m_handlesReports = false;
     m_dispatcher->setHeard(false);
-    for (int i = 0; i < 100; ++i)
-        m_dispatcher->warn(-2, QStringLiteral("text %1").arg(i / 2));
-    m_dispatcher->warn(-2, QStringLiteral("one more"));
+    m_dispatcher->warn(-2, QStringLiteral("unheard"));
     EXPECT_FALSE(has(QStringLiteral("warning -2")));
-    const QList<Dispatcher::Warning> warnings = m_dispatcher->takeUnheardWarnings();
-    ASSERT_EQ(warnings.size(), 50);
-    EXPECT_EQ(warnings.at(49), (Dispatcher::Warning{-2, QStringLiteral("text 49")}));
-    EXPECT_TRUE(m_dispatcher->takeUnheardWarnings().isEmpty());
+    EXPECT_TRUE(m_reports.isEmpty());
+    EXPECT_EQ(m_dispatcher->unacknowledgedWarnings().entries().size(), 1);
 
     m_dispatcher->setHeard(true);
     m_dispatcher->warn(-2, QStringLiteral("heard"));
     EXPECT_TRUE(has(QStringLiteral("warning -2")));
-    EXPECT_TRUE(m_dispatcher->takeUnheardWarnings().isEmpty());
+    ASSERT_EQ(m_reports.size(), 1);
+    EXPECT_EQ(m_dispatcher->unacknowledgedWarnings().entries().size(), 2);
+    m_dispatcher->noteHandled(m_reports.constFirst());
+    EXPECT_EQ(handled, QStringList{QStringLiteral("-2 heard")});
+    ASSERT_EQ(m_dispatcher->unacknowledgedWarnings().entries().size(), 1);
+    EXPECT_EQ(m_dispatcher->unacknowledgedWarnings().entries().constFirst().warning.text,
+              QStringLiteral("unheard"));
 }
 
 TEST_F(DispatcherFailures, aChangeThatCameTooLateIsToldAndTheQueueShownAgain)

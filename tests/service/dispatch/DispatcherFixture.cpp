@@ -96,6 +96,11 @@ void DispatcherFixture::makeDispatcher()
     QObject::connect(dispatcher, &Dispatcher::warning, [this](int code, const QString &) {
         m_events << QStringLiteral("warning %1").arg(code);
     });
+    QObject::connect(dispatcher, &Dispatcher::reportRaised, [this](qint64 report) {
+        m_reports << report;
+        if (m_handlesReports)
+            m_dispatcher->noteHandled(report);
+    });
     QObject::connect(dispatcher, &Dispatcher::finished,
                      [this] { m_events << QStringLiteral("finished"); });
     m_dispatcher->setHeard(true);

@@ -90,6 +90,10 @@ protected:
     std::function<void()> m_onSubmission;
     QStringList m_events;
     int m_encodings = 0; ///< messages encoded since the test began
+    /// The failures and warnings that were raised, by number.
+    QList<qint64> m_reports;
+    /// Whether each of them is handled at once.
+    bool m_handlesReports = true;
     std::unique_ptr<Store> m_store;
     std::unique_ptr<Dispatcher> m_dispatcher;
 };

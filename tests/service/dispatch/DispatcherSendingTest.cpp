@@ -239,7 +239,7 @@ TEST_F(DispatcherSending, whatWasLeavingWhenTheEngineEndedIsReportedOnceAndNever
         EXPECT_EQ(failures.constFirst().text, QStringLiteral("first"));
         EXPECT_EQ(failures.constFirst().code, -39);
         // The warning comes with the failure, whenever that is heard.
-        EXPECT_TRUE(m_dispatcher->takeUnheardWarnings().isEmpty());
+        EXPECT_TRUE(m_dispatcher->unacknowledgedWarnings().entries().isEmpty());
         makeDispatcher();
     }
     EXPECT_EQ(submissions(), 0);

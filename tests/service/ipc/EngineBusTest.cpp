@@ -69,7 +69,7 @@ TEST_F(EngineOnBus, whatItTellsOfItselfIsWhatTheContractDeclares)
         QStringLiteral(NORVANE_SOURCE_DIR "/src/engine/contract/com.tovek.SMService.xml"));
     ASSERT_TRUE(contract.open(QIODevice::ReadOnly));
     const QStringList declared = declarations(QString::fromUtf8(contract.readAll()));
-    EXPECT_EQ(declared.size(), 16 + 6);
+    EXPECT_EQ(declared.size(), 17 + 7);
     const QStringList told = declarations(answer.arguments().constFirst().toString());
     EXPECT_EQ(told.join(u'\n').toStdString(), declared.join(u'\n').toStdString());
 }
@@ -268,11 +268,13 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
 
     listener.heard.clear();
     call("ReportState");
-    ASSERT_TRUE(until([&] { return listener.heard.size() >= 2; }));
+    ASSERT_TRUE(until([&] { return listener.heard.size() >= 3; }));
     call("GetEngineStatus");
     QCoreApplication::processEvents();
+    // What still stands is told again.
     EXPECT_EQ(listener.heard,
-              QStringList({QStringLiteral("EngineStatus 1"), QStringLiteral("SMSQueueChanged 0")}));
+              QStringList({QStringLiteral("EngineStatus 1"), QStringLiteral("SMSQueueChanged 0"),
+                           QStringLiteral("WarningError -2 /no/such/device")}));
 }
 
 TEST_F(EngineOnBus, aChangeThatCameTooLateIsAnsweredAndTold)

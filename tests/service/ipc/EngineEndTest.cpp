@@ -1,7 +1,18 @@
 #include "../../simulator/RunningSimulator.h"
 #include "EngineProcess.h"
 
+#include "engine/EngineLauncher.h"
+#include "engine/EngineWait.h"
+#include "engine/contract/EngineStartLimits.h"
+#include "service/ipc/EngineLimits.h"
 #include "service/store/OtherConnection.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusReply>
+
+#include <csignal>
+#include <functional>
+#include <utility>
 
 namespace {
 
@@ -91,6 +102,62 @@ TEST_F(EngineOnDyingBus, thePartInProgressIsFinished)
     EXPECT_EQ(m_engine.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(m_engine.exitCode(), 0);
     expectItFinished();
+}
+
+/// Notes a wait for the engine's start.
+class NotedEngineWait : public EngineWait
+{
+public:
+    explicit NotedEngineWait(std::function<void()> whenTold) : m_whenTold(std::move(whenTold)) {}
+
+    void waiting(qint64) override
+    {
+        if (!std::exchange(wasTold, true))
+            m_whenTold();
+    }
+    void ended() override { hasEnded = true; }
+
+    bool wasTold = false;
+    bool hasEnded = false;
+
+private:
+    std::function<void()> m_whenTold;
+};
+
+TEST_F(EngineOnDyingBus, aConsoleOfTheNextSessionWaitsForItAndWorks)
+{
+    startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
+    // The device says nothing until somebody waits for the next engine.
+    const auto modem = static_cast<pid_t>(device->process().processId());
+    ASSERT_EQ(::kill(modem, SIGSTOP), 0);
+    m_daemon.kill();
+    ASSERT_TRUE(m_daemon.waitForFinished(hangMs));
+
+    NotedEngineWait wait([modem] { ::kill(modem, SIGCONT); });
+    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(), program(), Bus::EngineStartLimit,
+                                   &wait);
+    launcher.ensureRunning();
+    EXPECT_TRUE(wait.wasTold);
+    EXPECT_TRUE(wait.hasEnded);
+    ASSERT_TRUE(m_engine.waitForFinished(hangMs));
+    expectItFinished();
+    addSMS(QStringLiteral("600111333"), QStringLiteral("text"),
+           QStringLiteral("2100-01-01T00:00:00"));
+    EXPECT_EQ(callForNumber("GetQueueSize"), 1);
+
+    const QDBusReply<uint> next =
+        QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::ServiceName));
+    ASSERT_GT(next.value(), 0U);
+    ASSERT_EQ(::kill(static_cast<pid_t>(next.value()), SIGKILL), 0);
+    EXPECT_TRUE(until([] { return !isOnBus(); }));
+}
+
+TEST(EngineLimitsTest, whoWaitsForAnotherWaitsLongerThanThatMayTake)
+{
+    const EngineLimits limits;
+    EXPECT_EQ(limits.endMs, 20'000);
+    EXPECT_GT(limits.lockMs, limits.endMs) << "the next engine, for the one that is ending";
+    EXPECT_GT(Bus::EngineStartLimit, limits.lockMs) << "the console, for the next engine";
 }
 
 } // namespace

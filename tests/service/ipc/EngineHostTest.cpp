@@ -132,6 +132,19 @@ TEST_F(EngineHostTest, aPartThatIsNotAnsweredInTimeIsLeftAndReportedAndNeverSent
     EXPECT_EQ(m_line->payloads.size(), 1);
 }
 
+TEST_F(EngineHostTest, theLossOfItsBusGivesThePartTheTimeOfAnyOtherEnd)
+{
+    startSending();
+    inLoop([this] {
+        ASSERT_TRUE(QMetaObject::invokeMethod(m_host.get(), "busLost", Qt::DirectConnection));
+        m_time.pass(19'999);
+        EXPECT_EQ(m_watch.ends, 0);
+        m_time.pass(1);
+        EXPECT_EQ(m_watch.ends, 1);
+    });
+    EXPECT_EQ(number("SELECT COUNT(*) FROM message WHERE state = 1"), 1);
+}
+
 TEST_F(EngineHostTest, aSecondWishToEndGivesThePartNoMoreTime)
 {
     startSending();

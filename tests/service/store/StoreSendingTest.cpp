@@ -94,6 +94,16 @@ TEST_F(StoreSending, idsCanBeginBeyondThoseOfAnotherStore)
     EXPECT_EQ(add(noon()), 2001);
 }
 
+TEST_F(StoreSending, idsOfOutcomesCanBeginThereToo)
+{
+    const auto fail = [this] {
+        return m_store->finish(add(noon()), -36, std::nullopt, noon(), false);
+    };
+    EXPECT_EQ(fail(), 1);
+    m_store->beginIdsAt(1000);
+    EXPECT_EQ(fail(), 1001);
+}
+
 TEST_F(StoreSending, anOutcomeIsKnownByItsId)
 {
     const qint64 first = add(noon());

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// Told of a start of the engine that takes its time, on the thread that waits for it.
+class EngineWait
+{
+public:
+    EngineWait() = default;
+    EngineWait(const EngineWait &) = delete;
+    EngineWait &operator=(const EngineWait &) = delete;
+    virtual ~EngineWait() = default;
+
+    /// Called again and again while the start is waited for.
+    /// @param milliseconds  since the wait began
+    virtual void waiting(qint64 milliseconds) = 0;
+    /// The engine is there, or has failed to come up.
+    virtual void ended() = 0;
+};

@@ -1,0 +1,151 @@
+#include "system/EngineProcess.h"
+#include "system/ReplacedEngine.h"
+
+#include <QCoreApplication>
+#include <QMutex>
+
+#include <utility>
+
+namespace {
+
+/// What calls an engine received, by name and first number, told across threads.
+class NotedCalls
+{
+public:
+    void add(const QString &call)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_calls << call;
+    }
+    QStringList all() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_calls;
+    }
+
+private:
+    mutable QMutex m_mutex;
+    QStringList m_calls;
+};
+
+class Acknowledgement : public EngineProcess
+{
+protected:
+    static constexpr qlonglong number = 7;
+
+    static QDBusMessage event(const QDBusMessage &call, const char *name,
+                              const QVariantList &arguments)
+    {
+        QDBusMessage event = QDBusMessage::createTargetedSignal(
+            call.service(), QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName),
+            QLatin1String(name));
+        event.setArguments(arguments);
+        return event;
+    }
+    /// An engine that answers ReportState with one failure, and with its number where it has any.
+    ReplacedEngine::Answer answers(bool hasNumbers)
+    {
+        return [this, hasNumbers](const QDBusMessage &call) -> QDBusMessage {
+            QString noted = call.member();
+            if (call.member() == QLatin1String("AcknowledgeReports")) {
+                if (!hasNumbers)
+                    return {};
+                for (const qlonglong report :
+                     qdbus_cast<QList<qlonglong>>(call.arguments().constFirst()))
+                    noted += QStringLiteral(" %1").arg(report);
+            }
+            calls.add(noted);
+            if (call.member() == QLatin1String("GetEngineStatus"))
+                return call.createReply(QVariant(0));
+            if (call.member() == QLatin1String("ReportState"))
+                raiseFailure(call, hasNumbers);
+            return call.createReply();
+        };
+    }
+    static void raiseFailure(const QDBusMessage &call, bool hasNumbers)
+    {
+        QDBusConnection bus(QStringLiteral("replaced engine"));
+        bus.send(
+            event(call, "SMSSentFailed", {QStringLiteral("600"), QStringLiteral("text"), -39}));
+        bus.send(event(call, "WarningError", {-39, QStringLiteral("in doubt")}));
+        if (hasNumbers)
+            bus.send(event(call, "ReportRaised", {QVariant(number)}));
+    }
+    bool isAcknowledged() const { return calls.all().contains(acknowledgement); }
+
+    const QString acknowledgement = QStringLiteral("AcknowledgeReports 7");
+    NotedCalls calls;
+};
+
+TEST_F(Acknowledgement, aReportIsAcknowledgedOnceItsHandlersHaveReturned)
+{
+    const ReplacedEngine engine(answers(true));
+    const auto proxy = makeProxy();
+    QStringList handled;
+    const auto handle = [&](const QString &event) {
+        EXPECT_EQ(proxy->GetEngineStatus(), 0); // whatever was sent before has been received
+        EXPECT_FALSE(isAcknowledged()) << qPrintable(event);
+        handled << event;
+    };
+    QObject::connect(proxy.get(), &SMSManager::SMSSentFailed,
+                     [&](const QString &phone) { handle(phone); });
+    QObject::connect(proxy.get(), &SMSManager::WarningError,
+                     [&](qint32, const QString &text) { handle(text); });
+    EXPECT_TRUE(eventually([&] { return isAcknowledged(); }));
+    EXPECT_EQ(handled, (QStringList{QStringLiteral("600"), QStringLiteral("in doubt")}));
+    EXPECT_EQ(calls.all().mid(0, 2),
+              (QStringList{QStringLiteral("AcknowledgeReports"), QStringLiteral("ReportState")}))
+        << "the engine knows that it will be acknowledged before it reports";
+}
+
+TEST_F(Acknowledgement, whatIsStillBeingHandledInAnEventLoopIsNotAcknowledged)
+{
+    const ReplacedEngine engine(answers(true));
+    const auto proxy = makeProxy();
+    bool warned = false;
+    QObject::connect(proxy.get(), &SMSManager::WarningError, [&] { warned = true; });
+    int failures = 0;
+    QObject::connect(proxy.get(), &SMSManager::SMSSentFailed, [&] {
+        // As a box does that tells of a failure in here.
+        ++failures;
+        proxy->GetEngineStatus(); // by its answer, all that was raised has arrived
+        QCoreApplication::sendPostedEvents();
+        EXPECT_TRUE(warned);
+    });
+    ASSERT_TRUE(eventually([&] { return failures == 1; }));
+    proxy->GetEngineStatus();
+    EXPECT_FALSE(isAcknowledged());
+}
+
+TEST_F(Acknowledgement, anEngineThatIsOlderThanAcknowledgementsIsHeardAsEver)
+{
+    const ReplacedEngine engine(answers(false));
+    const auto proxy = makeProxy();
+    int failures = 0;
+    QObject::connect(proxy.get(), &SMSManager::SMSSentFailed, [&] { ++failures; });
+    EXPECT_TRUE(eventually([&] { return failures == 1; }));
+    EXPECT_EQ(proxy->GetEngineStatus(), 0);
+    EXPECT_EQ(calls.all(),
+              (QStringList{QStringLiteral("ReportState"), QStringLiteral("GetEngineStatus")}));
+}
+
+TEST_F(Acknowledgement, whatADroppedProxyDidNotHandleIsToldToTheNextOne)
+{
+    plugIn();
+    auto dropped = makeProxy();
+    dropped->AddSMS(QStringLiteral("call me"), QStringLiteral("x"),
+                    {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    dropped->StartEngine();
+    // It runs no event loop from here on, as a console whose thread stands still.
+    while (dropped->GetQueueSize() > 0)
+        QThread::yieldCurrentThread();
+    const auto next = makeProxy();
+    QList<qint32> codes;
+    QObject::connect(next.get(), &SMSManager::SMSSentFailed,
+                     [&](const QString &, const QString &, qint32 code) { codes << code; });
+    dropped.reset();
+    EXPECT_TRUE(eventually([&] { return !codes.isEmpty(); }));
+    EXPECT_EQ(codes, QList<qint32>{-18});
+}
+
+} // namespace

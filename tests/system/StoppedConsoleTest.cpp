@@ -1,0 +1,94 @@
+#include "system/WholePath.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+#include <csignal>
+
+namespace {
+
+/// A console in a process of its own that stands still and never goes on.
+class StoppedConsole : public WholePath
+{
+protected:
+    void SetUp() override
+    {
+        plugIn();
+        const auto engine = makeProxy(); // it is up before any console
+    }
+    ~StoppedConsole() override
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    static int listeners()
+    {
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+            QLatin1String(Bus::InterfaceName), QStringLiteral("GetState"));
+        const QDBusMessage answer = QDBusConnection::sessionBus().call(call);
+        return qdbus_cast<QVariantMap>(answer.arguments().value(0))
+            .value(QStringLiteral("listeners"), -1)
+            .toInt();
+    }
+    void startConsole()
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSMS"), QStringList());
+        ASSERT_TRUE(m_process.waitForStarted());
+        ASSERT_TRUE(eventually([] { return listeners() == 1; }));
+    }
+    void signalConsole(int number) const
+    {
+        ASSERT_EQ(::kill(static_cast<pid_t>(m_process.processId()), number), 0);
+    }
+    /// Lets a message fail, by a program that listens to nothing.
+    static void failMessage(const QString &phone)
+    {
+        const auto call = [](const char *operation, const QVariantList &arguments) {
+            QDBusMessage message = QDBusMessage::createMethodCall(
+                QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+                QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+            message.setArguments(arguments);
+            return QDBusConnection::sessionBus().call(message);
+        };
+        call("AddSMS", {phone, QStringLiteral("x"), QStringLiteral("2020-01-01T00:00:00")});
+        call("StartEngine", {});
+        ASSERT_TRUE(
+            eventually([&] { return call("GetQueueSize", {}).arguments().value(0).toInt() == 0; }));
+    }
+    QStringList failedPhones() const
+    {
+        QStringList phones;
+        const auto *const rows = control<QTableView>("grdSentDetails")->model();
+        for (int row = 0; row < rows->rowCount(); ++row)
+            phones << rows->index(row, 1).data().toString();
+        return phones;
+    }
+
+    QProcess m_process;
+};
+
+TEST_F(StoppedConsole, aFailureThatItNeverHandledIsToldByTheNextConsole)
+{
+    startConsole();
+    signalConsole(SIGSTOP);
+    failMessage(QStringLiteral("call me"));
+    signalConsole(SIGKILL);
+    ASSERT_TRUE(m_process.waitForFinished());
+    ASSERT_TRUE(eventually([] { return listeners() == 0; }));
+
+    openConsole();
+    ASSERT_TRUE(eventually([this] { return !failedPhones().isEmpty(); }));
+    EXPECT_EQ(failedPhones(), QStringList{QStringLiteral("call me")});
+    EXPECT_TRUE(control<TerminalView>("txtTerm")->text().contains(QStringLiteral("-18")));
+
+    // It has handled it: the one after that begins with an empty list.
+    closeConsole();
+    openConsole();
+    QCoreApplication::processEvents(); // the engine's report came before the answers to the load
+    EXPECT_EQ(failedPhones(), QStringList());
+}
+
+} // namespace
