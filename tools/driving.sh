@@ -25,10 +25,11 @@ finish() {
 # runs PROCESS: whether it is one that the script has started, and still there.
 runs() { jobs -rp | grep -qx "$1"; }
 
-# await SECONDS COMMAND...: runs the command until it succeeds. What counts are the looks, ten a second, so
-# that a machine that stands still for a while, or hardly moves, has its time all the same.
+# await SECONDS COMMAND...: runs the command until it succeeds, which takes at most so many seconds on an idle
+# machine. A busy one may take forty times as long, so that only a hang is given up. What counts are the looks,
+# ten a second: a machine that stands still for a while has its time all the same.
 await() {
-    local looks=$(($1 * 10))
+    local looks=$(($1 * 10 * 40))
     shift
     until "$@" >/dev/null 2>&1; do
         ((looks-- > 0)) || fail "gave up waiting for: $*"
@@ -60,7 +61,7 @@ is_ended() { ! kill -0 "$1"; }
 
 # clear_folder FOLDER: an engine that has just lost its bus may still be closing its files in there.
 clear_folder() {
-    local deadline=$((SECONDS + 10))
+    local deadline=$((SECONDS + 400))
     until rm -rf "$1" 2>/dev/null || ((SECONDS >= deadline)); do
         sleep 0.1
     done

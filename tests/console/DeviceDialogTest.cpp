@@ -145,13 +145,13 @@ TEST_F(DeviceDialog, theWindowGetsItsLimitsThenItsTitleAndThenTheSettingsAreAppl
 
 TEST_F(DeviceDialog, theWindowStandsInTheMiddleAgain)
 {
+    loadAsClient();
+    show();
     const auto corner = [this] { return console->windowHandle()->frameGeometry().topLeft(); };
     const QRect screen = console->screen()->geometry();
     const auto middle = [&](QSize outer) {
         return screen.topLeft() + FormSetUp::centred(outer, screen.size());
     };
-    loadAsClient();
-    show();
     EXPECT_EQ(corner(), middle({574, 519}));
     const auto moveAway = [&] {
         console->move(console->pos() + QPoint(31, 17));

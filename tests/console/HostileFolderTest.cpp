@@ -3,7 +3,6 @@
 #include "queue/Fixture.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 
 #include <cerrno>
 
@@ -54,10 +53,7 @@ TEST_F(HostileFolder, whatIsNoRegularFileIsNeitherReadNorTakenAway)
     ASSERT_TRUE(device || errno == EPERM);
     drop(u"sms.1"_qs);
 
-    QElapsedTimer timer;
-    timer.start();
-    tick();
-    EXPECT_LT(timer.elapsed(), 5'000) << "nothing is waited for";
+    tick(); // and nothing is waited for: nobody would ever write to the pipe
     EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_qs});
     EXPECT_EQ(streams.calls.filter(u"open "_qs).size(), 1);
     EXPECT_EQ(names().size(), device ? 9 : 8);
@@ -151,10 +147,7 @@ TEST_F(HostileFolder, ofAHundredThousandFilesAsManyAsTheCounterHoldsAreTaken)
     constexpr int count = 100'000;
     for (int number = 0; number < count; ++number)
         writeFile(path(u"sms."_qs + QString::number(number)));
-    QElapsedTimer timer;
-    timer.start();
     tick();
-    RecordProperty("milliseconds", static_cast<int>(timer.elapsed()));
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first(),
               (RecordingMessageBoxes::Shown{u" 6 - Overflow"_qs, MessageBoxes::Icon::Critical,

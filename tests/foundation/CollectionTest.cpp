@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <functional>
 #include <random>
 
@@ -237,19 +236,17 @@ TEST_F(Collection, agreesWithAPlainListWhateverIsDone)
     EXPECT_EQ(items(), expected);
 }
 
-TEST_F(Collection, halfAMillionItemsAreReachedByPositionAfterRemovals)
+/// A walk for each position would take more than an hour, and so fail by the test's own limit.
+TEST_F(Collection, millionsOfItemsAreReachedByPositionAfterRemovals)
 {
-    constexpr int count = 500'000;
+    constexpr int count = 2'000'000;
     for (int i = 0; i < count; ++i)
         collection.add(i, keyOf(i));
-    const std::clock_t begun = std::clock(); // of the processor: the machine may be busy
     for (int i = 0; i < count / 2; ++i)
         collection.remove(i + 1); // every other one
     for (qint32 position = 1; position <= collection.getCount(); ++position)
         ASSERT_EQ(collection.Item(position).toInt(), position * 2 - 1);
     collection.removeAll();
-    EXPECT_LT((std::clock() - begun) / CLOCKS_PER_SEC, 30)
-        << "a walk for each position takes hours";
 }
 
 TEST_F(Collection, isAnObjectThatCopiesNothing)

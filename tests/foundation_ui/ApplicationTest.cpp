@@ -3,6 +3,7 @@
 #include "foundation/NumberedFailure.h"
 #include "foundation/ui/FatalReport.h"
 #include "support/RecordingMessageBoxes.h"
+#include "support/WaitUntil.h"
 
 #include <QPushButton>
 #include <QSocketNotifier>
@@ -16,8 +17,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr int limit = 10'000; // ms
 
 [[noreturn]] void fail()
 {
@@ -53,7 +52,7 @@ protected:
 
     void expectOneReport()
     {
-        EXPECT_TRUE(QTest::qWaitFor([this] { return !exitCodes.isEmpty(); }, limit));
+        EXPECT_TRUE(waitUntil([this] { return !exitCodes.isEmpty(); }));
         EXPECT_EQ(exitCodes, (QList<int>{1}));
         ASSERT_EQ(boxes.shown.size(), 1);
         EXPECT_EQ(boxes.shown.at(0).text, u"Overflow - 6"_qs);

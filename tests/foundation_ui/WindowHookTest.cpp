@@ -1,5 +1,7 @@
 #include "foundation/ui/WindowHook.h"
 
+#include "support/WaitUntil.h"
+
 #include <QPointer>
 #include <QTest>
 #include <QWidget>
@@ -37,7 +39,7 @@ protected:
         window.setWindowFlag(Qt::FramelessWindowHint);
         show();
         window.move(window.pos() + QPoint(5, 5));
-        EXPECT_TRUE(QTest::qWaitFor([this] { return frame() == QSize(0, 0); }, 5000));
+        EXPECT_TRUE(waitUntil([this] { return frame() == QSize(0, 0); }));
         settle();
     }
 

@@ -2,8 +2,8 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds trapLimit{40'000};
-constexpr int drainLimit = 60'000; // ms
+constexpr std::chrono::milliseconds trapLimit{1'200'000};
+constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
 
 /// Sends one message undisturbed.
 /// @return the bytes from its first command to its last answer, 0 when it was not sent

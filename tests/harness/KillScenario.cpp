@@ -8,7 +8,7 @@ namespace {
 using Moment = Trap::Moment;
 using Rest = Trap::Rest;
 
-constexpr std::chrono::milliseconds trapLimit{40'000};
+constexpr std::chrono::milliseconds trapLimit{1'200'000};
 constexpr int longestOpening = 400;  // bytes, and longer than what leads to the first submission
 constexpr int longestCommit = 6'000; // microseconds
 constexpr int payloadMiddle = 20;

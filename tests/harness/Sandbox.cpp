@@ -103,7 +103,7 @@ bool Sandbox::storeDevice(const QString &parameter)
     QProcess command;
     command.setProcessEnvironment(m_engine.processEnvironment());
     command.start(engineProgram(), {QStringLiteral("--device"), parameter});
-    return command.waitForFinished(20'000) && command.exitStatus() == QProcess::NormalExit &&
+    return command.waitForFinished(1'200'000) && command.exitStatus() == QProcess::NormalExit &&
            command.exitCode() == 0;
 }
 
@@ -138,7 +138,7 @@ bool Sandbox::stop()
     if (!isUp())
         return true;
     m_engine.terminate();
-    return m_engine.waitForFinished(30'000) && m_engine.exitStatus() == QProcess::NormalExit &&
+    return m_engine.waitForFinished(1'200'000) && m_engine.exitStatus() == QProcess::NormalExit &&
            m_engine.exitCode() == 0;
 }
 

@@ -50,12 +50,12 @@ public:
     bool storeDevice(const QString &parameter);
     /// Starts the engine, without waiting for anything but its process.
     void start();
-    bool waitForBus(int limitMs = 20'000);
+    bool waitForBus(int limitMs = 1'200'000);
     bool isUp() const { return m_engine.state() != QProcess::NotRunning; }
     bool isOnBus() const;
     qint64 pid() const { return m_engine.processId(); }
     /// Waits for an engine that was killed.
-    bool waitForEnd(int limitMs = 20'000) { return m_engine.waitForFinished(limitMs); }
+    bool waitForEnd(int limitMs = 1'200'000) { return m_engine.waitForFinished(limitMs); }
     void kill();
     /// Ends the engine as the system does.
     bool stop();

@@ -4,9 +4,8 @@
 
 namespace {
 
-constexpr int drainLimit = 120'000;   // ms
-constexpr int patientLimit = 400'000; // ms, beyond two time limits of an answer
-constexpr int noticeLimit = 5'000;
+constexpr int drainLimit = 1'200'000;   // ms, which only a hang takes
+constexpr int patientLimit = 2'400'000; // ms, and time limits of an answer
 
 /// What one line and one device have to offer.
 struct Weather

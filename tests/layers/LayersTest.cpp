@@ -151,3 +151,64 @@ TEST(Layers, platformHeadersOfTheSystemStandInThePlatformFoldersAlone)
             << include.file << " includes <" << include.includes << '>';
     }
 }
+
+namespace {
+
+/// Lines of the files below `folder` that `pattern` is found in, as "file:line: text".
+std::vector<std::string> linesWith(const fs::path &folder, const std::regex &pattern)
+{
+    std::vector<std::string> found;
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(folder)) {
+        const std::string extension = entry.path().extension().string();
+        if (extension != ".h" && extension != ".cpp")
+            continue;
+        std::ifstream source(entry.path());
+        std::string line;
+        for (int number = 1; std::getline(source, line); ++number)
+            if (std::regex_search(line, pattern))
+                found.push_back(entry.path().generic_string() + ':' + std::to_string(number) +
+                                ": " + line);
+    }
+    return found;
+}
+
+/// What measures the time of the machine, or lets it pass.
+const std::regex &timeOfMachine()
+{
+    static const std::regex pattern(
+        R"(\b(QElapsedTimer|QDeadlineTimer|steady_clock|high_resolution_clock|nsecsElapsed)\b)"
+        R"(|\bstd::clock\(|\bsleep_(for|until)\(|\bQThread::[mu]?sleep\(|\bq(Wait|Sleep)\()"
+        R"(|::u?sleep\()");
+    return pattern;
+}
+
+} // namespace
+
+/// How long something takes shows a benchmark; what waits is turned (support/TurnedTime), or
+/// awaited (support/WaitUntil).
+TEST(Layers, noTestMeasuresTheTimeOfTheMachineOrSleeps)
+{
+    // The harness plays real programs against each other, and lets the line take its time; the one
+    // deadline of the others is that of WaitUntil.
+    static const std::set<std::string> exempt = {"harness", "layers", "support/WaitUntil.cpp",
+                                                 "simulator/RunningSimulator.cpp"};
+    const fs::path tests = fs::path(NORVANE_SOURCE_DIR) / "tests";
+    for (const std::string &line : linesWith(tests, timeOfMachine())) {
+        const std::string file = fs::relative(line.substr(0, line.find(':')), tests);
+        EXPECT_TRUE(exempt.contains(file) || exempt.contains(file.substr(0, file.find('/'))))
+            << line;
+    }
+}
+
+TEST(Layers, whatWaitsInTheEngineTakesItsTimeFromTheSourceThatIsGiven)
+{
+    static const std::regex ownTime(
+        R"(\b(QTimer|QElapsedTimer|QDeadlineTimer|steady_clock)\b|\bsleep_(for|until)\()");
+    // The lock is waited for before there is an event loop.
+    static const std::set<std::string> exempt = {"time/TimeSource.cpp", "ipc/EngineHost.cpp"};
+    const fs::path service = fs::path(NORVANE_SOURCE_DIR) / "src" / "service";
+    for (const std::string &line : linesWith(service, ownTime)) {
+        const std::string file = fs::relative(line.substr(0, line.find(':')), service);
+        EXPECT_TRUE(exempt.contains(file)) << line;
+    }
+}

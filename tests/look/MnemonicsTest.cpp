@@ -1,4 +1,5 @@
 #include "look/WindowsFixture.h"
+#include "support/WaitUntil.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -103,7 +104,7 @@ TEST_F(MnemonicKeys, altAndTheLetterOfAButtonPressIt)
     control<QLineEdit>("txtPhone")->setText(u"912345678"_qs);
     QTest::keyClick(console.get(), Qt::Key_E, Qt::AltModifier);
     // The button shows itself pressed for a moment first.
-    EXPECT_TRUE(QTest::qWaitFor([this] { return !script.calls.filter(u"AddSMS"_qs).isEmpty(); }));
+    EXPECT_TRUE(waitUntil([this] { return !script.calls.filter(u"AddSMS"_qs).isEmpty(); }));
 }
 
 TEST_F(MnemonicKeys, returnPressesTheButtonThatHasTheFocusAndNoOther)

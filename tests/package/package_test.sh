@@ -70,7 +70,7 @@ case_launcher() {
     tells() {
         start "$launcher"
         grep -q 'Falta la carpeta de envío' "$sandbox/said" || fail "nothing is said for: $1"
-        local deadline=$((SECONDS + 10))
+        local deadline=$((SECONDS + 400))
         until [[ -e $notified ]]; do
             ((SECONDS < deadline)) || fail "no notification for: $1"
             sleep 0.02
@@ -156,7 +156,7 @@ case_prerm() {
     "$sandbox/other" -c "$lingering" "$sandbox/two" &
     second=$!
     trap 'kill -KILL "$first" "$second" 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$sandbox"' EXIT
-    local deadline=$((SECONDS + 10))
+    local deadline=$((SECONDS + 400))
     until [[ -s $sandbox/one && -s $sandbox/two ]]; do
         ((SECONDS < deadline)) || fail "the programs did not come up"
         sleep 0.02

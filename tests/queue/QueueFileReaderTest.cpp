@@ -8,7 +8,6 @@
 #include "support/ScriptedStreams.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -277,8 +276,7 @@ TEST_F(QueueFileReaderTest, fileThatIsGoneIsAFailure)
 
 TEST_F(QueueFileReaderTest, whatTookTheFilesPlaceIsNotWaitedFor)
 {
-    QElapsedTimer timer;
-    timer.start();
+    // Whoever waits for one of them waits for ever.
     ASSERT_EQ(::mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
     EXPECT_TRUE(importPath().isEmpty());
     EXPECT_FALSE(isThere());
@@ -286,7 +284,6 @@ TEST_F(QueueFileReaderTest, whatTookTheFilesPlaceIsNotWaitedFor)
     EXPECT_TRUE(importPath().isEmpty());
     EXPECT_FALSE(QFileInfo(path()).isSymLink());
     EXPECT_TRUE(QFileInfo::exists(u"/dev/zero"_qs));
-    EXPECT_LT(timer.elapsed(), 5'000);
 
     ASSERT_TRUE(QDir().mkdir(path()));
     EXPECT_NE(raisedNumber([this] { importPath(); }), 0) << "a folder is not taken away";

@@ -17,7 +17,7 @@ RunningSimulator::RunningSimulator(const QStringList &options)
         QStringList{QStringLiteral("--link"), link(), QStringLiteral("--log"), logPath()} +
         options);
     m_process.start();
-    const QDeadlineTimer deadline(10000);
+    const QDeadlineTimer deadline(hangMs);
     while (!m_process.canReadLine() && !deadline.hasExpired()) {
         if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
             break;
@@ -30,9 +30,9 @@ RunningSimulator::~RunningSimulator()
     if (m_process.state() == QProcess::NotRunning)
         return;
     m_process.terminate();
-    if (!m_process.waitForFinished(10000)) {
+    if (!m_process.waitForFinished(hangMs)) {
         m_process.kill();
-        m_process.waitForFinished(10000);
+        m_process.waitForFinished(hangMs);
     }
 }
 
@@ -69,7 +69,7 @@ void PortClient::write(const QByteArray &bytes)
     qsizetype done = 0;
     while (done < bytes.size()) {
         pollfd ready{m_port, POLLOUT, 0};
-        if (::poll(&ready, 1, 10000) != 1)
+        if (::poll(&ready, 1, hangMs) != 1)
             return;
         const ssize_t length = ::write(m_port, bytes.constData() + done,
                                        static_cast<std::size_t>(bytes.size() - done));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/WaitUntil.h"
+
 #include <QByteArray>
 #include <QJsonObject>
 #include <QList>
@@ -46,7 +48,7 @@ public:
 
     /// Reads to the first `end`, or until the line hangs up or the time is over. What comes after
     /// the end stays for the next reading.
-    QByteArray readUntil(const QByteArray &end, int milliseconds = 10000);
+    QByteArray readUntil(const QByteArray &end, int milliseconds = hangMs);
 
     /// Writes one command and reads to the end of its answer.
     QByteArray ask(const QByteArray &command);

@@ -1,6 +1,5 @@
 #include "RunningSimulator.h"
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
@@ -14,6 +13,14 @@ QByteArray answerOf(const QByteArray &text)
     return QByteArray(text).trimmed().replace("\r\n\r\n", "|");
 }
 
+int linesOf(const QByteArray &said)
+{
+    int lines = 0;
+    for (const QByteArray &line : said.split('\n'))
+        lines += line.trimmed().isEmpty() ? 0 : 1;
+    return lines;
+}
+
 QString textOf(const QJsonObject &message)
 {
     return message.value(QStringLiteral("text")).toString();
@@ -23,6 +30,7 @@ QString textOf(const QJsonObject &message)
 
 TEST(SimulatorProcess, acceptsMessagesAndLogsThemBeforeItsAnswer)
 {
+    const QDateTime before = QDateTime::currentDateTime();
     RunningSimulator simulator;
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
@@ -38,7 +46,8 @@ TEST(SimulatorProcess, acceptsMessagesAndLogsThemBeforeItsAnswer)
               QStringLiteral("0011000B916407281553F80000AA0AE8329BFD4697D9EC37"));
     const QDateTime time =
         QDateTime::fromString(message.value(QStringLiteral("time")).toString(), Qt::ISODateWithMs);
-    EXPECT_LT(qAbs(time.msecsTo(QDateTime::currentDateTime())), 60000);
+    EXPECT_TRUE(time >= before && time <= QDateTime::currentDateTime())
+        << time.toString().toStdString();
 }
 
 TEST(SimulatorProcess, clientsMayReconnectInTheMiddleOfThings)
@@ -64,45 +73,48 @@ TEST(SimulatorProcess, removesItsLinkWhenItIsEnded)
         ASSERT_TRUE(simulator.isReady());
         EXPECT_TRUE(QFileInfo(simulator.link()).isSymLink());
         ASSERT_EQ(::kill(static_cast<pid_t>(simulator.process().processId()), number), 0);
-        ASSERT_TRUE(simulator.process().waitForFinished(10000));
+        ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
         EXPECT_EQ(simulator.process().exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(simulator.process().exitCode(), 0);
         EXPECT_FALSE(QFileInfo(simulator.link()).isSymLink());
     }
 }
 
+/// The modem speaks up by itself every 400 ms: what stands in front of an answer tells that it took
+/// its time.
 TEST(SimulatorProcess, answersAfterItsLatency)
 {
-    RunningSimulator simulator({QStringLiteral("--latency"), QStringLiteral("200")});
+    RunningSimulator simulator(
+        {QStringLiteral("--latency"), QStringLiteral("1300"), QStringLiteral("--urc")});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
     client.write("AT+CMGS=23\r");
     client.readUntil("> ");
-    QElapsedTimer timer;
-    timer.start();
     client.write("0011000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A"
                  "AT+CSQ\r");
-    EXPECT_EQ(answerOf(client.readUntil("OK\r\n")), "+CMGS: 0|OK");
-    EXPECT_GE(timer.elapsed(), 199);
-    EXPECT_EQ(answerOf(client.readUntil("OK\r\n")), "+CSQ: 20,99|OK");
+    const QByteArray said = client.readUntil("\r\nOK\r\n");
+    EXPECT_GE(linesOf(said.left(said.indexOf("+CMGS: 0"))), 2);
+    EXPECT_TRUE(client.readUntil("\r\nOK\r\n").contains("+CSQ: 20,99"));
 }
 
 TEST(SimulatorProcess, aPacedLineTakesItsTimeInBothDirections)
 {
-    RunningSimulator simulator({QStringLiteral("--baud"), QStringLiteral("2400")});
+    RunningSimulator simulator(
+        {QStringLiteral("--baud"), QStringLiteral("1200"), QStringLiteral("--urc")});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
-    QElapsedTimer timer;
-    timer.start();
-    const QByteArray answer = client.ask("AT" + QByteArray(45, ' '));
-    // 48 bytes to the modem, 6 back, 240 bytes a second.
-    EXPECT_EQ(answer, "\r\nOK\r\n");
-    EXPECT_GE(timer.elapsed(), 224);
-    timer.restart();
-    const QByteArray long_ = client.ask("AT+COPS=?");
-    EXPECT_GE(timer.elapsed(), (10 + long_.size()) * 1000 / 240 - 1);
+    // Two seconds to the modem, and next to nothing back before the end.
+    constexpr int commands = 80;
+    client.write(QByteArray("AT\r").repeated(commands));
+    int others = 0;
+    for (int answer = 0; answer < commands; ++answer)
+        others += linesOf(client.readUntil("\r\nOK\r\n")) - 1;
+    EXPECT_GE(others, 1);
+    // Next to nothing to the modem, and more than a second back, behind which the rest waits.
+    client.ask("AT+COPS=?");
+    EXPECT_GE(linesOf(client.ask("AT")) - 1, 1);
 }
 
 TEST(SimulatorProcess, manyMessagesPassInOneWrite)
@@ -145,7 +157,7 @@ TEST(SimulatorProcess, unpluggingHangsUpAndEnds)
     EXPECT_EQ(answerOf(client.submitHello()), "+CMGS: 1|OK");
     client.readUntil("never");
     EXPECT_TRUE(client.hasHungUp());
-    ASSERT_TRUE(simulator.process().waitForFinished(10000));
+    ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
     EXPECT_EQ(simulator.process().exitCode(), 0);
     EXPECT_FALSE(QFileInfo(simulator.link()).isSymLink());
     EXPECT_EQ(simulator.messages().size(), 2);
@@ -231,7 +243,7 @@ TEST(SimulatorProcess, badUseIsToldOnTheErrorStream)
     for (const Row &row : rows) {
         QProcess process;
         process.start(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"), row.arguments);
-        ASSERT_TRUE(process.waitForFinished(10000));
+        ASSERT_TRUE(process.waitForFinished(hangMs));
         EXPECT_EQ(process.exitCode(), row.exitCode) << row.arguments.join(u' ').toStdString();
         EXPECT_TRUE(process.readAllStandardError().startsWith("gsm-simulator: "));
         EXPECT_EQ(process.readAllStandardOutput(), "");
@@ -244,7 +256,7 @@ TEST(SimulatorProcess, helpAndVersionAreShown)
         QProcess process;
         process.start(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"),
                       {QString::fromLatin1(option)});
-        ASSERT_TRUE(process.waitForFinished(10000));
+        ASSERT_TRUE(process.waitForFinished(hangMs));
         EXPECT_EQ(process.exitCode(), 0);
         EXPECT_TRUE(process.readAllStandardOutput().contains("gsm-simulator"));
     }
@@ -257,7 +269,7 @@ TEST(SimulatorProcess, aLogThatCannotBeWrittenEndsItBeforeTheAnswer)
     PortClient client(simulator.link());
     client.ask("ATE0");
     EXPECT_FALSE(client.submitHello().contains("+CMGS"));
-    ASSERT_TRUE(simulator.process().waitForFinished(10000));
+    ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
     EXPECT_EQ(simulator.process().exitCode(), 1);
     EXPECT_TRUE(simulator.process().readAllStandardError().contains("/dev/full"));
 }

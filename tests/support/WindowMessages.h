@@ -1,9 +1,9 @@
 #pragma once
 
 #include "foundation/platform/MessageWindows.h"
+#include "support/WaitUntil.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 
 #include <gtest/gtest.h>
 
@@ -21,8 +21,5 @@ inline void processWindowMessages()
     }();
     const int mine = ++sent;
     MessageWindows::post(last, 0, 0, 0);
-    const QDeadlineTimer deadline(60'000);
-    while (received < mine && !deadline.hasExpired())
-        QCoreApplication::processEvents();
-    EXPECT_GE(received, mine);
+    EXPECT_TRUE(waitUntil([mine] { return received >= mine; }));
 }

@@ -1,11 +1,24 @@
 #include "foundation/NumberedFailure.h"
 #include "system/EngineProcess.h"
 
-#include <QElapsedTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QThread>
 
-#include <chrono>
 #include <csignal>
-#include <thread>
+
+namespace {
+
+bool hasOpen(qint64 pid, const QString &file)
+{
+    const QDir open(QStringLiteral("/proc/%1/fd").arg(pid));
+    for (const QString &name : open.entryList(QDir::System | QDir::Files | QDir::NoDotAndDotDot))
+        if (QFile::symLinkTarget(open.filePath(name)) == file)
+            return true;
+    return false;
+}
+
+} // namespace
 
 class EngineLife : public EngineProcess
 {
@@ -51,8 +64,7 @@ TEST_F(EngineLife, theQueueOutlivesTheEngine)
     auto proxy = makeProxy();
     proxy->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
                   {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
-    signalEngine(SIGKILL);
-    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    killEngine();
     EXPECT_EQ(proxy->GetQueueSize(), 1);
 }
 
@@ -60,8 +72,7 @@ TEST_F(EngineLife, aCallToAnEngineThatHasVanishedStartsItAgain)
 {
     const auto proxy = makeProxy();
     const qint64 first = enginePid();
-    signalEngine(SIGKILL);
-    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    killEngine();
     EXPECT_EQ(proxy->GetEngineStatus(), 0);
     EXPECT_NE(enginePid(), 0);
     EXPECT_NE(enginePid(), first);
@@ -70,8 +81,7 @@ TEST_F(EngineLife, aCallToAnEngineThatHasVanishedStartsItAgain)
 TEST_F(EngineLife, anEngineThatCameUpAnewReportsItsStateAgain)
 {
     const auto proxy = makeProxy();
-    signalEngine(SIGKILL);
-    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    killEngine();
     int reports = 0;
     QObject::connect(proxy.get(), &SMSManager::EngineStatus, [&reports] { ++reports; });
     proxy->GetQueueSize();
@@ -82,8 +92,7 @@ TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
 {
     storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
     const auto proxy = makeProxy();
-    signalEngine(SIGKILL);
-    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    killEngine();
     QStringList heard;
     QObject::connect(proxy.get(), &SMSManager::WarningError,
                      [&](qint32 code) { heard << QString::number(code); });
@@ -115,41 +124,41 @@ TEST_F(EngineLife, anEngineThatHasGoneIsReportedAsStoppedAndRunsAgainWithTheNext
     EXPECT_TRUE(eventually([&] { return device->messages().size() == 1; }));
 }
 
-TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureWithinASecond)
+TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureAtOnce)
 {
     // A silent device keeps TestDevice waiting until the engine is killed.
     plugIn({QStringLiteral("--silent")});
     const auto proxy = makeProxy();
     const qint64 pid = enginePid();
     ASSERT_GT(pid, 0);
-    std::thread killer([pid] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const QString port = QFileInfo(device->link()).canonicalFilePath();
+    const std::unique_ptr<QThread> killer(QThread::create([pid, port] {
+        // It opens the device for the test alone.
+        EXPECT_TRUE(waitUntil([&] { return hasOpen(pid, port); }));
         ::kill(static_cast<pid_t>(pid), SIGKILL);
-    });
-    QElapsedTimer taken;
-    taken.start();
+    }));
+    killer->start();
     try {
         proxy->TestDevice();
         ADD_FAILURE() << "the call came back";
     } catch (const NumberedFailure &failure) {
         EXPECT_EQ(failure.number(), 462);
         EXPECT_EQ(failure.source(), QStringLiteral("SMSManager.TestDevice"));
+        // The bus has told of the death: no limit was waited for.
+        EXPECT_TRUE(failure.description().contains(QStringLiteral("disconnected")))
+            << failure.description().toStdString();
     }
-    EXPECT_LT(taken.elapsed(), 1300);
-    killer.join();
+    EXPECT_TRUE(killer->wait());
 }
 
-TEST_F(EngineLife, aHungEngineTurnsTheCallIntoAFailureWithinTheLimit)
+TEST_F(EngineLife, aHungEngineTurnsTheCallIntoAFailureByItsLimit)
 {
     const auto proxy = makeProxy();
     proxy->GetEngineStatus();
     proxy->setCallTimeout(500);
     signalEngine(SIGSTOP);
-    QElapsedTimer taken;
-    taken.start();
     EXPECT_THROW(proxy->GetEngineStatus(), NumberedFailure);
-    EXPECT_GE(taken.elapsed(), 400);
-    EXPECT_LT(taken.elapsed(), 3000);
+    EXPECT_NE(enginePid(), 0);
 }
 
 TEST_F(EngineLife, anEngineThatWasStartedComesBackStarted)
@@ -157,7 +166,6 @@ TEST_F(EngineLife, anEngineThatWasStartedComesBackStarted)
     plugIn();
     const auto proxy = makeProxy();
     proxy->StartEngine();
-    signalEngine(SIGKILL);
-    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
+    killEngine();
     EXPECT_EQ(proxy->GetEngineStatus(), 1);
 }

@@ -2,9 +2,7 @@
 
 #include "engine/contract/BusTypes.h"
 
-#include <QCoreApplication>
 #include <QDBusConnectionInterface>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QProcess>
 
@@ -31,7 +29,7 @@ EngineProcess::~EngineProcess()
     if (const qint64 pid = enginePid()) {
         ::kill(static_cast<pid_t>(pid), SIGCONT);
         ::kill(static_cast<pid_t>(pid), SIGTERM);
-        EXPECT_TRUE(eventually([] { return enginesOfThisTest().isEmpty(); }, 25'000));
+        EXPECT_TRUE(eventually([] { return enginesOfThisTest().isEmpty(); }));
     }
 }
 
@@ -46,20 +44,22 @@ void EngineProcess::storeDevice(const QString &parameter)
 {
     QProcess command;
     command.start(engineProgram(), {QStringLiteral("--device"), parameter});
-    ASSERT_TRUE(command.waitForFinished(20'000));
+    ASSERT_TRUE(command.waitForFinished(hangMs));
     ASSERT_EQ(command.exitCode(), 0) << command.readAllStandardError().constData();
 }
 
 std::unique_ptr<EngineLauncher> EngineProcess::makeLauncher(const QDBusConnection &bus)
 {
-    return std::make_unique<ProcessEngineLauncher>(bus, engineProgram(), Bus::CallTimeout);
+    return std::make_unique<ProcessEngineLauncher>(bus, engineProgram(), hangMs);
 }
 
 std::unique_ptr<SMSManagerProxy> EngineProcess::makeProxy()
 {
     if (!m_launcher)
         m_launcher = makeLauncher(QDBusConnection::sessionBus());
-    return std::make_unique<SMSManagerProxy>(*m_launcher);
+    auto proxy = std::make_unique<SMSManagerProxy>(*m_launcher);
+    proxy->setCallTimeout(hangMs);
+    return proxy;
 }
 
 qint64 EngineProcess::enginePid()
@@ -86,13 +86,10 @@ QList<qint64> EngineProcess::enginesOfThisTest()
     return found;
 }
 
-bool EngineProcess::eventually(const std::function<bool()> &condition, int milliseconds)
+void EngineProcess::killEngine()
 {
-    const QDeadlineTimer deadline(milliseconds);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
-    }
-    return true;
+    const qint64 pid = enginePid();
+    ASSERT_NE(pid, 0);
+    ASSERT_EQ(::kill(static_cast<pid_t>(pid), SIGKILL), 0);
+    ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
 }

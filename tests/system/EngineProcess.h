@@ -2,6 +2,7 @@
 
 #include "../simulator/RunningSimulator.h"
 #include "engine/SMSManagerProxy.h"
+#include "support/WaitUntil.h"
 
 #include <QDBusConnection>
 #include <QStringList>
@@ -33,9 +34,11 @@ protected:
     /// The engine processes that work in this test's folders.
     static QList<qint64> enginesOfThisTest();
 
-    /// Runs the event loop until `condition` holds.
-    /// @return whether it did within `milliseconds`
-    static bool eventually(const std::function<bool()> &condition, int milliseconds = 20'000);
+    /// Ends the engine as a crash would, and waits until the bus has noticed. A killed process
+    /// keeps its connection until the system has closed its files, which may wait for the disk.
+    static void killEngine();
+
+    static bool eventually(const std::function<bool()> &condition) { return waitUntil(condition); }
 
     std::unique_ptr<RunningSimulator> device;
 

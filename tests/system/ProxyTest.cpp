@@ -189,7 +189,8 @@ TEST_F(Proxy, aFailureThatNobodyHeardIsToldToTheNextConsoleOnce)
         QProcess status;
         status.start(QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"),
                      {QStringLiteral("--status")});
-        return status.waitForFinished() && status.readAllStandardOutput().contains("queue: 0");
+        return status.waitForFinished(hangMs) &&
+               status.readAllStandardOutput().contains("queue: 0");
     };
     ASSERT_TRUE(eventually(queueIsEmpty));
     for (const int expected : {1, 0}) {

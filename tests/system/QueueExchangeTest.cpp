@@ -11,7 +11,6 @@
 #include "support/WindowMessages.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QSet>
 
@@ -114,13 +113,12 @@ constexpr int FilesOfEach = 500;
 
 /// Tells what became of the files, and holds the accounts.
 void expectThatNothingElseIsLost(int arrived, int refused, const CountingStreams &streams,
-                                 int ticks, qint64 milliseconds)
+                                 int ticks)
 {
     constexpr int written = WriterCount * FilesOfEach;
-    std::cout << arrived << " of " << written << " messages arrived in " << milliseconds
-              << " ms and " << ticks << " ticks; " << streams.filesReadTooEarly
-              << " files were read before their record was in them, " << refused
-              << " writings were refused after four collisions\n";
+    std::cout << arrived << " of " << written << " messages arrived in " << ticks << " ticks; "
+              << streams.filesReadTooEarly << " files were read before their record was in them, "
+              << refused << " writings were refused after four collisions\n";
     EXPECT_EQ(arrived + streams.filesReadTooEarly, streams.filesRead);
     EXPECT_EQ(arrived + streams.filesReadTooEarly + refused, written);
     EXPECT_GT(arrived, written / 2);
@@ -203,17 +201,13 @@ TEST_F(QueueExchange, everyByteReachesTheEngineButNulWhichIsASpaceThere)
 
 TEST_F(QueueExchange, eightWritersAndAServerThatPollsMeanwhileLoseOnlyWhatWasReadTooEarly)
 {
-    QElapsedTimer timer;
-    timer.start();
     int ticks = 0;
     const Writers writers(WriterCount, FilesOfEach, queueFolder.path());
-    ASSERT_TRUE(eventually(
-        [&] {
-            tick();
-            ++ticks;
-            return writers.allEnded();
-        },
-        100'000));
+    ASSERT_TRUE(eventually([&] {
+        tick();
+        ++ticks;
+        return writers.allEnded();
+    }));
     tick(); // takes what the last ones left
     EXPECT_TRUE(names().isEmpty());
 
@@ -230,7 +224,7 @@ TEST_F(QueueExchange, eightWritersAndAServerThatPollsMeanwhileLoseOnlyWhatWasRea
     }
     const auto arrived = static_cast<int>(records.rows().size());
     EXPECT_EQ(messages.size(), arrived) << "nothing arrives twice";
-    expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks, timer.elapsed());
+    expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks);
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_EQ(control<TerminalView>("txtTerm")->text(), QString());
 }
@@ -243,11 +237,9 @@ TEST(QueueRace, aReaderAsQuickAsCanBeLosesOnlyWhatItReadsTooEarly)
     RecordingEngine::Script script;
     RecordingEngine engine(script);
     script.calls.clear();
-    QElapsedTimer timer;
-    timer.start();
     int ticks = 0;
     const Writers writers(WriterCount, FilesOfEach, folder.path());
-    for (bool ended = false; !ended && timer.elapsed() < 100'000;) {
+    for (bool ended = false; !ended;) {
         ended = writers.allEnded(); // before the last look into the folder
         QString path = folder.path();
         qint16 files = 0;
@@ -265,5 +257,5 @@ TEST(QueueRace, aReaderAsQuickAsCanBeLosesOnlyWhatItReadsTooEarly)
     const auto arrived = static_cast<int>(script.calls.size());
     EXPECT_EQ(QSet<QString>(script.calls.begin(), script.calls.end()).size(), arrived);
     EXPECT_EQ(script.calls.filter(QStringLiteral("AddSMS(9123456|w")).size(), arrived);
-    expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks, timer.elapsed());
+    expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks);
 }

@@ -4,7 +4,6 @@
 #include "console/QueueGridReading.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QHash>
 #include <QSet>
 
@@ -130,10 +129,7 @@ TEST_F(QueueGridOnEngine, thousandsOfRowsAreDeletedAtOnce)
     ASSERT_TRUE(waitForRows(count));
     grid()->setCurrentIndex(cell(1, 0));
     grid()->selectAll();
-    QElapsedTimer timer;
-    timer.start();
     QTest::keyClick(grid(), Qt::Key_Delete);
-    RecordProperty("milliseconds", static_cast<int>(timer.elapsed()));
     EXPECT_EQ(grid()->rows(), 0);
     EXPECT_EQ(makeProxy()->GetQueueSize(), 0);
 }
@@ -164,10 +160,8 @@ TEST_F(QueueGridOnEngine, anEditOfAMessageThatWasSentMeanwhileRevivesNothing)
     ASSERT_NE(editor(), nullptr);
     editor()->setText(QStringLiteral("new text"));
     proxy->StartEngine();
-    const QDeadlineTimer deadline(20'000);
-    while (device->messages().isEmpty() && !deadline.hasExpired())
-        QThread::yieldCurrentThread();
-    while (proxy->GetQueueSize() > 0 && !deadline.hasExpired())
+    // Without the event loop, so that the grid doesn't hear of it.
+    while (device->messages().isEmpty() || proxy->GetQueueSize() > 0)
         QThread::yieldCurrentThread();
     QTest::keyClick(editor(), Qt::Key_Return);
     EXPECT_TRUE(waitForRows(0));
@@ -221,7 +215,7 @@ TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
             ++edits;
         }
     }
-    ASSERT_TRUE(eventually([&] { return other->GetQueueSize() == 0; }, 60'000));
+    ASSERT_TRUE(eventually([&] { return other->GetQueueSize() == 0; }));
     ASSERT_TRUE(waitForRows(0));
 
     QHash<QString, QString> received;

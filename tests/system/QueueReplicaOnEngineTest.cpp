@@ -33,8 +33,7 @@ protected:
         const qint64 pid = enginePid();
         ASSERT_NE(pid, 0);
         ASSERT_EQ(::kill(static_cast<pid_t>(pid), signalNumber), 0);
-        ASSERT_TRUE(
-            eventually([] { return enginePid() == 0 && enginesOfThisTest().isEmpty(); }, 25'000));
+        ASSERT_TRUE(eventually([] { return enginePid() == 0 && enginesOfThisTest().isEmpty(); }));
     }
 };
 

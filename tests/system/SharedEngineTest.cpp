@@ -28,7 +28,7 @@ TEST_F(SharedEngine, threeConsolesThatStartAtOnceGetOneEngine)
         consoles.back()->start();
     }
     for (const auto &console : consoles)
-        EXPECT_TRUE(console->wait(60'000));
+        EXPECT_TRUE(console->wait(hangMs));
     EXPECT_EQ(attached, 3);
 
     const auto proxy = makeProxy();

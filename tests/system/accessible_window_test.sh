@@ -30,7 +30,7 @@ start_window_manager "$own/window-manager.out"
 matches() {
     "$reader" NorvaneSMS | sort >"$own/met" && cmp "$own/expected" "$own/met"
 }
-for _ in $(seq 200); do
+for _ in $(seq 8000); do
     matches >/dev/null 2>&1 && exit 0
     sleep 0.1
 done

@@ -31,15 +31,15 @@ cp "$bin/NorvaneSMS" "$bin/TovekSMService" "$bare/bin/"
 export XDG_CONFIG_HOME=$bare/config XDG_DATA_HOME=$bare/data
 cat >"$bare/drive.sh" <<'DRIVE'
 "$1/NorvaneSMS" & console=$!
-for _ in $(seq 100); do
+for _ in $(seq 4000); do
     xdotool search --onlyvisible --name 'Norvane SMS - Load Resource File' >/dev/null 2>&1 && break
     sleep 0.1
 done
 openbox >/dev/null 2>&1 & manager=$!
 box=$(xdotool search --onlyvisible --name 'Norvane SMS - Load Resource File' | tail -n 1)
 [[ -n $box ]] || exit 3
-timeout 20 xdotool windowfocus --sync "$box" key Return
-for _ in $(seq 100); do
+timeout 800 xdotool windowfocus --sync "$box" key Return
+for _ in $(seq 4000); do
     kill -0 "$console" 2>/dev/null || break
     sleep 0.1
 done

@@ -1,9 +1,8 @@
 #include "service/store/StoredPinGate.h"
 
 #include "service/store/StoreFixture.h"
+#include "support/TurnedTime.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QEventLoop>
 
 namespace {
@@ -23,7 +22,8 @@ protected:
 
     std::unique_ptr<StoredPinGate> makeGate()
     {
-        return std::make_unique<StoredPinGate>(*m_store, [] { return noon(); });
+        return std::make_unique<StoredPinGate>(
+            *m_store, [] { return noon(); }, m_time);
     }
 
     Decision ask(std::optional<int> triesLeft = std::nullopt)
@@ -36,6 +36,7 @@ protected:
     SimIdentity m_sim{QStringLiteral("893407"), QStringLiteral("490154")};
     const SimIdentity m_unnumbered{{}, m_sim.imei};
     QString m_pin = QStringLiteral("1234");
+    TurnedTime m_time;
     std::unique_ptr<StoredPinGate> m_gate = makeGate();
 };
 
@@ -229,10 +230,7 @@ TEST_F(StoredPinGateTest, anAcceptedPinThatCannotBeRecordedIsRecordedWhenTheStor
     m_gate->accepted(m_sim, m_pin);
     EXPECT_EQ(onDisk(), PinHistory::Tried);
     other.unlock();
-    const QDeadlineTimer deadline(5000);
-    while (onDisk() != PinHistory::Accepted && !deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
-    EXPECT_EQ(onDisk(), PinHistory::Accepted);
+    EXPECT_TRUE(m_time.until([this] { return onDisk() == PinHistory::Accepted; }));
 }
 
 TEST_F(StoredPinGateTest, anAcceptedPinUnlocksAgainAlthoughItsRecordIsStillToCome)
