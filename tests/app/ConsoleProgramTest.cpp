@@ -1,3 +1,5 @@
+#include "support/WaitUntil.h"
+
 #include <QFileInfo>
 #include <QProcess>
 
@@ -11,7 +13,7 @@ TEST(ConsoleProgramTest, programIsBoundWhenItIsLoaded)
     QProcess reader;
     reader.start(QStringLiteral("readelf"),
                  {QStringLiteral("--wide"), QStringLiteral("-d"), program});
-    ASSERT_TRUE(reader.waitForFinished(20'000));
+    ASSERT_TRUE(reader.waitForFinished(hangMs));
     ASSERT_EQ(reader.exitCode(), 0);
     // "(FLAGS)  BIND_NOW" or "(FLAGS_1)  Flags: NOW PIE", as the linker has it.
     EXPECT_TRUE(reader.readAllStandardOutput().contains("NOW"));

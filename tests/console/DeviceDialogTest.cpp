@@ -5,6 +5,7 @@
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/PictureButton.h"
+#include "support/WaitUntil.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -155,7 +156,7 @@ TEST_F(DeviceDialog, theWindowStandsInTheMiddleAgain)
     EXPECT_EQ(corner(), middle({574, 519}));
     const auto moveAway = [&] {
         console->move(console->pos() + QPoint(31, 17));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return corner() != middle({574, 519}); }));
+        ASSERT_TRUE(waitUntil([&] { return corner() != middle({574, 519}); }));
     };
     moveAway();
     configure([](DeviceConfigForm &form) { press(form.cmdCancel); });

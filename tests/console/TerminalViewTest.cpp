@@ -1,6 +1,7 @@
 #include "console/TerminalView.h"
 
 #include "support/Allocations.h"
+#include "support/WaitUntil.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -106,7 +107,7 @@ TEST(TerminalView, accessKeysReachTheirButtonsAndNoOtherShortcutDoes)
     QTest::keyClick(terminal, Qt::Key_G);
     EXPECT_TRUE(terminal->hasFocus());
     QTest::keyClick(terminal, Qt::Key_G, Qt::AltModifier);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return pressed > 0; }));
+    EXPECT_TRUE(waitUntil([&] { return pressed > 0; }));
     EXPECT_EQ(pressed, 1);
     EXPECT_EQ(terminal->text(), QString());
 }

@@ -1,6 +1,7 @@
 #include "console/ConsoleFixture.h"
 
 #include "support/PressWays.h"
+#include "support/WaitUntil.h"
 
 #include <QApplication>
 #include <QDateEdit>
@@ -37,7 +38,7 @@ protected:
     QString sent()
     {
         press(control<QPushButton>("btnSend"), GetParam());
-        EXPECT_TRUE(QTest::qWaitFor([this] { return !script.calls.isEmpty(); }));
+        EXPECT_TRUE(waitUntil([this] { return !script.calls.isEmpty(); }));
         return takeCalls().value(0);
     }
 };

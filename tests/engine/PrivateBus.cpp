@@ -1,11 +1,13 @@
 #include "engine/PrivateBus.h"
 
+#include "support/WaitUntil.h"
+
 #include <QDir>
 #include <QFile>
 
 namespace {
 
-constexpr int startLimit = 20'000; // ms
+constexpr int startLimit = hangMs;
 
 void writeActivation(const QString &folder, const QString &command)
 {

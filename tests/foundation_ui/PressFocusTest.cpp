@@ -1,6 +1,7 @@
 #include "foundation/ui/PressFocus.h"
 
 #include "support/PressWays.h"
+#include "support/WaitUntil.h"
 
 #include <QApplication>
 #include <QFocusEvent>
@@ -59,7 +60,7 @@ protected:
     }
     bool acts() const
     {
-        return QTest::qWaitFor([this] { return events.contains(u"acts"_qs); });
+        return waitUntil([this] { return events.contains(u"acts"_qs); });
     }
 
     QStringList events;

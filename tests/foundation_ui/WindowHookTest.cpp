@@ -24,7 +24,7 @@ protected:
     void show()
     {
         window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window, hangMs));
     }
     /// Lets all events be dealt with that are on their way.
     static void settle()

@@ -1,6 +1,7 @@
 #include "foundation/ui/WindowPlace.h"
 
 #include "foundation/ui/FormSetUp.h"
+#include "support/WaitUntil.h"
 
 #include <QAbstractEventDispatcher>
 #include <QScreen>
@@ -22,7 +23,7 @@ protected:
     void show()
     {
         window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window, hangMs));
         ASSERT_FALSE(frame().isNull()) << "this platform draws a frame";
         settle();
     }

@@ -110,7 +110,7 @@ bool Sandbox::storeDevice(const QString &parameter)
 void Sandbox::start()
 {
     m_engine.start();
-    m_engine.waitForStarted();
+    m_engine.waitForStarted(1'200'000);
 }
 
 bool Sandbox::isOnBus() const
@@ -130,7 +130,7 @@ void Sandbox::kill()
     if (!isUp())
         return;
     m_engine.kill();
-    m_engine.waitForFinished();
+    m_engine.waitForFinished(1'200'000);
 }
 
 bool Sandbox::stop()

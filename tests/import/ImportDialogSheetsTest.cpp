@@ -1,5 +1,6 @@
 #include "import/ImportDialogFixture.h"
 #include "import/readers/HelperConnection.h"
+#include "support/WaitUntil.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -39,7 +40,7 @@ TEST_F(ImportDialog, aPathThatIsTypedOverAnotherIsTheOneThatIsImported)
             type(second);
             script.sheets = {{u"Otra"_qs, {u"Num"_qs}, {{u"7"_qs}}}};
             press(control<QPushButton>("btnImport"), way);
-            EXPECT_TRUE(QTest::qWaitFor([this] { return !dialog->isVisible(); })) << way;
+            EXPECT_TRUE(waitUntil([this] { return !dialog->isVisible(); })) << way;
         }));
         EXPECT_EQ(imported(), S{u"7"_qs}) << way;
     }

@@ -177,7 +177,7 @@ const std::regex &timeOfMachine()
 {
     static const std::regex pattern(
         R"(\b(QElapsedTimer|QDeadlineTimer|steady_clock|high_resolution_clock|nsecsElapsed)\b)"
-        R"(|\bstd::clock\(|\bsleep_(for|until)\(|\bQThread::[mu]?sleep\(|\bq(Wait|Sleep)\()"
+        R"(|\bstd::clock\(|\bsleep_(for|until)\(|\bQThread::[mu]?sleep\(|\bq(Wait|WaitFor|Sleep)\()"
         R"(|::u?sleep\()");
     return pattern;
 }

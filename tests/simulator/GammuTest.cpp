@@ -1,5 +1,7 @@
 #include "RunningSimulator.h"
 
+#include "support/WaitUntil.h"
+
 #include <QFile>
 #include <QStandardPaths>
 
@@ -32,7 +34,7 @@ protected:
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(m_program,
                       QStringList{QStringLiteral("-c"), settings.fileName()} + arguments);
-        if (!process.waitForFinished(60000))
+        if (!process.waitForFinished(hangMs))
             return -1;
         m_output = process.readAll();
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;

@@ -1,3 +1,4 @@
+#include "support/WaitUntil.h"
 #include "system/WholePath.h"
 
 #include <QDBusConnectionInterface>
@@ -19,7 +20,7 @@ protected:
     ~StoppedConsole() override
     {
         m_process.kill();
-        m_process.waitForFinished();
+        m_process.waitForFinished(hangMs);
     }
 
     static int listeners()
@@ -36,7 +37,7 @@ protected:
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_process.start(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSMS"), QStringList());
-        ASSERT_TRUE(m_process.waitForStarted());
+        ASSERT_TRUE(m_process.waitForStarted(hangMs));
         ASSERT_TRUE(eventually([] { return listeners() == 1; }));
     }
     void signalConsole(int number) const
@@ -76,7 +77,7 @@ TEST_F(StoppedConsole, aFailureThatItNeverHandledIsToldByTheNextConsole)
     signalConsole(SIGSTOP);
     failMessage(QStringLiteral("call me"));
     signalConsole(SIGKILL);
-    ASSERT_TRUE(m_process.waitForFinished());
+    ASSERT_TRUE(m_process.waitForFinished(hangMs));
     ASSERT_TRUE(eventually([] { return listeners() == 0; }));
 
     openConsole();
