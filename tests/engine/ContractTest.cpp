@@ -135,6 +135,7 @@ TEST(BusInterfaceTest, operationsInSlotOrderThenTheReportsThenTheEvents)
                                            u"SetDeviceSettings: (isiis) >b"_qs,
                                            u"ReportState:"_qs,
                                            u"GetQueueChanges: t >t >b >a(sssx) >ax"_qs,
+                                           u"AddSMSBatch: s a(sssx) >u"_qs,
                                            u"AcknowledgeReports: ax"_qs,
                                            u"GetState: >a{sv}"_qs,
                                            u"DeviceInfo: s s s s i i s s s s"_qs,

@@ -1,7 +1,9 @@
+#include "engine/contract/BusTypes.h"
 #include "support/WaitUntil.h"
 #include "system/WholePath.h"
 
-#include <QDBusConnectionInterface>
+#include <QDBusArgument>
+#include <QDBusConnection>
 #include <QDBusMessage>
 
 #include <csignal>
@@ -23,13 +25,18 @@ protected:
         m_process.waitForFinished(hangMs);
     }
 
+    /// Calls the engine, by a program that listens to nothing.
+    static QVariant call(const char *operation, const QVariantList &arguments = {})
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+            QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+        message.setArguments(arguments);
+        return QDBusConnection::sessionBus().call(message).arguments().value(0);
+    }
     static int listeners()
     {
-        QDBusMessage call = QDBusMessage::createMethodCall(
-            QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-            QLatin1String(Bus::InterfaceName), QStringLiteral("GetState"));
-        const QDBusMessage answer = QDBusConnection::sessionBus().call(call);
-        return qdbus_cast<QVariantMap>(answer.arguments().value(0))
+        return qdbus_cast<QVariantMap>(call("GetState"))
             .value(QStringLiteral("listeners"), -1)
             .toInt();
     }
@@ -44,20 +51,11 @@ protected:
     {
         ASSERT_EQ(::kill(static_cast<pid_t>(m_process.processId()), number), 0);
     }
-    /// Lets a message fail, by a program that listens to nothing.
     static void failMessage(const QString &phone)
     {
-        const auto call = [](const char *operation, const QVariantList &arguments) {
-            QDBusMessage message = QDBusMessage::createMethodCall(
-                QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-                QLatin1String(Bus::InterfaceName), QLatin1String(operation));
-            message.setArguments(arguments);
-            return QDBusConnection::sessionBus().call(message);
-        };
         call("AddSMS", {phone, QStringLiteral("x"), QStringLiteral("2020-01-01T00:00:00")});
-        call("StartEngine", {});
-        ASSERT_TRUE(
-            eventually([&] { return call("GetQueueSize", {}).arguments().value(0).toInt() == 0; }));
+        call("StartEngine");
+        ASSERT_TRUE(eventually([] { return call("GetQueueSize").toInt() == 0; }));
     }
     QStringList failedPhones() const
     {

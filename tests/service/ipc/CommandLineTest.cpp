@@ -135,15 +135,17 @@ TEST_F(CommandLineOfEngine, aRunningEngineIsAskedAndTold)
 {
     start();
     EXPECT_EQ(status(), QStringLiteral("engine: stopped\nqueue: 0\n"
-                                       "device: COM1, 9600\npin: none\n"));
+                                       "device: COM1, 9600\npin: none\ntrouble: none\n"));
     setSettings({0, QStringLiteral("1234"), 3, 2, QString()});
     EXPECT_EQ(runWith("--device", QStringLiteral("/no/such/device, 9600")).exitCode, 0);
     EXPECT_EQ(settings(), (WireSettings{0, QStringLiteral("1234"), 1, 1,
                                         QStringLiteral("/no/such/device, 9600")}));
     addSMS(QStringLiteral("600"), QString(), QString());
     call("StartEngine");
+    EXPECT_TRUE(until([] { return !status().endsWith(QStringLiteral("\ntrouble: none\n")); }));
     EXPECT_EQ(status(), QStringLiteral("engine: running\nqueue: 1\n"
-                                       "device: /no/such/device, 9600\npin: set\n"));
+                                       "device: /no/such/device, 9600\npin: set\n"
+                                       "trouble: the device: -2 /no/such/device\n"));
 }
 
 TEST_F(CommandLineOfEngine, aNewDeviceComesIntoForceAtOnce)
