@@ -69,7 +69,7 @@ TEST_F(EngineOnBus, whatItTellsOfItselfIsWhatTheContractDeclares)
         QStringLiteral(NORVANE_SOURCE_DIR "/src/engine/contract/com.tovek.SMService.xml"));
     ASSERT_TRUE(contract.open(QIODevice::ReadOnly));
     const QStringList declared = declarations(QString::fromUtf8(contract.readAll()));
-    EXPECT_EQ(declared.size(), 17 + 7);
+    EXPECT_EQ(declared.size(), 18 + 7);
     const QStringList told = declarations(answer.arguments().constFirst().toString());
     EXPECT_EQ(told.join(u'\n').toStdString(), declared.join(u'\n').toStdString());
 }
