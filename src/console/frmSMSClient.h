@@ -98,6 +98,7 @@ private:
     void connectDeviceButtons();
     void btnDeviceConfig_Click();
     void btnTestDevice_Click();
+    void testDevice();
     void showBeforeBlocking();
     void showTestResult(bool answered);
 

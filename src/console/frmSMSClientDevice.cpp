@@ -9,7 +9,6 @@
 #include "foundation/ui/WaitPointer.h"
 
 #include <QLabel>
-#include <QScopeGuard>
 
 void frmSMSClient::connectDeviceButtons()
 {
@@ -43,8 +42,14 @@ void frmSMSClient::btnDeviceConfig_Click()
 
 void frmSMSClient::btnTestDevice_Click()
 {
+    testDevice();
     // The presses of an operator to whom nothing seems to happen are no wish for another test.
-    const auto dropped = qScopeGuard(dropPendingInput);
+    // Where the test fails, the fatal report blocks them, and no tick may run in front of it.
+    dropPendingInput();
+}
+
+void frmSMSClient::testDevice()
+{
     const WaitPointer pointer;
     const bool wasRunning = moSMSManager->GetEngineStatus() == SMSManager::Running;
     moSMSManager->DeliverPendingEvents();

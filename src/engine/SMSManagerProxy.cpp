@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusServiceWatcher>
 #include <QEvent>
 #include <QScopeGuard>
@@ -56,7 +57,7 @@ SMSManagerProxy::SMSManagerProxy(EngineLauncher &launcher, QObject *parent)
                                 QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(owners, &QDBusServiceWatcher::serviceOwnerChanged, this,
             &SMSManagerProxy::engineChanged);
-    attach();
+    attachTo(engineOwner());
 }
 
 SMSManagerProxy::~SMSManagerProxy()
@@ -70,8 +71,12 @@ void SMSManagerProxy::connectEvents()
     SMSManagerBusInterface *const engine = m_engine.get();
     connect(engine, &SMSManagerBusInterface::DeviceInfo, this, &SMSManager::DeviceInfo);
     connect(engine, &SMSManagerBusInterface::EngineStatus, this, &SMSManager::EngineStatus);
-    connect(engine, &SMSManagerBusInterface::SMSQueueChanged, this, &SMSManager::SMSQueueChanged);
-    connect(engine, &SMSManagerBusInterface::SMSSent, this, &SMSManager::SMSSent);
+    connect(engine, &SMSManagerBusInterface::SMSQueueChanged, this,
+            [this](int currentSize) { deliver([&] { Q_EMIT SMSQueueChanged(currentSize); }); });
+    connect(engine, &SMSManagerBusInterface::SMSSent, this,
+            [this](const QString &phone, const QString &message, int queueCount) {
+                deliver([&] { Q_EMIT SMSSent(phone, message, queueCount); });
+            });
     connect(engine, &SMSManagerBusInterface::SMSSentFailed, this,
             [this](const QString &phone, const QString &message, int errorCode) {
                 deliver([&] { Q_EMIT SMSSentFailed(phone, message, errorCode); });
@@ -86,11 +91,24 @@ void SMSManagerProxy::connectEvents()
 
 /// An engine that comes up anew, whoever started it, knows nothing of this listener. One that went
 /// runs no longer; the next call brings it back, and it runs again if it was to run.
-void SMSManagerProxy::engineChanged(const QString &, const QString &, const QString &owner)
+void SMSManagerProxy::engineChanged(const QString &, const QString &formerOwner,
+                                    const QString &owner)
 {
-    if (owner.isEmpty())
+    if (formerOwner == m_attachedTo) { // and not where a call has attached to a newer one since
+        m_attachedTo.clear();
         Q_EMIT EngineStatus(Stopped);
-    else
+    }
+    attachTo(owner);
+}
+
+QString SMSManagerProxy::engineOwner() const
+{
+    return m_engine->connection().interface()->serviceOwner(QLatin1String(Bus::ServiceName));
+}
+
+void SMSManagerProxy::attachTo(const QString &owner)
+{
+    if (!owner.isEmpty() && std::exchange(m_attachedTo, owner) != owner)
         attach();
 }
 
@@ -127,6 +145,9 @@ auto SMSManagerProxy::ask(int timeLimit, Call &&start)
     reply.waitForFinished();
     if (reply.isError() && engineHadVanished(reply.error())) {
         m_launcher.ensureRunning();
+        // Before the call: what the engine has to tell in it is told to its listeners.
+        attachTo(engineOwner());
+        m_engine->setTimeout(timeLimit);
         reply = start();
         reply.waitForFinished();
     }
@@ -160,6 +181,7 @@ void SMSManagerProxy::StopEngine()
 
 qint32 SMSManagerProxy::TestDevice()
 {
+    attachTo(engineOwner()); // the bus may have brought the engine back in an earlier call
     return call("TestDevice", Bus::TestDeviceTimeout, [this] { return m_engine->TestDevice(); })
         .value();
 }

@@ -56,6 +56,10 @@ public:
 private:
     void connectEvents();
     void engineChanged(const QString &name, const QString &formerOwner, const QString &owner);
+    /// The engine's own name on the bus; empty where there is none.
+    QString engineOwner() const;
+    /// Listens to the engine of that name, if it is not the one that is listened to already.
+    void attachTo(const QString &owner);
     void attach();
     /// Raises an event whose handling is acknowledged later.
     template <typename Raise>
@@ -78,6 +82,7 @@ private:
 
     EngineLauncher &m_launcher;
     QString m_connectionName;
+    QString m_attachedTo; ///< the engine's own name on the bus
     std::unique_ptr<SMSManagerBusInterface> m_engine;
     int m_callTimeout;
     QueueReplica m_replica;

@@ -17,6 +17,7 @@
 #include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScopedValueRollback>
 
 #include <utility>
 
@@ -140,6 +141,8 @@ void frmImport::cboFileFormat_Click(int index)
 
 void frmImport::btnOpen_Click()
 {
+    if (m_opening)
+        return;
     const bool isText = mnFileFormat == TextFile;
     quint32 flags = FilePicker::PathMustExist | FilePicker::FileMustExist;
     QString path;
@@ -157,6 +160,8 @@ void frmImport::btnOpen_Click()
 
 void frmImport::txtFilePath_LostFocus()
 {
+    if (m_opening)
+        return;
     if (!moFileSystem->FileExists(m_ui.txtFilePath->text())) {
         m_ui.txtFilePath->clear();
         ImportControls::clear(m_ui.cboSheet);
@@ -168,7 +173,7 @@ void frmImport::txtFilePath_LostFocus()
 
 void frmImport::btnImport_Click()
 {
-    if (!moFileSystem->FileExists(m_ui.txtFilePath->text()))
+    if (m_opening || !moFileSystem->FileExists(m_ui.txtFilePath->text()))
         return;
     ReadFile();
     mbCancelled = false;
@@ -220,6 +225,7 @@ void frmImport::OpenWorkbook()
 void frmImport::openConnection()
 {
     const WaitPointer busy;
+    const QScopedValueRollback opening(m_opening, true);
     moConnection = m_environment.createConnection();
     moConnection->open(withoutBlanks(m_ui.txtFilePath->text()));
 }
@@ -238,6 +244,8 @@ void frmImport::listSheets()
 
 void frmImport::cboSheet_Click()
 {
+    if (m_opening)
+        return;
     try {
         listFields();
     } catch (...) {

@@ -72,4 +72,5 @@ private:
     std::unique_ptr<SpreadsheetConnection> moConnection;
     qint16 mnFileFormat = TextFile;
     bool mbCancelled = false;
+    bool m_opening = false; ///< a workbook: what is pressed then has no effect
 };

@@ -6,10 +6,12 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMessageBox>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -344,6 +346,27 @@ TEST_F(DeviceTest, otherEventsThatCameWhileTheTestBlocksAreHandled)
     press();
     QCoreApplication::processEvents();
     EXPECT_TRUE(handled);
+}
+
+TEST_F(DeviceTest, aBoxThatComesUpWhileInputIsDroppedCanBeAnswered)
+{
+    show();
+    bool answered = false;
+    script.inTestDevice = [this, &answered] {
+        QMetaObject::invokeMethod(
+            console.get(),
+            [&answered] {
+                QMessageBox box(QMessageBox::Information, QString(), QStringLiteral("x"),
+                                QMessageBox::Ok);
+                QTimer::singleShot(0, &box, [&box] {
+                    QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
+                });
+                answered = box.exec() == QMessageBox::Ok;
+            },
+            Qt::QueuedConnection);
+    };
+    press();
+    EXPECT_TRUE(answered);
 }
 
 TEST_F(DeviceTest, aBoxForATestThatFailsIsNotAnsweredByAnEarlierKey)

@@ -4,6 +4,7 @@
 #include "foundation/Globals.h"
 
 #include <QDir>
+#include <QPushButton>
 
 // What happens while a tick processes events between two files.
 
@@ -138,4 +139,20 @@ TEST_F(PoolingInterrupted, failureInAnotherHandlerIsFatalAsEver)
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_qs));
     EXPECT_EQ(messages(), 30) << "the tick is none of its business";
+}
+
+TEST_F(PoolingInterrupted, noFileIsTakenInFrontOfTheReportOfADeviceTestThatFails)
+{
+    // The test took longer than ten seconds: a tick waits behind it.
+    const QString test = u"TestDevice"_qs;
+    script.failingCall = test;
+    script.inCall = [&](const QString &call) {
+        if (call == test)
+            QMetaObject::invokeMethod(
+                console.get(), [this] { tick(); }, Qt::QueuedConnection);
+    };
+    control<QPushButton>("btnTestDevice")->click();
+    script.inCall = nullptr;
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_EQ(names().size(), 30);
 }

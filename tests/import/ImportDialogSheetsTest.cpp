@@ -399,6 +399,27 @@ TEST_F(ImportDialog, thePointerIsBusyWhileAWorkbookIsOpenedAndNotWhileItIsRead)
     EXPECT_EQ(opening, (QList<bool>{true, true}));
 }
 
+TEST_F(ImportDialog, whatIsPressedWhileAWorkbookIsOpenedHasNoEffect)
+{
+    // A screen reader presses without key or mouse, and the window's events are handled meanwhile.
+    int openings = 0;
+    script.whileOpening = [&] {
+        ++openings;
+        control<QPushButton>("btnImport")->click();
+        control<QPushButton>("btnOpen")->click();
+        EXPECT_TRUE(dialog->isVisible());
+    };
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        EXPECT_EQ(openings, 1);
+        EXPECT_EQ(control<QComboBox>("cboSheet")->count(), script.sheets.size());
+        EXPECT_TRUE(dialog->isVisible());
+    });
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
 TEST_F(ImportDialog, theWindowIsPaintedWhileAWorkbookIsOpened)
 {
     // A reader that answers once the window was painted, and not before.

@@ -150,6 +150,12 @@ TEST_F(Spreadsheets, aReaderThatIsNotThereIsAFailureAboveZero)
 {
     HelperConnection none(u"/nowhere/reader"_qs);
     EXPECT_EQ(raisedNumber([&] { none.open(u"x"_qs); }), 429);
+    try {
+        none.open(u"x"_qs);
+    } catch (const NumberedFailure &failure) {
+        EXPECT_TRUE(failure.description().contains(u"/nowhere/reader"_qs))
+            << "the program is named";
+    }
 }
 
 TEST_F(Spreadsheets, filesAreFoundByWhatTheyHoldAndNotByTheirName)

@@ -9,7 +9,13 @@ prefix=$2
 case=$3
 here=$(cd "$(dirname "$0")" && pwd)
 sandbox=$(mktemp -d)
-trap 'rm -rf "$sandbox"' EXIT
+# What was started in the background may write to the last.
+clear_sandbox() {
+    until rm -rf "$sandbox" 2>/dev/null; do
+        sleep 0.1
+    done
+}
+trap clear_sandbox EXIT
 
 fail() {
     echo "package_test $case: $*" >&2
@@ -155,7 +161,7 @@ case_prerm() {
     first=$!
     "$sandbox/other" -c "$lingering" "$sandbox/two" &
     second=$!
-    trap 'kill -KILL "$first" "$second" 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$sandbox"' EXIT
+    trap 'kill -KILL "$first" "$second" 2>/dev/null || true; wait 2>/dev/null || true; clear_sandbox' EXIT
     local deadline=$((SECONDS + 400))
     until [[ -s $sandbox/one && -s $sandbox/two ]]; do
         ((SECONDS < deadline)) || fail "the programs did not come up"

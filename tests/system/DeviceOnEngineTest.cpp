@@ -182,6 +182,18 @@ TEST_F(DeviceOnEngine, aPinThatATestSpendsIsToldWithinIt)
         << terminal().toStdString();
 }
 
+TEST_F(DeviceOnEngine, aTestThatBringsTheEngineBackTellsItsReasonToo)
+{
+    plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
+    makeProxy()->SetDeviceSettings(
+        {0, QStringLiteral("1234"), 1, 1, device->link() + QStringLiteral(", 115200")});
+    killEngine(); // no event loop tells the console of it before the test
+    testDevice();
+    EXPECT_EQ(label("lblDeviceStatus"), GS(3760088));
+    EXPECT_TRUE(terminal().contains(QStringLiteral("ERR_INCORRECT_PASSWORD")))
+        << terminal().toStdString();
+}
+
 TEST_F(DeviceOnEngine, eachTestStartsFromAnEmptyTerminal)
 {
     testDevice();

@@ -1,7 +1,7 @@
 #include "foundation/ui/PendingInput.h"
 
 #include <QAbstractEventDispatcher>
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEvent>
 #include <QObject>
 
@@ -42,7 +42,8 @@ class InputFilter : public QObject
 public:
     bool eventFilter(QObject * /*watched*/, QEvent *event) override
     {
-        return isInput(event->type());
+        // A box that a handler opens meanwhile is to be answered; it blocks the other windows.
+        return !QApplication::activeModalWidget() && isInput(event->type());
     }
 };
 

@@ -1,6 +1,7 @@
 #include "import/readers/HelperConnection.h"
 
 #include "foundation/FailureNumbers.h"
+#include "foundation/FailureTexts.h"
 
 #include <QDeadlineTimer>
 #include <QEventLoop>
@@ -120,7 +121,8 @@ void HelperConnection::start()
     m_process->start(m_program, QStringList());
     if (!m_process->waitForStarted()) {
         m_process.reset();
-        Failure::raise(Failure::CannotCreateObject, QStringLiteral("HelperConnection"));
+        throw NumberedFailure(Failure::CannotCreateObject, QStringLiteral("HelperConnection"),
+                              FailureText::programNotFound(m_program));
     }
 }
 

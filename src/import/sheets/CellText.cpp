@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 
+#include <algorithm>
 #include <cmath>
 
 namespace CellText {
@@ -120,10 +121,19 @@ QString ofBoolean(bool value)
     return value ? QStringLiteral("True") : QStringLiteral("False");
 }
 
+/// The time of day of a moment, to the second, without its zone.
+QString clockOf(const QString &moment)
+{
+    const auto isZone = [](QChar c) { return c == u'Z' || c == u'+' || c == u'-'; };
+    const QString clock = moment.mid(11, 8);
+    return QString(clock.cbegin(),
+                   std::find_if(clock.cbegin(), clock.cend(), isZone) - clock.cbegin());
+}
+
 QString ofMoment(const QString &moment)
 {
     // Local time has hours that there aren't, and others twice.
-    const QTime time = QTime::fromString(moment.mid(11, 8), Qt::ISODate);
+    const QTime time = QTime::fromString(clockOf(moment), Qt::ISODate);
     QDateTime rounded(QDate::fromString(moment.left(10), Qt::ISODate),
                       time.isValid() ? time : QTime(0, 0), Qt::UTC);
     if (!rounded.isValid())

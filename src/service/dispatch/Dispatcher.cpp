@@ -36,8 +36,10 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
         m_conditionDue = true;
         work();
     });
-    connect(&m_testLimit, &Timer::timeout, this,
-            [this] { failTests(ErrorCode::NoRespond, QStringLiteral("the test took too long")); });
+    connect(&m_testLimit, &Timer::timeout, this, [this] {
+        failTests(ErrorCode::NoRespond, QStringLiteral("the test took too long"));
+        work(); // nobody waits for the device any more
+    });
     connect(&m_keepTested, &Timer::timeout, this, &Dispatcher::work);
 
     connect(&modem, &Modem::ready, this, &Dispatcher::onReady);

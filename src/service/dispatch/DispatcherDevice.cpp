@@ -88,6 +88,8 @@ void Dispatcher::onReady(const DeviceDetails &details)
     rememberDevice(details);
     m_openAgain.stop();
     m_steady.start(m_timings.steadyMs);
+    if (!m_breakerTold) // a device that answers and takes no message is in trouble still
+        m_deviceTrouble = {};
     m_conditionDue = false;
     m_conditionAgain.start(m_timings.conditionMs);
     if (!isJustTested(details))
@@ -248,9 +250,13 @@ void Dispatcher::tryDeviceLater(qint32 code, const QString &text)
 /// One trouble is told once, however often it is met again.
 void Dispatcher::tellTrouble(qint32 code, const QString &text)
 {
-    m_deviceTrouble = {code, text};
-    if (m_toldCodes.contains(code))
+    if (m_toldCodes.contains(code)) {
+        // In the words in which it was told, so that nobody hears of it twice.
+        if (m_deviceTrouble.code != code)
+            m_deviceTrouble = {code, text};
         return;
+    }
+    m_deviceTrouble = {code, text};
     m_toldCodes.insert(code);
     warn(code, text);
 }

@@ -91,6 +91,27 @@ TEST_F(DispatcherTestResult, aTestThatTakesTooLongIsExplained)
     EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
 }
 
+TEST_F(DispatcherTestResult, aDeviceThatIsTooLateForItsTestIsClosedAndNotReported)
+{
+    m_timings.testAnswerMs = 20;
+    makeDispatcher();
+    m_line->silent = true;
+    testUntilAnswered();
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    EXPECT_TRUE(isClosed());
+}
+
+TEST_F(DispatcherTestResult, aTroubleOfADeviceThatIsReadyAgainStandsNoLonger)
+{
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    EXPECT_EQ(m_dispatcher->standingTroubles().size(), 1);
+    m_line->openError = LineError::None;
+    ASSERT_TRUE(until([this] { return isReady(); }));
+    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+}
+
 TEST_F(DispatcherTestResult, aPinThatIsSpentOnATestIsToldWithinItAndNotTriedAgain)
 {
     m_store->setDeviceSettings(
