@@ -1,6 +1,7 @@
 #include "queue/QueueFileReader.h"
 
 #include "foundation/FailureNumbers.h"
+#include "foundation/platform/Removal.h"
 #include "queue/QueueDropFile.h"
 #include "queue/RecordHandover.h"
 
@@ -64,7 +65,8 @@ TakenFile taken(const QString &path, RecordHandover &handover, const QueueAccess
     return {path, handover.given(), failed};
 }
 
-/// Reads `paths` from the first on, as far as the engine takes their records.
+/// Reads `paths` from the first on, as far as the engine takes their records. A file that may turn
+/// out to stay is taken alone: nothing behind it is to be read when it does.
 /// @return those that are done with, at least one; they are to be taken away
 QList<TakenFile> takeTogether(const QStringList &paths, SMSManager &engine,
                               const QString &messageFooter, const QueueAccess &access)
@@ -72,8 +74,11 @@ QList<TakenFile> takeTogether(const QStringList &paths, SMSManager &engine,
     QList<TakenFile> files;
     RecordHandover handover(engine, messageFooter);
     for (const QString &path : paths) {
+        const bool mayStay = !isRemovable(path);
+        if (mayStay && !files.isEmpty())
+            break;
         files.append(taken(path, handover, access));
-        if (handover.fellShort())
+        if (mayStay || handover.fellShort())
             break;
     }
     try {

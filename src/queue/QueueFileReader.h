@@ -18,8 +18,9 @@ void ImportSMSFile(const QString &path, SMSManager &engine, const QString &messa
                    const QueueAccess &access = {});
 
 /// Does the same for one file after the other, at less cost: their records reach the engine in
-/// batches, and a file goes once all of its records are on the engine's disk. One that can't be
-/// taken away keeps no other of `paths`, the messages of which are queued, from going.
+/// batches, and a file goes once all of its records are on the engine's disk. Nothing is read
+/// behind one that can't be taken away, but where that couldn't be foreseen: what was read together
+/// with it is queued then, and goes.
 /// @throws NumberedFailure for the first one that can't be taken away
 void ImportSMSFiles(const QStringList &paths, SMSManager &engine, const QString &messageFooter,
                     const QueueAccess &access = {});

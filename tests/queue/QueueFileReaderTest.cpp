@@ -2,6 +2,7 @@
 
 #include "engine/RaisedFailure.h"
 #include "foundation/FailureNumbers.h"
+#include "foundation/platform/Removal.h"
 #include "queue/Fixture.h"
 #include "support/RecordingEngine.h"
 #include "support/RecordingMessageBoxes.h"
@@ -16,6 +17,7 @@
 #include <cerrno>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -461,6 +463,53 @@ TEST_F(QueueFilesReaderTest, whatBecameOfABatchThatTheEngineEndedInIsNotTriedAga
     EXPECT_EQ(importAll(filesOf({1, 2, 1})), (QList<int>{0, 1, 1, 2}));
     EXPECT_EQ(batches, 1);
     EXPECT_TRUE(left().isEmpty());
+}
+
+TEST_F(QueueFilesReaderTest, oneThatMayStayIsTakenAloneAndNothingIsReadBehindIt)
+{
+    const QStringList files = filesOf({1, 1, 1, 1});
+    ASSERT_TRUE(QFile::remove(files.at(2)));
+    ASSERT_TRUE(QDir().mkdir(files.at(2))); // what took its place is not taken away
+    EXPECT_NE(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 0);
+    EXPECT_EQ(taken(), (QList<int>{0, 1}));
+    EXPECT_EQ(left(), QStringList{u"sms.3"_qs});
+    EXPECT_FALSE(streams.calls.contains(u"open "_qs + files.at(3)));
+}
+
+TEST(RemovalTest, whatTheRightsOfFileAndFolderSay)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"sms.0"_qs);
+    EXPECT_FALSE(isRemovable(file)) << "nothing is there";
+    writeFile(file, "x");
+    EXPECT_TRUE(isRemovable(file));
+    ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner));
+    EXPECT_TRUE(isRemovable(file)) << "read-only is no matter";
+    EXPECT_FALSE(isRemovable(folder.path())) << "a folder";
+    ASSERT_TRUE(QFile::link(u"/nowhere"_qs, folder.filePath(u"sms.1"_qs)));
+    EXPECT_TRUE(isRemovable(folder.filePath(u"sms.1"_qs)));
+
+    if (::geteuid() == 0) {
+        const QByteArray name = QFile::encodeName(folder.path());
+        constexpr uid_t nobody = 65534;
+        ASSERT_EQ(::chmod(name.constData(), 01777), 0);
+        ASSERT_EQ(::seteuid(nobody), 0);
+        const bool othersInStickyFolder = isRemovable(file);
+        ASSERT_EQ(::seteuid(0), 0);
+        ASSERT_EQ(::chown(QFile::encodeName(file).constData(), nobody, nobody), 0);
+        ASSERT_EQ(::seteuid(nobody), 0);
+        const bool ownInStickyFolder = isRemovable(file);
+        ASSERT_EQ(::seteuid(0), 0);
+        ASSERT_EQ(::chmod(name.constData(), 0755), 0);
+        ASSERT_EQ(::seteuid(nobody), 0);
+        const bool inFolderOfAnother = isRemovable(file);
+        ASSERT_EQ(::seteuid(0), 0);
+        EXPECT_FALSE(othersInStickyFolder);
+        EXPECT_TRUE(ownInStickyFolder);
+        EXPECT_FALSE(inFolderOfAnother);
+    } else {
+        EXPECT_FALSE(isRemovable(u"/usr/bin/env"_qs));
+    }
 }
 
 TEST_F(QueueFilesReaderTest, oneThatCannotBeDeletedKeepsNoOtherThatIsQueued)
