@@ -368,25 +368,3 @@ TEST_F(DeviceTest, aBoxThatComesUpWhileInputIsDroppedCanBeAnswered)
     press();
     EXPECT_TRUE(answered);
 }
-
-TEST_F(DeviceTest, aBoxForATestThatFailsIsNotAnsweredByAnEarlierKey)
-{
-    show();
-    int keys = 0;
-    script.failingCall = test;
-    script.inCall = [&](const QString &call) {
-        if (call == test)
-            post(Press::Key, "txtMessage");
-    };
-    const auto previous = FatalReport::setTerminate([](int) {});
-    boxes.whileShown = [&] {
-        QCoreApplication::processEvents();
-        keys += static_cast<int>(control<QPlainTextEdit>("txtMessage")->toPlainText().size());
-    };
-    press();
-    FatalReport::setTerminate(previous);
-    boxes.whileShown = nullptr;
-    script.inCall = nullptr;
-    EXPECT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(keys, 0);
-}

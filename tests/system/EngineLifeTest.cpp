@@ -102,6 +102,20 @@ TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
     EXPECT_TRUE(eventually([&] { return heard.contains(QStringLiteral("-2")); }));
 }
 
+TEST_F(EngineLife, aDeviceTestThatBringsTheEngineBackTellsItsReasonWithinTheCall)
+{
+    const auto proxy = makeProxy();
+    proxy->SetDeviceSettings({0, QString(), 1, 1, QStringLiteral("/nowhere/gsm, 9600")});
+    QList<qint32> codes;
+    QObject::connect(proxy.get(), &SMSManager::WarningError, [&](qint32 code) { codes << code; });
+    signalEngine(SIGKILL);
+    while (enginePid() != 0) // no event loop: the proxy has not been told
+        ;
+    EXPECT_EQ(proxy->TestDevice(), -2);
+    proxy->DeliverPendingEvents();
+    EXPECT_EQ(codes, QList<qint32>{-2});
+}
+
 TEST_F(EngineLife, anEngineThatHasGoneIsReportedAsStoppedAndRunsAgainWithTheNextCall)
 {
     plugIn();
