@@ -1,9 +1,11 @@
 #include "console/ConsoleControls.h"
 
+#include "console/CondensedCellDelegate.h"
 #include "console/ConsoleDesign.h"
 #include "console/MessageEdit.h"
 #include "console/PhoneEdit.h"
 #include "console/QueueGrid.h"
+#include "console/QueueGridModel.h"
 #include "console/TerminalView.h"
 #include "foundation/ui/CaptionedFrame.h"
 #include "foundation/ui/Contrast.h"
@@ -110,6 +112,7 @@ void setUpGrid(QTableView *grid)
     grid->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
     grid->setWordWrap(false);
     grid->setAlternatingRowColors(true);
+    grid->setItemDelegateForColumn(QueueGridModel::DeliveryDate, new CondensedCellDelegate(grid));
     grid->verticalHeader()->hide();
     grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 5);

@@ -4,6 +4,7 @@
 #include "engine/contract/BusTypes.h"
 #include "foundation/FailureNumbers.h"
 #include "foundation/FailureTexts.h"
+#include "foundation/platform/Processes.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusPendingReply>
@@ -65,8 +66,15 @@ void ProcessEngineLauncher::ensureRunning()
         startByBus();
         return;
     }
-    startProgram();
-    waitUntil([bus, name] { return bus->isServiceRegistered(name).value(); });
+    const qint64 engine = startProgram();
+    waitUntil([bus, name, engine] {
+        const bool ended = !isProcessRunning(engine);
+        if (bus->isServiceRegistered(name).value())
+            return true;
+        if (ended)
+            raiseCannotStart(FailureText::engineEnded());
+        return false;
+    });
 }
 
 bool ProcessEngineLauncher::isActivatable() const
@@ -104,7 +112,7 @@ void ProcessEngineLauncher::waitUntil(const std::function<bool()> &condition) co
     }
 }
 
-void ProcessEngineLauncher::startProgram()
+qint64 ProcessEngineLauncher::startProgram()
 {
     if (!QFileInfo(m_program).isExecutable())
         raiseCannotStart(FailureText::programNotFound(m_program));
@@ -114,6 +122,8 @@ void ProcessEngineLauncher::startProgram()
     engine.setStandardInputFile(QProcess::nullDevice());
     engine.setStandardOutputFile(QProcess::nullDevice());
     engine.setStandardErrorFile(errorOutputFile(), QIODevice::Append);
-    if (!engine.startDetached())
+    qint64 process = 0;
+    if (!engine.startDetached(&process))
         raiseCannotStart(engine.errorString());
+    return process;
 }

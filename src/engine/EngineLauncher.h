@@ -38,7 +38,8 @@ public:
 private:
     bool isActivatable() const;
     void startByBus();
-    void startProgram();
+    /// @return the number of its process
+    qint64 startProgram();
     void waitUntil(const std::function<bool()> &condition) const;
 
     QDBusConnection m_bus;

@@ -57,6 +57,11 @@ QString FailureText::engineDidNotComeUp()
     return text(3760127, "it was started but did not come up");
 }
 
+QString FailureText::engineEnded()
+{
+    return text(3760129, "it ended by itself. Its file engine.log tells why");
+}
+
 QString FailureText::engineDoesNotAnswer(const QString &error)
 {
     return text(3760128, "The sending engine doesn't answer (%1)", error);

@@ -21,6 +21,7 @@ QString noSessionBus();
 /// @param program  the engine's executable
 QString programNotFound(const QString &program);
 QString engineDidNotComeUp();
+QString engineEnded();
 /// @param error  what the bus says
 QString engineDoesNotAnswer(const QString &error);
 

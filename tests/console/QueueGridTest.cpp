@@ -104,6 +104,27 @@ TEST_F(QueueGridTest, tooltipsShowATextAsItStands)
     EXPECT_LT(tip.size(), 1200);
 }
 
+TEST_F(QueueGridTest, theSecondsOfADeliveryDateAreSeenInItsColumn)
+{
+    script.queue = {waiting(1), waiting(2), waiting(3)};
+    for (QueueRow &row : script.queue)
+        row.deliveryDate = QStringLiteral("2026-11-23T10:15:59");
+    script.queue[2].deliveryDate = QStringLiteral("2026-11-23T10:15:01");
+    changeQueue();
+    grid()->clearSelection();
+    grid()->setCurrentIndex({});
+    // Every other row has the same background.
+    const auto picture = [this](int row) {
+        return grid()->viewport()->grab(grid()->visualRect(cell(row, 0))).toImage();
+    };
+    EXPECT_NE(picture(1), picture(3));
+    script.queue[2].deliveryDate = script.queue[0].deliveryDate;
+    changeQueue();
+    grid()->clearSelection();
+    grid()->setCurrentIndex({});
+    EXPECT_EQ(picture(1), picture(3)) << "nothing else tells them apart";
+}
+
 TEST_F(QueueGridTest, everyWayIntoACellAsksTheEngine)
 {
     script.status = 1;

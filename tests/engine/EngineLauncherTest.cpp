@@ -9,6 +9,7 @@
 #include <QDBusConnectionInterface>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -36,6 +37,27 @@ bool engineIsOnBus(const QDBusConnection &bus)
 {
     return bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
 }
+
+/// A program of a few lines, in a folder of its own.
+class Script
+{
+public:
+    explicit Script(const QByteArray &lines)
+    {
+        QFile file(path());
+        if (!file.open(QIODevice::WriteOnly))
+            return;
+        file.write("#!/bin/sh\n" + lines + '\n');
+        file.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    }
+    QString path() const { return m_folder.filePath(QStringLiteral("engine")); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// Runs as long as its script is there, and never gets to the bus.
+constexpr char staysAway[] = "while [ -e \"$0\" ]; do sleep 0.1; done";
 
 QString logFolder()
 {
@@ -89,11 +111,41 @@ TEST(EngineLauncherTest, fileThatIsNoProgramFailsAtOnce)
 TEST(EngineLauncherTest, programThatNeverComesUpIsWaitedForNoLongerThanTheLimit)
 {
     const PrivateBus bus;
-    const auto failure = failureOfStart(bus.connection(), QStringLiteral("/bin/true"), 150);
+    const Script program(staysAway);
+    const auto failure = failureOfStart(bus.connection(), program.path(), 50);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), 429);
     EXPECT_EQ(failure->description(),
               FailureText::engineNotStarted(FailureText::engineDidNotComeUp()));
+}
+
+TEST(EngineLauncherTest, programThatEndsWithoutComingUpIsNotWaitedFor)
+{
+    const PrivateBus bus;
+    const auto failure = failureOfStart(bus.connection(), QStringLiteral("/bin/true"), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_EQ(failure->description(), FailureText::engineNotStarted(FailureText::engineEnded()));
+}
+
+TEST(EngineLauncherTest, programThatEndsBecauseAnotherEngineIsUpIsNoFailure)
+{
+    const PrivateBus bus;
+    QDBusConnection other = bus.connection();
+    // The other engine comes up between the look at the bus and the end of the program.
+    class OtherEngine : public EngineWait
+    {
+    public:
+        explicit OtherEngine(QDBusConnection &bus) : m_bus(bus) {}
+        void waiting(qint64) override { m_bus.registerService(QLatin1String(Bus::ServiceName)); }
+        void ended() override {}
+
+    private:
+        QDBusConnection &m_bus;
+    } engine(other);
+    const Script program("exec sleep 0.2");
+    ProcessEngineLauncher launcher(bus.connection(), program.path(), longLimit, &engine);
+    EXPECT_FALSE(raisedFailure([&] { launcher.ensureRunning(); }));
 }
 
 /// Notes a wait for the engine's start.
@@ -126,8 +178,9 @@ TEST(EngineLauncherTest, theWaitIsToldUntilItEndsWhetherTheBusStartsTheEngineOrT
 TEST(EngineLauncherTest, theWaitEndsWithAFailureToo)
 {
     const PrivateBus bus;
+    const Script program(staysAway);
     NotedEngineWait wait;
-    ProcessEngineLauncher launcher(bus.connection(), QStringLiteral("/bin/true"), 50, &wait);
+    ProcessEngineLauncher launcher(bus.connection(), program.path(), 50, &wait);
     EXPECT_TRUE(raisedFailure([&] { launcher.ensureRunning(); }));
     EXPECT_FALSE(wait.times.isEmpty());
     EXPECT_EQ(wait.ends, 1);

@@ -31,7 +31,8 @@ protected:
                 FailureText::programNotFound(u"/a/b"_qs),
                 FailureText::engineDoesNotAnswer(u"/a/b"_qs),
                 FailureText::noSessionBus(),
-                FailureText::engineDidNotComeUp()};
+                FailureText::engineDidNotComeUp(),
+                FailureText::engineEnded()};
     }
     static void expectNamesAndWords(const QStringList &texts)
     {

@@ -108,7 +108,7 @@ void EngineHost::makeParts(const QString &storeFile)
                                                 DispatcherTimings{}, settings);
     m_service = std::make_unique<EngineService>(QDBusConnection::sessionBus(), *m_store,
                                                 *m_dispatcher, m_clock);
-    connect(m_dispatcher.get(), &Dispatcher::finished, qApp, &QCoreApplication::quit,
+    connect(m_dispatcher.get(), &Dispatcher::finished, this, &EngineHost::leaveBus,
             Qt::QueuedConnection);
     connect(m_dispatcher.get(), &Dispatcher::warningHandled, this,
             [this](int, const QString &text) {
@@ -239,6 +239,14 @@ void EngineHost::busLost()
 {
     qWarning() << "the session bus is gone";
     end();
+}
+
+/// Calls that came before the name was given back are answered. Those behind it start the next
+/// engine.
+void EngineHost::leaveBus()
+{
+    QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::ServiceName));
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
 void EngineHost::end()

@@ -48,6 +48,7 @@ private:
     Start lockStore(const QString &folder);
     void makeParts(const QString &storeFile);
     bool enterBus();
+    void leaveBus();
 
     // The store
     /// @return false for one that this program must leave alone
