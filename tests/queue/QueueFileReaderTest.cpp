@@ -4,6 +4,7 @@
 #include "foundation/FailureNumbers.h"
 #include "foundation/platform/Removal.h"
 #include "queue/Fixture.h"
+#include "queue/RecordHandover.h"
 #include "support/RecordingEngine.h"
 #include "support/RecordingMessageBoxes.h"
 #include "support/ScriptedStreams.h"
@@ -446,6 +447,25 @@ TEST_F(QueueFilesReaderTest, aRecordThatTheEngineFailsForCostsTheRestOfItsFileAn
     EXPECT_EQ(leftThen, (QList<qsizetype>{4, 3, 2, 1}));
 }
 
+TEST_F(QueueFilesReaderTest, aFirstRecordThatTheEngineFailsForIsNotHandedOverOnceMore)
+{
+    bool failed = false;
+    m_script.inCommit = [&](qsizetype messages) {
+        return std::exchange(failed, true) ? messages : 1; // all of the first file
+    };
+    EXPECT_EQ(importAll(filesOf({1, 1, 1})), (QList<int>{0, 1, 2, 2}));
+    EXPECT_TRUE(left().isEmpty());
+}
+
+TEST_F(QueueFilesReaderTest, noneIsReadBehindOneThatTheEngineFailsForBeforeItIsDeleted)
+{
+    const QStringList files = filesOf({RecordHandover::BatchRecords, 1});
+    m_script.inCommit = [](qsizetype messages) { return messages - 1; };
+    streams.onRemove = [](const QString &) { return EROFS; };
+    EXPECT_EQ(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 70);
+    EXPECT_FALSE(streams.calls.contains(u"open "_qs + files.at(1)));
+}
+
 TEST_F(QueueFilesReaderTest, anEngineThatTakesNothingLosesEachOfThem)
 {
     m_script.inCommit = [](qsizetype) -> qsizetype { return 0; };
@@ -474,6 +494,21 @@ TEST_F(QueueFilesReaderTest, oneThatMayStayIsTakenAloneAndNothingIsReadBehindIt)
     EXPECT_EQ(taken(), (QList<int>{0, 1}));
     EXPECT_EQ(left(), QStringList{u"sms.3"_qs});
     EXPECT_FALSE(streams.calls.contains(u"open "_qs + files.at(3)));
+}
+
+TEST_F(QueueFilesReaderTest, oneThatMayStayIsReadOnceThoseBeforeItHaveGone)
+{
+    const QStringList files = filesOf({1, 1, 1});
+    ASSERT_TRUE(QFile::remove(files.at(1)));
+    ASSERT_TRUE(QDir().mkdir(files.at(1)));
+    QStringList leftThen;
+    streams.onOpen = [&](const QString &file) {
+        if (file == files.at(1))
+            leftThen = left();
+        return 0;
+    };
+    EXPECT_NE(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 0);
+    EXPECT_EQ(leftThen, QStringList{u"sms.2"_qs});
 }
 
 TEST(RemovalTest, whatTheRightsOfFileAndFolderSay)
@@ -510,6 +545,31 @@ TEST(RemovalTest, whatTheRightsOfFileAndFolderSay)
     } else {
         EXPECT_FALSE(isRemovable(u"/usr/bin/env"_qs));
     }
+}
+
+TEST(RemovalTest, aStickyBitKeepsAFileForItsOwnerTheFoldersAndTheAdministrator)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "this account can't make files of another one";
+    constexpr uid_t nobody = 65534;
+    const QTemporaryDir folder;
+    const QByteArray place = QFile::encodeName(folder.path());
+    const QString path = folder.filePath(u"sms.0"_qs);
+    writeFile(path);
+    const auto isRemovableByNobody = [&path] {
+        EXPECT_EQ(::seteuid(nobody), 0);
+        const bool result = isRemovable(path);
+        EXPECT_EQ(::seteuid(0), 0);
+        return result;
+    };
+    ASSERT_EQ(::chmod(place.constData(), 0777), 0);
+    EXPECT_TRUE(isRemovableByNobody()) << "there is none";
+    ASSERT_EQ(::chmod(place.constData(), 01777), 0);
+    EXPECT_FALSE(isRemovableByNobody());
+    ASSERT_EQ(::chown(place.constData(), nobody, nobody), 0);
+    EXPECT_TRUE(isRemovableByNobody()) << "the folder's owner";
+    ASSERT_EQ(::chown(QFile::encodeName(path).constData(), nobody, nobody), 0);
+    EXPECT_TRUE(isRemovable(path)) << "the administrator";
 }
 
 TEST_F(QueueFilesReaderTest, oneThatCannotBeDeletedKeepsNoOtherThatIsQueued)
