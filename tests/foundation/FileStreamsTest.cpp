@@ -100,3 +100,14 @@ TEST_F(FileStreamsTest, anyOtherRefusalLeavesTheRightsAsTheyAre)
     EXPECT_EQ(removalRefusedWith(EBUSY, path), EBUSY);
     EXPECT_EQ(modeOf(path), 0400U);
 }
+
+TEST_F(FileStreamsTest, whatIsNoFileIsNotOpened)
+{
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &path : {pipe, QStringLiteral("/dev/null"), folder.path()}) {
+        std::unique_ptr<ByteStream> stream;
+        EXPECT_NE(fileStreams().openToRead(path, stream), 0) << path.toStdString();
+        EXPECT_FALSE(stream) << path.toStdString();
+    }
+}

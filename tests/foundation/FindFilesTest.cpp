@@ -179,6 +179,14 @@ TEST_F(FindFilesTest, nameThatIsNoTextIsPassedOver)
     EXPECT_EQ(::unlink(path.constData()), 0);
 }
 
+TEST_F(FindFilesTest, nameThatEndsInABlankIsPassedOver)
+{
+    makeFile(u"sms.1"_qs);
+    makeFile(u"sms.1 "_qs);
+    makeFile(u"sms.2 "_qs);
+    EXPECT_EQ(found(u"sms.*"_qs), QStringList{u"sms.1"_qs});
+}
+
 TEST_F(FindFilesTest, folderThatCannotBeListedAddsNothing)
 {
     const Outcome outcome = search(m_folder.filePath(u"none"_qs), u"*"_qs, Descent::IntoSubfolders);

@@ -264,8 +264,19 @@ TEST_F(StoredSettingsTest, aFailureNamesTheFile)
     m_files.replaceError = ENOSPC;
     EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
               FailureText::settingsNotSaved(path()) + u" - 61"_qs);
+    m_files.replaceError = 0;
+    {
+        QLockFile lock(path() + u".lock"_qs);
+        ASSERT_TRUE(lock.tryLock());
+        EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
+                  FailureText::settingsNotSaved(path()) + u" - 70"_qs);
+    }
     m_files.folderError = EIO;
-    EXPECT_TRUE(textOf([this] { save(u"x"_qs); }).endsWith(u" - 57"_qs));
+    EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
+              FailureText::settingsNotSaved(folder()) + u" - 57"_qs);
+    m_files.folderError = ENOENT;
+    EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
+              FailureText::settingsNotSaved(folder()) + u" - 76"_qs);
 }
 
 TEST_F(StoredSettingsTest, fileOverAMebibyteIsAFailure)
