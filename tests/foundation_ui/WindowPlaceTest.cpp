@@ -4,6 +4,7 @@
 #include "support/WaitUntil.h"
 
 #include <QAbstractEventDispatcher>
+#include <QResizeEvent>
 #include <QScreen>
 #include <QTest>
 #include <QWidget>
@@ -73,6 +74,14 @@ protected:
         window.windowHandle()->setGeometry(inner);
         settle();
         ASSERT_EQ(window.geometry(), inner);
+    }
+
+    /// The window system tells of a size, as on the way to the one that it was asked for.
+    void tellSize(QSize size)
+    {
+        QWindow *const handle = window.windowHandle();
+        QResizeEvent event(size, handle->size());
+        QCoreApplication::sendEvent(handle, &event);
     }
 
     QWidget window;
@@ -154,6 +163,77 @@ TEST_F(WindowPlaceTest, whatTheProgramAsksForNextHoldsAgain)
     EXPECT_EQ(outer(), middle(Asked));
 }
 
+TEST_F(WindowPlaceTest, whatIsToldOnTheWayToTheSizeThatWasAskedForIsNoWishOfTheOperator)
+{
+    place.setOuterSize(Asked);
+    show();
+    place.setOuterSize(Asked * 2);
+    place.setOuterSize(Asked * 2); // asks for no more than what is on its way
+    tellSize(Asked);
+    EXPECT_TRUE(place.keepsOuterSize());
+    settle(); // it has come
+    tellSize(Asked);
+    EXPECT_FALSE(place.keepsOuterSize());
+}
+
+TEST_F(WindowPlaceTest, whatIsToldOnTheWayToTheFirstShowingIsNoWishOfTheOperator)
+{
+    window.setWindowFlag(Qt::FramelessWindowHint);
+    place.setOuterSize(Asked);
+    window.show();
+    tellSize(Asked / 2);
+    EXPECT_TRUE(place.keepsOuterSize());
+}
+
+TEST_F(WindowPlaceTest, whatIsToldWithAFrameThatIsNotFollowedYetIsNoWishOfTheOperator)
+{
+    place.setOuterSize(Asked);
+    show();
+    QWindow *const handle = window.windowHandle();
+    handle->setFlag(Qt::FramelessWindowHint);
+    handle->setWindowState(Qt::WindowNoState);
+    ASSERT_TRUE(frame().isNull());
+    tellSize(Asked / 2);
+    EXPECT_TRUE(place.keepsOuterSize());
+}
+
+TEST_F(WindowPlaceTest, frameOfAWindowThatWasThereBeforeIsFollowed)
+{
+    QWidget shown;
+    shown.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&shown, hangMs));
+    settle();
+    const WindowPlace &later = WindowPlace::of(&shown);
+    ASSERT_FALSE(later.frame().isNull());
+    QWindow *const handle = shown.windowHandle();
+    handle->setFlag(Qt::FramelessWindowHint);
+    handle->setWindowState(Qt::WindowNoState);
+    settle();
+    xcb_property_notify_event_t event = {};
+    event.response_type = XCB_PROPERTY_NOTIFY;
+    event.window = static_cast<xcb_window_t>(shown.winId());
+    qintptr result = 0;
+    QAbstractEventDispatcher::instance()->filterNativeEvent("xcb_generic_event_t", &event, &result);
+    settle();
+    EXPECT_TRUE(later.frame().isNull());
+}
+
+TEST_F(WindowPlaceTest, whatAMinimisedWindowIsToldIsNoWishOfTheOperator)
+{
+    place.setOuterSize(Asked);
+    place.centre();
+    show();
+    window.setWindowState(Qt::WindowMinimized);
+    settle();
+    tellSize(Asked / 2);
+    settle();
+    EXPECT_TRUE(place.keepsOuterSize());
+    window.setWindowState(Qt::WindowNoState);
+    settle();
+    changeFrame(false);
+    EXPECT_EQ(outer(), middle(Asked));
+}
+
 TEST_F(WindowPlaceTest, enlargedWindowIsLeftAlone)
 {
     place.setOuterSize(Asked);
@@ -163,6 +243,7 @@ TEST_F(WindowPlaceTest, enlargedWindowIsLeftAlone)
         settle();
         const QRect enlarged = window.geometry();
         ASSERT_GT(enlarged.width(), Asked.width());
+        EXPECT_TRUE(place.keepsOuterSize());
         notice();
         EXPECT_EQ(window.geometry(), enlarged);
         window.setWindowState(Qt::WindowNoState);
@@ -180,6 +261,8 @@ TEST_F(WindowPlaceTest, frameOfTheEnlargedWindowIsNotTakenForThatOfTheNormalOne)
     window.setWindowState(Qt::WindowMaximized);
     settle();
     ASSERT_TRUE(frame().isNull());
+    EXPECT_TRUE(place.presentFrame().isNull());
+    EXPECT_EQ(place.frame(), normal);
     window.setWindowState(Qt::WindowNoState);
     settle();
     ASSERT_TRUE(frame().isNull()) << "it is still there when the window is back";
@@ -188,6 +271,39 @@ TEST_F(WindowPlaceTest, frameOfTheEnlargedWindowIsNotTakenForThatOfTheNormalOne)
     EXPECT_EQ(window.size(), Asked.shrunkBy(normal));
     changeFrame(true);
     EXPECT_EQ(outer().size(), Asked);
+}
+
+TEST_F(WindowPlaceTest, frameThatTheEnlargedWindowHadIsFollowedOnceTheWindowIsBackAsAsked)
+{
+    place.setOuterSize(Asked);
+    show();
+    window.windowHandle()->setFlag(Qt::FramelessWindowHint);
+    window.setWindowState(Qt::WindowMaximized);
+    settle();
+    ASSERT_TRUE(frame().isNull());
+    window.windowHandle()->setFlag(Qt::FramelessWindowHint, false);
+    window.setWindowState(Qt::WindowNoState);
+    settle();
+    ASSERT_FALSE(frame().isNull());
+    place.setOuterSize(Asked * 2);
+    settle();
+    changeFrame(false);
+    EXPECT_TRUE(place.frame().isNull());
+    EXPECT_EQ(window.size(), Asked * 2);
+}
+
+TEST_F(WindowPlaceTest, dialogThatHasHadNoFrameIsStillExpectedToHaveItsOwners)
+{
+    place.centre();
+    show();
+    QWidget dialog(&window, Qt::Dialog | Qt::FramelessWindowHint);
+    dialog.resize(Asked);
+    WindowPlace &ofDialog = WindowPlace::of(&dialog);
+    ofDialog.centre();
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog, hangMs));
+    settle();
+    EXPECT_EQ(ofDialog.frame(), frame());
 }
 
 TEST_F(WindowPlaceTest, dialogIsExpectedToHaveItsOwnersFrame)
