@@ -66,6 +66,18 @@ TEST_F(DispatcherBreaker, theThirdFailureInARowResetsTheDeviceAndIsToldOnce)
     EXPECT_EQ(m_line->openings, 4);
 }
 
+TEST_F(DispatcherBreaker, theTroubleStandsWhileTheDeviceAnswersAndTakesNoMessage)
+{
+    answerWith({310, 310, 310, 310, 0});
+    add(QStringLiteral("600"));
+    m_onSubmission = [this] {
+        EXPECT_EQ(m_dispatcher->standingTroubles().size(), submissions() > 3 ? 1 : 0);
+    };
+    sendAll();
+    EXPECT_EQ(submissions(), 5);
+    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+}
+
 TEST_F(DispatcherBreaker, otherFailuresOfTheSameTroubleAreNotToldAgain)
 {
     answerWith({310, 313, 310, 313, 330, 310, 0});

@@ -112,6 +112,36 @@ TEST_F(DispatcherTestResult, aTroubleOfADeviceThatIsReadyAgainStandsNoLonger)
     EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
 }
 
+TEST_F(DispatcherTestResult, aTroubleThatStandsKeepsTheWordsInWhichItWasTold)
+{
+    m_line->openError = LineError::NoSuchDevice;
+    m_line->detail = QStringLiteral("gone");
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    const QList<Dispatcher::Warning> told = m_dispatcher->standingTroubles();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.constFirst().text.contains(QStringLiteral("gone")));
+    m_line->detail = QStringLiteral("away");
+    ASSERT_TRUE(until([this] { return m_line->openings == 3; }));
+    EXPECT_EQ(m_dispatcher->standingTroubles(), told);
+}
+
+TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
+{
+    const auto standing = [this] {
+        const QList<Dispatcher::Warning> troubles = m_dispatcher->standingTroubles();
+        return troubles.isEmpty() ? 0 : troubles.constFirst().code;
+    };
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([&] { return standing() == -2; }));
+    m_line->openError = LineError::HeldByAnother;
+    ASSERT_TRUE(until([&] { return standing() != -2; }));
+    m_line->openError = LineError::NoSuchDevice;
+    EXPECT_TRUE(until([&] { return standing() == -2; }));
+    EXPECT_EQ(count(QStringLiteral("warning -2")), 1);
+}
+
 TEST_F(DispatcherTestResult, aPinThatIsSpentOnATestIsToldWithinItAndNotTriedAgain)
 {
     m_store->setDeviceSettings(

@@ -99,6 +99,20 @@ TEST_F(EngineReports, aFailureThatWasNotAcknowledgedIsToldToTheNextConsole)
     EXPECT_TRUE(makeConsole("last")->heard(QStringLiteral("SMSSentFailed")).isEmpty());
 }
 
+TEST_F(EngineReports, aFailureThatIsHandledIsNotToldWhileTheStoreCannotNoteIt)
+{
+    keepFailure(QStringLiteral("600"));
+    const auto first = makeConsole("first");
+    ASSERT_EQ(first->reports.size(), 1);
+    OtherConnection other(storeFile());
+    other.run(QStringLiteral("BEGIN IMMEDIATE"));
+    acknowledge(*first, first->reports);
+    EXPECT_TRUE(makeConsole("next")->heard(QStringLiteral("SMSSentFailed")).isEmpty());
+    EXPECT_TRUE(isUnreported());
+    other.run(QStringLiteral("ROLLBACK"));
+    EXPECT_TRUE(until([] { return !isUnreported(); }));
+}
+
 TEST_F(EngineReports, theNextConsoleIsToldWhileTheOneThatHasNotAnsweredIsStillThere)
 {
     keepFailure(QStringLiteral("600"));
@@ -169,6 +183,16 @@ TEST_F(EngineReports, aTroubleThatStandsIsToldToEveryConsole)
     EXPECT_TRUE(makeConsole("third")->heard(QStringLiteral("WarningError")).isEmpty());
 }
 
+TEST_F(EngineReports, aTroubleThatStandsAndIsNotHandledYetIsToldOnce)
+{
+    setSettings(noDevice());
+    const auto first = makeConsole("first");
+    call("StartEngine", {}, first->bus);
+    ASSERT_TRUE(until([&] { return !first->reports.isEmpty(); }));
+    EXPECT_EQ(makeConsole("second")->heard(QStringLiteral("WarningError")),
+              QStringList{QStringLiteral("WarningError -2 /no/such/device")});
+}
+
 TEST_F(EngineReports, aWarningThatWasNotAcknowledgedIsToldToTheNextConsole)
 {
     {
@@ -183,6 +207,19 @@ TEST_F(EngineReports, aWarningThatWasNotAcknowledgedIsToldToTheNextConsole)
     EXPECT_EQ(next->heard(QStringLiteral("WarningError -9")).size(), 1);
     acknowledge(*next, next->reports);
     EXPECT_TRUE(makeConsole("last")->heard(QStringLiteral("WarningError")).isEmpty());
+}
+
+TEST_F(EngineReports, aWarningThatIsStillBeingHandledIsNotToldAgainToWhoAsksAgain)
+{
+    const auto console = makeConsole("console");
+    const WireRow gone = {QString(), QStringLiteral("600"), QStringLiteral("new"), 4711};
+    call("UpdateQueue",
+         {QVariant::fromValue(QList<WireRow>({gone})), QVariant::fromValue(QList<qlonglong>())},
+         console->bus);
+    ASSERT_TRUE(until([&] { return console->reports.size() == 1; }));
+    call("ReportState", {}, console->bus);
+    settle(*console);
+    EXPECT_EQ(console->heard(QStringLiteral("WarningError -9")).size(), 1);
 }
 
 TEST_F(EngineReports, damageIsToldUntilItIsAcknowledged)

@@ -2,6 +2,7 @@
 
 #include "engine/contract/BusTypes.h"
 #include "service/dispatch/DispatcherFixture.h"
+#include "service/ipc/EngineState.h"
 #include "smsmanagerbusadaptor.h"
 #include "support/WaitUntil.h"
 
@@ -149,6 +150,15 @@ TEST_F(EngineServiceOnBus, aCallWaitsForTheStoreWhileOthersAreServed)
     EXPECT_EQ(setting.reply().arguments(), QVariantList({true}));
     EXPECT_EQ(m_store->size(), 1);
     EXPECT_EQ(m_store->deviceSettings().Parameter, QStringLiteral("/dev/other, 9600"));
+}
+
+TEST_F(EngineServiceOnBus, aTroubleWithTheStoreStandsInTheStateOnce)
+{
+    m_dispatcher->noticeStoreFailure({StoreFailure::Kind::Other, QStringLiteral("refused")});
+    m_dispatcher->warnOfStore(QStringLiteral("refused"));
+    EXPECT_EQ(EngineState::ofRunning(*m_store, *m_dispatcher, std::nullopt)
+                  .value(QStringLiteral("trouble")),
+              QStringList{QStringLiteral("the store: refused")});
 }
 
 TEST_F(EngineServiceOnBus, queueingIsReportedAtOnceAndThenInGroups)
