@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QMutex>
 
+#include <functional>
 #include <utility>
 
 namespace {
@@ -116,6 +117,63 @@ TEST_F(Acknowledgement, whatIsStillBeingHandledInAnEventLoopIsNotAcknowledged)
     proxy->GetEngineStatus();
     EXPECT_FALSE(isAcknowledged());
 }
+
+/// An event of the engine, and how something is done while it is handled.
+struct HandledEvent
+{
+    const char *name;
+    QVariantList arguments;
+    void (*handle)(SMSManager &engine, const std::function<void()> &handler);
+};
+
+const HandledEvent handledEvents[] = {
+    {"SMSQueueChanged",
+     {1},
+     [](SMSManager &engine, const std::function<void()> &handler) {
+         QObject::connect(&engine, &SMSManager::SMSQueueChanged, handler);
+     }},
+    {"SMSSent",
+     {QStringLiteral("600"), QStringLiteral("text"), 0},
+     [](SMSManager &engine, const std::function<void()> &handler) {
+         QObject::connect(&engine, &SMSManager::SMSSent, handler);
+     }},
+    {"WarningError",
+     {-2, QStringLiteral("gone")},
+     [](SMSManager &engine, const std::function<void()> &handler) {
+         QObject::connect(&engine, &SMSManager::WarningError, handler);
+     }},
+};
+
+class AcknowledgementInEvent : public Acknowledgement,
+                               public testing::WithParamInterface<HandledEvent>
+{};
+
+TEST_P(AcknowledgementInEvent, whatComesWhileAnEventIsHandledInAnEventLoopIsNotAcknowledged)
+{
+    const ReplacedEngine engine([this](const QDBusMessage &call) {
+        if (call.member() == QLatin1String("ReportState"))
+            QDBusConnection(QStringLiteral("replaced engine"))
+                .send(event(call, GetParam().name, GetParam().arguments));
+        return answers(true)(call);
+    });
+    const auto proxy = makeProxy();
+    int events = 0;
+    int failures = 0;
+    QObject::connect(proxy.get(), &SMSManager::SMSSentFailed, [&] { ++failures; });
+    GetParam().handle(*proxy, [&] {
+        if (++events > 1)
+            return;
+        proxy->GetEngineStatus(); // by its answer, all that was raised has arrived
+        QCoreApplication::sendPostedEvents();
+        EXPECT_EQ(failures, 1);
+    });
+    ASSERT_TRUE(eventually([&] { return failures == 1; }));
+    proxy->GetEngineStatus();
+    EXPECT_FALSE(isAcknowledged());
+}
+
+INSTANTIATE_TEST_SUITE_P(Events, AcknowledgementInEvent, testing::ValuesIn(handledEvents),
+                         [](const auto &info) { return std::string(info.param.name); });
 
 TEST_F(Acknowledgement, anEngineThatIsOlderThanAcknowledgementsIsHeardAsEver)
 {

@@ -1,5 +1,6 @@
 #include "foundation/NumberedFailure.h"
 #include "system/EngineProcess.h"
+#include "system/ReplacedEngine.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -102,6 +103,36 @@ TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
     EXPECT_TRUE(eventually([&] { return heard.contains(QStringLiteral("-2")); }));
 }
 
+TEST_F(EngineLife, anEngineThatSomeoneElseStartedAnewIsAskedForItsState)
+{
+    const auto proxy = makeProxy();
+    int reports = 0;
+    QObject::connect(proxy.get(), &SMSManager::SMSQueueChanged, [&reports] { ++reports; });
+    ASSERT_TRUE(eventually([&] { return reports == 1; }));
+    killEngine();
+    makeLauncher(QDBusConnection::sessionBus())->ensureRunning();
+    EXPECT_TRUE(eventually([&] { return reports == 2; }));
+}
+
+TEST_F(EngineLife, anEngineThatACallHasBroughtBackIsNotReportedAsStopped)
+{
+    const auto proxy = makeProxy();
+    proxy->StartEngine();
+    killEngine();
+    EXPECT_EQ(proxy->GetEngineStatus(), 1);
+    proxy->DeliverPendingEvents();
+    QList<qint32> statuses;
+    QObject::connect(proxy.get(), &SMSManager::EngineStatus,
+                     [&](qint32 status) { statuses << status; });
+    // Behind the change of the name's owner on the connection of the proxy.
+    proxy->ClearQueue();
+    bool passed = false;
+    QMetaObject::invokeMethod(
+        proxy.get(), [&passed] { passed = true; }, Qt::QueuedConnection);
+    EXPECT_TRUE(eventually([&] { return passed; }));
+    EXPECT_FALSE(statuses.contains(0));
+}
+
 TEST_F(EngineLife, aDeviceTestThatBringsTheEngineBackTellsItsReasonWithinTheCall)
 {
     const auto proxy = makeProxy();
@@ -114,6 +145,65 @@ TEST_F(EngineLife, aDeviceTestThatBringsTheEngineBackTellsItsReasonWithinTheCall
     EXPECT_EQ(proxy->TestDevice(), -2);
     proxy->DeliverPendingEvents();
     EXPECT_EQ(codes, QList<qint32>{-2});
+}
+
+TEST_F(EngineLife, aDeviceTestOfAnEngineThatSomeoneElseBroughtBackTellsItsReasonWithinTheCall)
+{
+    const auto proxy = makeProxy();
+    proxy->SetDeviceSettings({0, QString(), 1, 1, QStringLiteral("/nowhere/gsm, 9600")});
+    QList<qint32> codes;
+    QObject::connect(proxy.get(), &SMSManager::WarningError, [&](qint32 code) { codes << code; });
+    killEngine();
+    makeLauncher(QDBusConnection::sessionBus())->ensureRunning();
+    EXPECT_EQ(proxy->TestDevice(), -2);
+    proxy->DeliverPendingEvents();
+    EXPECT_EQ(codes, QList<qint32>{-2});
+}
+
+/// Brings up an engine whose device test takes longer than another call may.
+class SlowEngineLauncher : public EngineLauncher
+{
+public:
+    /// @param longer  how long it takes, in milliseconds
+    explicit SlowEngineLauncher(int longer) : m_longer(longer) {}
+
+    void ensureRunning() override
+    {
+        if (!engine)
+            engine = std::make_unique<ReplacedEngine>(
+                [this](const QDBusMessage &call) { return answer(call); });
+    }
+
+    std::unique_ptr<ReplacedEngine> engine;
+
+private:
+    QDBusMessage answer(const QDBusMessage &call) const
+    {
+        if (call.member() != QLatin1String("TestDevice"))
+            return call.createReply();
+        // Nobody answers, as this is the engine's own thread: it lasts until the limit.
+        const QString name = QStringLiteral("slow engine");
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
+            .call(QDBusMessage::createMethodCall(
+                      QDBusConnection(QStringLiteral("replaced engine")).baseService(),
+                      QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName),
+                      QStringLiteral("GetQueueSize")),
+                  QDBus::Block, m_longer);
+        QDBusConnection::disconnectFromBus(name);
+        return call.createReply(QVariant(1));
+    }
+
+    const int m_longer;
+};
+
+TEST_F(EngineLife, aDeviceTestThatBringsTheEngineBackMayTakeLongerThanAnotherCall)
+{
+    constexpr int callTimeout = 500;
+    SlowEngineLauncher launcher(callTimeout * 2);
+    SMSManagerProxy proxy(launcher);
+    proxy.setCallTimeout(callTimeout);
+    launcher.engine.reset();
+    EXPECT_EQ(proxy.TestDevice(), 1);
 }
 
 TEST_F(EngineLife, anEngineThatHasGoneIsReportedAsStoppedAndRunsAgainWithTheNextCall)
