@@ -420,6 +420,40 @@ TEST_F(ImportDialog, whatIsPressedWhileAWorkbookIsOpenedHasNoEffect)
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
+TEST_F(ImportDialog, noOtherFileIsChosenOrOpenedWhileAWorkbookIsOpened)
+{
+    int openings = 0;
+    script.whileOpening = [&] {
+        if (++openings > 1)
+            return;
+        control<QPushButton>("btnOpen")->click();
+        type(write("y", u"other.xls"_qs));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+    };
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+    });
+    EXPECT_TRUE(picker.requests.isEmpty());
+    EXPECT_EQ(openings, 1);
+}
+
+TEST_F(ImportDialog, aSheetThatIsChosenWhileTheNextWorkbookIsOpenedIsNotRead)
+{
+    showAnd([&] {
+        chooseSpreadsheet();
+        type(write("x"));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+        script.whileOpening = [&] { Q_EMIT control<QComboBox>("cboSheet")->activated(0); };
+        type(write("y", u"other.xls"_qs));
+        control<QCheckBox>("chkDeleteDuplicated")->setFocus();
+    });
+    EXPECT_EQ(script.calls.filter(u"describe"_qs),
+              (QStringList{u"describe(Uno)"_qs, u"describe(Uno)"_qs}));
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
 TEST_F(ImportDialog, theWindowIsPaintedWhileAWorkbookIsOpened)
 {
     // A reader that answers once the window was painted, and not before.

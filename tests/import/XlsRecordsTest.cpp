@@ -8,6 +8,8 @@ using S = QStringList;
 
 namespace {
 
+constexpr quint16 formula = 0x0006;
+constexpr quint16 end = 0x000A;
 constexpr quint16 continued = 0x003C;
 constexpr quint16 multipleNumbers = 0x00BD;
 constexpr quint16 richString = 0x00D6;
@@ -16,6 +18,8 @@ constexpr quint16 sharedStrings = 0x00FC;
 constexpr quint16 sharedLabel = 0x00FD;
 constexpr quint16 dateMode = 0x0022;
 constexpr quint16 number = 0x0203;
+constexpr quint16 formulaText = 0x0207;
+constexpr quint16 begin = 0x0809;
 
 QByteArray sheetOf(const QByteArray &text)
 {
@@ -121,6 +125,31 @@ TEST_F(Spreadsheets, textsWithLettersOfSeveralKindsAreRead)
         biffRecord(richString, place + littleShort(4) + '\0' + "Jos\xE9" + runs);
     openBytes(xlsOf({{"Hoja1", biffLabel(0, 0, "N") + version8}}));
     EXPECT_EQ(values(u"N"_qs), S{u"José"_qs});
+}
+
+TEST_F(Spreadsheets, aTextThatNoFormulaWaitsForIsNoCells)
+{
+    const auto text = [](const QByteArray &letters) {
+        return biffRecord(formulaText,
+                          littleShort(static_cast<quint16>(letters.size())) + '\0' + letters);
+    };
+    // Row, column and format; a result of the kind text; flags.
+    const QByteArray formulaOfText =
+        biffRecord(formula, littleShort(1) + littleShort(0) + littleShort(0) + QByteArray(6, '\0') +
+                                littleShort(0xFFFF) + QByteArray(8, '\0'));
+    openBytes(xlsOf({{"Hoja1", text("before") + biffLabel(0, 0, "N") + formulaOfText +
+                                   text("right") + text("behind")}}));
+    EXPECT_EQ(connection.describe(u"Hoja1"_qs).fields, S{u"N"_qs});
+    EXPECT_EQ(values(u"N"_qs), S{u"right"_qs});
+}
+
+TEST_F(Spreadsheets, aChartInASheetIsNeitherItsEndNorItsCells)
+{
+    const QByteArray chart = biffRecord(begin, littleShort(0x0600) + littleShort(0x0020)) +
+                             biffLabel(1, 0, "wrong") + biffRecord(end, {});
+    openBytes(xlsOf({{"Hoja1", biffLabel(0, 0, "N") + biffLabel(1, 0, "right") + chart +
+                                   biffLabel(2, 0, "more")}}));
+    EXPECT_EQ(values(u"N"_qs), (S{u"right"_qs, u"more"_qs}));
 }
 
 TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsSaysSo)
