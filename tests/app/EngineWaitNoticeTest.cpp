@@ -53,6 +53,19 @@ TEST_F(EngineWaitNoticeTest, aStartThatTakesItsTimeIsToldInAWindowUntilItEnds)
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
+TEST_F(EngineWaitNoticeTest, itsWindowIsServedAsLongAsTheWaitLasts)
+{
+    notice.waiting(quietFor);
+    for (int round = 1; round <= 3; ++round) {
+        bool handled = false;
+        QMetaObject::invokeMethod(
+            window(), [&handled] { handled = true; }, Qt::QueuedConnection);
+        notice.waiting(quietFor + round);
+        EXPECT_TRUE(handled) << round;
+    }
+    notice.ended();
+}
+
 TEST_F(EngineWaitNoticeTest, itsEndIsNotTheProgramsEnd)
 {
     bool ends = false;

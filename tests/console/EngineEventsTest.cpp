@@ -289,6 +289,19 @@ TEST_F(EngineEvents, failedAddsALineAndARedRowAndNothingElse)
     EXPECT_EQ(text("lblEstimated"), estimateBefore);
 }
 
+TEST_F(EngineEvents, whatAColumnOfASentMessageCutsOffIsReadableOverIt)
+{
+    raiseSent();
+    for (int column = 0; column < 3; ++column)
+        EXPECT_TRUE(sent()
+                        ->model()
+                        ->index(0, column)
+                        .data(Qt::ToolTipRole)
+                        .toString()
+                        .contains(cell(sent(), 0, column)))
+            << column;
+}
+
 TEST_F(EngineEvents, aReportOfAMessageCallsNothingOfTheEngine)
 {
     raiseSent(3);
