@@ -23,6 +23,17 @@ protected:
     OtherConnection m_other{file()};
 };
 
+TEST_F(DispatcherStoreTrouble, itStandsFromTheWarningUntilItIsOver)
+{
+    m_dispatcher->warnOfStore(QStringLiteral("refused"));
+    const QList<Dispatcher::Warning> troubles = m_dispatcher->standingTroubles();
+    ASSERT_EQ(troubles.size(), 1);
+    EXPECT_EQ(troubles.constFirst().code, -57);
+    EXPECT_TRUE(troubles.constFirst().text.contains(QStringLiteral("refused")));
+    m_dispatcher->endStoreTrouble();
+    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+}
+
 TEST_F(DispatcherStoreTrouble, withoutItsCommitNoPartLeaves)
 {
     for (const int parts : {1, 2}) {
