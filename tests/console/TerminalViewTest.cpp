@@ -112,6 +112,29 @@ TEST(TerminalView, accessKeysReachTheirButtonsAndNoOtherShortcutDoes)
     EXPECT_EQ(terminal->text(), QString());
 }
 
+TEST(TerminalView, altWithAnotherModifierIsNoAccessKey)
+{
+    QWidget window;
+    auto *const layout = new QVBoxLayout(&window);
+    auto *const terminal = new TerminalView;
+    layout->addWidget(terminal);
+    int pressed = 0;
+    for (const Qt::KeyboardModifier other : {Qt::ControlModifier, Qt::MetaModifier}) {
+        auto *const button = new QPushButton;
+        button->setShortcut(QKeyCombination(Qt::AltModifier | other, Qt::Key_G));
+        QObject::connect(button, &QPushButton::pressed, &window, [&] { ++pressed; });
+        layout->addWidget(button);
+    }
+    window.show();
+    QApplication::setActiveWindow(&window);
+    terminal->setFocus();
+    QTest::keyClick(terminal, Qt::Key_G, Qt::AltModifier | Qt::ControlModifier);
+    QTest::keyClick(terminal, Qt::Key_G, Qt::AltModifier | Qt::MetaModifier);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(pressed, 0);
+    EXPECT_TRUE(terminal->hasFocus());
+}
+
 TEST(TerminalView, tabLetsTheFocusLeave)
 {
     QWidget window;

@@ -1,8 +1,11 @@
 #include "engine/RaisedFailure.h"
 #include "import/SheetFile.h"
 #include "import/readers/HelperConnection.h"
+#include "import/readers/SheetFrames.h"
 #include "queue/Fixture.h"
+#include "support/WaitUntil.h"
 
+#include <QProcess>
 #include <QTemporaryDir>
 
 /// Files from strangers, through the reader's process.
@@ -261,6 +264,26 @@ TEST_F(HostileSpreadsheet, aLongTextNamedByEveryRowIsAFailureOfTheReading)
                       rows->value(field);
               }),
               SheetFailure::BadFile);
+}
+
+TEST(SheetReader, givesItselfAGibibyteOfMemoryAndALimitedTime)
+{
+    QProcess reader;
+    reader.start(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSheetReader"), QStringList());
+    ASSERT_TRUE(reader.waitForStarted(hangMs));
+    reader.write(SheetFrames::framed(
+        SheetFrames::encode({SheetFrames::Operation::Open, u"/nowhere"_qs, {}, 0})));
+    ASSERT_TRUE(reader.waitForReadyRead(hangMs)) << "it has come up";
+    QFile file(u"/proc/%1/limits"_qs.arg(reader.processId()));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString limits = QString::fromLatin1(file.readAll()).simplified();
+    EXPECT_TRUE(limits.contains(u"Max cpu time 25 25 seconds"_qs)) << qPrintable(limits);
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_TRUE(limits.contains(u"Max address space 1073741824 1073741824 bytes"_qs))
+        << qPrintable(limits);
+#endif
+    reader.closeWriteChannel();
+    EXPECT_TRUE(reader.waitForFinished(hangMs));
 }
 
 TEST_F(HostileSpreadsheet, aReaderThatHangsIsEndedAtItsTimeLimit)
