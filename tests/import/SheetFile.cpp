@@ -35,7 +35,8 @@ quint32 crcOf(const QByteArray &bytes)
 /// qCompress puts a length of four bytes and a header of two in front, and a sum of four behind.
 QByteArray deflated(const QByteArray &content)
 {
-    return qCompress(content, 9).mid(6).chopped(4);
+    // Of nothing it makes no stream at all, where a stream has one empty block.
+    return content.isEmpty() ? QByteArray("\x03\0", 2) : qCompress(content, 9).mid(6).chopped(4);
 }
 
 } // namespace
