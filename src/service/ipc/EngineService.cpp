@@ -5,6 +5,8 @@
 #include "service/store/Store.h"
 #include "service/store/StoredBatches.h"
 
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QScopeGuard>
 
 #include <utility>
@@ -151,7 +153,7 @@ QVariantList EngineService::queuePage(const QString &caller, quint64 snapshot, q
 qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows)
 {
     const QString caller = message().service();
-    m_callers.addWatchedService(caller);
+    watch(caller);
     const auto answer =
         carryOut([this, caller, snapshot, first] { return queuePage(caller, snapshot, first); });
     if (!answer)
@@ -231,7 +233,7 @@ bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
 void EngineService::ReportState()
 {
     const QString listener = message().service();
-    m_callers.addWatchedService(listener);
+    watch(listener);
     m_acknowledgements.addListener(listener);
     m_pacer.listenerCame(listener);
     m_dispatcher.setHeard(true);
@@ -247,7 +249,7 @@ void EngineService::ReportState()
 void EngineService::AcknowledgeReports(const QList<qlonglong> &reports)
 {
     const QString caller = message().service();
-    m_callers.addWatchedService(caller);
+    watch(caller);
     m_acknowledgements.addAcknowledger(caller);
     for (const qlonglong report : reports) {
         if (m_acknowledgements.acknowledge(caller, report))
@@ -318,6 +320,25 @@ void EngineService::onReportRaised(qint64 report)
     Q_EMIT ReportRaised(report);
     if (m_acknowledgements.raisedToAll(report))
         m_dispatcher.noteHandled(report);
+}
+
+void EngineService::watch(const QString &caller)
+{
+    if (m_callers.watchedServices().contains(caller))
+        return;
+    m_callers.addWatchedService(caller);
+    // One that left before it was watched leaves no word behind.
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+    question.setArguments({caller});
+    auto *const answer = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, caller] {
+        answer->deleteLater();
+        const QDBusPendingReply<bool> isThere = *answer;
+        if (isThere.isValid() && !isThere.value())
+            listenerLeft(caller);
+    });
 }
 
 void EngineService::listenerLeft(const QString &listener)

@@ -100,6 +100,8 @@ private:
     void numberReport(const QString &listener, qint64 report);
     void onReportRaised(qint64 report);
     void raiseDeviceInfo(const DeviceDetails &details);
+    /// Notices when the caller leaves the bus, also where it has left already.
+    void watch(const QString &caller);
     void listenerLeft(const QString &listener);
 
     QDBusConnection m_bus;

@@ -6,7 +6,9 @@
 #include "smsmanagerbusadaptor.h"
 #include "support/WaitUntil.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusPendingCall>
 
 namespace {
@@ -159,6 +161,30 @@ TEST_F(EngineServiceOnBus, aTroubleWithTheStoreStandsInTheStateOnce)
     EXPECT_EQ(EngineState::ofRunning(*m_store, *m_dispatcher, std::nullopt)
                   .value(QStringLiteral("trouble")),
               QStringList{QStringLiteral("the store: refused")});
+}
+
+TEST_F(EngineServiceOnBus, aListenerThatHasLeftBeforeItsCallIsHandledIsNoListener)
+{
+    {
+        const QDBusConnection visitor =
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("visitor"));
+        QDBusMessage report = QDBusMessage::createMethodCall(
+            m_engineBus.baseService(), QLatin1String(Bus::ObjectPath),
+            QLatin1String(Bus::InterfaceName), QStringLiteral("ReportState"));
+        visitor.asyncCall(report);
+        // The bus has passed on what came before this question. The engine is in this thread.
+        EXPECT_TRUE(visitor.interface()->isServiceRegistered(visitor.baseService()));
+    }
+    QDBusConnection::disconnectFromBus(QStringLiteral("visitor"));
+
+    const auto listeners = [this] {
+        const QDBusPendingCall call = ask("GetState");
+        EXPECT_TRUE(isAnswered(call));
+        return qdbus_cast<QVariantMap>(call.reply().arguments().value(0))
+            .value(QStringLiteral("listeners"), -1)
+            .toInt();
+    };
+    EXPECT_TRUE(waitUntil([&] { return listeners() == 0; }));
 }
 
 TEST_F(EngineServiceOnBus, queueingIsReportedAtOnceAndThenInGroups)
