@@ -113,10 +113,10 @@ protected:
     /// folder stay as they are.
     int failedReplacement(const Answers &answers) const
     {
-        const QString path = fileOf("old");
+        const QString file = fileOf("old");
         const int error =
-            answering(answers, [&path] { return platformFiles().replace(path, "new"); });
-        EXPECT_EQ(bytesOf(path), "old");
+            answering(answers, [&file] { return platformFiles().replace(file, "new"); });
+        EXPECT_EQ(bytesOf(file), "old");
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
                   QStringList{QStringLiteral("file")});
         return error;

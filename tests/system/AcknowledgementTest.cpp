@@ -173,7 +173,7 @@ TEST_P(AcknowledgementInEvent, whatComesWhileAnEventIsHandledInAnEventLoopIsNotA
 }
 
 INSTANTIATE_TEST_SUITE_P(Events, AcknowledgementInEvent, testing::ValuesIn(handledEvents),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         [](const auto &event) { return std::string(event.param.name); });
 
 TEST_F(Acknowledgement, anEngineThatIsOlderThanAcknowledgementsIsHeardAsEver)
 {
