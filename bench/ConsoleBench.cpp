@@ -1,8 +1,8 @@
-#include "console/QueueGridModel.h"
-#include "console/SentGridModel.h"
-#include "console/TerminalView.h"
-#include "engine/contract/QueueRecordSet.h"
-#include "queue/Normalisation.h"
+#include "NorvaneSMS/console/QueueGridModel.h"
+#include "NorvaneSMS/console/SentGridModel.h"
+#include "NorvaneSMS/console/TerminalView.h"
+#include "NorvaneSMS/queue/Normalisation.h"
+#include "contract/QueueRecordSet.h"
 
 #include <QApplication>
 #include <QTableView>

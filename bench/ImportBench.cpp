@@ -4,17 +4,17 @@
 
 #include "BenchSize.h"
 
-#include "console/MessageEdit.h"
-#include "console/frmSMSClient.h"
-#include "engine/SMSManagerProxy.h"
-#include "engine/contract/BusTypes.h"
+#include "NorvaneSMS/console/MessageEdit.h"
+#include "NorvaneSMS/console/frmSMSClient.h"
+#include "NorvaneSMS/engine/SMSManagerProxy.h"
+#include "NorvaneSMS/import/frmImport.h"
+#include "NorvaneSMS/import/readers/HelperConnection.h"
+#include "NorvaneSheetReader/SheetFile.h"
+#include "contract/BusTypes.h"
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
 #include "foundation/StoredSettings.h"
 #include "foundation/ui/Application.h"
-#include "import/SheetFile.h"
-#include "import/frmImport.h"
-#include "import/readers/HelperConnection.h"
 
 #include <QDateEdit>
 #include <QElapsedTimer>

@@ -3,10 +3,10 @@
 
 #include "BenchSize.h"
 
-#include "engine/SMSManagerProxy.h"
-#include "engine/contract/BusTypes.h"
-#include "queue/QueueDropFile.h"
-#include "queue/QueueFileReader.h"
+#include "NorvaneSMS/engine/SMSManagerProxy.h"
+#include "NorvaneSMS/queue/QueueDropFile.h"
+#include "NorvaneSMS/queue/QueueFileReader.h"
+#include "contract/BusTypes.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

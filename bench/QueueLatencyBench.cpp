@@ -4,11 +4,11 @@
 
 #include "BenchSize.h"
 
-#include "app/modSMSClient.h"
-#include "console/QueueGrid.h"
-#include "console/frmSMSClient.h"
-#include "engine/SMSManagerProxy.h"
-#include "engine/contract/BusTypes.h"
+#include "NorvaneSMS/app/modSMSClient.h"
+#include "NorvaneSMS/console/QueueGrid.h"
+#include "NorvaneSMS/console/frmSMSClient.h"
+#include "NorvaneSMS/engine/SMSManagerProxy.h"
+#include "contract/BusTypes.h"
 #include "foundation/Globals.h"
 #include "foundation/StoredSettings.h"
 

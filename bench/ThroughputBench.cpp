@@ -5,12 +5,12 @@
 
 #include "BenchSize.h"
 
-#include "engine/SMSManagerProxy.h"
-#include "engine/contract/BusTypes.h"
-#include "service/modem/Modem.h"
-#include "service/modem/QtSerialPortLine.h"
-#include "service/modem/SubmitPdu.h"
-#include "simulator/RunningSimulator.h"
+#include "NorvaneSMS/engine/SMSManagerProxy.h"
+#include "TovekSMService/modem/at/QtSerialPortLine.h"
+#include "TovekSMService/modem/codec/SubmitPdu.h"
+#include "TovekSMService/modem/device/Modem.h"
+#include "contract/BusTypes.h"
+#include "gsm-simulator/RunningSimulator.h"
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>

@@ -3,8 +3,8 @@
 
 #include "BenchSize.h"
 
-#include "engine/SMSManagerProxy.h"
-#include "engine/contract/BusTypes.h"
+#include "NorvaneSMS/engine/SMSManagerProxy.h"
+#include "contract/BusTypes.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -36,9 +36,17 @@ if(NORVANE_FUZZ)
     target_link_options(norvane_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
-# norvane_library(<name> SOURCES ... [LINK ...]): a library for one folder of src/.
+# norvane_library(<name> [WIDGETS] [MOC] SOURCES ... [LINK ...]): a library for one folder of src/.
+#   WIDGETS: its sources include headers of widgets.
+#   MOC: it declares a class with Q_OBJECT. Left out, such a class doesn't link.
 function(norvane_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    cmake_parse_arguments(ARG "WIDGETS;MOC" "" "SOURCES;LINK" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
     target_link_libraries(${name} PUBLIC norvane_flags ${ARG_LINK})
+    set_target_properties(${name} PROPERTIES AUTOMOC "${ARG_MOC}")
+    if(ARG_WIDGETS)
+        norvane_precompiled(${name} widgets)
+    else()
+        norvane_precompiled(${name} core)
+    endif()
 endfunction()

@@ -67,12 +67,13 @@ clear_folder() {
     done
 }
 
-# on_display SIZE COMMAND...: on a virtual display of its own, whose keys do not repeat. The server takes a
-# number that no other has, also of those that start in the same moment.
+# on_display SIZE COMMAND...: on a virtual display of its own, whose keys do not repeat, and which doesn't
+# begin anew, refusing who comes meanwhile, when its last client leaves. The server takes a number that no
+# other has, also of those that start in the same moment.
 on_display() {
     local number server status=0
     number=$(mktemp)
-    Xvfb -displayfd 9 -screen 0 "${1}x24" -dpi 96 -r -nolisten tcp 9>"$number" >/dev/null 2>&1 &
+    Xvfb -displayfd 9 -screen 0 "${1}x24" -dpi 96 -r -noreset -nolisten tcp 9>"$number" >/dev/null 2>&1 &
     server=$!
     await 20 test -s "$number"
     DISPLAY=:$(<"$number") "${@:2}" || status=$?

@@ -2,8 +2,8 @@
 """Mutation testing, by hand: does a test fail when a line of a pure function is wrong?
 
     tools/mutate.py                              every file of SUBJECTS below
-    tools/mutate.py src/queue/Normalisation.cpp  that file alone; several may be named
-    tools/mutate.py --line 52 --line 53 src/queue/Normalisation.cpp  no more than these lines
+    tools/mutate.py src/NorvaneSMS/queue/Normalisation.cpp  that file alone; several may be named
+    tools/mutate.py --line 52 --line 53 src/NorvaneSMS/queue/Normalisation.cpp  no more than these lines
 
 Makes one small fault at a time (tools/mutants.py), compiles that one file, links it with its tests
 and runs them. Prints the faults that no test noticed, and ends with 1 if there are any but those that
@@ -51,29 +51,29 @@ QUICK = "-SubmitPdu.everyCodePointArrives:*.everyTextOfTwoBytesConvertsOrFails"
 CODEC = ("GsmAlphabetTest", "MessageTextTest", "SubmitDecoder", "SubmitPduTest")
 
 SUBJECTS = {
-    "src/queue/Normalisation.cpp": Tests("queue_test", ("NormalisationTest",)),
-    "src/queue/QueueDropFile.cpp": Tests("queue_test", ("QueueDropFileTest",)),
-    "src/console/BulkTemplate.cpp": Tests(
-        "console_test", ("BulkTemplateTest",), libraries=("norvane_foundation_ui",)),
-    "src/foundation/IntegerConversion.cpp": Tests(
-        "foundation_test", ("IntegerConversionTest",), QUICK),
-    "src/foundation/FindFiles.cpp": Tests("foundation_test", ("FindFilesTest",)),
-    "src/service/modem/GsmAlphabet.cpp": Tests("modem_codec_test", CODEC, QUICK),
-    "src/service/modem/SubmitPdu.cpp": Tests("modem_codec_test", CODEC, QUICK),
-    "src/service/modem/MessageText.cpp": Tests("modem_codec_test", CODEC, QUICK),
-    "src/service/modem/PortParameter.cpp": Tests("modem_reader_test", ("PortParameterTest",)),
-    "src/service/modem/AnswerParsers.cpp": Tests("modem_reader_test", ("AnswerParsersTest",)),
-    "src/service/dispatch/ValidityPeriod.cpp": Tests(
-        "service_dispatch_test", ("ValidityPeriodTest",), libraries=("norvane_foundation",)),
-    "src/service/dispatch/RunPace.cpp": Tests(
-        "service_dispatch_test", ("RunPaceTest",), libraries=("norvane_foundation",)),
-    "src/service/dispatch/RetryPolicy.cpp": Tests(
-        "service_dispatch_test", ("RetryPolicyTest",), libraries=("norvane_foundation",)),
-    "src/import/sheets/CellText.cpp": Tests(
-        "import_test", ("CellTextTest",), libraries=("norvane_foundation_ui",)),
-    "src/engine/Estimate.cpp": Tests(
-        "engine_test", ("EstimateTest",), libraries=("norvane_foundation",)),
-    "src/foundation/ui/ConsoleLayout.cpp": Tests("foundation_ui_test", ("ConsoleLayoutTest",)),
+    "src/NorvaneSMS/queue/Normalisation.cpp": Tests("NorvaneSMS_test", ("NormalisationTest",)),
+    "src/NorvaneSMS/queue/QueueDropFile.cpp": Tests("NorvaneSMS_test", ("QueueDropFileTest",)),
+    "src/NorvaneSMS/console/BulkTemplate.cpp": Tests(
+        "NorvaneSMS_test", ("BulkTemplateTest",)),
+    "src/NorvaneSMS/queue/IntegerConversion.cpp": Tests(
+        "NorvaneSMS_test", ("IntegerConversionTest",), QUICK),
+    "src/NorvaneSMS/queue/FindFiles.cpp": Tests("NorvaneSMS_test", ("FindFilesTest",)),
+    "src/TovekSMService/modem/codec/GsmAlphabet.cpp": Tests("TovekSMService_test", CODEC, QUICK),
+    "src/TovekSMService/modem/codec/SubmitPdu.cpp": Tests("TovekSMService_test", CODEC, QUICK),
+    "src/TovekSMService/modem/codec/MessageText.cpp": Tests("TovekSMService_test", CODEC, QUICK),
+    "src/TovekSMService/modem/at/PortParameter.cpp": Tests("TovekSMService_test", ("PortParameterTest",)),
+    "src/TovekSMService/modem/codec/AnswerParsers.cpp": Tests("TovekSMService_test", ("AnswerParsersTest",)),
+    "src/TovekSMService/dispatch/ValidityPeriod.cpp": Tests(
+        "TovekSMService_test", ("ValidityPeriodTest",)),
+    "src/TovekSMService/dispatch/RunPace.cpp": Tests(
+        "TovekSMService_test", ("RunPaceTest",)),
+    "src/TovekSMService/dispatch/RetryPolicy.cpp": Tests(
+        "TovekSMService_test", ("RetryPolicyTest",)),
+    "src/NorvaneSheetReader/CellText.cpp": Tests(
+        "NorvaneSheetReader_test", ("CellTextTest",)),
+    "src/NorvaneSMS/engine/Estimate.cpp": Tests(
+        "NorvaneSMS_engine_test", ("EstimateTest",)),
+    "src/NorvaneSMS/console/ConsoleLayout.cpp": Tests("NorvaneSMS_test", ("ConsoleLayoutTest",)),
 }
 
 # Processor time, not time on the clock: a busy machine kills no mutant. A test that waits for what
@@ -185,7 +185,7 @@ def configure():
     if not (BUILD / "build.ninja").exists():
         run(["cmake", "-S", str(ROOT), "-B", str(BUILD), "-G", "Ninja",
              "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
-             "-DNORVANE_BENCHMARKS=OFF"])
+             "-DNORVANE_BENCHMARKS=OFF", "-DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON"])
 
 
 def explained():

@@ -1,6 +1,6 @@
 #include "foundation/CTimerMM.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 
 #include <limits>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "foundation/FileSystem.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 
 #include <cerrno>
 

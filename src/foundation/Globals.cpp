@@ -1,6 +1,6 @@
 #include "foundation/Globals.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 
 std::unique_ptr<clsStartUpData> goStartUpData;
 std::unique_ptr<cls_Localize> goLocalize;

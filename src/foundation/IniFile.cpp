@@ -1,7 +1,7 @@
 #include "foundation/IniFile.h"
 
-#include "foundation/CodePages.h"
-#include "foundation/platform/PlatformFiles.h"
+#include "common/CodePages.h"
+#include "common/platform/PlatformFiles.h"
 
 #include <QStringDecoder>
 

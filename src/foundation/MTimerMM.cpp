@@ -1,7 +1,7 @@
 #include "foundation/MTimerMM.h"
 
+#include "common/FailureNumbers.h"
 #include "foundation/CTimerMM.h"
-#include "foundation/FailureNumbers.h"
 #include "foundation/MessageBoxes.h"
 
 #include <utility>

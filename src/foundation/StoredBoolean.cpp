@@ -1,6 +1,6 @@
 #include "foundation/StoredBoolean.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 
 #include <cmath>
 

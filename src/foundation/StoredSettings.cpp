@@ -1,8 +1,8 @@
 #include "foundation/StoredSettings.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
+#include "common/SettingsText.h"
 #include "foundation/FailureTexts.h"
-#include "foundation/SettingsText.h"
 
 #include <QLockFile>
 #include <QStandardPaths>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/platform/PlatformFiles.h"
+#include "common/platform/PlatformFiles.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "foundation/XmlText.h"
 
-#include "foundation/CodePages.h"
+#include "common/CodePages.h"
 
 #include <QRegularExpression>
 #include <QStringDecoder>

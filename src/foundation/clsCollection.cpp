@@ -1,6 +1,6 @@
 #include "foundation/clsCollection.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 #include "foundation/OrderedItems.h"
 
 #include <utility>

@@ -1,8 +1,8 @@
 #include "foundation/cls_Localize.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
+#include "common/platform/PlatformFiles.h"
 #include "foundation/RowsetReader.h"
-#include "foundation/platform/PlatformFiles.h"
 
 #include <limits>
 

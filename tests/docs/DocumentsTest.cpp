@@ -1,6 +1,6 @@
 #include "docs/Markdown.h"
 
-#include "engine/ErrorText.h"
+#include "NorvaneSMS/engine/ErrorText.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -129,7 +129,7 @@ TEST(Documents, everyPathTheyNameIsThere)
     static const QRegularExpression path(
         u"\\A(?:src|tests|tools|docs|resources|packaging|bench|cmake)/[\\w./-]*\\w/?\\z"_qs);
     static const QRegularExpression source(
-        u"\\A(?:app|console|device|engine|foundation|import|queue|service|simulator)/[\\w./-]+\\z"_qs);
+        u"\\A(?:common|contract|foundation|NorvaneSMS|NorvaneSheetReader|TovekSMService|gsm-simulator)/[\\w./-]+\\z"_qs);
     int paths = 0;
     for (const QString &document : Markdown::documents()) {
         for (const QString &span : Markdown::codeSpans(Markdown::textOf(document))) {
@@ -165,7 +165,7 @@ TEST(Documents, everyErrorWordStandsBesideItsNumber)
 
 TEST(Documents, theExamplesOnTheBusCallWhatTheInterfaceDeclares)
 {
-    const QString interface = Markdown::textOf(u"src/engine/contract/com.tovek.SMService.xml"_qs);
+    const QString interface = Markdown::textOf(u"src/contract/com.tovek.SMService.xml"_qs);
     const QStringList declared =
         Markdown::captured(u"<(?:method|signal) name=\"(\\w+)\""_qs, interface);
     ASSERT_FALSE(declared.isEmpty());

@@ -1,6 +1,6 @@
 #include "docs/Markdown.h"
 
-#include "service/dispatch/EngineSettings.h"
+#include "TovekSMService/dispatch/EngineSettings.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "foundation/FailureTexts.h"
 
-#include "LanguageFile.h"
 #include "foundation/Globals.h"
+#include "foundation/LanguageFile.h"
 
 #include <QFile>
 #include <QSet>

@@ -1,6 +1,6 @@
 #include "foundation/FileSystem.h"
 
-#include "foundation/NumberedFailure.h"
+#include "common/NumberedFailure.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,9 +1,9 @@
 #include "foundation/cls_Localize.h"
 
+#include "common/NumberedFailure.h"
 #include "foundation/Globals.h"
 #include "foundation/LanguageFile.h"
 #include "foundation/Mutation.h"
-#include "foundation/NumberedFailure.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "foundation/PlatformHelpers.h"
 
-#include "foundation/NumberedFailure.h"
+#include "common/NumberedFailure.h"
 #include "foundation/platform/LinuxPlatform.h"
 #include "support/RecordingMessageBoxes.h"
 

@@ -1,6 +1,6 @@
 #include "foundation/StoredBoolean.h"
 
-#include "foundation/NumberedFailure.h"
+#include "common/NumberedFailure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "foundation/StoredSettings.h"
 #include "foundation/FailureTexts.h"
 
+#include "common/NumberedFailure.h"
+#include "common/SettingsText.h"
 #include "foundation/Mutation.h"
-#include "foundation/NumberedFailure.h"
-#include "foundation/SettingsText.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "foundation/TimerFixture.h"
 
-#include "engine/RaisedFailure.h"
+#include "support/RaisedFailure.h"
 
 #include <functional>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "foundation/TimerFixture.h"
 
-#include "foundation/NumberedFailure.h"
+#include "common/NumberedFailure.h"
 
 TEST_F(TimerTest, everythingStartsAtZero)
 {

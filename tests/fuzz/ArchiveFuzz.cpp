@@ -1,6 +1,6 @@
-#include "FuzzTarget.h"
-#include "foundation/NumberedFailure.h"
-#include "import/sheets/PackageParts.h"
+#include "NorvaneSheetReader/PackageParts.h"
+#include "common/NumberedFailure.h"
+#include "fuzz/FuzzTarget.h"
 
 // Any bytes as the archive of a workbook: each of its parts comes out, within bounds, or fails.
 

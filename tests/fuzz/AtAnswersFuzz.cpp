@@ -1,10 +1,10 @@
-#include "service/modem/AnswerParsers.h"
-#include "service/modem/AtReader.h"
-#include "service/modem/FailureTable.h"
-#include "service/modem/PortParameter.h"
-#include "service/modem/SimUnlock.h"
+#include "TovekSMService/modem/at/FailureTable.h"
+#include "TovekSMService/modem/at/PortParameter.h"
+#include "TovekSMService/modem/codec/AnswerParsers.h"
+#include "TovekSMService/modem/codec/AtReader.h"
+#include "TovekSMService/modem/device/SimUnlock.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <algorithm>
 

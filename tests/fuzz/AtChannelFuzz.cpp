@@ -1,6 +1,6 @@
-#include "service/modem/AtChannel.h"
+#include "TovekSMService/modem/at/AtChannel.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <QCoreApplication>
 

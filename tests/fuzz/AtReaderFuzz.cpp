@@ -1,6 +1,6 @@
-#include "service/modem/AtReader.h"
+#include "TovekSMService/modem/codec/AtReader.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <algorithm>
 #include <vector>

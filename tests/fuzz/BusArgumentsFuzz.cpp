@@ -1,10 +1,10 @@
-#include "engine/contract/BusTypes.h"
-#include "service/ipc/QueueSnapshots.h"
-#include "service/modem/PortParameter.h"
-#include "service/modem/SubmitPdu.h"
-#include "service/store/Store.h"
+#include "TovekSMService/bus/QueueSnapshots.h"
+#include "TovekSMService/modem/at/PortParameter.h"
+#include "TovekSMService/modem/codec/SubmitPdu.h"
+#include "TovekSMService/store/Store.h"
+#include "contract/BusTypes.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <algorithm>
 

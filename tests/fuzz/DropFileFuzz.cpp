@@ -1,8 +1,8 @@
-#include "queue/QueueFileReader.h"
+#include "NorvaneSMS/queue/QueueFileReader.h"
 
-#include "FuzzTarget.h"
-#include "engine/RaisedFailure.h"
-#include "queue/QueueDropFile.h"
+#include "NorvaneSMS/queue/QueueDropFile.h"
+#include "fuzz/FuzzTarget.h"
+#include "support/RaisedFailure.h"
 #include "support/RecordingEngine.h"
 
 #include <cerrno>

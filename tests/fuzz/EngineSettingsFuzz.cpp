@@ -1,6 +1,6 @@
-#include "service/dispatch/EngineSettings.h"
+#include "TovekSMService/dispatch/EngineSettings.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 // Any bytes as the engine's settings file: every number within its bounds.
 

@@ -1,6 +1,6 @@
 #include "foundation/IniFile.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <QFile>
 

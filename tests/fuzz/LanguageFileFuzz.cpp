@@ -1,8 +1,8 @@
-#include "foundation/NumberedFailure.h"
+#include "common/NumberedFailure.h"
 #include "foundation/RowsetReader.h"
 #include "foundation/cls_Localize.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
-#include "SheetExpectations.h"
-#include "import/SheetFile.h"
-#include "import/sheets/OdsReader.h"
+#include "NorvaneSheetReader/OdsReader.h"
+#include "NorvaneSheetReader/SheetFile.h"
+#include "fuzz/SheetExpectations.h"
 
 // Any bytes as the content of an OpenDocument spreadsheet.
 

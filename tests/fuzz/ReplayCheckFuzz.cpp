@@ -1,4 +1,4 @@
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 // A target that some inputs break, to see that replaying notices them.
 

@@ -1,8 +1,8 @@
-#include "foundation/NumberedFailure.h"
-#include "foundation/SettingsText.h"
+#include "common/NumberedFailure.h"
+#include "common/SettingsText.h"
 #include "foundation/StoredBoolean.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 // Any bytes as the console's settings file, and any text as a value that is stored in it.
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "FuzzTarget.h"
-#include "foundation/NumberedFailure.h"
-#include "import/sheets/SheetTable.h"
+#include "NorvaneSheetReader/SheetTable.h"
+#include "common/NumberedFailure.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <vector>
 

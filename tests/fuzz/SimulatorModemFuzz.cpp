@@ -1,6 +1,6 @@
-#include "simulator/AtInterpreter.h"
+#include "gsm-simulator/AtInterpreter.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 // Any bytes to the simulated modem, in any pieces and under any of its settings: it goes on
 // answering.

@@ -1,7 +1,7 @@
-#include "simulator/PduDecoder.h"
+#include "gsm-simulator/PduDecoder.h"
 
-#include "FuzzTarget.h"
-#include "service/modem/SubmitDecoder.h"
+#include "TovekSMService/modem/codec/SubmitDecoder.h"
+#include "fuzz/FuzzTarget.h"
 
 // Any octets as a submission: a part or a fault. Where the other decoder can read them too, it
 // reads the same.

@@ -1,8 +1,8 @@
-#include "service/modem/SubmitPdu.h"
-#include "simulator/PduDecoder.h"
+#include "TovekSMService/modem/codec/SubmitPdu.h"
+#include "gsm-simulator/PduDecoder.h"
 
-#include "FuzzTarget.h"
-#include "service/modem/SubmitDecoder.h"
+#include "TovekSMService/modem/codec/SubmitDecoder.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "import/readers/RecipientReaders.h"
+#include "NorvaneSMS/import/readers/RecipientReaders.h"
 
-#include "FuzzTarget.h"
+#include "fuzz/FuzzTarget.h"
 
 // Any bytes as a text file of recipients, in readings of any length.
 

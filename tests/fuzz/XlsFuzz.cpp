@@ -1,6 +1,6 @@
-#include "SheetExpectations.h"
-#include "import/sheets/CompoundFile.h"
-#include "import/sheets/XlsReader.h"
+#include "NorvaneSheetReader/CompoundFile.h"
+#include "NorvaneSheetReader/XlsReader.h"
+#include "fuzz/SheetExpectations.h"
 
 // Any bytes as a workbook in a compound file, and as a workbook's stream.
 

@@ -1,6 +1,6 @@
-#include "SheetExpectations.h"
-#include "import/SheetFile.h"
-#include "import/sheets/XlsxReader.h"
+#include "NorvaneSheetReader/SheetFile.h"
+#include "NorvaneSheetReader/XlsxReader.h"
+#include "fuzz/SheetExpectations.h"
 
 // A small workbook, of which one part is any bytes.
 

@@ -1,6 +1,6 @@
 #include "harness/Sandbox.h"
 
-#include "engine/contract/BusTypes.h"
+#include "contract/BusTypes.h"
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/PrivateBus.h"
 #include "harness/Ledger.h"
+#include "support/PrivateBus.h"
 
 #include <QDBusMessage>
 #include <QDeadlineTimer>

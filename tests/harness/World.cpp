@@ -1,6 +1,6 @@
 #include "harness/World.h"
 
-#include "engine/contract/BusTypes.h"
+#include "contract/BusTypes.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "gsm-simulator/RunningSimulator.h"
 #include "harness/LineProxy.h"
 #include "harness/Sandbox.h"
 #include "harness/StoreReader.h"
-#include "simulator/RunningSimulator.h"
 
 #include <atomic>
 #include <memory>

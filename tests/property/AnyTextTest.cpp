@@ -1,6 +1,6 @@
+#include "NorvaneSMS/queue/Normalisation.h"
 #include "property/Arrival.h"
 #include "property/Texts.h"
-#include "queue/Normalisation.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "property/Arrival.h"
 
-#include "service/modem/SubmitDecoder.h"
-#include "service/modem/SubmitPdu.h"
-#include "simulator/PduDecoder.h"
+#include "TovekSMService/modem/codec/SubmitDecoder.h"
+#include "TovekSMService/modem/codec/SubmitPdu.h"
+#include "gsm-simulator/PduDecoder.h"
 
 #include <gtest/gtest.h>
 

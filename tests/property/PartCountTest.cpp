@@ -1,6 +1,6 @@
+#include "TovekSMService/modem/codec/SubmitPdu.h"
 #include "property/Arrival.h"
 #include "property/Texts.h"
-#include "service/modem/SubmitPdu.h"
 
 #include <gtest/gtest.h>
 

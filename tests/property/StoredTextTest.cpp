@@ -1,7 +1,7 @@
 #include "property/Texts.h"
 
-#include "engine/contract/BusTypes.h"
-#include "service/store/Store.h"
+#include "TovekSMService/store/Store.h"
+#include "contract/BusTypes.h"
 
 #include <QTemporaryDir>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "queue/QueueAccess.h"
+#include "NorvaneSMS/queue/QueueAccess.h"
 
 #include <QList>
 

@@ -1,6 +1,6 @@
 #include "support/RecordingEngine.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 
 void RecordingEngine::note(const QString &call)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/contract/SMSManager.h"
+#include "contract/SMSManager.h"
 
 #include <QQueue>
 #include <QStringList>

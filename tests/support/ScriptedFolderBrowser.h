@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/FolderBrowser.h"
+#include "NorvaneSMS/device/FolderBrowser.h"
 
 #include <QList>
 

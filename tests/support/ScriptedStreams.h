@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/platform/FileStreams.h"
+#include "NorvaneSMS/platform/FileStreams.h"
 
 #include <QStringList>
 

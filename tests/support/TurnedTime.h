@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/time/TimeSource.h"
+#include "TovekSMService/time/TimeSource.h"
 
 #include <QList>
 #include <QObject>

@@ -1,6 +1,6 @@
+#include "NorvaneSMS/import/frmImport.h"
+#include "NorvaneSMS/queue/Fixture.h"
 #include "foundation/Globals.h"
-#include "import/frmImport.h"
-#include "queue/Fixture.h"
 #include "system/WholePath.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "system/WholePath.h"
 
-#include "device/DeviceConfigForm.h"
+#include "NorvaneSMS/device/DeviceConfigForm.h"
 #include "foundation/ui/CaptionedFrame.h"
 #include "foundation/ui/PictureButton.h"
 

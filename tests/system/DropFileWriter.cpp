@@ -5,9 +5,9 @@
 // writes so many drop files of one record into FOLDER, one after the other. The messages are "NAME
 // 0" and so on; those whose writing was refused are printed, one a line.
 
+#include "NorvaneSMS/queue/QueueFileWriter.h"
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
-#include "queue/QueueFileWriter.h"
 
 #include <QCoreApplication>
 #include <QTextStream>

@@ -1,4 +1,4 @@
-#include "foundation/NumberedFailure.h"
+#include "common/NumberedFailure.h"
 #include "system/EngineProcess.h"
 #include "system/ReplacedEngine.h"
 

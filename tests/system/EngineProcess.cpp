@@ -1,6 +1,6 @@
 #include "system/EngineProcess.h"
 
-#include "engine/contract/BusTypes.h"
+#include "contract/BusTypes.h"
 
 #include <QDBusConnectionInterface>
 #include <QDir>

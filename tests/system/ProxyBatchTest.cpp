@@ -1,4 +1,4 @@
-#include "engine/RaisedFailure.h"
+#include "support/RaisedFailure.h"
 #include "system/EngineProcess.h"
 #include "system/ReplacedEngine.h"
 

@@ -1,7 +1,7 @@
 #include "system/WholePath.h"
 
-#include "console/QueueGridModel.h"
-#include "console/QueueGridReading.h"
+#include "NorvaneSMS/console/QueueGridModel.h"
+#include "NorvaneSMS/console/QueueGridReading.h"
 
 #include <QApplication>
 #include <QHash>

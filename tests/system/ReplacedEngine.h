@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/contract/BusTypes.h"
+#include "contract/BusTypes.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,4 +1,4 @@
-#include "engine/contract/BusTypes.h"
+#include "contract/BusTypes.h"
 #include "support/WaitUntil.h"
 #include "system/WholePath.h"
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "app/modSMSClient.h"
-#include "console/MessageEdit.h"
-#include "console/TerminalView.h"
-#include "console/frmSMSClient.h"
+#include "NorvaneSMS/app/modSMSClient.h"
+#include "NorvaneSMS/console/MessageEdit.h"
+#include "NorvaneSMS/console/TerminalView.h"
+#include "NorvaneSMS/console/frmSMSClient.h"
+#include "NorvaneSMS/import/readers/HelperConnection.h"
 #include "foundation/Globals.h"
 #include "foundation/StoredSettings.h"
-#include "import/readers/HelperConnection.h"
 #include "support/RecordingMessageBoxes.h"
 #include "system/EngineProcess.h"
 

@@ -1,7 +1,7 @@
 #include "system/WholePath.h"
 
+#include "NorvaneSMS/queue/Normalisation.h"
 #include "foundation/ui/CaptionedFrame.h"
-#include "queue/Normalisation.h"
 
 TEST_F(WholePath, aMessageTypedInTheWindowReachesTheDevice)
 {

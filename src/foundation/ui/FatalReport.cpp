@@ -1,6 +1,6 @@
 #include "foundation/ui/FatalReport.h"
 
-#include "foundation/FailureNumbers.h"
+#include "common/FailureNumbers.h"
 #include "foundation/MessageBoxes.h"
 
 #include <cstdlib>

@@ -1,0 +1,25 @@
+# The headers of the toolkit and of the language are compiled once for all targets that are built alike.
+# A source includes what it uses all the same: -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON builds without.
+
+set(norvane_standard_headers
+    <algorithm> <array> <functional> <map> <memory> <optional> <string> <utility> <variant> <vector>)
+
+# norvane_precompiled_set(<name> OPTIONS ... LINK ... HEADERS ...)
+function(norvane_precompiled_set name)
+    cmake_parse_arguments(ARG "" "" "OPTIONS;LINK;HEADERS" ${ARGN})
+    set(source "${CMAKE_BINARY_DIR}/precompiled/${name}.cpp")
+    file(CONFIGURE OUTPUT "${source}" CONTENT "// Nothing: the target holds the headers alone.\n")
+    add_library(norvane_headers_${name} STATIC "${source}")
+    target_link_libraries(norvane_headers_${name} PRIVATE norvane_flags ${ARG_LINK})
+    target_compile_options(norvane_headers_${name} PRIVATE ${ARG_OPTIONS})
+    target_precompile_headers(norvane_headers_${name} PRIVATE
+        ${norvane_standard_headers} ${ARG_HEADERS})
+endfunction()
+
+norvane_precompiled_set(core LINK Qt6::Core HEADERS <QtCore>)
+norvane_precompiled_set(widgets LINK Qt6::Widgets HEADERS <QtWidgets>)
+
+# norvane_precompiled(<target> <name of a set>)
+function(norvane_precompiled target name)
+    target_precompile_headers(${target} REUSE_FROM norvane_headers_${name})
+endfunction()

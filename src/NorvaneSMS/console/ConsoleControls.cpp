@@ -1,0 +1,308 @@
+#include "NorvaneSMS/console/ConsoleControls.h"
+
+#include "NorvaneSMS/console/CondensedCellDelegate.h"
+#include "NorvaneSMS/console/ConsoleDesign.h"
+#include "NorvaneSMS/console/MessageEdit.h"
+#include "NorvaneSMS/console/PhoneEdit.h"
+#include "NorvaneSMS/console/QueueGrid.h"
+#include "NorvaneSMS/console/QueueGridModel.h"
+#include "NorvaneSMS/console/TerminalView.h"
+#include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/Contrast.h"
+#include "foundation/ui/FormSetUp.h"
+#include "foundation/ui/ImageControl.h"
+#include "foundation/ui/PictureButton.h"
+#include "foundation/ui/SvgPicture.h"
+#include "foundation/ui/Twips.h"
+
+#include <QDateEdit>
+#include <QHeaderView>
+#include <QLabel>
+#include <QTableView>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+using ConsoleDesign::Control;
+using ConsoleDesign::Kind;
+
+QString pictureFile(QLatin1String name)
+{
+    return QStringLiteral(":/images/") + name + QStringLiteral(".svg");
+}
+
+PictureButton *makeButton(const Control &design, QWidget *parent)
+{
+    auto *const button = new PictureButton(parent);
+    const QSize size(design.pictureSize, design.pictureSize);
+    const QString disabled =
+        design.disabledPicture.isEmpty() ? QString() : pictureFile(design.disabledPicture);
+    button->setIcon(SvgPicture::icon(pictureFile(design.picture), size, disabled));
+    button->setIconSize(size);
+    button->setText(design.text);
+    return button;
+}
+
+QLabel *makeLabel(const Control &design, QWidget *parent)
+{
+    auto *const label = new QLabel(design.text, parent);
+    label->setTextFormat(Qt::PlainText);
+    label->setAlignment(design.kind == Kind::CentredLabel ? Qt::AlignHCenter | Qt::AlignTop
+                                                          : Qt::AlignLeft | Qt::AlignTop);
+    return label;
+}
+
+CaptionedFrame *makeFrame(const Control &design, QWidget *parent)
+{
+    auto *const frame = new CaptionedFrame(parent);
+    frame->setCaption(design.text);
+    return frame;
+}
+
+QDateEdit *makeDateBox(QWidget *parent)
+{
+    auto *const box = new QDateEdit(parent);
+    box->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
+    box->setDateRange(QDate(100, 1, 1), QDate(9999, 12, 31));
+    box->setCalendarPopup(true);
+    return box;
+}
+
+QTimeEdit *makeTimeBox(QWidget *parent)
+{
+    auto *const box = new QTimeEdit(parent);
+    box->setDisplayFormat(QStringLiteral("HH:mm:ss"));
+    // The box has just the room for its digits; they are typed, or turned with the arrow keys.
+    box->setButtonSymbols(QAbstractSpinBox::NoButtons);
+    return box;
+}
+
+TerminalView *makeTerminal(QWidget *parent)
+{
+    auto *const terminal = new TerminalView(parent);
+    QFont font(QStringLiteral("Liberation Mono"));
+    font.setStyleHint(QFont::Monospace);
+    font.setPointSizeF(9.75);
+    terminal->setFont(font);
+    QPalette colours = terminal->palette();
+    colours.setColor(QPalette::Base, colours.color(QPalette::Button));
+    terminal->setPalette(colours);
+    terminal->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    return terminal;
+}
+
+MessageEdit *makeMessageBox(QWidget *parent)
+{
+    auto *const box = new MessageEdit(parent);
+    box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    QPalette colours = box->palette();
+    colours.setColor(QPalette::Base, Qt::white);
+    colours.setColor(QPalette::Text, Qt::black);
+    box->setPalette(colours);
+    return box;
+}
+
+void setUpGrid(QTableView *grid)
+{
+    grid->setTabKeyNavigation(false);
+    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
+    grid->setWordWrap(false);
+    grid->setAlternatingRowColors(true);
+    grid->setItemDelegateForColumn(QueueGridModel::DeliveryDate, new CondensedCellDelegate(grid));
+    grid->verticalHeader()->hide();
+    grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 5);
+    grid->horizontalHeader()->setHighlightSections(false);
+    grid->horizontalHeader()->setSectionsClickable(false);
+    grid->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+}
+
+QTableView *makeQueueGrid(QWidget *parent)
+{
+    auto *const grid = new QueueGrid(parent);
+    grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setUpGrid(grid);
+    return grid;
+}
+
+/// A log: nothing in it can be edited or selected.
+QTableView *makeSentGrid(QWidget *parent)
+{
+    auto *const grid = new QTableView(parent);
+    grid->setSelectionMode(QAbstractItemView::NoSelection);
+    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setUpGrid(grid);
+    return grid;
+}
+
+QWidget *make(const Control &design, QWidget *parent)
+{
+    switch (design.kind) {
+    case Kind::Panel:
+        return new QWidget(parent);
+    case Kind::Frame:
+        return makeFrame(design, parent);
+    case Kind::Button:
+        return makeButton(design, parent);
+    case Kind::Label:
+    case Kind::CentredLabel:
+        return makeLabel(design, parent);
+    case Kind::PhoneBox:
+        return new PhoneEdit(parent);
+    case Kind::MessageBox:
+        return makeMessageBox(parent);
+    case Kind::DateBox:
+        return makeDateBox(parent);
+    case Kind::TimeBox:
+        return makeTimeBox(parent);
+    case Kind::Terminal:
+        return makeTerminal(parent);
+    case Kind::QueueGrid:
+        return makeQueueGrid(parent);
+    case Kind::SentGrid:
+        return makeSentGrid(parent);
+    case Kind::Image:
+        return new ImageControl(pictureFile(design.picture), parent);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+ConsoleControls::ConsoleControls(QWidget *window) : m_window(window)
+{
+    makeAll();
+    bindMembers();
+    setTabOrder();
+    setColours();
+    lblPhone->setBuddy(txtPhone);
+    lblDeliveryDate->setBuddy(dtDeliveryDate);
+    // Of the pictures that share a place one shows: not running, and empty, until someone knows.
+    imgEngineStatus[1]->hide();
+    imgQueue[1]->hide();
+    picLateralPanel->raise();
+}
+
+QSizeF ConsoleControls::twipsPerPixel() const
+{
+    return ::twipsPerPixel(m_window);
+}
+
+void ConsoleControls::place(QWidget *control, const Twips::Rect &place) const
+{
+    control->setGeometry(Twips::toPixels(place, twipsPerPixel()));
+}
+
+void ConsoleControls::setCaption(const QString &name, const QString &text) const
+{
+    QWidget *const control = m_byName.value(name);
+    if (auto *const frame = qobject_cast<CaptionedFrame *>(control))
+        frame->setCaption(text);
+    else if (auto *const button = qobject_cast<PictureButton *>(control))
+        button->setText(text);
+    else if (auto *const label = qobject_cast<QLabel *>(control))
+        label->setText(text);
+}
+
+void ConsoleControls::setAccessibleName(const QString &name, const QString &text) const
+{
+    QWidget *const control = m_byName.value(name);
+    control->setAccessibleName(text);
+    const auto *const button = qobject_cast<PictureButton *>(control);
+    if (button && button->text().isEmpty())
+        control->setToolTip(text);
+}
+
+void ConsoleControls::makeAll()
+{
+    for (const Control &design : ConsoleDesign::controls()) {
+        QWidget *const container =
+            design.container.isEmpty() ? m_window : m_byName.value(design.container);
+        QWidget *const control = make(design, container);
+        control->setObjectName(design.name);
+        m_byName.insert(design.name, control);
+        place(control, design.place);
+    }
+}
+
+template <typename Widget>
+void ConsoleControls::bind(Widget *&member, const char *name) const
+{
+    member = qobject_cast<Widget *>(m_byName.value(QLatin1String(name)));
+    Q_ASSERT_X(member, "ConsoleControls", name);
+}
+
+void ConsoleControls::bindMembers()
+{
+    bind(picTopPanel, "picTopPanel");
+    bind(picMiddlePanel, "picMiddlePanel");
+    bind(picBottomPanel, "picBottomPanel");
+    bind(picLateralPanel, "picLateralPanel");
+    bind(fraSMSMessage, "fraSMSMessage");
+    bind(fraCommunication, "fraCommunication");
+    bind(fraEngineStatus, "fraEngineStatus");
+    bind(fraQueueStatus, "fraQueueStatus");
+    bind(fraDeviceStatus, "fraDeviceStatus");
+    bind(fraQueueDetails, "fraQueueDetails");
+    bind(fraSentDetails, "fraSentDetails");
+    bind(btnDeviceConfig, "btnDeviceConfig");
+    bind(btnTestDevice, "btnTestDevice");
+    bind(btnSend, "btnSend");
+    bind(btnImport, "btnImport");
+    bind(btnStart, "btnStart");
+    bind(btnStop, "btnStop");
+    bind(btnClearQueue, "btnClearQueue");
+    bind(txtMessage, "txtMessage");
+    bind(txtPhone, "txtPhone");
+    bind(dtDeliveryDate, "dtDeliveryDate");
+    bind(tmDeliveryDate, "tmDeliveryDate");
+    bind(txtTerm, "txtTerm");
+    bind(grdQueue, "grdQueue");
+    bind(grdSentDetails, "grdSentDetails");
+    bind(lblSMSChars, "lblSMSChars");
+    bind(lblPhone, "lblPhone");
+    bind(lblDeliveryDate, "lblDeliveryDate");
+    bind(lblEngineStatus, "lblEngineStatus");
+    bind(lblQueueSize, "lblQueueSize");
+    bind(lblEstimated, "lblEstimated");
+    bind(lblDeviceInfo, "lblDeviceInfo");
+    bind(lblDeviceStatus, "lblDeviceStatus");
+    bind(imgLogo[0], "imgLogo(0)");
+    bind(imgLogo[1], "imgLogo(1)");
+    bind(imgEngineStatus[0], "imgEngineStatus(0)");
+    bind(imgEngineStatus[1], "imgEngineStatus(1)");
+    bind(imgQueue[0], "imgQueue(0)");
+    bind(imgQueue[1], "imgQueue(1)");
+    bind(imgQueue[2], "imgQueue(2)");
+}
+
+void ConsoleControls::setTabOrder() const
+{
+    std::vector<std::pair<int, QWidget *>> order;
+    for (const Control &design : ConsoleDesign::controls()) {
+        QWidget *const control = m_byName.value(design.name);
+        if (design.tab != ConsoleDesign::noTab && control->focusPolicy() != Qt::NoFocus)
+            order.emplace_back(design.tab, control);
+    }
+    std::sort(order.begin(), order.end());
+    for (size_t i = 1; i < order.size(); ++i)
+        QWidget::setTabOrder(order[i - 1].second, order[i].second);
+}
+
+void ConsoleControls::setColours() const
+{
+    QPalette counter = lblSMSChars->palette();
+    counter.setColor(QPalette::WindowText, QColor(0x66, 0x7E, 0xA2));
+    // On the window of a dark desktop the colour can't be read.
+    if (Contrast::isDark(m_window->palette())) {
+        counter.setColor(QPalette::Window, Contrast::plainGround(m_window->palette()));
+        lblSMSChars->setAutoFillBackground(true);
+        // An indent would move the text down as well, off the label.
+        lblSMSChars->setContentsMargins(2, 0, 2, 0);
+    }
+    lblSMSChars->setPalette(counter);
+}

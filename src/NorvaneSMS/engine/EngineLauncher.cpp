@@ -1,0 +1,129 @@
+#include "NorvaneSMS/engine/EngineLauncher.h"
+
+#include "NorvaneSMS/engine/EngineWait.h"
+#include "NorvaneSMS/platform/Processes.h"
+#include "common/FailureNumbers.h"
+#include "contract/BusTypes.h"
+#include "foundation/FailureTexts.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusPendingReply>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QStandardPaths>
+#include <QThread>
+
+namespace {
+
+constexpr int pollInterval = 10;         // ms between two looks at the bus
+constexpr qint64 longestLog = 1'000'000; // bytes
+
+[[noreturn]] void raiseCannotStart(const QString &reason)
+{
+    throw NumberedFailure(Failure::CannotCreateObject, QStringLiteral("SMSManager"),
+                          FailureText::engineNotStarted(reason));
+}
+
+QString errorOutputFile()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                           QStringLiteral("/TovekSMService");
+    if (!QDir().mkpath(folder))
+        return QProcess::nullDevice();
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // Kept from start to start, for its owner alone; what is older than a megabyte goes.
+    const QString file = folder + QStringLiteral("/engine.log");
+    if (QFileInfo(file).size() > longestLog) {
+        QFile::remove(file + QStringLiteral(".1"));
+        QFile::rename(file, file + QStringLiteral(".1"));
+    }
+    QFile log(file);
+    if (!log.open(QIODevice::Append))
+        return QProcess::nullDevice();
+    log.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    return file;
+}
+
+} // namespace
+
+ProcessEngineLauncher::ProcessEngineLauncher(const QDBusConnection &bus, const QString &program,
+                                             int timeLimit, EngineWait *wait)
+    : m_bus(bus), m_program(program), m_timeLimit(timeLimit), m_wait(wait)
+{}
+
+void ProcessEngineLauncher::ensureRunning()
+{
+    if (!m_bus.isConnected())
+        raiseCannotStart(FailureText::noSessionBus());
+    const QString name = QLatin1String(Bus::ServiceName);
+    QDBusConnectionInterface *const bus = m_bus.interface();
+    if (bus->isServiceRegistered(name))
+        return;
+    if (isActivatable()) {
+        startByBus();
+        return;
+    }
+    const qint64 engine = startProgram();
+    waitUntil([bus, name, engine] {
+        const bool ended = !isProcessRunning(engine);
+        if (bus->isServiceRegistered(name).value())
+            return true;
+        if (ended)
+            raiseCannotStart(FailureText::engineEnded());
+        return false;
+    });
+}
+
+bool ProcessEngineLauncher::isActivatable() const
+{
+    const QDBusReply<QStringList> activatable = m_bus.interface()->activatableServiceNames();
+    return activatable.isValid() && activatable.value().contains(QLatin1String(Bus::ServiceName));
+}
+
+void ProcessEngineLauncher::startByBus()
+{
+    m_bus.interface()->setTimeout(m_timeLimit);
+    const QDBusPendingReply<uint> started = m_bus.interface()->asyncCallWithArgumentList(
+        QStringLiteral("StartServiceByName"), {QLatin1String(Bus::ServiceName), uint(0)});
+    // The answer is taken on the connection's own thread.
+    waitUntil([&started] { return started.isFinished(); });
+    if (started.isError())
+        raiseCannotStart(started.error().message());
+}
+
+/// Waits without an event loop of this thread's.
+void ProcessEngineLauncher::waitUntil(const std::function<bool()> &condition) const
+{
+    const auto end = qScopeGuard([this] {
+        if (m_wait)
+            m_wait->ended();
+    });
+    QElapsedTimer waited;
+    waited.start();
+    while (!condition()) {
+        if (waited.hasExpired(m_timeLimit))
+            raiseCannotStart(FailureText::engineDidNotComeUp());
+        if (m_wait)
+            m_wait->waiting(waited.elapsed());
+        QThread::msleep(pollInterval);
+    }
+}
+
+qint64 ProcessEngineLauncher::startProgram()
+{
+    if (!QFileInfo(m_program).isExecutable())
+        raiseCannotStart(FailureText::programNotFound(m_program));
+    QProcess engine;
+    engine.setProgram(m_program);
+    engine.setWorkingDirectory(QStringLiteral("/"));
+    engine.setStandardInputFile(QProcess::nullDevice());
+    engine.setStandardOutputFile(QProcess::nullDevice());
+    engine.setStandardErrorFile(errorOutputFile(), QIODevice::Append);
+    qint64 process = 0;
+    if (!engine.startDetached(&process))
+        raiseCannotStart(engine.errorString());
+    return process;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "NorvaneSMS/import/FilePicker.h"
+#include "NorvaneSMS/import/readers/NumberedFiles.h"
+#include "common/SpreadsheetConnection.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+/// What the import dialog needs from above. A test puts its own in the places of these.
+struct ImportEnvironment
+{
+    /// A new connection that nothing is open on.
+    std::function<std::unique_ptr<SpreadsheetConnection>()> createConnection = {};
+    QString programFolder = {};
+    FilePicker *picker = &toolkitFilePicker();
+    /// The program's, so that a number that a failure left in use stays so.
+    std::shared_ptr<NumberedFiles> files = std::make_shared<NumberedFiles>();
+};

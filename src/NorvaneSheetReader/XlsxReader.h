@@ -1,0 +1,10 @@
+#pragma once
+
+#include "NorvaneSheetReader/PackageParts.h"
+#include "NorvaneSheetReader/SheetTable.h"
+
+#include <vector>
+
+/// The sheets of an Office Open XML workbook.
+/// @throws NumberedFailure BadFile
+std::vector<SheetTable> readXlsx(const PackageParts &parts);

@@ -1,0 +1,47 @@
+#include "TovekSMService/admin/RunningEngine.h"
+
+#include "contract/BusTypes.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+
+bool RunningEngine::isThere()
+{
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    return bus.isConnected() &&
+           bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+}
+
+QDBusMessage RunningEngine::call(const char *operation, const QVariantList &arguments) const
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+        QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+    message.setArguments(arguments);
+    message.setAutoStartService(false);
+    const QDBusMessage answer =
+        QDBusConnection::sessionBus().call(message, QDBus::Block, Bus::CallTimeout);
+    if (answer.type() != QDBusMessage::ReplyMessage)
+        throw CallFailed(answer.errorMessage().toStdString());
+    return answer;
+}
+
+QList<QueueRow> RunningEngine::queue() const
+{
+    QList<QueueRow> rows;
+    quint64 snapshot = 0;
+    quint32 total = 0;
+    do {
+        const QDBusMessage page =
+            call("GetQueue", {QVariant(snapshot), QVariant(static_cast<quint32>(rows.size()))});
+        if (page.arguments().at(0).toULongLong() != snapshot)
+            rows.clear();
+        snapshot = page.arguments().at(0).toULongLong();
+        total = page.arguments().at(1).toUInt();
+        const auto received = qdbus_cast<BusQueueRows>(page.arguments().at(2));
+        if (received.isEmpty())
+            break;
+        rows += received;
+    } while (static_cast<quint32>(rows.size()) < total);
+    return rows;
+}

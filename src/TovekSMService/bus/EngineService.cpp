@@ -1,0 +1,416 @@
+#include "TovekSMService/bus/EngineService.h"
+
+#include "TovekSMService/dispatch/Dispatcher.h"
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoredBatches.h"
+#include "contract/ErrorCodes.h"
+
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QScopeGuard>
+
+#include <utility>
+
+namespace {
+
+constexpr qint64 retryTime = 10'000; // ms for which a step is tried again
+constexpr int retryInterval = 200;   // ms between two tries
+
+QString failedError()
+{
+    return QStringLiteral("com.tovek.SMService.Error.Store");
+}
+
+QVariantList argumentsOf(const DeviceDetails &details)
+{
+    return {details.manufacturer, details.model,   details.imei,     details.networkInfo,
+            details.battery,      details.signal,  details.firmware, details.time,
+            details.smsc,         details.hardware};
+}
+
+} // namespace
+
+EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
+                             const Clock &clock, QObject *parent)
+    : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
+      m_pacer(clock.time()), m_retry(clock.time())
+{
+    connect(&m_retry, &Timer::timeout, this, &EngineService::retryCalls);
+    m_callers.setConnection(bus);
+    m_callers.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    connect(&m_callers, &QDBusServiceWatcher::serviceUnregistered, this,
+            &EngineService::listenerLeft);
+    connect(&m_pacer, &QueueChangePacer::report, this,
+            [this] { Q_EMIT SMSQueueChanged(m_store.size()); });
+
+    connect(&dispatcher, &Dispatcher::deviceInfo, this, &EngineService::raiseDeviceInfo);
+    connect(&dispatcher, &Dispatcher::statusChanged, this, &EngineService::EngineStatus);
+    connect(&dispatcher, &Dispatcher::queueChanged, &m_pacer, &QueueChangePacer::queueChanged);
+    connect(&dispatcher, &Dispatcher::sent, this, &EngineService::SMSSent);
+    connect(&dispatcher, &Dispatcher::sendingFailed, this, &EngineService::SMSSentFailed);
+    connect(&dispatcher, &Dispatcher::warning, this, &EngineService::WarningError);
+    connect(&dispatcher, &Dispatcher::reportRaised, this, &EngineService::onReportRaised);
+    connect(&dispatcher, &Dispatcher::warned, this, [this](int code, const QString &text) {
+        m_lastError = {code, text, m_clock.wallClockText()};
+    });
+}
+
+void EngineService::StartEngine()
+{
+    carryOut([this] {
+        m_dispatcher.start();
+        return QVariantList();
+    });
+}
+
+void EngineService::StopEngine()
+{
+    carryOut([this] {
+        m_dispatcher.stop();
+        return QVariantList();
+    });
+}
+
+int EngineService::TestDevice()
+{
+    setDelayedReply(true);
+    m_dispatcher.testDevice([bus = connection(), call = message()](qint32 result) {
+        bus.send(call.createReply(result));
+    });
+    return 0; // not sent: the answer is the one above
+}
+
+int EngineService::GetEngineStatus() const
+{
+    return m_dispatcher.status();
+}
+
+void EngineService::AddSMS(const QString &phone, const QString &message,
+                           const QString &deliveryDate)
+{
+    AddSMSList({{phone, message}}, deliveryDate);
+}
+
+void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDate)
+{
+    carryOut([this, list, deliveryDate] {
+        m_store.add(list, deliveryDate);
+        if (!list.isEmpty())
+            m_dispatcher.noticeQueueChange();
+        return QVariantList();
+    });
+}
+
+uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messages)
+{
+    Deadline deadline(m_clock.time());
+    deadline.setRemainingTime(retryTime);
+    const auto answer = carryOut([this, batch, messages, deadline] {
+        try {
+            addBatch(batch, messages);
+        } catch (const StoreFailure &) {
+            if (!deadline.hasExpired())
+                throw;
+        }
+        return QVariantList{static_cast<uint>(StoredBatches(m_store).stored(batch))};
+    });
+    return answer ? answer->constFirst().toUInt() : 0; // not sent when the call has to wait
+}
+
+void EngineService::addBatch(const QString &batch, const BusQueueRows &messages)
+{
+    const auto notice = qScopeGuard([this, before = m_store.size()] {
+        if (m_store.size() != before) // also where the disk took a part of them
+            m_dispatcher.noticeQueueChange();
+    });
+    StoredBatches(m_store).add(batch, messages);
+}
+
+int EngineService::GetQueueSize() const
+{
+    return m_store.size();
+}
+
+void EngineService::ClearQueue()
+{
+    carryOut([this] {
+        m_store.clear();
+        m_dispatcher.noticeQueueChange();
+        return QVariantList();
+    });
+}
+
+QVariantList EngineService::queuePage(const QString &caller, quint64 snapshot, quint32 first)
+{
+    QueueSnapshots::Page page = m_snapshots.page(caller, snapshot, first);
+    if (page.snapshot == 0)
+        page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.rows()), 0);
+    if (page.isLast)
+        m_pacer.listenerFetched(caller);
+    return {QVariant(page.snapshot), QVariant(page.total), QVariant::fromValue(page.rows)};
+}
+
+qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows)
+{
+    const QString caller = message().service();
+    watch(caller);
+    const auto answer =
+        carryOut([this, caller, snapshot, first] { return queuePage(caller, snapshot, first); });
+    if (!answer)
+        return 0; // not sent: the answer comes later
+    total = answer->at(1).toUInt();
+    rows = answer->at(2).value<BusQueueRows>();
+    return answer->at(0).toULongLong();
+}
+
+QVariantList EngineService::queueChanges(const QString &caller, quint64 revision)
+{
+    const quint64 now = m_store.journal().revision();
+    const auto ids = m_store.journal().since(revision);
+    if (!ids)
+        return {QVariant(now), true, QVariant::fromValue(BusQueueRows()),
+                QVariant::fromValue(QList<qlonglong>())};
+    const BusQueueRows present = m_store.rows(*ids);
+    QSet<qint64> gone(ids->cbegin(), ids->cend());
+    for (const QueueRow &row : present)
+        gone.remove(row.id);
+    m_pacer.listenerFetched(caller);
+    return {QVariant(now), false, QVariant::fromValue(present),
+            QVariant::fromValue(QList<qlonglong>(gone.cbegin(), gone.cend()))};
+}
+
+qulonglong EngineService::GetQueueChanges(qulonglong revision, bool &whole, BusQueueRows &present,
+                                          QList<qlonglong> &gone)
+{
+    const QString caller = message().service();
+    const auto answer =
+        carryOut([this, caller, revision] { return queueChanges(caller, revision); });
+    if (!answer)
+        return 0; // not sent: the answer comes later
+    whole = answer->at(1).toBool();
+    present = answer->at(2).value<BusQueueRows>();
+    gone = answer->at(3).value<QList<qlonglong>>();
+    return answer->at(0).toULongLong();
+}
+
+void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
+{
+    carryOut([this, changed, deleted] {
+        const bool inTime = m_store.update(changed, deleted);
+        m_dispatcher.noticeQueueChange();
+        if (!inTime)
+            m_dispatcher.warnTooLate();
+        return QVariantList();
+    });
+}
+
+void EngineService::ApplySettings()
+{
+    carryOut([this] {
+        m_dispatcher.applySettings();
+        return QVariantList();
+    });
+}
+
+DeviceSettings EngineService::GetDeviceSettings()
+{
+    const auto answer =
+        carryOut([this] { return QVariantList{QVariant::fromValue(m_store.deviceSettings())}; });
+    return answer ? answer->constFirst().value<DeviceSettings>() : DeviceSettings();
+}
+
+bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
+{
+    carryOut(
+        [this, settings] {
+            m_store.setDeviceSettings(settings);
+            return QVariantList{true};
+        },
+        QVariantList{false});
+    return true; // not sent when the call has to wait
+}
+
+void EngineService::ReportState()
+{
+    const QString listener = message().service();
+    watch(listener);
+    m_acknowledgements.addListener(listener);
+    m_pacer.listenerCame(listener);
+    m_dispatcher.setHeard(true);
+
+    reportTo(listener, QStringLiteral("EngineStatus"), {m_dispatcher.status()});
+    reportTo(listener, QStringLiteral("SMSQueueChanged"), {m_store.size()});
+    if (const auto &details = m_dispatcher.knownDevice())
+        reportTo(listener, QStringLiteral("DeviceInfo"), argumentsOf(*details));
+    reportFailures(listener);
+    reportWarnings(listener);
+}
+
+void EngineService::AcknowledgeReports(const QList<qlonglong> &reports)
+{
+    const QString caller = message().service();
+    watch(caller);
+    m_acknowledgements.addAcknowledger(caller);
+    for (const qlonglong report : reports) {
+        if (m_acknowledgements.acknowledge(caller, report))
+            m_dispatcher.noteHandled(report);
+    }
+}
+
+QVariantMap EngineService::GetState() const
+{
+    QVariantMap state = EngineState::ofRunning(m_store, m_dispatcher, m_lastError);
+    state.insert(QStringLiteral("listeners"), m_acknowledgements.listeners());
+    return state;
+}
+
+void EngineService::reportFailures(const QString &listener)
+{
+    try {
+        for (const Outcome &outcome : m_store.unreportedFailures()) {
+            if (m_dispatcher.heardOutcomes().contains(outcome.id) ||
+                m_acknowledgements.isPending(listener, outcome.id))
+                continue;
+            reportTo(listener, QStringLiteral("SMSSentFailed"),
+                     {outcome.phone, outcome.text, outcome.code});
+            if (outcome.code == ErrorCode::NoRespond)
+                reportTo(listener, QStringLiteral("WarningError"),
+                         {outcome.code, Dispatcher::doubtOf(outcome.phone)});
+            numberReport(listener, outcome.id);
+        }
+    } catch (const StoreFailure &failure) {
+        // They are kept, and told to the next one who asks.
+        qWarning() << "failures could not be reported:" << failure.text();
+    }
+}
+
+/// Those that nobody has handled yet, and those of a trouble that still stands, whoever handled
+/// them.
+void EngineService::reportWarnings(const QString &listener)
+{
+    QList<Dispatcher::Warning> standing = m_dispatcher.standingTroubles();
+    // A copy, as a listener that never acknowledges takes them out of the list.
+    const QList<UnacknowledgedWarnings::Entry> entries =
+        m_dispatcher.unacknowledgedWarnings().entries();
+    for (const UnacknowledgedWarnings::Entry &entry : entries) {
+        standing.removeAll(entry.warning);
+        if (m_acknowledgements.isPending(listener, entry.report))
+            continue;
+        reportWarning(listener, entry.warning);
+        numberReport(listener, entry.report);
+    }
+    for (const Dispatcher::Warning &trouble : standing)
+        reportWarning(listener, trouble);
+}
+
+void EngineService::reportWarning(const QString &listener, const Dispatcher::Warning &warning)
+{
+    reportTo(listener, QStringLiteral("WarningError"), {warning.code, warning.text});
+}
+
+void EngineService::numberReport(const QString &listener, qint64 report)
+{
+    reportTo(listener, QStringLiteral("ReportRaised"), {QVariant(report)});
+    if (m_acknowledgements.raisedTo(listener, report))
+        m_dispatcher.noteHandled(report);
+}
+
+void EngineService::onReportRaised(qint64 report)
+{
+    Q_EMIT ReportRaised(report);
+    if (m_acknowledgements.raisedToAll(report))
+        m_dispatcher.noteHandled(report);
+}
+
+void EngineService::watch(const QString &caller)
+{
+    if (m_callers.watchedServices().contains(caller))
+        return;
+    m_callers.addWatchedService(caller);
+    // One that left before it was watched leaves no word behind.
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+    question.setArguments({caller});
+    auto *const answer = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, caller] {
+        answer->deleteLater();
+        const QDBusPendingReply<bool> isThere = *answer;
+        if (isThere.isValid() && !isThere.value())
+            listenerLeft(caller);
+    });
+}
+
+void EngineService::listenerLeft(const QString &listener)
+{
+    m_callers.removeWatchedService(listener);
+    m_acknowledgements.removeCaller(listener);
+    m_pacer.listenerLeft(listener);
+    m_snapshots.drop(listener);
+    m_dispatcher.setHeard(m_acknowledgements.listeners() > 0);
+}
+
+void EngineService::raiseDeviceInfo(const DeviceDetails &details)
+{
+    Q_EMIT DeviceInfo(details.manufacturer, details.model, details.imei, details.networkInfo,
+                      details.battery, details.signal, details.firmware, details.time, details.smsc,
+                      details.hardware);
+}
+
+void EngineService::reportTo(const QString &listener, const QString &event,
+                             const QVariantList &arguments)
+{
+    QDBusMessage report = QDBusMessage::createTargetedSignal(
+        listener, QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName), event);
+    report.setArguments(arguments);
+    m_bus.send(report);
+}
+
+std::optional<QVariantList> EngineService::carryOut(const Step &step, const Refusal &refusal)
+{
+    try {
+        return step();
+    } catch (const StoreFailure &failure) {
+        qWarning() << "a call waits for the store:" << failure.text();
+        m_dispatcher.noticeStoreFailure(failure);
+        setDelayedReply(true);
+        Deadline deadline(m_clock.time());
+        deadline.setRemainingTime(retryTime);
+        m_waiting.append({message(), step, refusal, deadline});
+        if (!m_retry.isActive())
+            m_retry.start(retryInterval);
+        return std::nullopt;
+    }
+}
+
+/// Those that wait, in the order in which they came.
+void EngineService::retryCalls()
+{
+    for (const Waiting &waiting : std::exchange(m_waiting, {}))
+        retry(waiting);
+    if (!m_waiting.isEmpty())
+        m_retry.start(retryInterval);
+}
+
+void EngineService::retry(const Waiting &waiting)
+{
+    try {
+        m_bus.send(waiting.call.createReply(waiting.step()));
+    } catch (const StoreFailure &failure) {
+        m_dispatcher.noticeStoreFailure(failure);
+        if (waiting.deadline.hasExpired())
+            m_bus.send(failureOf(waiting.call, waiting.refusal, failure.text()));
+        else
+            m_waiting.append(waiting);
+    }
+}
+
+QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Refusal &refusal,
+                                      const QString &reason)
+{
+    if (!refusal)
+        return call.createErrorReply(failedError(), reason);
+    // An answer alone may go unheard.
+    m_dispatcher.warn(ErrorCode::Fail, reason);
+    return call.createReply(*refusal);
+}

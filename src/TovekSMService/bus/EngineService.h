@@ -1,0 +1,118 @@
+#pragma once
+
+#include "TovekSMService/bus/EngineState.h"
+#include "TovekSMService/bus/QueueChangePacer.h"
+#include "TovekSMService/bus/QueueSnapshots.h"
+#include "TovekSMService/bus/ReportAcknowledgements.h"
+#include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
+#include "TovekSMService/time/Deadline.h"
+#include "TovekSMService/time/Timer.h"
+#include "contract/BusTypes.h"
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusServiceWatcher>
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+class Clock;
+class Dispatcher;
+class Store;
+struct DeviceDetails;
+
+/// The engine's side of the contract: the object that the bus adaptor stands before. Operations
+/// bear the contract's names; what a database can't do at once is tried again for ten seconds
+/// before the call fails.
+class EngineService : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+
+public:
+    /// @param store, dispatcher, clock  must outlive this object
+    EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
+                  const Clock &clock, QObject *parent = nullptr);
+
+    void StartEngine();
+    void StopEngine();
+    int TestDevice();
+    int GetEngineStatus() const;
+    void AddSMS(const QString &phone, const QString &message, const QString &deliveryDate);
+    void AddSMSList(const BusSMSList &list, const QString &deliveryDate);
+    uint AddSMSBatch(const QString &batch, const BusQueueRows &messages);
+    int GetQueueSize() const;
+    void ClearQueue();
+    qulonglong GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows);
+    qulonglong GetQueueChanges(qulonglong revision, bool &whole, BusQueueRows &present,
+                               QList<qlonglong> &gone);
+    void UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted);
+    void ApplySettings();
+    DeviceSettings GetDeviceSettings();
+    bool SetDeviceSettings(const DeviceSettings &settings);
+    void ReportState();
+    void AcknowledgeReports(const QList<qlonglong> &reports);
+    /// Beside the operations, for monitors: attaches nobody. See EngineState.
+    QVariantMap GetState() const;
+
+Q_SIGNALS:
+    void DeviceInfo(const QString &Manufacturer, const QString &Model, const QString &IMEI,
+                    const QString &NetworkInfo, int BatteryLevel, int SignalLevel,
+                    const QString &FirmWare, const QString &Time, const QString &SMSCNumber,
+                    const QString &Hardware);
+    void EngineStatus(int status);
+    void SMSQueueChanged(int currentSize);
+    void SMSSent(const QString &phone, const QString &Message, int QueueCount);
+    void SMSSentFailed(const QString &phone, const QString &Message, int errorCode);
+    void WarningError(int errCode, const QString &ExtraInfo);
+    void ReportRaised(qlonglong report);
+
+private:
+    /// What a call does with the store; gives the call's output arguments.
+    using Step = std::function<QVariantList()>;
+    /// The output arguments of a call that has failed for good; without them it fails as a call.
+    using Refusal = std::optional<QVariantList>;
+
+    /// A call whose step waits for the store.
+    struct Waiting
+    {
+        QDBusMessage call;
+        Step step;
+        Refusal refusal;
+        Deadline deadline;
+    };
+
+    /// Runs the step of the present call, again and again for ten seconds if the store fails.
+    /// @return the output arguments; nothing when they are sent later
+    std::optional<QVariantList> carryOut(const Step &step, const Refusal &refusal = {});
+    void retryCalls();
+    void retry(const Waiting &waiting);
+    QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
+    void addBatch(const QString &batch, const BusQueueRows &messages);
+    QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
+    QVariantList queueChanges(const QString &caller, quint64 revision);
+    void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
+    void reportFailures(const QString &listener);
+    void reportWarnings(const QString &listener);
+    void reportWarning(const QString &listener, const UnacknowledgedWarnings::Warning &warning);
+    /// Tells the number of the report that was raised to this listener alone.
+    void numberReport(const QString &listener, qint64 report);
+    void onReportRaised(qint64 report);
+    void raiseDeviceInfo(const DeviceDetails &details);
+    /// Notices when the caller leaves the bus, also where it has left already.
+    void watch(const QString &caller);
+    void listenerLeft(const QString &listener);
+
+    QDBusConnection m_bus;
+    Store &m_store;
+    Dispatcher &m_dispatcher;
+    const Clock &m_clock;
+    QDBusServiceWatcher m_callers;
+    ReportAcknowledgements m_acknowledgements;
+    QueueChangePacer m_pacer;
+    QList<Waiting> m_waiting;
+    Timer m_retry; ///< runs while calls wait
+    QueueSnapshots m_snapshots;
+    std::optional<EngineState::LastError> m_lastError;
+};

@@ -1,0 +1,255 @@
+#pragma once
+
+#include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/dispatch/EngineSettings.h"
+#include "TovekSMService/dispatch/HeardOutcomes.h"
+#include "TovekSMService/dispatch/OutcomePruner.h"
+#include "TovekSMService/dispatch/PartEncoder.h"
+#include "TovekSMService/dispatch/RetryPolicy.h"
+#include "TovekSMService/dispatch/RunPace.h"
+#include "TovekSMService/dispatch/SendingRun.h"
+#include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
+#include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/time/Clock.h"
+#include "TovekSMService/time/Deadline.h"
+#include "TovekSMService/time/Stopwatch.h"
+#include "TovekSMService/time/Timer.h"
+
+#include <QHash>
+#include <QObject>
+#include <QSet>
+
+#include <functional>
+#include <optional>
+#include <variant>
+
+/// Decides what the device does next: sends what is due, in the order of delivery date and
+/// queueing, opens the device while the engine is started, and tests it on request.
+///
+/// One thing is on its way at a time. work() is the only place that begins something, and is run
+/// after every change. What a step's outcome must leave in the store is tried again until it is
+/// there, and no other message begins before.
+class Dispatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Warning = UnacknowledgedWarnings::Warning;
+    using TestAnswer = std::function<void(qint32)>;
+
+    /// @param store, modem, clock  must outlive this object
+    Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
+               const DispatcherTimings &timings = {}, const EngineSettings &settings = {},
+               PartEncoder::Encode encode = encodeSubmit, QObject *parent = nullptr);
+
+    /// The first step after the program's start: reports what the last run left in the middle, and
+    /// starts if the engine was started.
+    /// @throws StoreFailure
+    void resume();
+
+    qint32 status() const { return m_running ? 1 : 0; }
+    /// @throws StoreFailure; the status is as it was then
+    void start();
+    /// @throws StoreFailure; the status is as it was then
+    void stop();
+    /// Puts the stored device settings in force, as start() does where they are other ones: the
+    /// device is closed and opened anew.
+    /// @throws StoreFailure; nothing has changed then
+    void applySettings();
+    /// Asks the device when its turn comes, and gives 1 or the code of what stands in the way,
+    /// within the time limit. The reason of a failure is raised as a warning before that. A device
+    /// that answers stays open for a moment, as an engine that was stopped for the test is started
+    /// again.
+    void testDevice(TestAnswer answer);
+
+    /// The queue was changed from outside. What is to be done about it begins from the event loop.
+    void noticeQueueChange();
+    /// Tells that an edit or a deletion came after its message had begun to be sent.
+    void warnTooLate();
+    /// Raises a warning where someone listens, and keeps it until it is acknowledged.
+    void warn(qint32 code, const QString &text);
+    /// The words of the warning for a message that may have been delivered.
+    static QString doubtOf(const QString &phone);
+
+    /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
+    /// not raised.
+    void setHeard(bool heard) { m_heard = heard; }
+    const HeardOutcomes &heardOutcomes() const { return m_heardOutcomes; }
+    const UnacknowledgedWarnings &unacknowledgedWarnings() const { return m_warnings; }
+    /// The failure or the warning of that number has been handled: it is not told again.
+    void noteHandled(qint64 report);
+    /// What keeps the started engine from its work at present, as it was warned of.
+    QList<Warning> standingTroubles() const;
+
+    /// Whoever meets a failure of the store tells it here. One that lasts is told, and `storeLost`
+    /// asks for the store to be opened anew.
+    void noticeStoreFailure(const StoreFailure &failure);
+    /// Warns of a store that can't be used. The trouble stands until endStoreTrouble().
+    void warnOfStore(const QString &reason);
+    void endStoreTrouble() { m_toldStoreTrouble.clear(); }
+    /// What keeps the store from being written at present; empty for nothing.
+    QString storeTrouble() const { return m_storeTrouble; }
+    /// A new store stands in the place of the one so far: the engine is stopped, with no device
+    /// set.
+    void storeReplaced();
+    /// Whether the device has a part whose outcome isn't known yet.
+    bool isSending() const { return m_current.has_value(); }
+    const std::optional<DeviceDetails> &knownDevice() const { return m_knownDevice; }
+
+    /// Ends as soon as the part in progress, if any, is finished and on disk.
+    void finish();
+
+    /// Looks for what is to be done; harmless at any time.
+    void work();
+
+Q_SIGNALS:
+    void statusChanged(int status);
+    void deviceInfo(const DeviceDetails &details);
+    void queueChanged();
+    void sent(const QString &phone, const QString &text, int queueCount);
+    void sendingFailed(const QString &phone, const QString &text, int code);
+    void warning(int code, const QString &text);
+    /// Follows sendingFailed, with the warning that may belong to it, and every other warning: the
+    /// number that noteHandled() takes. That of a failure is its outcome's id.
+    void reportRaised(qint64 report);
+    void warningHandled(int code, const QString &text);
+    /// Comes with every warning, whether someone listens or not.
+    void warned(int code, const QString &text);
+    /// The store has failed for some time, or is damaged.
+    void storeLost(bool damaged);
+    /// Comes after finish(), when nothing is on its way any more.
+    void finished();
+
+private:
+    /// What must be on disk before anything else begins, and what is told when it is.
+    struct Step
+    {
+        std::function<void()> keep; ///< may be empty
+        std::function<void()> tell; ///< may be empty
+
+        Step then(const Step &next) const;
+    };
+    /// How the next part begins behind a step.
+    enum class Following {
+        SameCommit, ///< at once, if one is due: its note is on disk with the step, or neither is
+        Later,
+    };
+
+    // The device
+    void useDevice();
+    void leaveAll();
+    void openDevice();
+    QString knownImei() const;
+    void closeDevice();
+    void releaseMessages();
+    void onReady(const DeviceDetails &details);
+    void onFailed(const ModemFailure &failure);
+    void onCondition(const DeviceDetails &details);
+    void onTested(bool ok, int code, const DeviceDetails &details, const QString &reason);
+    void passTests(const DeviceDetails &details);
+    void failTests(qint32 code, const QString &reason);
+    void answerTests(qint32 result);
+    bool isJustTested(const DeviceDetails &details) const;
+    void rememberDevice(const DeviceDetails &details);
+    void weighFailure(const SendFailure &failure, qint64 id);
+    void tryDeviceLater(qint32 code, const QString &text);
+    void tellTrouble(qint32 code, const QString &text);
+    void noteReset();
+    void recallReset();
+    void noteDeviceFailure(bool answered);
+    bool breakerIsOpen() const;
+    Modem::OpenMode openMode() const;
+    void onSteady();
+    void endTrouble();
+    bool mayOpen() const;
+
+    // Sending
+    void sendFirst();
+    bool isDue(const StoredMessage &message) const;
+    static bool isDue(const StoredMessage &message, const QString &at);
+    void waitFor(const StoredMessage &message);
+    bool isTooLate(const StoredMessage &message, const QString &at) const;
+    bool isLimited() const;
+    bool limitsAllowPart() const;
+    std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
+    void begin(LeavingMessage &message);
+    QList<LeavingMessage> beginRun(LeavingMessage first);
+    QList<LeavingMessage> beginFollowing();
+    bool mayBegin() const;
+    void startRun(const QList<LeavingMessage> &messages);
+    void send(const LeavingMessage &message);
+    Modem::Followers followersOf(const LeavingMessage &message) const;
+    void onPartAccepted(int reference);
+    void onPartFailed(const SendFailure &failure);
+    bool isOfDevice(const SendFailure &failure, qint64 id) const;
+    void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
+    bool tryAgain(const StoredMessage &message);
+    void failMessage(const StoredMessage &message, qint32 code);
+    void tellFailure(const StoredMessage &message, qint64 outcome, qint32 code);
+    bool mayBeInterrupted() const;
+    void reportInterrupted();
+    Step stepOf(const SendingRun &run);
+    void settle(const Step &step);
+    void trySettling(Following following);
+    void probeStore();
+
+    Store &m_store;
+    Modem &m_modem;
+    const Clock &m_clock;
+    RetryPolicy m_retries;
+    const DispatcherTimings m_timings;
+    const EngineSettings m_settings;
+    PartEncoder m_encoder;
+
+    bool m_running = false;
+    bool m_heard = false;
+    bool m_finishing = false;
+    std::optional<DeviceSettings> m_inForce; ///< as of the last start or applySettings()
+    bool m_applySettings = false;
+    bool m_release = false; ///< messages in progress are to wait again, as the engine was stopped
+    bool m_working = false; ///< work() is on the stack
+
+    std::optional<LeavingMessage> m_current;
+    SendingRun m_run; ///< that m_current belongs to
+    RunPace m_runPace;
+    int m_runLength = 0;
+    Stopwatch m_runFor;
+    Timer m_runLate;                 ///< runs until the rest of a run is to wait again
+    qint64 m_unfinished = 0;         ///< the message of which the last part sent was not the last
+    std::optional<Step> m_unsettled; ///< an outcome that isn't on disk yet
+    /// Messages that the device refused, and whether it has taken another one since.
+    QHash<qint64, bool> m_refused;
+    Timer m_settleAgain;
+    Timer m_wake; ///< runs until the first message may be due
+
+    int m_deviceFailures = 0;   ///< in a row
+    int m_answeredFailures = 0; ///< of these, the ones behind an open line
+    bool m_breakerTold = false;
+    Warning m_deviceTrouble;      ///< as it was met last; of code 0 for none
+    QSet<qint32> m_toldCodes;     ///< told of the present trouble with the device
+    bool m_needsOperator = false; ///< the SIM waits for the operator
+    QString m_parameter;          ///< of the settings with which the device was opened
+    Deadline m_resetAgain;        ///< before it the device's functionality isn't reset once more
+    Timer m_openAgain;
+    Timer m_steady; ///< runs while the device is ready and its trouble not yet forgotten
+
+    Timer m_conditionAgain;
+    bool m_conditionDue = false;
+
+    QList<TestAnswer> m_tests;
+    Timer m_testLimit;
+    std::optional<DeviceDetails> m_testedDevice; ///< that passed the last test
+    Timer m_keepTested;
+
+    std::optional<DeviceDetails> m_knownDevice;
+    QString m_storeTrouble;
+    QString m_toldStoreTrouble; ///< that was warned of; empty for none
+    Stopwatch m_storeTroubleFor;
+    Stopwatch m_storeLostFor; ///< since it was asked for to be opened anew
+    Timer m_probeStore;
+
+    UnacknowledgedWarnings m_warnings;
+    HeardOutcomes m_heardOutcomes;
+    OutcomePruner m_pruner;
+};

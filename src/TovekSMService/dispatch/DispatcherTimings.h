@@ -1,0 +1,31 @@
+#pragma once
+
+#include "TovekSMService/dispatch/OutcomePruner.h"
+#include "TovekSMService/dispatch/RunPace.h"
+#include "contract/BusTypes.h"
+
+/// Time limits of the dispatcher, in milliseconds.
+struct DispatcherTimings
+{
+    /// Within this time TestDevice has its answer, whatever the device does.
+    int testAnswerMs = Bus::TestDeviceAnswer;
+    /// For how long a device that has passed a test stays open for the start behind the test, and
+    /// isn't reported anew.
+    int keepTestedMs = 5000;
+    /// Between two tries to bring something to disk.
+    int storeAgainMs = 500;
+    /// For how long the store may fail until that is told, and until it is opened anew, again and
+    /// again.
+    int storeTroubleMs = 10'000;
+    /// Between two looks at the queue: the wall clock may be set meanwhile.
+    int longestSleepMs = 1000;
+    /// For how long a device must be ready until its trouble is forgotten.
+    int steadyMs = 60'000;
+    /// Between two questions for the signal and the like, while the device is ready.
+    int conditionMs = 60'000;
+    /// After this time, what a run has not handed over waits again: the device has become slow.
+    int runLateMs = 20;
+    RunPace::Limits run;
+    /// At which old outcomes are forgotten.
+    OutcomePruner::Pace pruning;
+};

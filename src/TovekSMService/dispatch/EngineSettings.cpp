@@ -1,0 +1,123 @@
+#include "TovekSMService/dispatch/EngineSettings.h"
+
+#include "common/SettingsText.h"
+#include "common/platform/PlatformFiles.h"
+#include "contract/BusTypes.h"
+
+#include <QDebug>
+#include <QStandardPaths>
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+constexpr qint64 largestFile = 1024 * 1024;
+constexpr int second = 1000;
+constexpr int hour = 3600;
+constexpr int day = 24 * hour;
+
+/// The wait for an answer stays below every time limit of those who call the engine.
+constexpr int longestAnswer = Bus::TestDeviceTimeout / second - 5;
+
+/// The longest validity period that the network knows, in minutes: 63 weeks.
+constexpr int longestValidity = 63 * 7 * 24 * 60;
+
+using Settings = EngineSettings;
+
+constexpr EngineNumber numbers[] = {
+    {"Sending", "Attempts", &Settings::attempts, 1, 100, false},
+    {"Sending", "FirstDelay", &Settings::firstDelay, 1, day, false},
+    {"Sending", "LongestDelay", &Settings::longestDelay, 1, 7 * day, false},
+    {"Sending", "Jitter", &Settings::jitter, 0, 100, false},
+    {"Sending", "AnswerLimit", &Settings::answerLimit, 30, longestAnswer, false},
+    {"Sending", "ValidityPeriod", &Settings::validityPeriod, 5, longestValidity, true},
+    {"Device", "BreakerFailures", &Settings::breakerFailures, 1, 100, false},
+    {"Device", "ResetInterval", &Settings::resetInterval, hour, 30 * day, false},
+    {"Limits", "MostLate", &Settings::mostLate, 60, 365 * day, true},
+    {"Limits", "PartsPerMinute", &Settings::partsPerMinute, 1, 100'000, true},
+    {"Limits", "PartsPerDay", &Settings::partsPerDay, 1, 100'000'000, true},
+    {"Outcomes", "KeepDays", &Settings::keepDays, 1, 36'500, false},
+};
+
+void read(const SettingsText &text, const EngineNumber &number, EngineSettings &settings)
+{
+    const std::optional<QString> found =
+        text.value(QLatin1String(number.section), QLatin1String(number.key));
+    if (!found)
+        return;
+    bool isNumber = false;
+    const int value = found->trimmed().toInt(&isNumber);
+    const bool isInBounds = value >= number.least && value <= number.most;
+    if (isNumber && (isInBounds || (number.zeroIsOff && value == 0))) {
+        settings.*number.value = value;
+        return;
+    }
+    qWarning().noquote() << QStringLiteral("settings: %1/%2=%3 is no number from %4 to %5%6; %7 "
+                                           "is taken")
+                                .arg(QLatin1String(number.section), QLatin1String(number.key),
+                                     found->left(40))
+                                .arg(number.least)
+                                .arg(number.most)
+                                .arg(number.zeroIsOff ? QLatin1String(" or 0") : QLatin1String())
+                                .arg(settings.*number.value);
+}
+
+} // namespace
+
+std::span<const EngineNumber> engineNumbers()
+{
+    return numbers;
+}
+
+RetryTimes EngineSettings::retryTimes() const
+{
+    RetryTimes times;
+    times.mostAttempts = attempts;
+    times.shortestDelay = firstDelay;
+    times.longestDelay = longestDelay;
+    times.jitterPercent = jitter;
+    return times;
+}
+
+ModemTimings EngineSettings::modemTimings() const
+{
+    ModemTimings timings;
+    timings.sendMs = answerLimit * second;
+    return timings;
+}
+
+QString EngineSettings::file()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Norvane/TovekSMService.ini");
+}
+
+EngineSettings EngineSettings::load()
+{
+    QByteArray bytes;
+    const int error = platformFiles().read(file(), largestFile, bytes);
+    if (error == 0)
+        return parse(bytes);
+    if (error != ENOENT && error != ENOTDIR)
+        qWarning().noquote() << "settings:" << file() << "can't be read:" << std::strerror(error);
+    return {};
+}
+
+EngineSettings EngineSettings::parse(const QByteArray &bytes)
+{
+    EngineSettings settings;
+    const std::optional<SettingsText> text = SettingsText::parse(bytes);
+    if (!text) {
+        qWarning() << "settings: the file is no settings text; the defaults are taken";
+        return settings;
+    }
+    for (const EngineNumber &number : numbers)
+        read(*text, number, settings);
+    if (settings.longestDelay < settings.firstDelay) {
+        qWarning() << "settings: LongestDelay is below FirstDelay; the defaults are taken for both";
+        settings.firstDelay = EngineSettings{}.firstDelay;
+        settings.longestDelay = EngineSettings{}.longestDelay;
+    }
+    return settings;
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "TovekSMService/dispatch/RetryPolicy.h"
+#include "TovekSMService/modem/at/ModemTimings.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <span>
+
+/// The numbers that an administrator sets in the engine's settings file.
+struct EngineSettings
+{
+    // [Sending]
+    int attempts = 4;        ///< of a message, until a temporary failure becomes final
+    int firstDelay = 30;     ///< s, until the second attempt; it doubles with each one more
+    int longestDelay = 3600; ///< s
+    int jitter = 25;         ///< percent of a delay that are added to it at random, at most
+    int answerLimit = 180;   ///< s, from the payload to the device's answer
+    int validityPeriod = 0;  ///< min, asked of the network; 0 leaves it to the network
+
+    // [Device]
+    int breakerFailures = 3;  ///< in a row, until sending pauses
+    int resetInterval = 3600; ///< s, between two resets of the device's functionality at least
+
+    // [Limits]
+    int mostLate = 0;       ///< s after its delivery date a message is given up; 0 never
+    int partsPerMinute = 0; ///< that may leave; 0 without limit
+    int partsPerDay = 0;
+
+    // [Outcomes]
+    int keepDays = 90; ///< for which the outcome of a message is kept
+
+    bool operator==(const EngineSettings &) const = default;
+
+    RetryTimes retryTimes() const;
+    ModemTimings modemTimings() const;
+
+    /// `$XDG_CONFIG_HOME/Norvane/TovekSMService.ini`
+    static QString file();
+    /// The settings of that file. What is missing has its default, and so has what is no number or
+    /// out of its bounds, which is logged.
+    static EngineSettings load();
+    /// The settings in the text of such a file.
+    static EngineSettings parse(const QByteArray &bytes);
+};
+
+/// One number of the settings file, with its bounds. Its default is that of EngineSettings.
+struct EngineNumber
+{
+    const char *section;
+    const char *key;
+    int EngineSettings::*value;
+    int least;
+    int most;
+    bool zeroIsOff; ///< 0 is allowed beside the bounds
+};
+
+/// Every number of the settings file.
+std::span<const EngineNumber> engineNumbers();

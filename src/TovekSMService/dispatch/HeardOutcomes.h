@@ -1,0 +1,34 @@
+#pragma once
+
+#include "TovekSMService/time/Timer.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+
+class Store;
+
+/// Failures that a console has handled. That is noted in the store afterwards: an engine that ends
+/// in between tells them once more, where the other order could leave them untold for ever.
+class HeardOutcomes : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param store, time  must outlive this object
+    /// @param retryMs      between two tries to note it
+    HeardOutcomes(Store &store, int retryMs, TimeSource &time = TimeSource::system(),
+                  QObject *parent = nullptr);
+
+    void add(qint64 outcome);
+    /// Whether it was handled and that is not noted yet.
+    bool contains(qint64 outcome) const { return m_unnoted.contains(outcome); }
+
+private:
+    void note();
+
+    Store &m_store;
+    const int m_retryMs;
+    QSet<qint64> m_unnoted;
+    Timer m_timer;
+};

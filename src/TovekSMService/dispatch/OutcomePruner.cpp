@@ -1,0 +1,31 @@
+#include "TovekSMService/dispatch/OutcomePruner.h"
+
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/time/Clock.h"
+
+#include <QDebug>
+
+namespace {
+
+constexpr qint64 secondsOfDay = 24 * 60 * 60;
+
+} // namespace
+
+OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace)
+    : m_store(store), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
+      m_timer(clock.time())
+{
+    connect(&m_timer, &Timer::timeout, this, &OutcomePruner::step);
+    m_timer.start(m_pace.stepMs);
+}
+
+void OutcomePruner::step()
+{
+    int forgotten = 0;
+    try {
+        forgotten = m_store.pruneOutcomes(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
+    } catch (const StoreFailure &failure) {
+        qWarning().noquote() << "old outcomes stay for now:" << failure.text();
+    }
+    m_timer.start(forgotten < m_pace.outcomes ? m_pace.restMs : m_pace.stepMs);
+}

@@ -1,0 +1,18 @@
+#include "TovekSMService/dispatch/SendingRun.h"
+
+#include "contract/ErrorCodes.h"
+
+#include <algorithm>
+
+const SubmitPart &LeavingMessage::part() const
+{
+    return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
+}
+
+void SendingRun::keep(Store &store) const
+{
+    for (const Taken &taken : m_taken)
+        store.finish(taken.message.id, ErrorCode::Ok, taken.reference, taken.at, true);
+    for (const LeavingMessage &left : m_ahead)
+        store.cancelPart(left.message.id);
+}

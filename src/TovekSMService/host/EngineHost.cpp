@@ -1,0 +1,258 @@
+#include "TovekSMService/host/EngineHost.h"
+
+#include "TovekSMService/admin/ExitCodes.h"
+#include "TovekSMService/bus/EngineService.h"
+#include "TovekSMService/dispatch/Dispatcher.h"
+#include "TovekSMService/host/StoredPinGate.h"
+#include "TovekSMService/modem/at/SerialLine.h"
+#include "TovekSMService/platform/FileLock.h"
+#include "TovekSMService/store/DamagedStore.h"
+#include "TovekSMService/store/EngineFolder.h"
+#include "TovekSMService/store/Store.h"
+#include "contract/BusTypes.h"
+#include "contract/ErrorCodes.h"
+#include "smsmanagerbusadaptor.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDebug>
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QThread>
+
+#include <utility>
+
+namespace {
+
+bool otherEngineIsOnBus()
+{
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    return bus.isConnected() &&
+           bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+}
+
+} // namespace
+
+EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
+                       const EngineLimits &limits, QObject *parent)
+    : QObject(parent), m_limits(limits), m_clock(clock), m_line(std::move(line)),
+      m_openAgain(clock.time()), m_reopenAgain(clock.time()), m_endLimit(clock.time())
+{
+    connect(&m_endLimit, &Timer::timeout, qApp, [] {
+        qWarning() << "the part in progress did not end within its time and is left";
+        QCoreApplication::quit();
+    });
+    connect(&m_openAgain, &Timer::timeout, this, [this] {
+        if (openStore())
+            resume();
+        else
+            QCoreApplication::exit(ExitCode::StoreTooNew);
+    });
+    connect(&m_reopenAgain, &Timer::timeout, this,
+            [this] { reopenStore(std::exchange(m_reopenAsDamaged, false)); });
+}
+
+EngineHost::~EngineHost() = default;
+
+EngineHost::Start EngineHost::start()
+{
+    Bus::registerTypes();
+    m_folder = EngineFolder::make();
+    if (m_folder.isEmpty()) {
+        qCritical() << "the folder of the engine's data can't be made";
+        return Start::Failed;
+    }
+    if (const Start locked = lockStore(m_folder); locked != Start::Running)
+        return locked;
+    makeParts(EngineFolder::storeFile(m_folder));
+    if (!openStore())
+        return Start::StoreTooNew;
+    if (!enterBus())
+        return Start::Failed;
+    resume();
+    return Start::Running;
+}
+
+EngineHost::Start EngineHost::lockStore(const QString &folder)
+{
+    m_lock = std::make_unique<FileLock>(EngineFolder::lockFile(folder));
+    if (!m_lock->isUsable()) {
+        qCritical().noquote() << "the lock in" << folder << "can't be made";
+        return Start::Failed;
+    }
+    QElapsedTimer waited;
+    waited.start();
+    // An engine that has the lock and no name on this bus is on its way out, or on its way up. The
+    // one of a session that has ended may be sending still.
+    while (!m_lock->tryLock()) {
+        if (otherEngineIsOnBus() || waited.hasExpired(m_limits.lockMs))
+            return Start::AlreadyThere;
+        QThread::msleep(static_cast<unsigned long>(m_limits.lockIntervalMs));
+    }
+    return Start::Running;
+}
+
+void EngineHost::makeParts(const QString &storeFile)
+{
+    m_store = std::make_unique<Store>(storeFile, Store::Opening::Later);
+    m_pinGate = std::make_unique<StoredPinGate>(
+        *m_store, [this] { return m_clock.wallClockText(); }, m_clock.time());
+    const EngineSettings settings = EngineSettings::load();
+    m_modem = std::make_unique<Modem>(
+        std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
+        [] { return SerialDevices::serialPorts(); }, m_clock.time());
+    const RetryPolicy retries([] { return QRandomGenerator::global()->generateDouble(); },
+                              settings.retryTimes());
+    m_dispatcher = std::make_unique<Dispatcher>(*m_store, *m_modem, m_clock, retries,
+                                                DispatcherTimings{}, settings);
+    m_service = std::make_unique<EngineService>(QDBusConnection::sessionBus(), *m_store,
+                                                *m_dispatcher, m_clock);
+    connect(m_dispatcher.get(), &Dispatcher::finished, this, &EngineHost::leaveBus,
+            Qt::QueuedConnection);
+    connect(m_dispatcher.get(), &Dispatcher::warningHandled, this,
+            [this](int, const QString &text) {
+                if (text == m_toldDamage)
+                    DamagedStore::markHeard(m_folder);
+            });
+    connect(m_dispatcher.get(), &Dispatcher::storeLost, this, &EngineHost::reopenStore,
+            Qt::QueuedConnection);
+    new SMSManagerBusAdaptor(m_service.get());
+}
+
+bool EngineHost::enterBus()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        qCritical().noquote() << "no session bus:" << bus.lastError().message();
+        return false;
+    }
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                SLOT(busLost()));
+    // The object stands before the name is there, so that the first call finds it.
+    if (!bus.registerObject(QLatin1String(Bus::ObjectPath), m_service.get()) ||
+        !bus.registerService(QLatin1String(Bus::ServiceName))) {
+        qCritical().noquote() << "the name on the bus can't be had:" << bus.lastError().message();
+        return false;
+    }
+    return true;
+}
+
+bool EngineHost::openStore()
+{
+    try {
+        DamagedStore::finishMove(m_store->file());
+        m_store->open();
+        storeIsBack();
+    } catch (const StoreFailure &failure) {
+        if (failure.kind() == StoreFailure::Kind::TooNew) {
+            qCritical().noquote() << "the store is left as it is:" << failure.text();
+            return false;
+        }
+        if (failure.kind() != StoreFailure::Kind::Corrupt || !beginAnew(failure.text()))
+            waitForStore(failure);
+    }
+    return true;
+}
+
+/// @param damaged  a page of it could not be understood; opening it finds most damage, and what it
+///                 doesn't find shows by being met again
+void EngineHost::reopenStore(bool damaged)
+{
+    if (m_dispatcher->isSending()) {
+        m_reopenAsDamaged |= damaged;
+        m_reopenAgain.start(m_limits.partIntervalMs);
+        return;
+    }
+    qWarning() << "the store is opened anew";
+    if (damaged && std::exchange(m_damageMet, true)) {
+        m_store->close();
+        if (!beginAnew(QStringLiteral("damage was met again and again")))
+            m_openAgain.start(m_limits.openAgainMs);
+    } else if (!openStore()) {
+        QCoreApplication::exit(ExitCode::StoreTooNew);
+    }
+}
+
+bool EngineHost::beginAnew(const QString &reason)
+{
+    qCritical().noquote() << "the store is damaged and is set aside:" << reason;
+    if (!DamagedStore::setAside(m_store->file(), m_clock.wallClock(), reason))
+        return false;
+    m_damageMet = false;
+    tellOfDamage();
+    try {
+        m_store->open();
+        // Beyond every id that a console may still know of the old one.
+        m_store->beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
+        if (m_resumed)
+            m_dispatcher->storeReplaced();
+        storeIsBack();
+        return true;
+    } catch (const StoreFailure &failure) {
+        qCritical().noquote() << "no new store can be begun:" << failure.text();
+        return false;
+    }
+}
+
+void EngineHost::waitForStore(const StoreFailure &failure)
+{
+    m_openAgain.start(m_limits.openAgainMs);
+    if (!std::exchange(m_storeMissed, true))
+        m_dispatcher->warnOfStore(failure.text());
+}
+
+void EngineHost::storeIsBack()
+{
+    tellOfDamage();
+    if (!std::exchange(m_storeMissed, false))
+        return;
+    qInfo() << "the store can be used again";
+    m_dispatcher->endStoreTrouble();
+    resume();
+    m_dispatcher->noticeQueueChange();
+}
+
+void EngineHost::tellOfDamage()
+{
+    const std::optional<QString> damage = DamagedStore::unheard(m_folder);
+    if (!damage || *damage == m_toldDamage)
+        return;
+    m_toldDamage = *damage;
+    m_dispatcher->warn(ErrorCode::MapFile, *damage);
+}
+
+void EngineHost::resume()
+{
+    if (m_resumed || m_store->access() == Store::Access::None)
+        return;
+    try {
+        m_dispatcher->resume();
+        m_resumed = true;
+    } catch (const StoreFailure &failure) {
+        waitForStore(failure);
+    }
+}
+
+void EngineHost::busLost()
+{
+    qWarning() << "the session bus is gone";
+    end();
+}
+
+/// Calls that came before the name was given back are answered. Those behind it start the next
+/// engine.
+void EngineHost::leaveBus()
+{
+    QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::ServiceName));
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+void EngineHost::end()
+{
+    if (m_endLimit.isActive())
+        return;
+    m_endLimit.start(m_limits.endMs);
+    m_dispatcher->finish();
+}

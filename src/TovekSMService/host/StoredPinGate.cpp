@@ -1,0 +1,138 @@
+#include "TovekSMService/host/StoredPinGate.h"
+
+#include "TovekSMService/host/PinRule.h"
+#include "TovekSMService/store/Store.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int retryMs = 1000;
+
+/// Stands for the SIMs of a device that have told their number.
+QString numberedSimsOf(const QString &imei)
+{
+    return QStringLiteral("numbered in ") + imei;
+}
+
+/// Whether the two may be one SIM: known by the same name, or in the same device, and only one of
+/// them by its own number.
+bool mayBeOne(const SimIdentity &sim, const SimIdentity &other)
+{
+    return sim.name() == other.name() || (sim.iccid.isEmpty() != other.iccid.isEmpty() &&
+                                          !sim.imei.isEmpty() && sim.imei == other.imei);
+}
+
+} // namespace
+
+StoredPinGate::StoredPinGate(Store &store, std::function<QString()> now, TimeSource &time)
+    : m_store(store), m_now(std::move(now)), m_again(time)
+{
+    QObject::connect(&m_again, &Timer::timeout, &m_again, [this] { recordAccepted(); });
+}
+
+PinGate::Decision StoredPinGate::mayTry(const SimIdentity &sim, const QString &pin,
+                                        std::optional<int> triesLeft)
+{
+    const auto concerns = [&](const Attempt &refusal) {
+        return mayBeOne(refusal.sim, sim) && refusal.pin == pin;
+    };
+    if (std::ranges::any_of(m_refusedUnrecorded, concerns)) {
+        recordRefused();
+        return Decision::AlreadyTried;
+    }
+    recordAccepted();
+    try {
+        const PinHistory known = history(sim, pin);
+        const Decision decision = decidePinAttempt(known, triesLeft);
+        if (decision == Decision::Try && known != PinHistory::Accepted)
+            record({sim, pin}, PinHistory::Tried);
+        return decision;
+    } catch (const StoreFailure &failure) {
+        qWarning() << "a PIN attempt could not be recorded:" << failure.text();
+        return Decision::NotRecorded;
+    }
+}
+
+void StoredPinGate::accepted(const SimIdentity &sim, const QString &pin)
+{
+    m_acceptedUnrecorded.append({sim, pin});
+    recordAccepted();
+}
+
+void StoredPinGate::refused(const SimIdentity &sim, const QString &pin)
+{
+    m_acceptedUnrecorded.removeIf([&](const Attempt &attempt) { return attempt.isOf(sim, pin); });
+    m_refusedUnrecorded.append({sim, pin});
+    recordRefused();
+}
+
+/// Until it is on record the attempt stands there as one whose end isn't known, and the right PIN
+/// would not be used again.
+void StoredPinGate::recordAccepted()
+{
+    try {
+        while (!m_acceptedUnrecorded.isEmpty()) {
+            const Attempt &attempt = m_acceptedUnrecorded.constFirst();
+            if (m_store.pinHistory(attempt.sim.name(), attempt.pin) != PinHistory::Accepted)
+                record(attempt, PinHistory::Accepted);
+            m_acceptedUnrecorded.removeFirst();
+        }
+    } catch (const StoreFailure &failure) {
+        qWarning() << "an accepted PIN waits for the store:" << failure.text();
+        m_again.start(retryMs);
+    }
+}
+
+void StoredPinGate::recordRefused()
+{
+    try {
+        while (!m_refusedUnrecorded.isEmpty()) {
+            record(m_refusedUnrecorded.constFirst(), PinHistory::Refused);
+            m_refusedUnrecorded.removeFirst();
+        }
+    } catch (const StoreFailure &failure) {
+        qWarning() << "a refused PIN could not be recorded:" << failure.text();
+    }
+}
+
+PinHistory StoredPinGate::history(const SimIdentity &sim, const QString &pin) const
+{
+    const bool taken = std::ranges::any_of(
+        m_acceptedUnrecorded, [&](const Attempt &attempt) { return attempt.isOf(sim, pin); });
+    const PinHistory own = taken ? PinHistory::Accepted : m_store.pinHistory(sim.name(), pin);
+    if (own == PinHistory::Tried || own == PinHistory::Refused || sim.imei.isEmpty())
+        return own;
+    const PinHistory other =
+        m_store.pinHistory(sim.iccid.isEmpty() ? numberedSimsOf(sim.imei) : sim.imei, pin);
+    // Refused under the other name, an accepted one is so since: the PIN was changed.
+    if (other == PinHistory::Refused || own == PinHistory::Accepted)
+        return other == PinHistory::Refused ? other : own;
+    // That one SIM of the device has taken the PIN says nothing about this one.
+    return other == PinHistory::Accepted ? PinHistory::NeverTried : other;
+}
+
+/// The SIM's own record comes last: with that in place, the other one is.
+void StoredPinGate::record(const Attempt &attempt, PinHistory history)
+{
+    const auto &[sim, pin] = attempt;
+    if (!sim.iccid.isEmpty() && !sim.imei.isEmpty())
+        recordNumbered(attempt, history);
+    m_store.setPinHistory(sim.name(), pin, history, m_now());
+}
+
+/// All SIMs of the device share this one, so a refusal stays, and an attempt of another SIM whose
+/// end isn't known becomes one: what this SIM says of the PIN says nothing about that.
+void StoredPinGate::recordNumbered(const Attempt &attempt, PinHistory history)
+{
+    const QString name = numberedSimsOf(attempt.sim.imei);
+    const PinHistory known = m_store.pinHistory(name, attempt.pin);
+    if (known == PinHistory::Refused)
+        return;
+    const bool ofAnother =
+        known == PinHistory::Tried &&
+        m_store.pinHistory(attempt.sim.name(), attempt.pin) == PinHistory::NeverTried;
+    m_store.setPinHistory(name, attempt.pin, ofAnother ? PinHistory::Refused : history, m_now());
+}

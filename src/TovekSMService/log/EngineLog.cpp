@@ -1,0 +1,90 @@
+#include "TovekSMService/log/EngineLog.h"
+
+#include "TovekSMService/log/OneLine.h"
+#include "TovekSMService/platform/JournalStream.h"
+
+#include <QDateTime>
+
+#include <cstdio>
+
+namespace {
+
+struct TypeWords
+{
+    EngineLog::Level level;
+    int priority; ///< of the system's log
+    const char *word;
+};
+
+TypeWords wordsOf(QtMsgType type)
+{
+    switch (type) {
+    case QtDebugMsg:
+        return {EngineLog::Level::Debug, 7, "debug"};
+    case QtInfoMsg:
+        return {EngineLog::Level::Info, 6, "info"};
+    case QtWarningMsg:
+        return {EngineLog::Level::Warning, 4, "warning"};
+    case QtCriticalMsg:
+        return {EngineLog::Level::Error, 3, "error"};
+    case QtFatalMsg:
+        break;
+    }
+    return {EngineLog::Level::Error, 2, "fatal"};
+}
+
+EngineLog::Level g_level = EngineLog::Level::Info;
+bool g_toJournal = false;
+
+void tell(QtMsgType type, const QMessageLogContext &, const QString &message)
+{
+    if (!EngineLog::isTold(type, g_level))
+        return;
+    const QString line = g_toJournal
+                             ? EngineLog::journalLine(type, message)
+                             : EngineLog::plainLine(type, message,
+                                                    QDateTime::currentDateTime().toString(
+                                                        QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
+    const QByteArray bytes = line.toUtf8() + '\n';
+    // One write a line, so that lines of several threads don't mix. There is nobody to tell when
+    // standard error can't be written.
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
+    std::fflush(stderr);
+}
+
+} // namespace
+
+std::optional<EngineLog::Level> EngineLog::levelNamed(const QString &name)
+{
+    if (name == QLatin1String("error"))
+        return Level::Error;
+    if (name == QLatin1String("warning"))
+        return Level::Warning;
+    if (name == QLatin1String("info"))
+        return Level::Info;
+    if (name == QLatin1String("debug"))
+        return Level::Debug;
+    return std::nullopt;
+}
+
+bool EngineLog::isTold(QtMsgType type, Level level)
+{
+    return wordsOf(type).level <= level;
+}
+
+QString EngineLog::journalLine(QtMsgType type, const QString &message)
+{
+    return QStringLiteral("<%1>").arg(wordsOf(type).priority) + onOneLine(message);
+}
+
+QString EngineLog::plainLine(QtMsgType type, const QString &message, const QString &time)
+{
+    return time + u' ' + QLatin1String(wordsOf(type).word) + u' ' + onOneLine(message);
+}
+
+void EngineLog::install(Level level)
+{
+    g_level = level;
+    g_toJournal = standardErrorIsJournal();
+    qInstallMessageHandler(tell);
+}

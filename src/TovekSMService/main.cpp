@@ -1,0 +1,46 @@
+#include "TovekSMService/admin/CommandLine.h"
+#include "TovekSMService/admin/ExitCodes.h"
+#include "TovekSMService/admin/Queries.h"
+#include "TovekSMService/host/EngineHost.h"
+#include "TovekSMService/modem/at/QtSerialPortLine.h"
+#include "TovekSMService/platform/EndSignals.h"
+#include "TovekSMService/platform/FileRights.h"
+#include "TovekSMService/time/Clock.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+
+#include <memory>
+
+int main(int argc, char **argv)
+{
+    keepFilesToOwner();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("TovekSMService"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
+    const CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
+    EngineLog::install(commandLine.logLevel);
+    if (commandLine.isQuery())
+        return carryOut(commandLine);
+
+    const SystemClock clock;
+    EngineHost host(clock, std::make_unique<QtSerialPortLine>());
+    // A wish to end that comes while the engine is coming up is followed once it is.
+    const EndSignals signals;
+    QObject::connect(&signals, &EndSignals::endWanted, &host, &EngineHost::end);
+    switch (host.start()) {
+    case EngineHost::Start::Running:
+        break;
+    case EngineHost::Start::AlreadyThere:
+        qInfo() << "another engine of this user is up";
+        return ExitCode::Done;
+    case EngineHost::Start::StoreTooNew:
+        return ExitCode::StoreTooNew;
+    case EngineHost::Start::Failed:
+        return ExitCode::Failed;
+    }
+    qInfo().noquote() << "up, version" << QCoreApplication::applicationVersion();
+    const int result = QCoreApplication::exec();
+    qInfo() << "ends";
+    return result;
+}

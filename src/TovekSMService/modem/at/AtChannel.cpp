@@ -1,0 +1,294 @@
+#include "TovekSMService/modem/at/AtChannel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+constexpr char s_return = '\r';
+constexpr char s_endOfPayload = 0x1A;
+/// ESC leaves a prompt without sending (3GPP TS 27.005, 3.5.1). The carriage return takes it off
+/// the command line of a device that wasn't at a prompt.
+constexpr char s_leavePrompt[] = "\x1B\r";
+/// How many late prompts a try of synchronising gives up: a device that asks on and on is not
+/// answered on and on.
+constexpr int s_mostLatePrompts = 3;
+constexpr char s_attention[] = "AT";
+constexpr char s_echoOff[] = "ATE0";
+} // namespace
+
+AtChannel::AtChannel(SerialLine *line, const ModemTimings &timings, TimeSource &time,
+                     QObject *parent)
+    : QObject(parent), m_line(line), m_timings(timings), m_limit(time),
+      m_quiet(time, Qt::PreciseTimer)
+{
+    connect(&m_limit, &Timer::timeout, this, &AtChannel::onLimit);
+    connect(&m_quiet, &Timer::timeout, this, &AtChannel::onQuiet);
+    connect(m_line, &SerialLine::received, this, &AtChannel::onReceived);
+    connect(m_line, &SerialLine::broken, this, &AtChannel::onBroken);
+}
+
+void AtChannel::run(const AtCommand &command, Answered answered)
+{
+    Q_ASSERT(isIdle());
+    m_answered = std::move(answered);
+    begin(command, Step::AwaitingFinal);
+}
+
+void AtChannel::submit(const AtCommand &command, const QByteArray &payload, int answerMs,
+                       Answered answered)
+{
+    Q_ASSERT(isIdle());
+    m_answered = std::move(answered);
+    m_payload = payload;
+    m_payloadAnswerMs = answerMs;
+    begin(command, Step::AwaitingPrompt);
+}
+
+void AtChannel::begin(const AtCommand &command, Step step)
+{
+    ++m_owed;
+    m_answer = {};
+    enter(step);
+    m_reader.begin(command.text, command.prefixes);
+    m_reader.expectPrompt(step == Step::AwaitingPrompt);
+    m_limit.start(command.limitMs);
+    write(command.text + s_return);
+}
+
+void AtChannel::enter(Step step)
+{
+    m_step = step;
+    ++m_stepNumber;
+}
+
+void AtChannel::write(const QByteArray &bytes)
+{
+    if (m_line->write(bytes))
+        return;
+    // Told later, so that no answer comes from within the call that starts a command.
+    QMetaObject::invokeMethod(
+        this,
+        [this, failedStep = m_stepNumber] {
+            if (isIdle() || failedStep != m_stepNumber)
+                return;
+            m_line->close();
+            onBroken(LineError::WriteFailed);
+        },
+        Qt::QueuedConnection);
+}
+
+void AtChannel::onReceived(const QByteArray &bytes)
+{
+    m_reader.append(bytes);
+    while (const std::optional<AtToken> token = m_reader.next())
+        take(*token);
+    if (m_quiet.isActive())
+        m_quiet.start();
+}
+
+void AtChannel::take(const AtToken &token)
+{
+    if (isSynchronising() && token.kind != AtToken::Kind::Echo)
+        m_heard = true;
+
+    switch (token.kind) {
+    case AtToken::Kind::Echo:
+        return;
+    case AtToken::Kind::Unsolicited:
+        Q_EMIT unsolicited(token.line);
+        return;
+    case AtToken::Kind::Information:
+        if (m_answer.lines.size() < s_mostLines)
+            m_answer.lines.append(token.line);
+        return;
+    case AtToken::Kind::Prompt:
+        if (isSynchronising())
+            giveUpPrompt();
+        else if (m_step == Step::AwaitingPrompt)
+            sendPayload();
+        return;
+    case AtToken::Kind::Final:
+        takeFinal(token.result);
+        return;
+    }
+}
+
+void AtChannel::takeFinal(const AtResult &result)
+{
+    m_owed = std::max(m_owed - 1, 0);
+    switch (m_step) {
+    case Step::AwaitingFinal:
+    case Step::AwaitingPrompt:
+        m_answer.result = result;
+        finish(AtAnswer::End::Final);
+        return;
+    case Step::Probing:
+        onProbed(result);
+        return;
+    case Step::Idle:
+    case Step::Draining:
+    case Step::Settling:
+        return;
+    }
+}
+
+void AtChannel::sendPayload()
+{
+    m_reader.expectPrompt(false);
+    m_reader.payloadSent(m_payload);
+    enter(Step::AwaitingFinal);
+    m_limit.start(m_payloadAnswerMs);
+    // From here on the network may get the message, whatever happens to the line.
+    m_answer.payloadLeft = true;
+    write(std::exchange(m_payload, QByteArray()) + s_endOfPayload);
+}
+
+void AtChannel::finish(AtAnswer::End end)
+{
+    m_limit.stop();
+    m_reader.end();
+    enter(Step::Idle);
+    m_payload.clear();
+    m_answer.end = end;
+    const Answered answered = std::exchange(m_answered, nullptr);
+    const AtAnswer answer = std::exchange(m_answer, AtAnswer());
+    if (answered)
+        answered(answer);
+}
+
+void AtChannel::onLimit()
+{
+    switch (m_step) {
+    case Step::AwaitingFinal:
+    case Step::AwaitingPrompt:
+        finish(AtAnswer::End::TimedOut);
+        return;
+    case Step::Draining:
+        probe(s_attention);
+        return;
+    case Step::Probing:
+        startTry();
+        return;
+    case Step::Settling:
+        endSync(SyncOutcome::Answered);
+        return;
+    case Step::Idle:
+        return;
+    }
+}
+
+void AtChannel::onBroken(LineError reason)
+{
+    endCommand(reason);
+    Q_EMIT broken(reason);
+}
+
+void AtChannel::endCommand(LineError reason)
+{
+    m_owed = 0;
+    if (isSynchronising()) {
+        endSync(SyncOutcome::LineBroken);
+    } else if (!isIdle()) {
+        m_answer.lineError = reason;
+        finish(AtAnswer::End::LineBroken);
+    }
+}
+
+void AtChannel::abandon(LineError reason)
+{
+    m_reader.clear();
+    endCommand(reason);
+}
+
+void AtChannel::synchronise(int tries, Synchronised synchronised)
+{
+    Q_ASSERT(isIdle());
+    m_synchronised = std::move(synchronised);
+    m_triesLeft = tries;
+    m_heard = false;
+    m_refused = false;
+    m_reader.clear();
+    startTry();
+}
+
+bool AtChannel::isSynchronising() const
+{
+    return m_step == Step::Draining || m_step == Step::Probing || m_step == Step::Settling;
+}
+
+/// Leaves a prompt and waits for stillness.
+void AtChannel::startTry()
+{
+    if (m_triesLeft-- <= 0) {
+        const bool heard = m_heard || m_reader.noise() > 0 || !m_reader.unfinishedLine().isEmpty();
+        if (m_refused)
+            endSync(SyncOutcome::Refused);
+        else
+            endSync(heard ? SyncOutcome::Garbage : SyncOutcome::Silent);
+        return;
+    }
+    enter(Step::Draining);
+    m_promptsLeft = s_mostLatePrompts;
+    m_echoProbed = false;
+    m_reader.begin(s_attention);
+    m_reader.expectPrompt(true);
+    m_limit.start(m_timings.drainMs);
+    m_quiet.start(m_timings.quietMs);
+    write(QByteArrayLiteral(s_leavePrompt));
+}
+
+void AtChannel::giveUpPrompt()
+{
+    // The prompt came late: the ESC was too early for it.
+    if (m_promptsLeft-- > 0)
+        write(QByteArrayLiteral(s_leavePrompt));
+}
+
+void AtChannel::probe(const QByteArray &command)
+{
+    m_quiet.stop();
+    enter(Step::Probing);
+    ++m_owed;
+    m_reader.begin(command);
+    m_limit.start(m_timings.probeMs);
+    write(command + s_return);
+}
+
+void AtChannel::onProbed(const AtResult &result)
+{
+    m_refused = result.kind != AtResult::Kind::Ok;
+    if (!m_refused)
+        settle();
+    else if (!std::exchange(m_echoProbed, true))
+        probe(s_echoOff);
+}
+
+void AtChannel::settle()
+{
+    enter(Step::Settling);
+    m_limit.start(m_timings.drainMs);
+    m_quiet.start(m_timings.quietMs);
+}
+
+void AtChannel::onQuiet()
+{
+    if (m_step == Step::Draining)
+        probe(s_attention);
+    else if (m_step == Step::Settling && m_owed > 0)
+        m_quiet.start(); // a slow device may still answer what it was asked before
+    else if (m_step == Step::Settling)
+        endSync(SyncOutcome::Answered);
+}
+
+void AtChannel::endSync(SyncOutcome outcome)
+{
+    m_limit.stop();
+    m_quiet.stop();
+    m_owed = 0;
+    m_reader.clear();
+    enter(Step::Idle);
+    m_answer = {};
+    const Synchronised synchronised = std::exchange(m_synchronised, nullptr);
+    if (synchronised)
+        synchronised(outcome);
+}

@@ -1,0 +1,84 @@
+#include "TovekSMService/modem/at/AtDialogue.h"
+
+#include "contract/ErrorCodes.h"
+
+#include <utility>
+
+AtDialogue::AtDialogue(AtChannel &channel, const ModemTimings &timings,
+                       std::function<void(const ModemFailure &)> lost)
+    : m_channel(channel), m_timings(timings), m_lost(std::move(lost))
+{}
+
+void AtDialogue::ask(const AtCommand &command, Asked asked)
+{
+    m_channel.run(command, [this, asked = std::move(asked)](const AtAnswer &answer) {
+        if (answer.end == AtAnswer::End::LineBroken)
+            return;
+        if (answer.end == AtAnswer::End::Final) {
+            asked(answer);
+            return;
+        }
+        m_channel.synchronise(m_timings.probeTries, [this, asked, answer](SyncOutcome outcome) {
+            if (outcome == SyncOutcome::Answered)
+                asked(answer);
+            else if (outcome != SyncOutcome::LineBroken)
+                m_lost(failureOf(outcome));
+        });
+    });
+}
+
+void AtDialogue::askAll(QList<Question> questions, Finished finished)
+{
+    m_questions = std::move(questions);
+    m_finished = std::move(finished);
+    m_unanswered = 0;
+    askNext();
+}
+
+void AtDialogue::askNext()
+{
+    while (!m_questions.isEmpty()) {
+        const Question &question = m_questions.constFirst();
+        const bool skipped = question.optional && m_unanswered > m_timings.unansweredDetails;
+        if (!skipped && (!question.wanted || question.wanted())) {
+            ask(question.command, [this](const AtAnswer &answer) { takeAnswer(answer); });
+            return;
+        }
+        m_questions.removeFirst();
+    }
+    std::exchange(m_finished, nullptr)(std::nullopt);
+}
+
+void AtDialogue::takeAnswer(const AtAnswer &answer)
+{
+    if (answer.end == AtAnswer::End::TimedOut)
+        ++m_unanswered;
+    const Question question = m_questions.takeFirst();
+    const std::optional<ModemFailure> failure =
+        question.take ? question.take(answer) : std::nullopt;
+    if (!failure) {
+        askNext();
+        return;
+    }
+    m_questions.clear();
+    std::exchange(m_finished, nullptr)(failure);
+}
+
+ModemFailure failureOf(SyncOutcome outcome)
+{
+    switch (outcome) {
+    case SyncOutcome::Silent:
+        return {ErrorCode::NoRespond, QStringLiteral("the device doesn't answer"), false};
+    case SyncOutcome::Garbage:
+        return {ErrorCode::UnexpectedAnswer,
+                QStringLiteral("the device sends something else than answers"), false};
+    case SyncOutcome::Refused:
+        return {ErrorCode::PhoneInit,
+                QStringLiteral("the device answers AT and ATE0 with an error"), false};
+    case SyncOutcome::LineBroken:
+        return {ErrorCode::PortClosed, QStringLiteral("the line broke"), false};
+    case SyncOutcome::Answered:
+        break;
+    }
+    Q_UNREACHABLE();
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "TovekSMService/modem/at/FailureTable.h"
+
+#include <QMetaType>
+#include <QString>
+
+/// What is known of a device and its SIM. What the device doesn't tell stays empty, or -1.
+struct DeviceDetails
+{
+    QString manufacturer;
+    QString model;
+    QString imei;
+    /// Operator and registration, "Norvane Mobile (home)".
+    QString networkInfo;
+    QString firmware;
+    /// The device's clock as it tells it.
+    QString time;
+    QString smsc;
+    QString hardware;
+    /// The SIM's ICCID, else the device's IMEI.
+    QString simId;
+    /// Percent.
+    int battery = -1;
+    /// Percent of the scale of +CSQ (0 to 31).
+    int signal = -1;
+
+    bool operator==(const DeviceDetails &) const = default;
+};
+
+/// Why the device can't be used.
+struct ModemFailure
+{
+    /// The engine's code.
+    int code = -1;
+    /// For logs and as further information: technical, English, without the PIN.
+    QString text;
+    /// Only the operator can help, as with a SIM that asks for a PIN or PUK that isn't known:
+    /// trying again is no use before the settings change.
+    bool needsOperator = false;
+};
+
+/// Why a part wasn't sent, or may not have been.
+struct SendFailure
+{
+    SendProblem problem = SendProblem::NotSent;
+    /// The number behind +CMS ERROR or +CME ERROR, -1 without one.
+    int number = -1;
+    QString text;
+    FailureRule rule;
+    /// The payload had left: the network may have the part although no answer says so.
+    bool mayBeDelivered = false;
+};
+
+Q_DECLARE_METATYPE(DeviceDetails)
+Q_DECLARE_METATYPE(ModemFailure)
+Q_DECLARE_METATYPE(SendFailure)

@@ -1,0 +1,193 @@
+#include "TovekSMService/modem/at/QtSerialPortLine.h"
+
+#include "TovekSMService/platform/SerialDevices.h"
+
+#include <QFileInfo>
+
+namespace {
+
+/// For how long a driver may keep the engine waiting.
+constexpr int s_claimMs = 2000;
+
+LineError lineErrorOf(QSerialPort::SerialPortError error)
+{
+    switch (error) {
+    case QSerialPort::NoError:
+        return LineError::None;
+    case QSerialPort::DeviceNotFoundError:
+        return LineError::NoSuchDevice;
+    case QSerialPort::PermissionError:
+        return LineError::NotPermitted;
+    case QSerialPort::UnsupportedOperationError:
+        return LineError::UnsupportedSpeed;
+    case QSerialPort::ResourceError:
+        return LineError::Unplugged;
+    case QSerialPort::ReadError:
+        return LineError::ReadFailed;
+    case QSerialPort::WriteError:
+        return LineError::WriteFailed;
+    case QSerialPort::NotOpenError:
+        return LineError::NotOpen;
+    default:
+        return LineError::Other;
+    }
+}
+
+} // namespace
+
+QtSerialPortLine::QtSerialPortLine(QObject *parent) : SerialLine(parent)
+{
+    connect(&m_port, &QSerialPort::readyRead, this, &QtSerialPortLine::onReadyRead);
+    connect(&m_port, &QSerialPort::errorOccurred, this, &QtSerialPortLine::onErrorOccurred);
+}
+
+QtSerialPortLine::~QtSerialPortLine()
+{
+    close();
+}
+
+LineError QtSerialPortLine::open(const QString &device, int baud)
+{
+    close();
+    m_errorDetail.clear();
+
+    // The lock that other programs honour is made for the device's own name, not for a link's.
+    const QString path = QFileInfo(device).canonicalFilePath();
+    if (path.isEmpty())
+        return fail(LineError::NoSuchDevice, device);
+    if (!SerialDevices::isTerminalDevice(path))
+        return fail(LineError::NotSerial, path);
+    if (baud <= 0)
+        return fail(LineError::UnsupportedSpeed, QString::number(baud));
+    if (const auto holder = SerialDevices::holderOf(path))
+        return fail(LineError::HeldByAnother, SerialDevices::describe(*holder));
+    SerialDevices::removeDeadLocks(path);
+
+    LineError error = claim(path);
+    if (error == LineError::None)
+        error = openPort(path, baud);
+    if (error != LineError::None) {
+        closePort();
+        return error;
+    }
+    m_port.clear();
+    m_inUse = true;
+    return LineError::None;
+}
+
+/// Opens the device once before the port does, which then finds its driver awake.
+LineError QtSerialPortLine::claim(const QString &path)
+{
+    using Outcome = DeviceClaim::Outcome;
+    const Outcome outcome = m_claim.take(path, s_claimMs);
+    switch (outcome) {
+    case Outcome::Held:
+        return LineError::None;
+    case Outcome::HeldByAnother: {
+        const auto holder = SerialDevices::openerOf(path);
+        return fail(LineError::HeldByAnother,
+                    holder ? SerialDevices::describe(*holder) : m_claim.errorText());
+    }
+    case Outcome::NotPermitted:
+        return fail(LineError::NotPermitted, m_claim.errorText());
+    case Outcome::Gone:
+        return fail(LineError::NoSuchDevice, m_claim.errorText());
+    case Outcome::Stuck:
+        return fail(LineError::Other, QStringLiteral("its driver doesn't answer"));
+    case Outcome::Failed:
+        break;
+    }
+    return fail(LineError::Other, m_claim.errorText());
+}
+
+LineError QtSerialPortLine::openPort(const QString &path, int baud)
+{
+    m_path = path;
+    m_port.setPortName(path);
+    m_port.setBaudRate(baud);
+    m_port.setDataBits(QSerialPort::Data8);
+    m_port.setParity(QSerialPort::NoParity);
+    m_port.setStopBits(QSerialPort::OneStop);
+    m_port.setFlowControl(QSerialPort::NoFlowControl);
+    if (m_port.open(QIODevice::ReadWrite)) {
+        // A device may take the speed without an error and run at another one.
+        const auto actual = SerialDevices::speedOf(m_port.handle());
+        if (actual && *actual != baud)
+            return fail(LineError::UnsupportedSpeed, QString::number(baud));
+        return LineError::None;
+    }
+
+    const QString text = m_port.errorString();
+    LineError error = lineErrorOf(m_port.error());
+    if (error == LineError::NotPermitted && SerialDevices::mayUse(path))
+        error = LineError::HeldByAnother;
+    return fail(error == LineError::None ? LineError::Other : error, text);
+}
+
+void QtSerialPortLine::close()
+{
+    m_inUse = false;
+    closePort();
+}
+
+void QtSerialPortLine::closePort()
+{
+    if (m_port.isOpen()) {
+        // The system would wait for bytes that the device doesn't take.
+        m_port.clear(QSerialPort::Output);
+        m_port.close();
+    }
+    m_claim.release();
+}
+
+bool QtSerialPortLine::isOpen() const
+{
+    return m_inUse;
+}
+
+bool QtSerialPortLine::write(const QByteArray &bytes)
+{
+    if (!m_inUse || m_port.write(bytes) != bytes.size())
+        return false;
+    // Straight to the device instead of at the next turn of the event loop. What it can't take now
+    // follows when it can; a failure comes as errorOccurred.
+    m_port.flush();
+    return m_inUse;
+}
+
+LineError QtSerialPortLine::fail(LineError error, const QString &detail)
+{
+    m_errorDetail = detail;
+    return error;
+}
+
+void QtSerialPortLine::onReadyRead()
+{
+    const QByteArray bytes = m_port.readAll();
+    if (m_inUse && !bytes.isEmpty())
+        Q_EMIT received(bytes);
+}
+
+void QtSerialPortLine::onErrorOccurred(QSerialPort::SerialPortError error)
+{
+    LineError reason = lineErrorOf(error);
+    if (!m_inUse || reason == LineError::None || error == QSerialPort::TimeoutError)
+        return;
+    m_errorDetail = m_port.errorString();
+    // Reading from a device that has gone ends like reading at the end of a file.
+    if (!SerialDevices::isPresent(m_port.handle())) {
+        reason = LineError::Unplugged;
+        m_errorDetail = m_path + QStringLiteral(" has gone");
+    }
+    m_inUse = false;
+    // The port is in the middle of its own work here: it is closed, and the news told, afterwards.
+    QMetaObject::invokeMethod(
+        this,
+        [this, reason] {
+            if (m_inUse)
+                return; // opened anew meanwhile
+            closePort();
+            Q_EMIT broken(reason);
+        },
+        Qt::QueuedConnection);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "TovekSMService/modem/at/SerialLine.h"
+#include "TovekSMService/platform/DeviceClaim.h"
+
+#include <QSerialPort>
+
+/// A real serial device, or a pseudo-terminal.
+class QtSerialPortLine : public SerialLine
+{
+    Q_OBJECT
+
+public:
+    explicit QtSerialPortLine(QObject *parent = nullptr);
+    ~QtSerialPortLine() override;
+
+    LineError open(const QString &device, int baud) override;
+    void close() override;
+    bool isOpen() const override;
+    bool write(const QByteArray &bytes) override;
+    QString errorDetail() const override { return m_errorDetail; }
+
+private:
+    LineError fail(LineError error, const QString &detail);
+    LineError claim(const QString &path);
+    LineError openPort(const QString &path, int baud);
+    void closePort();
+    void onReadyRead();
+    void onErrorOccurred(QSerialPort::SerialPortError error);
+
+    DeviceClaim m_claim;
+    QSerialPort m_port;
+    QString m_path;
+    QString m_errorDetail;
+    bool m_inUse = false;
+};

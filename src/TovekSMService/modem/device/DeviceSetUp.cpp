@@ -1,0 +1,45 @@
+#include "TovekSMService/modem/device/DeviceSetUp.h"
+
+#include "contract/ErrorCodes.h"
+
+namespace {
+
+using Question = AtDialogue::Question;
+
+/// A setting whose refusal doesn't matter.
+Question preference(const QByteArray &command, const ModemTimings &timings)
+{
+    return {{command, timings.commandMs, {}}, {}, {}, false};
+}
+
+std::optional<ModemFailure> failureOfPduMode(const AtAnswer &answer)
+{
+    if (answer.isOk())
+        return std::nullopt;
+    if (answer.end == AtAnswer::End::TimedOut)
+        return ModemFailure{ErrorCode::PhoneInit, QStringLiteral("no answer to AT+CMGF=0"), false};
+    const bool reason = failureNumber(answer.result) >= 0;
+    return ModemFailure{reason ? failureRule(answer.result).code : ErrorCode::NotSupported,
+                        QStringLiteral("the device refuses PDU mode: %1")
+                            .arg(QString::fromLatin1(answer.result.text)),
+                        false};
+}
+
+} // namespace
+
+namespace DeviceSetUp {
+
+QList<AtDialogue::Question> dialogue(const ModemTimings &timings)
+{
+    return {preference("ATE0", timings), preference("ATV1", timings),
+            preference("AT+CMEE=1", timings)};
+}
+
+QList<AtDialogue::Question> messages(const ModemTimings &timings)
+{
+    Question pduMode = preference("AT+CMGF=0", timings);
+    pduMode.take = failureOfPduMode;
+    return {pduMode, preference("AT+CSMS=0", timings), preference("AT+CNMI=0,0", timings)};
+}
+
+} // namespace DeviceSetUp

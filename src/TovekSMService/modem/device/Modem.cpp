@@ -1,0 +1,427 @@
+#include "TovekSMService/modem/device/Modem.h"
+
+#include "TovekSMService/modem/codec/AnswerParsers.h"
+#include "TovekSMService/modem/device/DeviceQueries.h"
+#include "TovekSMService/modem/device/DeviceSetUp.h"
+#include "contract/ErrorCodes.h"
+
+#include <utility>
+
+namespace {
+
+SendFailure failureOfAnswer(const AtResult &result)
+{
+    SendFailure failure;
+    failure.problem = result.kind == AtResult::Kind::CmsError   ? SendProblem::CmsError
+                      : result.kind == AtResult::Kind::CmeError ? SendProblem::CmeError
+                                                                : SendProblem::GenericError;
+    failure.number = failureNumber(result);
+    failure.text = QString::fromLatin1(result.text);
+    failure.rule = failureRule(result);
+    return failure;
+}
+
+SendFailure failureOfProblem(SendProblem problem, const QString &text)
+{
+    const bool left = problem == SendProblem::LostAnswer || problem == SendProblem::LineBrokenAfter;
+    return {problem, -1, text, failureRule(problem), left};
+}
+
+} // namespace
+
+Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
+             QObject *parent, PortSearch::Ports ports, TimeSource &time)
+    : QObject(parent), m_line(std::move(line)), m_timings(timings),
+      m_channel(m_line.get(), timings, time),
+      m_dialogue(m_channel, timings, [this](const ModemFailure &failure) { fail(failure); }),
+      m_flightMode(m_dialogue, timings, time),
+      m_unlock(
+          m_dialogue, gate, timings,
+          [this] {
+              // Whoever hears it may close the modem, which must not happen to a step on the
+              // stack.
+              QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
+          },
+          time),
+      m_link(timings, time), m_search(*m_line, m_channel, timings, std::move(ports), time),
+      m_initialisationLimit(time)
+{
+    connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
+    connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
+    connect(&m_channel, &AtChannel::broken, this, &Modem::onBroken);
+}
+
+Modem::~Modem()
+{
+    // Whoever listens may be on the way out too.
+    blockSignals(true);
+    shutDown();
+}
+
+void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mode,
+                 const QString &imei)
+{
+    close();
+    m_state = State::Opening;
+    m_mode = mode;
+    m_pin = pin;
+    m_imei = imei;
+    m_parameter = parameter;
+    m_searched = false;
+    m_link.reset();
+    m_details = {};
+    m_initialisationLimit.start(m_timings.initialisationMs);
+    QMetaObject::invokeMethod(
+        this,
+        [this, opening = ++m_opening] {
+            if (m_state == State::Opening && m_opening == opening)
+                openLine();
+        },
+        Qt::QueuedConnection);
+}
+
+void Modem::openLine()
+{
+    const QString &device = m_parameter.device;
+    const LineError error = m_line->open(device, m_parameter.baud);
+    if (error == LineError::None)
+        talk();
+    else if (error == LineError::NoSuchDevice && !m_imei.isEmpty())
+        searchOrFail({failureRule(error).code, device, false});
+    else
+        failToOpen(error, device);
+}
+
+void Modem::failToOpen(LineError error, const QString &device)
+{
+    const QString detail = m_line->errorDetail();
+    const bool saysMore = !detail.isEmpty() && detail != device;
+    fail({failureRule(error).code, saysMore ? QStringLiteral("%1: %2").arg(device, detail) : device,
+          false});
+}
+
+/// The device may have come back under another name, and the old one be nobody's or another port's.
+/// @param failure  what is told if it hasn't, or isn't known
+void Modem::searchOrFail(const ModemFailure &failure)
+{
+    if (m_imei.isEmpty() || std::exchange(m_searched, true)) {
+        fail(failure);
+        return;
+    }
+    m_state = State::Opening;
+    m_line->close();
+    m_search.start(m_imei, m_parameter.baud, [this, failure](const QString &port) {
+        if (port.isEmpty())
+            fail(failure);
+        else
+            talk();
+    });
+}
+
+void Modem::talk()
+{
+    m_state = State::Initialising;
+    m_initialisationLimit.start(m_timings.initialisationMs);
+    m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) { onFound(outcome); });
+}
+
+void Modem::onLate()
+{
+    // The talk with a SIM about its PIN has limits of its own and is not cut off.
+    if (m_unlock.awaitsPinOutcome())
+        m_initialisationLimit.start(m_timings.slowCommandMs);
+    else
+        fail({ErrorCode::PhoneInit, QStringLiteral("the device isn't ready within its time"),
+              false});
+}
+
+void Modem::onFound(SyncOutcome outcome)
+{
+    if (outcome == SyncOutcome::LineBroken)
+        return;
+    if (outcome != SyncOutcome::Answered)
+        searchOrFail(failureOf(outcome));
+    else if (std::exchange(m_mode, OpenMode::Plain) == OpenMode::ResetFunctionality)
+        resetFunctionality();
+    else
+        setUp();
+}
+
+void Modem::resetFunctionality()
+{
+    Q_EMIT functionalityReset();
+    m_dialogue.ask({QByteArrayLiteral("AT+CFUN=1,1"), m_timings.slowCommandMs, {}},
+                   [this](const AtAnswer &) {
+                       // The device starts anew, or the line breaks.
+                       m_channel.synchronise(m_timings.probeTries,
+                                             [this](SyncOutcome outcome) { onFound(outcome); });
+                   });
+}
+
+void Modem::setUp()
+{
+    m_dialogue.askAll(
+        DeviceSetUp::dialogue(m_timings),
+        [this](const std::optional<ModemFailure> &) { m_flightMode.leave([this] { unlock(); }); });
+}
+
+void Modem::unlock()
+{
+    m_unlock.start(
+        std::exchange(m_pin, QString()), &m_details,
+        [this](const std::optional<ModemFailure> &failure) {
+            if (failure)
+                fail(*failure);
+            else
+                setUpMessages();
+        },
+        m_flightMode.wasLeft() ? SimPresence::JustPowered : SimPresence::Told);
+}
+
+void Modem::setUpMessages()
+{
+    m_dialogue.askAll(DeviceSetUp::messages(m_timings),
+                      [this](const std::optional<ModemFailure> &failure) {
+                          if (failure)
+                              fail(*failure);
+                          else
+                              m_flightMode.awaitNetwork([this] { readDetails(); });
+                      });
+}
+
+void Modem::readDetails()
+{
+    m_dialogue.askAll(DeviceQueries::identity(&m_details, m_timings) +
+                          DeviceQueries::condition(&m_details, m_timings),
+                      [this](const std::optional<ModemFailure> &) {
+                          if (m_details.simId.isEmpty())
+                              m_details.simId = m_details.imei;
+                          becomeReady();
+                      });
+}
+
+void Modem::becomeReady()
+{
+    m_initialisationLimit.stop();
+    m_state = State::Ready;
+    Q_EMIT ready(m_details);
+}
+
+void Modem::send(const SubmitPart &part, Followers followers)
+{
+    if (m_state != State::Ready) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                Q_EMIT partFailed(failureOfProblem(SendProblem::NotSent,
+                                                   QStringLiteral("the modem isn't ready")));
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    m_state = State::Busy;
+    if (followers == Followers::Some && m_link.isToBeKept())
+        keepLinkThenSubmit(part);
+    else
+        submit(part);
+}
+
+void Modem::keepLinkThenSubmit(const SubmitPart &part)
+{
+    m_task = Task::KeepingLink;
+    m_dialogue.ask({RelayLink::command(), m_timings.commandMs, {}},
+                   [this, part](const AtAnswer &answer) {
+                       m_link.onCommandAnswered(answer.isOk());
+                       submit(part);
+                   });
+}
+
+void Modem::submit(const SubmitPart &part)
+{
+    m_task = Task::Sending;
+    m_link.onSending();
+    m_channel.submit(
+        {QByteArrayLiteral("AT+CMGS=") + QByteArray::number(part.length), m_timings.promptMs, {}},
+        part.hex, m_timings.sendMs, [this](const AtAnswer &answer) { onSubmitted(answer); });
+}
+
+void Modem::onSubmitted(const AtAnswer &answer)
+{
+    using End = AtAnswer::End;
+    const std::optional<int> reference = AnswerParsers::messageReference(answer.lines);
+    // The reference is the network's word, whatever became of the OK behind it.
+    const bool accepted = answer.payloadLeft && (answer.isOk() || reference);
+    const bool isError = answer.end == End::Final && !answer.isOk() && !accepted;
+    m_link.onSent(answer.end == End::Final && accepted);
+    if (isError) {
+        SendFailure failure = failureOfAnswer(answer.result);
+        // The device gave up waiting for the network, which may have taken the part all the same.
+        failure.mayBeDelivered =
+            answer.payloadLeft && failure.rule.code == ErrorCode::NetworkTimeout;
+        m_state = State::Ready;
+        endSending(failure);
+    } else if (answer.end == End::Final && accepted) {
+        m_state = State::Ready;
+        acceptPart(reference.value_or(-1));
+    } else if (answer.end == End::LineBroken && accepted) {
+        acceptPart(*reference);
+    } else if (answer.end == End::LineBroken) {
+        endSending(failureOfProblem(answer.payloadLeft ? SendProblem::LineBrokenAfter
+                                                       : SendProblem::LineBrokenBefore,
+                                    m_line->errorDetail()));
+    } else if (accepted) {
+        recoverThen([this, reference] { acceptPart(*reference); });
+    } else {
+        const SendFailure failure =
+            answer.payloadLeft
+                ? failureOfProblem(SendProblem::LostAnswer,
+                                   QStringLiteral("no answer after the part had left"))
+                : failureOfProblem(SendProblem::NoPrompt,
+                                   QStringLiteral("the device didn't ask for the part"));
+        recoverThen([this, failure] { endSending(failure); });
+    }
+}
+
+/// Finds the device in command mode again before the outcome is told, so that whoever hears of it
+/// can send at once.
+void Modem::recoverThen(const std::function<void()> &tell)
+{
+    m_channel.synchronise(m_timings.probeTries, [this, tell](SyncOutcome outcome) {
+        if (outcome == SyncOutcome::Answered)
+            m_state = State::Ready;
+        const quint64 opening = m_opening;
+        tell();
+        // Whoever heard it may have closed the modem or opened it anew.
+        if (outcome != SyncOutcome::Answered && outcome != SyncOutcome::LineBroken &&
+            m_state == State::Busy && m_opening == opening)
+            fail(failureOf(outcome));
+    });
+}
+
+void Modem::acceptPart(int reference)
+{
+    m_task = Task::None;
+    Q_EMIT partAccepted(reference);
+}
+
+void Modem::endSending(const SendFailure &failure)
+{
+    m_task = Task::None;
+    Q_EMIT partFailed(failure);
+}
+
+void Modem::refreshDetails()
+{
+    if (m_state != State::Ready)
+        return;
+    m_state = State::Busy;
+    m_task = Task::Refreshing;
+    m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings),
+                      [this](const std::optional<ModemFailure> &) {
+                          m_state = State::Ready;
+                          m_task = Task::None;
+                          Q_EMIT detailsChanged(m_details);
+                      });
+}
+
+void Modem::test()
+{
+    if (m_state != State::Ready) {
+        const int code =
+            m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::PhoneBusy;
+        QMetaObject::invokeMethod(
+            this,
+            [this, code] {
+                Q_EMIT tested(false, code, m_details, QStringLiteral("the modem isn't ready"));
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    m_state = State::Busy;
+    m_task = Task::Testing;
+    m_dialogue.ask({QByteArrayLiteral("AT"), m_timings.probeMs, {}},
+                   [this](const AtAnswer &answer) {
+                       if (answer.isOk())
+                           testSim();
+                       else
+                           testAfterFindingBack();
+                   });
+}
+
+/// The device is there, but not where the talk had left it.
+void Modem::testAfterFindingBack()
+{
+    m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) {
+        if (outcome == SyncOutcome::Answered)
+            testSim();
+        else if (outcome != SyncOutcome::LineBroken)
+            fail(failureOf(outcome));
+    });
+}
+
+void Modem::testSim()
+{
+    // No PIN is tried here: a SIM that asks for one now has been changed or taken out.
+    m_unlock.start(QString(), &m_details,
+                   [this](const std::optional<ModemFailure> &failure) { onTested(failure); });
+}
+
+void Modem::onTested(const std::optional<ModemFailure> &failure)
+{
+    m_dialogue.askAll(
+        DeviceQueries::condition(&m_details, m_timings),
+        [this, failure](const std::optional<ModemFailure> &) {
+            m_state = State::Ready;
+            m_task = Task::None;
+            const ModemFailure result = failure.value_or(ModemFailure{ErrorCode::Ok, {}, false});
+            Q_EMIT tested(!failure, result.code, m_details, result.text);
+        });
+}
+
+void Modem::onBroken(LineError reason)
+{
+    if (m_state == State::Closed || m_state == State::Opening)
+        return;
+    const FailureRule rule = failureRule(reason);
+    const QString detail = m_line->errorDetail();
+    fail({rule.code, detail.isEmpty() ? QStringLiteral("the line broke") : detail, false});
+}
+
+void Modem::close()
+{
+    shutDown();
+}
+
+/// Closes everything and answers the task in progress.
+void Modem::shutDown()
+{
+    const Task task = std::exchange(m_task, Task::None);
+    m_state = State::Closed;
+    m_initialisationLimit.stop();
+    m_flightMode.stop();
+    m_unlock.stop();
+    m_search.stop();
+    m_line->close();
+    m_channel.abandon(LineError::NotOpen);
+    m_pin.clear();
+    if (task == Task::KeepingLink)
+        Q_EMIT partFailed(
+            failureOfProblem(SendProblem::LineBrokenBefore, QStringLiteral("the device was lost")));
+    if (task == Task::Testing)
+        Q_EMIT tested(false, failureRule(LineError::NotOpen).code, m_details,
+                      QStringLiteral("the device was closed"));
+}
+
+void Modem::fail(const ModemFailure &failure)
+{
+    const quint64 opening = m_opening;
+    const bool testing = m_task == Task::Testing;
+    if (testing)
+        m_task = Task::None;
+    shutDown();
+    if (testing)
+        Q_EMIT tested(false, failure.code, m_details, failure.text);
+    // Whoever opened the modem anew on the news above is past this failure.
+    if (m_opening == opening)
+        Q_EMIT failed(failure);
+}

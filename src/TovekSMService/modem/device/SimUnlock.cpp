@@ -1,0 +1,340 @@
+#include "TovekSMService/modem/device/SimUnlock.h"
+
+#include "TovekSMService/modem/codec/AnswerParsers.h"
+#include "TovekSMService/modem/device/DeviceQueries.h"
+#include "contract/ErrorCodes.h"
+
+#include <QRegularExpression>
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+/// Numbers of +CME ERROR (3GPP TS 27.007, 9.2) on which this step branches.
+enum Cme {
+    NotSupported = 4,
+    SimNotInserted = 10,
+    SimPinRequired = 11,
+    SimPukRequired = 12,
+    SimFailure = 13,
+    SimBusy = 14,
+    SimWrong = 15,
+    IncorrectPassword = 16,
+    SimPin2Required = 17,
+    SimPuk2Required = 18,
+    FirstPersonalisation = 40,
+    LastPersonalisation = 48,
+};
+
+SimState stateOfError(const AtResult &result)
+{
+    if (result.kind == AtResult::Kind::NotSupported)
+        return SimState::NotTold;
+    const int number = failureNumber(result);
+    switch (number) {
+    case NotSupported:
+        return SimState::NotTold;
+    case SimNotInserted:
+        return SimState::NotInserted;
+    case SimPinRequired:
+        return SimState::Pin;
+    case SimPukRequired:
+        return SimState::Puk;
+    case SimWrong:
+        return SimState::Failed;
+    case SimPin2Required:
+        return SimState::Pin2;
+    case SimPuk2Required:
+        return SimState::Puk2;
+    case 5:
+    case 6:
+    case 7:
+        return SimState::DeviceLocked;
+    default:
+        return number >= FirstPersonalisation && number <= LastPersonalisation
+                   ? SimState::DeviceLocked
+                   : SimState::Busy;
+    }
+}
+
+/// A PIN is 4 to 8 digits (3GPP TS 31.101, 9.5.1). Nothing else may get between the quotes.
+bool isPin(const QString &text)
+{
+    static const QRegularExpression digits(QStringLiteral("\\A[0-9]{4,8}\\z"));
+    return digits.match(text).hasMatch();
+}
+
+} // namespace
+
+SimState simState(const AtAnswer &answer)
+{
+    if (answer.end != AtAnswer::End::Final)
+        return SimState::Busy;
+    if (!answer.isOk())
+        return stateOfError(answer.result);
+
+    static const std::pair<QByteArrayView, SimState> states[] = {
+        {"READY", SimState::Ready},
+        {"SIM PIN", SimState::Pin},
+        {"SIM PUK", SimState::Puk},
+        {"SIM PIN2", SimState::Pin2},
+        {"SIM PUK2", SimState::Puk2},
+        {"NOT INSERTED", SimState::NotInserted},
+        {"SIM REMOVED", SimState::NotInserted},
+        {"NOT READY", SimState::Busy},
+        {"SIM BUSY", SimState::Busy},
+        {"", SimState::Busy}};
+    const QByteArray told = AnswerParsers::pinState(answer.lines);
+    for (const auto &[name, state] : states)
+        if (told == name)
+            return state;
+    return told.startsWith("PH-") ? SimState::DeviceLocked : SimState::Unexpected;
+}
+
+SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
+                     std::function<void()> pinSettled, TimeSource &time)
+    : m_dialogue(dialogue), m_gate(gate), m_timings(timings), m_pinSettled(std::move(pinSettled)),
+      m_poll(time), m_deadline(time)
+{
+    QObject::connect(&m_poll, &Timer::timeout, &m_poll, [this] { look(); });
+}
+
+void SimUnlock::start(const QString &pin, DeviceDetails *details, Finished finished,
+                      SimPresence presence)
+{
+    m_presence = presence;
+    m_pin = pin.trimmed();
+    m_iccid.clear();
+    m_details = details;
+    m_finished = std::move(finished);
+    m_attempted = false;
+    m_deadline.setRemainingTime(m_timings.simReadyMs);
+    look();
+}
+
+void SimUnlock::stop()
+{
+    m_poll.stop();
+    m_finished = nullptr;
+    m_awaitsPinOutcome = false;
+}
+
+void SimUnlock::look()
+{
+    m_dialogue.ask(
+        {QByteArrayLiteral("AT+CPIN?"), m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
+            if (m_attempted && failureNumber(answer.result) == IncorrectPassword)
+                refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM refuses the PIN"));
+            else
+                onState(simState(answer));
+        });
+}
+
+void SimUnlock::onState(SimState state)
+{
+    switch (state) {
+    case SimState::Ready:
+        if (m_attempted)
+            noteAccepted();
+        finish(std::nullopt);
+        return;
+    case SimState::NotTold:
+        finish(std::nullopt);
+        return;
+    case SimState::Pin:
+        onPinAsked();
+        return;
+    case SimState::Puk:
+        refuse(ErrorCode::SimPukRequired, QStringLiteral("the SIM asks for its PUK"));
+        return;
+    case SimState::Pin2:
+        finish(ModemFailure{ErrorCode::SimPin2Required, QStringLiteral("the SIM asks for its PIN2"),
+                            true});
+        return;
+    case SimState::Puk2:
+        finish(ModemFailure{ErrorCode::SimPuk2Required, QStringLiteral("the SIM asks for its PUK2"),
+                            true});
+        return;
+    case SimState::DeviceLocked:
+        finish(ModemFailure{ErrorCode::PhoneSecurity,
+                            QStringLiteral("the device is locked by a code of its own"), true});
+        return;
+    case SimState::NotInserted:
+        onNotInserted();
+        return;
+    case SimState::Failed:
+        finish(ModemFailure{ErrorCode::SimCommunication,
+                            QStringLiteral("the device rejects the SIM"), false});
+        return;
+    case SimState::Unexpected:
+        finish(ModemFailure{ErrorCode::UnexpectedAnswer, QStringLiteral("unknown state of the SIM"),
+                            false});
+        return;
+    case SimState::Busy:
+        lookLater(ErrorCode::SimCommunication, QStringLiteral("the SIM isn't ready"));
+        return;
+    }
+}
+
+void SimUnlock::onNotInserted()
+{
+    const QString text = QStringLiteral("no SIM is inserted");
+    if (m_presence == SimPresence::JustPowered)
+        lookLater(ErrorCode::SimNotInserted, text);
+    else
+        finish(ModemFailure{ErrorCode::SimNotInserted, text, false});
+}
+
+void SimUnlock::lookLater(int code, const QString &text)
+{
+    if (m_deadline.hasExpired())
+        finish(ModemFailure{code, text, false});
+    else
+        m_poll.start(m_timings.simPollMs);
+}
+
+void SimUnlock::onPinAsked()
+{
+    if (m_attempted && !m_deadline.hasExpired()) {
+        m_poll.start(m_timings.simPollMs); // the device may be slow to say that the PIN was right
+    } else if (m_attempted) {
+        refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM doesn't take the PIN"));
+    } else if (m_pin.isEmpty()) {
+        finish(ModemFailure{ErrorCode::SimPinRequired,
+                            QStringLiteral("the SIM asks for a PIN and none is set"), true});
+    } else if (!isPin(m_pin)) {
+        finish(ModemFailure{ErrorCode::IncorrectPassword,
+                            QStringLiteral("the PIN isn't 4 to 8 digits"), true});
+    } else {
+        identify();
+    }
+}
+
+/// Which SIM it is must be certain: under another name a refused PIN would be tried again.
+void SimUnlock::identify()
+{
+    m_numberUncertain = false;
+    QList<AtDialogue::Question> questions = DeviceQueries::iccid(&m_iccid, m_timings);
+    for (AtDialogue::Question &question : questions) {
+        question.optional = false;
+        question.take = [this, take = question.take](const AtAnswer &answer) {
+            const int number = failureNumber(answer.result);
+            if (answer.end == AtAnswer::End::TimedOut || number == SimBusy || number == SimFailure)
+                m_numberUncertain = true;
+            return take(answer);
+        };
+    }
+    QList<AtDialogue::Question> imei = DeviceQueries::imei(m_details, m_timings);
+    for (AtDialogue::Question &question : imei)
+        question.optional = false;
+    m_dialogue.askAll(questions + imei,
+                      [this](const std::optional<ModemFailure> &) { onIdentified(); });
+}
+
+void SimUnlock::onIdentified()
+{
+    const bool uncertain = m_iccid.isEmpty() && (m_numberUncertain || m_details->imei.isEmpty());
+    if (uncertain)
+        lookLater(ErrorCode::SimCommunication,
+                  QStringLiteral("neither the SIM nor the device tells its number"));
+    else
+        askTries();
+}
+
+void SimUnlock::askTries()
+{
+    const auto tries = std::make_shared<std::optional<int>>();
+    const auto take = [tries](const AtAnswer &answer) {
+        *tries = AnswerParsers::pinTries(answer.lines);
+        return std::optional<ModemFailure>();
+    };
+    const int limit = m_timings.commandMs;
+    m_dialogue.askAll({{{QByteArrayLiteral("AT+CPINR=\"SIM PIN\""), limit, {}}, take, {}, true},
+                       {{QByteArrayLiteral("AT^CPIN?"), limit, {}},
+                        take,
+                        [tries] { return !tries->has_value(); },
+                        true}},
+                      [this, tries](const std::optional<ModemFailure> &) { decide(*tries); });
+}
+
+void SimUnlock::decide(std::optional<int> triesLeft)
+{
+    switch (m_gate.mayTry(sim(), m_pin, triesLeft)) {
+    case PinGate::Decision::Try:
+        tryPin();
+        return;
+    case PinGate::Decision::AlreadyTried:
+        finish(ModemFailure{
+            ErrorCode::IncorrectPassword,
+            QStringLiteral("this PIN was tried on this SIM before and not accepted"), true});
+        return;
+    case PinGate::Decision::TooFewTries:
+        finish(ModemFailure{ErrorCode::SimPinRequired,
+                            QStringLiteral("the SIM has too few tries left to try a PIN on it"),
+                            true});
+        return;
+    case PinGate::Decision::NotRecorded:
+        finish(ModemFailure{
+            ErrorCode::SimPinRequired,
+            QStringLiteral("the attempt can't be put on record, so the PIN isn't tried"), false});
+        return;
+    }
+}
+
+void SimUnlock::tryPin()
+{
+    m_attempted = true;
+    m_awaitsPinOutcome = true;
+    const QByteArray command = "AT+CPIN=\"" + m_pin.toLatin1() + '"';
+    m_dialogue.ask({command, m_timings.slowCommandMs, {}},
+                   [this](const AtAnswer &answer) { onPinAnswer(answer); });
+}
+
+void SimUnlock::onPinAnswer(const AtAnswer &answer)
+{
+    m_deadline.setRemainingTime(m_timings.simReadyMs);
+    if (answer.end == AtAnswer::End::Final && !answer.isOk()) {
+        const int number = failureNumber(answer.result);
+        if (number == IncorrectPassword) {
+            refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM refuses the PIN"));
+            return;
+        }
+        if (number == SimPukRequired) {
+            refuse(ErrorCode::SimPukRequired,
+                   QStringLiteral("the SIM refuses the PIN and asks for its PUK"));
+            return;
+        }
+    }
+    // An OK alone proves nothing: it may be the late answer to something else. The state that the
+    // SIM is in now tells what became of the PIN.
+    look();
+}
+
+void SimUnlock::noteAccepted()
+{
+    m_attempted = false;
+    m_awaitsPinOutcome = false;
+    m_gate.accepted(sim(), m_pin);
+    m_pinSettled();
+}
+
+void SimUnlock::refuse(int code, const QString &text)
+{
+    if (m_attempted)
+        m_gate.refused(sim(), m_pin);
+    finish(ModemFailure{code, text, true});
+}
+
+void SimUnlock::finish(const std::optional<ModemFailure> &failure)
+{
+    m_pin.clear();
+    m_awaitsPinOutcome = false;
+    if (const Finished finished = std::exchange(m_finished, nullptr))
+        finished(failure);
+}
+
+SimIdentity SimUnlock::sim() const
+{
+    return {m_iccid, m_details->imei};
+}

@@ -1,0 +1,8 @@
+#include "TovekSMService/platform/FileRights.h"
+
+#include <sys/stat.h>
+
+void keepFilesToOwner()
+{
+    ::umask(S_IRWXG | S_IRWXO);
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+/// What is on record about a PIN and a SIM.
+enum class PinHistory {
+    NeverTried,
+    Tried, ///< it left, and what became of it isn't known
+    Accepted,
+    Refused,
+};

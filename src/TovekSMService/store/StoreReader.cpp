@@ -1,0 +1,73 @@
+#include "TovekSMService/store/StoreReader.h"
+
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreSchema.h"
+#include "TovekSMService/store/Transaction.h"
+
+#include <QFile>
+#include <QUuid>
+
+StoreReader::StoreReader(const QString &file)
+    : m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
+{
+    if (!QFile::exists(file))
+        throw StoreFailure(StoreFailure::Kind::Other,
+                           QStringLiteral("there is no store yet: ") + file);
+    try {
+        open(file);
+    } catch (...) {
+        m_database = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_connection);
+        throw;
+    }
+}
+
+StoreReader::~StoreReader()
+{
+    m_database.close();
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_connection);
+}
+
+void StoreReader::open(const QString &file)
+{
+    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
+    m_database.setDatabaseName(file);
+    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    if (!m_database.open())
+        throw StoreFailure(m_database.lastError());
+    StoreSchema::refuseOther(m_database);
+}
+
+void StoreReader::outcomes(const QString &since,
+                           const std::function<void(const OutcomeRow &)> &take) const
+{
+    QSqlQuery query = prepared(
+        m_database, QStringLiteral("SELECT at, delivery_date, phone, text, code, network_reference "
+                                   "FROM outcome WHERE at >= ? ORDER BY id"));
+    query.bindValue(0, notNull(since));
+    execute(query);
+    while (query.next())
+        take({query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
+              query.value(3).toString(), query.value(4).toInt(), query.value(5).toString()});
+}
+
+void StoreReader::copyTo(const QString &file) const
+{
+    QSqlQuery query = prepared(m_database, QStringLiteral("VACUUM INTO ?"));
+    query.bindValue(0, file);
+    execute(query);
+}
+
+std::optional<LastFailure> Store::lastFailure() const
+{
+    // A look back of bounded length: the log is not in the order of codes.
+    QSqlQuery query =
+        prepared(m_database, QStringLiteral("SELECT at, code FROM outcome WHERE code <> 1 AND "
+                                            "id > (SELECT MAX(id) FROM outcome) - 1000 "
+                                            "ORDER BY id DESC LIMIT 1"));
+    execute(query);
+    if (!query.next())
+        return std::nullopt;
+    return LastFailure{query.value(0).toString(), query.value(1).toInt()};
+}

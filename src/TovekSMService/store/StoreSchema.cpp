@@ -1,0 +1,103 @@
+#include "TovekSMService/store/StoreSchema.h"
+
+#include "TovekSMService/store/StoreFailure.h"
+#include "TovekSMService/store/Transaction.h"
+
+#include <array>
+#include <span>
+
+namespace {
+
+// delivery_date is the date as it was given; due is the same date where it is one, and empty, which
+// is before every date, where it isn't. state: 0 waiting, 1 a part is leaving,
+// 2 in progress between two parts.
+constexpr const char *version1[] = {
+    "CREATE TABLE message ("
+    " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+    " delivery_date TEXT NOT NULL,"
+    " due TEXT NOT NULL,"
+    " phone TEXT NOT NULL,"
+    " text TEXT NOT NULL,"
+    " state INTEGER NOT NULL DEFAULT 0,"
+    " attempts INTEGER NOT NULL DEFAULT 0,"
+    " reference INTEGER,"
+    " parts_sent INTEGER NOT NULL DEFAULT 0,"
+    " part_hash BLOB)",
+    "CREATE INDEX message_by_due ON message (due, id)",
+    "CREATE INDEX message_in_progress ON message (state) WHERE state <> 0",
+
+    "CREATE TABLE setting (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID",
+
+    // pin is a digest: enough to know it again, and no second place to read it from.
+    "CREATE TABLE pin_attempt ("
+    " sim TEXT NOT NULL, pin BLOB NOT NULL, history INTEGER NOT NULL, at TEXT NOT NULL,"
+    " PRIMARY KEY (sim, pin)) WITHOUT ROWID",
+
+    // code: 1 sent, else the error code. reported: whether a console has heard of it.
+    "CREATE TABLE outcome ("
+    " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+    " message_id INTEGER NOT NULL,"
+    " delivery_date TEXT NOT NULL,"
+    " phone TEXT NOT NULL,"
+    " text TEXT NOT NULL,"
+    " code INTEGER NOT NULL,"
+    " network_reference INTEGER,"
+    " at TEXT NOT NULL,"
+    " reported INTEGER NOT NULL)",
+    "CREATE INDEX outcome_unreported ON outcome (id) WHERE reported = 0",
+    "CREATE INDEX outcome_by_message ON outcome (message_id)",
+};
+
+// original_date is the date as it was given; a retry moves delivery_date and due, and leaves it.
+constexpr const char *version2[] = {
+    "ALTER TABLE message ADD COLUMN original_date TEXT NOT NULL DEFAULT ''",
+    "UPDATE message SET original_date = delivery_date",
+
+    // period: a day or a minute, the beginning of a date.
+    "CREATE TABLE part_count ("
+    " period TEXT PRIMARY KEY, parts INTEGER NOT NULL) WITHOUT ROWID",
+
+    "CREATE INDEX outcome_by_time ON outcome (at) WHERE reported = 1",
+};
+
+constexpr std::array<std::span<const char *const>, StoreSchema::Version> migrations = {version1,
+                                                                                       version2};
+
+int versionOf(const QSqlDatabase &database)
+{
+    QSqlQuery query = prepared(database, QStringLiteral("PRAGMA user_version"));
+    execute(query);
+    return query.next() ? query.value(0).toInt() : 0;
+}
+
+} // namespace
+
+void StoreSchema::refuseLater(const QSqlDatabase &database)
+{
+    const int found = versionOf(database);
+    if (found > Version)
+        throw StoreFailure(StoreFailure::Kind::TooNew,
+                           QStringLiteral("the store has the schema version %1, and this program "
+                                          "knows versions up to %2")
+                               .arg(found)
+                               .arg(Version));
+}
+
+void StoreSchema::refuseOther(const QSqlDatabase &database)
+{
+    refuseLater(database);
+    if (const int found = versionOf(database); found != Version)
+        throw StoreFailure(StoreFailure::Kind::Other,
+                           QStringLiteral("the store still has the schema version %1").arg(found));
+}
+
+void StoreSchema::migrate(const QSqlDatabase &database)
+{
+    for (int version = versionOf(database); version < Version; ++version) {
+        Transaction transaction(database);
+        for (const char *const statement : migrations.at(static_cast<size_t>(version)))
+            execute(database, QString::fromLatin1(statement));
+        execute(database, QStringLiteral("PRAGMA user_version = %1").arg(version + 1));
+        transaction.commit();
+    }
+}

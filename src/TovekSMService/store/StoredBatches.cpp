@@ -1,0 +1,66 @@
+#include "TovekSMService/store/StoredBatches.h"
+
+#include "TovekSMService/store/Store.h"
+
+#include <QCryptographicHash>
+
+#include <algorithm>
+
+namespace {
+
+/// A batch's entry begins with this, whatever its name is.
+QString labelOf(const QString &batch)
+{
+    const QByteArray digest = QCryptographicHash::hash(batch.toUtf8(), QCryptographicHash::Sha1);
+    return QString::fromLatin1(digest.toHex()) + u':';
+}
+
+QStringList entriesOf(const Store &store)
+{
+    return store.recentBatches().split(u' ', Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+void StoredBatches::add(const QString &batch, const QList<QueueRow> &messages)
+{
+    qsizetype done = stored(batch);
+    qsizetype next = messages.size() - done;
+    while (done < messages.size()) {
+        try {
+            m_store.together([&] {
+                m_store.add(messages.sliced(done, next));
+                note(batch, done + next);
+            });
+            done += next;
+            next = std::min(next, messages.size() - done);
+        } catch (const StoreFailure &failure) {
+            // What is too much for the disk may fit in part. A lock concerns one as it does all.
+            if (next == 1 || failure.kind() == StoreFailure::Kind::Busy)
+                throw;
+            next /= 2;
+        }
+    }
+}
+
+qsizetype StoredBatches::stored(const QString &batch) const
+{
+    const QString label = labelOf(batch);
+    const QStringList entries = entriesOf(m_store);
+    for (const QString &entry : entries) {
+        if (entry.startsWith(label))
+            return entry.sliced(label.size()).toLongLong();
+    }
+    return 0;
+}
+
+void StoredBatches::note(const QString &batch, qsizetype stored)
+{
+    const QString label = labelOf(batch);
+    QStringList entries = entriesOf(m_store);
+    entries.removeIf([&label](const QString &entry) { return entry.startsWith(label); });
+    entries.append(label + QString::number(stored));
+    if (entries.size() > MaxRemembered)
+        entries.removeFirst();
+    m_store.setRecentBatches(entries.join(u' '));
+}

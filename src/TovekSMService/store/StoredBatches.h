@@ -1,0 +1,33 @@
+#pragma once
+
+#include "contract/QueueRecordSet.h"
+
+#include <QList>
+#include <QString>
+
+class Store;
+
+/// Messages that come in batches. Each batch has a name, and what is stored of the last few is kept
+/// with the messages, so that a caller who got no answer can hand the same batch over again.
+class StoredBatches
+{
+public:
+    /// Batches of which the store keeps what it has.
+    static constexpr qsizetype MaxRemembered = 16;
+
+    /// @param store  must outlive this object
+    explicit StoredBatches(Store &store) : m_store(store) {}
+
+    /// Queues those messages of the batch that aren't stored yet, in their order.
+    /// @throws StoreFailure for one that can't be stored; those before it are
+    void add(const QString &batch, const QList<QueueRow> &messages);
+
+    /// How many messages of the batch are stored, from its first; 0 for a batch that isn't known.
+    /// @throws StoreFailure
+    qsizetype stored(const QString &batch) const;
+
+private:
+    void note(const QString &batch, qsizetype stored);
+
+    Store &m_store;
+};

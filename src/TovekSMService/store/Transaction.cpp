@@ -1,0 +1,68 @@
+#include "TovekSMService/store/Transaction.h"
+
+#include "TovekSMService/store/StoreFailure.h"
+
+#include <QSqlError>
+
+namespace {
+
+void needOpen(const QSqlDatabase &database)
+{
+    if (!database.isOpen())
+        throw StoreFailure(StoreFailure::Kind::ReadOnly, QStringLiteral("the store is not open"));
+}
+
+} // namespace
+
+QSqlQuery prepared(const QSqlDatabase &database, const QString &statement)
+{
+    needOpen(database);
+    QSqlQuery query(database);
+    query.setForwardOnly(true);
+    if (!query.prepare(statement))
+        throw StoreFailure(query.lastError());
+    return query;
+}
+
+QString notNull(const QString &text)
+{
+    if (text.startsWith(QChar::ByteOrderMark) || text.startsWith(QChar::ByteOrderSwapped))
+        return QChar(QChar::ByteOrderMark) + text;
+    return text.isNull() ? QStringLiteral("") : text;
+}
+
+void execute(QSqlQuery &query)
+{
+    if (!query.exec())
+        throw StoreFailure(query.lastError());
+}
+
+void execute(const QSqlDatabase &database, const QString &statement)
+{
+    needOpen(database);
+    QSqlQuery query(database);
+    if (!query.exec(statement))
+        throw StoreFailure(query.lastError());
+}
+
+Transaction::Transaction(const QSqlDatabase &database, Kind kind) : m_database(database)
+{
+    if (kind == Kind::Part)
+        return;
+    execute(m_database, QStringLiteral("BEGIN IMMEDIATE"));
+    m_open = true;
+}
+
+Transaction::~Transaction()
+{
+    if (m_open)
+        QSqlQuery(m_database).exec(QStringLiteral("ROLLBACK"));
+}
+
+void Transaction::commit()
+{
+    if (!m_open)
+        return;
+    execute(m_database, QStringLiteral("COMMIT"));
+    m_open = false;
+}

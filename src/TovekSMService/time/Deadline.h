@@ -1,0 +1,22 @@
+#pragma once
+
+#include "TovekSMService/time/TimeSource.h"
+
+/// A moment on a time source; over as long as none is set.
+class Deadline
+{
+public:
+    /// @param time  must outlive this object
+    explicit Deadline(const TimeSource &time) : m_time(&time), m_at(time.nanoseconds()) {}
+
+    /// @param milliseconds  from now
+    void setRemainingTime(qint64 milliseconds)
+    {
+        m_at = m_time->nanoseconds() + milliseconds * 1'000'000;
+    }
+    bool hasExpired() const { return m_time->nanoseconds() >= m_at; }
+
+private:
+    const TimeSource *m_time;
+    qint64 m_at;
+};

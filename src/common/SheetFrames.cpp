@@ -1,0 +1,96 @@
+#include "common/SheetFrames.h"
+
+#include <QDataStream>
+#include <QIODevice>
+#include <QtEndian>
+
+namespace SheetFrames {
+namespace {
+
+constexpr auto Version = QDataStream::Qt_6_4;
+
+enum class Kind : quint8 { Answer, Failure };
+
+} // namespace
+
+QByteArray framed(const QByteArray &body)
+{
+    QByteArray frame(sizeof(quint32), Qt::Uninitialized);
+    qToBigEndian(static_cast<quint32>(body.size()), frame.data());
+    return frame + body;
+}
+
+quint32 bodyLength(QByteArrayView fourBytes)
+{
+    return qFromBigEndian<quint32>(fourBytes.data());
+}
+
+QByteArray encode(const Question &question)
+{
+    QByteArray body;
+    QDataStream stream(&body, QIODevice::WriteOnly);
+    stream.setVersion(Version);
+    stream << static_cast<quint8>(question.operation) << question.name << question.field
+           << question.first;
+    return body;
+}
+
+QByteArray encode(const Answer &answer)
+{
+    QByteArray body;
+    QDataStream stream(&body, QIODevice::WriteOnly);
+    stream.setVersion(Version);
+    if (answer.failure) {
+        stream << static_cast<quint8>(Kind::Failure) << answer.failure->number()
+               << answer.failure->source() << answer.failure->description();
+        return body;
+    }
+    stream << static_cast<quint8>(Kind::Answer) << answer.names << answer.rows
+           << static_cast<quint32>(answer.values.size());
+    for (const std::optional<QString> &value : answer.values)
+        stream << value.has_value() << value.value_or(QString());
+    return body;
+}
+
+std::optional<Question> decodeQuestion(const QByteArray &body)
+{
+    QDataStream stream(body);
+    stream.setVersion(Version);
+    quint8 operation = 0;
+    Question question;
+    stream >> operation >> question.name >> question.field >> question.first;
+    if (stream.status() != QDataStream::Ok || operation > static_cast<quint8>(Operation::Values))
+        return std::nullopt;
+    question.operation = static_cast<Operation>(operation);
+    return question;
+}
+
+std::optional<Answer> decodeAnswer(const QByteArray &body)
+{
+    QDataStream stream(body);
+    stream.setVersion(Version);
+    quint8 kind = 0;
+    stream >> kind;
+    Answer answer;
+    if (kind == static_cast<quint8>(Kind::Failure)) {
+        qint32 number = 0;
+        QString source;
+        QString description;
+        stream >> number >> source >> description;
+        answer.failure.emplace(number, source, description);
+    } else {
+        quint32 count = 0;
+        stream >> answer.names >> answer.rows >> count;
+        for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
+            bool given = false;
+            QString value;
+            stream >> given >> value;
+            answer.values.append(given ? std::optional(value) : std::nullopt);
+        }
+    }
+    if (stream.status() != QDataStream::Ok)
+        return std::nullopt;
+    return answer;
+}
+
+} // namespace SheetFrames

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "common/NumberedFailure.h"
+#include "common/SpreadsheetConnection.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+// What the console and its sheet reader say to each other over a pair of pipes: frames of a length
+// of 32 bits and a body. A question is answered by one frame.
+
+namespace SheetFrames {
+
+/// Longest body of a frame, in bytes.
+inline constexpr quint32 MostBytes = 64 << 20;
+
+enum class Operation : quint8 { Open, Describe, Values };
+
+struct Question
+{
+    Operation operation = Operation::Open;
+    QString name;     ///< the file's path, or the sheet
+    QString field;    ///< of Values
+    qint32 first = 0; ///< of Values: the first row wanted, counted from 0
+};
+
+/// What an answer holds depends on the operation: the sheets; fields and count of rows; values of
+/// rows, at least one of them. Or it is a failure.
+struct Answer
+{
+    std::optional<NumberedFailure> failure;
+    QStringList names;
+    qint32 rows = 0;
+    QList<std::optional<QString>> values;
+};
+
+/// A frame with its length in front.
+QByteArray framed(const QByteArray &body);
+/// The length that the first four bytes of a frame tell.
+quint32 bodyLength(QByteArrayView fourBytes);
+
+QByteArray encode(const Question &question);
+QByteArray encode(const Answer &answer);
+/// Nothing, if `body` isn't one.
+std::optional<Question> decodeQuestion(const QByteArray &body);
+std::optional<Answer> decodeAnswer(const QByteArray &body);
+
+} // namespace SheetFrames

@@ -1,0 +1,77 @@
+#include "contract/BusTypes.h"
+
+#include <QDBusMetaType>
+
+void Bus::registerTypes()
+{
+    // The bus library looks the types of arguments up by their names in the declaration.
+    qRegisterMetaType<BusSMSList>("BusSMSList");
+    qRegisterMetaType<BusQueueRows>("BusQueueRows");
+    qDBusRegisterMetaType<DeviceSettings>();
+    qDBusRegisterMetaType<SMSList::Entry>();
+    qDBusRegisterMetaType<BusSMSList>();
+    qDBusRegisterMetaType<QueueRow>();
+    qDBusRegisterMetaType<BusQueueRows>();
+    qDBusRegisterMetaType<QList<qlonglong>>();
+}
+
+QString Bus::dateText(const QDateTime &moment)
+{
+    return moment.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
+QString Bus::withoutNul(const QString &text)
+{
+    QString clean = text;
+    return clean.replace(QChar(u'\0'), QChar(u' '));
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const DeviceSettings &settings)
+{
+    argument.beginStructure();
+    argument << settings.DeviceType << settings.PINCode << settings.ConnectionMode
+             << settings.Protocol << settings.Parameter;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, DeviceSettings &settings)
+{
+    argument.beginStructure();
+    argument >> settings.DeviceType >> settings.PINCode >> settings.ConnectionMode >>
+        settings.Protocol >> settings.Parameter;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const SMSList::Entry &entry)
+{
+    argument.beginStructure();
+    argument << entry.phone << entry.message;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, SMSList::Entry &entry)
+{
+    argument.beginStructure();
+    argument >> entry.phone >> entry.message;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const QueueRow &row)
+{
+    argument.beginStructure();
+    argument << row.deliveryDate << row.phone << row.message << row.id;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, QueueRow &row)
+{
+    argument.beginStructure();
+    argument >> row.deliveryDate >> row.phone >> row.message >> row.id;
+    argument.endStructure();
+    return argument;
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "contract/DeviceSettings.h"
+#include "contract/QueueRecordSet.h"
+#include "contract/SMSList.h"
+
+#include <QDBusArgument>
+#include <QDateTime>
+#include <QList>
+#include <QMetaType>
+#include <QString>
+
+// The contract's records in the bus's own form, and the names under which the engine is found.
+
+namespace Bus {
+
+inline constexpr char ServiceName[] = "com.tovek.SMService";
+inline constexpr char ObjectPath[] = "/com/tovek/SMService";
+inline constexpr char InterfaceName[] = "com.tovek.SMService.SMSManager1";
+
+/// Rows in one page of GetQueue.
+inline constexpr quint32 QueuePageRows = 4000;
+
+/// How long a call may take before it counts as failed, in milliseconds.
+inline constexpr int CallTimeout = 15'000;
+inline constexpr int TestDeviceTimeout = 200'000;
+/// The engine answers TestDevice within this time whatever the device does, in milliseconds.
+inline constexpr int TestDeviceAnswer = 150'000;
+
+/// Makes the record types known to the bus library; to be called once before any call.
+void registerTypes();
+
+/// "yyyy-MM-ddTHH:mm:ss"
+QString dateText(const QDateTime &moment);
+
+/// `text` with a space in place of each NUL: a string on the bus can't hold one.
+QString withoutNul(const QString &text);
+
+} // namespace Bus
+
+using BusSMSList = QList<SMSList::Entry>;
+using BusQueueRows = QList<QueueRow>;
+
+QDBusArgument &operator<<(QDBusArgument &argument, const DeviceSettings &settings);
+const QDBusArgument &operator>>(const QDBusArgument &argument, DeviceSettings &settings);
+QDBusArgument &operator<<(QDBusArgument &argument, const SMSList::Entry &entry);
+const QDBusArgument &operator>>(const QDBusArgument &argument, SMSList::Entry &entry);
+QDBusArgument &operator<<(QDBusArgument &argument, const QueueRow &row);
+const QDBusArgument &operator>>(const QDBusArgument &argument, QueueRow &row);
+
+Q_DECLARE_METATYPE(DeviceSettings)
+Q_DECLARE_METATYPE(SMSList::Entry)
+Q_DECLARE_METATYPE(QueueRow)

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "contract/BusTypes.h"
+
+namespace Bus {
+
+/// For how long an engine that is to end, or has lost its bus, goes on for the part that it is
+/// sending, in milliseconds.
+inline constexpr int EngineEndLimit = 20'000;
+/// How long an engine may take to come up: the one before it may be ending.
+inline constexpr int EngineStartLimit = EngineEndLimit + CallTimeout;
+
+} // namespace Bus

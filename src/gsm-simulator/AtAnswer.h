@@ -1,0 +1,60 @@
+#pragma once
+
+#include "gsm-simulator/AtCommandLine.h"
+
+#include <QByteArray>
+#include <QByteArrayList>
+
+#include <initializer_list>
+
+namespace simulator {
+
+enum class Final { Ok, Error, EquipmentError, MessageError, NoCarrier, Prompt };
+
+/// Error numbers of 3GPP TS 27.007, 9.2.
+namespace EquipmentFailure {
+constexpr int NotAllowed = 3;
+constexpr int NotSupported = 4;
+constexpr int PinRequired = 11;
+constexpr int PukRequired = 12;
+constexpr int SimFailure = 13;
+constexpr int WrongPassword = 16;
+constexpr int BadParameters = 50;
+} // namespace EquipmentFailure
+
+/// Error numbers of 3GPP TS 27.005, 3.2.5.
+namespace MessageFailure {
+constexpr int NotAllowed = 302;
+constexpr int NotSupported = 303;
+constexpr int BadPduParameter = 304;
+constexpr int BadTextParameter = 305;
+constexpr int PinRequired = 311;
+constexpr int SimFailure = 313;
+constexpr int PukRequired = 316;
+constexpr int BadIndex = 321;
+constexpr int NoNetwork = 331;
+} // namespace MessageFailure
+
+/// What a command answers: lines of information, and how it ended.
+struct AtAnswer
+{
+    QByteArrayList lines;
+    Final final = Final::Ok;
+    int code = 0;
+};
+
+AtAnswer ok();
+AtAnswer ok(const QByteArray &line);
+AtAnswer error();
+AtAnswer equipmentError(int code);
+AtAnswer messageError(int code);
+
+/// The words of +CMEE=2 for an error number.
+QByteArray equipmentErrorText(int code);
+
+/// Answers a command that reads and sets one number out of a few.
+/// @param badValue  the answer to any other value
+AtAnswer choice(const AtCommand &command, int &value, std::initializer_list<int> allowed,
+                const AtAnswer &badValue);
+
+} // namespace simulator

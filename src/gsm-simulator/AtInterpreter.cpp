@@ -1,0 +1,290 @@
+#include "gsm-simulator/AtInterpreter.h"
+
+#include "gsm-simulator/CommandTable.h"
+#include "gsm-simulator/Submission.h"
+
+#include <array>
+#include <utility>
+
+namespace simulator {
+
+namespace {
+
+constexpr char Backspace = 0x08;
+constexpr char LineEnd = '\r';
+constexpr char EndOfEntry = 0x1A;
+constexpr char CancelEntry = 0x1B;
+constexpr qsizetype LongestLine = 2048;
+constexpr qsizetype LongestEntry = 2048;
+constexpr qsizetype BufferSize = 16384;
+
+bool isControl(char byte)
+{
+    return (byte >= 0 && byte < ' ') || byte == 0x7F;
+}
+
+qsizetype findAttention(const QByteArray &line)
+{
+    for (qsizetype i = 0; i + 1 < line.size(); ++i) {
+        if ((line.at(i) | 0x20) == 'a' && (line.at(i + 1) | 0x20) == 't')
+            return i;
+    }
+    return -1;
+}
+
+} // namespace
+
+AtInterpreter::AtInterpreter(const ModemSettings &settings)
+    : m_modem(settings), m_noise(settings.seed)
+{}
+
+Step AtInterpreter::take(const QByteArray &bytes)
+{
+    Step step;
+    if (m_modem.settings.silent || m_unplugged)
+        return step;
+    m_input += isPaused() ? bytes.left(BufferSize - m_input.size()) : bytes;
+    process(step);
+    return step;
+}
+
+Step AtInterpreter::resume()
+{
+    Step step;
+    if (!m_pending)
+        return step;
+    finishSubmission(step);
+    process(step);
+    return step;
+}
+
+void AtInterpreter::process(Step &step)
+{
+    while (m_position < m_input.size() && !isPaused() && !m_unplugged) {
+        const char byte = m_input.at(m_position++);
+        if (m_reading == Reading::Command) {
+            takeCommandByte(byte, step);
+        } else {
+            takeEntryByte(byte, step);
+        }
+    }
+    m_input.remove(0, m_position);
+    m_position = 0;
+}
+
+void AtInterpreter::takeCommandByte(char byte, Step &step)
+{
+    if (m_modem.profile.echo == 1)
+        step.output += byte;
+    if (byte == LineEnd) {
+        runLine(step);
+    } else if (byte == Backspace) {
+        m_line.chop(1);
+    } else if (!isControl(byte)) {
+        if (m_line.size() < LongestLine) {
+            m_line += byte;
+        } else {
+            m_overlong = true;
+        }
+    }
+}
+
+void AtInterpreter::runLine(Step &step)
+{
+    const QByteArray line = std::exchange(m_line, QByteArray());
+    const bool overlong = std::exchange(m_overlong, false);
+    const qsizetype attention = findAttention(line);
+    if (attention < 0)
+        return;
+    disturb(step);
+    if (overlong) {
+        write(error(), step);
+        return;
+    }
+    AtCommandLine commands(line.mid(attention + 2));
+    AtAnswer answer = commands.atEnd() && m_modem.settings.refusesBareAttention ? error() : ok();
+    while (!commands.atEnd() && answer.final == Final::Ok) {
+        const std::optional<AtCommand> command = commands.next();
+        answer = command ? run(*command) : error();
+        if (answer.final == Final::Prompt && !commands.atEnd())
+            answer = error();
+        write(answer.lines, step);
+    }
+    if (answer.final == Final::Prompt) {
+        openPrompt(step);
+    } else {
+        write({{}, answer.final, answer.code}, step);
+    }
+}
+
+AtAnswer AtInterpreter::run(const AtCommand &command)
+{
+    const CommandHandler handler = handlerOf(command.name);
+    return handler != nullptr ? handler(m_modem, command) : error();
+}
+
+void AtInterpreter::openPrompt(Step &step)
+{
+    m_reading = m_modem.profile.textFormat == 1 ? Reading::Text : Reading::Pdu;
+    m_entry.clear();
+    m_overlong = false;
+    step.output += "\r\n> ";
+}
+
+void AtInterpreter::takeEntryByte(char byte, Step &step)
+{
+    if (byte == EndOfEntry) {
+        closeEntry(step);
+        return;
+    }
+    if (byte == CancelEntry) {
+        m_reading = Reading::Command;
+        write(ok(), step);
+        return;
+    }
+    if (m_modem.profile.echo == 1)
+        step.output += byte;
+    // A client that ends its command with CR and LF leaves the LF for the prompt.
+    if (m_entry.isEmpty() && (byte == '\n' || (byte == LineEnd && m_reading == Reading::Pdu)))
+        return;
+    if (m_reading == Reading::Text && byte == LineEnd)
+        step.output += "\r\n> ";
+    if (m_reading == Reading::Text && byte == Backspace) {
+        m_entry.chop(1);
+    } else if (m_entry.size() < LongestEntry) {
+        m_entry += byte;
+    } else {
+        m_overlong = true;
+    }
+}
+
+void AtInterpreter::closeEntry(Step &step)
+{
+    m_pending = judgeEntry();
+    m_reading = Reading::Command;
+    m_entry.clear();
+    m_overlong = false;
+    if (m_modem.settings.latency.count() > 0 && m_pending->fromNetwork) {
+        step.pause = m_modem.settings.latency;
+        return;
+    }
+    finishSubmission(step);
+}
+
+AtInterpreter::Pending AtInterpreter::judgeEntry()
+{
+    std::optional<SubmittedPart> part;
+    if (m_reading == Reading::Text) {
+        if (!m_overlong)
+            part = readTextSubmission(m_modem.entryNumber, m_entry, m_modem.profile);
+        if (!part)
+            return {messageError(MessageFailure::BadTextParameter), {}, false};
+    } else {
+        auto read = decodeSubmission(m_entry, m_modem.entryLength);
+        if (m_overlong || std::holds_alternative<PduFault>(read))
+            return {messageError(MessageFailure::BadPduParameter), {}, false};
+        part = std::get<SubmittedPart>(std::move(read));
+    }
+    if (!m_modem.isRegistered())
+        return {messageError(MessageFailure::NoNetwork), {}, false};
+    const bool linkKept = m_modem.link.use(m_modem.settings.clock());
+    ++m_submissions;
+    const int failEvery = m_modem.settings.failEvery;
+    if (failEvery > 0 && m_submissions % failEvery == 0)
+        return {messageError(m_modem.settings.failCode), {}, true, linkKept};
+    return {ok(), std::move(part), true, linkKept};
+}
+
+void AtInterpreter::finishSubmission(Step &step)
+{
+    Pending pending = std::move(*m_pending);
+    m_pending.reset();
+    if (pending.fromNetwork)
+        m_modem.link.answered(m_modem.settings.clock());
+    if (pending.part) {
+        pending.answer.lines += "+CMGS: " + QByteArray::number(m_reference);
+        step.accepted.push_back({std::move(*pending.part), m_reference, pending.linkKept});
+        m_reference = (m_reference + 1) % 256;
+        ++m_acceptedCount;
+        m_unplugged = m_acceptedCount == m_modem.settings.dropAfter;
+        step.unplugged = m_unplugged;
+        if (m_unplugged && m_modem.settings.loseLastAnswer)
+            return;
+    }
+    disturb(step);
+    write(pending.answer.lines, step);
+    write({{}, pending.answer.final, pending.answer.code}, step);
+}
+
+void AtInterpreter::write(const QByteArrayList &lines, Step &step)
+{
+    for (const QByteArray &line : lines)
+        step.output += (m_modem.profile.verbose == 1 ? "\r\n" : "") + line + "\r\n";
+}
+
+void AtInterpreter::write(const AtAnswer &answer, Step &step)
+{
+    write(answer.lines, step);
+    if (m_modem.profile.quiet == 1)
+        return;
+    const QByteArray text = finalText(answer);
+    if (m_modem.profile.verbose == 1) {
+        step.output += "\r\n" + text + "\r\n";
+    } else {
+        step.output += text + '\r';
+    }
+}
+
+QByteArray AtInterpreter::finalText(const AtAnswer &answer) const
+{
+    const bool verbose = m_modem.profile.verbose == 1;
+    switch (answer.final) {
+    case Final::Ok:
+    case Final::Prompt:
+        return verbose ? "OK" : "0";
+    case Final::NoCarrier:
+        return verbose ? "NO CARRIER" : "3";
+    case Final::MessageError:
+        return "+CMS ERROR: " + QByteArray::number(answer.code);
+    case Final::EquipmentError:
+        if (m_modem.profile.errorForm == 1)
+            return "+CME ERROR: " + QByteArray::number(answer.code);
+        if (m_modem.profile.errorForm == 2)
+            return "+CME ERROR: " + equipmentErrorText(answer.code);
+        break;
+    case Final::Error:
+        break;
+    }
+    return verbose ? "ERROR" : "4";
+}
+
+/// What a bad line and a talkative modem put in front of an answer.
+void AtInterpreter::disturb(Step &step)
+{
+    constexpr int LinesBetween = 3;
+    if (m_modem.settings.noise) {
+        step.output += m_noise.burst();
+        if (m_modem.profile.verbose == 0)
+            step.output += "\r\n"; // no line end opens the answer
+    }
+    if (m_modem.settings.unsolicited && ++m_answeredLines % LinesBetween == 0)
+        step.output += nextUnsolicited();
+}
+
+QByteArray AtInterpreter::nextUnsolicited()
+{
+    static constexpr std::array<const char *, 5> Lines{"RING", "+CMTI: \"SM\",1", "^RSSI: 18",
+                                                       "+CREG: 1", "+CIEV: 2,4"};
+    const char *line = Lines.at(m_nextUnsolicited++ % Lines.size());
+    return QByteArrayLiteral("\r\n") + line + "\r\n";
+}
+
+QByteArray AtInterpreter::unsolicitedLine()
+{
+    const bool writing = m_reading != Reading::Command || !m_line.isEmpty();
+    if (m_modem.settings.silent || m_unplugged || writing)
+        return {};
+    return (m_modem.settings.noise ? m_noise.burst() : QByteArray()) + nextUnsolicited();
+}
+
+} // namespace simulator

@@ -1,0 +1,46 @@
+#include "gsm-simulator/CommandTable.h"
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace simulator {
+
+namespace {
+
+QHash<QByteArray, CommandHandler> allCommands()
+{
+    QHash<QByteArray, CommandHandler> commands;
+    for (const CommandEntries &entries : {basicCommands(), identityCommands(), simCommands(),
+                                          networkCommands(), messageCommands()}) {
+        for (const CommandEntry &entry : entries)
+            commands.insert(QByteArray(entry.name), entry.handler);
+    }
+    return commands;
+}
+
+const QHash<QByteArray, CommandHandler> &table()
+{
+    static const QHash<QByteArray, CommandHandler> commands = allCommands();
+    return commands;
+}
+
+} // namespace
+
+CommandHandler handlerOf(const QByteArray &name)
+{
+    return table().value(name, nullptr);
+}
+
+QByteArrayList extendedCommandNames()
+{
+    QByteArrayList names;
+    for (auto it = table().cbegin(); it != table().cend(); ++it) {
+        if (it.key().startsWith('+') || it.key().startsWith('^'))
+            names += it.key();
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace simulator

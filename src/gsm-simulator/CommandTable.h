@@ -1,0 +1,33 @@
+#pragma once
+
+#include "gsm-simulator/AtAnswer.h"
+#include "gsm-simulator/ModemState.h"
+
+#include <vector>
+
+namespace simulator {
+
+using CommandHandler = AtAnswer (*)(ModemState &, const AtCommand &);
+
+struct CommandEntry
+{
+    const char *name;
+    CommandHandler handler;
+};
+
+using CommandEntries = std::vector<CommandEntry>;
+
+/// The commands by the subject that they belong to.
+CommandEntries basicCommands();
+CommandEntries identityCommands();
+CommandEntries simCommands();
+CommandEntries networkCommands();
+CommandEntries messageCommands();
+
+/// The handler of a command, or null.
+CommandHandler handlerOf(const QByteArray &name);
+
+/// All names that start with "+" or "^", for +CLAC.
+QByteArrayList extendedCommandNames();
+
+} // namespace simulator

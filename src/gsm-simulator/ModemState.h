@@ -1,0 +1,104 @@
+#pragma once
+
+#include "gsm-simulator/ModemSettings.h"
+#include "gsm-simulator/RelayLink.h"
+#include "gsm-simulator/SimCard.h"
+
+#include <QByteArray>
+
+#include <array>
+
+namespace simulator {
+
+/// What commands set and ATZ, AT&F and a restart bring back.
+struct Profile
+{
+    int echo = 1;
+    int quiet = 0;
+    int verbose = 1;
+    std::array<int, 13> registers{0, 0, 43, 13, 10, 8, 2, 50, 2, 6, 14, 95, 50};
+    int errorForm = 0; ///< +CMEE
+    int registrationReports = 0;
+    int packetRegistrationReports = 0;
+    int operatorFormat = 0;
+    int operatorMode = 0;
+    int textFormat = 0; ///< +CMGF
+    int showDetails = 0;
+    int service = 0;
+    std::array<int, 5> indications{0, 0, 0, 0, 0};
+    std::array<QByteArray, 3> memories{QByteArrayLiteral("SM"), QByteArrayLiteral("SM"),
+                                       QByteArrayLiteral("SM")};
+    QByteArray characterSet = QByteArrayLiteral("GSM");
+    int firstOctet = 17;
+    QByteArray validity = QByteArrayLiteral("167");
+    int protocol = 0;
+    int dataCodingScheme = 0;
+    QByteArray serviceCentre = QByteArrayLiteral("+34600000000");
+};
+
+struct ModemState
+{
+    explicit ModemState(const ModemSettings &given) : settings(given), sim(given.pin, given.puk)
+    {
+        bringBackProfile();
+        setFunctionality(given.functionality);
+    }
+
+    void bringBackProfile()
+    {
+        profile = Profile();
+        link.reset();
+        profile.textFormat = settings.formats == Formats::TextOnly ? 1 : 0;
+    }
+
+    void restart()
+    {
+        bringBackProfile();
+        sim.restart();
+        functionality = NoFunctionality;
+        setFunctionality(FullFunctionality);
+    }
+
+    /// +CFUN (3GPP TS 27.007, 8.2, table 61): 1 is everything, 4 the modem without its radio, 0
+    /// without its SIM as well.
+    void setFunctionality(int level)
+    {
+        if (level != FullFunctionality)
+            link.reset();
+        else if (functionality != FullFunctionality && settings.registerAfter.count() > 0)
+            radioSince = settings.clock();
+        if (level == NoFunctionality)
+            sim.restart();
+        functionality = level;
+    }
+
+    bool hasSim() const { return functionality != NoFunctionality; }
+
+    /// The registration as +CREG tells it: none without a free SIM and a radio, and a search until
+    /// the time for that has passed.
+    int registration() const
+    {
+        if (sim.state() != SimCard::State::Ready || functionality != FullFunctionality)
+            return 0;
+        constexpr int Searching = 2;
+        const bool searches = radioSince.isValid() &&
+                              radioSince.msecsTo(settings.clock()) < settings.registerAfter.count();
+        return searches ? Searching : settings.registered;
+    }
+
+    bool isRegistered() const { return registration() == 1 || registration() == 5; }
+
+    static constexpr int NoFunctionality = 0;
+    static constexpr int FullFunctionality = 1;
+
+    ModemSettings settings;
+    Profile profile;
+    SimCard sim;
+    RelayLink link;
+    int functionality = NoFunctionality;
+    QDateTime radioSince; ///< kept where the registration takes its time
+    int entryLength = 0;  ///< +CMGS: octets of the PDU that the prompt is open for
+    QString entryNumber;  ///< +CMGS: the recipient of the text that the prompt is open for
+};
+
+} // namespace simulator

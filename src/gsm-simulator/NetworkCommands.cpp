@@ -1,0 +1,149 @@
+#include "gsm-simulator/CommandTable.h"
+#include "gsm-simulator/TextCoding.h"
+
+namespace simulator {
+
+namespace {
+
+const AtAnswer BadParameters = equipmentError(EquipmentFailure::BadParameters);
+
+AtAnswer registrationState(ModemState &modem, const AtCommand &command, int &reports)
+{
+    if (command.form != Form::Read)
+        return choice(command, reports, {0, 1, 2}, BadParameters);
+    QByteArray line = command.name + ": " + QByteArray::number(reports) + ',' +
+                      QByteArray::number(modem.registration());
+    if (reports == 2 && modem.isRegistered())
+        line += ",\"00A1\",\"0000C3D4\"";
+    return ok(line);
+}
+
+AtAnswer registration(ModemState &modem, const AtCommand &command)
+{
+    return registrationState(modem, command, modem.profile.registrationReports);
+}
+
+AtAnswer packetRegistration(ModemState &modem, const AtCommand &command)
+{
+    return registrationState(modem, command, modem.profile.packetRegistrationReports);
+}
+
+QByteArray operatorName(const Profile &profile)
+{
+    switch (profile.operatorFormat) {
+    case 0:
+        return inCharacterSet(QStringLiteral("Simulated network"), profile.characterSet);
+    case 1:
+        return inCharacterSet(QStringLiteral("SIMNET"), profile.characterSet);
+    default:
+        return QByteArrayLiteral("00101");
+    }
+}
+
+AtAnswer setOperator(ModemState &modem, const AtCommand &command)
+{
+    constexpr int FormatOnly = 3;
+    constexpr int MostMode = 4;
+    const std::vector<AtArgument> arguments = splitArguments(command.arguments);
+    const auto mode = numbersOf(arguments.at(0).text);
+    if (!mode || mode->front() < 0 || mode->front() > MostMode || arguments.size() > 4)
+        return BadParameters;
+    int format = modem.profile.operatorFormat;
+    if (arguments.size() > 1) {
+        const auto given = numbersOf(arguments.at(1).text);
+        if (!given || given->front() > 2)
+            return BadParameters;
+        format = given->front() < 0 ? format : given->front();
+    }
+    modem.profile.operatorFormat = format;
+    if (mode->front() != FormatOnly)
+        modem.profile.operatorMode = mode->front();
+    return ok();
+}
+
+AtAnswer networkOperator(ModemState &modem, const AtCommand &command)
+{
+    Profile &profile = modem.profile;
+    const QByteArray mode = QByteArray::number(profile.operatorMode);
+    switch (command.form) {
+    case Form::Test:
+        return ok("+COPS: (2,\"Simulated network\",\"SIMNET\",\"00101\"),,(0,1,2,3,4),(0,1,2)");
+    case Form::Read:
+        if (!modem.isRegistered())
+            return ok("+COPS: " + mode);
+        return ok("+COPS: " + mode + ',' + QByteArray::number(profile.operatorFormat) + ",\"" +
+                  operatorName(profile) + '"');
+    case Form::Set:
+        return setOperator(modem, command);
+    default:
+        return error();
+    }
+}
+
+AtAnswer signal(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("+CSQ: (0-31,99),(0-7,99)");
+    if (command.form != Form::Execute)
+        return error();
+    return ok("+CSQ: " + QByteArray::number(modem.settings.signal) + ",99");
+}
+
+AtAnswer battery(ModemState &, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("+CBC: (0-3),(0-100)");
+    return command.form == Form::Execute ? ok("+CBC: 0,100") : error();
+}
+
+AtAnswer clockTime(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test || command.form == Form::Set)
+        return ok();
+    if (command.form != Form::Read)
+        return error();
+    constexpr int QuarterOfAnHour = 900;
+    const QDateTime now = modem.settings.clock();
+    const int quarters = now.offsetFromUtc() / QuarterOfAnHour;
+    return ok("+CCLK: \"" + now.toString(u"yy/MM/dd,hh:mm:ss").toLatin1() +
+              (quarters < 0 ? '-' : '+') +
+              QByteArray::number(qAbs(quarters)).rightJustified(2, '0') + '"');
+}
+
+AtAnswer functionality(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("+CFUN: (0,1,4),(0,1)");
+    if (command.form != Form::Set)
+        return choice(command, modem.functionality, {0, 1, 4}, BadParameters);
+    const auto numbers = numbersOf(command.arguments);
+    if (!numbers || numbers->size() > 2)
+        return BadParameters;
+    const int level = numbers->front();
+    const int restart = numbers->size() == 2 ? numbers->back() : 0;
+    if ((level != 0 && level != 1 && level != 4) || restart < 0 || restart > 1)
+        return BadParameters;
+    if (restart == 1)
+        modem.restart();
+    modem.setFunctionality(level);
+    return ok();
+}
+
+AtAnswer activity(ModemState &, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("+CPAS: (0,3,4)");
+    return command.form == Form::Execute ? ok("+CPAS: 0") : error();
+}
+
+} // namespace
+
+CommandEntries networkCommands()
+{
+    return {{"+CREG", registration},    {"+CGREG", packetRegistration},
+            {"+COPS", networkOperator}, {"+CSQ", signal},
+            {"+CBC", battery},          {"+CCLK", clockTime},
+            {"+CFUN", functionality},   {"+CPAS", activity}};
+}
+
+} // namespace simulator

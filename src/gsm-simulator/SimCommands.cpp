@@ -1,0 +1,141 @@
+#include "gsm-simulator/CommandTable.h"
+
+namespace simulator {
+
+namespace {
+
+AtAnswer lockedAnswer(SimCard::State state)
+{
+    switch (state) {
+    case SimCard::State::PinNeeded:
+        return equipmentError(EquipmentFailure::PinRequired);
+    case SimCard::State::PukNeeded:
+        return equipmentError(EquipmentFailure::PukRequired);
+    default:
+        return equipmentError(EquipmentFailure::SimFailure);
+    }
+}
+
+/// Commands to a card without power.
+template <AtAnswer (*handler)(ModemState &, const AtCommand &)>
+AtAnswer powered(ModemState &modem, const AtCommand &command)
+{
+    return modem.hasSim() || command.form == Form::Test
+               ? handler(modem, command)
+               : equipmentError(EquipmentFailure::SimFailure);
+}
+
+AtAnswer subscriber(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok();
+    if (command.form != Form::Execute)
+        return error();
+    if (modem.sim.state() != SimCard::State::Ready)
+        return lockedAnswer(modem.sim.state());
+    return ok(modem.settings.imsi);
+}
+
+/// The card's own number can be read before any PIN.
+AtAnswer cardNumber(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok();
+    if (command.form == Form::Set)
+        return error();
+    return ok(command.name + ": " + modem.settings.iccid);
+}
+
+QByteArray askedCode(SimCard::State state)
+{
+    switch (state) {
+    case SimCard::State::Ready:
+        return QByteArrayLiteral("READY");
+    case SimCard::State::PinNeeded:
+        return QByteArrayLiteral("SIM PIN");
+    default:
+        return QByteArrayLiteral("SIM PUK");
+    }
+}
+
+AtAnswer enterCode(SimCard &sim, const AtCommand &command)
+{
+    const std::vector<AtArgument> codes = splitArguments(command.arguments);
+    const SimCard::State before = sim.state();
+    if (before == SimCard::State::PukNeeded && codes.size() == 1)
+        return lockedAnswer(before);
+    if (codes.size() > 2)
+        return equipmentError(EquipmentFailure::BadParameters);
+    const SimCard::Outcome outcome = codes.size() == 1
+                                         ? sim.enterPin(codes.at(0).text)
+                                         : sim.unblock(codes.at(0).text, codes.at(1).text);
+    switch (outcome) {
+    case SimCard::Outcome::Accepted:
+        return ok();
+    case SimCard::Outcome::Wrong:
+        return equipmentError(EquipmentFailure::WrongPassword);
+    case SimCard::Outcome::Malformed:
+        return equipmentError(EquipmentFailure::BadParameters);
+    case SimCard::Outcome::NotAsked:
+        break;
+    }
+    return equipmentError(before == SimCard::State::Blocked ? EquipmentFailure::SimFailure
+                                                            : EquipmentFailure::NotAllowed);
+}
+
+AtAnswer pin(ModemState &modem, const AtCommand &command)
+{
+    switch (command.form) {
+    case Form::Test:
+        return ok();
+    case Form::Read:
+        if (modem.sim.state() == SimCard::State::Blocked)
+            return lockedAnswer(modem.sim.state());
+        return ok("+CPIN: " + askedCode(modem.sim.state()));
+    case Form::Set:
+        return enterCode(modem.sim, command);
+    default:
+        return error();
+    }
+}
+
+/// Tries left: all codes of the card, or the one that is asked for by name.
+AtAnswer triesLeft(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok();
+    const QByteArray pinLine = "+CPINR: SIM PIN," + QByteArray::number(modem.sim.pinTriesLeft());
+    const QByteArray pukLine = "+CPINR: SIM PUK," + QByteArray::number(modem.sim.pukTriesLeft());
+    if (command.form == Form::Execute)
+        return {{pinLine + ",3", pukLine + ",10"}, Final::Ok, 0};
+    const QByteArray asked = splitArguments(command.arguments).front().text;
+    if (command.form == Form::Set && asked == "SIM PIN")
+        return ok(pinLine + ",3");
+    if (command.form == Form::Set && asked == "SIM PUK")
+        return ok(pukLine + ",10");
+    return equipmentError(EquipmentFailure::BadParameters);
+}
+
+AtAnswer facilityLock(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("+CLCK: (\"SC\")");
+    const std::vector<AtArgument> arguments = splitArguments(command.arguments);
+    if (command.form != Form::Set || arguments.size() < 2 || arguments.at(0).text != "SC")
+        return equipmentError(EquipmentFailure::NotSupported);
+    if (arguments.at(1).text != "2")
+        return equipmentError(EquipmentFailure::NotAllowed);
+    return ok(modem.sim.asksForPin() ? "+CLCK: 1" : "+CLCK: 0");
+}
+
+} // namespace
+
+CommandEntries simCommands()
+{
+    return {{"+CIMI", powered<subscriber>},  {"+CCID", powered<cardNumber>},
+            {"+ICCID", powered<cardNumber>}, {"^ICCID", powered<cardNumber>},
+            {"+CPIN", powered<pin>},         {"+CPINR", powered<triesLeft>},
+            {"+CLCK", powered<facilityLock>}};
+}
+
+} // namespace simulator

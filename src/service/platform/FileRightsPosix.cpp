@@ -1,8 +1,0 @@
-#include "service/platform/FileRights.h"
-
-#include <sys/stat.h>
-
-void keepFilesToOwner()
-{
-    ::umask(S_IRWXG | S_IRWXO);
-}

@@ -1,0 +1,234 @@
+#include "NorvaneSMS/engine/EngineLauncher.h"
+
+#include "NorvaneSMS/engine/EngineWait.h"
+#include "contract/BusTypes.h"
+#include "foundation/FailureTexts.h"
+#include "support/PrivateBus.h"
+#include "support/RaisedFailure.h"
+
+#include <QDBusConnectionInterface>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr int longLimit = 24 * 3'600'000; // ms; a start that takes it hangs
+
+QString nowhere()
+{
+    return QStringLiteral("/nonexistent/TovekSMService");
+}
+
+std::optional<NumberedFailure> failureOfStart(const QDBusConnection &bus, const QString &program,
+                                              int timeLimit)
+{
+    ProcessEngineLauncher launcher(bus, program, timeLimit);
+    return raisedFailure([&] { launcher.ensureRunning(); });
+}
+
+bool engineIsOnBus(const QDBusConnection &bus)
+{
+    return bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+}
+
+/// A program of a few lines, in a folder of its own.
+class Script
+{
+public:
+    explicit Script(const QByteArray &lines)
+    {
+        QFile file(path());
+        if (!file.open(QIODevice::WriteOnly))
+            return;
+        file.write("#!/bin/sh\n" + lines + '\n');
+        file.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    }
+    QString path() const { return m_folder.filePath(QStringLiteral("engine")); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// Runs as long as its script is there, and never gets to the bus.
+constexpr char staysAway[] = "while [ -e \"$0\" ]; do sleep 0.1; done";
+
+QString logFolder()
+{
+    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/TovekSMService");
+}
+
+QString logText()
+{
+    QFile file(logFolder() + QStringLiteral("/engine.log"));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+TEST(EngineLauncherTest, withoutABusThereIsNoEngine)
+{
+    const auto failure = failureOfStart(QDBusConnection(QStringLiteral("no such connection")),
+                                        QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_EQ(failure->source(), u"SMSManager"_qs);
+    EXPECT_EQ(failure->shown(),
+              u"The sending engine can't be started: there is no session bus - 429"_qs);
+}
+
+TEST(EngineLauncherTest, missingProgramFailsAtOnceAndIsNamed)
+{
+    const PrivateBus bus;
+    const auto failure = failureOfStart(bus.connection(), nowhere(), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_TRUE(failure->description().contains(nowhere()));
+}
+
+TEST(EngineLauncherTest, fileThatIsNoProgramFailsAtOnce)
+{
+    const PrivateBus bus;
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("TovekSMService"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("no program");
+    file.close();
+    const auto notExecutable = failureOfStart(bus.connection(), path, longLimit);
+    ASSERT_TRUE(notExecutable);
+    EXPECT_EQ(notExecutable->number(), 429);
+
+    const auto isFolder = failureOfStart(bus.connection(), folder.path(), longLimit);
+    ASSERT_TRUE(isFolder);
+    EXPECT_EQ(isFolder->number(), 429);
+}
+
+TEST(EngineLauncherTest, programThatNeverComesUpIsWaitedForNoLongerThanTheLimit)
+{
+    const PrivateBus bus;
+    const Script program(staysAway);
+    const auto failure = failureOfStart(bus.connection(), program.path(), 50);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_EQ(failure->description(),
+              FailureText::engineNotStarted(FailureText::engineDidNotComeUp()));
+}
+
+TEST(EngineLauncherTest, programThatEndsWithoutComingUpIsNotWaitedFor)
+{
+    const PrivateBus bus;
+    const auto failure = failureOfStart(bus.connection(), QStringLiteral("/bin/true"), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_EQ(failure->description(), FailureText::engineNotStarted(FailureText::engineEnded()));
+}
+
+TEST(EngineLauncherTest, programThatEndsBecauseAnotherEngineIsUpIsNoFailure)
+{
+    const PrivateBus bus;
+    QDBusConnection other = bus.connection();
+    // The other engine comes up between the look at the bus and the end of the program.
+    class OtherEngine : public EngineWait
+    {
+    public:
+        explicit OtherEngine(QDBusConnection &bus) : m_bus(bus) {}
+        void waiting(qint64) override { m_bus.registerService(QLatin1String(Bus::ServiceName)); }
+        void ended() override {}
+
+    private:
+        QDBusConnection &m_bus;
+    } engine(other);
+    const Script program("exec sleep 0.2");
+    ProcessEngineLauncher launcher(bus.connection(), program.path(), longLimit, &engine);
+    EXPECT_FALSE(raisedFailure([&] { launcher.ensureRunning(); }));
+}
+
+/// Notes a wait for the engine's start.
+class NotedEngineWait : public EngineWait
+{
+public:
+    void waiting(qint64 milliseconds) override { times << milliseconds; }
+    void ended() override { ++ends; }
+
+    QList<qint64> times;
+    int ends = 0;
+};
+
+TEST(EngineLauncherTest, theWaitIsToldUntilItEndsWhetherTheBusStartsTheEngineOrTheLauncher)
+{
+    for (const bool activated : {true, false}) {
+        const PrivateBus bus(activated ? QStringLiteral(NORVANE_FAKE_ENGINE) : QString());
+        NotedEngineWait wait;
+        ProcessEngineLauncher launcher(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE),
+                                       longLimit, &wait);
+        launcher.ensureRunning();
+        EXPECT_FALSE(wait.times.isEmpty()) << "a program takes its time to come up";
+        EXPECT_TRUE(std::is_sorted(wait.times.cbegin(), wait.times.cend()));
+        EXPECT_EQ(wait.ends, 1);
+        launcher.ensureRunning();
+        EXPECT_EQ(wait.ends, 1) << "nothing is waited for";
+    }
+}
+
+TEST(EngineLauncherTest, theWaitEndsWithAFailureToo)
+{
+    const PrivateBus bus;
+    const Script program(staysAway);
+    NotedEngineWait wait;
+    ProcessEngineLauncher launcher(bus.connection(), program.path(), 50, &wait);
+    EXPECT_TRUE(raisedFailure([&] { launcher.ensureRunning(); }));
+    EXPECT_FALSE(wait.times.isEmpty());
+    EXPECT_EQ(wait.ends, 1);
+}
+
+TEST(EngineLauncherTest, engineThatIsUpIsNotStartedAgain)
+{
+    const PrivateBus bus;
+    QDBusConnection connection = bus.connection();
+    ASSERT_TRUE(connection.registerService(QLatin1String(Bus::ServiceName)));
+    EXPECT_FALSE(failureOfStart(connection, nowhere(), longLimit));
+}
+
+TEST(EngineLauncherTest, programIsStartedInASessionOfItsOwnWithItsErrorsInAFile)
+{
+    const PrivateBus bus;
+    const auto failure =
+        failureOfStart(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
+    ASSERT_FALSE(failure) << qPrintable(failure->shown());
+    EXPECT_TRUE(engineIsOnBus(bus.connection()));
+    const QString log = logText();
+    EXPECT_TRUE(log.startsWith(u"arguments 0\nfolder /\nsession ")) << qPrintable(log);
+    EXPECT_FALSE(log.endsWith(QStringLiteral("session %1\n").arg(::getsid(0)))) << qPrintable(log);
+    const auto rights = QFileInfo(logFolder()).permissions();
+    EXPECT_FALSE(rights & (QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                           QFile::ReadOther | QFile::WriteOther | QFile::ExeOther));
+    EXPECT_FALSE(failureOfStart(bus.connection(), nowhere(), longLimit));
+}
+
+TEST(EngineLauncherTest, installedEngineIsStartedByTheBus)
+{
+    const PrivateBus bus(QStringLiteral(NORVANE_FAKE_ENGINE));
+    const auto failure = failureOfStart(bus.connection(), nowhere(), longLimit);
+    ASSERT_FALSE(failure) << qPrintable(failure->shown());
+    EXPECT_TRUE(engineIsOnBus(bus.connection()));
+}
+
+TEST(EngineLauncherTest, failureOfTheBusToStartTheEngineIsToldInItsWords)
+{
+    const PrivateBus bus(QStringLiteral("/nonexistent/TovekSMService"));
+    // The program at hand isn't tried: what is installed decides.
+    const auto failure =
+        failureOfStart(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->number(), 429);
+    EXPECT_TRUE(failure->description().contains(u"com.tovek.SMService"))
+        << qPrintable(failure->description());
+    EXPECT_FALSE(engineIsOnBus(bus.connection()));
+}
+
+} // namespace

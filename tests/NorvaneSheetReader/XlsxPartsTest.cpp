@@ -1,0 +1,114 @@
+#include "NorvaneSheetReader/SheetFile.h"
+#include "NorvaneSheetReader/SpreadsheetFixture.h"
+#include "support/RaisedFailure.h"
+
+using S = QStringList;
+
+namespace {
+
+QByteArray relation(const QByteArray &id, const QByteArray &type, const QByteArray &target)
+{
+    return "<Relationship Id=\"" + id + "\" Type=\"x/" + type + "\" Target=\"" + target + "\"/>";
+}
+
+QByteArray relations(const QByteArray &within)
+{
+    return "<Relationships>" + within + "</Relationships>";
+}
+
+QByteArray sheetOf(const QByteArray &text)
+{
+    return "<worksheet><sheetData><row><c t=\"inlineStr\"><is><t>N</t></is></c></row>"
+           "<row><c t=\"inlineStr\"><is><t>" +
+           text + "</t></is></c></row></sheetData></worksheet>";
+}
+
+/// A workbook of one sheet, whose parts are called like this.
+QByteArray bookWith(const QByteArray &toBook, const QByteArray &toSheet)
+{
+    return zipOf({{"_rels/.rels", relations(relation("r0", "officeDocument", toBook))},
+                  {"xl/workbook.xml", "<workbook xmlns:r=\"r\"><sheets><sheet name=\"A\" "
+                                      "r:id=\"r1\"/></sheets></workbook>"},
+                  {"xl/_rels/workbook.xml.rels", relations(relation("r1", "worksheet", toSheet))},
+                  {"xl/worksheets/sheet.xml", sheetOf("in xl")},
+                  {"other/sheet.xml", sheetOf("in other")}});
+}
+
+} // namespace
+
+TEST_F(Spreadsheets, targetsOfAnXlsxAreResolvedFromTheFolderOfTheirSource)
+{
+    const QList<std::pair<QByteArray, QString>> cases{
+        {"worksheets/sheet.xml", u"in xl"_qs},
+        {"./worksheets/sheet.xml", u"in xl"_qs},
+        {"/xl/worksheets/sheet.xml", u"in xl"_qs},
+        {"worksheets/./sheet.xml", u"in xl"_qs},
+        {"../xl/worksheets/sheet.xml", u"in xl"_qs},
+        {"../other/sheet.xml", u"in other"_qs},
+        {"worksheets/../../other/sheet.xml", u"in other"_qs},
+        {"../../../other/sheet.xml", u"in other"_qs},
+    };
+    for (const auto &[target, text] : cases) {
+        openBytes(bookWith("xl/workbook.xml", target));
+        EXPECT_EQ(values(u"N"_qs), S{text}) << target.constData();
+    }
+    for (const char *toBook : {"./xl/workbook.xml", "/xl/workbook.xml", "xl/../xl/workbook.xml"}) {
+        openBytes(bookWith(toBook, "worksheets/sheet.xml"));
+        EXPECT_EQ(values(u"N"_qs), S{u"in xl"_qs}) << toBook;
+    }
+    EXPECT_EQ(raisedNumber([&] { openBytes(bookWith("xl/workbook.xml", "../sheet.xml")); }),
+              SheetFailure::BadFile);
+}
+
+TEST_F(Spreadsheets, escapedCharactersOfAnXlsxAreDecoded)
+{
+    openBytes(xlsxOf(
+        "<row><c t=\"inlineStr\"><is><t>N</t></is></c></row>"
+        "<row><c t=\"inlineStr\"><is><t>a_x000D_b</t></is></c></row>"
+        "<row><c t=\"s\"><v>0</v></c></row>"
+        "<row><c t=\"str\"><v>_x0041__x0062_</v></c></row>"
+        "<row><c t=\"inlineStr\"><is><t>_x005F_x0041_</t></is></c></row>"
+        "<row><c t=\"inlineStr\"><is><t>_X0041_ _x041_ _x00G1_ _x+041_ _x0x41_ _x0041</t></is></c>"
+        "</row>",
+        "<si><r><t>_x00e1</t></r><r><t>_x00e1_</t></r></si>"));
+    EXPECT_EQ(values(u"N"_qs), (S{u"a\rb"_qs, u"_x00e1á"_qs, u"Ab"_qs, u"_x0041_"_qs,
+                                  u"_X0041_ _x041_ _x00G1_ _x+041_ _x0x41_ _x0041"_qs}));
+}
+
+TEST_F(Spreadsheets, hiddenSheetsOfAnXlsxAndAnOdsAreAsTheOthers)
+{
+    openBytes(zipOf(
+        {{"_rels/.rels", relations(relation("r0", "officeDocument", "workbook.xml"))},
+         {"workbook.xml", "<workbook xmlns:r=\"r\"><sheets>"
+                          "<sheet name=\"Uno\" state=\"hidden\" r:id=\"r1\"/>"
+                          "<sheet name=\"Dos_x0021_\" state=\"veryHidden\" r:id=\"r2\"/>"
+                          "<sheet name=\"Tres\" r:id=\"r1\"/></sheets></workbook>"},
+         {"_rels/workbook.xml.rels",
+          relations(relation("r1", "worksheet", "a.xml") + relation("r2", "worksheet", "b.xml"))},
+         {"a.xml", sheetOf("1")},
+         {"b.xml", sheetOf("2")}}));
+    EXPECT_EQ(connection.sheets(), (S{u"Uno"_qs, u"Dos!"_qs, u"Tres"_qs}));
+    EXPECT_EQ(values(u"Dos!"_qs, u"N"_qs), S{u"2"_qs});
+
+    const QByteArray cell = "<t:table-row><t:table-cell o:value-type=\"string\"><x:p>N</x:p>"
+                            "</t:table-cell></t:table-row>";
+    openBytes(odsOf(cell + "</t:table><t:table t:name=\"Dos\" t:style-name=\"hidden\">" + cell));
+    EXPECT_EQ(connection.sheets(), (S{u"Hoja1"_qs, u"Dos"_qs}));
+}
+
+TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsxSaysSo)
+{
+    for (const char *told : {"1", "true"}) {
+        openBytes(zipOf(
+            {{"_rels/.rels", relations(relation("r0", "officeDocument", "workbook.xml"))},
+             {"workbook.xml",
+              QByteArray("<workbook xmlns:r=\"r\"><workbookPr date1904=\"") + told +
+                  "\"/><sheets><sheet name=\"A\" r:id=\"r1\"/></sheets></workbook>"},
+             {"_rels/workbook.xml.rels",
+              relations(relation("r1", "worksheet", "a.xml") + relation("r2", "styles", "s.xml"))},
+             {"s.xml", "<styleSheet><cellXfs><xf numFmtId=\"14\"/></cellXfs></styleSheet>"},
+             {"a.xml", "<worksheet><row><c t=\"str\"><v>N</v></c></row><row><c s=\"0\">"
+                       "<v>44884</v></c></row></worksheet>"}}));
+        EXPECT_EQ(values(u"N"_qs), S{u"2026-11-20"_qs}) << told;
+    }
+}

@@ -1,0 +1,245 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+namespace {
+
+const QByteArray s_pinCommand = "AT+CPIN=\"4711\"";
+
+class DispatcherDeviceLife : public DispatcherFixture
+{
+protected:
+    using DispatcherFixture::DispatcherFixture;
+
+    void test()
+    {
+        m_dispatcher->testDevice(
+            [this](qint32 result) { m_events << QStringLiteral("tested %1").arg(result); });
+    }
+};
+
+TEST_F(DispatcherDeviceLife, aDeviceThatComesBackUnderAnotherNameIsFoundByItsImei)
+{
+    configure(QStringLiteral("/dev/fake, 9600"));
+    m_ports = {QStringLiteral("/dev/other"), QStringLiteral("/dev/back")};
+    m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
+        const bool isOther = m_line->openedDevice == m_ports.at(0);
+        return isOther && command == "AT+CGSN"
+                   ? std::optional(FakeModemLine::info("490154203237519"))
+                   : std::nullopt;
+    };
+    startReady();
+    EXPECT_EQ(m_store->deviceImei(QStringLiteral("/dev/fake, 9600")),
+              QStringLiteral("490154203237518"));
+
+    // In mid-message, before the payload, and after a restart of the engine too.
+    m_line->openErrors.insert(QStringLiteral("/dev/fake"), LineError::NoSuchDevice);
+    m_line->breakAfterHeard = 4;
+    add(QStringLiteral("600"));
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(m_line->openedDevice, m_ports.at(1));
+    EXPECT_EQ(m_line->payloads.size(), 1);
+    EXPECT_EQ(m_events.filter(QStringLiteral("warning")),
+              QStringList({QStringLiteral("warning -5")}));
+    makeDispatcher();
+    m_events.clear();
+    m_dispatcher->resume();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
+    EXPECT_EQ(m_line->openedDevice, m_ports.at(1));
+}
+
+TEST_F(DispatcherDeviceLife, withOtherSettingsTheOldDeviceIsNotLookedFor)
+{
+    configure(QStringLiteral("/dev/fake, 9600"));
+    startReady();
+    m_ports = {QStringLiteral("/dev/back")};
+    m_line->openErrors.insert(QStringLiteral("/dev/new"), LineError::NoSuchDevice);
+    configure(QStringLiteral("/dev/new, 9600"));
+    m_dispatcher->applySettings();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    EXPECT_FALSE(m_line->openedDevices.contains(m_ports.at(0)));
+}
+
+TEST_F(DispatcherDeviceLife, theSignalIsAskedForAgainNowAndThenWithoutAnEvent)
+{
+    m_timings.conditionMs = 20;
+    makeDispatcher();
+    startReady();
+    m_line->answers.insert("AT+CSQ", FakeModemLine::info("+CSQ: 31,0"));
+    ASSERT_TRUE(until([this] { return m_dispatcher->knownDevice()->signal == 100; }));
+    m_line->answers.insert("AT+CSQ", FakeModemLine::info("+CSQ: 0,0"));
+    ASSERT_TRUE(until([this] { return m_dispatcher->knownDevice()->signal == 0; }));
+    add(QStringLiteral("600"));
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(count(QStringLiteral("info Model 7")), 1);
+
+    m_dispatcher->stop();
+    ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Closed; }));
+    m_line->commands.clear();
+    m_time.pass(10 * m_timings.conditionMs);
+    EXPECT_TRUE(m_line->commands.isEmpty());
+}
+
+/// Closing in the middle of a PIN attempt would leave that PIN unusable for ever.
+class DispatcherPin : public DispatcherDeviceLife
+{
+protected:
+    DispatcherPin()
+    {
+        m_store->setDeviceSettings(
+            {0, QStringLiteral("4711"), 1, 1, QStringLiteral("/dev/fake, 9600")});
+        m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
+        m_line->answers.insert(s_pinCommand, QByteArray());
+    }
+
+    void startUntilThePinHasLeft()
+    {
+        m_dispatcher->start();
+        ASSERT_TRUE(until([this] { return m_line->commands.contains(s_pinCommand); }));
+        EXPECT_TRUE(m_modem->awaitsPinOutcome());
+    }
+
+    PinHistory history() const
+    {
+        return m_gate.history.value(QStringLiteral("8934071100275844103/4711"));
+    }
+
+    void answer(const QByteArray &answer)
+    {
+        takeTurns();
+        EXPECT_TRUE(m_line->isOpen());
+        EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Tried));
+        if (answer == "OK")
+            m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: READY"));
+        m_line->say(FakeModemLine::answer(answer));
+        ASSERT_TRUE(until([this] { return !m_line->isOpen(); }));
+        EXPECT_FALSE(m_modem->awaitsPinOutcome());
+    }
+};
+
+TEST_F(DispatcherPin, aStopWaitsForTheWordOfTheSim)
+{
+    startUntilThePinHasLeft();
+    m_dispatcher->stop();
+    EXPECT_EQ(m_dispatcher->status(), 0);
+    answer("OK");
+    EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
+    EXPECT_FALSE(has(QStringLiteral("info Model 7")));
+}
+
+TEST_F(DispatcherPin, aRefusalThatComesAfterTheStopIsOnRecordToo)
+{
+    startUntilThePinHasLeft();
+    m_dispatcher->stop();
+    answer("+CME ERROR: 16");
+    EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Refused));
+}
+
+TEST_F(DispatcherPin, theEndOfTheEngineWaitsForTheWordOfTheSim)
+{
+    startUntilThePinHasLeft();
+    m_dispatcher->finish();
+    takeTurns();
+    EXPECT_FALSE(has(QStringLiteral("finished")));
+    answer("OK");
+    EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("finished")); }));
+}
+
+TEST_F(DispatcherPin, newSettingsWaitForTheWordOfTheSim)
+{
+    startUntilThePinHasLeft();
+    configure(QStringLiteral("/dev/next, 9600"));
+    m_dispatcher->applySettings();
+    takeTurns();
+    EXPECT_EQ(m_line->openings, 1);
+    m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: READY"));
+    m_line->say(FakeModemLine::answer("OK"));
+    ASSERT_TRUE(until([this] { return m_line->openedDevice == QStringLiteral("/dev/next"); }));
+    EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
+}
+
+/// A device that leaves questions unanswered, with the limits of the real engine.
+class DispatcherHalfDeaf : public DispatcherDeviceLife, public testing::WithParamInterface<int>
+{
+protected:
+    DispatcherHalfDeaf() : DispatcherDeviceLife(ModemTimings{})
+    {
+        makeDispatcher();
+        m_line->onCommand = [this](const QByteArray &) -> std::optional<QByteArray> {
+            return m_deaf && ++m_asked % GetParam() == 0 ? std::optional(QByteArray())
+                                                         : std::nullopt;
+        };
+    }
+
+    /// @return after how many milliseconds there was an answer
+    qint64 testTakes()
+    {
+        m_events.clear();
+        const qint64 before = m_time.elapsed();
+        test();
+        EXPECT_TRUE(until([this] { return !m_events.filter(QStringLiteral("tested")).isEmpty(); }));
+        return m_time.elapsed() - before;
+    }
+
+    bool m_deaf = true;
+    int m_asked = 0;
+};
+
+TEST_P(DispatcherHalfDeaf, isTestedWithinTheLimit)
+{
+    EXPECT_LE(testTakes(), Bus::TestDeviceAnswer);
+
+    m_deaf = false;
+    startReady();
+    m_deaf = true;
+    EXPECT_LE(testTakes(), Bus::TestDeviceAnswer);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryNth, DispatcherHalfDeaf, testing::Values(1, 2, 3, 5));
+
+struct Trouble
+{
+    const char *name;
+    void (*make)(FakeModemLine &line);
+};
+
+class DispatcherIdling : public DispatcherDeviceLife, public testing::WithParamInterface<Trouble>
+{
+protected:
+    DispatcherIdling() : DispatcherDeviceLife(shortTimings()) {}
+};
+
+/// What the engine does on its own, it does at an alarm: few of them are few things done.
+TEST_P(DispatcherIdling, withADeviceInTroubleDoesLittleBetweenItsTries)
+{
+    m_retryTimes.shortestReopenMs = 50;
+    m_retryTimes.longestReopenMs = 400;
+    makeDispatcher();
+    m_ports = {QStringLiteral("/dev/a"), QStringLiteral("/dev/b")};
+    add(QStringLiteral("600"));
+    GetParam().make(*m_line);
+    NotedLog log;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_line->openings >= 5; }));
+    EXPECT_LE(m_time.rung(), 5 * 20);
+    EXPECT_LE(m_line->commands.size(), 5 * 40);
+    EXPECT_EQ(m_store->size(), 1);
+    EXPECT_TRUE(m_line->payloads.isEmpty());
+    EXPECT_EQ(m_events.filter(QStringLiteral("warning")).size(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Troubles, DispatcherIdling,
+    testing::Values(
+        Trouble{"absent", [](FakeModemLine &line) { line.openError = LineError::NoSuchDevice; }},
+        Trouble{"held", [](FakeModemLine &line) { line.openError = LineError::HeldByAnother; }},
+        Trouble{"silent", [](FakeModemLine &line) { line.silent = true; }},
+        Trouble{"garbage",
+                [](FakeModemLine &line) {
+                    line.onCommand = [](const QByteArray &) {
+                        return std::optional(QByteArray("\xF0\x0F\r\n\x81 xyz\r\n"));
+                    };
+                }},
+        Trouble{"promptless", [](FakeModemLine &line) { line.prompt.clear(); }}),
+    [](const auto &trouble) { return std::string(trouble.param.name); });
+
+} // namespace

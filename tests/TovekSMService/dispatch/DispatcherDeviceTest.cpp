@@ -1,0 +1,418 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+namespace {
+
+class DispatcherDevice : public DispatcherFixture
+{
+protected:
+    void test()
+    {
+        m_dispatcher->testDevice(
+            [this](qint32 result) { m_events << QStringLiteral("tested %1").arg(result); });
+    }
+
+    bool isTested(int result, int times = 1)
+    {
+        return until([&] { return count(QStringLiteral("tested %1").arg(result)) == times; });
+    }
+
+    bool isClosed()
+    {
+        return until([this] { return m_modem->state() == Modem::State::Closed; });
+    }
+};
+
+TEST_F(DispatcherDevice, aStoppedEngineOpensTestsAndClosesTheDevice)
+{
+    add(QStringLiteral("600"));
+    test();
+    ASSERT_TRUE(isTested(1));
+    EXPECT_EQ(eventsButQueue(),
+              QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+    EXPECT_TRUE(isClosed());
+    EXPECT_EQ(m_line->openings, 1);
+    EXPECT_EQ(submissions(), 0);
+    EXPECT_EQ(m_dispatcher->knownDevice()->model, QStringLiteral("Model 7"));
+}
+
+TEST_F(DispatcherDevice, aRunningEngineAsksTheDeviceThatItHas)
+{
+    startReady();
+    m_events.clear();
+    m_line->answers.insert("AT+CSQ", FakeModemLine::info("+CSQ: 31,0"));
+    test();
+    ASSERT_TRUE(isTested(1));
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+    EXPECT_EQ(m_dispatcher->knownDevice()->signal, 100);
+    EXPECT_EQ(m_line->openings, 1);
+    add(QStringLiteral("600"));
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+}
+
+TEST_F(DispatcherDevice, aTestWaitsBehindThePartInProgressAndGoesBeforeTheNextOne)
+{
+    m_line->submitAnswer.clear();
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"));
+    startReady();
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
+    m_events.clear();
+    m_dispatcher->stop();
+    test();
+    takeTurns();
+    EXPECT_EQ(eventsButQueue(), QStringList({QStringLiteral("status 0")}));
+    m_line->say(FakeModemLine::info("+CMGS: 9"));
+    ASSERT_TRUE(isTested(1));
+    EXPECT_EQ(eventsButQueue(),
+              QStringList({QStringLiteral("status 0"), QStringLiteral("sent 600 text 1"),
+                           QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+    EXPECT_EQ(submissions(), 1);
+    EXPECT_TRUE(isClosed());
+}
+
+TEST_F(DispatcherDevice, aTestGoesBeforeTheMessagesOfARunningEngine)
+{
+    m_onSubmission = [this] {
+        m_onSubmission = nullptr;
+        test();
+    };
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(eventsButQueue(),
+              QStringList({QStringLiteral("status 1"), QStringLiteral("info Model 7"),
+                           QStringLiteral("sent 600 text 1"), QStringLiteral("info Model 7"),
+                           QStringLiteral("tested 1"), QStringLiteral("sent 601 text 0")}));
+}
+
+TEST_F(DispatcherDevice, testsOfSeveralAreAnsweredTogether)
+{
+    test();
+    test();
+    EXPECT_TRUE(isTested(1, 2));
+    EXPECT_EQ(m_line->openings, 1);
+}
+
+TEST_F(DispatcherDevice, aTestIsAnsweredInTimeWhateverTheDeviceDoes)
+{
+    m_timings.testAnswerMs = 100;
+    makeDispatcher();
+    m_line->submitAnswer.clear();
+    add(QStringLiteral("600"));
+    startReady();
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
+    test();
+    ASSERT_TRUE(isTested(-39));
+    // The part goes on, and so does the next test.
+    m_line->say(FakeModemLine::info("+CMGS: 9"));
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    test();
+    EXPECT_TRUE(isTested(1));
+}
+
+TEST_F(DispatcherDevice, aTestOfASilentDeviceSaysSo)
+{
+    m_timings.testAnswerMs = 5000;
+    makeDispatcher();
+    m_line->silent = true;
+    test();
+    EXPECT_TRUE(isTested(-39));
+    EXPECT_TRUE(isClosed());
+
+    m_line->silent = false;
+    startReady();
+    m_line->silent = true;
+    test();
+    EXPECT_TRUE(isTested(-39, 2));
+}
+
+TEST_F(DispatcherDevice, aTestThatTheSimFailsGivesItsCode)
+{
+    startReady();
+    m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PUK"));
+    m_events.clear();
+    test();
+    EXPECT_TRUE(isTested(-31));
+    EXPECT_FALSE(has(QStringLiteral("info Model 7")));
+}
+
+struct WrongSettings
+{
+    const char *name;
+    const char *parameter;
+    qint32 protocol;
+    LineError lineError;
+    int code;
+};
+
+class DispatcherWrongSettings : public DispatcherDevice,
+                                public testing::WithParamInterface<WrongSettings>
+{
+protected:
+    DispatcherWrongSettings()
+    {
+        configure(QLatin1String(GetParam().parameter), GetParam().protocol);
+        m_line->openError = GetParam().lineError;
+    }
+};
+
+TEST_P(DispatcherWrongSettings, failATestWithTheirCode)
+{
+    test();
+    EXPECT_TRUE(isTested(GetParam().code));
+    EXPECT_EQ(eventsButQueue(), QStringList({QStringLiteral("warning %1").arg(GetParam().code),
+                                             QStringLiteral("tested %1").arg(GetParam().code)}));
+    EXPECT_TRUE(isClosed());
+}
+
+TEST_P(DispatcherWrongSettings, areToldOnceWhileTheQueueIsKeptAndTheEngineGoesOnTrying)
+{
+    NotedLog log;
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    const QString warning = QStringLiteral("warning %1").arg(GetParam().code);
+    ASSERT_TRUE(until([&] { return has(warning); }));
+
+    // A device that is there now is found without being told; settings have to be applied.
+    m_line->openError = LineError::None;
+    if (GetParam().lineError == LineError::None) {
+        configure(QStringLiteral("/dev/fake, 115200"));
+        m_dispatcher->applySettings();
+    }
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(count(warning), 1);
+    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("warning")).size(), 1);
+    if (GetParam().lineError != LineError::None)
+        return;
+    EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/fake"));
+    EXPECT_EQ(m_line->openedBaud, 115200);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, DispatcherWrongSettings,
+    testing::Values(WrongSettings{"noDevice", "COM1, 9600", 1, LineError::NoSuchDevice, -2},
+                    WrongSettings{"heldByAnother", "COM1, 9600", 1, LineError::HeldByAnother, -4},
+                    WrongSettings{"wrongParameter", "somewhere", 1, LineError::None, -3},
+                    WrongSettings{"emptyParameter", "", 1, LineError::None, -3},
+                    WrongSettings{"wrongSpeed", "COM1, fast", 1, LineError::None, -3},
+                    WrongSettings{"secondProtocol", "COM1, 9600", 2, LineError::None, -40},
+                    WrongSettings{"thirdProtocol", "COM1, 9600", 3, LineError::None, -40},
+                    WrongSettings{"noProtocol", "COM1, 9600", 0, LineError::None, -3},
+                    WrongSettings{"protocolBelow", "COM1, 9600", -1, LineError::None, -3},
+                    WrongSettings{"protocolAbove", "COM1, 9600", 4, LineError::None, -3}),
+    [](const auto &settings) { return std::string(settings.param.name); });
+
+TEST_F(DispatcherDevice, aDeviceThatStaysAwayIsTriedAgainWithGrowingDelaysAndToldOnce)
+{
+    m_line->openError = LineError::NoSuchDevice;
+    QList<qint64> openings;
+    m_line->onOpen = [&] { openings << m_time.elapsed(); };
+    m_dispatcher->start();
+    ASSERT_TRUE(until([&] { return openings.size() == 5; }));
+    EXPECT_EQ(openings, QList<qint64>({0, 20, 20 + 40, 20 + 40 + 80, 20 + 40 + 80 + 80}));
+    EXPECT_EQ(count(QStringLiteral("warning -2")), 1);
+    m_line->openError = LineError::None;
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
+}
+
+TEST_F(DispatcherDevice, startAndNewSettingsTryAtOnceAndTellTheTroubleAnew)
+{
+    m_retryTimes.shortestReopenMs = 3'600'000;
+    m_retryTimes.longestReopenMs = 3'600'000;
+    makeDispatcher();
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -2")) == 1; }));
+    m_dispatcher->applySettings();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -2")) == 2; }));
+    m_dispatcher->stop();
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -2")) == 3; }));
+    m_line->openError = LineError::None;
+    test();
+    EXPECT_TRUE(isTested(1));
+    EXPECT_EQ(m_line->openings, 4);
+}
+
+TEST_F(DispatcherDevice, aTroubleIsForgottenWhenTheDeviceHasBeenReadyForAWhile)
+{
+    m_timings.steadyMs = 30;
+    makeDispatcher();
+    startReady();
+    for (int times = 1; times <= 3; ++times) {
+        m_line->breakOff();
+        ASSERT_TRUE(until([&] { return count(QStringLiteral("warning -5")) == times; })) << times;
+        ASSERT_TRUE(until([&] { return m_line->openings == times + 1; }));
+        ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
+        m_time.pass(m_timings.steadyMs);
+    }
+    // A moment less, and it is the same trouble still.
+    m_line->breakOff();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -5")) == 4; }));
+    ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
+    m_time.pass(m_timings.steadyMs - 1);
+    m_line->breakOff();
+    ASSERT_TRUE(until([this] { return m_line->openings == 6; }));
+    EXPECT_EQ(count(QStringLiteral("warning -5")), 4);
+}
+
+TEST_F(DispatcherDevice, aDeviceThatComesAndGoesIsToldOnce)
+{
+    startReady();
+    for (int times = 1; times <= 3; ++times) {
+        m_line->breakOff();
+        ASSERT_TRUE(until([&] { return m_line->openings == times + 1; }));
+        ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
+    }
+    EXPECT_EQ(count(QStringLiteral("warning -5")), 1);
+    EXPECT_EQ(count(QStringLiteral("info Model 7")), 4);
+}
+
+TEST_F(DispatcherDevice, newSettingsWaitForThePartInProgressAndThenComeIntoForce)
+{
+    m_line->submitAnswer.clear();
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"));
+    startReady();
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
+    configure(QStringLiteral("/dev/other, 300"));
+    m_dispatcher->applySettings();
+    takeTurns();
+    EXPECT_EQ(m_line->openings, 1);
+    m_line->submitAnswer = FakeModemLine::info("+CMGS: 9");
+    m_line->say(m_line->submitAnswer);
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(m_line->openings, 2);
+    EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/other"));
+    EXPECT_EQ(taken(), QStringList({QStringLiteral("600 text"), QStringLiteral("601 text")}));
+}
+
+TEST_F(DispatcherDevice, aStartPutsNewSettingsInForce)
+{
+    startReady();
+    configure(QStringLiteral("/dev/other, 300"));
+    m_dispatcher->start();
+    EXPECT_TRUE(until([this] { return m_line->openedDevice == QStringLiteral("/dev/other"); }));
+    EXPECT_EQ(m_line->openings, 2);
+}
+
+TEST_F(DispatcherDevice, aStartWithTheSameSettingsLeavesTheDeviceOpen)
+{
+    startReady();
+    m_dispatcher->start();
+    takeTurns();
+    EXPECT_EQ(m_line->openings, 1);
+}
+
+TEST_F(DispatcherDevice, settingsThatWereOnlyStoredAreNotInForce)
+{
+    startReady();
+    m_dispatcher->stop();
+    configure(QStringLiteral("/dev/other, 300"));
+    test();
+    EXPECT_TRUE(isTested(1));
+    EXPECT_NE(m_line->openedDevice, QStringLiteral("/dev/other"));
+}
+
+TEST_F(DispatcherDevice, aDeviceThatWasLostIsNoLongerKnown)
+{
+    startReady();
+    ASSERT_TRUE(m_dispatcher->knownDevice().has_value());
+    configure(QStringLiteral("/dev/other, 300"));
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->applySettings();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    EXPECT_FALSE(m_dispatcher->knownDevice().has_value());
+}
+
+TEST_F(DispatcherDevice, newSettingsDoNotCutOffATest)
+{
+    startReady();
+    m_events.clear();
+    test();
+    ASSERT_EQ(m_modem->state(), Modem::State::Busy);
+    m_dispatcher->applySettings();
+    ASSERT_TRUE(isTested(1));
+    EXPECT_TRUE(until([this] { return m_line->openings == 2; }));
+}
+
+TEST_F(DispatcherDevice, newSettingsOfAStoppedEngineOpenNothing)
+{
+    m_dispatcher->applySettings();
+    takeTurns();
+    EXPECT_EQ(m_line->openings, 0);
+}
+
+TEST_F(DispatcherDevice, newSettingsWhileTheDeviceIsOpenedBeginAnew)
+{
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Initialising; }));
+    configure(QStringLiteral("/dev/other, 300"));
+    m_dispatcher->applySettings();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
+    EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/other"));
+    EXPECT_EQ(count(QStringLiteral("info Model 7")), 1);
+}
+
+TEST_F(DispatcherDevice, aStopClosesTheDevice)
+{
+    startReady();
+    m_dispatcher->stop();
+    EXPECT_TRUE(isClosed());
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Initialising; }));
+    m_dispatcher->stop();
+    EXPECT_EQ(m_modem->state(), Modem::State::Closed);
+}
+
+TEST_F(DispatcherDevice, thePinOfTheSettingsIsTried)
+{
+    m_store->setDeviceSettings(
+        {0, QStringLiteral("4711"), 1, 1, QStringLiteral("/dev/fake, 9600")});
+    m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
+    m_dispatcher->start();
+    EXPECT_TRUE(until([this] { return m_line->commands.contains("AT+CPIN=\"4711\""); }));
+}
+
+TEST_F(DispatcherDevice, theEngineEndsBehindThePartInProgress)
+{
+    m_line->submitAnswer.clear();
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"));
+    startReady();
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
+    m_dispatcher->finish();
+    takeTurns();
+    EXPECT_FALSE(has(QStringLiteral("finished")));
+    m_line->say(FakeModemLine::info("+CMGS: 9"));
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("finished")); }));
+    EXPECT_TRUE(has(QStringLiteral("sent 600 text 1")));
+    EXPECT_EQ(submissions(), 1);
+    EXPECT_EQ(m_modem->state(), Modem::State::Closed);
+    EXPECT_TRUE(m_store->isToRun());
+}
+
+TEST_F(DispatcherDevice, anIdleEngineEndsAtOnce)
+{
+    m_dispatcher->finish();
+    EXPECT_TRUE(has(QStringLiteral("finished")));
+}
+
+TEST_F(DispatcherDevice, testsThatWaitAreAnsweredWhenTheEngineEnds)
+{
+    test();
+    m_dispatcher->finish();
+    EXPECT_TRUE(has(QStringLiteral("tested -5")));
+    EXPECT_EQ(m_events.constLast(), QStringLiteral("finished"));
+
+    makeDispatcher();
+    startReady();
+    m_events.clear();
+    test();
+    m_dispatcher->finish();
+    EXPECT_TRUE(has(QStringLiteral("tested -5")));
+    EXPECT_TRUE(has(QStringLiteral("finished")));
+}
+
+} // namespace

@@ -1,0 +1,222 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+#include "TovekSMService/modem/codec/SubmitDecoder.h"
+
+namespace {
+
+QByteArray cmsError(int number)
+{
+    return "\r\n+CMS ERROR: " + QByteArray::number(number) + "\r\n";
+}
+
+class DispatcherLimits : public DispatcherFixture
+{
+protected:
+    /// Begins anew with these settings.
+    void set(int EngineSettings::*number, int value)
+    {
+        m_settings.*number = value;
+        makeDispatcher();
+    }
+
+    QString state() const
+    {
+        return onDisk(QStringLiteral("SELECT state || ' ' || parts_sent || ' ' || delivery_date "
+                                     "FROM message"))
+            .toString();
+    }
+};
+
+TEST_F(DispatcherLimits, aMessageThatIsTooLateIsReportedInsteadOfSent)
+{
+    set(&EngineSettings::mostLate, 3600);
+    add(QStringLiteral("600"), QStringLiteral("late"), QStringLiteral("2024-05-01T10:59:59"));
+    add(QStringLiteral("601"), QStringLiteral("in time"), QStringLiteral("2024-05-01T11:00:00"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 in time")}));
+    EXPECT_EQ(count(QStringLiteral("failed 600 late -54")), 1);
+    EXPECT_EQ(onDisk(QStringLiteral("SELECT code FROM outcome WHERE phone = '600'")).toInt(), -54);
+}
+
+TEST_F(DispatcherLimits, withoutTheLimitAMessageGoesHoweverLate)
+{
+    add(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("1999-01-01T00:00:00"));
+    m_dispatcher->start();
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+}
+
+TEST_F(DispatcherLimits, latenessIsCountedFromTheOriginalDateAndNotFromARetry)
+{
+    set(&EngineSettings::mostLate, 60);
+    m_submitAnswers = {cmsError(41)};
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return state() == QStringLiteral("0 0 2024-05-01T12:00:30"); }));
+    m_clock.now = m_clock.now.addSecs(61);
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("failed 600 text -54")); }));
+    EXPECT_EQ(submissions(), 1);
+}
+
+TEST_F(DispatcherLimits, aRetryThatWouldComeTooLateIsNotWaitedFor)
+{
+    set(&EngineSettings::mostLate, 60);
+    m_clock.now = m_clock.now.addSecs(31);
+    m_submitAnswers = {cmsError(41)};
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(has(QStringLiteral("failed 600 text -36")));
+}
+
+TEST_F(DispatcherLimits, aMessageThatBeganInTimeIsNotCutOffBetweenItsParts)
+{
+    set(&EngineSettings::mostLate, 60);
+    m_onSubmission = [this] { m_clock.now = m_clock.now.addSecs(50); };
+    add(QStringLiteral("600"), longText(3));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(m_line->payloads.size(), 3);
+    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")), QStringList());
+}
+
+TEST_F(DispatcherLimits, aMessageFoundBetweenItsPartsIsReportedWhenItIsTooLate)
+{
+    m_store->add({{QStringLiteral("600"), longText(2)}}, noon());
+    m_store->beginPart(m_store->first()->id, 5, {});
+    m_store->endPart(m_store->first()->id, 1);
+    m_store->setToRun(true);
+    set(&EngineSettings::mostLate, 60);
+    m_clock.now = m_clock.now.addDays(7);
+    m_dispatcher->resume();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(submissions(), 0);
+    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")).size(), 1);
+}
+
+TEST_F(DispatcherLimits, theNetworkIsAskedForTheValidityPeriodThatIsSet)
+{
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    set(&EngineSettings::validityPeriod, 24 * 60);
+    add(QStringLiteral("600"), longText(2));
+    m_dispatcher->start();
+    m_dispatcher->resume();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_EQ(m_line->payloads.size(), 3);
+    // 00, first octet, reference, address of three digits, protocol, coding, validity.
+    constexpr qsizetype firstOctet = 2;
+    constexpr qsizetype validity = 2 * 9;
+    const auto octet = [this](qsizetype payload, qsizetype at) {
+        return m_line->payloads.at(payload).mid(at, 2).toInt(nullptr, 16);
+    };
+    EXPECT_EQ(octet(0, firstOctet) & 0x18, 0);
+    for (const qsizetype payload : {1, 2}) {
+        EXPECT_EQ(octet(payload, firstOctet) & 0x18, 0x10);
+        EXPECT_EQ(octet(payload, validity), 167);
+    }
+}
+
+TEST_F(DispatcherLimits, partsBeyondAMinutesNumberWaitInTheirPlaceForTheNext)
+{
+    set(&EngineSettings::partsPerMinute, 2);
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"), longText(2));
+    add(QStringLiteral("602"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == 2; }));
+    m_clock.now = m_clock.now.addSecs(59);
+    takeTurns();
+    EXPECT_EQ(m_line->payloads.size(), 2);
+    EXPECT_EQ(state(), QStringLiteral("2 1 ") + noon());
+
+    m_clock.now = m_clock.now.addSecs(1);
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_EQ(m_line->payloads.size(), 4);
+    EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->phone, QStringLiteral("601"));
+    EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->number, 2);
+    EXPECT_EQ(decodeSubmit(m_line->payloads.at(3))->phone, QStringLiteral("602"));
+    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("warning")), QStringList());
+}
+
+TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
+{
+    set(&EngineSettings::partsPerDay, 2);
+    for (int i = 0; i < 3; ++i)
+        add(QStringLiteral("60%1").arg(i));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
+    makeDispatcher();
+    m_dispatcher->resume();
+    ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
+    m_clock.now = QDateTime(QDate(2024, 5, 1), QTime(23, 59, 59), Qt::UTC);
+    takeTurns();
+    EXPECT_EQ(submissions(), 2);
+    EXPECT_EQ(state(), QStringLiteral("0 0 ") + noon());
+    m_clock.now = m_clock.now.addSecs(1);
+    EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(submissions(), 3);
+}
+
+TEST_F(DispatcherLimits, whileAMessageWaitsForItsLimitTheDeviceIsTestedAndTheUnsendableReported)
+{
+    set(&EngineSettings::partsPerDay, 1);
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
+    takeTurns();
+    qint32 answer = 0;
+    m_dispatcher->testDevice([&](qint32 result) { answer = result; });
+    EXPECT_TRUE(until([&] { return answer == 1; }));
+    add(QStringLiteral("call me"), QStringLiteral("text"), QStringLiteral("2024-05-01T11:00:00"));
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("failed call me text -18")); }));
+    EXPECT_TRUE(m_store->update({}, {m_store->first()->id}));
+    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(submissions(), 1);
+}
+
+TEST_F(DispatcherLimits, aPartThatDidNotLeaveIsNotCounted)
+{
+    set(&EngineSettings::partsPerDay, 1);
+    m_submitAnswers = {cmsError(331), cmsError(331), FakeModemLine::info("+CMGS: 1")};
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(m_store->partCounts(noon()).inDay, 1);
+}
+
+struct Coverage
+{
+    const char *name;
+    QByteArray answer;
+};
+
+class DispatcherCoverage : public DispatcherFixture, public testing::WithParamInterface<Coverage>
+{};
+
+TEST_P(DispatcherCoverage, itsAbsenceCostsAMessageNoAttemptHoweverLong)
+{
+    for (int i = 0; i < 6; ++i)
+        m_submitAnswers << GetParam().answer;
+    m_submitAnswers << FakeModemLine::info("+CMGS: 1");
+    m_onSubmission = [this] {
+        EXPECT_EQ(onDisk(QStringLiteral("SELECT attempts || ' ' || delivery_date FROM message"))
+                      .toString(),
+                  QStringLiteral("0 ") + noon());
+    };
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(submissions(), 7);
+    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")), QStringList());
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, DispatcherCoverage,
+                         testing::Values(Coverage{"noService", cmsError(331)},
+                                         Coverage{"noServiceOfTheDevice", "\r\n+CME ERROR: 30\r\n"},
+                                         Coverage{"emergencyCallsOnly", "\r\n+CME ERROR: 32\r\n"}),
+                         [](const auto &coverage) { return std::string(coverage.param.name); });
+
+} // namespace

@@ -1,0 +1,77 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+namespace {
+
+const QByteArray keepLink = "AT+CMMS=1";
+
+/// Whether the device is told to keep its link to the network between messages.
+class DispatcherLink : public DispatcherFixture
+{
+protected:
+    static ModemTimings timings()
+    {
+        ModemTimings timings = patientTimings();
+        timings.linkPauseMs = 3'600'000;
+        return timings;
+    }
+
+    DispatcherLink() : DispatcherFixture(timings())
+    {
+        m_line->answers.insert(keepLink, FakeModemLine::answer("OK"));
+    }
+
+    void sendAll(int left = 0)
+    {
+        startReady();
+        ASSERT_TRUE(until([&] { return m_store->size() == left && !m_dispatcher->isSending(); }));
+        EXPECT_TRUE(eventsButQueue().filter(QStringLiteral("failed")).isEmpty());
+    }
+    qsizetype asked() const { return m_line->commands.count(keepLink); }
+};
+
+TEST_F(DispatcherLink, isKeptWhileMoreThanOneMessageIsDue)
+{
+    for (int i = 0; i < 4; ++i)
+        add(QStringLiteral("60%1").arg(i));
+    sendAll();
+    EXPECT_EQ(m_line->payloads.size(), 4);
+    EXPECT_EQ(asked(), 1);
+    EXPECT_LT(m_line->commands.indexOf(keepLink),
+              m_line->commands.size() - 4 /* the submissions */);
+}
+
+TEST_F(DispatcherLink, isNotKeptForOneMessageAlone)
+{
+    add(QStringLiteral("600"));
+    sendAll();
+    EXPECT_EQ(asked(), 0);
+}
+
+TEST_F(DispatcherLink, isNotKeptForAMessageThatIsDueLater)
+{
+    add(QStringLiteral("600"));
+    add(QStringLiteral("601"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:01"));
+    sendAll(1);
+    EXPECT_EQ(asked(), 0);
+}
+
+TEST_F(DispatcherLink, isKeptBetweenThePartsOfAMessage)
+{
+    add(QStringLiteral("600"), longText(3));
+    sendAll();
+    EXPECT_EQ(m_line->payloads.size(), 3);
+    EXPECT_EQ(asked(), 1);
+}
+
+TEST_F(DispatcherLink, isKeptForMessagesThatAreNotedTogether)
+{
+    m_timings.run.most = 32;
+    makeDispatcher();
+    for (int i = 0; i < 40; ++i)
+        add(QStringLiteral("60%1").arg(i));
+    sendAll();
+    EXPECT_EQ(m_line->payloads.size(), 40);
+    EXPECT_EQ(asked(), 1);
+}
+
+} // namespace

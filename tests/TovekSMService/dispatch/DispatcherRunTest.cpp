@@ -1,0 +1,274 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+namespace {
+
+/// A device so fast that several messages leave behind one commit: one, then two, then four.
+class DispatcherRun : public DispatcherFixture
+{
+protected:
+    /// Of seven messages, the one in the middle of the third run, with two more of it behind.
+    static constexpr int Middle = 4;
+
+    DispatcherRun()
+    {
+        m_timings.run = {60'000, 8};
+        m_timings.runLateMs = 60'000;
+        makeDispatcher();
+    }
+
+    void addMany(int messages)
+    {
+        for (int i = 0; i < messages; ++i)
+            add(phone(i));
+    }
+
+    static QString phone(int number) { return QString::number(600 + number); }
+
+    static QString sentEvent(int number, int others)
+    {
+        return QStringLiteral("sent %1 text %2").arg(phone(number)).arg(others);
+    }
+
+    /// What happens while the message in the middle is asked to be sent.
+    void inTheMiddle(const std::function<void()> &what)
+    {
+        m_onSubmission = [this, what] {
+            if (submissions() == Middle + 1)
+                what();
+        };
+    }
+
+    /// How many messages are noted as leaving, and how many outcomes are kept.
+    QString disk() const
+    {
+        return onDisk(QStringLiteral("SELECT (SELECT COUNT(*) FROM message WHERE state = 1) || ' ' "
+                                     "|| (SELECT COUNT(*) FROM outcome)"))
+            .toString();
+    }
+
+    QStringList takenOf(const QList<int> &numbers) const
+    {
+        QStringList lines;
+        for (const int number : numbers)
+            lines << phone(number) + QStringLiteral(" text");
+        return lines;
+    }
+
+    NotedLog m_log;
+    OtherConnection m_other{file()};
+};
+
+TEST_F(DispatcherRun, isNotedAsLeavingBeforeTheFirstOfItLeavesAndKeptWithTheNextOne)
+{
+    QStringList seen;
+    m_onSubmission = [&] { seen << disk(); };
+    addMany(15);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    QStringList expected;
+    for (const auto &[length, outcomes] : {std::pair(1, 0), {2, 1}, {4, 3}, {8, 7}})
+        expected += QStringList(length, QStringLiteral("%1 %2").arg(length).arg(outcomes));
+    EXPECT_EQ(seen, expected);
+    EXPECT_EQ(disk(), QStringLiteral("0 15"));
+}
+
+TEST_F(DispatcherRun, tellsEachMessageOnceInOrderWithTheQueueBehindIt)
+{
+    addMany(7);
+    startReady();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    QStringList expected;
+    for (int i = 0; i < 7; ++i)
+        expected << sentEvent(i, 6 - i);
+    EXPECT_EQ(m_events.filter(QStringLiteral("sent")), expected);
+    EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
+}
+
+TEST_F(DispatcherRun, letsTheRestWaitAgainWhenOneFails)
+{
+    QString behind;
+    m_onSubmission = [&] {
+        if (submissions() == Middle + 1)
+            m_line->submitAnswer = FakeModemLine::answer("+CMS ERROR: 1");
+        else if (submissions() == Middle + 2)
+            behind = disk();
+        if (submissions() != Middle + 1)
+            m_line->submitAnswer = "\r\n+CMGS: 42\r\n\r\nOK\r\n";
+    };
+    addMany(7);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    // From then on they leave one by one again.
+    EXPECT_EQ(behind, QStringLiteral("1 5"));
+    EXPECT_EQ(m_line->payloads.size(), 7);
+    EXPECT_EQ(m_events.filter(QStringLiteral("failed")).size(), 1);
+    EXPECT_TRUE(m_events.filter(QStringLiteral("failed"))
+                    .value(0)
+                    .startsWith(QStringLiteral("failed 604")));
+    EXPECT_EQ(m_events.filter(QStringLiteral("sent")).size(), 6);
+}
+
+struct Wish
+{
+    const char *name;
+    std::function<void(Dispatcher &)> what;
+};
+
+class DispatcherRunWish : public DispatcherRun, public testing::WithParamInterface<Wish>
+{};
+
+TEST_P(DispatcherRunWish, endsTheRunBehindThePartInProgress)
+{
+    QString afterwards;
+    inTheMiddle([&] {
+        GetParam().what(*m_dispatcher);
+        QObject::connect(m_dispatcher.get(), &Dispatcher::sent, [&](const QString &sent) {
+            if (sent == phone(Middle))
+                afterwards = disk();
+        });
+    });
+    addMany(7);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([&] { return !afterwards.isEmpty(); }));
+    EXPECT_EQ(afterwards, QStringLiteral("0 5"));
+    EXPECT_EQ(m_line->payloads.size(), Middle + 1);
+    EXPECT_TRUE(has(sentEvent(Middle, 2)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Wishes, DispatcherRunWish,
+    testing::Values(Wish{"stop", [](Dispatcher &engine) { engine.stop(); }},
+                    Wish{"finish", [](Dispatcher &engine) { engine.finish(); }},
+                    Wish{"applySettings", [](Dispatcher &engine) { engine.applySettings(); }},
+                    Wish{"testDevice",
+                         [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
+    [](const auto &wish) { return std::string(wish.param.name); });
+
+TEST_F(DispatcherRun, lastsNoLongerThanAMomentWhenTheDeviceBecomesSlow)
+{
+    m_timings.runLateMs = 20;
+    makeDispatcher();
+    inTheMiddle([this] { m_line->promptHeldBack = true; });
+    addMany(7);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return submissions() == Middle + 1; }));
+    ASSERT_TRUE(until([this] { return has(sentEvent(Middle - 1, 3)); }));
+    EXPECT_EQ(disk(), QStringLiteral("1 4"));
+    m_line->promptHeldBack = false;
+    m_line->say("\r\n> ");
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
+}
+
+TEST_F(DispatcherRun, ofAnEngineThatWasKilledIsInDoubtAndNeverSentAgain)
+{
+    bool killed = false;
+    inTheMiddle([&] { killed = true; });
+    addMany(8);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([&] { return killed; }));
+    ASSERT_EQ(disk(), QStringLiteral("4 3"));
+    const qsizetype left = m_line->payloads.size();
+    m_events.clear();
+    makeDispatcher();
+    m_dispatcher->resume();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    for (const int number : {3, 4, 5, 6})
+        EXPECT_EQ(count(QStringLiteral("failed %1 text -39").arg(phone(number))), 1) << number;
+    EXPECT_EQ(count(QStringLiteral("warning -39")), 4);
+    EXPECT_TRUE(has(sentEvent(7, 0)));
+    EXPECT_EQ(m_line->payloads.size(), left + 1);
+}
+
+TEST_F(DispatcherRun, keepsItsOutcomesUntilTheStoreTakesThem)
+{
+    inTheMiddle([this] {
+        m_other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
+                                   "RAISE(ABORT, 'refused'); END"));
+    });
+    addMany(9);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("outcome waits")) >= 2; }));
+    EXPECT_EQ(submissions(), 7);
+    EXPECT_EQ(disk(), QStringLiteral("4 3"));
+    m_other.run(QStringLiteral("DROP TRIGGER refuse"));
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(disk(), QStringLiteral("0 9"));
+    EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ(m_events.filter(QStringLiteral("sent")).size(), 9);
+}
+
+TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
+{
+    m_timings.runLateMs = 20;
+    makeDispatcher();
+    inTheMiddle([this] {
+        m_line->promptHeldBack = true;
+        m_other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
+                                   "RAISE(ABORT, 'refused'); END"));
+    });
+    addMany(7);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("outcome waits")) >= 2; }));
+    m_line->promptHeldBack = false;
+    m_line->say("\r\n> ");
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == Middle + 1; }));
+    takeTurns();
+    EXPECT_EQ(submissions(), Middle + 1);
+    m_other.run(QStringLiteral("DROP TRIGGER refuse"));
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(disk(), QStringLiteral("0 7"));
+}
+
+TEST_F(DispatcherRun, isNoneWherePartsAreCounted)
+{
+    m_settings.partsPerDay = 1000;
+    makeDispatcher();
+    QStringList seen;
+    m_onSubmission = [&] { seen << disk().section(u' ', 0, 0); };
+    addMany(7);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(seen, QStringList(7, QStringLiteral("1")));
+}
+
+TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
+{
+    QStringList seen;
+    m_onSubmission = [&] { seen << disk().section(u' ', 0, 0); };
+    addMany(4);
+    add(QStringLiteral("700"), longText(2));
+    add(QStringLiteral("701"));
+    add(QStringLiteral("702"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:01"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
+    EXPECT_EQ(seen, QStringList({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("2"),
+                                 QStringLiteral("1"), QStringLiteral("1"), QStringLiteral("1"),
+                                 QStringLiteral("1")}));
+    EXPECT_EQ(taken().last(), QStringLiteral("701 text"));
+}
+
+TEST_F(DispatcherRun, isHeldAgainstTheOperatorsDeletionsLikeTheMessageInProgress)
+{
+    inTheMiddle([this] {
+        m_store->clear();
+        m_dispatcher->noticeQueueChange();
+    });
+    addMany(9);
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
+}
+
+TEST_F(DispatcherRun, tellsNobodyWhatNobodyHears)
+{
+    m_dispatcher->setHeard(false);
+    addMany(3);
+    startReady();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(m_events.filter(QStringLiteral("sent")), QStringList());
+    EXPECT_EQ(disk(), QStringLiteral("0 3"));
+}
+
+} // namespace

@@ -1,0 +1,300 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+#include "TovekSMService/modem/codec/SubmitDecoder.h"
+
+#include <QCryptographicHash>
+
+namespace {
+
+class DispatcherSending : public DispatcherFixture
+{};
+
+QString at(const char *time)
+{
+    return QStringLiteral("2024-05-01T") + QLatin1String(time);
+}
+
+TEST_F(DispatcherSending, nothingIsSentWhileStopped)
+{
+    m_dispatcher->resume();
+    add(QStringLiteral("600"));
+    m_dispatcher->work();
+    takeTurns();
+    EXPECT_EQ(m_dispatcher->status(), 0);
+    EXPECT_EQ(m_line->openings, 0);
+    EXPECT_EQ(m_store->size(), 1);
+    EXPECT_EQ(eventsButQueue(), QStringList());
+}
+
+TEST_F(DispatcherSending, startAndStopTellTheStatusOnceAndKeepIt)
+{
+    m_dispatcher->start();
+    m_dispatcher->start();
+    EXPECT_EQ(m_dispatcher->status(), 1);
+    EXPECT_TRUE(m_store->isToRun());
+    m_dispatcher->stop();
+    m_dispatcher->stop();
+    EXPECT_EQ(m_dispatcher->status(), 0);
+    EXPECT_FALSE(m_store->isToRun());
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("status 1"), QStringLiteral("status 0")}));
+}
+
+TEST_F(DispatcherSending, anEngineThatWasStartedComesBackStarted)
+{
+    m_store->setToRun(true);
+    m_store->add({{QStringLiteral("600"), QStringLiteral("text")}}, noon());
+    m_dispatcher->resume();
+    EXPECT_EQ(m_dispatcher->status(), 1);
+    EXPECT_TRUE(has(QStringLiteral("status 1")));
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+}
+
+TEST_F(DispatcherSending, messagesGoByDateAndThenByQueueingAndTellHowManyWait)
+{
+    add(QStringLiteral("3"), QStringLiteral("c"), at("11:00:00"));
+    add(QStringLiteral("1"), QStringLiteral("a"), at("10:00:00"));
+    add(QStringLiteral("2"), QStringLiteral("b"), at("10:00:00"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(taken(),
+              QStringList({QStringLiteral("1 a"), QStringLiteral("2 b"), QStringLiteral("3 c")}));
+    EXPECT_EQ(eventsButQueue(),
+              QStringList({QStringLiteral("status 1"), QStringLiteral("info Model 7"),
+                           QStringLiteral("sent 1 a 2"), QStringLiteral("sent 2 b 1"),
+                           QStringLiteral("sent 3 c 0")}));
+}
+
+TEST_F(DispatcherSending, theQueueChangesWithEachMessageThatLeaves)
+{
+    startReady();
+    m_events.clear();
+    add(QStringLiteral("1"));
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("queue"), QStringLiteral("sent 1 text 0"),
+                                     QStringLiteral("queue")}));
+}
+
+TEST_F(DispatcherSending, aMessageWaitsForItsDateAndTheClockMayBeSet)
+{
+    startReady();
+    add(QStringLiteral("600"), QStringLiteral("text"), at("12:00:01"));
+    takeTurns();
+    EXPECT_EQ(submissions(), 0);
+    m_clock.now = m_clock.now.addDays(-1);
+    m_dispatcher->work();
+    takeTurns();
+    EXPECT_EQ(submissions(), 0);
+    m_clock.now = m_clock.now.addDays(1).addSecs(1);
+    // The dispatcher looks at the clock by itself.
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(m_line->payloads.size(), 1);
+}
+
+TEST_F(DispatcherSending, anEarlierMessageOvertakesTheOneThatIsWaitedFor)
+{
+    startReady();
+    add(QStringLiteral("later"), QStringLiteral("text"), at("23:00:00"));
+    add(QStringLiteral("601"), QStringLiteral("text"), at("12:00:00"));
+    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 601 text 1")); }));
+}
+
+TEST_F(DispatcherSending, anOddDateIsReportedAndNotSent)
+{
+    add(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("tomorrow"));
+    add(QStringLiteral("601"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(has(QStringLiteral("failed 600 text -11")));
+    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 text")}));
+}
+
+TEST_F(DispatcherSending, aPartIsOnDiskAsLeavingBeforeTheDeviceHearsOfIt)
+{
+    QByteArray hash;
+    m_onSubmission = [this, &hash] {
+        EXPECT_EQ(onDisk(QStringLiteral("SELECT COUNT(*) FROM message WHERE state = 1")).toInt(),
+                  1);
+        hash = onDisk(QStringLiteral("SELECT part_hash FROM message")).toByteArray();
+    };
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_EQ(m_line->payloads.size(), 1);
+    EXPECT_EQ(hash,
+              QCryptographicHash::hash(m_line->payloads.constFirst(), QCryptographicHash::Sha256));
+}
+
+TEST_F(DispatcherSending, aMessageIsToldAsSentWhenItsOutcomeIsOnDisk)
+{
+    QVariant outcome;
+    QObject::connect(m_dispatcher.get(), &Dispatcher::sent, [&] {
+        outcome = onDisk(QStringLiteral("SELECT code || ' ' || network_reference || ' ' || at "
+                                        "FROM outcome"));
+    });
+    add(QStringLiteral("600"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(outcome.toString(), QStringLiteral("1 42 ") + noon());
+}
+
+TEST_F(DispatcherSending, aLongTextGoesInPartsOfOneReferenceAndIsToldOnce)
+{
+    QStringList hashes;
+    m_onSubmission = [&] {
+        hashes << onDisk(QStringLiteral("SELECT hex(part_hash) FROM message")).toString();
+    };
+    add(QStringLiteral("600"), longText(3));
+    add(QStringLiteral("601"), longText(2));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_EQ(m_line->payloads.size(), 5);
+    QString together;
+    QList<int> references;
+    for (qsizetype i = 0; i < 5; ++i) {
+        const std::optional<DecodedSubmit> part = decodeSubmit(m_line->payloads.at(i));
+        ASSERT_TRUE(part);
+        EXPECT_EQ(part->number, i < 3 ? i + 1 : i - 2);
+        EXPECT_EQ(part->total, i < 3 ? 3 : 2);
+        references << part->concatenationReference.value_or(-1);
+        together += part->text;
+    }
+    EXPECT_EQ(together, longText(3) + longText(2));
+    EXPECT_EQ(references.count(references.at(0)), 3);
+    EXPECT_EQ(references.count(references.at(3)), 2);
+    EXPECT_NE(references.at(0), references.at(3));
+    EXPECT_EQ(eventsButQueue().size(), 4);
+    hashes.removeDuplicates();
+    EXPECT_EQ(hashes.size(), 5);
+}
+
+TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnly)
+{
+    m_onSubmission = [this] {
+        m_onSubmission = nullptr;
+        m_dispatcher->stop();
+        EXPECT_EQ(m_events.constLast(), QStringLiteral("status 0"));
+    };
+    add(QStringLiteral("600"), longText(3));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] {
+        return m_line->payloads.size() == 1 && m_modem->state() == Modem::State::Closed;
+    }));
+    takeTurns();
+    EXPECT_EQ(m_line->payloads.size(), 1);
+    EXPECT_EQ(onDisk(QStringLiteral("SELECT state || ' ' || parts_sent FROM message")).toString(),
+              QStringLiteral("0 1"));
+
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_EQ(m_line->payloads.size(), 3);
+    QList<int> numbers;
+    QSet<int> references;
+    for (const QByteArray &payload : m_line->payloads) {
+        numbers << decodeSubmit(payload)->number;
+        references << decodeSubmit(payload)->concatenationReference.value_or(-1);
+    }
+    EXPECT_EQ(numbers, QList<int>({1, 2, 3}));
+    EXPECT_EQ(references.size(), 1);
+    EXPECT_EQ(count(QStringLiteral("sent 600 ") + longText(3) + QStringLiteral(" 0")), 1);
+}
+
+TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
+{
+    m_store->setToRun(true);
+    m_store->add({{QStringLiteral("600"), longText(3)}}, noon());
+    const qint64 id = m_store->first()->id;
+    m_store->beginPart(id, 77, {});
+    m_store->endPart(id, 2);
+    m_dispatcher->resume();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_EQ(m_line->payloads.size(), 1);
+    EXPECT_EQ(decodeSubmit(m_line->payloads.constFirst())->number, 3);
+    EXPECT_EQ(decodeSubmit(m_line->payloads.constFirst())->concatenationReference, 77);
+}
+
+TEST_F(DispatcherSending, anEngineThatComesUpStoppedLetsAMessageBetweenPartsBeEdited)
+{
+    m_store->add({{QStringLiteral("600"), longText(3)}}, noon());
+    const qint64 id = m_store->first()->id;
+    m_store->beginPart(id, 77, {});
+    m_store->endPart(id, 2);
+    m_dispatcher->resume();
+    takeTurns();
+    EXPECT_TRUE(m_store->update({}, {id}));
+    EXPECT_EQ(m_store->size(), 0);
+}
+
+TEST_F(DispatcherSending, whatWasLeavingWhenTheEngineEndedIsReportedOnceAndNeverSent)
+{
+    m_store->setToRun(true);
+    m_store->add({{QStringLiteral("600"), QStringLiteral("first")}}, noon());
+    m_store->beginPart(m_store->first()->id, std::nullopt, {});
+    for (int round = 0; round < 2; ++round) {
+        m_dispatcher->setHeard(false);
+        m_dispatcher->resume();
+        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+        const QList<Outcome> failures = m_store->unreportedFailures();
+        ASSERT_EQ(failures.size(), 1);
+        EXPECT_EQ(failures.constFirst().phone, QStringLiteral("600"));
+        EXPECT_EQ(failures.constFirst().text, QStringLiteral("first"));
+        EXPECT_EQ(failures.constFirst().code, -39);
+        // The warning comes with the failure, whenever that is heard.
+        EXPECT_TRUE(m_dispatcher->unacknowledgedWarnings().entries().isEmpty());
+        makeDispatcher();
+    }
+    EXPECT_EQ(submissions(), 0);
+}
+
+struct Unsendable
+{
+    const char *name;
+    QString phone;
+    QString text;
+    int code;
+};
+
+class DispatcherUnsendable : public DispatcherFixture,
+                             public testing::WithParamInterface<Unsendable>
+{};
+
+TEST_P(DispatcherUnsendable, isReportedAndHoldsUpNobody)
+{
+    add(GetParam().phone, GetParam().text);
+    add(QStringLiteral("601"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(has(QStringLiteral("failed %1 %2 %3")
+                        .arg(GetParam().phone, GetParam().text)
+                        .arg(GetParam().code)));
+    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 text")}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Messages, DispatcherUnsendable,
+    testing::Values(Unsendable{"noPhone", QString(), QStringLiteral("text"), -11},
+                    Unsendable{"words", QStringLiteral("call me"), QStringLiteral("text"), -18},
+                    Unsendable{"manyDigits", QString(21, u'1'), QStringLiteral("text"), -17},
+                    Unsendable{"manyWords", QStringLiteral("600"), QString(255 * 152 + 1, u'x'),
+                               -16}),
+    [](const auto &message) { return std::string(message.param.name); });
+
+TEST_F(DispatcherSending, aMessageOfSeveralPartsIsEncodedOnce)
+{
+    add(QStringLiteral("600"), longText(5));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_EQ(m_line->payloads.size(), 5);
+    EXPECT_EQ(m_encodings, 1);
+}
+
+TEST_F(DispatcherSending, nothingBeginsBeforeWhoeverChangedTheQueueIsAnswered)
+{
+    startReady();
+    add(QStringLiteral("600"));
+    EXPECT_TRUE(has(QStringLiteral("queue")));
+    EXPECT_FALSE(m_dispatcher->isSending());
+    EXPECT_EQ(onDisk(QStringLiteral("SELECT state FROM message")), 0);
+    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+}
+
+} // namespace

@@ -1,0 +1,236 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+namespace {
+
+const QByteArray pinCommand = "AT+CPIN=\"4711\"";
+constexpr int anHourMs = 3'600'000;
+
+/// What a console can read of a device test, and for how long.
+class DispatcherTestResult : public DispatcherFixture
+{
+protected:
+    DispatcherTestResult()
+    {
+        m_timings.keepTestedMs = anHourMs;
+        makeDispatcher();
+    }
+
+    void test()
+    {
+        m_dispatcher->testDevice(
+            [this](qint32 result) { m_events << QStringLiteral("tested %1").arg(result); });
+    }
+
+    /// Tests, and waits for the answer, which is the last event.
+    void testUntilAnswered()
+    {
+        m_events.clear();
+        test();
+        ASSERT_TRUE(until([this] { return !m_events.filter(QStringLiteral("tested")).isEmpty(); }));
+    }
+
+    /// What a console does with an engine that runs: stop, test, start.
+    void testRunningEngine()
+    {
+        m_dispatcher->stop();
+        testUntilAnswered();
+        m_dispatcher->start();
+    }
+
+    bool isClosed() const { return m_modem->state() == Modem::State::Closed; }
+    bool isReady() const { return m_modem->state() == Modem::State::Ready; }
+};
+
+TEST_F(DispatcherTestResult, aFailureOfAStoppedEngineIsExplainedBeforeTheAnswer)
+{
+    m_line->silent = true;
+    testUntilAnswered();
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+}
+
+TEST_F(DispatcherTestResult, aFailureOfARunningEngineIsExplainedBeforeTheAnswerAndOnce)
+{
+    startReady();
+    m_line->silent = true;
+    testUntilAnswered();
+    EXPECT_EQ(m_events.mid(0, 2),
+              QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    ASSERT_TRUE(until([this] { return m_line->openings == 3; }));
+    EXPECT_EQ(count(QStringLiteral("warning -39")), 1);
+}
+
+TEST_F(DispatcherTestResult, aFailureThatIsKnownAlreadyIsExplainedInEveryTest)
+{
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    for (int times = 0; times < 2; ++times) {
+        testUntilAnswered();
+        EXPECT_EQ(m_events,
+                  QStringList({QStringLiteral("warning -2"), QStringLiteral("tested -2")}));
+    }
+}
+
+TEST_F(DispatcherTestResult, aSimThatStandsInTheWayIsExplainedAlthoughTheDeviceAnswers)
+{
+    startReady();
+    m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PUK"));
+    testUntilAnswered();
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -31"), QStringLiteral("tested -31")}));
+}
+
+TEST_F(DispatcherTestResult, aTestThatTakesTooLongIsExplained)
+{
+    m_timings.testAnswerMs = 20;
+    makeDispatcher();
+    m_line->submitAnswer.clear();
+    add(QStringLiteral("600"));
+    startReady();
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
+    testUntilAnswered();
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+}
+
+TEST_F(DispatcherTestResult, aDeviceThatIsTooLateForItsTestIsClosedAndNotReported)
+{
+    m_timings.testAnswerMs = 20;
+    makeDispatcher();
+    m_line->silent = true;
+    testUntilAnswered();
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    EXPECT_TRUE(isClosed());
+}
+
+TEST_F(DispatcherTestResult, aTroubleOfADeviceThatIsReadyAgainStandsNoLonger)
+{
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    EXPECT_EQ(m_dispatcher->standingTroubles().size(), 1);
+    m_line->openError = LineError::None;
+    ASSERT_TRUE(until([this] { return isReady(); }));
+    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+}
+
+TEST_F(DispatcherTestResult, aTroubleThatStandsKeepsTheWordsInWhichItWasTold)
+{
+    m_line->openError = LineError::NoSuchDevice;
+    m_line->detail = QStringLiteral("gone");
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    const QList<Dispatcher::Warning> told = m_dispatcher->standingTroubles();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.constFirst().text.contains(QStringLiteral("gone")));
+    m_line->detail = QStringLiteral("away");
+    ASSERT_TRUE(until([this] { return m_line->openings == 3; }));
+    EXPECT_EQ(m_dispatcher->standingTroubles(), told);
+}
+
+TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
+{
+    const auto standing = [this] {
+        const QList<Dispatcher::Warning> troubles = m_dispatcher->standingTroubles();
+        return troubles.isEmpty() ? 0 : troubles.constFirst().code;
+    };
+    m_line->openError = LineError::NoSuchDevice;
+    m_dispatcher->start();
+    ASSERT_TRUE(until([&] { return standing() == -2; }));
+    m_line->openError = LineError::HeldByAnother;
+    ASSERT_TRUE(until([&] { return standing() != -2; }));
+    m_line->openError = LineError::NoSuchDevice;
+    EXPECT_TRUE(until([&] { return standing() == -2; }));
+    EXPECT_EQ(count(QStringLiteral("warning -2")), 1);
+}
+
+TEST_F(DispatcherTestResult, aPinThatIsSpentOnATestIsToldWithinItAndNotTriedAgain)
+{
+    m_store->setDeviceSettings(
+        {0, QStringLiteral("4711"), 1, 1, QStringLiteral("/dev/fake, 9600")});
+    m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
+    m_line->answers.insert(pinCommand, FakeModemLine::answer("+CME ERROR: 16"));
+    testUntilAnswered();
+    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -27"), QStringLiteral("tested -27")}));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -27")) == 2; }));
+    EXPECT_EQ(m_line->commands.count(pinCommand), 1);
+}
+
+TEST_F(DispatcherTestResult, theDeviceStaysOpenForTheStartBehindTheTest)
+{
+    startReady();
+    testRunningEngine();
+    add(QStringLiteral("600"));
+    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_EQ(m_line->openings, 2) << "for the first start and for the test";
+    EXPECT_EQ(eventsButQueue(),
+              QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1"),
+                           QStringLiteral("status 1"), QStringLiteral("sent 600 text 0")}));
+}
+
+TEST_F(DispatcherTestResult, nothingIsSentThroughADeviceThatIsKeptOpen)
+{
+    add(QStringLiteral("600"));
+    testUntilAnswered();
+    takeTurns();
+    EXPECT_TRUE(isReady());
+    EXPECT_EQ(submissions(), 0);
+}
+
+TEST_F(DispatcherTestResult, theSameDeviceIsNotReportedAgainWhenItHadToBeOpenedAnew)
+{
+    startReady();
+    m_dispatcher->stop();
+    testUntilAnswered();
+    m_line->breakOff();
+    ASSERT_TRUE(until([this] { return isClosed(); }));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return isReady(); }));
+    EXPECT_EQ(count(QStringLiteral("info Model 7")), 1) << "the test's own";
+}
+
+TEST_F(DispatcherTestResult, anotherDeviceIsReported)
+{
+    testUntilAnswered();
+    m_line->breakOff();
+    ASSERT_TRUE(until([this] { return isClosed(); }));
+    m_line->answers.insert("AT+CGSN", FakeModemLine::info("490154203237519"));
+    m_dispatcher->start();
+    ASSERT_TRUE(until([this] { return count(QStringLiteral("info Model 7")) == 2; }));
+}
+
+TEST_F(DispatcherTestResult, eachTestReportsTheDevice)
+{
+    for (int times = 0; times < 2; ++times) {
+        testUntilAnswered();
+        EXPECT_EQ(m_events,
+                  QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+    }
+}
+
+TEST_F(DispatcherTestResult, aDeviceThatNobodyStartsIsClosedAfterAWhile)
+{
+    m_timings.keepTestedMs = 20;
+    makeDispatcher();
+    testUntilAnswered();
+    EXPECT_TRUE(until([this] { return isClosed(); }));
+}
+
+TEST_F(DispatcherTestResult, aStopClosesTheDeviceThatWasKept)
+{
+    testUntilAnswered();
+    m_dispatcher->start();
+    m_dispatcher->stop();
+    EXPECT_TRUE(isClosed());
+    m_dispatcher->start();
+    EXPECT_TRUE(until([this] { return count(QStringLiteral("info Model 7")) == 2; }));
+}
+
+TEST_F(DispatcherTestResult, theEndOfTheEngineClosesTheDeviceThatWasKept)
+{
+    testUntilAnswered();
+    m_dispatcher->finish();
+    EXPECT_TRUE(isClosed());
+    EXPECT_TRUE(has(QStringLiteral("finished")));
+}
+
+} // namespace

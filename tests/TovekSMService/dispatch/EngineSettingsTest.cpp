@@ -1,0 +1,193 @@
+#include "TovekSMService/dispatch/EngineSettings.h"
+
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+#include "contract/BusTypes.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+QByteArray lineOf(const EngineNumber &number, const QByteArray &value)
+{
+    return QByteArray("[") + number.section + "]\n" + number.key + "=" + value + "\n";
+}
+
+TEST(EngineSettings, defaultsStandForAFileThatHoldsNothing)
+{
+    const EngineSettings settings = EngineSettings::parse({});
+    EXPECT_EQ(settings, EngineSettings());
+    EXPECT_EQ(settings.attempts, 4);
+    EXPECT_EQ(settings.firstDelay, 30);
+    EXPECT_EQ(settings.longestDelay, 3600);
+    EXPECT_EQ(settings.jitter, 25);
+    EXPECT_EQ(settings.answerLimit, 180);
+    EXPECT_EQ(settings.validityPeriod, 0);
+    EXPECT_EQ(settings.breakerFailures, 3);
+    EXPECT_EQ(settings.resetInterval, 3600);
+    EXPECT_EQ(settings.mostLate, 0);
+    EXPECT_EQ(settings.partsPerMinute, 0);
+    EXPECT_EQ(settings.partsPerDay, 0);
+    EXPECT_EQ(settings.keepDays, 90);
+}
+
+struct Bounds
+{
+    const char *name;
+    int least;
+    int most;
+    bool zeroIsOff;
+};
+
+TEST(EngineSettings, everyNumberHasItsNameAndBounds)
+{
+    const Bounds expected[] = {
+        {"Sending/Attempts", 1, 100, false},
+        {"Sending/FirstDelay", 1, 86'400, false},
+        {"Sending/LongestDelay", 1, 604'800, false},
+        {"Sending/Jitter", 0, 100, false},
+        {"Sending/AnswerLimit", 30, 195, false},
+        {"Sending/ValidityPeriod", 5, 635'040, true},
+        {"Device/BreakerFailures", 1, 100, false},
+        {"Device/ResetInterval", 3600, 2'592'000, false},
+        {"Limits/MostLate", 60, 31'536'000, true},
+        {"Limits/PartsPerMinute", 1, 100'000, true},
+        {"Limits/PartsPerDay", 1, 100'000'000, true},
+        {"Outcomes/KeepDays", 1, 36'500, false},
+    };
+    ASSERT_EQ(engineNumbers().size(), std::size(expected));
+    for (size_t i = 0; i < std::size(expected); ++i) {
+        const EngineNumber &number = engineNumbers()[i];
+        EXPECT_EQ(QByteArray(number.section) + '/' + number.key, expected[i].name);
+        EXPECT_EQ(number.least, expected[i].least) << expected[i].name;
+        EXPECT_EQ(number.most, expected[i].most) << expected[i].name;
+        EXPECT_EQ(number.zeroIsOff, expected[i].zeroIsOff) << expected[i].name;
+    }
+}
+
+TEST(EngineSettings, theLeastAndTheMostAreTakenAndWhatIsBeyondThemIsLogged)
+{
+    for (const EngineNumber &number : engineNumbers()) {
+        SCOPED_TRACE(number.key);
+        const EngineSettings defaults;
+        const NotedLog log;
+        const auto taken = [&](qint64 value) {
+            // So that the two delays don't contradict each other.
+            const QByteArray frame = "[Sending]\nFirstDelay=1\nLongestDelay=604800\n";
+            return EngineSettings::parse(frame + lineOf(number, QByteArray::number(value))).*
+                   number.value;
+        };
+        EXPECT_EQ(taken(number.least), number.least);
+        EXPECT_EQ(taken(number.most), number.most);
+        EXPECT_EQ(log.count(QLatin1String(number.key)), 0);
+
+        EXPECT_EQ(taken(qint64{number.most} + 1), defaults.*number.value);
+        EXPECT_EQ(taken(qint64{1} << 40), defaults.*number.value);
+        EXPECT_EQ(taken(-1), defaults.*number.value);
+        EXPECT_EQ(log.count(QLatin1String(number.key)), 3);
+        EXPECT_EQ(taken(0), number.zeroIsOff || number.least == 0 ? 0 : defaults.*number.value);
+    }
+}
+
+class EngineSettingsOddValue : public testing::TestWithParam<const char *>
+{};
+
+TEST_P(EngineSettingsOddValue, isLoggedAndTheDefaultTaken)
+{
+    const NotedLog log;
+    EXPECT_EQ(EngineSettings::parse(QByteArray("[Sending]\nAttempts=") + GetParam() +
+                                    "\n[Outcomes]\nKeepDays=7\n")
+                  .attempts,
+              4);
+    EXPECT_EQ(log.count(QStringLiteral("Sending/Attempts")), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, EngineSettingsOddValue,
+                         testing::Values("", "many", "3.5", "0x3", "3 s", "99999999999999999999",
+                                         "-3"));
+
+TEST(EngineSettings, aBadNumberSpoilsNoOther)
+{
+    const NotedLog log;
+    const EngineSettings settings =
+        EngineSettings::parse("; a comment\n[Sending]\nAttempts=x\n\n[Outcomes]\nKeepDays = 7\n");
+    EXPECT_EQ(settings.attempts, 4);
+    EXPECT_EQ(settings.keepDays, 7);
+}
+
+TEST(EngineSettings, delaysThatContradictEachOtherAreBothTheDefaults)
+{
+    const NotedLog log;
+    const EngineSettings settings =
+        EngineSettings::parse("[Sending]\nFirstDelay=100\nLongestDelay=99\n");
+    EXPECT_EQ(settings, EngineSettings());
+    EXPECT_EQ(log.count(QStringLiteral("LongestDelay")), 1);
+    EXPECT_EQ(EngineSettings::parse("[Sending]\nFirstDelay=99\nLongestDelay=99\n").firstDelay, 99);
+}
+
+TEST(EngineSettings, whatIsNoSettingsTextIsLogged)
+{
+    const NotedLog log;
+    EXPECT_EQ(EngineSettings::parse(QByteArray("\xFF\xFE\x00garbage\n", 11)), EngineSettings());
+    EXPECT_EQ(log.count(QStringLiteral("no settings text")), 1);
+}
+
+TEST(EngineSettings, theFileStandsBesideTheConsolesSettings)
+{
+    const QString file = EngineSettings::file();
+    EXPECT_TRUE(file.endsWith(QStringLiteral("/Norvane/TovekSMService.ini")));
+    EXPECT_TRUE(file.startsWith(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))));
+    const NotedLog log;
+    QFile::remove(file);
+    EXPECT_EQ(EngineSettings::load(), EngineSettings());
+    EXPECT_EQ(log.count(QStringLiteral("settings")), 0);
+
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
+    QFile written(file);
+    ASSERT_TRUE(written.open(QIODevice::WriteOnly));
+    written.write("[Limits]\nPartsPerDay=500\n");
+    written.close();
+    EXPECT_EQ(EngineSettings::load().partsPerDay, 500);
+    QFile::remove(file);
+}
+
+TEST(EngineSettings, aFileThatCannotBeReadIsLogged)
+{
+    const QString file = EngineSettings::file();
+    ASSERT_TRUE(QDir().mkpath(file));
+    const NotedLog log;
+    EXPECT_EQ(EngineSettings::load(), EngineSettings());
+    EXPECT_EQ(log.count(QStringLiteral("can't be read")), 1);
+    EXPECT_TRUE(QDir().rmdir(file));
+}
+
+TEST(EngineSettings, theNumbersReachTheRetriesAndTheModem)
+{
+    EngineSettings settings;
+    settings.attempts = 2;
+    settings.firstDelay = 5;
+    settings.longestDelay = 7;
+    settings.jitter = 50;
+    settings.answerLimit = 60;
+    const RetryPolicy policy([] { return 0.5; }, settings.retryTimes());
+    EXPECT_TRUE(policy.mayTryAgain(1));
+    EXPECT_FALSE(policy.mayTryAgain(2));
+    EXPECT_EQ(policy.messageDelay(1), 6);
+    EXPECT_EQ(policy.messageDelay(2), 8);
+    EXPECT_EQ(settings.modemTimings().sendMs, 60'000);
+    EXPECT_EQ(EngineSettings().modemTimings().sendMs, ModemTimings().sendMs);
+    EXPECT_EQ(EngineSettings().retryTimes().jitterPercent, 25);
+}
+
+TEST(EngineSettings, noAnswerIsWaitedForLongerThanTheCallersWait)
+{
+    for (const EngineNumber &number : engineNumbers()) {
+        if (number.value == &EngineSettings::answerLimit) {
+            EXPECT_LT(number.most * 1000, Bus::TestDeviceTimeout);
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,49 @@
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+
+namespace {
+
+class OutcomePruning : public DispatcherFixture
+{
+protected:
+    OutcomePruning()
+    {
+        m_timings.pruning = {2, 1, 20};
+        m_settings.keepDays = 10;
+    }
+
+    void finished(int daysAgo)
+    {
+        m_store->add({{QStringLiteral("600"), {}}}, noon());
+        m_store->finish(m_store->first()->id, 1, 1, m_clock.wallClockText(-daysAgo * 86'400 - 1),
+                        true);
+    }
+
+    int outcomes() const { return onDisk(QStringLiteral("SELECT COUNT(*) FROM outcome")).toInt(); }
+};
+
+TEST_F(OutcomePruning, outcomesAreForgottenAfterTheirDaysAndNotBefore)
+{
+    for (const int daysAgo : {9, 10, 11, 12, 13, 14})
+        finished(daysAgo);
+    makeDispatcher();
+    ASSERT_TRUE(until([this] { return outcomes() == 1; }));
+    takeTurns();
+    EXPECT_EQ(outcomes(), 1);
+    // It looks again.
+    m_clock.now = m_clock.now.addDays(1);
+    EXPECT_TRUE(until([this] { return outcomes() == 0; }));
+}
+
+TEST_F(OutcomePruning, aStoreThatIsLockedIsTriedAgainLater)
+{
+    finished(11);
+    const NotedLog log;
+    OtherConnection other(file());
+    other.lock();
+    makeDispatcher();
+    ASSERT_TRUE(until([&] { return log.count(QStringLiteral("old outcomes stay")) >= 2; }));
+    other.unlock();
+    EXPECT_TRUE(until([this] { return outcomes() == 0; }));
+}
+
+} // namespace

@@ -1,0 +1,77 @@
+#include "TovekSMService/dispatch/RunPace.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr qint64 ms = 1'000'000;
+
+TEST(RunPace, beginsWithOneMessage)
+{
+    EXPECT_EQ(RunPace({5, 32}).length(), 1);
+}
+
+TEST(RunPace, doublesUpToItsMostWhileTheDeviceKeepsUp)
+{
+    RunPace pace({5, 32});
+    for (const int expected : {2, 4, 8, 16, 32, 32}) {
+        pace.noteTaken(pace.length(), pace.length() * ms / 10);
+        EXPECT_EQ(pace.length(), expected);
+    }
+}
+
+TEST(RunPace, neverGoesBeyondWhatTheDeviceTakesInAMoment)
+{
+    RunPace pace({5, 32});
+    for (int run = 0; run < 6; ++run)
+        pace.noteTaken(pace.length(), pace.length() * ms);
+    EXPECT_EQ(pace.length(), 5);
+    pace.noteTaken(1, ms + 1); // a nanosecond more, and the fifth one is over the moment
+    EXPECT_EQ(pace.length(), 4);
+}
+
+TEST(RunPace, isOneMessageForADeviceThatNeedsTheMomentForOne)
+{
+    RunPace pace({5, 32});
+    for (const qint64 each : {3 * ms, 5 * ms, 200 * ms, 60'000 * ms}) {
+        pace.noteTaken(1, each);
+        EXPECT_EQ(pace.length(), 1) << each;
+    }
+}
+
+TEST(RunPace, fallsAtOnceWhenTheDeviceBecomesSlow)
+{
+    RunPace pace({5, 32});
+    for (int run = 0; run < 6; ++run)
+        pace.noteTaken(pace.length(), pace.length() * ms / 10);
+    pace.noteTaken(32, 32 * 4 * ms);
+    EXPECT_EQ(pace.length(), 1);
+}
+
+TEST(RunPace, forgetsWhatItKnew)
+{
+    RunPace pace({5, 32});
+    pace.noteTaken(1, 1);
+    ASSERT_EQ(pace.length(), 2);
+    pace.forget();
+    EXPECT_EQ(pace.length(), 1);
+}
+
+TEST(RunPace, takesAnyFigure)
+{
+    RunPace pace({5, 0});
+    pace.noteTaken(0, 0);
+    EXPECT_EQ(pace.length(), 1);
+    pace.noteTaken(1, -1);
+    EXPECT_EQ(pace.length(), 1);
+}
+
+TEST(RunPace, takesAMessageThatNeededNoTimeForOneOfANanosecond)
+{
+    RunPace pace({1, 4'000'000});
+    for (int run = 0; run < 25; ++run)
+        pace.noteTaken(pace.length(), 0);
+    EXPECT_EQ(pace.length(), 1'000'000);
+}
+
+} // namespace

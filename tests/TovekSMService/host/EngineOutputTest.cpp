@@ -1,0 +1,141 @@
+#include "gsm-simulator/RunningSimulator.h"
+#include "TovekSMService/host/EngineProcess.h"
+
+#include "TovekSMService/store/OtherConnection.h"
+
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// What the engine writes to standard error.
+class EngineOutput : public EngineProcess
+{
+protected:
+    EngineOutput()
+    {
+        m_engine.setProcessChannelMode(QProcess::SeparateChannels);
+        m_engine.setStandardErrorFile(logFile());
+    }
+
+    QString logFile() const { return m_folder.filePath(QStringLiteral("log")); }
+    QString log() const
+    {
+        QFile file(logFile());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
+    /// Sends one message and fails another, with a SIM that asks for the PIN.
+    void work()
+    {
+        RunningSimulator device({QStringLiteral("--pin"), QStringLiteral("47119"),
+                                 QStringLiteral("--fail-every"), QStringLiteral("2"),
+                                 QStringLiteral("--fail-code"), QStringLiteral("8")});
+        ASSERT_TRUE(device.isReady());
+        start();
+        setSettings({0, QStringLiteral("47119"), 1, 1, device.link() + QStringLiteral(", 115200")});
+        const QString due = QStringLiteral("2024-01-01T00:00:00");
+        addSMS(QStringLiteral("600111222"), QStringLiteral("Zanahoria"), due);
+        addSMS(QStringLiteral("600111333"), QStringLiteral("Zanahoria"), due);
+        addSMS(QStringLiteral("not a number"), QStringLiteral("Zanahoria"), due);
+        call("StartEngine");
+        EXPECT_TRUE(until([] { return callForNumber("GetQueueSize") == 0; }));
+        EXPECT_EQ(device.messages().size(), 1);
+        // A PIN that is refused, and a device that is gone.
+        setSettings({0, QStringLiteral("58220"), 1, 1, QStringLiteral("/no/such/device, 9600")});
+        call("ApplySettings");
+        Listener listener(QDBusConnection::sessionBus());
+        call("ReportState");
+        EXPECT_TRUE(until([&] { return listener.has(QStringLiteral("WarningError -2")); }));
+        stop();
+    }
+    void expectNoSecrets() const
+    {
+        const QString text = log();
+        EXPECT_TRUE(text.contains(QLatin1String("up, version"))) << text.toStdString();
+        EXPECT_TRUE(text.contains(QLatin1String("/no/such/device"))) << text.toStdString();
+        for (const char *const secret : {"47119", "58220", "Zanahoria"})
+            EXPECT_FALSE(text.contains(QLatin1String(secret), Qt::CaseInsensitive))
+                << secret << " in:\n"
+                << text.toStdString();
+    }
+
+    QTemporaryDir m_folder;
+};
+
+TEST_F(EngineOutput, noTextAndNoPinIsLogged)
+{
+    work();
+    expectNoSecrets();
+}
+
+TEST_F(EngineOutput, noTextAndNoPinIsLoggedInFullEither)
+{
+    m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("debug")});
+    work();
+    expectNoSecrets();
+}
+
+TEST_F(EngineOutput, elsewhereALineHasTimeAndLevel)
+{
+    work();
+    const QRegularExpression line(
+        QStringLiteral("\\A\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} "
+                       "(debug|info|warning|error|fatal) ."));
+    const QStringList lines = log().split(u'\n', Qt::SkipEmptyParts);
+    EXPECT_GE(lines.size(), 3);
+    for (const QString &one : lines)
+        EXPECT_TRUE(line.match(one).hasMatch()) << one.toStdString();
+}
+
+TEST_F(EngineOutput, theLevelLeavesOutWhatIsLess)
+{
+    m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("warning")});
+    start();
+    stop();
+    EXPECT_EQ(log(), QString());
+}
+
+/// Runs the engine with a file as its standard error that JOURNAL_STREAM names, or doesn't.
+class EngineOnJournal : public EngineOutput
+{
+protected:
+    void startWith(qulonglong inodeMore)
+    {
+        QFile file(logFile());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        struct stat info = {};
+        ASSERT_EQ(::fstat(file.handle(), &info), 0);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("JOURNAL_STREAM"),
+                           QStringLiteral("%1:%2")
+                               .arg(static_cast<qulonglong>(info.st_dev))
+                               .arg(static_cast<qulonglong>(info.st_ino) + inodeMore));
+        m_engine.setProcessEnvironment(environment);
+        m_engine.setStandardErrorFile(logFile(), QIODevice::Append);
+        start();
+        setSettings(noDevice());
+        call("StartEngine");
+        ASSERT_TRUE(until([this] { return log().contains(QLatin1String("/no/such/device")); }));
+        stop();
+    }
+};
+
+TEST_F(EngineOnJournal, aLineForTheJournalHasItsPriorityAndNoTime)
+{
+    startWith(0);
+    EXPECT_TRUE(log().startsWith(QLatin1String("<6>up, version"))) << log().toStdString();
+    EXPECT_TRUE(log().contains(QLatin1String("\n<4>warning -2"))) << log().toStdString();
+}
+
+TEST_F(EngineOnJournal, aJournalThatStandardErrorNoLongerLeadsToIsNone)
+{
+    startWith(1);
+    EXPECT_FALSE(log().startsWith(u'<')) << log().toStdString();
+}
+
+} // namespace

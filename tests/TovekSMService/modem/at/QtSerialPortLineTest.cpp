@@ -1,0 +1,215 @@
+#include "TovekSMService/modem/at/QtSerialPortLine.h"
+
+#include "TovekSMService/modem/at/AtChannel.h"
+#include "TovekSMService/modem/at/PtyModem.h"
+#include "support/TurnedTime.h"
+#include "support/WaitUntil.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// Longer than any test lasts, in milliseconds.
+constexpr int s_patience = 24 * 3'600'000;
+
+/// Limits that no machine is too slow for.
+ModemTimings patientTimings()
+{
+    ModemTimings timings;
+    timings.probeMs = s_patience;
+    timings.drainMs = s_patience;
+    timings.quietMs = 5;
+    return timings;
+}
+
+int asInt(LineError error)
+{
+    return static_cast<int>(error);
+}
+
+TEST(QtSerialPortLine, carriesBytesBothWaysUnchanged)
+{
+    PtyModem device;
+    QtSerialPortLine line;
+    QByteArray received;
+    QObject::connect(&line, &SerialLine::received, &line,
+                     [&received](const QByteArray &bytes) { received += bytes; });
+    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
+    EXPECT_TRUE(line.isOpen());
+
+    QByteArray all;
+    for (int byte = 0; byte < 256; ++byte)
+        all.append(static_cast<char>(byte));
+    ASSERT_TRUE(line.write(all));
+    ASSERT_TRUE(waitUntil([&] { return device.heard.size() >= 256; }));
+    EXPECT_EQ(device.heard, all);
+    device.say(all);
+    ASSERT_TRUE(waitUntil([&] { return received.size() >= 256; }));
+    EXPECT_EQ(received, all);
+
+    line.close();
+    EXPECT_FALSE(line.isOpen());
+    EXPECT_FALSE(line.write("x"));
+}
+
+TEST(QtSerialPortLine, opensADeviceThroughALinkAndAtAnySpeedThatItTakes)
+{
+    const QTemporaryDir folder;
+    PtyModem device;
+    const QString link = folder.filePath(QStringLiteral("the modem, at last"));
+    ASSERT_TRUE(QFile::link(device.path(), link));
+    QtSerialPortLine line;
+    for (const int baud : {1200, 9600, 115200, 460800}) {
+        ASSERT_EQ(asInt(line.open(link, baud)), asInt(LineError::None))
+            << baud << line.errorDetail().toStdString();
+        // Without this the far end would see a hang-up between two openings.
+        ASSERT_TRUE(line.write("x"));
+    }
+    ASSERT_TRUE(waitUntil([&] { return device.heard.endsWith('x'); }));
+}
+
+TEST(QtSerialPortLine, tellsWhatIsNoDeviceOfItsKind)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const QString dangling = folder.filePath(QStringLiteral("dangling"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/nowhere/modem"), dangling));
+
+    QtSerialPortLine line;
+    EXPECT_EQ(asInt(line.open(QStringLiteral("/dev/no-such-modem"), 9600)),
+              asInt(LineError::NoSuchDevice));
+    EXPECT_EQ(line.errorDetail(), QStringLiteral("/dev/no-such-modem"));
+    EXPECT_EQ(asInt(line.open(dangling, 9600)), asInt(LineError::NoSuchDevice));
+    EXPECT_EQ(asInt(line.open(QString(), 9600)), asInt(LineError::NoSuchDevice));
+    EXPECT_EQ(asInt(line.open(file.fileName(), 9600)), asInt(LineError::NotSerial));
+    EXPECT_EQ(asInt(line.open(folder.path(), 9600)), asInt(LineError::NotSerial));
+    EXPECT_EQ(asInt(line.open(QStringLiteral("/dev/null"), 9600)), asInt(LineError::NotSerial));
+    PtyModem device;
+    EXPECT_EQ(asInt(line.open(device.path(), 0)), asInt(LineError::UnsupportedSpeed));
+    EXPECT_FALSE(line.isOpen());
+}
+
+TEST(QtSerialPortLine, isExclusiveAndGivesTheDeviceBack)
+{
+    PtyModem device;
+    QtSerialPortLine first;
+    QtSerialPortLine second;
+    ASSERT_EQ(asInt(first.open(device.path(), 9600)), asInt(LineError::None));
+    EXPECT_EQ(asInt(second.open(device.path(), 9600)), asInt(LineError::HeldByAnother));
+    EXPECT_TRUE(first.isOpen());
+    EXPECT_FALSE(second.isOpen());
+    first.close();
+    EXPECT_EQ(asInt(second.open(device.path(), 9600)), asInt(LineError::None));
+}
+
+TEST(QtSerialPortLine, namesTheProgramThatHoldsTheDevice)
+{
+    PtyModem device;
+    QProcess holder;
+    holder.start(QStringLiteral("cat"), {});
+    ASSERT_TRUE(holder.waitForStarted(hangMs));
+    QString name = device.path().mid(5);
+    name.replace(u'/', u'_');
+    QFile lock(QStringLiteral("/tmp/LCK..") + name);
+    ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
+    lock.write(QByteArray::number(holder.processId()).rightJustified(10) + '\n');
+    lock.close();
+
+    QtSerialPortLine line;
+    EXPECT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::HeldByAnother));
+    EXPECT_EQ(line.errorDetail(), QStringLiteral("cat (%1)").arg(holder.processId()));
+
+    holder.closeWriteChannel();
+    ASSERT_TRUE(holder.waitForFinished(hangMs));
+    EXPECT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None));
+    lock.remove();
+}
+
+TEST(QtSerialPortLine, tellsOnceThatTheDeviceHasGone)
+{
+    PtyModem device;
+    QtSerialPortLine line;
+    const QSignalSpy broken(&line, &SerialLine::broken);
+    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
+    device.unplug();
+    ASSERT_TRUE(waitUntil([&] { return !broken.isEmpty(); }));
+    EXPECT_EQ(asInt(broken.first().first().value<LineError>()), asInt(LineError::Unplugged));
+    EXPECT_EQ(line.errorDetail(), device.path() + QStringLiteral(" has gone"));
+    EXPECT_FALSE(line.isOpen());
+    EXPECT_FALSE(line.write("AT\r"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(broken.count(), 1);
+}
+
+TEST(QtSerialPortLine, closedByItsOwnerItSaysNothing)
+{
+    PtyModem device;
+    QtSerialPortLine line;
+    const QSignalSpy broken(&line, &SerialLine::broken);
+    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
+    device.unplug();
+    line.close();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(broken.isEmpty());
+}
+
+TEST(QtSerialPortLine, speaksThroughTheChannel)
+{
+    PtyModem device;
+    device.play({{"\x1B\r", ""},
+                 {"AT\r", "AT\r\r\nOK\r\n"},
+                 {"AT+CMGS=13\r", "AT+CMGS=13\r\r\n> "},
+                 {"0011\x1A", "0011\r\n+CMGS: 9\r\n\r\nOK\r\n"}});
+    QtSerialPortLine line;
+    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
+    AtChannel channel(&line, patientTimings());
+    std::optional<AtAnswer> answer;
+    channel.synchronise(1, [&](SyncOutcome outcome) {
+        ASSERT_EQ(static_cast<int>(outcome), static_cast<int>(SyncOutcome::Answered));
+        channel.submit({"AT+CMGS=13", s_patience, {}}, "0011", s_patience,
+                       [&](const AtAnswer &given) { answer = given; });
+    });
+    ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+    EXPECT_TRUE(answer->isOk());
+    EXPECT_EQ(answer->lines, QList<QByteArray>{"+CMGS: 9"});
+}
+
+/// How fast that is, `throughput_bench` measures.
+TEST(QtSerialPortLine, submitsWithoutWaitingForAnythingButTheDevice)
+{
+    PtyModem device;
+    device.submitForever();
+    QtSerialPortLine line;
+    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None))
+        << line.errorDetail().toStdString();
+    TurnedTime time; // which nobody turns
+    AtChannel channel(&line, {}, time);
+    constexpr int count = 2000;
+    int done = 0;
+    std::function<void()> next = [&] {
+        channel.submit({"AT+CMGS=153", 5000, {}}, QByteArray(308, '0'), 5000,
+                       [&](const AtAnswer &answer) {
+                           ASSERT_TRUE(answer.isOk());
+                           if (++done < count)
+                               next();
+                       });
+    };
+    next();
+    ASSERT_TRUE(waitUntil([&] { return done == count; }));
+    EXPECT_EQ(device.submissions, count);
+    EXPECT_EQ(time.elapsed(), 0);
+}
+
+} // namespace

@@ -1,0 +1,104 @@
+#include "TovekSMService/store/OtherConnection.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString prefix()
+{
+    return QStringLiteral("other-");
+}
+
+} // namespace
+
+OtherConnection::OtherConnection(const QString &file)
+    : m_name(prefix() + QUuid::createUuid().toString()),
+      m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name))
+{
+    m_database.setDatabaseName(file);
+    EXPECT_TRUE(m_database.open());
+}
+
+OtherConnection::~OtherConnection()
+{
+    m_database.close();
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_name);
+}
+
+void OtherConnection::run(const QString &statement)
+{
+    QSqlQuery query(m_database);
+    EXPECT_TRUE(query.exec(statement)) << query.lastError().text().toStdString();
+}
+
+QList<QVariantList> OtherConnection::rows(const QString &text)
+{
+    QSqlQuery query(m_database);
+    EXPECT_TRUE(query.exec(text)) << query.lastError().text().toStdString();
+    QList<QVariantList> rows;
+    while (query.next()) {
+        QVariantList row;
+        for (int column = 0; column < query.record().count(); ++column)
+            row.append(query.value(column));
+        rows.append(row);
+    }
+    return rows;
+}
+
+QVariant OtherConnection::value(const QString &query)
+{
+    const QList<QVariantList> found = rows(query);
+    return found.isEmpty() ? QVariant() : found.constFirst().constFirst();
+}
+
+void OtherConnection::lock()
+{
+    run(QStringLiteral("BEGIN IMMEDIATE"));
+}
+
+void OtherConnection::unlock()
+{
+    run(QStringLiteral("ROLLBACK"));
+}
+
+QList<QVariantList> OtherConnection::contents()
+{
+    QList<QVariantList> all;
+    for (const QVariantList &table :
+         rows(QStringLiteral("SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT "
+                             "LIKE 'sqlite_%' ORDER BY name")))
+        all += rows(QStringLiteral("SELECT '%1', * FROM %1").arg(table.constFirst().toString()));
+    return all;
+}
+
+void runOnStoreConnection(const QString &file, const QString &statement)
+{
+    int found = 0;
+    const QStringList names = QSqlDatabase::connectionNames();
+    for (const QString &name : names) {
+        const QSqlDatabase database = QSqlDatabase::database(name, false);
+        if (name.startsWith(prefix()) || database.databaseName() != file)
+            continue;
+        ++found;
+        QSqlQuery query(database);
+        EXPECT_TRUE(query.exec(statement)) << query.lastError().text().toStdString();
+    }
+    EXPECT_EQ(found, 1);
+}
+
+void fillDisk(const QString &file)
+{
+    // A limit below the present size is taken as the present size.
+    runOnStoreConnection(file, QStringLiteral("PRAGMA max_page_count = 1"));
+}
+
+void freeDisk(const QString &file)
+{
+    runOnStoreConnection(file, QStringLiteral("PRAGMA max_page_count = 1000000"));
+}

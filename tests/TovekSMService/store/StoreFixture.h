@@ -1,0 +1,61 @@
+#pragma once
+
+#include "TovekSMService/store/Store.h"
+
+#include "TovekSMService/store/OtherConnection.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+/// A store in a folder of its own.
+class StoreFixture : public testing::Test
+{
+protected:
+    StoreFixture() { reopen(); }
+
+    QString file() const { return m_folder.filePath(QStringLiteral("queue.sqlite")); }
+
+    void reopen()
+    {
+        m_store.reset();
+        m_store = std::make_unique<Store>(file());
+    }
+
+    /// Queues one message.
+    /// @return its id
+    qint64 add(const QString &date, const QString &phone = QStringLiteral("600"),
+               const QString &text = QStringLiteral("text"))
+    {
+        m_store->add({{phone, text}}, date);
+        OtherConnection other(file());
+        return other.value(QStringLiteral("SELECT MAX(id) FROM message")).toLongLong();
+    }
+
+    QStringList phones() const
+    {
+        QStringList phones;
+        for (const QueueRow &row : m_store->rows())
+            phones.append(row.phone);
+        return phones;
+    }
+
+    /// What `column` of the message holds on disk.
+    QVariant stored(qint64 id, const char *column) const
+    {
+        OtherConnection other(file());
+        return other.value(QStringLiteral("SELECT %1 FROM message WHERE id = %2")
+                               .arg(QLatin1String(column))
+                               .arg(id));
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<Store> m_store;
+};
+
+inline QString noon()
+{
+    return QStringLiteral("2024-05-01T12:00:00");
+}

@@ -1,0 +1,121 @@
+#include "TovekSMService/store/StoreFixture.h"
+
+#include "TovekSMService/store/StoreSchema.h"
+
+namespace {
+
+/// The tables as the first version of the engine made them.
+const char *const s_version1[] = {
+    "CREATE TABLE message (id INTEGER PRIMARY KEY AUTOINCREMENT, delivery_date TEXT NOT NULL,"
+    " due TEXT NOT NULL, phone TEXT NOT NULL, text TEXT NOT NULL,"
+    " state INTEGER NOT NULL DEFAULT 0, attempts INTEGER NOT NULL DEFAULT 0, reference INTEGER,"
+    " parts_sent INTEGER NOT NULL DEFAULT 0, part_hash BLOB)",
+    "CREATE INDEX message_by_due ON message (due, id)",
+    "CREATE INDEX message_in_progress ON message (state) WHERE state <> 0",
+    "CREATE TABLE setting (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE pin_attempt (sim TEXT NOT NULL, pin BLOB NOT NULL, history INTEGER NOT NULL,"
+    " at TEXT NOT NULL, PRIMARY KEY (sim, pin)) WITHOUT ROWID",
+    "CREATE TABLE outcome (id INTEGER PRIMARY KEY AUTOINCREMENT, message_id INTEGER NOT NULL,"
+    " delivery_date TEXT NOT NULL, phone TEXT NOT NULL, text TEXT NOT NULL,"
+    " code INTEGER NOT NULL, network_reference INTEGER, at TEXT NOT NULL,"
+    " reported INTEGER NOT NULL)",
+    "CREATE INDEX outcome_unreported ON outcome (id) WHERE reported = 0",
+    "CREATE INDEX outcome_by_message ON outcome (message_id)",
+    "PRAGMA user_version = 1",
+
+    "INSERT INTO message (id, delivery_date, due, phone, text) VALUES"
+    " (7, '2024-05-02T00:00:00', '2024-05-02T00:00:00', '600', 'waiting'),"
+    " (8, 'tomorrow', '', '601', 'odd')",
+    "INSERT INTO message (id, delivery_date, due, phone, text, state, attempts, reference,"
+    " parts_sent, part_hash) VALUES"
+    " (9, '2024-05-01T12:00:00', '2024-05-01T12:00:00', '602', 'leaving', 1, 2, 77, 3, 'hash')",
+    "INSERT INTO setting VALUES ('run', '1'), ('parameter', 'COM4, 9600')",
+    "INSERT INTO outcome (message_id, delivery_date, phone, text, code, network_reference, at,"
+    " reported) VALUES (1, 'd', '500', 'sent', 1, 42, '2024-05-01T11:00:00', 1),"
+    " (2, 'd', '501', 'failed', -36, NULL, '2024-05-01T11:00:01', 0)",
+};
+
+class StoreMigration : public StoreFixture
+{
+protected:
+    StoreMigration()
+    {
+        m_store.reset();
+        OtherConnection other(oldFile());
+        for (const char *const statement : s_version1)
+            other.run(QString::fromLatin1(statement));
+    }
+
+    QString oldFile() const { return m_folder.filePath(QStringLiteral("old.sqlite")); }
+};
+
+TEST_F(StoreMigration, aFileOfTheFirstVersionKeepsAllThatItHolds)
+{
+    const Store store(oldFile());
+    EXPECT_EQ(OtherConnection(oldFile()).value(QStringLiteral("PRAGMA user_version")).toInt(), 2);
+    EXPECT_EQ(store.size(), 3);
+    const QList<QueueRow> expected = {
+        {QStringLiteral("tomorrow"), QStringLiteral("601"), QStringLiteral("odd"), 8},
+        {noon(), QStringLiteral("602"), QStringLiteral("leaving"), 9},
+        {QStringLiteral("2024-05-02T00:00:00"), QStringLiteral("600"), QStringLiteral("waiting"),
+         7}};
+    EXPECT_EQ(store.rows(), expected);
+    EXPECT_TRUE(store.isToRun());
+    EXPECT_EQ(store.deviceSettings().Parameter, QStringLiteral("COM4, 9600"));
+    ASSERT_EQ(store.unreportedFailures().size(), 1);
+    EXPECT_EQ(store.unreportedFailures().constFirst().phone, QStringLiteral("501"));
+    ASSERT_EQ(store.interrupted().size(), 1);
+    const StoredMessage leaving = store.interrupted().constFirst();
+    EXPECT_EQ(leaving.id, 9);
+    EXPECT_EQ(leaving.attempts, 2);
+    EXPECT_EQ(leaving.partsSent, 3);
+    EXPECT_EQ(leaving.reference, quint16{77});
+    EXPECT_EQ(leaving.originalDate, noon());
+    EXPECT_EQ(store.first()->originalDate, QStringLiteral("tomorrow"));
+}
+
+TEST_F(StoreMigration, theFileIsThenUsedLikeANewOne)
+{
+    Store store(oldFile());
+    store.add({{QStringLiteral("603"), QStringLiteral("new")}}, noon());
+    store.finish(9, 1, 1, noon(), true);
+    store.countPart(noon());
+    EXPECT_EQ(store.partCounts(noon()).inDay, 1);
+    EXPECT_EQ(store.pruneOutcomes(QStringLiteral("2024-05-01T12:00:00"), 10), 1);
+    EXPECT_EQ(store.size(), 3);
+}
+
+TEST_F(StoreMigration, aStepThatFailsLeavesTheFileAsItWas)
+{
+    // The last statement of the step has no room for its name.
+    OtherConnection other(oldFile());
+    other.run(QStringLiteral("CREATE TABLE outcome_by_time (a)"));
+    const QList<QVariantList> before = other.contents();
+    EXPECT_THROW(Store store(oldFile()), StoreFailure);
+    EXPECT_EQ(other.value(QStringLiteral("PRAGMA user_version")).toInt(), 1);
+    EXPECT_EQ(other.contents(), before);
+    EXPECT_EQ(other
+                  .value(QStringLiteral("SELECT COUNT(*) FROM sqlite_schema "
+                                        "WHERE name = 'part_count'"))
+                  .toInt(),
+              0);
+
+    other.run(QStringLiteral("DROP TABLE outcome_by_time"));
+    EXPECT_EQ(Store(oldFile()).size(), 3);
+}
+
+TEST_F(StoreMigration, bothWaysLeadToTheSameTables)
+{
+    const auto columns = [](const QString &name) {
+        OtherConnection other(name);
+        return other.rows(QStringLiteral("SELECT m.name, c.name, c.type, c.\"notnull\" FROM "
+                                         "sqlite_schema m JOIN pragma_table_info(m.name) c "
+                                         "ORDER BY m.name, c.name"));
+    };
+    const Store migrated(oldFile());
+    reopen();
+    EXPECT_EQ(columns(oldFile()), columns(file()));
+    EXPECT_FALSE(columns(file()).isEmpty());
+}
+
+} // namespace

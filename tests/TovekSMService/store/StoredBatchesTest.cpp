@@ -1,0 +1,118 @@
+#include "TovekSMService/store/StoredBatches.h"
+
+#include "TovekSMService/store/StoreFixture.h"
+
+namespace {
+
+class StoredBatchesTest : public StoreFixture
+{
+protected:
+    static QList<QueueRow> messages(int count, const QString &text = QStringLiteral("text"))
+    {
+        QList<QueueRow> messages;
+        for (int i = 0; i < count; ++i)
+            messages.append({QStringLiteral("2024-05-01T12:%1:00").arg(i % 60, 2, 10, QChar(u'0')),
+                             QString::number(i), text, 0});
+        return messages;
+    }
+    void add(const QString &batch, const QList<QueueRow> &messages)
+    {
+        StoredBatches(*m_store).add(batch, messages);
+    }
+    qsizetype stored(const QString &batch) const { return StoredBatches(*m_store).stored(batch); }
+    QStringList phonesOnDisk() const
+    {
+        QStringList phones;
+        for (const QVariantList &row :
+             OtherConnection(file()).rows(QStringLiteral("SELECT phone FROM message ORDER BY id")))
+            phones.append(row.constFirst().toString());
+        return phones;
+    }
+
+    const QString one = QStringLiteral("one");
+};
+
+TEST_F(StoredBatchesTest, itsMessagesAreQueuedInTheirOrderEachWithItsOwnDate)
+{
+    add(one, messages(3));
+    const QList<QueueRow> rows = m_store->rows();
+    ASSERT_EQ(rows.size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(rows.at(i).phone, QString::number(i));
+        EXPECT_EQ(rows.at(i).deliveryDate, QStringLiteral("2024-05-01T12:0%1:00").arg(i));
+        EXPECT_NE(rows.at(i).id, 0);
+    }
+    EXPECT_EQ(stored(one), 3);
+    EXPECT_EQ(m_store->size(), 3);
+}
+
+TEST_F(StoredBatchesTest, theSameBatchAgainQueuesNothingNew)
+{
+    add(one, messages(3));
+    add(one, messages(3));
+    EXPECT_EQ(m_store->size(), 3);
+    add(QStringLiteral("other"), messages(2));
+    EXPECT_EQ(m_store->size(), 5);
+}
+
+TEST_F(StoredBatchesTest, whatIsStoredOfABatchIsKnownToTheEngineThatComesUpAnew)
+{
+    add(one, messages(3));
+    reopen();
+    EXPECT_EQ(stored(one), 3);
+    add(one, messages(3));
+    EXPECT_EQ(m_store->size(), 3);
+}
+
+TEST_F(StoredBatchesTest, aFullDiskTakesWhatFitsFromTheFirstOn)
+{
+    add(QStringLiteral("before"), messages(1));
+    const QList<QueueRow> batch = messages(400, QString(300, u'x'));
+    runOnStoreConnection(file(), QStringLiteral("PRAGMA max_page_count = 40"));
+    EXPECT_THROW(add(one, batch), StoreFailure);
+    const qsizetype taken = stored(one);
+    EXPECT_GT(taken, 0);
+    EXPECT_LT(taken, 400);
+    EXPECT_EQ(m_store->size(), taken + 1);
+    EXPECT_THROW(m_store->add({batch.at(taken)}), StoreFailure) << "not one more would fit";
+
+    freeDisk(file());
+    add(one, batch);
+    EXPECT_EQ(stored(one), 400);
+    QStringList phones = {QStringLiteral("0")};
+    for (int i = 0; i < 400; ++i)
+        phones.append(QString::number(i));
+    EXPECT_EQ(phonesOnDisk(), phones) << "each of them once, in their order";
+}
+
+TEST_F(StoredBatchesTest, aLockKeepsAllOfThemOut)
+{
+    OtherConnection other(file());
+    other.lock();
+    EXPECT_THROW(add(one, messages(3)), StoreFailure);
+    other.unlock();
+    EXPECT_EQ(stored(one), 0);
+    EXPECT_EQ(m_store->size(), 0);
+}
+
+TEST_F(StoredBatchesTest, onlyTheLastFewAreRemembered)
+{
+    for (int i = 0; i <= StoredBatches::MaxRemembered; ++i)
+        add(QString::number(i), messages(1));
+    EXPECT_EQ(stored(QStringLiteral("0")), 0);
+    EXPECT_EQ(stored(QStringLiteral("1")), 1);
+}
+
+TEST_F(StoredBatchesTest, anyTextIsAName)
+{
+    const QStringList names = {QString(), QStringLiteral("a b"), QStringLiteral(":"),
+                               QStringLiteral("one:9"), QString(100'000, u'x')};
+    for (const QString &name : names) {
+        add(name, messages(2));
+        EXPECT_EQ(stored(name), 2);
+    }
+    EXPECT_EQ(m_store->size(), 2 * names.size());
+    EXPECT_LT(m_store->recentBatches().size(), 1000);
+}
+
+} // namespace

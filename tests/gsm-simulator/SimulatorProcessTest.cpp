@@ -1,0 +1,275 @@
+#include "gsm-simulator/RunningSimulator.h"
+
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+QByteArray answerOf(const QByteArray &text)
+{
+    return QByteArray(text).trimmed().replace("\r\n\r\n", "|");
+}
+
+int linesOf(const QByteArray &said)
+{
+    int lines = 0;
+    for (const QByteArray &line : said.split('\n'))
+        lines += line.trimmed().isEmpty() ? 0 : 1;
+    return lines;
+}
+
+QString textOf(const QJsonObject &message)
+{
+    return message.value(QStringLiteral("text")).toString();
+}
+
+} // namespace
+
+TEST(SimulatorProcess, acceptsMessagesAndLogsThemBeforeItsAnswer)
+{
+    const QDateTime before = QDateTime::currentDateTime();
+    RunningSimulator simulator;
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(answerOf(client.submitHello()), "+CMGS: " + QByteArray::number(i) + "|OK");
+        ASSERT_EQ(simulator.messages().size(), i + 1);
+    }
+    const QJsonObject message = simulator.messages().constLast();
+    EXPECT_EQ(message.value(QStringLiteral("number")).toString(), QStringLiteral("+46708251358"));
+    EXPECT_EQ(textOf(message), QStringLiteral("hellohello"));
+    EXPECT_EQ(message.value(QStringLiteral("pdu")).toString(),
+              QStringLiteral("0011000B916407281553F80000AA0AE8329BFD4697D9EC37"));
+    const QDateTime time =
+        QDateTime::fromString(message.value(QStringLiteral("time")).toString(), Qt::ISODateWithMs);
+    EXPECT_TRUE(time >= before && time <= QDateTime::currentDateTime())
+        << time.toString().toStdString();
+}
+
+TEST(SimulatorProcess, clientsMayReconnectInTheMiddleOfThings)
+{
+    RunningSimulator simulator;
+    ASSERT_TRUE(simulator.isReady());
+    {
+        PortClient client(simulator.link());
+        client.write("AT+CMGS=23\r");
+        EXPECT_TRUE(client.readUntil("> ").endsWith("> "));
+    }
+    PortClient client(simulator.link());
+    client.write("\x1B");
+    EXPECT_TRUE(client.readUntil("OK\r\n").endsWith("OK\r\n"));
+    client.ask("ATE0");
+    EXPECT_EQ(answerOf(client.submitHello()), "+CMGS: 0|OK");
+}
+
+TEST(SimulatorProcess, removesItsLinkWhenItIsEnded)
+{
+    for (const int number : {SIGTERM, SIGINT}) {
+        RunningSimulator simulator;
+        ASSERT_TRUE(simulator.isReady());
+        EXPECT_TRUE(QFileInfo(simulator.link()).isSymLink());
+        ASSERT_EQ(::kill(static_cast<pid_t>(simulator.process().processId()), number), 0);
+        ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
+        EXPECT_EQ(simulator.process().exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(simulator.process().exitCode(), 0);
+        EXPECT_FALSE(QFileInfo(simulator.link()).isSymLink());
+    }
+}
+
+/// The modem speaks up by itself every 400 ms: what stands in front of an answer tells that it took
+/// its time.
+TEST(SimulatorProcess, answersAfterItsLatency)
+{
+    RunningSimulator simulator(
+        {QStringLiteral("--latency"), QStringLiteral("1300"), QStringLiteral("--urc")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    client.write("AT+CMGS=23\r");
+    client.readUntil("> ");
+    client.write("0011000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A"
+                 "AT+CSQ\r");
+    const QByteArray said = client.readUntil("\r\nOK\r\n");
+    EXPECT_GE(linesOf(said.left(said.indexOf("+CMGS: 0"))), 2);
+    EXPECT_TRUE(client.readUntil("\r\nOK\r\n").contains("+CSQ: 20,99"));
+}
+
+TEST(SimulatorProcess, aPacedLineTakesItsTimeInBothDirections)
+{
+    RunningSimulator simulator(
+        {QStringLiteral("--baud"), QStringLiteral("1200"), QStringLiteral("--urc")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    // Two seconds to the modem, and next to nothing back before the end.
+    constexpr int commands = 80;
+    client.write(QByteArray("AT\r").repeated(commands));
+    int others = 0;
+    for (int answer = 0; answer < commands; ++answer)
+        others += linesOf(client.readUntil("\r\nOK\r\n")) - 1;
+    EXPECT_GE(others, 1);
+    // Next to nothing to the modem, and more than a second back, behind which the rest waits.
+    client.ask("AT+COPS=?");
+    EXPECT_GE(linesOf(client.ask("AT")) - 1, 1);
+}
+
+TEST(SimulatorProcess, manyMessagesPassInOneWrite)
+{
+    RunningSimulator simulator;
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    QByteArray all;
+    for (int i = 0; i < 50; ++i)
+        all += "AT+CMGS=23\r0011000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A";
+    client.write(all);
+    const QByteArray end = "+CMGS: 49\r\n\r\nOK\r\n";
+    EXPECT_TRUE(client.readUntil(end).endsWith(end));
+    EXPECT_EQ(simulator.messages().size(), 50);
+}
+
+TEST(SimulatorProcess, failuresComeAtTheirTurn)
+{
+    RunningSimulator simulator({QStringLiteral("--fail-every"), QStringLiteral("2"),
+                                QStringLiteral("--fail-code"), QStringLiteral("331")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    EXPECT_EQ(answerOf(client.submitHello()), "+CMGS: 0|OK");
+    client.write("AT+CMGS=23\r");
+    client.readUntil("> ");
+    client.write("0011000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A");
+    EXPECT_EQ(client.readUntil("331\r\n"), "\r\n+CMS ERROR: 331\r\n");
+    EXPECT_EQ(simulator.messages().size(), 1);
+}
+
+TEST(SimulatorProcess, unpluggingHangsUpAndEnds)
+{
+    RunningSimulator simulator({QStringLiteral("--drop-after"), QStringLiteral("2")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    EXPECT_EQ(answerOf(client.submitHello()), "+CMGS: 0|OK");
+    EXPECT_EQ(answerOf(client.submitHello()), "+CMGS: 1|OK");
+    client.readUntil("never");
+    EXPECT_TRUE(client.hasHungUp());
+    ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
+    EXPECT_EQ(simulator.process().exitCode(), 0);
+    EXPECT_FALSE(QFileInfo(simulator.link()).isSymLink());
+    EXPECT_EQ(simulator.messages().size(), 2);
+}
+
+TEST(SimulatorProcess, unpluggingCanLoseTheLastAnswer)
+{
+    RunningSimulator simulator(
+        {QStringLiteral("--drop-after"), QStringLiteral("1"), QStringLiteral("--lose-answer")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    EXPECT_EQ(client.submitHello(), "");
+    EXPECT_TRUE(client.hasHungUp());
+    EXPECT_EQ(simulator.messages().size(), 1);
+}
+
+TEST(SimulatorProcess, aSilentModemSaysNothing)
+{
+    RunningSimulator simulator({QStringLiteral("--silent")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.write("AT\r");
+    EXPECT_EQ(client.readUntil("\n", 300), "");
+    EXPECT_FALSE(client.hasHungUp());
+}
+
+TEST(SimulatorProcess, aLockedCardOpensWithItsPin)
+{
+    RunningSimulator simulator({QStringLiteral("--pin"), QStringLiteral("1234")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    EXPECT_EQ(answerOf(client.ask("AT+CPIN?")), "+CPIN: SIM PIN|OK");
+    EXPECT_EQ(answerOf(client.ask("AT+CPIN=\"1234\"")), "OK");
+    EXPECT_EQ(answerOf(client.ask("AT+CPIN?")), "+CPIN: READY|OK");
+}
+
+TEST(SimulatorProcess, aTalkativeModemSpeaksUp)
+{
+    RunningSimulator simulator(
+        {QStringLiteral("--urc"), QStringLiteral("--urc-interval"), QStringLiteral("20")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    const QByteArray end = "^RSSI: 18\r\n";
+    EXPECT_TRUE(client.readUntil(end).endsWith(end));
+}
+
+TEST(SimulatorProcess, noisyAndTalkativeModemsStillAcceptEverything)
+{
+    RunningSimulator simulator({QStringLiteral("--urc"), QStringLiteral("--urc-interval"),
+                                QStringLiteral("5"), QStringLiteral("--noise"),
+                                QStringLiteral("--latency"), QStringLiteral("10")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    for (int i = 0; i < 20; ++i) {
+        const QByteArray answer = client.submitHello();
+        EXPECT_TRUE(answer.contains("\r\n+CMGS: " + QByteArray::number(i) + "\r\n\r\nOK\r\n"))
+            << answer.toPercentEncoding().data();
+    }
+    EXPECT_EQ(simulator.messages().size(), 20);
+}
+
+TEST(SimulatorProcess, badUseIsToldOnTheErrorStream)
+{
+    struct Row
+    {
+        QStringList arguments;
+        int exitCode;
+    };
+    const Row rows[] = {
+        {{QStringLiteral("--unknown")}, 2},
+        {{}, 2},
+        {{QStringLiteral("--link"), QStringLiteral("/tmp/x")}, 2},
+        {{QStringLiteral("--link"), QStringLiteral("/nowhere/x"), QStringLiteral("--log"),
+          QStringLiteral("/dev/null")},
+         1},
+        {{QStringLiteral("--link"), QStringLiteral("/nowhere/x"), QStringLiteral("--log"),
+          QStringLiteral("/nowhere/y")},
+         1},
+    };
+    for (const Row &row : rows) {
+        QProcess process;
+        process.start(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"), row.arguments);
+        ASSERT_TRUE(process.waitForFinished(hangMs));
+        EXPECT_EQ(process.exitCode(), row.exitCode) << row.arguments.join(u' ').toStdString();
+        EXPECT_TRUE(process.readAllStandardError().startsWith("gsm-simulator: "));
+        EXPECT_EQ(process.readAllStandardOutput(), "");
+    }
+}
+
+TEST(SimulatorProcess, helpAndVersionAreShown)
+{
+    for (const char *option : {"--help", "--version"}) {
+        QProcess process;
+        process.start(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"),
+                      {QString::fromLatin1(option)});
+        ASSERT_TRUE(process.waitForFinished(hangMs));
+        EXPECT_EQ(process.exitCode(), 0);
+        EXPECT_TRUE(process.readAllStandardOutput().contains("gsm-simulator"));
+    }
+}
+
+TEST(SimulatorProcess, aLogThatCannotBeWrittenEndsItBeforeTheAnswer)
+{
+    RunningSimulator simulator({QStringLiteral("--log"), QStringLiteral("/dev/full")});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    EXPECT_FALSE(client.submitHello().contains("+CMGS"));
+    ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
+    EXPECT_EQ(simulator.process().exitCode(), 1);
+    EXPECT_TRUE(simulator.process().readAllStandardError().contains("/dev/full"));
+}
