@@ -1,9 +1,71 @@
 #include "foundation/clsCollection.h"
 
 #include "common/FailureNumbers.h"
-#include "foundation/OrderedItems.h"
 
+#include <QHash>
+
+#include <algorithm>
 #include <utility>
+#include <vector>
+
+/// The items in order of insertion, and so of their serial numbers, which no two items ever share:
+/// an enumerator goes on behind an item that is gone.
+struct clsCollection::Items
+{
+    struct Item
+    {
+        qint64 serial;
+        QString key; ///< folded
+        QVariant value;
+    };
+    using Position = std::vector<Item>::const_iterator;
+
+    /// The item of a folded key, or the end.
+    Position find(const QString &key) const
+    {
+        const auto serial = serials.constFind(key);
+        return serial == serials.cend() ? all.cend()
+                                        : std::ranges::lower_bound(all, *serial, {}, &Item::serial);
+    }
+
+    /// @throws NumberedFailure 9 for a position, 5 for a key that isn't there
+    Position fetch(const IndexKey &indexKey) const
+    {
+        const QString source = QStringLiteral("Collection");
+        if (const qint32 *const position = indexKey.position()) {
+            if (*position < 1 || *position > count())
+                Failure::raise(Failure::SubscriptOutOfRange, source);
+            return all.cbegin() + (*position - 1);
+        }
+        const auto found = find(indexKey.key().toCaseFolded());
+        if (found == all.cend())
+            Failure::raise(Failure::InvalidProcedureCall, source);
+        return found;
+    }
+
+    qint32 count() const { return static_cast<qint32>(all.size()); }
+
+    /// Puts an item at the end, under a folded key that isn't in use.
+    void append(const QVariant &value, const QString &key)
+    {
+        if (all.size() == all.capacity()) // nothing below the insertion may fail
+            all.reserve(qMax(std::size_t{16}, all.size() * 2));
+        serials.insert(key, lastSerial + 1);
+        all.push_back({++lastSerial, key, value});
+    }
+
+    void remove(Position item)
+    {
+        // The value ends when the collection is in order again: an object's end may look at it.
+        const QVariant gone = item->value;
+        serials.remove(item->key);
+        all.erase(item);
+    }
+
+    std::vector<Item> all;
+    QHash<QString, qint64> serials; ///< by folded key
+    qint64 lastSerial = 0;
+};
 
 QString clsCollection::IndexKey::key() const
 {
@@ -11,7 +73,7 @@ QString clsCollection::IndexKey::key() const
     return number != nullptr ? QString::number(*number) : std::get<QString>(m_value);
 }
 
-clsCollection::Enumerator::Enumerator(std::shared_ptr<const OrderedItems> items)
+clsCollection::Enumerator::Enumerator(std::shared_ptr<const Items> items)
     : m_items(std::move(items))
 {
     ++*this;
@@ -19,12 +81,14 @@ clsCollection::Enumerator::Enumerator(std::shared_ptr<const OrderedItems> items)
 
 clsCollection::Enumerator &clsCollection::Enumerator::operator++()
 {
-    m_serial = m_items->behind(m_serial);
-    m_current = m_serial != OrderedItems::NoSerial ? m_items->value(m_serial) : QVariant();
+    const auto next = std::ranges::upper_bound(m_items->all, m_serial, {}, &Items::Item::serial);
+    const bool ended = next == m_items->all.cend();
+    m_serial = ended ? 0 : next->serial;
+    m_current = ended ? QVariant() : next->value;
     return *this;
 }
 
-clsCollection::clsCollection() : m_items(std::make_shared<OrderedItems>()) {}
+clsCollection::clsCollection() : m_items(std::make_shared<Items>()) {}
 
 clsCollection::~clsCollection()
 {
@@ -35,14 +99,15 @@ bool clsCollection::add(const QVariant &vvntItem, const QString &vsKey, bool vbO
                         bool vbIgnoreErrorIfAlreadyExists)
 {
     try {
-        qint64 old = OrderedItems::NoSerial;
-        while ((old = m_items->append(vvntItem, vsKey)) != OrderedItems::NoSerial) {
+        const QString key = vsKey.toCaseFolded();
+        for (auto old = m_items->find(key); old != m_items->all.cend(); old = m_items->find(key)) {
             if (vbIgnoreErrorIfAlreadyExists)
                 return true;
             if (!vbOverride)
                 Failure::raise(Failure::KeyAlreadyUsed, QStringLiteral("Collection"));
-            m_items->take(old);
+            m_items->remove(old);
         }
+        m_items->append(vvntItem, key);
         return true;
     } catch (const std::exception &) {
         return false;
@@ -54,25 +119,10 @@ qint32 clsCollection::getCount() const
     return m_items->count();
 }
 
-qint64 clsCollection::fetch(const IndexKey &vvntIndexKey) const
-{
-    const QString source = QStringLiteral("Collection");
-    if (const qint32 *const position = vvntIndexKey.position()) {
-        const qint64 found = m_items->at(*position);
-        if (found == OrderedItems::NoSerial)
-            Failure::raise(Failure::SubscriptOutOfRange, source);
-        return found;
-    }
-    const qint64 found = m_items->find(vvntIndexKey.key());
-    if (found == OrderedItems::NoSerial)
-        Failure::raise(Failure::InvalidProcedureCall, source);
-    return found;
-}
-
 QVariant clsCollection::Item(const IndexKey &vvntIndexKey, bool vbRaiseError) const
 {
     try {
-        return m_items->value(fetch(vvntIndexKey));
+        return m_items->fetch(vvntIndexKey)->value;
     } catch (const NumberedFailure &failure) {
         if (!vbRaiseError)
             return {};
@@ -83,7 +133,7 @@ QVariant clsCollection::Item(const IndexKey &vvntIndexKey, bool vbRaiseError) co
 
 bool clsCollection::itemExists(const QString &vsKey) const
 {
-    return m_items->find(vsKey) != OrderedItems::NoSerial;
+    return m_items->serials.contains(vsKey.toCaseFolded());
 }
 
 bool clsCollection::setNewValueForItem(const IndexKey &vvntIndexKey, const QVariant &vvntValue)
@@ -97,8 +147,7 @@ bool clsCollection::setNewValueForItem(const IndexKey &vvntIndexKey, const QVari
 bool clsCollection::remove(const IndexKey &vvntIndexKey)
 {
     try {
-        // The item ends when the collection is in order again: an object's end may look at it.
-        const QVariant gone = m_items->take(fetch(vvntIndexKey));
+        m_items->remove(m_items->fetch(vvntIndexKey));
         return true;
     } catch (const std::exception &) {
         return false;

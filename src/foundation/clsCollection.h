@@ -9,14 +9,14 @@
 #include <memory>
 #include <variant>
 
-class OrderedItems;
-
 /// An ordered collection with keys, whose operations tell failures by their results. Positions
 /// count from 1 in order of insertion; keys are unique without regard to case, by their Unicode
 /// case folding. An item is any simple value, or an object as a shared pointer, of which `Item`
 /// gives the same one.
 class clsCollection : public IObject
 {
+    struct Items;
+
 public:
     /// A position, or the key of an item.
     class IndexKey
@@ -46,7 +46,7 @@ public:
 
         /// The end of every enumeration.
         Enumerator() = default;
-        explicit Enumerator(std::shared_ptr<const OrderedItems> items);
+        explicit Enumerator(std::shared_ptr<const Items> items);
 
         const QVariant &operator*() const { return m_current; }
         Enumerator &operator++();
@@ -56,8 +56,8 @@ public:
         Enumerator end() const { return {}; }
 
     private:
-        std::shared_ptr<const OrderedItems> m_items;
-        qint64 m_serial = -1;
+        std::shared_ptr<const Items> m_items;
+        qint64 m_serial = 0; ///< of the current item, which needn't be there any more
         QVariant m_current;
     };
 
@@ -98,8 +98,5 @@ public:
     QString getClassIdAsString() const override;
 
 private:
-    /// @throws NumberedFailure 9 for a position, 5 for a key that isn't there
-    qint64 fetch(const IndexKey &vvntIndexKey) const;
-
-    std::shared_ptr<OrderedItems> m_items;
+    std::shared_ptr<Items> m_items;
 };
