@@ -5,6 +5,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -21,26 +22,20 @@ struct clsCollection::Items
     using Position = std::vector<Item>::const_iterator;
 
     /// The item of a folded key, or the end.
-    Position find(const QString &key) const
+    Position findFolded(const QString &key) const
     {
         const auto serial = serials.constFind(key);
         return serial == serials.cend() ? all.cend()
                                         : std::ranges::lower_bound(all, *serial, {}, &Item::serial);
     }
 
-    /// @throws NumberedFailure 9 for a position, 5 for a key that isn't there
-    Position fetch(const IndexKey &indexKey) const
+    /// The item at a position or of a key, or the end.
+    Position find(const IndexKey &indexKey) const
     {
-        const QString source = QStringLiteral("Collection");
-        if (const qint32 *const position = indexKey.position()) {
-            if (*position < 1 || *position > count())
-                Failure::raise(Failure::SubscriptOutOfRange, source);
-            return all.cbegin() + (*position - 1);
-        }
-        const auto found = find(indexKey.key().toCaseFolded());
-        if (found == all.cend())
-            Failure::raise(Failure::InvalidProcedureCall, source);
-        return found;
+        const qint32 *const position = indexKey.position();
+        if (position == nullptr)
+            return findFolded(indexKey.key().toCaseFolded());
+        return *position < 1 || *position > count() ? all.cend() : all.cbegin() + (*position - 1);
     }
 
     qint32 count() const { return static_cast<qint32>(all.size()); }
@@ -100,16 +95,15 @@ bool clsCollection::add(const QVariant &vvntItem, const QString &vsKey, bool vbO
 {
     try {
         const QString key = vsKey.toCaseFolded();
-        for (auto old = m_items->find(key); old != m_items->all.cend(); old = m_items->find(key)) {
-            if (vbIgnoreErrorIfAlreadyExists)
-                return true;
-            if (!vbOverride)
-                Failure::raise(Failure::KeyAlreadyUsed, QStringLiteral("Collection"));
+        for (auto old = m_items->findFolded(key); old != m_items->all.cend();
+             old = m_items->findFolded(key)) {
+            if (vbIgnoreErrorIfAlreadyExists || !vbOverride)
+                return vbIgnoreErrorIfAlreadyExists;
             m_items->remove(old);
         }
         m_items->append(vvntItem, key);
         return true;
-    } catch (const std::exception &) {
+    } catch (const std::bad_alloc &) {
         return false;
     }
 }
@@ -121,14 +115,15 @@ qint32 clsCollection::getCount() const
 
 QVariant clsCollection::Item(const IndexKey &vvntIndexKey, bool vbRaiseError) const
 {
-    try {
-        return m_items->fetch(vvntIndexKey)->value;
-    } catch (const NumberedFailure &failure) {
-        if (!vbRaiseError)
-            return {};
-        throw NumberedFailure(ItemFailure, getClassIdAsString() + QStringLiteral(".item()"),
-                              failure.source() + QStringLiteral("\r\n") + failure.description());
-    }
+    const auto found = m_items->find(vvntIndexKey);
+    if (found != m_items->all.cend())
+        return found->value;
+    if (!vbRaiseError)
+        return {};
+    const auto number = vvntIndexKey.position() != nullptr ? Failure::SubscriptOutOfRange
+                                                           : Failure::InvalidProcedureCall;
+    throw NumberedFailure(ItemFailure, getClassIdAsString() + QStringLiteral(".item()"),
+                          QStringLiteral("Collection\r\n") + Failure::description(number));
 }
 
 bool clsCollection::itemExists(const QString &vsKey) const
@@ -146,12 +141,11 @@ bool clsCollection::setNewValueForItem(const IndexKey &vvntIndexKey, const QVari
 
 bool clsCollection::remove(const IndexKey &vvntIndexKey)
 {
-    try {
-        m_items->remove(m_items->fetch(vvntIndexKey));
-        return true;
-    } catch (const std::exception &) {
+    const auto found = m_items->find(vvntIndexKey);
+    if (found == m_items->all.cend())
         return false;
-    }
+    m_items->remove(found);
+    return true;
 }
 
 void clsCollection::removeAll()
