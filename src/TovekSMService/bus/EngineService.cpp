@@ -21,13 +21,6 @@ QString failedError()
     return QStringLiteral("com.tovek.SMService.Error.Store");
 }
 
-QVariantList argumentsOf(const DeviceDetails &details)
-{
-    return {details.manufacturer, details.model,   details.imei,     details.networkInfo,
-            details.battery,      details.signal,  details.firmware, details.time,
-            details.smsc,         details.hardware};
-}
-
 } // namespace
 
 EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
@@ -43,7 +36,8 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
     connect(&m_pacer, &QueueChangePacer::report, this,
             [this] { Q_EMIT SMSQueueChanged(m_store.size()); });
 
-    connect(&dispatcher, &Dispatcher::deviceInfo, this, &EngineService::raiseDeviceInfo);
+    connect(&dispatcher, &Dispatcher::deviceInfo, this,
+            [this](const DeviceDetails &details) { reportDevice(QString(), details); });
     connect(&dispatcher, &Dispatcher::statusChanged, this, &EngineService::EngineStatus);
     connect(&dispatcher, &Dispatcher::queueChanged, &m_pacer, &QueueChangePacer::queueChanged);
     connect(&dispatcher, &Dispatcher::sent, this, &EngineService::SMSSent);
@@ -77,7 +71,7 @@ int EngineService::TestDevice()
     m_dispatcher.testDevice([bus = connection(), call = message()](qint32 result) {
         bus.send(call.createReply(result));
     });
-    return 0; // not sent: the answer is the one above
+    return {}; // not sent
 }
 
 int EngineService::GetEngineStatus() const
@@ -105,7 +99,7 @@ uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messag
 {
     Deadline deadline(m_clock.time());
     deadline.setRemainingTime(retryTime);
-    const auto answer = carryOut([this, batch, messages, deadline] {
+    carryOut([this, batch, messages, deadline] {
         try {
             addBatch(batch, messages);
         } catch (const StoreFailure &) {
@@ -114,7 +108,7 @@ uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messag
         }
         return QVariantList{static_cast<uint>(StoredBatches(m_store).stored(batch))};
     });
-    return answer ? answer->constFirst().toUInt() : 0; // not sent when the call has to wait
+    return {}; // not sent
 }
 
 void EngineService::addBatch(const QString &batch, const BusQueueRows &messages)
@@ -150,17 +144,13 @@ QVariantList EngineService::queuePage(const QString &caller, quint64 snapshot, q
     return {QVariant(page.snapshot), QVariant(page.total), QVariant::fromValue(page.rows)};
 }
 
-qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint &total, BusQueueRows &rows)
+qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint & /*total*/,
+                                   BusQueueRows & /*rows*/)
 {
     const QString caller = message().service();
     watch(caller);
-    const auto answer =
-        carryOut([this, caller, snapshot, first] { return queuePage(caller, snapshot, first); });
-    if (!answer)
-        return 0; // not sent: the answer comes later
-    total = answer->at(1).toUInt();
-    rows = answer->at(2).value<BusQueueRows>();
-    return answer->at(0).toULongLong();
+    carryOut([this, caller, snapshot, first] { return queuePage(caller, snapshot, first); });
+    return {}; // not sent
 }
 
 QVariantList EngineService::queueChanges(const QString &caller, quint64 revision)
@@ -179,18 +169,12 @@ QVariantList EngineService::queueChanges(const QString &caller, quint64 revision
             QVariant::fromValue(QList<qlonglong>(gone.cbegin(), gone.cend()))};
 }
 
-qulonglong EngineService::GetQueueChanges(qulonglong revision, bool &whole, BusQueueRows &present,
-                                          QList<qlonglong> &gone)
+qulonglong EngineService::GetQueueChanges(qulonglong revision, bool & /*whole*/,
+                                          BusQueueRows & /*present*/, QList<qlonglong> & /*gone*/)
 {
     const QString caller = message().service();
-    const auto answer =
-        carryOut([this, caller, revision] { return queueChanges(caller, revision); });
-    if (!answer)
-        return 0; // not sent: the answer comes later
-    whole = answer->at(1).toBool();
-    present = answer->at(2).value<BusQueueRows>();
-    gone = answer->at(3).value<QList<qlonglong>>();
-    return answer->at(0).toULongLong();
+    carryOut([this, caller, revision] { return queueChanges(caller, revision); });
+    return {}; // not sent
 }
 
 void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
@@ -214,9 +198,8 @@ void EngineService::ApplySettings()
 
 DeviceSettings EngineService::GetDeviceSettings()
 {
-    const auto answer =
-        carryOut([this] { return QVariantList{QVariant::fromValue(m_store.deviceSettings())}; });
-    return answer ? answer->constFirst().value<DeviceSettings>() : DeviceSettings();
+    carryOut([this] { return QVariantList{QVariant::fromValue(m_store.deviceSettings())}; });
+    return {}; // not sent
 }
 
 bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
@@ -227,7 +210,7 @@ bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
             return QVariantList{true};
         },
         QVariantList{false});
-    return true; // not sent when the call has to wait
+    return {}; // not sent
 }
 
 void EngineService::ReportState()
@@ -241,7 +224,7 @@ void EngineService::ReportState()
     reportTo(listener, QStringLiteral("EngineStatus"), {m_dispatcher.status()});
     reportTo(listener, QStringLiteral("SMSQueueChanged"), {m_store.size()});
     if (const auto &details = m_dispatcher.knownDevice())
-        reportTo(listener, QStringLiteral("DeviceInfo"), argumentsOf(*details));
+        reportDevice(listener, *details);
     reportFailures(listener);
     reportWarnings(listener);
 }
@@ -350,11 +333,12 @@ void EngineService::listenerLeft(const QString &listener)
     m_dispatcher.setHeard(m_acknowledgements.listeners() > 0);
 }
 
-void EngineService::raiseDeviceInfo(const DeviceDetails &details)
+void EngineService::reportDevice(const QString &listener, const DeviceDetails &details)
 {
-    Q_EMIT DeviceInfo(details.manufacturer, details.model, details.imei, details.networkInfo,
-                      details.battery, details.signal, details.firmware, details.time, details.smsc,
-                      details.hardware);
+    reportTo(listener, QStringLiteral("DeviceInfo"),
+             {details.manufacturer, details.model, details.imei, details.networkInfo,
+              details.battery, details.signal, details.firmware, details.time, details.smsc,
+              details.hardware});
 }
 
 void EngineService::reportTo(const QString &listener, const QString &event,
@@ -366,20 +350,21 @@ void EngineService::reportTo(const QString &listener, const QString &event,
     m_bus.send(report);
 }
 
-std::optional<QVariantList> EngineService::carryOut(const Step &step, const Refusal &refusal)
+void EngineService::carryOut(const Step &step, const Refusal &refusal)
 {
+    setDelayedReply(true);
     try {
-        return step();
+        const QDBusMessage answer = message().createReply(step());
+        if (message().isReplyRequired())
+            m_bus.send(answer);
     } catch (const StoreFailure &failure) {
         qWarning() << "a call waits for the store:" << failure.text();
         m_dispatcher.noticeStoreFailure(failure);
-        setDelayedReply(true);
         Deadline deadline(m_clock.time());
         deadline.setRemainingTime(retryTime);
         m_waiting.append({message(), step, refusal, deadline});
         if (!m_retry.isActive())
             m_retry.start(retryInterval);
-        return std::nullopt;
     }
 }
 

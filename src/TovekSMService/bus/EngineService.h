@@ -56,11 +56,8 @@ public:
     /// Beside the operations, for monitors: attaches nobody. See EngineState.
     QVariantMap GetState() const;
 
+    // The contract's events, but for DeviceInfo, which reportDevice() sends.
 Q_SIGNALS:
-    void DeviceInfo(const QString &Manufacturer, const QString &Model, const QString &IMEI,
-                    const QString &NetworkInfo, int BatteryLevel, int SignalLevel,
-                    const QString &FirmWare, const QString &Time, const QString &SMSCNumber,
-                    const QString &Hardware);
     void EngineStatus(int status);
     void SMSQueueChanged(int currentSize);
     void SMSSent(const QString &phone, const QString &Message, int QueueCount);
@@ -83,23 +80,24 @@ private:
         Deadline deadline;
     };
 
-    /// Runs the step of the present call, again and again for ten seconds if the store fails.
-    /// @return the output arguments; nothing when they are sent later
-    std::optional<QVariantList> carryOut(const Step &step, const Refusal &refusal = {});
+    /// Runs the step of the present call, again and again for ten seconds if the store fails, and
+    /// answers the call with what it gives; what the operation itself returns isn't sent.
+    void carryOut(const Step &step, const Refusal &refusal = {});
     void retryCalls();
     void retry(const Waiting &waiting);
     QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
     void addBatch(const QString &batch, const BusQueueRows &messages);
     QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
     QVariantList queueChanges(const QString &caller, quint64 revision);
+    /// Sends an event to one listener, or to all of them where none is named.
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
+    void reportDevice(const QString &listener, const DeviceDetails &details);
     void reportFailures(const QString &listener);
     void reportWarnings(const QString &listener);
     void reportWarning(const QString &listener, const UnacknowledgedWarnings::Warning &warning);
     /// Tells the number of the report that was raised to this listener alone.
     void numberReport(const QString &listener, qint64 report);
     void onReportRaised(qint64 report);
-    void raiseDeviceInfo(const DeviceDetails &details);
     /// Notices when the caller leaves the bus, also where it has left already.
     void watch(const QString &caller);
     void listenerLeft(const QString &listener);
