@@ -1,33 +1,10 @@
 #include "TovekSMService/modem/device/Modem.h"
 
-#include "TovekSMService/modem/codec/AnswerParsers.h"
 #include "TovekSMService/modem/device/DeviceQueries.h"
 #include "TovekSMService/modem/device/DeviceSetUp.h"
 #include "contract/ErrorCodes.h"
 
 #include <utility>
-
-namespace {
-
-SendFailure failureOfAnswer(const AtResult &result)
-{
-    SendFailure failure;
-    failure.problem = result.kind == AtResult::Kind::CmsError   ? SendProblem::CmsError
-                      : result.kind == AtResult::Kind::CmeError ? SendProblem::CmeError
-                                                                : SendProblem::GenericError;
-    failure.number = failureNumber(result);
-    failure.text = QString::fromLatin1(result.text);
-    failure.rule = failureRule(result);
-    return failure;
-}
-
-SendFailure failureOfProblem(SendProblem problem, const QString &text)
-{
-    const bool left = problem == SendProblem::LostAnswer || problem == SendProblem::LineBrokenAfter;
-    return {problem, -1, text, failureRule(problem), left};
-}
-
-} // namespace
 
 Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
              QObject *parent, PortSearch::Ports ports, TimeSource &time)
@@ -43,8 +20,8 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
               QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
           },
           time),
-      m_link(timings, time), m_search(*m_line, m_channel, timings, std::move(ports), time),
-      m_initialisationLimit(time)
+      m_submission(*m_line, m_channel, m_dialogue, timings, time),
+      m_search(*m_line, m_channel, timings, std::move(ports), time), m_initialisationLimit(time)
 {
     connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
     connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
@@ -68,7 +45,7 @@ void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mo
     m_imei = imei;
     m_parameter = parameter;
     m_searched = false;
-    m_link.reset();
+    m_submission.reset();
     m_details = {};
     m_initialisationLimit.start(m_timings.initialisationMs);
     QMetaObject::invokeMethod(
@@ -213,73 +190,27 @@ void Modem::send(const SubmitPart &part, Followers followers)
         QMetaObject::invokeMethod(
             this,
             [this] {
-                Q_EMIT partFailed(failureOfProblem(SendProblem::NotSent,
-                                                   QStringLiteral("the modem isn't ready")));
+                Q_EMIT partFailed(PartSubmission::failureOf(
+                    SendProblem::NotSent, QStringLiteral("the modem isn't ready")));
             },
             Qt::QueuedConnection);
         return;
     }
     m_state = State::Busy;
-    if (followers == Followers::Some && m_link.isToBeKept())
-        keepLinkThenSubmit(part);
-    else
-        submit(part);
+    m_submission.start(part, followers,
+                       [this](const PartSubmission::Outcome &outcome) { onSubmitted(outcome); });
 }
 
-void Modem::keepLinkThenSubmit(const SubmitPart &part)
+void Modem::onSubmitted(const PartSubmission::Outcome &outcome)
 {
-    m_task = Task::KeepingLink;
-    m_dialogue.ask({RelayLink::command(), m_timings.commandMs, {}},
-                   [this, part](const AtAnswer &answer) {
-                       m_link.onCommandAnswered(answer.isOk());
-                       submit(part);
-                   });
-}
-
-void Modem::submit(const SubmitPart &part)
-{
-    m_task = Task::Sending;
-    m_link.onSending();
-    m_channel.submit(
-        {QByteArrayLiteral("AT+CMGS=") + QByteArray::number(part.length), m_timings.promptMs, {}},
-        part.hex, m_timings.sendMs, [this](const AtAnswer &answer) { onSubmitted(answer); });
-}
-
-void Modem::onSubmitted(const AtAnswer &answer)
-{
-    using End = AtAnswer::End;
-    const std::optional<int> reference = AnswerParsers::messageReference(answer.lines);
-    // The reference is the network's word, whatever became of the OK behind it.
-    const bool accepted = answer.payloadLeft && (answer.isOk() || reference);
-    const bool isError = answer.end == End::Final && !answer.isOk() && !accepted;
-    m_link.onSent(answer.end == End::Final && accepted);
-    if (isError) {
-        SendFailure failure = failureOfAnswer(answer.result);
-        // The device gave up waiting for the network, which may have taken the part all the same.
-        failure.mayBeDelivered =
-            answer.payloadLeft && failure.rule.code == ErrorCode::NetworkTimeout;
-        m_state = State::Ready;
-        endSending(failure);
-    } else if (answer.end == End::Final && accepted) {
-        m_state = State::Ready;
-        acceptPart(reference.value_or(-1));
-    } else if (answer.end == End::LineBroken && accepted) {
-        acceptPart(*reference);
-    } else if (answer.end == End::LineBroken) {
-        endSending(failureOfProblem(answer.payloadLeft ? SendProblem::LineBrokenAfter
-                                                       : SendProblem::LineBrokenBefore,
-                                    m_line->errorDetail()));
-    } else if (accepted) {
-        recoverThen([this, reference] { acceptPart(*reference); });
-    } else {
-        const SendFailure failure =
-            answer.payloadLeft
-                ? failureOfProblem(SendProblem::LostAnswer,
-                                   QStringLiteral("no answer after the part had left"))
-                : failureOfProblem(SendProblem::NoPrompt,
-                                   QStringLiteral("the device didn't ask for the part"));
-        recoverThen([this, failure] { endSending(failure); });
+    using Device = PartSubmission::Outcome::Device;
+    if (outcome.device == Device::Lost) {
+        recoverThen([this, outcome] { reportPart(outcome); });
+        return;
     }
+    if (outcome.device == Device::Ready)
+        m_state = State::Ready;
+    reportPart(outcome);
 }
 
 /// Finds the device in command mode again before the outcome is told, so that whoever hears of it
@@ -298,16 +229,12 @@ void Modem::recoverThen(const std::function<void()> &tell)
     });
 }
 
-void Modem::acceptPart(int reference)
+void Modem::reportPart(const PartSubmission::Outcome &outcome)
 {
-    m_task = Task::None;
-    Q_EMIT partAccepted(reference);
-}
-
-void Modem::endSending(const SendFailure &failure)
-{
-    m_task = Task::None;
-    Q_EMIT partFailed(failure);
+    if (outcome.accepted)
+        Q_EMIT partAccepted(outcome.reference);
+    else
+        Q_EMIT partFailed(outcome.failure);
 }
 
 void Modem::refreshDetails()
@@ -315,11 +242,9 @@ void Modem::refreshDetails()
     if (m_state != State::Ready)
         return;
     m_state = State::Busy;
-    m_task = Task::Refreshing;
     m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings),
                       [this](const std::optional<ModemFailure> &) {
                           m_state = State::Ready;
-                          m_task = Task::None;
                           Q_EMIT detailsChanged(m_details);
                       });
 }
@@ -338,7 +263,7 @@ void Modem::test()
         return;
     }
     m_state = State::Busy;
-    m_task = Task::Testing;
+    m_testing = true;
     m_dialogue.ask({QByteArrayLiteral("AT"), m_timings.probeMs, {}},
                    [this](const AtAnswer &answer) {
                        if (answer.isOk())
@@ -372,7 +297,7 @@ void Modem::onTested(const std::optional<ModemFailure> &failure)
         DeviceQueries::condition(&m_details, m_timings),
         [this, failure](const std::optional<ModemFailure> &) {
             m_state = State::Ready;
-            m_task = Task::None;
+            m_testing = false;
             const ModemFailure result = failure.value_or(ModemFailure{ErrorCode::Ok, {}, false});
             Q_EMIT tested(!failure, result.code, m_details, result.text);
         });
@@ -392,10 +317,10 @@ void Modem::close()
     shutDown();
 }
 
-/// Closes everything and answers the task in progress.
+/// Closes everything and answers a part or a test in progress.
 void Modem::shutDown()
 {
-    const Task task = std::exchange(m_task, Task::None);
+    const bool testing = std::exchange(m_testing, false);
     m_state = State::Closed;
     m_initialisationLimit.stop();
     m_flightMode.stop();
@@ -404,10 +329,8 @@ void Modem::shutDown()
     m_line->close();
     m_channel.abandon(LineError::NotOpen);
     m_pin.clear();
-    if (task == Task::KeepingLink)
-        Q_EMIT partFailed(
-            failureOfProblem(SendProblem::LineBrokenBefore, QStringLiteral("the device was lost")));
-    if (task == Task::Testing)
+    m_submission.stop();
+    if (testing)
         Q_EMIT tested(false, failureRule(LineError::NotOpen).code, m_details,
                       QStringLiteral("the device was closed"));
 }
@@ -415,9 +338,7 @@ void Modem::shutDown()
 void Modem::fail(const ModemFailure &failure)
 {
     const quint64 opening = m_opening;
-    const bool testing = m_task == Task::Testing;
-    if (testing)
-        m_task = Task::None;
+    const bool testing = std::exchange(m_testing, false);
     shutDown();
     if (testing)
         Q_EMIT tested(false, failure.code, m_details, failure.text);

@@ -4,10 +4,9 @@
 #include "TovekSMService/modem/at/AtDialogue.h"
 #include "TovekSMService/modem/at/ModemTypes.h"
 #include "TovekSMService/modem/at/PortParameter.h"
-#include "TovekSMService/modem/codec/SubmitPdu.h"
 #include "TovekSMService/modem/device/FlightMode.h"
+#include "TovekSMService/modem/device/PartSubmission.h"
 #include "TovekSMService/modem/device/PortSearch.h"
-#include "TovekSMService/modem/device/RelayLink.h"
 #include "TovekSMService/modem/device/SimUnlock.h"
 #include "TovekSMService/platform/SerialDevices.h"
 #include "TovekSMService/time/Timer.h"
@@ -38,8 +37,7 @@ public:
         ResetFunctionality, ///< restarts the device's radio part first (+CFUN=1,1)
     };
 
-    /// What is to be sent behind a part, as far as it is known.
-    enum class Followers { None, Some };
+    using Followers = PartSubmission::Followers;
 
     /// @param line  owned by the modem
     /// @param gate  asked before a PIN leaves; outlives the modem
@@ -77,7 +75,7 @@ public:
     void send(const SubmitPart &part, Followers followers = Followers::None);
     /// Whether it makes a difference to send() that a part has followers. It makes none while the
     /// link is kept already.
-    bool asksForFollowers() const { return m_link.isToBeKept(); }
+    bool asksForFollowers() const { return m_submission.asksForFollowers(); }
 
     /// Asks for network, signal, battery, clock and service centre: `detailsChanged`. Does nothing
     /// unless the modem is ready.
@@ -106,8 +104,6 @@ Q_SIGNALS:
     void functionalityReset();
 
 private:
-    enum class Task { None, KeepingLink, Sending, Refreshing, Testing };
-
     void openLine();
     void failToOpen(LineError error, const QString &device);
     void searchOrFail(const ModemFailure &failure);
@@ -120,12 +116,9 @@ private:
     void setUpMessages();
     void readDetails();
     void becomeReady();
-    void keepLinkThenSubmit(const SubmitPart &part);
-    void submit(const SubmitPart &part);
-    void onSubmitted(const AtAnswer &answer);
+    void onSubmitted(const PartSubmission::Outcome &outcome);
     void recoverThen(const std::function<void()> &tell);
-    void acceptPart(int reference);
-    void endSending(const SendFailure &failure);
+    void reportPart(const PartSubmission::Outcome &outcome);
     void testAfterFindingBack();
     void testSim();
     void onTested(const std::optional<ModemFailure> &failure);
@@ -139,12 +132,12 @@ private:
     AtDialogue m_dialogue;
     FlightMode m_flightMode;
     SimUnlock m_unlock;
-    RelayLink m_link;
+    PartSubmission m_submission;
     PortSearch m_search;
     Timer m_initialisationLimit;
 
     State m_state = State::Closed;
-    Task m_task = Task::None;
+    bool m_testing = false;
     OpenMode m_mode = OpenMode::Plain;
     QString m_pin;
     QString m_imei;

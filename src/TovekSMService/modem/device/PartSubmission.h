@@ -1,0 +1,63 @@
+#pragma once
+
+#include "TovekSMService/modem/at/AtDialogue.h"
+#include "TovekSMService/modem/codec/SubmitPdu.h"
+#include "TovekSMService/modem/device/RelayLink.h"
+
+#include <functional>
+
+/// Submits one part to the network: keeps the link up where more parts follow, hands the part over,
+/// and judges the answer.
+class PartSubmission
+{
+public:
+    /// What is to be sent behind a part, as far as it is known.
+    enum class Followers { None, Some };
+
+    struct Outcome
+    {
+        /// Where the outcome leaves the device.
+        enum class Device {
+            Ready,  ///< in command mode
+            Broken, ///< its line is
+            Lost,   ///< it has to be synchronised
+        };
+
+        Device device = Device::Ready;
+        bool accepted = false;
+        int reference = -1;  ///< of an accepted part; -1 if the device gave none
+        SendFailure failure; ///< of one that isn't accepted
+    };
+    using Done = std::function<void(const Outcome &)>;
+
+    /// @param line  what broke is asked of it
+    PartSubmission(const SerialLine &line, AtChannel &channel, AtDialogue &dialogue,
+                   const ModemTimings &timings, TimeSource &time);
+
+    /// Whether `start` does anything different for a part that has followers.
+    bool asksForFollowers() const { return m_link.isToBeKept(); }
+
+    /// Submits a part, once at a time. `done` isn't called for a device that is lost before the
+    /// part's own command: `stop` calls it then.
+    void start(const SubmitPart &part, Followers followers, Done done);
+    /// Answers a part whose own command hasn't gone yet. To be called when the channel has been
+    /// abandoned.
+    void stop();
+    /// The device is opened anew.
+    void reset() { m_link.reset(); }
+
+    static SendFailure failureOf(SendProblem problem, const QString &text);
+
+private:
+    void keepLinkThenSubmit(const SubmitPart &part, Done done);
+    void submit(const SubmitPart &part, Done done);
+    Outcome outcomeOf(const AtAnswer &answer) const;
+    SendFailure failureWithoutResult(const AtAnswer &answer) const;
+
+    const SerialLine &m_line;
+    AtChannel &m_channel;
+    AtDialogue &m_dialogue;
+    const ModemTimings m_timings;
+    RelayLink m_link;
+    Done m_awaitingLink; ///< of the part that waits for the link's command
+};
