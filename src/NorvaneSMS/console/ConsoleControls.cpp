@@ -2,6 +2,7 @@
 
 #include "NorvaneSMS/console/CondensedCellDelegate.h"
 #include "NorvaneSMS/console/ConsoleDesign.h"
+#include "NorvaneSMS/console/ConsoleLayout.h"
 #include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/console/PhoneEdit.h"
 #include "NorvaneSMS/console/QueueGrid.h"
@@ -21,6 +22,7 @@
 #include <QTableView>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace {
@@ -195,6 +197,49 @@ QSizeF ConsoleControls::twipsPerPixel() const
 void ConsoleControls::place(QWidget *control, const Twips::Rect &place) const
 {
     control->setGeometry(Twips::toPixels(place, twipsPerPixel()));
+}
+
+void ConsoleControls::place(const ConsoleLayout &layout, float width, float height) const
+{
+    place(picTopPanel, {0, 0, width, layout.topPanelHeight});
+    place(picBottomPanel, {0, height - layout.bottomPanelHeight, width, layout.bottomPanelHeight});
+    place(picMiddlePanel, layout.picMiddlePanel);
+    place(fraCommunication, layout.fraCommunication);
+    place(picLateralPanel, layout.picLateralPanel);
+    place(txtTerm, layout.txtTerm);
+    place(fraSentDetails, layout.fraSentDetails);
+    place(fraQueueDetails, layout.fraQueueDetails);
+    place(grdQueue, layout.grdQueue);
+    place(grdSentDetails, layout.grdSentDetails);
+    place(btnClearQueue, layout.btnClearQueue);
+    place(btnStop, layout.btnStop);
+    place(btnStart, layout.btnStart);
+}
+
+void ConsoleControls::setColumnWidths() const
+{
+    const qreal twipsPerPixel = this->twipsPerPixel().width();
+    for (QTableView *const grid : std::initializer_list<QTableView *>{grdQueue, grdSentDetails}) {
+        int column = 0;
+        for (const float width : ConsoleDesign::columnWidths)
+            grid->setColumnWidth(column++, static_cast<int>(std::lround(width / twipsPerPixel)));
+    }
+}
+
+void ConsoleControls::setServerEnabled(bool enabled) const
+{
+    // Each control has an enabled flag of its own, whatever its frame's is, and one of the two
+    // status pictures is left out.
+    for (CaptionedFrame *const frame : {fraCommunication, fraDeviceStatus, fraEngineStatus,
+                                        fraQueueDetails, fraQueueStatus, fraSentDetails})
+        frame->setFrameEnabled(enabled);
+
+    const std::initializer_list<QWidget *> controls = {
+        btnTestDevice,   btnClearQueue,      btnStart,     btnStop,     grdQueue,
+        grdSentDetails,  imgEngineStatus[0], imgQueue[0],  imgQueue[1], lblDeviceInfo,
+        lblDeviceStatus, lblEngineStatus,    lblEstimated, lblQueueSize};
+    for (QWidget *const control : controls)
+        control->setEnabled(enabled);
 }
 
 void ConsoleControls::setCaption(const QString &name, const QString &text) const

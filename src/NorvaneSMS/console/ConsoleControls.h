@@ -21,6 +21,8 @@ namespace Twips {
 struct Rect;
 }
 
+struct ConsoleLayout;
+
 /// The controls of the console window, made from its design table. Each bears its own name as
 /// objectName and belongs to its container.
 class ConsoleControls
@@ -33,6 +35,12 @@ public:
     QSizeF twipsPerPixel() const;
     /// Moves `control` to `place`, in twips of its container.
     void place(QWidget *control, const Twips::Rect &place) const;
+    /// Places the movable controls in a window of this inner size, in twips.
+    void place(const ConsoleLayout &layout, float width, float height) const;
+    /// Gives the columns of both grids their widths.
+    void setColumnWidths() const;
+    /// Enables or disables what a server alone makes use of.
+    void setServerEnabled(bool enabled) const;
 
     /// Sets caption or text of the control `name`.
     void setCaption(const QString &name, const QString &text) const;

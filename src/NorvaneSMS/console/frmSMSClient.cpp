@@ -1,46 +1,61 @@
 #include "NorvaneSMS/console/frmSMSClient.h"
 
-#include "NorvaneSMS/app/mode/ModeWindow.h"
+#include "NorvaneSMS/console/BulkTemplate.h"
 #include "NorvaneSMS/console/ConsoleDesign.h"
+#include "NorvaneSMS/console/DeviceTestRun.h"
 #include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/console/PhoneEdit.h"
 #include "NorvaneSMS/console/QueueGrid.h"
-#include "NorvaneSMS/console/QueueGridModel.h"
-#include "NorvaneSMS/console/SentGridModel.h"
+#include "NorvaneSMS/console/SendRoute.h"
 #include "NorvaneSMS/console/TerminalView.h"
 #include "NorvaneSMS/device/frmDeviceConfig.h"
-#include "NorvaneSMS/engine/Estimate.h"
+#include "NorvaneSMS/engine/EventTexts.h"
 #include "NorvaneSMS/import/frmImport.h"
+#include "common/FailureNumbers.h"
 #include "foundation/Globals.h"
-#include "foundation/ui/CaptionedFrame.h"
+#include "foundation/MessageBoxes.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
+#include "foundation/ui/PendingInput.h"
 #include "foundation/ui/PictureButton.h"
-#include "foundation/ui/WindowHook.h"
-#include "foundation/ui/WindowPlace.h"
+#include "foundation/ui/WaitPointer.h"
 
 #include <QCloseEvent>
 #include <QDateEdit>
 #include <QLabel>
-#include <QScreen>
-#include <QTableView>
 
-#include <cmath>
 #include <utility>
+
+namespace {
+
+void tell(const QString &text, MessageBoxes::Icon icon)
+{
+    messageBoxes().show(text, icon, MessageBoxes::Buttons::Ok, boxTitle());
+}
+
+bool agreed(const QString &question)
+{
+    return messageBoxes().show(question, MessageBoxes::Icon::None, MessageBoxes::Buttons::YesNo,
+                               boxTitle()) == MessageBoxes::Answer::Yes;
+}
+
+} // namespace
 
 frmSMSClient::frmSMSClient(ConsoleEnvironment environment)
     : m_environment(std::move(environment)), m_ui(this),
-      m_queueRows(new QueueGridModel(m_environment.locale, this)),
-      m_sentRows(new SentGridModel(this)),
-      m_deviceConfig(std::make_unique<frmDeviceConfig>(this, *this, m_environment.settings,
-                                                       m_environment.folders)),
-      mdLastEvent(Estimate::zeroDate())
+      m_queue(m_ui, m_environment.locale, moSMSManager, [this] { SetGridHeaders(); }),
+      m_sent(m_ui, m_environment.locale, m_environment.now), m_device(m_ui),
+      m_pollingTick(moSMSManager, m_environment.queueAccess,
+                    [this](const QString &folder) {
+                        return !m_unloaded && mbServerMode && msQueueFolder == folder;
+                    }),
+      m_sizer(this), m_deviceConfig(std::make_unique<frmDeviceConfig>(
+                         this, *this, m_environment.settings, m_environment.folders)),
+      moImportSMSPooling([this](qint32 milliseconds) { moImportSMSPooling_Timer(milliseconds); })
 {
     setObjectName(QStringLiteral("frmSMSClient"));
     setWindowTitle(ConsoleDesign::designTitle);
-    m_ui.grdQueue->setModel(m_queueRows);
-    m_ui.grdSentDetails->setModel(m_sentRows);
     connectControls();
 }
 
@@ -49,18 +64,40 @@ frmSMSClient::~frmSMSClient() = default;
 void frmSMSClient::connectControls()
 {
     using FatalReport::guarded;
-    connect(m_ui.txtMessage, &MessageEdit::changed, this,
-            guarded(this, &frmSMSClient::txtMessage_Change));
-    connect(m_ui.btnSend, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnSend_Click));
-    connect(m_ui.btnImport, &QPushButton::clicked, this,
-            guarded(this, &frmSMSClient::btnImport_Click));
-    connect(m_ui.btnStart, &QPushButton::clicked, this,
-            guarded(this, &frmSMSClient::btnStart_Click));
-    connect(m_ui.btnStop, &QPushButton::clicked, this, guarded(this, &frmSMSClient::btnStop_Click));
-    connect(m_ui.btnClearQueue, &QPushButton::clicked, this,
-            guarded(this, &frmSMSClient::btnClearQueue_Click));
-    connectQueueGrid();
-    connectDeviceButtons();
+    using This = frmSMSClient;
+    connect(m_ui.txtMessage, &MessageEdit::changed, this, guarded(this, &This::txtMessage_Change));
+
+    const auto pressed = [this](PictureButton *button, void (This::*handler)()) {
+        connect(button, &QPushButton::clicked, this, guarded(this, handler));
+    };
+    pressed(m_ui.btnSend, &This::btnSend_Click);
+    pressed(m_ui.btnImport, &This::btnImport_Click);
+    pressed(m_ui.btnStart, &This::btnStart_Click);
+    pressed(m_ui.btnStop, &This::btnStop_Click);
+    pressed(m_ui.btnClearQueue, &This::btnClearQueue_Click);
+    pressed(m_ui.btnDeviceConfig, &This::btnDeviceConfig_Click);
+    pressed(m_ui.btnTestDevice, &This::btnTestDevice_Click);
+
+    QueueGrid *const grid = m_ui.grdQueue;
+    connect(grid, &QueueGrid::beforeEdit, this, guarded(this, &This::grdQueue_BeforeEdit));
+    connect(grid, &QueueGrid::afterEdit, this, guarded(this, &This::grdQueue_AfterEdit));
+    connect(grid, &QueueGrid::deletePressed, this, guarded(this, &This::grdQueue_DeletePressed));
+}
+
+void frmSMSClient::connectEngine()
+{
+    using FatalReport::guarded;
+    using This = frmSMSClient;
+    SMSManager *const engine = moSMSManager.get();
+    const auto on = [this, engine](auto raised, auto handler) {
+        connect(engine, raised, this, guarded(this, handler));
+    };
+    on(&SMSManager::DeviceInfo, &This::moSMSManager_DeviceInfo);
+    on(&SMSManager::EngineStatus, &This::moSMSManager_EngineStatus);
+    on(&SMSManager::SMSQueueChanged, &This::moSMSManager_SMSQueueChanged);
+    on(&SMSManager::SMSSent, &This::moSMSManager_SMSSent);
+    on(&SMSManager::SMSSentFailed, &This::moSMSManager_SMSSentFailed);
+    on(&SMSManager::WarningError, &This::moSMSManager_WarningError);
 }
 
 void frmSMSClient::Form_Load()
@@ -75,7 +112,7 @@ void frmSMSClient::Form_Load()
     SetWindowLimits();
     CenterForm(this);
     RefreshEngineState();
-    m_hook = std::make_unique<WindowHook>(this, gWindowLimits);
+    m_sizer.watch();
 }
 
 void frmSMSClient::LocalizeForm()
@@ -85,7 +122,7 @@ void frmSMSClient::LocalizeForm()
         m_ui.setCaption(caption.control, GS(caption.textId));
     for (const ConsoleDesign::Caption &name : ConsoleDesign::names())
         m_ui.setAccessibleName(name.control, GS(name.textId));
-    m_sentRows->setFailedWord(GS(3760109));
+    m_sent.setFailedWord(GS(3760109));
 }
 
 void frmSMSClient::SetWindowTitle()
@@ -95,15 +132,9 @@ void frmSMSClient::SetWindowTitle()
 
 void frmSMSClient::SetGridHeaders()
 {
-    m_queueRows->setHeaders({GS(3760028), GS(3760029), GS(3760030)});
-    m_sentRows->setHeaders({GS(3760031), GS(3760029), GS(3760030)});
-    const qreal twipsPerPixel = m_ui.twipsPerPixel().width();
-    for (QTableView *const grid :
-         std::initializer_list<QTableView *>{m_ui.grdQueue, m_ui.grdSentDetails}) {
-        int column = 0;
-        for (const float width : ConsoleDesign::columnWidths)
-            grid->setColumnWidth(column++, static_cast<int>(std::lround(width / twipsPerPixel)));
-    }
+    m_queue.setHeaders({GS(3760028), GS(3760029), GS(3760030)});
+    m_sent.setHeaders({GS(3760031), GS(3760029), GS(3760030)});
+    m_ui.setColumnWidths();
 }
 
 void frmSMSClient::ApplyOperationMode()
@@ -113,57 +144,26 @@ void frmSMSClient::ApplyOperationMode()
     if (mbServerMode) {
         moSMSManager = m_environment.createEngine();
         connectEngine();
-        startPooling();
+        moImportSMSPooling.start();
     } else {
         if (moSMSManager) {
             moSMSManager->StopEngine();
             moSMSManager.reset();
         }
-        releasePooling();
+        moImportSMSPooling.stop();
     }
-    enableByMode();
-}
-
-void frmSMSClient::enableByMode()
-{
-    // Each control has an enabled flag of its own, whatever its frame's is, and one of the two
-    // status pictures is left out.
-    for (CaptionedFrame *const frame :
-         {m_ui.fraCommunication, m_ui.fraDeviceStatus, m_ui.fraEngineStatus, m_ui.fraQueueDetails,
-          m_ui.fraQueueStatus, m_ui.fraSentDetails})
-        frame->setFrameEnabled(mbServerMode);
-
-    const std::initializer_list<QWidget *> controls = {
-        m_ui.btnTestDevice, m_ui.btnClearQueue,  m_ui.btnStart,           m_ui.btnStop,
-        m_ui.grdQueue,      m_ui.grdSentDetails, m_ui.imgEngineStatus[0], m_ui.imgQueue[0],
-        m_ui.imgQueue[1],   m_ui.lblDeviceInfo,  m_ui.lblDeviceStatus,    m_ui.lblEngineStatus,
-        m_ui.lblEstimated,  m_ui.lblQueueSize};
-    for (QWidget *const control : controls)
-        control->setEnabled(mbServerMode);
+    m_ui.setServerEnabled(mbServerMode);
 }
 
 void frmSMSClient::SetWindowLimits()
 {
-    const QSizeF twipsPerPixel = m_ui.twipsPerPixel();
-    const QSize screen = this->screen()->size();
-    const QSize screenTwips(qRound(screen.width() * twipsPerPixel.width()),
-                            qRound(screen.height() * twipsPerPixel.height()));
-    gWindowLimits = ModeWindow::limits(mbServerMode, screenTwips, twipsPerPixel);
-
-    const QSize outerPixels = ModeWindow::outerPixels(mbServerMode, twipsPerPixel);
-    setWindowState(windowState() &
-                   ~(Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
-    if (m_hook)
-        m_hook->setLimits(gWindowLimits, outerPixels);
-    else
-        WindowPlace::of(this).setOuterSize(outerPixels);
-    CenterForm(this);
+    m_sizer.setMode(mbServerMode);
 }
 
 void frmSMSClient::RefreshEngineState()
 {
     if (moSMSManager) {
-        ShowQueueSize(moSMSManager->GetQueueSize());
+        m_queue.show(moSMSManager->GetQueueSize());
         ShowEngineStatus(moSMSManager->GetEngineStatus());
     }
     const QDateTime now = m_environment.now();
@@ -182,23 +182,8 @@ void frmSMSClient::Form_Resize()
     const auto inner = QSizeF(width() * twipsPerPixel.width(), height() * twipsPerPixel.height());
     const auto innerWidth = static_cast<float>(inner.width());
     const auto innerHeight = static_cast<float>(inner.height());
-
-    m_ui.place(m_ui.picTopPanel, {0, 0, innerWidth, m_layout.topPanelHeight});
-    m_ui.place(m_ui.picBottomPanel, {0, innerHeight - m_layout.bottomPanelHeight, innerWidth,
-                                     m_layout.bottomPanelHeight});
-
     resizeConsole(m_layout, innerWidth, innerHeight);
-    m_ui.place(m_ui.picMiddlePanel, m_layout.picMiddlePanel);
-    m_ui.place(m_ui.fraCommunication, m_layout.fraCommunication);
-    m_ui.place(m_ui.picLateralPanel, m_layout.picLateralPanel);
-    m_ui.place(m_ui.txtTerm, m_layout.txtTerm);
-    m_ui.place(m_ui.fraSentDetails, m_layout.fraSentDetails);
-    m_ui.place(m_ui.fraQueueDetails, m_layout.fraQueueDetails);
-    m_ui.place(m_ui.grdQueue, m_layout.grdQueue);
-    m_ui.place(m_ui.grdSentDetails, m_layout.grdSentDetails);
-    m_ui.place(m_ui.btnClearQueue, m_layout.btnClearQueue);
-    m_ui.place(m_ui.btnStop, m_layout.btnStop);
-    m_ui.place(m_ui.btnStart, m_layout.btnStart);
+    m_ui.place(m_layout, innerWidth, innerHeight);
 }
 
 void frmSMSClient::closeEvent(QCloseEvent *event)
@@ -212,7 +197,197 @@ void frmSMSClient::Form_Unload()
 {
     moFileSystem.reset();
     moSMSManager.reset();
-    releasePooling();
-    m_hook.reset();
+    moImportSMSPooling.stop();
+    m_sizer.unwatch();
     m_environment.releaseGlobals();
+}
+
+void frmSMSClient::txtMessage_Change()
+{
+    m_ui.lblSMSChars->setText(
+        GS(3760027, m_ui.txtMessage->textLength(), qint32{MessageEdit::MaxLength}));
+}
+
+QDateTime frmSMSClient::deliveryMoment() const
+{
+    return {m_ui.dtDeliveryDate->date(), m_ui.tmDeliveryDate->time(), Qt::UTC};
+}
+
+SendRoute frmSMSClient::sendRoute() const
+{
+    return {mbServerMode ? moSMSManager.get() : nullptr,
+            {moFileSystem.get(), msQueueFolder, m_environment.queueAccess}};
+}
+
+void frmSMSClient::btnSend_Click()
+{
+    const QString phone = m_ui.txtPhone->text();
+    if (phone.isEmpty())
+        return;
+    // The writer of a drop file has told what went wrong and not whether anything did.
+    if (sendRoute().send(phone, m_ui.txtMessage->text(), msMessageFooter, deliveryMoment()) ==
+        SendRoute::Outcome::HandedOn)
+        tell(GS(3760052), MessageBoxes::Icon::Information);
+    else
+        tell(GS(3760050), MessageBoxes::Icon::Exclamation);
+}
+
+void frmSMSClient::btnImport_Click()
+{
+    // Wherever a failure strikes, the dialog stays loaded until the next press.
+    try {
+        moImport = std::make_unique<frmImport>(m_environment.importing, this);
+        moImport->Form_Load();
+        const bool success =
+            moImport->ShowImport() && moImport->ImportData().getCount() >= 1 &&
+            sendList(BulkList(m_ui.txtMessage->text() + msMessageFooter, moImport->ImportData()));
+        moImport.reset();
+        if (success)
+            tell(GS(3760051), MessageBoxes::Icon::Information);
+    } catch (...) {
+        tell(Failure::fromException(std::current_exception()).shown(),
+             MessageBoxes::Icon::Critical);
+    }
+}
+
+bool frmSMSClient::sendList(const SMSList &list)
+{
+    const bool handedOn =
+        sendRoute().sendList(list, deliveryMoment()) == SendRoute::Outcome::HandedOn;
+    if (!handedOn)
+        tell(GS(3760050), MessageBoxes::Icon::Exclamation);
+    return handedOn;
+}
+
+void frmSMSClient::btnStart_Click()
+{
+    moSMSManager->StartEngine();
+}
+
+void frmSMSClient::btnStop_Click()
+{
+    const qint32 waiting = moSMSManager->GetQueueSize();
+    if (waiting < 1 || agreed(GS(3760017, waiting)))
+        moSMSManager->StopEngine();
+}
+
+void frmSMSClient::btnClearQueue_Click()
+{
+    if (moSMSManager->GetQueueSize() < 1)
+        return;
+    if (agreed(GS(3760016)))
+        moSMSManager->ClearQueue();
+}
+
+void frmSMSClient::grdQueue_BeforeEdit(int row, int column, bool &cancel)
+{
+    cancel = true; // also when the engine fails
+    cancel = !m_queue.allowsEdit(row, column);
+}
+
+void frmSMSClient::grdQueue_AfterEdit()
+{
+    if (moSMSManager) // an edit that the end of the window cuts short is dropped
+        m_queue.handBack();
+}
+
+void frmSMSClient::grdQueue_DeletePressed()
+{
+    m_queue.deleteSelected();
+}
+
+DeviceSettings frmSMSClient::GetDeviceSettings()
+{
+    return mbServerMode ? moSMSManager->GetDeviceSettings() : DeviceSettings();
+}
+
+bool frmSMSClient::SetDeviceSettings(const DeviceSettings &settings)
+{
+    ApplyOperationMode();
+    return mbServerMode && moSMSManager->SetDeviceSettings(settings);
+}
+
+void frmSMSClient::btnDeviceConfig_Click()
+{
+    if (!m_deviceConfig->ShowForm())
+        return;
+    SetWindowLimits();
+    SetWindowTitle();
+    if (mbServerMode)
+        moSMSManager->ApplySettings();
+}
+
+void frmSMSClient::btnTestDevice_Click()
+{
+    testDevice();
+    // The presses of an operator to whom nothing seems to happen are no wish for another test.
+    // Where the test fails, the fatal report blocks them, and no tick may run in front of it.
+    dropPendingInput();
+}
+
+void frmSMSClient::testDevice()
+{
+    const WaitPointer pointer;
+    DeviceTestRun run(*moSMSManager);
+    run.stopEngine();
+    m_device.showTesting();
+    m_device.showTested(run.test());
+    run.restartEngine();
+}
+
+void frmSMSClient::moSMSManager_DeviceInfo(const QString &Manufacturer, const QString &Model,
+                                           const QString &IMEI, const QString &NetworkInfo,
+                                           qint32 BatteryLevel, qint32 SignalLevel,
+                                           const QString &FirmWare, const QString &Time,
+                                           const QString &SMSCNumber, const QString &Hardware)
+{
+    m_device.showDetails({Manufacturer, Model, IMEI, NetworkInfo, BatteryLevel, SignalLevel,
+                          FirmWare, Time, SMSCNumber, Hardware});
+    m_sent.noteEvent();
+}
+
+void frmSMSClient::moSMSManager_EngineStatus(qint32 status)
+{
+    ShowEngineStatus(status);
+}
+
+void frmSMSClient::ShowEngineStatus(qint32 status)
+{
+    const bool running = status == SMSManager::Running;
+    m_ui.imgEngineStatus[1]->setVisible(running);
+    m_ui.imgEngineStatus[0]->setVisible(!running);
+    m_ui.btnStart->setEnabled(!running);
+    m_ui.btnStop->setEnabled(running);
+    m_ui.lblEngineStatus->setText(EventTexts::engineStatus(status));
+}
+
+void frmSMSClient::moSMSManager_SMSQueueChanged(qint32 currentSize)
+{
+    m_queue.onChanged(currentSize);
+}
+
+void frmSMSClient::moSMSManager_SMSSent(const QString &phone, const QString &Message,
+                                        qint32 QueueCount)
+{
+    m_ui.txtTerm->appendLine(EventTexts::sentLine(phone));
+    m_sent.addSent(phone, Message, QueueCount);
+}
+
+void frmSMSClient::moSMSManager_SMSSentFailed(const QString &phone, const QString &Message,
+                                              qint32 errorCode)
+{
+    m_ui.txtTerm->appendLine(EventTexts::failedLine(phone, errorCode));
+    m_sent.addFailed(phone, Message);
+}
+
+void frmSMSClient::moSMSManager_WarningError(qint32 errCode, const QString &ExtraInfo)
+{
+    m_ui.txtTerm->appendLine(EventTexts::warningLine(errCode, ExtraInfo));
+}
+
+void frmSMSClient::moImportSMSPooling_Timer(qint32 /*lMilliseconds*/)
+{
+    if (m_pollingTick.run(*moFileSystem, msQueueFolder, msMessageFooter) ==
+        PollingTick::Outcome::FolderMissing)
+        m_ui.txtTerm->appendLine(GS(3760050));
 }

@@ -3,6 +3,12 @@
 #include "NorvaneSMS/console/ConsoleControls.h"
 #include "NorvaneSMS/console/ConsoleEnvironment.h"
 #include "NorvaneSMS/console/ConsoleLayout.h"
+#include "NorvaneSMS/console/DevicePane.h"
+#include "NorvaneSMS/console/PollingTick.h"
+#include "NorvaneSMS/console/PollingTimer.h"
+#include "NorvaneSMS/console/QueuePane.h"
+#include "NorvaneSMS/console/SentPane.h"
+#include "NorvaneSMS/console/WindowSizer.h"
 #include "NorvaneSMS/device/DeviceSettingsKeeper.h"
 #include "contract/SMSManager.h"
 #include "foundation/FileSystem.h"
@@ -10,15 +16,10 @@
 #include <QWidget>
 
 #include <memory>
-#include <optional>
 
-class CTimerMM;
-class clsCollection;
-class frmImport;
-class QueueGridModel;
-class SentGridModel;
-class WindowHook;
+class SendRoute;
 class frmDeviceConfig;
+class frmImport;
 
 /// The console's window. It owns everything long-lived: on a server the engine object and the timer
 /// that the queue folder is polled by.
@@ -51,56 +52,30 @@ protected:
 private:
     // Load and unload
     void connectControls();
+    void connectEngine();
     void LocalizeForm();
     void SetGridHeaders();
     void RefreshEngineState();
     void Form_Resize();
     void Form_Unload();
-    void enableByMode();
-    void connectEngine();
-    void startPooling();
-    void releasePooling();
 
     // Controls
     void txtMessage_Change();
     void btnSend_Click();
+    void btnImport_Click();
     void btnStart_Click();
     void btnStop_Click();
     void btnClearQueue_Click();
-    QDateTime deliveryMoment() const;
-    void startIfStopped();
-
-    // Bulk send
-    void btnImport_Click();
-    /// The messages that the template gives for the imported recipients that have a phone.
-    /// @throws NumberedFailure 6 for more than a list holds
-    SMSList listOf(const clsCollection &recipients) const;
-    /// Hands the list to the engine or, on a client, writes it to a drop file.
-    /// @return whether it was handed on
-    bool queueList(const SMSList &list);
-
-    // The queue's grid. Rows count from 1.
-    void connectQueueGrid();
+    void btnDeviceConfig_Click();
+    void btnTestDevice_Click();
     void grdQueue_BeforeEdit(int row, int column, bool &cancel);
     void grdQueue_AfterEdit();
     void grdQueue_DeletePressed();
-    void deleteRows(const QList<int> &rows);
-    /// Removes `rows` but the one that the engine is sending.
-    /// @return whether all of them went
-    bool removeButInProgress(const QList<int> &rows);
-    void removeFromGrid(const QList<int> &rows);
-    /// Whether `row` is the message that the engine is sending.
-    bool isInProgress(int row);
-    /// Carries what was changed in the grid to the engine.
-    void handBackQueue();
-
-    // The device
-    void connectDeviceButtons();
-    void btnDeviceConfig_Click();
-    void btnTestDevice_Click();
+    QDateTime deliveryMoment() const;
+    SendRoute sendRoute() const;
+    /// @return whether the list was handed on; if not, the operator has been told
+    bool sendList(const SMSList &list);
     void testDevice();
-    void showBeforeBlocking();
-    void showTestResult(bool answered);
 
     // Engine events
     void moSMSManager_DeviceInfo(const QString &Manufacturer, const QString &Model,
@@ -113,35 +88,26 @@ private:
     void moSMSManager_SMSSent(const QString &phone, const QString &Message, qint32 QueueCount);
     void moSMSManager_SMSSentFailed(const QString &phone, const QString &Message, qint32 errorCode);
     void moSMSManager_WarningError(qint32 errCode, const QString &ExtraInfo);
-    void ShowQueueSize(qint32 count);
     void ShowEngineStatus(qint32 status);
-    void bindQueue();
-    void showEstimate(qint32 QueueCount);
 
-    // Polling of the queue folder
     void moImportSMSPooling_Timer(qint32 lMilliseconds);
-    /// Hands `files` to the engine, as long as the mode and the folder that they were found in
-    /// hold.
-    void importFiles(const QStringList &files, const QString &polledFolder);
 
     ConsoleEnvironment m_environment;
     ConsoleControls m_ui;
     ConsoleLayout m_layout;
-    QueueGridModel *m_queueRows;
-    SentGridModel *m_sentRows;
-    std::unique_ptr<WindowHook> m_hook;
+    QueuePane m_queue;
+    SentPane m_sent;
+    DevicePane m_device;
+    PollingTick m_pollingTick;
+    WindowSizer m_sizer;
     std::unique_ptr<frmDeviceConfig> m_deviceConfig;
-    bool m_queueHeld = false;              ///< changes of the queue wait
-    std::optional<qint32> m_heldQueueSize; ///< of the last one that does
     bool m_unloaded = false;
 
     std::unique_ptr<FileSystem> moFileSystem;
     std::unique_ptr<SMSManager> moSMSManager;
-    std::shared_ptr<CTimerMM> moImportSMSPooling;
+    PollingTimer moImportSMSPooling;
     std::unique_ptr<frmImport> moImport;
     bool mbServerMode = false;
-    bool mbImporting = false;
     QString msQueueFolder;
     QString msMessageFooter;
-    QDateTime mdLastEvent;
 };

@@ -1,5 +1,7 @@
 #include "NorvaneSMS/console/BulkTemplate.h"
 
+#include "foundation/clsCollection.h"
+
 #include <QList>
 
 #include <gtest/gtest.h>
@@ -24,4 +26,14 @@ TEST(FillTemplate, fieldsTakeThePlacesOfTheirNumbers)
         EXPECT_EQ(FillTemplate(QString::fromUtf8(text), QString::fromUtf8(row).split(u'|')),
                   QString::fromUtf8(filled))
             << text;
+}
+
+TEST(BulkList, recipientsWithoutAPhoneGetNoMessageAndFieldsAreNotNormalised)
+{
+    clsCollection recipients;
+    for (const char *const row : {"912 345 678|José", "|Ana", "913456789|Rui"})
+        recipients.add(QString::fromUtf8(row), QString::fromUtf8(row));
+    const SMSList list = BulkList(u"Olá %1"_qs, recipients);
+    EXPECT_EQ(list.entries(), (QList<SMSList::Entry>{{u"912345678"_qs, u"Ola José"_qs},
+                                                     {u"913456789"_qs, u"Ola Rui"_qs}}));
 }

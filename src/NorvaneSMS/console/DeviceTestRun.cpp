@@ -1,0 +1,26 @@
+#include "NorvaneSMS/console/DeviceTestRun.h"
+
+void DeviceTestRun::stopEngine()
+{
+    m_wasRunning = m_engine.GetEngineStatus() == SMSManager::Running;
+    m_engine.DeliverPendingEvents();
+    if (m_wasRunning) {
+        m_engine.StopEngine();
+        m_engine.DeliverPendingEvents();
+    }
+}
+
+bool DeviceTestRun::test()
+{
+    const qint32 result = m_engine.TestDevice();
+    m_engine.DeliverPendingEvents();
+    return result == SMSManager::DeviceAnswered;
+}
+
+void DeviceTestRun::restartEngine()
+{
+    if (m_wasRunning) {
+        m_engine.StartEngine();
+        m_engine.DeliverPendingEvents();
+    }
+}

@@ -1,0 +1,48 @@
+#include "NorvaneSMS/console/PollingTimer.h"
+
+#include "foundation/CTimerMM.h"
+
+#include <utility>
+
+namespace {
+
+constexpr qint32 PoolingInterval = 10'000; // milliseconds
+constexpr qint32 PoolingResolution = 1;
+constexpr qint32 PeriodicEvents = 1;
+
+} // namespace
+
+PollingTimer::PollingTimer(Tick tick) : m_tick(std::move(tick)) {}
+
+PollingTimer::~PollingTimer() = default;
+
+void PollingTimer::start()
+{
+    // A timer that is replaced while it runs stays registered and ticks on, unheard.
+    if (m_timer)
+        m_timer->disconnect(this);
+    m_timer = CTimerMM::create();
+    connect(m_timer.get(), &CTimerMM::Timer, this, &PollingTimer::onTimer);
+    m_timer->setEnabled(false);
+    m_timer->setInterval(PoolingInterval);
+    m_timer->setResolution(PoolingResolution);
+    m_timer->setEventType(PeriodicEvents);
+    m_timer->setEnabled(true);
+}
+
+void PollingTimer::stop()
+{
+    if (!m_timer)
+        return;
+    m_timer->setEnabled(false);
+    m_timer->disconnect(this);
+    m_timer.reset();
+}
+
+void PollingTimer::onTimer(qint32 lMilliseconds)
+{
+    try {
+        m_tick(lMilliseconds);
+    } catch (...) { // ends this tick and nothing else
+    }
+}

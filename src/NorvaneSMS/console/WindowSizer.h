@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+class QWidget;
+class WindowHook;
+
+/// Gives the console's window the size of its mode, and keeps it within the limits of it.
+class WindowSizer
+{
+public:
+    explicit WindowSizer(QWidget *window);
+    ~WindowSizer();
+
+    /// Gives the window the size and the limits of the mode, and centres it.
+    void setMode(bool serverMode);
+    /// From now on the operator's sizes are held to the limits.
+    void watch();
+    void unwatch();
+
+private:
+    QWidget *m_window;
+    std::unique_ptr<WindowHook> m_hook;
+};
