@@ -2,13 +2,13 @@
 #include "TovekSMService/admin/ExitCodes.h"
 #include "TovekSMService/admin/Queries.h"
 #include "TovekSMService/host/EngineHost.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/at/QtSerialPortLine.h"
 #include "TovekSMService/platform/EndSignals.h"
 #include "TovekSMService/platform/FileRights.h"
 #include "TovekSMService/time/Clock.h"
 
 #include <QCoreApplication>
-#include <QDebug>
 
 #include <memory>
 
@@ -32,15 +32,15 @@ int main(int argc, char **argv)
     case EngineHost::Start::Running:
         break;
     case EngineHost::Start::AlreadyThere:
-        qInfo() << "another engine of this user is up";
+        qCInfo(logHost) << "another engine of this user is up";
         return ExitCode::Done;
     case EngineHost::Start::StoreTooNew:
         return ExitCode::StoreTooNew;
     case EngineHost::Start::Failed:
         return ExitCode::Failed;
     }
-    qInfo().noquote() << "up, version" << QCoreApplication::applicationVersion();
+    qCInfo(logHost).noquote() << "up, version" << QCoreApplication::applicationVersion();
     const int result = QCoreApplication::exec();
-    qInfo() << "ends";
+    qCInfo(logHost) << "ends";
     return result;
 }

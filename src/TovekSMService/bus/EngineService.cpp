@@ -1,6 +1,7 @@
 #include "TovekSMService/bus/EngineService.h"
 
 #include "TovekSMService/dispatch/Dispatcher.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/store/StoredBatches.h"
 #include "contract/ErrorCodes.h"
@@ -263,7 +264,7 @@ void EngineService::reportFailures(const QString &listener)
         }
     } catch (const StoreFailure &failure) {
         // They are kept, and told to the next one who asks.
-        qWarning() << "failures could not be reported:" << failure.text();
+        qCWarning(logBus) << "failures could not be reported:" << failure.text();
     }
 }
 
@@ -358,7 +359,7 @@ void EngineService::carryOut(const Step &step, const Refusal &refusal)
         if (message().isReplyRequired())
             m_bus.send(answer);
     } catch (const StoreFailure &failure) {
-        qWarning() << "a call waits for the store:" << failure.text();
+        qCWarning(logBus) << "a call waits for the store:" << failure.text();
         m_dispatcher.noticeStoreFailure(failure);
         Deadline deadline(m_clock.time());
         deadline.setRemainingTime(retryTime);

@@ -4,6 +4,7 @@
 #include "TovekSMService/bus/EngineService.h"
 #include "TovekSMService/dispatch/Dispatcher.h"
 #include "TovekSMService/host/StoredPinGate.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/at/SerialLine.h"
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/store/DamagedStore.h"
@@ -16,7 +17,6 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDebug>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QThread>
@@ -40,7 +40,7 @@ EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
       m_openAgain(clock.time()), m_reopenAgain(clock.time()), m_endLimit(clock.time())
 {
     connect(&m_endLimit, &Timer::timeout, qApp, [] {
-        qWarning() << "the part in progress did not end within its time and is left";
+        qCWarning(logHost) << "the part in progress did not end within its time and is left";
         QCoreApplication::quit();
     });
     connect(&m_openAgain, &Timer::timeout, this, [this] {
@@ -60,7 +60,7 @@ EngineHost::Start EngineHost::start()
     Bus::registerTypes();
     m_folder = EngineFolder::make();
     if (m_folder.isEmpty()) {
-        qCritical() << "the folder of the engine's data can't be made";
+        qCCritical(logHost) << "the folder of the engine's data can't be made";
         return Start::Failed;
     }
     if (const Start locked = lockStore(m_folder); locked != Start::Running)
@@ -78,7 +78,7 @@ EngineHost::Start EngineHost::lockStore(const QString &folder)
 {
     m_lock = std::make_unique<FileLock>(EngineFolder::lockFile(folder));
     if (!m_lock->isUsable()) {
-        qCritical().noquote() << "the lock in" << folder << "can't be made";
+        qCCritical(logHost).noquote() << "the lock in" << folder << "can't be made";
         return Start::Failed;
     }
     QElapsedTimer waited;
@@ -124,7 +124,7 @@ bool EngineHost::enterBus()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
-        qCritical().noquote() << "no session bus:" << bus.lastError().message();
+        qCCritical(logBus).noquote() << "no session bus:" << bus.lastError().message();
         return false;
     }
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -133,7 +133,8 @@ bool EngineHost::enterBus()
     // The object stands before the name is there, so that the first call finds it.
     if (!bus.registerObject(QLatin1String(Bus::ObjectPath), m_service.get()) ||
         !bus.registerService(QLatin1String(Bus::ServiceName))) {
-        qCritical().noquote() << "the name on the bus can't be had:" << bus.lastError().message();
+        qCCritical(logBus).noquote()
+            << "the name on the bus can't be had:" << bus.lastError().message();
         return false;
     }
     return true;
@@ -147,7 +148,7 @@ bool EngineHost::openStore()
         storeIsBack();
     } catch (const StoreFailure &failure) {
         if (failure.kind() == StoreFailure::Kind::TooNew) {
-            qCritical().noquote() << "the store is left as it is:" << failure.text();
+            qCCritical(logStore).noquote() << "the store is left as it is:" << failure.text();
             return false;
         }
         if (failure.kind() != StoreFailure::Kind::Corrupt || !beginAnew(failure.text()))
@@ -165,7 +166,7 @@ void EngineHost::reopenStore(bool damaged)
         m_reopenAgain.start(m_limits.partIntervalMs);
         return;
     }
-    qWarning() << "the store is opened anew";
+    qCWarning(logStore) << "the store is opened anew";
     if (damaged && std::exchange(m_damageMet, true)) {
         m_store->close();
         if (!beginAnew(QStringLiteral("damage was met again and again")))
@@ -177,7 +178,7 @@ void EngineHost::reopenStore(bool damaged)
 
 bool EngineHost::beginAnew(const QString &reason)
 {
-    qCritical().noquote() << "the store is damaged and is set aside:" << reason;
+    qCCritical(logStore).noquote() << "the store is damaged and is set aside:" << reason;
     if (!DamagedStore::setAside(m_store->file(), m_clock.wallClock(), reason))
         return false;
     m_damageMet = false;
@@ -191,7 +192,7 @@ bool EngineHost::beginAnew(const QString &reason)
         storeIsBack();
         return true;
     } catch (const StoreFailure &failure) {
-        qCritical().noquote() << "no new store can be begun:" << failure.text();
+        qCCritical(logStore).noquote() << "no new store can be begun:" << failure.text();
         return false;
     }
 }
@@ -208,7 +209,7 @@ void EngineHost::storeIsBack()
     tellOfDamage();
     if (!std::exchange(m_storeMissed, false))
         return;
-    qInfo() << "the store can be used again";
+    qCInfo(logStore) << "the store can be used again";
     m_dispatcher->endStoreTrouble();
     resume();
     m_dispatcher->noticeQueueChange();
@@ -237,7 +238,7 @@ void EngineHost::resume()
 
 void EngineHost::busLost()
 {
-    qWarning() << "the session bus is gone";
+    qCWarning(logBus) << "the session bus is gone";
     end();
 }
 

@@ -1,9 +1,8 @@
 #include "TovekSMService/host/StoredPinGate.h"
 
 #include "TovekSMService/host/PinRule.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
-
-#include <QDebug>
 
 #include <algorithm>
 
@@ -51,7 +50,7 @@ PinGate::Decision StoredPinGate::mayTry(const SimIdentity &sim, const QString &p
             record({sim, pin}, PinHistory::Tried);
         return decision;
     } catch (const StoreFailure &failure) {
-        qWarning() << "a PIN attempt could not be recorded:" << failure.text();
+        qCWarning(logStore) << "a PIN attempt could not be recorded:" << failure.text();
         return Decision::NotRecorded;
     }
 }
@@ -81,7 +80,7 @@ void StoredPinGate::recordAccepted()
             m_acceptedUnrecorded.removeFirst();
         }
     } catch (const StoreFailure &failure) {
-        qWarning() << "an accepted PIN waits for the store:" << failure.text();
+        qCWarning(logStore) << "an accepted PIN waits for the store:" << failure.text();
         m_again.start(retryMs);
     }
 }
@@ -94,7 +93,7 @@ void StoredPinGate::recordRefused()
             m_refusedUnrecorded.removeFirst();
         }
     } catch (const StoreFailure &failure) {
-        qWarning() << "a refused PIN could not be recorded:" << failure.text();
+        qCWarning(logStore) << "a refused PIN could not be recorded:" << failure.text();
     }
 }
 

@@ -4,6 +4,7 @@
 #include "TovekSMService/platform/JournalStream.h"
 
 #include <QDateTime>
+#include <QLoggingCategory>
 
 #include <cstdio>
 
@@ -33,16 +34,24 @@ TypeWords wordsOf(QtMsgType type)
     return {EngineLog::Level::Error, 2, "fatal"};
 }
 
+/// "engine.host: "; empty for what is logged without a category.
+QString labelOf(const char *category)
+{
+    const QLatin1String name(category);
+    return name.isEmpty() || name == QLatin1String("default") ? QString()
+                                                              : name + QStringLiteral(": ");
+}
+
 EngineLog::Level g_level = EngineLog::Level::Info;
 bool g_toJournal = false;
 
-void tell(QtMsgType type, const QMessageLogContext &, const QString &message)
+void tell(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (!EngineLog::isTold(type, g_level))
+    if (!EngineLog::isTold(type, context.category, g_level))
         return;
     const QString line = g_toJournal
-                             ? EngineLog::journalLine(type, message)
-                             : EngineLog::plainLine(type, message,
+                             ? EngineLog::journalLine(type, context.category, message)
+                             : EngineLog::plainLine(type, context.category, message,
                                                     QDateTime::currentDateTime().toString(
                                                         QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
     const QByteArray bytes = line.toUtf8() + '\n';
@@ -67,24 +76,31 @@ std::optional<EngineLog::Level> EngineLog::levelNamed(const QString &name)
     return std::nullopt;
 }
 
-bool EngineLog::isTold(QtMsgType type, Level level)
+bool EngineLog::isTold(QtMsgType type, const char *category, Level level)
 {
+    if (type == QtDebugMsg && !QByteArrayView(category).startsWith("engine."))
+        return false;
     return wordsOf(type).level <= level;
 }
 
-QString EngineLog::journalLine(QtMsgType type, const QString &message)
+QString EngineLog::journalLine(QtMsgType type, const char *category, const QString &message)
 {
-    return QStringLiteral("<%1>").arg(wordsOf(type).priority) + onOneLine(message);
+    return QStringLiteral("<%1>").arg(wordsOf(type).priority) + labelOf(category) +
+           onOneLine(message);
 }
 
-QString EngineLog::plainLine(QtMsgType type, const QString &message, const QString &time)
+QString EngineLog::plainLine(QtMsgType type, const char *category, const QString &message,
+                             const QString &time)
 {
-    return time + u' ' + QLatin1String(wordsOf(type).word) + u' ' + onOneLine(message);
+    return time + u' ' + QLatin1String(wordsOf(type).word) + u' ' + labelOf(category) +
+           onOneLine(message);
 }
 
 void EngineLog::install(Level level)
 {
     g_level = level;
     g_toJournal = standardErrorIsJournal();
+    if (level == Level::Debug)
+        QLoggingCategory::setFilterRules(QStringLiteral("engine.*.debug=true"));
     qInstallMessageHandler(tell);
 }

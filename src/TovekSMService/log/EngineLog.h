@@ -15,14 +15,17 @@ enum class Level { Error, Warning, Info, Debug };
 /// "error", "warning", "info" or "debug".
 std::optional<Level> levelNamed(const QString &name);
 
-/// Whether a message of this type is told at `level`.
-bool isTold(QtMsgType type, Level level);
+/// Whether a message of this type is told at `level`. Debug messages are the engine's own alone:
+/// what the toolkit says of its work, when the environment switches it on, may hold texts and PINs.
+bool isTold(QtMsgType type, const char *category, Level level);
 
 /// The line for the journal: what would end it early, or steer a terminal, is a space.
-QString journalLine(QtMsgType type, const QString &message);
+/// @param category  stands in front of the message; that of a message without one is left out
+QString journalLine(QtMsgType type, const char *category, const QString &message);
 
 /// The line for everything else. @param time  as it is to stand in front
-QString plainLine(QtMsgType type, const QString &message, const QString &time);
+QString plainLine(QtMsgType type, const char *category, const QString &message,
+                  const QString &time);
 
 /// Takes over everything that is logged from now on.
 void install(Level level);

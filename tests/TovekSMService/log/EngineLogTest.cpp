@@ -19,7 +19,7 @@ TEST(EngineLog, eachLevelTellsItselfAndWhatIsWorse)
                  {QtDebugMsg, Level::Debug}};
     for (const auto &one : cases) {
         for (const Level level : {Level::Error, Level::Warning, Level::Info, Level::Debug})
-            EXPECT_EQ(EngineLog::isTold(one.type, level), level >= one.least)
+            EXPECT_EQ(EngineLog::isTold(one.type, "engine.host", level), level >= one.least)
                 << one.type << ' ' << static_cast<int>(level);
     }
 }
@@ -45,23 +45,44 @@ TEST(EngineLog, aLineOfTheJournalBeginsWithItsPriority)
                  {QtCriticalMsg, "<3>"},
                  {QtFatalMsg, "<2>"}};
     for (const auto &one : cases)
-        EXPECT_EQ(EngineLog::journalLine(one.type, QStringLiteral("text")),
-                  QLatin1String(one.prefix) + QStringLiteral("text"));
+        EXPECT_EQ(EngineLog::journalLine(one.type, "engine.host", QStringLiteral("text")),
+                  QLatin1String(one.prefix) + QStringLiteral("engine.host: text"));
 }
 
-TEST(EngineLog, aPlainLineHasTimeAndLevel)
+TEST(EngineLog, aPlainLineHasTimeLevelAndCategory)
 {
-    EXPECT_EQ(EngineLog::plainLine(QtWarningMsg, QStringLiteral("text"), QStringLiteral("12:00")),
-              QStringLiteral("12:00 warning text"));
-    EXPECT_EQ(EngineLog::plainLine(QtCriticalMsg, QStringLiteral("text"), QStringLiteral("12:00")),
-              QStringLiteral("12:00 error text"));
+    const QString time = QStringLiteral("12:00");
+    EXPECT_EQ(EngineLog::plainLine(QtWarningMsg, "engine.bus", QStringLiteral("text"), time),
+              QStringLiteral("12:00 warning engine.bus: text"));
+    EXPECT_EQ(EngineLog::plainLine(QtCriticalMsg, "engine.at", QStringLiteral("text"), time),
+              QStringLiteral("12:00 error engine.at: text"));
+}
+
+TEST(EngineLog, whatIsLoggedWithoutACategoryShowsNone)
+{
+    for (const char *const none : {static_cast<const char *>(nullptr), "", "default"}) {
+        EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, none, QStringLiteral("text")),
+                  QStringLiteral("<6>text"));
+        EXPECT_EQ(
+            EngineLog::plainLine(QtInfoMsg, none, QStringLiteral("text"), QStringLiteral("12:00")),
+            QStringLiteral("12:00 info text"));
+    }
+}
+
+TEST(EngineLog, whatTheToolkitSaysForItsOwnDebuggingIsLeftOut)
+{
+    for (const char *const other : {"qt.dbus.integration", "qt.core", "default", "engineer"}) {
+        EXPECT_FALSE(EngineLog::isTold(QtDebugMsg, other, Level::Debug)) << other;
+        EXPECT_TRUE(EngineLog::isTold(QtWarningMsg, other, Level::Debug)) << other;
+    }
 }
 
 TEST(EngineLog, nothingThatADeviceSaysMakesALineOfItsOwn)
 {
     const QString hostile = QStringLiteral("a\n<0>forged\r\x1B[2J\u2028b");
-    EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, hostile), QStringLiteral("<6>a <0>forged  [2J b"));
-    EXPECT_EQ(EngineLog::plainLine(QtInfoMsg, hostile, QStringLiteral("t")),
+    EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, nullptr, hostile),
+              QStringLiteral("<6>a <0>forged  [2J b"));
+    EXPECT_EQ(EngineLog::plainLine(QtInfoMsg, nullptr, hostile, QStringLiteral("t")),
               QStringLiteral("t info a <0>forged  [2J b"));
 }
 

@@ -1,8 +1,7 @@
 #include "TovekSMService/modem/device/FlightMode.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/codec/AnswerParsers.h"
-
-#include <QDebug>
 
 #include <utility>
 
@@ -40,10 +39,11 @@ void FlightMode::switchOn()
                        // A device without an answer may have begun to start all the same.
                        m_wasLeft = answer.isOk() || answer.end == AtAnswer::End::TimedOut;
                        if (m_wasLeft)
-                           qInfo() << "the device was in flight mode and has been switched on";
+                           qCInfo(logDevice)
+                               << "the device was in flight mode and has been switched on";
                        else
-                           qWarning() << "the device refuses to leave its flight mode:"
-                                      << answer.result.text;
+                           qCWarning(logDevice) << "the device refuses to leave its flight mode:"
+                                                << answer.result.text;
                        finish();
                    });
 }

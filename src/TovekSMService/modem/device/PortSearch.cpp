@@ -1,9 +1,9 @@
 #include "TovekSMService/modem/device/PortSearch.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/codec/AnswerParsers.h"
 #include "TovekSMService/platform/SerialDevices.h"
 
-#include <QDebug>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -145,6 +145,6 @@ void PortSearch::finish(const QString &port)
     const Finished finished = std::exchange(m_finished, nullptr);
     stop();
     if (!port.isEmpty())
-        qInfo().noquote() << "the device has come back as" << port;
+        qCInfo(logDevice).noquote() << "the device has come back as" << port;
     finished(port);
 }
