@@ -78,6 +78,18 @@ TEST_F(EngineOutput, noTextAndNoPinIsLoggedInFullEither)
     m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("debug")});
     work();
     expectNoSecrets();
+    const QString text = log();
+    EXPECT_TRUE(text.contains(QLatin1String(" debug engine.at: -> AT+CPIN=****\n")));
+    EXPECT_TRUE(text.contains(QLatin1String(" debug engine.at: -> ****\n")));
+    EXPECT_TRUE(text.contains(QLatin1String(" debug engine.at: <- +CMGS: ")));
+    // The number as the PDU has it.
+    EXPECT_FALSE(text.contains(QLatin1String("06101122F2"))) << text.toStdString();
+}
+
+TEST_F(EngineOutput, noLineOfTheDeviceIsLoggedUnlessItIsAskedFor)
+{
+    work();
+    EXPECT_FALSE(log().contains(QLatin1String("engine.at"))) << log().toStdString();
 }
 
 TEST_F(EngineOutput, elsewhereALineHasTimeAndLevel)

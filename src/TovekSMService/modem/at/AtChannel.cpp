@@ -14,6 +14,24 @@ constexpr char s_leavePrompt[] = "\x1B\r";
 constexpr int s_mostLatePrompts = 3;
 constexpr char s_attention[] = "AT";
 constexpr char s_echoOff[] = "ATE0";
+
+const char *nameOf(SyncOutcome outcome)
+{
+    switch (outcome) {
+    case SyncOutcome::Answered:
+        return "in command mode";
+    case SyncOutcome::Refused:
+        return "not in command mode: it answers, but never with OK";
+    case SyncOutcome::Garbage:
+        return "not in command mode: nothing that came is an answer; is the speed right?";
+    case SyncOutcome::Silent:
+        return "not in command mode: nothing came";
+    case SyncOutcome::LineBroken:
+        break;
+    }
+    return "the line broke";
+}
+
 } // namespace
 
 AtChannel::AtChannel(SerialLine *line, const ModemTimings &timings, TimeSource &time,
@@ -52,6 +70,7 @@ void AtChannel::begin(const AtCommand &command, Step step)
     m_reader.begin(command.text, command.prefixes);
     m_reader.expectPrompt(step == Step::AwaitingPrompt);
     m_limit.start(command.limitMs);
+    m_trace.sent(command.text, m_owed);
     write(command.text + s_return);
 }
 
@@ -88,6 +107,7 @@ void AtChannel::onReceived(const QByteArray &bytes)
 
 void AtChannel::take(const AtToken &token)
 {
+    m_trace.received(token, m_owed);
     if (isSynchronising() && token.kind != AtToken::Kind::Echo)
         m_heard = true;
 
@@ -140,6 +160,7 @@ void AtChannel::sendPayload()
     m_limit.start(m_payloadAnswerMs);
     // From here on the network may get the message, whatever happens to the line.
     m_answer.payloadLeft = true;
+    m_trace.sentPayload(m_owed);
     write(std::exchange(m_payload, QByteArray()) + s_endOfPayload);
 }
 
@@ -161,6 +182,7 @@ void AtChannel::onLimit()
     switch (m_step) {
     case Step::AwaitingFinal:
     case Step::AwaitingPrompt:
+        m_trace.note("no answer within the time limit");
         finish(AtAnswer::End::TimedOut);
         return;
     case Step::Draining:
@@ -234,14 +256,20 @@ void AtChannel::startTry()
     m_reader.expectPrompt(true);
     m_limit.start(m_timings.drainMs);
     m_quiet.start(m_timings.quietMs);
-    write(QByteArrayLiteral(s_leavePrompt));
+    leavePrompt();
 }
 
 void AtChannel::giveUpPrompt()
 {
     // The prompt came late: the ESC was too early for it.
     if (m_promptsLeft-- > 0)
-        write(QByteArrayLiteral(s_leavePrompt));
+        leavePrompt();
+}
+
+void AtChannel::leavePrompt()
+{
+    m_trace.sentEscape();
+    write(QByteArrayLiteral(s_leavePrompt));
 }
 
 void AtChannel::probe(const QByteArray &command)
@@ -251,6 +279,7 @@ void AtChannel::probe(const QByteArray &command)
     ++m_owed;
     m_reader.begin(command);
     m_limit.start(m_timings.probeMs);
+    m_trace.sent(command, m_owed);
     write(command + s_return);
 }
 
@@ -282,6 +311,7 @@ void AtChannel::onQuiet()
 
 void AtChannel::endSync(SyncOutcome outcome)
 {
+    m_trace.note(nameOf(outcome));
     m_limit.stop();
     m_quiet.stop();
     m_owed = 0;

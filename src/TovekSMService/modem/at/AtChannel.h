@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/modem/at/AtTrace.h"
 #include "TovekSMService/modem/at/ModemTimings.h"
 #include "TovekSMService/modem/at/SerialLine.h"
 #include "TovekSMService/modem/codec/AtReader.h"
@@ -112,6 +113,7 @@ private:
     void finish(AtAnswer::End end);
 
     void giveUpPrompt();
+    void leavePrompt();
     void startTry();
     void probe(const QByteArray &command);
     void onProbed(const AtResult &result);
@@ -122,6 +124,7 @@ private:
     SerialLine *m_line;
     const ModemTimings m_timings;
     AtReader m_reader;
+    AtTrace m_trace;
     Timer m_limit;
     Timer m_quiet;
 
