@@ -6,6 +6,7 @@
 #include "TovekSMService/modem/at/QtSerialPortLine.h"
 #include "TovekSMService/platform/EndSignals.h"
 #include "TovekSMService/platform/FileRights.h"
+#include "TovekSMService/store/EngineFolder.h"
 #include "TovekSMService/time/Clock.h"
 
 #include <QCoreApplication>
@@ -19,7 +20,7 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("TovekSMService"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
     const CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
-    EngineLog::install(commandLine.logLevel);
+    EngineLog::install(commandLine.logLevel, EngineFolder::logFile(EngineFolder::path()));
     if (commandLine.isQuery())
         return carryOut(commandLine);
 

@@ -18,8 +18,7 @@
 
 namespace {
 
-constexpr int pollInterval = 10;         // ms between two looks at the bus
-constexpr qint64 longestLog = 1'000'000; // bytes
+constexpr int pollInterval = 10; // ms between two looks at the bus
 
 [[noreturn]] void raiseCannotStart(const QString &reason)
 {
@@ -34,12 +33,8 @@ QString errorOutputFile()
     if (!QDir().mkpath(folder))
         return QProcess::nullDevice();
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    // Kept from start to start, for its owner alone; what is older than a megabyte goes.
+    // Kept from start to start, for its owner alone; the engine keeps it within its size.
     const QString file = folder + QStringLiteral("/engine.log");
-    if (QFileInfo(file).size() > longestLog) {
-        QFile::remove(file + QStringLiteral(".1"));
-        QFile::rename(file, file + QStringLiteral(".1"));
-    }
     QFile log(file);
     if (!log.open(QIODevice::Append))
         return QProcess::nullDevice();

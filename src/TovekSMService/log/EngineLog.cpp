@@ -2,11 +2,13 @@
 
 #include "TovekSMService/log/OneLine.h"
 #include "TovekSMService/platform/JournalStream.h"
+#include "TovekSMService/platform/LogOutput.h"
 
 #include <QDateTime>
 #include <QLoggingCategory>
 
 #include <cstdio>
+#include <mutex>
 
 namespace {
 
@@ -44,6 +46,9 @@ QString labelOf(const char *category)
 
 EngineLog::Level g_level = EngineLog::Level::Info;
 bool g_toJournal = false;
+/// Never destroyed: what is logged while the process ends has its place too.
+LogOutput *g_output = nullptr;
+std::mutex g_writing;
 
 void tell(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
@@ -54,11 +59,8 @@ void tell(QtMsgType type, const QMessageLogContext &context, const QString &mess
                              : EngineLog::plainLine(type, context.category, message,
                                                     QDateTime::currentDateTime().toString(
                                                         QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
-    const QByteArray bytes = line.toUtf8() + '\n';
-    // One write a line, so that lines of several threads don't mix. There is nobody to tell when
-    // standard error can't be written.
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
-    std::fflush(stderr);
+    const std::scoped_lock writing(g_writing);
+    g_output->write(line.toUtf8() + '\n');
 }
 
 } // namespace
@@ -96,9 +98,11 @@ QString EngineLog::plainLine(QtMsgType type, const char *category, const QString
            onOneLine(message);
 }
 
-void EngineLog::install(Level level)
+void EngineLog::install(Level level, const QString &file)
 {
     g_level = level;
+    if (!g_output)
+        g_output = new LogOutput(::fileno(stderr), file, maxFileSize);
     g_toJournal = standardErrorIsJournal();
     if (level == Level::Debug)
         QLoggingCategory::setFilterRules(QStringLiteral("engine.*.debug=true"));

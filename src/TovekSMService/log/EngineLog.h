@@ -27,7 +27,11 @@ QString journalLine(QtMsgType type, const char *category, const QString &message
 QString plainLine(QtMsgType type, const char *category, const QString &message,
                   const QString &time);
 
+/// The size in bytes at which the log file is set aside.
+constexpr qint64 maxFileSize = 10 * 1024 * 1024;
+
 /// Takes over everything that is logged from now on.
-void install(Level level);
+/// @param file  is kept within its size if standard error leads to it
+void install(Level level, const QString &file);
 
 } // namespace EngineLog

@@ -28,3 +28,8 @@ QString EngineFolder::lockFile(const QString &folder)
 {
     return folder + QStringLiteral("/engine.lock");
 }
+
+QString EngineFolder::logFile(const QString &folder)
+{
+    return folder + QStringLiteral("/engine.log");
+}

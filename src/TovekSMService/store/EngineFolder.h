@@ -13,5 +13,7 @@ QString make();
 
 QString storeFile(const QString &folder);
 QString lockFile(const QString &folder);
+/// Where a console that starts the engine leads its standard error.
+QString logFile(const QString &folder);
 
 } // namespace EngineFolder

@@ -3,6 +3,8 @@
 
 #include "TovekSMService/store/OtherConnection.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -110,6 +112,51 @@ TEST_F(EngineOutput, theLevelLeavesOutWhatIsLess)
     start();
     stop();
     EXPECT_EQ(log(), QString());
+}
+
+/// Runs the engine as a console starts it, with the log beside its store.
+class EngineLogFile : public EngineOutput
+{
+protected:
+    static constexpr qint64 maxSize = 10 * 1024 * 1024;
+    static QString logBesideStore() { return folder() + QStringLiteral("/engine.log"); }
+
+    void runWith(const QString &file, qint64 size)
+    {
+        ASSERT_TRUE(QDir().mkpath(folder()));
+        QFile log(file);
+        ASSERT_TRUE(log.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(log.resize(size));
+        m_engine.setStandardErrorFile(file, QIODevice::Append);
+        start();
+        stop();
+    }
+};
+
+TEST_F(EngineLogFile, isSetAsideByTheEngineBeforeItIsTooLarge)
+{
+    runWith(logBesideStore(), maxSize);
+    QFile file(logBesideStore());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    EXPECT_TRUE(text.contains("up, version") && text.contains("ends")) << text.toStdString();
+    EXPECT_LT(text.size(), 1000);
+    EXPECT_EQ(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    EXPECT_EQ(QFileInfo(logBesideStore() + QStringLiteral(".1")).size(), maxSize);
+}
+
+TEST_F(EngineLogFile, isGoneOnWithWhileItHasRoom)
+{
+    runWith(logBesideStore(), maxSize - 10'000);
+    EXPECT_GT(QFileInfo(logBesideStore()).size(), maxSize - 10'000);
+    EXPECT_FALSE(QFile::exists(logBesideStore() + QStringLiteral(".1")));
+}
+
+TEST_F(EngineLogFile, ofSomebodyElsesChoiceIsLeftToThem)
+{
+    runWith(logFile(), maxSize);
+    EXPECT_GT(QFileInfo(logFile()).size(), maxSize);
+    EXPECT_FALSE(QFile::exists(logFile() + QStringLiteral(".1")));
 }
 
 /// Runs the engine with a file as its standard error that JOURNAL_STREAM names, or doesn't.

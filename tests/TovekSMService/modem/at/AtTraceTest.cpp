@@ -158,6 +158,19 @@ TEST_F(Trace, showsNoPieceOfAPinThatComesBehindALateAnswer)
     expectNothingOf(piecesOf("47119", 1), QString());
 }
 
+TEST_F(Trace, showsNoPieceOfAPinThatComesBehindALateAnswerWhichNobodyCounts)
+{
+    m_line.answers.insert("AT", "\r\nOK\r\n");
+    m_line.answers.insert("AT+COPS?", "");
+    m_line.answers.insert("AT+CPIN=\"47119\"", "\r\nOK\r\n");
+    m_line.answers.insert("AT+CPIN?", "AT+CPIN=\"4\r\n711\r\n9\r\n\"\r\n\r\nOK\r\n");
+    run("AT+COPS?");
+    synchronise();
+    run("AT+CPIN=\"47119\""); // its OK is that of the first command
+    run("AT+CPIN?");
+    expectNothingOf(piecesOf("47119", 1), QString());
+}
+
 TEST_F(Trace, showsEverythingAgainWhenThePinHasBeenAnsweredFor)
 {
     m_line.answers.insert("AT+CPIN=\"47119\"", "\r\nOK\r\n");
