@@ -9,7 +9,9 @@
 
 #include <array>
 #include <csignal>
+
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -171,6 +173,21 @@ TEST_F(LogFile, losesNoLineBetweenProcessesThatWriteAtTheSameTime)
     EXPECT_EQ(all.count(line('a')), lines);
     EXPECT_EQ(all.count(line('b')), lines);
     EXPECT_EQ(all.size(), 2 * lines * 40);
+}
+
+TEST_F(LogFile, isLeftToTheProcessThatIsSettingItAside)
+{
+    m_output.write(line('a'));
+    m_output.write(line('b'));
+    const Handle other(m_file);
+    ASSERT_EQ(::flock(other.number(), LOCK_EX | LOCK_NB), 0);
+    m_output.write(line('c'));
+    EXPECT_EQ(log(), text(line('a') + line('b') + line('c')));
+    EXPECT_FALSE(QFile::exists(m_older));
+    ASSERT_EQ(::flock(other.number(), LOCK_UN), 0);
+    m_output.write(line('d'));
+    EXPECT_EQ(log(), text(line('d')));
+    EXPECT_EQ(older(), text(line('a') + line('b') + line('c')));
 }
 
 TEST_F(LogFile, isBegunAnewWhereSomebodyHasDeletedIt)
