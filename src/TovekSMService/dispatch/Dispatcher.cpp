@@ -15,23 +15,19 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
       m_timings(timings), m_settings(settings),
       m_encoder(relativeValidity(settings.validityPeriod), std::move(encode)),
-      m_runPace(timings.run), m_runFor(clock.time()), m_runLate(clock.time()),
-      m_settleAgain(clock.time()), m_wake(clock.time()), m_resetAgain(clock.time()),
+      m_outbox(store, timings, clock.time()), m_runPace(timings.run), m_runFor(clock.time()),
+      m_runLate(clock.time()), m_wake(clock.time()), m_resetAgain(clock.time()),
       m_openAgain(clock.time()), m_steady(clock.time()), m_conditionAgain(clock.time()),
-      m_testLimit(clock.time()), m_keepTested(clock.time()), m_storeTroubleFor(clock.time()),
-      m_storeLostFor(clock.time()), m_probeStore(clock.time()),
-      m_heardOutcomes(store, timings.storeAgainMs, clock.time()),
+      m_testLimit(clock.time()), m_keepTested(clock.time()),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
-    connect(&m_settleAgain, &Timer::timeout, this, [this] { trySettling(Following::Later); });
     connect(&m_runLate, &Timer::timeout, this, [this] {
         m_runPace.forget();
-        settle({});
+        commit({});
     });
     connect(&m_wake, &Timer::timeout, this, &Dispatcher::work);
     connect(&m_openAgain, &Timer::timeout, this, &Dispatcher::work);
     connect(&m_steady, &Timer::timeout, this, &Dispatcher::onSteady);
-    connect(&m_probeStore, &Timer::timeout, this, &Dispatcher::probeStore);
     connect(&m_conditionAgain, &Timer::timeout, this, [this] {
         m_conditionDue = true;
         work();
@@ -41,6 +37,19 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
         work(); // nobody waits for the device any more
     });
     connect(&m_keepTested, &Timer::timeout, this, &Dispatcher::work);
+
+    connect(&m_outbox, &Outbox::queueChanged, this, &Dispatcher::queueChanged);
+    connect(&m_outbox, &Outbox::sent, this, &Dispatcher::sent);
+    connect(&m_outbox, &Outbox::sendingFailed, this, &Dispatcher::sendingFailed);
+    connect(&m_outbox, &Outbox::warning, this, &Dispatcher::warning);
+    connect(&m_outbox, &Outbox::reportRaised, this, &Dispatcher::reportRaised);
+    connect(&m_outbox, &Outbox::warningHandled, this, &Dispatcher::warningHandled);
+    connect(&m_outbox, &Outbox::warned, this, &Dispatcher::warned);
+    // What doesn't follow in the same commit begins from the event loop, so that a long queue is no
+    // deep recursion and calls from outside get their turn.
+    connect(&m_outbox, &Outbox::committed, this, &Dispatcher::work, Qt::QueuedConnection);
+    connect(&m_outbox.storeMonitor(), &StoreMonitor::lost, this, &Dispatcher::storeLost);
+    connect(&m_outbox.storeMonitor(), &StoreMonitor::writable, this, &Dispatcher::work);
 
     connect(&modem, &Modem::ready, this, &Dispatcher::onReady);
     connect(&modem, &Modem::failed, this, &Dispatcher::onFailed);
@@ -83,17 +92,18 @@ void Dispatcher::reportInterrupted()
         QList<qint64> outcomes;
     };
     const auto report = std::make_shared<Report>();
-    settle(
-        {[this, report] {
-             *report = {m_store.interrupted(), {}};
-             for (const StoredMessage &message : report->messages)
-                 report->outcomes << m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt,
-                                                    m_clock.wallClockText(), false);
-         },
-         [this, report] {
-             for (qsizetype i = 0; i < report->messages.size(); ++i)
-                 tellFailure(report->messages.at(i), report->outcomes.at(i), ErrorCode::NoRespond);
-         }});
+    commit({[this, report] {
+                *report = {m_store.interrupted(), {}};
+                for (const StoredMessage &message : report->messages)
+                    report->outcomes
+                        << m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt,
+                                          m_clock.wallClockText(), false);
+            },
+            [this, report] {
+                for (qsizetype i = 0; i < report->messages.size(); ++i)
+                    m_outbox.reportFailed(report->messages.at(i), report->outcomes.at(i),
+                                          ErrorCode::NoRespond);
+            }});
 }
 
 void Dispatcher::start()
@@ -157,14 +167,6 @@ void Dispatcher::warnTooLate()
                         "queue"));
 }
 
-void Dispatcher::noteHandled(qint64 report)
-{
-    if (report > 0)
-        m_heardOutcomes.add(report);
-    else if (const std::optional<Warning> handled = m_warnings.remove(report))
-        Q_EMIT warningHandled(handled->code, handled->text);
-}
-
 void Dispatcher::finish()
 {
     m_finishing = true;
@@ -183,11 +185,11 @@ void Dispatcher::work()
     if (m_modem.awaitsPinOutcome())
         return;
     if (m_finishing) {
-        if (!m_unsettled)
+        if (m_outbox.isEmpty())
             leaveAll();
         return;
     }
-    if (!m_running && m_release && !m_unsettled)
+    if (!m_running && m_release && m_outbox.isEmpty())
         releaseMessages();
     // A test on its way is not cut off by new settings.
     if (m_modem.state() != Modem::State::Busy && std::exchange(m_applySettings, false)) {
@@ -233,84 +235,13 @@ void Dispatcher::releaseMessages()
     }
 }
 
-QString Dispatcher::doubtOf(const QString &phone)
-{
-    return QStringLiteral("no answer for the message to %1; it may have been delivered").arg(phone);
-}
-
-/// A failure that nobody acknowledges is kept for the next listener, and its warning comes along.
-void Dispatcher::tellFailure(const StoredMessage &message, qint64 outcome, qint32 code)
-{
-    if (m_heard)
-        Q_EMIT sendingFailed(message.phone, message.text, code);
-    if (code == ErrorCode::NoRespond) {
-        const QString text = doubtOf(message.phone);
-        qWarning().noquote() << "warning" << code << text;
-        Q_EMIT warned(code, text);
-        if (m_heard)
-            Q_EMIT warning(code, text);
-    }
-    if (m_heard)
-        Q_EMIT reportRaised(outcome);
-    Q_EMIT queueChanged();
-}
-
-void Dispatcher::noticeStoreFailure(const StoreFailure &failure)
-{
-    if (m_storeTrouble.isEmpty())
-        m_storeTroubleFor.start();
-    m_storeTrouble = failure.text();
-    if (!m_probeStore.isActive())
-        m_probeStore.start(m_timings.storeAgainMs);
-    if (failure.kind() == StoreFailure::Kind::Corrupt &&
-        (!m_storeLostFor.isValid() || m_storeLostFor.hasExpired(m_timings.storeTroubleMs))) {
-        m_storeLostFor.start();
-        Q_EMIT storeLost(true);
-    }
-}
-
-/// Whether the trouble is over shows only in writing.
-void Dispatcher::probeStore()
-{
-    try {
-        m_store.probe();
-        qInfo() << "the store can be written again";
-        m_storeTrouble.clear();
-        endStoreTrouble();
-        m_storeLostFor.invalidate();
-        work();
-        return;
-    } catch (const StoreFailure &failure) {
-        noticeStoreFailure(failure);
-        if (m_storeTroubleFor.hasExpired(m_timings.storeTroubleMs) &&
-            m_store.access() == Store::Access::Whole) {
-            if (m_toldStoreTrouble.isEmpty())
-                warnOfStore(failure.text());
-            // A file that was taken away and brought back is another one than that which is open.
-            if (failure.kind() != StoreFailure::Kind::Busy &&
-                (!m_storeLostFor.isValid() ||
-                 m_storeLostFor.hasExpired(m_timings.storeTroubleMs))) {
-                m_storeLostFor.start();
-                Q_EMIT storeLost(false);
-            }
-        }
-    }
-    m_probeStore.start(m_timings.storeAgainMs);
-}
-
-void Dispatcher::warnOfStore(const QString &reason)
-{
-    m_toldStoreTrouble = QStringLiteral("the store can't be used: ") + reason;
-    warn(ErrorCode::MapFile, m_toldStoreTrouble);
-}
-
 QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
 {
     QList<Warning> troubles;
     if (m_running && m_deviceTrouble.code != 0)
         troubles.append(m_deviceTrouble);
-    if (!m_toldStoreTrouble.isEmpty())
-        troubles.append({ErrorCode::MapFile, m_toldStoreTrouble});
+    if (const QString fault = m_outbox.storeMonitor().fault(); !fault.isEmpty())
+        troubles.append({ErrorCode::MapFile, fault});
     return troubles;
 }
 
@@ -327,16 +258,4 @@ void Dispatcher::storeReplaced()
         Q_EMIT statusChanged(status());
     Q_EMIT queueChanged();
     work();
-}
-
-void Dispatcher::warn(qint32 code, const QString &text)
-{
-    qWarning().noquote() << "warning" << code << text;
-    Q_EMIT warned(code, text);
-    const qint64 report = m_warnings.add({code, text});
-    if (!m_heard)
-        return;
-    Q_EMIT warning(code, text);
-    if (report != 0)
-        Q_EMIT reportRaised(report);
 }

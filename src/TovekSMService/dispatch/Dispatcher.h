@@ -2,13 +2,12 @@
 
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/dispatch/EngineSettings.h"
-#include "TovekSMService/dispatch/HeardOutcomes.h"
+#include "TovekSMService/dispatch/Outbox.h"
 #include "TovekSMService/dispatch/OutcomePruner.h"
 #include "TovekSMService/dispatch/PartEncoder.h"
 #include "TovekSMService/dispatch/RetryPolicy.h"
 #include "TovekSMService/dispatch/RunPace.h"
 #include "TovekSMService/dispatch/SendingRun.h"
-#include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
 #include "TovekSMService/modem/device/Modem.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
@@ -35,7 +34,7 @@ class Dispatcher : public QObject
     Q_OBJECT
 
 public:
-    using Warning = UnacknowledgedWarnings::Warning;
+    using Warning = Outbox::Warning;
     using TestAnswer = std::function<void(qint32)>;
 
     /// @param store, modem, clock  must outlive this object
@@ -68,28 +67,31 @@ public:
     /// Tells that an edit or a deletion came after its message had begun to be sent.
     void warnTooLate();
     /// Raises a warning where someone listens, and keeps it until it is acknowledged.
-    void warn(qint32 code, const QString &text);
+    void warn(qint32 code, const QString &text) { m_outbox.warn(code, text); }
     /// The words of the warning for a message that may have been delivered.
-    static QString doubtOf(const QString &phone);
+    static QString doubtOf(const QString &phone) { return Outbox::doubtOf(phone); }
 
     /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
     /// not raised.
-    void setHeard(bool heard) { m_heard = heard; }
-    const HeardOutcomes &heardOutcomes() const { return m_heardOutcomes; }
-    const UnacknowledgedWarnings &unacknowledgedWarnings() const { return m_warnings; }
+    void setHeard(bool heard) { m_outbox.setHeard(heard); }
+    const HeardOutcomes &heardOutcomes() const { return m_outbox.heardOutcomes(); }
+    const UnacknowledgedWarnings &unacknowledgedWarnings() const
+    {
+        return m_outbox.unacknowledgedWarnings();
+    }
     /// The failure or the warning of that number has been handled: it is not told again.
-    void noteHandled(qint64 report);
+    void noteHandled(qint64 report) { m_outbox.noteHandled(report); }
     /// What keeps the started engine from its work at present, as it was warned of.
     QList<Warning> standingTroubles() const;
 
     /// Whoever meets a failure of the store tells it here. One that lasts is told, and `storeLost`
     /// asks for the store to be opened anew.
-    void noticeStoreFailure(const StoreFailure &failure);
+    void noticeStoreFailure(const StoreFailure &failure) { m_outbox.noteStoreFailure(failure); }
     /// Warns of a store that can't be used. The trouble stands until endStoreTrouble().
-    void warnOfStore(const QString &reason);
-    void endStoreTrouble() { m_toldStoreTrouble.clear(); }
+    void warnOfStore(const QString &reason) { m_outbox.storeMonitor().warn(reason); }
+    void endStoreTrouble() { m_outbox.storeMonitor().endFault(); }
     /// What keeps the store from being written at present; empty for nothing.
-    QString storeTrouble() const { return m_storeTrouble; }
+    QString storeTrouble() const { return m_outbox.storeMonitor().failure(); }
     /// A new store stands in the place of the one so far: the engine is stopped, with no device
     /// set.
     void storeReplaced();
@@ -122,20 +124,6 @@ Q_SIGNALS:
     void finished();
 
 private:
-    /// What must be on disk before anything else begins, and what is told when it is.
-    struct Step
-    {
-        std::function<void()> keep; ///< may be empty
-        std::function<void()> tell; ///< may be empty
-
-        Step then(const Step &next) const;
-    };
-    /// How the next part begins behind a step.
-    enum class Following {
-        SameCommit, ///< at once, if one is due: its note is on disk with the step, or neither is
-        Later,
-    };
-
     // The device
     void useDevice();
     void leaveAll();
@@ -186,13 +174,10 @@ private:
     void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
     bool tryAgain(const StoredMessage &message);
     void failMessage(const StoredMessage &message, qint32 code);
-    void tellFailure(const StoredMessage &message, qint64 outcome, qint32 code);
     bool mayBeInterrupted() const;
     void reportInterrupted();
-    Step stepOf(const SendingRun &run);
-    void settle(const Step &step);
-    void trySettling(Following following);
-    void probeStore();
+    Outbox::Entry entryOf(const SendingRun &run);
+    void commit(const Outbox::Entry &entry);
 
     Store &m_store;
     Modem &m_modem;
@@ -201,9 +186,9 @@ private:
     const DispatcherTimings m_timings;
     const EngineSettings m_settings;
     PartEncoder m_encoder;
+    Outbox m_outbox;
 
     bool m_running = false;
-    bool m_heard = false;
     bool m_finishing = false;
     std::optional<DeviceSettings> m_inForce; ///< as of the last start or applySettings()
     bool m_applySettings = false;
@@ -215,12 +200,10 @@ private:
     RunPace m_runPace;
     int m_runLength = 0;
     Stopwatch m_runFor;
-    Timer m_runLate;                 ///< runs until the rest of a run is to wait again
-    qint64 m_unfinished = 0;         ///< the message of which the last part sent was not the last
-    std::optional<Step> m_unsettled; ///< an outcome that isn't on disk yet
+    Timer m_runLate;         ///< runs until the rest of a run is to wait again
+    qint64 m_unfinished = 0; ///< the message of which the last part sent was not the last
     /// Messages that the device refused, and whether it has taken another one since.
     QHash<qint64, bool> m_refused;
-    Timer m_settleAgain;
     Timer m_wake; ///< runs until the first message may be due
 
     int m_deviceFailures = 0;   ///< in a row
@@ -243,13 +226,6 @@ private:
     Timer m_keepTested;
 
     std::optional<DeviceDetails> m_knownDevice;
-    QString m_storeTrouble;
-    QString m_toldStoreTrouble; ///< that was warned of; empty for none
-    Stopwatch m_storeTroubleFor;
-    Stopwatch m_storeLostFor; ///< since it was asked for to be opened anew
-    Timer m_probeStore;
 
-    UnacknowledgedWarnings m_warnings;
-    HeardOutcomes m_heardOutcomes;
     OutcomePruner m_pruner;
 };

@@ -33,7 +33,7 @@ void Dispatcher::useDevice()
         closeDevice();
     else if (m_conditionDue)
         m_modem.refreshDetails();
-    else if (!m_unsettled)
+    else if (m_outbox.isEmpty())
         sendFirst();
 }
 

@@ -188,7 +188,7 @@ void Dispatcher::onPartAccepted(int reference)
     endTrouble();
     if (partsSent < current.parts.size()) {
         m_unfinished = message.id;
-        settle({[this, id = message.id, partsSent] { m_store.endPart(id, partsSent); }, {}});
+        commit({[this, id = message.id, partsSent] { m_store.endPart(id, partsSent); }, {}});
         return;
     }
     m_unfinished = 0;
@@ -199,7 +199,7 @@ void Dispatcher::onPartAccepted(int reference)
     }
     if (!m_run.hasNext())
         m_runPace.noteTaken(m_runLength, m_runFor.nsecsElapsed());
-    settle({});
+    commit({});
 }
 
 void Dispatcher::onPartFailed(const SendFailure &failure)
@@ -244,7 +244,7 @@ void Dispatcher::giveUpDevice(const LeavingMessage &current, const SendFailure &
     const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen();
     if (makesWay)
         m_refused.insert(message.id, false);
-    settle({[this, message, makesWay, begunAt = current.begunAt] {
+    commit({[this, message, makesWay, begunAt = current.begunAt] {
                 if (makesWay)
                     m_store.postpone(message.id, message.attempts,
                                      m_clock.wallClockText(m_retries.messageDelay(1)));
@@ -267,7 +267,7 @@ bool Dispatcher::tryAgain(const StoredMessage &message)
     const qint64 delay = m_retries.messageDelay(attempts);
     if (isTooLate(message, m_clock.wallClockText(delay)))
         return false;
-    settle({[this, id = message.id, attempts, delay] {
+    commit({[this, id = message.id, attempts, delay] {
                 m_store.postpone(id, attempts, m_clock.wallClockText(delay));
             },
             [this] { Q_EMIT queueChanged(); }});
@@ -278,72 +278,31 @@ void Dispatcher::failMessage(const StoredMessage &message, qint32 code)
 {
     m_refused.remove(message.id);
     const auto outcome = std::make_shared<qint64>(0);
-    settle({[this, id = message.id, code, outcome] {
+    commit({[this, id = message.id, code, outcome] {
                 *outcome = m_store.finish(id, code, std::nullopt, m_clock.wallClockText(), false);
             },
-            [this, message, code, outcome] { tellFailure(message, *outcome, code); }});
+            [this, message, code, outcome] { m_outbox.reportFailed(message, *outcome, code); }});
 }
 
-/// This step and the next one as one.
-Dispatcher::Step Dispatcher::Step::then(const Step &next) const
-{
-    const auto inTurn = [](const std::function<void()> &one, const std::function<void()> &other) {
-        return [one, other] {
-            if (one)
-                one();
-            if (other)
-                other();
-        };
-    };
-    return {inTurn(keep, next.keep), inTurn(tell, next.tell)};
-}
-
-Dispatcher::Step Dispatcher::stepOf(const SendingRun &run)
+Outbox::Entry Dispatcher::entryOf(const SendingRun &run)
 {
     return {[this, run] { run.keep(m_store); },
             [this, taken = run.taken()] {
                 auto others = m_store.size() + static_cast<int>(taken.size());
-                for (const SendingRun::Taken &each : taken) {
-                    --others;
-                    if (m_heard)
-                        Q_EMIT sent(each.message.phone, each.message.text, others);
-                    Q_EMIT queueChanged();
-                }
+                for (const SendingRun::Taken &each : taken)
+                    m_outbox.reportSent(each.message, --others);
             }};
 }
 
-/// What waits for the store already, and what the run leaves behind, go first.
-void Dispatcher::settle(const Step &step)
+/// What the run leaves behind goes first.
+void Dispatcher::commit(const Outbox::Entry &entry)
 {
     m_runLate.stop();
     const SendingRun run = std::exchange(m_run, {});
-    m_unsettled = m_unsettled.value_or(Step()).then(stepOf(run)).then(step);
-    trySettling(Following::SameCommit);
-}
-
-void Dispatcher::trySettling(Following following)
-{
-    const Step step = *m_unsettled;
     QList<LeavingMessage> next;
-    try {
-        m_store.together([&] {
-            step.keep();
-            if (following == Following::SameCommit)
-                next = beginFollowing();
-        });
-    } catch (const StoreFailure &failure) {
-        qWarning() << "an outcome waits for the store:" << failure.text();
-        noticeStoreFailure(failure);
-        m_settleAgain.start(m_timings.storeAgainMs);
-        return;
-    }
-    m_unsettled.reset();
-    m_settleAgain.stop();
-    if (!next.isEmpty())
-        startRun(next);
-    step.tell();
-    // What doesn't follow in the same commit begins from the event loop, so that a long queue is no
-    // deep recursion and calls from outside get their turn.
-    if (next.isEmpty())
-        QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
+    m_outbox.commit(entryOf(run).then(entry), {[&] {
+                                                   next = beginFollowing();
+                                                   return !next.isEmpty();
+                                               },
+                                               [&] { startRun(next); }});
 }

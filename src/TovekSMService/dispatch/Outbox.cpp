@@ -1,0 +1,107 @@
+#include "TovekSMService/dispatch/Outbox.h"
+
+#include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/store/Store.h"
+#include "contract/ErrorCodes.h"
+
+#include <QDebug>
+
+Outbox::Entry Outbox::Entry::then(const Entry &next) const
+{
+    const auto inTurn = [](const std::function<void()> &one, const std::function<void()> &other) {
+        return [one, other] {
+            if (one)
+                one();
+            if (other)
+                other();
+        };
+    };
+    return {inTurn(write, next.write), inTurn(report, next.report)};
+}
+
+Outbox::Outbox(Store &store, const DispatcherTimings &timings, TimeSource &time)
+    : m_store(store), m_retryMs(timings.storeAgainMs), m_retry(time),
+      m_heardOutcomes(store, timings.storeAgainMs, time), m_storeMonitor(store, timings, time)
+{
+    connect(&m_retry, &Timer::timeout, this, [this] { flush({}); });
+    connect(&m_storeMonitor, &StoreMonitor::warning, this,
+            [this](const QString &text) { warn(ErrorCode::MapFile, text); });
+}
+
+void Outbox::commit(const Entry &entry, const FollowUp &next)
+{
+    m_pending = m_pending.value_or(Entry()).then(entry);
+    flush(next);
+}
+
+void Outbox::flush(const FollowUp &next)
+{
+    const Entry entry = *m_pending;
+    bool isFollowed = false;
+    try {
+        m_store.together([&] {
+            entry.write();
+            isFollowed = next.begin && next.begin();
+        });
+    } catch (const StoreFailure &failure) {
+        qWarning() << "an outcome waits for the store:" << failure.text();
+        noteStoreFailure(failure);
+        m_retry.start(m_retryMs);
+        return;
+    }
+    m_pending.reset();
+    m_retry.stop();
+    if (isFollowed)
+        next.start();
+    entry.report();
+    if (!isFollowed)
+        Q_EMIT committed();
+}
+
+void Outbox::warn(qint32 code, const QString &text)
+{
+    qWarning().noquote() << "warning" << code << text;
+    Q_EMIT warned(code, text);
+    const qint64 report = m_warnings.add({code, text});
+    if (!m_heard)
+        return;
+    Q_EMIT warning(code, text);
+    if (report != 0)
+        Q_EMIT reportRaised(report);
+}
+
+void Outbox::reportSent(const StoredMessage &message, int others)
+{
+    if (m_heard)
+        Q_EMIT sent(message.phone, message.text, others);
+    Q_EMIT queueChanged();
+}
+
+void Outbox::reportFailed(const StoredMessage &message, qint64 outcome, qint32 code)
+{
+    if (m_heard)
+        Q_EMIT sendingFailed(message.phone, message.text, code);
+    if (code == ErrorCode::NoRespond) {
+        const QString text = doubtOf(message.phone);
+        qWarning().noquote() << "warning" << code << text;
+        Q_EMIT warned(code, text);
+        if (m_heard)
+            Q_EMIT warning(code, text);
+    }
+    if (m_heard)
+        Q_EMIT reportRaised(outcome);
+    Q_EMIT queueChanged();
+}
+
+QString Outbox::doubtOf(const QString &phone)
+{
+    return QStringLiteral("no answer for the message to %1; it may have been delivered").arg(phone);
+}
+
+void Outbox::noteHandled(qint64 report)
+{
+    if (report > 0)
+        m_heardOutcomes.add(report);
+    else if (const std::optional<Warning> handled = m_warnings.remove(report))
+        Q_EMIT warningHandled(handled->code, handled->text);
+}

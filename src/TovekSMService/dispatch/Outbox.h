@@ -1,0 +1,100 @@
+#pragma once
+
+#include "TovekSMService/dispatch/HeardOutcomes.h"
+#include "TovekSMService/dispatch/StoreMonitor.h"
+#include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
+#include "TovekSMService/time/Timer.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+struct DispatcherTimings;
+class Store;
+struct StoredMessage;
+
+/// Decides how an outcome reaches the store and the world: it is committed, and retried until it
+/// is, and reported only then. Failures and warnings are kept until a console acknowledges them.
+class Outbox : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Warning = UnacknowledgedWarnings::Warning;
+
+    /// What must be on disk before anything else begins, and what is reported when it is.
+    struct Entry
+    {
+        std::function<void()> write;  ///< may be empty; throws StoreFailure
+        std::function<void()> report; ///< may be empty
+
+        /// This entry and the next one as one.
+        Entry then(const Entry &next) const;
+    };
+    /// What begins in the same commit as an entry: both are on disk, or neither.
+    struct FollowUp
+    {
+        /// Runs in the transaction. Gives whether something begins; throws StoreFailure.
+        std::function<bool()> begin;
+        std::function<void()> start; ///< runs behind the commit, before the reports
+    };
+
+    /// @param store, time  must outlive this object
+    Outbox(Store &store, const DispatcherTimings &timings, TimeSource &time);
+
+    /// Commits the entry behind what waits for the store already. Where the store fails, both are
+    /// retried, and nothing follows in their commit.
+    void commit(const Entry &entry, const FollowUp &next);
+    /// Whether every outcome is on disk.
+    bool isEmpty() const { return !m_pending; }
+
+    /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
+    /// not raised.
+    void setHeard(bool heard) { m_heard = heard; }
+    /// Raises a warning where someone listens, and keeps it until it is acknowledged.
+    void warn(qint32 code, const QString &text);
+    /// @param others  messages that are still in the queue
+    void reportSent(const StoredMessage &message, int others);
+    /// A failure that nobody acknowledges is kept for the next listener, with its warning.
+    void reportFailed(const StoredMessage &message, qint64 outcome, qint32 code);
+    void reportQueueChange() { Q_EMIT queueChanged(); }
+    /// The words of the warning for a message that may have been delivered.
+    static QString doubtOf(const QString &phone);
+
+    /// The failure or the warning of that number has been handled: it is not reported again.
+    void noteHandled(qint64 report);
+    const HeardOutcomes &heardOutcomes() const { return m_heardOutcomes; }
+    const UnacknowledgedWarnings &unacknowledgedWarnings() const { return m_warnings; }
+
+    /// Whoever meets a failure of the store reports it here.
+    void noteStoreFailure(const StoreFailure &failure) { m_storeMonitor.noteFailure(failure); }
+    StoreMonitor &storeMonitor() { return m_storeMonitor; }
+    const StoreMonitor &storeMonitor() const { return m_storeMonitor; }
+
+Q_SIGNALS:
+    void queueChanged();
+    void sent(const QString &phone, const QString &text, int queueCount);
+    void sendingFailed(const QString &phone, const QString &text, int code);
+    void warning(int code, const QString &text);
+    /// Follows sendingFailed, with the warning that may belong to it, and every other warning: the
+    /// number that noteHandled() takes. That of a failure is its outcome's id.
+    void reportRaised(qint64 report);
+    void warningHandled(int code, const QString &text);
+    /// Comes with every warning, whether someone listens or not.
+    void warned(int code, const QString &text);
+    /// An entry is on disk, and nothing followed in its commit.
+    void committed();
+
+private:
+    void flush(const FollowUp &next);
+
+    Store &m_store;
+    const int m_retryMs;
+    bool m_heard = false;
+    std::optional<Entry> m_pending; ///< not on disk yet
+    Timer m_retry;
+    UnacknowledgedWarnings m_warnings;
+    HeardOutcomes m_heardOutcomes;
+    StoreMonitor m_storeMonitor;
+};

@@ -1,0 +1,65 @@
+#include "TovekSMService/dispatch/StoreMonitor.h"
+
+#include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/store/Store.h"
+
+#include <QDebug>
+
+StoreMonitor::StoreMonitor(Store &store, const DispatcherTimings &timings, TimeSource &time)
+    : m_store(store), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeTroubleMs),
+      m_failingFor(time), m_lostFor(time), m_probe(time)
+{
+    connect(&m_probe, &Timer::timeout, this, &StoreMonitor::probe);
+}
+
+void StoreMonitor::noteFailure(const StoreFailure &failure)
+{
+    if (m_failure.isEmpty())
+        m_failingFor.start();
+    m_failure = failure.text();
+    if (!m_probe.isActive())
+        m_probe.start(m_retryMs);
+    if (failure.kind() == StoreFailure::Kind::Corrupt && mayReportLoss())
+        reportLoss(true);
+}
+
+bool StoreMonitor::mayReportLoss() const
+{
+    return !m_lostFor.isValid() || m_lostFor.hasExpired(m_lastingMs);
+}
+
+void StoreMonitor::reportLoss(bool damaged)
+{
+    m_lostFor.start();
+    Q_EMIT lost(damaged);
+}
+
+/// Only a write shows whether the failure is over.
+void StoreMonitor::probe()
+{
+    try {
+        m_store.probe();
+        qInfo() << "the store can be written again";
+        m_failure.clear();
+        endFault();
+        m_lostFor.invalidate();
+        Q_EMIT writable();
+        return;
+    } catch (const StoreFailure &failure) {
+        noteFailure(failure);
+        if (m_failingFor.hasExpired(m_lastingMs) && m_store.access() == Store::Access::Whole) {
+            if (m_fault.isEmpty())
+                warn(failure.text());
+            // A file that was taken away and brought back is another one than that which is open.
+            if (failure.kind() != StoreFailure::Kind::Busy && mayReportLoss())
+                reportLoss(false);
+        }
+    }
+    m_probe.start(m_retryMs);
+}
+
+void StoreMonitor::warn(const QString &reason)
+{
+    m_fault = QStringLiteral("the store can't be used: ") + reason;
+    Q_EMIT warning(m_fault);
+}
