@@ -15,10 +15,9 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
       m_timings(timings), m_settings(settings),
       m_encoder(relativeValidity(settings.validityPeriod), std::move(encode)),
-      m_outbox(store, timings, clock.time()), m_runPace(timings.run), m_runFor(clock.time()),
-      m_runLate(clock.time()), m_wake(clock.time()), m_resetAgain(clock.time()),
-      m_openAgain(clock.time()), m_steady(clock.time()), m_conditionAgain(clock.time()),
-      m_testLimit(clock.time()), m_keepTested(clock.time()),
+      m_outbox(store, timings, clock.time()),
+      m_device(store, modem, clock, m_outbox, m_state, retries, timings, settings),
+      m_runPace(timings.run), m_runFor(clock.time()), m_runLate(clock.time()), m_wake(clock.time()),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
     connect(&m_runLate, &Timer::timeout, this, [this] {
@@ -26,17 +25,16 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
         commit({});
     });
     connect(&m_wake, &Timer::timeout, this, &Dispatcher::work);
-    connect(&m_openAgain, &Timer::timeout, this, &Dispatcher::work);
-    connect(&m_steady, &Timer::timeout, this, &Dispatcher::onSteady);
-    connect(&m_conditionAgain, &Timer::timeout, this, [this] {
-        m_conditionDue = true;
-        work();
+
+    connect(&m_device, &DeviceKeeper::deviceInfo, this, &Dispatcher::deviceInfo);
+    connect(&m_device, &DeviceKeeper::changed, this, &Dispatcher::work);
+    connect(&m_device, &DeviceKeeper::steady, this, [this] {
+        // What becomes of the part in progress belongs to the fault.
+        if (m_current)
+            m_device.awaitSteadiness();
+        else
+            m_device.endFault();
     });
-    connect(&m_testLimit, &Timer::timeout, this, [this] {
-        failTests(ErrorCode::NoRespond, QStringLiteral("the test took too long"));
-        work(); // nobody waits for the device any more
-    });
-    connect(&m_keepTested, &Timer::timeout, this, &Dispatcher::work);
 
     connect(&m_outbox, &Outbox::queueChanged, this, &Dispatcher::queueChanged);
     connect(&m_outbox, &Outbox::sent, this, &Dispatcher::sent);
@@ -51,12 +49,6 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(&m_outbox.storeMonitor(), &StoreMonitor::lost, this, &Dispatcher::storeLost);
     connect(&m_outbox.storeMonitor(), &StoreMonitor::writable, this, &Dispatcher::work);
 
-    connect(&modem, &Modem::ready, this, &Dispatcher::onReady);
-    connect(&modem, &Modem::failed, this, &Dispatcher::onFailed);
-    connect(&modem, &Modem::pinSettled, this, &Dispatcher::work);
-    connect(&modem, &Modem::functionalityReset, this, &Dispatcher::noteReset);
-    connect(&modem, &Modem::detailsChanged, this, &Dispatcher::onCondition);
-    connect(&modem, &Modem::tested, this, &Dispatcher::onTested);
     connect(&modem, &Modem::partAccepted, this, &Dispatcher::onPartAccepted);
     connect(&modem, &Modem::partFailed, this, &Dispatcher::onPartFailed);
 }
@@ -64,10 +56,10 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
 void Dispatcher::resume()
 {
     const bool run = m_store.isToRun();
-    recallReset();
-    m_running = run;
-    m_release = !m_running;
-    if (m_running)
+    m_device.recallReset();
+    m_state.running = run;
+    m_release = !m_state.running;
+    if (m_state.running)
         Q_EMIT statusChanged(status());
     if (mayBeInterrupted())
         reportInterrupted();
@@ -109,45 +101,39 @@ void Dispatcher::reportInterrupted()
 void Dispatcher::start()
 {
     const DeviceSettings settings = m_store.deviceSettings();
-    if (m_running && m_inForce == settings)
+    if (m_state.running && m_device.isInForce(settings))
         return;
     m_store.together([this] {
         m_store.setToRun(true);
         m_store.holdPartlySent();
     });
-    m_applySettings = m_applySettings || (m_inForce && *m_inForce != settings);
-    m_inForce = settings;
-    m_running = true;
-    endTrouble();
+    m_device.putInForce(settings, DeviceKeeper::Reopening::IfChanged);
+    m_state.running = true;
     Q_EMIT statusChanged(status());
     work();
 }
 
 void Dispatcher::stop()
 {
-    if (!m_running)
+    if (!m_state.running)
         return;
     m_store.setToRun(false);
-    m_running = false;
+    m_state.running = false;
     m_release = true;
-    m_keepTested.stop();
+    m_device.releaseTested();
     Q_EMIT statusChanged(status());
     work();
 }
 
 void Dispatcher::applySettings()
 {
-    m_inForce = m_store.deviceSettings();
-    m_applySettings = true;
-    endTrouble();
+    m_device.putInForce(m_store.deviceSettings(), DeviceKeeper::Reopening::Always);
     work();
 }
 
 void Dispatcher::testDevice(TestAnswer answer)
 {
-    m_tests.append(std::move(answer));
-    if (!m_testLimit.isActive())
-        m_testLimit.start(m_timings.testAnswerMs);
+    m_device.test(std::move(answer));
     work();
 }
 
@@ -169,7 +155,7 @@ void Dispatcher::warnTooLate()
 
 void Dispatcher::finish()
 {
-    m_finishing = true;
+    m_state.finishing = true;
     work();
 }
 
@@ -180,45 +166,22 @@ void Dispatcher::work()
     m_working = true;
     const auto leave = qScopeGuard([this] { m_working = false; });
 
-    // Closed now, the device's word about its PIN would never be heard, and the PIN stay on record
-    // as one that must not be tried again.
-    if (m_modem.awaitsPinOutcome())
+    if (!m_device.mayClose())
         return;
-    if (m_finishing) {
+    if (m_state.finishing) {
         if (m_outbox.isEmpty())
             leaveAll();
         return;
     }
-    if (!m_running && m_release && m_outbox.isEmpty())
+    if (!m_state.running && m_release && m_outbox.isEmpty())
         releaseMessages();
-    // A test on its way is not cut off by new settings.
-    if (m_modem.state() != Modem::State::Busy && std::exchange(m_applySettings, false)) {
-        m_knownDevice.reset();
-        closeDevice();
-    }
-
-    switch (m_modem.state()) {
-    case Modem::State::Opening:
-    case Modem::State::Initialising:
-        if (!m_running && m_tests.isEmpty())
-            closeDevice();
-        return;
-    case Modem::State::Busy:
-        return;
-    case Modem::State::Closed:
-        if (mayOpen())
-            openDevice();
-        return;
-    case Modem::State::Ready:
-        useDevice();
-        return;
-    }
+    if (m_device.keep() && m_outbox.isEmpty())
+        sendFirst();
 }
 
 void Dispatcher::leaveAll()
 {
-    closeDevice();
-    failTests(ErrorCode::PortClosed, QStringLiteral("the engine is ending"));
+    m_device.shutDown();
     Q_EMIT finished();
 }
 
@@ -238,8 +201,8 @@ void Dispatcher::releaseMessages()
 QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
 {
     QList<Warning> troubles;
-    if (m_running && m_deviceTrouble.code != 0)
-        troubles.append(m_deviceTrouble);
+    if (m_state.running && m_device.fault().code != 0)
+        troubles.append(m_device.fault());
     if (const QString fault = m_outbox.storeMonitor().fault(); !fault.isEmpty())
         troubles.append({ErrorCode::MapFile, fault});
     return troubles;
@@ -247,14 +210,11 @@ QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
 
 void Dispatcher::storeReplaced()
 {
-    m_inForce.reset();
-    m_knownDevice.reset();
+    m_device.forgetSettings();
     m_refused.clear();
     m_unfinished = 0;
     m_release = false;
-    m_applySettings = true;
-    endTrouble();
-    if (std::exchange(m_running, false))
+    if (std::exchange(m_state.running, false))
         Q_EMIT statusChanged(status());
     Q_EMIT queueChanged();
     work();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/dispatch/DeviceKeeper.h"
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/dispatch/EngineSettings.h"
 #include "TovekSMService/dispatch/Outbox.h"
@@ -7,11 +8,11 @@
 #include "TovekSMService/dispatch/PartEncoder.h"
 #include "TovekSMService/dispatch/RetryPolicy.h"
 #include "TovekSMService/dispatch/RunPace.h"
+#include "TovekSMService/dispatch/RunState.h"
 #include "TovekSMService/dispatch/SendingRun.h"
 #include "TovekSMService/modem/device/Modem.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
-#include "TovekSMService/time/Deadline.h"
 #include "TovekSMService/time/Stopwatch.h"
 #include "TovekSMService/time/Timer.h"
 
@@ -35,7 +36,7 @@ class Dispatcher : public QObject
 
 public:
     using Warning = Outbox::Warning;
-    using TestAnswer = std::function<void(qint32)>;
+    using TestAnswer = DeviceTests::Answer;
 
     /// @param store, modem, clock  must outlive this object
     Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
@@ -47,7 +48,7 @@ public:
     /// @throws StoreFailure
     void resume();
 
-    qint32 status() const { return m_running ? 1 : 0; }
+    qint32 status() const { return m_state.running ? 1 : 0; }
     /// @throws StoreFailure; the status is as it was then
     void start();
     /// @throws StoreFailure; the status is as it was then
@@ -97,7 +98,7 @@ public:
     void storeReplaced();
     /// Whether the device has a part whose outcome isn't known yet.
     bool isSending() const { return m_current.has_value(); }
-    const std::optional<DeviceDetails> &knownDevice() const { return m_knownDevice; }
+    const std::optional<DeviceDetails> &knownDevice() const { return m_device.knownDevice(); }
 
     /// Ends as soon as the part in progress, if any, is finished and on disk.
     void finish();
@@ -124,33 +125,8 @@ Q_SIGNALS:
     void finished();
 
 private:
-    // The device
-    void useDevice();
     void leaveAll();
-    void openDevice();
-    QString knownImei() const;
-    void closeDevice();
     void releaseMessages();
-    void onReady(const DeviceDetails &details);
-    void onFailed(const ModemFailure &failure);
-    void onCondition(const DeviceDetails &details);
-    void onTested(bool ok, int code, const DeviceDetails &details, const QString &reason);
-    void passTests(const DeviceDetails &details);
-    void failTests(qint32 code, const QString &reason);
-    void answerTests(qint32 result);
-    bool isJustTested(const DeviceDetails &details) const;
-    void rememberDevice(const DeviceDetails &details);
-    void weighFailure(const SendFailure &failure, qint64 id);
-    void tryDeviceLater(qint32 code, const QString &text);
-    void tellTrouble(qint32 code, const QString &text);
-    void noteReset();
-    void recallReset();
-    void noteDeviceFailure(bool answered);
-    bool breakerIsOpen() const;
-    Modem::OpenMode openMode() const;
-    void onSteady();
-    void endTrouble();
-    bool mayOpen() const;
 
     // Sending
     void sendFirst();
@@ -186,12 +162,10 @@ private:
     const DispatcherTimings m_timings;
     const EngineSettings m_settings;
     PartEncoder m_encoder;
+    RunState m_state;
     Outbox m_outbox;
+    DeviceKeeper m_device;
 
-    bool m_running = false;
-    bool m_finishing = false;
-    std::optional<DeviceSettings> m_inForce; ///< as of the last start or applySettings()
-    bool m_applySettings = false;
     bool m_release = false; ///< messages in progress are to wait again, as the engine was stopped
     bool m_working = false; ///< work() is on the stack
 
@@ -205,27 +179,6 @@ private:
     /// Messages that the device refused, and whether it has taken another one since.
     QHash<qint64, bool> m_refused;
     Timer m_wake; ///< runs until the first message may be due
-
-    int m_deviceFailures = 0;   ///< in a row
-    int m_answeredFailures = 0; ///< of these, the ones behind an open line
-    bool m_breakerTold = false;
-    Warning m_deviceTrouble;      ///< as it was met last; of code 0 for none
-    QSet<qint32> m_toldCodes;     ///< told of the present trouble with the device
-    bool m_needsOperator = false; ///< the SIM waits for the operator
-    QString m_parameter;          ///< of the settings with which the device was opened
-    Deadline m_resetAgain;        ///< before it the device's functionality isn't reset once more
-    Timer m_openAgain;
-    Timer m_steady; ///< runs while the device is ready and its trouble not yet forgotten
-
-    Timer m_conditionAgain;
-    bool m_conditionDue = false;
-
-    QList<TestAnswer> m_tests;
-    Timer m_testLimit;
-    std::optional<DeviceDetails> m_testedDevice; ///< that passed the last test
-    Timer m_keepTested;
-
-    std::optional<DeviceDetails> m_knownDevice;
 
     OutcomePruner m_pruner;
 };

@@ -137,8 +137,7 @@ QList<LeavingMessage> Dispatcher::beginFollowing()
 /// Whether nothing but messages has its turn.
 bool Dispatcher::mayBegin() const
 {
-    return m_running && !m_finishing && !m_applySettings && !m_conditionDue && m_tests.isEmpty() &&
-           m_modem.state() == Modem::State::Ready;
+    return m_state.running && !m_state.finishing && m_device.isFree();
 }
 
 void Dispatcher::startRun(const QList<LeavingMessage> &messages)
@@ -185,7 +184,7 @@ void Dispatcher::onPartAccepted(int reference)
     m_refused.remove(message.id);
     for (bool &takesOthers : m_refused)
         takesOthers = true;
-    endTrouble();
+    m_device.endFault();
     if (partsSent < current.parts.size()) {
         m_unfinished = message.id;
         commit({[this, id = message.id, partsSent] { m_store.endPart(id, partsSent); }, {}});
@@ -212,7 +211,7 @@ void Dispatcher::onPartFailed(const SendFailure &failure)
     m_unfinished = 0;
     m_runPace.forget();
     qInfo().noquote() << "a part was not sent:" << code << failure.number << failure.text;
-    weighFailure(failure, message.id);
+    m_device.noteFailed(failure, isOfDevice(failure, message.id));
 
     if (failure.mayBeDelivered) {
         failMessage(message, ErrorCode::NoRespond);
@@ -239,9 +238,8 @@ bool Dispatcher::isOfDevice(const SendFailure &failure, qint64 id) const
 void Dispatcher::giveUpDevice(const LeavingMessage &current, const SendFailure &failure)
 {
     const StoredMessage &message = current.message;
-    m_modem.close();
-    tryDeviceLater(failure.rule.code, failure.text);
-    const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen();
+    const bool isPaused = m_device.giveUp(failure);
+    const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && isPaused;
     if (makesWay)
         m_refused.insert(message.id, false);
     commit({[this, message, makesWay, begunAt = current.begunAt] {

@@ -1,0 +1,37 @@
+#include "TovekSMService/dispatch/ResetLimit.h"
+
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/time/Clock.h"
+
+#include <QDebug>
+
+namespace {
+
+constexpr qint64 millisecondsOf(qint64 seconds)
+{
+    return seconds * 1000;
+}
+
+} // namespace
+
+ResetLimit::ResetLimit(Store &store, const Clock &clock, int intervalSeconds)
+    : m_store(store), m_clock(clock), m_interval(intervalSeconds), m_next(clock.time())
+{}
+
+void ResetLimit::noteReset()
+{
+    m_next.setRemainingTime(millisecondsOf(m_interval));
+    try {
+        m_store.setLastReset(m_clock.wallClockText());
+    } catch (const StoreFailure &failure) {
+        qWarning() << "the reset of the device could not be noted:" << failure.text();
+    }
+}
+
+void ResetLimit::recall()
+{
+    const QDateTime last = momentOf(m_store.lastReset());
+    const qint64 passed = last.secsTo(m_clock.wallClock());
+    if (last.isValid() && passed >= 0 && passed < m_interval)
+        m_next.setRemainingTime(millisecondsOf(m_interval - passed));
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "TovekSMService/time/Deadline.h"
+
+class Clock;
+class Store;
+
+/// Decides whether the last reset of the device's functionality is long enough ago for another one.
+/// The store keeps when that was: an engine that is started again and again resets the device no
+/// more often than one that runs.
+class ResetLimit
+{
+public:
+    /// @param store, clock     must outlive this object
+    /// @param intervalSeconds  between two resets at least
+    ResetLimit(Store &store, const Clock &clock, int intervalSeconds);
+
+    bool allowsReset() const { return m_next.hasExpired(); }
+    /// The device was reset now.
+    void noteReset();
+    /// Takes over from the store when the last reset was.
+    /// @throws StoreFailure
+    void recall();
+
+private:
+    Store &m_store;
+    const Clock &m_clock;
+    const int m_interval; ///< s
+    Deadline m_next;
+};
