@@ -1,36 +1,27 @@
 #include "TovekSMService/dispatch/Dispatcher.h"
 
-#include "TovekSMService/dispatch/ValidityPeriod.h"
 #include "contract/ErrorCodes.h"
 
-#include <QDebug>
 #include <QScopeGuard>
 
-#include <memory>
 #include <utility>
 
 Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        PartEncoder::Encode encode, QObject *parent)
-    : QObject(parent), m_store(store), m_modem(modem), m_clock(clock), m_retries(retries),
-      m_timings(timings), m_settings(settings),
-      m_encoder(relativeValidity(settings.validityPeriod), std::move(encode)),
-      m_outbox(store, timings, clock.time()),
+    : QObject(parent), m_store(store), m_outbox(store, timings, clock.time()),
       m_device(store, modem, clock, m_outbox, m_state, retries, timings, settings),
-      m_runPace(timings.run), m_runFor(clock.time()), m_runLate(clock.time()), m_wake(clock.time()),
+      m_scheduler(store, clock, settings, std::move(encode)),
+      m_sender(store, modem, clock, m_outbox, m_device, m_scheduler, m_state, retries, timings),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
-    connect(&m_runLate, &Timer::timeout, this, [this] {
-        m_runPace.forget();
-        commit({});
-    });
-    connect(&m_wake, &Timer::timeout, this, &Dispatcher::work);
+    connect(&m_sender, &Sender::wake, this, &Dispatcher::work);
 
     connect(&m_device, &DeviceKeeper::deviceInfo, this, &Dispatcher::deviceInfo);
     connect(&m_device, &DeviceKeeper::changed, this, &Dispatcher::work);
     connect(&m_device, &DeviceKeeper::steady, this, [this] {
         // What becomes of the part in progress belongs to the fault.
-        if (m_current)
+        if (m_sender.isSending())
             m_device.awaitSteadiness();
         else
             m_device.endFault();
@@ -48,9 +39,6 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(&m_outbox, &Outbox::committed, this, &Dispatcher::work, Qt::QueuedConnection);
     connect(&m_outbox.storeMonitor(), &StoreMonitor::lost, this, &Dispatcher::storeLost);
     connect(&m_outbox.storeMonitor(), &StoreMonitor::writable, this, &Dispatcher::work);
-
-    connect(&modem, &Modem::partAccepted, this, &Dispatcher::onPartAccepted);
-    connect(&modem, &Modem::partFailed, this, &Dispatcher::onPartFailed);
 }
 
 void Dispatcher::resume()
@@ -58,44 +46,14 @@ void Dispatcher::resume()
     const bool run = m_store.isToRun();
     m_device.recallReset();
     m_state.running = run;
-    m_release = !m_state.running;
-    if (m_state.running)
+    if (run) {
+        m_sender.cancelRelease();
         Q_EMIT statusChanged(status());
-    if (mayBeInterrupted())
-        reportInterrupted();
-    else
-        QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
-}
-
-bool Dispatcher::mayBeInterrupted() const
-{
-    try {
-        return !m_store.interrupted().isEmpty();
-    } catch (const StoreFailure &) {
-        return true; // found out when the store can be read
+    } else {
+        m_sender.requestRelease();
     }
-}
-
-void Dispatcher::reportInterrupted()
-{
-    struct Report
-    {
-        QList<StoredMessage> messages;
-        QList<qint64> outcomes;
-    };
-    const auto report = std::make_shared<Report>();
-    commit({[this, report] {
-                *report = {m_store.interrupted(), {}};
-                for (const StoredMessage &message : report->messages)
-                    report->outcomes
-                        << m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt,
-                                          m_clock.wallClockText(), false);
-            },
-            [this, report] {
-                for (qsizetype i = 0; i < report->messages.size(); ++i)
-                    m_outbox.reportFailed(report->messages.at(i), report->outcomes.at(i),
-                                          ErrorCode::NoRespond);
-            }});
+    if (!m_sender.reportInterrupted())
+        workLater();
 }
 
 void Dispatcher::start()
@@ -119,7 +77,7 @@ void Dispatcher::stop()
         return;
     m_store.setToRun(false);
     m_state.running = false;
-    m_release = true;
+    m_sender.requestRelease();
     m_device.releaseTested();
     Q_EMIT statusChanged(status());
     work();
@@ -142,7 +100,7 @@ void Dispatcher::noticeQueueChange()
     Q_EMIT queueChanged();
     // Whoever changed the queue is answered first: what begins now has a commit and a line of its
     // own to wait for.
-    QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
+    workLater();
 }
 
 void Dispatcher::warnTooLate()
@@ -159,9 +117,14 @@ void Dispatcher::finish()
     work();
 }
 
+void Dispatcher::workLater()
+{
+    QMetaObject::invokeMethod(this, &Dispatcher::work, Qt::QueuedConnection);
+}
+
 void Dispatcher::work()
 {
-    if (m_working || m_current)
+    if (m_working || m_sender.isSending())
         return;
     m_working = true;
     const auto leave = qScopeGuard([this] { m_working = false; });
@@ -169,33 +132,16 @@ void Dispatcher::work()
     if (!m_device.mayClose())
         return;
     if (m_state.finishing) {
-        if (m_outbox.isEmpty())
-            leaveAll();
+        if (m_outbox.isEmpty()) {
+            m_device.shutDown();
+            Q_EMIT finished();
+        }
         return;
     }
-    if (!m_state.running && m_release && m_outbox.isEmpty())
-        releaseMessages();
+    if (!m_state.running && m_outbox.isEmpty())
+        m_sender.release();
     if (m_device.keep() && m_outbox.isEmpty())
-        sendFirst();
-}
-
-void Dispatcher::leaveAll()
-{
-    m_device.shutDown();
-    Q_EMIT finished();
-}
-
-void Dispatcher::releaseMessages()
-{
-    try {
-        m_store.releaseBetweenParts();
-        m_release = false;
-        m_unfinished = 0;
-    } catch (const StoreFailure &failure) {
-        qWarning() << "messages in progress could not be released:" << failure.text();
-        noticeStoreFailure(failure);
-        m_wake.start(m_timings.storeAgainMs);
-    }
+        m_sender.sendFirst();
 }
 
 QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
@@ -211,9 +157,7 @@ QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
 void Dispatcher::storeReplaced()
 {
     m_device.forgetSettings();
-    m_refused.clear();
-    m_unfinished = 0;
-    m_release = false;
+    m_sender.forgetMessages();
     if (std::exchange(m_state.running, false))
         Q_EMIT statusChanged(status());
     Q_EMIT queueChanged();

@@ -7,29 +7,24 @@
 #include "TovekSMService/dispatch/OutcomePruner.h"
 #include "TovekSMService/dispatch/PartEncoder.h"
 #include "TovekSMService/dispatch/RetryPolicy.h"
-#include "TovekSMService/dispatch/RunPace.h"
 #include "TovekSMService/dispatch/RunState.h"
-#include "TovekSMService/dispatch/SendingRun.h"
+#include "TovekSMService/dispatch/Scheduler.h"
+#include "TovekSMService/dispatch/Sender.h"
 #include "TovekSMService/modem/device/Modem.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
-#include "TovekSMService/time/Stopwatch.h"
-#include "TovekSMService/time/Timer.h"
 
-#include <QHash>
 #include <QObject>
-#include <QSet>
 
-#include <functional>
 #include <optional>
-#include <variant>
 
-/// Decides what the device does next: sends what is due, in the order of delivery date and
-/// queueing, opens the device while the engine is started, and tests it on request.
+/// Decides whose turn it is: that of the device (DeviceKeeper), of what waits for the store
+/// (Outbox), or of messages (Sender). Puts these together, and is what the rest of the engine sees
+/// of them.
 ///
 /// One thing is on its way at a time. work() is the only place that begins something, and is run
-/// after every change. What a step's outcome must leave in the store is tried again until it is
-/// there, and no other message begins before.
+/// after every change. What a step's outcome must leave in the store is retried until it is there,
+/// and no other message begins before.
 class Dispatcher : public QObject
 {
     Q_OBJECT
@@ -97,7 +92,7 @@ public:
     /// set.
     void storeReplaced();
     /// Whether the device has a part whose outcome isn't known yet.
-    bool isSending() const { return m_current.has_value(); }
+    bool isSending() const { return m_sender.isSending(); }
     const std::optional<DeviceDetails> &knownDevice() const { return m_device.knownDevice(); }
 
     /// Ends as soon as the part in progress, if any, is finished and on disk.
@@ -125,60 +120,14 @@ Q_SIGNALS:
     void finished();
 
 private:
-    void leaveAll();
-    void releaseMessages();
-
-    // Sending
-    void sendFirst();
-    bool isDue(const StoredMessage &message) const;
-    static bool isDue(const StoredMessage &message, const QString &at);
-    void waitFor(const StoredMessage &message);
-    bool isTooLate(const StoredMessage &message, const QString &at) const;
-    bool isLimited() const;
-    bool limitsAllowPart() const;
-    std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
-    void begin(LeavingMessage &message);
-    QList<LeavingMessage> beginRun(LeavingMessage first);
-    QList<LeavingMessage> beginFollowing();
-    bool mayBegin() const;
-    void startRun(const QList<LeavingMessage> &messages);
-    void send(const LeavingMessage &message);
-    Modem::Followers followersOf(const LeavingMessage &message) const;
-    void onPartAccepted(int reference);
-    void onPartFailed(const SendFailure &failure);
-    bool isOfDevice(const SendFailure &failure, qint64 id) const;
-    void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
-    bool tryAgain(const StoredMessage &message);
-    void failMessage(const StoredMessage &message, qint32 code);
-    bool mayBeInterrupted() const;
-    void reportInterrupted();
-    Outbox::Entry entryOf(const SendingRun &run);
-    void commit(const Outbox::Entry &entry);
+    void workLater();
 
     Store &m_store;
-    Modem &m_modem;
-    const Clock &m_clock;
-    RetryPolicy m_retries;
-    const DispatcherTimings m_timings;
-    const EngineSettings m_settings;
-    PartEncoder m_encoder;
     RunState m_state;
     Outbox m_outbox;
     DeviceKeeper m_device;
-
-    bool m_release = false; ///< messages in progress are to wait again, as the engine was stopped
-    bool m_working = false; ///< work() is on the stack
-
-    std::optional<LeavingMessage> m_current;
-    SendingRun m_run; ///< that m_current belongs to
-    RunPace m_runPace;
-    int m_runLength = 0;
-    Stopwatch m_runFor;
-    Timer m_runLate;         ///< runs until the rest of a run is to wait again
-    qint64 m_unfinished = 0; ///< the message of which the last part sent was not the last
-    /// Messages that the device refused, and whether it has taken another one since.
-    QHash<qint64, bool> m_refused;
-    Timer m_wake; ///< runs until the first message may be due
-
+    Scheduler m_scheduler;
+    Sender m_sender;
     OutcomePruner m_pruner;
+    bool m_working = false; ///< work() is on the stack
 };

@@ -1,0 +1,36 @@
+#include "TovekSMService/dispatch/PacedRun.h"
+
+#include "TovekSMService/dispatch/DispatcherTimings.h"
+
+#include <utility>
+
+PacedRun::PacedRun(const DispatcherTimings &timings, TimeSource &time)
+    : m_lateMs(timings.runLateMs), m_pace(timings.run), m_elapsed(time), m_late(time)
+{
+    connect(&m_late, &Timer::timeout, this, [this] {
+        forgetPace();
+        Q_EMIT late();
+    });
+}
+
+void PacedRun::start(const QList<LeavingMessage> &messages)
+{
+    m_run = SendingRun(messages);
+    m_length = static_cast<int>(messages.size());
+    if (m_length > 1)
+        m_late.start(m_lateMs);
+    m_elapsed.start();
+}
+
+void PacedRun::noteTaken(const SendingRun::Taken &taken)
+{
+    m_run.noteTaken(taken);
+    if (!m_run.hasNext())
+        m_pace.noteTaken(m_length, m_elapsed.nsecsElapsed());
+}
+
+SendingRun PacedRun::end()
+{
+    m_late.stop();
+    return std::exchange(m_run, {});
+}

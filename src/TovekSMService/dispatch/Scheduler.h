@@ -1,0 +1,53 @@
+#pragma once
+
+#include "TovekSMService/dispatch/EngineSettings.h"
+#include "TovekSMService/dispatch/PartEncoder.h"
+#include "TovekSMService/dispatch/SendingRun.h"
+
+#include <QList>
+#include <QString>
+
+#include <variant>
+
+class Clock;
+class Store;
+struct StoredMessage;
+
+/// Decides which messages may leave: those that are due and not too late, that can be encoded, and
+/// whose parts the limits of the settings allow. Notes them as leaving. Whatever asks the store
+/// throws StoreFailure.
+class Scheduler
+{
+public:
+    /// @param store, clock  must outlive this object
+    Scheduler(Store &store, const Clock &clock, const EngineSettings &settings,
+              PartEncoder::Encode encode);
+
+    bool isDue(const StoredMessage &message) const;
+    /// Whether the message is to be given up by that moment, "yyyy-MM-ddTHH:mm:ss".
+    bool isTooLate(const StoredMessage &message, const QString &at) const;
+    bool limitsAllowPart() const;
+    /// The message in the device's form, or the code with which it fails.
+    std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
+
+    /// What leaves next: the first message, and behind it those that are due and of one part. They
+    /// are noted as leaving.
+    /// @param maxLength  of the run, in messages
+    QList<LeavingMessage> beginRun(LeavingMessage first, int maxLength);
+    /// The part that was counted at that moment did not leave.
+    void uncountPart(const QString &begunAt);
+
+    /// @param id  of the message of which the last part that left was not its last; 0 for none
+    void setUnfinished(qint64 id) { m_unfinished = id; }
+
+private:
+    static bool isDue(const StoredMessage &message, const QString &at);
+    bool isLimited() const;
+    void begin(LeavingMessage &leaving);
+
+    Store &m_store;
+    const Clock &m_clock;
+    const EngineSettings m_settings;
+    PartEncoder m_encoder;
+    qint64 m_unfinished = 0;
+};

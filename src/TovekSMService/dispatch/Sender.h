@@ -1,0 +1,88 @@
+#pragma once
+
+#include "TovekSMService/dispatch/Outbox.h"
+#include "TovekSMService/dispatch/PacedRun.h"
+#include "TovekSMService/dispatch/RetryPolicy.h"
+#include "TovekSMService/dispatch/SendingRun.h"
+#include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/time/Timer.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <optional>
+
+class Clock;
+class DeviceKeeper;
+class Scheduler;
+class Store;
+struct DispatcherTimings;
+struct RunState;
+
+/// Decides what is sent when: hands the parts of due messages to the device, one at a time, and
+/// says what becomes of a message by the device's answer: sent, retried, failed, or waiting for
+/// another attempt of the device.
+class Sender : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param store, modem, clock, outbox, device, scheduler, state  must outlive this object
+    Sender(Store &store, Modem &modem, const Clock &clock, Outbox &outbox, DeviceKeeper &device,
+           Scheduler &scheduler, const RunState &state, const RetryPolicy &retries,
+           const DispatcherTimings &timings);
+
+    /// Whether the device has a part whose outcome isn't known yet.
+    bool isSending() const { return m_current.has_value(); }
+    /// Sends the first message, if it is due. Needs a device that is free, and an empty outbox.
+    void sendFirst();
+
+    /// Reports what the last run of the program left in the middle, as failed.
+    /// @return false where there is nothing of that kind
+    bool reportInterrupted();
+    /// Messages in progress are to wait again, as the engine was stopped.
+    void requestRelease() { m_releaseDue = true; }
+    void cancelRelease() { m_releaseDue = false; }
+    /// Lets them wait again, if that was requested.
+    void release();
+    /// The messages are those of another store.
+    void forgetMessages();
+
+Q_SIGNALS:
+    /// The first message may be due, or the store be usable again.
+    void wake();
+
+private:
+    bool mayBegin() const;
+    void waitFor(const StoredMessage &message);
+    QList<LeavingMessage> beginFollowing();
+    void startRun(const QList<LeavingMessage> &messages);
+    void send(const LeavingMessage &message);
+    Modem::Followers followersOf(const LeavingMessage &message) const;
+    void onPartAccepted(int reference);
+    void onPartFailed(const SendFailure &failure);
+    bool isOfDevice(const SendFailure &failure, qint64 id) const;
+    void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
+    bool retry(const StoredMessage &message);
+    void fail(const StoredMessage &message, qint32 code);
+    bool mayBeInterrupted() const;
+    Outbox::Entry entryOf(const SendingRun &run);
+    void commit(const Outbox::Entry &entry);
+
+    Store &m_store;
+    Modem &m_modem;
+    const Clock &m_clock;
+    Outbox &m_outbox;
+    DeviceKeeper &m_device;
+    Scheduler &m_scheduler;
+    const RunState &m_state;
+    const RetryPolicy m_retries;
+    const int m_storeRetryMs;
+    const int m_maxSleepMs;
+    std::optional<LeavingMessage> m_current;
+    PacedRun m_run; ///< that m_current belongs to
+    /// Messages that the device refused, and whether it has taken another one since.
+    QHash<qint64, bool> m_refused;
+    bool m_releaseDue = false;
+    Timer m_wake; ///< runs until the first message may be due
+};
