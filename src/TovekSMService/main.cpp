@@ -2,6 +2,7 @@
 #include "TovekSMService/admin/ExitCodes.h"
 #include "TovekSMService/admin/Queries.h"
 #include "TovekSMService/host/EngineHost.h"
+#include "TovekSMService/host/LogLevelSetting.h"
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/at/QtSerialPortLine.h"
 #include "TovekSMService/platform/EndSignals.h"
@@ -20,9 +21,12 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("TovekSMService"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
     const CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
-    EngineLog::install(commandLine.logLevel, EngineFolder::logFile(EngineFolder::path()));
+    EngineLog::install(commandLine.logLevel.value_or(EngineLog::Level::Info),
+                       EngineFolder::logFile(EngineFolder::path()));
     if (commandLine.isQuery())
         return carryOut(commandLine);
+    if (!commandLine.logLevel)
+        EngineLog::setLevel(LogLevelSetting::load().value_or(EngineLog::Level::Info));
 
     const SystemClock clock;
     EngineHost host(clock, std::make_unique<QtSerialPortLine>());

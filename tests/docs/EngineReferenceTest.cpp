@@ -1,6 +1,8 @@
 #include "docs/Markdown.h"
 
 #include "TovekSMService/dispatch/EngineSettings.h"
+#include "TovekSMService/log/Categories.h"
+#include "TovekSMService/log/EngineLog.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +43,26 @@ TEST(EngineReference, noOtherSettingIsToldOf)
         for (const QString &key : told)
             EXPECT_TRUE(known.contains(key)) << document << ": " << qPrintable(key);
     }
+}
+
+TEST(EngineReference, everyLogCategoryIsToldOfAndNoOther)
+{
+    QStringList known;
+    for (const QLoggingCategory *category :
+         {&logAt(), &logDevice(), &logStore(), &logDispatch(), &logBus(), &logHost()})
+        known.append(QLatin1String(category->categoryName()));
+    QStringList told =
+        Markdown::captured(u"`(engine\\.[a-z]+)`"_qs, Markdown::textOf(u"docs/engine.md"_qs));
+    told.removeAll(u"engine.log"_qs);
+    told.removeDuplicates();
+    EXPECT_EQ(told, known);
+}
+
+TEST(EngineReference, theSizeOfTheLogIsToldOf)
+{
+    const QString size = u"%1 MiB"_qs.arg(EngineLog::maxFileSize / 1024 / 1024);
+    const QString document = Markdown::textOf(u"docs/engine.md"_qs);
+    EXPECT_EQ(Markdown::captured(u"([0-9]+ MiB)"_qs, document), QStringList({size, size}));
 }
 
 } // namespace

@@ -102,8 +102,9 @@ const QCommandLineOption &logLevelOption()
 {
     static const QCommandLineOption option(
         QStringLiteral("log-level"),
-        QStringLiteral("Log errors, warnings too, what happens too (default), or everything: "
-                       "error, warning, info, debug."),
+        QStringLiteral("Log errors, warnings too, what happens too (default), or every line to and "
+                       "from the device too, without PINs and messages: error, warning, info, "
+                       "debug."),
         QStringLiteral("LEVEL"));
     return option;
 }
@@ -168,8 +169,9 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     commandLine.device = valueOf(parser, deviceOption());
     commandLine.pin = valueOf(parser, pinOption());
     commandLine.backup = valueOf(parser, backupOption());
-    commandLine.logLevel =
-        readValue(parser, logLevelOption(), EngineLog::Level::Info, EngineLog::levelNamed);
+    if (parser.isSet(logLevelOption()))
+        commandLine.logLevel =
+            readValue(parser, logLevelOption(), EngineLog::Level::Info, EngineLog::levelNamed);
     refuseWrong(parser, commandLine);
     return commandLine;
 }

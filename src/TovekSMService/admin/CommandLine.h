@@ -20,7 +20,7 @@ struct CommandLine
     std::optional<QString> device;
     std::optional<QString> pin;
     std::optional<QString> backup;
-    EngineLog::Level logLevel = EngineLog::Level::Info;
+    std::optional<EngineLog::Level> logLevel;
 
     /// Whether there is something to do other than to run the engine.
     bool isQuery() const { return status || queue || report || device || pin || backup; }

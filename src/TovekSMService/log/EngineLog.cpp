@@ -98,13 +98,18 @@ QString EngineLog::plainLine(QtMsgType type, const char *category, const QString
            onOneLine(message);
 }
 
-void EngineLog::install(Level level, const QString &file)
+void EngineLog::setLevel(Level level)
 {
     g_level = level;
+    QLoggingCategory::setFilterRules(level == Level::Debug ? QStringLiteral("engine.*.debug=true")
+                                                           : QString());
+}
+
+void EngineLog::install(Level level, const QString &file)
+{
+    setLevel(level);
     if (!g_output)
         g_output = new LogOutput(::fileno(stderr), file, maxFileSize);
     g_toJournal = standardErrorIsJournal();
-    if (level == Level::Debug)
-        QLoggingCategory::setFilterRules(QStringLiteral("engine.*.debug=true"));
     qInstallMessageHandler(tell);
 }

@@ -30,6 +30,9 @@ QString plainLine(QtMsgType type, const char *category, const QString &message,
 /// The size in bytes at which the log file is set aside.
 constexpr qint64 maxFileSize = 10 * 1024 * 1024;
 
+/// What is logged from now on.
+void setLevel(Level level);
+
 /// Takes over everything that is logged from now on.
 /// @param file  is kept within its size if standard error leads to it
 void install(Level level, const QString &file);

@@ -1,6 +1,7 @@
 #include "TovekSMService/host/EngineProcess.h"
 #include "gsm-simulator/RunningSimulator.h"
 
+#include "TovekSMService/dispatch/EngineSettings.h"
 #include "TovekSMService/store/OtherConnection.h"
 
 #include <QDir>
@@ -112,6 +113,52 @@ TEST_F(EngineOutput, theLevelLeavesOutWhatIsLess)
     start();
     stop();
     EXPECT_EQ(log(), QString());
+}
+
+/// Runs the engine with a level in its settings.
+class EngineLogLevel : public EngineOutput
+{
+protected:
+    ~EngineLogLevel() override { QFile::remove(EngineSettings::file()); }
+
+    void runWith(const QByteArray &level)
+    {
+        const QString settings = EngineSettings::file();
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(settings).path()));
+        QFile file(settings);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[Log]\nLevel=" + level + '\n');
+        file.close();
+        RunningSimulator device;
+        ASSERT_TRUE(device.isReady());
+        start();
+        setSettings({0, QString(), 1, 1, device.link() + QStringLiteral(", 115200")});
+        Listener listener(QDBusConnection::sessionBus());
+        call("StartEngine");
+        ASSERT_TRUE(until([&] { return listener.has(QStringLiteral("DeviceInfo")); }));
+        stop();
+    }
+};
+
+TEST_F(EngineLogLevel, isThatOfTheSettings)
+{
+    runWith("debug");
+    EXPECT_TRUE(log().contains(QLatin1String("engine.at: -> AT\n"))) << log().toStdString();
+}
+
+TEST_F(EngineLogLevel, isThatOfTheCommandLineBeforeThatOfTheSettings)
+{
+    m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("info")});
+    runWith("debug");
+    EXPECT_FALSE(log().contains(QLatin1String("engine.at"))) << log().toStdString();
+}
+
+TEST_F(EngineLogLevel, thatDoesNotExistIsToldAndNotTaken)
+{
+    runWith("loud");
+    EXPECT_TRUE(log().contains(QLatin1String("warning engine.host: settings: Log/Level=loud")));
+    EXPECT_TRUE(log().contains(QLatin1String("info engine.host: up")));
+    EXPECT_FALSE(log().contains(QLatin1String("engine.at"))) << log().toStdString();
 }
 
 /// Runs the engine as a console starts it, with the log beside its store.

@@ -9,7 +9,7 @@ namespace {
 
 void logLine(const char *direction, const QByteArray &line)
 {
-    qCDebug(logAt).noquote() << direction << line;
+    qCDebug(logAt).noquote() << direction << line.trimmed();
 }
 
 } // namespace
