@@ -175,10 +175,16 @@ QWidget *make(const Control &design, QWidget *parent)
 
 } // namespace
 
-ConsoleControls::ConsoleControls(QWidget *window) : m_window(window)
+template <typename Widget>
+ConsoleControls::Named::operator Widget *() const
 {
-    makeAll();
-    bindMembers();
+    auto *const control = qobject_cast<Widget *>(m_control);
+    Q_ASSERT_X(control, "ConsoleControls", m_name);
+    return control;
+}
+
+ConsoleControls::ConsoleControls(QWidget *window) : m_window(window), m_byName(makeAll())
+{
     setTabOrder();
     setColours();
     lblPhone->setBuddy(txtPhone);
@@ -262,67 +268,18 @@ void ConsoleControls::setAccessibleName(const QString &name, const QString &text
         control->setToolTip(text);
 }
 
-void ConsoleControls::makeAll()
+QHash<QString, QWidget *> ConsoleControls::makeAll() const
 {
+    QHash<QString, QWidget *> made;
     for (const Control &design : ConsoleDesign::controls()) {
         QWidget *const container =
-            design.container.isEmpty() ? m_window : m_byName.value(design.container);
+            design.container.isEmpty() ? m_window : made.value(design.container);
         QWidget *const control = make(design, container);
         control->setObjectName(design.name);
-        m_byName.insert(design.name, control);
+        made.insert(design.name, control);
         place(control, design.place);
     }
-}
-
-template <typename Widget>
-void ConsoleControls::bind(Widget *&member, const char *name) const
-{
-    member = qobject_cast<Widget *>(m_byName.value(QLatin1String(name)));
-    Q_ASSERT_X(member, "ConsoleControls", name);
-}
-
-void ConsoleControls::bindMembers()
-{
-    bind(picTopPanel, "picTopPanel");
-    bind(picMiddlePanel, "picMiddlePanel");
-    bind(picBottomPanel, "picBottomPanel");
-    bind(picLateralPanel, "picLateralPanel");
-    bind(fraSMSMessage, "fraSMSMessage");
-    bind(fraCommunication, "fraCommunication");
-    bind(fraEngineStatus, "fraEngineStatus");
-    bind(fraQueueStatus, "fraQueueStatus");
-    bind(fraDeviceStatus, "fraDeviceStatus");
-    bind(fraQueueDetails, "fraQueueDetails");
-    bind(fraSentDetails, "fraSentDetails");
-    bind(btnDeviceConfig, "btnDeviceConfig");
-    bind(btnTestDevice, "btnTestDevice");
-    bind(btnSend, "btnSend");
-    bind(btnImport, "btnImport");
-    bind(btnStart, "btnStart");
-    bind(btnStop, "btnStop");
-    bind(btnClearQueue, "btnClearQueue");
-    bind(txtMessage, "txtMessage");
-    bind(txtPhone, "txtPhone");
-    bind(dtDeliveryDate, "dtDeliveryDate");
-    bind(tmDeliveryDate, "tmDeliveryDate");
-    bind(txtTerm, "txtTerm");
-    bind(grdQueue, "grdQueue");
-    bind(grdSentDetails, "grdSentDetails");
-    bind(lblSMSChars, "lblSMSChars");
-    bind(lblPhone, "lblPhone");
-    bind(lblDeliveryDate, "lblDeliveryDate");
-    bind(lblEngineStatus, "lblEngineStatus");
-    bind(lblQueueSize, "lblQueueSize");
-    bind(lblEstimated, "lblEstimated");
-    bind(lblDeviceInfo, "lblDeviceInfo");
-    bind(lblDeviceStatus, "lblDeviceStatus");
-    bind(imgLogo[0], "imgLogo(0)");
-    bind(imgLogo[1], "imgLogo(1)");
-    bind(imgEngineStatus[0], "imgEngineStatus(0)");
-    bind(imgEngineStatus[1], "imgEngineStatus(1)");
-    bind(imgQueue[0], "imgQueue(0)");
-    bind(imgQueue[1], "imgQueue(1)");
-    bind(imgQueue[2], "imgQueue(2)");
+    return made;
 }
 
 void ConsoleControls::setTabOrder() const

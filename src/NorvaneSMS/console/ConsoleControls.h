@@ -24,9 +24,27 @@ struct Rect;
 struct ConsoleLayout;
 
 /// The controls of the console window, made from its design table. Each bears its own name as
-/// objectName and belongs to its container.
+/// objectName and belongs to its container. A control of the table that code has to reach is a
+/// member here, by its name.
 class ConsoleControls
 {
+    /// A control of the design by its name, as whatever kind of widget it is wanted as.
+    class Named
+    {
+    public:
+        Named(QWidget *control, const char *name) : m_control(control), m_name(name) {}
+        template <typename Widget>
+        operator Widget *() const;
+
+    private:
+        QWidget *m_control;
+        const char *m_name;
+    };
+    Named named(const char *name) const { return {m_byName.value(QLatin1String(name)), name}; }
+
+    QWidget *m_window;
+    QHash<QString, QWidget *> m_byName;
+
 public:
     /// Makes all controls in `window`, at their design places and in their tab order.
     explicit ConsoleControls(QWidget *window);
@@ -48,56 +66,50 @@ public:
     /// tooltip.
     void setAccessibleName(const QString &name, const QString &text) const;
 
-    QWidget *picTopPanel = nullptr;
-    QWidget *picMiddlePanel = nullptr;
-    QWidget *picBottomPanel = nullptr;
-    QWidget *picLateralPanel = nullptr;
+    QWidget *picTopPanel = named("picTopPanel");
+    QWidget *picMiddlePanel = named("picMiddlePanel");
+    QWidget *picBottomPanel = named("picBottomPanel");
+    QWidget *picLateralPanel = named("picLateralPanel");
 
-    CaptionedFrame *fraSMSMessage = nullptr;
-    CaptionedFrame *fraCommunication = nullptr;
-    CaptionedFrame *fraEngineStatus = nullptr;
-    CaptionedFrame *fraQueueStatus = nullptr;
-    CaptionedFrame *fraDeviceStatus = nullptr;
-    CaptionedFrame *fraQueueDetails = nullptr;
-    CaptionedFrame *fraSentDetails = nullptr;
+    CaptionedFrame *fraSMSMessage = named("fraSMSMessage");
+    CaptionedFrame *fraCommunication = named("fraCommunication");
+    CaptionedFrame *fraEngineStatus = named("fraEngineStatus");
+    CaptionedFrame *fraQueueStatus = named("fraQueueStatus");
+    CaptionedFrame *fraDeviceStatus = named("fraDeviceStatus");
+    CaptionedFrame *fraQueueDetails = named("fraQueueDetails");
+    CaptionedFrame *fraSentDetails = named("fraSentDetails");
 
-    PictureButton *btnDeviceConfig = nullptr;
-    PictureButton *btnTestDevice = nullptr;
-    PictureButton *btnSend = nullptr;
-    PictureButton *btnImport = nullptr;
-    PictureButton *btnStart = nullptr;
-    PictureButton *btnStop = nullptr;
-    PictureButton *btnClearQueue = nullptr;
+    PictureButton *btnDeviceConfig = named("btnDeviceConfig");
+    PictureButton *btnTestDevice = named("btnTestDevice");
+    PictureButton *btnSend = named("btnSend");
+    PictureButton *btnImport = named("btnImport");
+    PictureButton *btnStart = named("btnStart");
+    PictureButton *btnStop = named("btnStop");
+    PictureButton *btnClearQueue = named("btnClearQueue");
 
-    MessageEdit *txtMessage = nullptr;
-    PhoneEdit *txtPhone = nullptr;
-    QDateEdit *dtDeliveryDate = nullptr;
-    QTimeEdit *tmDeliveryDate = nullptr;
-    TerminalView *txtTerm = nullptr;
-    QueueGrid *grdQueue = nullptr;
-    QTableView *grdSentDetails = nullptr;
+    MessageEdit *txtMessage = named("txtMessage");
+    PhoneEdit *txtPhone = named("txtPhone");
+    QDateEdit *dtDeliveryDate = named("dtDeliveryDate");
+    QTimeEdit *tmDeliveryDate = named("tmDeliveryDate");
+    TerminalView *txtTerm = named("txtTerm");
+    QueueGrid *grdQueue = named("grdQueue");
+    QTableView *grdSentDetails = named("grdSentDetails");
 
-    QLabel *lblSMSChars = nullptr;
-    QLabel *lblPhone = nullptr;
-    QLabel *lblDeliveryDate = nullptr;
-    QLabel *lblEngineStatus = nullptr;
-    QLabel *lblQueueSize = nullptr;
-    QLabel *lblEstimated = nullptr;
-    QLabel *lblDeviceInfo = nullptr;
-    QLabel *lblDeviceStatus = nullptr;
+    QLabel *lblSMSChars = named("lblSMSChars");
+    QLabel *lblPhone = named("lblPhone");
+    QLabel *lblDeliveryDate = named("lblDeliveryDate");
+    QLabel *lblEngineStatus = named("lblEngineStatus");
+    QLabel *lblQueueSize = named("lblQueueSize");
+    QLabel *lblEstimated = named("lblEstimated");
+    QLabel *lblDeviceInfo = named("lblDeviceInfo");
+    QLabel *lblDeviceStatus = named("lblDeviceStatus");
 
-    ImageControl *imgLogo[2] = {};
-    ImageControl *imgEngineStatus[2] = {};
-    ImageControl *imgQueue[3] = {};
+    ImageControl *imgLogo[2] = {named("imgLogo(0)"), named("imgLogo(1)")};
+    ImageControl *imgEngineStatus[2] = {named("imgEngineStatus(0)"), named("imgEngineStatus(1)")};
+    ImageControl *imgQueue[3] = {named("imgQueue(0)"), named("imgQueue(1)"), named("imgQueue(2)")};
 
 private:
-    void makeAll();
-    void bindMembers();
+    QHash<QString, QWidget *> makeAll() const;
     void setTabOrder() const;
     void setColours() const;
-    template <typename Widget>
-    void bind(Widget *&member, const char *name) const;
-
-    QWidget *m_window;
-    QHash<QString, QWidget *> m_byName;
 };

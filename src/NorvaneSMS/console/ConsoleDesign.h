@@ -5,6 +5,7 @@
 #include <QLatin1String>
 
 #include <span>
+#include <vector>
 
 /// The console window as it was drawn: kinds, containers, places and tab order of its controls, and
 /// the texts of the language file that they take at load.
@@ -27,6 +28,7 @@ enum class Kind {
 };
 
 inline constexpr int noTab = -1;
+inline constexpr qint32 noText = 0;
 
 struct Control
 {
@@ -35,6 +37,9 @@ struct Control
     QLatin1String container; ///< empty for the window itself
     Twips::Rect place;
     QLatin1String text; ///< design text, which the language file replaces where it has one
+    /// Text of the language file: the caption of a control that has a design text, of any other
+    /// what a screen reader calls it.
+    qint32 textId = noText;
     int tab = noTab;
     QLatin1String picture = {};         ///< drawing of an image or button
     int pictureSize = 0;                ///< pixels, square
@@ -52,11 +57,11 @@ struct Caption
 
 /// The captions in the order in which they are given. One control stands here twice, and the later
 /// text is what it shows; one frame has no text of its own and keeps its design text.
-std::span<const Caption> captions();
+std::vector<Caption> captions();
 
 /// What a screen reader says of the controls that no text beside them names. A button without a
 /// caption shows it as its tooltip too.
-std::span<const Caption> names();
+std::vector<Caption> names();
 
 inline constexpr qint32 windowTitle = 3760000;
 inline constexpr QLatin1String designTitle("Tovek SMS Center");
