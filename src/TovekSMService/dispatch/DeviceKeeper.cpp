@@ -4,11 +4,10 @@
 #include "TovekSMService/dispatch/EngineSettings.h"
 #include "TovekSMService/dispatch/Outbox.h"
 #include "TovekSMService/dispatch/RunState.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/ErrorCodes.h"
-
-#include <QDebug>
 
 #include <utility>
 
@@ -222,7 +221,7 @@ void DeviceKeeper::rememberDevice(const DeviceDetails &details)
         if (!details.imei.isEmpty() && m_store.deviceImei(m_parameter) != details.imei)
             m_store.setDeviceImei(m_parameter, details.imei);
     } catch (const StoreFailure &failure) {
-        qWarning() << "the device could not be noted:" << failure.text();
+        qCWarning(logDispatch) << "the device could not be noted:" << failure.text();
     }
 }
 

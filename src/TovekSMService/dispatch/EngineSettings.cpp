@@ -1,10 +1,10 @@
 #include "TovekSMService/dispatch/EngineSettings.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "common/SettingsText.h"
 #include "common/platform/PlatformFiles.h"
 #include "contract/BusTypes.h"
 
-#include <QDebug>
 #include <QStandardPaths>
 
 #include <cerrno>
@@ -53,14 +53,14 @@ void read(const SettingsText &text, const EngineNumber &number, EngineSettings &
         settings.*number.value = value;
         return;
     }
-    qWarning().noquote() << QStringLiteral("settings: %1/%2=%3 is no number from %4 to %5%6; %7 "
-                                           "is taken")
-                                .arg(QLatin1String(number.section), QLatin1String(number.key),
-                                     found->left(40))
-                                .arg(number.least)
-                                .arg(number.most)
-                                .arg(number.zeroIsOff ? QLatin1String(" or 0") : QLatin1String())
-                                .arg(settings.*number.value);
+    qCWarning(logDispatch).noquote()
+        << QStringLiteral("settings: %1/%2=%3 is no number from %4 to %5%6; %7 "
+                          "is taken")
+               .arg(QLatin1String(number.section), QLatin1String(number.key), found->left(40))
+               .arg(number.least)
+               .arg(number.most)
+               .arg(number.zeroIsOff ? QLatin1String(" or 0") : QLatin1String())
+               .arg(settings.*number.value);
 }
 
 } // namespace
@@ -100,7 +100,8 @@ EngineSettings EngineSettings::load()
     if (error == 0)
         return parse(bytes);
     if (error != ENOENT && error != ENOTDIR)
-        qWarning().noquote() << "settings:" << file() << "can't be read:" << std::strerror(error);
+        qCWarning(logDispatch).noquote()
+            << "settings:" << file() << "can't be read:" << std::strerror(error);
     return {};
 }
 
@@ -109,13 +110,14 @@ EngineSettings EngineSettings::parse(const QByteArray &bytes)
     EngineSettings settings;
     const std::optional<SettingsText> text = SettingsText::parse(bytes);
     if (!text) {
-        qWarning() << "settings: the file is no settings text; the defaults are taken";
+        qCWarning(logDispatch) << "settings: the file is no settings text; the defaults are taken";
         return settings;
     }
     for (const EngineNumber &number : numbers)
         read(*text, number, settings);
     if (settings.longestDelay < settings.firstDelay) {
-        qWarning() << "settings: LongestDelay is below FirstDelay; the defaults are taken for both";
+        qCWarning(logDispatch)
+            << "settings: LongestDelay is below FirstDelay; the defaults are taken for both";
         settings.firstDelay = EngineSettings{}.firstDelay;
         settings.longestDelay = EngineSettings{}.longestDelay;
     }

@@ -1,8 +1,7 @@
 #include "TovekSMService/dispatch/HeardOutcomes.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
-
-#include <QDebug>
 
 HeardOutcomes::HeardOutcomes(Store &store, int retryMs, TimeSource &time, QObject *parent)
     : QObject(parent), m_store(store), m_retryMs(retryMs), m_timer(time)
@@ -23,7 +22,7 @@ void HeardOutcomes::note()
         m_store.markReported(m_unnoted.values());
         m_unnoted.clear();
     } catch (const StoreFailure &failure) {
-        qWarning() << "what was handled could not be noted:" << failure.text();
+        qCWarning(logDispatch) << "what was handled could not be noted:" << failure.text();
         m_timer.start(m_retryMs);
     }
 }

@@ -1,10 +1,9 @@
 #include "TovekSMService/dispatch/Outbox.h"
 
 #include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 #include "contract/ErrorCodes.h"
-
-#include <QDebug>
 
 Outbox::Entry Outbox::Entry::then(const Entry &next) const
 {
@@ -44,7 +43,7 @@ void Outbox::flush(const FollowUp &next)
             isFollowed = next.begin && next.begin();
         });
     } catch (const StoreFailure &failure) {
-        qWarning() << "an outcome waits for the store:" << failure.text();
+        qCWarning(logDispatch) << "an outcome waits for the store:" << failure.text();
         noteStoreFailure(failure);
         m_retry.start(m_retryMs);
         return;
@@ -60,7 +59,7 @@ void Outbox::flush(const FollowUp &next)
 
 void Outbox::warn(qint32 code, const QString &text)
 {
-    qWarning().noquote() << "warning" << code << text;
+    qCWarning(logDispatch).noquote() << "warning" << code << text;
     Q_EMIT warned(code, text);
     const qint64 report = m_warnings.add({code, text});
     if (!m_heard)
@@ -83,7 +82,7 @@ void Outbox::reportFailed(const StoredMessage &message, qint64 outcome, qint32 c
         Q_EMIT sendingFailed(message.phone, message.text, code);
     if (code == ErrorCode::NoRespond) {
         const QString text = doubtOf(message.phone);
-        qWarning().noquote() << "warning" << code << text;
+        qCWarning(logDispatch).noquote() << "warning" << code << text;
         Q_EMIT warned(code, text);
         if (m_heard)
             Q_EMIT warning(code, text);

@@ -1,9 +1,8 @@
 #include "TovekSMService/dispatch/OutcomePruner.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
-
-#include <QDebug>
 
 namespace {
 
@@ -25,7 +24,7 @@ void OutcomePruner::step()
     try {
         forgotten = m_store.pruneOutcomes(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
     } catch (const StoreFailure &failure) {
-        qWarning().noquote() << "old outcomes stay for now:" << failure.text();
+        qCWarning(logDispatch).noquote() << "old outcomes stay for now:" << failure.text();
     }
     m_timer.start(forgotten < m_pace.outcomes ? m_pace.restMs : m_pace.stepMs);
 }

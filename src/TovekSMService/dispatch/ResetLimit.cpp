@@ -1,9 +1,8 @@
 #include "TovekSMService/dispatch/ResetLimit.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
-
-#include <QDebug>
 
 namespace {
 
@@ -24,7 +23,7 @@ void ResetLimit::noteReset()
     try {
         m_store.setLastReset(m_clock.wallClockText());
     } catch (const StoreFailure &failure) {
-        qWarning() << "the reset of the device could not be noted:" << failure.text();
+        qCWarning(logDispatch) << "the reset of the device could not be noted:" << failure.text();
     }
 }
 

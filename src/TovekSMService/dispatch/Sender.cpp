@@ -4,11 +4,10 @@
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/dispatch/RunState.h"
 #include "TovekSMService/dispatch/Scheduler.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/ErrorCodes.h"
-
-#include <QDebug>
 
 #include <algorithm>
 #include <memory>
@@ -52,7 +51,7 @@ void Sender::sendFirst()
         }
     } catch (const StoreFailure &failure) {
         // Nothing leaves without its commit: the store is looked at again shortly.
-        qWarning() << "the queue can't be used:" << failure.text();
+        qCWarning(logDispatch) << "the queue can't be used:" << failure.text();
         m_outbox.noteStoreFailure(failure);
         m_wake.start(m_storeRetryMs);
     }
@@ -107,7 +106,7 @@ Modem::Followers Sender::followersOf(const LeavingMessage &message) const
             const std::optional<StoredMessage> next = m_store.first();
             isFollowed = next && m_scheduler.isDue(*next);
         } catch (const StoreFailure &failure) {
-            qWarning() << "the queue can't be read:" << failure.text();
+            qCWarning(logDispatch) << "the queue can't be read:" << failure.text();
         }
     }
     return isFollowed ? Modem::Followers::Some : Modem::Followers::None;
@@ -146,7 +145,8 @@ void Sender::onPartFailed(const SendFailure &failure)
     const qint32 code = failure.rule.code;
     m_scheduler.setUnfinished(0);
     m_run.forgetPace();
-    qInfo().noquote() << "a part was not sent:" << code << failure.number << failure.text;
+    qCInfo(logDispatch).noquote() << "a part was not sent:" << code << failure.number
+                                  << failure.text;
     m_device.noteFailed(failure, isOfDevice(failure, message.id));
 
     if (failure.mayBeDelivered)
@@ -259,7 +259,7 @@ void Sender::release()
         m_releaseDue = false;
         m_scheduler.setUnfinished(0);
     } catch (const StoreFailure &failure) {
-        qWarning() << "messages in progress could not be released:" << failure.text();
+        qCWarning(logDispatch) << "messages in progress could not be released:" << failure.text();
         m_outbox.noteStoreFailure(failure);
         m_wake.start(m_storeRetryMs);
     }

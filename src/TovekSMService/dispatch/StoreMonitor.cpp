@@ -1,9 +1,8 @@
 #include "TovekSMService/dispatch/StoreMonitor.h"
 
 #include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
-
-#include <QDebug>
 
 StoreMonitor::StoreMonitor(Store &store, const DispatcherTimings &timings, TimeSource &time)
     : m_store(store), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeTroubleMs),
@@ -39,7 +38,7 @@ void StoreMonitor::probe()
 {
     try {
         m_store.probe();
-        qInfo() << "the store can be written again";
+        qCInfo(logDispatch) << "the store can be written again";
         m_failure.clear();
         endFault();
         m_lostFor.invalidate();
