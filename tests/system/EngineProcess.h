@@ -1,7 +1,7 @@
 #pragma once
 
-#include "gsm-simulator/RunningSimulator.h"
 #include "NorvaneSMS/engine/SMSManagerProxy.h"
+#include "gsm-simulator/RunningSimulator.h"
 #include "support/WaitUntil.h"
 
 #include <QDBusConnection>

@@ -65,8 +65,7 @@ TEST_F(EngineOnBus, whatItTellsOfItselfIsWhatTheContractDeclares)
         QStringLiteral("com.tovek.SMService"), QStringLiteral("/com/tovek/SMService"),
         QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect")));
     ASSERT_EQ(answer.type(), QDBusMessage::ReplyMessage);
-    QFile contract(
-        QStringLiteral(NORVANE_SOURCE_DIR "/src/contract/com.tovek.SMService.xml"));
+    QFile contract(QStringLiteral(NORVANE_SOURCE_DIR "/src/contract/com.tovek.SMService.xml"));
     ASSERT_TRUE(contract.open(QIODevice::ReadOnly));
     const QStringList declared = declarations(QString::fromUtf8(contract.readAll()));
     EXPECT_EQ(declared.size(), 18 + 7);

@@ -1,5 +1,5 @@
-#include "gsm-simulator/RunningSimulator.h"
 #include "TovekSMService/host/EngineProcess.h"
+#include "gsm-simulator/RunningSimulator.h"
 
 #include "NorvaneSMS/engine/EngineLauncher.h"
 #include "NorvaneSMS/engine/EngineWait.h"
