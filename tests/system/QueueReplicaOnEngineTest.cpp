@@ -114,7 +114,7 @@ TEST_F(QueueReplicaOnEngine, anEngineThatDiesBetweenTwoPagesIsFollowedByTheNextO
                                      QVariant::fromValue(QList<qlonglong>())});
         if (call.member() == QStringLiteral("GetQueue")) {
             ++pages;
-            dying->vanishBehindThisAnswer();
+            dying->vanishWithThisAnswer();
             return ReplacedEngine::page(call, 55, 5, firstPage);
         }
         return call.createReply();

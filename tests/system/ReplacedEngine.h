@@ -43,8 +43,8 @@ public:
     bool isThere() const { return m_isThere; }
     /// Leaves the bus as an engine that ends. May be called while a call is being answered.
     void vanish() { m_bus.unregisterService(QLatin1String(Bus::ServiceName)); }
-    /// Leaves the bus behind the answer that is being given.
-    void vanishBehindThisAnswer() { m_goes = true; }
+    /// The answer that is being given is the last one: who has it finds no engine any more.
+    void vanishWithThisAnswer() { m_goes = true; }
 
     /// The answer to GetQueue that holds `rows` of a snapshot of `total` rows.
     static QDBusMessage page(const QDBusMessage &call, quint64 snapshot, quint32 total,
@@ -66,9 +66,10 @@ private:
             QDBusMessage answer = m_answer(call);
             if (answer.type() == QDBusMessage::InvalidMessage)
                 answer = call.createErrorReply(QDBusError::UnknownMethod, call.member());
-            bus.send(answer);
+            // In this order: whoever has the answer could ask again before the name is gone.
             if (std::exchange(m_owner.m_goes, false))
                 m_owner.vanish();
+            bus.send(answer);
             return true;
         }
 
