@@ -9,13 +9,17 @@
 
 #include <benchmark/benchmark.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString textOf160()
 {
     QString text;
     while (text.size() < 160)
-        text += QStringLiteral("Coração à João, ñandú y más: 10 € ");
+        text += u"Coração à João, ñandú y más: 10 € "_s;
     return text.left(160);
 }
 
@@ -24,11 +28,10 @@ QList<QueueRow> waiting(int count)
     QList<QueueRow> rows;
     rows.reserve(count);
     for (int i = 0; i < count; ++i)
-        rows.append({QStringLiteral("2100-01-01T%1:%2:00")
-                         .arg(i / 60 % 24, 2, 10, QLatin1Char('0'))
+        rows.append({u"2100-01-01T%1:%2:00"_s.arg(i / 60 % 24, 2, 10, QLatin1Char('0'))
                          .arg(i % 60, 2, 10, QLatin1Char('0')),
-                     QStringLiteral("9%1").arg(i, 8, 10, QLatin1Char('0')),
-                     QStringLiteral("Su pedido %1 está listo para recoger.").arg(i), i + 1});
+                     u"9%1"_s.arg(i, 8, 10, QLatin1Char('0')),
+                     u"Su pedido %1 está listo para recoger."_s.arg(i), i + 1});
     return rows;
 }
 
@@ -69,7 +72,7 @@ void appendToTerminal(benchmark::State &state)
     terminal.resize(530, 117);
     terminal.show();
     QCoreApplication::processEvents();
-    const QString line = QStringLiteral("Mensaje enviado a 912345678.");
+    const QString line = u"Mensaje enviado a 912345678."_s;
     for (int i = 0; i < state.range(0); ++i)
         terminal.appendLine(line);
     for ([[maybe_unused]] auto step : state) {
@@ -88,8 +91,8 @@ void appendToSentGrid(benchmark::State &state)
     grid.resize(400, 155);
     grid.show();
     QCoreApplication::processEvents();
-    const SentGridModel::Row row{QStringLiteral("20/11/26 9:30:15"), QStringLiteral("912345678"),
-                                 QStringLiteral("Hola"), SentGridModel::Outcome::Sent};
+    const SentGridModel::Row row{u"20/11/26 9:30:15"_s, u"912345678"_s, u"Hola"_s,
+                                 SentGridModel::Outcome::Sent};
     for (int i = 0; i < state.range(0); ++i)
         model.add(row);
     for ([[maybe_unused]] auto step : state) {
@@ -100,6 +103,10 @@ void appendToSentGrid(benchmark::State &state)
 BENCHMARK(appendToSentGrid)->Arg(0)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 
 } // namespace
+
+} // namespace norvane
+
+using namespace norvane;
 
 int main(int argc, char **argv)
 {

@@ -29,6 +29,10 @@
 
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 QTextStream &out()
@@ -90,7 +94,7 @@ void measureText(const QString &path)
 {
     const int lines = benchSize(1'000'000);
     write(path, listOf(lines));
-    figure(QStringLiteral("floor: the bytes of %1 lines").arg(lines), secondsOf([&] {
+    figure(u"floor: the bytes of %1 lines"_s.arg(lines), secondsOf([&] {
                QFile file(path);
                if (!file.open(QIODevice::ReadOnly))
                    qFatal("the list can't be read");
@@ -101,18 +105,18 @@ void measureText(const QString &path)
     NumberedFiles files;
     clsCollection recipients;
     const double before = processorSeconds();
-    figure(QStringLiteral("a text of %1 lines, without duplicates").arg(lines),
+    figure(u"a text of %1 lines, without duplicates"_s.arg(lines),
            secondsOf([&] { readTextRecipients(files, path, Duplicates::Remove, recipients); }),
            "s");
-    figure(QStringLiteral("of it on the processor"), processorSeconds() - before, "s");
-    figure(QStringLiteral("memory of the process then"), memoryMebibytes(), "MiB");
+    figure(u"of it on the processor"_s, processorSeconds() - before, "s");
+    figure(u"memory of the process then"_s, memoryMebibytes(), "MiB");
     if (recipients.getCount() != lines)
         qFatal("%d items", recipients.getCount());
 }
 
 void measureSheet(const QString &what, const QString &path)
 {
-    figure(QStringLiteral("floor: the bytes of ") + what, secondsOf([&] {
+    figure(u"floor: the bytes of "_s + what, secondsOf([&] {
                QFile file(path);
                if (!file.open(QIODevice::ReadOnly))
                    qFatal("%s can't be read", qPrintable(path));
@@ -120,7 +124,7 @@ void measureSheet(const QString &what, const QString &path)
            }),
            "s");
     clsCollection recipients;
-    figure(what + QStringLiteral(", opened and read"), secondsOf([&] {
+    figure(what + u", opened and read"_s, secondsOf([&] {
                HelperConnection connection(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSheetReader"));
                connection.open(path);
                const QString sheet = connection.sheets().first();
@@ -143,33 +147,33 @@ void measureSheets(const QTemporaryDir &folder)
         ods += "<t:table-row><t:table-cell o:value-type=\"float\" o:value=\"" + number +
                "\"><x:p>" + number + "</x:p></t:table-cell></t:table-row>";
     }
-    const QString path = folder.filePath(QStringLiteral("book"));
+    const QString path = folder.filePath(u"book"_s);
     write(path, xlsxOf(xlsx));
-    measureSheet(QStringLiteral("an .xlsx of %1 rows").arg(rows), path);
+    measureSheet(u"an .xlsx of %1 rows"_s.arg(rows), path);
     write(path, odsOf(ods));
-    measureSheet(QStringLiteral("an .ods of %1 rows").arg(rows), path);
+    measureSheet(u"an .ods of %1 rows"_s.arg(rows), path);
     // The kind that can't be laid out by a few lines: made by tests/data/import/sixty-thousand.pl.
     const QString xls = qEnvironmentVariable("NORVANE_BENCH_XLS");
     if (!xls.isEmpty())
-        measureSheet(QStringLiteral("an .xls of 60,000 rows"), xls);
+        measureSheet(u"an .xls of 60,000 rows"_s, xls);
 }
 
 void measureTransaction(const QString &path, int rows)
 {
-    figure(QStringLiteral("floor: one transaction of %1 rows").arg(rows), secondsOf([&] {
-               QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+    figure(u"floor: one transaction of %1 rows"_s.arg(rows), secondsOf([&] {
+               QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s);
                database.setDatabaseName(path);
                database.open();
                QSqlQuery query(database);
-               query.exec(QStringLiteral("PRAGMA journal_mode=WAL"));
-               query.exec(QStringLiteral("PRAGMA synchronous=FULL"));
-               query.exec(QStringLiteral("CREATE TABLE t (phone TEXT, message TEXT, date TEXT)"));
+               query.exec(u"PRAGMA journal_mode=WAL"_s);
+               query.exec(u"PRAGMA synchronous=FULL"_s);
+               query.exec(u"CREATE TABLE t (phone TEXT, message TEXT, date TEXT)"_s);
                database.transaction();
-               query.prepare(QStringLiteral("INSERT INTO t VALUES (?, ?, ?)"));
+               query.prepare(u"INSERT INTO t VALUES (?, ?, ?)"_s);
                for (int i = 0; i < rows; ++i) {
                    query.addBindValue(QString::number(600'000'000 + i));
-                   query.addBindValue(QStringLiteral("Su pedido %1 esta listo.").arg(i));
-                   query.addBindValue(QStringLiteral("2100-01-01T00:00:00"));
+                   query.addBindValue(u"Su pedido %1 esta listo."_s.arg(i));
+                   query.addBindValue(u"2100-01-01T00:00:00"_s);
                    query.exec();
                }
                database.commit();
@@ -192,46 +196,46 @@ public:
 void measureBulkSend(const QTemporaryDir &folder)
 {
     const int count = benchSize(30'000);
-    const QString list = folder.filePath(QStringLiteral("list.txt"));
+    const QString list = folder.filePath(u"list.txt"_s);
     write(list, listOf(count));
-    measureTransaction(folder.filePath(QStringLiteral("floor.sqlite")), count);
+    measureTransaction(folder.filePath(u"floor.sqlite"_s), count);
 
     NoBoxes boxes;
     installMessageBoxes(&boxes);
     goLocalize = std::make_unique<cls_Localize>();
-    goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
-                     QStringLiteral("ESN"));
+    goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"), u"ESN"_s);
     IniStoredSettings settings;
-    settings.save(QStringLiteral("Norvane"), QStringLiteral("SMS"), QStringLiteral("ServerMode"),
-                  QStringLiteral("True"));
+    settings.save(u"Norvane"_s, u"SMS"_s, u"ServerMode"_s, u"True"_s);
     ProcessEngineLauncher launcher(QDBusConnection::sessionBus(),
                                    QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"),
-                                   Bus::CallTimeout);
+                                   Bus::callTimeout);
     frmSMSClient console({[&] { return std::make_unique<SMSManagerProxy>(launcher); }, [] {},
                           [] { return QDateTime(QDate(2100, 1, 1), QTime(0, 0), Qt::UTC); },
                           ModeSettings(settings, folder.path()), QLocale::c()});
     console.Form_Load();
     console.show();
-    console.findChild<MessageEdit *>(QStringLiteral("txtMessage"))
-        ->setText(QStringLiteral("Su pedido %1 esta listo."));
+    console.findChild<MessageEdit *>(u"txtMessage"_s)->setText(u"Su pedido %1 esta listo."_s);
     SMSManagerProxy other(launcher);
     QElapsedTimer timer;
     QTimer::singleShot(0, &console, [&] {
         auto *const form = console.findChild<frmImport *>();
-        form->findChild<QLineEdit *>(QStringLiteral("txtFilePath"))->setText(list);
+        form->findChild<QLineEdit *>(u"txtFilePath"_s)->setText(list);
         timer.start();
-        form->findChild<QPushButton *>(QStringLiteral("btnImport"))->click();
+        form->findChild<QPushButton *>(u"btnImport"_s)->click();
     });
-    console.findChild<QPushButton *>(QStringLiteral("btnImport"))->click();
+    console.findChild<QPushButton *>(u"btnImport"_s)->click();
     if (other.GetQueueSize() != count)
         qFatal("%d messages", other.GetQueueSize());
-    figure(QStringLiteral("a bulk send of %1, from the dialog's button to the queue's count")
-               .arg(count),
+    figure(u"a bulk send of %1, from the dialog's button to the queue's count"_s.arg(count),
            static_cast<double>(timer.nsecsElapsed()) / 1e9, "s");
     console.close();
 }
 
 } // namespace
+
+} // namespace norvane
+
+using namespace norvane;
 
 int main(int argc, char **argv)
 {
@@ -240,7 +244,7 @@ int main(int argc, char **argv)
         qputenv(variable, QFile::encodeName(sandbox.filePath(QLatin1String(variable))));
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const Application application(argc, argv);
-    measureText(sandbox.filePath(QStringLiteral("list.txt")));
+    measureText(sandbox.filePath(u"list.txt"_s));
     measureSheets(sandbox);
     measureBulkSend(sandbox);
     return 0; // the engine ends with its bus

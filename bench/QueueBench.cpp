@@ -14,6 +14,10 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 QTextStream &out()
@@ -24,9 +28,9 @@ QTextStream &out()
 
 QByteArray record(int number)
 {
-    return QueueDropFile::encode({QStringLiteral("+34 600-123 456"),
+    return QueueDropFile::encode({u"+34 600-123 456"_s,
                                   {QDate(2100, 1, 1), QTime(12, 30, 45), Qt::UTC},
-                                  QStringLiteral("Su pedido %1 esta listo.").arg(number)});
+                                  u"Su pedido %1 esta listo."_s.arg(number)});
 }
 
 QByteArray records(int count)
@@ -85,13 +89,13 @@ qint64 measureSingleCalls(SMSManager &engine, int count)
 
 qint64 measureOneFile(SMSManager &engine, const QString &folder, int count)
 {
-    const QString file = folder + QStringLiteral("/sms.bulk");
+    const QString file = folder + u"/sms.bulk"_s;
     write(file, records(count));
     QElapsedTimer timer;
     timer.start();
     ImportSMSFile(file, engine, QString());
     const qint64 taken = timer.nsecsElapsed();
-    report(qPrintable(QStringLiteral("one file of %1 records").arg(count)), taken, count);
+    report(qPrintable(u"one file of %1 records"_s.arg(count)), taken, count);
     return taken / count;
 }
 
@@ -100,7 +104,7 @@ qint64 measureFiles(SMSManager &engine, const QString &folder, int count, int to
 {
     QStringList files;
     for (int i = 0; i < count; ++i) {
-        files.append(folder + QStringLiteral("/sms.") + QString::number(i));
+        files.append(folder + u"/sms."_s + QString::number(i));
         write(files.last(), record(i));
     }
     QElapsedTimer timer;
@@ -108,9 +112,8 @@ qint64 measureFiles(SMSManager &engine, const QString &folder, int count, int to
     for (qsizetype next = 0; next < files.size(); next += together)
         ImportSMSFiles(files.mid(next, together), engine, QString());
     const qint64 taken = timer.nsecsElapsed();
-    report(
-        qPrintable(QStringLiteral("%1 files of one record, %2 at a time").arg(count).arg(together)),
-        taken, count);
+    report(qPrintable(u"%1 files of one record, %2 at a time"_s.arg(count).arg(together)), taken,
+           count);
     return taken / count;
 }
 
@@ -134,16 +137,20 @@ void measureReader(SMSManager &engine, const QString &folder)
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QTemporaryDir sandbox;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("data"))));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("config"))));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(u"data"_s)));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(u"config"_s)));
     const QCoreApplication application(argc, argv);
     measureDecoder();
     ProcessEngineLauncher launcher(QDBusConnection::sessionBus(),
                                    QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"),
-                                   Bus::CallTimeout);
+                                   Bus::callTimeout);
     SMSManagerProxy engine(launcher);
     measureReader(engine, sandbox.path());
     return 0; // the engine ends with its bus

@@ -26,6 +26,10 @@
 #include <atomic>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 QTextStream &out()
@@ -112,13 +116,12 @@ public:
     Changer()
     {
         m_thread.reset(QThread::create([this] {
-            const QString name = QStringLiteral("changer");
+            const QString name = u"changer"_s;
             QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
             QDBusMessage add = QDBusMessage::createMethodCall(
-                QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-                QLatin1String(Bus::InterfaceName), QStringLiteral("AddSMS"));
-            add << QStringLiteral("600000000") << QStringLiteral("one more")
-                << Bus::dateText(later());
+                QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+                QLatin1String(Bus::interfaceName), u"AddSMS"_s);
+            add << u"600000000"_s << u"one more"_s << Bus::dateText(later());
             while (!m_stop) {
                 bus.call(add);
                 ++changes;
@@ -146,8 +149,8 @@ void fillQueue(SMSManager &engine)
     for (int done = 0; done < waitingMessages(); done += atOnce) {
         SMSList list;
         for (int i = 0; i < atOnce; ++i)
-            list.Add(QStringLiteral("9%1").arg(done + i, 8, 10, QLatin1Char('0')),
-                     QStringLiteral("Su pedido %1 está listo para recoger.").arg(done + i));
+            list.Add(u"9%1"_s.arg(done + i, 8, 10, QLatin1Char('0')),
+                     u"Su pedido %1 está listo para recoger."_s.arg(done + i));
         engine.AddSMSList(list, later().addSecs(done));
     }
 }
@@ -159,7 +162,7 @@ void measureWindow(frmSMSClient &console)
     runLoop(benchSize(1000, 200));
     pulse.print("quiet");
 
-    auto *const grid = console.findChild<QueueGrid *>(QStringLiteral("grdQueue"));
+    auto *const grid = console.findChild<QueueGrid *>(u"grdQueue"_s);
     int rebuilds = 0;
     QObject::connect(grid->model(), &QAbstractItemModel::modelReset, [&] { ++rebuilds; });
     {
@@ -180,23 +183,26 @@ void measureWindow(frmSMSClient &console)
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QTemporaryDir sandbox;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("data"))));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("config"))));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(u"data"_s)));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(u"config"_s)));
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
 
     ProcessEngineLauncher launcher(QDBusConnection::sessionBus(), engineProgram(),
-                                   Bus::CallTimeout);
+                                   Bus::callTimeout);
     {
         SMSManagerProxy engine(launcher);
         fillQueue(engine);
     }
     goLocalize = std::make_unique<cls_Localize>();
-    if (!goLocalize->Init(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSMS_ESN.XML"),
-                          QStringLiteral("ESN")))
+    if (!goLocalize->Init(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSMS_ESN.XML"), u"ESN"_s))
         return 1;
     IniStoredSettings settings;
     frmSMSClient console({[&] { return std::make_unique<SMSManagerProxy>(launcher); },

@@ -28,6 +28,10 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 QTextStream &out()
@@ -38,12 +42,12 @@ QTextStream &out()
 
 QString phone()
 {
-    return QStringLiteral("912345678");
+    return u"912345678"_s;
 }
 
 QString text(int number)
 {
-    return QStringLiteral("Su pedido %1 está listo.").arg(number, 6, 10, QLatin1Char('0'));
+    return u"Su pedido %1 está listo."_s.arg(number, 6, 10, QLatin1Char('0'));
 }
 
 /// Counts the lines of a growing file without reading any of them twice.
@@ -145,18 +149,16 @@ class Engine
 public:
     Engine(const RunningSimulator &simulator, int messages)
     {
-        qputenv("XDG_DATA_HOME", QFile::encodeName(simulator.folder() + QStringLiteral("/data")));
-        qputenv("XDG_CONFIG_HOME",
-                QFile::encodeName(simulator.folder() + QStringLiteral("/config")));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(simulator.folder() + u"/data"_s));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(simulator.folder() + u"/config"_s));
         const QString program = QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
-        QProcess::execute(
-            program, {QStringLiteral("--device"), simulator.link() + QStringLiteral(", 115200")});
+        QProcess::execute(program, {u"--device"_s, simulator.link() + u", 115200"_s});
         m_launcher = std::make_unique<ProcessEngineLauncher>(QDBusConnection::sessionBus(), program,
-                                                             Bus::CallTimeout);
+                                                             Bus::callTimeout);
         m_proxy = std::make_unique<SMSManagerProxy>(*m_launcher);
         add(messages);
         m_pid =
-            QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::ServiceName));
+            QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::serviceName));
     }
 
     ~Engine()
@@ -164,7 +166,7 @@ public:
         m_proxy.reset();
         ::kill(static_cast<pid_t>(m_pid), SIGTERM);
         while (QDBusConnection::sessionBus().interface()->isServiceRegistered(
-            QLatin1String(Bus::ServiceName)))
+            QLatin1String(Bus::serviceName)))
             QThread::msleep(5);
     }
     Engine(const Engine &) = delete;
@@ -172,10 +174,10 @@ public:
 
     void add(int messages)
     {
-        constexpr int mostInOneList = 10'000;
-        for (int first = 0; first < messages; first += mostInOneList) {
+        constexpr int maxListLength = 10'000;
+        for (int first = 0; first < messages; first += maxListLength) {
             SMSList list;
-            for (int i = first; i < std::min(messages, first + mostInOneList); ++i)
+            for (int i = first; i < std::min(messages, first + maxListLength); ++i)
                 list.Add(phone(), text(i));
             m_proxy->AddSMSList(list, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
         }
@@ -191,7 +193,7 @@ public:
     /// Kilobytes that are the process's own, in memory.
     qint64 memory() const
     {
-        QFile file(QStringLiteral("/proc/%1/status").arg(m_pid));
+        QFile file(u"/proc/%1/status"_s.arg(m_pid));
         if (!file.open(QIODevice::ReadOnly))
             return 0;
         for (const QByteArray &line : file.readAll().split('\n'))
@@ -231,7 +233,7 @@ double median(std::vector<double> values)
 double flushesASecond()
 {
     const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("pages")));
+    QFile file(folder.filePath(u"pages"_s));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return 0;
     const QByteArray page(4096, 'x');
@@ -266,7 +268,7 @@ void compare(const char *what, const QStringList &options, int messages, int rou
 
 void compareWithLine(int baud, int messages)
 {
-    const QStringList options = {QStringLiteral("--baud"), QString::number(baud)};
+    const QStringList options = {u"--baud"_s, QString::number(baud)};
     const Run bare = bareLoop(options, messages);
     const double engine = engineSeconds(options, messages);
     constexpr double bitsOfAByte = 10; // 8N1
@@ -298,18 +300,21 @@ void measureMemory()
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    if (QCoreApplication::arguments().contains(QLatin1String("memory"))) {
+    if (QCoreApplication::arguments().contains("memory"_L1)) {
         measureMemory();
         return 0;
     }
     out() << "flushes of a page: " << QString::number(flushesASecond(), 'f', 0) << " a second"
           << Qt::endl;
     compare("zero latency", {}, benchSize(5000), benchSize(5));
-    compare("--latency 200", {QStringLiteral("--latency"), QStringLiteral("200")}, benchSize(50),
-            1);
+    compare("--latency 200", {u"--latency"_s, u"200"_s}, benchSize(50), 1);
     compareWithLine(9600, benchSize(50));
     return 0;
 }

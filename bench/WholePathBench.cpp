@@ -17,6 +17,10 @@
 #include <algorithm>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 QTextStream &out()
@@ -58,7 +62,7 @@ void measureCalls(SMSManager &engine)
     const int additions = benchSize(500);
     timer.start();
     for (int i = 0; i < additions; ++i)
-        engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), later());
+        engine.AddSMS(u"912345678"_s, u"Hola"_s, later());
     figure("AddSMS, on disk when it returns",
            static_cast<double>(timer.nsecsElapsed()) / additions / 1000, "us");
     engine.ClearQueue();
@@ -66,7 +70,7 @@ void measureCalls(SMSManager &engine)
     SMSList list;
     const int rows = benchSize(10'000);
     for (int i = 0; i < rows; ++i)
-        list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido está listo para recoger."));
+        list.Add(u"912345678"_s, u"Su pedido está listo para recoger."_s);
     timer.start();
     engine.AddSMSList(list, later());
     figure("AddSMSList of 10,000", static_cast<double>(timer.nsecsElapsed()) / 1e6, "ms");
@@ -88,7 +92,7 @@ void measureLatency(SMSManager &engine, const QString &log)
 {
     // The first message ends the talk that opens the device.
     engine.StartEngine();
-    engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+    engine.AddSMS(u"912345678"_s, u"Hola"_s, due());
     waitForLines(log, 1);
     std::vector<double> taken;
     const int rounds = benchSize(200);
@@ -96,7 +100,7 @@ void measureLatency(SMSManager &engine, const QString &log)
         const int before = linesIn(log);
         QElapsedTimer timer;
         timer.start();
-        engine.AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+        engine.AddSMS(u"912345678"_s, u"Hola"_s, due());
         while (linesIn(log) == before)
             QCoreApplication::processEvents();
         taken.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
@@ -113,7 +117,7 @@ void measureThroughput(SMSManager &engine, const QString &log)
     const int messages = benchSize(5000);
     SMSList list;
     for (int i = 0; i < messages; ++i)
-        list.Add(QStringLiteral("912345678"), QStringLiteral("Su pedido %1 está listo.").arg(i));
+        list.Add(u"912345678"_s, u"Su pedido %1 está listo."_s.arg(i));
     const int before = linesIn(log);
     QElapsedTimer timer;
     timer.start();
@@ -125,25 +129,27 @@ void measureThroughput(SMSManager &engine, const QString &log)
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QTemporaryDir sandbox;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("data"))));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(QStringLiteral("config"))));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.filePath(u"data"_s)));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(sandbox.filePath(u"config"_s)));
     const QCoreApplication application(argc, argv);
     const QString bin = QStringLiteral(NORVANE_BIN_DIR);
-    const QString log = sandbox.filePath(QStringLiteral("log"));
-    const QString link = sandbox.filePath(QStringLiteral("gsm"));
+    const QString log = sandbox.filePath(u"log"_s);
+    const QString link = sandbox.filePath(u"gsm"_s);
 
     QProcess simulator;
-    simulator.start(bin + QStringLiteral("/gsm-simulator"),
-                    {QStringLiteral("--link"), link, QStringLiteral("--log"), log});
+    simulator.start(bin + u"/gsm-simulator"_s, {u"--link"_s, link, u"--log"_s, log});
     simulator.waitForReadyRead(10'000);
-    QProcess::execute(bin + QStringLiteral("/TovekSMService"),
-                      {QStringLiteral("--device"), link + QStringLiteral(", 115200")});
+    QProcess::execute(bin + u"/TovekSMService"_s, {u"--device"_s, link + u", 115200"_s});
 
-    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(),
-                                   bin + QStringLiteral("/TovekSMService"), Bus::CallTimeout);
+    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(), bin + u"/TovekSMService"_s,
+                                   Bus::callTimeout);
     {
         SMSManagerProxy engine(launcher);
         measureCalls(engine);

@@ -10,7 +10,7 @@ packages=(
     # build
     g++ cmake ninja-build
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-serialport-dev libicu-dev
-    libquazip1-qt6-dev libxcb1-dev
+    libquazip1-qt6-dev libexpected-dev libxcb1-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     # run: database driver, drawings, the toolkit's own texts, the console's font, the session bus
     libqt6sql6-sqlite libqt6svg6 qt6-translations-l10n fonts-liberation2 dbus dbus-daemon

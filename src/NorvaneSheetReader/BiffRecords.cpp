@@ -6,6 +6,10 @@
 
 #include <bit>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace Biff {
 namespace {
 
@@ -90,7 +94,7 @@ QString Record::takeText(qsizetype length)
 
 QString Record::takeCharacters(qsizetype length, bool wide)
 {
-    QString text = u""_qs;
+    QString text = u""_s;
     while (text.size() < length && !atEnd()) {
         if (m_position >= m_pieces.at(m_piece).size()) {
             ++m_piece;
@@ -108,7 +112,7 @@ QString Record::takeAnsi(qsizetype length)
     QByteArray bytes;
     while (bytes.size() < length && !atEnd())
         bytes += static_cast<char>(takeByte());
-    return bytes.isEmpty() ? u""_qs : CodePages::fromAnsi(bytes);
+    return bytes.isEmpty() ? u""_s : CodePages::fromAnsi(bytes);
 }
 
 std::optional<Record> RecordReader::one()
@@ -139,3 +143,5 @@ std::optional<Record> RecordReader::next()
 }
 
 } // namespace Biff
+
+} // namespace norvane

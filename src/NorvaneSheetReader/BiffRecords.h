@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 namespace Biff {
 
 enum Id : quint16 {
@@ -83,3 +85,5 @@ private:
 };
 
 } // namespace Biff
+
+} // namespace norvane

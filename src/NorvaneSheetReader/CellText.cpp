@@ -6,11 +6,15 @@
 #include <algorithm>
 #include <cmath>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace CellText {
 namespace {
 
-constexpr int Digits = 15;
-constexpr qint64 SecondsOfDay = 86400;
+constexpr int significantDigits = 15;
+constexpr qint64 secondsOfDay = 86400;
 
 /// The digits of `value` without their trailing zeros, and the power of ten of the first one.
 struct Decimal
@@ -22,7 +26,7 @@ struct Decimal
 
 Decimal decimal(double value)
 {
-    const QByteArray written = QByteArray::number(std::abs(value), 'e', Digits - 1);
+    const QByteArray written = QByteArray::number(std::abs(value), 'e', significantDigits - 1);
     const qsizetype mark = written.indexOf('e');
     QByteArray digits = written.first(mark);
     digits.remove(1, 1);
@@ -52,10 +56,10 @@ QByteArray withoutExponent(const Decimal &number)
 QString ofDateTime(const QDateTime &moment)
 {
     const bool isDay = moment.date() > QDate(1899, 12, 31) || moment.date() < QDate(1899, 12, 30);
-    const QString time = moment.toString(QStringLiteral("HH:mm:ss"));
+    const QString time = moment.toString(u"HH:mm:ss"_s);
     if (!isDay)
         return time;
-    const QString day = moment.toString(QStringLiteral("yyyy-MM-dd"));
+    const QString day = moment.toString(u"yyyy-MM-dd"_s);
     return moment.time() == QTime(0, 0) ? day : day + u' ' + time;
 }
 
@@ -98,7 +102,7 @@ Kind kindOfCode(const QString &code)
 {
     const QString writing = writingPartOf(code);
     // "m" is minutes beside hours or seconds, and else months; "mmm" is always the month's name.
-    if (writing.contains(u'y') || writing.contains(u'd') || writing.contains(u"mmm"_qs))
+    if (writing.contains(u'y') || writing.contains(u'd') || writing.contains(u"mmm"_s))
         return Kind::Date;
     if (writing.contains(u'h') || writing.contains(u's'))
         return Kind::Time;
@@ -112,13 +116,14 @@ QString ofNumber(double value)
     if (!std::isfinite(value))
         return {};
     const Decimal number = decimal(value);
-    const QByteArray text = number.power >= Digits ? withExponent(number) : withoutExponent(number);
+    const QByteArray text =
+        number.power >= significantDigits ? withExponent(number) : withoutExponent(number);
     return QLatin1String(number.negative ? "-" : "") + QString::fromLatin1(text);
 }
 
 QString ofBoolean(bool value)
 {
-    return value ? QStringLiteral("True") : QStringLiteral("False");
+    return value ? u"True"_s : u"False"_s;
 }
 
 /// The time of day of a moment, to the second, without its zone.
@@ -148,10 +153,9 @@ QString ofDuration(double seconds)
 {
     constexpr double limit = 1e14; // three million years
     if (!(std::abs(seconds) < limit))
-        return ofNumber(seconds / SecondsOfDay);
+        return ofNumber(seconds / secondsOfDay);
     const qint64 whole = std::llround(std::abs(seconds));
-    return QStringLiteral("%1%2:%3:%4")
-        .arg(seconds < 0 && whole > 0 ? u"-" : u"")
+    return u"%1%2:%3:%4"_s.arg(seconds < 0 && whole > 0 ? u"-" : u"")
         .arg(whole / 3600, 2, 10, QChar(u'0'))
         .arg(whole / 60 % 60, 2, 10, QChar(u'0'))
         .arg(whole % 60, 2, 10, QChar(u'0'));
@@ -162,18 +166,18 @@ QString ofDays(double days, Kind kind, bool from1904)
     if (kind == Kind::Number)
         return ofNumber(days);
     if (kind == Kind::Time)
-        return ofDuration(days * SecondsOfDay);
+        return ofDuration(days * secondsOfDay);
     constexpr double limit = 2958466; // 10000-01-01 of the calendar that counts from 1900
     if (!(days >= 0 && days < limit))
         return ofNumber(days);
-    const qint64 seconds = std::llround(days * SecondsOfDay);
-    const qint64 day = seconds / SecondsOfDay;
+    const qint64 seconds = std::llround(days * secondsOfDay);
+    const qint64 day = seconds / secondsOfDay;
     // The calendar that counts from 1900 has a 29th of February in that year.
     const QDate start = from1904   ? QDate(1904, 1, 1)
                         : day < 60 ? QDate(1899, 12, 31)
                                    : QDate(1899, 12, 30);
     const QDateTime moment(start.addDays(day),
-                           QTime(0, 0).addSecs(static_cast<int>(seconds % SecondsOfDay)), Qt::UTC);
+                           QTime(0, 0).addSecs(static_cast<int>(seconds % secondsOfDay)), Qt::UTC);
     return moment.date().year() > 9999 ? ofNumber(days) : ofDateTime(moment);
 }
 
@@ -183,3 +187,5 @@ Kind kindOf(qsizetype identifier, const QString &code)
 }
 
 } // namespace CellText
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
+namespace norvane {
+
 // How the values of cells are written, alike from each kind of workbook. docs/import.md tells the
 // rules. A second that has begun by half is written as a whole one.
 
@@ -33,3 +35,5 @@ Kind kindOf(qsizetype identifier, const QString &code);
 QString ofDays(double days, Kind kind, bool from1904);
 
 } // namespace CellText
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <cstring>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr std::size_t blockLength = 1 << 20;
@@ -56,7 +60,7 @@ void CellTexts::count(qint64 &counter)
 {
     if (++counter > maxCells)
         SheetFailure::raise(SheetFailure::BadFile,
-                            u"The workbook holds more than 6,000,000 cells."_qs);
+                            u"The workbook holds more than 6,000,000 cells."_s);
 }
 
 /// Room behind the last text, in a new block if the last one has none left.
@@ -65,7 +69,7 @@ char *CellTexts::room(std::size_t bytes)
     m_bytes += static_cast<qint64>(bytes);
     if (m_bytes > maxBytes)
         SheetFailure::raise(SheetFailure::BadFile,
-                            u"The workbook holds more than 256 MiB of text."_qs);
+                            u"The workbook holds more than 256 MiB of text."_s);
     if (m_blockLength - m_used < bytes) {
         m_blockLength = std::max(blockLength, bytes);
         m_blocks.push_back(std::make_unique_for_overwrite<char[]>(m_blockLength));
@@ -75,3 +79,5 @@ char *CellTexts::room(std::size_t bytes)
     m_used += bytes;
     return at;
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+namespace norvane {
+
 /// The texts of a workbook's cells, packed one behind the other: as strings of their own, those of
 /// a large workbook would take more memory than the process may have. A text that many cells name
 /// is kept once.
@@ -42,3 +44,5 @@ private:
     qint64 m_cells = 0;
     qint64 m_shared = 0;
 };
+
+} // namespace norvane

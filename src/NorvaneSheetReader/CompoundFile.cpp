@@ -7,16 +7,20 @@
 #include <algorithm>
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr quint32 LastSector = 0xFFFFFFFA; ///< numbers from here on are marks
-constexpr qsizetype HeaderLength = 512;
-constexpr qsizetype EntryLength = 128;
-constexpr quint32 SmallStream = 4096; ///< streams below this length lie in small sectors
+constexpr quint32 lastSector = 0xFFFFFFFA; ///< numbers from here on are marks
+constexpr qsizetype headerLength = 512;
+constexpr qsizetype entryLength = 128;
+constexpr quint32 smallStream = 4096; ///< streams below this length lie in small sectors
 
 [[noreturn]] void failAsDamaged()
 {
-    SheetFailure::raise(SheetFailure::BadFile, u"The workbook's file is damaged."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The workbook's file is damaged."_s);
 }
 
 QList<quint32> numbersOf(const QByteArray &bytes)
@@ -36,7 +40,7 @@ bool CompoundFile::isOne(const QByteArray &bytes)
 
 CompoundFile::CompoundFile(const QByteArray &bytes) : m_bytes(bytes)
 {
-    if (bytes.size() < HeaderLength)
+    if (bytes.size() < headerLength)
         failAsDamaged();
     const auto shift = [&](qsizetype offset) {
         return qFromLittleEndian<quint16>(bytes.constData() + offset);
@@ -60,7 +64,7 @@ quint32 CompoundFile::number(qsizetype offset) const
 QByteArray CompoundFile::sector(quint32 index) const
 {
     const qsizetype offset = (static_cast<qsizetype>(index) + 1) * m_sectorLength;
-    if (index >= LastSector || offset >= m_bytes.size())
+    if (index >= lastSector || offset >= m_bytes.size())
         failAsDamaged();
     return m_bytes.mid(offset, m_sectorLength).leftJustified(m_sectorLength, '\0');
 }
@@ -68,17 +72,17 @@ QByteArray CompoundFile::sector(quint32 index) const
 void CompoundFile::readAllocation()
 {
     QList<quint32> tables = numbersOf(m_bytes.mid(76, 109 * 4));
-    const qsizetype mostSectors = m_bytes.size() / m_sectorLength + 1;
+    const qsizetype maxSectors = m_bytes.size() / m_sectorLength + 1;
     quint32 next = number(68);
-    for (qsizetype i = 0; next < LastSector; ++i) {
-        if (i > mostSectors)
+    for (qsizetype i = 0; next < lastSector; ++i) {
+        if (i > maxSectors)
             failAsDamaged();
         QList<quint32> more = numbersOf(sector(next));
         next = more.takeLast();
         tables += more;
     }
-    tables.removeIf([](quint32 index) { return index >= LastSector; });
-    if (tables.size() > mostSectors)
+    tables.removeIf([](quint32 index) { return index >= lastSector; });
+    if (tables.size() > maxSectors)
         failAsDamaged();
     for (const quint32 index : std::as_const(tables))
         m_next += numbersOf(sector(index));
@@ -87,7 +91,7 @@ void CompoundFile::readAllocation()
 void CompoundFile::readEntries()
 {
     const QByteArray entries = chain(number(48), std::numeric_limits<qsizetype>::max());
-    for (qsizetype at = 0; at + EntryLength <= entries.size(); at += EntryLength) {
+    for (qsizetype at = 0; at + entryLength <= entries.size(); at += entryLength) {
         const char *const entry = entries.constData() + at;
         const auto longAt = [&](qsizetype offset) {
             return qFromLittleEndian<quint32>(entry + offset);
@@ -112,7 +116,7 @@ void CompoundFile::readRoot()
     QList<quint32> open{root->child};
     while (!open.isEmpty()) {
         const quint32 index = open.takeLast();
-        if (index >= LastSector)
+        if (index >= lastSector)
             continue;
         // Siblings that lead back to themselves have no end.
         if (index >= static_cast<quint32>(m_entries.size()) || seen.at(index))
@@ -125,23 +129,23 @@ void CompoundFile::readRoot()
     }
 }
 
-QByteArray CompoundFile::chain(quint32 start, qsizetype most) const
+QByteArray CompoundFile::chain(quint32 start, qsizetype max) const
 {
     QByteArray bytes;
-    for (quint32 index = start; index < LastSector && bytes.size() < most;) {
+    for (quint32 index = start; index < lastSector && bytes.size() < max;) {
         // A chain longer than the file goes in circles.
         if (bytes.size() > m_bytes.size() || index >= static_cast<quint32>(m_next.size()))
             failAsDamaged();
         bytes += sector(index);
         index = m_next.at(index);
     }
-    return bytes.left(most);
+    return bytes.left(max);
 }
 
 QByteArray CompoundFile::smallChain(quint32 start, qsizetype length) const
 {
     QByteArray bytes;
-    for (quint32 index = start; index < LastSector && bytes.size() < length;) {
+    for (quint32 index = start; index < lastSector && bytes.size() < length;) {
         const qsizetype offset = static_cast<qsizetype>(index) * m_smallSectorLength;
         // Behind the last sector nothing is added, and a chain could go in circles for ever.
         if (bytes.size() > m_small.size() || index >= static_cast<quint32>(m_nextSmall.size()) ||
@@ -171,9 +175,11 @@ QByteArray CompoundFile::stream(const QString &name) const
     const Entry *const entry = find(name);
     if (entry == nullptr)
         return {};
-    const QByteArray bytes = entry->length < SmallStream ? smallChain(entry->start, entry->length)
+    const QByteArray bytes = entry->length < smallStream ? smallChain(entry->start, entry->length)
                                                          : chain(entry->start, entry->length);
     if (bytes.size() < static_cast<qsizetype>(entry->length))
         failAsDamaged();
     return bytes;
 }
+
+} // namespace norvane

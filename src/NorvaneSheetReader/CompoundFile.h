@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+namespace norvane {
+
 /// A file of streams in chained sectors, as office programs wrote them before they took to
 /// archives.
 class CompoundFile
@@ -41,7 +43,7 @@ private:
     void readAllocation();
     void readEntries();
     void readRoot();
-    QByteArray chain(quint32 start, qsizetype most) const;
+    QByteArray chain(quint32 start, qsizetype max) const;
     QByteArray smallChain(quint32 start, qsizetype length) const;
     const Entry *find(const QString &name) const;
 
@@ -54,3 +56,5 @@ private:
     QList<Entry> m_entries;     ///< by their numbers
     QList<Entry> m_rootStreams;
 };
+
+} // namespace norvane

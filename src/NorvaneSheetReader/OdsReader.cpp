@@ -10,6 +10,10 @@
 #include <memory>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Reads the part with the cells. Names are taken without their namespace: no other element of a
@@ -49,17 +53,15 @@ private:
     /// Whether an attribute is one that an office suite adds to the format's own.
     static bool isExtension(const QXmlStreamAttribute &attribute)
     {
-        return attribute.namespaceUri().contains(QLatin1String("calcext"));
+        return attribute.namespaceUri().contains("calcext"_L1);
     }
 
     /// Whether the present cell holds an error. The format has none: one program has a type of its
     /// own for them, and another leaves the error's word as the result of the formula.
     bool holdsAnError() const
     {
-        static const QStringList words{QStringLiteral("#NULL!"),  QStringLiteral("#DIV/0!"),
-                                       QStringLiteral("#VALUE!"), QStringLiteral("#REF!"),
-                                       QStringLiteral("#NAME?"),  QStringLiteral("#NUM!"),
-                                       QStringLiteral("#N/A")};
+        static const QStringList words{u"#NULL!"_s, u"#DIV/0!"_s, u"#VALUE!"_s, u"#REF!"_s,
+                                       u"#NAME?"_s, u"#NUM!"_s,   u"#N/A"_s};
         const bool hasType = std::ranges::any_of(m_xml.attributes(), [](const auto &candidate) {
             return candidate.name() == u"value-type" && candidate.value() == u"error";
         });
@@ -116,9 +118,9 @@ private:
     {
         for (qint64 row = m_row; row < m_row + height; ++row) {
             for (qint64 i = column; i < column + width; ++i)
-                m_tables.back().set(
-                    static_cast<qint32>(qMin<qint64>(row, SheetTable::LastRow + 1)),
-                    static_cast<qint32>(qMin<qint64>(i, SheetTable::LastColumn + 1)), text);
+                m_tables.back().set(static_cast<qint32>(qMin<qint64>(row, SheetTable::lastRow + 1)),
+                                    static_cast<qint32>(qMin<qint64>(i, SheetTable::maxColumn + 1)),
+                                    text);
         }
     }
 
@@ -160,8 +162,8 @@ private:
     static QString durationOf(const QString &value)
     {
         static const QRegularExpression duration(
-            QStringLiteral("^(-?)P(?=.)(?:(\\d+)D)?(?:T(?=.)(?:(\\d+)H)?(?:(\\d+)M)?"
-                           "(?:(\\d+(?:[.,]\\d*)?)S)?)?$"));
+            u"^(-?)P(?=.)(?:(\\d+)D)?(?:T(?=.)(?:(\\d+)H)?(?:(\\d+)M)?"
+            "(?:(\\d+(?:[.,]\\d*)?)S)?)?$"_s);
         const QRegularExpressionMatch match = duration.match(value);
         if (!match.hasMatch())
             return {};
@@ -182,7 +184,7 @@ private:
                 m_xml.skipCurrentElement();
                 continue;
             }
-            text += text.isNull() ? u""_qs : u"\n"_qs;
+            text += text.isNull() ? u""_s : u"\n"_s;
             text += readRuns();
         }
         return text;
@@ -190,7 +192,7 @@ private:
 
     QString readRuns()
     {
-        QString text = u""_qs;
+        QString text = u""_s;
         for (int depth = 1; depth > 0 && !m_xml.atEnd();) {
             m_xml.readNext();
             if (m_xml.isCharacters()) {
@@ -210,12 +212,12 @@ private:
     /// What an element of a text stands for by itself.
     QString blanksOf() const
     {
-        constexpr qint32 most = 32767;
+        constexpr qint32 max = 32767;
         if (is(u"s"))
-            return QString(qMin(repetitions(u"c"), most), u' ');
+            return QString(qMin(repetitions(u"c"), max), u' ');
         if (is(u"tab"))
-            return u"\t"_qs;
-        return is(u"line-break") ? u"\n"_qs : QString();
+            return u"\t"_s;
+        return is(u"line-break") ? u"\n"_s : QString();
     }
 
     PartXml m_xml;
@@ -228,15 +230,17 @@ private:
 
 bool isEncryptedOds(const PackageParts &parts)
 {
-    return parts.bytes(QStringLiteral("META-INF/manifest.xml")).contains("encryption-data");
+    return parts.bytes(u"META-INF/manifest.xml"_s).contains("encryption-data");
 }
 
 std::vector<SheetTable> readOds(const PackageParts &parts)
 {
     if (isEncryptedOds(parts))
-        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
-    std::unique_ptr<PartStream> content = parts.open(QStringLiteral("content.xml"));
+        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_s);
+    std::unique_ptr<PartStream> content = parts.open(u"content.xml"_s);
     if (!content)
-        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
+        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_s);
     return ContentReader(std::move(content)).read();
 }
+
+} // namespace norvane

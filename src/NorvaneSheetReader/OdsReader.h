@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace norvane {
+
 /// Whether the archive is an OpenDocument file with a password. Its parts are encrypted one by one
 /// (OpenDocument 1.2, Packages), or, by newer programs, all together as a part of another
 /// name; the manifest tells either.
@@ -13,3 +15,5 @@ bool isEncryptedOds(const PackageParts &parts);
 /// The sheets of an OpenDocument spreadsheet.
 /// @throws NumberedFailure BadFile
 std::vector<SheetTable> readOds(const PackageParts &parts);
+
+} // namespace norvane

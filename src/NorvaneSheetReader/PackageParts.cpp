@@ -5,6 +5,10 @@
 #include <quazip/quazip.h>
 #include <quazip/quazipfileinfo.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A large workbook has some hundred.
@@ -16,7 +20,7 @@ constexpr quint16 deflated = 8;
 
 [[noreturn]] void failAsDamaged()
 {
-    SheetFailure::raise(SheetFailure::BadFile, u"The archive is damaged."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The archive is damaged."_s);
 }
 
 } // namespace
@@ -43,7 +47,7 @@ void PackageParts::readIndex()
             failAsDamaged();
         m_names.insert(name);
         if (m_names.size() > maxParts)
-            SheetFailure::raise(SheetFailure::BadFile, u"The archive holds too many parts."_qs);
+            SheetFailure::raise(SheetFailure::BadFile, u"The archive holds too many parts."_s);
     }
     if (m_names.size() != m_zip->getEntriesCount())
         failAsDamaged();
@@ -57,15 +61,15 @@ std::unique_ptr<PartStream> PackageParts::open(const QString &name) const
     if (!m_zip->setCurrentFile(name, QuaZip::csSensitive) || !m_zip->getCurrentFileInfo(&info))
         failAsDamaged();
     if (info.isEncrypted())
-        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
+        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_s);
     // Neither kind of workbook has others. Of a part in bzip2 that breaks off, the library goes on
     // reading for ever.
     if (info.method != stored && info.method != deflated)
         SheetFailure::raise(SheetFailure::BadFile,
-                            u"The archive is packed in a way that isn't read."_qs);
+                            u"The archive is packed in a way that isn't read."_s);
     if (info.uncompressedSize > maxPartBytes)
         SheetFailure::raise(SheetFailure::BadFile,
-                            u"A part of the archive holds more than 256 MiB."_qs);
+                            u"A part of the archive holds more than 256 MiB."_s);
     return info.uncompressedSize == 0 ? nullptr : std::make_unique<PartStream>(*m_zip);
 }
 
@@ -78,3 +82,5 @@ QByteArray PackageParts::bytes(const QString &name) const
     part->finish();
     return bytes;
 }
+
+} // namespace norvane

@@ -11,6 +11,8 @@
 
 class QuaZip;
 
+namespace norvane {
+
 /// The parts of a workbook that is an archive. The archive is opened and indexed once.
 class PackageParts
 {
@@ -42,3 +44,5 @@ private:
     std::unique_ptr<QuaZip> m_zip;
     QSet<QString> m_names;
 };
+
+} // namespace norvane

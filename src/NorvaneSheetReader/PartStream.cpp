@@ -4,11 +4,15 @@
 
 #include <array>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 [[noreturn]] void failAsDamaged()
 {
-    SheetFailure::raise(SheetFailure::BadFile, u"The archive is damaged."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The archive is damaged."_s);
 }
 
 } // namespace
@@ -40,3 +44,5 @@ void PartStream::finish()
     if (m_isBroken || m_count != declared || m_file.getZipError() != UNZ_OK)
         failAsDamaged();
 }
+
+} // namespace norvane

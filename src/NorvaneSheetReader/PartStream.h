@@ -6,6 +6,8 @@
 
 class QuaZip;
 
+namespace norvane {
+
 /// One part of an archive, unpacked while it is read, from front to back.
 class PartStream : public QIODevice
 {
@@ -30,3 +32,5 @@ private:
     qint64 m_count = 0;
     bool m_isBroken = false;
 };
+
+} // namespace norvane

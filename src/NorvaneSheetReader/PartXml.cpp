@@ -4,6 +4,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 PartXml::PartXml(std::unique_ptr<PartStream> part)
     : QXmlStreamReader(part.get()), m_part(std::move(part))
 {}
@@ -15,5 +19,7 @@ void PartXml::finish()
     m_part->finish();
     if (hasError())
         SheetFailure::raise(SheetFailure::BadFile,
-                            u"The workbook is damaged (%1)."_qs.arg(errorString()));
+                            u"The workbook is damaged (%1)."_s.arg(errorString()));
 }
+
+} // namespace norvane

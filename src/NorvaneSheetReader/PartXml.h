@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// The XML of a part, read while it is unpacked: neither the part nor its text is ever held whole.
 class PartXml : public QXmlStreamReader
 {
@@ -19,3 +21,5 @@ public:
 private:
     std::unique_ptr<PartStream> m_part;
 };
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <tuple>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A name as a list shows it: on one line, without blanks around it.
@@ -26,8 +30,8 @@ void SheetTable::set(qint32 row, qint32 column, const QString &text)
 
 void SheetTable::set(qint32 row, qint32 column, CellTexts::Place text)
 {
-    if (row < 0 || row > LastRow || column < 0 || column > LastColumn)
-        SheetFailure::raise(SheetFailure::BadFile, u"The workbook names a cell that can't be."_qs);
+    if (row < 0 || row > lastRow || column < 0 || column > maxColumn)
+        SheetFailure::raise(SheetFailure::BadFile, u"The workbook names a cell that can't be."_s);
     m_texts->countCell();
     m_cells.push_back({row, column, text});
 }
@@ -57,7 +61,7 @@ void SheetTable::nameFields(qint32 lastColumn)
         const Cell *const header = find(m_headerRow, column);
         QString name = header != nullptr ? shownName(m_texts->at(header->text)) : QString();
         if (name.isEmpty())
-            name = QStringLiteral("F%1").arg(column + 1);
+            name = u"F%1"_s.arg(column + 1);
         QString unique = name;
         while (m_fieldIndexes.contains(unique.toCaseFolded()))
             unique = name + QString::number(++lastNumbers[name.toCaseFolded()]);
@@ -86,3 +90,5 @@ const SheetTable::Cell *SheetTable::find(qint32 row, qint32 column) const
     return found != m_cells.end() && found->row == row && found->column == column ? &*found
                                                                                   : nullptr;
 }
+
+} // namespace norvane

@@ -11,14 +11,16 @@
 #include <optional>
 #include <utility>
 
+namespace norvane {
+
 /// The cells of one sheet as a table. The first row that holds anything gives the names of the
 /// fields; the rows behind it, up to the last one that holds anything, are the records.
 class SheetTable
 {
 public:
     // What a sheet can hold, counted from 0.
-    static constexpr qint32 LastRow = 1048575;
-    static constexpr qint32 LastColumn = 16383;
+    static constexpr qint32 lastRow = 1048575;
+    static constexpr qint32 maxColumn = 16383;
 
     /// @param texts  those of the whole workbook
     SheetTable(QString name, std::shared_ptr<CellTexts> texts)
@@ -63,3 +65,5 @@ private:
     qint32 m_headerRow = 0;
     qint32 m_rows = 0;
 };
+
+} // namespace norvane

@@ -11,22 +11,26 @@
 #include <algorithm>
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr qint64 MostFileBytes = 128 << 20;
+constexpr qint64 maxFileBytes = 128 << 20;
 
 // What one answer with values holds at most; one value may be longer.
-constexpr qsizetype MostValues = 8192;
-constexpr qsizetype MostUnits = 1 << 20;
+constexpr qsizetype maxValues = 8192;
+constexpr qsizetype maxUnits = 1 << 20;
 
 std::vector<SheetTable> readZipped(const QByteArray &bytes)
 {
     const PackageParts parts(bytes);
-    if (parts.contains(QStringLiteral("_rels/.rels")))
+    if (parts.contains(u"_rels/.rels"_s))
         return readXlsx(parts);
-    if (parts.contains(QStringLiteral("content.xml")) || isEncryptedOds(parts))
+    if (parts.contains(u"content.xml"_s) || isEncryptedOds(parts))
         return readOds(parts);
-    SheetFailure::raise(SheetFailure::BadFile, u"The archive is no spreadsheet."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The archive is no spreadsheet."_s);
 }
 
 } // namespace
@@ -34,16 +38,16 @@ std::vector<SheetTable> readZipped(const QByteArray &bytes)
 std::vector<SheetTable> readWorkbook(const QString &path)
 {
     QByteArray bytes;
-    const int error = platformFiles().read(path, MostFileBytes, bytes);
+    const int error = platformFiles().read(path, maxFileBytes, bytes);
     if (error == EFBIG)
-        SheetFailure::raise(SheetFailure::BadFile, u"The file is too large."_qs);
+        SheetFailure::raise(SheetFailure::BadFile, u"The file is too large."_s);
     if (error != 0)
-        Failure::raiseErrno(error, QStringLiteral("readWorkbook"));
+        Failure::raiseErrno(error, u"readWorkbook"_s);
     if (CompoundFile::isOne(bytes))
         return readXls(bytes);
     if (bytes.startsWith("PK\x03\x04"))
         return readZipped(bytes);
-    SheetFailure::raise(SheetFailure::BadFile, u"The file is no spreadsheet."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The file is no spreadsheet."_s);
 }
 
 SheetFrames::Answer WorkbookReader::answer(const SheetFrames::Question &question)
@@ -102,9 +106,11 @@ QList<std::optional<QString>> WorkbookReader::values(const SheetTable &table,
     QList<std::optional<QString>> values;
     qsizetype units = 0;
     for (qint32 row = qMax(0, question.first);
-         row < table.rows() && values.size() < MostValues && units < MostUnits; ++row) {
+         row < table.rows() && values.size() < maxValues && units < maxUnits; ++row) {
         values.append(table.value(row, *field));
         units += values.last() ? values.last()->size() : 0;
     }
     return values;
 }
+
+} // namespace norvane

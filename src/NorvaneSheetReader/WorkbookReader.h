@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace norvane {
+
 /// A workbook in memory, and the answers to questions about it.
 class WorkbookReader
 {
@@ -27,3 +29,5 @@ private:
 /// The sheets of the file at `path`, read as what its first bytes say that it is.
 /// @throws NumberedFailure by the platform's error, or BadFile
 std::vector<SheetTable> readWorkbook(const QString &path);
+
+} // namespace norvane

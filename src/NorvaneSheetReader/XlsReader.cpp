@@ -7,10 +7,14 @@
 
 #include <QHash>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr quint16 Version5 = 0x0500;
-constexpr quint16 Version8 = 0x0600;
+constexpr quint16 version5 = 0x0500;
+constexpr quint16 version8 = 0x0600;
 
 /// Reads what stands in front of the sheets.
 class GlobalsReader
@@ -21,10 +25,10 @@ public:
         Biff::RecordReader records(stream, 0);
         std::optional<Biff::Record> record = records.next();
         if (!record || record->id() != Biff::Begin ||
-            (record->shortAt(0) != Version5 && record->shortAt(0) != Version8))
+            (record->shortAt(0) != version5 && record->shortAt(0) != version8))
             SheetFailure::raise(SheetFailure::BadFile,
-                                u"The workbook is of a version that isn't read."_qs);
-        globals.isVersion8 = record->shortAt(0) == Version8;
+                                u"The workbook is of a version that isn't read."_s);
+        globals.isVersion8 = record->shortAt(0) == version8;
         while ((record = records.next()) && record->id() != Biff::End)
             read(*record);
         for (const quint16 format : std::as_const(m_formatOfCells))
@@ -45,7 +49,7 @@ private:
     {
         switch (record.id()) {
         case Biff::Encrypted:
-            SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
+            SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_s);
         case Biff::DateMode:
             globals.from1904 = record.shortAt(0) == 1;
             break;
@@ -118,11 +122,13 @@ std::vector<SheetTable> readBiff(const QByteArray &stream)
 std::vector<SheetTable> readXls(const QByteArray &bytes)
 {
     const CompoundFile file(bytes);
-    if (file.contains(QStringLiteral("EncryptedPackage")))
-        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_qs);
-    for (const QString &name : {QStringLiteral("Workbook"), QStringLiteral("Book")}) {
+    if (file.contains(u"EncryptedPackage"_s))
+        SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_s);
+    for (const QString &name : {u"Workbook"_s, u"Book"_s}) {
         if (file.contains(name))
             return readBiff(file.stream(name));
     }
-    SheetFailure::raise(SheetFailure::BadFile, u"The file holds no workbook."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The file holds no workbook."_s);
 }
+
+} // namespace norvane

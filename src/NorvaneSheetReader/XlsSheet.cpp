@@ -4,6 +4,10 @@
 
 #include <bit>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 double numberOfRk(quint32 rk)
@@ -84,7 +88,7 @@ private:
         const quint16 row = record.takeShort();
         qint32 column = record.takeShort();
         constexpr qsizetype entryLength = 6;
-        for (qsizetype at = 4; column <= SheetTable::LastColumn; at += entryLength, ++column) {
+        for (qsizetype at = 4; column <= SheetTable::maxColumn; at += entryLength, ++column) {
             record.skipTo(at + entryLength); // the last entry is followed by the last column
             if (record.atEnd())
                 break;
@@ -131,5 +135,7 @@ void readXlsSheet(const QByteArray &stream, qsizetype offset, const XlsGlobals &
         else if (depth == 1)
             reader.read(*record);
     }
-    SheetFailure::raise(SheetFailure::BadFile, u"The workbook ends in the middle of a sheet."_qs);
+    SheetFailure::raise(SheetFailure::BadFile, u"The workbook ends in the middle of a sheet."_s);
 }
+
+} // namespace norvane

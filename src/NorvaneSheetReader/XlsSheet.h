@@ -8,6 +8,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// What the cells of all sheets of a workbook refer to.
 struct XlsGlobals
 {
@@ -21,3 +23,5 @@ struct XlsGlobals
 /// Puts the cells of the sheet that begins at `offset` of the workbook's stream into `table`.
 void readXlsSheet(const QByteArray &stream, qsizetype offset, const XlsGlobals &globals,
                   SheetTable &table);
+
+} // namespace norvane

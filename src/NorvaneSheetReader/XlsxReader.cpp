@@ -10,6 +10,10 @@
 #include <memory>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// `text` with its escapes decoded: "_x000D_" stands for the character of that number, which XML
@@ -22,7 +26,7 @@ QString unescaped(const QString &text)
         const QStringView escape = QStringView(decoded).mid(at, length);
         const QStringView digits = escape.mid(2, 4);
         const bool isNumber = std::ranges::all_of(
-            digits, [](QChar digit) { return u"0123456789ABCDEFabcdef"_qs.contains(digit); });
+            digits, [](QChar digit) { return u"0123456789ABCDEFabcdef"_s.contains(digit); });
         if (isNumber && escape.size() == length && escape.back() == u'_')
             decoded.replace(at, length, QChar(digits.toUShort(nullptr, 16)));
     }
@@ -32,7 +36,7 @@ QString unescaped(const QString &text)
 /// Reads the text elements up to the end of the present element. Reading aids aren't of the text.
 QString readTexts(QXmlStreamReader &xml)
 {
-    QString text = u""_qs;
+    QString text = u""_s;
     while (xml.readNextStartElement()) {
         if (xml.name() == u"t")
             text += unescaped(xml.readElementText(QXmlStreamReader::IncludeChildElements));
@@ -76,8 +80,8 @@ std::pair<qint32, qint32> placeOf(QStringView address)
             column = column * 26 + (character.unicode() - u'A' + 1);
         else if (character >= u'0' && character <= u'9')
             row = row * 10 + (character.unicode() - u'0');
-        column = qMin<qint64>(column, SheetTable::LastColumn + 2);
-        row = qMin<qint64>(row, SheetTable::LastRow + 2);
+        column = qMin<qint64>(column, SheetTable::maxColumn + 2);
+        row = qMin<qint64>(row, SheetTable::lastRow + 2);
     }
     return {static_cast<qint32>(column - 1), static_cast<qint32>(row - 1)};
 }
@@ -87,8 +91,8 @@ class XlsxWorkbook
 public:
     explicit XlsxWorkbook(const PackageParts &parts)
         : m_parts(parts), m_path(workbookPath()), m_relations(parts, m_path),
-          m_strings(readSharedStrings(relatedPart(QStringLiteral("sharedStrings")), *m_texts)),
-          m_styles(relatedPart(QStringLiteral("styles")))
+          m_strings(readSharedStrings(relatedPart(u"sharedStrings"_s), *m_texts)),
+          m_styles(relatedPart(u"styles"_s))
     {}
 
     std::vector<SheetTable> read()
@@ -110,10 +114,9 @@ private:
 
     QString workbookPath() const
     {
-        const QString path =
-            XlsxRelations(m_parts, QString()).targetOfType(QStringLiteral("officeDocument"));
+        const QString path = XlsxRelations(m_parts, QString()).targetOfType(u"officeDocument"_s);
         if (path.isEmpty())
-            SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
+            SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_s);
         return path;
     }
 
@@ -123,7 +126,7 @@ private:
         std::unique_ptr<PartStream> part = m_parts.open(path);
         if (!part)
             SheetFailure::raise(SheetFailure::BadFile,
-                                u"The archive lacks a part of the workbook."_qs);
+                                u"The archive lacks a part of the workbook."_s);
         return PartXml(std::move(part));
     }
 
@@ -141,7 +144,7 @@ private:
             if (!xml.isStartElement())
                 continue;
             if (xml.name() == u"workbookPr") {
-                const auto from1904 = xml.attributes().value(QLatin1String("date1904"));
+                const auto from1904 = xml.attributes().value("date1904"_L1);
                 m_from1904 = from1904 == u"1" || from1904 == u"true";
             } else if (xml.name() == u"sheet") {
                 addSheet(xml.attributes(), sheets);
@@ -161,8 +164,7 @@ private:
         // Sheets that are charts or macros are left out.
         const XlsxRelations::Relation relation = m_relations.byId(identifier);
         if (relation.type == u"worksheet")
-            sheets.append(
-                {unescaped(attributes.value(QLatin1String("name")).toString()), relation.target});
+            sheets.append({unescaped(attributes.value("name"_L1).toString()), relation.target});
     }
 
     void readCells(const QString &path)
@@ -175,11 +177,11 @@ private:
             if (!xml.isStartElement())
                 continue;
             if (xml.name() == u"row") {
-                const qint32 told = placeOf(xml.attributes().value(QLatin1String("r"))).second;
-                row = told >= 0 ? told : row + 1;
+                const qint32 stated = placeOf(xml.attributes().value("r"_L1)).second;
+                row = stated >= 0 ? stated : row + 1;
                 column = -1;
             } else if (xml.name() == u"c") {
-                const auto place = placeOf(xml.attributes().value(QLatin1String("r")));
+                const auto place = placeOf(xml.attributes().value("r"_L1));
                 column = place.first >= 0 ? place.first : column + 1;
                 row = place.second >= 0 ? place.second : row;
                 const CellTexts::Place value = readCell(xml);
@@ -192,8 +194,8 @@ private:
 
     CellTexts::Place readCell(QXmlStreamReader &xml)
     {
-        const QString type = xml.attributes().value(QLatin1String("t")).toString();
-        const qint32 format = xml.attributes().value(QLatin1String("s")).toInt();
+        const QString type = xml.attributes().value("t"_L1).toString();
+        const qint32 format = xml.attributes().value("s"_L1).toInt();
         QString stored;
         QString written;
         while (xml.readNextStartElement()) {
@@ -249,3 +251,5 @@ std::vector<SheetTable> readXlsx(const PackageParts &parts)
 {
     return XlsxWorkbook(parts).read();
 }
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 
 #include <vector>
 
+namespace norvane {
+
 /// The sheets of an Office Open XML workbook.
 /// @throws NumberedFailure BadFile
 std::vector<SheetTable> readXlsx(const PackageParts &parts);
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The path of what `source` calls `target`, relative to its own folder or to the archive.
@@ -31,19 +35,18 @@ QString resolved(const QString &source, const QString &target)
 XlsxRelations::XlsxRelations(const PackageParts &parts, const QString &source)
 {
     const qsizetype folder = source.lastIndexOf(u'/') + 1;
-    std::unique_ptr<PartStream> part = parts.open(source.left(folder) + QStringLiteral("_rels/") +
-                                                  source.mid(folder) + QStringLiteral(".rels"));
+    std::unique_ptr<PartStream> part =
+        parts.open(source.left(folder) + u"_rels/"_s + source.mid(folder) + u".rels"_s);
     if (!part)
-        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_qs);
+        SheetFailure::raise(SheetFailure::BadFile, u"The archive holds no workbook."_s);
     PartXml xml(std::move(part));
     xml.readNextStartElement();
     while (xml.readNextStartElement()) {
         const QXmlStreamAttributes attributes = xml.attributes();
-        const QString type = attributes.value(QLatin1String("Type")).toString();
-        m_relations.insert(
-            attributes.value(QLatin1String("Id")).toString(),
-            {type.mid(type.lastIndexOf(u'/') + 1),
-             resolved(source, attributes.value(QLatin1String("Target")).toString())});
+        const QString type = attributes.value("Type"_L1).toString();
+        m_relations.insert(attributes.value("Id"_L1).toString(),
+                           {type.mid(type.lastIndexOf(u'/') + 1),
+                            resolved(source, attributes.value("Target"_L1).toString())});
         xml.skipCurrentElement();
     }
     xml.finish();
@@ -54,3 +57,5 @@ QString XlsxRelations::targetOfType(const QString &type) const
     const auto found = std::ranges::find(m_relations, type, &Relation::type);
     return found != m_relations.end() ? found->target : QString();
 }
+
+} // namespace norvane

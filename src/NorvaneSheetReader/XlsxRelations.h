@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QString>
 
+namespace norvane {
+
 /// What a part of an Office Open XML archive says about its relations to other parts.
 class XlsxRelations
 {
@@ -27,3 +29,5 @@ public:
 private:
     QHash<QString, Relation> m_relations; ///< by identifier
 };
+
+} // namespace norvane

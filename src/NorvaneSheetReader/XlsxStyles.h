@@ -9,6 +9,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// What the cell formats of a workbook make of their numbers.
 class XlsxStyles
 {
@@ -23,3 +25,5 @@ private:
     QHash<qint32, QString> m_codes; ///< of number formats, by identifier
     QList<CellText::Kind> m_kinds;  ///< by cell format
 };
+
+} // namespace norvane

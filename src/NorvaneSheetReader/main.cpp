@@ -11,16 +11,22 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace norvane {
+
 namespace {
 
-constexpr quint64 MemoryBytes = quint64{1} << 30;
-constexpr quint32 ProcessorSeconds = 25;
+constexpr quint64 memoryBytes = quint64{1} << 30;
+constexpr quint32 processorSeconds = 25;
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main()
 {
-    limitThisProcess(MemoryBytes, ProcessorSeconds);
+    limitThisProcess(memoryBytes, processorSeconds);
     QFile input;
     QFile output;
     if (!input.open(stdin, QIODevice::ReadOnly) || !output.open(stdout, QIODevice::WriteOnly))
@@ -31,7 +37,7 @@ int main()
         if (length.size() != sizeof(quint32))
             return EXIT_SUCCESS; // the console has gone
         const quint32 size = SheetFrames::bodyLength(length);
-        if (size > SheetFrames::MostBytes)
+        if (size > SheetFrames::maxBytes)
             return EXIT_FAILURE;
         const auto question = SheetFrames::decodeQuestion(input.read(size));
         if (!question)

@@ -14,11 +14,14 @@
 
 #include <memory>
 
+using namespace norvane;
+using namespace Qt::StringLiterals;
+
 int main(int argc, char **argv)
 {
     keepFilesToOwner();
     QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("TovekSMService"));
+    QCoreApplication::setApplicationName(u"TovekSMService"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
     const CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
     EngineLog::install(commandLine.logLevel.value_or(EngineLog::Level::Info),
@@ -38,11 +41,11 @@ int main(int argc, char **argv)
         break;
     case EngineHost::Start::AlreadyThere:
         qCInfo(logHost) << "another engine of this user is up";
-        return ExitCode::Done;
+        return ExitCode::done;
     case EngineHost::Start::StoreTooNew:
-        return ExitCode::StoreTooNew;
+        return ExitCode::storeTooNew;
     case EngineHost::Start::Failed:
-        return ExitCode::Failed;
+        return ExitCode::failed;
     }
     qCInfo(logHost).noquote() << "up, version" << QCoreApplication::applicationVersion();
     const int result = QCoreApplication::exec();

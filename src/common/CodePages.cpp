@@ -3,20 +3,22 @@
 #include <algorithm>
 #include <array>
 
+namespace norvane {
+
 namespace CodePages {
 namespace {
 
 // The ANSI bytes 0x80 to 0x9F as characters; all others are the character of the same number. The
 // bytes 81, 8D, 8F, 90 and 9D are undefined in the code page.
-constexpr quint8 FirstSpecial = 0x80;
-constexpr std::array<char16_t, 32> Specials{
+constexpr quint8 firstSpecial = 0x80;
+constexpr std::array<char16_t, 32> specials{
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 // The OEM byte for each ANSI byte, as the workstations' own conversion gives it.
 // clang-format off
-constexpr std::array<quint8, 256> OemBytes{
+constexpr std::array<quint8, 256> oemBytes{
     0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F,
     0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 0x1A, 0x1B, 0x1C, 0x1D, 0x1E, 0x1F,
     0x20, 0x21, 0x22, 0x23, 0x24, 0x25, 0x26, 0x27, 0x28, 0x29, 0x2A, 0x2B, 0x2C, 0x2D, 0x2E, 0x2F,
@@ -37,20 +39,20 @@ constexpr std::array<quint8, 256> OemBytes{
 
 char toAnsiByte(char16_t unit)
 {
-    if (unit < FirstSpecial || (unit >= FirstSpecial + Specials.size() && unit <= 0xFF))
+    if (unit < firstSpecial || (unit >= firstSpecial + specials.size() && unit <= 0xFF))
         return static_cast<char>(unit);
-    const auto found = std::ranges::find(Specials, unit);
-    if (found == Specials.end())
+    const auto found = std::ranges::find(specials, unit);
+    if (found == specials.end())
         return '?';
-    return static_cast<char>(FirstSpecial + (found - Specials.begin()));
+    return static_cast<char>(firstSpecial + (found - specials.begin()));
 }
 
 char16_t fromAnsiByte(char byte)
 {
     const auto code = static_cast<quint8>(byte);
-    if (code < FirstSpecial || code >= FirstSpecial + Specials.size())
+    if (code < firstSpecial || code >= firstSpecial + specials.size())
         return code;
-    return Specials[static_cast<std::size_t>(code - FirstSpecial)];
+    return specials[static_cast<std::size_t>(code - firstSpecial)];
 }
 
 } // namespace
@@ -75,9 +77,11 @@ QByteArray ansiToOem(QByteArrayView bytes)
 {
     QByteArray oem(bytes.size(), Qt::Uninitialized);
     std::ranges::transform(bytes, oem.begin(), [](char byte) {
-        return static_cast<char>(OemBytes[static_cast<quint8>(byte)]);
+        return static_cast<char>(oemBytes[static_cast<quint8>(byte)]);
     });
     return oem;
 }
 
 } // namespace CodePages
+
+} // namespace norvane

@@ -5,12 +5,14 @@
 #include <QString>
 #include <QStringView>
 
+namespace norvane {
+
 /// The two eight-bit code pages of the suite's workstations. Text becomes bytes, and bytes become
 /// text, here and nowhere else.
 namespace CodePages {
 
-constexpr int Ansi = 1252;
-constexpr int Oem = 850;
+constexpr int ansi = 1252;
+constexpr int oem = 850;
 
 /// One byte for each UTF-16 unit of `text`; a unit that the ANSI code page doesn't hold becomes
 /// "?".
@@ -24,3 +26,5 @@ QString fromAnsi(QByteArrayView bytes);
 QByteArray ansiToOem(QByteArrayView bytes);
 
 } // namespace CodePages
+
+} // namespace norvane

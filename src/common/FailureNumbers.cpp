@@ -5,6 +5,10 @@
 #include <cerrno>
 #include <new>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace Failure {
 namespace {
 
@@ -14,7 +18,7 @@ struct Described
     const char16_t *text;
 };
 
-constexpr std::array Descriptions{
+constexpr std::array descriptions{
     Described{InvalidProcedureCall, u"Invalid procedure call or argument"},
     Described{Overflow, u"Overflow"},
     Described{OutOfMemory, u"Out of memory"},
@@ -50,7 +54,7 @@ struct PlatformError
     Number number;
 };
 
-constexpr std::array PlatformErrors{
+constexpr std::array platformErrors{
     PlatformError{ENOMEM, OutOfMemory},
     PlatformError{EBADF, BadFileNameOrNumber},
     PlatformError{EILSEQ, BadFileNameOrNumber},
@@ -83,15 +87,15 @@ constexpr std::array PlatformErrors{
 
 QString description(qint32 number)
 {
-    const auto found = std::ranges::find(Descriptions, number, &Described::number);
-    return found != Descriptions.end() ? QString::fromUtf16(found->text)
-                                       : u"Application-defined or object-defined error"_qs;
+    const auto found = std::ranges::find(descriptions, number, &Described::number);
+    return found != descriptions.end() ? QString::fromUtf16(found->text)
+                                       : u"Application-defined or object-defined error"_s;
 }
 
 Number fromErrno(int errnoValue)
 {
-    const auto found = std::ranges::find(PlatformErrors, errnoValue, &PlatformError::errnoValue);
-    return found != PlatformErrors.end() ? found->number : PathFileAccess;
+    const auto found = std::ranges::find(platformErrors, errnoValue, &PlatformError::errnoValue);
+    return found != platformErrors.end() ? found->number : PathFileAccess;
 }
 
 void raise(Number number, const QString &source)
@@ -120,3 +124,5 @@ NumberedFailure fromException(const std::exception_ptr &failure)
 }
 
 } // namespace Failure
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <exception>
 
+namespace norvane {
+
 /// The numbers under which failures of the language and of the platform are known. The one table
 /// from a platform's error to such a number stands in FailureNumbers.cpp.
 namespace Failure {
@@ -58,3 +60,5 @@ Number fromErrno(int errnoValue);
 NumberedFailure fromException(const std::exception_ptr &failure);
 
 } // namespace Failure
+
+} // namespace norvane

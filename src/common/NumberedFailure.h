@@ -4,6 +4,8 @@
 
 #include <exception>
 
+namespace norvane {
+
 /// A failure that carries a number, the source that raised it and a description for the operator.
 /// Code branches on the number, never on the text.
 class NumberedFailure : public std::exception
@@ -26,3 +28,5 @@ private:
     QString m_description;
     QByteArray m_what;
 };
+
+} // namespace norvane

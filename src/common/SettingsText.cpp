@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool isPlainNameUnit(QChar unit)
@@ -28,9 +32,9 @@ QString escapedName(const QString &name)
         if (isPlainNameUnit(unit))
             text += unit;
         else if (unit.unicode() <= 0xFF)
-            text += QStringLiteral("%%1").arg(unit.unicode(), 2, 16, QChar(u'0')).toUpper();
+            text += u"%%1"_s.arg(unit.unicode(), 2, 16, QChar(u'0')).toUpper();
         else
-            text += QStringLiteral("%U%1").arg(unit.unicode(), 4, 16, QChar(u'0')).toUpper();
+            text += u"%U%1"_s.arg(unit.unicode(), 4, 16, QChar(u'0')).toUpper();
     }
     return text;
 }
@@ -60,17 +64,17 @@ QString escapedUnit(QChar unit)
 {
     switch (unit.unicode()) {
     case u'\n':
-        return QStringLiteral("\\n");
+        return u"\\n"_s;
     case u'\r':
-        return QStringLiteral("\\r");
+        return u"\\r"_s;
     case u'\t':
-        return QStringLiteral("\\t");
+        return u"\\t"_s;
     case u'"':
-        return QStringLiteral("\\\"");
+        return u"\\\""_s;
     case u'\\':
-        return QStringLiteral("\\\\");
+        return u"\\\\"_s;
     default:
-        return QStringLiteral("\\x") + QString::number(unit.unicode(), 16);
+        return u"\\x"_s + QString::number(unit.unicode(), 16);
     }
 }
 
@@ -160,7 +164,7 @@ std::optional<SettingsText> SettingsText::parse(const QByteArray &bytes)
         return std::nullopt;
 
     SettingsText settings;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    text.replace(u"\r\n"_s, u"\n"_s);
     settings.m_lines = text.split(u'\n');
     if (settings.m_lines.last().isEmpty())
         settings.m_lines.removeLast();
@@ -219,3 +223,5 @@ QByteArray SettingsText::bytes() const
 {
     return m_lines.isEmpty() ? QByteArray() : (m_lines.join(u'\n') + u'\n').toUtf8();
 }
+
+} // namespace norvane

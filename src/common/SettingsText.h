@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// The text of a settings file: "[section]" and "key=value" lines in UTF-8. What it writes, the
 /// toolkit's ini reader reads too. Comments, blank lines and everything that isn't changed stay as
 /// they are, for the file may be edited by hand.
@@ -38,3 +40,5 @@ private:
 
     QStringList m_lines;
 };
+
+} // namespace norvane

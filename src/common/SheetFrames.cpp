@@ -4,10 +4,12 @@
 #include <QIODevice>
 #include <QtEndian>
 
+namespace norvane {
+
 namespace SheetFrames {
 namespace {
 
-constexpr auto Version = QDataStream::Qt_6_4;
+constexpr auto version = QDataStream::Qt_6_4;
 
 enum class Kind : quint8 { Answer, Failure };
 
@@ -29,7 +31,7 @@ QByteArray encode(const Question &question)
 {
     QByteArray body;
     QDataStream stream(&body, QIODevice::WriteOnly);
-    stream.setVersion(Version);
+    stream.setVersion(version);
     stream << static_cast<quint8>(question.operation) << question.name << question.field
            << question.first;
     return body;
@@ -39,7 +41,7 @@ QByteArray encode(const Answer &answer)
 {
     QByteArray body;
     QDataStream stream(&body, QIODevice::WriteOnly);
-    stream.setVersion(Version);
+    stream.setVersion(version);
     if (answer.failure) {
         stream << static_cast<quint8>(Kind::Failure) << answer.failure->number()
                << answer.failure->source() << answer.failure->description();
@@ -55,7 +57,7 @@ QByteArray encode(const Answer &answer)
 std::optional<Question> decodeQuestion(const QByteArray &body)
 {
     QDataStream stream(body);
-    stream.setVersion(Version);
+    stream.setVersion(version);
     quint8 operation = 0;
     Question question;
     stream >> operation >> question.name >> question.field >> question.first;
@@ -68,7 +70,7 @@ std::optional<Question> decodeQuestion(const QByteArray &body)
 std::optional<Answer> decodeAnswer(const QByteArray &body)
 {
     QDataStream stream(body);
-    stream.setVersion(Version);
+    stream.setVersion(version);
     quint8 kind = 0;
     stream >> kind;
     Answer answer;
@@ -94,3 +96,5 @@ std::optional<Answer> decodeAnswer(const QByteArray &body)
 }
 
 } // namespace SheetFrames
+
+} // namespace norvane

@@ -9,13 +9,15 @@
 
 #include <optional>
 
+namespace norvane {
+
 // What the console and its sheet reader say to each other over a pair of pipes: frames of a length
 // of 32 bits and a body. A question is answered by one frame.
 
 namespace SheetFrames {
 
 /// Longest body of a frame, in bytes.
-inline constexpr quint32 MostBytes = 64 << 20;
+inline constexpr quint32 maxBytes = 64 << 20;
 
 enum class Operation : quint8 { Open, Describe, Values };
 
@@ -49,3 +51,5 @@ std::optional<Question> decodeQuestion(const QByteArray &body);
 std::optional<Answer> decodeAnswer(const QByteArray &body);
 
 } // namespace SheetFrames
+
+} // namespace norvane

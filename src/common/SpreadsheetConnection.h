@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 
+namespace norvane {
+
 /// What is wrong with a spreadsheet or with a question to it, under the numbers that data sources
 /// use. They are below 0 where the source speaks, and above where the program's side does.
 namespace SheetFailure {
@@ -76,3 +78,5 @@ public:
     virtual Table describe(const QString &sheet) = 0;
     virtual std::unique_ptr<SheetRows> rows(const QString &sheet) = 0;
 };
+
+} // namespace norvane

@@ -2,11 +2,15 @@
 
 #include <QDBusMetaType>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 void Bus::registerTypes()
 {
     // The bus library looks the types of arguments up by their names in the declaration.
-    qRegisterMetaType<BusSMSList>("BusSMSList");
-    qRegisterMetaType<BusQueueRows>("BusQueueRows");
+    qRegisterMetaType<BusSMSList>("norvane::BusSMSList");
+    qRegisterMetaType<BusQueueRows>("norvane::BusQueueRows");
     qDBusRegisterMetaType<DeviceSettings>();
     qDBusRegisterMetaType<SMSList::Entry>();
     qDBusRegisterMetaType<BusSMSList>();
@@ -17,7 +21,7 @@ void Bus::registerTypes()
 
 QString Bus::dateText(const QDateTime &moment)
 {
-    return moment.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    return moment.toString(u"yyyy-MM-ddTHH:mm:ss"_s);
 }
 
 QString Bus::withoutNul(const QString &text)
@@ -75,3 +79,5 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, QueueRow &row)
     argument.endStructure();
     return argument;
 }
+
+} // namespace norvane

@@ -10,22 +10,24 @@
 #include <QMetaType>
 #include <QString>
 
+namespace norvane {
+
 // The contract's records in the bus's own form, and the names under which the engine is found.
 
 namespace Bus {
 
-inline constexpr char ServiceName[] = "com.tovek.SMService";
-inline constexpr char ObjectPath[] = "/com/tovek/SMService";
-inline constexpr char InterfaceName[] = "com.tovek.SMService.SMSManager1";
+inline constexpr char serviceName[] = "com.tovek.SMService";
+inline constexpr char objectPath[] = "/com/tovek/SMService";
+inline constexpr char interfaceName[] = "com.tovek.SMService.SMSManager1";
 
 /// Rows in one page of GetQueue.
-inline constexpr quint32 QueuePageRows = 4000;
+inline constexpr quint32 queuePageRows = 4000;
 
 /// How long a call may take before it counts as failed, in milliseconds.
-inline constexpr int CallTimeout = 15'000;
-inline constexpr int TestDeviceTimeout = 200'000;
+inline constexpr int callTimeout = 15'000;
+inline constexpr int testDeviceTimeout = 200'000;
 /// The engine answers TestDevice within this time whatever the device does, in milliseconds.
-inline constexpr int TestDeviceAnswer = 150'000;
+inline constexpr int testDeviceAnswer = 150'000;
 
 /// Makes the record types known to the bus library; to be called once before any call.
 void registerTypes();
@@ -48,6 +50,8 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, SMSList::Entry &e
 QDBusArgument &operator<<(QDBusArgument &argument, const QueueRow &row);
 const QDBusArgument &operator>>(const QDBusArgument &argument, QueueRow &row);
 
-Q_DECLARE_METATYPE(DeviceSettings)
-Q_DECLARE_METATYPE(SMSList::Entry)
-Q_DECLARE_METATYPE(QueueRow)
+} // namespace norvane
+
+Q_DECLARE_METATYPE(norvane::DeviceSettings)
+Q_DECLARE_METATYPE(norvane::SMSList::Entry)
+Q_DECLARE_METATYPE(norvane::QueueRow)

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// How the engine reaches its device. Exchanged by value; the engine alone keeps it.
 struct DeviceSettings
 {
@@ -13,3 +15,5 @@ struct DeviceSettings
 
     bool operator==(const DeviceSettings &) const = default;
 };
+
+} // namespace norvane

@@ -2,12 +2,16 @@
 
 #include "contract/BusTypes.h"
 
+namespace norvane {
+
 namespace Bus {
 
 /// For how long an engine that is to end, or has lost its bus, goes on for the part that it is
 /// sending, in milliseconds.
-inline constexpr int EngineEndLimit = 20'000;
+inline constexpr int engineEndLimit = 20'000;
 /// How long an engine may take to come up: the one before it may be ending.
-inline constexpr int EngineStartLimit = EngineEndLimit + CallTimeout;
+inline constexpr int engineStartLimit = engineEndLimit + callTimeout;
 
 } // namespace Bus
+
+} // namespace norvane

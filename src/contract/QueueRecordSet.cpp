@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
 QueueRecordSet::QueueRecordSet(QList<QueueRow> rows) : m_rows(std::move(rows)) {}
 
 void QueueRecordSet::sortByDeliveryDate()
@@ -70,3 +72,5 @@ QList<QueueRow> QueueRecordSet::changedRows() const
     }
     return changed;
 }
+
+} // namespace norvane

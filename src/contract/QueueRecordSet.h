@@ -4,6 +4,8 @@
 #include <QSet>
 #include <QString>
 
+namespace norvane {
+
 /// One waiting message. The first three fields are the columns of the queue grid; the id stays
 /// hidden and names the message for the engine.
 struct QueueRow
@@ -49,3 +51,5 @@ private:
     QSet<qint64> m_changed;
     QList<qint64> m_deleted;
 };
+
+} // namespace norvane

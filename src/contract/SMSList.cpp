@@ -4,10 +4,14 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 bool SMSList::Add(const QString &phone, const QString &message)
 {
     if (m_entries.size() >= std::numeric_limits<qint16>::max())
-        Failure::raise(Failure::Overflow, QStringLiteral("SMSList.Add"));
+        Failure::raise(Failure::Overflow, u"SMSList.Add"_s);
     m_entries.append({phone, message});
     return true;
 }
@@ -25,6 +29,8 @@ QString SMSList::Phone(qint16 index) const
 const SMSList::Entry &SMSList::at(qint16 index) const
 {
     if (index < 0 || index >= m_entries.size())
-        Failure::raise(Failure::SubscriptOutOfRange, QStringLiteral("SMSList"));
+        Failure::raise(Failure::SubscriptOutOfRange, u"SMSList"_s);
     return m_entries.at(index);
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QString>
 
+namespace norvane {
+
 /// The recipients of one bulk send: entries of phone and finished message, indexed from 0 in the
 /// order of Add. Index and count are signed 16-bit numbers.
 class SMSList
@@ -35,3 +37,5 @@ private:
 
     QList<Entry> m_entries;
 };
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 #include <QObject>
 #include <QString>
 
+namespace norvane {
+
 /// The SMS engine as everyone but itself sees it: thirteen operations and six events.
 ///
 /// The operations block until the engine has answered and run no event loop meanwhile. One that
@@ -23,10 +25,10 @@ class SMSManager : public QObject
 
 public:
     /// The one status value that means "running"; 0 is stopped, any other value is not running.
-    static constexpr qint32 Running = 1;
-    static constexpr qint32 Stopped = 0;
+    static constexpr qint32 running = 1;
+    static constexpr qint32 stopped = 0;
     /// The one answer of TestDevice that means success.
-    static constexpr qint32 DeviceAnswered = 1;
+    static constexpr qint32 deviceAnswered = 1;
 
     using QObject::QObject;
 
@@ -73,3 +75,5 @@ Q_SIGNALS:
     void SMSSentFailed(const QString &phone, const QString &Message, qint32 errorCode);
     void WarningError(qint32 errCode, const QString &ExtraInfo);
 };
+
+} // namespace norvane

@@ -5,27 +5,31 @@
 #include <limits>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void checkInterval(qint32 interval, const QString &source)
 {
     if (interval < 1)
         throw NumberedFailure(Failure::InvalidPropertyValue, source,
-                              QStringLiteral("Interval property must be positive"));
+                              u"Interval property must be positive"_s);
 }
 
 void checkResolution(qint32 resolution, const QString &source)
 {
     if (resolution < 0)
         throw NumberedFailure(Failure::InvalidPropertyValue, source,
-                              QStringLiteral("Resolution property must be non-negative"));
+                              u"Resolution property must be non-negative"_s);
 }
 
 qint32 difference(qint32 later, qint32 earlier)
 {
     const qint64 exact = qint64{later} - earlier;
     if (exact < std::numeric_limits<qint32>::min() || exact > std::numeric_limits<qint32>::max())
-        Failure::raise(Failure::Overflow, QStringLiteral("CTimerMM::RaiseTimerEvent"));
+        Failure::raise(Failure::Overflow, u"CTimerMM::RaiseTimerEvent"_s);
     return static_cast<qint32>(exact);
 }
 
@@ -48,7 +52,7 @@ void CTimerMM::setEnabled(bool enabled)
 {
     if (enabled == m_enabled)
         return;
-    const QString source = QStringLiteral("CTimerMM::Enabled");
+    const QString source = u"CTimerMM::Enabled"_s;
     checkInterval(m_interval, source);
     checkResolution(m_resolution, source);
     m_enabled = enabled;
@@ -65,13 +69,13 @@ void CTimerMM::setEnabled(bool enabled)
 
 void CTimerMM::setInterval(qint32 milliseconds)
 {
-    checkInterval(milliseconds, QStringLiteral("CTimerMM::Interval"));
+    checkInterval(milliseconds, u"CTimerMM::Interval"_s);
     m_interval = milliseconds;
 }
 
 void CTimerMM::setResolution(qint32 milliseconds)
 {
-    checkResolution(milliseconds, QStringLiteral("CTimerMM::Resolution"));
+    checkResolution(milliseconds, u"CTimerMM::Resolution"_s);
     m_resolution = milliseconds;
 }
 
@@ -82,3 +86,5 @@ void CTimerMM::RaiseTimerEvent()
     Q_EMIT Timer(passed);
     m_lastTick = MTimerMM::GetClockMs();
 }
+
+} // namespace norvane

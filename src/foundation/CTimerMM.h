@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// A timer with millisecond accuracy that raises its event on the interface thread.
 ///
 /// A running timer is registered, and so lives on when its owner drops it; the owner ends it by
@@ -62,3 +64,5 @@ private:
     WindowHandle m_window = 0;
     bool m_enabled = false;
 };
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// What goes wrong when the console starts, or with what it stands on, in words that name the file
 /// or the thing: descriptions of numbered failures. They come from the language file; where none is
 /// loaded, or it doesn't have them, in English.
@@ -26,3 +28,5 @@ QString engineEnded();
 QString engineDoesNotAnswer(const QString &error);
 
 } // namespace FailureText
+
+} // namespace norvane

@@ -4,8 +4,12 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
-constexpr QChar Separator = u'/';
+constexpr QChar separator = u'/';
 }
 
 FileSystem::FileSystem(PlatformFiles &files) : m_files(files) {}
@@ -14,11 +18,11 @@ QString FileSystem::BuildPath(const QString &path, const QString &name) const
 {
     if (path.isEmpty() || name.isEmpty())
         return path + name;
-    const bool closed = path.endsWith(Separator);
-    const bool opened = name.startsWith(Separator);
+    const bool closed = path.endsWith(separator);
+    const bool opened = name.startsWith(separator);
     if (closed && opened)
         return path + name.sliced(1);
-    return closed || opened ? path + name : path + Separator + name;
+    return closed || opened ? path + name : path + separator + name;
 }
 
 bool FileSystem::FileExists(const QString &path) const
@@ -38,7 +42,7 @@ QString FileSystem::GetDriveName(const QString & /*path*/) const
 
 void FileSystem::CreateFolder(const QString &path)
 {
-    const QString source = QStringLiteral("FileSystem::CreateFolder");
+    const QString source = u"FileSystem::CreateFolder"_s;
     if (path.isEmpty())
         Failure::raise(Failure::InvalidProcedureCall, source);
     if (path.contains(QChar::Null))
@@ -49,3 +53,5 @@ void FileSystem::CreateFolder(const QString &path)
     if (error != 0)
         Failure::raiseErrno(error, source);
 }
+
+} // namespace norvane

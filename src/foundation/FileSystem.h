@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// Paths, tests for files and folders, and folder creation, for the console and its dialogs.
 class FileSystem
 {
@@ -30,3 +32,5 @@ public:
 private:
     PlatformFiles &m_files;
 };
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// Smallest and largest outer size of the console window, in pixels.
 struct WindowLimits
 {
@@ -54,3 +56,5 @@ QString GS(qint32 id, const Arguments &...arguments)
 /// The title of the console's message boxes.
 /// @throws NumberedFailure 91 while no language file is loaded
 QString boxTitle();
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// The suite's common object interface. A class that has nothing to tell or to copy leaves these
 /// bodies as they are.
 class IObject
@@ -26,4 +28,6 @@ public:
     virtual QVariant getParameterValue(const QString & /*vsParameterName*/) const { return {}; }
 };
 
-Q_DECLARE_METATYPE(std::shared_ptr<IObject>)
+} // namespace norvane
+
+Q_DECLARE_METATYPE(std::shared_ptr<norvane::IObject>)

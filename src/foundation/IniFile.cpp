@@ -7,10 +7,12 @@
 
 #include <optional>
 
+namespace norvane {
+
 namespace {
 
-constexpr qsizetype LongestValue = 512;
-constexpr qint64 LargestFile = 16 * 1024 * 1024;
+constexpr qsizetype maxValueLength = 512;
+constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
 
 bool isBlank(QChar unit)
 {
@@ -93,10 +95,12 @@ QString ReadIniValue(const QString &section, const QString &key, const QString &
 {
     QByteArray bytes;
     QString text;
-    if (platformFiles().read(path, LargestFile, bytes) == 0)
+    if (platformFiles().read(path, maxFileBytes, bytes) == 0)
         text = decoded(bytes);
     const QStringView value =
         findValue(text, section, key).value_or(withoutTrailingBlanks(defaultValue));
     const qsizetype nul = value.indexOf(QChar::Null);
-    return value.first(qMin(nul < 0 ? value.size() : nul, LongestValue)).toString();
+    return value.first(qMin(nul < 0 ? value.size() : nul, maxValueLength)).toString();
 }
+
+} // namespace norvane

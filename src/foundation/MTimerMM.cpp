@@ -6,11 +6,15 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace MTimerMM {
 namespace {
 
 /// The one system clock period that is ever asked for, in milliseconds.
-constexpr quint32 ClockPeriod = 1;
+constexpr quint32 clockPeriod = 1;
 
 /// The hidden windows' own procedure, one for all of them.
 WindowProc mlDefWindowProc = nullptr;
@@ -45,8 +49,8 @@ WindowHandle fRegister(const std::shared_ptr<CTimerMM> &owner)
         mcolTimers = std::make_unique<Registry>();
     const WindowHandle window = CreateTimerWindow();
     if (window == 0)
-        throw NumberedFailure(Failure::InternalError, QStringLiteral("MTimerMM::fRegister"),
-                              QStringLiteral("Unable to create timer control window"));
+        throw NumberedFailure(Failure::InternalError, u"MTimerMM::fRegister"_s,
+                              u"Unable to create timer control window"_s);
     SubclassTimerWindow(window);
     mcolTimers->insert(QString::number(window), {owner, window});
     return window;
@@ -68,14 +72,14 @@ void fUnregister(WindowHandle window) noexcept
 
 quint32 StartTimer(qint32 interval, qint32 resolution, qint32 eventType, WindowHandle window)
 {
-    timerPlatform().beginPeriod(ClockPeriod);
+    timerPlatform().beginPeriod(clockPeriod);
     return timerPlatform().setEvent(interval, resolution, TimerCallback, window, eventType);
 }
 
 void StopTimer(quint32 timerId)
 {
     timerPlatform().killEvent(timerId);
-    timerPlatform().endPeriod(ClockPeriod);
+    timerPlatform().endPeriod(clockPeriod);
 }
 
 qint32 GetClockMs()
@@ -88,9 +92,8 @@ WindowHandle CreateTimerWindow()
     int error = 0;
     const WindowHandle window = timerPlatform().createWindow(error);
     if (window == 0)
-        messageBoxes().show(
-            QStringLiteral("Unable to create window, LastError = ") + QString::number(error),
-            MessageBoxes::Icon::None, MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS"));
+        messageBoxes().show(u"Unable to create window, LastError = "_s + QString::number(error),
+                            MessageBoxes::Icon::None, MessageBoxes::Buttons::Ok, u"Norvane SMS"_s);
     return window;
 }
 
@@ -100,7 +103,7 @@ void SubclassTimerWindow(WindowHandle window)
     const WindowProc own = timerPlatform().windowProc(window);
     if (!own)
         throw NumberedFailure(Failure::InternalError, QString(),
-                              QStringLiteral("Unable to get default window proc handle"));
+                              u"Unable to get default window proc handle"_s);
     timerPlatform().setWindowProc(window, TimerWindowProc);
     mlDefWindowProc = own;
 }
@@ -135,3 +138,5 @@ qint64 TimerWindowProc(WindowHandle window, quint32 message, quint64 wParam, qin
 }
 
 } // namespace MTimerMM
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 class CTimerMM;
 
 /// What a CTimerMM can't carry itself: the callback, the hidden window of each running timer, and
@@ -65,3 +67,5 @@ void TimerCallback(quint32 id, quint32 message, quintptr user, quintptr reserved
 qint64 TimerWindowProc(WindowHandle window, quint32 message, quint64 wParam, qint64 lParam);
 
 } // namespace MTimerMM
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 namespace {
 MessageBoxes *g_boxes = nullptr;
 }
@@ -16,3 +18,5 @@ MessageBoxes *installMessageBoxes(MessageBoxes *boxes)
 {
     return std::exchange(g_boxes, boxes);
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// The one way to a message box. The program installs the toolkit's boxes, a test its own that
 /// answer and keep what was shown.
 class MessageBoxes
@@ -27,3 +29,5 @@ MessageBoxes &messageBoxes();
 /// Makes `boxes` the boxes in use until the next call; they must outlive it.
 /// @return the boxes that were in use, null when there were none
 MessageBoxes *installMessageBoxes(MessageBoxes *boxes);
+
+} // namespace norvane

@@ -5,9 +5,13 @@
 #include <array>
 #include <exception>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr qsizetype LongestLocaleText = 255;
+constexpr qsizetype maxLocaleTextLength = 255;
 
 struct KnownSystem
 {
@@ -17,7 +21,7 @@ struct KnownSystem
     qint32 identifier;
 };
 
-constexpr std::array KnownSystems{
+constexpr std::array knownSystems{
     KnownSystem{0, std::nullopt, std::nullopt, 32},
     KnownSystem{1, std::nullopt, 0, 95},
     KnownSystem{1, std::nullopt, 10, 98},
@@ -39,13 +43,12 @@ void cutAtNul(QString &text)
 
 QString debugText(const VersionRecord &version)
 {
-    return QStringLiteral("RUNNING IN DEBUG MODE !! OS INFO ID:\r\n"
-                          ".dwMajorVersion = %1\r\n"
-                          ".dwMinorVersion = %2\r\n"
-                          ".dwOSVersionInfoSize = %3\r\n"
-                          ".dwBuildNumber = %4\r\n"
-                          ".szCSDVersion = ")
-               .arg(version.major)
+    return u"RUNNING IN DEBUG MODE !! OS INFO ID:\r\n"
+           ".dwMajorVersion = %1\r\n"
+           ".dwMinorVersion = %2\r\n"
+           ".dwOSVersionInfoSize = %3\r\n"
+           ".dwBuildNumber = %4\r\n"
+           ".szCSDVersion = "_s.arg(version.major)
                .arg(version.minor)
                .arg(version.recordSize)
                .arg(version.build) +
@@ -71,7 +74,7 @@ QString StripNulls(QString &text)
 
 qint32 osIdentifier(const VersionRecord &record)
 {
-    for (const KnownSystem &system : KnownSystems) {
+    for (const KnownSystem &system : knownSystems) {
         if (system.platformId == record.platformId &&
             system.major.value_or(record.major) == record.major &&
             system.minor.value_or(record.minor) == record.minor)
@@ -102,14 +105,14 @@ qint32 PlatformHelpers::GetOSIdentifier(bool debugMode)
     }
     if (debugMode)
         messageBoxes().show(debugText(m_version), MessageBoxes::Icon::None,
-                            MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS"));
+                            MessageBoxes::Buttons::Ok, u"Norvane SMS"_s);
     return m_osIdentifier;
 }
 
 QString PlatformHelpers::GetLocaleText(qint32 item) const
 {
     const QString text = m_platform.localeItem(item);
-    return text.size() <= LongestLocaleText ? text : QString();
+    return text.size() <= maxLocaleTextLength ? text : QString();
 }
 
 QString PlatformHelpers::GetNationISO3() const
@@ -140,3 +143,5 @@ QString PlatformHelpers::folderOrProgramFolder(QString (Platform::*query)() cons
     cutAtNul(folder);
     return withoutBlanks(folder).isEmpty() ? m_platform.programFolder() : folder;
 }
+
+} // namespace norvane

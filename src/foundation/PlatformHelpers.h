@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringView>
 
+namespace norvane {
+
 /// `text` without the spaces in front of it and behind it. No other blank is one.
 QString withoutBlanks(QStringView text);
 
@@ -48,3 +50,5 @@ private:
     qint32 m_osIdentifier = 0;
     bool m_osQueryFailed = false;
 };
+
+} // namespace norvane

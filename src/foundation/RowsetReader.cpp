@@ -8,18 +8,22 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace RowsetReader {
 namespace {
 
-constexpr QStringView SchemaNamespace = u"uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882";
-constexpr QStringView RowsetNamespace = u"urn:schemas-microsoft-com:rowset";
+constexpr QStringView schemaNamespace = u"uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882";
+constexpr QStringView rowsetNamespace = u"urn:schemas-microsoft-com:rowset";
 
-constexpr int DeepestElement = 16;
-constexpr int LongestEntity = 512;                 // characters that one entity may stand for
-constexpr qsizetype LongestWithEntities = 131'072; // characters of a file that declares entities
-constexpr qsizetype MostAttributes = 1'000;
+constexpr int maxElementDepth = 16;
+constexpr int maxEntityLength = 512;                 // characters that one entity may stand for
+constexpr qsizetype maxLengthWithEntities = 131'072; // characters of a file that declares entities
+constexpr qsizetype maxAttributes = 1'000;
 
-/// Whether no tag of `text` has more than MostAttributes: the time that the toolkit's reader takes
+/// Whether no tag of `text` has more than maxAttributes: the time that the toolkit's reader takes
 /// grows with their square. Between two "<" there is one tag at most, and an attribute has an
 /// equals sign with a quote behind it.
 bool hasModestTags(QStringView text)
@@ -31,7 +35,7 @@ bool hasModestTags(QStringView text)
             attributes = 0;
         else if (afterEquals && (unit == u'"' || unit == u'\''))
             ++attributes;
-        if (attributes > MostAttributes)
+        if (attributes > maxAttributes)
             return false;
         afterEquals = unit == u'=' || (afterEquals && unit.isSpace());
     }
@@ -44,7 +48,7 @@ public:
     Reader(const QString &text, const QStringList &columns, const RowSink &sink)
         : m_xml(text), m_columns(columns), m_sink(sink)
     {
-        m_xml.setEntityExpansionLimit(LongestEntity);
+        m_xml.setEntityExpansionLimit(maxEntityLength);
     }
 
     bool readFile()
@@ -54,9 +58,9 @@ public:
         bool sawSchema = false;
         bool sawData = false;
         while (nextChild()) {
-            if (isElement(SchemaNamespace, u"Schema") && !sawSchema)
+            if (isElement(schemaNamespace, u"Schema") && !sawSchema)
                 sawSchema = readSchema();
-            else if (isElement(RowsetNamespace, u"data") && sawSchema && !sawData)
+            else if (isElement(rowsetNamespace, u"data") && sawSchema && !sawData)
                 sawData = readData();
             else
                 m_good = false;
@@ -143,7 +147,7 @@ private:
                 ++depth;
             else if (token == QXmlStreamReader::EndElement)
                 --depth;
-            if (m_xml.hasError() || depth > DeepestElement)
+            if (m_xml.hasError() || depth > maxElementDepth)
                 m_good = false;
         }
     }
@@ -151,15 +155,15 @@ private:
     // A column's type is declared inside the row's type, or outside and referred to by it.
     bool readSchema()
     {
-        m_rowNamespace = u'#' + attribute(u"id"_qs);
+        m_rowNamespace = u'#' + attribute(u"id"_s);
         if (m_rowNamespace.size() < 2)
             return fail();
         bool sawRowType = false;
         while (nextChild()) {
-            if (isElement(SchemaNamespace, u"AttributeType")) {
+            if (isElement(schemaNamespace, u"AttributeType")) {
                 declareColumn();
-            } else if (isElement(SchemaNamespace, u"ElementType") &&
-                       attribute(u"name"_qs) == u"row") {
+            } else if (isElement(schemaNamespace, u"ElementType") &&
+                       attribute(u"name"_s) == u"row") {
                 sawRowType = true;
                 readRowType();
             } else {
@@ -172,10 +176,10 @@ private:
     void readRowType()
     {
         while (nextChild()) {
-            if (isElement(SchemaNamespace, u"AttributeType"))
+            if (isElement(schemaNamespace, u"AttributeType"))
                 m_rowAttributes.append(declareColumn());
-            else if (isElement(SchemaNamespace, u"attribute")) {
-                m_rowAttributes.append(attribute(u"type"_qs));
+            else if (isElement(schemaNamespace, u"attribute")) {
+                m_rowAttributes.append(attribute(u"type"_s));
                 skip();
             } else {
                 skip();
@@ -187,10 +191,10 @@ private:
     QString declareColumn()
     {
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        const QString attribute = attributes.value(u"name"_qs).toString();
+        const QString attribute = attributes.value(u"name"_s).toString();
         const QString column =
-            attributes.hasAttribute(RowsetNamespace.toString(), u"name"_qs)
-                ? attributes.value(RowsetNamespace.toString(), u"name"_qs).toString()
+            attributes.hasAttribute(rowsetNamespace.toString(), u"name"_s)
+                ? attributes.value(rowsetNamespace.toString(), u"name"_s).toString()
                 : attribute;
         if (!m_columnOf.contains(attribute))
             m_columnOf.insert(attribute, column);
@@ -249,14 +253,16 @@ private:
 
 bool read(const QByteArray &bytes, const QStringList &columns, const RowSink &sink)
 {
-    if (bytes.size() > LargestFile)
+    if (bytes.size() > maxFileBytes)
         return false;
     const auto text = decodedXml(bytes);
     if (!text || !hasModestTags(*text))
         return false;
-    if (text->size() > LongestWithEntities && text->contains(u"<!DOCTYPE"))
+    if (text->size() > maxLengthWithEntities && text->contains(u"<!DOCTYPE"))
         return false;
     return Reader(*text, columns, sink).readFile();
 }
 
 } // namespace RowsetReader
+
+} // namespace norvane

@@ -6,11 +6,13 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Reads a table in the persisted rowset form of XML: a schema that declares the columns, then one
 /// element a row with one attribute a column.
 namespace RowsetReader {
 
-constexpr qint64 LargestFile = 8 * 1024 * 1024;
+constexpr qint64 maxFileBytes = 8 * 1024 * 1024;
 
 /// Takes the values of one row, in the order of the columns asked for. A value that the row doesn't
 /// have is a null string. False ends the reading.
@@ -25,3 +27,5 @@ using RowSink = std::function<bool(const QStringList &values)>;
 bool read(const QByteArray &bytes, const QStringList &columns, const RowSink &sink);
 
 } // namespace RowsetReader
+
+} // namespace norvane

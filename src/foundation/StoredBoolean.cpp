@@ -4,6 +4,10 @@
 
 #include <cmath>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 bool toBoolean(const QString &text)
 {
     const QString word = text.trimmed();
@@ -15,11 +19,13 @@ bool toBoolean(const QString &text)
     bool isNumber = false;
     const double number = word.toDouble(&isNumber);
     if (!isNumber || !std::isfinite(number))
-        Failure::raise(Failure::TypeMismatch, QStringLiteral("toBoolean"));
+        Failure::raise(Failure::TypeMismatch, u"toBoolean"_s);
     return std::fpclassify(number) != FP_ZERO;
 }
 
 QString booleanText(bool value)
 {
-    return value ? QStringLiteral("True") : QStringLiteral("False");
+    return value ? u"True"_s : u"False"_s;
 }
+
+} // namespace norvane

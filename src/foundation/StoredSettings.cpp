@@ -9,9 +9,13 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr qint64 LargestFile = 1024 * 1024;
+constexpr qint64 maxFileBytes = 1024 * 1024;
 
 QString folderOf(const QString &application)
 {
@@ -21,7 +25,7 @@ QString folderOf(const QString &application)
 
 QString fileOf(const QString &application)
 {
-    return folderOf(application) + QStringLiteral("/settings.ini");
+    return folderOf(application) + u"/settings.ini"_s;
 }
 
 bool isName(const QString &name)
@@ -42,7 +46,7 @@ SettingsText readText(PlatformFiles &files, const QString &application, const QS
 {
     const QString file = fileOf(application);
     QByteArray bytes;
-    const int error = files.read(file, LargestFile, bytes);
+    const int error = files.read(file, maxFileBytes, bytes);
     if (error == ENOENT)
         return {};
     if (error != 0)
@@ -84,7 +88,7 @@ IniStoredSettings::IniStoredSettings(PlatformFiles &files, std::chrono::millisec
 QString IniStoredSettings::get(const QString &application, const QString &section,
                                const QString &key, const QString &defaultValue) const
 {
-    const QString source = QStringLiteral("IniStoredSettings::get");
+    const QString source = u"IniStoredSettings::get"_s;
     checkNames(application, section, key, source);
     return readText(m_files, application, source).value(section, key).value_or(defaultValue);
 }
@@ -92,14 +96,14 @@ QString IniStoredSettings::get(const QString &application, const QString &sectio
 void IniStoredSettings::save(const QString &application, const QString &section, const QString &key,
                              const QString &value)
 {
-    const QString source = QStringLiteral("IniStoredSettings::save");
+    const QString source = u"IniStoredSettings::save"_s;
     checkNames(application, section, key, source);
     if (!value.isValidUtf16())
         Failure::raise(Failure::InvalidProcedureCall, source);
     makeFolders(m_files, folderOf(application), source);
 
     // Where no lock file can be made, the write below fails too and tells why.
-    QLockFile lock(fileOf(application) + QStringLiteral(".lock"));
+    QLockFile lock(fileOf(application) + u".lock"_s);
     if (!lock.tryLock(static_cast<int>(m_lockWait.count())) &&
         lock.error() == QLockFile::LockFailedError)
         raiseNotSaved(Failure::PermissionDenied, fileOf(application), source);
@@ -109,3 +113,5 @@ void IniStoredSettings::save(const QString &application, const QString &section,
     if (const int error = m_files.replace(fileOf(application), text.bytes()))
         raiseNotSaved(Failure::fromErrno(error), fileOf(application), source);
 }
+
+} // namespace norvane

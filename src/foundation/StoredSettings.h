@@ -6,6 +6,8 @@
 
 #include <chrono>
 
+namespace norvane {
+
 /// The per-user settings: texts addressed by application, section and key.
 class StoredSettings
 {
@@ -48,3 +50,5 @@ private:
     PlatformFiles &m_files;
     std::chrono::milliseconds m_lockWait;
 };
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 std::optional<QString> decodedUnicode(const QByteArray &bytes, QStringConverter::Encoding encoding)
@@ -24,7 +28,7 @@ std::optional<QString> decodedUnicode(const QByteArray &bytes, QStringConverter:
 QByteArray declaredEncoding(const QByteArray &bytes)
 {
     static const QRegularExpression declaration(
-        QStringLiteral("^<\\?xml\\s[^>]*?\\sencoding\\s*=\\s*[\"']([A-Za-z0-9._-]+)[\"']"));
+        u"^<\\?xml\\s[^>]*?\\sencoding\\s*=\\s*[\"']([A-Za-z0-9._-]+)[\"']"_s);
     const auto match = declaration.match(QString::fromLatin1(bytes.first(qMin(bytes.size(), 512))));
     return match.captured(1).toLatin1().toLower();
 }
@@ -60,3 +64,5 @@ std::optional<QString> decodedXml(const QByteArray &bytes)
         return QString::fromLatin1(bytes);
     return std::nullopt;
 }
+
+} // namespace norvane

@@ -9,6 +9,10 @@
 #include <utility>
 #include <vector>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The items in order of insertion, and so of their serial numbers, which no two items ever share:
 /// an enumerator goes on behind an item that is gone.
 struct clsCollection::Items
@@ -122,8 +126,8 @@ QVariant clsCollection::Item(const IndexKey &vvntIndexKey, bool vbRaiseError) co
         return {};
     const auto number = vvntIndexKey.position() != nullptr ? Failure::SubscriptOutOfRange
                                                            : Failure::InvalidProcedureCall;
-    throw NumberedFailure(ItemFailure, getClassIdAsString() + QStringLiteral(".item()"),
-                          QStringLiteral("Collection\r\n") + Failure::description(number));
+    throw NumberedFailure(itemFailure, getClassIdAsString() + u".item()"_s,
+                          u"Collection\r\n"_s + Failure::description(number));
 }
 
 bool clsCollection::itemExists(const QString &vsKey) const
@@ -161,5 +165,7 @@ clsCollection::Enumerator clsCollection::NewEnum() const
 
 QString clsCollection::getClassIdAsString() const
 {
-    return QStringLiteral("clsCollection");
+    return u"clsCollection"_s;
 }
+
+} // namespace norvane

@@ -9,6 +9,8 @@
 #include <memory>
 #include <variant>
 
+namespace norvane {
+
 /// An ordered collection with keys, whose operations tell failures by their results. Positions
 /// count from 1 in order of insertion; keys are unique without regard to case, by their Unicode
 /// case folding. An item is any simple value, or an object as a shared pointer, of which `Item`
@@ -61,7 +63,7 @@ public:
         QVariant m_current;
     };
 
-    static constexpr qint32 ItemFailure = -2147221500; // 0x80040004
+    static constexpr qint32 itemFailure = -2147221500; // 0x80040004
 
     clsCollection();
     ~clsCollection() override;
@@ -77,7 +79,7 @@ public:
     qint32 getCount() const;
 
     /// @return the item; the empty value if there is none
-    /// @throws NumberedFailure ItemFailure, if there is none and `vbRaiseError` is set
+    /// @throws NumberedFailure itemFailure, if there is none and `vbRaiseError` is set
     QVariant Item(const IndexKey &vvntIndexKey, bool vbRaiseError = false) const;
 
     bool itemExists(const QString &vsKey) const;
@@ -100,3 +102,5 @@ public:
 private:
     std::shared_ptr<Items> m_items;
 };
+
+} // namespace norvane

@@ -4,15 +4,19 @@
 
 #include <array>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// A fixed number of texts, indexed from 0. A write outside the bound is ignored, a read outside it
 /// gives "0".
 template <qint32 Entries>
 class BoundedTexts
 {
 public:
-    static constexpr qint32 Bound = Entries;
+    static constexpr qint32 bound = Entries;
 
-    QString get(qint32 index) const { return holds(index) ? m_texts[at(index)] : u"0"_qs; }
+    QString get(qint32 index) const { return holds(index) ? m_texts[at(index)] : u"0"_s; }
     void set(qint32 index, const QString &text)
     {
         if (holds(index))
@@ -46,3 +50,5 @@ public:
     BoundedTexts<20> HeaderBuyTransactionTabOrder;
     BoundedTexts<43> HeaderTechnicalAssistanceProcessTabOrder;
 };
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 bool cls_Localize::Init(const QString &strFile, const QString &strLanguageID)
 {
     m_languageId = strLanguageID;
@@ -13,12 +17,12 @@ bool cls_Localize::Init(const QString &strFile, const QString &strLanguageID)
     m_texts.clear();
 
     QByteArray bytes;
-    if (platformFiles().read(strFile, RowsetReader::LargestFile, bytes) != 0)
+    if (platformFiles().read(strFile, RowsetReader::maxFileBytes, bytes) != 0)
         return false;
 
     bool hasRows = false;
-    const bool isTable = RowsetReader::read(
-        bytes, {QStringLiteral("ResID"), QStringLiteral("ResSTring")}, [&](const QStringList &row) {
+    const bool isTable =
+        RowsetReader::read(bytes, {u"ResID"_s, u"ResSTring"_s}, [&](const QStringList &row) {
             hasRows = true;
             if (row.at(0).isNull())
                 return true;
@@ -39,16 +43,18 @@ bool cls_Localize::Init(const QString &strFile, const QString &strLanguageID)
 QString cls_Localize::GS(qint32 id, const QStringList &arguments) const
 {
     if (!m_isOpen)
-        Failure::raise(Failure::ObjectClosed, QStringLiteral("cls_Localize"));
+        Failure::raise(Failure::ObjectClosed, u"cls_Localize"_s);
     const auto found = m_texts.constFind(id);
     if (found == m_texts.constEnd())
-        return QString::number(id) + QStringLiteral("\\\?\?\?\?\?\?\?\?\?\?\?\?");
+        return QString::number(id) + u"\\\?\?\?\?\?\?\?\?\?\?\?\?"_s;
 
     QString text = *found;
     for (qsizetype n = 0; n < arguments.size(); ++n)
         text.replace(u'%' + QString::number(n + 1), arguments.at(n));
-    text.replace(QStringLiteral("{\\CrLf}"), QStringLiteral("\r\n"));
-    text.replace(QStringLiteral("{\\Cr}"), QStringLiteral("\r"));
-    text.replace(QStringLiteral("{\\Tab}"), QStringLiteral("\t"));
+    text.replace(u"{\\CrLf}"_s, u"\r\n"_s);
+    text.replace(u"{\\Cr}"_s, u"\r"_s);
+    text.replace(u"{\\Tab}"_s, u"\t"_s);
     return text;
 }
+
+} // namespace norvane

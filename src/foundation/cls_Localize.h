@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace norvane {
+
 /// A language file: the operator's texts by number.
 class cls_Localize
 {
@@ -31,3 +33,5 @@ private:
     QHash<qint32, QString> m_texts;
     bool m_isOpen = false;
 };
+
+} // namespace norvane

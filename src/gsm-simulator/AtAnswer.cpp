@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 AtAnswer ok()
@@ -32,22 +36,22 @@ AtAnswer messageError(int code)
 QByteArray equipmentErrorText(int code)
 {
     switch (code) {
-    case EquipmentFailure::NotAllowed:
-        return QByteArrayLiteral("operation not allowed");
-    case EquipmentFailure::NotSupported:
-        return QByteArrayLiteral("operation not supported");
-    case EquipmentFailure::PinRequired:
-        return QByteArrayLiteral("SIM PIN required");
-    case EquipmentFailure::PukRequired:
-        return QByteArrayLiteral("SIM PUK required");
-    case EquipmentFailure::SimFailure:
-        return QByteArrayLiteral("SIM failure");
-    case EquipmentFailure::WrongPassword:
-        return QByteArrayLiteral("incorrect password");
-    case EquipmentFailure::BadParameters:
-        return QByteArrayLiteral("Incorrect parameters");
+    case EquipmentFailure::notAllowed:
+        return "operation not allowed"_ba;
+    case EquipmentFailure::notSupported:
+        return "operation not supported"_ba;
+    case EquipmentFailure::pinRequired:
+        return "SIM PIN required"_ba;
+    case EquipmentFailure::pukRequired:
+        return "SIM PUK required"_ba;
+    case EquipmentFailure::simFailure:
+        return "SIM failure"_ba;
+    case EquipmentFailure::wrongPassword:
+        return "incorrect password"_ba;
+    case EquipmentFailure::badParameters:
+        return "Incorrect parameters"_ba;
     default:
-        return QByteArrayLiteral("unknown");
+        return "unknown"_ba;
     }
 }
 
@@ -73,3 +77,5 @@ AtAnswer choice(const AtCommand &command, int &value, std::initializer_list<int>
 }
 
 } // namespace simulator
+
+} // namespace norvane

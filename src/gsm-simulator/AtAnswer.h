@@ -7,32 +7,34 @@
 
 #include <initializer_list>
 
+namespace norvane {
+
 namespace simulator {
 
 enum class Final { Ok, Error, EquipmentError, MessageError, NoCarrier, Prompt };
 
 /// Error numbers of 3GPP TS 27.007, 9.2.
 namespace EquipmentFailure {
-constexpr int NotAllowed = 3;
-constexpr int NotSupported = 4;
-constexpr int PinRequired = 11;
-constexpr int PukRequired = 12;
-constexpr int SimFailure = 13;
-constexpr int WrongPassword = 16;
-constexpr int BadParameters = 50;
+constexpr int notAllowed = 3;
+constexpr int notSupported = 4;
+constexpr int pinRequired = 11;
+constexpr int pukRequired = 12;
+constexpr int simFailure = 13;
+constexpr int wrongPassword = 16;
+constexpr int badParameters = 50;
 } // namespace EquipmentFailure
 
 /// Error numbers of 3GPP TS 27.005, 3.2.5.
 namespace MessageFailure {
-constexpr int NotAllowed = 302;
-constexpr int NotSupported = 303;
-constexpr int BadPduParameter = 304;
-constexpr int BadTextParameter = 305;
-constexpr int PinRequired = 311;
-constexpr int SimFailure = 313;
-constexpr int PukRequired = 316;
-constexpr int BadIndex = 321;
-constexpr int NoNetwork = 331;
+constexpr int notAllowed = 302;
+constexpr int notSupported = 303;
+constexpr int badPduParameter = 304;
+constexpr int badTextParameter = 305;
+constexpr int pinRequired = 311;
+constexpr int simFailure = 313;
+constexpr int pukRequired = 316;
+constexpr int badIndex = 321;
+constexpr int noNetwork = 331;
 } // namespace MessageFailure
 
 /// What a command answers: lines of information, and how it ended.
@@ -58,3 +60,5 @@ AtAnswer choice(const AtCommand &command, int &value, std::initializer_list<int>
                 const AtAnswer &badValue);
 
 } // namespace simulator
+
+} // namespace norvane

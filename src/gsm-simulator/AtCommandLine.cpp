@@ -1,5 +1,9 @@
 #include "gsm-simulator/AtCommandLine.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
@@ -16,7 +20,7 @@ bool isLetter(char character)
 
 bool opensExtendedCommand(char character)
 {
-    return QByteArrayLiteral("+^%#$*").contains(character);
+    return "+^%#$*"_ba.contains(character);
 }
 
 } // namespace
@@ -36,7 +40,7 @@ std::optional<AtCommand> AtCommandLine::next()
         ++m_position;
         command = parameter();
     } else if (first == 'D' || first == 'd') {
-        command = AtCommand{QByteArrayLiteral("D"), Form::Execute, m_body.mid(m_position + 1)};
+        command = AtCommand{"D"_ba, Form::Execute, m_body.mid(m_position + 1)};
         m_position = m_body.size();
     } else if (isLetter(first)) {
         ++m_position;
@@ -80,7 +84,7 @@ AtCommand AtCommandLine::basic(const QByteArray &name)
 AtCommand AtCommandLine::parameter()
 {
     AtCommand command;
-    command.name = QByteArrayLiteral("S") + digits();
+    command.name = "S"_ba + digits();
     if (atEnd())
         return command;
     if (m_body.at(m_position) == '?') {
@@ -139,10 +143,10 @@ std::vector<AtArgument> splitArguments(const QByteArray &arguments)
 
 std::optional<std::vector<int>> numbersOf(const QByteArray &arguments)
 {
-    constexpr qsizetype MostDigits = 7;
+    constexpr qsizetype maxDigits = 7;
     std::vector<int> numbers;
     for (const AtArgument &argument : splitArguments(arguments)) {
-        if (argument.quoted || argument.text.size() > MostDigits)
+        if (argument.quoted || argument.text.size() > maxDigits)
             return std::nullopt;
         for (const char character : argument.text) {
             if (!isDigit(character))
@@ -154,3 +158,5 @@ std::optional<std::vector<int>> numbersOf(const QByteArray &arguments)
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <optional>
 #include <vector>
 
+namespace norvane {
+
 namespace simulator {
 
 enum class Form { Execute, Read, Test, Set };
@@ -56,3 +58,5 @@ std::vector<AtArgument> splitArguments(const QByteArray &arguments);
 std::optional<std::vector<int>> numbersOf(const QByteArray &arguments);
 
 } // namespace simulator
+
+} // namespace norvane

@@ -6,17 +6,21 @@
 #include <array>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
 
-constexpr char Backspace = 0x08;
-constexpr char LineEnd = '\r';
-constexpr char EndOfEntry = 0x1A;
-constexpr char CancelEntry = 0x1B;
-constexpr qsizetype LongestLine = 2048;
-constexpr qsizetype LongestEntry = 2048;
-constexpr qsizetype BufferSize = 16384;
+constexpr char backspace = 0x08;
+constexpr char lineEnd = '\r';
+constexpr char endOfEntry = 0x1A;
+constexpr char cancelEntry = 0x1B;
+constexpr qsizetype maxLineLength = 2048;
+constexpr qsizetype maxEntryLength = 2048;
+constexpr qsizetype bufferSize = 16384;
 
 bool isControl(char byte)
 {
@@ -43,7 +47,7 @@ Step AtInterpreter::take(const QByteArray &bytes)
     Step step;
     if (m_modem.settings.silent || m_unplugged)
         return step;
-    m_input += isPaused() ? bytes.left(BufferSize - m_input.size()) : bytes;
+    m_input += isPaused() ? bytes.left(bufferSize - m_input.size()) : bytes;
     process(step);
     return step;
 }
@@ -76,12 +80,12 @@ void AtInterpreter::takeCommandByte(char byte, Step &step)
 {
     if (m_modem.profile.echo == 1)
         step.output += byte;
-    if (byte == LineEnd) {
+    if (byte == lineEnd) {
         runLine(step);
-    } else if (byte == Backspace) {
+    } else if (byte == backspace) {
         m_line.chop(1);
     } else if (!isControl(byte)) {
-        if (m_line.size() < LongestLine) {
+        if (m_line.size() < maxLineLength) {
             m_line += byte;
         } else {
             m_overlong = true;
@@ -133,11 +137,11 @@ void AtInterpreter::openPrompt(Step &step)
 
 void AtInterpreter::takeEntryByte(char byte, Step &step)
 {
-    if (byte == EndOfEntry) {
+    if (byte == endOfEntry) {
         closeEntry(step);
         return;
     }
-    if (byte == CancelEntry) {
+    if (byte == cancelEntry) {
         m_reading = Reading::Command;
         write(ok(), step);
         return;
@@ -145,13 +149,13 @@ void AtInterpreter::takeEntryByte(char byte, Step &step)
     if (m_modem.profile.echo == 1)
         step.output += byte;
     // A client that ends its command with CR and LF leaves the LF for the prompt.
-    if (m_entry.isEmpty() && (byte == '\n' || (byte == LineEnd && m_reading == Reading::Pdu)))
+    if (m_entry.isEmpty() && (byte == '\n' || (byte == lineEnd && m_reading == Reading::Pdu)))
         return;
-    if (m_reading == Reading::Text && byte == LineEnd)
+    if (m_reading == Reading::Text && byte == lineEnd)
         step.output += "\r\n> ";
-    if (m_reading == Reading::Text && byte == Backspace) {
+    if (m_reading == Reading::Text && byte == backspace) {
         m_entry.chop(1);
-    } else if (m_entry.size() < LongestEntry) {
+    } else if (m_entry.size() < maxEntryLength) {
         m_entry += byte;
     } else {
         m_overlong = true;
@@ -178,15 +182,15 @@ AtInterpreter::Pending AtInterpreter::judgeEntry()
         if (!m_overlong)
             part = readTextSubmission(m_modem.entryNumber, m_entry, m_modem.profile);
         if (!part)
-            return {messageError(MessageFailure::BadTextParameter), {}, false};
+            return {messageError(MessageFailure::badTextParameter), {}, false};
     } else {
         auto read = decodeSubmission(m_entry, m_modem.entryLength);
         if (m_overlong || std::holds_alternative<PduFault>(read))
-            return {messageError(MessageFailure::BadPduParameter), {}, false};
+            return {messageError(MessageFailure::badPduParameter), {}, false};
         part = std::get<SubmittedPart>(std::move(read));
     }
     if (!m_modem.isRegistered())
-        return {messageError(MessageFailure::NoNetwork), {}, false};
+        return {messageError(MessageFailure::noNetwork), {}, false};
     const bool linkKept = m_modem.link.use(m_modem.settings.clock());
     ++m_submissions;
     const int failEvery = m_modem.settings.failEvery;
@@ -261,22 +265,22 @@ QByteArray AtInterpreter::finalText(const AtAnswer &answer) const
 /// What a bad line and a talkative modem put in front of an answer.
 void AtInterpreter::disturb(Step &step)
 {
-    constexpr int LinesBetween = 3;
+    constexpr int linesBetween = 3;
     if (m_modem.settings.noise) {
         step.output += m_noise.burst();
         if (m_modem.profile.verbose == 0)
             step.output += "\r\n"; // no line end opens the answer
     }
-    if (m_modem.settings.unsolicited && ++m_answeredLines % LinesBetween == 0)
+    if (m_modem.settings.unsolicited && ++m_answeredLines % linesBetween == 0)
         step.output += nextUnsolicited();
 }
 
 QByteArray AtInterpreter::nextUnsolicited()
 {
-    static constexpr std::array<const char *, 5> Lines{"RING", "+CMTI: \"SM\",1", "^RSSI: 18",
-                                                       "+CREG: 1", "+CIEV: 2,4"};
-    const char *line = Lines.at(m_nextUnsolicited++ % Lines.size());
-    return QByteArrayLiteral("\r\n") + line + "\r\n";
+    static constexpr std::array<const char *, 5> chatterLines{
+        "RING", "+CMTI: \"SM\",1", "^RSSI: 18", "+CREG: 1", "+CIEV: 2,4"};
+    const char *line = chatterLines.at(m_nextUnsolicited++ % chatterLines.size());
+    return "\r\n"_ba + line + "\r\n";
 }
 
 QByteArray AtInterpreter::unsolicitedLine()
@@ -288,3 +292,5 @@ QByteArray AtInterpreter::unsolicitedLine()
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+namespace norvane {
+
 namespace simulator {
 
 struct AcceptedMessage
@@ -92,3 +94,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "gsm-simulator/CommandTable.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -27,9 +29,9 @@ AtAnswer verbose(ModemState &modem, const AtCommand &command)
     return setFlag(command, modem.profile.verbose);
 }
 
-AtAnswer bringBack(ModemState &modem, const AtCommand &)
+AtAnswer restoreProfileCommand(ModemState &modem, const AtCommand &)
 {
-    modem.bringBackProfile();
+    modem.restoreProfile();
     return ok();
 }
 
@@ -51,9 +53,9 @@ AtAnswer registerValue(ModemState &modem, const AtCommand &command)
     int &value = modem.profile.registers.at(number);
     if (command.form == Form::Read)
         return ok(QByteArray::number(value).rightJustified(3, '0'));
-    constexpr int Most = 255;
+    constexpr int max = 255;
     const auto given = numbersOf(command.arguments);
-    if (command.form != Form::Set || !given || given->front() > Most)
+    if (command.form != Form::Set || !given || given->front() > max)
         return error();
     value = given->front() < 0 ? 0 : given->front();
     return ok();
@@ -62,7 +64,7 @@ AtAnswer registerValue(ModemState &modem, const AtCommand &command)
 AtAnswer errorForm(ModemState &modem, const AtCommand &command)
 {
     return choice(command, modem.profile.errorForm, {0, 1, 2},
-                  equipmentError(EquipmentFailure::BadParameters));
+                  equipmentError(EquipmentFailure::badParameters));
 }
 
 AtAnswer commandList(ModemState &, const AtCommand &command)
@@ -78,17 +80,31 @@ AtAnswer commandList(ModemState &, const AtCommand &command)
 
 CommandEntries basicCommands()
 {
-    CommandEntries entries{{"E", echo},      {"Q", quiet},         {"V", verbose},
-                           {"Z", bringBack}, {"&F", bringBack},    {"H", accepted},
-                           {"L", accepted},  {"M", accepted},      {"X", accepted},
-                           {"&C", accepted}, {"&D", accepted},     {"&K", accepted},
-                           {"&S", accepted}, {"&W", accepted},     {"A", noCall},
-                           {"D", noCall},    {"+CMEE", errorForm}, {"+CLAC", commandList}};
-    static constexpr const char *Registers[] = {"S0", "S1", "S2", "S3",  "S4",  "S5", "S6",
+    CommandEntries entries{{"E", echo},
+                           {"Q", quiet},
+                           {"V", verbose},
+                           {"Z", restoreProfileCommand},
+                           {"&F", restoreProfileCommand},
+                           {"H", accepted},
+                           {"L", accepted},
+                           {"M", accepted},
+                           {"X", accepted},
+                           {"&C", accepted},
+                           {"&D", accepted},
+                           {"&K", accepted},
+                           {"&S", accepted},
+                           {"&W", accepted},
+                           {"A", noCall},
+                           {"D", noCall},
+                           {"+CMEE", errorForm},
+                           {"+CLAC", commandList}};
+    static constexpr const char *registers[] = {"S0", "S1", "S2", "S3",  "S4",  "S5", "S6",
                                                 "S7", "S8", "S9", "S10", "S11", "S12"};
-    for (const char *name : Registers)
+    for (const char *name : registers)
         entries.push_back({name, registerValue});
     return entries;
 }
 
 } // namespace simulator
+
+} // namespace norvane

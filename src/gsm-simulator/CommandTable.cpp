@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -44,3 +46,5 @@ QByteArrayList extendedCommandNames()
 }
 
 } // namespace simulator
+
+} // namespace norvane

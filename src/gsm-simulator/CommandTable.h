@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace norvane {
+
 namespace simulator {
 
 using CommandHandler = AtAnswer (*)(ModemState &, const AtCommand &);
@@ -31,3 +33,5 @@ CommandHandler handlerOf(const QByteArray &name);
 QByteArrayList extendedCommandNames();
 
 } // namespace simulator
+
+} // namespace norvane

@@ -2,13 +2,15 @@
 
 #include <array>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
-constexpr char Escape = 0x1B;
+constexpr char escape = 0x1B;
 
-constexpr std::u16string_view DefaultTable = u"@£$¥èéùìòÇ\nØø\rÅå"
+constexpr std::u16string_view defaultTable = u"@£$¥èéùìòÇ\nØø\rÅå"
                                              u"Δ_ΦΓΛΩΠΨΣΘΞ\u00A0ÆæßÉ"
                                              u" !\"#¤%&'()*+,-./"
                                              u"0123456789:;<=>?"
@@ -16,7 +18,7 @@ constexpr std::u16string_view DefaultTable = u"@£$¥èéùìòÇ\nØø\rÅå"
                                              u"PQRSTUVWXYZÄÖÑÜ§"
                                              u"¿abcdefghijklmno"
                                              u"pqrstuvwxyzäöñüà";
-static_assert(DefaultTable.size() == 128);
+static_assert(defaultTable.size() == 128);
 
 struct Extended
 {
@@ -24,7 +26,7 @@ struct Extended
     char16_t character;
 };
 
-constexpr std::array<Extended, 10> ExtensionTable{{{0x0A, u'\f'},
+constexpr std::array<Extended, 10> extensionTable{{{0x0A, u'\f'},
                                                    {0x14, u'^'},
                                                    {0x28, u'{'},
                                                    {0x29, u'}'},
@@ -37,22 +39,22 @@ constexpr std::array<Extended, 10> ExtensionTable{{{0x0A, u'\f'},
 
 char16_t escapedCharacter(char septet)
 {
-    if (septet == Escape)
+    if (septet == escape)
         return u' ';
-    for (const Extended &entry : ExtensionTable) {
+    for (const Extended &entry : extensionTable) {
         if (entry.septet == septet)
             return entry.character;
     }
-    return DefaultTable[static_cast<std::size_t>(septet & 0x7F)];
+    return defaultTable[static_cast<std::size_t>(septet & 0x7F)];
 }
 
 int septetsOf(char16_t character)
 {
     // Position 0x1B of the default table is the escape itself and stands for no character.
-    const std::size_t position = DefaultTable.find(character);
-    if (position != std::u16string_view::npos && position != static_cast<std::size_t>(Escape))
+    const std::size_t position = defaultTable.find(character);
+    if (position != std::u16string_view::npos && position != static_cast<std::size_t>(escape))
         return 1;
-    for (const Extended &entry : ExtensionTable) {
+    for (const Extended &entry : extensionTable) {
         if (entry.character == character)
             return 2;
     }
@@ -67,8 +69,8 @@ QString textOfSeptets(const QByteArray &septets)
     text.reserve(septets.size());
     for (qsizetype i = 0; i < septets.size(); ++i) {
         const char septet = septets.at(i);
-        if (septet != Escape) {
-            text += QChar(DefaultTable[static_cast<std::size_t>(septet & 0x7F)]);
+        if (septet != escape) {
+            text += QChar(defaultTable[static_cast<std::size_t>(septet & 0x7F)]);
         } else if (i + 1 < septets.size()) {
             text += QChar(escapedCharacter(septets.at(++i)));
         } else {
@@ -106,3 +108,5 @@ std::optional<int> septetsNeeded(const QString &text)
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 namespace simulator {
 
 /// Text of septets in the GSM 7-bit default alphabet (3GPP TS 23.038, 6.2.1) and its extension
@@ -23,3 +25,5 @@ QByteArray unpackSeptets(const QByteArray &packed, int fillBits, int count);
 std::optional<int> septetsNeeded(const QString &text);
 
 } // namespace simulator
+
+} // namespace norvane

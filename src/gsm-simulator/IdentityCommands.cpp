@@ -1,5 +1,7 @@
 #include "gsm-simulator/CommandTable.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -32,14 +34,17 @@ AtAnswer capabilities(ModemState &, const AtCommand &command)
 
 CommandEntries identityCommands()
 {
-    constexpr CommandHandler Manufacturer = plain<&ModemSettings::manufacturer>;
-    constexpr CommandHandler Model = plain<&ModemSettings::model>;
-    constexpr CommandHandler Revision = plain<&ModemSettings::revision>;
-    constexpr CommandHandler Serial = plain<&ModemSettings::imei>;
-    return {{"I", identification},  {"+CGMI", Manufacturer}, {"+GMI", Manufacturer},
-            {"+CGMM", Model},       {"+GMM", Model},         {"+CGMR", Revision},
-            {"+GMR", Revision},     {"+CGSN", Serial},       {"+GSN", Serial},
-            {"+GCAP", capabilities}};
+    constexpr CommandHandler manufacturerCommand = plain<&ModemSettings::manufacturer>;
+    constexpr CommandHandler modelCommand = plain<&ModemSettings::model>;
+    constexpr CommandHandler revisionCommand = plain<&ModemSettings::revision>;
+    constexpr CommandHandler serialCommand = plain<&ModemSettings::imei>;
+    return {{"I", identification},         {"+CGMI", manufacturerCommand},
+            {"+GMI", manufacturerCommand}, {"+CGMM", modelCommand},
+            {"+GMM", modelCommand},        {"+CGMR", revisionCommand},
+            {"+GMR", revisionCommand},     {"+CGSN", serialCommand},
+            {"+GSN", serialCommand},       {"+GCAP", capabilities}};
 }
 
 } // namespace simulator
+
+} // namespace norvane

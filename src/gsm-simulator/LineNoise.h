@@ -4,6 +4,8 @@
 
 #include <random>
 
+namespace norvane {
+
 namespace simulator {
 
 /// What a bad line adds between the lines of a modem: a few bytes that belong to no answer. The
@@ -27,3 +29,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

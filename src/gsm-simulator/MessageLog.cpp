@@ -8,6 +8,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
@@ -31,7 +35,7 @@ QByteArray quoted(const QString &text)
             escaped += u'\\';
             escaped += character;
         } else if (character < u' ' || isHalfOfPair(text, i)) {
-            escaped += QStringLiteral("\\u%1").arg(ushort{character.unicode()}, 4, 16, QChar(u'0'));
+            escaped += u"\\u%1"_s.arg(ushort{character.unicode()}, 4, 16, QChar(u'0'));
         } else {
             escaped += character;
         }
@@ -44,17 +48,17 @@ QByteArray codingName(Coding coding)
 {
     switch (coding) {
     case Coding::Octets:
-        return QByteArrayLiteral("8bit");
+        return "8bit"_ba;
     case Coding::Ucs2:
-        return QByteArrayLiteral("ucs2");
+        return "ucs2"_ba;
     default:
-        return QByteArrayLiteral("gsm7");
+        return "gsm7"_ba;
     }
 }
 
 QString systemError(const QString &path)
 {
-    return path + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno));
+    return path + u": "_s + QString::fromLocal8Bit(std::strerror(errno));
 }
 
 } // namespace
@@ -85,9 +89,9 @@ MessageLog::~MessageLog()
 QString MessageLog::open(const QString &path)
 {
     m_path = path;
-    constexpr int OwnerOnly = 0600;
+    constexpr int ownerOnly = 0600;
     m_file = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC,
-                    OwnerOnly);
+                    ownerOnly);
     return m_file < 0 ? systemError(path) : QString();
 }
 
@@ -100,8 +104,10 @@ QString MessageLog::append(const QByteArray &line)
     if (written < 0)
         return systemError(m_path);
     if (written != line.size())
-        return m_path + QStringLiteral(": a line is cut short");
+        return m_path + u": a line is cut short"_s;
     return {};
 }
 
 } // namespace simulator
+
+} // namespace norvane

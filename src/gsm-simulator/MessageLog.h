@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QString>
 
+namespace norvane {
+
 namespace simulator {
 
 /// One line of JSON (with its line end) that tells a part: `number`, `text`, `pdu`, `time` (local,
@@ -36,3 +38,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 #include <chrono>
 #include <functional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 enum class Formats { Both, PduOnly, TextOnly };
@@ -13,14 +17,14 @@ enum class Formats { Both, PduOnly, TextOnly };
 /// How the simulated modem is, and how it behaves.
 struct ModemSettings
 {
-    QByteArray manufacturer = QByteArrayLiteral("Norvane");
-    QByteArray model = QByteArrayLiteral("GSM simulator");
-    QByteArray revision = QByteArrayLiteral("1.0");
-    QByteArray imei = QByteArrayLiteral("490154203237518");
-    QByteArray imsi = QByteArrayLiteral("001010123456789");
-    QByteArray iccid = QByteArrayLiteral("8988211000000000005");
+    QByteArray manufacturer = "Norvane"_ba;
+    QByteArray model = "GSM simulator"_ba;
+    QByteArray revision = "1.0"_ba;
+    QByteArray imei = "490154203237518"_ba;
+    QByteArray imsi = "001010123456789"_ba;
+    QByteArray iccid = "8988211000000000005"_ba;
     QByteArray pin; ///< empty: the SIM asks for none
-    QByteArray puk = QByteArrayLiteral("12345678");
+    QByteArray puk = "12345678"_ba;
     int signal = 20;    ///< 0 to 31, 99 for unknown
     int registered = 1; ///< registration as +CREG tells it, 0 to 5
     Formats formats = Formats::Both;
@@ -42,3 +46,5 @@ struct ModemSettings
 };
 
 } // namespace simulator
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <array>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 /// What commands set and ATZ, AT&F and a restart bring back.
@@ -26,25 +30,24 @@ struct Profile
     int showDetails = 0;
     int service = 0;
     std::array<int, 5> indications{0, 0, 0, 0, 0};
-    std::array<QByteArray, 3> memories{QByteArrayLiteral("SM"), QByteArrayLiteral("SM"),
-                                       QByteArrayLiteral("SM")};
-    QByteArray characterSet = QByteArrayLiteral("GSM");
+    std::array<QByteArray, 3> memories{"SM"_ba, "SM"_ba, "SM"_ba};
+    QByteArray characterSet = "GSM"_ba;
     int firstOctet = 17;
-    QByteArray validity = QByteArrayLiteral("167");
+    QByteArray validity = "167"_ba;
     int protocol = 0;
     int dataCodingScheme = 0;
-    QByteArray serviceCentre = QByteArrayLiteral("+34600000000");
+    QByteArray serviceCentre = "+34600000000"_ba;
 };
 
 struct ModemState
 {
     explicit ModemState(const ModemSettings &given) : settings(given), sim(given.pin, given.puk)
     {
-        bringBackProfile();
+        restoreProfile();
         setFunctionality(given.functionality);
     }
 
-    void bringBackProfile()
+    void restoreProfile()
     {
         profile = Profile();
         link.reset();
@@ -53,52 +56,54 @@ struct ModemState
 
     void restart()
     {
-        bringBackProfile();
+        restoreProfile();
         sim.restart();
-        functionality = NoFunctionality;
-        setFunctionality(FullFunctionality);
+        functionality = noFunctionality;
+        setFunctionality(fullFunctionality);
     }
 
     /// +CFUN (3GPP TS 27.007, 8.2, table 61): 1 is everything, 4 the modem without its radio, 0
     /// without its SIM as well.
     void setFunctionality(int level)
     {
-        if (level != FullFunctionality)
+        if (level != fullFunctionality)
             link.reset();
-        else if (functionality != FullFunctionality && settings.registerAfter.count() > 0)
+        else if (functionality != fullFunctionality && settings.registerAfter.count() > 0)
             radioSince = settings.clock();
-        if (level == NoFunctionality)
+        if (level == noFunctionality)
             sim.restart();
         functionality = level;
     }
 
-    bool hasSim() const { return functionality != NoFunctionality; }
+    bool hasSim() const { return functionality != noFunctionality; }
 
     /// The registration as +CREG tells it: none without a free SIM and a radio, and a search until
     /// the time for that has passed.
     int registration() const
     {
-        if (sim.state() != SimCard::State::Ready || functionality != FullFunctionality)
+        if (sim.state() != SimCard::State::Ready || functionality != fullFunctionality)
             return 0;
-        constexpr int Searching = 2;
+        constexpr int searching = 2;
         const bool searches = radioSince.isValid() &&
                               radioSince.msecsTo(settings.clock()) < settings.registerAfter.count();
-        return searches ? Searching : settings.registered;
+        return searches ? searching : settings.registered;
     }
 
     bool isRegistered() const { return registration() == 1 || registration() == 5; }
 
-    static constexpr int NoFunctionality = 0;
-    static constexpr int FullFunctionality = 1;
+    static constexpr int noFunctionality = 0;
+    static constexpr int fullFunctionality = 1;
 
     ModemSettings settings;
     Profile profile;
     SimCard sim;
     RelayLink link;
-    int functionality = NoFunctionality;
+    int functionality = noFunctionality;
     QDateTime radioSince; ///< kept where the registration takes its time
     int entryLength = 0;  ///< +CMGS: octets of the PDU that the prompt is open for
     QString entryNumber;  ///< +CMGS: the recipient of the text that the prompt is open for
 };
 
 } // namespace simulator
+
+} // namespace norvane

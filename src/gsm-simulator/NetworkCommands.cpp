@@ -1,16 +1,20 @@
 #include "gsm-simulator/CommandTable.h"
 #include "gsm-simulator/TextCoding.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
 
-const AtAnswer BadParameters = equipmentError(EquipmentFailure::BadParameters);
+const AtAnswer badParametersError = equipmentError(EquipmentFailure::badParameters);
 
 AtAnswer registrationState(ModemState &modem, const AtCommand &command, int &reports)
 {
     if (command.form != Form::Read)
-        return choice(command, reports, {0, 1, 2}, BadParameters);
+        return choice(command, reports, {0, 1, 2}, badParametersError);
     QByteArray line = command.name + ": " + QByteArray::number(reports) + ',' +
                       QByteArray::number(modem.registration());
     if (reports == 2 && modem.isRegistered())
@@ -32,31 +36,31 @@ QByteArray operatorName(const Profile &profile)
 {
     switch (profile.operatorFormat) {
     case 0:
-        return inCharacterSet(QStringLiteral("Simulated network"), profile.characterSet);
+        return inCharacterSet(u"Simulated network"_s, profile.characterSet);
     case 1:
-        return inCharacterSet(QStringLiteral("SIMNET"), profile.characterSet);
+        return inCharacterSet(u"SIMNET"_s, profile.characterSet);
     default:
-        return QByteArrayLiteral("00101");
+        return "00101"_ba;
     }
 }
 
 AtAnswer setOperator(ModemState &modem, const AtCommand &command)
 {
-    constexpr int FormatOnly = 3;
-    constexpr int MostMode = 4;
+    constexpr int formatOnly = 3;
+    constexpr int maxMode = 4;
     const std::vector<AtArgument> arguments = splitArguments(command.arguments);
     const auto mode = numbersOf(arguments.at(0).text);
-    if (!mode || mode->front() < 0 || mode->front() > MostMode || arguments.size() > 4)
-        return BadParameters;
+    if (!mode || mode->front() < 0 || mode->front() > maxMode || arguments.size() > 4)
+        return badParametersError;
     int format = modem.profile.operatorFormat;
     if (arguments.size() > 1) {
         const auto given = numbersOf(arguments.at(1).text);
         if (!given || given->front() > 2)
-            return BadParameters;
+            return badParametersError;
         format = given->front() < 0 ? format : given->front();
     }
     modem.profile.operatorFormat = format;
-    if (mode->front() != FormatOnly)
+    if (mode->front() != formatOnly)
         modem.profile.operatorMode = mode->front();
     return ok();
 }
@@ -102,9 +106,9 @@ AtAnswer clockTime(ModemState &modem, const AtCommand &command)
         return ok();
     if (command.form != Form::Read)
         return error();
-    constexpr int QuarterOfAnHour = 900;
+    constexpr int quarterOfAnHour = 900;
     const QDateTime now = modem.settings.clock();
-    const int quarters = now.offsetFromUtc() / QuarterOfAnHour;
+    const int quarters = now.offsetFromUtc() / quarterOfAnHour;
     return ok("+CCLK: \"" + now.toString(u"yy/MM/dd,hh:mm:ss").toLatin1() +
               (quarters < 0 ? '-' : '+') +
               QByteArray::number(qAbs(quarters)).rightJustified(2, '0') + '"');
@@ -115,14 +119,14 @@ AtAnswer functionality(ModemState &modem, const AtCommand &command)
     if (command.form == Form::Test)
         return ok("+CFUN: (0,1,4),(0,1)");
     if (command.form != Form::Set)
-        return choice(command, modem.functionality, {0, 1, 4}, BadParameters);
+        return choice(command, modem.functionality, {0, 1, 4}, badParametersError);
     const auto numbers = numbersOf(command.arguments);
     if (!numbers || numbers->size() > 2)
-        return BadParameters;
+        return badParametersError;
     const int level = numbers->front();
     const int restart = numbers->size() == 2 ? numbers->back() : 0;
     if ((level != 0 && level != 1 && level != 4) || restart < 0 || restart > 1)
-        return BadParameters;
+        return badParametersError;
     if (restart == 1)
         modem.restart();
     modem.setFunctionality(level);
@@ -147,3 +151,5 @@ CommandEntries networkCommands()
 }
 
 } // namespace simulator
+
+} // namespace norvane

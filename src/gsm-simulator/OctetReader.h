@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+namespace norvane {
+
 namespace simulator {
 
 /// Takes octets one after the other. Reading past the end gives zeros and nothing, and is
@@ -40,3 +42,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

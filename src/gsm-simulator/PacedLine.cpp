@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
-constexpr qint64 BitsPerByte = 10;
-constexpr qint64 Second = 1'000'000'000;
+constexpr qint64 bitsPerByte = 10;
+constexpr qint64 second = 1'000'000'000;
 } // namespace
 
 PacedLine::PacedLine(int bitsPerSecond) : m_bitsPerSecond(bitsPerSecond) {}
@@ -45,10 +47,12 @@ std::optional<PacedLine::Time> PacedLine::nextArrival() const
 
 PacedLine::Time PacedLine::arrival(qint64 index) const
 {
-    const qint64 bits = (index + 1) * BitsPerByte;
+    const qint64 bits = (index + 1) * bitsPerByte;
     return m_start +
-           Time(bits / m_bitsPerSecond * Second +
-                (bits % m_bitsPerSecond * Second + m_bitsPerSecond - 1) / m_bitsPerSecond);
+           Time(bits / m_bitsPerSecond * second +
+                (bits % m_bitsPerSecond * second + m_bitsPerSecond - 1) / m_bitsPerSecond);
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <optional>
 
+namespace norvane {
+
 namespace simulator {
 
 /// One direction of a serial line: bytes go in at once and come out one by one, each when a line
@@ -38,3 +40,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

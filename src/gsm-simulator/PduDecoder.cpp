@@ -3,14 +3,16 @@
 #include "gsm-simulator/GsmAlphabet.h"
 #include "gsm-simulator/OctetReader.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
-constexpr int LongestServiceCentre = 11;
-constexpr int MostDigits = 20;
-constexpr int MostSeptets = 160;
-constexpr int MostOctets = 140;
+constexpr int maxServiceCentreLength = 11;
+constexpr int maxDigits = 20;
+constexpr int maxSeptets = 160;
+constexpr int maxOctets = 140;
 
 enum class TypeOfNumber { International = 1, Alphanumeric = 5 };
 
@@ -19,17 +21,17 @@ TypeOfNumber typeOfNumber(int typeOfAddress)
     return static_cast<TypeOfNumber>((typeOfAddress >> 4) & 0x07);
 }
 
-/// Digits in semi-octets, low half first; an odd last one is filled with F.
+/// semiOctetDigits in semi-octets, low half first; an odd last one is filled with F.
 std::optional<QString> digitsOf(const QByteArray &octets, int count)
 {
-    static constexpr std::u16string_view Digits = u"0123456789*#abc";
+    static constexpr std::u16string_view semiOctetDigits = u"0123456789*#abc";
     QString digits;
     for (int i = 0; i < count; ++i) {
         const auto octet = static_cast<unsigned char>(octets.at(i / 2));
         const unsigned digit = i % 2 == 0 ? octet & 0x0FU : octet >> 4U;
-        if (digit >= Digits.size())
+        if (digit >= semiOctetDigits.size())
             return std::nullopt;
-        digits += QChar(Digits[digit]);
+        digits += QChar(semiOctetDigits[digit]);
     }
     if (count % 2 == 1 && (static_cast<unsigned char>(octets.back()) >> 4U) != 0x0FU)
         return std::nullopt;
@@ -41,7 +43,7 @@ std::optional<PduFault> skipServiceCentre(OctetReader &reader)
     const int length = reader.octet();
     if (length == 0)
         return std::nullopt;
-    if (length < 2 || length > LongestServiceCentre)
+    if (length < 2 || length > maxServiceCentreLength)
         return PduFault::BadServiceCentre;
     const int type = reader.octet();
     const QByteArray digits = reader.octets(length - 1);
@@ -60,7 +62,7 @@ std::optional<PduFault> readDestination(OctetReader &reader, QString &number)
     const int type = reader.octet();
     if (reader.failed())
         return PduFault::Truncated;
-    if (count < 1 || count > MostDigits || (type & 0x80) == 0)
+    if (count < 1 || count > maxDigits || (type & 0x80) == 0)
         return PduFault::BadAddress;
     const QByteArray octets = reader.octets((count + 1) / 2);
     if (reader.failed())
@@ -91,10 +93,10 @@ bool isAbsoluteTime(const QByteArray &octets)
         int low;
         int high;
     };
-    static constexpr Range Ranges[] = {{0, 99}, {1, 12}, {1, 31}, {0, 23}, {0, 59}, {0, 59}};
+    static constexpr Range ranges[] = {{0, 99}, {1, 12}, {1, 31}, {0, 23}, {0, 59}, {0, 59}};
     for (int i = 0; i < 6; ++i) {
         const int value = swappedDecimal(octets.at(i));
-        if (value < Ranges[i].low || value > Ranges[i].high)
+        if (value < ranges[i].low || value > ranges[i].high)
             return false;
     }
     // The zone counts quarters of an hour; bit 3 is its sign.
@@ -120,18 +122,18 @@ std::optional<PduFault> skipValidity(OctetReader &reader, int firstOctet)
 std::optional<PduFault> readHeaderElement(int identifier, const QByteArray &content,
                                           SubmittedPart &part)
 {
-    constexpr int ShortReference = 0x00;
-    constexpr int LongReference = 0x08;
-    constexpr int SingleShift = 0x24;
-    constexpr int LockingShift = 0x25;
-    if (identifier == SingleShift || identifier == LockingShift)
+    constexpr int shortReference = 0x00;
+    constexpr int longReference = 0x08;
+    constexpr int singleShift = 0x24;
+    constexpr int lockingShift = 0x25;
+    if (identifier == singleShift || identifier == lockingShift)
         return PduFault::BadHeader; // an alphabet that this modem hasn't got
-    if (identifier != ShortReference && identifier != LongReference)
+    if (identifier != shortReference && identifier != longReference)
         return std::nullopt;
     OctetReader reader(content);
     Concatenation found;
     found.reference = reader.octet();
-    if (identifier == LongReference)
+    if (identifier == longReference)
         found.reference = found.reference * 256 + reader.octet();
     found.parts = reader.octet();
     found.part = reader.octet();
@@ -182,7 +184,7 @@ std::optional<PduFault> readText(const UserData &data, int headerOctets, Submitt
 
 std::optional<PduFault> readSubmit(OctetReader &reader, SubmittedPart &part)
 {
-    constexpr int HeaderIndicator = 0x40;
+    constexpr int headerIndicator = 0x40;
     const int firstOctet = reader.octet();
     reader.octet(); // the message reference, which the modem gives anew
     if (reader.failed())
@@ -201,7 +203,7 @@ std::optional<PduFault> readSubmit(OctetReader &reader, SubmittedPart &part)
         return fault;
     UserData data;
     data.coding = *coding;
-    data.hasHeader = (firstOctet & HeaderIndicator) != 0;
+    data.hasHeader = (firstOctet & headerIndicator) != 0;
     data.length = reader.octet();
     data.octets =
         reader.octets(data.coding == Coding::Gsm7 ? (data.length * 7 + 7) / 8 : data.length);
@@ -218,8 +220,8 @@ std::optional<Coding> codingOf(int dataCodingScheme)
 {
     const int group = (dataCodingScheme >> 4) & 0x0F;
     if (group <= 0x07) {
-        constexpr int Compressed = 0x20;
-        if ((dataCodingScheme & Compressed) != 0)
+        constexpr int compressed = 0x20;
+        if ((dataCodingScheme & compressed) != 0)
             return std::nullopt;
         switch ((dataCodingScheme >> 2) & 0x03) {
         case 0:
@@ -256,7 +258,7 @@ std::optional<QByteArray> octetsOfHexadecimal(const QByteArray &digits)
 
 std::optional<PduFault> decodeUserData(const UserData &data, SubmittedPart &part)
 {
-    if (data.length > (data.coding == Coding::Gsm7 ? MostSeptets : MostOctets))
+    if (data.length > (data.coding == Coding::Gsm7 ? maxSeptets : maxOctets))
         return PduFault::BadUserData;
     part.coding = data.coding;
     part.hasHeader = data.hasHeader;
@@ -296,3 +298,5 @@ std::variant<SubmittedPart, PduFault> decodeSubmission(const QByteArray &hexadec
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <optional>
 #include <variant>
 
+namespace norvane {
+
 namespace simulator {
 
 /// Where a part stands in a concatenated message (3GPP TS 23.040, 9.2.3.24.1 and .8).
@@ -72,3 +74,5 @@ std::optional<Coding> codingOf(int dataCodingScheme);
 std::optional<QByteArray> octetsOfHexadecimal(const QByteArray &digits);
 
 } // namespace simulator
+
+} // namespace norvane

@@ -17,17 +17,20 @@
 #include <termios.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
 
 /// Beyond this the client has to read before the modem listens to it again.
-constexpr qsizetype MostUnwritten = 65536;
+constexpr qsizetype maxUnwritten = 65536;
 
 QString systemError(const char *what)
 {
-    return QString::fromLatin1(what) + QStringLiteral(": ") +
-           QString::fromLocal8Bit(std::strerror(errno));
+    return QString::fromLatin1(what) + u": "_s + QString::fromLocal8Bit(std::strerror(errno));
 }
 
 /// Where a symbolic link leads, empty if `path` is none.
@@ -105,7 +108,7 @@ QString PseudoTerminal::makeLink(const QString &link)
     struct stat found
     {};
     if (::lstat(path.constData(), &found) == 0 && !linkTarget(path).startsWith("/dev/pts/"))
-        return link + QStringLiteral(": exists and is no link to a terminal");
+        return link + u": exists and is no link to a terminal"_s;
     const QByteArray fresh = path + '.' + QByteArray::number(::getpid());
     ::unlink(fresh.constData());
     if (::symlink(m_slaveName.constData(), fresh.constData()) != 0)
@@ -185,7 +188,7 @@ void PseudoTerminal::setReading(bool reading)
 {
     m_reading = reading;
     if (m_readNotifier)
-        m_readNotifier->setEnabled(m_reading && m_unwritten.size() < MostUnwritten);
+        m_readNotifier->setEnabled(m_reading && m_unwritten.size() < maxUnwritten);
 }
 
 qsizetype PseudoTerminal::unreadByClient() const
@@ -236,3 +239,5 @@ void PseudoTerminal::writeMore()
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 class QSocketNotifier;
 
+namespace norvane {
+
 namespace simulator {
 
 /// The modem's end of a pseudo-terminal, and the link under which clients find the other end.
@@ -66,3 +68,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

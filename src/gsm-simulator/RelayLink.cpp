@@ -1,11 +1,13 @@
 #include "gsm-simulator/RelayLink.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
 /// The standard leaves it to the modem: 1 to 5 seconds.
-constexpr qint64 LongestPauseMs = 5000;
+constexpr qint64 maxPauseMs = 5000;
 
 } // namespace
 
@@ -35,7 +37,7 @@ void RelayLink::answered(const QDateTime &now)
 
 void RelayLink::expire(const QDateTime &now)
 {
-    if (!m_lastAnswer.isValid() || m_lastAnswer.msecsTo(now) <= LongestPauseMs)
+    if (!m_lastAnswer.isValid() || m_lastAnswer.msecsTo(now) <= maxPauseMs)
         return;
     m_lastAnswer = QDateTime();
     if (m_mode == KeptForRow)
@@ -43,3 +45,5 @@ void RelayLink::expire(const QDateTime &now)
 }
 
 } // namespace simulator
+
+} // namespace norvane

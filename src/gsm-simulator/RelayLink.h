@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+namespace norvane {
+
 namespace simulator {
 
 /// The link that messages take to the network, and +CMMS, which keeps it up between them (3GPP TS
@@ -34,3 +36,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

@@ -2,23 +2,25 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
-constexpr int PinTries = 3;
-constexpr int PukTries = 10;
+constexpr int pinTries = 3;
+constexpr int pukTries = 10;
 
-bool isCode(const QByteArray &code, qsizetype shortest, qsizetype longest)
+bool isCode(const QByteArray &code, qsizetype min, qsizetype max)
 {
-    return code.size() >= shortest && code.size() <= longest &&
+    return code.size() >= min && code.size() <= max &&
            std::all_of(code.begin(), code.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 } // namespace
 
 SimCard::SimCard(const QByteArray &pin, const QByteArray &puk)
-    : m_pin(pin), m_puk(puk), m_pinTries(PinTries), m_pukTries(PukTries)
+    : m_pin(pin), m_puk(puk), m_pinTries(pinTries), m_pukTries(pukTries)
 {}
 
 SimCard::State SimCard::state() const
@@ -40,7 +42,7 @@ SimCard::Outcome SimCard::enterPin(const QByteArray &pin)
         --m_pinTries;
         return Outcome::Wrong;
     }
-    m_pinTries = PinTries;
+    m_pinTries = pinTries;
     m_entered = true;
     return Outcome::Accepted;
 }
@@ -56,10 +58,12 @@ SimCard::Outcome SimCard::unblock(const QByteArray &puk, const QByteArray &newPi
         return Outcome::Wrong;
     }
     m_pin = newPin;
-    m_pinTries = PinTries;
-    m_pukTries = PukTries;
+    m_pinTries = pinTries;
+    m_pukTries = pukTries;
     m_entered = true;
     return Outcome::Accepted;
 }
 
 } // namespace simulator
+
+} // namespace norvane

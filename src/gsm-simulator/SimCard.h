@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+namespace norvane {
+
 namespace simulator {
 
 /// The locks of a SIM card: three tries for its PIN, then ten for the code that unblocks it.
@@ -34,3 +36,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

@@ -1,5 +1,9 @@
 #include "gsm-simulator/CommandTable.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
@@ -8,11 +12,11 @@ AtAnswer lockedAnswer(SimCard::State state)
 {
     switch (state) {
     case SimCard::State::PinNeeded:
-        return equipmentError(EquipmentFailure::PinRequired);
+        return equipmentError(EquipmentFailure::pinRequired);
     case SimCard::State::PukNeeded:
-        return equipmentError(EquipmentFailure::PukRequired);
+        return equipmentError(EquipmentFailure::pukRequired);
     default:
-        return equipmentError(EquipmentFailure::SimFailure);
+        return equipmentError(EquipmentFailure::simFailure);
     }
 }
 
@@ -22,7 +26,7 @@ AtAnswer powered(ModemState &modem, const AtCommand &command)
 {
     return modem.hasSim() || command.form == Form::Test
                ? handler(modem, command)
-               : equipmentError(EquipmentFailure::SimFailure);
+               : equipmentError(EquipmentFailure::simFailure);
 }
 
 AtAnswer subscriber(ModemState &modem, const AtCommand &command)
@@ -50,11 +54,11 @@ QByteArray askedCode(SimCard::State state)
 {
     switch (state) {
     case SimCard::State::Ready:
-        return QByteArrayLiteral("READY");
+        return "READY"_ba;
     case SimCard::State::PinNeeded:
-        return QByteArrayLiteral("SIM PIN");
+        return "SIM PIN"_ba;
     default:
-        return QByteArrayLiteral("SIM PUK");
+        return "SIM PUK"_ba;
     }
 }
 
@@ -65,7 +69,7 @@ AtAnswer enterCode(SimCard &sim, const AtCommand &command)
     if (before == SimCard::State::PukNeeded && codes.size() == 1)
         return lockedAnswer(before);
     if (codes.size() > 2)
-        return equipmentError(EquipmentFailure::BadParameters);
+        return equipmentError(EquipmentFailure::badParameters);
     const SimCard::Outcome outcome = codes.size() == 1
                                          ? sim.enterPin(codes.at(0).text)
                                          : sim.unblock(codes.at(0).text, codes.at(1).text);
@@ -73,14 +77,14 @@ AtAnswer enterCode(SimCard &sim, const AtCommand &command)
     case SimCard::Outcome::Accepted:
         return ok();
     case SimCard::Outcome::Wrong:
-        return equipmentError(EquipmentFailure::WrongPassword);
+        return equipmentError(EquipmentFailure::wrongPassword);
     case SimCard::Outcome::Malformed:
-        return equipmentError(EquipmentFailure::BadParameters);
+        return equipmentError(EquipmentFailure::badParameters);
     case SimCard::Outcome::NotAsked:
         break;
     }
-    return equipmentError(before == SimCard::State::Blocked ? EquipmentFailure::SimFailure
-                                                            : EquipmentFailure::NotAllowed);
+    return equipmentError(before == SimCard::State::Blocked ? EquipmentFailure::simFailure
+                                                            : EquipmentFailure::notAllowed);
 }
 
 AtAnswer pin(ModemState &modem, const AtCommand &command)
@@ -113,7 +117,7 @@ AtAnswer triesLeft(ModemState &modem, const AtCommand &command)
         return ok(pinLine + ",3");
     if (command.form == Form::Set && asked == "SIM PUK")
         return ok(pukLine + ",10");
-    return equipmentError(EquipmentFailure::BadParameters);
+    return equipmentError(EquipmentFailure::badParameters);
 }
 
 AtAnswer facilityLock(ModemState &modem, const AtCommand &command)
@@ -122,9 +126,9 @@ AtAnswer facilityLock(ModemState &modem, const AtCommand &command)
         return ok("+CLCK: (\"SC\")");
     const std::vector<AtArgument> arguments = splitArguments(command.arguments);
     if (command.form != Form::Set || arguments.size() < 2 || arguments.at(0).text != "SC")
-        return equipmentError(EquipmentFailure::NotSupported);
+        return equipmentError(EquipmentFailure::notSupported);
     if (arguments.at(1).text != "2")
-        return equipmentError(EquipmentFailure::NotAllowed);
+        return equipmentError(EquipmentFailure::notAllowed);
     return ok(modem.sim.asksForPin() ? "+CLCK: 1" : "+CLCK: 0");
 }
 
@@ -139,3 +143,5 @@ CommandEntries simCommands()
 }
 
 } // namespace simulator
+
+} // namespace norvane

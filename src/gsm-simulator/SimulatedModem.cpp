@@ -2,17 +2,19 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds UnplugLookInterval{5};
-constexpr milliseconds UnplugPatience{2000};
+constexpr milliseconds unplugPollInterval{5};
+constexpr milliseconds unplugTimeout{2000};
 
 /// Bytes on their way to the modem beyond which the client has to wait.
-constexpr qsizetype MostUnderway = 4096;
+constexpr qsizetype maxUnderway = 4096;
 
 } // namespace
 
@@ -37,7 +39,7 @@ SimulatedModem::SimulatedModem(PseudoTerminal &terminal, MessageLog &log,
     }
     if (modem.unsolicited) {
         connect(&m_unsolicitedTimer, &QTimer::timeout, this,
-                [this] { say(m_interpreter.unsolicitedLine()); });
+                [this] { send(m_interpreter.unsolicitedLine()); });
         m_unsolicitedTimer.start(line.unsolicitedInterval);
     }
 }
@@ -51,7 +53,7 @@ void SimulatedModem::take(const QByteArray &bytes)
         return;
     }
     m_toModem->push(bytes, now());
-    m_terminal.setReading(m_toModem->size() < MostUnderway && !m_interpreter.isPaused());
+    m_terminal.setReading(m_toModem->size() < maxUnderway && !m_interpreter.isPaused());
     schedulePacedBytes();
 }
 
@@ -65,20 +67,20 @@ void SimulatedModem::handle(const Step &step)
             return;
         }
     }
-    say(step.output);
+    send(step.output);
     if (step.pause.count() > 0)
         m_pauseTimer.start(step.pause);
     if (step.unplugged) {
         m_stopped = true;
-        m_unplugDeadline.setRemainingTime(UnplugPatience);
-        m_unplugTimer.start(UnplugLookInterval);
+        m_unplugDeadline.setRemainingTime(unplugTimeout);
+        m_unplugTimer.start(unplugPollInterval);
     }
     // The line is stopped while an answer is being waited for, as a modem's flow control does.
     m_terminal.setReading(!m_interpreter.isPaused() &&
-                          !(m_toModem && m_toModem->size() >= MostUnderway));
+                          !(m_toModem && m_toModem->size() >= maxUnderway));
 }
 
-void SimulatedModem::say(const QByteArray &bytes)
+void SimulatedModem::send(const QByteArray &bytes)
 {
     if (bytes.isEmpty())
         return;
@@ -119,9 +121,9 @@ void SimulatedModem::waitForClientToRead()
     const bool underway = m_toClient && m_toClient->size() > 0;
     const bool unread = underway || m_terminal.unreadByClient() > 0;
     // Bytes between both ends of a pseudo-terminal are in neither's count for a moment.
-    constexpr int LooksNeeded = 2;
-    m_readLooks = unread ? 0 : m_readLooks + 1;
-    if (m_readLooks < LooksNeeded && !m_unplugDeadline.hasExpired())
+    constexpr int pollsNeeded = 2;
+    m_idlePolls = unread ? 0 : m_idlePolls + 1;
+    if (m_idlePolls < pollsNeeded && !m_unplugDeadline.hasExpired())
         return;
     m_unplugTimer.stop();
     m_unsolicitedTimer.stop();
@@ -136,3 +138,5 @@ PacedLine::Time SimulatedModem::now() const
 }
 
 } // namespace simulator
+
+} // namespace norvane

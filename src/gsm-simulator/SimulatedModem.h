@@ -12,6 +12,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 namespace simulator {
 
 /// How the line to the modem is.
@@ -40,7 +42,7 @@ Q_SIGNALS:
 private:
     void take(const QByteArray &bytes);
     void handle(const Step &step);
-    void say(const QByteArray &bytes);
+    void send(const QByteArray &bytes);
     void movePacedBytes();
     void schedulePacedBytes();
     void waitForClientToRead();
@@ -58,8 +60,10 @@ private:
     QTimer m_unsolicitedTimer;
     QTimer m_unplugTimer;
     QDeadlineTimer m_unplugDeadline;
-    int m_readLooks = 0;
+    int m_idlePolls = 0;
     bool m_stopped = false;
 };
 
 } // namespace simulator
+
+} // namespace norvane

@@ -5,14 +5,18 @@
 #include <algorithm>
 #include <climits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
 
-constexpr int SlowestLine = 50;
-constexpr int FastestLine = 4'000'000;
-constexpr int LongestLatency = 3'600'000;
-constexpr int LargestErrorCode = 65535;
+constexpr int minBaudRate = 50;
+constexpr int maxBaudRate = 4'000'000;
+constexpr int maxLatency = 3'600'000;
+constexpr int maxErrorCode = 65535;
 
 struct OptionText
 {
@@ -21,7 +25,7 @@ struct OptionText
     const char *text;
 };
 
-constexpr OptionText Options[] = {
+constexpr OptionText optionTexts[] = {
     {"link", "path", "make this symbolic link to the modem's port"},
     {"log", "file", "append a line of JSON to this file for each part that is accepted"},
     {"pin", "code", "the SIM asks for this PIN (three tries)"},
@@ -53,8 +57,8 @@ constexpr OptionText Options[] = {
 
 void addOptions(QCommandLineParser &parser)
 {
-    parser.setApplicationDescription(QStringLiteral("A simulated GSM modem on a pseudo-terminal."));
-    for (const OptionText &option : Options) {
+    parser.setApplicationDescription(u"A simulated GSM modem on a pseudo-terminal."_s);
+    for (const OptionText &option : optionTexts) {
         parser.addOption({QString::fromLatin1(option.name), QString::fromLatin1(option.text),
                           QString::fromLatin1(option.value)});
     }
@@ -68,14 +72,14 @@ public:
 
     const QString &refusal() const { return m_refusal; }
 
-    void number(const char *name, int least, int most, int &value)
+    void number(const char *name, int least, int max, int &value)
     {
         const QString option = QString::fromLatin1(name);
         if (!m_parser.isSet(option))
             return;
         bool isNumber = false;
         const int given = m_parser.value(option).toInt(&isNumber);
-        if (!isNumber || given < least || given > most) {
+        if (!isNumber || given < least || given > max) {
             refuse(option);
         } else {
             value = given;
@@ -85,11 +89,11 @@ public:
     void milliseconds(const char *name, int least, std::chrono::milliseconds &value)
     {
         auto count = static_cast<int>(value.count());
-        number(name, least, LongestLatency, count);
+        number(name, least, maxLatency, count);
         value = std::chrono::milliseconds(count);
     }
 
-    void digits(const char *name, qsizetype least, qsizetype most, QByteArray &value)
+    void digits(const char *name, qsizetype least, qsizetype max, QByteArray &value)
     {
         const QString option = QString::fromLatin1(name);
         if (!m_parser.isSet(option))
@@ -97,7 +101,7 @@ public:
         const QByteArray given = m_parser.value(option).toLatin1();
         const bool onlyDigits =
             std::all_of(given.begin(), given.end(), [](char c) { return c >= '0' && c <= '9'; });
-        if (!onlyDigits || given.size() < least || given.size() > most) {
+        if (!onlyDigits || given.size() < least || given.size() > max) {
             refuse(option);
         } else {
             value = given;
@@ -122,21 +126,20 @@ public:
 
     void formats(Formats &value)
     {
-        const QString given = m_parser.value(QStringLiteral("formats"));
-        if (given == QLatin1String("pdu")) {
+        const QString given = m_parser.value(u"formats"_s);
+        if (given == "pdu"_L1) {
             value = Formats::PduOnly;
-        } else if (given == QLatin1String("text")) {
+        } else if (given == "text"_L1) {
             value = Formats::TextOnly;
-        } else if (m_parser.isSet(QStringLiteral("formats")) && given != QLatin1String("both")) {
-            refuse(QStringLiteral("formats"));
+        } else if (m_parser.isSet(u"formats"_s) && given != "both"_L1) {
+            refuse(u"formats"_s);
         }
     }
 
     void refuse(const QString &option)
     {
         if (m_refusal.isEmpty())
-            m_refusal =
-                QStringLiteral("Bad value for --%1: \"%2\".").arg(option, m_parser.value(option));
+            m_refusal = u"Bad value for --%1: \"%2\"."_s.arg(option, m_parser.value(option));
     }
 
 private:
@@ -146,47 +149,47 @@ private:
 
 QString readValues(const QCommandLineParser &parser, SimulatorOptions &options)
 {
-    constexpr int MostSignal = 31;
-    constexpr int UnknownSignal = 99;
+    constexpr int maxSignal = 31;
+    constexpr int unknownSignal = 99;
     ModemSettings &modem = options.modem;
     Values values(parser);
     values.digits("pin", 4, 8, modem.pin);
     values.digits("puk", 8, 8, modem.puk);
     values.milliseconds("latency", 0, modem.latency);
-    values.number("baud", SlowestLine, FastestLine, options.line.bitsPerSecond);
+    values.number("baud", minBaudRate, maxBaudRate, options.line.bitsPerSecond);
     values.number("fail-every", 1, INT_MAX, modem.failEvery);
-    values.number("fail-code", 0, LargestErrorCode, modem.failCode);
+    values.number("fail-code", 0, maxErrorCode, modem.failCode);
     values.number("drop-after", 1, INT_MAX, modem.dropAfter);
     int seed = static_cast<int>(modem.seed);
     values.number("seed", 0, INT_MAX, seed);
     modem.seed = static_cast<unsigned>(seed);
     values.milliseconds("urc-interval", 1, options.line.unsolicitedInterval);
     values.formats(modem.formats);
-    values.number("signal", 0, UnknownSignal, modem.signal);
-    if (modem.signal > MostSignal && modem.signal != UnknownSignal)
-        values.refuse(QStringLiteral("signal"));
+    values.number("signal", 0, unknownSignal, modem.signal);
+    if (modem.signal > maxSignal && modem.signal != unknownSignal)
+        values.refuse(u"signal"_s);
     values.number("registered", 0, 5, modem.registered);
     values.number("functionality", 0, 4, modem.functionality);
     if (modem.functionality != 0 && modem.functionality != 1 && modem.functionality != 4)
-        values.refuse(QStringLiteral("functionality"));
+        values.refuse(u"functionality"_s);
     values.milliseconds("register-after", 0, modem.registerAfter);
     values.name("manufacturer", modem.manufacturer);
     values.name("model", modem.model);
     values.digits("imei", 15, 16, modem.imei);
     values.digits("imsi", 6, 15, modem.imsi);
     values.digits("iccid", 18, 22, modem.iccid);
-    modem.refusesBareAttention = parser.isSet(QStringLiteral("refuse-bare-at"));
-    modem.silent = parser.isSet(QStringLiteral("silent"));
-    modem.noise = parser.isSet(QStringLiteral("noise"));
-    modem.unsolicited = parser.isSet(QStringLiteral("urc"));
-    modem.loseLastAnswer = parser.isSet(QStringLiteral("lose-answer"));
+    modem.refusesBareAttention = parser.isSet(u"refuse-bare-at"_s);
+    modem.silent = parser.isSet(u"silent"_s);
+    modem.noise = parser.isSet(u"noise"_s);
+    modem.unsolicited = parser.isSet(u"urc"_s);
+    modem.loseLastAnswer = parser.isSet(u"lose-answer"_s);
     return values.refusal();
 }
 
 SimulatorOptions refused(const QString &reason)
 {
     SimulatorOptions options;
-    options.wish = SimulatorOptions::Wish::Refused;
+    options.action = SimulatorOptions::Action::Refused;
     options.refusal = reason;
     return options;
 }
@@ -200,24 +203,26 @@ SimulatorOptions parseOptions(const QStringList &arguments)
     if (!parser.parse(arguments))
         return refused(parser.errorText());
     SimulatorOptions options;
-    if (parser.isSet(QStringLiteral("help"))) {
-        options.wish = SimulatorOptions::Wish::ShowHelp;
+    if (parser.isSet(u"help"_s)) {
+        options.action = SimulatorOptions::Action::ShowHelp;
         options.help = parser.helpText();
         return options;
     }
-    if (parser.isSet(QStringLiteral("version"))) {
-        options.wish = SimulatorOptions::Wish::ShowVersion;
+    if (parser.isSet(u"version"_s)) {
+        options.action = SimulatorOptions::Action::ShowVersion;
         return options;
     }
     if (!parser.positionalArguments().isEmpty())
-        return refused(QStringLiteral("Unexpected argument: \"%1\".")
-                           .arg(parser.positionalArguments().constFirst()));
-    options.link = parser.value(QStringLiteral("link"));
-    options.log = parser.value(QStringLiteral("log"));
+        return refused(
+            u"Unexpected argument: \"%1\"."_s.arg(parser.positionalArguments().constFirst()));
+    options.link = parser.value(u"link"_s);
+    options.log = parser.value(u"log"_s);
     if (options.link.isEmpty() || options.log.isEmpty())
-        return refused(QStringLiteral("Both --link and --log are needed."));
+        return refused(u"Both --link and --log are needed."_s);
     const QString refusal = readValues(parser, options);
     return refusal.isEmpty() ? options : refused(refusal);
 }
 
 } // namespace simulator
+
+} // namespace norvane

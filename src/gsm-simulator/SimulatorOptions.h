@@ -6,15 +6,17 @@
 #include <QString>
 #include <QStringList>
 
+namespace norvane {
+
 namespace simulator {
 
 struct SimulatorOptions
 {
-    enum class Wish { Run, ShowHelp, ShowVersion, Refused };
+    enum class Action { Run, ShowHelp, ShowVersion, Refused };
 
-    Wish wish = Wish::Run;
-    QString refusal; ///< what is wrong, for Wish::Refused
-    QString help;    ///< for Wish::ShowHelp
+    Action action = Action::Run;
+    QString refusal; ///< what is wrong, for Action::Refused
+    QString help;    ///< for Action::ShowHelp
     QString link;
     QString log;
     ModemSettings modem;
@@ -26,3 +28,5 @@ struct SimulatorOptions
 SimulatorOptions parseOptions(const QStringList &arguments);
 
 } // namespace simulator
+
+} // namespace norvane

@@ -4,12 +4,14 @@
 #include "gsm-simulator/ModemState.h"
 #include "gsm-simulator/TextCoding.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
-constexpr int HeaderIndicator = 0x40;
-constexpr int MostSeptets = 160;
+constexpr int headerIndicator = 0x40;
+constexpr int maxSeptets = 160;
 
 /// How many septets lie in packed octets. Seven octets hold eight septets, or seven and their fill.
 int septetsIn(const QByteArray &octets)
@@ -44,14 +46,14 @@ std::optional<SubmittedPart> readTextSubmission(const QString &number, const QBy
     const std::optional<Coding> coding = codingOf(profile.dataCodingScheme);
     if (!coding)
         return std::nullopt;
-    const bool hasHeader = (profile.firstOctet & HeaderIndicator) != 0;
+    const bool hasHeader = (profile.firstOctet & headerIndicator) != 0;
     std::optional<SubmittedPart> part;
     if (*coding != Coding::Gsm7 || hasHeader) {
         part = readOctets(entry, {{}, 0, *coding, hasHeader});
     } else {
         const std::optional<QString> text = fromCharacterSet(entry, profile.characterSet);
         const std::optional<int> septets = text ? septetsNeeded(*text) : std::nullopt;
-        if (septets && *septets <= MostSeptets) {
+        if (septets && *septets <= maxSeptets) {
             part.emplace();
             part->text = *text;
         }
@@ -62,3 +64,5 @@ std::optional<SubmittedPart> readTextSubmission(const QString &number, const QBy
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include "gsm-simulator/PduDecoder.h"
 
+namespace norvane {
+
 namespace simulator {
 
 struct Profile;
@@ -15,3 +17,5 @@ std::optional<SubmittedPart> readTextSubmission(const QString &number, const QBy
                                                 const Profile &profile);
 
 } // namespace simulator
+
+} // namespace norvane

@@ -8,11 +8,13 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
 
-constexpr auto NotAscii = [](char c) { return (c & 0x80) != 0; };
+constexpr auto notAscii = [](char c) { return (c & 0x80) != 0; };
 
 const QByteArrayList &characterSets()
 {
@@ -33,7 +35,7 @@ std::optional<QString> fromUcs2Digits(const QByteArray &digits)
 
 std::optional<QString> fromSeptets(const QByteArray &septets)
 {
-    if (std::any_of(septets.begin(), septets.end(), NotAscii))
+    if (std::any_of(septets.begin(), septets.end(), notAscii))
         return std::nullopt;
     return textOfSeptets(septets);
 }
@@ -49,12 +51,12 @@ std::optional<QString> fromUtf8(const QByteArray &bytes)
 
 bool isNumber(const QString &text)
 {
-    constexpr qsizetype MostDigits = 20;
+    constexpr qsizetype maxDigits = 20;
     const QString digits = text.startsWith(u'+') ? text.mid(1) : text;
-    static constexpr std::u16string_view Allowed = u"0123456789*#";
-    return !digits.isEmpty() && digits.size() <= MostDigits &&
+    static constexpr std::u16string_view allowed = u"0123456789*#";
+    return !digits.isEmpty() && digits.size() <= maxDigits &&
            std::all_of(digits.begin(), digits.end(), [](QChar digit) {
-               return Allowed.find(digit.unicode()) != std::u16string_view::npos;
+               return allowed.find(digit.unicode()) != std::u16string_view::npos;
            });
 }
 
@@ -84,7 +86,7 @@ std::optional<QString> fromCharacterSet(const QByteArray &bytes, const QByteArra
         const std::optional<QByteArray> septets = octetsOfHexadecimal(bytes);
         return septets ? fromSeptets(*septets) : std::nullopt;
     }
-    if (std::any_of(bytes.begin(), bytes.end(), NotAscii))
+    if (std::any_of(bytes.begin(), bytes.end(), notAscii))
         return std::nullopt;
     return QString::fromLatin1(bytes);
 }
@@ -112,3 +114,5 @@ std::optional<QString> numberFromCharacterSet(const QByteArray &bytes,
 }
 
 } // namespace simulator
+
+} // namespace norvane

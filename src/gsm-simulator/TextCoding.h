@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 namespace simulator {
 
 /// Whether +CSCS knows this name of a character set.
@@ -25,3 +27,5 @@ std::optional<QString> numberFromCharacterSet(const QByteArray &bytes,
                                               const QByteArray &characterSet);
 
 } // namespace simulator
+
+} // namespace norvane

@@ -9,6 +9,10 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 enum ExitCode { Done = 0, Failed = 1, BadUsage = 2 };
@@ -32,7 +36,7 @@ int endRequests()
 
 int run(const simulator::SimulatorOptions &options)
 {
-    const QString program = QStringLiteral("gsm-simulator: ");
+    const QString program = u"gsm-simulator: "_s;
     const int requests = endRequests();
     simulator::MessageLog log;
     simulator::PseudoTerminal terminal;
@@ -55,32 +59,35 @@ int run(const simulator::SimulatorOptions &options)
                          print(stderr, program + reason + u'\n');
                          QCoreApplication::exit(Failed);
                      });
-    print(stdout, QStringLiteral("ready ") + options.link + u'\n');
+    print(stdout, u"ready "_s + options.link + u'\n');
     return QCoreApplication::exec();
 }
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("gsm-simulator"));
+    QCoreApplication::setApplicationName(u"gsm-simulator"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
 
     const simulator::SimulatorOptions options =
         simulator::parseOptions(QCoreApplication::arguments());
-    switch (options.wish) {
-    case simulator::SimulatorOptions::Wish::ShowHelp:
+    switch (options.action) {
+    case simulator::SimulatorOptions::Action::ShowHelp:
         print(stdout, options.help);
         return Done;
-    case simulator::SimulatorOptions::Wish::ShowVersion:
+    case simulator::SimulatorOptions::Action::ShowVersion:
         print(stdout, QStringLiteral("gsm-simulator " NORVANE_VERSION "\n"));
         return Done;
-    case simulator::SimulatorOptions::Wish::Refused:
-        print(stderr, QStringLiteral("gsm-simulator: ") + options.refusal +
-                          QStringLiteral("\nTry --help.\n"));
+    case simulator::SimulatorOptions::Action::Refused:
+        print(stderr, u"gsm-simulator: "_s + options.refusal + u"\nTry --help.\n"_s);
         return BadUsage;
-    case simulator::SimulatorOptions::Wish::Run:
+    case simulator::SimulatorOptions::Action::Run:
         break;
     }
     return run(options);

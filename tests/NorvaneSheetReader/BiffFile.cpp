@@ -4,6 +4,10 @@
 
 #include <bit>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr quint16 begin = 0x0809;
@@ -37,7 +41,7 @@ public:
     {
         m_entries.append(QByteArray());
         const quint32 first = addSiblings(entries);
-        m_entries[0] = entry(u"Root Entry"_qs, '\5', none, first, endOfChain, 0);
+        m_entries[0] = entry(u"Root Entry"_s, '\5', none, first, endOfChain, 0);
         m_directory = filled(m_entries.join(), sectorLength);
     }
 
@@ -173,7 +177,7 @@ QByteArray biffOf(const QList<BiffSheet> &sheets, const QByteArray &globals, qui
 QByteArray xlsOf(const QList<BiffSheet> &sheets, const QByteArray &globals, quint16 version)
 {
     return compoundOf(
-        {{version == 0x0600 ? u"Workbook"_qs : u"Book"_qs, biffOf(sheets, globals, version)}});
+        {{version == 0x0600 ? u"Workbook"_s : u"Book"_s, biffOf(sheets, globals, version)}});
 }
 
 QByteArray biffLabel(quint16 row, quint16 column, const QByteArray &text)
@@ -181,3 +185,5 @@ QByteArray biffLabel(quint16 row, quint16 column, const QByteArray &text)
     return biffRecord(label, little(row) + little(column) + little<quint16>(0) +
                                  little(static_cast<quint16>(text.size())) + '\0' + text);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+namespace norvane {
+
 // Workbooks of the BIFF kind that tests lay out record by record.
 
 /// A stream, or a storage with what it holds.
@@ -41,3 +43,5 @@ QByteArray xlsOf(const QList<BiffSheet> &sheets, const QByteArray &globals = {},
 
 /// A cell with a text of its own (LABEL), of letters of one byte.
 QByteArray biffLabel(quint16 row, quint16 column, const QByteArray &text);
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // Texts of a workbook of version 8: flags, counts of what follows the characters, the characters.
 
 namespace {
@@ -27,8 +31,8 @@ TEST(BiffText, phoneticAidsAreNoPartOfTheText)
                                          "cd",
                                          3),
                       2, &next),
-              u"ab"_qs);
-    EXPECT_EQ(next, u"cd"_qs);
+              u"ab"_s);
+    EXPECT_EQ(next, u"cd"_s);
 }
 
 TEST(BiffText, runsOfLettersComeBeforeThePhoneticAids)
@@ -42,8 +46,8 @@ TEST(BiffText, runsOfLettersComeBeforeThePhoneticAids)
                                         "cd",
                                         3),
                       2, &next),
-              u"áb"_qs);
-    EXPECT_EQ(next, u"cd"_qs);
+              u"áb"_s);
+    EXPECT_EQ(next, u"cd"_s);
 }
 
 TEST(BiffText, aCountThatReachesBehindTheRecordEndsIt)
@@ -52,7 +56,9 @@ TEST(BiffText, aCountThatReachesBehindTheRecordEndsIt)
                            "ab",
                            7);
     Biff::Record record(Biff::SharedStrings, lying);
-    EXPECT_EQ(record.takeText(2), u"ab"_qs);
+    EXPECT_EQ(record.takeText(2), u"ab"_s);
     EXPECT_TRUE(record.atEnd());
     EXPECT_EQ(record.takeLong(), 0u);
 }
+
+} // namespace norvane

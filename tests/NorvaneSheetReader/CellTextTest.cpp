@@ -4,6 +4,10 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST(CellText, numbersHaveUpTo15DigitsAndNoExponentBelow1E15)
 {
     const QList<std::pair<double, const char *>> cases{
@@ -31,8 +35,8 @@ TEST(CellText, numbersHaveUpTo15DigitsAndNoExponentBelow1E15)
 
 TEST(CellText, aBooleanIsAWord)
 {
-    EXPECT_EQ(CellText::ofBoolean(true), u"True"_qs);
-    EXPECT_EQ(CellText::ofBoolean(false), u"False"_qs);
+    EXPECT_EQ(CellText::ofBoolean(true), u"True"_s);
+    EXPECT_EQ(CellText::ofBoolean(false), u"False"_s);
 }
 
 TEST(CellText, aDayHasItsTimeBehindItUnlessThatIsMidnight)
@@ -103,7 +107,7 @@ TEST(CellText, aTimeCountsItsHoursOnBeyondADay)
         for (const bool from1904 : {false, true})
             EXPECT_EQ(CellText::ofDays(days, CellText::Kind::Time, from1904), QLatin1String(text));
     }
-    EXPECT_EQ(CellText::ofDays(1.5, CellText::Kind::Number, false), u"1.5"_qs);
+    EXPECT_EQ(CellText::ofDays(1.5, CellText::Kind::Number, false), u"1.5"_s);
 }
 
 TEST(CellText, formatsOfDatesTimesAndNumbersAreToldApart)
@@ -174,3 +178,5 @@ TEST(CellText, formatsOfDatesTimesAndNumbersAreToldApart)
         EXPECT_EQ(CellText::kindOf(identifier, QString::fromLatin1(code)), kind)
             << identifier << code;
 }
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Files from strangers, through the reader's process.
 class HostileSpreadsheet : public ::testing::Test
 {
@@ -15,7 +19,7 @@ protected:
     /// What opening `bytes` gives: nothing, or the failure.
     std::optional<NumberedFailure> opening(const QByteArray &bytes)
     {
-        const QString path = folder.filePath(QStringLiteral("book.xls"));
+        const QString path = folder.filePath(u"book.xls"_s);
         writeFile(path, bytes);
         return raisedFailure([&] { connection.open(path); });
     }
@@ -49,7 +53,7 @@ protected:
     /// A program that does this in the reader's place.
     QString readerThat(const QByteArray &acts) const
     {
-        const QString script = folder.filePath(QStringLiteral("reader"));
+        const QString script = folder.filePath(u"reader"_s);
         writeFile(script, "#!/bin/sh\n" + acts + "\n");
         QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return script;
@@ -72,18 +76,18 @@ TEST_F(HostileSpreadsheet, whatIsNoSpreadsheetIsRefused)
 
 TEST_F(HostileSpreadsheet, aFileThatWentAwayIsThePlatformsFailure)
 {
-    EXPECT_EQ(raisedNumber([&] { connection.open(folder.filePath(u"none"_qs)); }), 53);
+    EXPECT_EQ(raisedNumber([&] { connection.open(folder.filePath(u"none"_s)); }), 53);
     EXPECT_EQ(raisedNumber([&] { connection.open(folder.path()); }), 75);
 }
 
 TEST_F(HostileSpreadsheet, aFileThatIsTooLargeIsRefused)
 {
-    QFile file(folder.filePath(u"book.xls"_qs));
+    QFile file(folder.filePath(u"book.xls"_s));
     ASSERT_TRUE(file.open(QFile::WriteOnly) && file.resize((128 << 20) + 1));
     const auto failure = raisedFailure([&] { connection.open(file.fileName()); });
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), SheetFailure::BadFile);
-    EXPECT_EQ(failure->description(), u"The file is too large."_qs);
+    EXPECT_EQ(failure->description(), u"The file is too large."_s);
 }
 
 TEST_F(HostileSpreadsheet, aFileCutAnywhereIsReadOrRefused)
@@ -109,25 +113,25 @@ TEST_F(HostileSpreadsheet, encryptedWorkbooksAreToldAsSuch)
     const qsizetype behind = begin + 4 + static_cast<quint8>(xls.at(begin + 2));
     xls[behind] = 0x2F;
     expectRefused(xls, "an .xls with a password");
-    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_qs));
+    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_s));
 
     expectRefused(zipOf({{"content.xml", "\x01\x02"},
                          {"META-INF/manifest.xml", "<m><encryption-data/></m>"}}),
                   "an .ods with a password");
-    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_qs));
+    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_s));
 
     expectRefused(zipOf({{"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
                          {"encrypted-package", "\x01\x02"},
                          {"META-INF/manifest.xml", "<m><encryption-data/></m>"}}),
                   "an .ods that is encrypted as one part");
-    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_qs));
+    EXPECT_TRUE(connection.errors().first().contains(u"encrypted"_s));
 }
 
 TEST_F(HostileSpreadsheet, workbooksThatAnOfficeSuiteEncryptedAreToldAsSuch)
 {
     for (const char *name : {"encrypted.xls", "encrypted.xlsx", "encrypted.ods"}) {
         expectRefused(real(name), name);
-        EXPECT_EQ(connection.errors(), QStringList{u"The workbook is encrypted."_qs}) << name;
+        EXPECT_EQ(connection.errors(), QStringList{u"The workbook is encrypted."_s}) << name;
     }
 }
 
@@ -137,7 +141,7 @@ TEST_F(HostileSpreadsheet, anArchiveThatUnpacksToMoreThanTheReaderMayHoldIsRefus
     EXPECT_LT(bytes.size(), 1 << 20);
     expectRefused(bytes, "400 MiB of blanks");
     EXPECT_EQ(connection.errors(),
-              QStringList{u"A part of the archive holds more than 256 MiB."_qs});
+              QStringList{u"A part of the archive holds more than 256 MiB."_s});
 }
 
 TEST_F(HostileSpreadsheet, aPartThatIsLongerOrShorterThanTheArchiveClaimsIsRefused)
@@ -148,25 +152,25 @@ TEST_F(HostileSpreadsheet, aPartThatIsLongerOrShorterThanTheArchiveClaimsIsRefus
     constexpr char million[] = {0, 0, 16, 0};
     for (const char *claimed : {one, million}) {
         expectRefused(inEachEntry(good, 22, 24, QByteArray(claimed, 4)), "a wrong length");
-        EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_qs});
+        EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_s});
     }
     expectRefused(inEachEntry(good, 22, 24, "\xF0\xFF\xFF\x7F"), "gigabytes");
     EXPECT_EQ(connection.errors(),
-              QStringList{u"A part of the archive holds more than 256 MiB."_qs});
+              QStringList{u"A part of the archive holds more than 256 MiB."_s});
 }
 
 TEST_F(HostileSpreadsheet, aPartWithAWrongChecksumIsRefused)
 {
     expectRefused(inEachEntry(xlsxOf("<row><c><v>1</v></c></row>"), 14, 16, "\1\2\3\4"),
                   "wrong checksums");
-    EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_qs});
+    EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_s});
 }
 
 TEST_F(HostileSpreadsheet, anArchiveWithAPasswordIsToldAsSuch)
 {
     expectRefused(inEachEntry(xlsxOf("<row><c><v>1</v></c></row>"), 6, 8, QByteArray("\1\0", 2)),
                   "encrypted entries");
-    EXPECT_EQ(connection.errors(), QStringList{u"The workbook is encrypted."_qs});
+    EXPECT_EQ(connection.errors(), QStringList{u"The workbook is encrypted."_s});
 }
 
 TEST_F(HostileSpreadsheet, aPartThatIsPackedInAnotherWayIsRefused)
@@ -175,7 +179,7 @@ TEST_F(HostileSpreadsheet, aPartThatIsPackedInAnotherWayIsRefused)
     expectRefused(inEachEntry(xlsxOf("<row><c><v>1</v></c></row>"), 8, 10, QByteArray(bzip2, 2)),
                   "bzip2");
     EXPECT_EQ(connection.errors(),
-              QStringList{u"The archive is packed in a way that isn't read."_qs});
+              QStringList{u"The archive is packed in a way that isn't read."_s});
 }
 
 TEST_F(HostileSpreadsheet, anArchiveThatNamesAPartTwiceIsRefused)
@@ -183,7 +187,7 @@ TEST_F(HostileSpreadsheet, anArchiveThatNamesAPartTwiceIsRefused)
     const QByteArray sheet = "<document-content><body><spreadsheet/></body></document-content>";
     ASSERT_FALSE(opening(zipOf({{"content.xml", sheet}, {"other.xml", sheet}})));
     expectRefused(zipOf({{"content.xml", sheet}, {"content.xml", sheet}}), "a name twice");
-    EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_qs});
+    EXPECT_EQ(connection.errors(), QStringList{u"The archive is damaged."_s});
 }
 
 TEST_F(HostileSpreadsheet, anArchiveOfMoreEntriesThanItClaimsOrFewerIsRefused)
@@ -203,7 +207,7 @@ TEST_F(HostileSpreadsheet, anArchiveOfTooManyPartsIsRefused)
     while (entries.size() <= 65536)
         entries.append({QByteArray::number(entries.size()), {}});
     expectRefused(zip64Of(entries), "65,537 parts");
-    EXPECT_EQ(connection.errors(), QStringList{u"The archive holds too many parts."_qs});
+    EXPECT_EQ(connection.errors(), QStringList{u"The archive holds too many parts."_s});
 }
 
 TEST_F(HostileSpreadsheet, entitiesThatMultiplyAreRefused)
@@ -227,7 +231,7 @@ TEST_F(HostileSpreadsheet, anOutsideEntityIsNotFetched)
                       "</t:table-cell></t:table-row>",
                       prologue));
     if (!failure.has_value()) {
-        EXPECT_TRUE(connection.describe(u"Hoja1"_qs).fields.join(u"").startsWith(u'F'));
+        EXPECT_TRUE(connection.describe(u"Hoja1"_s).fields.join(u"").startsWith(u'F'));
     }
 }
 
@@ -237,7 +241,7 @@ TEST_F(HostileSpreadsheet, aMillionDeclaredRowsCostNothing)
     const QByteArray empty = "<t:table-row t:number-rows-repeated=\"1048575\"><t:table-cell "
                              "t:number-columns-repeated=\"16384\"/></t:table-row>";
     EXPECT_FALSE(opening(odsOf("<t:table-row>" + cell + "</t:table-row>" + empty)));
-    EXPECT_EQ(connection.describe(u"Hoja1"_qs).rows, 0);
+    EXPECT_EQ(connection.describe(u"Hoja1"_s).rows, 0);
 }
 
 TEST_F(HostileSpreadsheet, valuesRepeatedWithoutEndAreRefused)
@@ -257,8 +261,8 @@ TEST_F(HostileSpreadsheet, aLongTextNamedByEveryRowIsAFailureOfTheReading)
     const QByteArray row = "<row><c t=\"s\"><v>0</v></c></row>";
     ASSERT_FALSE(
         opening(xlsxOf(row.repeated(20'000), "<si><t>" + QByteArray(30'000, 'x') + "</t></si>")));
-    const auto rows = connection.rows(u"Hoja1"_qs);
-    const QString field = connection.describe(u"Hoja1"_qs).fields.first();
+    const auto rows = connection.rows(u"Hoja1"_s);
+    const QString field = connection.describe(u"Hoja1"_s).fields.first();
     EXPECT_EQ(raisedNumber([&] {
                   for (; !rows->isAtEnd(); rows->moveNext())
                       rows->value(field);
@@ -272,14 +276,14 @@ TEST(SheetReader, givesItselfAGibibyteOfMemoryAndALimitedTime)
     reader.start(QStringLiteral(NORVANE_BIN_DIR "/NorvaneSheetReader"), QStringList());
     ASSERT_TRUE(reader.waitForStarted(hangMs));
     reader.write(SheetFrames::framed(
-        SheetFrames::encode({SheetFrames::Operation::Open, u"/nowhere"_qs, {}, 0})));
+        SheetFrames::encode({SheetFrames::Operation::Open, u"/nowhere"_s, {}, 0})));
     ASSERT_TRUE(reader.waitForReadyRead(hangMs)) << "it has come up";
-    QFile file(u"/proc/%1/limits"_qs.arg(reader.processId()));
+    QFile file(u"/proc/%1/limits"_s.arg(reader.processId()));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString limits = QString::fromLatin1(file.readAll()).simplified();
-    EXPECT_TRUE(limits.contains(u"Max cpu time 25 25 seconds"_qs)) << qPrintable(limits);
+    EXPECT_TRUE(limits.contains(u"Max cpu time 25 25 seconds"_s)) << qPrintable(limits);
 #ifndef __SANITIZE_ADDRESS__
-    EXPECT_TRUE(limits.contains(u"Max address space 1073741824 1073741824 bytes"_qs))
+    EXPECT_TRUE(limits.contains(u"Max address space 1073741824 1073741824 bytes"_s))
         << qPrintable(limits);
 #endif
     reader.closeWriteChannel();
@@ -289,7 +293,7 @@ TEST(SheetReader, givesItselfAGibibyteOfMemoryAndALimitedTime)
 TEST_F(HostileSpreadsheet, aReaderThatHangsIsEndedAtItsTimeLimit)
 {
     HelperConnection hanging(readerThat("exec sleep 1000"), std::chrono::milliseconds(200));
-    const auto failure = raisedFailure([&] { hanging.open(u"x"_qs); });
+    const auto failure = raisedFailure([&] { hanging.open(u"x"_s); });
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), SheetFailure::BadFile);
     EXPECT_EQ(raisedNumber([&] { hanging.sheets(); }), 3704);
@@ -301,7 +305,7 @@ TEST_F(HostileSpreadsheet, aReaderThatAnswersNonsenseIsAFailure)
                                "printf '\\0\\0\\0\\1\\0'",      // an answer that is cut short
                                "printf '\\0\\0\\0\\11\\0'"}) {  // and ends before its length
         HelperConnection nonsense(readerThat(answer), std::chrono::seconds(20));
-        EXPECT_EQ(raisedNumber([&] { nonsense.open(u"x"_qs); }), SheetFailure::BadFile) << answer;
+        EXPECT_EQ(raisedNumber([&] { nonsense.open(u"x"_s); }), SheetFailure::BadFile) << answer;
         EXPECT_EQ(nonsense.errors().size(), 1);
         EXPECT_EQ(raisedNumber([&] { nonsense.sheets(); }), 3704);
     }
@@ -309,6 +313,8 @@ TEST_F(HostileSpreadsheet, aReaderThatAnswersNonsenseIsAFailure)
 
 TEST_F(HostileSpreadsheet, aReaderThatDiesIsAFailure)
 {
-    HelperConnection dying(u"/bin/false"_qs);
-    EXPECT_EQ(raisedNumber([&] { dying.open(u"x"_qs); }), SheetFailure::BadFile);
+    HelperConnection dying(u"/bin/false"_s);
+    EXPECT_EQ(raisedNumber([&] { dying.open(u"x"_s); }), SheetFailure::BadFile);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace norvane {
+
 namespace {
 
 template <typename Number>
@@ -124,3 +126,5 @@ QByteArray odsOf(const QByteArray &rows, const QByteArray &prologue)
                   {"content.xml", content},
                   {"META-INF/manifest.xml", "<manifest/>"}});
 }
+
+} // namespace norvane

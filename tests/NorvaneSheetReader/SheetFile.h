@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+namespace norvane {
+
 // Spreadsheets that tests lay out themselves.
 
 struct ZipEntry
@@ -23,3 +25,5 @@ QByteArray xlsxOf(const QByteArray &rows, const QByteArray &sharedStrings = {});
 
 /// An .ods of one sheet, "Hoja1", whose element `table` holds `rows`.
 QByteArray odsOf(const QByteArray &rows, const QByteArray &prologue = {});
+
+} // namespace norvane

@@ -6,13 +6,17 @@
 
 #include <QTemporaryDir>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Spreadsheets through the reader's process.
 class Spreadsheets : public ::testing::Test
 {
 protected:
     void openBytes(const QByteArray &bytes)
     {
-        const QString path = folder.filePath(QStringLiteral("book"));
+        const QString path = folder.filePath(u"book"_s);
         writeFile(path, bytes);
         connection.open(path);
     }
@@ -25,7 +29,7 @@ protected:
     {
         QStringList found;
         for (const auto rows = connection.rows(sheet); !rows->isAtEnd(); rows->moveNext())
-            found.append(rows->value(field).value_or(u"(null)"_qs));
+            found.append(rows->value(field).value_or(u"(null)"_s));
         return found;
     }
     QStringList values(const QString &field) { return values(connection.sheets().first(), field); }
@@ -33,3 +37,5 @@ protected:
     const QTemporaryDir folder;
     HelperConnection connection{QStringLiteral(NORVANE_SHEET_READER)};
 };
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 #include "NorvaneSheetReader/SpreadsheetFixture.h"
 #include "support/RaisedFailure.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using S = QStringList;
 
 // Workbooks of the BIFF kind with records and storages that few programs write.
@@ -37,37 +41,36 @@ TEST_F(Spreadsheets, anEmbeddedWorkbookIsNotReadInPlaceOfItsHost)
 {
     const QByteArray embedded = biffOf({{"Embedded", sheetOf("wrong")}});
     const QByteArray host = biffOf({{"Host", sheetOf("right")}});
-    openBytes(
-        compoundOf({{u"Workbook"_qs, host}, {u"MBD0001"_qs, {}, {{u"Workbook"_qs, embedded}}}}));
-    EXPECT_EQ(connection.sheets(), S{u"Host"_qs});
-    EXPECT_EQ(values(u"N"_qs), S{u"right"_qs});
+    openBytes(compoundOf({{u"Workbook"_s, host}, {u"MBD0001"_s, {}, {{u"Workbook"_s, embedded}}}}));
+    EXPECT_EQ(connection.sheets(), S{u"Host"_s});
+    EXPECT_EQ(values(u"N"_s), S{u"right"_s});
 }
 
 TEST_F(Spreadsheets, anEmbeddedStreamOfEncryptionDoesNotMakeItsHostEncrypted)
 {
-    openBytes(compoundOf({{u"Workbook"_qs, biffOf({{"Host", sheetOf("right")}})},
-                          {u"MBD0001"_qs, {}, {{u"EncryptedPackage"_qs, "x"}}}}));
-    EXPECT_EQ(values(u"N"_qs), S{u"right"_qs});
+    openBytes(compoundOf({{u"Workbook"_s, biffOf({{"Host", sheetOf("right")}})},
+                          {u"MBD0001"_s, {}, {{u"EncryptedPackage"_s, "x"}}}}));
+    EXPECT_EQ(values(u"N"_s), S{u"right"_s});
 }
 
 TEST_F(Spreadsheets, aWorkbookThatIsOnlyEmbeddedIsNone)
 {
     const auto opening = [&] {
         openBytes(compoundOf(
-            {{u"WordDocument"_qs, "text"},
-             {u"MBD0001"_qs, {}, {{u"Workbook"_qs, biffOf({{"Embedded", sheetOf("wrong")}})}}}}));
+            {{u"WordDocument"_s, "text"},
+             {u"MBD0001"_s, {}, {{u"Workbook"_s, biffOf({{"Embedded", sheetOf("wrong")}})}}}}));
     };
     EXPECT_EQ(raisedNumber(opening), SheetFailure::BadFile);
-    EXPECT_EQ(connection.errors(), S{u"The file holds no workbook."_qs});
+    EXPECT_EQ(connection.errors(), S{u"The file holds no workbook."_s});
 }
 
 TEST_F(Spreadsheets, streamsThatFollowEachOtherInACircleAreRefused)
 {
-    QByteArray bytes = compoundOf({{u"Workbook"_qs, biffOf({{"Host", sheetOf("right")}})}});
+    QByteArray bytes = compoundOf({{u"Workbook"_s, biffOf({{"Host", sheetOf("right")}})}});
     // The entry behind the root's is the only one, and leads back to itself.
     bytes.replace(2 * 512 + 128 + 72, 4, littleLong(1));
     EXPECT_EQ(raisedNumber([&] { openBytes(bytes); }), SheetFailure::BadFile);
-    EXPECT_EQ(connection.errors(), S{u"The workbook's file is damaged."_qs});
+    EXPECT_EQ(connection.errors(), S{u"The workbook's file is damaged."_s});
 }
 
 TEST_F(Spreadsheets, numbersThatShareARecordAreReadCellByCell)
@@ -82,13 +85,12 @@ TEST_F(Spreadsheets, numbersThatShareARecordAreReadCellByCell)
                                    biffLabel(0, 3, "D") + biffLabel(0, 4, "E") +
                                    biffRecord(multipleNumbers, numbers)}},
                     formatOf(0) + formatOf(14)));
-    EXPECT_EQ(connection.describe(u"Hoja1"_qs).fields,
-              (S{u"A"_qs, u"B"_qs, u"C"_qs, u"D"_qs, u"E"_qs}));
-    EXPECT_EQ(values(u"A"_qs), S{u"(null)"_qs});
-    EXPECT_EQ(values(u"B"_qs), S{u"60000000"_qs});
-    EXPECT_EQ(values(u"C"_qs), S{u"123.45"_qs});
-    EXPECT_EQ(values(u"D"_qs), S{u"-1.5"_qs});
-    EXPECT_EQ(values(u"E"_qs), S{u"2026-11-20"_qs});
+    EXPECT_EQ(connection.describe(u"Hoja1"_s).fields, (S{u"A"_s, u"B"_s, u"C"_s, u"D"_s, u"E"_s}));
+    EXPECT_EQ(values(u"A"_s), S{u"(null)"_s});
+    EXPECT_EQ(values(u"B"_s), S{u"60000000"_s});
+    EXPECT_EQ(values(u"C"_s), S{u"123.45"_s});
+    EXPECT_EQ(values(u"D"_s), S{u"-1.5"_s});
+    EXPECT_EQ(values(u"E"_s), S{u"2026-11-20"_s});
 }
 
 TEST_F(Spreadsheets, textsGoOnInTheRecordBehindAlsoInLettersOfAnotherWidth)
@@ -108,7 +110,7 @@ TEST_F(Spreadsheets, textsGoOnInTheRecordBehindAlsoInLettersOfAnotherWidth)
                           littleShort(row) + littleShort(0) + littleShort(0) + littleLong(index));
     };
     openBytes(xlsOf({{"Hoja1", cell(0, 0) + cell(1, 1) + cell(2, 2) + cell(3, 3)}}, strings));
-    EXPECT_EQ(values(u"N"_qs), (S{u"912345678"_qs, u"Ñandú"_qs}));
+    EXPECT_EQ(values(u"N"_s), (S{u"912345678"_s, u"Ñandú"_s}));
 }
 
 TEST_F(Spreadsheets, textsWithLettersOfSeveralKindsAreRead)
@@ -119,12 +121,12 @@ TEST_F(Spreadsheets, textsWithLettersOfSeveralKindsAreRead)
         biffRecord(0x0204, littleShort(0) + littleShort(0) + littleShort(0) + littleShort(1) + "N");
     const QByteArray version5 = biffRecord(richString, place + littleShort(4) + "Jos\xE9" + runs);
     openBytes(xlsOf({{"Hoja1", header + version5}}, {}, 0x0500));
-    EXPECT_EQ(values(u"N"_qs), S{u"José"_qs});
+    EXPECT_EQ(values(u"N"_s), S{u"José"_s});
 
     const QByteArray version8 =
         biffRecord(richString, place + littleShort(4) + '\0' + "Jos\xE9" + runs);
     openBytes(xlsOf({{"Hoja1", biffLabel(0, 0, "N") + version8}}));
-    EXPECT_EQ(values(u"N"_qs), S{u"José"_qs});
+    EXPECT_EQ(values(u"N"_s), S{u"José"_s});
 }
 
 TEST_F(Spreadsheets, aTextThatNoFormulaWaitsForIsNoCells)
@@ -139,8 +141,8 @@ TEST_F(Spreadsheets, aTextThatNoFormulaWaitsForIsNoCells)
                                 littleShort(0xFFFF) + QByteArray(8, '\0'));
     openBytes(xlsOf({{"Hoja1", text("before") + biffLabel(0, 0, "N") + formulaOfText +
                                    text("right") + text("behind")}}));
-    EXPECT_EQ(connection.describe(u"Hoja1"_qs).fields, S{u"N"_qs});
-    EXPECT_EQ(values(u"N"_qs), S{u"right"_qs});
+    EXPECT_EQ(connection.describe(u"Hoja1"_s).fields, S{u"N"_s});
+    EXPECT_EQ(values(u"N"_s), S{u"right"_s});
 }
 
 TEST_F(Spreadsheets, aChartInASheetIsNeitherItsEndNorItsCells)
@@ -149,7 +151,7 @@ TEST_F(Spreadsheets, aChartInASheetIsNeitherItsEndNorItsCells)
                              biffLabel(1, 0, "wrong") + biffRecord(end, {});
     openBytes(xlsOf({{"Hoja1", biffLabel(0, 0, "N") + biffLabel(1, 0, "right") + chart +
                                    biffLabel(2, 0, "more")}}));
-    EXPECT_EQ(values(u"N"_qs), (S{u"right"_qs, u"more"_qs}));
+    EXPECT_EQ(values(u"N"_s), (S{u"right"_s, u"more"_s}));
 }
 
 TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsSaysSo)
@@ -161,14 +163,16 @@ TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsSaysSo)
     const QByteArray cells = biffLabel(0, 0, "N") + cell(1, 44884) + cell(2, 0) + cell(3, 44884.5);
     const QByteArray formats = formatOf(0) + formatOf(22);
     openBytes(xlsOf({{"Hoja1", cells}}, biffRecord(dateMode, littleShort(1)) + formats));
-    EXPECT_EQ(values(u"N"_qs), (S{u"2026-11-20"_qs, u"1904-01-01"_qs, u"2026-11-20 12:00:00"_qs}));
+    EXPECT_EQ(values(u"N"_s), (S{u"2026-11-20"_s, u"1904-01-01"_s, u"2026-11-20 12:00:00"_s}));
     openBytes(xlsOf({{"Hoja1", cells}}, biffRecord(dateMode, littleShort(0)) + formats));
-    EXPECT_EQ(values(u"N"_qs).first(), u"2022-11-19"_qs);
+    EXPECT_EQ(values(u"N"_s).first(), u"2022-11-19"_s);
 }
 
 TEST_F(Spreadsheets, hiddenSheetsOfAnXlsAreAsTheOthers)
 {
     openBytes(xlsOf({{"Uno", sheetOf("1"), 1}, {"Dos", sheetOf("2"), 2}, {"Tres", sheetOf("3")}}));
-    EXPECT_EQ(connection.sheets(), (S{u"Uno"_qs, u"Dos"_qs, u"Tres"_qs}));
-    EXPECT_EQ(values(u"Dos"_qs, u"N"_qs), S{u"2"_qs});
+    EXPECT_EQ(connection.sheets(), (S{u"Uno"_s, u"Dos"_s, u"Tres"_s}));
+    EXPECT_EQ(values(u"Dos"_s, u"N"_s), S{u"2"_s});
 }
+
+} // namespace norvane

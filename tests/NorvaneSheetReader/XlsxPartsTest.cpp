@@ -2,6 +2,10 @@
 #include "NorvaneSheetReader/SpreadsheetFixture.h"
 #include "support/RaisedFailure.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using S = QStringList;
 
 namespace {
@@ -39,22 +43,22 @@ QByteArray bookWith(const QByteArray &toBook, const QByteArray &toSheet)
 TEST_F(Spreadsheets, targetsOfAnXlsxAreResolvedFromTheFolderOfTheirSource)
 {
     const QList<std::pair<QByteArray, QString>> cases{
-        {"worksheets/sheet.xml", u"in xl"_qs},
-        {"./worksheets/sheet.xml", u"in xl"_qs},
-        {"/xl/worksheets/sheet.xml", u"in xl"_qs},
-        {"worksheets/./sheet.xml", u"in xl"_qs},
-        {"../xl/worksheets/sheet.xml", u"in xl"_qs},
-        {"../other/sheet.xml", u"in other"_qs},
-        {"worksheets/../../other/sheet.xml", u"in other"_qs},
-        {"../../../other/sheet.xml", u"in other"_qs},
+        {"worksheets/sheet.xml", u"in xl"_s},
+        {"./worksheets/sheet.xml", u"in xl"_s},
+        {"/xl/worksheets/sheet.xml", u"in xl"_s},
+        {"worksheets/./sheet.xml", u"in xl"_s},
+        {"../xl/worksheets/sheet.xml", u"in xl"_s},
+        {"../other/sheet.xml", u"in other"_s},
+        {"worksheets/../../other/sheet.xml", u"in other"_s},
+        {"../../../other/sheet.xml", u"in other"_s},
     };
     for (const auto &[target, text] : cases) {
         openBytes(bookWith("xl/workbook.xml", target));
-        EXPECT_EQ(values(u"N"_qs), S{text}) << target.constData();
+        EXPECT_EQ(values(u"N"_s), S{text}) << target.constData();
     }
     for (const char *toBook : {"./xl/workbook.xml", "/xl/workbook.xml", "xl/../xl/workbook.xml"}) {
         openBytes(bookWith(toBook, "worksheets/sheet.xml"));
-        EXPECT_EQ(values(u"N"_qs), S{u"in xl"_qs}) << toBook;
+        EXPECT_EQ(values(u"N"_s), S{u"in xl"_s}) << toBook;
     }
     EXPECT_EQ(raisedNumber([&] { openBytes(bookWith("xl/workbook.xml", "../sheet.xml")); }),
               SheetFailure::BadFile);
@@ -71,8 +75,8 @@ TEST_F(Spreadsheets, escapedCharactersOfAnXlsxAreDecoded)
         "<row><c t=\"inlineStr\"><is><t>_X0041_ _x041_ _x00G1_ _x+041_ _x0x41_ _x0041</t></is></c>"
         "</row>",
         "<si><r><t>_x00e1</t></r><r><t>_x00e1_</t></r></si>"));
-    EXPECT_EQ(values(u"N"_qs), (S{u"a\rb"_qs, u"_x00e1á"_qs, u"Ab"_qs, u"_x0041_"_qs,
-                                  u"_X0041_ _x041_ _x00G1_ _x+041_ _x0x41_ _x0041"_qs}));
+    EXPECT_EQ(values(u"N"_s), (S{u"a\rb"_s, u"_x00e1á"_s, u"Ab"_s, u"_x0041_"_s,
+                                 u"_X0041_ _x041_ _x00G1_ _x+041_ _x0x41_ _x0041"_s}));
 }
 
 TEST_F(Spreadsheets, hiddenSheetsOfAnXlsxAndAnOdsAreAsTheOthers)
@@ -87,13 +91,13 @@ TEST_F(Spreadsheets, hiddenSheetsOfAnXlsxAndAnOdsAreAsTheOthers)
           relations(relation("r1", "worksheet", "a.xml") + relation("r2", "worksheet", "b.xml"))},
          {"a.xml", sheetOf("1")},
          {"b.xml", sheetOf("2")}}));
-    EXPECT_EQ(connection.sheets(), (S{u"Uno"_qs, u"Dos!"_qs, u"Tres"_qs}));
-    EXPECT_EQ(values(u"Dos!"_qs, u"N"_qs), S{u"2"_qs});
+    EXPECT_EQ(connection.sheets(), (S{u"Uno"_s, u"Dos!"_s, u"Tres"_s}));
+    EXPECT_EQ(values(u"Dos!"_s, u"N"_s), S{u"2"_s});
 
     const QByteArray cell = "<t:table-row><t:table-cell o:value-type=\"string\"><x:p>N</x:p>"
                             "</t:table-cell></t:table-row>";
     openBytes(odsOf(cell + "</t:table><t:table t:name=\"Dos\" t:style-name=\"hidden\">" + cell));
-    EXPECT_EQ(connection.sheets(), (S{u"Hoja1"_qs, u"Dos"_qs}));
+    EXPECT_EQ(connection.sheets(), (S{u"Hoja1"_s, u"Dos"_s}));
 }
 
 TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsxSaysSo)
@@ -109,6 +113,8 @@ TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsxSaysSo)
              {"s.xml", "<styleSheet><cellXfs><xf numFmtId=\"14\"/></cellXfs></styleSheet>"},
              {"a.xml", "<worksheet><row><c t=\"str\"><v>N</v></c></row><row><c s=\"0\">"
                        "<v>44884</v></c></row></worksheet>"}}));
-        EXPECT_EQ(values(u"N"_qs), S{u"2026-11-20"_qs}) << told;
+        EXPECT_EQ(values(u"N"_s), S{u"2026-11-20"_s}) << told;
     }
 }
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray byte(int code)
@@ -37,7 +41,7 @@ TEST(CodePagesTest, everyByteSurvivesTheWayToTextAndBack)
 TEST(CodePagesTest, specialBytesHaveTheirCharacters)
 {
     // Letter by letter from 0x80 on; the five undefined bytes are control characters.
-    const QString specials = u"€\x81‚ƒ„…†‡ˆ‰Š‹Œ\x8DŽ\x8F\x90‘’“”•–—˜™š›œ\x9DžŸ"_qs;
+    const QString specials = u"€\x81‚ƒ„…†‡ˆ‰Š‹Œ\x8DŽ\x8F\x90‘’“”•–—˜™š›œ\x9DžŸ"_s;
     ASSERT_EQ(specials.size(), 32);
     for (int i = 0; i < 32; ++i)
         EXPECT_EQ(CodePages::fromAnsi(byte(0x80 + i)), specials.mid(i, 1)) << i;
@@ -64,3 +68,5 @@ TEST(CodePagesTest, nothingStaysNothing)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -6,37 +6,41 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(FailureNumbersTest, numbersHaveTheirDescriptions)
 {
     const QList<std::pair<qint32, QString>> known{
-        {5, u"Invalid procedure call or argument"_qs},
-        {6, u"Overflow"_qs},
-        {7, u"Out of memory"_qs},
-        {9, u"Subscript out of range"_qs},
-        {13, u"Type mismatch"_qs},
-        {51, u"Internal error"_qs},
-        {52, u"Bad file name or number"_qs},
-        {53, u"File not found"_qs},
-        {54, u"Bad file mode"_qs},
-        {55, u"File already open"_qs},
-        {57, u"Device I/O error"_qs},
-        {58, u"File already exists"_qs},
-        {61, u"Disk full"_qs},
-        {62, u"Input past end of file"_qs},
-        {67, u"Too many files"_qs},
-        {68, u"Device unavailable"_qs},
-        {70, u"Permission denied"_qs},
-        {71, u"Disk not ready"_qs},
-        {75, u"Path/File access error"_qs},
-        {76, u"Path not found"_qs},
-        {91, u"Object variable or With block variable not set"_qs},
-        {380, u"Invalid property value"_qs},
-        {429, u"ActiveX component can't create object"_qs},
-        {457, u"This key is already associated with an element of this collection"_qs},
-        {462, u"The remote server machine does not exist or is unavailable"_qs},
-        {3704, u"Operation is not allowed when the object is closed."_qs},
+        {5, u"Invalid procedure call or argument"_s},
+        {6, u"Overflow"_s},
+        {7, u"Out of memory"_s},
+        {9, u"Subscript out of range"_s},
+        {13, u"Type mismatch"_s},
+        {51, u"Internal error"_s},
+        {52, u"Bad file name or number"_s},
+        {53, u"File not found"_s},
+        {54, u"Bad file mode"_s},
+        {55, u"File already open"_s},
+        {57, u"Device I/O error"_s},
+        {58, u"File already exists"_s},
+        {61, u"Disk full"_s},
+        {62, u"Input past end of file"_s},
+        {67, u"Too many files"_s},
+        {68, u"Device unavailable"_s},
+        {70, u"Permission denied"_s},
+        {71, u"Disk not ready"_s},
+        {75, u"Path/File access error"_s},
+        {76, u"Path not found"_s},
+        {91, u"Object variable or With block variable not set"_s},
+        {380, u"Invalid property value"_s},
+        {429, u"ActiveX component can't create object"_s},
+        {457, u"This key is already associated with an element of this collection"_s},
+        {462, u"The remote server machine does not exist or is unavailable"_s},
+        {3704, u"Operation is not allowed when the object is closed."_s},
     };
     for (const auto &[number, text] : known)
         EXPECT_EQ(Failure::description(number), text) << number;
@@ -45,8 +49,7 @@ TEST(FailureNumbersTest, numbersHaveTheirDescriptions)
 TEST(FailureNumbersTest, unknownNumberHasTheGeneralDescription)
 {
     for (const qint32 number : {0, -1, 8, 99, 32768})
-        EXPECT_EQ(Failure::description(number),
-                  QStringLiteral("Application-defined or object-defined error"));
+        EXPECT_EQ(Failure::description(number), u"Application-defined or object-defined error"_s);
 }
 
 TEST(FailureNumbersTest, platformErrorsHaveTheirNumbers)
@@ -66,15 +69,17 @@ TEST(FailureNumbersTest, platformErrorsHaveTheirNumbers)
 TEST(FailureNumbersTest, raisedFailureCarriesNumberSourceAndDescription)
 {
     try {
-        Failure::raiseErrno(ENOSPC, QStringLiteral("CTimerMM::Interval"));
+        Failure::raiseErrno(ENOSPC, u"CTimerMM::Interval"_s);
         FAIL() << "no failure";
     } catch (const NumberedFailure &failure) {
         EXPECT_EQ(failure.number(), 61);
-        EXPECT_EQ(failure.source(), QStringLiteral("CTimerMM::Interval"));
-        EXPECT_EQ(failure.description(), QStringLiteral("Disk full"));
-        EXPECT_EQ(failure.shown(), QStringLiteral("Disk full - 61"));
+        EXPECT_EQ(failure.source(), u"CTimerMM::Interval"_s);
+        EXPECT_EQ(failure.description(), u"Disk full"_s);
+        EXPECT_EQ(failure.shown(), u"Disk full - 61"_s);
         EXPECT_STREQ(failure.what(), "CTimerMM::Interval: Disk full - 61");
     }
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QueueRow row(const char *date, const char *phone, qint64 id)
 {
-    return {QLatin1String(date), QLatin1String(phone), u"text"_qs, id};
+    return {QLatin1String(date), QLatin1String(phone), u"text"_s, id};
 }
 
 QueueRecordSet threeRows()
@@ -28,7 +32,7 @@ TEST(QueueRecordSetTest, freshSetCarriesNothingBack)
     EXPECT_EQ(QueueRecordSet().count(), 0);
     QueueRecordSet records = threeRows();
     EXPECT_EQ(records.count(), 3);
-    EXPECT_EQ(records.at(1).phone, u"b"_qs);
+    EXPECT_EQ(records.at(1).phone, u"b"_s);
     EXPECT_TRUE(records.changedRows().isEmpty());
     EXPECT_TRUE(records.deletedIds().isEmpty());
     records.sortByDeliveryDate();
@@ -60,31 +64,31 @@ TEST(QueueRecordSetTest, rowsOfEqualDateKeepTheirOrder)
 TEST(QueueRecordSetTest, editedRowsAreCarriedBackWithTheirNewValues)
 {
     QueueRecordSet records = threeRows();
-    records.setPhone(2, u"z"_qs);
-    records.setMessage(0, u"new"_qs);
+    records.setPhone(2, u"z"_s);
+    records.setMessage(0, u"new"_s);
     const QList<QueueRow> changed = records.changedRows();
     ASSERT_EQ(changed.size(), 2);
-    EXPECT_EQ(changed.at(0), (QueueRow{u"2024-05-06T10:00:00"_qs, u"a"_qs, u"new"_qs, 11}));
-    EXPECT_EQ(changed.at(1), (QueueRow{u"2024-05-06T12:00:00"_qs, u"z"_qs, u"text"_qs, 13}));
+    EXPECT_EQ(changed.at(0), (QueueRow{u"2024-05-06T10:00:00"_s, u"a"_s, u"new"_s, 11}));
+    EXPECT_EQ(changed.at(1), (QueueRow{u"2024-05-06T12:00:00"_s, u"z"_s, u"text"_s, 13}));
     EXPECT_TRUE(records.deletedIds().isEmpty());
 }
 
 TEST(QueueRecordSetTest, bothFieldsOfARowAreOneChange)
 {
     QueueRecordSet records = threeRows();
-    records.setPhone(1, u"y"_qs);
-    records.setMessage(1, u"new"_qs);
-    records.setMessage(1, u"newer"_qs);
+    records.setPhone(1, u"y"_s);
+    records.setMessage(1, u"new"_s);
+    records.setMessage(1, u"newer"_s);
     ASSERT_EQ(records.changedRows().size(), 1);
-    EXPECT_EQ(records.changedRows().at(0).phone, u"y"_qs);
-    EXPECT_EQ(records.changedRows().at(0).message, u"newer"_qs);
+    EXPECT_EQ(records.changedRows().at(0).phone, u"y"_s);
+    EXPECT_EQ(records.changedRows().at(0).message, u"newer"_s);
 }
 
 TEST(QueueRecordSetTest, settingTheSameValueIsNoChange)
 {
     QueueRecordSet records = threeRows();
-    records.setPhone(0, u"a"_qs);
-    records.setMessage(0, u"text"_qs);
+    records.setPhone(0, u"a"_s);
+    records.setMessage(0, u"text"_s);
     EXPECT_TRUE(records.changedRows().isEmpty());
 }
 
@@ -101,8 +105,8 @@ TEST(QueueRecordSetTest, removedRowsAreCarriedBackByIdInTheOrderOfRemoval)
 TEST(QueueRecordSetTest, severalRowsAreRemovedByTheNumbersThatTheyHave)
 {
     QueueRecordSet records = threeRows();
-    records.setPhone(0, u"z"_qs);
-    records.setPhone(1, u"y"_qs);
+    records.setPhone(0, u"z"_s);
+    records.setPhone(1, u"y"_s);
     records.removeRows({2, 0});
     EXPECT_EQ(ids(records), (QList<qint64>{12}));
     EXPECT_EQ(records.deletedIds(), (QList<qint64>{13, 11}));
@@ -113,13 +117,13 @@ TEST(QueueRecordSetTest, severalRowsAreRemovedByTheNumbersThatTheyHave)
 TEST(QueueRecordSetTest, forgottenChangesAreNotCarriedAgain)
 {
     QueueRecordSet records = threeRows();
-    records.setPhone(0, u"z"_qs);
+    records.setPhone(0, u"z"_s);
     records.removeRow(2);
     records.forgetChanges();
     EXPECT_TRUE(records.changedRows().isEmpty());
     EXPECT_TRUE(records.deletedIds().isEmpty());
-    EXPECT_EQ(records.at(0).phone, u"z"_qs);
-    records.setPhone(1, u"y"_qs);
+    EXPECT_EQ(records.at(0).phone, u"z"_s);
+    records.setPhone(1, u"y"_s);
     ASSERT_EQ(records.changedRows().size(), 1);
     EXPECT_EQ(records.changedRows().at(0).id, 12);
 }
@@ -127,8 +131,8 @@ TEST(QueueRecordSetTest, forgottenChangesAreNotCarriedAgain)
 TEST(QueueRecordSetTest, rowThatWasEditedAndThenRemovedIsARemovalAlone)
 {
     QueueRecordSet records = threeRows();
-    records.setPhone(1, u"y"_qs);
-    records.setPhone(2, u"z"_qs);
+    records.setPhone(1, u"y"_s);
+    records.setPhone(2, u"z"_s);
     records.removeRow(1);
     EXPECT_EQ(records.deletedIds(), (QList<qint64>{12}));
     ASSERT_EQ(records.changedRows().size(), 1);
@@ -139,11 +143,11 @@ TEST(QueueRecordSetTest, changesFollowTheirRowsThroughASort)
 {
     QueueRecordSet records(
         {row("2024-05-06T12:00:00", "late", 1), row("2024-05-06T10:00:00", "early", 2)});
-    records.setPhone(0, u"edited"_qs);
+    records.setPhone(0, u"edited"_s);
     records.sortByDeliveryDate();
     ASSERT_EQ(records.changedRows().size(), 1);
     EXPECT_EQ(records.changedRows().at(0).id, 1);
-    EXPECT_EQ(records.at(1).phone, u"edited"_qs);
+    EXPECT_EQ(records.at(1).phone, u"edited"_s);
 }
 
 TEST(QueueRecordSetTest, copyKeepsItsOwnChanges)
@@ -156,3 +160,5 @@ TEST(QueueRecordSetTest, copyKeepsItsOwnChanges)
 }
 
 } // namespace
+
+} // namespace norvane

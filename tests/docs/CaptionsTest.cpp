@@ -12,6 +12,10 @@
 #include <algorithm>
 #include <ostream>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Guide
@@ -26,22 +30,22 @@ void PrintTo(const Guide &guide, std::ostream *out)
 }
 
 /// The console has no English texts: that guide names the Spanish ones.
-const Guide Guides[] = {
+const Guide guides[] = {
     {"docs/guia-es.md", "ESN"}, {"docs/guia-pt.md", "PTG"}, {"docs/guide-en.md", "ESN"}};
 
 /// What the windows show without a language file.
-const QStringList FixedTexts{u"Modo de funcionamento"_qs,
-                             u"Servidor"_qs,
-                             u"Cliente"_qs,
-                             u"Pasta envio:"_qs,
-                             u"Estado"_qs,
-                             u"Physical/Virtual Serial port"_qs,
-                             u"Infrared"_qs,
-                             u"Bluetooth"_qs,
-                             u"AT Command"_qs,
-                             u"Nokia FBus"_qs,
-                             u"Nokia MBus"_qs,
-                             u"Localização da pasta de envio de SMS"_qs};
+const QStringList fixedTexts{u"Modo de funcionamento"_s,
+                             u"Servidor"_s,
+                             u"Cliente"_s,
+                             u"Pasta envio:"_s,
+                             u"Estado"_s,
+                             u"Physical/Virtual Serial port"_s,
+                             u"Infrared"_s,
+                             u"Bluetooth"_s,
+                             u"AT Command"_s,
+                             u"Nokia FBus"_s,
+                             u"Nokia MBus"_s,
+                             u"Localização da pasta de envio de SMS"_s};
 
 /// Captions of the three windows, which each guide has to name.
 QList<int> captionIds()
@@ -62,7 +66,7 @@ QMap<int, QString> textsOf(const char *language)
         QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_%1.XML").arg(QLatin1String(language)));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     QMap<int, QString> texts;
-    EXPECT_TRUE(RowsetReader::read(file.readAll(), {u"ResID"_qs, u"ResSTring"_qs},
+    EXPECT_TRUE(RowsetReader::read(file.readAll(), {u"ResID"_s, u"ResSTring"_s},
                                    [&](const QStringList &values) {
                                        // The sign marks a key, which no guide tells of a caption.
                                        QString text = values.at(1);
@@ -76,13 +80,13 @@ QMap<int, QString> textsOf(const char *language)
 /// What `text` looks like on the screen, with anything for its arguments.
 QRegularExpression shown(const QString &text)
 {
-    static const QRegularExpression argument(u"%[0-9]"_qs);
+    static const QRegularExpression argument(u"%[0-9]"_s);
     QString plain = text;
-    plain = plain.replace(u"{\\CrLf}"_qs, u" "_qs).simplified();
+    plain = plain.replace(u"{\\CrLf}"_s, u" "_s).simplified();
     QStringList pieces = plain.split(argument);
     for (QString &piece : pieces)
         piece = QRegularExpression::escape(piece);
-    return QRegularExpression(u"\\A"_qs + pieces.join(u".*"_qs) + u"(?: \\( [0-9]+ \\))?\\z"_qs);
+    return QRegularExpression(u"\\A"_s + pieces.join(u".*"_s) + u"(?: \\( [0-9]+ \\))?\\z"_s);
 }
 
 class Captions : public testing::TestWithParam<Guide>
@@ -97,7 +101,7 @@ TEST_P(Captions, whatAGuideSetsInBoldIsATextOfTheConsole)
 {
     EXPECT_GT(m_bold.size(), 40);
     for (const QString &bold : m_bold) {
-        const bool known = FixedTexts.contains(bold) ||
+        const bool known = fixedTexts.contains(bold) ||
                            std::any_of(m_texts.cbegin(), m_texts.cend(), [&](const QString &text) {
                                return shown(text).match(bold).hasMatch();
                            });
@@ -113,7 +117,7 @@ TEST_P(Captions, aGuideNamesEveryCaption)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Guides, Captions, testing::ValuesIn(Guides), [](const auto &guide) {
+INSTANTIATE_TEST_SUITE_P(guides, Captions, testing::ValuesIn(guides), [](const auto &guide) {
     return QFileInfo(QLatin1String(guide.param.document))
         .completeBaseName()
         .remove(u'-')
@@ -121,3 +125,5 @@ INSTANTIATE_TEST_SUITE_P(Guides, Captions, testing::ValuesIn(Guides), [](const a
 });
 
 } // namespace
+
+} // namespace norvane

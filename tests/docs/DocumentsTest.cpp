@@ -10,18 +10,22 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString Root = QStringLiteral(NORVANE_SOURCE_DIR "/");
+const QString root = QStringLiteral(NORVANE_SOURCE_DIR "/");
 
 bool isThere(const QString &path)
 {
-    return QFileInfo::exists(Root + path);
+    return QFileInfo::exists(root + path);
 }
 
 bool leadsOutside(const QString &target)
 {
-    static const QRegularExpression scheme(u"\\A[a-z]+:"_qs);
+    static const QRegularExpression scheme(u"\\A[a-z]+:"_s);
     return scheme.match(target).hasMatch();
 }
 
@@ -36,22 +40,21 @@ QString fileOf(const QString &document, const QString &target)
 QSet<QString> allTests()
 {
     static const QRegularExpression test(
-        u"^(?:TEST|TEST_F|TEST_P|TYPED_TEST)\\(\\s*(\\w+),\\s*(\\w+)\\s*\\)"_qs,
+        u"^(?:TEST|TEST_F|TEST_P|TYPED_TEST)\\(\\s*(\\w+),\\s*(\\w+)\\s*\\)"_s,
         QRegularExpression::MultilineOption);
     QSet<QString> result;
-    QDirIterator files(Root + u"tests"_qs, {u"*.cpp"_qs}, QDir::Files,
-                       QDirIterator::Subdirectories);
+    QDirIterator files(root + u"tests"_s, {u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
-        const QString text = Markdown::textOf(files.next().mid(Root.size()));
+        const QString text = Markdown::textOf(files.next().mid(root.size()));
         for (auto matches = test.globalMatch(text); matches.hasNext();) {
             const auto match = matches.next();
             result.insert(match.captured(1) + u'.' + match.captured(2));
         }
     }
-    const QString scripts = Markdown::textOf(u"tests/system/CMakeLists.txt"_qs);
-    for (const QString &cases : Markdown::captured(u"^foreach\\(case ([^)]+)\\)"_qs, scripts)) {
+    const QString scripts = Markdown::textOf(u"tests/system/CMakeLists.txt"_s);
+    for (const QString &cases : Markdown::captured(u"^foreach\\(case ([^)]+)\\)"_s, scripts)) {
         for (const QString &name : cases.split(u' ', Qt::SkipEmptyParts))
-            result.insert(u"queue_folder_test."_qs + name);
+            result.insert(u"queue_folder_test."_s + name);
     }
     return result;
 }
@@ -61,7 +64,7 @@ QStringList pinsOf(const QString &section)
 {
     QStringList result;
     for (const QString &paragraph :
-         Markdown::captured(u"^(Pinned by(?:[^\\n]|\\n(?!\\n))*)"_qs, section))
+         Markdown::captured(u"^(Pinned by(?:[^\\n]|\\n(?!\\n))*)"_s, section))
         result += Markdown::codeSpans(paragraph);
     return result;
 }
@@ -105,16 +108,16 @@ TEST(Documents, everyPictureIsShownInOne)
         for (const QString &target : Markdown::linkTargets(Markdown::textOf(document)))
             shown.insert(fileOf(document, target));
     }
-    const QStringList pictures = QDir(Root + u"docs/images"_qs).entryList(QDir::Files);
+    const QStringList pictures = QDir(root + u"docs/images"_s).entryList(QDir::Files);
     EXPECT_FALSE(pictures.isEmpty());
     for (const QString &picture : pictures)
-        EXPECT_TRUE(shown.contains(u"docs/images/"_qs + picture)) << qPrintable(picture);
+        EXPECT_TRUE(shown.contains(u"docs/images/"_s + picture)) << qPrintable(picture);
 }
 
 TEST(Documents, everySurpriseNamesTestsThatExist)
 {
     const QSet<QString> tests = allTests();
-    const auto sections = Markdown::sections(Markdown::textOf(u"docs/surprises.md"_qs));
+    const auto sections = Markdown::sections(Markdown::textOf(u"docs/surprises.md"_s));
     EXPECT_GT(sections.size(), 50);
     for (const auto &[heading, section] : sections) {
         const QStringList pins = pinsOf(section);
@@ -127,9 +130,9 @@ TEST(Documents, everySurpriseNamesTestsThatExist)
 TEST(Documents, everyPathTheyNameIsThere)
 {
     static const QRegularExpression path(
-        u"\\A(?:src|tests|tools|docs|resources|packaging|bench|cmake)/[\\w./-]*\\w/?\\z"_qs);
+        u"\\A(?:src|tests|tools|docs|resources|packaging|bench|cmake)/[\\w./-]*\\w/?\\z"_s);
     static const QRegularExpression source(
-        u"\\A(?:common|contract|foundation|NorvaneSMS|NorvaneSheetReader|TovekSMService|gsm-simulator)/[\\w./-]+\\z"_qs);
+        u"\\A(?:common|contract|foundation|NorvaneSMS|NorvaneSheetReader|TovekSMService|gsm-simulator)/[\\w./-]+\\z"_s);
     int paths = 0;
     for (const QString &document : Markdown::documents()) {
         for (const QString &span : Markdown::codeSpans(Markdown::textOf(document))) {
@@ -138,8 +141,8 @@ TEST(Documents, everyPathTheyNameIsThere)
                 EXPECT_TRUE(isThere(span)) << qPrintable(document) << ": " << qPrintable(span);
             } else if (source.match(span).hasMatch()) {
                 ++paths;
-                const QString file = u"src/"_qs + span;
-                EXPECT_TRUE(isThere(file) || isThere(file + u".h"_qs) || isThere(file + u".cpp"_qs))
+                const QString file = u"src/"_s + span;
+                EXPECT_TRUE(isThere(file) || isThere(file + u".h"_s) || isThere(file + u".cpp"_s))
                     << qPrintable(document) << ": " << qPrintable(span);
             }
         }
@@ -149,7 +152,7 @@ TEST(Documents, everyPathTheyNameIsThere)
 
 TEST(Documents, everyErrorWordStandsBesideItsNumber)
 {
-    static const QRegularExpression pair(u"`(ERR_\\w+)`(?: \\((-\\d+)\\))?"_qs);
+    static const QRegularExpression pair(u"`(ERR_\\w+)`(?: \\((-\\d+)\\))?"_s);
     int words = 0;
     for (const QString &document : Markdown::documents()) {
         const QString text = Markdown::prose(Markdown::textOf(document));
@@ -165,16 +168,18 @@ TEST(Documents, everyErrorWordStandsBesideItsNumber)
 
 TEST(Documents, theExamplesOnTheBusCallWhatTheInterfaceDeclares)
 {
-    const QString interface = Markdown::textOf(u"src/contract/com.tovek.SMService.xml"_qs);
+    const QString interface = Markdown::textOf(u"src/contract/com.tovek.SMService.xml"_s);
     const QStringList declared =
-        Markdown::captured(u"<(?:method|signal) name=\"(\\w+)\""_qs, interface);
+        Markdown::captured(u"<(?:method|signal) name=\"(\\w+)\""_s, interface);
     ASSERT_FALSE(declared.isEmpty());
-    const QString text = Markdown::textOf(u"docs/administration.md"_qs);
+    const QString text = Markdown::textOf(u"docs/administration.md"_s);
     const QStringList called =
-        Markdown::captured(u"(?:^sms |^tell |SMSManager1\\.)([A-Z]\\w+)"_qs, text);
+        Markdown::captured(u"(?:^sms |^tell |SMSManager1\\.)([A-Z]\\w+)"_s, text);
     EXPECT_GT(called.size(), 10);
     for (const QString &name : called)
         EXPECT_TRUE(declared.contains(name)) << qPrintable(name);
 }
 
 } // namespace
+
+} // namespace norvane

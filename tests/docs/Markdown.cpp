@@ -6,9 +6,13 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString Root = QStringLiteral(NORVANE_SOURCE_DIR "/");
+const QString root = QStringLiteral(NORVANE_SOURCE_DIR "/");
 
 QString inOneLine(QString text)
 {
@@ -19,22 +23,22 @@ QString inOneLine(QString text)
 
 QStringList Markdown::documents()
 {
-    QStringList result{u"README.md"_qs, u"CONTRIBUTING.md"_qs, u"resources/language/README.md"_qs};
-    for (const QString &name : QDir(Root + u"docs"_qs).entryList({u"*.md"_qs}, QDir::Files))
-        result.append(u"docs/"_qs + name);
+    QStringList result{u"README.md"_s, u"CONTRIBUTING.md"_s, u"resources/language/README.md"_s};
+    for (const QString &name : QDir(root + u"docs"_s).entryList({u"*.md"_s}, QDir::Files))
+        result.append(u"docs/"_s + name);
     return result;
 }
 
 QString Markdown::textOf(const QString &path)
 {
-    QFile file(Root + path);
+    QFile file(root + path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
     return QString::fromUtf8(file.readAll());
 }
 
 QString Markdown::prose(const QString &text)
 {
-    static const QRegularExpression fenced(u"^[ ]*```.*?^[ ]*```[ ]*$"_qs,
+    static const QRegularExpression fenced(u"^[ ]*```.*?^[ ]*```[ ]*$"_s,
                                            QRegularExpression::MultilineOption |
                                                QRegularExpression::DotMatchesEverythingOption);
     QString result = text;
@@ -43,28 +47,28 @@ QString Markdown::prose(const QString &text)
 
 QStringList Markdown::linkTargets(const QString &text)
 {
-    return captured(u"\\]\\(([^)\\s]+)\\)"_qs, prose(text));
+    return captured(u"\\]\\(([^)\\s]+)\\)"_s, prose(text));
 }
 
 QStringList Markdown::codeSpans(const QString &text)
 {
-    return captured(u"`([^`\\n]+)`"_qs, prose(text));
+    return captured(u"`([^`\\n]+)`"_s, prose(text));
 }
 
 QStringList Markdown::boldTexts(const QString &text)
 {
     QStringList result;
-    for (const QString &bold : captured(u"\\*\\*((?:[^*]|\\*(?!\\*))+)\\*\\*"_qs, prose(text)))
+    for (const QString &bold : captured(u"\\*\\*((?:[^*]|\\*(?!\\*))+)\\*\\*"_s, prose(text)))
         result.append(inOneLine(bold));
     return result;
 }
 
 QStringList Markdown::anchors(const QString &text)
 {
-    static const QRegularExpression dropped(u"[^\\w\\- ]"_qs,
+    static const QRegularExpression dropped(u"[^\\w\\- ]"_s,
                                             QRegularExpression::UseUnicodePropertiesOption);
     QStringList result;
-    for (const QString &heading : captured(u"^#+ +([^\\n]+)$"_qs, prose(text))) {
+    for (const QString &heading : captured(u"^#+ +([^\\n]+)$"_s, prose(text))) {
         QString anchor = heading.trimmed().toLower();
         result.append(anchor.remove(dropped).replace(u' ', u'-'));
     }
@@ -73,13 +77,13 @@ QStringList Markdown::anchors(const QString &text)
 
 QList<std::pair<QString, QString>> Markdown::sections(const QString &text)
 {
-    static const QRegularExpression heading(u"^#+ +([^\\n]+)$"_qs,
+    static const QRegularExpression heading(u"^#+ +([^\\n]+)$"_s,
                                             QRegularExpression::MultilineOption);
     QList<std::pair<QString, QString>> result;
     const QString body = prose(text);
     for (auto matches = heading.globalMatch(body); matches.hasNext();) {
         const auto match = matches.next();
-        if (!match.captured().startsWith(u"### "_qs))
+        if (!match.captured().startsWith(u"### "_s))
             continue;
         const qsizetype end = matches.hasNext() ? matches.peekNext().capturedStart() : body.size();
         result.append(
@@ -96,3 +100,5 @@ QStringList Markdown::captured(const QString &pattern, const QString &text)
         result.append(matches.next().captured(1));
     return result;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 /// The project's documents, as the tests look at them.
 namespace Markdown {
 
@@ -36,3 +38,5 @@ QList<std::pair<QString, QString>> sections(const QString &text);
 QStringList captured(const QString &pattern, const QString &text);
 
 } // namespace Markdown
+
+} // namespace norvane

@@ -7,11 +7,15 @@
 #include <functional>
 #include <random>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString keyOf(int number)
 {
-    return QStringLiteral("K") + QString::number(number);
+    return u"K"_s + QString::number(number);
 }
 
 QStringList itemsOf(const clsCollection &collection)
@@ -42,14 +46,14 @@ TEST_F(Collection, secondItemOfAKeyIsRefusedWithoutFlags)
 {
     EXPECT_TRUE(add("first", "a"));
     EXPECT_FALSE(add("second", "a"));
-    EXPECT_EQ(items(), S{u"first"_qs});
+    EXPECT_EQ(items(), S{u"first"_s});
 }
 
 TEST_F(Collection, ignoringTheErrorKeepsTheFirstItemAndGivesTrue)
 {
     add("first", "a");
     EXPECT_TRUE(add("second", "a", false, true));
-    EXPECT_EQ(items(), S{u"first"_qs});
+    EXPECT_EQ(items(), S{u"first"_s});
 }
 
 TEST_F(Collection, overridingPutsTheNewItemLast)
@@ -57,8 +61,8 @@ TEST_F(Collection, overridingPutsTheNewItemLast)
     add("first", "a");
     add("other", "b");
     EXPECT_TRUE(add("second", "a", true, false));
-    EXPECT_EQ(items(), (S{u"other"_qs, u"second"_qs}));
-    EXPECT_EQ(collection.Item(u"a"_qs).toString(), u"second"_qs);
+    EXPECT_EQ(items(), (S{u"other"_s, u"second"_s}));
+    EXPECT_EQ(collection.Item(u"a"_s).toString(), u"second"_s);
 }
 
 TEST_F(Collection, withBothFlagsTheFirstItemStays)
@@ -66,21 +70,21 @@ TEST_F(Collection, withBothFlagsTheFirstItemStays)
     add("first", "a");
     add("other", "b");
     EXPECT_TRUE(add("second", "a", true, true));
-    EXPECT_EQ(items(), (S{u"first"_qs, u"other"_qs}));
+    EXPECT_EQ(items(), (S{u"first"_s, u"other"_s}));
 }
 
 TEST_F(Collection, keysThatDifferInCaseOnlyAreTheSame)
 {
     add("first", "Ñandú");
     EXPECT_FALSE(add("second", "ñANDÚ"));
-    EXPECT_TRUE(collection.itemExists(u"ñandú"_qs));
+    EXPECT_TRUE(collection.itemExists(u"ñandú"_s));
     EXPECT_TRUE(add("third", "Nandu"));
 }
 
 TEST_F(Collection, unknownItemIsTheEmptyValueOrAFailure)
 {
     add("first", "a");
-    EXPECT_FALSE(collection.Item(u"b"_qs).isValid());
+    EXPECT_FALSE(collection.Item(u"b"_s).isValid());
     EXPECT_FALSE(collection.Item(0).isValid());
     EXPECT_FALSE(collection.Item(2).isValid());
     EXPECT_FALSE(collection.Item(-1).isValid());
@@ -89,13 +93,13 @@ TEST_F(Collection, unknownItemIsTheEmptyValueOrAFailure)
             collection.Item(key, true);
         } catch (const NumberedFailure &failure) {
             EXPECT_EQ(failure.number(), -2147221500);
-            EXPECT_EQ(failure.source(), u"clsCollection.item()"_qs);
+            EXPECT_EQ(failure.source(), u"clsCollection.item()"_s);
             return failure.description();
         }
         return QString();
     };
-    EXPECT_EQ(raised(u"b"_qs), u"Collection\r\nInvalid procedure call or argument"_qs);
-    EXPECT_EQ(raised(2), u"Collection\r\nSubscript out of range"_qs);
+    EXPECT_EQ(raised(u"b"_s), u"Collection\r\nInvalid procedure call or argument"_s);
+    EXPECT_EQ(raised(2), u"Collection\r\nSubscript out of range"_s);
 }
 
 TEST_F(Collection, positionsCountFromOneInOrderOfInsertion)
@@ -111,7 +115,7 @@ TEST_F(Collection, positionsCountFromOneInOrderOfInsertion)
 
 TEST_F(Collection, nothingExistsInAnEmptyCollection)
 {
-    EXPECT_FALSE(collection.itemExists(u"a"_qs));
+    EXPECT_FALSE(collection.itemExists(u"a"_s));
     EXPECT_FALSE(collection.itemExists(QString()));
     EXPECT_EQ(collection.getCount(), 0);
     EXPECT_TRUE(items().isEmpty());
@@ -136,43 +140,43 @@ TEST_F(Collection, removeAllEmptiesAndTheKeysAreFree)
 TEST_F(Collection, removingTellsWhetherThereWasSomething)
 {
     add("first", "a");
-    EXPECT_FALSE(collection.remove(u"b"_qs));
+    EXPECT_FALSE(collection.remove(u"b"_s));
     EXPECT_FALSE(collection.remove(0));
     EXPECT_FALSE(collection.remove(2));
-    EXPECT_TRUE(collection.remove(u"A"_qs));
-    EXPECT_FALSE(collection.remove(u"a"_qs));
+    EXPECT_TRUE(collection.remove(u"A"_s));
+    EXPECT_FALSE(collection.remove(u"a"_s));
 }
 
 TEST_F(Collection, aNewValueMovesToTheEnd)
 {
     add("first", "a");
     add("other", "b");
-    EXPECT_TRUE(collection.setNewValueForItem(u"a"_qs, u"new"_qs));
-    EXPECT_EQ(items(), (S{u"other"_qs, u"new"_qs}));
-    EXPECT_FALSE(collection.setNewValueForItem(u"c"_qs, u"x"_qs));
-    EXPECT_EQ(items(), (S{u"other"_qs, u"new"_qs}));
+    EXPECT_TRUE(collection.setNewValueForItem(u"a"_s, u"new"_s));
+    EXPECT_EQ(items(), (S{u"other"_s, u"new"_s}));
+    EXPECT_FALSE(collection.setNewValueForItem(u"c"_s, u"x"_s));
+    EXPECT_EQ(items(), (S{u"other"_s, u"new"_s}));
 }
 
 TEST_F(Collection, aNewValueByPositionBearsThePositionAsKey)
 {
     add("first", "a");
-    EXPECT_TRUE(collection.setNewValueForItem(1, u"new"_qs));
-    EXPECT_FALSE(collection.itemExists(u"a"_qs));
-    EXPECT_EQ(collection.Item(u"1"_qs).toString(), u"new"_qs);
+    EXPECT_TRUE(collection.setNewValueForItem(1, u"new"_s));
+    EXPECT_FALSE(collection.itemExists(u"a"_s));
+    EXPECT_EQ(collection.Item(u"1"_s).toString(), u"new"_s);
 
     // The key "1" is in use now: the old item is gone and the new one isn't added.
     add("second", "b");
-    EXPECT_TRUE(collection.setNewValueForItem(2, u"newer"_qs));
+    EXPECT_TRUE(collection.setNewValueForItem(2, u"newer"_s));
     add("third", "c");
     EXPECT_TRUE(collection.remove(1));
-    EXPECT_FALSE(collection.setNewValueForItem(2, u"lost"_qs));
-    EXPECT_EQ(items(), S{u"newer"_qs});
+    EXPECT_FALSE(collection.setNewValueForItem(2, u"lost"_s));
+    EXPECT_EQ(items(), S{u"newer"_s});
 }
 
 TEST_F(Collection, anObjectComesBackAsTheSameObject)
 {
     const auto object = std::make_shared<clsCollection>();
-    collection.add(QVariant::fromValue<std::shared_ptr<IObject>>(object), u"o"_qs);
+    collection.add(QVariant::fromValue<std::shared_ptr<IObject>>(object), u"o"_s);
     EXPECT_EQ(collection.Item(1).value<std::shared_ptr<IObject>>(), object);
 }
 
@@ -185,7 +189,7 @@ TEST_F(Collection, enumerationOutlivesRemovalAdditionAndTheCollection)
     EXPECT_EQ((*enumerator).toInt(), 0);
     for (int i = 0; i < 90; ++i)
         other->remove(keyOf(i));
-    other->add(1000, u"late"_qs);
+    other->add(1000, u"late"_s);
     ++enumerator;
     EXPECT_EQ((*enumerator).toInt(), 90);
     other.reset();
@@ -204,7 +208,7 @@ TEST_F(Collection, anItemsEndMayLookAtTheCollection)
     qint32 seen = -1;
     collection.add(QVariant::fromValue<std::shared_ptr<IObject>>(
                        std::make_shared<Looker>([&] { seen = collection.getCount(); })),
-                   u"o"_qs);
+                   u"o"_s);
     add("other", "b");
     collection.removeAll();
     EXPECT_EQ(seen, 0);
@@ -266,24 +270,26 @@ TEST_F(Collection, isAnObjectThatCopiesNothing)
 {
     add("first", "a");
     const auto other = std::make_shared<clsCollection>();
-    EXPECT_EQ(collection.getClassIdAsString(), u"clsCollection"_qs);
+    EXPECT_EQ(collection.getClassIdAsString(), u"clsCollection"_s);
     collection.copyToObject(other, 3);
     collection.copyObject(other);
     EXPECT_EQ(other->getCount(), 0);
     EXPECT_EQ(collection.getCount(), 1);
     EXPECT_EQ(collection.generateCopy(), nullptr);
-    EXPECT_FALSE(collection.getParameterValue(u"x"_qs).isValid());
+    EXPECT_FALSE(collection.getParameterValue(u"x"_s).isValid());
 }
 
 TEST(PlainObject, hasNothingToTell)
 {
     IObject object;
     const auto other = std::make_shared<clsCollection>();
-    other->add(1, u"a"_qs);
+    other->add(1, u"a"_s);
     object.copyObject(other, 1);
     object.copyToObject(other);
     EXPECT_EQ(other->getCount(), 1);
     EXPECT_EQ(object.getClassIdAsString(), QString());
     EXPECT_EQ(object.generateCopy(1), nullptr);
-    EXPECT_FALSE(object.getParameterValue(u"x"_qs).isValid());
+    EXPECT_FALSE(object.getParameterValue(u"x"_s).isValid());
 }
+
+} // namespace norvane

@@ -14,6 +14,10 @@
 
 #include <sys/stat.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class FailingFiles : public PlatformFiles
@@ -55,52 +59,52 @@ protected:
 
 TEST_F(FileSystemTest, pathIsBuiltWithOneSeparator)
 {
-    EXPECT_EQ(m_fileSystem.BuildPath(u"/a"_qs, u"b"_qs), u"/a/b"_qs);
-    EXPECT_EQ(m_fileSystem.BuildPath(u"/a/"_qs, u"b"_qs), u"/a/b"_qs);
-    EXPECT_EQ(m_fileSystem.BuildPath(u"/a"_qs, u"/b"_qs), u"/a/b"_qs);
-    EXPECT_EQ(m_fileSystem.BuildPath(u"/a/"_qs, u"/b"_qs), u"/a/b"_qs);
-    EXPECT_EQ(m_fileSystem.BuildPath(u"/"_qs, u"b"_qs), u"/b"_qs);
-    EXPECT_EQ(m_fileSystem.BuildPath(u""_qs, u"b"_qs), u"b"_qs);
-    EXPECT_EQ(m_fileSystem.BuildPath(u"/a"_qs, u""_qs), u"/a"_qs);
+    EXPECT_EQ(m_fileSystem.BuildPath(u"/a"_s, u"b"_s), u"/a/b"_s);
+    EXPECT_EQ(m_fileSystem.BuildPath(u"/a/"_s, u"b"_s), u"/a/b"_s);
+    EXPECT_EQ(m_fileSystem.BuildPath(u"/a"_s, u"/b"_s), u"/a/b"_s);
+    EXPECT_EQ(m_fileSystem.BuildPath(u"/a/"_s, u"/b"_s), u"/a/b"_s);
+    EXPECT_EQ(m_fileSystem.BuildPath(u"/"_s, u"b"_s), u"/b"_s);
+    EXPECT_EQ(m_fileSystem.BuildPath(u""_s, u"b"_s), u"b"_s);
+    EXPECT_EQ(m_fileSystem.BuildPath(u"/a"_s, u""_s), u"/a"_s);
 }
 
 TEST_F(FileSystemTest, filesAndFoldersAreToldApart)
 {
-    const QString file = makeFile(u"file"_qs);
+    const QString file = makeFile(u"file"_s);
     EXPECT_TRUE(m_fileSystem.FileExists(file));
     EXPECT_FALSE(m_fileSystem.FolderExists(file));
     EXPECT_TRUE(m_fileSystem.FolderExists(m_folder.path()));
     EXPECT_TRUE(m_fileSystem.FolderExists(m_folder.path() + u'/'));
     EXPECT_FALSE(m_fileSystem.FileExists(m_folder.path()));
-    EXPECT_FALSE(m_fileSystem.FileExists(m_folder.filePath(u"none"_qs)));
-    EXPECT_FALSE(m_fileSystem.FolderExists(m_folder.filePath(u"none"_qs)));
+    EXPECT_FALSE(m_fileSystem.FileExists(m_folder.filePath(u"none"_s)));
+    EXPECT_FALSE(m_fileSystem.FolderExists(m_folder.filePath(u"none"_s)));
     EXPECT_FALSE(m_fileSystem.FileExists(QString()));
     EXPECT_FALSE(m_fileSystem.FolderExists(QString()));
 }
 
 TEST_F(FileSystemTest, aLinkIsWhatItLeadsTo)
 {
-    const QString file = makeFile(u"file"_qs);
+    const QString file = makeFile(u"file"_s);
     const auto linkTo = [&](const QString &target, const QString &name) {
         EXPECT_TRUE(QFile::link(target, m_folder.filePath(name)));
         return m_folder.filePath(name);
     };
-    EXPECT_TRUE(m_fileSystem.FileExists(linkTo(file, u"to file"_qs)));
-    const QString toFolder = linkTo(m_folder.path(), u"to folder"_qs);
+    EXPECT_TRUE(m_fileSystem.FileExists(linkTo(file, u"to file"_s)));
+    const QString toFolder = linkTo(m_folder.path(), u"to folder"_s);
     EXPECT_TRUE(m_fileSystem.FolderExists(toFolder));
     EXPECT_FALSE(m_fileSystem.FileExists(toFolder));
-    const QString toNothing = linkTo(m_folder.filePath(u"none"_qs), u"to nothing"_qs);
+    const QString toNothing = linkTo(m_folder.filePath(u"none"_s), u"to nothing"_s);
     EXPECT_FALSE(m_fileSystem.FileExists(toNothing));
     EXPECT_FALSE(m_fileSystem.FolderExists(toNothing));
-    EXPECT_FALSE(m_fileSystem.FileExists(u"/dev/null"_qs));
+    EXPECT_FALSE(m_fileSystem.FileExists(u"/dev/null"_s));
 }
 
 TEST_F(FileSystemTest, whatTheToolkitHasInItselfIsNeitherFileNorFolder)
 {
-    const QDir resources(u":/qt-project.org"_qs);
+    const QDir resources(u":/qt-project.org"_s);
     ASSERT_TRUE(resources.exists());
     EXPECT_FALSE(m_fileSystem.FolderExists(resources.path()));
-    EXPECT_FALSE(m_fileSystem.FolderExists(u":/"_qs));
+    EXPECT_FALSE(m_fileSystem.FolderExists(u":/"_s));
     QDirIterator files(resources.path(), QDir::Files, QDirIterator::Subdirectories);
     ASSERT_TRUE(files.hasNext());
     EXPECT_FALSE(m_fileSystem.FileExists(files.next()));
@@ -108,28 +112,28 @@ TEST_F(FileSystemTest, whatTheToolkitHasInItselfIsNeitherFileNorFolder)
 
 TEST_F(FileSystemTest, thereAreNoDrives)
 {
-    EXPECT_EQ(m_fileSystem.GetDriveName(u"/opt/x"_qs), QString());
-    EXPECT_EQ(m_fileSystem.GetDriveName(u"C:\\x"_qs), QString());
+    EXPECT_EQ(m_fileSystem.GetDriveName(u"/opt/x"_s), QString());
+    EXPECT_EQ(m_fileSystem.GetDriveName(u"C:\\x"_s), QString());
 }
 
 TEST_F(FileSystemTest, folderIsMadeWithAndWithoutSeparatorAtItsEnd)
 {
-    m_fileSystem.CreateFolder(m_folder.filePath(u"a"_qs));
-    m_fileSystem.CreateFolder(m_folder.filePath(u"ñ b/"_qs));
-    EXPECT_TRUE(QDir(m_folder.filePath(u"a"_qs)).exists());
-    EXPECT_TRUE(QDir(m_folder.filePath(u"ñ b"_qs)).exists());
+    m_fileSystem.CreateFolder(m_folder.filePath(u"a"_s));
+    m_fileSystem.CreateFolder(m_folder.filePath(u"ñ b/"_s));
+    EXPECT_TRUE(QDir(m_folder.filePath(u"a"_s)).exists());
+    EXPECT_TRUE(QDir(m_folder.filePath(u"ñ b"_s)).exists());
 }
 
 TEST_F(FileSystemTest, folderThatCannotBeMadeIsANumberedFailure)
 {
-    const QString file = makeFile(u"file"_qs);
+    const QString file = makeFile(u"file"_s);
     const QList<std::pair<QString, qint32>> cases{
         {m_folder.path(), 58},
         {file, 58},
-        {m_folder.filePath(u"none/below"_qs), 76},
-        {file + u"/below"_qs, 76},
+        {m_folder.filePath(u"none/below"_s), 76},
+        {file + u"/below"_s, 76},
         {QString(), 5},
-        {m_folder.filePath(u"a"_qs) + QChar(QChar::Null), 52},
+        {m_folder.filePath(u"a"_s) + QChar(QChar::Null), 52},
         {m_folder.filePath(QString(300, u'x')), 76},
     };
     for (const auto &[path, number] : cases)
@@ -142,15 +146,15 @@ TEST_F(FileSystemTest, platformErrorDecidesTheNumber)
          QList<std::pair<int, qint32>>{{EACCES, 70}, {ENOSPC, 61}, {EROFS, 70}, {EIO, 57}}) {
         FailingFiles files(error);
         FileSystem fileSystem(files);
-        EXPECT_EQ(numberOf([&] { fileSystem.CreateFolder(u"/x"_qs); }), number) << error;
+        EXPECT_EQ(numberOf([&] { fileSystem.CreateFolder(u"/x"_s); }), number) << error;
     }
 }
 
 TEST_F(FileSystemTest, wholeFileIsReplacedThroughALinkAndKeepsItsMode)
 {
-    const QString file = makeFile(u"file"_qs);
+    const QString file = makeFile(u"file"_s);
     ASSERT_EQ(::chmod(QFile::encodeName(file).constData(), 0640), 0);
-    const QString link = m_folder.filePath(u"link"_qs);
+    const QString link = m_folder.filePath(u"link"_s);
     ASSERT_TRUE(QFile::link(file, link));
 
     EXPECT_EQ(platformFiles().replace(link, "new"), 0);
@@ -165,23 +169,25 @@ TEST_F(FileSystemTest, wholeFileIsReplacedThroughALinkAndKeepsItsMode)
 
 TEST_F(FileSystemTest, failedReplacementLeavesNothingBehind)
 {
-    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"taken"_qs));
-    EXPECT_EQ(platformFiles().replace(m_folder.filePath(u"taken"_qs), "new"), EISDIR);
-    EXPECT_EQ(platformFiles().replace(m_folder.filePath(u"none/x"_qs), "new"), ENOENT);
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"taken"_s));
+    EXPECT_EQ(platformFiles().replace(m_folder.filePath(u"taken"_s), "new"), EISDIR);
+    EXPECT_EQ(platformFiles().replace(m_folder.filePath(u"none/x"_s), "new"), ENOENT);
     EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-              QStringList{u"taken"_qs});
+              QStringList{u"taken"_s});
 }
 
 TEST_F(FileSystemTest, readingTakesRegularFilesUpToTheLimitOnly)
 {
-    const QString path = m_folder.filePath(u"four"_qs);
+    const QString path = m_folder.filePath(u"four"_s);
     ASSERT_EQ(platformFiles().replace(path, "four"), 0);
     QByteArray bytes;
     EXPECT_EQ(platformFiles().read(path, 4, bytes), 0);
     EXPECT_EQ(platformFiles().read(path, 3, bytes), EFBIG);
     EXPECT_EQ(platformFiles().read(m_folder.path(), 4, bytes), EISDIR);
-    EXPECT_EQ(platformFiles().read(u"/dev/null"_qs, 4, bytes), EINVAL);
+    EXPECT_EQ(platformFiles().read(u"/dev/null"_s, 4, bytes), EINVAL);
     EXPECT_EQ(platformFiles().read(QString(), 4, bytes), ENOENT);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,12 +7,16 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class IniFileTest : public testing::Test
 {
 protected:
-    QString path() const { return m_folder.filePath(QStringLiteral("Norvane.ini")); }
+    QString path() const { return m_folder.filePath(u"Norvane.ini"_s); }
 
     void write(const QByteArray &bytes)
     {
@@ -25,7 +29,7 @@ protected:
     QString dataFolder(const QByteArray &bytes)
     {
         write(bytes);
-        return ReadIniValue(u"General"_qs, u"DataFolder"_qs, u"default"_qs, path());
+        return ReadIniValue(u"General"_s, u"DataFolder"_s, u"default"_s, path());
     }
 
     QTemporaryDir m_folder;
@@ -80,39 +84,39 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(IniFileTest, utf16FileIsRead)
 {
-    const QString text = u"[General]\r\nDataFolder=ñ\r\n"_qs;
+    const QString text = u"[General]\r\nDataFolder=ñ\r\n"_s;
     const QByteArray bytes(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-    EXPECT_EQ(dataFolder("\xFF\xFE" + bytes), u"ñ"_qs);
+    EXPECT_EQ(dataFolder("\xFF\xFE" + bytes), u"ñ"_s);
 }
 
 TEST_F(IniFileTest, missingFileGivesTheDefaultWithoutTrailingBlanks)
 {
-    EXPECT_EQ(ReadIniValue(u"a"_qs, u"b"_qs, u" c d \t "_qs, path()), u" c d"_qs);
-    EXPECT_EQ(ReadIniValue(u"a"_qs, u"b"_qs, u"   "_qs, path()), QString());
-    EXPECT_EQ(ReadIniValue(u"a"_qs, u"b"_qs, QString(), path()), QString());
+    EXPECT_EQ(ReadIniValue(u"a"_s, u"b"_s, u" c d \t "_s, path()), u" c d"_s);
+    EXPECT_EQ(ReadIniValue(u"a"_s, u"b"_s, u"   "_s, path()), QString());
+    EXPECT_EQ(ReadIniValue(u"a"_s, u"b"_s, QString(), path()), QString());
 }
 
 TEST_F(IniFileTest, folderInPlaceOfTheFileGivesTheDefault)
 {
-    EXPECT_EQ(ReadIniValue(u"a"_qs, u"b"_qs, u"c"_qs, m_folder.path()), u"c"_qs);
+    EXPECT_EQ(ReadIniValue(u"a"_s, u"b"_s, u"c"_s, m_folder.path()), u"c"_s);
 }
 
 TEST_F(IniFileTest, missingKeyWithEmptyDefaultGivesEmptyText)
 {
     write("[General]\n");
-    EXPECT_EQ(ReadIniValue(u"General"_qs, u"DataFolder"_qs, QString(), path()), QString());
+    EXPECT_EQ(ReadIniValue(u"General"_s, u"DataFolder"_s, QString(), path()), QString());
 }
 
 TEST_F(IniFileTest, commentIsNoKey)
 {
     write("[General]\n;DataFolder=a\n");
-    EXPECT_EQ(ReadIniValue(u"General"_qs, u";DataFolder"_qs, u"none"_qs, path()), u"none"_qs);
+    EXPECT_EQ(ReadIniValue(u"General"_s, u";DataFolder"_s, u"none"_s, path()), u"none"_s);
 }
 
 TEST_F(IniFileTest, namesAskedForAreTrimmedToo)
 {
     write("[General]\nDataFolder=a\n");
-    EXPECT_EQ(ReadIniValue(u" general "_qs, u"\tDATAFOLDER "_qs, QString(), path()), u"a"_qs);
+    EXPECT_EQ(ReadIniValue(u" general "_s, u"\tDATAFOLDER "_s, QString(), path()), u"a"_s);
 }
 
 TEST_F(IniFileTest, valueAndDefaultAreCutAt512Characters)
@@ -121,12 +125,12 @@ TEST_F(IniFileTest, valueAndDefaultAreCutAt512Characters)
               QString(512, u'x'));
     EXPECT_EQ(dataFolder("[General]\nDataFolder=" + QByteArray(513, 'x') + '\n'),
               QString(512, u'x'));
-    EXPECT_EQ(ReadIniValue(u"a"_qs, u"b"_qs, QString(600, u'y'), path()), QString(512, u'y'));
+    EXPECT_EQ(ReadIniValue(u"a"_s, u"b"_s, QString(600, u'y'), path()), QString(512, u'y'));
 }
 
 TEST_F(IniFileTest, valueEndsAtANul)
 {
-    EXPECT_EQ(dataFolder(QByteArray("[General]\nDataFolder=a\0b\n", 25)), u"a"_qs);
+    EXPECT_EQ(dataFolder(QByteArray("[General]\nDataFolder=a\0b\n", 25)), u"a"_s);
 }
 
 TEST_F(IniFileTest, damagedFilesGiveSomeTextWithinTheLimit)
@@ -135,14 +139,16 @@ TEST_F(IniFileTest, damagedFilesGiveSomeTextWithinTheLimit)
                             "\"/srv/dato\xC3\xB1s, x\" \r\n[Last]\r\nx='y'\r\n";
     Mutation mutation(21);
     int whole = 0;
-    constexpr int Rounds = 3000;
-    for (int i = 0; i < Rounds; ++i) {
+    constexpr int rounds = 3000;
+    for (int i = 0; i < rounds; ++i) {
         const QString value = dataFolder(mutation.of(good));
         EXPECT_LE(value.size(), 512);
         whole += value == u"/srv/datoñs, x" ? 1 : 0;
     }
     EXPECT_GT(whole, 0);
-    EXPECT_LT(whole, Rounds);
+    EXPECT_LT(whole, rounds);
 }
 
 } // namespace
+
+} // namespace norvane

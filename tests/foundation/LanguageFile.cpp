@@ -1,15 +1,17 @@
 #include "foundation/LanguageFile.h"
 
+namespace norvane {
+
 namespace LanguageFile {
 
-const QByteArray Declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
-const QByteArray Open = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'\n"
+const QByteArray open = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'\n"
                         "     xmlns:dt='uuid:C2F41010-65B3-11d1-A29F-00AA00C14882'\n"
                         "     xmlns:rs='urn:schemas-microsoft-com:rowset'\n"
                         "     xmlns:z='#RowsetSchema'>\n";
 
-const QByteArray Schema =
+const QByteArray schema =
     "<s:Schema id='RowsetSchema'>\n"
     " <s:ElementType name='row' content='eltOnly'>\n"
     "  <s:AttributeType name='ResID' rs:number='1'>\n"
@@ -22,7 +24,7 @@ const QByteArray Schema =
     " </s:ElementType>\n"
     "</s:Schema>\n";
 
-const QByteArray Close = "</xml>\n";
+const QByteArray close = "</xml>\n";
 
 QByteArray row(const QByteArray &id, const QByteArray &text)
 {
@@ -31,7 +33,9 @@ QByteArray row(const QByteArray &id, const QByteArray &text)
 
 QByteArray with(const QByteArray &rows)
 {
-    return Declaration + Open + Schema + "<rs:data>\n" + rows + "</rs:data>\n" + Close;
+    return declaration + open + schema + "<rs:data>\n" + rows + "</rs:data>\n" + close;
 }
 
 } // namespace LanguageFile
+
+} // namespace norvane

@@ -2,13 +2,15 @@
 
 #include <QByteArray>
 
+namespace norvane {
+
 /// Pieces of a language file, for tests that vary one of them.
 namespace LanguageFile {
 
-extern const QByteArray Declaration; ///< for UTF-8
-extern const QByteArray Open;        ///< the outermost element with its namespaces
-extern const QByteArray Schema;
-extern const QByteArray Close;
+extern const QByteArray declaration; ///< for UTF-8
+extern const QByteArray open;        ///< the outermost element with its namespaces
+extern const QByteArray schema;
+extern const QByteArray close;
 
 /// One row; both values as they stand in XML.
 QByteArray row(const QByteArray &id, const QByteArray &text);
@@ -17,3 +19,5 @@ QByteArray row(const QByteArray &id, const QByteArray &text);
 QByteArray with(const QByteArray &rows);
 
 } // namespace LanguageFile
+
+} // namespace norvane

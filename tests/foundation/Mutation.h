@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <random>
 
+namespace norvane {
+
 /// Damages good files in ways that repeat from run to run.
 class Mutation
 {
@@ -54,3 +56,5 @@ private:
 
     std::mt19937 m_random;
 };
+
+} // namespace norvane

@@ -9,12 +9,16 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class MadeUpPlatform : public Platform
 {
 public:
-    QString programFolder() const override { return u"/own"_qs; }
+    QString programFolder() const override { return u"/own"_s; }
     std::optional<VersionRecord> versionRecord() const override
     {
         ++queries;
@@ -37,7 +41,7 @@ private:
     QString shellFolder() const
     {
         if (folderFails)
-            throw NumberedFailure(76, u"shell"_qs, u"Path not found"_qs);
+            throw NumberedFailure(76, u"shell"_s, u"Path not found"_s);
         return folder;
     }
 };
@@ -46,19 +50,19 @@ const QString Nul(QChar(QChar::Null));
 
 TEST(StripNullsTest, textIsCutInPlaceAndTheResultTrimmed)
 {
-    QString text = u"  a b "_qs + Nul + u"rest"_qs + Nul;
-    EXPECT_EQ(StripNulls(text), u"a b"_qs);
-    EXPECT_EQ(text, u"  a b "_qs);
-    text = u" plain "_qs;
-    EXPECT_EQ(StripNulls(text), u"plain"_qs);
-    EXPECT_EQ(text, u" plain "_qs);
+    QString text = u"  a b "_s + Nul + u"rest"_s + Nul;
+    EXPECT_EQ(StripNulls(text), u"a b"_s);
+    EXPECT_EQ(text, u"  a b "_s);
+    text = u" plain "_s;
+    EXPECT_EQ(StripNulls(text), u"plain"_s);
+    EXPECT_EQ(text, u" plain "_s);
     text = Nul;
     EXPECT_EQ(StripNulls(text), QString());
     EXPECT_EQ(text, QString());
-    text = u"   "_qs;
+    text = u"   "_s;
     EXPECT_EQ(StripNulls(text), QString());
-    text = u"\tx\t"_qs; // only blanks are trimmed
-    EXPECT_EQ(StripNulls(text), u"\tx\t"_qs);
+    text = u"\tx\t"_s; // only blanks are trimmed
+    EXPECT_EQ(StripNulls(text), u"\tx\t"_s);
 }
 
 VersionRecord version(quint32 platformId, quint32 major, quint32 minor)
@@ -129,7 +133,7 @@ TEST(OsIdentifierTest, debugModeShowsTheVersionRecord)
     MadeUpPlatform platform;
     platform.version = version(2, 5, 1);
     platform.version->build = 2600;
-    platform.version->servicePack = u"Service Pack %1"_qs;
+    platform.version->servicePack = u"Service Pack %1"_s;
     PlatformHelpers helpers(platform);
     helpers.GetOSIdentifier(false);
     EXPECT_TRUE(boxes.shown.isEmpty());
@@ -142,15 +146,15 @@ TEST(OsIdentifierTest, debugModeShowsTheVersionRecord)
                                       u".dwMinorVersion = 1\r\n"
                                       u".dwOSVersionInfoSize = 148\r\n"
                                       u".dwBuildNumber = 2600\r\n"
-                                      u".szCSDVersion = Service Pack %1"_qs);
+                                      u".szCSDVersion = Service Pack %1"_s);
 }
 
 TEST(LocaleTextTest, itemIsGivenAndAnUnknownOneIsEmpty)
 {
     MadeUpPlatform platform;
-    platform.items = {{14, u","_qs}, {2, QString(255, u'x')}, {3, QString(256, u'x')}};
+    platform.items = {{14, u","_s}, {2, QString(255, u'x')}, {3, QString(256, u'x')}};
     const PlatformHelpers helpers(platform);
-    EXPECT_EQ(helpers.GetLocaleText(14), u","_qs);
+    EXPECT_EQ(helpers.GetLocaleText(14), u","_s);
     EXPECT_EQ(helpers.GetLocaleText(9999), QString());
     EXPECT_EQ(helpers.GetLocaleText(2), QString(255, u'x'));
     EXPECT_EQ(helpers.GetLocaleText(3), QString());
@@ -161,28 +165,28 @@ TEST(NationTest, answerIsCutAtItsFirstNul)
     MadeUpPlatform platform;
     const PlatformHelpers helpers(platform);
     EXPECT_EQ(helpers.GetNationISO3(), QString());
-    platform.nationText = u"ESP"_qs + Nul + u"x"_qs;
-    EXPECT_EQ(helpers.GetNationISO3(), u"ESP"_qs);
+    platform.nationText = u"ESP"_s + Nul + u"x"_s;
+    EXPECT_EQ(helpers.GetNationISO3(), u"ESP"_s);
 }
 
 TEST(KnownFolderTest, emptyAnswerOrFailureGivesTheProgramsOwnFolder)
 {
     MadeUpPlatform platform;
     const PlatformHelpers helpers(platform);
-    const QList<std::pair<QString, QString>> answers{{u"/data"_qs, u"/data"_qs},
-                                                     {u"/data"_qs + Nul + u"x"_qs, u"/data"_qs},
-                                                     {QString(), u"/own"_qs},
-                                                     {u"   "_qs, u"/own"_qs},
-                                                     {Nul + u"x"_qs, u"/own"_qs}};
+    const QList<std::pair<QString, QString>> answers{{u"/data"_s, u"/data"_s},
+                                                     {u"/data"_s + Nul + u"x"_s, u"/data"_s},
+                                                     {QString(), u"/own"_s},
+                                                     {u"   "_s, u"/own"_s},
+                                                     {Nul + u"x"_s, u"/own"_s}};
     for (const auto &[answer, folder] : answers) {
         platform.folder = answer;
         EXPECT_EQ(helpers.GetProgramFilesFolder(), folder);
         EXPECT_EQ(helpers.GetCommonAppDataFolder(), folder);
     }
-    platform.folder = u"/data"_qs;
+    platform.folder = u"/data"_s;
     platform.folderFails = true;
-    EXPECT_EQ(helpers.GetProgramFilesFolder(), u"/own"_qs);
-    EXPECT_EQ(helpers.GetCommonAppDataFolder(), u"/own"_qs);
+    EXPECT_EQ(helpers.GetProgramFilesFolder(), u"/own"_s);
+    EXPECT_EQ(helpers.GetCommonAppDataFolder(), u"/own"_s);
 }
 
 TEST(LinuxPlatformTest, systemIsNoneOfTheTable)
@@ -197,28 +201,28 @@ TEST(LinuxPlatformTest, systemIsNoneOfTheTable)
 
 TEST(LinuxPlatformTest, localeItemsOfPortugal)
 {
-    const LinuxPlatform platform(QLocale(u"pt_PT"_qs));
-    EXPECT_EQ(platform.localeItem(2), u"Portuguese"_qs);
-    EXPECT_EQ(platform.localeItem(3), u"POR"_qs);
-    EXPECT_EQ(platform.localeItem(7), u"PRT"_qs);
-    EXPECT_EQ(platform.localeItem(8), u"Portugal"_qs);
-    EXPECT_EQ(platform.localeItem(14), u","_qs);
-    EXPECT_EQ(platform.localeItem(31), u"dd/MM/yy"_qs);
+    const LinuxPlatform platform(QLocale(u"pt_PT"_s));
+    EXPECT_EQ(platform.localeItem(2), u"Portuguese"_s);
+    EXPECT_EQ(platform.localeItem(3), u"POR"_s);
+    EXPECT_EQ(platform.localeItem(7), u"PRT"_s);
+    EXPECT_EQ(platform.localeItem(8), u"Portugal"_s);
+    EXPECT_EQ(platform.localeItem(14), u","_s);
+    EXPECT_EQ(platform.localeItem(31), u"dd/MM/yy"_s);
     EXPECT_TRUE(platform.localeItem(32).contains(u"MMMM"));
-    EXPECT_EQ(platform.nation(), u"PRT"_qs);
+    EXPECT_EQ(platform.nation(), u"PRT"_s);
     EXPECT_EQ(platform.localeItem(9999), QString());
 }
 
 TEST(LinuxPlatformTest, localeItemsOfSpainInSpanishAndCatalan)
 {
-    const LinuxPlatform spanish(QLocale(u"es_ES"_qs));
-    EXPECT_EQ(spanish.localeItem(3), u"SPA"_qs);
-    EXPECT_EQ(spanish.localeItem(7), u"ESP"_qs);
-    EXPECT_EQ(spanish.localeItem(8), u"España"_qs);
-    EXPECT_EQ(spanish.localeItem(15), u"."_qs);
-    const LinuxPlatform catalan(QLocale(u"ca_ES"_qs));
-    EXPECT_EQ(catalan.localeItem(3), u"CAT"_qs);
-    EXPECT_EQ(catalan.nation(), u"ESP"_qs);
+    const LinuxPlatform spanish(QLocale(u"es_ES"_s));
+    EXPECT_EQ(spanish.localeItem(3), u"SPA"_s);
+    EXPECT_EQ(spanish.localeItem(7), u"ESP"_s);
+    EXPECT_EQ(spanish.localeItem(8), u"España"_s);
+    EXPECT_EQ(spanish.localeItem(15), u"."_s);
+    const LinuxPlatform catalan(QLocale(u"ca_ES"_s));
+    EXPECT_EQ(catalan.localeItem(3), u"CAT"_s);
+    EXPECT_EQ(catalan.nation(), u"ESP"_s);
 }
 
 TEST(LinuxPlatformTest, localeWithoutACountryHasNoNation)
@@ -231,8 +235,10 @@ TEST(LinuxPlatformTest, foldersAreThoseOfTheEnvironment)
     const LinuxPlatform platform;
     EXPECT_EQ(platform.programFolder(), QCoreApplication::applicationDirPath());
     EXPECT_EQ(platform.commonAppDataFolder(), qEnvironmentVariable("XDG_DATA_HOME"));
-    EXPECT_EQ(platform.programFilesFolder(), u"/opt"_qs);
+    EXPECT_EQ(platform.programFilesFolder(), u"/opt"_s);
     EXPECT_FALSE(platform.documentsFolder().isEmpty());
 }
 
 } // namespace
+
+} // namespace norvane

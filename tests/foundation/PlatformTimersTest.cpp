@@ -20,6 +20,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool eventually(const std::function<bool()> &condition)
@@ -39,12 +43,12 @@ std::shared_ptr<CTimerMM> makeTimer(qint32 interval, TimerPlatform::EventType ty
 QStringList intervalsOfSystem()
 {
     QStringList intervals;
-    for (const QString &descriptor : QDir(u"/proc/self/fdinfo"_qs).entryList(QDir::Files)) {
-        QFile info(u"/proc/self/fdinfo/"_qs + descriptor);
+    for (const QString &descriptor : QDir(u"/proc/self/fdinfo"_s).entryList(QDir::Files)) {
+        QFile info(u"/proc/self/fdinfo/"_s + descriptor);
         if (!info.open(QIODevice::ReadOnly))
             continue;
         const QString text = QString::fromLatin1(info.readAll());
-        static const QRegularExpression interval(u"it_interval: (\\(.*\\))"_qs);
+        static const QRegularExpression interval(u"it_interval: (\\(.*\\))"_s);
         if (const auto match = interval.match(text); match.hasMatch())
             intervals.append(match.captured(1));
     }
@@ -110,11 +114,11 @@ TEST(PlatformTimersTest, intervalIsKept)
     // As the system has it, which keeps it.
     EXPECT_EQ(intervalsOfSystem(), QStringList());
     const Counted slow(makeTimer(60'000, TimerPlatform::Periodic));
-    EXPECT_EQ(intervalsOfSystem(), QStringList({u"(60, 0)"_qs}));
+    EXPECT_EQ(intervalsOfSystem(), QStringList({u"(60, 0)"_s}));
     const Counted fast(makeTimer(50, TimerPlatform::Periodic));
-    EXPECT_EQ(intervalsOfSystem(), QStringList({u"(0, 50000000)"_qs, u"(60, 0)"_qs}));
+    EXPECT_EQ(intervalsOfSystem(), QStringList({u"(0, 50000000)"_s, u"(60, 0)"_s}));
     const Counted once(makeTimer(3'600'000, TimerPlatform::OneShot));
-    EXPECT_TRUE(intervalsOfSystem().contains(u"(0, 0)"_qs));
+    EXPECT_TRUE(intervalsOfSystem().contains(u"(0, 0)"_s));
     EXPECT_TRUE(eventually([&] { return fast.events > 0; }));
     EXPECT_EQ(once.events, 0);
 }
@@ -180,3 +184,5 @@ TEST(PlatformTimersTest, callbackWritesItsMessageAndAsksNothingElseOfTheSystem)
     // The pipe is shared with the child: one event for each of its calls.
     EXPECT_TRUE(eventually([&] { return timer.events == 3; }));
 }
+
+} // namespace norvane

@@ -10,12 +10,16 @@
 
 #include <sys/resource.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Rows = QList<QStringList>;
 
 std::optional<Rows> rowsOf(const QByteArray &bytes,
-                           const QStringList &columns = {u"ResID"_qs, u"ResSTring"_qs})
+                           const QStringList &columns = {u"ResID"_s, u"ResSTring"_s})
 {
     Rows rows;
     const bool good = RowsetReader::read(bytes, columns, [&](const QStringList &row) {
@@ -27,17 +31,17 @@ std::optional<Rows> rowsOf(const QByteArray &bytes,
 
 QByteArray file(const QByteArray &open, const QByteArray &schema, const QByteArray &data)
 {
-    return LanguageFile::Declaration + open + schema + data + LanguageFile::Close;
+    return LanguageFile::declaration + open + schema + data + LanguageFile::close;
 }
 
-const Rows OneRow{{u"14"_qs, u"Sí"_qs}};
+const Rows oneRow{{u"14"_s, u"Sí"_s}};
 
 TEST(RowsetReaderTest, rowsComeInTheirOrder)
 {
     const auto rows =
         rowsOf(LanguageFile::with(LanguageFile::row("16", "b") + LanguageFile::row("14", "a") +
                                   LanguageFile::row("16", "c")));
-    EXPECT_EQ(rows, (Rows{{u"16"_qs, u"b"_qs}, {u"14"_qs, u"a"_qs}, {u"16"_qs, u"c"_qs}}));
+    EXPECT_EQ(rows, (Rows{{u"16"_s, u"b"_s}, {u"14"_s, u"a"_s}, {u"16"_s, u"c"_s}}));
 }
 
 TEST(RowsetReaderTest, missingValueIsNullAndEmptyOneIsNot)
@@ -61,7 +65,7 @@ TEST(RowsetReaderTest, sinkThatRefusesEndsTheReading)
     int seen = 0;
     const QByteArray bytes =
         LanguageFile::with(LanguageFile::row("1", "a") + LanguageFile::row("2", "b"));
-    EXPECT_FALSE(RowsetReader::read(bytes, {u"ResID"_qs}, [&](const QStringList &) {
+    EXPECT_FALSE(RowsetReader::read(bytes, {u"ResID"_s}, [&](const QStringList &) {
         ++seen;
         return false;
     }));
@@ -79,7 +83,7 @@ std::string nameOf(const testing::TestParamInfo<Sample> &instance)
     return instance.param.name;
 }
 
-const QByteArray Data = "<rs:data><z:row ResID='14' ResSTring='Sí'/></rs:data>";
+const QByteArray dataStart = "<rs:data><z:row ResID='14' ResSTring='Sí'/></rs:data>";
 
 QByteArray otherPrefixes()
 {
@@ -94,37 +98,38 @@ QByteArray otherPrefixes()
 
 QByteArray referredColumns()
 {
-    return file(LanguageFile::Open,
+    return file(LanguageFile::open,
                 "<s:Schema id='RowsetSchema'><s:ElementType name='row' content='eltOnly'>"
                 "<s:attribute type='ResSTring'/><s:attribute type='ResID'/></s:ElementType>"
                 "<s:AttributeType name='ResID'/><s:AttributeType name='ResSTring'/></s:Schema>",
-                Data);
+                dataStart);
 }
 
 QByteArray moreColumns()
 {
-    QByteArray schema = LanguageFile::Schema;
+    QByteArray schema = LanguageFile::schema;
     schema.replace("<s:extends", "<s:AttributeType name='Remark'/><s:extends");
-    return file(LanguageFile::Open, schema,
+    return file(LanguageFile::open, schema,
                 "<rs:data><z:row Remark='x' ResSTring='Sí' Other='y' ResID='14'/></rs:data>");
 }
 
 QByteArray otherSchemaName()
 {
-    QByteArray bytes = file(LanguageFile::Open, LanguageFile::Schema, Data);
+    QByteArray bytes = file(LanguageFile::open, LanguageFile::schema, dataStart);
     return bytes.replace("RowsetSchema", "Table");
 }
 
 QByteArray latin(const QByteArray &encoding)
 {
-    QByteArray bytes = file(LanguageFile::Open, LanguageFile::Schema, Data);
+    QByteArray bytes = file(LanguageFile::open, LanguageFile::schema, dataStart);
     return bytes.replace("UTF-8", encoding).replace("\xC3\xAD", "\xED");
 }
 
 QByteArray utf16(QStringConverter::Encoding encoding, bool withMark)
 {
-    const QString text = QString::fromUtf8(file(LanguageFile::Open, LanguageFile::Schema, Data))
-                             .replace(u"UTF-8"_qs, u"UTF-16"_qs);
+    const QString text =
+        QString::fromUtf8(file(LanguageFile::open, LanguageFile::schema, dataStart))
+            .replace(u"UTF-8"_s, u"UTF-16"_s);
     QStringEncoder encoder(encoding, withMark ? QStringConverter::Flag::WriteBom
                                               : QStringConverter::Flag::Default);
     return encoder(text);
@@ -132,9 +137,9 @@ QByteArray utf16(QStringConverter::Encoding encoding, bool withMark)
 
 QByteArray withOwnEntities()
 {
-    return "<!DOCTYPE xml [<!ENTITY yes \"S&#237;\"><!ENTITY id '14'>]>" + LanguageFile::Open +
-           LanguageFile::Schema + "<rs:data><z:row ResID='&id;' ResSTring='&yes;'/></rs:data>" +
-           LanguageFile::Close;
+    return "<!DOCTYPE xml [<!ENTITY yes \"S&#237;\"><!ENTITY id '14'>]>" + LanguageFile::open +
+           LanguageFile::schema + "<rs:data><z:row ResID='&id;' ResSTring='&yes;'/></rs:data>" +
+           LanguageFile::close;
 }
 
 class GoodFormTest : public testing::TestWithParam<Sample>
@@ -142,14 +147,15 @@ class GoodFormTest : public testing::TestWithParam<Sample>
 
 TEST_P(GoodFormTest, isRead)
 {
-    EXPECT_EQ(rowsOf(GetParam().bytes), OneRow);
+    EXPECT_EQ(rowsOf(GetParam().bytes), oneRow);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Forms, GoodFormTest,
     testing::Values(
-        Sample{"plain", file(LanguageFile::Open, LanguageFile::Schema, Data)},
-        Sample{"withoutDeclaration", LanguageFile::Open + LanguageFile::Schema + Data + "</xml>"},
+        Sample{"plain", file(LanguageFile::open, LanguageFile::schema, dataStart)},
+        Sample{"withoutDeclaration",
+               LanguageFile::open + LanguageFile::schema + dataStart + "</xml>"},
         Sample{"attributesInOtherOrder",
                LanguageFile::with("<z:row ResSTring=\"Sí\"\n\tResID = \"14\" ></z:row>")},
         Sample{"otherPrefixesAndMappedNames", otherPrefixes()},
@@ -161,7 +167,7 @@ INSTANTIATE_TEST_SUITE_P(
                LanguageFile::with("<!-- a='1' --><?x y?><z:row ResID='14' ResSTring='Sí'/>")},
         Sample{"ownEntities", withOwnEntities()},
         Sample{"utf8WithMark",
-               "\xEF\xBB\xBF" + file(LanguageFile::Open, LanguageFile::Schema, Data)},
+               "\xEF\xBB\xBF" + file(LanguageFile::open, LanguageFile::schema, dataStart)},
         Sample{"utf16LittleEndian", utf16(QStringConverter::Utf16LE, true)},
         Sample{"utf16BigEndian", utf16(QStringConverter::Utf16BE, true)},
         Sample{"utf16LittleEndianWithoutMark", utf16(QStringConverter::Utf16LE, false)},
@@ -173,46 +179,46 @@ TEST(RowsetReaderTest, predefinedEntitiesAreUnderstood)
 {
     const auto rows = rowsOf(
         LanguageFile::with("<z:row ResID='1' ResSTring='&lt;&gt;&amp;&quot;&apos;&#13;&#10;'/>"));
-    EXPECT_EQ(rows, (Rows{{u"1"_qs, u"<>&\"'\r\n"_qs}}));
+    EXPECT_EQ(rows, (Rows{{u"1"_s, u"<>&\"'\r\n"_s}}));
 }
 
 TEST(RowsetReaderTest, windowsEncodingHasTheEuroSign)
 {
     QByteArray bytes = LanguageFile::with(LanguageFile::row("1", "\x80"));
     bytes.replace("UTF-8", "windows-1252");
-    EXPECT_EQ(rowsOf(bytes), (Rows{{u"1"_qs, u"€"_qs}}));
+    EXPECT_EQ(rowsOf(bytes), (Rows{{u"1"_s, u"€"_s}}));
 }
 
 QByteArray columnsNamed(const QByteArray &first, const QByteArray &second)
 {
-    return file(LanguageFile::Open,
+    return file(LanguageFile::open,
                 "<s:Schema id='RowsetSchema'><s:ElementType name='row'><s:AttributeType name='" +
                     first + "'/><s:AttributeType name='" + second +
                     "'/></s:ElementType></s:Schema>",
-                Data);
+                dataStart);
 }
 
 QByteArray replaced(const char *before, const char *after)
 {
-    QByteArray bytes = file(LanguageFile::Open, LanguageFile::Schema, Data);
+    QByteArray bytes = file(LanguageFile::open, LanguageFile::schema, dataStart);
     EXPECT_TRUE(bytes.contains(before)) << before;
     return bytes.replace(before, after);
 }
 
 QByteArray withType(const QByteArray &type, const QByteArray &value)
 {
-    return type + LanguageFile::Open + LanguageFile::Schema +
-           "<rs:data><z:row ResID='14' ResSTring='" + value + "'/></rs:data>" + LanguageFile::Close;
+    return type + LanguageFile::open + LanguageFile::schema +
+           "<rs:data><z:row ResID='14' ResSTring='" + value + "'/></rs:data>" + LanguageFile::close;
 }
 
 QByteArray deepSchema()
 {
-    QByteArray schema = LanguageFile::Schema;
+    QByteArray schema = LanguageFile::schema;
     return file(
-        LanguageFile::Open,
+        LanguageFile::open,
         schema.replace("<s:extends type='rs:rowbase'/>",
                        QByteArray("<a>").repeated(1000) + QByteArray("</a>").repeated(1000)),
-        Data);
+        dataStart);
 }
 
 class BadFormTest : public testing::TestWithParam<Sample>
@@ -225,33 +231,34 @@ TEST_P(BadFormTest, isTurnedDown)
 
 INSTANTIATE_TEST_SUITE_P(
     NotWellFormed, BadFormTest,
-    testing::Values(
-        Sample{"empty", ""}, Sample{"text", "no table"},
-        Sample{"binary", QByteArray("\0\1\2\3\xFF", 5)},
-        Sample{"unclosed", LanguageFile::Open + LanguageFile::Schema + Data},
-        Sample{"somethingBehind", file(LanguageFile::Open, LanguageFile::Schema, Data) + "<xml/>"},
-        Sample{"crossedElements", replaced("</rs:data></xml>", "</xml></rs:data>")},
-        Sample{"sameAttributeTwice", replaced("ResID='14'", "ResID='14' ResID='14'")},
-        Sample{"bareAmpersand", replaced("Sí", "a & b")},
-        Sample{"unknownEntity", replaced("Sí", "&yes;")},
-        Sample{"undeclaredPrefix", replaced("xmlns:z=", "xmlns:y=")},
-        Sample{"badUtf8", replaced("Sí", "\xED")},
-        Sample{"unfinishedUtf8", file(LanguageFile::Open, LanguageFile::Schema, Data) + "\xC3"},
-        Sample{"oddUtf16", utf16(QStringConverter::Utf16LE, true) + "\n"},
-        Sample{"unknownEncoding", replaced("UTF-8", "x-unheard-of")},
-        Sample{"asciiWithOtherBytes", replaced("UTF-8", "US-ASCII")}),
+    testing::Values(Sample{"empty", ""}, Sample{"text", "no table"},
+                    Sample{"binary", QByteArray("\0\1\2\3\xFF", 5)},
+                    Sample{"unclosed", LanguageFile::open + LanguageFile::schema + dataStart},
+                    Sample{"somethingBehind",
+                           file(LanguageFile::open, LanguageFile::schema, dataStart) + "<xml/>"},
+                    Sample{"crossedElements", replaced("</rs:data></xml>", "</xml></rs:data>")},
+                    Sample{"sameAttributeTwice", replaced("ResID='14'", "ResID='14' ResID='14'")},
+                    Sample{"bareAmpersand", replaced("Sí", "a & b")},
+                    Sample{"unknownEntity", replaced("Sí", "&yes;")},
+                    Sample{"undeclaredPrefix", replaced("xmlns:z=", "xmlns:y=")},
+                    Sample{"badUtf8", replaced("Sí", "\xED")},
+                    Sample{"unfinishedUtf8",
+                           file(LanguageFile::open, LanguageFile::schema, dataStart) + "\xC3"},
+                    Sample{"oddUtf16", utf16(QStringConverter::Utf16LE, true) + "\n"},
+                    Sample{"unknownEncoding", replaced("UTF-8", "x-unheard-of")},
+                    Sample{"asciiWithOtherBytes", replaced("UTF-8", "US-ASCII")}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     NoTable, BadFormTest,
     testing::Values(
-        Sample{"otherRoot", "<table/>"}, Sample{"emptyRoot", LanguageFile::Open + "</xml>"},
-        Sample{"noSchema", file(LanguageFile::Open, "", Data)},
-        Sample{"noData", file(LanguageFile::Open, LanguageFile::Schema, "")},
-        Sample{"dataBeforeSchema", file(LanguageFile::Open, Data, LanguageFile::Schema)},
+        Sample{"otherRoot", "<table/>"}, Sample{"emptyRoot", LanguageFile::open + "</xml>"},
+        Sample{"noSchema", file(LanguageFile::open, "", dataStart)},
+        Sample{"noData", file(LanguageFile::open, LanguageFile::schema, "")},
+        Sample{"dataBeforeSchema", file(LanguageFile::open, dataStart, LanguageFile::schema)},
         Sample{"secondSchema",
-               file(LanguageFile::Open, LanguageFile::Schema + LanguageFile::Schema, Data)},
-        Sample{"secondData", file(LanguageFile::Open, LanguageFile::Schema, Data + Data)},
+               file(LanguageFile::open, LanguageFile::schema + LanguageFile::schema, dataStart)},
+        Sample{"secondData", file(LanguageFile::open, LanguageFile::schema, dataStart + dataStart)},
         Sample{"noRowType", replaced("name='row'", "name='line'")},
         Sample{"schemaWithoutName", replaced("<s:Schema id=", "<s:Schema nr=")},
         Sample{"rowsOfAnotherSchema", replaced("xmlns:z='#RowsetSchema'", "xmlns:z='#Other'")},
@@ -327,7 +334,7 @@ TEST(RowsetReaderTest, entityMayStandFor512CharactersHoweverItIsMadeUp)
                                 "'><!ENTITY b '&a;&a;'>]>";
         return rowsOf(withType(type, "&b;"));
     };
-    EXPECT_EQ(valueOf(500), (Rows{{u"14"_qs, QString(500, u'x')}}));
+    EXPECT_EQ(valueOf(500), (Rows{{u"14"_s, QString(500, u'x')}}));
     EXPECT_EQ(valueOf(600), std::nullopt);
 }
 
@@ -340,7 +347,7 @@ TEST(RowsetReaderTest, mostUsesOfTheLongestEntityTakeBoundedMemory)
 TEST(RowsetReaderTest, deeplyNestedElementsAreTurnedDown)
 {
     expectTurnedDownCheaply(QByteArray("<a>").repeated(2'000'000));
-    expectTurnedDownCheaply(LanguageFile::Open + "<s:Schema id='RowsetSchema'>" +
+    expectTurnedDownCheaply(LanguageFile::open + "<s:Schema id='RowsetSchema'>" +
                             QByteArray("<a>").repeated(2'000'000));
 }
 
@@ -355,9 +362,11 @@ TEST(RowsetReaderTest, countlessAttributesAreTurnedDown)
 TEST(RowsetReaderTest, fileOverTheLimitIsTurnedDown)
 {
     const QByteArray good = LanguageFile::with(LanguageFile::row("14", "Sí"));
-    const QByteArray filling(RowsetReader::LargestFile - good.size(), '\n');
-    EXPECT_EQ(rowsOf(good + filling), OneRow);
+    const QByteArray filling(RowsetReader::maxFileBytes - good.size(), '\n');
+    EXPECT_EQ(rowsOf(good + filling), oneRow);
     EXPECT_EQ(rowsOf(good + filling + '\n'), std::nullopt);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(StartUpDataTest, beginsEmptyAndOutOfDebugMode)
@@ -19,17 +23,17 @@ void expectBound(Texts &texts, qint32 bound)
 {
     EXPECT_EQ(texts.get(0), QString());
     EXPECT_EQ(texts.get(bound - 1), QString());
-    EXPECT_EQ(texts.get(bound), QStringLiteral("0"));
-    EXPECT_EQ(texts.get(-1), QStringLiteral("0"));
+    EXPECT_EQ(texts.get(bound), u"0"_s);
+    EXPECT_EQ(texts.get(-1), u"0"_s);
 
-    texts.set(0, QStringLiteral("first"));
-    texts.set(bound - 1, QStringLiteral("last"));
-    texts.set(bound, QStringLiteral("beyond"));
-    texts.set(-1, QStringLiteral("before"));
-    EXPECT_EQ(texts.get(0), QStringLiteral("first"));
-    EXPECT_EQ(texts.get(bound - 1), QStringLiteral("last"));
-    EXPECT_EQ(texts.get(bound), QStringLiteral("0"));
-    EXPECT_EQ(texts.get(-1), QStringLiteral("0"));
+    texts.set(0, u"first"_s);
+    texts.set(bound - 1, u"last"_s);
+    texts.set(bound, u"beyond"_s);
+    texts.set(-1, u"before"_s);
+    EXPECT_EQ(texts.get(0), u"first"_s);
+    EXPECT_EQ(texts.get(bound - 1), u"last"_s);
+    EXPECT_EQ(texts.get(bound), u"0"_s);
+    EXPECT_EQ(texts.get(-1), u"0"_s);
 }
 
 TEST(StartUpDataTest, indexedPropertiesKeepTheirBounds)
@@ -42,3 +46,5 @@ TEST(StartUpDataTest, indexedPropertiesKeepTheirBounds)
 }
 
 } // namespace
+
+} // namespace norvane

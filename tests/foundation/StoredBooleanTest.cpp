@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(StoredBooleanTest, wordsInAnyCaseAndNumbersAreBooleans)
@@ -26,17 +30,19 @@ TEST(StoredBooleanTest, everythingElseIsATypeMismatch)
             ADD_FAILURE() << QString::fromUtf16(text).toStdString();
         } catch (const NumberedFailure &failure) {
             EXPECT_EQ(failure.number(), 13);
-            EXPECT_EQ(failure.description(), QStringLiteral("Type mismatch"));
+            EXPECT_EQ(failure.description(), u"Type mismatch"_s);
         }
     }
 }
 
 TEST(StoredBooleanTest, storedFormIsAWordAndReadsBack)
 {
-    EXPECT_EQ(booleanText(true), QStringLiteral("True"));
-    EXPECT_EQ(booleanText(false), QStringLiteral("False"));
+    EXPECT_EQ(booleanText(true), u"True"_s);
+    EXPECT_EQ(booleanText(false), u"False"_s);
     EXPECT_TRUE(toBoolean(booleanText(true)));
     EXPECT_FALSE(toBoolean(booleanText(false)));
 }
 
 } // namespace
+
+} // namespace norvane

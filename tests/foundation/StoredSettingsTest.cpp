@@ -20,11 +20,15 @@
 
 #include <sys/stat.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString Application = u"Norvane"_qs;
-const QString Section = u"SMS"_qs;
-const QString Key = u"QueueFolder"_qs;
+const QString applicationName = u"Norvane"_s;
+const QString sectionName = u"SMS"_s;
+const QString keyName = u"QueueFolder"_s;
 
 /// Files whose reading or writing fails as told.
 class FailingFiles : public PlatformFiles
@@ -64,20 +68,20 @@ class StoredSettingsTest : public testing::Test
 protected:
     StoredSettingsTest() : m_previous(qgetenv("XDG_CONFIG_HOME"))
     {
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.path() + u"/a/config"_qs));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.path() + u"/a/config"_s));
     }
     ~StoredSettingsTest() override { qputenv("XDG_CONFIG_HOME", m_previous); }
 
-    QString folder() const { return m_home.path() + u"/a/config/Norvane"_qs; }
-    QString path() const { return folder() + u"/settings.ini"_qs; }
+    QString folder() const { return m_home.path() + u"/a/config/Norvane"_s; }
+    QString path() const { return folder() + u"/settings.ini"_s; }
 
-    QString get(const QString &key = Key) const
+    QString get(const QString &key = keyName) const
     {
-        return m_settings.get(Application, Section, key, u"default"_qs);
+        return m_settings.get(applicationName, sectionName, key, u"default"_s);
     }
-    void save(const QString &value, const QString &key = Key)
+    void save(const QString &value, const QString &key = keyName)
     {
-        m_settings.save(Application, Section, key, value);
+        m_settings.save(applicationName, sectionName, key, value);
     }
     qint32 failureOfGet() const
     {
@@ -85,7 +89,7 @@ protected:
     }
     qint32 failureOfSave()
     {
-        return numberOf([this] { save(u"x"_qs); });
+        return numberOf([this] { save(u"x"_s); });
     }
 
     /// Writes the file as an editor or another program would.
@@ -111,101 +115,99 @@ protected:
 
 TEST_F(StoredSettingsTest, keyThatWasNeverStoredGivesTheDefaultAndWritesNothing)
 {
-    EXPECT_EQ(get(), u"default"_qs);
-    EXPECT_FALSE(QFileInfo::exists(m_home.path() + u"/a"_qs));
+    EXPECT_EQ(get(), u"default"_s);
+    EXPECT_FALSE(QFileInfo::exists(m_home.path() + u"/a"_s));
 }
 
 TEST_F(StoredSettingsTest, savedValueIsReadBackAndStandsAsTold)
 {
-    save(u"True"_qs, u"ServerMode"_qs);
-    save(u"/srv/queue"_qs);
-    EXPECT_EQ(get(u"ServerMode"_qs), u"True"_qs);
-    EXPECT_EQ(get(), u"/srv/queue"_qs);
+    save(u"True"_s, u"ServerMode"_s);
+    save(u"/srv/queue"_s);
+    EXPECT_EQ(get(u"ServerMode"_s), u"True"_s);
+    EXPECT_EQ(get(), u"/srv/queue"_s);
     EXPECT_EQ(written(), "[SMS]\nServerMode=True\nQueueFolder=/srv/queue\n");
-    save(u"False"_qs, u"ServerMode"_qs);
+    save(u"False"_s, u"ServerMode"_s);
     EXPECT_EQ(written(), "[SMS]\nServerMode=False\nQueueFolder=/srv/queue\n");
 }
 
 TEST_F(StoredSettingsTest, foldersAndFileAreForTheirOwnerAlone)
 {
-    save(u"x"_qs);
+    save(u"x"_s);
     for (const auto &[name, mode] : QList<std::pair<QString, mode_t>>{
-             {m_home.path() + u"/a"_qs, 0700}, {folder(), 0700}, {path(), 0600}}) {
+             {m_home.path() + u"/a"_s, 0700}, {folder(), 0700}, {path(), 0600}}) {
         struct stat status = {};
         ASSERT_EQ(::stat(QFile::encodeName(name).constData(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777, mode) << name.toStdString();
     }
     // Nothing else is left, neither a lock nor a half-written file.
     EXPECT_EQ(QDir(folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-              QStringList{u"settings.ini"_qs});
+              QStringList{u"settings.ini"_s});
 }
 
 TEST_F(StoredSettingsTest, whatAnotherProcessWritesIsSeenAtOnceAndLeftAlone)
 {
-    save(u"one"_qs);
-    EXPECT_EQ(get(), u"one"_qs);
+    save(u"one"_s);
+    EXPECT_EQ(get(), u"one"_s);
     // The same length in the same instant: neither size nor time tells of the change.
     write("[SMS]\nQueueFolder=two\n");
-    EXPECT_EQ(get(), u"two"_qs);
+    EXPECT_EQ(get(), u"two"_s);
 
-    ASSERT_EQ(QProcess::execute(u"/bin/sh"_qs, {u"-c"_qs, u"echo Other=3 >> \"$0\""_qs, path()}),
-              0);
-    EXPECT_EQ(get(u"Other"_qs), u"3"_qs);
-    save(u"four"_qs);
-    EXPECT_EQ(get(u"Other"_qs), u"3"_qs);
-    EXPECT_EQ(get(), u"four"_qs);
+    ASSERT_EQ(QProcess::execute(u"/bin/sh"_s, {u"-c"_s, u"echo Other=3 >> \"$0\""_s, path()}), 0);
+    EXPECT_EQ(get(u"Other"_s), u"3"_s);
+    save(u"four"_s);
+    EXPECT_EQ(get(u"Other"_s), u"3"_s);
+    EXPECT_EQ(get(), u"four"_s);
 }
 
 TEST_F(StoredSettingsTest, applicationsSectionsAndKeysAreApart)
 {
-    save(u"1"_qs);
-    m_settings.save(Application, u"Other section"_qs, Key, u"2"_qs);
-    m_settings.save(u"Other"_qs, Section, Key, u"3"_qs);
-    m_settings.save(Application, Section, u"Más =;["_qs, u"4"_qs);
-    EXPECT_EQ(get(), u"1"_qs);
-    EXPECT_EQ(m_settings.get(Application, u"Other section"_qs, Key, {}), u"2"_qs);
-    EXPECT_EQ(m_settings.get(u"Other"_qs, Section, Key, {}), u"3"_qs);
-    EXPECT_EQ(get(u"Más =;["_qs), u"4"_qs);
+    save(u"1"_s);
+    m_settings.save(applicationName, u"Other section"_s, keyName, u"2"_s);
+    m_settings.save(u"Other"_s, sectionName, keyName, u"3"_s);
+    m_settings.save(applicationName, sectionName, u"Más =;["_s, u"4"_s);
+    EXPECT_EQ(get(), u"1"_s);
+    EXPECT_EQ(m_settings.get(applicationName, u"Other section"_s, keyName, {}), u"2"_s);
+    EXPECT_EQ(m_settings.get(u"Other"_s, sectionName, keyName, {}), u"3"_s);
+    EXPECT_EQ(get(u"Más =;["_s), u"4"_s);
 }
 
 TEST_F(StoredSettingsTest, everyTextSurvives)
 {
     int copies = 0;
     for (const QString &text :
-         {u""_qs, u" blanks "_qs, u"C:\\new\\temp"_qs, u"\\\\server\\share"_qs, u"a, b,c;d=e"_qs,
-          u"\"quoted\""_qs, u"\"open"_qs, u"ñandú €😀"_qs, u"@Variant(x)"_qs, u"@@x"_qs,
-          u"@ByteArray(a)"_qs, u"a\r\nb\tc"_qs,
+         {u""_s, u" blanks "_s, u"C:\\new\\temp"_s, u"\\\\server\\share"_s, u"a, b,c;d=e"_s,
+          u"\"quoted\""_s, u"\"open"_s, u"ñandú €😀"_s, u"@Variant(x)"_s, u"@@x"_s,
+          u"@ByteArray(a)"_s, u"a\r\nb\tc"_s,
           u"\x01"
           u"2\x1F"
-          u"ff"_qs,
-          u"[SMS]"_qs, u"#x"_qs, u"%20"_qs, u"a\\"_qs,
-          QString(u"a"_qs) + QChar(QChar::Null) + u'b'}) {
+          u"ff"_s,
+          u"[SMS]"_s, u"#x"_s, u"%20"_s, u"a\\"_s, QString(u"a"_s) + QChar(QChar::Null) + u'b'}) {
         save(text);
         EXPECT_EQ(get(), text) << written().toStdString();
         // Under a name of its own: the toolkit's cache doesn't notice quick changes of one file.
         const QString copy = m_home.filePath(QString::number(++copies));
         ASSERT_TRUE(QFile::copy(path(), copy));
         const QSettings other(copy, QSettings::IniFormat);
-        EXPECT_EQ(other.value(u"SMS/QueueFolder"_qs).toString(), text) << written().toStdString();
+        EXPECT_EQ(other.value(u"SMS/QueueFolder"_s).toString(), text) << written().toStdString();
     }
 }
 
 TEST_F(StoredSettingsTest, valuesEditedByHandComeBackAsText)
 {
     const QList<std::pair<QByteArray, QString>> values{
-        {"/srv/a, b,c", u"/srv/a, b,c"_qs},
-        {"C:\\new\\temp", u"C:\\new\\temp"_qs},
-        {"\\\\server\\share", u"\\\\server\\share"_qs},
-        {"  /srv/x  ", u"/srv/x"_qs},
-        {"/srv/dato\xC3\xB1s", u"/srv/datoñs"_qs},
-        {"@Variant(\\0\\0)", u"@Variant(\\0\\0)"_qs},
-        {"@Invalid()", u"@Invalid()"_qs},
-        {"\" a, b \"", u" a, b "_qs},
-        {"\"a\\\\b\"", u"a\\b"_qs},
-        {"a=b", u"a=b"_qs},
-        {"a ; b", u"a ; b"_qs},
-        {"\"", u"\""_qs},
-        {"", u""_qs},
+        {"/srv/a, b,c", u"/srv/a, b,c"_s},
+        {"C:\\new\\temp", u"C:\\new\\temp"_s},
+        {"\\\\server\\share", u"\\\\server\\share"_s},
+        {"  /srv/x  ", u"/srv/x"_s},
+        {"/srv/dato\xC3\xB1s", u"/srv/datoñs"_s},
+        {"@Variant(\\0\\0)", u"@Variant(\\0\\0)"_s},
+        {"@Invalid()", u"@Invalid()"_s},
+        {"\" a, b \"", u" a, b "_s},
+        {"\"a\\\\b\"", u"a\\b"_s},
+        {"a=b", u"a=b"_s},
+        {"a ; b", u"a ; b"_s},
+        {"\"", u"\""_s},
+        {"", u""_s},
     };
     for (const auto &[raw, text] : values) {
         write("[SMS]\nQueueFolder=" + raw + "\n");
@@ -216,8 +218,8 @@ TEST_F(StoredSettingsTest, valuesEditedByHandComeBackAsText)
 TEST_F(StoredSettingsTest, whatIsNotChangedStaysAsItWas)
 {
     write("; of mine\r\n[Other]\nQueueFolder=o\n\n[SMS]\n# more\n QueueFolder = a \n\n[Last]\nx=1");
-    save(u"b"_qs);
-    save(u"False"_qs, u"ServerMode"_qs);
+    save(u"b"_s);
+    save(u"False"_s, u"ServerMode"_s);
     EXPECT_EQ(written(), "; of mine\n[Other]\nQueueFolder=o\n\n[SMS]\n# more\nQueueFolder=b\n"
                          "ServerMode=False\n\n[Last]\nx=1\n");
 }
@@ -225,9 +227,9 @@ TEST_F(StoredSettingsTest, whatIsNotChangedStaysAsItWas)
 TEST_F(StoredSettingsTest, lastOfTwoKeysIsTheOneReadAndChanged)
 {
     write("[SMS]\nQueueFolder=a\n[Other]\n[SMS]\nQueueFolder=b\n");
-    EXPECT_EQ(get(), u"b"_qs);
-    save(u"c"_qs);
-    EXPECT_EQ(get(), u"c"_qs);
+    EXPECT_EQ(get(), u"b"_s);
+    save(u"c"_s);
+    EXPECT_EQ(get(), u"c"_s);
 }
 
 TEST_F(StoredSettingsTest, unreadableFileIsAFailureAndIsNotOverwritten)
@@ -256,34 +258,33 @@ TEST_F(StoredSettingsTest, aFailureNamesTheFile)
         return QString();
     };
     write("no settings");
-    EXPECT_EQ(textOf([this] { get(); }), FailureText::settingsDamaged(path()) + u" - 75"_qs);
+    EXPECT_EQ(textOf([this] { get(); }), FailureText::settingsDamaged(path()) + u" - 75"_s);
     m_files.readError = EACCES;
-    EXPECT_EQ(textOf([this] { get(); }), FailureText::settingsUnreadable(path()) + u" - 70"_qs);
+    EXPECT_EQ(textOf([this] { get(); }), FailureText::settingsUnreadable(path()) + u" - 70"_s);
     m_files.readError = 0;
     write("");
     m_files.replaceError = ENOSPC;
-    EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
-              FailureText::settingsNotSaved(path()) + u" - 61"_qs);
+    EXPECT_EQ(textOf([this] { save(u"x"_s); }), FailureText::settingsNotSaved(path()) + u" - 61"_s);
     m_files.replaceError = 0;
     {
-        QLockFile lock(path() + u".lock"_qs);
+        QLockFile lock(path() + u".lock"_s);
         ASSERT_TRUE(lock.tryLock());
-        EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
-                  FailureText::settingsNotSaved(path()) + u" - 70"_qs);
+        EXPECT_EQ(textOf([this] { save(u"x"_s); }),
+                  FailureText::settingsNotSaved(path()) + u" - 70"_s);
     }
     m_files.folderError = EIO;
-    EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
-              FailureText::settingsNotSaved(folder()) + u" - 57"_qs);
+    EXPECT_EQ(textOf([this] { save(u"x"_s); }),
+              FailureText::settingsNotSaved(folder()) + u" - 57"_s);
     m_files.folderError = ENOENT;
-    EXPECT_EQ(textOf([this] { save(u"x"_qs); }),
-              FailureText::settingsNotSaved(folder()) + u" - 76"_qs);
+    EXPECT_EQ(textOf([this] { save(u"x"_s); }),
+              FailureText::settingsNotSaved(folder()) + u" - 76"_s);
 }
 
 TEST_F(StoredSettingsTest, fileOverAMebibyteIsAFailure)
 {
     const QByteArray start = "[SMS]\nQueueFolder=x\n";
     write(start + QByteArray(1024 * 1024 - start.size(), '\n'));
-    EXPECT_EQ(get(), u"x"_qs);
+    EXPECT_EQ(get(), u"x"_s);
     write(start + QByteArray(1024 * 1024 - start.size() + 1, '\n'));
     EXPECT_EQ(failureOfGet(), 75);
     EXPECT_EQ(failureOfSave(), 75);
@@ -313,7 +314,7 @@ TEST_F(StoredSettingsTest, platformErrorDecidesTheNumber)
 {
     const QList<std::pair<int, qint32>> errors{
         {EACCES, 70}, {EIO, 57}, {EROFS, 70}, {ENOSPC, 61}, {EMFILE, 67}};
-    save(u"old"_qs);
+    save(u"old"_s);
     for (const auto &[error, number] : errors) {
         m_files.readError = error;
         EXPECT_EQ(failureOfGet(), number) << error;
@@ -322,7 +323,7 @@ TEST_F(StoredSettingsTest, platformErrorDecidesTheNumber)
 
         m_files.replaceError = error;
         EXPECT_EQ(failureOfSave(), number) << error;
-        EXPECT_EQ(get(), u"old"_qs);
+        EXPECT_EQ(get(), u"old"_s);
         m_files.replaceError = 0;
 
         m_files.folderError = error;
@@ -333,14 +334,14 @@ TEST_F(StoredSettingsTest, platformErrorDecidesTheNumber)
 
 TEST_F(StoredSettingsTest, fileThatAnotherProcessKeepsLockedIsAFailure)
 {
-    save(u"old"_qs);
-    QLockFile other(path() + u".lock"_qs);
+    save(u"old"_s);
+    QLockFile other(path() + u".lock"_s);
     ASSERT_TRUE(other.tryLock(0));
     EXPECT_EQ(failureOfSave(), 70);
-    EXPECT_EQ(get(), u"old"_qs);
+    EXPECT_EQ(get(), u"old"_s);
     other.unlock();
-    save(u"new"_qs);
-    EXPECT_EQ(get(), u"new"_qs);
+    save(u"new"_s);
+    EXPECT_EQ(get(), u"new"_s);
 }
 
 TEST_F(StoredSettingsTest, nameThatCannotBeIsAFailure)
@@ -350,13 +351,13 @@ TEST_F(StoredSettingsTest, nameThatCannotBeIsAFailure)
                                 const QString &key, const QString &value) {
         return numberOf([&] { m_settings.save(application, section, key, value); });
     };
-    EXPECT_EQ(failure({}, Section, Key, {}), 5);
-    EXPECT_EQ(failure(u".."_qs, Section, Key, {}), 5);
-    EXPECT_EQ(failure(u"a/b"_qs, Section, Key, {}), 5);
-    EXPECT_EQ(failure(Application, {}, Key, {}), 5);
-    EXPECT_EQ(failure(Application, Section, {}, {}), 5);
-    EXPECT_EQ(failure(Application, Section, Key, loneSurrogate), 5);
-    EXPECT_EQ(numberOf([&] { m_settings.get(Application, Section, {}, {}); }), 5);
+    EXPECT_EQ(failure({}, sectionName, keyName, {}), 5);
+    EXPECT_EQ(failure(u".."_s, sectionName, keyName, {}), 5);
+    EXPECT_EQ(failure(u"a/b"_s, sectionName, keyName, {}), 5);
+    EXPECT_EQ(failure(applicationName, {}, keyName, {}), 5);
+    EXPECT_EQ(failure(applicationName, sectionName, {}, {}), 5);
+    EXPECT_EQ(failure(applicationName, sectionName, keyName, loneSurrogate), 5);
+    EXPECT_EQ(numberOf([&] { m_settings.get(applicationName, sectionName, {}, {}); }), 5);
 }
 
 TEST(SettingsTextTest, damagedTextsAreReadOrTurnedDownAndReadTheirOwnOutput)
@@ -365,22 +366,24 @@ TEST(SettingsTextTest, damagedTextsAreReadOrTurnedDownAndReadTheirOwnOutput)
                             "QueueFolder=\"/srv/a\\\\b, \\x1f\\n\xC3\xB1\"\n";
     Mutation mutation(22);
     int read = 0;
-    constexpr int Rounds = 3000;
-    for (int i = 0; i < Rounds; ++i) {
+    constexpr int rounds = 3000;
+    for (int i = 0; i < rounds; ++i) {
         auto text = SettingsText::parse(mutation.of(good));
         if (!text)
             continue;
         ++read;
-        const QString value = text->value(Section, Key).value_or(u"none"_qs);
-        text->setValue(Section, Key, value);
+        const QString value = text->value(sectionName, keyName).value_or(u"none"_s);
+        text->setValue(sectionName, keyName, value);
         const auto again = SettingsText::parse(text->bytes());
         ASSERT_TRUE(again);
         if (value.isValidUtf16()) {
-            EXPECT_EQ(again->value(Section, Key), value) << text->bytes().toStdString();
+            EXPECT_EQ(again->value(sectionName, keyName), value) << text->bytes().toStdString();
         }
     }
     EXPECT_GT(read, 0);
-    EXPECT_LT(read, Rounds);
+    EXPECT_LT(read, rounds);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -9,6 +9,10 @@
 
 #include <cstdlib>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // A program of its own, as it counts what is allocated: nothing of the timer's thread may be.
 
 namespace {
@@ -53,7 +57,7 @@ TEST_F(TimerAllocationTest, allocationsAreCounted)
     void *volatile block = nullptr;
     EXPECT_EQ(allocationsOf([&] { block = std::malloc(10); }).count, 1);
     std::free(block);
-    const QString text = QStringLiteral("12");
+    const QString text = u"12"_s;
     EXPECT_GT(allocationsOf([&] { EXPECT_EQ(QString::number(12), text); }).count, 0);
 }
 
@@ -82,3 +86,5 @@ TEST_F(TimerAllocationTest, timersOwnThreadAllocatesNothingBetweenItsTicks)
     timerPlatform().killEvent(id);
     EXPECT_EQ(g_counted.count, 0);
 }
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include <functional>
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Raised
@@ -35,7 +39,7 @@ TEST_F(TimerTest, newTimerCannotBeEnabled)
 {
     const auto timer = CTimerMM::create();
     EXPECT_EQ(raisedBy([&] { timer->setEnabled(true); }),
-              (Raised{380, u"CTimerMM::Enabled"_qs, u"Interval property must be positive"_qs}));
+              (Raised{380, u"CTimerMM::Enabled"_s, u"Interval property must be positive"_s}));
     EXPECT_FALSE(timer->Enabled());
     EXPECT_TRUE(timers.calls.isEmpty());
 }
@@ -44,14 +48,13 @@ TEST_F(TimerTest, badValuesAreRefusedAndTheOldOnesStay)
 {
     const auto timer = makeTimer();
     for (const qint32 interval : {0, -1, std::numeric_limits<qint32>::min()}) {
-        EXPECT_EQ(
-            raisedBy([&] { timer->setInterval(interval); }),
-            (Raised{380, u"CTimerMM::Interval"_qs, u"Interval property must be positive"_qs}));
+        EXPECT_EQ(raisedBy([&] { timer->setInterval(interval); }),
+                  (Raised{380, u"CTimerMM::Interval"_s, u"Interval property must be positive"_s}));
     }
     for (const qint32 resolution : {-1, std::numeric_limits<qint32>::min()}) {
         EXPECT_EQ(raisedBy([&] { timer->setResolution(resolution); }),
-                  (Raised{380, u"CTimerMM::Resolution"_qs,
-                          u"Resolution property must be non-negative"_qs}));
+                  (Raised{380, u"CTimerMM::Resolution"_s,
+                          u"Resolution property must be non-negative"_s}));
     }
     EXPECT_EQ(timer->Interval(), 10'000);
     EXPECT_EQ(timer->Resolution(), 1);
@@ -66,9 +69,9 @@ TEST_F(TimerTest, withoutAWindowABoxTellsTheErrorAndTheStartFails)
     timers.windowError = 24;
     const auto timer = makeTimer();
     EXPECT_EQ(raisedBy([&] { timer->setEnabled(true); }),
-              (Raised{51, u"MTimerMM::fRegister"_qs, u"Unable to create timer control window"_qs}));
+              (Raised{51, u"MTimerMM::fRegister"_s, u"Unable to create timer control window"_s}));
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first().text, u"Unable to create window, LastError = 24"_qs);
+    EXPECT_EQ(boxes.shown.first().text, u"Unable to create window, LastError = 24"_s);
     EXPECT_EQ(boxes.shown.first().icon, MessageBoxes::Icon::None);
     EXPECT_EQ(boxes.shown.first().buttons, MessageBoxes::Buttons::Ok);
     EXPECT_TRUE(timers.calls.isEmpty());
@@ -86,7 +89,7 @@ TEST_F(TimerTest, windowWithoutAProcedureIsAFailureWithoutASource)
     timers.windowsHaveProcedures = false;
     const auto timer = makeTimer();
     EXPECT_EQ(raisedBy([&] { timer->setEnabled(true); }),
-              (Raised{51, QString(), u"Unable to get default window proc handle"_qs}));
+              (Raised{51, QString(), u"Unable to get default window proc handle"_s}));
     EXPECT_EQ(entries(), 0);
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -98,7 +101,7 @@ TEST_F(TimerTest, clockThatPassesItsGreatestValueOverflowsAndRaisesNoEvent)
     const WindowHandle window = windowOfLast();
     timers.now = std::numeric_limits<qint32>::min(); // 0x80000000
     EXPECT_EQ(raisedBy([&] { MTimerMM::TimerWindowProc(window, MTimerMM::WM_MMTIMER, 0, window); }),
-              (Raised{6, u"CTimerMM::RaiseTimerEvent"_qs, u"Overflow"_qs}));
+              (Raised{6, u"CTimerMM::RaiseTimerEvent"_s, u"Overflow"_s}));
     EXPECT_TRUE(heard.isEmpty());
 }
 
@@ -127,3 +130,5 @@ TEST_F(TimerTest, clockDifferencesThatFitAreNoFailure)
         timer->setEnabled(false);
     }
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 /// Timers whose ticks come when told, over the hidden windows of the platform.
 class TimerTest : public ::testing::Test
 {
@@ -50,3 +52,5 @@ protected:
 private:
     QList<std::shared_ptr<CTimerMM>> m_made;
 };
+
+} // namespace norvane

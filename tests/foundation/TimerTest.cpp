@@ -2,6 +2,10 @@
 
 #include "common/NumberedFailure.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST_F(TimerTest, everythingStartsAtZero)
 {
     const auto timer = CTimerMM::create();
@@ -24,7 +28,7 @@ TEST_F(TimerTest, startAsksForOneMillisecondAndHandsTheRestOn)
     timer->setResolution(25);
     timer->setEventType(7);
     timer->setEnabled(true);
-    EXPECT_EQ(timers.calls, (QStringList{u"begin 1"_qs, u"set 10000 25 7"_qs}));
+    EXPECT_EQ(timers.calls, (QStringList{u"begin 1"_s, u"set 10000 25 7"_s}));
     EXPECT_TRUE(timer->Enabled());
 }
 
@@ -33,7 +37,7 @@ TEST_F(TimerTest, stopEndsTheTimerAndThenThePeriod)
     const auto timer = makeRunning();
     timers.calls.clear();
     timer->setEnabled(false);
-    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_qs, u"end 1"_qs}));
+    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_s, u"end 1"_s}));
     EXPECT_FALSE(timer->Enabled());
 }
 
@@ -55,7 +59,7 @@ TEST_F(TimerTest, intervalWrittenWhileRunningCountsFromTheNextStart)
     EXPECT_TRUE(timers.calls.isEmpty());
     timer->setEnabled(false);
     timer->setEnabled(true);
-    EXPECT_EQ(timers.calls.last(), u"set 500 3 1"_qs);
+    EXPECT_EQ(timers.calls.last(), u"set 500 3 1"_s);
 }
 
 TEST_F(TimerTest, tickTellsTheTimeSinceTheStart)
@@ -122,7 +126,7 @@ TEST_F(TimerTest, oneShotTimerStaysEnabledAfterItsTick)
     EXPECT_TRUE(timer->Enabled());
     EXPECT_EQ(entries(), 1);
     timer->setEnabled(false);
-    EXPECT_EQ(timers.calls.mid(2), (QStringList{u"kill 1"_qs, u"end 1"_qs}));
+    EXPECT_EQ(timers.calls.mid(2), (QStringList{u"kill 1"_s, u"end 1"_s}));
 }
 
 TEST_F(TimerTest, timerThatThePlatformRefusesNeverTicksAndStopsAsAnyOther)
@@ -133,7 +137,7 @@ TEST_F(TimerTest, timerThatThePlatformRefusesNeverTicksAndStopsAsAnyOther)
     EXPECT_EQ(entries(), 1);
     timer->setEnabled(false);
     EXPECT_EQ(timers.calls,
-              (QStringList{u"begin 1"_qs, u"set 10000 1 1"_qs, u"kill 0"_qs, u"end 1"_qs}));
+              (QStringList{u"begin 1"_s, u"set 10000 1 1"_s, u"kill 0"_s, u"end 1"_s}));
     EXPECT_EQ(MTimerMM::mcolTimers, nullptr);
 }
 
@@ -250,7 +254,7 @@ TEST_F(TimerTest, timerThatEndsWhileItRunsIsStoppedAndItsWindowClosed)
     timers.calls.clear();
     MTimerMM::fUnregister(window); // nobody holds it any more
     EXPECT_TRUE(timer.expired());
-    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_qs, u"end 1"_qs}));
+    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_s, u"end 1"_s}));
     EXPECT_EQ(MTimerMM::mcolTimers, nullptr);
     processWindowMessages();
     makeRunning();
@@ -265,7 +269,7 @@ TEST_F(TimerTest, timerThatEndsWithTheRegistryIsStoppedAndItsWindowClosed)
     timers.calls.clear();
     MTimerMM::mcolTimers.reset();
     EXPECT_TRUE(timer.expired());
-    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_qs, u"end 1"_qs}));
+    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_s, u"end 1"_s}));
     EXPECT_EQ(MessageWindows::procedure(window), &defaultWindowProc);
     processWindowMessages();
     EXPECT_EQ(MessageWindows::procedure(window), nullptr);
@@ -408,3 +412,5 @@ TEST_F(TimerTest, tickMessageFindsItsTimerByTheHandleInIt)
     EXPECT_EQ(heard.size(), 1);
     EXPECT_EQ(MTimerMM::WM_MMTIMER, 5121U);
 }
+
+} // namespace norvane

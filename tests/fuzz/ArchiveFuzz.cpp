@@ -2,6 +2,8 @@
 #include "common/NumberedFailure.h"
 #include "fuzz/FuzzTarget.h"
 
+namespace norvane {
+
 // Any bytes as the archive of a workbook: each of its parts comes out, within bounds, or fails.
 
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
@@ -25,3 +27,5 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     }
     return 0;
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 // The lines of one answer, and its final result, as the readers of answers get them.
 
 namespace {
@@ -69,7 +71,7 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     if (lines.size() > 64)
         lines.resize(64);
     for (QByteArray &line : lines)
-        line.truncate(AtReader::s_longestLine);
+        line.truncate(AtReader::maxLine);
     readDetails(lines);
     readSending(lines);
 
@@ -90,3 +92,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     }
     return 0;
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <QCoreApplication>
 
+namespace norvane {
+
 // The talk with a device that says anything at any time, on a line that breaks at any time.
 
 namespace {
@@ -87,13 +89,13 @@ public:
     }
 
 private:
-    static constexpr char s_payload[] = "0001000781214365F7000005E8329BFD06";
-    static constexpr char s_endOfPayload = 0x1A;
+    static constexpr char payload[] = "0001000781214365F7000005E8329BFD06";
+    static constexpr char endOfPayload = 0x1A;
 
     void say(const QByteArray &bytes)
     {
         Q_EMIT m_line.received(bytes);
-        expectThat(m_line.written.count(s_endOfPayload) <= m_submissions,
+        expectThat(m_line.written.count(endOfPayload) <= m_submissions,
                    "a payload leaves once at most");
         if (m_channel.isIdle())
             expectThat(m_open == 0, "an idle channel owes no answer");
@@ -105,8 +107,8 @@ private:
         return [this, told = false](const AtAnswer &answer) mutable {
             expectThat(!std::exchange(told, true), "a command is answered once at most");
             --m_open;
-            expectThat(answer.lines.size() <= AtChannel::s_mostLines, "an answer has most lines");
-            const bool left = m_line.written.contains(s_endOfPayload);
+            expectThat(answer.lines.size() <= AtChannel::maxLines, "an answer has most lines");
+            const bool left = m_line.written.contains(endOfPayload);
             expectThat(answer.payloadLeft || !left, "a payload that left is told of");
         };
     }
@@ -126,7 +128,7 @@ private:
             return;
         m_line.written.clear();
         m_submissions = 1;
-        m_channel.submit({"AT+CMGS=16", 0}, s_payload, 0, answered());
+        m_channel.submit({"AT+CMGS=16", 0}, payload, 0, answered());
     }
 
     void synchronise(int tries)
@@ -156,3 +158,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     talk.end();
     return 0;
 }
+
+} // namespace norvane

@@ -5,13 +5,15 @@
 #include <algorithm>
 #include <vector>
 
+namespace norvane {
+
 // Bytes of a device in any pieces, with commands begun and ended between them.
 
 namespace {
 
-const QByteArray s_commands[] = {"AT",      "ATE0",       "AT+CPIN?", "AT+CREG?",
-                                 "AT+CGSN", "AT+CMGS=23", "ATD123;",  "A"};
-const QByteArray s_payload = "0001000781214365F7000005E8329BFD06";
+const QByteArray commands[] = {"AT",      "ATE0",       "AT+CPIN?", "AT+CREG?",
+                               "AT+CGSN", "AT+CMGS=23", "ATD123;",  "A"};
+const QByteArray payload = "0001000781214365F7000005E8329BFD06";
 
 bool isPrintable(const QByteArray &line)
 {
@@ -30,7 +32,7 @@ std::vector<AtToken> pull(AtReader &reader, const Progress &progress)
     std::vector<AtToken> tokens;
     while (const std::optional<AtToken> token = reader.next()) {
         expectThat(!token->line.isEmpty(), "a token has a line");
-        expectThat(token->line.size() <= AtReader::s_longestLine, "a line has a longest length");
+        expectThat(token->line.size() <= AtReader::maxLine, "a line has a longest length");
         expectThat(isPrintable(token->line), "a line has printable characters only");
         const bool answer =
             token->kind != AtToken::Kind::Unsolicited && token->kind != AtToken::Kind::Prompt;
@@ -40,7 +42,7 @@ std::vector<AtToken> pull(AtReader &reader, const Progress &progress)
         expectThat(token->result.number >= -1, "a result's number is none or not negative");
         tokens.push_back(*token);
     }
-    expectThat(reader.unfinishedLine().size() <= AtReader::s_longestLine,
+    expectThat(reader.unfinishedLine().size() <= AtReader::maxLine,
                "an unfinished line has a longest length");
     return tokens;
 }
@@ -53,7 +55,7 @@ void readWhileCommandsChange(FuzzInput input)
     while (!input.atEnd()) {
         switch (input.takeNumber(8)) {
         case 0:
-            reader.begin(s_commands[input.takeNumber(std::size(s_commands))], {"^ICCID"});
+            reader.begin(commands[input.takeNumber(std::size(commands))], {"^ICCID"});
             progress.inCommand = true;
             break;
         case 1:
@@ -65,7 +67,7 @@ void readWhileCommandsChange(FuzzInput input)
             reader.expectPrompt(progress.promptExpected);
             break;
         case 3:
-            reader.payloadSent(s_payload);
+            reader.payloadSent(payload);
             break;
         case 4:
             reader.clear();
@@ -87,7 +89,7 @@ void readWhileCommandsChange(FuzzInput input)
 /// However the bytes are cut into pieces, they are the same lines.
 void readInPieces(FuzzInput input)
 {
-    const QByteArray command = s_commands[input.takeNumber(std::size(s_commands))];
+    const QByteArray command = commands[input.takeNumber(std::size(commands))];
     const Progress progress{true, input.takeByte() % 2 == 1};
     const int pieceSize = 1 + input.takeNumber(16);
     const QByteArray bytes = input.takeRest();
@@ -123,3 +125,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     readInPieces(FuzzInput(data, size));
     return 0;
 }
+
+} // namespace norvane

@@ -8,15 +8,19 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // What a caller on the bus can send, any texts as phones, messages, dates and settings, through the
 // store and back.
 
 namespace {
 
 /// A text that the bus lets through: no NUL, no half of a pair.
-QString takeBusText(FuzzInput &input, qsizetype most)
+QString takeBusText(FuzzInput &input, qsizetype max)
 {
-    return QString::fromUtf8(Bus::withoutNul(input.takeText(most)).toUtf8());
+    return QString::fromUtf8(Bus::withoutNul(input.takeText(max)).toUtf8());
 }
 
 /// The database has no place for the two units that are no characters.
@@ -36,7 +40,7 @@ int number(QStringView text, qsizetype at, qsizetype digits)
 /// Whether `text` is "yyyy-MM-ddTHH:mm:ss" of a moment from year 1 on.
 bool isMoment(const QString &text)
 {
-    static const QString form = QStringLiteral("0000-00-00T00:00:00");
+    static const QString form = u"0000-00-00T00:00:00"_s;
     if (text.size() != form.size())
         return false;
     for (qsizetype i = 0; i < form.size(); ++i) {
@@ -56,7 +60,7 @@ bool isMoment(const QString &text)
 
 Store &store()
 {
-    static Store kept(fuzzFolder() + QStringLiteral("/queue.sqlite"));
+    static Store kept(fuzzFolder() + u"/queue.sqlite"_s);
     return kept;
 }
 
@@ -83,8 +87,7 @@ QList<Expected> addRows(FuzzInput &input)
     for (int lists = 1 + input.takeNumber(3); lists > 0; --lists) {
         QString date = takeBusText(input, 40);
         if (input.takeByte() % 2 == 0)
-            date = QStringLiteral("2026-0%1-2%2T0%3:00:00")
-                       .arg(1 + input.takeNumber(9))
+            date = u"2026-0%1-2%2T0%3:00:00"_s.arg(1 + input.takeNumber(9))
                        .arg(input.takeNumber(10))
                        .arg(input.takeNumber(10));
         BusSMSList list;
@@ -102,7 +105,7 @@ QList<Expected> addRows(FuzzInput &input)
 BusQueueRows pagedRows(FuzzInput &input)
 {
     QueueSnapshots snapshots;
-    const QString caller = QStringLiteral(":1.7");
+    const QString caller = u":1.7"_s;
     const quint64 snapshot = snapshots.begin(caller, store().rows());
     const quint32 wild = static_cast<quint32>(input.takeNumber(65536)) << 16;
     expectThat(snapshots.page(caller, snapshot + 1, wild).snapshot == 0,
@@ -191,3 +194,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     checkRows(store().rows(), {});
     return 0;
 }
+
+} // namespace norvane

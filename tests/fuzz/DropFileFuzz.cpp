@@ -7,6 +7,10 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // Any bytes as a drop file, in readings of any length.
 
 namespace {
@@ -41,11 +45,11 @@ private:
         explicit Stream(FuzzedFile &file) : m_file(file) { ++m_file.open; }
         ~Stream() override { --m_file.open; }
 
-        int read(qsizetype most, QByteArray &bytes) override
+        int read(qsizetype max, QByteArray &bytes) override
         {
             if (m_position >= m_file.m_failsAt)
                 return EIO;
-            bytes = m_file.m_bytes.mid(m_position, qMin(most, m_file.m_reading));
+            bytes = m_file.m_bytes.mid(m_position, qMin(max, m_file.m_reading));
             m_position += bytes.size();
             return 0;
         }
@@ -64,8 +68,8 @@ private:
 
 bool isClean(const QueueDropFile::Record &record)
 {
-    return record.phone.size() <= QueueDropFile::PhoneLength && !record.phone.contains(u' ') &&
-           !record.phone.contains(u'-') && record.message.size() <= QueueDropFile::MessageLength &&
+    return record.phone.size() <= QueueDropFile::phoneLength && !record.phone.contains(u' ') &&
+           !record.phone.contains(u'-') && record.message.size() <= QueueDropFile::messageLength &&
            !record.message.startsWith(u' ') && !record.message.endsWith(u' ') &&
            record.deliveryDate.isValid() && record.deliveryDate.date().year() >= 100 &&
            record.deliveryDate.date().year() <= 9999;
@@ -106,11 +110,13 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     RecordingEngine::Script script;
     {
         RecordingEngine engine(script);
-        ImportSMSFile(QStringLiteral("sms.0"), engine, QString(), {&file, nullptr});
+        ImportSMSFile(u"sms.0"_s, engine, QString(), {&file, nullptr});
     }
-    const auto added = script.calls.filter(QStringLiteral("AddSMS(")).size();
+    const auto added = script.calls.filter(u"AddSMS("_s).size();
     expectThat(fails ? added <= good : added == good, "records reach the engine up to a bad one");
     expectThat(file.open == 0, "the file is closed");
     expectThat(file.removals == 1, "the file is taken away");
     return 0;
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace norvane {
+
 namespace {
 
 void swallow(QtMsgType, const QMessageLogContext &, const QString &) {}
@@ -46,19 +48,19 @@ int FuzzInput::takeNumber(int limit)
     return (high * 256 + takeByte()) % limit;
 }
 
-QByteArray FuzzInput::takeBytes(qsizetype most)
+QByteArray FuzzInput::takeBytes(qsizetype max)
 {
-    const qsizetype length = qMin<qsizetype>(takeNumber(65536), most);
+    const qsizetype length = qMin<qsizetype>(takeNumber(65536), max);
     const QByteArray bytes = m_bytes.mid(m_position, length);
     m_position += bytes.size();
     return bytes;
 }
 
-QString FuzzInput::takeText(qsizetype most)
+QString FuzzInput::takeText(qsizetype max)
 {
     const int form = takeByte();
     const int repetitions = form < 0xC0 ? 1 : (form & 0x3F) + 1;
-    const QByteArray bytes = takeBytes(2 * most);
+    const QByteArray bytes = takeBytes(2 * max);
     QString text;
     switch (form % 3) {
     case 0:
@@ -71,7 +73,7 @@ QString FuzzInput::takeText(qsizetype most)
         for (qsizetype i = 0; i + 1 < bytes.size(); i += 2)
             text += QChar(static_cast<uchar>(bytes.at(i + 1)), static_cast<uchar>(bytes.at(i)));
     }
-    return text.repeated(repetitions).left(most);
+    return text.repeated(repetitions).left(max);
 }
 
 QByteArray FuzzInput::takeRest()
@@ -80,3 +82,5 @@ QByteArray FuzzInput::takeRest()
     m_position = m_bytes.size();
     return rest;
 }
+
+} // namespace norvane

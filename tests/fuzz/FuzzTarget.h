@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+namespace norvane {
+
 // A fuzz target is one file that defines LLVMFuzzerTestOneInput. It is linked with libFuzzer, or
 // with ReplayMain.cpp where the compiler has none.
 
@@ -32,14 +34,16 @@ public:
     quint8 takeByte();
     /// A number from 0 to below `limit`, which is at most 65536.
     int takeNumber(int limit);
-    /// At most `most` bytes, as many as the length of 16 bits in front of them says.
-    QByteArray takeBytes(qsizetype most);
-    /// A text of at most `most` UTF-16 units: bytes as Latin-1, as UTF-8, or as the units
+    /// At most `max` bytes, as many as the length of 16 bits in front of them says.
+    QByteArray takeBytes(qsizetype max);
+    /// A text of at most `max` UTF-16 units: bytes as Latin-1, as UTF-8, or as the units
     /// themselves, whichever the byte in front says, and the same again and again if it says so.
-    QString takeText(qsizetype most);
+    QString takeText(qsizetype max);
     QByteArray takeRest();
 
 private:
     QByteArray m_bytes;
     qsizetype m_position = 0;
 };
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 #include "NorvaneSheetReader/SheetFile.h"
 #include "fuzz/SheetExpectations.h"
 
+namespace norvane {
+
 // Any bytes as the content of an OpenDocument spreadsheet.
 
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
@@ -12,3 +14,5 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     expectSheetsOrAFailure([&] { return readOds(PackageParts(archive)); });
     return 0;
 }
+
+} // namespace norvane

@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+namespace norvane {
+
 // Stands in for libFuzzer: gives a target every file of a corpus, and after that mutations of them,
 // the same ones for the same seed.
 //
@@ -25,8 +27,8 @@
 
 namespace {
 
-constexpr double s_mostSeconds = 20;      // of processor time that one input may take
-constexpr long s_mostKibibytes = 1 << 20; // of memory that the process may take
+constexpr double maxSeconds = 20;      // of processor time that one input may take
+constexpr long maxKibibytes = 1 << 20; // of memory that the process may take
 
 // Of use in a signal handler.
 const char *g_input = nullptr;
@@ -36,7 +38,7 @@ struct Options
 {
     long mutations = 0;
     unsigned seed = 1;
-    std::size_t longest = 4096;
+    std::size_t max = 4096;
     QStringList paths;
 };
 
@@ -79,8 +81,8 @@ Options readOptions(int argc, char **argv)
             options.mutations = mutations;
         else if (const long seed = number("-seed="); seed >= 0)
             options.seed = static_cast<unsigned>(seed);
-        else if (const long longest = number("-longest="); longest >= 0)
-            options.longest = static_cast<std::size_t>(longest);
+        else if (const long max = number("-longest="); max >= 0)
+            options.max = static_cast<std::size_t>(max);
         else
             options.paths.append(QFile::decodeName(argv[i]));
     }
@@ -114,7 +116,7 @@ class Mutator
 {
 public:
     Mutator(const std::vector<std::string> &corpus, const Options &options)
-        : m_corpus(corpus), m_longest(options.longest), m_random(options.seed)
+        : m_corpus(corpus), m_longest(options.max), m_random(options.seed)
     {}
 
     std::string next()
@@ -178,14 +180,14 @@ bool runOne(const std::string &input)
     g_inputSize = input.size();
     const double start = processorSeconds();
     LLVMFuzzerTestOneInput(reinterpret_cast<const quint8 *>(input.data()), input.size());
-    if (processorSeconds() - start > s_mostSeconds) {
-        std::fprintf(stderr, "an input took more than %.0f s\n", s_mostSeconds);
+    if (processorSeconds() - start > maxSeconds) {
+        std::fprintf(stderr, "an input took more than %.0f s\n", maxSeconds);
         keepInput();
         return false;
     }
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    if (usage.ru_maxrss > s_mostKibibytes) {
+    if (usage.ru_maxrss > maxKibibytes) {
         std::fprintf(stderr, "an input took the memory to %ld KiB\n", usage.ru_maxrss);
         keepInput();
         return false;
@@ -194,6 +196,10 @@ bool runOne(const std::string &input)
 }
 
 } // namespace
+
+} // namespace norvane
+
+using namespace norvane;
 
 int main(int argc, char **argv)
 {

@@ -4,13 +4,17 @@
 
 #include "fuzz/FuzzTarget.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // Any bytes as the console's settings file, and any text as a value that is stored in it.
 
 namespace {
 
-const QString s_section = QStringLiteral("Settings");
-const QString s_key = QStringLiteral("DropFolder");
-const QString s_other = QStringLiteral("KeepAccents");
+const QString sectionName = u"Settings"_s;
+const QString keyName = u"DropFolder"_s;
+const QString otherText = u"KeepAccents"_s;
 
 QString writable(const QString &text)
 {
@@ -27,11 +31,11 @@ void checkReading(const SettingsText &settings)
 {
     const std::optional<SettingsText> again = SettingsText::parse(settings.bytes());
     expectThat(again.has_value(), "what was read can be written and read again");
-    for (const QString &key : {s_key, s_other})
-        expectThat(settings.value(s_section, key) == again->value(s_section, key),
+    for (const QString &key : {keyName, otherText})
+        expectThat(settings.value(sectionName, key) == again->value(sectionName, key),
                    "a value stays the same");
     try {
-        toBoolean(settings.value(s_section, s_other).value_or(QString()));
+        toBoolean(settings.value(sectionName, otherText).value_or(QString()));
     } catch (const NumberedFailure &failure) {
         expectThat(failure.number() == 13, "a text that is no Boolean fails as such");
     }
@@ -39,14 +43,14 @@ void checkReading(const SettingsText &settings)
 
 void checkWriting(SettingsText settings, const QString &value)
 {
-    const std::optional<QString> other = settings.value(s_section, s_other);
-    settings.setValue(s_section, s_key, value);
-    expectThat(settings.value(s_section, s_key) == value, "a value that was set is there");
-    expectThat(settings.value(s_section, s_other) == other, "another value isn't touched");
+    const std::optional<QString> other = settings.value(sectionName, otherText);
+    settings.setValue(sectionName, keyName, value);
+    expectThat(settings.value(sectionName, keyName) == value, "a value that was set is there");
+    expectThat(settings.value(sectionName, otherText) == other, "another value isn't touched");
     const std::optional<SettingsText> again = SettingsText::parse(settings.bytes());
     expectThat(again.has_value(), "what was set can be read again");
-    expectThat(!isWhole(value) || again->value(s_section, s_key) == value, "a value arrives");
-    expectThat(again->value(s_section, s_other) == other, "another value arrives");
+    expectThat(!isWhole(value) || again->value(sectionName, keyName) == value, "a value arrives");
+    expectThat(again->value(sectionName, otherText) == other, "another value arrives");
 }
 
 } // namespace
@@ -62,3 +66,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     }
     return 0;
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace norvane {
+
 /// Runs `read`, which gives the sheets of a fuzzed workbook or fails with a numbered failure, and
 /// looks at what it gives.
 template <typename Read>
@@ -14,9 +16,9 @@ void expectSheetsOrAFailure(Read &&read)
     try {
         const std::vector<SheetTable> sheets = read();
         for (const SheetTable &sheet : sheets) {
-            expectThat(sheet.rows() >= 0 && sheet.rows() <= SheetTable::LastRow,
+            expectThat(sheet.rows() >= 0 && sheet.rows() <= SheetTable::lastRow,
                        "rows are within the sheet");
-            expectThat(sheet.fields().size() <= SheetTable::LastColumn + 1,
+            expectThat(sheet.fields().size() <= SheetTable::maxColumn + 1,
                        "fields are within the sheet");
             for (const QString &field : sheet.fields())
                 expectThat(sheet.fieldIndex(field).has_value(), "a field is found by its name");
@@ -27,3 +29,5 @@ void expectSheetsOrAFailure(Read &&read)
         expectThat(!failure.description().isEmpty(), "a failure says what is wrong");
     }
 }
+
+} // namespace norvane

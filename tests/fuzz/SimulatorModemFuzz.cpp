@@ -2,6 +2,8 @@
 
 #include "fuzz/FuzzTarget.h"
 
+namespace norvane {
+
 // Any bytes to the simulated modem, in any pieces and under any of its settings: it goes on
 // answering.
 
@@ -80,3 +82,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     talk.end();
     return 0;
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include "TovekSMService/modem/codec/SubmitDecoder.h"
 #include "fuzz/FuzzTarget.h"
 
+namespace norvane {
+
 // Any octets as a submission: a part or a fault. Where the other decoder can read them too, it
 // reads the same.
 
@@ -62,3 +64,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     }
     return 0;
 }
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // Any phone and any text: an error that fits, or parts that two decoders, which share nothing with
 // the encoder, put together again.
 
@@ -22,9 +26,8 @@ QString arriving(const QString &text)
 void checkError(EncodeError error, const EncodeRequest &request)
 {
     const QString digits = request.phone.mid(request.phone.startsWith(u'+') ? 1 : 0);
-    const bool valid = std::all_of(digits.begin(), digits.end(), [](QChar c) {
-        return QStringLiteral("0123456789*#abc").contains(c);
-    });
+    const bool valid = std::all_of(digits.begin(), digits.end(),
+                                   [](QChar c) { return u"0123456789*#abc"_s.contains(c); });
     switch (error) {
     case EncodeError::EmptyPhone:
         expectThat(digits.isEmpty(), "a phone is empty");
@@ -74,7 +77,7 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     request.reference = static_cast<quint16>(input.takeNumber(65536));
     if (const quint8 validity = input.takeByte(); validity > 0)
         request.validityPeriod = validity;
-    request.phone = input.takeByte() % 2 == 0 ? QStringLiteral("+34600") : input.takeText(64);
+    request.phone = input.takeByte() % 2 == 0 ? u"+34600"_s : input.takeText(64);
     request.text = input.takeText(50'000);
 
     const auto result = encodeSubmit(request);
@@ -93,3 +96,5 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     expectThat(together == arriving(request.text), "the text arrives");
     return 0;
 }
+
+} // namespace norvane

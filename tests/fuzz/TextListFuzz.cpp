@@ -2,6 +2,8 @@
 
 #include "fuzz/FuzzTarget.h"
 
+namespace norvane {
+
 // Any bytes as a text file of recipients, in readings of any length.
 
 namespace {
@@ -24,9 +26,9 @@ private:
     {
     public:
         explicit Stream(FuzzedText &text) : m_text(text) {}
-        int read(qsizetype most, QByteArray &bytes) override
+        int read(qsizetype max, QByteArray &bytes) override
         {
-            bytes = m_text.m_bytes.mid(m_position, qMin(most, m_text.m_reading));
+            bytes = m_text.m_bytes.mid(m_position, qMin(max, m_text.m_reading));
             m_position += bytes.size();
             return 0;
         }
@@ -67,3 +69,5 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     expectThat(length <= bytes.size(), "a byte is one character at most");
     return 0;
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 #include "NorvaneSheetReader/XlsReader.h"
 #include "fuzz/SheetExpectations.h"
 
+namespace norvane {
+
 // Any bytes as a workbook in a compound file, and as a workbook's stream.
 
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
@@ -11,3 +13,5 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
         [&] { return CompoundFile::isOne(bytes) ? readXls(bytes) : readBiff(bytes); });
     return 0;
 }
+
+} // namespace norvane

@@ -2,11 +2,13 @@
 #include "NorvaneSheetReader/XlsxReader.h"
 #include "fuzz/SheetExpectations.h"
 
+namespace norvane {
+
 // A small workbook, of which one part is any bytes.
 
 namespace {
 
-const char *const PartNames[] = {
+const char *const partNames[] = {
     "_rels/.rels",          "xl/workbook.xml", "xl/_rels/workbook.xml.rels",
     "xl/sharedStrings.xml", "xl/styles.xml",   "xl/sheet1.xml"};
 
@@ -23,8 +25,8 @@ QByteArray workbookWith(std::size_t fuzzed, const QByteArray &bytes)
         "<s><sheetData><row r=\"1\"><c r=\"A1\" t=\"s\"><v>0</v></c></row>"
         "<row r=\"2\"><c r=\"A2\" s=\"1\"><v>46346</v></c></row></sheetData></s>"};
     QList<ZipEntry> entries;
-    for (std::size_t i = 0; i < std::size(PartNames); ++i)
-        entries.append({PartNames[i], i == fuzzed ? bytes : contents[i]});
+    for (std::size_t i = 0; i < std::size(partNames); ++i)
+        entries.append({partNames[i], i == fuzzed ? bytes : contents[i]});
     return zipOf(entries);
 }
 
@@ -33,8 +35,10 @@ QByteArray workbookWith(std::size_t fuzzed, const QByteArray &bytes)
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
     FuzzInput input(data, size);
-    const std::size_t fuzzed = input.takeByte() % std::size(PartNames);
+    const std::size_t fuzzed = input.takeByte() % std::size(partNames);
     const QByteArray archive = workbookWith(fuzzed, input.takeRest());
     expectSheetsOrAFailure([&] { return readXlsx(PackageParts(archive)); });
     return 0;
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -34,7 +36,7 @@ TEST(AtCommandLine, takesEachCommandOfALine)
         const char *body;
         const char *commands;
     };
-    static constexpr Row Rows[] = {
+    static constexpr Row rows[] = {
         {"", ""},
         {" ; ", ""},
         {"E0", "E/X/0"},
@@ -58,7 +60,7 @@ TEST(AtCommandLine, takesEachCommandOfALine)
         {"?", "!"},
         {"E0?", "E/X/0 !"},
     };
-    for (const Row &row : Rows)
+    for (const Row &row : rows)
         EXPECT_EQ(commandsOf(row.body), row.commands) << row.body;
 }
 
@@ -86,3 +88,5 @@ TEST(AtCommandLine, numbersAreDigitsOfLimitedLengthOrLeftOut)
 }
 
 } // namespace simulator
+
+} // namespace norvane

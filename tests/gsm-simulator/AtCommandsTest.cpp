@@ -1,5 +1,7 @@
 #include "gsm-simulator/TalkingModem.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -255,3 +257,5 @@ TEST(AtCommands, theFormatsOfMessagesCanBeLimited)
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A client that nobody of ours has written.
@@ -15,7 +19,7 @@ class Gammu : public testing::Test
 protected:
     void SetUp() override
     {
-        m_program = QStandardPaths::findExecutable(QStringLiteral("gammu"));
+        m_program = QStandardPaths::findExecutable(u"gammu"_s);
         if (m_program.isEmpty())
             GTEST_SKIP() << "gammu is not installed";
     }
@@ -24,7 +28,7 @@ protected:
     /// @return its exit code, or -1 if it didn't end
     int run(RunningSimulator &simulator, const QStringList &arguments)
     {
-        QFile settings(simulator.folder() + QStringLiteral("/gammurc"));
+        QFile settings(simulator.folder() + u"/gammurc"_s);
         if (!settings.open(QIODevice::WriteOnly))
             return -1;
         settings.write("[gammu]\nconnection = at\ndevice = " + QFile::encodeName(simulator.link()) +
@@ -32,8 +36,7 @@ protected:
         settings.close();
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(m_program,
-                      QStringList{QStringLiteral("-c"), settings.fileName()} + arguments);
+        process.start(m_program, QStringList{u"-c"_s, settings.fileName()} + arguments);
         if (!process.waitForFinished(hangMs))
             return -1;
         m_output = process.readAll();
@@ -43,8 +46,7 @@ protected:
     int send(RunningSimulator &simulator, const QString &text, const QStringList &more = {})
     {
         return run(simulator,
-                   QStringList{QStringLiteral("sendsms"), QStringLiteral("TEXT"),
-                               QStringLiteral("+34600111222"), QStringLiteral("-text"), text} +
+                   QStringList{u"sendsms"_s, u"TEXT"_s, u"+34600111222"_s, u"-text"_s, text} +
                        more);
     }
 
@@ -58,97 +60,91 @@ QString joinedText(const QList<QJsonObject> &messages)
 {
     QString text;
     for (const QJsonObject &message : messages)
-        text += message.value(QStringLiteral("text")).toString();
+        text += message.value(u"text"_s).toString();
     return text;
 }
 
-const QString LongText = QStringLiteral("The quick brown fox jumps over it. ").repeated(10);
+const QString longText = u"The quick brown fox jumps over it. "_s.repeated(10);
 
 } // namespace
 
 TEST_F(Gammu, identifiesTheModem)
 {
-    RunningSimulator simulator({QStringLiteral("--manufacturer"), QStringLiteral("Maker")});
+    RunningSimulator simulator({u"--manufacturer"_s, u"Maker"_s});
     ASSERT_TRUE(simulator.isReady());
-    EXPECT_EQ(run(simulator, {QStringLiteral("--identify")}), 0) << m_output.data();
+    EXPECT_EQ(run(simulator, {u"--identify"_s}), 0) << m_output.data();
     for (const char *value : {"Maker", "490154203237518", "001010123456789"})
         EXPECT_TRUE(m_output.contains(value)) << m_output.data();
 }
 
 TEST_F(Gammu, sendsInPduMode)
 {
-    RunningSimulator simulator({QStringLiteral("--formats"), QStringLiteral("pdu")});
+    RunningSimulator simulator({u"--formats"_s, u"pdu"_s});
     ASSERT_TRUE(simulator.isReady());
-    EXPECT_EQ(send(simulator, QStringLiteral("hello [world] {x} @$")), 0) << m_output.data();
+    EXPECT_EQ(send(simulator, u"hello [world] {x} @$"_s), 0) << m_output.data();
     const QList<QJsonObject> messages = simulator.messages();
     ASSERT_EQ(messages.size(), 1);
-    EXPECT_EQ(joinedText(messages), QStringLiteral("hello [world] {x} @$"));
-    EXPECT_EQ(messages.constFirst().value(QStringLiteral("number")).toString(),
-              QStringLiteral("+34600111222"));
-    EXPECT_NE(messages.constFirst().value(QStringLiteral("pdu")).toString(), QString());
+    EXPECT_EQ(joinedText(messages), u"hello [world] {x} @$"_s);
+    EXPECT_EQ(messages.constFirst().value(u"number"_s).toString(), u"+34600111222"_s);
+    EXPECT_NE(messages.constFirst().value(u"pdu"_s).toString(), QString());
 }
 
 TEST_F(Gammu, sendsUnicode)
 {
     RunningSimulator simulator;
     ASSERT_TRUE(simulator.isReady());
-    const QString text = QStringLiteral("Coração à João Ж");
-    EXPECT_EQ(send(simulator, text, {QStringLiteral("-unicode")}), 0) << m_output.data();
+    const QString text = u"Coração à João Ж"_s;
+    EXPECT_EQ(send(simulator, text, {u"-unicode"_s}), 0) << m_output.data();
     const QList<QJsonObject> messages = simulator.messages();
     ASSERT_EQ(messages.size(), 1);
     EXPECT_EQ(joinedText(messages), text);
-    EXPECT_EQ(messages.constFirst().value(QStringLiteral("coding")).toString(),
-              QStringLiteral("ucs2"));
+    EXPECT_EQ(messages.constFirst().value(u"coding"_s).toString(), u"ucs2"_s);
 }
 
 TEST_F(Gammu, sendsALongTextInParts)
 {
     RunningSimulator simulator;
     ASSERT_TRUE(simulator.isReady());
-    EXPECT_EQ(send(simulator, LongText, {QStringLiteral("-len"), QStringLiteral("400")}), 0)
-        << m_output.data();
+    EXPECT_EQ(send(simulator, longText, {u"-len"_s, u"400"_s}), 0) << m_output.data();
     const QList<QJsonObject> messages = simulator.messages();
     ASSERT_EQ(messages.size(), 3);
-    EXPECT_EQ(joinedText(messages), LongText);
+    EXPECT_EQ(joinedText(messages), longText);
     for (qsizetype i = 0; i < messages.size(); ++i) {
-        EXPECT_EQ(messages.at(i).value(QStringLiteral("part")).toInt(), i + 1);
-        EXPECT_EQ(messages.at(i).value(QStringLiteral("parts")).toInt(), 3);
-        EXPECT_EQ(messages.at(i).value(QStringLiteral("concatenation")),
-                  messages.constFirst().value(QStringLiteral("concatenation")));
+        EXPECT_EQ(messages.at(i).value(u"part"_s).toInt(), i + 1);
+        EXPECT_EQ(messages.at(i).value(u"parts"_s).toInt(), 3);
+        EXPECT_EQ(messages.at(i).value(u"concatenation"_s),
+                  messages.constFirst().value(u"concatenation"_s));
     }
 }
 
 TEST_F(Gammu, sendsInTextMode)
 {
-    RunningSimulator simulator({QStringLiteral("--formats"), QStringLiteral("text")});
+    RunningSimulator simulator({u"--formats"_s, u"text"_s});
     ASSERT_TRUE(simulator.isReady());
-    EXPECT_EQ(send(simulator, QStringLiteral("hello [world] {x} @$")), 0) << m_output.data();
+    EXPECT_EQ(send(simulator, u"hello [world] {x} @$"_s), 0) << m_output.data();
     const QList<QJsonObject> messages = simulator.messages();
     ASSERT_EQ(messages.size(), 1);
-    EXPECT_EQ(joinedText(messages), QStringLiteral("hello [world] {x} @$"));
-    EXPECT_EQ(messages.constFirst().value(QStringLiteral("number")).toString(),
-              QStringLiteral("+34600111222"));
-    EXPECT_EQ(messages.constFirst().value(QStringLiteral("pdu")).toString(), QString());
+    EXPECT_EQ(joinedText(messages), u"hello [world] {x} @$"_s);
+    EXPECT_EQ(messages.constFirst().value(u"number"_s).toString(), u"+34600111222"_s);
+    EXPECT_EQ(messages.constFirst().value(u"pdu"_s).toString(), QString());
 }
 
 TEST_F(Gammu, entersThePin)
 {
-    RunningSimulator simulator({QStringLiteral("--pin"), QStringLiteral("1234")});
+    RunningSimulator simulator({u"--pin"_s, u"1234"_s});
     ASSERT_TRUE(simulator.isReady());
-    EXPECT_NE(send(simulator, QStringLiteral("hello")), 0);
-    EXPECT_EQ(run(simulator, {QStringLiteral("entersecuritycode"), QStringLiteral("PIN"),
-                              QStringLiteral("1234")}),
-              0)
-        << m_output.data();
-    EXPECT_EQ(send(simulator, QStringLiteral("hello")), 0) << m_output.data();
+    EXPECT_NE(send(simulator, u"hello"_s), 0);
+    EXPECT_EQ(run(simulator, {u"entersecuritycode"_s, u"PIN"_s, u"1234"_s}), 0) << m_output.data();
+    EXPECT_EQ(send(simulator, u"hello"_s), 0) << m_output.data();
     EXPECT_EQ(simulator.messages().size(), 1);
 }
 
 TEST_F(Gammu, sendsOverAPacedLine)
 {
-    RunningSimulator simulator({QStringLiteral("--baud"), QStringLiteral("115200"),
-                                QStringLiteral("--latency"), QStringLiteral("100")});
+    RunningSimulator simulator({u"--baud"_s, u"115200"_s, u"--latency"_s, u"100"_s});
     ASSERT_TRUE(simulator.isReady());
-    EXPECT_EQ(send(simulator, QStringLiteral("hello")), 0) << m_output.data();
+    EXPECT_EQ(send(simulator, u"hello"_s), 0) << m_output.data();
     EXPECT_EQ(simulator.messages().size(), 1);
 }
+
+} // namespace norvane

@@ -4,12 +4,16 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 // 3GPP TS 23.038, 6.2.1, written down by code point.
 TEST(GsmAlphabet, everySeptetOfTheDefaultTableIsItsCharacter)
 {
-    static constexpr char16_t Expected[128] = {
+    static constexpr char16_t expected[128] = {
         0x40,   0xA3,   0x24,   0xA5, 0xE8,   0xE9, 0xF9,   0xEC,   0xF2,   0xC7,   0x0A,   0xD8,
         0xF8,   0x0D,   0xC5,   0xE5, 0x0394, 0x5F, 0x03A6, 0x0393, 0x039B, 0x03A9, 0x03A0, 0x03A8,
         0x03A3, 0x0398, 0x039E, 0,    0xC6,   0xE6, 0xDF,   0xC9,   0x20,   0x21,   0x22,   0x23,
@@ -25,7 +29,7 @@ TEST(GsmAlphabet, everySeptetOfTheDefaultTableIsItsCharacter)
         if (septet == 0x1B)
             continue;
         const QString text = textOfSeptets(QByteArray(1, static_cast<char>(septet)));
-        EXPECT_EQ(text, QString(QChar(Expected[septet]))) << septet;
+        EXPECT_EQ(text, QString(QChar(expected[septet]))) << septet;
         EXPECT_EQ(septetsNeeded(text), 1) << septet;
     }
 }
@@ -42,7 +46,7 @@ TEST(GsmAlphabet, escapedSeptetsAreTheExtensionTableElseTheDefaultTable)
             EXPECT_EQ(text, QString(QChar(extension.value(septet)))) << septet;
             EXPECT_EQ(septetsNeeded(text), 2) << septet;
         } else if (septet == 0x1B) {
-            EXPECT_EQ(text, QStringLiteral(" "));
+            EXPECT_EQ(text, u" "_s);
         } else {
             EXPECT_EQ(text, textOfSeptets(QByteArray(1, static_cast<char>(septet)))) << septet;
         }
@@ -51,12 +55,12 @@ TEST(GsmAlphabet, escapedSeptetsAreTheExtensionTableElseTheDefaultTable)
 
 TEST(GsmAlphabet, anEscapeAtTheEndIsASpace)
 {
-    EXPECT_EQ(textOfSeptets("a\x1B"), QStringLiteral("a "));
+    EXPECT_EQ(textOfSeptets("a\x1B"), u"a "_s);
 }
 
 TEST(GsmAlphabet, charactersOutsideTheTablesHaveNoLength)
 {
-    EXPECT_EQ(septetsNeeded(QStringLiteral("abc€")), 5);
+    EXPECT_EQ(septetsNeeded(u"abc€"_s), 5);
     EXPECT_EQ(septetsNeeded(QString()), 0);
     for (const char16_t character : {u'ç', u'á', u'`', u'\t', u'\u00A0', u'Ж'})
         EXPECT_EQ(septetsNeeded(QString(QChar(character))), std::nullopt) << int(character);
@@ -70,13 +74,13 @@ TEST(GsmAlphabet, unpacksPublishedExamples)
         int count;
         const char *text;
     };
-    static constexpr Row Rows[] = {{"E8329BFD4697D9EC37", 10, "hellohello"},
+    static constexpr Row rows[] = {{"E8329BFD4697D9EC37", 10, "hellohello"},
                                    {"C8329BFD065DDF723619", 11, "Hello World"},
                                    {"31D98C56B3DD70", 8, "12345678"},
                                    {"31D98C56B3DD00", 7, "1234567"},
                                    {"41", 1, "A"},
                                    {"", 0, ""}};
-    for (const Row &row : Rows) {
+    for (const Row &row : rows) {
         const QByteArray septets = unpackSeptets(QByteArray::fromHex(row.packed), 0, row.count);
         EXPECT_EQ(textOfSeptets(septets), QString::fromLatin1(row.text)) << row.packed;
     }
@@ -95,3 +99,5 @@ TEST(GsmAlphabet, leavesFillBitsOut)
 }
 
 } // namespace simulator
+
+} // namespace norvane

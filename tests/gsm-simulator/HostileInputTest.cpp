@@ -2,6 +2,8 @@
 
 #include <random>
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -59,9 +61,9 @@ TEST(HostileInput, everyChangedOctetOfAGoodPduIsAPartOrAFault)
 
 TEST(HostileInput, theModemAnswersAfterAnyBytes)
 {
-    static const QByteArrayList Words{
+    static const QByteArrayList words{
         "AT", "+CMGS=", "\"1\"",  "\r",  "\x1A", "\x1B",   ";",       "+CSMP=",
-        ",",  "23",     HelloPdu, "=?",  "?",    "+CPIN=", "+CMGF=1", "+CSCS=\"HEX\"",
+        ",",  "23",     helloPdu, "=?",  "?",    "+CPIN=", "+CMGF=1", "+CSCS=\"HEX\"",
         "\"", "+CNMI=", "ATE",    "S99?"};
     for (unsigned seed = 0; seed < 20; ++seed) {
         std::mt19937 generator(seed);
@@ -71,8 +73,8 @@ TEST(HostileInput, theModemAnswersAfterAnyBytes)
         TalkingModem modem(settings);
         for (int round = 0; round < 3000; ++round) {
             const bool word = generator() % 3 != 0;
-            modem.say(word ? Words.at(static_cast<qsizetype>(generator() %
-                                                             static_cast<unsigned>(Words.size())))
+            modem.say(word ? words.at(static_cast<qsizetype>(generator() %
+                                                             static_cast<unsigned>(words.size())))
                            : randomBytes(generator, static_cast<qsizetype>(generator() % 20)));
         }
         modem.say("\x1B\r");
@@ -96,3 +98,5 @@ TEST(HostileInput, endlessLinesAndEntriesAreNotKept)
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <set>
 
+namespace norvane {
+
 namespace simulator {
 
 using std::chrono::milliseconds;
@@ -27,8 +29,8 @@ TEST(Latency, whatIsWrittenMeanwhileIsReadAfterTheAnswer)
     ModemSettings settings;
     settings.latency = milliseconds(1);
     TalkingModem modem(settings);
-    modem.say("AT+CMGS=23\r" + HelloPdu + "\x1A" + "AT+CSQ\r");
-    EXPECT_EQ(modem.say("AT+CMGS=23\r" + HelloPdu + '\x1A'), "");
+    modem.say("AT+CMGS=23\r" + helloPdu + "\x1A" + "AT+CSQ\r");
+    EXPECT_EQ(modem.say("AT+CMGS=23\r" + helloPdu + '\x1A'), "");
     EXPECT_EQ(modem.resume(), "\r\n+CMGS: 0\r\n\r\nOK\r\n\r\n+CSQ: 20,99\r\n\r\nOK\r\n\r\n> ");
     EXPECT_EQ(modem.pause, milliseconds(1));
     EXPECT_EQ(modem.resume(), "\r\n+CMGS: 1\r\n\r\nOK\r\n");
@@ -107,7 +109,7 @@ TEST(Silence, nothingIsEverSaid)
     settings.unsolicited = true;
     settings.noise = true;
     AtInterpreter modem(settings);
-    EXPECT_EQ(modem.take("AT\rAT+CMGS=23\r" + HelloPdu + '\x1A').output, "");
+    EXPECT_EQ(modem.take("AT\rAT+CMGS=23\r" + helloPdu + '\x1A').output, "");
     EXPECT_TRUE(modem.take("AT\r").accepted.empty());
     EXPECT_EQ(modem.unsolicitedLine(), "");
 }
@@ -165,7 +167,7 @@ TEST(Noise, standsBetweenLinesAndNeverWithinOne)
     EXPECT_GT(disturbed, 100);
     const QByteArray prompt = modem.say("AT+CMGS=23\r");
     EXPECT_TRUE(prompt.endsWith("\r\n> "));
-    EXPECT_TRUE(modem.say(HelloPdu + '\x1A').endsWith("\r\n+CMGS: 0\r\n\r\nOK\r\n"));
+    EXPECT_TRUE(modem.say(helloPdu + '\x1A').endsWith("\r\n+CMGS: 0\r\n\r\nOK\r\n"));
 }
 
 TEST(Noise, endsWithALineEndWhereShortAnswersHaveNone)
@@ -220,7 +222,7 @@ TEST(UnsolicitedLines, waitWhileSomethingIsBeingWritten)
     EXPECT_EQ(modem.interpreter.unsolicitedLine(), "");
     modem.say("+CMGS=23\r");
     EXPECT_EQ(modem.interpreter.unsolicitedLine(), "");
-    modem.say(HelloPdu + '\x1A');
+    modem.say(helloPdu + '\x1A');
     EXPECT_EQ(modem.interpreter.unsolicitedLine(), "\r\n+CMTI: \"SM\",1\r\n");
 }
 
@@ -234,3 +236,5 @@ TEST(UnsolicitedLines, comeWhileTheNetworkIsBeingWaitedFor)
 }
 
 } // namespace simulator
+
+} // namespace norvane

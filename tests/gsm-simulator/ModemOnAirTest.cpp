@@ -1,5 +1,7 @@
 #include "gsm-simulator/TalkingModem.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -131,3 +133,5 @@ TEST_F(ModemOnAir, aBareAttentionIsRefusedWhereThatIsAskedFor)
 }
 
 } // namespace simulator
+
+} // namespace norvane

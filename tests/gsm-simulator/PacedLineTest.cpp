@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace simulator {
 
 using namespace std::chrono_literals;
@@ -74,3 +76,5 @@ TEST(PacedLine, forgetsWhatWasUnderway)
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
@@ -210,7 +214,7 @@ TEST(PduDecoder, ofTwoReferencesTheLastCountsAndOtherElementsAreSkipped)
     const Result result = decode("004100098106101122F20004" + total + length + header + "41");
     ASSERT_TRUE(std::holds_alternative<SubmittedPart>(result));
     EXPECT_EQ(std::get<SubmittedPart>(result).concatenation, (Concatenation{5, 1, 3}));
-    EXPECT_EQ(std::get<SubmittedPart>(result).text, QStringLiteral("A"));
+    EXPECT_EQ(std::get<SubmittedPart>(result).text, u"A"_s);
 }
 
 TEST(PduDecoder, takesAsManyUnitsAsAMessageHoldsAndNoMore)
@@ -223,10 +227,10 @@ TEST(PduDecoder, takesAsManyUnitsAsAMessageHoldsAndNoMore)
         int octets;
         bool good;
     };
-    static constexpr Row Rows[] = {{"00", 160, 140, true}, {"00", 161, 141, false},
-                                   {"04", 140, 140, true}, {"04", 141, 141, false},
-                                   {"08", 140, 140, true}, {"08", 142, 142, false}};
-    for (const Row &row : Rows) {
+    static constexpr Row pduRows[] = {{"00", 160, 140, true}, {"00", 161, 141, false},
+                                      {"04", 140, 140, true}, {"04", 141, 141, false},
+                                      {"08", 140, 140, true}, {"08", 142, 142, false}};
+    for (const Row &row : pduRows) {
         const QByteArray length = QByteArray::number(row.length, 16).rightJustified(2, '0');
         const Result result =
             decode(head + row.coding + length + QByteArray(row.octets, 'a').toHex());
@@ -247,3 +251,5 @@ TEST(PduDecoder, theToldLengthHasToBeThatOfThePdu)
 }
 
 } // namespace simulator
+
+} // namespace norvane

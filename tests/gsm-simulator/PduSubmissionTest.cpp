@@ -1,16 +1,20 @@
 #include "gsm-simulator/TalkingModem.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 TEST(PduSubmission, anAcceptedMessageIsAnsweredWithItsReference)
 {
     TalkingModem modem;
     EXPECT_EQ(modem.say("AT+CMGS=23\r"), "\r\n> ");
-    EXPECT_EQ(modem.say(HelloPdu + '\x1A'), "\r\n+CMGS: 0\r\n\r\nOK\r\n");
+    EXPECT_EQ(modem.say(helloPdu + '\x1A'), "\r\n+CMGS: 0\r\n\r\nOK\r\n");
     ASSERT_EQ(modem.accepted.size(), 1U);
-    EXPECT_EQ(modem.accepted[0].part.number, QStringLiteral("+46708251358"));
-    EXPECT_EQ(modem.accepted[0].part.text, QStringLiteral("hellohello"));
-    EXPECT_EQ(modem.accepted[0].part.pdu, HelloPdu);
+    EXPECT_EQ(modem.accepted[0].part.number, u"+46708251358"_s);
+    EXPECT_EQ(modem.accepted[0].part.text, u"hellohello"_s);
+    EXPECT_EQ(modem.accepted[0].part.pdu, helloPdu);
     EXPECT_EQ(modem.accepted[0].reference, 0);
 }
 
@@ -24,7 +28,7 @@ TEST(PduSubmission, referencesCountTo255AndStartAgain)
 
 TEST(PduSubmission, everyFragmentationGivesTheSame)
 {
-    const QByteArray whole = "AT\rAT+CMGS=23\r" + HelloPdu + "\x1A" + "AT\r";
+    const QByteArray whole = "AT\rAT+CMGS=23\r" + helloPdu + "\x1A" + "AT\r";
     for (qsizetype size = 1; size <= whole.size(); ++size) {
         TalkingModem modem;
         QByteArray answer;
@@ -39,7 +43,7 @@ TEST(PduSubmission, theEntryIsEchoedWithoutItsEnd)
 {
     AtInterpreter modem{ModemSettings()};
     EXPECT_EQ(modem.take("AT+CMGS=23\r").output, "AT+CMGS=23\r\r\n> ");
-    EXPECT_EQ(modem.take(HelloPdu + '\x1A').output, HelloPdu + "\r\n+CMGS: 0\r\n\r\nOK\r\n");
+    EXPECT_EQ(modem.take(helloPdu + '\x1A').output, helloPdu + "\r\n+CMGS: 0\r\n\r\nOK\r\n");
 }
 
 TEST(PduSubmission, noCommandIsReadWhileThePromptIsOpen)
@@ -56,7 +60,7 @@ TEST(PduSubmission, escapeGivesTheEntryUp)
 {
     TalkingModem modem;
     modem.say("AT+CMGS=23\r");
-    EXPECT_EQ(modem.say(HelloPdu + '\x1B'), "\r\nOK\r\n");
+    EXPECT_EQ(modem.say(helloPdu + '\x1B'), "\r\nOK\r\n");
     EXPECT_TRUE(modem.accepted.empty());
     EXPECT_EQ(modem.submitHello(), "+CMGS: 0|OK");
 }
@@ -64,7 +68,7 @@ TEST(PduSubmission, escapeGivesTheEntryUp)
 TEST(PduSubmission, theLineFeedOfTheCommandIsNoPartOfTheEntry)
 {
     TalkingModem modem;
-    EXPECT_EQ(modem.say("AT+CMGS=23\r\n" + HelloPdu + '\x1A'), "\r\n> \r\n+CMGS: 0\r\n\r\nOK\r\n");
+    EXPECT_EQ(modem.say("AT+CMGS=23\r\n" + helloPdu + '\x1A'), "\r\n> \r\n+CMGS: 0\r\n\r\nOK\r\n");
 }
 
 TEST(PduSubmission, lengthsThatNoPduHasOpenNoPrompt)
@@ -82,15 +86,15 @@ TEST(PduSubmission, whatIsNoSubmitOfTheToldLengthIsRefused)
         QByteArray pdu;
         int length;
     };
-    const Row rows[] = {{HelloPdu, 22},
-                        {HelloPdu, 24},
-                        {HelloPdu + "00", 24},
-                        {HelloPdu.chopped(2), 23},
-                        {HelloPdu.chopped(1), 23},
-                        {HelloPdu.chopped(2), 22},
+    const Row rows[] = {{helloPdu, 22},
+                        {helloPdu, 24},
+                        {helloPdu + "00", 24},
+                        {helloPdu.chopped(2), 23},
+                        {helloPdu.chopped(1), 23},
+                        {helloPdu.chopped(2), 22},
                         {"", 23},
-                        {HelloPdu + "\r", 23},
-                        {"zz" + HelloPdu.mid(2), 23}};
+                        {helloPdu + "\r", 23},
+                        {"zz" + helloPdu.mid(2), 23}};
     TalkingModem modem;
     for (const Row &row : rows)
         EXPECT_EQ(modem.submitPdu(row.pdu, row.length), "+CMS ERROR: 304") << row.pdu.data();
@@ -101,7 +105,7 @@ TEST(PduSubmission, whatIsNoSubmitOfTheToldLengthIsRefused)
 TEST(PduSubmission, anEntryBeyondTheBufferIsRefused)
 {
     TalkingModem modem;
-    EXPECT_EQ(modem.submitPdu(HelloPdu + QByteArray(100000, '0'), HelloLength), "+CMS ERROR: 304");
+    EXPECT_EQ(modem.submitPdu(helloPdu + QByteArray(100000, '0'), helloLength), "+CMS ERROR: 304");
     EXPECT_EQ(modem.submitHello(), "+CMGS: 0|OK");
 }
 
@@ -135,3 +139,5 @@ TEST(PduSubmission, withoutNetworkNothingIsTaken)
 }
 
 } // namespace simulator
+
+} // namespace norvane

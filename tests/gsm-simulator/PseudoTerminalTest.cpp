@@ -12,6 +12,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
@@ -19,7 +23,7 @@ namespace {
 class PseudoTerminalTest : public testing::Test
 {
 protected:
-    QString path() const { return m_folder.filePath(QStringLiteral("port")); }
+    QString path() const { return m_folder.filePath(u"port"_s); }
 
     PseudoTerminal terminal;
 
@@ -70,14 +74,14 @@ TEST_F(PseudoTerminalTest, anythingElseInItsPlaceIsLeftAlone)
     EXPECT_NE(terminal.open(path()), QString());
     EXPECT_TRUE(QFileInfo(path()).isFile());
     ASSERT_TRUE(file.remove());
-    ASSERT_TRUE(QFile::link(QStringLiteral("/etc/hostname"), path()));
+    ASSERT_TRUE(QFile::link(u"/etc/hostname"_s, path()));
     EXPECT_NE(terminal.open(path()), QString());
-    EXPECT_EQ(QFile::symLinkTarget(path()), QStringLiteral("/etc/hostname"));
+    EXPECT_EQ(QFile::symLinkTarget(path()), u"/etc/hostname"_s);
 }
 
 TEST_F(PseudoTerminalTest, aLinkWithoutAFolderIsAFailure)
 {
-    EXPECT_NE(terminal.open(QStringLiteral("/nowhere/port")), QString());
+    EXPECT_NE(terminal.open(u"/nowhere/port"_s), QString());
 }
 
 TEST_F(PseudoTerminalTest, clientsComeAndGo)
@@ -153,3 +157,5 @@ TEST_F(PseudoTerminalTest, aStoppedLineTakesNothingUntilItGoesOn)
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -10,12 +10,14 @@
 #include <poll.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 RunningSimulator::RunningSimulator(const QStringList &options)
 {
     m_process.setProgram(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"));
-    m_process.setArguments(
-        QStringList{QStringLiteral("--link"), link(), QStringLiteral("--log"), logPath()} +
-        options);
+    m_process.setArguments(QStringList{u"--link"_s, link(), u"--log"_s, logPath()} + options);
     m_process.start();
     const QDeadlineTimer deadline(hangMs);
     while (!m_process.canReadLine() && !deadline.hasExpired()) {
@@ -113,3 +115,5 @@ QByteArray PortClient::submitHello()
     write("0011000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A");
     return readUntil("\r\nOK\r\n");
 }
+
+} // namespace norvane

@@ -9,6 +9,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The program in a process of its own, ended with this object.
 class RunningSimulator
 {
@@ -18,8 +22,8 @@ public:
     ~RunningSimulator();
 
     bool isReady() const { return m_ready; }
-    QString link() const { return m_folder.filePath(QStringLiteral("port")); }
-    QString logPath() const { return m_folder.filePath(QStringLiteral("log")); }
+    QString link() const { return m_folder.filePath(u"port"_s); }
+    QString logPath() const { return m_folder.filePath(u"log"_s); }
     QString folder() const { return m_folder.path(); }
     QProcess &process() { return m_process; }
 
@@ -64,3 +68,5 @@ private:
     QByteArray m_read;
     bool m_hungUp = false;
 };
+
+} // namespace norvane

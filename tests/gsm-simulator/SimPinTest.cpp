@@ -1,5 +1,7 @@
 #include "gsm-simulator/TalkingModem.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -117,3 +119,5 @@ TEST(SimPin, aRestartAsksAgainAndKeepsUsedTriesUsed)
 }
 
 } // namespace simulator
+
+} // namespace norvane

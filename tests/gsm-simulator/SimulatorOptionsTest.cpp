@@ -2,16 +2,19 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
 
-using Wish = SimulatorOptions::Wish;
+using Action = SimulatorOptions::Action;
 
 SimulatorOptions parse(const QString &more)
 {
-    QStringList arguments{QStringLiteral("gsm-simulator"), QStringLiteral("--link"),
-                          QStringLiteral("/l"), QStringLiteral("--log"), QStringLiteral("/f")};
+    QStringList arguments{u"gsm-simulator"_s, u"--link"_s, u"/l"_s, u"--log"_s, u"/f"_s};
     return parseOptions(arguments + more.split(u' ', Qt::SkipEmptyParts));
 }
 
@@ -20,9 +23,9 @@ SimulatorOptions parse(const QString &more)
 TEST(SimulatorOptions, linkAndLogAreEnough)
 {
     const SimulatorOptions options = parse({});
-    EXPECT_EQ(options.wish, Wish::Run);
-    EXPECT_EQ(options.link, QStringLiteral("/l"));
-    EXPECT_EQ(options.log, QStringLiteral("/f"));
+    EXPECT_EQ(options.action, Action::Run);
+    EXPECT_EQ(options.link, u"/l"_s);
+    EXPECT_EQ(options.log, u"/f"_s);
     EXPECT_EQ(options.modem.pin, "");
     EXPECT_EQ(options.modem.latency.count(), 0);
     EXPECT_EQ(options.modem.failEvery, 0);
@@ -41,13 +44,13 @@ TEST(SimulatorOptions, linkAndLogAreEnough)
 
 TEST(SimulatorOptions, everyValueArrives)
 {
-    const SimulatorOptions options = parse(QStringLiteral(
-        "--pin 1234 --puk 87654321 --latency 250 --baud 9600 --fail-every 3 --fail-code 42 "
-        "--drop-after 5 --seed 9 --urc-interval 70 --formats text --signal 31 --registered 5 "
-        "--manufacturer Maker --model Thing --imei 123456789012345 --imsi 001019 "
-        "--iccid 890000000000000001 --silent --noise --urc --lose-answer "
-        "--functionality 4 --register-after 1500 --refuse-bare-at"));
-    ASSERT_EQ(options.wish, Wish::Run) << options.refusal.toStdString();
+    const SimulatorOptions options =
+        parse(u"--pin 1234 --puk 87654321 --latency 250 --baud 9600 --fail-every 3 --fail-code 42 "
+              "--drop-after 5 --seed 9 --urc-interval 70 --formats text --signal 31 --registered 5 "
+              "--manufacturer Maker --model Thing --imei 123456789012345 --imsi 001019 "
+              "--iccid 890000000000000001 --silent --noise --urc --lose-answer "
+              "--functionality 4 --register-after 1500 --refuse-bare-at"_s);
+    ASSERT_EQ(options.action, Action::Run) << options.refusal.toStdString();
     const ModemSettings &modem = options.modem;
     EXPECT_EQ(modem.pin, "1234");
     EXPECT_EQ(modem.puk, "87654321");
@@ -70,9 +73,9 @@ TEST(SimulatorOptions, everyValueArrives)
     EXPECT_EQ(modem.functionality, 4);
     EXPECT_EQ(modem.registerAfter.count(), 1500);
     EXPECT_TRUE(modem.refusesBareAttention);
-    EXPECT_EQ(parse(QStringLiteral("--formats pdu")).modem.formats, Formats::PduOnly);
-    EXPECT_EQ(parse(QStringLiteral("--formats both")).modem.formats, Formats::Both);
-    EXPECT_EQ(parse(QStringLiteral("--signal 99")).modem.signal, 99);
+    EXPECT_EQ(parse(u"--formats pdu"_s).modem.formats, Formats::PduOnly);
+    EXPECT_EQ(parse(u"--formats both"_s).modem.formats, Formats::Both);
+    EXPECT_EQ(parse(u"--signal 99"_s).modem.signal, 99);
 }
 
 TEST(SimulatorOptions, badOnesAreRefusedByName)
@@ -86,7 +89,7 @@ TEST(SimulatorOptions, badOnesAreRefusedByName)
           "--pin 12a4",     "--puk 1234",        "--imei 1",          "--imsi 12345",
           "--iccid x",      "--model é",         "--manufacturer=",   "--imsi 0123456789012345"}) {
         const SimulatorOptions options = parse(QString::fromUtf8(bad));
-        EXPECT_EQ(options.wish, Wish::Refused) << bad;
+        EXPECT_EQ(options.action, Action::Refused) << bad;
         QString name = QString::fromUtf8(bad).split(u' ').constFirst();
         name.remove(u'=');
         EXPECT_TRUE(options.refusal.contains(name)) << options.refusal.toStdString();
@@ -96,29 +99,27 @@ TEST(SimulatorOptions, badOnesAreRefusedByName)
 TEST(SimulatorOptions, unknownOnesAndStrayWordsAreRefused)
 {
     for (const char *bad : {"--unknown", "-x", "word", "--silent=1", "--baud"})
-        EXPECT_EQ(parse(QString::fromLatin1(bad)).wish, Wish::Refused) << bad;
+        EXPECT_EQ(parse(QString::fromLatin1(bad)).action, Action::Refused) << bad;
 }
 
 TEST(SimulatorOptions, linkAndLogAreNeeded)
 {
-    const QString program = QStringLiteral("gsm-simulator");
-    EXPECT_EQ(parseOptions({program}).wish, Wish::Refused);
-    EXPECT_EQ(parseOptions({program, QStringLiteral("--link"), QStringLiteral("/l")}).wish,
-              Wish::Refused);
-    EXPECT_EQ(parseOptions({program, QStringLiteral("--log"), QStringLiteral("/f")}).wish,
-              Wish::Refused);
+    const QString program = u"gsm-simulator"_s;
+    EXPECT_EQ(parseOptions({program}).action, Action::Refused);
+    EXPECT_EQ(parseOptions({program, u"--link"_s, u"/l"_s}).action, Action::Refused);
+    EXPECT_EQ(parseOptions({program, u"--log"_s, u"/f"_s}).action, Action::Refused);
 }
 
 TEST(SimulatorOptions, helpNamesEveryOption)
 {
-    const SimulatorOptions options =
-        parseOptions({QStringLiteral("gsm-simulator"), QStringLiteral("--help")});
-    EXPECT_EQ(options.wish, Wish::ShowHelp);
+    const SimulatorOptions options = parseOptions({u"gsm-simulator"_s, u"--help"_s});
+    EXPECT_EQ(options.action, Action::ShowHelp);
     for (const char *name : {"--link", "--log", "--pin", "--latency", "--baud", "--fail-every",
                              "--fail-code", "--silent", "--drop-after", "--noise", "--urc"})
         EXPECT_TRUE(options.help.contains(QString::fromLatin1(name))) << name;
-    EXPECT_EQ(parseOptions({QStringLiteral("gsm-simulator"), QStringLiteral("--version")}).wish,
-              Wish::ShowVersion);
+    EXPECT_EQ(parseOptions({u"gsm-simulator"_s, u"--version"_s}).action, Action::ShowVersion);
 }
 
 } // namespace simulator
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray answerOf(const QByteArray &text)
@@ -23,7 +27,7 @@ int linesOf(const QByteArray &said)
 
 QString textOf(const QJsonObject &message)
 {
-    return message.value(QStringLiteral("text")).toString();
+    return message.value(u"text"_s).toString();
 }
 
 } // namespace
@@ -40,12 +44,12 @@ TEST(SimulatorProcess, acceptsMessagesAndLogsThemBeforeItsAnswer)
         ASSERT_EQ(simulator.messages().size(), i + 1);
     }
     const QJsonObject message = simulator.messages().constLast();
-    EXPECT_EQ(message.value(QStringLiteral("number")).toString(), QStringLiteral("+46708251358"));
-    EXPECT_EQ(textOf(message), QStringLiteral("hellohello"));
-    EXPECT_EQ(message.value(QStringLiteral("pdu")).toString(),
-              QStringLiteral("0011000B916407281553F80000AA0AE8329BFD4697D9EC37"));
+    EXPECT_EQ(message.value(u"number"_s).toString(), u"+46708251358"_s);
+    EXPECT_EQ(textOf(message), u"hellohello"_s);
+    EXPECT_EQ(message.value(u"pdu"_s).toString(),
+              u"0011000B916407281553F80000AA0AE8329BFD4697D9EC37"_s);
     const QDateTime time =
-        QDateTime::fromString(message.value(QStringLiteral("time")).toString(), Qt::ISODateWithMs);
+        QDateTime::fromString(message.value(u"time"_s).toString(), Qt::ISODateWithMs);
     EXPECT_TRUE(time >= before && time <= QDateTime::currentDateTime())
         << time.toString().toStdString();
 }
@@ -84,8 +88,7 @@ TEST(SimulatorProcess, removesItsLinkWhenItIsEnded)
 /// its time.
 TEST(SimulatorProcess, answersAfterItsLatency)
 {
-    RunningSimulator simulator(
-        {QStringLiteral("--latency"), QStringLiteral("1300"), QStringLiteral("--urc")});
+    RunningSimulator simulator({u"--latency"_s, u"1300"_s, u"--urc"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -100,8 +103,7 @@ TEST(SimulatorProcess, answersAfterItsLatency)
 
 TEST(SimulatorProcess, aPacedLineTakesItsTimeInBothDirections)
 {
-    RunningSimulator simulator(
-        {QStringLiteral("--baud"), QStringLiteral("1200"), QStringLiteral("--urc")});
+    RunningSimulator simulator({u"--baud"_s, u"1200"_s, u"--urc"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -134,8 +136,7 @@ TEST(SimulatorProcess, manyMessagesPassInOneWrite)
 
 TEST(SimulatorProcess, failuresComeAtTheirTurn)
 {
-    RunningSimulator simulator({QStringLiteral("--fail-every"), QStringLiteral("2"),
-                                QStringLiteral("--fail-code"), QStringLiteral("331")});
+    RunningSimulator simulator({u"--fail-every"_s, u"2"_s, u"--fail-code"_s, u"331"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -149,7 +150,7 @@ TEST(SimulatorProcess, failuresComeAtTheirTurn)
 
 TEST(SimulatorProcess, unpluggingHangsUpAndEnds)
 {
-    RunningSimulator simulator({QStringLiteral("--drop-after"), QStringLiteral("2")});
+    RunningSimulator simulator({u"--drop-after"_s, u"2"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -165,8 +166,7 @@ TEST(SimulatorProcess, unpluggingHangsUpAndEnds)
 
 TEST(SimulatorProcess, unpluggingCanLoseTheLastAnswer)
 {
-    RunningSimulator simulator(
-        {QStringLiteral("--drop-after"), QStringLiteral("1"), QStringLiteral("--lose-answer")});
+    RunningSimulator simulator({u"--drop-after"_s, u"1"_s, u"--lose-answer"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -177,7 +177,7 @@ TEST(SimulatorProcess, unpluggingCanLoseTheLastAnswer)
 
 TEST(SimulatorProcess, aSilentModemSaysNothing)
 {
-    RunningSimulator simulator({QStringLiteral("--silent")});
+    RunningSimulator simulator({u"--silent"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.write("AT\r");
@@ -187,7 +187,7 @@ TEST(SimulatorProcess, aSilentModemSaysNothing)
 
 TEST(SimulatorProcess, aLockedCardOpensWithItsPin)
 {
-    RunningSimulator simulator({QStringLiteral("--pin"), QStringLiteral("1234")});
+    RunningSimulator simulator({u"--pin"_s, u"1234"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -198,8 +198,7 @@ TEST(SimulatorProcess, aLockedCardOpensWithItsPin)
 
 TEST(SimulatorProcess, aTalkativeModemSpeaksUp)
 {
-    RunningSimulator simulator(
-        {QStringLiteral("--urc"), QStringLiteral("--urc-interval"), QStringLiteral("20")});
+    RunningSimulator simulator({u"--urc"_s, u"--urc-interval"_s, u"20"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     const QByteArray end = "^RSSI: 18\r\n";
@@ -208,9 +207,8 @@ TEST(SimulatorProcess, aTalkativeModemSpeaksUp)
 
 TEST(SimulatorProcess, noisyAndTalkativeModemsStillAcceptEverything)
 {
-    RunningSimulator simulator({QStringLiteral("--urc"), QStringLiteral("--urc-interval"),
-                                QStringLiteral("5"), QStringLiteral("--noise"),
-                                QStringLiteral("--latency"), QStringLiteral("10")});
+    RunningSimulator simulator(
+        {u"--urc"_s, u"--urc-interval"_s, u"5"_s, u"--noise"_s, u"--latency"_s, u"10"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -230,15 +228,11 @@ TEST(SimulatorProcess, badUseIsToldOnTheErrorStream)
         int exitCode;
     };
     const Row rows[] = {
-        {{QStringLiteral("--unknown")}, 2},
+        {{u"--unknown"_s}, 2},
         {{}, 2},
-        {{QStringLiteral("--link"), QStringLiteral("/tmp/x")}, 2},
-        {{QStringLiteral("--link"), QStringLiteral("/nowhere/x"), QStringLiteral("--log"),
-          QStringLiteral("/dev/null")},
-         1},
-        {{QStringLiteral("--link"), QStringLiteral("/nowhere/x"), QStringLiteral("--log"),
-          QStringLiteral("/nowhere/y")},
-         1},
+        {{u"--link"_s, u"/tmp/x"_s}, 2},
+        {{u"--link"_s, u"/nowhere/x"_s, u"--log"_s, u"/dev/null"_s}, 1},
+        {{u"--link"_s, u"/nowhere/x"_s, u"--log"_s, u"/nowhere/y"_s}, 1},
     };
     for (const Row &row : rows) {
         QProcess process;
@@ -264,7 +258,7 @@ TEST(SimulatorProcess, helpAndVersionAreShown)
 
 TEST(SimulatorProcess, aLogThatCannotBeWrittenEndsItBeforeTheAnswer)
 {
-    RunningSimulator simulator({QStringLiteral("--log"), QStringLiteral("/dev/full")});
+    RunningSimulator simulator({u"--log"_s, u"/dev/full"_s});
     ASSERT_TRUE(simulator.isReady());
     PortClient client(simulator.link());
     client.ask("ATE0");
@@ -273,3 +267,5 @@ TEST(SimulatorProcess, aLogThatCannotBeWrittenEndsItBeforeTheAnswer)
     EXPECT_EQ(simulator.process().exitCode(), 1);
     EXPECT_TRUE(simulator.process().readAllStandardError().contains("/dev/full"));
 }
+
+} // namespace norvane

@@ -6,11 +6,14 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
-inline const QByteArray HelloPdu =
-    QByteArrayLiteral("0011000B916407281553F80000AA0AE8329BFD4697D9EC37");
-constexpr int HelloLength = 23;
+inline const QByteArray helloPdu = "0011000B916407281553F80000AA0AE8329BFD4697D9EC37"_ba;
+constexpr int helloLength = 23;
 
 /// A modem whose echo is off, and what it has accepted so far.
 class TalkingModem
@@ -33,7 +36,7 @@ public:
 
     QByteArray resume() { return note(interpreter.resume()); }
 
-    QByteArray submitHello() { return submitPdu(HelloPdu, HelloLength); }
+    QByteArray submitHello() { return submitPdu(helloPdu, helloLength); }
 
     QByteArray submitPdu(const QByteArray &pdu, int length)
     {
@@ -67,3 +70,5 @@ private:
 };
 
 } // namespace simulator
+
+} // namespace norvane

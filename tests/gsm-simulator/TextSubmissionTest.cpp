@@ -1,5 +1,7 @@
 #include "gsm-simulator/TalkingModem.h"
 
+namespace norvane {
+
 namespace simulator {
 
 namespace {
@@ -144,3 +146,5 @@ TEST(TextSubmission, aHeaderComesInHexadecimalDigits)
 }
 
 } // namespace simulator
+
+} // namespace norvane

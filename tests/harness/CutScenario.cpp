@@ -1,5 +1,9 @@
 #include "harness/Scenarios.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr std::chrono::milliseconds trapLimit{1'200'000};
@@ -34,17 +38,17 @@ void runCycle(World &world, const QList<Shape> &shapes, int byte)
     world.line.set(std::move(trap));
     world.queue(shapes);
     if (!world.line.waitForAct(trapLimit))
-        world.stuck(QStringLiteral("byte %1").arg(byte));
+        world.stuck(u"byte %1"_s.arg(byte));
     world.line.disarm();
     if (world.sandbox.queueSize() < 0)
-        world.stuck(QStringLiteral("an engine that lives on after a cut at byte %1").arg(byte));
+        world.stuck(u"an engine that lives on after a cut at byte %1"_s.arg(byte));
     if (!world.line.plugIn(world.device().link()))
-        world.stuck(QStringLiteral("the line after byte %1").arg(byte));
+        world.stuck(u"the line after byte %1"_s.arg(byte));
     // The engine comes back by itself, and the next message goes its way as if nothing had been.
     world.queue({Shape::Short});
     const bool done = eventually([&] { return world.isDone(); }, drainLimit);
     if (!done)
-        world.stuck(QStringLiteral("the end of the queue after a cut at byte %1").arg(byte));
+        world.stuck(u"the end of the queue after a cut at byte %1"_s.arg(byte));
 }
 
 } // namespace
@@ -57,7 +61,7 @@ Tally runCut(const RunOptions &options)
     int cycles = 0;
     const int bytes = world.begin() ? measure(world, shapes) : 0;
     if (bytes == 0)
-        world.stuck(QStringLiteral("a message without disturbance"));
+        world.stuck(u"a message without disturbance"_s);
     const int wanted = options.cycles > 0 ? std::min(options.cycles, bytes) : bytes;
     for (int cycle = 0; cycle < wanted; ++cycle) {
         if (!options.isMine(cycle))
@@ -67,3 +71,5 @@ Tally runCut(const RunOptions &options)
     }
     return world.close(cycles);
 }
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "harness/DialogueWatch.h"
 
+namespace norvane {
+
 namespace {
 
 constexpr char lineEnd = '\r';
@@ -84,3 +86,5 @@ void DialogueWatch::enter(Stage stage)
     m_line.clear();
     m_payload.clear();
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QList>
 
+namespace norvane {
+
 enum class From { Engine, Device };
 
 /// The stages of handing a part to the device.
@@ -50,3 +52,5 @@ private:
     QByteArray m_payload;
     QByteArray m_line;
 };
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 class WatchedDialogue : public testing::Test
@@ -78,3 +80,5 @@ TEST_F(WatchedDialogue, aPromptThatIsGivenUpEndsTheSubmission)
     EXPECT_EQ(engine("\x1B\r").constFirst().stage, Stage::Outside);
     EXPECT_EQ(engine("AT\r").constFirst().stage, Stage::Outside);
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace norvane {
+
 /// What an engine with the shim of FullDisk.cpp shares with the harness: a file of this content,
 /// mapped by both.
 struct DiskControl
@@ -18,3 +20,5 @@ struct DiskControl
 
 inline constexpr char diskControlVariable[] = "NORVANE_DISK_CONTROL";
 inline constexpr char diskFolderVariable[] = "NORVANE_DISK_FOLDER";
+
+} // namespace norvane

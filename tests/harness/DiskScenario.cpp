@@ -9,6 +9,10 @@
 #include <sys/mman.h>
 #include <sys/mount.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
@@ -21,7 +25,7 @@ class SteeredDisk
 public:
     explicit SteeredDisk(Sandbox &sandbox)
     {
-        QFile file(sandbox.path(QStringLiteral("disk")));
+        QFile file(sandbox.path(u"disk"_s));
         if (!file.open(QIODevice::ReadWrite) || !file.resize(sizeof(DiskControl)))
             return;
         void *const memory = ::mmap(nullptr, sizeof(DiskControl), PROT_READ | PROT_WRITE,
@@ -31,10 +35,9 @@ public:
         m_control = new (memory) DiskControl;
         sandbox.setVariable(QLatin1String(diskControlVariable), file.fileName());
         sandbox.setVariable(QLatin1String(diskFolderVariable), sandbox.storeFolder());
-        sandbox.setVariable(QStringLiteral("LD_PRELOAD"), QStringLiteral(NORVANE_FULL_DISK));
+        sandbox.setVariable(u"LD_PRELOAD"_s, QStringLiteral(NORVANE_FULL_DISK));
         // The sanitizer's own library would rather be the first.
-        sandbox.setVariable(QStringLiteral("ASAN_OPTIONS"),
-                            QStringLiteral("verify_asan_link_order=0"));
+        sandbox.setVariable(u"ASAN_OPTIONS"_s, u"verify_asan_link_order=0"_s);
     }
 
     ~SteeredDisk()
@@ -76,7 +79,7 @@ void lookAtFullDisk(World &world, int write)
 {
     constexpr int everyFourth = 4;
     if (world.sandbox.call("GetEngineStatus").arguments().value(0).toInt() != 1)
-        world.stuck(QStringLiteral("an answer while full from write %1 on").arg(write));
+        world.stuck(u"an answer while full from write %1 on"_s.arg(write));
     if (write % everyFourth != everyFourth - 1)
         return;
     world.sandbox.kill();
@@ -101,14 +104,14 @@ void runCycle(World &world, const SteeredDisk &disk, int write)
         met = disk->refused > 0;
     }
     if (!met)
-        world.stuck(QStringLiteral("a refusal of write %1").arg(write));
+        world.stuck(u"a refusal of write %1"_s.arg(write));
     lookAtFullDisk(world, write);
     disk->room = -1;
     if (!world.sandbox.isUp())
         world.sandbox.start();
     world.sandbox.waitForBus();
     if (!eventually([&] { return world.isDone(); }, drainLimit))
-        world.stuck(QStringLiteral("the end of the queue after write %1").arg(write));
+        world.stuck(u"the end of the queue after write %1"_s.arg(write));
 }
 
 /// A message for which there is no room is the caller's still.
@@ -118,7 +121,7 @@ void refuseMessage(World &world, const SteeredDisk &disk)
     disk->room = 0;
     world.queue({Shape::Short});
     if (disk->refused == 0)
-        world.stuck(QStringLiteral("a write for a message"));
+        world.stuck(u"a write for a message"_s);
     disk->room = -1;
 }
 
@@ -131,7 +134,7 @@ Tally runFullDisk(const RunOptions &options)
     int cycles = 0;
     const int writes = disk.isThere() && world.begin() ? measure(world, disk) : 0;
     if (writes == 0)
-        world.stuck(QStringLiteral("a write to the steered disk"));
+        world.stuck(u"a write to the steered disk"_s);
     const int wanted = options.cycles > 0 ? std::min(options.cycles, writes) : writes;
     for (int write = 0; write < wanted; ++write) {
         if (!options.isMine(write))
@@ -143,3 +146,5 @@ Tally runFullDisk(const RunOptions &options)
         refuseMessage(world, disk);
     return world.close(cycles);
 }
+
+} // namespace norvane

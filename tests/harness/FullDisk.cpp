@@ -13,6 +13,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+using namespace norvane;
+
 namespace {
 
 DiskControl *control()

@@ -3,6 +3,10 @@
 #include <array>
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Moment = Trap::Moment;
@@ -21,7 +25,7 @@ struct Step
     Stage stage;
     int offset; ///< -1: the last byte of the stage
     Moment moment;
-    int longestDelay = 0; ///< microseconds, a random delay up to this
+    int maxDelay = 0; ///< microseconds, a random delay up to this
 };
 
 constexpr std::array<Step, 15> steps = {{
@@ -69,13 +73,13 @@ Trap trapOf(World &world, int cycle)
     if (kind < static_cast<int>(steps.size())) {
         const Step &step = steps.at(static_cast<std::size_t>(kind));
         trap.moment = step.moment;
-        trap.delay = std::chrono::microseconds(world.random(0, step.longestDelay));
+        trap.delay = std::chrono::microseconds(world.random(0, step.maxDelay));
         trap.isHere = [step, submission](const Place &place) {
             return isAt(step, submission, place);
         };
     } else if (kind == static_cast<int>(steps.size())) {
-        const int longest = std::max(world.line.longestSubmission(), 1);
-        trap.isHere = [submission, left = world.random(0, longest)](const Place &place) mutable {
+        const int max = std::max(world.line.longestSubmission(), 1);
+        trap.isHere = [submission, left = world.random(0, max)](const Place &place) mutable {
             return place.submission >= submission && left-- == 0;
         };
     } else {
@@ -107,7 +111,7 @@ void runCycle(World &world, int cycle)
     if (world.sandbox.waitForBus())
         world.queue(someShapes(world));
     if (!world.line.waitForAct(trapLimit))
-        world.stuck(QStringLiteral("the place of cycle %1").arg(cycle));
+        world.stuck(u"the place of cycle %1"_s.arg(cycle));
     world.line.disarm();
     world.sandbox.kill();
     world.line.flow();
@@ -131,3 +135,5 @@ Tally runKill(const RunOptions &options)
     }
     return world.close(cycles);
 }
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include <array>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int sentCode = 1;
@@ -163,7 +167,7 @@ private:
 
     void fault(int Tally::*kind, const char *what)
     {
-        m_tally.fault(kind, m_phone + QStringLiteral(" ") + QLatin1String(what));
+        m_tally.fault(kind, m_phone + u" "_s + QLatin1String(what));
     }
 
     const QString &m_phone;
@@ -182,7 +186,7 @@ QString Tally::line() const
 {
     QStringList words;
     for (const auto &[name, number] : numbers)
-        words << QStringLiteral("%1=%2").arg(QLatin1String(name)).arg(this->*number);
+        words << u"%1=%2"_s.arg(QLatin1String(name)).arg(this->*number);
     return words.join(u' ');
 }
 
@@ -211,3 +215,5 @@ Tally count(const Account &account)
         Judge(story.key(), story.value(), tally).judge();
     return tally;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace norvane {
+
 // What became of every message, counted from the device's side against the store. Each message has
 // a phone of its own, by which it is known again.
 
@@ -84,3 +86,5 @@ struct Tally
 };
 
 Tally count(const Account &account);
+
+} // namespace norvane

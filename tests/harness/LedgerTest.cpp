@@ -2,34 +2,33 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// One message of each kind, all of them as they should be.
 Account soundAccount()
 {
     Account account;
-    account.queued = {{QStringLiteral("1"), QStringLiteral("one part")},
-                      {QStringLiteral("2"), QStringLiteral("two parts")},
-                      {QStringLiteral("3"), QStringLiteral("may be delivered, and was")},
-                      {QStringLiteral("4"), QStringLiteral("may be delivered, and was not")},
-                      {QStringLiteral("5"), QStringLiteral("waits")},
-                      {QStringLiteral("6"), QStringLiteral("waits between its parts")},
-                      {QStringLiteral("7"), QStringLiteral("refused")},
-                      {QStringLiteral("8"), QStringLiteral("never came"), Queued::Unanswered},
-                      {QStringLiteral("9"), QStringLiteral("no room"), Queued::Refused}};
-    account.received = {{QStringLiteral("1"), QStringLiteral("one part")},
-                        {QStringLiteral("2"), QStringLiteral("two "), 1, 2},
-                        {QStringLiteral("2"), QStringLiteral("parts"), 2, 2},
-                        {QStringLiteral("3"), QStringLiteral("may be delivered, and was")},
-                        {QStringLiteral("6"), QStringLiteral("waits "), 1, 2}};
-    account.outcomes = {{QStringLiteral("1"), 1},
-                        {QStringLiteral("2"), 1},
-                        {QStringLiteral("3"), -39},
-                        {QStringLiteral("4"), -39},
-                        {QStringLiteral("7"), -36}};
-    account.waiting = {{QStringLiteral("5"), 0, 0}, {QStringLiteral("6"), 2, 1}};
-    account.told = {
-        {QStringLiteral("3"), -39}, {QStringLiteral("4"), -39}, {QStringLiteral("7"), -36}};
+    account.queued = {{u"1"_s, u"one part"_s},
+                      {u"2"_s, u"two parts"_s},
+                      {u"3"_s, u"may be delivered, and was"_s},
+                      {u"4"_s, u"may be delivered, and was not"_s},
+                      {u"5"_s, u"waits"_s},
+                      {u"6"_s, u"waits between its parts"_s},
+                      {u"7"_s, u"refused"_s},
+                      {u"8"_s, u"never came"_s, Queued::Unanswered},
+                      {u"9"_s, u"no room"_s, Queued::Refused}};
+    account.received = {{u"1"_s, u"one part"_s},
+                        {u"2"_s, u"two "_s, 1, 2},
+                        {u"2"_s, u"parts"_s, 2, 2},
+                        {u"3"_s, u"may be delivered, and was"_s},
+                        {u"6"_s, u"waits "_s, 1, 2}};
+    account.outcomes = {{u"1"_s, 1}, {u"2"_s, 1}, {u"3"_s, -39}, {u"4"_s, -39}, {u"7"_s, -36}};
+    account.waiting = {{u"5"_s, 0, 0}, {u"6"_s, 2, 1}};
+    account.told = {{u"3"_s, -39}, {u"4"_s, -39}, {u"7"_s, -36}};
     return account;
 }
 
@@ -86,19 +85,19 @@ INSTANTIATE_TEST_SUITE_P(
                  &Tally::twice},
         Doctored{"aMessageThatIsSentAndWaits",
                  [](Account &account) {
-                     account.waiting.append({QStringLiteral("4"), 0, 0});
+                     account.waiting.append({u"4"_s, 0, 0});
                  },
                  &Tally::twice},
         Doctored{"aMessageThatWaitsAndWasReceived",
                  [](Account &account) {
-                     account.received.append({QStringLiteral("5"), QStringLiteral("waits")});
+                     account.received.append({u"5"_s, u"waits"_s});
                  },
                  &Tally::twice},
         Doctored{"aPartThatWaitsAndWasReceived",
                  [](Account &account) { account.waiting[1].partsSent = 0; }, &Tally::twice},
         Doctored{"aSecondOutcome",
                  [](Account &account) {
-                     account.outcomes.append({QStringLiteral("1"), 1});
+                     account.outcomes.append({u"1"_s, 1});
                  },
                  &Tally::twice},
         Doctored{"aMessageThatIsNowhere", [](Account &account) { remove(account.waiting, "5"); },
@@ -111,25 +110,24 @@ INSTANTIATE_TEST_SUITE_P(
                  [](Account &account) { remove(account.received, "6"); }, &Tally::lost},
         Doctored{"anUnansweredMessageReceivedAndForgotten",
                  [](Account &account) {
-                     account.received.append({QStringLiteral("8"), QStringLiteral("never came")});
+                     account.received.append({u"8"_s, u"never came"_s});
                  },
                  &Tally::lost},
         Doctored{"aMessageToldAsFailedForGoodAndReceived",
                  [](Account &account) {
-                     account.received.append({QStringLiteral("7"), QStringLiteral("refused")});
+                     account.received.append({u"7"_s, u"refused"_s});
                  },
                  &Tally::untrue},
-        Doctored{"anotherText",
-                 [](Account &account) { account.received[0].text = QStringLiteral("one"); },
+        Doctored{"anotherText", [](Account &account) { account.received[0].text = u"one"_s; },
                  &Tally::untrue},
         Doctored{"aMessageThatNobodyQueued",
                  [](Account &account) {
-                     account.received.append({QStringLiteral("77"), QStringLiteral("?")});
+                     account.received.append({u"77"_s, u"?"_s});
                  },
                  &Tally::strange},
         Doctored{"aMessageThatWasRefusedAndWaits",
                  [](Account &account) {
-                     account.waiting.append({QStringLiteral("9"), 0, 0});
+                     account.waiting.append({u"9"_s, 0, 0});
                  },
                  &Tally::strange},
         Doctored{"aFailureNeverTold", [](Account &account) { remove(account.told, "7"); },
@@ -140,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
                  [](Account &account) { account.told[2].code = -39; }, &Tally::untold},
         Doctored{"aSentMessageToldAsFailed",
                  [](Account &account) {
-                     account.told.append({QStringLiteral("1"), -39});
+                     account.told.append({u"1"_s, -39});
                  },
                  &Tally::untold}),
     [](const testing::TestParamInfo<Doctored> &tested) { return tested.param.name; });
@@ -150,17 +148,17 @@ TEST(Ledger, aPartThatIsLeavingMayHaveBeenReceivedOrNot)
     Account account = soundAccount();
     account.waiting[0].state = 1;
     EXPECT_TRUE(count(account).isClean());
-    account.received.append({QStringLiteral("5"), QStringLiteral("waits")});
+    account.received.append({u"5"_s, u"waits"_s});
     EXPECT_TRUE(count(account).isClean());
 }
 
 TEST(Ledger, lanesAreAddedUpWithEveryNumber)
 {
     Tally all;
-    all.addLine(QStringLiteral("cycles=1 queued=2 sent=3 failed=4 arrived=5 waiting=6 twice=7 "
-                               "lost=8 untrue=9 strange=10 untold=11 uncommitted=12 stuck=13"));
-    all.addLine(QStringLiteral("cycles=1 queued=1 sent=1 failed=1 arrived=1 waiting=1 twice=1 "
-                               "lost=1 untrue=1 strange=1 untold=1 uncommitted=1 stuck=1"));
+    all.addLine(u"cycles=1 queued=2 sent=3 failed=4 arrived=5 waiting=6 twice=7 "
+                "lost=8 untrue=9 strange=10 untold=11 uncommitted=12 stuck=13"_s);
+    all.addLine(u"cycles=1 queued=1 sent=1 failed=1 arrived=1 waiting=1 twice=1 "
+                "lost=1 untrue=1 strange=1 untold=1 uncommitted=1 stuck=1"_s);
     EXPECT_EQ(all.line().toStdString(),
               "cycles=2 queued=3 sent=4 failed=5 arrived=6 waiting=7 twice=8 lost=9 untrue=10 "
               "strange=11 untold=12 uncommitted=13 stuck=14");
@@ -172,7 +170,9 @@ TEST(Ledger, eachKindOfFaultAloneIsNotClean)
                                    &Tally::untold, &Tally::uncommitted, &Tally::stuck}) {
         Tally tally;
         EXPECT_TRUE(tally.isClean());
-        tally.fault(kind, QStringLiteral("what"));
+        tally.fault(kind, u"what"_s);
         EXPECT_FALSE(tally.isClean());
     }
 }
+
+} // namespace norvane

@@ -15,6 +15,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -295,3 +297,5 @@ void LineProxy::actIfDue()
     m_hasActed = true;
     m_acted.notify_all();
 }
+
+} // namespace norvane

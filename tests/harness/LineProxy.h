@@ -11,6 +11,8 @@
 #include <mutex>
 #include <thread>
 
+namespace norvane {
+
 /// What a line does when the talk has come to a certain place.
 struct Trap
 {
@@ -107,3 +109,5 @@ private:
     Clock::time_point m_holdUntil;
     std::thread m_thread;
 };
+
+} // namespace norvane

@@ -13,6 +13,10 @@
 
 #include <sys/prctl.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int lookInterval = 5; // ms
@@ -39,9 +43,9 @@ bool eventually(const std::function<bool()> &condition, int limitMs)
 
 FailureListener::FailureListener(const QDBusConnection &bus)
 {
-    QDBusConnection(bus).connect(QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-                                 QLatin1String(Bus::InterfaceName), QStringLiteral("SMSSentFailed"),
-                                 this, SLOT(hear(QString, QString, int)));
+    QDBusConnection(bus).connect(QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+                                 QLatin1String(Bus::interfaceName), u"SMSSentFailed"_s, this,
+                                 SLOT(hear(QString, QString, int)));
 }
 
 void FailureListener::hear(const QString &phone, const QString & /*text*/, int code)
@@ -57,9 +61,9 @@ Sandbox::Sandbox()
         QFile::setPermissions(path(QLatin1String(name)),
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("data")));
-    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), path(QStringLiteral("runtime")));
+    environment.insert(u"XDG_CONFIG_HOME"_s, path(u"config"_s));
+    environment.insert(u"XDG_DATA_HOME"_s, path(u"data"_s));
+    environment.insert(u"XDG_RUNTIME_DIR"_s, path(u"runtime"_s));
     m_engine.setProcessEnvironment(environment);
     m_engine.setProgram(engineProgram());
     m_engine.setStandardErrorFile(logFile(), QIODevice::Append);
@@ -75,12 +79,12 @@ Sandbox::~Sandbox()
 
 QString Sandbox::storeFolder() const
 {
-    return path(QStringLiteral("data/TovekSMService"));
+    return path(u"data/TovekSMService"_s);
 }
 
 QString Sandbox::storeFile() const
 {
-    return storeFolder() + QStringLiteral("/queue.sqlite");
+    return storeFolder() + u"/queue.sqlite"_s;
 }
 
 void Sandbox::setVariable(const QString &name, const QString &value)
@@ -92,8 +96,8 @@ void Sandbox::setVariable(const QString &name, const QString &value)
 
 bool Sandbox::writeSettings(const QByteArray &text) const
 {
-    const QString folder = path(QStringLiteral("config/Norvane"));
-    QFile file(folder + QStringLiteral("/TovekSMService.ini"));
+    const QString folder = path(u"config/Norvane"_s);
+    QFile file(folder + u"/TovekSMService.ini"_s);
     return QDir().mkpath(folder) && file.open(QIODevice::WriteOnly) &&
            file.write(text) == text.size();
 }
@@ -102,7 +106,7 @@ bool Sandbox::storeDevice(const QString &parameter)
 {
     QProcess command;
     command.setProcessEnvironment(m_engine.processEnvironment());
-    command.start(engineProgram(), {QStringLiteral("--device"), parameter});
+    command.start(engineProgram(), {u"--device"_s, parameter});
     return command.waitForFinished(1'200'000) && command.exitStatus() == QProcess::NormalExit &&
            command.exitCode() == 0;
 }
@@ -116,7 +120,7 @@ void Sandbox::start()
 bool Sandbox::isOnBus() const
 {
     const QDBusReply<uint> owner =
-        m_bus.connection().interface()->servicePid(QLatin1String(Bus::ServiceName));
+        m_bus.connection().interface()->servicePid(QLatin1String(Bus::serviceName));
     return owner.isValid() && owner.value() == static_cast<uint>(pid());
 }
 
@@ -151,8 +155,8 @@ QDBusMessage Sandbox::callFrom(const QDBusConnection &bus, const char *operation
                                const QVariantList &arguments)
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
-        QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-        QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+        QLatin1String(Bus::interfaceName), QLatin1String(operation));
     message.setArguments(arguments);
     // An engine that has ended is not to be started by the bus.
     message.setAutoStartService(false);
@@ -164,3 +168,5 @@ int Sandbox::queueSize() const
     const QDBusMessage answer = call("GetQueueSize");
     return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0).toInt() : -1;
 }
+
+} // namespace norvane

@@ -11,6 +11,10 @@
 
 #include <functional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Waits until `condition` holds, with the event loop running.
 bool eventually(const std::function<bool()> &condition, int limitMs);
 
@@ -40,7 +44,7 @@ public:
     QString path(const QString &name) const { return m_folder.filePath(name); }
     QString storeFolder() const;
     QString storeFile() const;
-    QString logFile() const { return path(QStringLiteral("engine.log")); }
+    QString logFile() const { return path(u"engine.log"_s); }
     /// Sets a variable for the engines to come.
     void setVariable(const QString &name, const QString &value);
 
@@ -74,3 +78,5 @@ private:
     PrivateBus m_bus;
     QProcess m_engine;
 };
+
+} // namespace norvane

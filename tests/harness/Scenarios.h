@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Ends the engine as a crash does, at every step of handing a part to the device, and starts it
 /// again.
 Tally runKill(const RunOptions &options);
@@ -20,3 +22,5 @@ std::optional<Tally> runSmallDisk(const RunOptions &options);
 
 /// Noise, talk that nobody asked for, slow and lost answers, refusals, and a device that goes.
 Tally runWeather(const RunOptions &options);
+
+} // namespace norvane

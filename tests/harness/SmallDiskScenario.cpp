@@ -10,6 +10,10 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
@@ -85,12 +89,12 @@ void runCycle(World &world, const SmallDisk &disk, int cycle)
     const bool met = eventually(
         [&] { return (disk.isFilled() && disk.freePages() == 0) || world.isDone(); }, fullLimit);
     if (!met)
-        world.stuck(QStringLiteral("a full disk with %1 pages left").arg(pagesLeft));
+        world.stuck(u"a full disk with %1 pages left"_s.arg(pagesLeft));
     if (world.sandbox.call("GetEngineStatus").arguments().value(0).toInt() != 1)
-        world.stuck(QStringLiteral("an answer with %1 pages left").arg(pagesLeft));
+        world.stuck(u"an answer with %1 pages left"_s.arg(pagesLeft));
     disk.makeRoom();
     if (!eventually([&] { return world.isDone(); }, drainLimit))
-        world.stuck(QStringLiteral("the end of the queue with %1 pages left").arg(pagesLeft));
+        world.stuck(u"the end of the queue with %1 pages left"_s.arg(pagesLeft));
 }
 
 } // namespace
@@ -101,7 +105,7 @@ std::optional<Tally> runSmallDisk(const RunOptions &options)
     if (!ownMounts())
         return std::nullopt;
     World world(options);
-    const SmallDisk disk(world.sandbox.path(QStringLiteral("data")));
+    const SmallDisk disk(world.sandbox.path(u"data"_s));
     if (!disk.isThere())
         return std::nullopt;
     int cycles = 0;
@@ -115,3 +119,5 @@ std::optional<Tally> runSmallDisk(const RunOptions &options)
     }
     return world.close(cycles);
 }
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 #include <QSqlQuery>
 #include <QUuid>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A connection for one look, in whatever thread it is.
@@ -12,10 +16,9 @@ class Look
 public:
     explicit Look(const QString &file) : m_name(QUuid::createUuid().toString())
     {
-        m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+        m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_name);
         m_database.setDatabaseName(file);
-        m_database.setConnectOptions(
-            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=5000"));
+        m_database.setConnectOptions(u"QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=5000"_s);
         m_open = m_database.open();
     }
 
@@ -53,8 +56,7 @@ std::optional<bool> StoreReader::isLeaving(const QByteArray &partHash) const
 {
     const Look look(m_file);
     QSqlQuery query =
-        look.ask(QStringLiteral("SELECT COUNT(*) FROM message WHERE state = 1 AND part_hash = ?"),
-                 {partHash});
+        look.ask(u"SELECT COUNT(*) FROM message WHERE state = 1 AND part_hash = ?"_s, {partHash});
     if (!query.next())
         return std::nullopt;
     return query.value(0).toInt() == 1;
@@ -63,13 +65,13 @@ std::optional<bool> StoreReader::isLeaving(const QByteArray &partHash) const
 bool StoreReader::read(Account &account) const
 {
     const Look look(m_file);
-    QSqlQuery waiting = look.ask(QStringLiteral("SELECT phone, state, parts_sent FROM message"));
+    QSqlQuery waiting = look.ask(u"SELECT phone, state, parts_sent FROM message"_s);
     if (!waiting.isActive())
         return false;
     while (waiting.next())
         account.waiting.append(
             {waiting.value(0).toString(), waiting.value(1).toInt(), waiting.value(2).toInt()});
-    QSqlQuery outcomes = look.ask(QStringLiteral("SELECT phone, code FROM outcome ORDER BY id"));
+    QSqlQuery outcomes = look.ask(u"SELECT phone, code FROM outcome ORDER BY id"_s);
     if (!outcomes.isActive())
         return false;
     while (outcomes.next())
@@ -80,14 +82,15 @@ bool StoreReader::read(Account &account) const
 int StoreReader::due(const QString &moment) const
 {
     const Look look(m_file);
-    QSqlQuery query =
-        look.ask(QStringLiteral("SELECT COUNT(*) FROM message WHERE due <= ?"), {moment});
+    QSqlQuery query = look.ask(u"SELECT COUNT(*) FROM message WHERE due <= ?"_s, {moment});
     return query.next() ? query.value(0).toInt() : -1;
 }
 
 QString StoreReader::check() const
 {
     const Look look(m_file);
-    QSqlQuery query = look.ask(QStringLiteral("PRAGMA integrity_check"));
-    return query.next() ? query.value(0).toString() : QStringLiteral("the store can't be read");
+    QSqlQuery query = look.ask(u"PRAGMA integrity_check"_s);
+    return query.next() ? query.value(0).toString() : u"the store can't be read"_s;
 }
+
+} // namespace norvane

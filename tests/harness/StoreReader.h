@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Looks into an engine's store from outside, changing nothing: neither a row nor the files, so
 /// that what a crash left is there for the next engine.
 class StoreReader
@@ -27,3 +29,5 @@ public:
 private:
     QString m_file;
 };
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <array>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int drainLimit = 1'200'000;   // ms, which only a hang takes
@@ -92,7 +96,7 @@ bool isOver(World &world, const Weather &weather)
 {
     if (weather.goes && world.deviceHasGone()) {
         if (!world.plugInAnother(optionsOf(weather)))
-            world.stuck(QStringLiteral("another device"));
+            world.stuck(u"another device"_s);
         world.sandbox.call("ApplySettings");
     }
     if (!weather.onlyOnePrompt && world.line.waitForAct(std::chrono::milliseconds(0)))
@@ -115,7 +119,7 @@ Tally run(const RunOptions &options, const Weather &weather)
         world.queue(shapes);
         const int limit = weather.onlyPatient ? patientLimit : drainLimit;
         if (!eventually([&] { return isOver(world, weather); }, limit))
-            world.stuck(QStringLiteral("the end in \"%1\"").arg(QLatin1String(weather.name)));
+            world.stuck(u"the end in \"%1\""_s.arg(QLatin1String(weather.name)));
     }
     return world.close(1);
 }
@@ -132,7 +136,9 @@ Tally runWeather(const RunOptions &options)
         const Tally tally = run(options, weather);
         all.addLine(tally.line());
         for (const QString &fault : tally.faults)
-            all.faults << QLatin1String(weather.name) + QStringLiteral(": ") + fault;
+            all.faults << QLatin1String(weather.name) + u": "_s + fault;
     }
     return all;
 }
+
+} // namespace norvane

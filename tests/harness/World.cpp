@@ -9,6 +9,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
@@ -19,11 +23,11 @@ constexpr int phonesOfLane = 1'000'000;
 struct BriefConnection
 {
     explicit BriefConnection(const QString &address)
-        : bus(QDBusConnection::connectToBus(address, QStringLiteral("brief")))
+        : bus(QDBusConnection::connectToBus(address, u"brief"_s))
     {}
     BriefConnection(const BriefConnection &) = delete;
     BriefConnection &operator=(const BriefConnection &) = delete;
-    ~BriefConnection() { QDBusConnection::disconnectFromBus(QStringLiteral("brief")); }
+    ~BriefConnection() { QDBusConnection::disconnectFromBus(u"brief"_s); }
 
     QDBusConnection bus;
 };
@@ -41,18 +45,18 @@ Queued howQueued(const QDBusMessage &answer)
 
 QString textOf(Shape shape, int number)
 {
-    const QString start = QStringLiteral("Aviso %1. ").arg(number, 7, 10, QChar(u'0'));
+    const QString start = u"Aviso %1. "_s.arg(number, 7, 10, QChar(u'0'));
     switch (shape) {
     case Shape::Short:
         return start.trimmed();
     case Shape::OnePart:
-        return start + QStringLiteral("Su pedido está listo: 10 € [taller 3]");
+        return start + u"Su pedido está listo: 10 € [taller 3]"_s;
     case Shape::TwoParts:
-        return start + QStringLiteral("Le recordamos su cita de mañana. ").repeated(6);
+        return start + u"Le recordamos su cita de mañana. "_s.repeated(6);
     case Shape::ThreeParts:
-        return start + QStringLiteral("Traiga los papeles del coche. ").repeated(13);
+        return start + u"Traiga los papeles del coche. "_s.repeated(13);
     case Shape::Unicode:
-        return start + QStringLiteral("Пароль изменён. ").repeated(6);
+        return start + u"Пароль изменён. "_s.repeated(6);
     }
     return start;
 }
@@ -61,13 +65,11 @@ QString textOf(Shape shape, int number)
 
 QString engineMoment(int secondsFromNow)
 {
-    return QDateTime::currentDateTime()
-        .addSecs(secondsFromNow)
-        .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    return QDateTime::currentDateTime().addSecs(secondsFromNow).toString(u"yyyy-MM-ddTHH:mm:ss"_s);
 }
 
 World::World(const RunOptions &options)
-    : line(sandbox.path(QStringLiteral("modem")),
+    : line(sandbox.path(u"modem"_s),
            [this](const QByteArray &payload) { checkCommitted(payload); }),
       m_options(options), m_random(options.seed + static_cast<quint32>(options.lane))
 {}
@@ -82,13 +84,13 @@ void World::checkCommitted(const QByteArray &payload)
 bool World::begin(const QStringList &simulatorOptions)
 {
     if (!plugInAnother(simulatorOptions) ||
-        !sandbox.storeDevice(sandbox.path(QStringLiteral("modem")) + QStringLiteral(", 115200"))) {
-        stuck(QStringLiteral("the device or its settings"));
+        !sandbox.storeDevice(sandbox.path(u"modem"_s) + u", 115200"_s)) {
+        stuck(u"the device or its settings"_s);
         return false;
     }
     sandbox.start();
     if (!sandbox.waitForBus() || sandbox.call("StartEngine").type() != QDBusMessage::ReplyMessage) {
-        stuck(QStringLiteral("the engine's first start"));
+        stuck(u"the engine's first start"_s);
         return false;
     }
     return true;
@@ -144,12 +146,12 @@ void World::queue(const QList<Shape> &shapes)
 
 void World::stuck(const QString &what)
 {
-    m_problems.fault(&Tally::stuck, QStringLiteral("did not come: ") + what);
+    m_problems.fault(&Tally::stuck, u"did not come: "_s + what);
 }
 
-int World::random(int least, int most)
+int World::random(int least, int max)
 {
-    return std::uniform_int_distribution(least, most)(m_random);
+    return std::uniform_int_distribution(least, max)(m_random);
 }
 
 void World::hearFailures(Account &account)
@@ -167,7 +169,7 @@ void World::hearFailures(Account &account)
                          {QVariant::fromValue(QList<qlonglong>())});
         sandbox.callFrom(console.bus, "ReportState");
         if (!eventually([&] { return dying.heard.size() >= failures; }, hearLimit))
-            stuck(QStringLiteral("a failure to a console that dies"));
+            stuck(u"a failure to a console that dies"_s);
     }
     FailureListener listener(sandbox.bus());
     sandbox.call("ReportState");
@@ -186,22 +188,24 @@ Tally World::close(int cycles)
     if (!sandbox.isUp())
         sandbox.start();
     if (!sandbox.waitForBus())
-        stuck(QStringLiteral("the engine's last start"));
+        stuck(u"the engine's last start"_s);
     if (!eventually([&] { return store.due(engineMoment(0)) == 0; }, drainLimit))
-        stuck(QStringLiteral("the end of the queue"));
+        stuck(u"the end of the queue"_s);
     hearFailures(m_account);
     if (!sandbox.stop())
-        stuck(QStringLiteral("the engine's own end"));
+        stuck(u"the engine's own end"_s);
     line.cut();
     collectReceived();
-    if (!store.read(m_account) || store.check() != QLatin1String("ok"))
-        stuck(QStringLiteral("a sound store: ") + store.check());
+    if (!store.read(m_account) || store.check() != "ok"_L1)
+        stuck(u"a sound store: "_s + store.check());
 
     Tally tally = count(m_account);
     tally.faults += m_problems.faults;
     tally.stuck += m_problems.stuck;
     for (int i = 0; i < m_uncommitted; ++i)
-        tally.fault(&Tally::uncommitted, QStringLiteral("a part left before the store knew"));
+        tally.fault(&Tally::uncommitted, u"a part left before the store knew"_s);
     tally.cycles = cycles;
     return tally;
 }
+
+} // namespace norvane

@@ -10,6 +10,8 @@
 #include <optional>
 #include <random>
 
+namespace norvane {
+
 /// What a run is asked to do. A run may be one of several lanes, which share its cycles.
 struct RunOptions
 {
@@ -49,7 +51,7 @@ public:
     /// Notes something that was waited for and did not come.
     void stuck(const QString &what);
 
-    int random(int least, int most);
+    int random(int least, int max);
 
     /// Lets the engine finish what is due, ends it, and counts.
     Tally close(int cycles);
@@ -71,3 +73,5 @@ private:
 
 /// The moment as the engine reads it.
 QString engineMoment(int secondsFromNow);
+
+} // namespace norvane

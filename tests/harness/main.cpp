@@ -12,6 +12,10 @@
 
 #include <sys/prctl.h>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 using Scenario = std::optional<Tally> (*)(const RunOptions &);
@@ -50,11 +54,11 @@ RunOptions optionsOf(const QCommandLineParser &parser)
 {
     RunOptions options;
     options.scenario = parser.positionalArguments().value(0);
-    options.cycles = parser.value(QStringLiteral("cycles")).toInt();
-    options.lanes = std::max(1, parser.value(QStringLiteral("lanes")).toInt());
-    options.lane = parser.value(QStringLiteral("lane")).toInt();
-    options.seed = parser.value(QStringLiteral("seed")).toUInt();
-    options.patient = parser.isSet(QStringLiteral("patient"));
+    options.cycles = parser.value(u"cycles"_s).toInt();
+    options.lanes = std::max(1, parser.value(u"lanes"_s).toInt());
+    options.lane = parser.value(u"lane"_s).toInt();
+    options.seed = parser.value(u"seed"_s).toUInt();
+    options.patient = parser.isSet(u"patient"_s);
     return options;
 }
 
@@ -92,8 +96,7 @@ int runLanes(const RunOptions &options, const QStringList &arguments)
         lanes.back()->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
         lanes.back()->setProcessChannelMode(QProcess::ForwardedErrorChannel);
         lanes.back()->start(QCoreApplication::applicationFilePath(),
-                            arguments +
-                                QStringList{QStringLiteral("--lane"), QString::number(lane)});
+                            arguments + QStringList{u"--lane"_s, QString::number(lane)});
     }
     Tally all;
     for (const auto &lane : lanes) {
@@ -104,10 +107,10 @@ int runLanes(const RunOptions &options, const QStringList &arguments)
         all.addLine(lines.value(0));
         for (const QString &line : lines.mid(1)) {
             if (!line.isEmpty())
-                all.faults << line.mid(QStringLiteral("fault: ").size());
+                all.faults << line.mid(u"fault: "_s.size());
         }
         if (lane->exitStatus() != QProcess::NormalExit || !lines.value(0).contains(u'='))
-            all.fault(&Tally::stuck, QStringLiteral("a lane ended without a count"));
+            all.fault(&Tally::stuck, u"a lane ended without a count"_s);
     }
     QTextStream(stdout) << options.scenario << ", "
                         << QString::number(static_cast<double>(time.elapsed()) / 1000, 'f', 1)
@@ -118,31 +121,30 @@ int runLanes(const RunOptions &options, const QStringList &arguments)
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Ends, cuts off, starves and disturbs an engine with a simulated device, and "
-        "counts what became of every message."));
+    parser.setApplicationDescription(
+        u"Ends, cuts off, starves and disturbs an engine with a simulated device, and "
+        "counts what became of every message."_s);
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("scenario"),
-                                 QStringLiteral("kill, cut, disk, smalldisk or weather"));
-    const QString number = QStringLiteral("n");
-    parser.addOptions(
-        {{QStringLiteral("cycles"), QStringLiteral("how often; 0 for all places"), number,
-          QStringLiteral("0")},
-         {QStringLiteral("lanes"), QStringLiteral("how many engines side by side"), number,
-          QStringLiteral("1")},
-         {QStringLiteral("lane"), QStringLiteral("be this one of the lanes"), number},
-         {QStringLiteral("seed"), QStringLiteral("what the random choices begin with"), number,
-          QStringLiteral("1")},
-         {QStringLiteral("patient"), QStringLiteral("with the cases that take minutes")}});
+    parser.addPositionalArgument(u"scenario"_s, u"kill, cut, disk, smalldisk or weather"_s);
+    const QString number = u"n"_s;
+    parser.addOptions({{u"cycles"_s, u"how often; 0 for all places"_s, number, u"0"_s},
+                       {u"lanes"_s, u"how many engines side by side"_s, number, u"1"_s},
+                       {u"lane"_s, u"be this one of the lanes"_s, number},
+                       {u"seed"_s, u"what the random choices begin with"_s, number, u"1"_s},
+                       {u"patient"_s, u"with the cases that take minutes"_s}});
     parser.process(application);
     const RunOptions options = optionsOf(parser);
     if (scenarioOf(options.scenario) == nullptr)
         parser.showHelp(EXIT_FAILURE);
-    if (parser.isSet(QStringLiteral("lane")))
+    if (parser.isSet(u"lane"_s))
         return runLane(options);
     return runLanes(options, QCoreApplication::arguments().mid(1));
 }

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace norvane {
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -247,3 +249,5 @@ TEST(Layers, whatWaitsInTheEngineTakesItsTimeFromTheSourceThatIsGiven)
         EXPECT_TRUE(exempt.contains(file)) << line;
     }
 }
+
+} // namespace norvane

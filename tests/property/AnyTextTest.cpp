@@ -4,13 +4,17 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr int s_longest = 5000; // characters of a message that the console takes
+constexpr int max = 5000; // characters of a message that the console takes
 
 TEST(AnyText, everyHardPieceArrivesAtEveryPlace)
 {
-    const QString fillers[] = {QStringLiteral("a"), QStringLiteral("€"), QStringLiteral("ω")};
+    const QString fillers[] = {u"a"_s, u"€"_s, u"ω"_s};
     for (const NamedText &piece : pieces()) {
         for (const QString &filler : fillers) {
             // Around the ends of one message and of the first two parts, in either alphabet.
@@ -30,7 +34,7 @@ TEST(AnyText, fiveThousandCharactersOfEveryPieceArrive)
     for (const NamedText &piece : pieces()) {
         if (piece.text.isEmpty())
             continue;
-        const QString text = piece.text.repeated(s_longest / piece.text.size() + 1).left(s_longest);
+        const QString text = piece.text.repeated(max / piece.text.size() + 1).left(max);
         ASSERT_EQ(arrivalOf(text).text, arriving(text)) << piece.name;
     }
 }
@@ -38,18 +42,18 @@ TEST(AnyText, fiveThousandCharactersOfEveryPieceArrive)
 TEST(AnyText, fiveThousandCharactersThatWasteHalfOfEveryPartArrive)
 {
     // What a reader sees as one character stays whole: 34 units, of which a part holds one.
-    const QString wide = QStringLiteral("e") + QStringLiteral("\u0301").repeated(33);
-    const QString text = wide.repeated(s_longest / wide.size());
+    const QString wide = u"e"_s + u"\u0301"_s.repeated(33);
+    const QString text = wide.repeated(max / wide.size());
     const Arrival arrival = arrivalOf(text);
     EXPECT_EQ(arrival.text, text);
-    EXPECT_EQ(arrival.cut.size(), s_longest / wide.size());
+    EXPECT_EQ(arrival.cut.size(), max / wide.size());
 }
 
 TEST(AnyText, everyCodePointArrives)
 {
     QString text;
     for (char32_t code = 0; code <= 0x110000; ++code) {
-        if (code == 0x110000 || text.size() >= s_longest - 1) {
+        if (code == 0x110000 || text.size() >= max - 1) {
             ASSERT_EQ(arrivalOf(text).text, text) << "before " << static_cast<quint32>(code);
             text.clear();
         }
@@ -70,10 +74,9 @@ TEST(AnyText, randomTextsArrive)
 {
     QRandomGenerator random(20261120);
     for (int round = 0; round < 3000; ++round) {
-        const QString text = randomText(random, round % 30 == 0 ? s_longest : 400);
+        const QString text = randomText(random, round % 30 == 0 ? max : 400);
         const auto reference = static_cast<quint16>(random.bounded(0x10000));
-        ASSERT_EQ(arrivalOf(text, QStringLiteral("600"), reference).text, arriving(text))
-            << "round " << round;
+        ASSERT_EQ(arrivalOf(text, u"600"_s, reference).text, arriving(text)) << "round " << round;
     }
 }
 
@@ -81,7 +84,7 @@ TEST(AnyText, whatTheConsoleMakesOfATextArrivesLetterForLetter)
 {
     QRandomGenerator random(4711);
     for (int round = 0; round < 1000; ++round) {
-        const QString typed = randomText(random, round % 50 == 0 ? s_longest : 300);
+        const QString typed = randomText(random, round % 50 == 0 ? max : 300);
         for (const bool keepAccents : {false, true}) {
             const QString queued = NormalizeSMSText(keepAccents, typed);
             ASSERT_EQ(queued.size(), typed.size()) << "round " << round;
@@ -92,14 +95,16 @@ TEST(AnyText, whatTheConsoleMakesOfATextArrivesLetterForLetter)
 
 TEST(AnyText, everyPhoneOfUpToTwentyDigitsArrives)
 {
-    const QString digits = QStringLiteral("0123456789*#abc");
+    const QString digits = u"0123456789*#abc"_s;
     QRandomGenerator random(99);
     for (int round = 0; round < 2000; ++round) {
-        QString phone = round % 2 == 0 ? QStringLiteral("+") : QString();
+        QString phone = round % 2 == 0 ? u"+"_s : QString();
         for (int length = 1 + round / 2 % 20; length > 0; --length)
             phone += digits.at(random.bounded(static_cast<int>(digits.size())));
-        ASSERT_EQ(arrivalOf(QStringLiteral("x"), phone).text, QStringLiteral("x")) << round;
+        ASSERT_EQ(arrivalOf(u"x"_s, phone).text, u"x"_s) << round;
     }
 }
 
 } // namespace
+
+} // namespace norvane

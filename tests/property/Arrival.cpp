@@ -8,9 +8,11 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace {
 
-constexpr int s_mostUserData = 140;
+constexpr int maxUserData = 140;
 
 /// The two decoders agree on the part.
 void compare(const SubmitPart &part, const DecodedSubmit &decoded)
@@ -40,7 +42,7 @@ std::optional<DecodedSubmit> decodedOf(const SubmitPart &part, const QString &ph
     EXPECT_EQ(decoded->phone, phone);
     EXPECT_EQ(decoded->tpduLength, part.length);
     // In front of the user data of an SMS-SUBMIT stand at most 18 octets.
-    EXPECT_LE(part.length, 18 + s_mostUserData);
+    EXPECT_LE(part.length, 18 + maxUserData);
     EXPECT_EQ(decoded->concatenationReference.has_value(), part.total > 1);
     EXPECT_EQ(decoded->concatenationReference.value_or(reference), reference);
     EXPECT_EQ(decoded->total, part.total);
@@ -76,3 +78,5 @@ Arrival arrivalOf(const QString &text, const QString &phone, quint16 reference)
     arrival.text = QStringList(arrival.cut).join(QString());
     return arrival;
 }
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct LetterRow
@@ -17,15 +21,15 @@ struct LetterRow
 QList<LetterRow> letterRows()
 {
     return {
-        {"a letter of the alphabet", QStringLiteral("a"), 160, 152},
-        {"a line end", QStringLiteral("\n"), 160, 152},
-        {"a letter of the extension table", QStringLiteral("€"), 80, 76},
-        {"a letter of no alphabet", QStringLiteral("ω"), 70, 66},
-        {"a pair", QStringLiteral("\U0001F600"), 35, 33},
-        {"a letter with a mark", QStringLiteral("e\u0301"), 35, 33},
-        {"a letter with two marks", QStringLiteral("e\u0301\u0323"), 23, 22},
-        {"a flag", QStringLiteral("\U0001F1EA\U0001F1F8"), 17, 16},
-        {"a family of three", QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467"), 8, 8},
+        {"a letter of the alphabet", u"a"_s, 160, 152},
+        {"a line end", u"\n"_s, 160, 152},
+        {"a letter of the extension table", u"€"_s, 80, 76},
+        {"a letter of no alphabet", u"ω"_s, 70, 66},
+        {"a pair", u"\U0001F600"_s, 35, 33},
+        {"a letter with a mark", u"e\u0301"_s, 35, 33},
+        {"a letter with two marks", u"e\u0301\u0323"_s, 23, 22},
+        {"a flag", u"\U0001F1EA\U0001F1F8"_s, 17, 16},
+        {"a family of three", u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s, 8, 8},
     };
 }
 
@@ -55,10 +59,10 @@ struct EdgeRow
 
 QList<EdgeRow> edgeRows()
 {
-    const auto a = [](int count) { return QStringLiteral("a").repeated(count); };
-    const auto omega = [](int count) { return QStringLiteral("ω").repeated(count); };
-    const QString euro = QStringLiteral("€");
-    const QString smile = QStringLiteral("\U0001F600");
+    const auto a = [](int count) { return u"a"_s.repeated(count); };
+    const auto omega = [](int count) { return u"ω"_s.repeated(count); };
+    const QString euro = u"€"_s;
+    const QString smile = u"\U0001F600"_s;
     const QString half(QChar(0xD83D));
     return {
         {"160 septets", a(160), {160}},
@@ -98,8 +102,8 @@ TEST(PartCount, anEscapePairIsNeverTornWhereverItStands)
 {
     constexpr int septets = 3 * 152;
     for (int before = 0; before <= septets - 2; ++before) {
-        const QString text = QStringLiteral("a").repeated(before) + QStringLiteral("€") +
-                             QStringLiteral("a").repeated(septets - 2 - before);
+        const QString text =
+            u"a"_s.repeated(before) + u"€"_s + u"a"_s.repeated(septets - 2 - before);
         // A pair that would lie over a seam goes to the next part, and everything behind moves.
         const bool atSeam = before % 152 == 151;
         const Arrival arrival = arrivalOf(text);
@@ -118,8 +122,8 @@ TEST(PartCount, whatIsOneCharacterToAReaderIsNeverTorn)
         });
         ASSERT_NE(piece, all.end()) << name;
         for (int before = 0; before <= 140; ++before) {
-            const QString text = QStringLiteral("ω").repeated(before) + piece->text +
-                                 QStringLiteral("ω").repeated(150 - before);
+            const QString text =
+                u"ω"_s.repeated(before) + piece->text + u"ω"_s.repeated(150 - before);
             qsizetype seam = 0;
             for (const QString &part : arrivalOf(text).cut) {
                 seam += part.size();
@@ -133,12 +137,14 @@ TEST(PartCount, whatIsOneCharacterToAReaderIsNeverTorn)
 TEST(PartCount, endsAtTwoHundredAndFiftyFive)
 {
     for (const LetterRow &row : letterRows()) {
-        const QString most = row.letter.repeated(255 * row.part);
-        EXPECT_EQ(arrivalOf(most).cut.size(), 255) << row.name;
-        const auto more = encodeSubmit({QStringLiteral("600"), most + row.letter, 1, {}});
+        const QString max = row.letter.repeated(255 * row.part);
+        EXPECT_EQ(arrivalOf(max).cut.size(), 255) << row.name;
+        const auto more = encodeSubmit({u"600"_s, max + row.letter, 1, {}});
         ASSERT_TRUE(std::holds_alternative<EncodeError>(more)) << row.name;
         EXPECT_EQ(std::get<EncodeError>(more), EncodeError::TextTooLong) << row.name;
     }
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What the bus makes of a text.
@@ -24,8 +28,8 @@ QString asStored(QString text)
 TEST(StoredText, everythingThatTheBusBringsIsGivenBackAsItCame)
 {
     const QTemporaryDir folder;
-    Store store(folder.filePath(QStringLiteral("queue.sqlite")));
-    const QString date = QStringLiteral("2026-11-20T09:00:00");
+    Store store(folder.filePath(u"queue.sqlite"_s));
+    const QString date = u"2026-11-20T09:00:00"_s;
 
     QList<SMSList::Entry> entries;
     for (const NamedText &piece : pieces())
@@ -48,10 +52,10 @@ TEST(StoredText, everythingThatTheBusBringsIsGivenBackAsItCame)
 TEST(StoredText, aByteOrderMarkAtTheFrontChangesNothingBehindIt)
 {
     const QTemporaryDir folder;
-    Store store(folder.filePath(QStringLiteral("queue.sqlite")));
+    Store store(folder.filePath(u"queue.sqlite"_s));
     QStringList texts;
     for (const QString &mark : {QString(QChar(0xFEFF)), QString(QChar(0xFFFE))})
-        texts += {mark, mark + QStringLiteral("text"), mark + mark, QStringLiteral("text") + mark};
+        texts += {mark, mark + u"text"_s, mark + mark, u"text"_s + mark};
     for (const QString &text : std::as_const(texts))
         store.add({{text, text}}, text);
 
@@ -71,11 +75,11 @@ TEST(StoredText, aByteOrderMarkAtTheFrontChangesNothingBehindIt)
 TEST(StoredText, aHalfOfAPairDoesNotSwallowWhatFollows)
 {
     // The bus replaces it before it reaches the store.
-    EXPECT_EQ(overTheBus(QStringLiteral("a") + QChar(0xD83D) + QStringLiteral("b")),
-              QStringLiteral("a?b"));
-    EXPECT_EQ(overTheBus(QString(QChar(0xDE00)) + QStringLiteral("b")), QStringLiteral("?b"));
-    EXPECT_EQ(overTheBus(QStringLiteral("a") + QChar(u'\0') + QStringLiteral("b")),
-              QStringLiteral("a b"));
+    EXPECT_EQ(overTheBus(u"a"_s + QChar(0xD83D) + u"b"_s), u"a?b"_s);
+    EXPECT_EQ(overTheBus(QString(QChar(0xDE00)) + u"b"_s), u"?b"_s);
+    EXPECT_EQ(overTheBus(u"a"_s + QChar(u'\0') + u"b"_s), u"a b"_s);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,5 +1,9 @@
 #include "property/Texts.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString units(std::initializer_list<char16_t> list)
@@ -30,10 +34,10 @@ QList<NamedText> pieces()
         {"escape", units({0x1B})},
         {"end of a submission", units({0x1A})},
         {"delete", units({0x7F})},
-        {"line ends", QStringLiteral("\r\n\n\r")},
-        {"the extension table", QStringLiteral("^{}\\[~]|€\f")},
-        {"letters with accents", QStringLiteral("àèéìòùñÑçÇáÁ")},
-        {"Greek capitals of the alphabet", QStringLiteral("ΔΦΓΛΩΠΨΣΘΞ")},
+        {"line ends", u"\r\n\n\r"_s},
+        {"the extension table", u"^{}\\[~]|€\f"_s},
+        {"letters with accents", u"àèéìòùñÑçÇáÁ"_s},
+        {"Greek capitals of the alphabet", u"ΔΦΓΛΩΠΨΣΘΞ"_s},
         {"a no-break space", units({0xA0})},
         {"a byte order mark", units({0xFEFF})},
         {"a swapped byte order mark", units({0xFFFE})},
@@ -47,25 +51,25 @@ QList<NamedText> pieces()
         {"Hangul in its parts", units({0x1112, 0x1161, 0x11AB})},
         {"Devanagari with joiners", units({0x0915, 0x094D, 0x200D, 0x0937, 0x093F})},
         {"right to left with marks", units({0x202E, 0x05E9, 0x05C1, 0x202C, 0x0645})},
-        {"a family", QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466")},
-        {"a hand of a colour", QStringLiteral("\U0001F44D\U0001F3FD")},
-        {"a flag", QStringLiteral("\U0001F1EA\U0001F1F8")},
-        {"a flag of a region", QStringLiteral("\U0001F3F4\U000E0067\U000E0062\U000E0065\U000E006E"
-                                              "\U000E0067\U000E007F")},
-        {"a key", QStringLiteral("1\uFE0F\u20E3")},
+        {"a family", u"\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466"_s},
+        {"a hand of a colour", u"\U0001F44D\U0001F3FD"_s},
+        {"a flag", u"\U0001F1EA\U0001F1F8"_s},
+        {"a flag of a region", u"\U0001F3F4\U000E0067\U000E0062\U000E0065\U000E006E"
+                               "\U000E0067\U000E007F"_s},
+        {"a key", u"1\uFE0F\u20E3"_s},
         {"the last character", character(0x10FFFF)},
         {"a private character", character(0xF0000)},
-        {"ideographs of two planes", QStringLiteral("漢字\U00020BB7")},
+        {"ideographs of two planes", u"漢字\U00020BB7"_s},
     };
 }
 
-QString randomText(QRandomGenerator &random, int most)
+QString randomText(QRandomGenerator &random, int max)
 {
-    static const QString ordinary = QStringLiteral("abc XYZ 0123@£$¥\r\nñÑÇÄöüß¿¡");
-    static const QString escaped = ordinary + QStringLiteral("^{}\\[~]|€€€€€€€€\f");
+    static const QString ordinary = u"abc XYZ 0123@£$¥\r\nñÑÇÄöüß¿¡"_s;
+    static const QString escaped = ordinary + u"^{}\\[~]|€€€€€€€€\f"_s;
     static const QList<NamedText> hard = pieces();
     const int kind = random.bounded(6);
-    const int length = random.bounded(most + 1);
+    const int length = random.bounded(max + 1);
     QString text;
     while (text.size() < length) {
         switch (kind) {
@@ -107,3 +111,5 @@ QString arriving(const QString &text)
     }
     return result;
 }
+
+} // namespace norvane

@@ -5,7 +5,7 @@
 
 namespace {
 
-thread_local Allocations *t_counted = nullptr;
+thread_local norvane::Allocations *t_counted = nullptr;
 
 void noteAllocation(std::size_t size) noexcept
 {
@@ -70,6 +70,8 @@ int posix_memalign(void **block, std::size_t alignment, std::size_t size)
 
 #endif
 
+namespace norvane {
+
 void countAllocations(Allocations *counted)
 {
     t_counted = counted;
@@ -83,3 +85,5 @@ Allocations allocationsOf(const std::function<void()> &work)
     countAllocations(nullptr);
     return counted;
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// What a piece of work cost, in a measure that is the same on every machine. A program that links
 /// this has allocation functions that count.
 struct Allocations
@@ -17,3 +19,5 @@ void countAllocations(Allocations *counted);
 
 /// What is allocated by this thread while `work` runs.
 Allocations allocationsOf(const std::function<void()> &work);
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <QTemporaryFile>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void load(const QString &file, const QString &code)
@@ -28,12 +32,12 @@ LoadedLanguage::LoadedLanguage(const QHash<qint32, QString> &texts)
                "<s:AttributeType name='ResSTring' rs:number='2'/>"
                "</s:ElementType></s:Schema><rs:data>");
     for (auto text = texts.cbegin(); text != texts.cend(); ++text)
-        file.write(QStringLiteral("<z:row ResID='%1' ResSTring='%2'/>")
+        file.write(u"<z:row ResID='%1' ResSTring='%2'/>"_s
                        .arg(QString::number(text.key()), text.value().toHtmlEscaped())
                        .toUtf8());
     file.write("</rs:data></xml>");
     file.close();
-    load(file.fileName(), QStringLiteral("TST"));
+    load(file.fileName(), u"TST"_s);
 }
 
 LoadedLanguage::LoadedLanguage(const QString &code)
@@ -46,3 +50,5 @@ LoadedLanguage::~LoadedLanguage()
 {
     goLocalize.reset();
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QHash>
 #include <QString>
 
+namespace norvane {
+
 /// Texts that GS gives while the object is in scope.
 class LoadedLanguage
 {
@@ -16,3 +18,5 @@ public:
     LoadedLanguage(const LoadedLanguage &) = delete;
     LoadedLanguage &operator=(const LoadedLanguage &) = delete;
 };
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <stdexcept>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Timers that tick when a test says so, on a clock that stands still. They note what is asked of
 /// them, and are the timers in use while they are in scope. The windows are the platform's own.
 class ManualTimers : public TimerPlatform
@@ -25,16 +29,13 @@ public:
 
     void beginPeriod(quint32 milliseconds) override
     {
-        calls.append(QStringLiteral("begin %1").arg(milliseconds));
+        calls.append(u"begin %1"_s.arg(milliseconds));
     }
-    void endPeriod(quint32 milliseconds) override
-    {
-        calls.append(QStringLiteral("end %1").arg(milliseconds));
-    }
+    void endPeriod(quint32 milliseconds) override { calls.append(u"end %1"_s.arg(milliseconds)); }
     quint32 setEvent(qint32 delay, qint32 resolution, TimerProc callback, WindowHandle user,
                      qint32 type) override
     {
-        calls.append(QStringLiteral("set %1 %2 %3").arg(delay).arg(resolution).arg(type));
+        calls.append(u"set %1 %2 %3"_s.arg(delay).arg(resolution).arg(type));
         if (refusesEvents)
             return 0;
         events.append({++m_lastId, callback, user, type});
@@ -42,7 +43,7 @@ public:
     }
     void killEvent(quint32 id) override
     {
-        calls.append(QStringLiteral("kill %1").arg(id));
+        calls.append(u"kill %1"_s.arg(id));
         events.removeIf([id](const Event &event) { return event.id == id; });
     }
     qint32 clockMs() override { return now; }
@@ -96,3 +97,5 @@ private:
     TimerPlatform *m_previous;
     quint32 m_lastId = 0;
 };
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Stored settings in memory.
 class MemorySettings : public StoredSettings
 {
@@ -37,3 +39,5 @@ private:
         return application + u'/' + section + u'/' + key;
     }
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Random numbers that a test gives, and sleeps that take no time.
 class NotedWaiting : public Waiting
 {
@@ -24,3 +26,5 @@ public:
     QList<int> sleeps;
     std::function<void()> whileAsleep;
 };
+
+} // namespace norvane

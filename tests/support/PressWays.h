@@ -6,6 +6,8 @@
 
 #include <ostream>
 
+namespace norvane {
+
 /// The ways to press a button that leave the mouse out.
 enum class PressWay { AccessKey, AssistiveTechnology, Click };
 
@@ -35,3 +37,5 @@ inline void press(QAbstractButton *button, PressWay way)
         return;
     }
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 #include <ostream>
 
+namespace norvane {
+
 // How a failing test shows the toolkit's values.
 
 inline void PrintTo(const QString &text, std::ostream *out)
@@ -29,3 +31,5 @@ inline void PrintTo(const QDateTime &moment, std::ostream *out)
 {
     *out << moment.toString(Qt::ISODateWithMs).toStdString();
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+namespace norvane {
+
 /// A session bus of its own, which ends with the object.
 class PrivateBus
 {
@@ -25,3 +27,5 @@ private:
     QString m_name;
     QByteArray m_formerAddress;
 };
+
+} // namespace norvane

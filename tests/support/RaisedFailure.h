@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// The NumberedFailure that `call` raises, nothing when it raises none.
 template <typename Call>
 std::optional<NumberedFailure> raisedFailure(Call &&call)
@@ -23,3 +25,5 @@ qint32 raisedNumber(Call &&call)
     const auto failure = raisedFailure(call);
     return failure ? failure->number() : 0;
 }
+
+} // namespace norvane

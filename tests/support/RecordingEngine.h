@@ -8,6 +8,10 @@
 #include <functional>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// An engine for tests: notes every call in order, answers as scripted, and raises events.
 class RecordingEngine : public SMSManager
 {
@@ -45,33 +49,29 @@ public:
 
     explicit RecordingEngine(Script &script) : m_script(script), m_number(++script.objectsMade)
     {
-        m_script.calls.append(QStringLiteral("new %1").arg(m_number));
+        m_script.calls.append(u"new %1"_s.arg(m_number));
         if (m_script.inNew)
             m_script.inNew();
     }
-    ~RecordingEngine() override
-    {
-        m_script.calls.append(QStringLiteral("release %1").arg(m_number));
-    }
+    ~RecordingEngine() override { m_script.calls.append(u"release %1"_s.arg(m_number)); }
 
-    void StartEngine() override { note(QStringLiteral("StartEngine")); }
-    void StopEngine() override { note(QStringLiteral("StopEngine")); }
+    void StartEngine() override { note(u"StartEngine"_s); }
+    void StopEngine() override { note(u"StopEngine"_s); }
     qint32 TestDevice() override
     {
-        note(QStringLiteral("TestDevice"));
+        note(u"TestDevice"_s);
         if (m_script.inTestDevice)
             m_script.inTestDevice();
         return m_script.testResult;
     }
     qint32 GetEngineStatus() override
     {
-        note(QStringLiteral("GetEngineStatus"));
+        note(u"GetEngineStatus"_s);
         return m_script.statuses.isEmpty() ? m_script.status : m_script.statuses.dequeue();
     }
     void AddSMS(const QString &phone, const QString &message, const QDateTime &date) override
     {
-        note(QStringLiteral("AddSMS(%1|%2|%3)")
-                 .arg(phone, message, date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+        note(u"AddSMS(%1|%2|%3)"_s.arg(phone, message, date.toString(u"yyyy-MM-ddTHH:mm:ss"_s)));
         ++m_batched;
         if (m_script.inAddSMS)
             m_script.inAddSMS();
@@ -88,44 +88,42 @@ public:
     }
     void AddSMSList(const SMSList &list, const QDateTime &date) override
     {
-        note(QStringLiteral("AddSMSList(%1|%2)")
-                 .arg(list.Count())
-                 .arg(date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+        note(u"AddSMSList(%1|%2)"_s.arg(list.Count()).arg(date.toString(u"yyyy-MM-ddTHH:mm:ss"_s)));
         m_script.lists.append(list);
     }
     qint32 GetQueueSize() override
     {
-        note(QStringLiteral("GetQueueSize"));
+        note(u"GetQueueSize"_s);
         return m_script.queueSize;
     }
-    void ClearQueue() override { note(QStringLiteral("ClearQueue")); }
+    void ClearQueue() override { note(u"ClearQueue"_s); }
     QueueRecordSet GetQueue() override
     {
-        note(QStringLiteral("GetQueue"));
+        note(u"GetQueue"_s);
         if (m_script.inGetQueue)
             m_script.inGetQueue();
         return QueueRecordSet(m_script.queue);
     }
     void UpdateQueue(const QueueRecordSet &records) override
     {
-        note(QStringLiteral("UpdateQueue"));
+        note(u"UpdateQueue"_s);
         m_script.updates.append(records);
     }
-    void ApplySettings() override { note(QStringLiteral("ApplySettings")); }
+    void ApplySettings() override { note(u"ApplySettings"_s); }
     DeviceSettings GetDeviceSettings() override
     {
-        note(QStringLiteral("GetDeviceSettings"));
+        note(u"GetDeviceSettings"_s);
         return m_script.settings;
     }
     bool SetDeviceSettings(const DeviceSettings &settings) override
     {
-        note(QStringLiteral("SetDeviceSettings(%1)").arg(settings.Parameter));
+        note(u"SetDeviceSettings(%1)"_s.arg(settings.Parameter));
         m_script.settings = settings;
         return m_script.setAnswer;
     }
     void DeliverPendingEvents() override
     {
-        note(QStringLiteral("DeliverPendingEvents"));
+        note(u"DeliverPendingEvents"_s);
         for (const auto &raise : std::exchange(m_script.pendingEvents, {}))
             raise(*this);
     }
@@ -138,3 +136,5 @@ private:
     int m_callsMade = 0;
     qsizetype m_batched = 0; ///< messages of the batch
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Message boxes that are never seen: they keep what was shown while they are in scope, and answer
 /// as told.
 class RecordingMessageBoxes : public MessageBoxes
@@ -39,3 +41,5 @@ public:
 private:
     MessageBoxes *m_previous;
 };
+
+} // namespace norvane

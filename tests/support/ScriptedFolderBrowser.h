@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// A folder dialog that is never seen: it keeps what it was asked and answers as told.
 class ScriptedFolderBrowser : public FolderBrowser
 {
@@ -31,3 +33,5 @@ public:
     Choice answer;
     std::function<void()> failing; ///< throws
 };
+
+} // namespace norvane

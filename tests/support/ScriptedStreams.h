@@ -7,6 +7,10 @@
 #include <functional>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The platform's files, each step of which can be made to fail: a script gives the error, or 0 to
 /// let the step go on. What is asked for is noted.
 class ScriptedStreams : public FileStreams
@@ -14,21 +18,21 @@ class ScriptedStreams : public FileStreams
 public:
     int openToRead(const QString &path, std::unique_ptr<ByteStream> &stream) override
     {
-        calls.append(QStringLiteral("open ") + path);
+        calls.append(u"open "_s + path);
         if (const int error = onOpen ? onOpen(path) : 0)
             return error;
         return wrapped(fileStreams().openToRead(path, stream), stream);
     }
     int createNew(const QString &path, std::unique_ptr<ByteStream> &stream) override
     {
-        calls.append(QStringLiteral("create ") + path);
+        calls.append(u"create "_s + path);
         if (const int error = onCreate ? onCreate(path) : 0)
             return error;
         return wrapped(fileStreams().createNew(path, stream), stream);
     }
     int removeForced(const QString &path) override
     {
-        calls.append(QStringLiteral("remove ") + path);
+        calls.append(u"remove "_s + path);
         if (const int error = onRemove ? onRemove(path) : 0)
             return error;
         return fileStreams().removeForced(path);
@@ -38,7 +42,7 @@ public:
     std::function<int(const QString &path)> onOpen;
     std::function<int(const QString &path)> onCreate;
     std::function<int(const QString &path)> onRemove;
-    std::function<int(qsizetype &most)> onRead; ///< may make a reading smaller
+    std::function<int(qsizetype &max)> onRead; ///< may make a reading smaller
     std::function<int(const QByteArray &bytes)> onWrite;
     std::function<int()> onClose;
     int openStreams = 0;
@@ -55,23 +59,23 @@ private:
         ~Stream() override
         {
             --m_script.openStreams;
-            m_script.calls.append(QStringLiteral("release"));
+            m_script.calls.append(u"release"_s);
         }
 
-        int read(qsizetype most, QByteArray &bytes) override
+        int read(qsizetype max, QByteArray &bytes) override
         {
-            const int error = m_script.onRead ? m_script.onRead(most) : 0;
-            return error != 0 ? error : m_stream->read(most, bytes);
+            const int error = m_script.onRead ? m_script.onRead(max) : 0;
+            return error != 0 ? error : m_stream->read(max, bytes);
         }
         int write(const QByteArray &bytes) override
         {
-            m_script.calls.append(QStringLiteral("write %1").arg(bytes.size()));
+            m_script.calls.append(u"write %1"_s.arg(bytes.size()));
             const int error = m_script.onWrite ? m_script.onWrite(bytes) : 0;
             return error != 0 ? error : m_stream->write(bytes);
         }
         int close() override
         {
-            m_script.calls.append(QStringLiteral("close"));
+            m_script.calls.append(u"close"_s);
             const int error = m_script.onClose ? m_script.onClose() : 0;
             return error != 0 ? error : m_stream->close();
         }
@@ -88,3 +92,5 @@ private:
         return error;
     }
 };
+
+} // namespace norvane

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 #ifdef __SANITIZE_THREAD__
 
 #include <cstdarg>
@@ -36,6 +38,8 @@ extern "C" int clone(int (*function)(void *), void *stack, int flags, void *argu
 
 #endif
 
+namespace norvane {
+
 namespace {
 QString g_sandbox;
 
@@ -52,15 +56,19 @@ QString testSandbox()
     return g_sandbox;
 }
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
 
     const QTemporaryDir sandbox;
     g_sandbox = sandbox.path();
-    useFolder("XDG_CONFIG_HOME", g_sandbox + QStringLiteral("/config"));
-    useFolder("XDG_DATA_HOME", g_sandbox + QStringLiteral("/data"));
-    useFolder("XDG_RUNTIME_DIR", g_sandbox + QStringLiteral("/runtime"));
+    useFolder("XDG_CONFIG_HOME", g_sandbox + u"/config"_s);
+    useFolder("XDG_DATA_HOME", g_sandbox + u"/data"_s);
+    useFolder("XDG_RUNTIME_DIR", g_sandbox + u"/runtime"_s);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("LC_ALL", "C.UTF-8");
 

@@ -6,6 +6,8 @@
 #include <tuple>
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
 /// After so many turns without a pause, whoever talks without end has taken a millisecond for it.
@@ -23,7 +25,7 @@ public:
     void set(int milliseconds, Qt::TimerType) override
     {
         cancel();
-        m_at = m_time.m_now + milliseconds * s_nanoseconds;
+        m_at = m_time.m_now + milliseconds * nanosecondsPerMs;
         m_number = ++m_time.m_sequence;
         m_time.m_set.append(this);
     }
@@ -84,7 +86,7 @@ TurnedTime::TurnedAlarm *TurnedTime::next() const
 qint64 TurnedTime::untilNext() const
 {
     const TurnedAlarm *const alarm = next();
-    return alarm == nullptr ? -1 : (alarm->at() - m_now) / s_nanoseconds;
+    return alarm == nullptr ? -1 : (alarm->at() - m_now) / nanosecondsPerMs;
 }
 
 bool TurnedTime::ringNext(qint64 limit)
@@ -114,7 +116,7 @@ void TurnedTime::settle()
 
 void TurnedTime::pass(qint64 milliseconds)
 {
-    const qint64 end = m_now + milliseconds * s_nanoseconds;
+    const qint64 end = m_now + milliseconds * nanosecondsPerMs;
     settle();
     while (ringNext(end))
         settle();
@@ -123,7 +125,7 @@ void TurnedTime::pass(qint64 milliseconds)
 
 bool TurnedTime::until(const std::function<bool()> &condition, qint64 limitMs)
 {
-    const qint64 end = m_now + limitMs * s_nanoseconds;
+    const qint64 end = m_now + limitMs * nanosecondsPerMs;
     for (int turn = 1;; ++turn) {
         if (condition())
             return true;
@@ -135,3 +137,5 @@ bool TurnedTime::until(const std::function<bool()> &condition, qint64 limitMs)
         return condition();
     }
 }
+
+} // namespace norvane

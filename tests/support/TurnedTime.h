@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Time that passes when a test says so. Between two alarms everything happens that waits for
 /// nothing but its turn in the event loop, so a busy machine makes no difference.
 class TurnedTime : public TimeSource
@@ -19,7 +21,7 @@ public:
     std::unique_ptr<Alarm> makeAlarm(std::function<void()> due) override;
 
     /// Milliseconds since the beginning.
-    qint64 elapsed() const { return m_now / s_nanoseconds; }
+    qint64 elapsed() const { return m_now / nanosecondsPerMs; }
 
     /// Lets everything happen that waits for nothing but its turn; no time passes.
     void settle();
@@ -41,7 +43,7 @@ private:
     class TurnedAlarm;
     class Turns;
 
-    static constexpr qint64 s_nanoseconds = 1'000'000; // of a millisecond
+    static constexpr qint64 nanosecondsPerMs = 1'000'000;
 
     TurnedAlarm *next() const;
     /// Moves to the next alarm, if it is due by `limit`, and lets it ring.
@@ -54,3 +56,5 @@ private:
     QList<TurnedAlarm *> m_set;
     std::unique_ptr<Turns> m_turns;
 };
+
+} // namespace norvane

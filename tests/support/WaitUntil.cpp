@@ -6,6 +6,8 @@
 
 #include <chrono>
 
+namespace norvane {
+
 namespace {
 
 constexpr std::chrono::milliseconds betweenLooks{10};
@@ -25,3 +27,5 @@ bool waitUntil(const std::function<bool()> &condition)
     }
     return true;
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 /// Runs the event loop until every message has been taken that was sent to a hidden window by now.
 inline void processWindowMessages()
 {
@@ -23,3 +25,5 @@ inline void processWindowMessages()
     MessageWindows::post(last, 0, 0, 0);
     EXPECT_TRUE(waitUntil([mine] { return received >= mine; }));
 }
+
+} // namespace norvane

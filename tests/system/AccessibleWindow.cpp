@@ -12,9 +12,13 @@
 #include <QDBusReply>
 #include <QTextStream>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
-const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+const QString accessibleInterface = u"org.a11y.atspi.Accessible"_s;
 
 /// Bits of what the bus calls the state of an object.
 constexpr quint64 enabled = 1U << 8U;
@@ -45,10 +49,9 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, Accessible &objec
 
 QDBusConnection assistiveBus()
 {
-    QDBusInterface launcher(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                            QStringLiteral("org.a11y.Bus"));
-    const QDBusReply<QString> address = launcher.call(QStringLiteral("GetAddress"));
-    return QDBusConnection::connectToBus(address.value(), QStringLiteral("assistive"));
+    QDBusInterface launcher(u"org.a11y.Bus"_s, u"/org/a11y/bus"_s, u"org.a11y.Bus"_s);
+    const QDBusReply<QString> address = launcher.call(u"GetAddress"_s);
+    return QDBusConnection::connectToBus(address.value(), u"assistive"_s);
 }
 
 class Walker
@@ -59,26 +62,23 @@ public:
     QList<Accessible> children(const Accessible &object) const
     {
         const QDBusReply<QList<Accessible>> reply =
-            call(object, accessibleInterface, QStringLiteral("GetChildren"));
+            call(object, accessibleInterface, u"GetChildren"_s);
         return reply.value();
     }
     QString name(const Accessible &object) const
     {
-        const QDBusReply<QDBusVariant> reply =
-            call(object, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                 {accessibleInterface, QStringLiteral("Name")});
+        const QDBusReply<QDBusVariant> reply = call(object, u"org.freedesktop.DBus.Properties"_s,
+                                                    u"Get"_s, {accessibleInterface, u"Name"_s});
         return reply.value().variant().toString();
     }
     QString role(const Accessible &object) const
     {
-        const QDBusReply<QString> reply =
-            call(object, accessibleInterface, QStringLiteral("GetRoleName"));
+        const QDBusReply<QString> reply = call(object, accessibleInterface, u"GetRoleName"_s);
         return reply.value();
     }
     bool is(const Accessible &object, quint64 state) const
     {
-        const QDBusReply<QList<uint>> reply =
-            call(object, accessibleInterface, QStringLiteral("GetState"));
+        const QDBusReply<QList<uint>> reply = call(object, accessibleInterface, u"GetState"_s);
         const QList<uint> halves = reply.value();
         return !halves.isEmpty() && (halves.first() & state) != 0;
     }
@@ -91,8 +91,8 @@ public:
                 continue;
             const QString role = this->role(child);
             const QString name = this->name(child);
-            if (!name.isEmpty() || role != QStringLiteral("filler"))
-                out << role << ": " << (name.isEmpty() ? QStringLiteral("-") : name)
+            if (!name.isEmpty() || role != u"filler"_s)
+                out << role << ": " << (name.isEmpty() ? u"-"_s : name)
                     << (is(child, enabled) ? "" : " (disabled)") << '\n';
             for (const char *const holder : {"frame", "dialog", "filler", "panel"}) {
                 if (role == QLatin1String(holder))
@@ -116,7 +116,11 @@ private:
 
 } // namespace
 
-Q_DECLARE_METATYPE(Accessible)
+} // namespace norvane
+
+using namespace norvane;
+
+Q_DECLARE_METATYPE(norvane::Accessible)
 
 int main(int argc, char **argv)
 {
@@ -128,8 +132,8 @@ int main(int argc, char **argv)
     qDBusRegisterMetaType<QList<Accessible>>();
 
     const Walker walker(assistiveBus());
-    const Accessible desktop{QStringLiteral("org.a11y.atspi.Registry"),
-                             QDBusObjectPath(QStringLiteral("/org/a11y/atspi/accessible/root"))};
+    const Accessible desktop{u"org.a11y.atspi.Registry"_s,
+                             QDBusObjectPath(u"/org/a11y/atspi/accessible/root"_s)};
     QTextStream out(stdout);
     for (const Accessible &program : walker.children(desktop)) {
         if (walker.name(program) == arguments.at(1))

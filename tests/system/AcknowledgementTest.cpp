@@ -7,6 +7,10 @@
 #include <functional>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What calls an engine received, by name and first number, told across threads.
@@ -38,7 +42,7 @@ protected:
                               const QVariantList &arguments)
     {
         QDBusMessage event = QDBusMessage::createTargetedSignal(
-            call.service(), QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName),
+            call.service(), QLatin1String(Bus::objectPath), QLatin1String(Bus::interfaceName),
             QLatin1String(name));
         event.setArguments(arguments);
         return event;
@@ -48,33 +52,32 @@ protected:
     {
         return [this, hasNumbers](const QDBusMessage &call) -> QDBusMessage {
             QString noted = call.member();
-            if (call.member() == QLatin1String("AcknowledgeReports")) {
+            if (call.member() == "AcknowledgeReports"_L1) {
                 if (!hasNumbers)
                     return {};
                 for (const qlonglong report :
                      qdbus_cast<QList<qlonglong>>(call.arguments().constFirst()))
-                    noted += QStringLiteral(" %1").arg(report);
+                    noted += u" %1"_s.arg(report);
             }
             calls.add(noted);
-            if (call.member() == QLatin1String("GetEngineStatus"))
+            if (call.member() == "GetEngineStatus"_L1)
                 return call.createReply(QVariant(0));
-            if (call.member() == QLatin1String("ReportState"))
+            if (call.member() == "ReportState"_L1)
                 raiseFailure(call, hasNumbers);
             return call.createReply();
         };
     }
     static void raiseFailure(const QDBusMessage &call, bool hasNumbers)
     {
-        QDBusConnection bus(QStringLiteral("replaced engine"));
-        bus.send(
-            event(call, "SMSSentFailed", {QStringLiteral("600"), QStringLiteral("text"), -39}));
-        bus.send(event(call, "WarningError", {-39, QStringLiteral("in doubt")}));
+        QDBusConnection bus(u"replaced engine"_s);
+        bus.send(event(call, "SMSSentFailed", {u"600"_s, u"text"_s, -39}));
+        bus.send(event(call, "WarningError", {-39, u"in doubt"_s}));
         if (hasNumbers)
             bus.send(event(call, "ReportRaised", {QVariant(number)}));
     }
     bool isAcknowledged() const { return calls.all().contains(acknowledgement); }
 
-    const QString acknowledgement = QStringLiteral("AcknowledgeReports 7");
+    const QString acknowledgement = u"AcknowledgeReports 7"_s;
     NotedCalls calls;
 };
 
@@ -93,9 +96,8 @@ TEST_F(Acknowledgement, aReportIsAcknowledgedOnceItsHandlersHaveReturned)
     QObject::connect(proxy.get(), &SMSManager::WarningError,
                      [&](qint32, const QString &text) { handle(text); });
     EXPECT_TRUE(eventually([&] { return isAcknowledged(); }));
-    EXPECT_EQ(handled, (QStringList{QStringLiteral("600"), QStringLiteral("in doubt")}));
-    EXPECT_EQ(calls.all().mid(0, 2),
-              (QStringList{QStringLiteral("AcknowledgeReports"), QStringLiteral("ReportState")}))
+    EXPECT_EQ(handled, (QStringList{u"600"_s, u"in doubt"_s}));
+    EXPECT_EQ(calls.all().mid(0, 2), (QStringList{u"AcknowledgeReports"_s, u"ReportState"_s}))
         << "the engine knows that it will be acknowledged before it reports";
 }
 
@@ -133,12 +135,12 @@ const HandledEvent handledEvents[] = {
          QObject::connect(&engine, &SMSManager::SMSQueueChanged, handler);
      }},
     {"SMSSent",
-     {QStringLiteral("600"), QStringLiteral("text"), 0},
+     {u"600"_s, u"text"_s, 0},
      [](SMSManager &engine, const std::function<void()> &handler) {
          QObject::connect(&engine, &SMSManager::SMSSent, handler);
      }},
     {"WarningError",
-     {-2, QStringLiteral("gone")},
+     {-2, u"gone"_s},
      [](SMSManager &engine, const std::function<void()> &handler) {
          QObject::connect(&engine, &SMSManager::WarningError, handler);
      }},
@@ -151,8 +153,8 @@ class AcknowledgementInEvent : public Acknowledgement,
 TEST_P(AcknowledgementInEvent, whatComesWhileAnEventIsHandledInAnEventLoopIsNotAcknowledged)
 {
     const ReplacedEngine engine([this](const QDBusMessage &call) {
-        if (call.member() == QLatin1String("ReportState"))
-            QDBusConnection(QStringLiteral("replaced engine"))
+        if (call.member() == "ReportState"_L1)
+            QDBusConnection(u"replaced engine"_s)
                 .send(event(call, GetParam().name, GetParam().arguments));
         return answers(true)(call);
     });
@@ -183,16 +185,14 @@ TEST_F(Acknowledgement, anEngineThatIsOlderThanAcknowledgementsIsHeardAsEver)
     QObject::connect(proxy.get(), &SMSManager::SMSSentFailed, [&] { ++failures; });
     EXPECT_TRUE(eventually([&] { return failures == 1; }));
     EXPECT_EQ(proxy->GetEngineStatus(), 0);
-    EXPECT_EQ(calls.all(),
-              (QStringList{QStringLiteral("ReportState"), QStringLiteral("GetEngineStatus")}));
+    EXPECT_EQ(calls.all(), (QStringList{u"ReportState"_s, u"GetEngineStatus"_s}));
 }
 
 TEST_F(Acknowledgement, whatADroppedProxyDidNotHandleIsToldToTheNextOne)
 {
     plugIn();
     auto dropped = makeProxy();
-    dropped->AddSMS(QStringLiteral("call me"), QStringLiteral("x"),
-                    {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    dropped->AddSMS(u"call me"_s, u"x"_s, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
     dropped->StartEngine();
     // It runs no event loop from here on, as a console whose thread stands still.
     while (dropped->GetQueueSize() > 0)
@@ -207,3 +207,5 @@ TEST_F(Acknowledgement, whatADroppedProxyDidNotHandleIsToldToTheNextOne)
 }
 
 } // namespace
+
+} // namespace norvane

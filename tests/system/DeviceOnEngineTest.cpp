@@ -10,6 +10,10 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Device dialog and device test over the real engine and a simulated device.
 class DeviceOnEngine : public WholePath
 {
@@ -50,15 +54,14 @@ private:
 TEST_F(DeviceOnEngine, whatIsConfirmedIsWhatTheEngineKeepsAndShowsAgain)
 {
     configure([&](DeviceConfigForm &form) {
-        EXPECT_EQ(form.txtParameter->text(), device->link() + QStringLiteral(", 115200"));
+        EXPECT_EQ(form.txtParameter->text(), device->link() + u", 115200"_s);
         form.txtQueueFolder->setText(QDir::tempPath());
-        form.txtPINCode->setText(QStringLiteral("1234"));
-        form.txtParameter->setText(QStringLiteral("/dev/nothing, 9600"));
+        form.txtPINCode->setText(u"1234"_s);
+        form.txtParameter->setText(u"/dev/nothing, 9600"_s);
         form.cboProtocol->setCurrentIndex(-1);
         press(form.cmdOk);
     });
-    const DeviceSettings expected{0, QStringLiteral("1234"), 1, 0,
-                                  QStringLiteral("/dev/nothing, 9600")};
+    const DeviceSettings expected{0, u"1234"_s, 1, 0, u"/dev/nothing, 9600"_s};
     EXPECT_EQ(makeProxy()->GetDeviceSettings(), expected);
     configure([&](DeviceConfigForm &form) {
         EXPECT_EQ(form.txtPINCode->text(), expected.PINCode);
@@ -70,19 +73,19 @@ TEST_F(DeviceOnEngine, whatIsConfirmedIsWhatTheEngineKeepsAndShowsAgain)
 
 TEST_F(DeviceOnEngine, newSettingsAreInForceAtOnce)
 {
-    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
-    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    storeDevice(u"/nowhere/gsm, 9600"_s);
+    send(u"912345678"_s, u"Hola"_s);
     ASSERT_TRUE(eventually([&] { return terminal().contains(GS(3760032)); }));
     EXPECT_TRUE(device->messages().isEmpty());
-    confirmWith(device->link() + QStringLiteral(", 115200"));
+    confirmWith(device->link() + u", 115200"_s);
     waitForReceived(1);
-    EXPECT_EQ(received(0), QStringLiteral("Hola"));
+    EXPECT_EQ(received(0), u"Hola"_s);
 }
 
 TEST_F(DeviceOnEngine, aChangeToClientStopsTheEngineAndLeavesItsQueueForTheNextServer)
 {
     makeProxy()->StartEngine();
-    makeProxy()->AddSMS(QStringLiteral("1"), QStringLiteral("x"), later());
+    makeProxy()->AddSMS(u"1"_s, u"x"_s, later());
     ASSERT_TRUE(isShownAs(3760014));
     const auto change = [&](QRadioButton *DeviceConfigForm::*mode) {
         configure([&](DeviceConfigForm &form) {
@@ -103,16 +106,15 @@ TEST_F(DeviceOnEngine, aChangeToClientStopsTheEngineAndLeavesItsQueueForTheNextS
     EXPECT_TRUE(isShownAs(3760026));
     EXPECT_TRUE(
         eventually([&] { return control<QTableView>("grdQueue")->model()->rowCount() == 1; }));
-    EXPECT_EQ(makeProxy()->GetDeviceSettings(),
-              (DeviceSettings{0, {}, 1, 1, QStringLiteral("COM1, 9600")}));
+    EXPECT_EQ(makeProxy()->GetDeviceSettings(), (DeviceSettings{0, {}, 1, 1, u"COM1, 9600"_s}));
 }
 
 TEST_F(DeviceOnEngine, aDeviceThatAnswersShowsItsDetailsAndTheSuccessTextBehindThem)
 {
     testDevice();
-    EXPECT_TRUE(terminal().startsWith(QStringLiteral("Manufacturer: "))) << "with no event loop";
+    EXPECT_TRUE(terminal().startsWith(u"Manufacturer: "_s)) << "with no event loop";
     EXPECT_TRUE(terminal().endsWith(GS(3760018)));
-    EXPECT_EQ(terminal().count(QStringLiteral("\r\n")), 10 + GS(3760018).count(u'\n'));
+    EXPECT_EQ(terminal().count(u"\r\n"_s), 10 + GS(3760018).count(u'\n'));
     EXPECT_EQ(label("lblDeviceStatus"), GS(3760019));
     EXPECT_EQ(control<CaptionedFrame>("fraCommunication")->caption(), GS(3760090));
     EXPECT_TRUE(isShownAs(3760026)) << "an engine that was stopped stays stopped";
@@ -133,7 +135,7 @@ TEST_F(DeviceOnEngine, aRunningEngineRunsAgainAfterTheTest)
     EXPECT_EQ(other->GetEngineStatus(), 1);
     EXPECT_TRUE(eventually([&] { return statuses == QList<int>({0, 1}); }));
     // The console's own send would start an engine that had stayed stopped.
-    other->AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+    other->AddSMS(u"912345678"_s, u"Hola"_s, due());
     waitForReceived(1);
 }
 
@@ -146,9 +148,9 @@ TEST_F(DeviceOnEngine, theResultOfATestStaysReadableWhenTheEngineRunsAgain)
     ASSERT_TRUE(eventually([&] { return infos == 1 && !label("lblDeviceStatus").isEmpty(); }));
     infos = 0;
     testDevice();
-    other->AddSMS(QStringLiteral("912345678"), QStringLiteral("Hola"), due());
+    other->AddSMS(u"912345678"_s, u"Hola"_s, due());
     // The line of the message that the engine has sent since stands behind the test's result.
-    const QString sent = GS(3760023, QStringLiteral("912345678"));
+    const QString sent = GS(3760023, u"912345678"_s);
     ASSERT_TRUE(eventually([&] { return terminal().contains(sent); }));
     EXPECT_TRUE(terminal().contains(GS(3760018) + sent)) << terminal().toStdString();
     EXPECT_EQ(label("lblDeviceStatus"), GS(3760019));
@@ -157,7 +159,7 @@ TEST_F(DeviceOnEngine, theResultOfATestStaysReadableWhenTheEngineRunsAgain)
 
 TEST_F(DeviceOnEngine, aDeviceThatIsNotThereFailsTheTestAndARunningEngineRunsAgain)
 {
-    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
+    storeDevice(u"/nowhere/gsm, 9600"_s);
     for (const bool running : {false, true}) {
         if (running)
             makeProxy()->StartEngine();
@@ -173,14 +175,12 @@ TEST_F(DeviceOnEngine, aDeviceThatIsNotThereFailsTheTestAndARunningEngineRunsAga
 
 TEST_F(DeviceOnEngine, aPinThatATestSpendsIsToldWithinIt)
 {
-    plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
-    makeProxy()->SetDeviceSettings(
-        {0, QStringLiteral("1234"), 1, 1, device->link() + QStringLiteral(", 115200")});
+    plugIn({u"--pin"_s, u"4711"_s});
+    makeProxy()->SetDeviceSettings({0, u"1234"_s, 1, 1, device->link() + u", 115200"_s});
     makeProxy()->ApplySettings();
     testDevice();
     EXPECT_EQ(label("lblDeviceStatus"), GS(3760088));
-    EXPECT_TRUE(terminal().contains(QStringLiteral("ERR_INCORRECT_PASSWORD")))
-        << terminal().toStdString();
+    EXPECT_TRUE(terminal().contains(u"ERR_INCORRECT_PASSWORD"_s)) << terminal().toStdString();
 }
 
 TEST_F(DeviceOnEngine, eachTestStartsFromAnEmptyTerminal)
@@ -188,6 +188,8 @@ TEST_F(DeviceOnEngine, eachTestStartsFromAnEmptyTerminal)
     testDevice();
     const QString first = terminal();
     testDevice();
-    EXPECT_EQ(terminal().count(QStringLiteral("Manufacturer: ")), 1);
+    EXPECT_EQ(terminal().count(u"Manufacturer: "_s), 1);
     EXPECT_EQ(terminal().size(), first.size());
 }
+
+} // namespace norvane

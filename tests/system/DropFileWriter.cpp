@@ -12,6 +12,10 @@
 #include <QCoreApplication>
 #include <QTextStream>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 class NotedBoxes : public MessageBoxes
@@ -28,6 +32,10 @@ public:
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
@@ -37,15 +45,15 @@ int main(int argc, char **argv)
     NotedBoxes boxes;
     installMessageBoxes(&boxes);
     goLocalize = std::make_unique<cls_Localize>();
-    if (!goLocalize->Init(arguments.at(1), QStringLiteral("ESN")))
+    if (!goLocalize->Init(arguments.at(1), u"ESN"_s))
         return 3;
     QTextStream out(stdout);
     const int count = arguments.at(4).toInt();
     for (int i = 0; i < count; ++i) {
         const QString message = arguments.at(3) + u' ' + QString::number(i);
         boxes.shown.clear();
-        WriteSMSFile(QStringLiteral("91-234 56"), {QDate(2100, 1, 1), QTime(12, 30, 45), Qt::UTC},
-                     message, arguments.at(2));
+        WriteSMSFile(u"91-234 56"_s, {QDate(2100, 1, 1), QTime(12, 30, 45), Qt::UTC}, message,
+                     arguments.at(2));
         if (!boxes.shown.isEmpty())
             out << message << ": " << boxes.shown << Qt::endl;
     }

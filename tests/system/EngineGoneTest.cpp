@@ -2,6 +2,10 @@
 
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The console's window when the engine goes and nothing restarts it.
 class EngineGone : public WholePath
 {
@@ -23,7 +27,9 @@ TEST_F(EngineGone, theConsoleShowsItAsStoppedAndTheNextSendBringsItBack)
     EXPECT_TRUE(control<QPushButton>("btnStart")->isEnabled());
     EXPECT_FALSE(control<QPushButton>("btnStop")->isEnabled());
 
-    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    send(u"912345678"_s, u"Hola"_s);
     waitForReceived(1);
     EXPECT_TRUE(isShownAs(3760014));
 }
+
+} // namespace norvane

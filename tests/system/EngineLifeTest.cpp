@@ -8,11 +8,15 @@
 
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool hasOpen(qint64 pid, const QString &file)
 {
-    const QDir open(QStringLiteral("/proc/%1/fd").arg(pid));
+    const QDir open(u"/proc/%1/fd"_s.arg(pid));
     for (const QString &name : open.entryList(QDir::System | QDir::Files | QDir::NoDotAndDotDot))
         if (QFile::symLinkTarget(open.filePath(name)) == file)
             return true;
@@ -44,16 +48,14 @@ TEST_F(EngineLife, theFirstProxyStartsTheEngine)
 TEST_F(EngineLife, itHandsOutWhatTheDialogProposesUntilSomeoneSetsAnything)
 {
     const auto proxy = makeProxy();
-    EXPECT_EQ(proxy->GetDeviceSettings(),
-              (DeviceSettings{0, QString(), 1, 1, QStringLiteral("COM1, 9600")}));
+    EXPECT_EQ(proxy->GetDeviceSettings(), (DeviceSettings{0, QString(), 1, 1, u"COM1, 9600"_s}));
 }
 
 TEST_F(EngineLife, itOutlivesTheConsole)
 {
     auto proxy = makeProxy();
     const qint64 pid = enginePid();
-    proxy->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
-                  {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+    proxy->AddSMS(u"1"_s, u"x"_s, {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
     proxy.reset();
     proxy = makeProxy();
     EXPECT_EQ(enginePid(), pid);
@@ -63,8 +65,7 @@ TEST_F(EngineLife, itOutlivesTheConsole)
 TEST_F(EngineLife, theQueueOutlivesTheEngine)
 {
     auto proxy = makeProxy();
-    proxy->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
-                  {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+    proxy->AddSMS(u"1"_s, u"x"_s, {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
     killEngine();
     EXPECT_EQ(proxy->GetQueueSize(), 1);
 }
@@ -91,7 +92,7 @@ TEST_F(EngineLife, anEngineThatCameUpAnewReportsItsStateAgain)
 
 TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
 {
-    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
+    storeDevice(u"/nowhere/gsm, 9600"_s);
     const auto proxy = makeProxy();
     killEngine();
     QStringList heard;
@@ -100,7 +101,7 @@ TEST_F(EngineLife, aConsoleHearsAnEngineThatSomeoneElseStartedAnew)
 
     const auto other = makeProxy();
     other->StartEngine();
-    EXPECT_TRUE(eventually([&] { return heard.contains(QStringLiteral("-2")); }));
+    EXPECT_TRUE(eventually([&] { return heard.contains(u"-2"_s); }));
 }
 
 TEST_F(EngineLife, anEngineThatSomeoneElseStartedAnewIsAskedForItsState)
@@ -136,7 +137,7 @@ TEST_F(EngineLife, anEngineThatACallHasBroughtBackIsNotReportedAsStopped)
 TEST_F(EngineLife, aDeviceTestThatBringsTheEngineBackTellsItsReasonWithinTheCall)
 {
     const auto proxy = makeProxy();
-    proxy->SetDeviceSettings({0, QString(), 1, 1, QStringLiteral("/nowhere/gsm, 9600")});
+    proxy->SetDeviceSettings({0, QString(), 1, 1, u"/nowhere/gsm, 9600"_s});
     QList<qint32> codes;
     QObject::connect(proxy.get(), &SMSManager::WarningError, [&](qint32 code) { codes << code; });
     signalEngine(SIGKILL);
@@ -150,7 +151,7 @@ TEST_F(EngineLife, aDeviceTestThatBringsTheEngineBackTellsItsReasonWithinTheCall
 TEST_F(EngineLife, aDeviceTestOfAnEngineThatSomeoneElseBroughtBackTellsItsReasonWithinTheCall)
 {
     const auto proxy = makeProxy();
-    proxy->SetDeviceSettings({0, QString(), 1, 1, QStringLiteral("/nowhere/gsm, 9600")});
+    proxy->SetDeviceSettings({0, QString(), 1, 1, u"/nowhere/gsm, 9600"_s});
     QList<qint32> codes;
     QObject::connect(proxy.get(), &SMSManager::WarningError, [&](qint32 code) { codes << code; });
     killEngine();
@@ -179,15 +180,15 @@ public:
 private:
     QDBusMessage answer(const QDBusMessage &call) const
     {
-        if (call.member() != QLatin1String("TestDevice"))
+        if (call.member() != "TestDevice"_L1)
             return call.createReply();
         // Nobody answers, as this is the engine's own thread: it lasts until the limit.
-        const QString name = QStringLiteral("slow engine");
+        const QString name = u"slow engine"_s;
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
             .call(QDBusMessage::createMethodCall(
-                      QDBusConnection(QStringLiteral("replaced engine")).baseService(),
-                      QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName),
-                      QStringLiteral("GetQueueSize")),
+                      QDBusConnection(u"replaced engine"_s).baseService(),
+                      QLatin1String(Bus::objectPath), QLatin1String(Bus::interfaceName),
+                      u"GetQueueSize"_s),
                   QDBus::Block, m_longer);
         QDBusConnection::disconnectFromBus(name);
         return call.createReply(QVariant(1));
@@ -222,8 +223,7 @@ TEST_F(EngineLife, anEngineThatHasGoneIsReportedAsStoppedAndRunsAgainWithTheNext
     EXPECT_EQ(statuses, QList<qint32>{0});
     EXPECT_EQ(enginePid(), 0);
 
-    proxy->AddSMS(QStringLiteral("912345678"), QStringLiteral("x"),
-                  {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    proxy->AddSMS(u"912345678"_s, u"x"_s, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
     EXPECT_TRUE(eventually([&] { return statuses.endsWith(1); }));
     EXPECT_TRUE(eventually([&] { return device->messages().size() == 1; }));
 }
@@ -231,7 +231,7 @@ TEST_F(EngineLife, anEngineThatHasGoneIsReportedAsStoppedAndRunsAgainWithTheNext
 TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureAtOnce)
 {
     // A silent device keeps TestDevice waiting until the engine is killed.
-    plugIn({QStringLiteral("--silent")});
+    plugIn({u"--silent"_s});
     const auto proxy = makeProxy();
     const qint64 pid = enginePid();
     ASSERT_GT(pid, 0);
@@ -247,9 +247,9 @@ TEST_F(EngineLife, anEngineThatDiesInTheCallTurnsItIntoAFailureAtOnce)
         ADD_FAILURE() << "the call came back";
     } catch (const NumberedFailure &failure) {
         EXPECT_EQ(failure.number(), 462);
-        EXPECT_EQ(failure.source(), QStringLiteral("SMSManager.TestDevice"));
+        EXPECT_EQ(failure.source(), u"SMSManager.TestDevice"_s);
         // The bus has told of the death: no limit was waited for.
-        EXPECT_TRUE(failure.description().contains(QStringLiteral("disconnected")))
+        EXPECT_TRUE(failure.description().contains(u"disconnected"_s))
             << failure.description().toStdString();
     }
     EXPECT_TRUE(killer->wait());
@@ -273,3 +273,5 @@ TEST_F(EngineLife, anEngineThatWasStartedComesBackStarted)
     killEngine();
     EXPECT_EQ(proxy->GetEngineStatus(), 1);
 }
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString engineProgram()
@@ -20,8 +24,7 @@ QString engineProgram()
 EngineProcess::EngineProcess()
 {
     // Each test begins with an engine that nobody has used.
-    QDir(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/TovekSMService"))
-        .removeRecursively();
+    QDir(qEnvironmentVariable("XDG_DATA_HOME") + u"/TovekSMService"_s).removeRecursively();
 }
 
 EngineProcess::~EngineProcess()
@@ -37,13 +40,13 @@ void EngineProcess::plugIn(const QStringList &simulatorOptions)
 {
     device = std::make_unique<RunningSimulator>(simulatorOptions);
     ASSERT_TRUE(device->isReady());
-    storeDevice(device->link() + QStringLiteral(", 115200"));
+    storeDevice(device->link() + u", 115200"_s);
 }
 
 void EngineProcess::storeDevice(const QString &parameter)
 {
     QProcess command;
-    command.start(engineProgram(), {QStringLiteral("--device"), parameter});
+    command.start(engineProgram(), {u"--device"_s, parameter});
     ASSERT_TRUE(command.waitForFinished(hangMs));
     ASSERT_EQ(command.exitCode(), 0) << command.readAllStandardError().constData();
 }
@@ -65,7 +68,7 @@ std::unique_ptr<SMSManagerProxy> EngineProcess::makeProxy()
 qint64 EngineProcess::enginePid()
 {
     const QDBusReply<uint> pid =
-        QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::ServiceName));
+        QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::serviceName));
     return pid.isValid() ? pid.value() : 0;
 }
 
@@ -73,13 +76,13 @@ QList<qint64> EngineProcess::enginesOfThisTest()
 {
     const QByteArray dataFolder = "XDG_DATA_HOME=" + qgetenv("XDG_DATA_HOME") + '\0';
     QList<qint64> found;
-    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+    for (const QString &entry : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
         bool isProcess = false;
         const qint64 pid = entry.toLongLong(&isProcess);
-        const QString folder = QStringLiteral("/proc/") + entry;
-        if (!isProcess || QFile::symLinkTarget(folder + QStringLiteral("/exe")) != engineProgram())
+        const QString folder = u"/proc/"_s + entry;
+        if (!isProcess || QFile::symLinkTarget(folder + u"/exe"_s) != engineProgram())
             continue;
-        QFile environment(folder + QStringLiteral("/environ"));
+        QFile environment(folder + u"/environ"_s);
         if (environment.open(QIODevice::ReadOnly) && environment.readAll().contains(dataFolder))
             found.append(pid);
     }
@@ -93,3 +96,5 @@ void EngineProcess::killEngine()
     ASSERT_EQ(::kill(static_cast<pid_t>(pid), SIGKILL), 0);
     ASSERT_TRUE(eventually([] { return enginePid() == 0; }));
 }
+
+} // namespace norvane

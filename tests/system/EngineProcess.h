@@ -12,6 +12,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// A real engine on the private bus of the test, with a simulated device. The engine is started by
 /// the first proxy and ended with this object.
 class EngineProcess : public ::testing::Test
@@ -45,3 +47,5 @@ protected:
 private:
     std::unique_ptr<EngineLauncher> m_launcher;
 };
+
+} // namespace norvane

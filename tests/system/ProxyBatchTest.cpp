@@ -7,6 +7,10 @@
 #include <csignal>
 #include <thread>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Messages that reach the engine together.
 class ProxyBatch : public EngineProcess
 {
@@ -15,7 +19,7 @@ protected:
     static void add(SMSManager &proxy, int count)
     {
         for (int i = 0; i < count; ++i)
-            proxy.AddSMS(QString::number(i), QStringLiteral("text"), future().addSecs(i));
+            proxy.AddSMS(QString::number(i), u"text"_s, future().addSecs(i));
     }
     static QStringList numbers(int count)
     {
@@ -44,7 +48,7 @@ TEST_F(ProxyBatch, itsMessagesAreInTheQueueInTheirOrderEachWithItsDate)
     EXPECT_EQ(makeProxy()->GetQueueSize(), 0);
     EXPECT_EQ(proxy->CommitBatch(), 700);
     EXPECT_EQ(phones(*proxy), numbers(700));
-    EXPECT_EQ(proxy->GetQueue().at(1).deliveryDate, QStringLiteral("2100-01-01T08:30:01"));
+    EXPECT_EQ(proxy->GetQueue().at(1).deliveryDate, u"2100-01-01T08:30:01"_s);
 }
 
 TEST_F(ProxyBatch, aMessageOutsideOfABatchReachesTheEngineAtOnce)
@@ -69,14 +73,14 @@ TEST_F(ProxyBatch, anEmptyOneIsNoCall)
     EXPECT_EQ(proxy->CommitBatch(), 0);
     EXPECT_EQ(proxy->CommitBatch(), 0) << "nor is one that never began";
     proxy->StopEngine();
-    EXPECT_FALSE(m_calls.contains(QStringLiteral("AddSMSBatch")));
+    EXPECT_FALSE(m_calls.contains(u"AddSMSBatch"_s));
 }
 
 TEST_F(ProxyBatch, anAnswerThatWasLostIsAskedForAgainUnderTheSameName)
 {
     QStringList names;
     const ReplacedEngine engine([&names](const QDBusMessage &call) {
-        if (call.member() != QLatin1String("AddSMSBatch"))
+        if (call.member() != "AddSMSBatch"_L1)
             return call.createReply();
         names += call.arguments().constFirst().toString();
         return names.size() == 1 ? call.createErrorReply(QDBusError::NoReply, QString())
@@ -131,9 +135,9 @@ TEST_F(ProxyBatch, anOlderEngineGetsTheMessagesOneByOneUntilItFailsForOne)
     qsizetype answers = 0;
     QStringList added;
     const ReplacedEngine engine([&](const QDBusMessage &call) {
-        if (call.member() == QLatin1String("AddSMSBatch"))
+        if (call.member() == "AddSMSBatch"_L1)
             return QDBusMessage();
-        if (call.member() != QLatin1String("AddSMS"))
+        if (call.member() != "AddSMS"_L1)
             return call.createReply();
         added += call.arguments().constFirst().toString();
         return ++answers == 3 ? call.createErrorReply(QDBusError::Failed, QString())
@@ -164,7 +168,7 @@ TEST_F(ProxyBatch, anEngineThatTookAPartOfItTellsHowMany)
 TEST_F(ProxyBatch, anEngineThatFailsForItIsAFailure)
 {
     const ReplacedEngine engine([](const QDBusMessage &call) {
-        return call.createErrorReply(QDBusError::Failed, QStringLiteral("no"));
+        return call.createErrorReply(QDBusError::Failed, u"no"_s);
     });
     ASSERT_TRUE(engine.isThere());
     const auto proxy = makeProxy();
@@ -172,3 +176,5 @@ TEST_F(ProxyBatch, anEngineThatFailsForItIsAFailure)
     add(*proxy, 5);
     EXPECT_EQ(raisedNumber([&] { proxy->CommitBatch(); }), 462);
 }
+
+} // namespace norvane

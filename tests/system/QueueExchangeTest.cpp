@@ -19,6 +19,10 @@
 #include <memory>
 #include <vector>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The platform's files, which count those that were read without one whole record in them.
@@ -54,9 +58,9 @@ private:
             ++m_owner.filesRead;
             m_owner.filesReadTooEarly += m_bytes < 199 ? 1 : 0;
         }
-        int read(qsizetype most, QByteArray &bytes) override
+        int read(qsizetype max, QByteArray &bytes) override
         {
-            const int error = m_real->read(most, bytes);
+            const int error = m_real->read(max, bytes);
             m_bytes += bytes.size();
             return error;
         }
@@ -80,7 +84,7 @@ public:
             m_running.push_back(std::make_unique<QProcess>());
             m_running.back()->start(QStringLiteral(NORVANE_DROP_FILE_WRITER),
                                     {QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
-                                     folder, QStringLiteral("w%1").arg(i), QString::number(files)});
+                                     folder, u"w%1"_s.arg(i), QString::number(files)});
         }
     }
 
@@ -108,14 +112,14 @@ private:
     std::vector<std::unique_ptr<QProcess>> m_running;
 };
 
-constexpr int WriterCount = 8;
-constexpr int FilesOfEach = 500;
+constexpr int writerCount = 8;
+constexpr int filesOfEach = 500;
 
 /// Tells what became of the files, and holds the accounts.
 void expectThatNothingElseIsLost(int arrived, int refused, const CountingStreams &streams,
                                  int ticks)
 {
-    constexpr int written = WriterCount * FilesOfEach;
+    constexpr int written = writerCount * filesOfEach;
     std::cout << arrived << " of " << written << " messages arrived in " << ticks << " ticks; "
               << streams.filesReadTooEarly << " files were read before their record was in them, "
               << refused << " writings were refused after four collisions\n";
@@ -149,20 +153,19 @@ TEST_F(QueueExchange, whatAWriterLeavesIsSentByARunningEngine)
 {
     const auto engine = makeProxy();
     engine->StartEngine();
-    WriteSMSFile(QStringLiteral("+34 600-123 456"), {QDate(2009, 3, 5), QTime(14, 7, 9), Qt::UTC},
-                 QStringLiteral("Adéus, ñandú"), queueFolder.path());
+    WriteSMSFile(u"+34 600-123 456"_s, {QDate(2009, 3, 5), QTime(14, 7, 9), Qt::UTC},
+                 u"Adéus, ñandú"_s, queueFolder.path());
     tick();
     EXPECT_TRUE(names().isEmpty());
     waitForReceived(1);
-    EXPECT_EQ(received(0), QStringLiteral("Adeus, nandu"));
-    EXPECT_EQ(device->messages().first().value(QStringLiteral("number")).toString(),
-              QStringLiteral("+34600123456"));
+    EXPECT_EQ(received(0), u"Adeus, nandu"_s);
+    EXPECT_EQ(device->messages().first().value(u"number"_s).toString(), u"+34600123456"_s);
 }
 
 TEST_F(QueueExchange, whatArrivesWhileTheEngineIsStoppedWaitsForTheOperator)
 {
-    WriteSMSFile(QStringLiteral("1"), {QDate(2009, 3, 5), QTime(14, 7, 9), Qt::UTC},
-                 QStringLiteral("due"), queueFolder.path());
+    WriteSMSFile(u"1"_s, {QDate(2009, 3, 5), QTime(14, 7, 9), Qt::UTC}, u"due"_s,
+                 queueFolder.path());
     tick();
     ASSERT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760025, 1); }));
     EXPECT_EQ(label("lblEngineStatus"), GS(3760026));
@@ -175,20 +178,20 @@ TEST_F(QueueExchange, aBulkFileIsQueuedInItsOrder)
 {
     SMSList list;
     for (int i = 0; i < 300; ++i)
-        list.Add(QStringLiteral("912345678"), QStringLiteral("m %1").arg(i));
+        list.Add(u"912345678"_s, u"m %1"_s.arg(i));
     WriteSMSFileBulk(list, later(), queueFolder.path());
     tick();
     const QueueRecordSet records = makeProxy()->GetQueue();
     ASSERT_EQ(records.rows().size(), 300);
     for (int i = 0; i < 300; ++i)
-        ASSERT_EQ(records.rows().at(i).message, QStringLiteral("m %1").arg(i));
-    EXPECT_EQ(records.rows().first().deliveryDate, QStringLiteral("2100-01-01T12:30:45"));
+        ASSERT_EQ(records.rows().at(i).message, u"m %1"_s.arg(i));
+    EXPECT_EQ(records.rows().first().deliveryDate, u"2100-01-01T12:30:45"_s);
 }
 
 TEST_F(QueueExchange, everyByteReachesTheEngineButNulWhichIsASpaceThere)
 {
-    writeFile(queueFolder.filePath(QStringLiteral("sms.0")),
-              fixture(QStringLiteral("bytes")).replace(25, 14, "01012100000000"));
+    writeFile(queueFolder.filePath(u"sms.0"_s),
+              fixture(u"bytes"_s).replace(25, 14, "01012100000000"));
     tick();
     const QueueRecordSet records = makeProxy()->GetQueue();
     ASSERT_EQ(records.rows().size(), 1);
@@ -202,7 +205,7 @@ TEST_F(QueueExchange, everyByteReachesTheEngineButNulWhichIsASpaceThere)
 TEST_F(QueueExchange, eightWritersAndAServerThatPollsMeanwhileLoseOnlyWhatWasReadTooEarly)
 {
     int ticks = 0;
-    const Writers writers(WriterCount, FilesOfEach, queueFolder.path());
+    const Writers writers(writerCount, filesOfEach, queueFolder.path());
     ASSERT_TRUE(eventually([&] {
         tick();
         ++ticks;
@@ -214,11 +217,11 @@ TEST_F(QueueExchange, eightWritersAndAServerThatPollsMeanwhileLoseOnlyWhatWasRea
     const QueueRecordSet records = makeProxy()->GetQueue();
     QSet<QString> messages;
     for (const QueueRow &row : records.rows()) {
-        EXPECT_EQ(row.phone, QStringLiteral("9123456"));
-        EXPECT_EQ(row.deliveryDate, QStringLiteral("2100-01-01T12:30:45"));
+        EXPECT_EQ(row.phone, u"9123456"_s);
+        EXPECT_EQ(row.deliveryDate, u"2100-01-01T12:30:45"_s);
         const QStringList parts = row.message.split(u' ');
         EXPECT_TRUE(parts.size() == 2 && parts.first().size() == 2 &&
-                    parts.last().toInt() < FilesOfEach)
+                    parts.last().toInt() < filesOfEach)
             << row.message.toStdString();
         messages.insert(row.message);
     }
@@ -238,14 +241,14 @@ TEST(QueueRace, aReaderAsQuickAsCanBeLosesOnlyWhatItReadsTooEarly)
     RecordingEngine engine(script);
     script.calls.clear();
     int ticks = 0;
-    const Writers writers(WriterCount, FilesOfEach, folder.path());
+    const Writers writers(writerCount, filesOfEach, folder.path());
     for (bool ended = false; !ended;) {
         ended = writers.allEnded(); // before the last look into the folder
         QString path = folder.path();
         qint16 files = 0;
         qint16 folders = 0;
         FileSearchResult found;
-        FindFiles(path, QString::fromUtf16(QueueDropFile::Pattern), files, folders, found,
+        FindFiles(path, QString::fromUtf16(QueueDropFile::pattern), files, folders, found,
                   Descent::StayInFolder);
         for (const QString &file : found.Files)
             ImportSMSFile(file, engine, QString(), {&streams, nullptr});
@@ -256,6 +259,8 @@ TEST(QueueRace, aReaderAsQuickAsCanBeLosesOnlyWhatItReadsTooEarly)
     EXPECT_TRUE(QDir(folder.path()).isEmpty());
     const auto arrived = static_cast<int>(script.calls.size());
     EXPECT_EQ(QSet<QString>(script.calls.begin(), script.calls.end()).size(), arrived);
-    EXPECT_EQ(script.calls.filter(QStringLiteral("AddSMS(9123456|w")).size(), arrived);
+    EXPECT_EQ(script.calls.filter(u"AddSMS(9123456|w"_s).size(), arrived);
     expectThatNothingElseIsLost(arrived, writers.refused(), streams, ticks);
 }
+
+} // namespace norvane

@@ -9,6 +9,10 @@
 
 #include <random>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The queue's grid over the real engine.
 class QueueGridOnEngine : public QueueGridReading<WholePath>
 {
@@ -56,8 +60,7 @@ protected:
     {
         const auto proxy = makeProxy();
         for (int i = 1; i <= count; ++i)
-            proxy->AddSMS(QStringLiteral("60%1").arg(i), QStringLiteral("text %1").arg(i),
-                          later(i));
+            proxy->AddSMS(u"60%1"_s.arg(i), u"text %1"_s.arg(i), later(i));
         ASSERT_TRUE(waitForRows(count));
     }
     void stopEngine()
@@ -76,13 +79,12 @@ TEST_F(QueueGridOnEngine, anEditReachesTheEngineAtOnce)
 {
     queueForLater(3);
     startEngine();
-    edit(2, 1, QStringLiteral("911222333"));
-    edit(3, 2, QStringLiteral("another text"));
-    EXPECT_EQ(queued(),
-              (QHash<QString, QString>{{QStringLiteral("601"), QStringLiteral("text 1")},
-                                       {QStringLiteral("911222333"), QStringLiteral("text 2")},
-                                       {QStringLiteral("603"), QStringLiteral("another text")}}));
-    EXPECT_TRUE(eventually([&] { return text(2, 1) == QStringLiteral("911222333"); }));
+    edit(2, 1, u"911222333"_s);
+    edit(3, 2, u"another text"_s);
+    EXPECT_EQ(queued(), (QHash<QString, QString>{{u"601"_s, u"text 1"_s},
+                                                 {u"911222333"_s, u"text 2"_s},
+                                                 {u"603"_s, u"another text"_s}}));
+    EXPECT_TRUE(eventually([&] { return text(2, 1) == u"911222333"_s; }));
 }
 
 TEST_F(QueueGridOnEngine, theFirstRowIsHeldWhileTheEngineRunsAndFreeWhenItStands)
@@ -95,8 +97,8 @@ TEST_F(QueueGridOnEngine, theFirstRowIsHeldWhileTheEngineRunsAndFreeWhenItStands
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first().text, GS(3760022));
     stopEngine();
-    edit(1, 1, QStringLiteral("1"));
-    EXPECT_TRUE(queued().contains(QStringLiteral("1")));
+    edit(1, 1, u"1"_s);
+    EXPECT_TRUE(queued().contains(u"1"_s));
 }
 
 TEST_F(QueueGridOnEngine, deletedRowsLeaveTheEnginesQueue)
@@ -104,8 +106,8 @@ TEST_F(QueueGridOnEngine, deletedRowsLeaveTheEnginesQueue)
     queueForLater(5);
     deleteRows({2, 4});
     EXPECT_EQ(queued().size(), 3);
-    EXPECT_FALSE(queued().contains(QStringLiteral("602")));
-    EXPECT_FALSE(queued().contains(QStringLiteral("604")));
+    EXPECT_FALSE(queued().contains(u"602"_s));
+    EXPECT_FALSE(queued().contains(u"604"_s));
     EXPECT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760025, 3); }));
     EXPECT_EQ(grid()->rows(), 3);
 }
@@ -115,7 +117,7 @@ TEST_F(QueueGridOnEngine, aDeletionWithTheFirstRowKeepsItWhileTheEngineRuns)
     queueForLater(3);
     startEngine();
     deleteRows({1, 2, 3});
-    EXPECT_EQ(queued().keys(), QStringList{QStringLiteral("601")});
+    EXPECT_EQ(queued().keys(), QStringList{u"601"_s});
     EXPECT_EQ(boxes.shown.last().text, GS(3760020));
 }
 
@@ -124,7 +126,7 @@ TEST_F(QueueGridOnEngine, thousandsOfRowsAreDeletedAtOnce)
     constexpr int count = 3000;
     SMSList list;
     for (int i = 1; i <= count; ++i)
-        list.Add(QString::number(i), QStringLiteral("x"));
+        list.Add(QString::number(i), u"x"_s);
     makeProxy()->AddSMSList(list, later());
     ASSERT_TRUE(waitForRows(count));
     grid()->setCurrentIndex(cell(1, 0));
@@ -138,19 +140,19 @@ TEST_F(QueueGridOnEngine, whatCameSinceTheGridWasFilledSurvivesEditsAndDeletions
 {
     queueForLater(2);
     // Not yet seen by the grid: no event is handled until the deletion is through.
-    makeProxy()->AddSMS(QStringLiteral("700"), QStringLiteral("unseen"), later(-10));
+    makeProxy()->AddSMS(u"700"_s, u"unseen"_s, later(-10));
     ASSERT_EQ(grid()->rows(), 2);
     deleteRows({1});
     EXPECT_EQ(queued().keys().size(), 2);
-    EXPECT_TRUE(queued().contains(QStringLiteral("700")));
-    EXPECT_TRUE(queued().contains(QStringLiteral("602")));
+    EXPECT_TRUE(queued().contains(u"700"_s));
+    EXPECT_TRUE(queued().contains(u"602"_s));
 }
 
 TEST_F(QueueGridOnEngine, anEditOfAMessageThatWasSentMeanwhileRevivesNothing)
 {
     stopEngine();
     const auto proxy = makeProxy();
-    proxy->AddSMS(QStringLiteral("601"), QStringLiteral("old text"), due());
+    proxy->AddSMS(u"601"_s, u"old text"_s, due());
     ASSERT_TRUE(waitForRows(1));
     // The editor is open while the message goes out; the grid has not heard of it yet.
     QApplication::setActiveWindow(console.get());
@@ -158,7 +160,7 @@ TEST_F(QueueGridOnEngine, anEditOfAMessageThatWasSentMeanwhileRevivesNothing)
     grid()->setCurrentIndex(cell(1, 2));
     QTest::keyClick(grid(), Qt::Key_F2);
     ASSERT_NE(editor(), nullptr);
-    editor()->setText(QStringLiteral("new text"));
+    editor()->setText(u"new text"_s);
     proxy->StartEngine();
     // Without the event loop, so that the grid doesn't hear of it.
     while (device->messages().isEmpty() || proxy->GetQueueSize() > 0)
@@ -166,11 +168,11 @@ TEST_F(QueueGridOnEngine, anEditOfAMessageThatWasSentMeanwhileRevivesNothing)
     QTest::keyClick(editor(), Qt::Key_Return);
     EXPECT_TRUE(waitForRows(0));
     EXPECT_TRUE(eventually([&] {
-        return control<TerminalView>("txtTerm")->text().contains(QStringLiteral("-9"));
+        return control<TerminalView>("txtTerm")->text().contains(u"-9"_s);
     })) << "the operator is told that the edit came too late";
     EXPECT_EQ(proxy->GetQueueSize(), 0);
     ASSERT_EQ(device->messages().size(), 1);
-    EXPECT_EQ(received(0), QStringLiteral("old text"));
+    EXPECT_EQ(received(0), u"old text"_s);
 }
 
 /// Edits and deletions while the engine sends and other messages arrive: whatever the grid showed
@@ -182,10 +184,10 @@ TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
     const auto other = makeProxy();
     SMSList list;
     for (int i = 0; i < messages; ++i)
-        list.Add(QString::number(1000 + i), QStringLiteral("first %1").arg(1000 + i));
+        list.Add(QString::number(1000 + i), u"first %1"_s.arg(1000 + i));
     stopEngine();
     // Slow enough for the operator to get in between, however slow the operator is.
-    plugIn({QStringLiteral("--latency"), QStringLiteral("25")});
+    plugIn({u"--latency"_s, u"25"_s});
     other->AddSMSList(list, due());
     ASSERT_TRUE(waitForRows(messages));
     other->StartEngine();
@@ -200,7 +202,7 @@ TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
         if (round % 4 == 0) {
             const QString phone = QString::number(5000 + round);
-            other->AddSMS(phone, QStringLiteral("first ") + phone, due());
+            other->AddSMS(phone, u"first "_s + phone, due());
             added.insert(phone);
         }
         if (grid()->rows() < 3)
@@ -211,7 +213,7 @@ TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
             deleted.insert(phone);
             deleteRows({row});
         } else {
-            edit(row, 2, QStringLiteral("edited ") + phone);
+            edit(row, 2, u"edited "_s + phone);
             ++edits;
         }
     }
@@ -220,12 +222,11 @@ TEST_F(QueueGridOnEngine, editsAndDeletionsRaceWithSending)
 
     QHash<QString, QString> received;
     for (const QJsonObject &message : device->messages()) {
-        const QString phone = message.value(QStringLiteral("number")).toString();
-        const QString sent = message.value(QStringLiteral("text")).toString();
+        const QString phone = message.value(u"number"_s).toString();
+        const QString sent = message.value(u"text"_s).toString();
         EXPECT_FALSE(received.contains(phone)) << phone.toStdString() << " was sent twice";
         received.insert(phone, sent);
-        EXPECT_TRUE(sent == QStringLiteral("first ") + phone ||
-                    sent == QStringLiteral("edited ") + phone)
+        EXPECT_TRUE(sent == u"first "_s + phone || sent == u"edited "_s + phone)
             << phone.toStdString() << " got " << sent.toStdString();
     }
     QSet<QString> all = added;
@@ -247,15 +248,15 @@ TEST_F(QueueGridOnEngine, anEditInProgressLivesThroughTheEnginesEvents)
     grid()->setCurrentIndex(cell(2, 2));
     QTest::keyClick(grid(), Qt::Key_F2);
     ASSERT_NE(editor(), nullptr);
-    editor()->setText(QStringLiteral("half"));
+    editor()->setText(u"half"_s);
     const auto other = makeProxy();
-    other->AddSMS(QStringLiteral("700"), QStringLiteral("x"), later(-5));
+    other->AddSMS(u"700"_s, u"x"_s, later(-5));
     ASSERT_TRUE(waitForRows(4));
     ASSERT_NE(editor(), nullptr);
-    QTest::keyClicks(editor(), QStringLiteral(" way"));
+    QTest::keyClicks(editor(), u" way"_s);
     QTest::keyClick(editor(), Qt::Key_Return);
-    EXPECT_EQ(queued().value(QStringLiteral("602")), QStringLiteral("half way"));
-    EXPECT_EQ(queued().value(QStringLiteral("601")), QStringLiteral("text 1"));
+    EXPECT_EQ(queued().value(u"602"_s), u"half way"_s);
+    EXPECT_EQ(queued().value(u"601"_s), u"text 1"_s);
 }
 
 TEST_F(QueueGridOnEngine, theQueueIsTheSameWhetherFetchedAtOnceOrChangeByChange)
@@ -268,13 +269,13 @@ TEST_F(QueueGridOnEngine, theQueueIsTheSameWhetherFetchedAtOnceOrChangeByChange)
         EXPECT_EQ(followed, makeProxy()->GetQueue().rows());
         return followed.size();
     };
-    edit(3, 2, QStringLiteral("changed"));
+    edit(3, 2, u"changed"_s);
     EXPECT_EQ(same(), 4);
     deleteRows({2});
     EXPECT_EQ(same(), 3);
-    makeProxy()->AddSMS(QStringLiteral("700"), QStringLiteral("x"), later(-5));
+    makeProxy()->AddSMS(u"700"_s, u"x"_s, later(-5));
     EXPECT_EQ(same(), 4);
-    makeProxy()->AddSMS(QStringLiteral("701"), QStringLiteral("due"), due());
+    makeProxy()->AddSMS(u"701"_s, u"due"_s, due());
     startEngine();
     waitForReceived(1);
     ASSERT_TRUE(eventually([&] { return makeProxy()->GetQueueSize() == 4; }));
@@ -282,3 +283,5 @@ TEST_F(QueueGridOnEngine, theQueueIsTheSameWhetherFetchedAtOnceOrChangeByChange)
     makeProxy()->ClearQueue();
     EXPECT_EQ(same(), 0);
 }
+
+} // namespace norvane

@@ -12,6 +12,10 @@
 #include <memory>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Stands on the bus of this test in the engine's place, on a thread of its own, and answers as
 /// told. It goes from the bus with this object at the latest.
 class ReplacedEngine
@@ -26,15 +30,15 @@ public:
     {
         m_object->moveToThread(&m_thread);
         m_thread.start();
-        m_bus.registerVirtualObject(QLatin1String(Bus::ObjectPath), m_object.get());
-        m_isThere = m_bus.registerService(QLatin1String(Bus::ServiceName));
+        m_bus.registerVirtualObject(QLatin1String(Bus::objectPath), m_object.get());
+        m_isThere = m_bus.registerService(QLatin1String(Bus::serviceName));
     }
     ReplacedEngine(const ReplacedEngine &) = delete;
     ReplacedEngine &operator=(const ReplacedEngine &) = delete;
     ~ReplacedEngine()
     {
         vanish();
-        m_bus.unregisterObject(QLatin1String(Bus::ObjectPath));
+        m_bus.unregisterObject(QLatin1String(Bus::objectPath));
         m_thread.quit();
         m_thread.wait();
         QDBusConnection::disconnectFromBus(connectionName());
@@ -42,7 +46,7 @@ public:
 
     bool isThere() const { return m_isThere; }
     /// Leaves the bus as an engine that ends. May be called while a call is being answered.
-    void vanish() { m_bus.unregisterService(QLatin1String(Bus::ServiceName)); }
+    void vanish() { m_bus.unregisterService(QLatin1String(Bus::serviceName)); }
     /// The answer that is being given is the last one: who has it finds no engine any more.
     void vanishWithThisAnswer() { m_goes = true; }
 
@@ -78,7 +82,7 @@ private:
         Answer m_answer;
     };
 
-    static QString connectionName() { return QStringLiteral("replaced engine"); }
+    static QString connectionName() { return u"replaced engine"_s; }
 
     QDBusConnection m_bus;
     QThread m_thread;
@@ -86,3 +90,5 @@ private:
     bool m_isThere = false;
     bool m_goes = false; ///< used on the object's thread alone
 };
+
+} // namespace norvane

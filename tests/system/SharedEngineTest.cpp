@@ -5,6 +5,10 @@
 #include <atomic>
 #include <vector>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class SharedEngine : public EngineProcess
 {};
 
@@ -14,13 +18,13 @@ TEST_F(SharedEngine, threeConsolesThatStartAtOnceGetOneEngine)
     std::vector<std::unique_ptr<QThread>> consoles;
     for (int i = 0; i < 3; ++i) {
         consoles.emplace_back(QThread::create([i, &attached] {
-            const QString name = QStringLiteral("console %1").arg(i);
+            const QString name = u"console %1"_s.arg(i);
             {
                 const QDBusConnection bus =
                     QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
                 const auto launcher = makeLauncher(bus);
                 SMSManagerProxy proxy(*launcher);
-                proxy.AddSMS(name, QStringLiteral("x"), {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+                proxy.AddSMS(name, u"x"_s, {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
                 ++attached;
             }
             QDBusConnection::disconnectFromBus(name);
@@ -40,8 +44,7 @@ TEST_F(SharedEngine, threeConsolesThatStartAtOnceGetOneEngine)
 
 TEST_F(SharedEngine, twoConsolesOneAfterTheOtherSeeTheSameQueue)
 {
-    makeProxy()->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
-                        {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+    makeProxy()->AddSMS(u"1"_s, u"x"_s, {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
     EXPECT_EQ(makeProxy()->GetQueueSize(), 1);
 }
 
@@ -52,7 +55,8 @@ TEST_F(SharedEngine, whatOneConsoleQueuesIsReportedToTheOther)
     qint32 seen = -1;
     QObject::connect(second.get(), &SMSManager::SMSQueueChanged, [&](qint32 size) { seen = size; });
     ASSERT_TRUE(eventually([&] { return seen == 0; }));
-    first->AddSMS(QStringLiteral("1"), QStringLiteral("x"),
-                  {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
+    first->AddSMS(u"1"_s, u"x"_s, {QDate(2100, 1, 1), QTime(0, 0), Qt::UTC});
     EXPECT_TRUE(eventually([&] { return seen == 1; }));
 }
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A console in a process of its own that stands still and never goes on.
@@ -29,16 +33,14 @@ protected:
     static QVariant call(const char *operation, const QVariantList &arguments = {})
     {
         QDBusMessage message = QDBusMessage::createMethodCall(
-            QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-            QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+            QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+            QLatin1String(Bus::interfaceName), QLatin1String(operation));
         message.setArguments(arguments);
         return QDBusConnection::sessionBus().call(message).arguments().value(0);
     }
     static int listeners()
     {
-        return qdbus_cast<QVariantMap>(call("GetState"))
-            .value(QStringLiteral("listeners"), -1)
-            .toInt();
+        return qdbus_cast<QVariantMap>(call("GetState")).value(u"listeners"_s, -1).toInt();
     }
     void startConsole()
     {
@@ -53,7 +55,7 @@ protected:
     }
     static void failMessage(const QString &phone)
     {
-        call("AddSMS", {phone, QStringLiteral("x"), QStringLiteral("2020-01-01T00:00:00")});
+        call("AddSMS", {phone, u"x"_s, u"2020-01-01T00:00:00"_s});
         call("StartEngine");
         ASSERT_TRUE(eventually([] { return call("GetQueueSize").toInt() == 0; }));
     }
@@ -73,15 +75,15 @@ TEST_F(StoppedConsole, aFailureThatItNeverHandledIsToldByTheNextConsole)
 {
     startConsole();
     signalConsole(SIGSTOP);
-    failMessage(QStringLiteral("call me"));
+    failMessage(u"call me"_s);
     signalConsole(SIGKILL);
     ASSERT_TRUE(m_process.waitForFinished(hangMs));
     ASSERT_TRUE(eventually([] { return listeners() == 0; }));
 
     openConsole();
     ASSERT_TRUE(eventually([this] { return !failedPhones().isEmpty(); }));
-    EXPECT_EQ(failedPhones(), QStringList{QStringLiteral("call me")});
-    EXPECT_TRUE(control<TerminalView>("txtTerm")->text().contains(QStringLiteral("-18")));
+    EXPECT_EQ(failedPhones(), QStringList{u"call me"_s});
+    EXPECT_TRUE(control<TerminalView>("txtTerm")->text().contains(u"-18"_s));
 
     // It has handled it: the one after that begins with an empty list.
     closeConsole();
@@ -91,3 +93,5 @@ TEST_F(StoppedConsole, aFailureThatItNeverHandledIsToldByTheNextConsole)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -19,6 +19,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The console's window in this process, over the real engine process and a simulated device.
 class WholePath : public EngineProcess
 {
@@ -26,8 +30,7 @@ protected:
     WholePath()
     {
         // Each test begins with a console that was never configured.
-        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") +
-                      QStringLiteral("/Norvane/settings.ini"));
+        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + u"/Norvane/settings.ini"_s);
     }
     void SetUp() override
     {
@@ -39,8 +42,8 @@ protected:
     void openConsole()
     {
         goLocalize = std::make_unique<cls_Localize>();
-        ASSERT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
-                                     QStringLiteral("ESN")));
+        ASSERT_TRUE(
+            goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"), u"ESN"_s));
         console = std::make_unique<frmSMSClient>(
             ConsoleEnvironment{[this] { return makeProxy(); },
                                modSMSClient::ReleaseGlobals,
@@ -78,7 +81,7 @@ protected:
     }
     QString received(int index) const
     {
-        return device->messages().at(index).value(QStringLiteral("text")).toString();
+        return device->messages().at(index).value(u"text"_s).toString();
     }
     void waitForReceived(int count)
     {
@@ -97,3 +100,5 @@ protected:
 private:
     IniStoredSettings m_settings;
 };
+
+} // namespace norvane

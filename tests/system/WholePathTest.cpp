@@ -3,30 +3,32 @@
 #include "NorvaneSMS/queue/Normalisation.h"
 #include "foundation/ui/CaptionedFrame.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST_F(WholePath, aMessageTypedInTheWindowReachesTheDevice)
 {
     auto *const phone = control<QLineEdit>("txtPhone");
     auto *const message = control<MessageEdit>("txtMessage");
-    QTest::keyClicks(phone, QStringLiteral("+34 600 123 456"));
-    QTest::keyClicks(message, QStringLiteral("Hola mundo"));
+    QTest::keyClicks(phone, u"+34 600 123 456"_s);
+    QTest::keyClicks(message, u"Hola mundo"_s);
     QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
     waitForReceived(1);
-    EXPECT_EQ(device->messages().first().value(QStringLiteral("number")).toString(),
-              QStringLiteral("+34600123456"));
-    EXPECT_EQ(received(0), QStringLiteral("Hola mundo"));
+    EXPECT_EQ(device->messages().first().value(u"number"_s).toString(), u"+34600123456"_s);
+    EXPECT_EQ(received(0), u"Hola mundo"_s);
 }
 
 TEST_F(WholePath, theConsoleShowsStateQueueRowAndTerminal)
 {
-    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    send(u"912345678"_s, u"Hola"_s);
     auto *const sent = control<QTableView>("grdSentDetails");
     ASSERT_TRUE(eventually([&] { return sent->model()->rowCount() == 1; }));
-    EXPECT_EQ(sent->model()->index(0, 1).data().toString(), QStringLiteral("912345678"));
-    EXPECT_EQ(sent->model()->index(0, 2).data().toString(), QStringLiteral("Hola"));
-    EXPECT_EQ(control<CaptionedFrame>("fraSentDetails")->caption(),
-              GS(3760009) + QStringLiteral(" ( 1 )"));
-    EXPECT_TRUE(control<TerminalView>("txtTerm")->text().endsWith(
-        GS(3760023, QStringLiteral("912345678")) + QStringLiteral("\r\n")));
+    EXPECT_EQ(sent->model()->index(0, 1).data().toString(), u"912345678"_s);
+    EXPECT_EQ(sent->model()->index(0, 2).data().toString(), u"Hola"_s);
+    EXPECT_EQ(control<CaptionedFrame>("fraSentDetails")->caption(), GS(3760009) + u" ( 1 )"_s);
+    EXPECT_TRUE(
+        control<TerminalView>("txtTerm")->text().endsWith(GS(3760023, u"912345678"_s) + u"\r\n"_s));
     EXPECT_EQ(label("lblEngineStatus"), GS(3760014));
     EXPECT_FALSE(label("lblDeviceStatus").isEmpty());
     EXPECT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760013); }));
@@ -36,17 +38,17 @@ TEST_F(WholePath, theConsoleShowsStateQueueRowAndTerminal)
 
 TEST_F(WholePath, accentsArriveStripped)
 {
-    send(QStringLiteral("1"), QStringLiteral("Coração à João"));
+    send(u"1"_s, u"Coração à João"_s);
     waitForReceived(1);
-    EXPECT_EQ(received(0), QStringLiteral("Coracao a Joao"));
+    EXPECT_EQ(received(0), u"Coracao a Joao"_s);
 }
 
 TEST_F(WholePath, signsArriveAsTheConsolesNormalisationLeavesThem)
 {
-    const QString text = QStringLiteral("Preço 10 € [ok]");
-    send(QStringLiteral("1"), text);
+    const QString text = u"Preço 10 € [ok]"_s;
+    send(u"1"_s, text);
     waitForReceived(1);
-    EXPECT_EQ(received(0), QStringLiteral("Preco 10 ? [ok]"));
+    EXPECT_EQ(received(0), u"Preco 10 ? [ok]"_s);
     EXPECT_EQ(received(0), NormalizeSMSText(false, text));
 }
 
@@ -54,9 +56,9 @@ TEST_F(WholePath, aTextOf160CharactersArrivesCharacterForCharacter)
 {
     QString text;
     while (text.size() < 160)
-        text += QStringLiteral("0123456789 abcdefghij KLMNOPQRST .,;:!?");
+        text += u"0123456789 abcdefghij KLMNOPQRST .,;:!?"_s;
     text.truncate(160);
-    send(QStringLiteral("1"), text);
+    send(u"1"_s, text);
     waitForReceived(1);
     EXPECT_EQ(received(0), text);
     EXPECT_EQ(device->messages().size(), 1);
@@ -64,8 +66,8 @@ TEST_F(WholePath, aTextOf160CharactersArrivesCharacterForCharacter)
 
 TEST_F(WholePath, charactersOutsideTheGsmAlphabetArriveToo)
 {
-    const QString text = QStringLiteral("nº 5 © Ærø");
-    send(QStringLiteral("1"), text);
+    const QString text = u"nº 5 © Ærø"_s;
+    send(u"1"_s, text);
     waitForReceived(1);
     EXPECT_EQ(received(0), NormalizeSMSText(false, text));
 }
@@ -73,11 +75,11 @@ TEST_F(WholePath, charactersOutsideTheGsmAlphabetArriveToo)
 TEST_F(WholePath, aMessageForLaterWaitsInTheGrid)
 {
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
-    send(QStringLiteral("912345678"), QStringLiteral("Mañana"));
+    send(u"912345678"_s, u"Mañana"_s);
     auto *const queue = control<QTableView>("grdQueue");
     ASSERT_TRUE(eventually([&] { return queue->model()->rowCount() == 1; }));
-    EXPECT_EQ(queue->model()->index(0, 1).data().toString(), QStringLiteral("912345678"));
-    EXPECT_EQ(queue->model()->index(0, 2).data().toString(), QStringLiteral("Manana"));
+    EXPECT_EQ(queue->model()->index(0, 1).data().toString(), u"912345678"_s);
+    EXPECT_EQ(queue->model()->index(0, 2).data().toString(), u"Manana"_s);
     EXPECT_EQ(label("lblQueueSize"), GS(3760025, 1));
     EXPECT_TRUE(device->messages().isEmpty());
 }
@@ -85,7 +87,7 @@ TEST_F(WholePath, aMessageForLaterWaitsInTheGrid)
 TEST_F(WholePath, whatWaitedIsThereForTheNextConsole)
 {
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
-    send(QStringLiteral("912345678"), QStringLiteral("x"));
+    send(u"912345678"_s, u"x"_s);
     closeConsole();
     openConsole();
     EXPECT_EQ(control<QTableView>("grdQueue")->model()->rowCount(), 1);
@@ -95,7 +97,7 @@ TEST_F(WholePath, whatWaitedIsThereForTheNextConsole)
 TEST_F(WholePath, stopKeepsTheQueueAndStartSendsIt)
 {
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
-    send(QStringLiteral("1"), QStringLiteral("later"));
+    send(u"1"_s, u"later"_s);
     ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760014); }));
     QTest::mouseClick(control<QPushButton>("btnStop"), Qt::LeftButton);
     ASSERT_TRUE(eventually([&] { return label("lblEngineStatus") == GS(3760026); }));
@@ -103,15 +105,14 @@ TEST_F(WholePath, stopKeepsTheQueueAndStartSendsIt)
 
     // What comes in by another way than the send button doesn't start the engine.
     const auto other = makeProxy();
-    other->AddSMS(QStringLiteral("2"), QStringLiteral("due"),
-                  {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
+    other->AddSMS(u"2"_s, u"due"_s, {QDate(2020, 1, 1), QTime(0, 0), Qt::UTC});
     ASSERT_TRUE(eventually([&] { return label("lblQueueSize") == GS(3760025, 2); }));
     EXPECT_TRUE(device->messages().isEmpty());
     EXPECT_EQ(label("lblEngineStatus"), GS(3760026));
 
     QTest::mouseClick(control<QPushButton>("btnStart"), Qt::LeftButton);
     waitForReceived(1);
-    EXPECT_EQ(received(0), QStringLiteral("due"));
+    EXPECT_EQ(received(0), u"due"_s);
     EXPECT_TRUE(
         eventually([&] { return control<QTableView>("grdQueue")->model()->rowCount() == 1; }));
 }
@@ -119,7 +120,7 @@ TEST_F(WholePath, stopKeepsTheQueueAndStartSendsIt)
 TEST_F(WholePath, clearEmptiesTheGridThroughTheEnginesEvent)
 {
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2100, 1, 1));
-    send(QStringLiteral("1"), QStringLiteral("later"));
+    send(u"1"_s, u"later"_s);
     auto *const queue = control<QTableView>("grdQueue");
     ASSERT_TRUE(eventually([&] { return queue->model()->rowCount() == 1; }));
     QTest::mouseClick(control<QPushButton>("btnClearQueue"), Qt::LeftButton);
@@ -129,10 +130,12 @@ TEST_F(WholePath, clearEmptiesTheGridThroughTheEnginesEvent)
 
 TEST_F(WholePath, aDeviceThatIsNotThereIsToldInTheTerminal)
 {
-    storeDevice(QStringLiteral("/nowhere/gsm, 9600"));
-    send(QStringLiteral("1"), QStringLiteral("x"));
+    storeDevice(u"/nowhere/gsm, 9600"_s);
+    send(u"1"_s, u"x"_s);
     const QString word = GS(3760032);
     EXPECT_TRUE(
         eventually([&] { return control<TerminalView>("txtTerm")->text().contains(word); }));
     EXPECT_EQ(label("lblQueueSize"), GS(3760025, 1));
 }
+
+} // namespace norvane

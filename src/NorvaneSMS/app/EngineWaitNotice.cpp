@@ -1,6 +1,7 @@
 #include "NorvaneSMS/app/EngineWaitNotice.h"
 
 #include "foundation/Globals.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/FormSetUp.h"
 
 #include <QApplication>
@@ -9,6 +10,10 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -20,14 +25,14 @@ class NoticeWindow : public QWidget
 public:
     NoticeWindow()
     {
-        setObjectName(QStringLiteral("EngineWaitNotice"));
-        setWindowTitle(QStringLiteral("Norvane SMS"));
+        setObjectName(u"EngineWaitNotice"_s);
+        setWindowTitle(u"Norvane SMS"_s);
         setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
         // The console's own window comes after it: its end isn't the program's.
         setAttribute(Qt::WA_QuitOnClose, false);
         auto *const layout = new QVBoxLayout(this);
         layout->setContentsMargins(margin, margin, margin, margin);
-        layout->addWidget(new QLabel(GS(3760092), this));
+        layout->addWidget(new QLabel(GS(TextId::EngineNotReady), this));
         layout->setSizeConstraint(QLayout::SetFixedSize);
     }
 
@@ -72,3 +77,5 @@ void EngineWaitNotice::ended()
     m_window.reset();
     m_pointer.reset();
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 
+namespace norvane {
+
 /// What an operator sees of a start of the engine that takes its time, as behind an engine that is
 /// still finishing its last message: the wait pointer, and, where the console has no window yet, a
 /// small one with a word about it.
@@ -27,3 +29,5 @@ private:
     std::optional<WaitPointer> m_pointer;
     std::unique_ptr<QWidget> m_window;
 };
+
+} // namespace norvane

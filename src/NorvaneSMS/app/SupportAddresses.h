@@ -2,6 +2,8 @@
 
 #include <QLatin1String>
 
+namespace norvane {
+
 /// Where operators are sent for help.
 namespace SupportAddresses {
 
@@ -10,3 +12,5 @@ inline constexpr QLatin1String SpanishMail("soporte@norvane.example");
 inline constexpr QLatin1String PortugueseMail("suporte@norvane.example");
 
 } // namespace SupportAddresses
+
+} // namespace norvane

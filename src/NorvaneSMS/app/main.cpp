@@ -19,6 +19,10 @@
 
 #include <cstdlib>
 
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
 namespace {
 
 constexpr int quietStart = 1500; // ms that a start of the engine takes until a word is said of it
@@ -33,7 +37,7 @@ QDateTime wallClock()
 /// The toolkit's own words, on the buttons of message boxes, in the console's language.
 void translateToolkit(QTranslator &translator)
 {
-    if (translator.load(QLocale(QLocale::Spanish), QStringLiteral("qtbase"), QStringLiteral("_"),
+    if (translator.load(QLocale(QLocale::Spanish), u"qtbase"_s, u"_"_s,
                         QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&translator);
 }
@@ -44,9 +48,8 @@ ConsoleEnvironment makeEnvironment(StoredSettings &settings, EngineWait &notice,
     return {[launcher = std::shared_ptr<EngineLauncher>(), &notice, programFolder]() mutable {
                 if (!launcher)
                     launcher = std::make_shared<ProcessEngineLauncher>(
-                        QDBusConnection::sessionBus(),
-                        programFolder + QStringLiteral("/TovekSMService"), Bus::EngineStartLimit,
-                        &notice);
+                        QDBusConnection::sessionBus(), programFolder + u"/TovekSMService"_s,
+                        Bus::engineStartLimit, &notice);
                 return std::make_unique<SMSManagerProxy>(*launcher);
             },
             modSMSClient::ReleaseGlobals,
@@ -57,19 +60,23 @@ ConsoleEnvironment makeEnvironment(StoredSettings &settings, EngineWait &notice,
             folders,
             {[programFolder] {
                  return std::make_unique<HelperConnection>(programFolder +
-                                                           QStringLiteral("/NorvaneSheetReader"));
+                                                           u"/NorvaneSheetReader"_s);
              },
              programFolder}};
 }
 
 } // namespace
 
+} // namespace norvane
+
+using namespace norvane;
+
 int main(int argc, char **argv)
 {
     // The program has no command line, and the toolkit's own options are none of its operators'.
     int nameAlone = qMin(argc, 1);
     Application application(nameAlone, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("NorvaneSMS"));
+    QCoreApplication::setApplicationName(u"NorvaneSMS"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
     applyLook();
     QTranslator translator;

@@ -12,6 +12,10 @@
 #include <initializer_list>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr auto lineEnd = "\r\n";
@@ -49,15 +53,15 @@ void fillLanguage(clsStartUpData &data, PlatformHelpers &helpers)
     data.DecimalSeparator = helpers.GetLocaleText(LocaleItem::Decimal);
     data.ThousandSeparator = helpers.GetLocaleText(LocaleItem::Thousand);
 
-    if (data.Language == QLatin1String("ESP"))
-        data.Language = QStringLiteral("ESN");
+    if (data.Language == "ESP"_L1)
+        data.Language = u"ESN"_s;
     if (!isOneOf(data.Language, {"CAT", "PTG", "ESN"}))
-        data.Language = QStringLiteral("ESN");
+        data.Language = u"ESN"_s;
 }
 
 bool isPortuguese(const clsStartUpData &data)
 {
-    return data.Language == QLatin1String("PTG");
+    return data.Language == "PTG"_L1;
 }
 
 QString missingFileText(const clsStartUpData &data)
@@ -65,24 +69,23 @@ QString missingFileText(const clsStartUpData &data)
     const QLatin1String mail =
         isPortuguese(data) ? SupportAddresses::PortugueseMail : SupportAddresses::SpanishMail;
     const QLatin1String end(lineEnd);
-    return QStringLiteral("It is not possible open the resource file for your language: ") +
-           data.LanguageName + end +
-           QStringLiteral("for this country it is necessary the file NorvaneSMS_") + data.Language +
-           QStringLiteral(".XML ") + end + QStringLiteral("in the same folder as the App") + end +
-           end + QStringLiteral("contact ") + mail + QStringLiteral(" to obtine that file") + end;
+    return u"It is not possible open the resource file for your language: "_s + data.LanguageName +
+           end + u"for this country it is necessary the file NorvaneSMS_"_s + data.Language +
+           u".XML "_s + end + u"in the same folder as the App"_s + end + end + u"contact "_s +
+           mail + u" to obtine that file"_s + end;
 }
 
 QString badFileText(const clsStartUpData &data)
 {
     const QLatin1String end(lineEnd);
-    return QStringLiteral("Error in loading the file NorvaneSMS_") + data.Language +
-           QStringLiteral(".XML ") + end + QStringLiteral("the file seems to be corrupted") + end;
+    return u"Error in loading the file NorvaneSMS_"_s + data.Language + u".XML "_s + end +
+           u"the file seems to be corrupted"_s + end;
 }
 
 void showLoadFailure(const QString &text)
 {
     messageBoxes().show(text, MessageBoxes::Icon::Critical, MessageBoxes::Buttons::Ok,
-                        QStringLiteral("Norvane SMS - Load Resource File"));
+                        u"Norvane SMS - Load Resource File"_s);
 }
 
 /// Steps of LoadLocalization that can fail; `path` keeps how far the file's name was built.
@@ -94,16 +97,15 @@ bool load(PlatformHelpers &helpers, QString language, QString &path)
 
     // The console runs in this language on every machine; what was found above lives on in the
     // other properties alone.
-    data.Country = QStringLiteral("ESP");
-    data.Language = QStringLiteral("ESN");
+    data.Country = u"ESP"_s;
+    data.Language = u"ESN"_s;
 
     SupportContact = isPortuguese(data) ? SupportAddresses::PortugueseMail : SupportAddresses::Web;
     if (language.isEmpty())
         language = data.Language;
 
     const FileSystem files;
-    path = files.BuildPath(helpers.programFolder(),
-                           QStringLiteral("NorvaneSMS_") + language + QStringLiteral(".XML"));
+    path = files.BuildPath(helpers.programFolder(), u"NorvaneSMS_"_s + language + u".XML"_s);
     if (!files.FileExists(path)) {
         showLoadFailure(missingFileText(data));
         return false;
@@ -124,8 +126,8 @@ bool modSMSClient::LoadLocalization(PlatformHelpers &helpers, QString language)
         return load(helpers, std::move(language), path);
     } catch (const std::exception &) {
         // The source has no line numbers, so the number of the failing line is 0.
-        showLoadFailure(QStringLiteral("Canot open the resource file ") + path +
-                        QLatin1String(lineEnd) + QStringLiteral("0"));
+        showLoadFailure(u"Canot open the resource file "_s + path + QLatin1String(lineEnd) +
+                        u"0"_s);
         return false;
     }
 }
@@ -150,3 +152,5 @@ void modSMSClient::ReleaseGlobals()
     goStartUpData.reset();
     goLocalize.reset();
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 class frmSMSClient;
 
 /// The application module: the program's entry, and the only place that creates and releases what
@@ -27,3 +29,5 @@ std::unique_ptr<frmSMSClient> Main(PlatformHelpers &helpers, ConsoleEnvironment 
 void ReleaseGlobals();
 
 } // namespace modSMSClient
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include "NorvaneSMS/queue/Normalisation.h"
 #include "foundation/clsCollection.h"
 
+namespace norvane {
+
 QString FillTemplate(QString message, const QStringList &fields)
 {
     for (qsizetype number = 0; number < fields.size(); ++number)
@@ -24,3 +26,5 @@ SMSList BulkList(const QString &text, const clsCollection &recipients)
     }
     return list;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace norvane {
+
 class clsCollection;
 
 /// `message` with every "%" and number replaced by the field of that number. The fields are taken
@@ -16,3 +18,5 @@ QString FillTemplate(QString message, const QStringList &fields);
 /// before its template is filled.
 /// @throws NumberedFailure 6 for more than a list holds
 SMSList BulkList(const QString &text, const clsCollection &recipients);
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QStyle>
 #include <QWidget>
 
+namespace norvane {
+
 QFont CondensedCellDelegate::fittingFont(const QFont &font, const QString &text, int width)
 {
     const auto fits = [&text, width](const QFont &candidate) {
@@ -34,3 +36,5 @@ void CondensedCellDelegate::initStyleOption(QStyleOptionViewItem *option,
     option->font = font;
     option->fontMetrics = QFontMetrics(font);
 }
+
+} // namespace norvane

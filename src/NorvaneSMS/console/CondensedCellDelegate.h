@@ -2,6 +2,8 @@
 
 #include <QStyledItemDelegate>
 
+namespace norvane {
+
 /// Draws a text that is somewhat wider than its cell in narrower letters, so that its end can be
 /// read: a moment whose minutes are cut off tells nothing. A text that would need letters of less
 /// than `narrowest` per cent is cut off as in any other grid.
@@ -20,3 +22,5 @@ public:
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 };
+
+} // namespace norvane

@@ -25,6 +25,10 @@
 #include <cmath>
 #include <vector>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using ConsoleDesign::Control;
@@ -32,7 +36,7 @@ using ConsoleDesign::Kind;
 
 QString pictureFile(QLatin1String name)
 {
-    return QStringLiteral(":/images/") + name + QStringLiteral(".svg");
+    return u":/images/"_s + name + u".svg"_s;
 }
 
 PictureButton *makeButton(const Control &design, QWidget *parent)
@@ -66,7 +70,7 @@ CaptionedFrame *makeFrame(const Control &design, QWidget *parent)
 QDateEdit *makeDateBox(QWidget *parent)
 {
     auto *const box = new QDateEdit(parent);
-    box->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
+    box->setDisplayFormat(u"dd/MM/yyyy"_s);
     box->setDateRange(QDate(100, 1, 1), QDate(9999, 12, 31));
     box->setCalendarPopup(true);
     return box;
@@ -75,7 +79,7 @@ QDateEdit *makeDateBox(QWidget *parent)
 QTimeEdit *makeTimeBox(QWidget *parent)
 {
     auto *const box = new QTimeEdit(parent);
-    box->setDisplayFormat(QStringLiteral("HH:mm:ss"));
+    box->setDisplayFormat(u"HH:mm:ss"_s);
     // The box has just the room for its digits; they are typed, or turned with the arrow keys.
     box->setButtonSymbols(QAbstractSpinBox::NoButtons);
     return box;
@@ -84,7 +88,7 @@ QTimeEdit *makeTimeBox(QWidget *parent)
 TerminalView *makeTerminal(QWidget *parent)
 {
     auto *const terminal = new TerminalView(parent);
-    QFont font(QStringLiteral("Liberation Mono"));
+    QFont font(u"Liberation Mono"_s);
     font.setStyleHint(QFont::Monospace);
     font.setPointSizeF(9.75);
     terminal->setFont(font);
@@ -197,7 +201,7 @@ ConsoleControls::ConsoleControls(QWidget *window) : m_window(window), m_byName(m
 
 QSizeF ConsoleControls::twipsPerPixel() const
 {
-    return ::twipsPerPixel(m_window);
+    return norvane::twipsPerPixel(m_window);
 }
 
 void ConsoleControls::place(QWidget *control, const Twips::Rect &place) const
@@ -308,3 +312,5 @@ void ConsoleControls::setColours() const
     }
     lblSMSChars->setPalette(counter);
 }
+
+} // namespace norvane

@@ -4,6 +4,14 @@
 #include <QSizeF>
 #include <QString>
 
+class QDateEdit;
+class QLabel;
+class QTableView;
+class QTimeEdit;
+class QWidget;
+
+namespace norvane {
+
 class CaptionedFrame;
 class ImageControl;
 class MessageEdit;
@@ -11,11 +19,6 @@ class PhoneEdit;
 class PictureButton;
 class QueueGrid;
 class TerminalView;
-class QDateEdit;
-class QLabel;
-class QTableView;
-class QTimeEdit;
-class QWidget;
 
 namespace Twips {
 struct Rect;
@@ -113,3 +116,5 @@ private:
     void setTabOrder() const;
     void setColours() const;
 };
+
+} // namespace norvane

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "foundation/TextId.h"
 #include "foundation/ui/Twips.h"
 
 #include <QLatin1String>
 
 #include <span>
 #include <vector>
+
+namespace norvane {
 
 /// The console window as it was drawn: kinds, containers, places and tab order of its controls, and
 /// the texts of the language file that they take at load.
@@ -63,10 +66,12 @@ std::vector<Caption> captions();
 /// caption shows it as its tooltip too.
 std::vector<Caption> names();
 
-inline constexpr qint32 windowTitle = 3760000;
+inline constexpr qint32 windowTitle = TextId::ConsoleTitle;
 inline constexpr QLatin1String designTitle("Tovek SMS Center");
 
 /// Widths of the columns of both grids, in twips.
 inline constexpr float columnWidths[] = {1260, 1600, 1170};
 
 } // namespace ConsoleDesign
+
+} // namespace norvane

@@ -12,6 +12,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// What the console needs from above and can't make itself.
 struct ConsoleEnvironment
 {
@@ -28,3 +30,5 @@ struct ConsoleEnvironment
     FolderBrowsing folders = {};
     ImportEnvironment importing = {};
 };
+
+} // namespace norvane

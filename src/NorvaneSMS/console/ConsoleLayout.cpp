@@ -1,5 +1,7 @@
 #include "NorvaneSMS/console/ConsoleLayout.h"
 
+namespace norvane {
+
 namespace {
 
 void move(Twips::Rect &control, const Twips::Rect &place)
@@ -42,3 +44,5 @@ void resizeConsole(ConsoleLayout &layout, float width, float height)
     move(l.btnStart,
          {l.btnStop.left - l.btnStart.width, l.btnStop.top, l.btnStart.width, l.btnStart.height});
 }
+
+} // namespace norvane

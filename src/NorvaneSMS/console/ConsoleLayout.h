@@ -2,6 +2,8 @@
 
 #include "foundation/ui/Twips.h"
 
+namespace norvane {
+
 /// Where the console's movable controls stand, in twips. Starts at the design values.
 struct ConsoleLayout
 {
@@ -28,3 +30,5 @@ struct ConsoleLayout
 /// The console's resize arithmetic for the inner size `width` by `height` of the window, in twips.
 /// A move to a negative size fails and leaves that control as it stands; the steps after it go on.
 void resizeConsole(ConsoleLayout &layout, float width, float height);
+
+} // namespace norvane

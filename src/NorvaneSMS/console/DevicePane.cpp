@@ -3,9 +3,12 @@
 #include "NorvaneSMS/console/ConsoleControls.h"
 #include "NorvaneSMS/console/TerminalView.h"
 #include "foundation/Globals.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/CaptionedFrame.h"
 
 #include <QLabel>
+
+namespace norvane {
 
 void DevicePane::showDetails(const EventTexts::Device &device)
 {
@@ -17,7 +20,7 @@ void DevicePane::showDetails(const EventTexts::Device &device)
 void DevicePane::showTesting()
 {
     m_controls.txtTerm->setText(QString());
-    m_controls.fraCommunication->setCaption(GS(3760087));
+    m_controls.fraCommunication->setCaption(GS(TextId::DeviceTestRunning));
     // What the operator sees for as long as the call takes: no event loop draws it.
     m_controls.fraCommunication->repaint();
     m_controls.txtTerm->viewport()->repaint();
@@ -26,8 +29,11 @@ void DevicePane::showTesting()
 void DevicePane::showTested(bool answered)
 {
     if (answered)
-        m_controls.txtTerm->append(GS(3760018));
-    m_controls.lblDeviceStatus->setText(answered ? GS(3760019) : GS(3760088));
-    m_controls.fraCommunication->setCaption(GS(3760090));
+        m_controls.txtTerm->append(GS(TextId::DeviceTestPassed));
+    m_controls.lblDeviceStatus->setText(answered ? GS(TextId::DeviceAnswers)
+                                                 : GS(TextId::DeviceSilent));
+    m_controls.fraCommunication->setCaption(GS(TextId::CommunicationFrame));
     m_controls.txtTerm->viewport()->repaint();
 }
+
+} // namespace norvane

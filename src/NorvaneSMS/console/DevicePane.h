@@ -2,6 +2,8 @@
 
 #include "NorvaneSMS/engine/EventTexts.h"
 
+namespace norvane {
+
 class ConsoleControls;
 
 /// The device as the console shows it: in the log of communications, its frame, and a label.
@@ -19,3 +21,5 @@ public:
 private:
     const ConsoleControls &m_controls;
 };
+
+} // namespace norvane

@@ -1,8 +1,10 @@
 #include "NorvaneSMS/console/DeviceTestRun.h"
 
+namespace norvane {
+
 void DeviceTestRun::stopEngine()
 {
-    m_wasRunning = m_engine.GetEngineStatus() == SMSManager::Running;
+    m_wasRunning = m_engine.GetEngineStatus() == SMSManager::running;
     m_engine.DeliverPendingEvents();
     if (m_wasRunning) {
         m_engine.StopEngine();
@@ -14,7 +16,7 @@ bool DeviceTestRun::test()
 {
     const qint32 result = m_engine.TestDevice();
     m_engine.DeliverPendingEvents();
-    return result == SMSManager::DeviceAnswered;
+    return result == SMSManager::deviceAnswered;
 }
 
 void DeviceTestRun::restartEngine()
@@ -24,3 +26,5 @@ void DeviceTestRun::restartEngine()
         m_engine.DeliverPendingEvents();
     }
 }
+
+} // namespace norvane

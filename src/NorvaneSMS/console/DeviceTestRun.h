@@ -2,6 +2,8 @@
 
 #include "contract/SMSManager.h"
 
+namespace norvane {
+
 /// A test of the device, for which an engine that runs is stopped. Events that arrived before an
 /// answer of the engine are handled before the call returns: they belong before what follows it.
 class DeviceTestRun
@@ -20,3 +22,5 @@ private:
     SMSManager &m_engine;
     bool m_wasRunning = false;
 };
+
+} // namespace norvane

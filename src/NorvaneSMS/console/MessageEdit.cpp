@@ -8,6 +8,10 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What the document breaks a line at: it takes two noncharacters for the edges of a frame.
@@ -21,7 +25,7 @@ bool isBreak(QChar character)
 /// `text` with each of its line breaks, of whatever kind, as the document takes it.
 QString withPlainBreaks(QString text)
 {
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    text.replace(u"\r\n"_s, u"\n"_s);
     return text.replace(u'\r', u'\n');
 }
 
@@ -51,7 +55,7 @@ QString fitting(const QString &text, int room)
 QString withLineEnds(QString raw)
 {
     raw.replace(QChar::LineSeparator, QChar::ParagraphSeparator);
-    return raw.replace(QChar::ParagraphSeparator, QStringLiteral("\r\n"));
+    return raw.replace(QChar::ParagraphSeparator, u"\r\n"_s);
 }
 
 /// Characters that a key press is about to add.
@@ -84,7 +88,7 @@ QString MessageEdit::text() const
 
 void MessageEdit::setText(const QString &text)
 {
-    setPlainText(fitting(withPlainBreaks(text), MaxLength));
+    setPlainText(fitting(withPlainBreaks(text), maxLength));
 }
 
 int MessageEdit::textLength() const
@@ -95,7 +99,7 @@ int MessageEdit::textLength() const
 int MessageEdit::room() const
 {
     const QString replaced = withLineEnds(textCursor().selectedText());
-    return MaxLength - textLength() + static_cast<int>(replaced.size());
+    return maxLength - textLength() + static_cast<int>(replaced.size());
 }
 
 void MessageEdit::keyPressEvent(QKeyEvent *event)
@@ -138,3 +142,5 @@ void MessageEdit::noticeChange()
     m_lastText = std::move(now);
     Q_EMIT changed();
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QPlainTextEdit>
 
+namespace norvane {
+
 /// A text box of several lines for the message. A line break counts as the two characters CR and
 /// LF; the text never grows past the limit, whether typed, pasted or dropped: of what comes in, the
 /// end that has no room is left out.
@@ -10,7 +12,7 @@ class MessageEdit : public QPlainTextEdit
     Q_OBJECT
 
 public:
-    static constexpr int MaxLength = 160;
+    static constexpr int maxLength = 160;
 
     explicit MessageEdit(QWidget *parent = nullptr);
 
@@ -36,3 +38,5 @@ private:
 
     QString m_lastText;
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace norvane {
+
 bool PhoneKeys::passes(QChar typed)
 {
     return (typed >= u'0' && typed <= u'9') || typed == u'+' || typed == u'\b' || typed == u'\r';
@@ -45,3 +47,5 @@ void PhoneEdit::inputMethodEvent(QInputMethodEvent *event)
     event->setCommitString(typed, event->replacementStart(), event->replacementLength());
     QLineEdit::inputMethodEvent(event);
 }
+
+} // namespace norvane

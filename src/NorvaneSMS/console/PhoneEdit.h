@@ -2,6 +2,8 @@
 
 #include <QLineEdit>
 
+namespace norvane {
+
 namespace PhoneKeys {
 
 /// Whether a typed character may enter a phone number: "0" to "9", "+", backspace and carriage
@@ -27,3 +29,5 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void inputMethodEvent(QInputMethodEvent *event) override;
 };
+
+} // namespace norvane

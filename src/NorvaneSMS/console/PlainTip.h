@@ -2,11 +2,17 @@
 
 #include <QString>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// A tooltip that shows `text` as it stands, whatever marks it holds, and as far as it fits a
 /// screen.
 inline QString plainTip(const QString &text)
 {
-    constexpr qsizetype mostCharacters = 1000;
-    return QStringLiteral("<p style=\"white-space:pre-wrap\">") +
-           text.left(mostCharacters).toHtmlEscaped() + QStringLiteral("</p>");
+    constexpr qsizetype maxCharacters = 1000;
+    return u"<p style=\"white-space:pre-wrap\">"_s + text.left(maxCharacters).toHtmlEscaped() +
+           u"</p>"_s;
 }
+
+} // namespace norvane

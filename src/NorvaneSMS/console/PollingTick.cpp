@@ -10,6 +10,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
 /// Events are processed after the first of so many files.
@@ -43,7 +45,7 @@ void PollingTick::importFolder(const QString &folder, const QString &messageFoot
     qint16 fileCount = 0;
     qint16 folderCount = 0;
     FileSearchResult found;
-    FindFiles(searched, QString::fromUtf16(QueueDropFile::Pattern), fileCount, folderCount, found,
+    FindFiles(searched, QString::fromUtf16(QueueDropFile::pattern), fileCount, folderCount, found,
               Descent::StayInFolder);
     importFiles(found.Files, folder, messageFooter);
 }
@@ -65,3 +67,5 @@ void PollingTick::importFiles(const QStringList &files, const QString &folder,
             QCoreApplication::processEvents();
     }
 }
+
+} // namespace norvane

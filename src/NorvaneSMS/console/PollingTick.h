@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 class FileSystem;
 
 /// A tick of the polling: hands the drop files of the queue folder to the engine. Events are
@@ -44,3 +46,5 @@ private:
     IsPolled m_isPolled;
     bool mbImporting = false; ///< stays as a tick that fails leaves it
 };
+
+} // namespace norvane

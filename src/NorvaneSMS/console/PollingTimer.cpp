@@ -4,11 +4,13 @@
 
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
-constexpr qint32 PoolingInterval = 10'000; // milliseconds
-constexpr qint32 PoolingResolution = 1;
-constexpr qint32 PeriodicEvents = 1;
+constexpr qint32 poolingInterval = 10'000; // milliseconds
+constexpr qint32 poolingResolution = 1;
+constexpr qint32 periodicEvents = 1;
 
 } // namespace
 
@@ -18,15 +20,15 @@ PollingTimer::~PollingTimer() = default;
 
 void PollingTimer::start()
 {
-    // A timer that is replaced while it runs stays registered and ticks on, unheard.
+    // A timer that is replaced while it runs stays registered and ticks on, unacknowledged.
     if (m_timer)
         m_timer->disconnect(this);
     m_timer = CTimerMM::create();
     connect(m_timer.get(), &CTimerMM::Timer, this, &PollingTimer::onTimer);
     m_timer->setEnabled(false);
-    m_timer->setInterval(PoolingInterval);
-    m_timer->setResolution(PoolingResolution);
-    m_timer->setEventType(PeriodicEvents);
+    m_timer->setInterval(poolingInterval);
+    m_timer->setResolution(poolingResolution);
+    m_timer->setEventType(periodicEvents);
     m_timer->setEnabled(true);
 }
 
@@ -46,3 +48,5 @@ void PollingTimer::onTimer(qint32 lMilliseconds)
     } catch (...) { // ends this tick and nothing else
     }
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 class CTimerMM;
 
 /// The timer that the queue folder is polled by: every ten seconds.
@@ -30,3 +32,5 @@ private:
     Tick m_tick;
     std::shared_ptr<CTimerMM> m_timer;
 };
+
+} // namespace norvane

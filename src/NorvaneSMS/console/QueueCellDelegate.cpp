@@ -7,6 +7,8 @@
 
 #include <limits>
 
+namespace norvane {
+
 void QueueCellDelegate::keepEditor()
 {
     m_editor->removeEventFilter(this);
@@ -81,3 +83,5 @@ bool QueueCellDelegate::eventFilter(QObject *watched, QEvent *event)
     }
     return QStyledItemDelegate::eventFilter(watched, event);
 }
+
+} // namespace norvane

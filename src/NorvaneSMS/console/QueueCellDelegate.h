@@ -6,6 +6,8 @@
 
 class QLineEdit;
 
+namespace norvane {
+
 /// Makes the editors of grdQueue: phones take the keys that the phone box takes, messages any text
 /// of any length. There is one editor at a time. It can be kept while the grid is rebuilt, with all
 /// that was typed into it.
@@ -46,3 +48,5 @@ private:
     mutable QPersistentModelIndex m_cell;
     mutable Use m_use = Use::Own;
 };
+
+} // namespace norvane

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 QueueGrid::QueueGrid(QWidget *parent) : QTableView(parent), m_delegate(new QueueCellDelegate(this))
 {
     setItemDelegate(m_delegate);
@@ -62,7 +64,7 @@ void QueueGrid::rebuild(const std::function<void()> &bind)
 
 qint64 QueueGrid::idOf(int row) const
 {
-    return model()->index(row - 1, 0).data(QueueGridModel::IdRole).toLongLong();
+    return model()->index(row - 1, 0).data(QueueGridModel::idRole).toLongLong();
 }
 
 QSet<qint64> QueueGrid::selectedIds() const
@@ -196,3 +198,5 @@ void QueueGrid::reset()
     m_resetSincePress = true;
     QTableView::reset();
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
 class QueueCellDelegate;
 
 /// The grid of what waits, over a QueueGridModel. Rows are told as numbers that count from 1, below
@@ -78,3 +80,5 @@ private:
     std::optional<Cell> m_pressed;
     bool m_resetSincePress = false;
 };
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
 /// When a message is due. Invalid for a date that came in odd.
@@ -98,7 +100,7 @@ QVariant QueueGridModel::data(const QModelIndex &index, int role) const
         return cell(row, index.column(), Extent::Column);
     case Qt::ToolTipRole:
         return plainTip(cell(row, index.column(), Extent::Whole));
-    case IdRole:
+    case idRole:
         return row.id;
     default:
         return {};
@@ -132,3 +134,5 @@ QVariant QueueGridModel::headerData(int section, Qt::Orientation orientation, in
         return m_headers.value(section);
     return {};
 }
+
+} // namespace norvane

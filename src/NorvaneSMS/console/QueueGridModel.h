@@ -5,6 +5,8 @@
 #include <QAbstractTableModel>
 #include <QLocale>
 
+namespace norvane {
+
 /// The rows of grdQueue: the record set that it is bound to. What is edited or removed here is
 /// edited or removed there.
 class QueueGridModel : public QAbstractTableModel
@@ -14,7 +16,7 @@ class QueueGridModel : public QAbstractTableModel
 public:
     enum Column { DeliveryDate, Phone, Message, ColumnCount };
     /// The id of the row's message.
-    static constexpr int IdRole = Qt::UserRole;
+    static constexpr int idRole = Qt::UserRole;
 
     explicit QueueGridModel(const QLocale &locale, QObject *parent = nullptr);
 
@@ -51,3 +53,5 @@ private:
     QueueRecordSet m_records;
     QStringList m_headers;
 };
+
+} // namespace norvane

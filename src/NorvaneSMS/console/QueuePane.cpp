@@ -6,6 +6,7 @@
 #include "NorvaneSMS/engine/EventTexts.h"
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/ImageControl.h"
 #include "foundation/ui/WaitPointer.h"
 
@@ -13,6 +14,8 @@
 #include <QScopedValueRollback>
 
 #include <utility>
+
+namespace norvane {
 
 namespace {
 
@@ -70,7 +73,7 @@ void QueuePane::bind()
 
 bool QueuePane::isInProgress(int row) const
 {
-    return row == rowInProgress && m_engine->GetEngineStatus() == SMSManager::Running;
+    return row == rowInProgress && m_engine->GetEngineStatus() == SMSManager::running;
 }
 
 bool QueuePane::allowsEdit(int row, int column) const
@@ -79,7 +82,7 @@ bool QueuePane::allowsEdit(int row, int column) const
         return false;
     const bool refused = isInProgress(row);
     if (refused)
-        warn(3760022);
+        warn(TextId::EditTooLate);
     return !refused;
 }
 
@@ -100,7 +103,7 @@ void QueuePane::deleteSelected()
     // The boxes run an event loop, and the noted numbers are those of the rows as they stand now.
     {
         const QScopedValueRollback held(m_held, true);
-        if (messageBoxes().show(GS(3760021), MessageBoxes::Icon::Question,
+        if (messageBoxes().show(GS(TextId::DeleteRowsQuestion), MessageBoxes::Icon::Question,
                                 MessageBoxes::Buttons::YesNo,
                                 boxTitle()) == MessageBoxes::Answer::Yes)
             deleteRows(rows);
@@ -113,7 +116,7 @@ void QueuePane::deleteRows(const QList<int> &rows)
 {
     // The row that may have to be kept is the first one, and so the last to be looked at.
     if (!removeButInProgress(rows))
-        warn(3760020);
+        warn(TextId::DeletionTooLate);
     const WaitPointer pointer;
     m_controls.grdQueue->viewport()->repaint();
     handBack();
@@ -126,7 +129,7 @@ bool QueuePane::removeButInProgress(const QList<int> &rows)
     QList<int> going;
     for (auto row = rows.crbegin(); row != rows.crend(); ++row) {
         const qint32 status = m_engine->GetEngineStatus();
-        if (*row != rowInProgress || status != SMSManager::Running)
+        if (*row != rowInProgress || status != SMSManager::running)
             going.append(*row - 1);
     }
     removeFromGrid(going);
@@ -143,3 +146,5 @@ void QueuePane::removeFromGrid(const QList<int> &rows)
     if (const int left = grid->rows(); left > 0 && left < current)
         grid->setCurrentRow(left);
 }
+
+} // namespace norvane

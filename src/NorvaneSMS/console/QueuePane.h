@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 
+namespace norvane {
+
 class ConsoleControls;
 class QueueGridModel;
 
@@ -54,3 +56,5 @@ private:
     bool m_held = false;              ///< changes wait
     std::optional<qint32> m_heldSize; ///< of the last one that does
 };
+
+} // namespace norvane

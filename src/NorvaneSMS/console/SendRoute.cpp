@@ -4,6 +4,8 @@
 #include "NorvaneSMS/queue/QueueFileWriter.h"
 #include "foundation/FileSystem.h"
 
+namespace norvane {
+
 SendRoute::Outcome SendRoute::send(const QString &phone, const QString &text, const QString &footer,
                                    const QDateTime &deliveryDate) const
 {
@@ -33,7 +35,7 @@ SendRoute::Outcome SendRoute::sendList(const SMSList &list, const QDateTime &del
 
 void SendRoute::startIfStopped() const
 {
-    if (m_engine->GetEngineStatus() == SMSManager::Stopped)
+    if (m_engine->GetEngineStatus() == SMSManager::stopped)
         m_engine->StartEngine();
 }
 
@@ -41,3 +43,5 @@ bool SendRoute::hasFolder() const
 {
     return m_client.files->FolderExists(m_client.queueFolder);
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 class FileSystem;
 
 /// The way of what the operator sends: to the engine, which is started if it is stopped, or on a
@@ -42,3 +44,5 @@ private:
     SMSManager *m_engine;
     Client m_client;
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <QColor>
 #include <QGuiApplication>
 
+namespace norvane {
+
 void SentGridModel::add(const Row &row)
 {
     const int at = static_cast<int>(m_rows.size());
@@ -76,3 +78,5 @@ QVariant SentGridModel::headerData(int section, Qt::Orientation orientation, int
         return m_headers.value(section);
     return {};
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QAbstractTableModel>
 #include <QList>
 
+namespace norvane {
+
 /// The rows of grdSentDetails: what was reported in this run of the program. Rows are only added.
 class SentGridModel : public QAbstractTableModel
 {
@@ -40,3 +42,5 @@ private:
     QStringList m_headers;
     QString m_failedWord;
 };
+
+} // namespace norvane

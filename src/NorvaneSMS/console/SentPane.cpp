@@ -5,12 +5,15 @@
 #include "NorvaneSMS/engine/Estimate.h"
 #include "NorvaneSMS/engine/EventTexts.h"
 #include "foundation/Globals.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/CaptionedFrame.h"
 
 #include <QLabel>
 #include <QTableView>
 
 #include <utility>
+
+namespace norvane {
 
 SentPane::SentPane(const ConsoleControls &controls, const QLocale &locale, Clock now)
     : m_controls(controls), m_rows(new SentGridModel(controls.grdSentDetails)), m_locale(locale),
@@ -42,7 +45,8 @@ void SentPane::showEstimate(qint32 queueCount)
 {
     const qint32 seconds = Estimate::secondsField(mdLastEvent, m_now());
     const QTime remaining = Estimate::remaining(seconds, queueCount);
-    m_controls.lblEstimated->setText(GS(3760053, EventTexts::timeText(remaining, m_locale)));
+    m_controls.lblEstimated->setText(
+        GS(TextId::EstimatedTime, EventTexts::timeText(remaining, m_locale)));
 }
 
 void SentPane::addFailed(const QString &phone, const QString &message)
@@ -55,3 +59,5 @@ void SentPane::noteEvent()
 {
     mdLastEvent = m_now();
 }
+
+} // namespace norvane

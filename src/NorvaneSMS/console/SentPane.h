@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 class ConsoleControls;
 class SentGridModel;
 
@@ -39,3 +41,5 @@ private:
     Clock m_now;
     QDateTime mdLastEvent;
 };
+
+} // namespace norvane

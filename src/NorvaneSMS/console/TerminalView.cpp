@@ -3,6 +3,10 @@
 #include <QKeyEvent>
 #include <QWheelEvent>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool movesFocus(const QKeyEvent &event)
@@ -47,7 +51,7 @@ void TerminalView::append(const QString &text)
 
 void TerminalView::appendLine(const QString &line)
 {
-    append(line + QStringLiteral("\r\n"));
+    append(line + u"\r\n"_s);
 }
 
 bool TerminalView::event(QEvent *event)
@@ -86,3 +90,5 @@ void TerminalView::keyReleaseEvent(QKeyEvent *event)
 {
     event->accept();
 }
+
+} // namespace norvane

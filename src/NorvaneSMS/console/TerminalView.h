@@ -2,6 +2,8 @@
 
 #include <QPlainTextEdit>
 
+namespace norvane {
+
 /// The log of communications. Every key is swallowed but Tab, which moves the focus on, and the
 /// access keys of other controls; the text can be selected and copied with the mouse, and the
 /// program alone writes it.
@@ -31,3 +33,5 @@ protected:
 private:
     QString m_text;
 };
+
+} // namespace norvane

@@ -10,13 +10,15 @@
 #include <QScreen>
 #include <QWidget>
 
+namespace norvane {
+
 WindowSizer::WindowSizer(QWidget *window) : m_window(window) {}
 
 WindowSizer::~WindowSizer() = default;
 
 void WindowSizer::setMode(bool serverMode)
 {
-    const QSizeF twipsPerPixel = ::twipsPerPixel(m_window);
+    const QSizeF twipsPerPixel = norvane::twipsPerPixel(m_window);
     const QSize screen = m_window->screen()->size();
     const QSize screenTwips(qRound(screen.width() * twipsPerPixel.width()),
                             qRound(screen.height() * twipsPerPixel.height()));
@@ -41,3 +43,5 @@ void WindowSizer::unwatch()
 {
     m_hook.reset();
 }
+
+} // namespace norvane

@@ -3,6 +3,9 @@
 #include <memory>
 
 class QWidget;
+
+namespace norvane {
+
 class WindowHook;
 
 /// Gives the console's window the size of its mode, and keeps it within the limits of it.
@@ -22,3 +25,5 @@ private:
     QWidget *m_window;
     std::unique_ptr<WindowHook> m_hook;
 };
+
+} // namespace norvane

@@ -14,6 +14,7 @@
 #include "common/FailureNumbers.h"
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
@@ -27,9 +28,13 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-void tell(const QString &text, MessageBoxes::Icon icon)
+void showMessage(const QString &text, MessageBoxes::Icon icon)
 {
     messageBoxes().show(text, icon, MessageBoxes::Buttons::Ok, boxTitle());
 }
@@ -54,7 +59,7 @@ frmSMSClient::frmSMSClient(ConsoleEnvironment environment)
                          this, *this, m_environment.settings, m_environment.folders)),
       moImportSMSPooling([this](qint32 milliseconds) { moImportSMSPooling_Timer(milliseconds); })
 {
-    setObjectName(QStringLiteral("frmSMSClient"));
+    setObjectName(u"frmSMSClient"_s);
     setWindowTitle(ConsoleDesign::designTitle);
     connectControls();
 }
@@ -122,7 +127,7 @@ void frmSMSClient::LocalizeForm()
         m_ui.setCaption(caption.control, GS(caption.textId));
     for (const ConsoleDesign::Caption &name : ConsoleDesign::names())
         m_ui.setAccessibleName(name.control, GS(name.textId));
-    m_sent.setFailedWord(GS(3760109));
+    m_sent.setFailedWord(GS(TextId::FailedWord));
 }
 
 void frmSMSClient::SetWindowTitle()
@@ -132,8 +137,10 @@ void frmSMSClient::SetWindowTitle()
 
 void frmSMSClient::SetGridHeaders()
 {
-    m_queue.setHeaders({GS(3760028), GS(3760029), GS(3760030)});
-    m_sent.setHeaders({GS(3760031), GS(3760029), GS(3760030)});
+    m_queue.setHeaders(
+        {GS(TextId::DeliveryDateColumn), GS(TextId::PhoneColumn), GS(TextId::MessageColumn)});
+    m_sent.setHeaders(
+        {GS(TextId::SentAtColumn), GS(TextId::PhoneColumn), GS(TextId::MessageColumn)});
     m_ui.setColumnWidths();
 }
 
@@ -205,7 +212,7 @@ void frmSMSClient::Form_Unload()
 void frmSMSClient::txtMessage_Change()
 {
     m_ui.lblSMSChars->setText(
-        GS(3760027, m_ui.txtMessage->textLength(), qint32{MessageEdit::MaxLength}));
+        GS(TextId::CharacterCount, m_ui.txtMessage->textLength(), qint32{MessageEdit::maxLength}));
 }
 
 QDateTime frmSMSClient::deliveryMoment() const
@@ -227,9 +234,9 @@ void frmSMSClient::btnSend_Click()
     // The writer of a drop file has told what went wrong and not whether anything did.
     if (sendRoute().send(phone, m_ui.txtMessage->text(), msMessageFooter, deliveryMoment()) ==
         SendRoute::Outcome::HandedOn)
-        tell(GS(3760052), MessageBoxes::Icon::Information);
+        showMessage(GS(TextId::MessageQueued), MessageBoxes::Icon::Information);
     else
-        tell(GS(3760050), MessageBoxes::Icon::Exclamation);
+        showMessage(GS(TextId::FolderNotAccessible), MessageBoxes::Icon::Exclamation);
 }
 
 void frmSMSClient::btnImport_Click()
@@ -243,10 +250,10 @@ void frmSMSClient::btnImport_Click()
             sendList(BulkList(m_ui.txtMessage->text() + msMessageFooter, moImport->ImportData()));
         moImport.reset();
         if (success)
-            tell(GS(3760051), MessageBoxes::Icon::Information);
+            showMessage(GS(TextId::MessagesQueued), MessageBoxes::Icon::Information);
     } catch (...) {
-        tell(Failure::fromException(std::current_exception()).shown(),
-             MessageBoxes::Icon::Critical);
+        showMessage(Failure::fromException(std::current_exception()).shown(),
+                    MessageBoxes::Icon::Critical);
     }
 }
 
@@ -255,7 +262,7 @@ bool frmSMSClient::sendList(const SMSList &list)
     const bool handedOn =
         sendRoute().sendList(list, deliveryMoment()) == SendRoute::Outcome::HandedOn;
     if (!handedOn)
-        tell(GS(3760050), MessageBoxes::Icon::Exclamation);
+        showMessage(GS(TextId::FolderNotAccessible), MessageBoxes::Icon::Exclamation);
     return handedOn;
 }
 
@@ -267,7 +274,7 @@ void frmSMSClient::btnStart_Click()
 void frmSMSClient::btnStop_Click()
 {
     const qint32 waiting = moSMSManager->GetQueueSize();
-    if (waiting < 1 || agreed(GS(3760017, waiting)))
+    if (waiting < 1 || agreed(GS(TextId::StopEngineQuestion, waiting)))
         moSMSManager->StopEngine();
 }
 
@@ -275,7 +282,7 @@ void frmSMSClient::btnClearQueue_Click()
 {
     if (moSMSManager->GetQueueSize() < 1)
         return;
-    if (agreed(GS(3760016)))
+    if (agreed(GS(TextId::ClearQueueQuestion)))
         moSMSManager->ClearQueue();
 }
 
@@ -353,7 +360,7 @@ void frmSMSClient::moSMSManager_EngineStatus(qint32 status)
 
 void frmSMSClient::ShowEngineStatus(qint32 status)
 {
-    const bool running = status == SMSManager::Running;
+    const bool running = status == SMSManager::running;
     m_ui.imgEngineStatus[1]->setVisible(running);
     m_ui.imgEngineStatus[0]->setVisible(!running);
     m_ui.btnStart->setEnabled(!running);
@@ -389,5 +396,7 @@ void frmSMSClient::moImportSMSPooling_Timer(qint32 /*lMilliseconds*/)
 {
     if (m_pollingTick.run(*moFileSystem, msQueueFolder, msMessageFooter) ==
         PollingTick::Outcome::FolderMissing)
-        m_ui.txtTerm->appendLine(GS(3760050));
+        m_ui.txtTerm->appendLine(GS(TextId::FolderNotAccessible));
 }
+
+} // namespace norvane

@@ -17,6 +17,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 class SendRoute;
 class frmDeviceConfig;
 class frmImport;
@@ -111,3 +113,5 @@ private:
     QString msQueueFolder;
     QString msMessageFooter;
 };
+
+} // namespace norvane

@@ -15,6 +15,10 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Twips of the window's inside.
@@ -36,8 +40,8 @@ DeviceConfigForm::DeviceConfigForm(QWidget *owner)
     : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                          Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint)
 {
-    setObjectName(QStringLiteral("frmDeviceConfig"));
-    setWindowTitle(QStringLiteral("SMS - Configurações"));
+    setObjectName(u"frmDeviceConfig"_s);
+    setWindowTitle(u"SMS - Configurações"_s);
     setFixedSize(Twips::toPixels(formPlace, twipsPerPixel(this)).size());
     makeMode();
     makeFields();
@@ -77,11 +81,11 @@ QLabel *DeviceConfigForm::addLabel(const char *name, const QString &text, QWidge
 void DeviceConfigForm::makeMode()
 {
     fraOperationMode = add<CaptionedFrame>("fraOperationMode", {labelLeft, 105, 4500, 735});
-    fraOperationMode->setCaption(QStringLiteral("Modo de funcionamento"));
+    fraOperationMode->setCaption(u"Modo de funcionamento"_s);
     opServer = add<QRadioButton>("opServer", {240, 300, 1230, 330}, fraOperationMode);
-    opServer->setText(QStringLiteral("Servidor"));
+    opServer->setText(u"Servidor"_s);
     opClient = add<QRadioButton>("opClient", {2250, 300, 1230, 330}, fraOperationMode);
-    opClient->setText(QStringLiteral("Cliente"));
+    opClient->setText(u"Cliente"_s);
 
     // Of the two, Tab stops at the one that is on.
     for (QRadioButton *const option : {opClient, opServer}) {
@@ -91,39 +95,39 @@ void DeviceConfigForm::makeMode()
         });
     }
 
-    imgDevice = new ImageControl(QStringLiteral(":/images/device.svg"), this);
-    imgDevice->setObjectName(QStringLiteral("imgDevice"));
+    imgDevice = new ImageControl(u":/images/device.svg"_s, this);
+    imgDevice->setObjectName(u"imgDevice"_s);
     imgDevice->setGeometry(Twips::toPixels({4860, 165, 720, 720}, twipsPerPixel(this)));
 }
 
 void DeviceConfigForm::makeFields()
 {
     txtQueueFolder = addTextBox("txtQueueFolder", fieldAt(1005, 3675));
-    Label1 = addLabel("Label1", QStringLiteral("Pasta envio:"), txtQueueFolder);
+    Label1 = addLabel("Label1", u"Pasta envio:"_s, txtQueueFolder);
     btnOpen = add<PictureButton>("btnOpen", {5250, 1005, 450, fieldHeight});
     const QSize size(openPicture, openPicture);
-    btnOpen->setIcon(SvgPicture::icon(QStringLiteral(":/images/button-open-folder.svg"), size));
+    btnOpen->setIcon(SvgPicture::icon(u":/images/button-open-folder.svg"_s, size));
     btnOpen->setIconSize(size);
 
     cboDeviceType = add<QComboBox>("cboDeviceType", fieldAt(1515));
-    lblDeviceType = addLabel("lblDeviceType", QStringLiteral("Dispositivo:"), cboDeviceType);
+    lblDeviceType = addLabel("lblDeviceType", u"Dispositivo:"_s, cboDeviceType);
     cboConnectionMode = add<QComboBox>("cboConnectionMode", fieldAt(1950));
-    lblMode = addLabel("lblMode", QStringLiteral("Modo:"), cboConnectionMode);
+    lblMode = addLabel("lblMode", u"Modo:"_s, cboConnectionMode);
     cboProtocol = add<QComboBox>("cboProtocol", fieldAt(2385));
-    lblProtocol = addLabel("lblProtocol", QStringLiteral("Protocolo:"), cboProtocol);
+    lblProtocol = addLabel("lblProtocol", u"Protocolo:"_s, cboProtocol);
     txtParameter = addTextBox("txtParameter", fieldAt(2820));
-    lblParameter = addLabel("lblParameter", QStringLiteral("Parâmetros:"), txtParameter);
+    lblParameter = addLabel("lblParameter", u"Parâmetros:"_s, txtParameter);
     txtPINCode = addTextBox("txtPINCode", fieldAt(3255));
-    lblPINCode = addLabel("lblPINCode", QStringLiteral("PIN Code:"), txtPINCode);
+    lblPINCode = addLabel("lblPINCode", u"PIN Code:"_s, txtPINCode);
 }
 
 void DeviceConfigForm::makeButtons()
 {
     cmdOk = add<QPushButton>("cmdOk", {3240, 3765, 1185, 390});
-    cmdOk->setText(QStringLiteral("Ok"));
+    cmdOk->setText(u"Ok"_s);
     cmdOk->setDefault(true);
     cmdCancel = add<QPushButton>("cmdCancel", {4515, 3765, 1185, 390});
-    cmdCancel->setText(QStringLiteral("Cancelar"));
+    cmdCancel->setText(u"Cancelar"_s);
 }
 
 QList<QWidget *> DeviceConfigForm::inTabOrder() const
@@ -159,3 +163,5 @@ void DeviceConfigForm::closeEvent(QCloseEvent *event)
     hide();
     event->accept();
 }
+
+} // namespace norvane

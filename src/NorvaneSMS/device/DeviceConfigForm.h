@@ -2,14 +2,17 @@
 
 #include <QDialog>
 
-class CaptionedFrame;
-class ImageControl;
-class PictureButton;
 class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
+
+namespace norvane {
+
+class CaptionedFrame;
+class ImageControl;
+class PictureButton;
 
 namespace Twips {
 struct Rect;
@@ -65,3 +68,5 @@ private:
     QLineEdit *addTextBox(const char *name, const Twips::Rect &place);
     QLabel *addLabel(const char *name, const QString &text, QWidget *field);
 };
+
+} // namespace norvane

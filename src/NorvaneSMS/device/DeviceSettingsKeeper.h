@@ -2,6 +2,8 @@
 
 #include "contract/DeviceSettings.h"
 
+namespace norvane {
+
 /// What the device dialog needs of the console: the way to the engine's device settings.
 class DeviceSettingsKeeper
 {
@@ -17,3 +19,5 @@ public:
     /// @return the engine's answer; false on a client
     virtual bool SetDeviceSettings(const DeviceSettings &settings) = 0;
 };
+
+} // namespace norvane

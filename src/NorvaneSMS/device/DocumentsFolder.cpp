@@ -4,12 +4,16 @@
 
 #include <exception>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 QString GetDocumentsFolder(const Platform &platform, FileSystem &files)
 {
     try {
         QString documents = platform.documentsFolder();
         if (!StripNulls(documents).isEmpty()) {
-            const QString folder = files.BuildPath(documents, QStringLiteral("Norvane"));
+            const QString folder = files.BuildPath(documents, u"Norvane"_s);
             if (!files.FolderExists(folder))
                 files.CreateFolder(folder);
             return folder;
@@ -19,3 +23,5 @@ QString GetDocumentsFolder(const Platform &platform, FileSystem &files)
     }
     return platform.programFolder();
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 class QWidget;
 
+namespace norvane {
+
 /// The dialog in which an operator chooses a folder.
 class FolderBrowser
 {
@@ -39,3 +41,5 @@ struct FolderBrowsing
     FolderBrowser *dialog = nullptr;
     std::function<QString()> GetDocumentsFolder;
 };
+
+} // namespace norvane

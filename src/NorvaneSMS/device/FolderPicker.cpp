@@ -5,24 +5,27 @@
 #include "foundation/MessageBoxes.h"
 #include "foundation/PlatformHelpers.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Numbers of failures that are none.
 constexpr qint32 noFailure = 0;
 constexpr qint32 resumeWithoutFailure = 20;
 
-void tell(const NumberedFailure &failure)
+void showFailure(const NumberedFailure &failure)
 {
     if (failure.number() == noFailure || failure.number() == resumeWithoutFailure)
         return;
-    messageBoxes().show(
-        failure.source() +
-            QStringLiteral(" encountered the following error in the CD_ShowFolder function:\r\n"
-                           "Error Number = ") +
-            QString::number(failure.number()) + QStringLiteral("\r\nError Description = ") +
-            failure.description(),
-        MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
-        QStringLiteral("  Error  -  ") + failure.description());
+    messageBoxes().show(failure.source() +
+                            u" encountered the following error in the CD_ShowFolder function:\r\n"
+                            "Error Number = "_s +
+                            QString::number(failure.number()) + u"\r\nError Description = "_s +
+                            failure.description(),
+                        MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
+                        u"  Error  -  "_s + failure.description());
 }
 
 bool exists(const QString &path)
@@ -37,10 +40,10 @@ FolderBrowser::Choice choose(FolderBrowser &browser, QWidget *owner, const QStri
     try {
         return browser.browse(owner, title, exists(path) ? path : QString(), style);
     } catch (const NumberedFailure &failure) {
-        tell(failure);
+        showFailure(failure);
     } catch (const std::exception &other) {
-        tell(NumberedFailure(Failure::InternalError, QStringLiteral("FolderBrowser"),
-                             QString::fromUtf8(other.what())));
+        showFailure(NumberedFailure(Failure::InternalError, u"FolderBrowser"_s,
+                                    QString::fromUtf8(other.what())));
     }
     return {};
 }
@@ -57,3 +60,5 @@ bool CD_ShowFolder(FolderBrowser &browser, QWidget *owner, const QString &title,
     }
     return choice.confirmed;
 }
+
+} // namespace norvane

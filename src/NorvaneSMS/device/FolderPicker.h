@@ -2,6 +2,8 @@
 
 #include "NorvaneSMS/device/FolderBrowser.h"
 
+namespace norvane {
+
 /// The folder picker: lets the operator choose a folder. A failure of the dialog is told in a box
 /// and counts as cancelled.
 /// @param path  in: the folder to select at first, which is done only if it exists; out: the
@@ -9,3 +11,5 @@
 /// @return whether the operator confirmed
 bool CD_ShowFolder(FolderBrowser &browser, QWidget *owner, const QString &title, QString &path,
                    FolderBrowser::Style style);
+
+} // namespace norvane

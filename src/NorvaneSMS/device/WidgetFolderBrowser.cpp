@@ -2,6 +2,8 @@
 
 #include <QFileDialog>
 
+namespace norvane {
+
 FolderBrowser::Choice WidgetFolderBrowser::browse(QWidget *owner, const QString &title,
                                                   const QString &preselected, Style style)
 {
@@ -19,3 +21,5 @@ FolderBrowser::Choice WidgetFolderBrowser::browse(QWidget *owner, const QString 
         return {true, std::nullopt};
     return {true, chosen};
 }
+
+} // namespace norvane

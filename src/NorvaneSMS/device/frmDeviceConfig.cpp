@@ -7,6 +7,7 @@
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
 #include "foundation/PlatformHelpers.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
@@ -18,6 +19,10 @@
 #include <QRadioButton>
 
 #include <utility>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -31,7 +36,7 @@ int positionOf(qint32 setting)
 
 QString proposedParameter()
 {
-    return QStringLiteral("COM1, 9600");
+    return u"COM1, 9600"_s;
 }
 
 } // namespace
@@ -78,34 +83,33 @@ void frmDeviceConfig::connectControls()
 
 void frmDeviceConfig::LocalizeForm()
 {
-    m_form->setWindowTitle(GS(3760035));
-    m_form->lblDeviceType->setText(GS(3760036));
-    m_form->lblMode->setText(GS(3760037));
-    m_form->lblProtocol->setText(GS(3760038));
-    m_form->lblParameter->setText(GS(3760039));
-    m_form->lblPINCode->setText(GS(3760040));
-    m_form->cmdOk->setText(GS(14));
-    m_form->cmdCancel->setText(GS(16));
-    m_form->btnOpen->setAccessibleName(GS(3760103));
-    m_form->btnOpen->setToolTip(GS(3760103));
-    m_form->imgDevice->setAccessibleName(GS(3760015));
+    m_form->setWindowTitle(GS(TextId::DeviceDialogTitle));
+    m_form->lblDeviceType->setText(GS(TextId::DeviceTypeLabel));
+    m_form->lblMode->setText(GS(TextId::ModeLabel));
+    m_form->lblProtocol->setText(GS(TextId::ProtocolLabel));
+    m_form->lblParameter->setText(GS(TextId::ParameterLabel));
+    m_form->lblPINCode->setText(GS(TextId::PinLabel));
+    m_form->cmdOk->setText(GS(TextId::OkButton));
+    m_form->cmdCancel->setText(GS(TextId::CancelButton));
+    m_form->btnOpen->setAccessibleName(GS(TextId::ChooseFolderTip));
+    m_form->btnOpen->setToolTip(GS(TextId::ChooseFolderTip));
+    m_form->imgDevice->setAccessibleName(GS(TextId::DeviceName));
 }
 
 void frmDeviceConfig::FillLists()
 {
     m_form->cboDeviceType->clear();
-    m_form->cboDeviceType->addItem(GS(3760041));
+    m_form->cboDeviceType->addItem(GS(TextId::GsmDeviceType));
     m_form->cboDeviceType->setCurrentIndex(0);
     m_form->cboDeviceType->setEnabled(false);
 
     m_form->cboConnectionMode->clear();
-    m_form->cboConnectionMode->addItems({QStringLiteral("Physical/Virtual Serial port"),
-                                         QStringLiteral("Infrared"), QStringLiteral("Bluetooth")});
+    m_form->cboConnectionMode->addItems(
+        {u"Physical/Virtual Serial port"_s, u"Infrared"_s, u"Bluetooth"_s});
     m_form->cboConnectionMode->setCurrentIndex(-1);
 
     m_form->cboProtocol->clear();
-    m_form->cboProtocol->addItems(
-        {QStringLiteral("AT Command"), QStringLiteral("Nokia FBus"), QStringLiteral("Nokia MBus")});
+    m_form->cboProtocol->addItems({u"AT Command"_s, u"Nokia FBus"_s, u"Nokia MBus"_s});
     m_form->cboProtocol->setCurrentIndex(-1);
 }
 
@@ -156,9 +160,8 @@ void frmDeviceConfig::opServer_Click()
 void frmDeviceConfig::btnOpen_Click()
 {
     QString path = m_folders.GetDocumentsFolder();
-    if (!CD_ShowFolder(*m_folders.dialog, m_form.get(),
-                       QStringLiteral("Localização da pasta de envio de SMS"), path,
-                       FolderBrowser::Style::Plain)) {
+    if (!CD_ShowFolder(*m_folders.dialog, m_form.get(), u"Localização da pasta de envio de SMS"_s,
+                       path, FolderBrowser::Style::Plain)) {
         m_form->txtQueueFolder->clear();
         return;
     }
@@ -170,8 +173,8 @@ void frmDeviceConfig::btnOpen_Click()
 void frmDeviceConfig::cmdOk_Click()
 {
     if (!FileSystem().FolderExists(m_form->txtQueueFolder->text())) {
-        messageBoxes().show(GS(3760050), MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
-                            QStringLiteral("Norvane SMS"));
+        messageBoxes().show(GS(TextId::FolderNotAccessible), MessageBoxes::Icon::Exclamation,
+                            MessageBoxes::Buttons::Ok, u"Norvane SMS"_s);
         m_form->txtQueueFolder->setFocus();
         return;
     }
@@ -196,3 +199,5 @@ void frmDeviceConfig::cmdCancel_Click()
     mbCancelled = true;
     m_form->hide();
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 class DeviceConfigForm;
 class DeviceSettingsKeeper;
 
@@ -51,3 +53,5 @@ private:
 
     bool mbCancelled = false; ///< kept from one showing to the next
 };
+
+} // namespace norvane

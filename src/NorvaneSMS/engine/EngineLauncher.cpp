@@ -16,25 +16,29 @@
 #include <QStandardPaths>
 #include <QThread>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int pollInterval = 10; // ms between two looks at the bus
 
 [[noreturn]] void raiseCannotStart(const QString &reason)
 {
-    throw NumberedFailure(Failure::CannotCreateObject, QStringLiteral("SMSManager"),
+    throw NumberedFailure(Failure::CannotCreateObject, u"SMSManager"_s,
                           FailureText::engineNotStarted(reason));
 }
 
 QString errorOutputFile()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                           QStringLiteral("/TovekSMService");
+                           u"/TovekSMService"_s;
     if (!QDir().mkpath(folder))
         return QProcess::nullDevice();
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     // Kept from start to start, for its owner alone; the engine keeps it within its size.
-    const QString file = folder + QStringLiteral("/engine.log");
+    const QString file = folder + u"/engine.log"_s;
     QFile log(file);
     if (!log.open(QIODevice::Append))
         return QProcess::nullDevice();
@@ -53,7 +57,7 @@ void ProcessEngineLauncher::ensureRunning()
 {
     if (!m_bus.isConnected())
         raiseCannotStart(FailureText::noSessionBus());
-    const QString name = QLatin1String(Bus::ServiceName);
+    const QString name = QLatin1String(Bus::serviceName);
     QDBusConnectionInterface *const bus = m_bus.interface();
     if (bus->isServiceRegistered(name))
         return;
@@ -75,14 +79,14 @@ void ProcessEngineLauncher::ensureRunning()
 bool ProcessEngineLauncher::isActivatable() const
 {
     const QDBusReply<QStringList> activatable = m_bus.interface()->activatableServiceNames();
-    return activatable.isValid() && activatable.value().contains(QLatin1String(Bus::ServiceName));
+    return activatable.isValid() && activatable.value().contains(QLatin1String(Bus::serviceName));
 }
 
 void ProcessEngineLauncher::startByBus()
 {
     m_bus.interface()->setTimeout(m_timeLimit);
     const QDBusPendingReply<uint> started = m_bus.interface()->asyncCallWithArgumentList(
-        QStringLiteral("StartServiceByName"), {QLatin1String(Bus::ServiceName), uint(0)});
+        u"StartServiceByName"_s, {QLatin1String(Bus::serviceName), uint(0)});
     // The answer is taken on the connection's own thread.
     waitUntil([&started] { return started.isFinished(); });
     if (started.isError())
@@ -113,7 +117,7 @@ qint64 ProcessEngineLauncher::startProgram()
         raiseCannotStart(FailureText::programNotFound(m_program));
     QProcess engine;
     engine.setProgram(m_program);
-    engine.setWorkingDirectory(QStringLiteral("/"));
+    engine.setWorkingDirectory(u"/"_s);
     engine.setStandardInputFile(QProcess::nullDevice());
     engine.setStandardOutputFile(QProcess::nullDevice());
     engine.setStandardErrorFile(errorOutputFile(), QIODevice::Append);
@@ -122,3 +126,5 @@ qint64 ProcessEngineLauncher::startProgram()
         raiseCannotStart(engine.errorString());
     return process;
 }
+
+} // namespace norvane

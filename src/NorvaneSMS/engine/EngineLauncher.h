@@ -5,6 +5,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 class EngineWait;
 
 /// Sees to it that the engine process is on the bus.
@@ -47,3 +49,5 @@ private:
     int m_timeLimit;
     EngineWait *m_wait;
 };
+
+} // namespace norvane

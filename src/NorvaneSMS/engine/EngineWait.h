@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+namespace norvane {
+
 /// Told of a start of the engine that takes its time, on the thread that waits for it.
 class EngineWait
 {
@@ -17,3 +19,5 @@ public:
     /// The engine is there, or has failed to come up.
     virtual void ended() = 0;
 };
+
+} // namespace norvane

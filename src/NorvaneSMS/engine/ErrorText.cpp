@@ -1,8 +1,13 @@
 #include "NorvaneSMS/engine/ErrorText.h"
 
 #include "foundation/Globals.h"
+#include "foundation/TextId.h"
 
 #include <QHash>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -89,13 +94,15 @@ QString GetErrorText(qint32 code)
 {
     switch (code) {
     case -2:
-        return GS(3760032);
+        return GS(TextId::PortNotFoundError);
     case -35:
-        return GS(3760033);
+        return GS(TextId::NetworkTimeoutError);
     case -100:
-        return GS(3760034);
+        return GS(TextId::UnknownError);
     default:
         static const QHash<qint32, QString> byCode = wordsByCode();
-        return byCode.value(code, QLatin1String(""));
+        return byCode.value(code, ""_L1);
     }
 }
+
+} // namespace norvane

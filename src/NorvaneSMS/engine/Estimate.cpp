@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 qint64 wholeSeconds(const QDateTime &moment)
@@ -16,7 +20,7 @@ template <typename Narrow>
 Narrow narrowed(qint64 value)
 {
     if (value < std::numeric_limits<Narrow>::min() || value > std::numeric_limits<Narrow>::max())
-        Failure::raise(Failure::Overflow, QStringLiteral("moSMSManager_SMSSent"));
+        Failure::raise(Failure::Overflow, u"moSMSManager_SMSSent"_s);
     return static_cast<Narrow>(value);
 }
 
@@ -39,3 +43,5 @@ QTime Estimate::remaining(qint32 seconds, qint32 queueCount)
     const qint16 narrow = narrowed<qint16>(product);
     return QTime(0, 0).addSecs(std::abs(narrow));
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QTime>
 
+namespace norvane {
+
 /// The estimate of remaining time, taken from the last interval alone.
 ///
 /// Moments are wall-clock dates and times (QDateTime told as Qt::UTC), cut to whole seconds.
@@ -20,3 +22,5 @@ qint32 secondsField(const QDateTime &lastEvent, const QDateTime &now);
 QTime remaining(qint32 seconds, qint32 queueCount);
 
 } // namespace Estimate
+
+} // namespace norvane

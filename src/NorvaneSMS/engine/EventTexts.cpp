@@ -3,8 +3,13 @@
 #include "NorvaneSMS/engine/ErrorText.h"
 #include "contract/SMSManager.h"
 #include "foundation/Globals.h"
+#include "foundation/TextId.h"
 
 #include <QRegularExpression>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -12,13 +17,13 @@ constexpr qsizetype deviceStatusLength = 25;
 
 QString line(QLatin1String label, const QString &value)
 {
-    return label + value + QStringLiteral("\r\n");
+    return label + value + u"\r\n"_s;
 }
 
 /// The locale's long time form without its zone.
 QString timeFormat(const QLocale &locale)
 {
-    static const QRegularExpression zone(QStringLiteral(",?\\s*[\\(\\[]?t+[\\)\\]]?\\s*"));
+    static const QRegularExpression zone(u",?\\s*[\\(\\[]?t+[\\)\\]]?\\s*"_s);
     return locale.timeFormat(QLocale::LongFormat).remove(zone);
 }
 
@@ -26,16 +31,12 @@ QString timeFormat(const QLocale &locale)
 
 QString EventTexts::terminalText(const Device &device)
 {
-    return line(QLatin1String("Manufacturer: "), device.Manufacturer) +
-           line(QLatin1String("Model: "), device.Model) +
-           line(QLatin1String("IMEI: "), device.IMEI) +
-           line(QLatin1String("NetworkInfo: "), device.NetworkInfo) +
-           line(QLatin1String("BatteryLevel: "), QString::number(device.BatteryLevel)) +
-           line(QLatin1String("SignalLevel: "), QString::number(device.SignalLevel)) +
-           line(QLatin1String("Firmware: "), device.FirmWare) +
-           line(QLatin1String("Time: "), device.Time) +
-           line(QLatin1String("SMSCNumber: "), device.SMSCNumber) +
-           line(QLatin1String("Hardware: "), device.Hardware);
+    return line("Manufacturer: "_L1, device.Manufacturer) + line("Model: "_L1, device.Model) +
+           line("IMEI: "_L1, device.IMEI) + line("NetworkInfo: "_L1, device.NetworkInfo) +
+           line("BatteryLevel: "_L1, QString::number(device.BatteryLevel)) +
+           line("SignalLevel: "_L1, QString::number(device.SignalLevel)) +
+           line("Firmware: "_L1, device.FirmWare) + line("Time: "_L1, device.Time) +
+           line("SMSCNumber: "_L1, device.SMSCNumber) + line("Hardware: "_L1, device.Hardware);
 }
 
 QString EventTexts::deviceStatus(const QString &manufacturer, const QString &model)
@@ -45,17 +46,17 @@ QString EventTexts::deviceStatus(const QString &manufacturer, const QString &mod
 
 QString EventTexts::sentLine(const QString &phone)
 {
-    return GS(3760023, phone);
+    return GS(TextId::MessageSent, phone);
 }
 
 QString EventTexts::failedLine(const QString &phone, qint32 errorCode)
 {
-    return GS(3760024, phone, errorCode, GetErrorText(errorCode));
+    return GS(TextId::MessageFailed, phone, errorCode, GetErrorText(errorCode));
 }
 
 QString EventTexts::warningLine(qint32 errCode, const QString &extraInfo)
 {
-    return GS(3760054, errCode, GetErrorText(errCode), extraInfo);
+    return GS(TextId::EngineWarning, errCode, GetErrorText(errCode), extraInfo);
 }
 
 QString EventTexts::sentMoment(const QDateTime &moment, const QLocale &locale)
@@ -67,14 +68,14 @@ QString EventTexts::sentMoment(const QDateTime &moment, const QLocale &locale)
 QString EventTexts::wholeMoment(const QDateTime &moment, const QLocale &locale)
 {
     QString dateFormat = locale.dateFormat(QLocale::ShortFormat);
-    if (!dateFormat.contains(QLatin1String("yyyy")))
-        dateFormat.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+    if (!dateFormat.contains("yyyy"_L1))
+        dateFormat.replace("yy"_L1, "yyyy"_L1);
     return locale.toString(moment.date(), dateFormat) + u' ' + timeText(moment.time(), locale);
 }
 
 QString EventTexts::failedMoment(const QDateTime &moment)
 {
-    return moment.toString(QStringLiteral("dd-MM-yyyy HH:mm:ss"));
+    return moment.toString(u"dd-MM-yyyy HH:mm:ss"_s);
 }
 
 QString EventTexts::timeText(const QTime &time, const QLocale &locale)
@@ -84,15 +85,17 @@ QString EventTexts::timeText(const QTime &time, const QLocale &locale)
 
 QString EventTexts::sentCaption(qsizetype rows)
 {
-    return GS(3760009) + QStringLiteral(" ( ") + QString::number(rows) + QStringLiteral(" )");
+    return GS(TextId::SentFrame) + u" ( "_s + QString::number(rows) + u" )"_s;
 }
 
 QString EventTexts::queueSize(qint32 count)
 {
-    return count >= 1 ? GS(3760025, count) : GS(3760013);
+    return count >= 1 ? GS(TextId::QueueSize, count) : GS(TextId::QueueEmpty);
 }
 
 QString EventTexts::engineStatus(qint32 status)
 {
-    return status == SMSManager::Running ? GS(3760014) : GS(3760026);
+    return status == SMSManager::running ? GS(TextId::EngineRunning) : GS(TextId::EngineStopped);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QLocale>
 #include <QString>
 
+namespace norvane {
+
 /// What the engine's events show, as pure functions: terminal lines, grid cells and labels.
 
 namespace EventTexts {
@@ -50,3 +52,5 @@ QString queueSize(qint32 count);
 QString engineStatus(qint32 status);
 
 } // namespace EventTexts
+
+} // namespace norvane

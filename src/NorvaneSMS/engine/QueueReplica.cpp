@@ -6,6 +6,8 @@
 #include <iterator>
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
 /// The order in which a replica keeps its rows. Rows of equal date go by their ids, in the order of
@@ -52,3 +54,5 @@ void QueueReplica::apply(quint64 revision, const QList<QueueRow> &present,
     std::copy(next, coming.cend(), std::back_inserter(rows));
     m_rows = std::move(rows);
 }
+
+} // namespace norvane

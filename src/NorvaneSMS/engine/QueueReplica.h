@@ -4,6 +4,8 @@
 
 #include <QList>
 
+namespace norvane {
+
 /// The engine's queue as it was at a revision, brought up to date by what changed since, so that a
 /// queue of any size needn't cross the bus again for each of its changes.
 class QueueReplica
@@ -23,3 +25,5 @@ private:
     quint64 m_revision = 0;
     QList<QueueRow> m_rows;
 };
+
+} // namespace norvane

@@ -15,12 +15,16 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool engineHadVanished(const QDBusError &error)
 {
     return error.type() == QDBusError::ServiceUnknown ||
-           error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+           error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1;
 }
 
 /// Whether the engine may have carried out the call all the same.
@@ -33,7 +37,7 @@ bool answerWasLost(const QDBusError &error)
 [[noreturn]] void raiseCallFailed(const char *operation, const QDBusError &error)
 {
     throw NumberedFailure(Failure::RemoteServerUnavailable,
-                          QStringLiteral("SMSManager.") + QLatin1String(operation),
+                          u"SMSManager."_s + QLatin1String(operation),
                           FailureText::engineDoesNotAnswer(error.message()));
 }
 
@@ -42,18 +46,18 @@ bool answerWasLost(const QDBusError &error)
 SMSManagerProxy::SMSManagerProxy(EngineLauncher &launcher, QObject *parent)
     : SMSManager(parent), m_launcher(launcher),
       m_connectionName(QUuid::createUuid().toString(QUuid::WithoutBraces)),
-      m_callTimeout(Bus::CallTimeout)
+      m_callTimeout(Bus::callTimeout)
 {
     Bus::registerTypes();
     m_launcher.ensureRunning();
     m_engine = std::make_unique<SMSManagerBusInterface>(
-        QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
+        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_connectionName));
 
     connectEvents();
 
     auto *const owners =
-        new QDBusServiceWatcher(QLatin1String(Bus::ServiceName), m_engine->connection(),
+        new QDBusServiceWatcher(QLatin1String(Bus::serviceName), m_engine->connection(),
                                 QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(owners, &QDBusServiceWatcher::serviceOwnerChanged, this,
             &SMSManagerProxy::engineChanged);
@@ -96,14 +100,14 @@ void SMSManagerProxy::engineChanged(const QString &, const QString &formerOwner,
 {
     if (formerOwner == m_attachedTo) { // and not where a call has attached to a newer one since
         m_attachedTo.clear();
-        Q_EMIT EngineStatus(Stopped);
+        Q_EMIT EngineStatus(stopped);
     }
     attachTo(owner);
 }
 
 QString SMSManagerProxy::engineOwner() const
 {
-    return m_engine->connection().interface()->serviceOwner(QLatin1String(Bus::ServiceName));
+    return m_engine->connection().interface()->serviceOwner(QLatin1String(Bus::serviceName));
 }
 
 void SMSManagerProxy::attachTo(const QString &owner)
@@ -182,7 +186,7 @@ void SMSManagerProxy::StopEngine()
 qint32 SMSManagerProxy::TestDevice()
 {
     attachTo(engineOwner()); // the bus may have brought the engine back in an earlier call
-    return call("TestDevice", Bus::TestDeviceTimeout, [this] { return m_engine->TestDevice(); })
+    return call("TestDevice", Bus::testDeviceTimeout, [this] { return m_engine->TestDevice(); })
         .value();
 }
 
@@ -334,3 +338,5 @@ void SMSManagerProxy::DeliverPendingEvents()
 {
     QCoreApplication::sendPostedEvents(m_engine.get(), QEvent::MetaCall);
 }
+
+} // namespace norvane

@@ -9,6 +9,8 @@
 
 class SMSManagerBusInterface;
 
+namespace norvane {
+
 /// The engine process as an engine object of the console: each operation is a blocking call over
 /// the session bus, each event a signal that waits for the event loop.
 ///
@@ -50,7 +52,7 @@ public:
     qsizetype CommitBatch() override;
     void DeliverPendingEvents() override;
 
-    /// The time limit of every call but TestDevice, in milliseconds; Bus::CallTimeout at first.
+    /// The time limit of every call but TestDevice, in milliseconds; Bus::callTimeout at first.
     void setCallTimeout(int milliseconds) { m_callTimeout = milliseconds; }
 
 private:
@@ -89,3 +91,5 @@ private:
     std::optional<QList<QueueRow>> m_batch; ///< what is held back, while a batch is open
     int m_handlersRunning = 0;              ///< of what is to be acknowledged
 };
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct ErrorText
@@ -13,7 +17,7 @@ struct ErrorText
     const char16_t *text;
 };
 
-constexpr ErrorText ErrorTexts[] = {
+constexpr ErrorText errorTexts[] = {
     {0xFFFF, u"The dialog box could not be created.\rThe common dialog box function’s "
              u"call to the DialogBox function failed. For example, this error occurs if "
              u"the common dialog box call specifies an invalid window handle."},
@@ -49,7 +53,7 @@ constexpr ErrorText ErrorTexts[] = {
 
 QString numberAndDescription(qint64 number, const QString &description)
 {
-    return u"\r\rError Number = "_qs + QString::number(number) + u"\rError Description = "_qs +
+    return u"\r\rError Number = "_s + QString::number(number) + u"\rError Description = "_s +
            description;
 }
 
@@ -60,18 +64,18 @@ void show(const QString &text, const QString &title)
 
 void showErrorCode(quint32 code)
 {
-    show(u"COMDLG32.DLL encountered the following error while calling the '"_qs +
-             u"DLG_GetOpenFileName"_qs + u"' function:"_qs +
+    show(u"COMDLG32.DLL encountered the following error while calling the '"_s +
+             u"DLG_GetOpenFileName"_s + u"' function:"_s +
              numberAndDescription(code, commonDialogErrorText(code)),
-         u"  Common Dialog Error"_qs);
+         u"  Common Dialog Error"_s);
 }
 
 void showFailure(const NumberedFailure &failure)
 {
     show(failure.source() +
-             u" encountered the following error in the CD_ShowOpen_Save function:"_qs +
+             u" encountered the following error in the CD_ShowOpen_Save function:"_s +
              numberAndDescription(failure.number(), failure.description()),
-         u"  Error  -  "_qs + failure.description());
+         u"  Error  -  "_s + failure.description());
 }
 
 FilePicker::Outcome picked(FilePicker &picker, const FilePicker::Request &request)
@@ -91,8 +95,8 @@ FilePicker::Outcome picked(FilePicker &picker, const FilePicker::Request &reques
 
 QString commonDialogErrorText(quint32 code)
 {
-    const auto *const found = std::ranges::find(ErrorTexts, code, &ErrorText::code);
-    return found != std::end(ErrorTexts) ? QString::fromUtf16(found->text) : u"Unknown Error"_qs;
+    const auto *const found = std::ranges::find(errorTexts, code, &ErrorText::code);
+    return found != std::end(errorTexts) ? QString::fromUtf16(found->text) : u"Unknown Error"_s;
 }
 
 bool CD_ShowOpen_Save(FilePicker &picker, QWidget *owner, quint32 &flags, QString &path,
@@ -112,3 +116,5 @@ bool CD_ShowOpen_Save(FilePicker &picker, QWidget *owner, quint32 &flags, QStrin
     fileTitle = path.mid(path.lastIndexOf(u'/') + 1);
     return true;
 }
+
+} // namespace norvane

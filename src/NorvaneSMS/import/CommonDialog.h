@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// Lets the operator pick a file by `picker`.
 /// @param flags      in: what the dialog is to ask for; out: the same, or 0
 /// @param path       in: the name to begin with; out: the full path, or empty
@@ -16,3 +18,5 @@ bool CD_ShowOpen_Save(FilePicker &picker, QWidget *owner, quint32 &flags, QStrin
 
 /// What is shown for a failure code of the dialog.
 QString commonDialogErrorText(quint32 code);
+
+} // namespace norvane

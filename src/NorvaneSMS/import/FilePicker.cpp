@@ -2,6 +2,10 @@
 
 #include <QFileDialog>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The toolkit's dialog, without the files that the toolkit has in itself.
@@ -34,8 +38,8 @@ public:
         if (dialog.exec() != QDialog::Accepted)
             return {};
         const QString path = dialog.selectedFiles().value(0);
-        if (path.size() >= BufferLength)
-            return {false, {}, BufferTooSmall};
+        if (path.size() >= bufferLength)
+            return {false, {}, bufferTooSmall};
         return {true, path, 0};
     }
 };
@@ -55,7 +59,9 @@ QStringList toolkitFilters(const QString &filter)
     for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
         const QString label = parts.at(i).left(parts.at(i).indexOf(u'('));
         QString patterns = parts.at(i + 1);
-        filters.append(label + QStringLiteral(" (") + patterns.replace(u';', u' ') + u')');
+        filters.append(label + u" ("_s + patterns.replace(u';', u' ') + u')');
     }
     return filters;
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 class QWidget;
 
+namespace norvane {
+
 /// The way to the dialog in which the operator picks a file. A test puts its own in its place.
 class FilePicker
 {
@@ -37,8 +39,8 @@ public:
     /// Bits of Request::flags.
     enum Flag : quint32 { PathMustExist = 0x800, FileMustExist = 0x1000 };
     /// Longest path that a picker gives, with the character that ends it.
-    static constexpr qsizetype BufferLength = 260;
-    static constexpr quint32 BufferTooSmall = 0x3003;
+    static constexpr qsizetype bufferLength = 260;
+    static constexpr quint32 bufferTooSmall = 0x3003;
 };
 
 /// The toolkit's dialog.
@@ -46,3 +48,5 @@ FilePicker &toolkitFilePicker();
 
 /// The labels and patterns of a filter as the toolkit's dialog takes them.
 QStringList toolkitFilters(const QString &filter);
+
+} // namespace norvane

@@ -10,12 +10,16 @@
 #include <QLabel>
 #include <QLineEdit>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr int OpenPicture = 16;
-constexpr int ImportPicture = 24;
-constexpr int PathWidth = 400;
-constexpr int OpenWidth = 30;
+constexpr int openPicture = 16;
+constexpr int importPicture = 24;
+constexpr int pathWidth = 400;
+constexpr int openWidth = 30;
 
 template <typename Control>
 Control *made(QWidget *parent, const char *name)
@@ -41,7 +45,7 @@ QComboBox *madeDropDown(QWidget *parent, const char *name)
 void setPicture(PictureButton *button, const char *file, int pictureSize, QSize size)
 {
     const QSize picture(pictureSize, pictureSize);
-    button->setIcon(SvgPicture::icon(QLatin1String(":/images/") + QLatin1String(file), picture));
+    button->setIcon(SvgPicture::icon(":/images/"_L1 + QLatin1String(file), picture));
     button->setIconSize(picture);
     button->setFixedSize(size);
     button->setAutoDefault(false);
@@ -79,9 +83,9 @@ void ImportControls::clear(QComboBox *list)
 
 void ImportControls::setUp()
 {
-    setPicture(btnOpen, "button-open-folder.svg", OpenPicture,
-               {OpenWidth, txtFilePath->sizeHint().height()});
-    setPicture(btnImport, "button-import.svg", ImportPicture, {88, 56});
+    setPicture(btnOpen, "button-open-folder.svg", openPicture,
+               {openWidth, txtFilePath->sizeHint().height()});
+    setPicture(btnImport, "button-import.svg", importPicture, {88, 56});
     const std::initializer_list<std::pair<QLabel *, QWidget *>> labels = {
         {lblFileFormat, cboFileFormat},
         {lblFilePath, txtFilePath},
@@ -90,7 +94,7 @@ void ImportControls::setUp()
         {lblRecords, txtRecords}};
     for (const auto &[label, field] : labels)
         label->setBuddy(field);
-    txtFilePath->setMinimumWidth(PathWidth);
+    txtFilePath->setMinimumWidth(pathWidth);
     chkDeleteDuplicated->setChecked(true);
 }
 
@@ -128,3 +132,5 @@ QGridLayout *ImportControls::sheetLayout()
     grid->setColumnStretch(1, 1);
     return grid;
 }
+
+} // namespace norvane

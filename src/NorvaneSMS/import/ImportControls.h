@@ -1,13 +1,16 @@
 #pragma once
 
-class CaptionedFrame;
-class PictureButton;
 class QCheckBox;
 class QComboBox;
 class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QWidget;
+
+namespace norvane {
+
+class CaptionedFrame;
+class PictureButton;
 
 /// The controls of the import dialog. Each bears its own name as objectName.
 struct ImportControls
@@ -38,3 +41,5 @@ private:
     void layOut(QWidget *form);
     QGridLayout *sheetLayout();
 };
+
+} // namespace norvane

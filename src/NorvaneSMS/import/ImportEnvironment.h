@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// What the import dialog needs from above. A test puts its own in the places of these.
 struct ImportEnvironment
 {
@@ -19,3 +21,5 @@ struct ImportEnvironment
     /// The program's, so that a number that a failure left in use stays so.
     std::shared_ptr<NumberedFiles> files = std::make_shared<NumberedFiles>();
 };
+
+} // namespace norvane

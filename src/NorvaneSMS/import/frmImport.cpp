@@ -5,6 +5,7 @@
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
 #include "foundation/PlatformHelpers.h"
+#include "foundation/TextId.h"
 #include "foundation/ui/CaptionedFrame.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
@@ -21,6 +22,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void showBox(const QString &text)
@@ -32,7 +37,7 @@ void showBox(const QString &text)
 void showReadingFailure()
 {
     const NumberedFailure failure = Failure::fromException(std::current_exception());
-    showBox(QString::number(failure.number()) + QStringLiteral(" - ") + failure.description());
+    showBox(QString::number(failure.number()) + u" - "_s + failure.description());
 }
 
 /// Whether the focus moved on within the program's windows, and wasn't taken for a while by a menu
@@ -49,7 +54,7 @@ frmImport::frmImport(ImportEnvironment environment, QWidget *owner)
     : QDialog(owner, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       m_environment(std::move(environment)), m_ui(this)
 {
-    setObjectName(QStringLiteral("frmImport"));
+    setObjectName(u"frmImport"_s);
     connectControls();
 }
 
@@ -82,23 +87,23 @@ void frmImport::Form_Load()
 
 void frmImport::LocalizeForm()
 {
-    setWindowTitle(GS(3760042));
-    m_ui.lblFileFormat->setText(GS(3760043));
-    m_ui.lblFilePath->setText(GS(3760044));
-    m_ui.chkDeleteDuplicated->setText(GS(3760045));
-    m_ui.lblSheet->setText(GS(3760046));
-    m_ui.lblField->setText(GS(3760047));
-    m_ui.lblRecords->setText(GS(3760048));
-    m_ui.btnImport->setText(GS(3760049));
-    m_ui.fraExcel->setAccessibleName(GS(3760056));
-    m_ui.btnOpen->setAccessibleName(GS(3760104));
-    m_ui.btnOpen->setToolTip(GS(3760104));
+    setWindowTitle(GS(TextId::ImportDialogTitle));
+    m_ui.lblFileFormat->setText(GS(TextId::FileFormatLabel));
+    m_ui.lblFilePath->setText(GS(TextId::FilePathLabel));
+    m_ui.chkDeleteDuplicated->setText(GS(TextId::DeleteDuplicatesBox));
+    m_ui.lblSheet->setText(GS(TextId::SheetLabel));
+    m_ui.lblField->setText(GS(TextId::FieldLabel));
+    m_ui.lblRecords->setText(GS(TextId::RecordsLabel));
+    m_ui.btnImport->setText(GS(TextId::ImportNumbersButton));
+    m_ui.fraExcel->setAccessibleName(GS(TextId::SpreadsheetFormat));
+    m_ui.btnOpen->setAccessibleName(GS(TextId::ChooseFileTip));
+    m_ui.btnOpen->setToolTip(GS(TextId::ChooseFileTip));
 }
 
 void frmImport::FillFormats()
 {
     ImportControls::clear(m_ui.cboFileFormat);
-    m_ui.cboFileFormat->addItems({GS(3760055), GS(3760056)});
+    m_ui.cboFileFormat->addItems({GS(TextId::TextFileFormat), GS(TextId::SpreadsheetFormat)});
     m_ui.cboFileFormat->setCurrentIndex(TextFile);
     cboFileFormat_Click(TextFile);
 }
@@ -147,11 +152,10 @@ void frmImport::btnOpen_Click()
     quint32 flags = FilePicker::PathMustExist | FilePicker::FileMustExist;
     QString path;
     QString fileTitle;
-    QString filter =
-        isText ? QStringLiteral("Texto(*.txt)|*.txt") : QStringLiteral("Excel(*.xls)|*.xls");
+    QString filter = isText ? u"Texto(*.txt)|*.txt"_s : u"Excel(*.xls)|*.xls"_s;
     if (!CD_ShowOpen_Save(*m_environment.picker, this, flags, path, fileTitle,
-                          isText ? QStringLiteral("TXT") : QStringLiteral("XLS"), windowTitle(),
-                          filter, m_environment.programFolder, FilePicker::Purpose::Open))
+                          isText ? u"TXT"_s : u"XLS"_s, windowTitle(), filter,
+                          m_environment.programFolder, FilePicker::Purpose::Open))
         return;
     m_ui.txtFilePath->setText(path);
     if (mnFileFormat == Spreadsheet)
@@ -269,7 +273,7 @@ void frmImport::listFields()
 SpreadsheetConnection &frmImport::connection()
 {
     if (!moConnection)
-        Failure::raise(Failure::ObjectNotSet, QStringLiteral("frmImport"));
+        Failure::raise(Failure::ObjectNotSet, u"frmImport"_s);
     return *moConnection;
 }
 
@@ -282,3 +286,5 @@ void frmImport::showOpenFailure(const NumberedFailure &failure)
     for (const QString &error : moConnection->errors())
         showBox(error);
 }
+
+} // namespace norvane

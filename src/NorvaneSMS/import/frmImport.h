@@ -10,6 +10,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// The modal dialog in which the operator points at a file of recipients. It reads the file once,
 /// when `btnImport` is pressed, and stays loaded, hidden, so that its result can be fetched.
 class frmImport : public QDialog
@@ -74,3 +76,5 @@ private:
     bool mbCancelled = false;
     bool m_opening = false; ///< a workbook: what is pressed then has no effect
 };
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// An open file as a stream of bytes. Every operation gives 0, or the platform's error (errno on
 /// POSIX systems). The file is closed with this object at the latest.
 class ByteStream
@@ -15,8 +17,8 @@ public:
     ByteStream &operator=(const ByteStream &) = delete;
     virtual ~ByteStream() = default;
 
-    /// Reads what comes next: at least one byte and at most `most`, or none at the end of the file.
-    virtual int read(qsizetype most, QByteArray &bytes) = 0;
+    /// Reads what comes next: at least one byte and at most `max`, or none at the end of the file.
+    virtual int read(qsizetype max, QByteArray &bytes) = 0;
     /// Writes all of `bytes` or, on an error, any part of them; in one piece where the platform
     /// takes them so.
     virtual int write(const QByteArray &bytes) = 0;
@@ -34,10 +36,10 @@ public:
     virtual ~FileStreams() = default;
 
     /// How far a file that grows is followed: further than any that the console writes.
-    static constexpr qint64 MostFollowed = 8 * 1024 * 1024;
+    static constexpr qint64 maxFollowed = 8 * 1024 * 1024;
 
     /// Opens a regular file; it never waits, whatever stands at `path`. A file that grows while it
-    /// is read is followed up to MostFollowed bytes, or to where it ended when it was opened if
+    /// is read is followed up to maxFollowed bytes, or to where it ended when it was opened if
     /// that is further: one that is written to all the while keeps no reader for ever.
     virtual int openToRead(const QString &path, std::unique_ptr<ByteStream> &stream) = 0;
 
@@ -51,3 +53,5 @@ public:
 
 /// The platform's own files.
 FileStreams &fileStreams();
+
+} // namespace norvane

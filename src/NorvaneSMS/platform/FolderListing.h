@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 enum class EntryKind { File, Folder, Other };
 
 /// What a folder holds, in the order of the file system.
@@ -33,3 +35,5 @@ public:
 
 /// The platform's own listing.
 const FolderListing &folderListing();
+
+} // namespace norvane

@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 class PosixStream : public ByteStream
@@ -23,9 +25,9 @@ public:
     /// Lets the stream end after so many bytes, however far the file goes.
     void endAfter(qint64 bytes) { m_left = bytes; }
 
-    int read(qsizetype most, QByteArray &bytes) override
+    int read(qsizetype max, QByteArray &bytes) override
     {
-        bytes.resize(qMin<qint64>(most, m_left));
+        bytes.resize(qMin<qint64>(max, m_left));
         ssize_t count = 0;
         do {
             count = ::read(m_file.value(), bytes.data(), static_cast<std::size_t>(bytes.size()));
@@ -113,7 +115,7 @@ private:
         qint64 size = 0;
         if (const int error = checkRegular(file->descriptor(), size))
             return error;
-        file->endAfter(qMax(size, MostFollowed));
+        file->endAfter(qMax(size, maxFollowed));
         stream = std::move(file);
         return 0;
     }
@@ -126,3 +128,5 @@ FileStreams &fileStreams()
     static LinuxFileStreams streams;
     return streams;
 }
+
+} // namespace norvane

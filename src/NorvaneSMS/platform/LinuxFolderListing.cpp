@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+namespace norvane {
+
 namespace {
 
 struct CloseFolder
@@ -63,3 +65,5 @@ const FolderListing &folderListing()
     static const LinuxFolderListing listing;
     return listing;
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
 bool isRemovable(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
@@ -20,3 +22,5 @@ bool isRemovable(const QString &path)
     const bool isKept = (place.st_mode & S_ISVTX) != 0;
     return !isKept || account == 0 || account == file.st_uid || account == place.st_uid;
 }
+
+} // namespace norvane

@@ -7,9 +7,13 @@
 #include <exception>
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr QChar Separator = u'/';
+constexpr QChar separator = u'/';
 
 /// Everything that one search hands on from folder to folder.
 struct Search
@@ -25,14 +29,14 @@ struct Search
 void increment(qint16 &counter)
 {
     if (counter == std::numeric_limits<qint16>::max())
-        Failure::raise(Failure::Overflow, QStringLiteral("FindFiles"));
+        Failure::raise(Failure::Overflow, u"FindFiles"_s);
     ++counter;
 }
 
 /// The number in decimal, with a blank in the place of the sign when there is none.
 QString signedText(qint32 number)
 {
-    return (number < 0 ? QString() : QStringLiteral(" ")) + QString::number(number);
+    return (number < 0 ? QString() : u" "_s) + QString::number(number);
 }
 
 qint64 sizeTerm(quint64 size)
@@ -93,19 +97,18 @@ qint64 searchFolder(const Search &search, QString &folderPath)
 {
     qint64 sum = 0;
     try {
-        if (!folderPath.endsWith(Separator))
-            folderPath += Separator;
+        if (!folderPath.endsWith(separator))
+            folderPath += separator;
         const QStringList names = subfolders(search, folderPath);
         listFiles(search, folderPath, sum);
         for (const QString &name : names) {
-            QString inner = folderPath + name + Separator;
+            QString inner = folderPath + name + separator;
             sum += searchFolder(search, inner);
         }
     } catch (...) {
         const NumberedFailure failure = Failure::fromException(std::current_exception());
-        messageBoxes().show(
-            signedText(failure.number()) + QStringLiteral(" - ") + failure.description(),
-            MessageBoxes::Icon::Critical, MessageBoxes::Buttons::Ok, QStringLiteral("Error"));
+        messageBoxes().show(signedText(failure.number()) + u" - "_s + failure.description(),
+                            MessageBoxes::Icon::Critical, MessageBoxes::Buttons::Ok, u"Error"_s);
     }
     return sum;
 }
@@ -145,3 +148,5 @@ qint64 FindFiles(QString &folderPath, const QString &pattern, qint16 &fileCount,
 {
     return searchFolder({pattern, fileCount, folderCount, result, descent, listing}, folderPath);
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace norvane {
+
 enum class Descent { StayInFolder, IntoSubfolders };
 
 struct FileSearchResult
@@ -27,3 +29,5 @@ bool matchesPattern(QStringView name, QStringView pattern);
 qint64 FindFiles(QString &folderPath, const QString &pattern, qint16 &fileCount,
                  qint16 &folderCount, FileSearchResult &result, Descent descent,
                  const FolderListing &listing = folderListing());
+
+} // namespace norvane

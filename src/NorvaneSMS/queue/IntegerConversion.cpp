@@ -8,25 +8,28 @@
 #include <cmath>
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 [[noreturn]] void raise(Failure::Number number)
 {
-    Failure::raise(number, QStringLiteral("toInteger16"));
+    Failure::raise(number, u"toInteger16"_s);
 }
 
 /// What converts, between blanks: the digits of a hexadecimal or octal number; or a decimal number
 /// in parentheses, behind a sign, or in front of one.
 QRegularExpression form()
 {
-    const QString blanks = QStringLiteral("[ \\t-\\r]*");
+    const QString blanks = u"[ \\t-\\r]*"_s;
     const QString number =
-        QStringLiteral("(?<number>(?:[0-9]+(?:[.,][0-9]*)?|[.,][0-9]+)(?:[EeDd][+-]?[0-9]+)?)");
+        u"(?<number>(?:[0-9]+(?:[.,][0-9]*)?|[.,][0-9]+)(?:[EeDd][+-]?[0-9]+)?)"_s;
     return QRegularExpression(QRegularExpression::anchoredPattern(
-        blanks + QStringLiteral("(?:&[Hh](?<hex>[0-9A-Fa-f]+)|&[Oo]?(?<octal>[0-7]+)|") +
-        QStringLiteral("(?<signed>(?|\\(") + blanks + number + blanks +
-        QStringLiteral("\\)|[+-]?") + blanks + number + u'|' + number + blanks +
-        QStringLiteral("[+-])))") + blanks));
+        blanks + u"(?:&[Hh](?<hex>[0-9A-Fa-f]+)|&[Oo]?(?<octal>[0-7]+)|"_s + u"(?<signed>(?|\\("_s +
+        blanks + number + blanks + u"\\)|[+-]?"_s + blanks + number + u'|' + number + blanks +
+        u"[+-])))"_s + blanks));
 }
 
 /// The digits as the bits of a number.
@@ -70,3 +73,5 @@ qint16 toInteger16(QStringView text)
     const bool minus = whole.startsWith(u'(') || whole.startsWith(u'-') || whole.endsWith(u'-');
     return fromDecimal(match.captured(u"number"), minus);
 }
+
+} // namespace norvane

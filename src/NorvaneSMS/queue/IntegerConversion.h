@@ -2,6 +2,8 @@
 
 #include <QStringView>
 
+namespace norvane {
+
 /// The whole number of 16 bits that `text` converts to, as the suite's language converts. It takes
 ///
 /// - digits, with or without a fraction behind a point or a comma and an exponent behind "E" or
@@ -14,3 +16,5 @@
 /// A text without digits, blanks between digits, and any other character don't convert.
 /// @throws NumberedFailure 13 for what doesn't convert, 6 for what 16 bits don't hold
 qint16 toInteger16(QStringView text);
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+namespace norvane {
+
 namespace {
 
 struct Replacement
@@ -15,7 +17,7 @@ struct Replacement
 
 // Closed: Å, å, Æ, æ, Ø, ø, ÿ and ß are left out on purpose.
 // clang-format off
-constexpr std::array Replacements{
+constexpr std::array replacements{
     Replacement{u'À', u'A'}, Replacement{u'Á', u'A'}, Replacement{u'Â', u'A'},
     Replacement{u'Ã', u'A'}, Replacement{u'Ä', u'A'},
     Replacement{u'â', u'a'}, Replacement{u'ã', u'a'}, Replacement{u'ä', u'a'},
@@ -44,15 +46,15 @@ constexpr std::array Replacements{
     Replacement{u'ç', u'c'},
 };
 // clang-format on
-static_assert(Replacements.size() == 50);
+static_assert(replacements.size() == 50);
 
 // All accented letters of the table lie below 256, and none is the outcome of another, so one look
 // for each character does what fifty passes over the text would.
-constexpr auto PlainForms = [] {
+constexpr auto plainForms = [] {
     std::array<char16_t, 256> forms{};
     for (std::size_t code = 0; code < forms.size(); ++code)
         forms[code] = static_cast<char16_t>(code);
-    for (const Replacement &replacement : Replacements)
+    for (const Replacement &replacement : replacements)
         forms[replacement.from] = replacement.to;
     return forms;
 }();
@@ -63,7 +65,7 @@ QString RemoveAccents(const QString &text)
 {
     QString plain = text;
     std::ranges::transform(plain, plain.begin(), [](QChar unit) {
-        return unit.unicode() < PlainForms.size() ? QChar(PlainForms[unit.unicode()]) : unit;
+        return unit.unicode() < plainForms.size() ? QChar(plainForms[unit.unicode()]) : unit;
     });
     return plain;
 }
@@ -73,3 +75,5 @@ QString NormalizeSMSText(bool keepAccents, const QString &text)
     const QString plain = keepAccents ? text : RemoveAccents(text);
     return CodePages::fromAnsi(CodePages::ansiToOem(CodePages::toAnsi(plain)));
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// Replaces the accented letters of a fixed table by their plain forms, one character by one.
 QString RemoveAccents(const QString &text);
 
@@ -9,3 +11,5 @@ QString RemoveAccents(const QString &text);
 /// ANSI text. The length stays. Applied twice, a character above 127 moves twice.
 /// @param keepAccents  leave out the removal of accents
 QString NormalizeSMSText(bool keepAccents, const QString &text);
+
+} // namespace norvane

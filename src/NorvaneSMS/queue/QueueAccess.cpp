@@ -5,9 +5,11 @@
 
 #include <chrono>
 
+namespace norvane {
+
 namespace {
 
-class RealWaiting : public Waiting
+class RealWait : public Waiting
 {
 public:
     void seedFromClock() override
@@ -27,8 +29,10 @@ private:
 
 } // namespace
 
-Waiting &realWaiting()
+Waiting &realWait()
 {
-    static RealWaiting waiting;
+    static RealWait waiting;
     return waiting;
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include "NorvaneSMS/platform/FileStreams.h"
 
+namespace norvane {
+
 /// What a writer waits with when another one was quicker.
 class Waiting
 {
@@ -20,11 +22,13 @@ public:
 };
 
 /// The waiting of a program that runs.
-Waiting &realWaiting();
+Waiting &realWait();
 
 /// What drop files are written and read with. A test puts its own in the places of these.
 struct QueueAccess
 {
     FileStreams *files = &fileStreams();
-    Waiting *waiting = &realWaiting();
+    Waiting *waiting = &realWait();
 };
+
+} // namespace norvane

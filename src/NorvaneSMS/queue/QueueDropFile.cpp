@@ -5,13 +5,17 @@
 #include "common/FailureNumbers.h"
 #include "foundation/PlatformHelpers.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr char16_t Fill = u' ';
+constexpr char16_t fill = u' ';
 
 [[noreturn]] void raiseNoDate()
 {
-    Failure::raise(Failure::InvalidProcedureCall, QStringLiteral("QueueDropFile::decode"));
+    Failure::raise(Failure::InvalidProcedureCall, u"QueueDropFile::decode"_s);
 }
 
 int fullYear(qint16 year)
@@ -58,22 +62,22 @@ namespace QueueDropFile {
 
 QString fileName(qint16 number)
 {
-    return QStringLiteral("sms.") + QString::number(number);
+    return u"sms."_s + QString::number(number);
 }
 
 QByteArray encode(const Record &record)
 {
-    return CodePages::toAnsi(PadField(record.phone, PhoneLength, Fill) +
-                             record.deliveryDate.toString(QStringLiteral("ddMMyyyyHHmmss")) +
-                             PadField(record.message, MessageLength, Fill));
+    return CodePages::toAnsi(PadField(record.phone, phoneLength, fill) +
+                             record.deliveryDate.toString(u"ddMMyyyyHHmmss"_s) +
+                             PadField(record.message, messageLength, fill));
 }
 
 Record decode(QByteArrayView bytes)
 {
-    Q_ASSERT(bytes.size() == RecordLength);
+    Q_ASSERT(bytes.size() == recordLength);
     Fields fields(bytes);
     Record record;
-    record.phone = fields.text(PhoneLength);
+    record.phone = fields.text(phoneLength);
     record.phone.removeIf([](QChar character) { return character == u' ' || character == u'-'; });
     const qint16 day = fields.number(2);
     const qint16 month = fields.number(2);
@@ -82,7 +86,7 @@ Record decode(QByteArrayView bytes)
     const qint16 minute = fields.number(2);
     const qint16 second = fields.number(2);
     record.deliveryDate = moment(year, month, day, hour, minute, second);
-    record.message = withoutBlanks(fields.text(MessageLength));
+    record.message = withoutBlanks(fields.text(messageLength));
     return record;
 }
 
@@ -92,3 +96,5 @@ QString PadField(const QString &text, qint16 width, char16_t padChar)
 {
     return text.leftJustified(qMax<qint16>(width, 0), QChar(padChar), true);
 }
+
+} // namespace norvane

@@ -8,23 +8,27 @@
 #include <algorithm>
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr qsizetype BlockLength = 65'536;
+constexpr qsizetype blockLength = 65'536;
 
 void check(int error)
 {
     if (error != 0)
-        Failure::raiseErrno(error, QStringLiteral("ImportSMSFile"));
+        Failure::raiseErrno(error, u"ImportSMSFile"_s);
 }
 
 /// Takes records off the front of `bytes`.
 void feedWholeRecords(QByteArray &bytes, RecordHandover &handover)
 {
     QByteArrayView rest(bytes);
-    while (rest.size() >= QueueDropFile::RecordLength) {
-        handover.add(QueueDropFile::decode(rest.first(QueueDropFile::RecordLength)));
-        rest = rest.sliced(QueueDropFile::RecordLength);
+    while (rest.size() >= QueueDropFile::recordLength) {
+        handover.add(QueueDropFile::decode(rest.first(QueueDropFile::recordLength)));
+        rest = rest.sliced(QueueDropFile::recordLength);
     }
     bytes = rest.toByteArray();
 }
@@ -34,7 +38,7 @@ void feed(ByteStream &file, RecordHandover &handover)
     QByteArray waiting;
     for (;;) {
         QByteArray block;
-        check(file.read(BlockLength, block));
+        check(file.read(blockLength, block));
         if (block.isEmpty())
             return;
         waiting += block;
@@ -131,3 +135,5 @@ void ImportSMSFiles(const QStringList &paths, SMSManager &engine, const QString 
     }
     check(firstError);
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace norvane {
+
 /// Hands the records of a drop file to the engine, in their order, and takes the file away,
 /// whatever it held. A short tail is dropped. What a writer adds meanwhile is read as well, as far
 /// as a file that grows is followed.
@@ -24,3 +26,5 @@ void ImportSMSFile(const QString &path, SMSManager &engine, const QString &messa
 /// @throws NumberedFailure for the first one that can't be taken away
 void ImportSMSFiles(const QStringList &paths, SMSManager &engine, const QString &messageFooter,
                     const QueueAccess &access = {});
+
+} // namespace norvane

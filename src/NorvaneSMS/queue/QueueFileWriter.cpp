@@ -12,10 +12,14 @@
 #include <limits>
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr int MostCollisions = 3;
-constexpr double LongestPause = 250; // milliseconds
+constexpr int maxCollisions = 3;
+constexpr double maxPause = 250; // milliseconds
 
 /// A drop file that nobody else has.
 class NewDropFile
@@ -31,7 +35,7 @@ public:
             const int error = m_access.files->createNew(m_candidate, m_stream);
             if (error == 0)
                 return;
-            if (error != EEXIST || collisions == MostCollisions)
+            if (error != EEXIST || collisions == maxCollisions)
                 raise(error);
             ++collisions;
             raiseNumber(); // not the candidate, which may be free again after the pause
@@ -65,7 +69,7 @@ private:
     void pause() const
     {
         m_access.waiting->seedFromClock();
-        m_access.waiting->sleep(static_cast<int>(m_access.waiting->random() * LongestPause + 1));
+        m_access.waiting->sleep(static_cast<int>(m_access.waiting->random() * maxPause + 1));
     }
 
     [[noreturn]] void raise(int error) const
@@ -109,7 +113,7 @@ void WriteSMSFile(const QString &phone, const QDateTime &deliveryDate, const QSt
                   const QString &queueFolder, const QueueAccess &access)
 {
     shown([&] {
-        NewDropFile file(queueFolder, access, QStringLiteral("WriteSMSFile"));
+        NewDropFile file(queueFolder, access, u"WriteSMSFile"_s);
         file.write(phone, deliveryDate, message);
         file.close();
     });
@@ -119,9 +123,11 @@ void WriteSMSFileBulk(const SMSList &list, const QDateTime &deliveryDate,
                       const QString &queueFolder, const QueueAccess &access)
 {
     shown([&] {
-        NewDropFile file(queueFolder, access, QStringLiteral("WriteSMSFileBulk"));
+        NewDropFile file(queueFolder, access, u"WriteSMSFileBulk"_s);
         for (qint16 index = 0; index < list.Count(); ++index)
             file.write(list.Phone(index), deliveryDate, list.Message(index));
         file.close();
     });
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <QDateTime>
 #include <QString>
 
+namespace norvane {
+
 // The writers of drop files. Each makes one new file under the first free name, from "sms.0"
 // upward, in a folder that the caller has looked at. A name that another writer takes first is
 // tried again three times, after a random pause.
@@ -23,3 +25,5 @@ void WriteSMSFile(const QString &phone, const QDateTime &deliveryDate, const QSt
 /// @param list  messages as they stand: they are normalised here
 void WriteSMSFileBulk(const SMSList &list, const QDateTime &deliveryDate,
                       const QString &queueFolder, const QueueAccess &access = {});
+
+} // namespace norvane

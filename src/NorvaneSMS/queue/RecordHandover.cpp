@@ -4,6 +4,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 RecordHandover::RecordHandover(SMSManager &engine, const QString &messageFooter)
     : m_engine(engine), m_messageFooter(messageFooter)
 {}
@@ -22,7 +26,7 @@ void RecordHandover::add(const QueueDropFile::Record &record)
         m_engine.BeginBatch();
     m_engine.AddSMS(record.phone, record.message + m_messageFooter, record.deliveryDate);
     ++m_given;
-    if (m_given - m_stored == BatchRecords)
+    if (m_given - m_stored == batchRecords)
         commit();
 }
 
@@ -36,5 +40,7 @@ void RecordHandover::commit()
         return;
     m_stored = before + stored;
     m_fellShort = true;
-    Failure::raise(Failure::RemoteServerUnavailable, QStringLiteral("RecordHandover"));
+    Failure::raise(Failure::RemoteServerUnavailable, u"RecordHandover"_s);
 }
+
+} // namespace norvane

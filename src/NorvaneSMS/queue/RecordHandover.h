@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// The way of records to the engine: one AddSMS for each, in batches. Whatever ends its life,
 /// nothing stays behind in an open batch.
 class RecordHandover
@@ -12,7 +14,7 @@ class RecordHandover
 public:
     /// Records of one batch: many enough that a commit for them costs little, few enough that the
     /// engine answers at once.
-    static constexpr qsizetype BatchRecords = 500;
+    static constexpr qsizetype batchRecords = 500;
 
     /// @param engine  must outlive this object
     RecordHandover(SMSManager &engine, const QString &messageFooter);
@@ -41,3 +43,5 @@ private:
     qsizetype m_stored = 0;
     bool m_fellShort = false;
 };
+
+} // namespace norvane

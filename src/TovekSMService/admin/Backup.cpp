@@ -6,25 +6,31 @@
 #include <QFile>
 #include <QFileInfo>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 QString backUp(const QString &storeFile, const QString &target)
 {
     try {
         const StoreReader store(storeFile);
         const QString file = QFileInfo(target).absoluteFilePath();
         if (const QString reason = NewFile::make(file); !reason.isEmpty())
-            return file + QStringLiteral(": ") + reason;
+            return file + u": "_s + reason;
         try {
             store.copyTo(file);
         } catch (const StoreFailure &) {
             QFile::remove(file);
             throw;
         }
-        if (const QString reason = NewFile::bringToDisk(file); !reason.isEmpty()) {
+        if (const QString reason = NewFile::flushFile(file); !reason.isEmpty()) {
             QFile::remove(file);
-            return file + QStringLiteral(": ") + reason;
+            return file + u": "_s + reason;
         }
         return {};
     } catch (const StoreFailure &failure) {
         return failure.text();
     }
 }
+
+} // namespace norvane

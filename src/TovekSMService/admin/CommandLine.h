@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// What an administrator asks of the engine's executable.
 struct CommandLine
 {
@@ -28,3 +30,5 @@ struct CommandLine
     /// Reads the arguments; ends the program for --help, --version and errors.
     static CommandLine parse(const QStringList &arguments);
 };
+
+} // namespace norvane

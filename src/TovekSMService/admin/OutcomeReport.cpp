@@ -8,6 +8,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype dayLength = 10; // "yyyy-MM-dd"
@@ -21,7 +25,7 @@ bool isPhoneNumber(const QString &text)
 
 bool looksLikeFormula(const QString &text)
 {
-    static const QString beginnings = QStringLiteral("=+-@\uFF1D\uFF0B\uFF0D\uFF20");
+    static const QString beginnings = u"=+-@\uFF1D\uFF0B\uFF0D\uFF20"_s;
     if (text.isEmpty() || isPhoneNumber(text))
         return false;
     if (text.front() == u'\t' || text.front() == u'\r' || text.front() == u'\n')
@@ -32,33 +36,33 @@ bool looksLikeFormula(const QString &text)
 
 QString csvHeader()
 {
-    return QStringLiteral("at,delivery date,phone,outcome,code,reference,message\r\n");
+    return u"at,delivery date,phone,outcome,code,reference,message\r\n"_s;
 }
 
 QString outcomeWord(qint32 code)
 {
-    return code == ErrorCode::Ok ? QStringLiteral("sent") : QStringLiteral("failed");
+    return code == ErrorCode::ok ? u"sent"_s : u"failed"_s;
 }
 
 } // namespace
 
 std::optional<OutcomeReport::Format> OutcomeReport::formatNamed(const QString &name)
 {
-    if (name == QLatin1String("text"))
+    if (name == "text"_L1)
         return Format::Text;
-    if (name == QLatin1String("csv"))
+    if (name == "csv"_L1)
         return Format::Csv;
     return std::nullopt;
 }
 
 std::optional<QString> OutcomeReport::moment(const QString &text)
 {
-    const QDate date = QDate::fromString(text.left(dayLength), QStringLiteral("yyyy-MM-dd"));
+    const QDate date = QDate::fromString(text.left(dayLength), u"yyyy-MM-dd"_s);
     if (!date.isValid())
         return std::nullopt;
     if (text.size() == dayLength)
         return text;
-    const QTime time = QTime::fromString(text.mid(dayLength), QStringLiteral("'T'HH:mm:ss"));
+    const QTime time = QTime::fromString(text.mid(dayLength), u"'T'HH:mm:ss"_s);
     return time.isValid() ? std::optional(text) : std::nullopt;
 }
 
@@ -71,7 +75,7 @@ QString OutcomeReport::csvField(const QString &text)
     });
     if (!needsQuotes)
         return field;
-    field.replace(u'"', QStringLiteral("\"\""));
+    field.replace(u'"', u"\"\""_s);
     return u'"' + field + u'"';
 }
 
@@ -91,7 +95,7 @@ QString OutcomeReport::line(const OutcomeRow &row, Format format)
         return written.join(u'\t') + u'\n';
     // The code is a number of our own, and a failure's begins with a minus sign.
     written[4] = fields[4];
-    return written.join(u',') + QStringLiteral("\r\n");
+    return written.join(u',') + u"\r\n"_s;
 }
 
 void OutcomeReport::write(const StoreReader &store, const QString &since, Format format,
@@ -101,3 +105,5 @@ void OutcomeReport::write(const StoreReader &store, const QString &since, Format
         out << csvHeader();
     store.outcomes(since, [&](const OutcomeRow &row) { out << line(row, format); });
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// The outcome log as an administrator reads it.
 namespace OutcomeReport {
 
@@ -29,3 +31,5 @@ QString line(const OutcomeRow &row, Format format);
 void write(const StoreReader &store, const QString &since, Format format, QTextStream &out);
 
 } // namespace OutcomeReport
+
+} // namespace norvane

@@ -15,6 +15,10 @@
 
 #include <QTextStream>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QTextStream &out()
@@ -26,7 +30,7 @@ QTextStream &out()
 int fail(const QString &reason)
 {
     QTextStream(stderr) << "TovekSMService: " << reason << '\n';
-    return ExitCode::Failed;
+    return ExitCode::failed;
 }
 
 DeviceSettings changed(DeviceSettings settings, const CommandLine &commandLine)
@@ -48,11 +52,11 @@ void printState(const QString &engine, qint32 size, const DeviceSettings &settin
           << "pin: " << (settings.PINCode.isEmpty() ? "none" : "set") << '\n';
 }
 
-void printTrouble(const QStringList &trouble)
+void printFault(const QStringList &fault)
 {
-    for (const QString &each : trouble)
+    for (const QString &each : fault)
         out() << "trouble: " << onOneLine(each) << '\n';
-    if (trouble.isEmpty())
+    if (fault.isEmpty())
         out() << "trouble: none\n";
 }
 
@@ -89,39 +93,36 @@ int carryOutOverBus(const CommandLine &commandLine)
         if (commandLine.json)
             return printReport(StatusReport::ofRunning(engine.state()));
         if (commandLine.status) {
-            const bool running = engine.ask<int>("GetEngineStatus") == SMSManager::Running;
-            printState(running ? QStringLiteral("running") : QStringLiteral("stopped"),
-                       engine.ask<int>("GetQueueSize"),
+            const bool running = engine.ask<int>("GetEngineStatus") == SMSManager::running;
+            printState(running ? u"running"_s : u"stopped"_s, engine.ask<int>("GetQueueSize"),
                        engine.ask<DeviceSettings>("GetDeviceSettings"));
-            printTrouble(engine.state().value(QStringLiteral("trouble")).toStringList());
+            printFault(engine.state().value(u"trouble"_s).toStringList());
         }
         if (commandLine.queue)
             printQueue(engine.queue());
-        return ExitCode::Done;
+        return ExitCode::done;
     } catch (const CallFailed &failure) {
         const QString reason = QString::fromStdString(failure.what());
         if (commandLine.json)
-            return printReport(StatusReport::ofTrouble(reason));
-        return fail(QStringLiteral("the running engine did not do it: ") + reason);
+            return printReport(StatusReport::fromFault(reason));
+        return fail(u"the running engine did not do it: "_s + reason);
     }
 }
 
 int failInStore(const CommandLine &commandLine, const QString &reason)
 {
-    return commandLine.json ? printReport(StatusReport::ofTrouble(reason)) : fail(reason);
+    return commandLine.json ? printReport(StatusReport::fromFault(reason)) : fail(reason);
 }
 
 int carryOutInStore(const CommandLine &commandLine)
 {
     const QString folder = EngineFolder::make();
     if (folder.isEmpty())
-        return failInStore(commandLine,
-                           QStringLiteral("the folder of the engine's data can't be made"));
+        return failInStore(commandLine, u"the folder of the engine's data can't be made"_s);
     FileLock lock(EngineFolder::lockFile(folder));
     if (!lock.tryLock())
-        return failInStore(
-            commandLine,
-            QStringLiteral("an engine runs that can't be reached over this session's bus"));
+        return failInStore(commandLine,
+                           u"an engine runs that can't be reached over this session's bus"_s);
     try {
         Store store(EngineFolder::storeFile(folder));
         if (commandLine.device || commandLine.pin)
@@ -129,12 +130,11 @@ int carryOutInStore(const CommandLine &commandLine)
         if (commandLine.json)
             return printReport(StatusReport::ofNone(EngineState::ofStore(store)));
         if (commandLine.status)
-            printState(store.isToRun() ? QStringLiteral("not up, to run when it is")
-                                       : QStringLiteral("not up, stopped"),
+            printState(store.isToRun() ? u"not up, to run when it is"_s : u"not up, stopped"_s,
                        store.size(), store.deviceSettings());
         if (commandLine.queue)
             printQueue(store.rows());
-        return ExitCode::Done;
+        return ExitCode::done;
     } catch (const StoreFailure &failure) {
         return failInStore(commandLine, failure.text());
     }
@@ -146,7 +146,7 @@ int report(const CommandLine &commandLine)
     const QString file = EngineFolder::storeFile(EngineFolder::path());
     try {
         OutcomeReport::write(StoreReader(file), commandLine.since, commandLine.format, out());
-        return ExitCode::Done;
+        return ExitCode::done;
     } catch (const StoreFailure &failure) {
         return fail(failure.text());
     }
@@ -154,11 +154,11 @@ int report(const CommandLine &commandLine)
 
 int backUp(const QString &target)
 {
-    const QString reason = backUp(EngineFolder::storeFile(EngineFolder::path()), target);
-    return reason.isEmpty() ? ExitCode::Done : fail(QStringLiteral("no backup: ") + reason);
+    const QString reason = norvane::backUp(EngineFolder::storeFile(EngineFolder::path()), target);
+    return reason.isEmpty() ? ExitCode::done : fail(u"no backup: "_s + reason);
 }
 
-bool talksToEngine(const CommandLine &commandLine)
+bool usesEngine(const CommandLine &commandLine)
 {
     return commandLine.status || commandLine.queue || commandLine.device || commandLine.pin;
 }
@@ -168,14 +168,16 @@ bool talksToEngine(const CommandLine &commandLine)
 int carryOut(const CommandLine &commandLine)
 {
     Bus::registerTypes();
-    int result = ExitCode::Done;
+    int result = ExitCode::done;
     if (commandLine.backup)
         result = backUp(*commandLine.backup);
-    if (result == ExitCode::Done && talksToEngine(commandLine))
+    if (result == ExitCode::done && usesEngine(commandLine))
         result =
             RunningEngine::isThere() ? carryOutOverBus(commandLine) : carryOutInStore(commandLine);
-    if (result == ExitCode::Done && commandLine.report)
+    if (result == ExitCode::done && commandLine.report)
         result = report(commandLine);
     out().flush();
     return result;
 }
+
+} // namespace norvane

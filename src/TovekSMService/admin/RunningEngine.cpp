@@ -5,22 +5,24 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 
+namespace norvane {
+
 bool RunningEngine::isThere()
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     return bus.isConnected() &&
-           bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+           bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
 }
 
 QDBusMessage RunningEngine::call(const char *operation, const QVariantList &arguments) const
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
-        QLatin1String(Bus::ServiceName), QLatin1String(Bus::ObjectPath),
-        QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+        QLatin1String(Bus::interfaceName), QLatin1String(operation));
     message.setArguments(arguments);
     message.setAutoStartService(false);
     const QDBusMessage answer =
-        QDBusConnection::sessionBus().call(message, QDBus::Block, Bus::CallTimeout);
+        QDBusConnection::sessionBus().call(message, QDBus::Block, Bus::callTimeout);
     if (answer.type() != QDBusMessage::ReplyMessage)
         throw CallFailed(answer.errorMessage().toStdString());
     return answer;
@@ -45,3 +47,5 @@ QList<QueueRow> RunningEngine::queue() const
     } while (static_cast<quint32>(rows.size()) < total);
     return rows;
 }
+
+} // namespace norvane

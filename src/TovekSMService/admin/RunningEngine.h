@@ -7,6 +7,8 @@
 
 #include <stdexcept>
 
+namespace norvane {
+
 /// A call that the running engine didn't answer.
 class CallFailed : public std::runtime_error
 {
@@ -32,3 +34,5 @@ public:
     QList<QueueRow> queue() const;
     QVariantMap state() const { return ask<QVariantMap>("GetState"); }
 };
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QJsonValue valueOf(const QVariantMap &state, const char *name)
@@ -18,39 +22,35 @@ QJsonValue occurrence(const QVariantMap &state, const char *code, const char *te
 {
     if (!state.contains(QLatin1String(code)))
         return {};
-    QJsonObject error{{QStringLiteral("code"), valueOf(state, code)},
-                      {QStringLiteral("at"), valueOf(state, at)}};
+    QJsonObject error{{u"code"_s, valueOf(state, code)}, {u"at"_s, valueOf(state, at)}};
     if (text)
-        error.insert(QStringLiteral("text"), valueOf(state, text));
+        error.insert(u"text"_s, valueOf(state, text));
     return error;
 }
 
 StatusReport reportOf(const QString &engine, int exitCode, const QVariantMap &state,
-                      const QStringList &trouble)
+                      const QStringList &fault)
 {
     const QJsonObject device{
-        {QStringLiteral("parameter"), valueOf(state, "parameter")},
-        {QStringLiteral("manufacturer"), valueOf(state, "manufacturer")},
-        {QStringLiteral("model"), valueOf(state, "model")},
-        {QStringLiteral("imei"), valueOf(state, "imei")},
-        {QStringLiteral("network"), valueOf(state, "network")},
-        {QStringLiteral("battery"), valueOf(state, "battery")},
+        {u"parameter"_s, valueOf(state, "parameter")},
+        {u"manufacturer"_s, valueOf(state, "manufacturer")},
+        {u"model"_s, valueOf(state, "model")},
+        {u"imei"_s, valueOf(state, "imei")},
+        {u"network"_s, valueOf(state, "network")},
+        {u"battery"_s, valueOf(state, "battery")},
     };
-    const QJsonObject status =
-        state.contains(QStringLiteral("status"))
-            ? QJsonObject{{QStringLiteral("toRun"), state.value(QStringLiteral("status")) == 1}}
-            : QJsonObject{{QStringLiteral("toRun"), QJsonValue()}};
+    const QJsonObject status = state.contains(u"status"_s)
+                                   ? QJsonObject{{u"toRun"_s, state.value(u"status"_s) == 1}}
+                                   : QJsonObject{{u"toRun"_s, QJsonValue()}};
     QJsonObject report = status;
-    report.insert(QStringLiteral("engine"), engine);
-    report.insert(QStringLiteral("queue"), valueOf(state, "queue"));
-    report.insert(QStringLiteral("oldestDue"), valueOf(state, "oldestDue"));
-    report.insert(QStringLiteral("signal"), valueOf(state, "signal"));
-    report.insert(QStringLiteral("device"), device);
-    report.insert(QStringLiteral("lastError"),
-                  occurrence(state, "errorCode", "errorText", "errorAt"));
-    report.insert(QStringLiteral("lastFailed"),
-                  occurrence(state, "failureCode", nullptr, "failureAt"));
-    report.insert(QStringLiteral("trouble"), QJsonArray::fromStringList(trouble));
+    report.insert(u"engine"_s, engine);
+    report.insert(u"queue"_s, valueOf(state, "queue"));
+    report.insert(u"oldestDue"_s, valueOf(state, "oldestDue"));
+    report.insert(u"signal"_s, valueOf(state, "signal"));
+    report.insert(u"device"_s, device);
+    report.insert(u"lastError"_s, occurrence(state, "errorCode", "errorText", "errorAt"));
+    report.insert(u"lastFailed"_s, occurrence(state, "failureCode", nullptr, "failureAt"));
+    report.insert(u"trouble"_s, QJsonArray::fromStringList(fault));
     return {QJsonDocument(report).toJson(), exitCode};
 }
 
@@ -58,19 +58,21 @@ StatusReport reportOf(const QString &engine, int exitCode, const QVariantMap &st
 
 StatusReport StatusReport::ofRunning(const QVariantMap &state)
 {
-    const bool isRunning = state.value(QStringLiteral("status")) == 1;
-    const QStringList trouble = state.value(QStringLiteral("trouble")).toStringList();
-    const int calm = isRunning ? ExitCode::EngineRunning : ExitCode::EngineStopped;
-    return reportOf(isRunning ? QStringLiteral("running") : QStringLiteral("stopped"),
-                    trouble.isEmpty() ? calm : ExitCode::EngineInTrouble, state, trouble);
+    const bool isRunning = state.value(u"status"_s) == 1;
+    const QStringList fault = state.value(u"trouble"_s).toStringList();
+    const int calm = isRunning ? ExitCode::engineRunning : ExitCode::engineStopped;
+    return reportOf(isRunning ? u"running"_s : u"stopped"_s,
+                    fault.isEmpty() ? calm : ExitCode::engineFaulty, state, fault);
 }
 
 StatusReport StatusReport::ofNone(const QVariantMap &state)
 {
-    return reportOf(QStringLiteral("not up"), ExitCode::EngineNotUp, state, {});
+    return reportOf(u"not up"_s, ExitCode::engineNotUp, state, {});
 }
 
-StatusReport StatusReport::ofTrouble(const QString &trouble)
+StatusReport StatusReport::fromFault(const QString &fault)
 {
-    return reportOf(QStringLiteral("unknown"), ExitCode::EngineInTrouble, {}, {trouble});
+    return reportOf(u"unknown"_s, ExitCode::engineFaulty, {}, {fault});
 }
+
+} // namespace norvane

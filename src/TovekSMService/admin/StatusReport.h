@@ -4,6 +4,8 @@
 #include <QString>
 #include <QVariantMap>
 
+namespace norvane {
+
 /// The engine's state for a monitor: an object of JSON with the same members whatever the state,
 /// null where something isn't known, and the exit code for it.
 struct StatusReport
@@ -16,5 +18,7 @@ struct StatusReport
     /// Without an engine. @param state  of its store
     static StatusReport ofNone(const QVariantMap &state);
     /// Of an engine that doesn't answer, or a store that can't be read.
-    static StatusReport ofTrouble(const QString &trouble);
+    static StatusReport fromFault(const QString &fault);
 };
+
+} // namespace norvane

@@ -12,6 +12,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qint64 retryTime = 10'000; // ms for which a step is tried again
@@ -19,7 +23,7 @@ constexpr int retryInterval = 200;   // ms between two tries
 
 QString failedError()
 {
-    return QStringLiteral("com.tovek.SMService.Error.Store");
+    return u"com.tovek.SMService.Error.Store"_s;
 }
 
 } // namespace
@@ -220,10 +224,10 @@ void EngineService::ReportState()
     watch(listener);
     m_acknowledgements.addListener(listener);
     m_pacer.listenerCame(listener);
-    m_dispatcher.setHeard(true);
+    m_dispatcher.setHasListeners(true);
 
-    reportTo(listener, QStringLiteral("EngineStatus"), {m_dispatcher.status()});
-    reportTo(listener, QStringLiteral("SMSQueueChanged"), {m_store.size()});
+    reportTo(listener, u"EngineStatus"_s, {m_dispatcher.status()});
+    reportTo(listener, u"SMSQueueChanged"_s, {m_store.size()});
     if (const auto &details = m_dispatcher.knownDevice())
         reportDevice(listener, *details);
     reportFailures(listener);
@@ -244,7 +248,7 @@ void EngineService::AcknowledgeReports(const QList<qlonglong> &reports)
 QVariantMap EngineService::GetState() const
 {
     QVariantMap state = EngineState::ofRunning(m_store, m_dispatcher, m_lastError);
-    state.insert(QStringLiteral("listeners"), m_acknowledgements.listeners());
+    state.insert(u"listeners"_s, m_acknowledgements.listeners());
     return state;
 }
 
@@ -252,13 +256,12 @@ void EngineService::reportFailures(const QString &listener)
 {
     try {
         for (const Outcome &outcome : m_store.unreportedFailures()) {
-            if (m_dispatcher.heardOutcomes().contains(outcome.id) ||
+            if (m_dispatcher.acknowledgedOutcomes().contains(outcome.id) ||
                 m_acknowledgements.isPending(listener, outcome.id))
                 continue;
-            reportTo(listener, QStringLiteral("SMSSentFailed"),
-                     {outcome.phone, outcome.text, outcome.code});
-            if (outcome.code == ErrorCode::NoRespond)
-                reportTo(listener, QStringLiteral("WarningError"),
+            reportTo(listener, u"SMSSentFailed"_s, {outcome.phone, outcome.text, outcome.code});
+            if (outcome.code == ErrorCode::noRespond)
+                reportTo(listener, u"WarningError"_s,
                          {outcome.code, Dispatcher::doubtOf(outcome.phone)});
             numberReport(listener, outcome.id);
         }
@@ -272,7 +275,7 @@ void EngineService::reportFailures(const QString &listener)
 /// them.
 void EngineService::reportWarnings(const QString &listener)
 {
-    QList<Dispatcher::Warning> standing = m_dispatcher.standingTroubles();
+    QList<Dispatcher::Warning> standing = m_dispatcher.activeFaults();
     // A copy, as a listener that never acknowledges takes them out of the list.
     const QList<UnacknowledgedWarnings::Entry> entries =
         m_dispatcher.unacknowledgedWarnings().entries();
@@ -283,18 +286,18 @@ void EngineService::reportWarnings(const QString &listener)
         reportWarning(listener, entry.warning);
         numberReport(listener, entry.report);
     }
-    for (const Dispatcher::Warning &trouble : standing)
-        reportWarning(listener, trouble);
+    for (const Dispatcher::Warning &fault : standing)
+        reportWarning(listener, fault);
 }
 
 void EngineService::reportWarning(const QString &listener, const Dispatcher::Warning &warning)
 {
-    reportTo(listener, QStringLiteral("WarningError"), {warning.code, warning.text});
+    reportTo(listener, u"WarningError"_s, {warning.code, warning.text});
 }
 
 void EngineService::numberReport(const QString &listener, qint64 report)
 {
-    reportTo(listener, QStringLiteral("ReportRaised"), {QVariant(report)});
+    reportTo(listener, u"ReportRaised"_s, {QVariant(report)});
     if (m_acknowledgements.raisedTo(listener, report))
         m_dispatcher.noteHandled(report);
 }
@@ -312,9 +315,9 @@ void EngineService::watch(const QString &caller)
         return;
     m_callers.addWatchedService(caller);
     // One that left before it was watched leaves no word behind.
-    QDBusMessage question = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+    QDBusMessage question =
+        QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                       u"org.freedesktop.DBus"_s, u"NameHasOwner"_s);
     question.setArguments({caller});
     auto *const answer = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, caller] {
@@ -331,12 +334,12 @@ void EngineService::listenerLeft(const QString &listener)
     m_acknowledgements.removeCaller(listener);
     m_pacer.listenerLeft(listener);
     m_snapshots.drop(listener);
-    m_dispatcher.setHeard(m_acknowledgements.listeners() > 0);
+    m_dispatcher.setHasListeners(m_acknowledgements.listeners() > 0);
 }
 
 void EngineService::reportDevice(const QString &listener, const DeviceDetails &details)
 {
-    reportTo(listener, QStringLiteral("DeviceInfo"),
+    reportTo(listener, u"DeviceInfo"_s,
              {details.manufacturer, details.model, details.imei, details.networkInfo,
               details.battery, details.signal, details.firmware, details.time, details.smsc,
               details.hardware});
@@ -346,7 +349,7 @@ void EngineService::reportTo(const QString &listener, const QString &event,
                              const QVariantList &arguments)
 {
     QDBusMessage report = QDBusMessage::createTargetedSignal(
-        listener, QLatin1String(Bus::ObjectPath), QLatin1String(Bus::InterfaceName), event);
+        listener, QLatin1String(Bus::objectPath), QLatin1String(Bus::interfaceName), event);
     report.setArguments(arguments);
     m_bus.send(report);
 }
@@ -396,7 +399,9 @@ QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Refusal &r
 {
     if (!refusal)
         return call.createErrorReply(failedError(), reason);
-    // An answer alone may go unheard.
-    m_dispatcher.warn(ErrorCode::Fail, reason);
+    // An answer alone may go unacknowledged.
+    m_dispatcher.warn(ErrorCode::fail, reason);
     return call.createReply(*refusal);
 }
+
+} // namespace norvane

@@ -18,6 +18,8 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
 class Clock;
 class Dispatcher;
 class Store;
@@ -114,3 +116,5 @@ private:
     QueueSnapshots m_snapshots;
     std::optional<EngineState::LastError> m_lastError;
 };
+
+} // namespace norvane

@@ -3,6 +3,10 @@
 #include "TovekSMService/dispatch/Dispatcher.h"
 #include "contract/ErrorCodes.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void addText(QVariantMap &state, const char *name, const QString &text)
@@ -29,22 +33,22 @@ void addDevice(QVariantMap &state, const DeviceDetails &device)
 
 void addStore(QVariantMap &state, const Store &store)
 {
-    state.insert(QStringLiteral("queue"), store.size());
+    state.insert(u"queue"_s, store.size());
     addText(state, "oldestDue", store.firstDue().value_or(QString()));
     addText(state, "parameter", store.deviceSettings().Parameter);
     if (const std::optional<LastFailure> failure = store.lastFailure()) {
-        state.insert(QStringLiteral("failureCode"), failure->code);
+        state.insert(u"failureCode"_s, failure->code);
         addText(state, "failureAt", failure->at);
     }
 }
 
-QStringList storeTrouble(const Store &store)
+QStringList storeFault(const Store &store)
 {
     switch (store.access()) {
     case Store::Access::None:
-        return {QStringLiteral("the store is not open")};
+        return {u"the store is not open"_s};
     case Store::Access::Reading:
-        return {QStringLiteral("the store can't be written")};
+        return {u"the store can't be written"_s};
     case Store::Access::Whole:
         break;
     }
@@ -57,28 +61,28 @@ QVariantMap EngineState::ofRunning(const Store &store, const Dispatcher &dispatc
                                    const std::optional<LastError> &lastError)
 {
     QVariantMap state;
-    QStringList trouble = storeTrouble(store);
+    QStringList fault = storeFault(store);
     try {
         addStore(state, store);
     } catch (const StoreFailure &failure) {
-        if (trouble.isEmpty())
-            trouble << QStringLiteral("the store: ") + failure.text();
+        if (fault.isEmpty())
+            fault << u"the store: "_s + failure.text();
     }
-    state.insert(QStringLiteral("status"), dispatcher.status());
-    if (trouble.isEmpty() && !dispatcher.storeTrouble().isEmpty())
-        trouble << QStringLiteral("the store: ") + dispatcher.storeTrouble();
+    state.insert(u"status"_s, dispatcher.status());
+    if (fault.isEmpty() && !dispatcher.storeFault().isEmpty())
+        fault << u"the store: "_s + dispatcher.storeFault();
     if (dispatcher.knownDevice())
         addDevice(state, *dispatcher.knownDevice());
     if (lastError) {
-        state.insert(QStringLiteral("errorCode"), lastError->code);
-        state.insert(QStringLiteral("errorText"), lastError->text);
-        state.insert(QStringLiteral("errorAt"), lastError->at);
+        state.insert(u"errorCode"_s, lastError->code);
+        state.insert(u"errorText"_s, lastError->text);
+        state.insert(u"errorAt"_s, lastError->at);
     }
-    for (const Dispatcher::Warning &standing : dispatcher.standingTroubles()) {
-        if (standing.code != ErrorCode::MapFile) // the store's is among them already
-            trouble << QStringLiteral("the device: %1 %2").arg(standing.code).arg(standing.text);
+    for (const Dispatcher::Warning &standing : dispatcher.activeFaults()) {
+        if (standing.code != ErrorCode::mapFile) // the store's is among them already
+            fault << u"the device: %1 %2"_s.arg(standing.code).arg(standing.text);
     }
-    state.insert(QStringLiteral("trouble"), trouble);
+    state.insert(u"trouble"_s, fault);
     return state;
 }
 
@@ -86,6 +90,8 @@ QVariantMap EngineState::ofStore(const Store &store)
 {
     QVariantMap state;
     addStore(state, store);
-    state.insert(QStringLiteral("status"), store.isToRun() ? 1 : 0);
+    state.insert(u"status"_s, store.isToRun() ? 1 : 0);
     return state;
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <QVariantMap>
 
+namespace norvane {
+
 class Dispatcher;
 
 /// The engine's state for a monitor, as names and values that a bus can carry. What isn't known is
@@ -33,3 +35,5 @@ QVariantMap ofRunning(const Store &store, const Dispatcher &dispatcher,
 QVariantMap ofStore(const Store &store);
 
 } // namespace EngineState
+
+} // namespace norvane

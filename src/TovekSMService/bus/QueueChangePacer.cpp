@@ -1,5 +1,7 @@
 #include "TovekSMService/bus/QueueChangePacer.h"
 
+namespace norvane {
+
 QueueChangePacer::QueueChangePacer(TimeSource &time, QObject *parent)
     : QObject(parent), m_sinceReport(time), m_again(time)
 {
@@ -36,7 +38,7 @@ void QueueChangePacer::consider()
         return;
     if (m_sinceReport.isValid()) {
         const qint64 passed = m_sinceReport.elapsed();
-        const qint64 due = m_fetching.isEmpty() ? ShortestInterval : LongestWait;
+        const qint64 due = m_fetching.isEmpty() ? minInterval : maxWait;
         if (passed < due) {
             m_again.start(static_cast<int>(due - passed));
             return;
@@ -48,3 +50,5 @@ void QueueChangePacer::consider()
     m_sinceReport.start();
     Q_EMIT report();
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QSet>
 
+namespace norvane {
+
 /// Spaces the reports of queue changes: the first is made at once, the next one when every listener
 /// has fetched the queue since the last and 100 ms have passed, and the last change is always
 /// reported. A listener that doesn't fetch holds the others up for a second at most.
@@ -14,8 +16,8 @@ class QueueChangePacer : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int ShortestInterval = 100;
-    static constexpr int LongestWait = 1000;
+    static constexpr int minInterval = 100;
+    static constexpr int maxWait = 1000;
 
     /// @param time  must outlive this object
     explicit QueueChangePacer(TimeSource &time = TimeSource::system(), QObject *parent = nullptr);
@@ -39,3 +41,5 @@ private:
     Timer m_again;
     bool m_pending = false;
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 quint64 QueueSnapshots::begin(const QString &caller, QList<QueueRow> rows)
 {
     m_byCaller.insert(caller, {++m_lastNumber, std::move(rows)});
@@ -18,9 +20,11 @@ QueueSnapshots::Page QueueSnapshots::page(const QString &caller, quint64 snapsho
     Page page;
     page.snapshot = snapshot;
     page.total = static_cast<quint32>(kept->rows.size());
-    page.rows = kept->rows.mid(first, Bus::QueuePageRows);
+    page.rows = kept->rows.mid(first, Bus::queuePageRows);
     page.isLast = qint64{first} + page.rows.size() >= kept->rows.size();
     if (page.isLast)
         m_byCaller.erase(kept);
     return page;
 }
+
+} // namespace norvane

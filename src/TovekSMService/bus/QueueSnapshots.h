@@ -6,6 +6,8 @@
 #include <QRandomGenerator>
 #include <QString>
 
+namespace norvane {
+
 /// The queue as it was when a caller began to fetch it, kept until the caller has the last page, so
 /// that no row is missed or seen twice while the queue goes on changing. A caller has one.
 class QueueSnapshots
@@ -23,7 +25,7 @@ public:
     /// @return its number
     quint64 begin(const QString &caller, QList<QueueRow> rows);
 
-    /// The rows of `snapshot` from `first` on, at most Bus::QueuePageRows. The last page ends it.
+    /// The rows of `snapshot` from `first` on, at most Bus::queuePageRows. The last page ends it.
     Page page(const QString &caller, quint64 snapshot, quint32 first);
 
     void drop(const QString &caller) { m_byCaller.remove(caller); }
@@ -39,3 +41,5 @@ private:
     /// Begins anywhere, so that a snapshot of an engine that ended isn't taken for one of this.
     quint64 m_lastNumber = QRandomGenerator::system()->generate64() >> 1;
 };
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "TovekSMService/bus/ReportAcknowledgements.h"
 
+namespace norvane {
+
 void ReportAcknowledgements::removeCaller(const QString &caller)
 {
     m_acknowledgers.remove(caller);
@@ -40,3 +42,5 @@ bool ReportAcknowledgements::acknowledge(const QString &caller, qint64 report)
         reports.remove(report);
     return true;
 }
+
+} // namespace norvane

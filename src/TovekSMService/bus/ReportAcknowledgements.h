@@ -4,6 +4,8 @@
 #include <QSet>
 #include <QString>
 
+namespace norvane {
+
 /// Which reports (failed messages and warnings, by number) were raised to which listener, and who
 /// has yet to acknowledge them.
 ///
@@ -33,3 +35,5 @@ private:
     QSet<QString> m_acknowledgers;
     QHash<QString, QSet<qint64>> m_pending; ///< of each listener
 };
+
+} // namespace norvane

@@ -7,12 +7,14 @@
 
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
 /// Whether the device can't be reached, of which one failure is enough to warn.
 bool isOfThePort(qint32 code)
 {
-    return code <= ErrorCode::PortNotFound && code >= ErrorCode::PortRead;
+    return code <= ErrorCode::portNotFound && code >= ErrorCode::portRead;
 }
 
 } // namespace
@@ -30,7 +32,7 @@ void DeviceBreaker::noteReady()
 {
     m_needsOperator = false;
     m_reopen.stop();
-    awaitSteadiness();
+    restartSteadyTimer();
     if (!m_openWarned) // the fault of a device that answers and takes no message still stands
         m_fault = {};
 }
@@ -107,3 +109,5 @@ void DeviceBreaker::warnOnce(qint32 code, const QString &text)
         m_fault = {code, text};
     }
 }
+
+} // namespace norvane

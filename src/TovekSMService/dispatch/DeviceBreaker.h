@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QSet>
 
+namespace norvane {
+
 class Outbox;
 struct DispatcherTimings;
 struct ModemFailure;
@@ -36,7 +38,7 @@ public:
     /// The device is open and answers. `steady` follows, unless it fails before.
     void noteReady();
     /// Puts off `steady`.
-    void awaitSteadiness() { m_steady.start(m_steadyMs); }
+    void restartSteadyTimer() { m_steady.start(m_steadyMs); }
     /// @param needsOperator  whether the SIM waits for the operator, where no reset helps
     void noteSimState(bool needsOperator) { m_needsOperator = needsOperator; }
     /// The device can't be opened, or was lost.
@@ -77,3 +79,5 @@ private:
     Timer m_reopen;
     Timer m_steady; ///< runs while the device is ready and its fault not yet forgotten
 };
+
+} // namespace norvane

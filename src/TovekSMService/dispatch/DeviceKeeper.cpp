@@ -11,6 +11,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qint32 atProtocol = 1;
@@ -20,13 +24,12 @@ constexpr qint32 lastKnownProtocol = 3;
 std::optional<ModemFailure> faultOf(const DeviceSettings &settings)
 {
     if (settings.Protocol > atProtocol && settings.Protocol <= lastKnownProtocol)
-        return ModemFailure{ErrorCode::NotSupported,
-                            QStringLiteral("of the protocols, only AT commands are supported"),
-                            true};
+        return ModemFailure{ErrorCode::notSupported,
+                            u"of the protocols, only AT commands are supported"_s, true};
     if (settings.Protocol != atProtocol)
-        return ModemFailure{ErrorCode::PortProperty, QStringLiteral("no protocol is set"), true};
+        return ModemFailure{ErrorCode::portProperty, u"no protocol is set"_s, true};
     if (!parsePortParameter(settings.Parameter))
-        return ModemFailure{ErrorCode::PortProperty, settings.Parameter, true};
+        return ModemFailure{ErrorCode::portProperty, settings.Parameter, true};
     return std::nullopt;
 }
 
@@ -50,7 +53,7 @@ DeviceKeeper::DeviceKeeper(Store &store, Modem &modem, const Clock &clock, Outbo
 
     connect(&modem, &Modem::ready, this, &DeviceKeeper::onReady);
     connect(&modem, &Modem::failed, this, &DeviceKeeper::onFailed);
-    connect(&modem, &Modem::pinSettled, this, &DeviceKeeper::changed);
+    connect(&modem, &Modem::pinResolved, this, &DeviceKeeper::changed);
     connect(&modem, &Modem::functionalityReset, this, [this] { m_resetLimit.noteReset(); });
     // The signal comes and goes: who asks for the state is given the latest one. That alone is no
     // event.
@@ -125,7 +128,7 @@ bool DeviceKeeper::isFree() const
 void DeviceKeeper::shutDown()
 {
     close();
-    m_tests.fail(ErrorCode::PortClosed, QStringLiteral("the engine is ending"));
+    m_tests.fail(ErrorCode::portClosed, u"the engine is ending"_s);
 }
 
 bool DeviceKeeper::mayOpen() const
@@ -147,7 +150,7 @@ void DeviceKeeper::open()
                          knownImei());
     } catch (const StoreFailure &failure) {
         m_outbox.noteStoreFailure(failure);
-        onFailed({ErrorCode::Fail, failure.text(), true});
+        onFailed({ErrorCode::fail, failure.text(), true});
     }
 }
 
@@ -251,3 +254,5 @@ bool DeviceKeeper::giveUp(const SendFailure &failure)
     m_breaker.noteRefusal(failure.rule.code, failure.text);
     return m_breaker.isOpen();
 }
+
+} // namespace norvane

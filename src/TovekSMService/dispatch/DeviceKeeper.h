@@ -11,6 +11,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 class Clock;
 class Outbox;
 class Store;
@@ -71,7 +73,7 @@ public:
     /// The device works: it took a part, or has been ready for long enough.
     void endFault() { m_breaker.clear(); }
     /// Puts off `steady`.
-    void awaitSteadiness() { m_breaker.awaitSteadiness(); }
+    void restartSteadyTimer() { m_breaker.restartSteadyTimer(); }
 
     const std::optional<DeviceDetails> &knownDevice() const { return m_knownDevice; }
     /// What was warned of and still stands; of code 0 for nothing.
@@ -112,3 +114,5 @@ private:
     Timer m_refresh;
     bool m_refreshDue = false;
 };
+
+} // namespace norvane

@@ -6,12 +6,16 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 DeviceTests::DeviceTests(DeviceBreaker &breaker, const DispatcherTimings &timings, TimeSource &time)
     : m_breaker(breaker), m_limitMs(timings.testAnswerMs), m_holdMs(timings.keepTestedMs),
       m_limit(time), m_hold(time)
 {
     connect(&m_limit, &Timer::timeout, this, [this] {
-        fail(ErrorCode::NoRespond, QStringLiteral("the test took too long"));
+        fail(ErrorCode::noRespond, u"the test took too long"_s);
         Q_EMIT ended();
     });
     connect(&m_hold, &Timer::timeout, this, &DeviceTests::ended);
@@ -30,7 +34,7 @@ void DeviceTests::pass(const DeviceDetails &details)
         return;
     m_tested = details;
     m_hold.start(m_holdMs);
-    answer(ErrorCode::Ok);
+    answer(ErrorCode::ok);
 }
 
 void DeviceTests::fail(qint32 code, const QString &reason)
@@ -54,3 +58,5 @@ void DeviceTests::answer(qint32 result)
     for (const Answer &pending : std::exchange(m_pending, {}))
         pending(result);
 }
+
+} // namespace norvane

@@ -9,6 +9,8 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
 class DeviceBreaker;
 struct DispatcherTimings;
 
@@ -53,3 +55,5 @@ private:
     std::optional<DeviceDetails> m_tested; ///< that passed the last test
     Timer m_hold;
 };
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        PartEncoder::Encode encode, QObject *parent)
@@ -22,7 +26,7 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(&m_device, &DeviceKeeper::steady, this, [this] {
         // What becomes of the part in progress belongs to the fault.
         if (m_sender.isSending())
-            m_device.awaitSteadiness();
+            m_device.restartSteadyTimer();
         else
             m_device.endFault();
     });
@@ -106,9 +110,9 @@ void Dispatcher::noticeQueueChange()
 void Dispatcher::warnTooLate()
 {
     Q_EMIT queueChanged();
-    warn(ErrorCode::PhoneBusy,
-         QStringLiteral("the change came too late for a message that is being sent or has left the "
-                        "queue"));
+    warn(ErrorCode::phoneBusy,
+         u"the change came too late for a message that is being sent or has left the "
+         "queue"_s);
 }
 
 void Dispatcher::finish()
@@ -144,14 +148,14 @@ void Dispatcher::work()
         m_sender.sendFirst();
 }
 
-QList<Dispatcher::Warning> Dispatcher::standingTroubles() const
+QList<Dispatcher::Warning> Dispatcher::activeFaults() const
 {
-    QList<Warning> troubles;
+    QList<Warning> faults;
     if (m_state.running && m_device.fault().code != 0)
-        troubles.append(m_device.fault());
+        faults.append(m_device.fault());
     if (const QString fault = m_outbox.storeMonitor().fault(); !fault.isEmpty())
-        troubles.append({ErrorCode::MapFile, fault});
-    return troubles;
+        faults.append({ErrorCode::mapFile, fault});
+    return faults;
 }
 
 void Dispatcher::storeReplaced()
@@ -163,3 +167,5 @@ void Dispatcher::storeReplaced()
     Q_EMIT queueChanged();
     work();
 }
+
+} // namespace norvane

@@ -18,6 +18,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Decides whose turn it is: that of the device (DeviceKeeper), of what waits for the store
 /// (Outbox), or of messages (Sender). Puts these together, and is what the rest of the engine sees
 /// of them.
@@ -69,8 +71,11 @@ public:
 
     /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
     /// not raised.
-    void setHeard(bool heard) { m_outbox.setHeard(heard); }
-    const HeardOutcomes &heardOutcomes() const { return m_outbox.heardOutcomes(); }
+    void setHasListeners(bool heard) { m_outbox.setHasListeners(heard); }
+    const AcknowledgedOutcomes &acknowledgedOutcomes() const
+    {
+        return m_outbox.acknowledgedOutcomes();
+    }
     const UnacknowledgedWarnings &unacknowledgedWarnings() const
     {
         return m_outbox.unacknowledgedWarnings();
@@ -78,16 +83,16 @@ public:
     /// The failure or the warning of that number has been handled: it is not told again.
     void noteHandled(qint64 report) { m_outbox.noteHandled(report); }
     /// What keeps the started engine from its work at present, as it was warned of.
-    QList<Warning> standingTroubles() const;
+    QList<Warning> activeFaults() const;
 
     /// Whoever meets a failure of the store tells it here. One that lasts is told, and `storeLost`
     /// asks for the store to be opened anew.
     void noticeStoreFailure(const StoreFailure &failure) { m_outbox.noteStoreFailure(failure); }
-    /// Warns of a store that can't be used. The trouble stands until endStoreTrouble().
+    /// Warns of a store that can't be used. The trouble stands until clearStoreFault().
     void warnOfStore(const QString &reason) { m_outbox.storeMonitor().warn(reason); }
-    void endStoreTrouble() { m_outbox.storeMonitor().endFault(); }
+    void clearStoreFault() { m_outbox.storeMonitor().endFault(); }
     /// What keeps the store from being written at present; empty for nothing.
-    QString storeTrouble() const { return m_outbox.storeMonitor().failure(); }
+    QString storeFault() const { return m_outbox.storeMonitor().failure(); }
     /// A new store stands in the place of the one so far: the engine is stopped, with no device
     /// set.
     void storeReplaced();
@@ -131,3 +136,5 @@ private:
     OutcomePruner m_pruner;
     bool m_working = false; ///< work() is on the stack
 };
+
+} // namespace norvane

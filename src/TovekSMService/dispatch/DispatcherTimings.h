@@ -4,11 +4,13 @@
 #include "TovekSMService/dispatch/RunPace.h"
 #include "contract/BusTypes.h"
 
+namespace norvane {
+
 /// Time limits of the dispatcher, in milliseconds.
 struct DispatcherTimings
 {
     /// Within this time TestDevice has its answer, whatever the device does.
-    int testAnswerMs = Bus::TestDeviceAnswer;
+    int testAnswerMs = Bus::testDeviceAnswer;
     /// For how long a device that has passed a test stays open for the start behind the test, and
     /// isn't reported anew.
     int keepTestedMs = 5000;
@@ -16,9 +18,9 @@ struct DispatcherTimings
     int storeAgainMs = 500;
     /// For how long the store may fail until that is told, and until it is opened anew, again and
     /// again.
-    int storeTroubleMs = 10'000;
+    int storeRetryMs = 10'000;
     /// Between two looks at the queue: the wall clock may be set meanwhile.
-    int longestSleepMs = 1000;
+    int maxSleepMs = 1000;
     /// For how long a device must be ready until its trouble is forgotten.
     int steadyMs = 60'000;
     /// Between two questions for the signal and the like, while the device is ready.
@@ -29,3 +31,5 @@ struct DispatcherTimings
     /// At which old outcomes are forgotten.
     OutcomePruner::Pace pruning;
 };
+
+} // namespace norvane

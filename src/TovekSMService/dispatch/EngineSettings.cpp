@@ -10,31 +10,35 @@
 #include <cerrno>
 #include <cstring>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr qint64 largestFile = 1024 * 1024;
+constexpr qint64 maxFileBytes = 1024 * 1024;
 constexpr int second = 1000;
 constexpr int hour = 3600;
 constexpr int day = 24 * hour;
 
 /// The wait for an answer stays below every time limit of those who call the engine.
-constexpr int longestAnswer = Bus::TestDeviceTimeout / second - 5;
+constexpr int maxAnswerMs = Bus::testDeviceTimeout / second - 5;
 
 /// The longest validity period that the network knows, in minutes: 63 weeks.
-constexpr int longestValidity = 63 * 7 * 24 * 60;
+constexpr int maxValidity = 63 * 7 * 24 * 60;
 
 using Settings = EngineSettings;
 
 constexpr EngineNumber numbers[] = {
     {"Sending", "Attempts", &Settings::attempts, 1, 100, false},
     {"Sending", "FirstDelay", &Settings::firstDelay, 1, day, false},
-    {"Sending", "LongestDelay", &Settings::longestDelay, 1, 7 * day, false},
+    {"Sending", "LongestDelay", &Settings::maxDelay, 1, 7 * day, false},
     {"Sending", "Jitter", &Settings::jitter, 0, 100, false},
-    {"Sending", "AnswerLimit", &Settings::answerLimit, 30, longestAnswer, false},
-    {"Sending", "ValidityPeriod", &Settings::validityPeriod, 5, longestValidity, true},
+    {"Sending", "AnswerLimit", &Settings::answerLimit, 30, maxAnswerMs, false},
+    {"Sending", "ValidityPeriod", &Settings::validityPeriod, 5, maxValidity, true},
     {"Device", "BreakerFailures", &Settings::breakerFailures, 1, 100, false},
     {"Device", "ResetInterval", &Settings::resetInterval, hour, 30 * day, false},
-    {"Limits", "MostLate", &Settings::mostLate, 60, 365 * day, true},
+    {"Limits", "MostLate", &Settings::maxLateness, 60, 365 * day, true},
     {"Limits", "PartsPerMinute", &Settings::partsPerMinute, 1, 100'000, true},
     {"Limits", "PartsPerDay", &Settings::partsPerDay, 1, 100'000'000, true},
     {"Outcomes", "KeepDays", &Settings::keepDays, 1, 36'500, false},
@@ -48,18 +52,18 @@ void read(const SettingsText &text, const EngineNumber &number, EngineSettings &
         return;
     bool isNumber = false;
     const int value = found->trimmed().toInt(&isNumber);
-    const bool isInBounds = value >= number.least && value <= number.most;
+    const bool isInBounds = value >= number.least && value <= number.max;
     if (isNumber && (isInBounds || (number.zeroIsOff && value == 0))) {
         settings.*number.value = value;
         return;
     }
     qCWarning(logDispatch).noquote()
-        << QStringLiteral("settings: %1/%2=%3 is no number from %4 to %5%6; %7 "
-                          "is taken")
+        << u"settings: %1/%2=%3 is no number from %4 to %5%6; %7 "
+           "is taken"_s
                .arg(QLatin1String(number.section), QLatin1String(number.key), found->left(40))
                .arg(number.least)
-               .arg(number.most)
-               .arg(number.zeroIsOff ? QLatin1String(" or 0") : QLatin1String())
+               .arg(number.max)
+               .arg(number.zeroIsOff ? " or 0"_L1 : QLatin1String())
                .arg(settings.*number.value);
 }
 
@@ -73,9 +77,9 @@ std::span<const EngineNumber> engineNumbers()
 RetryTimes EngineSettings::retryTimes() const
 {
     RetryTimes times;
-    times.mostAttempts = attempts;
-    times.shortestDelay = firstDelay;
-    times.longestDelay = longestDelay;
+    times.maxAttempts = attempts;
+    times.minDelay = firstDelay;
+    times.maxDelay = maxDelay;
     times.jitterPercent = jitter;
     return times;
 }
@@ -90,13 +94,13 @@ ModemTimings EngineSettings::modemTimings() const
 QString EngineSettings::file()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/Norvane/TovekSMService.ini");
+           u"/Norvane/TovekSMService.ini"_s;
 }
 
 EngineSettings EngineSettings::load()
 {
     QByteArray bytes;
-    const int error = platformFiles().read(file(), largestFile, bytes);
+    const int error = platformFiles().read(file(), maxFileBytes, bytes);
     if (error == 0)
         return parse(bytes);
     if (error != ENOENT && error != ENOTDIR)
@@ -115,11 +119,13 @@ EngineSettings EngineSettings::parse(const QByteArray &bytes)
     }
     for (const EngineNumber &number : numbers)
         read(*text, number, settings);
-    if (settings.longestDelay < settings.firstDelay) {
+    if (settings.maxDelay < settings.firstDelay) {
         qCWarning(logDispatch)
             << "settings: LongestDelay is below FirstDelay; the defaults are taken for both";
         settings.firstDelay = EngineSettings{}.firstDelay;
-        settings.longestDelay = EngineSettings{}.longestDelay;
+        settings.maxDelay = EngineSettings{}.maxDelay;
     }
     return settings;
 }
+
+} // namespace norvane

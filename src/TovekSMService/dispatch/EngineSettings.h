@@ -8,23 +8,25 @@
 
 #include <span>
 
+namespace norvane {
+
 /// The numbers that an administrator sets in the engine's settings file.
 struct EngineSettings
 {
     // [Sending]
-    int attempts = 4;        ///< of a message, until a temporary failure becomes final
-    int firstDelay = 30;     ///< s, until the second attempt; it doubles with each one more
-    int longestDelay = 3600; ///< s
-    int jitter = 25;         ///< percent of a delay that are added to it at random, at most
-    int answerLimit = 180;   ///< s, from the payload to the device's answer
-    int validityPeriod = 0;  ///< min, asked of the network; 0 leaves it to the network
+    int attempts = 4;       ///< of a message, until a temporary failure becomes final
+    int firstDelay = 30;    ///< s, until the second attempt; it doubles with each one more
+    int maxDelay = 3600;    ///< s
+    int jitter = 25;        ///< percent of a delay that are added to it at random, at most
+    int answerLimit = 180;  ///< s, from the payload to the device's answer
+    int validityPeriod = 0; ///< min, asked of the network; 0 leaves it to the network
 
     // [Device]
     int breakerFailures = 3;  ///< in a row, until sending pauses
     int resetInterval = 3600; ///< s, between two resets of the device's functionality at least
 
     // [Limits]
-    int mostLate = 0;       ///< s after its delivery date a message is given up; 0 never
+    int maxLateness = 0;    ///< s after its delivery date a message is given up; 0 never
     int partsPerMinute = 0; ///< that may leave; 0 without limit
     int partsPerDay = 0;
 
@@ -52,9 +54,11 @@ struct EngineNumber
     const char *key;
     int EngineSettings::*value;
     int least;
-    int most;
+    int max;
     bool zeroIsOff; ///< 0 is allowed beside the bounds
 };
 
 /// Every number of the settings file.
 std::span<const EngineNumber> engineNumbers();
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include "TovekSMService/store/Store.h"
 #include "contract/ErrorCodes.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 Outbox::Entry Outbox::Entry::then(const Entry &next) const
 {
     const auto inTurn = [](const std::function<void()> &one, const std::function<void()> &other) {
@@ -20,11 +24,12 @@ Outbox::Entry Outbox::Entry::then(const Entry &next) const
 
 Outbox::Outbox(Store &store, const DispatcherTimings &timings, TimeSource &time)
     : m_store(store), m_retryMs(timings.storeAgainMs), m_retry(time),
-      m_heardOutcomes(store, timings.storeAgainMs, time), m_storeMonitor(store, timings, time)
+      m_acknowledgedOutcomes(store, timings.storeAgainMs, time),
+      m_storeMonitor(store, timings, time)
 {
     connect(&m_retry, &Timer::timeout, this, [this] { flush({}); });
     connect(&m_storeMonitor, &StoreMonitor::warning, this,
-            [this](const QString &text) { warn(ErrorCode::MapFile, text); });
+            [this](const QString &text) { warn(ErrorCode::mapFile, text); });
 }
 
 void Outbox::commit(const Entry &entry, const FollowUp &next)
@@ -62,7 +67,7 @@ void Outbox::warn(qint32 code, const QString &text)
     qCWarning(logDispatch).noquote() << "warning" << code << text;
     Q_EMIT warned(code, text);
     const qint64 report = m_warnings.add({code, text});
-    if (!m_heard)
+    if (!m_hasListeners)
         return;
     Q_EMIT warning(code, text);
     if (report != 0)
@@ -71,36 +76,38 @@ void Outbox::warn(qint32 code, const QString &text)
 
 void Outbox::reportSent(const StoredMessage &message, int others)
 {
-    if (m_heard)
+    if (m_hasListeners)
         Q_EMIT sent(message.phone, message.text, others);
     Q_EMIT queueChanged();
 }
 
 void Outbox::reportFailed(const StoredMessage &message, qint64 outcome, qint32 code)
 {
-    if (m_heard)
+    if (m_hasListeners)
         Q_EMIT sendingFailed(message.phone, message.text, code);
-    if (code == ErrorCode::NoRespond) {
+    if (code == ErrorCode::noRespond) {
         const QString text = doubtOf(message.phone);
         qCWarning(logDispatch).noquote() << "warning" << code << text;
         Q_EMIT warned(code, text);
-        if (m_heard)
+        if (m_hasListeners)
             Q_EMIT warning(code, text);
     }
-    if (m_heard)
+    if (m_hasListeners)
         Q_EMIT reportRaised(outcome);
     Q_EMIT queueChanged();
 }
 
 QString Outbox::doubtOf(const QString &phone)
 {
-    return QStringLiteral("no answer for the message to %1; it may have been delivered").arg(phone);
+    return u"no answer for the message to %1; it may have been delivered"_s.arg(phone);
 }
 
 void Outbox::noteHandled(qint64 report)
 {
     if (report > 0)
-        m_heardOutcomes.add(report);
+        m_acknowledgedOutcomes.add(report);
     else if (const std::optional<Warning> handled = m_warnings.remove(report))
         Q_EMIT warningHandled(handled->code, handled->text);
 }
+
+} // namespace norvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TovekSMService/dispatch/HeardOutcomes.h"
+#include "TovekSMService/dispatch/AcknowledgedOutcomes.h"
 #include "TovekSMService/dispatch/StoreMonitor.h"
 #include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
 #include "TovekSMService/time/Timer.h"
@@ -9,6 +9,8 @@
 
 #include <functional>
 #include <optional>
+
+namespace norvane {
 
 struct DispatcherTimings;
 class Store;
@@ -51,7 +53,7 @@ public:
 
     /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
     /// not raised.
-    void setHeard(bool heard) { m_heard = heard; }
+    void setHasListeners(bool heard) { m_hasListeners = heard; }
     /// Raises a warning where someone listens, and keeps it until it is acknowledged.
     void warn(qint32 code, const QString &text);
     /// @param others  messages that are still in the queue
@@ -64,7 +66,7 @@ public:
 
     /// The failure or the warning of that number has been handled: it is not reported again.
     void noteHandled(qint64 report);
-    const HeardOutcomes &heardOutcomes() const { return m_heardOutcomes; }
+    const AcknowledgedOutcomes &acknowledgedOutcomes() const { return m_acknowledgedOutcomes; }
     const UnacknowledgedWarnings &unacknowledgedWarnings() const { return m_warnings; }
 
     /// Whoever meets a failure of the store reports it here.
@@ -91,10 +93,12 @@ private:
 
     Store &m_store;
     const int m_retryMs;
-    bool m_heard = false;
+    bool m_hasListeners = false;
     std::optional<Entry> m_pending; ///< not on disk yet
     Timer m_retry;
     UnacknowledgedWarnings m_warnings;
-    HeardOutcomes m_heardOutcomes;
+    AcknowledgedOutcomes m_acknowledgedOutcomes;
     StoreMonitor m_storeMonitor;
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 
+namespace norvane {
+
 namespace {
 
 constexpr qint64 secondsOfDay = 24 * 60 * 60;
@@ -28,3 +30,5 @@ void OutcomePruner::step()
     }
     m_timer.start(forgotten < m_pace.outcomes ? m_pace.restMs : m_pace.stepMs);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+namespace norvane {
+
 class Clock;
 class Store;
 
@@ -33,3 +35,5 @@ private:
     const Pace m_pace;
     Timer m_timer;
 };
+
+} // namespace norvane

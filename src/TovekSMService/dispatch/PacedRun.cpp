@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 PacedRun::PacedRun(const DispatcherTimings &timings, TimeSource &time)
     : m_lateMs(timings.runLateMs), m_pace(timings.run), m_elapsed(time), m_late(time)
 {
@@ -22,11 +24,11 @@ void PacedRun::start(const QList<LeavingMessage> &messages)
     m_elapsed.start();
 }
 
-void PacedRun::noteTaken(const SendingRun::Taken &taken)
+void PacedRun::recordTaken(const SendingRun::Taken &taken)
 {
-    m_run.noteTaken(taken);
+    m_run.recordTaken(taken);
     if (!m_run.hasNext())
-        m_pace.noteTaken(m_length, m_elapsed.nsecsElapsed());
+        m_pace.recordTaken(m_length, m_elapsed.nsecsElapsed());
 }
 
 SendingRun PacedRun::end()
@@ -34,3 +36,5 @@ SendingRun PacedRun::end()
     m_late.stop();
     return std::exchange(m_run, {});
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 #include <QList>
 #include <QObject>
 
+namespace norvane {
+
 struct DispatcherTimings;
 
 /// Decides how many messages leave with one commit, from the pace at which the device took those of
@@ -25,7 +27,7 @@ public:
     void start(const QList<LeavingMessage> &messages);
     bool hasNext() const { return m_run.hasNext(); }
     LeavingMessage takeNext() { return m_run.takeNext(); }
-    void noteTaken(const SendingRun::Taken &taken);
+    void recordTaken(const SendingRun::Taken &taken);
     /// @return what was taken, and what was not handed over
     SendingRun end();
     void forgetPace() { m_pace.forget(); }
@@ -42,3 +44,5 @@ private:
     Stopwatch m_elapsed;
     Timer m_late; ///< runs until the rest of the run is late
 };
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 PartEncoder::PartEncoder(std::optional<quint8> validityPeriod, Encode encode)
     : m_validityPeriod(validityPeriod), m_encode(std::move(encode))
 {}
@@ -20,3 +22,5 @@ std::variant<QList<SubmitPart>, EncodeError> PartEncoder::parts(const StoredMess
     setReference(parts, message.reference.value_or(0));
     return parts;
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 #include <optional>
 #include <variant>
 
+namespace norvane {
+
 /// Encodes messages for the device. A message is encoded once, however many parts it has and
 /// however often it is looked at before the last of them has left: what was encoded last is kept.
 class PartEncoder
@@ -27,3 +29,5 @@ private:
     QString m_text;
     QList<SubmitPart> m_parts; ///< of this phone and text; empty before the first
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 
+namespace norvane {
+
 namespace {
 
 constexpr qint64 millisecondsOf(qint64 seconds)
@@ -34,3 +36,5 @@ void ResetLimit::recall()
     if (last.isValid() && passed >= 0 && passed < m_interval)
         m_next.setRemainingTime(millisecondsOf(m_interval - passed));
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include "TovekSMService/time/Deadline.h"
 
+namespace norvane {
+
 class Clock;
 class Store;
 
@@ -28,3 +30,5 @@ private:
     const int m_interval; ///< s
     Deadline m_next;
 };
+
+} // namespace norvane

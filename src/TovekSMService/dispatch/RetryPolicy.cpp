@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
-constexpr int mostDoublings = 20; // beyond any longest delay, and far from overflow
+constexpr int maxDoublings = 20; // beyond any longest delay, and far from overflow
 
-qint64 doubled(qint64 shortest, qint64 longest, int times)
+qint64 doubled(qint64 min, qint64 max, int times)
 {
-    return std::min(longest, shortest << std::clamp(times, 0, mostDoublings));
+    return std::min(max, min << std::clamp(times, 0, maxDoublings));
 }
 
 } // namespace
@@ -20,13 +22,14 @@ RetryPolicy::RetryPolicy(Random random, const RetryTimes &times)
 
 qint64 RetryPolicy::messageDelay(int attempts) const
 {
-    const qint64 delay = doubled(m_times.shortestDelay, m_times.longestDelay, attempts - 1);
+    const qint64 delay = doubled(m_times.minDelay, m_times.maxDelay, attempts - 1);
     return delay + static_cast<qint64>(static_cast<double>(delay) * m_times.jitterPercent / 100 *
                                        m_random());
 }
 
 int RetryPolicy::reopenDelay(int failures) const
 {
-    return static_cast<int>(
-        doubled(m_times.shortestReopenMs, m_times.longestReopenMs, failures - 1));
+    return static_cast<int>(doubled(m_times.minReopenMs, m_times.maxReopenMs, failures - 1));
 }
+
+} // namespace norvane

@@ -4,17 +4,19 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// The numbers of a RetryPolicy.
 struct RetryTimes
 {
     /// How often a message is tried before a temporary failure becomes final.
-    int mostAttempts = 4;
+    int maxAttempts = 4;
     /// Between two attempts of a message, in seconds.
-    qint64 shortestDelay = 30;
-    qint64 longestDelay = 3600;
+    qint64 minDelay = 30;
+    qint64 maxDelay = 3600;
     /// Between two openings of the device, in milliseconds.
-    int shortestReopenMs = 1000;
-    int longestReopenMs = 60'000;
+    int minReopenMs = 1000;
+    int maxReopenMs = 60'000;
     /// How much is added to a delay of a message at random, in percent of it, at most.
     int jitterPercent = 25;
 };
@@ -29,7 +31,7 @@ public:
     explicit RetryPolicy(Random random, const RetryTimes &times = {});
 
     /// Whether a message that has failed `attempts` times is tried again.
-    bool mayTryAgain(int attempts) const { return attempts < m_times.mostAttempts; }
+    bool mayRetry(int attempts) const { return attempts < m_times.maxAttempts; }
 
     /// Seconds until the next attempt of a message that has failed `attempts` times: the shortest
     /// delay doubling up to the longest, and the jitter.
@@ -43,3 +45,5 @@ private:
     Random m_random;
     RetryTimes m_times;
 };
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+namespace norvane {
+
 /// How many messages are noted as leaving with one commit.
 ///
 /// It is one, unless the device takes messages so fast that the disk would be what they wait for:
@@ -13,14 +15,14 @@ public:
     struct Limits
     {
         int momentMs = 5;
-        int most = 32;
+        int max = 32;
     };
 
     explicit RunPace(const Limits &limits) : m_limits(limits) {}
 
     int length() const { return m_length; }
     /// The device has taken `messages` in a row, in so many nanoseconds.
-    void noteTaken(int messages, qint64 nanoseconds);
+    void recordTaken(int messages, qint64 nanoseconds);
     /// The device's pace isn't known any more.
     void forget() { m_length = 1; }
 
@@ -28,3 +30,5 @@ private:
     const Limits m_limits;
     int m_length = 1;
 };
+
+} // namespace norvane

@@ -9,6 +9,8 @@
 
 #include <utility>
 
+namespace norvane {
+
 Scheduler::Scheduler(Store &store, const Clock &clock, const EngineSettings &settings,
                      PartEncoder::Encode encode)
     : m_store(store), m_clock(clock), m_settings(settings),
@@ -27,8 +29,8 @@ bool Scheduler::isDue(const StoredMessage &message, const QString &at)
 
 bool Scheduler::isTooLate(const StoredMessage &message, const QString &at) const
 {
-    return m_settings.mostLate > 0 &&
-           momentOf(message.originalDate).secsTo(momentOf(at)) > m_settings.mostLate;
+    return m_settings.maxLateness > 0 &&
+           momentOf(message.originalDate).secsTo(momentOf(at)) > m_settings.maxLateness;
 }
 
 bool Scheduler::isLimited() const
@@ -48,11 +50,11 @@ bool Scheduler::limitsAllowPart() const
 std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &message)
 {
     if (message.dateIsOdd)
-        return ErrorCode::MethodParam;
+        return ErrorCode::methodParam;
     // A message that is on its way part by part is not cut off between two of them.
-    if (message.id != m_unfinished && m_settings.mostLate > 0 &&
+    if (message.id != m_unfinished && m_settings.maxLateness > 0 &&
         isTooLate(message, m_clock.wallClockText()))
-        return ErrorCode::ProtocolTimeout;
+        return ErrorCode::protocolTimeout;
     auto result = m_encoder.parts(message);
     if (const auto *const error = std::get_if<EncodeError>(&result))
         return errorCode(*error);
@@ -98,3 +100,5 @@ void Scheduler::uncountPart(const QString &begunAt)
     if (isLimited())
         m_store.uncountPart(begunAt);
 }
+
+} // namespace norvane

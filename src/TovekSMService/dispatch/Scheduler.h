@@ -9,6 +9,8 @@
 
 #include <variant>
 
+namespace norvane {
+
 class Clock;
 class Store;
 struct StoredMessage;
@@ -51,3 +53,5 @@ private:
     PartEncoder m_encoder;
     qint64 m_unfinished = 0;
 };
+
+} // namespace norvane

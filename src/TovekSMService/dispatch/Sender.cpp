@@ -13,12 +13,14 @@
 #include <memory>
 #include <utility>
 
+namespace norvane {
+
 Sender::Sender(Store &store, Modem &modem, const Clock &clock, Outbox &outbox, DeviceKeeper &device,
                Scheduler &scheduler, const RunState &state, const RetryPolicy &retries,
                const DispatcherTimings &timings)
     : m_store(store), m_modem(modem), m_clock(clock), m_outbox(outbox), m_device(device),
       m_scheduler(scheduler), m_state(state), m_retries(retries),
-      m_storeRetryMs(timings.storeAgainMs), m_maxSleepMs(timings.longestSleepMs),
+      m_storeRetryMs(timings.storeAgainMs), m_maxSleepMs(timings.maxSleepMs),
       m_run(timings, clock.time()), m_wake(clock.time())
 {
     connect(&m_run, &PacedRun::late, this, [this] { commit({}); });
@@ -129,7 +131,7 @@ void Sender::onPartAccepted(int reference)
         return;
     }
     m_scheduler.setUnfinished(0);
-    m_run.noteTaken({message, reference, m_clock.wallClockText()});
+    m_run.recordTaken({message, reference, m_clock.wallClockText()});
     if (m_run.hasNext() && mayBegin())
         send(m_run.takeNext());
     else
@@ -150,7 +152,7 @@ void Sender::onPartFailed(const SendFailure &failure)
     m_device.noteFailed(failure, isOfDevice(failure, message.id));
 
     if (failure.mayBeDelivered)
-        fail(message, ErrorCode::NoRespond);
+        fail(message, ErrorCode::noRespond);
     else if (isOfDevice(failure, message.id))
         giveUpDevice(current, failure);
     else if (failure.rule.treatment == Treatment::Permanent || !retry(message))
@@ -194,7 +196,7 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
 bool Sender::retry(const StoredMessage &message)
 {
     const int attempts = message.attempts + 1;
-    if (!m_retries.mayTryAgain(attempts))
+    if (!m_retries.mayRetry(attempts))
         return false;
     const qint64 delay = m_retries.messageDelay(attempts);
     if (m_scheduler.isTooLate(message, m_clock.wallClockText(delay)))
@@ -239,13 +241,13 @@ bool Sender::reportInterrupted()
                 *report = {m_store.interrupted(), {}};
                 for (const StoredMessage &message : report->messages)
                     report->outcomes
-                        << m_store.finish(message.id, ErrorCode::NoRespond, std::nullopt,
+                        << m_store.finish(message.id, ErrorCode::noRespond, std::nullopt,
                                           m_clock.wallClockText(), false);
             },
             [this, report] {
                 for (qsizetype i = 0; i < report->messages.size(); ++i)
                     m_outbox.reportFailed(report->messages.at(i), report->outcomes.at(i),
-                                          ErrorCode::NoRespond);
+                                          ErrorCode::noRespond);
             }});
     return true;
 }
@@ -293,3 +295,5 @@ void Sender::commit(const Outbox::Entry &entry)
                                        [&] { startRun(next); }};
     m_outbox.commit(entryOf(m_run.end()).then(entry), followUp);
 }
+
+} // namespace norvane

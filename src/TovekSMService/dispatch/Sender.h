@@ -12,6 +12,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 class Clock;
 class DeviceKeeper;
 class Scheduler;
@@ -86,3 +88,5 @@ private:
     bool m_releaseDue = false;
     Timer m_wake; ///< runs until the first message may be due
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 const SubmitPart &LeavingMessage::part() const
 {
     return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
@@ -12,7 +14,9 @@ const SubmitPart &LeavingMessage::part() const
 void SendingRun::keep(Store &store) const
 {
     for (const Taken &taken : m_taken)
-        store.finish(taken.message.id, ErrorCode::Ok, taken.reference, taken.at, true);
+        store.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
     for (const LeavingMessage &left : m_ahead)
         store.cancelPart(left.message.id);
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// A message of which a part is leaving.
 struct LeavingMessage
 {
@@ -37,7 +39,7 @@ public:
     bool isEmpty() const { return m_ahead.isEmpty() && m_taken.isEmpty(); }
     bool hasNext() const { return !m_ahead.isEmpty(); }
     LeavingMessage takeNext() { return m_ahead.takeFirst(); }
-    void noteTaken(const Taken &taken) { m_taken.append(taken); }
+    void recordTaken(const Taken &taken) { m_taken.append(taken); }
     const QList<Taken> &taken() const { return m_taken; }
 
     /// Keeps the outcomes of what was taken, and lets what was not handed over wait again.
@@ -48,3 +50,5 @@ private:
     QList<LeavingMessage> m_ahead;
     QList<Taken> m_taken;
 };
+
+} // namespace norvane

@@ -4,8 +4,12 @@
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 StoreMonitor::StoreMonitor(Store &store, const DispatcherTimings &timings, TimeSource &time)
-    : m_store(store), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeTroubleMs),
+    : m_store(store), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeRetryMs),
       m_failingFor(time), m_lostFor(time), m_probe(time)
 {
     connect(&m_probe, &Timer::timeout, this, &StoreMonitor::probe);
@@ -59,6 +63,8 @@ void StoreMonitor::probe()
 
 void StoreMonitor::warn(const QString &reason)
 {
-    m_fault = QStringLiteral("the store can't be used: ") + reason;
+    m_fault = u"the store can't be used: "_s + reason;
     Q_EMIT warning(m_fault);
 }
+
+} // namespace norvane

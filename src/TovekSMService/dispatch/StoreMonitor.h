@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QString>
 
+namespace norvane {
+
 struct DispatcherTimings;
 class Store;
 
@@ -51,3 +53,5 @@ private:
     Stopwatch m_lostFor; ///< since it was asked for to be opened anew
     Timer m_probe;
 };
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 qint64 UnacknowledgedWarnings::add(const Warning &warning)
 {
     const auto same = std::find_if(m_entries.cbegin(), m_entries.cend(),
@@ -24,3 +26,5 @@ std::optional<UnacknowledgedWarnings::Warning> UnacknowledgedWarnings::remove(qi
     m_entries.erase(entry);
     return warning;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Warnings that no console has acknowledged yet. Each has a number of its own below 0, which is
 /// what an outcome's id can't be.
 class UnacknowledgedWarnings
@@ -36,3 +38,5 @@ private:
     QList<Entry> m_entries;
     qint64 m_lastReport = 0;
 };
+
+} // namespace norvane

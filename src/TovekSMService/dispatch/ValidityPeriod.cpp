@@ -2,12 +2,14 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace {
 
 constexpr int hour = 60;
 constexpr int day = 24 * hour;
 constexpr int week = 7 * day;
-constexpr int longest = 63 * week;
+constexpr int max = 63 * week;
 
 } // namespace
 
@@ -17,7 +19,7 @@ std::optional<quint8> relativeValidity(int minutes)
         return std::nullopt;
     int value = 0;
     if (minutes >= 5 * week)
-        value = std::min(minutes, longest) / week + 192;
+        value = std::min(minutes, max) / week + 192;
     else if (minutes >= 2 * day)
         value = std::min(minutes / day, 30) + 166;
     else if (minutes > 12 * hour)
@@ -26,3 +28,5 @@ std::optional<quint8> relativeValidity(int minutes)
         value = std::max(minutes / 5, 1) - 1;
     return static_cast<quint8>(value);
 }
+
+} // namespace norvane

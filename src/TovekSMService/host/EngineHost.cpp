@@ -23,13 +23,17 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool otherEngineIsOnBus()
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     return bus.isConnected() &&
-           bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+           bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
 }
 
 } // namespace
@@ -47,7 +51,7 @@ EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
         if (openStore())
             resume();
         else
-            QCoreApplication::exit(ExitCode::StoreTooNew);
+            QCoreApplication::exit(ExitCode::storeTooNew);
     });
     connect(&m_reopenAgain, &Timer::timeout, this,
             [this] { reopenStore(std::exchange(m_reopenAsDamaged, false)); });
@@ -112,8 +116,8 @@ void EngineHost::makeParts(const QString &storeFile)
             Qt::QueuedConnection);
     connect(m_dispatcher.get(), &Dispatcher::warningHandled, this,
             [this](int, const QString &text) {
-                if (text == m_toldDamage)
-                    DamagedStore::markHeard(m_folder);
+                if (text == m_reportedDamage)
+                    DamagedStore::markAcknowledged(m_folder);
             });
     connect(m_dispatcher.get(), &Dispatcher::storeLost, this, &EngineHost::reopenStore,
             Qt::QueuedConnection);
@@ -127,12 +131,11 @@ bool EngineHost::enterBus()
         qCCritical(logBus).noquote() << "no session bus:" << bus.lastError().message();
         return false;
     }
-    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                SLOT(busLost()));
+    bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                u"Disconnected"_s, this, SLOT(busLost()));
     // The object stands before the name is there, so that the first call finds it.
-    if (!bus.registerObject(QLatin1String(Bus::ObjectPath), m_service.get()) ||
-        !bus.registerService(QLatin1String(Bus::ServiceName))) {
+    if (!bus.registerObject(QLatin1String(Bus::objectPath), m_service.get()) ||
+        !bus.registerService(QLatin1String(Bus::serviceName))) {
         qCCritical(logBus).noquote()
             << "the name on the bus can't be had:" << bus.lastError().message();
         return false;
@@ -169,10 +172,10 @@ void EngineHost::reopenStore(bool damaged)
     qCWarning(logStore) << "the store is opened anew";
     if (damaged && std::exchange(m_damageMet, true)) {
         m_store->close();
-        if (!beginAnew(QStringLiteral("damage was met again and again")))
+        if (!beginAnew(u"damage was met again and again"_s))
             m_openAgain.start(m_limits.openAgainMs);
     } else if (!openStore()) {
-        QCoreApplication::exit(ExitCode::StoreTooNew);
+        QCoreApplication::exit(ExitCode::storeTooNew);
     }
 }
 
@@ -182,7 +185,7 @@ bool EngineHost::beginAnew(const QString &reason)
     if (!DamagedStore::setAside(m_store->file(), m_clock.wallClock(), reason))
         return false;
     m_damageMet = false;
-    tellOfDamage();
+    reportDamage();
     try {
         m_store->open();
         // Beyond every id that a console may still know of the old one.
@@ -206,22 +209,22 @@ void EngineHost::waitForStore(const StoreFailure &failure)
 
 void EngineHost::storeIsBack()
 {
-    tellOfDamage();
+    reportDamage();
     if (!std::exchange(m_storeMissed, false))
         return;
     qCInfo(logStore) << "the store can be used again";
-    m_dispatcher->endStoreTrouble();
+    m_dispatcher->clearStoreFault();
     resume();
     m_dispatcher->noticeQueueChange();
 }
 
-void EngineHost::tellOfDamage()
+void EngineHost::reportDamage()
 {
-    const std::optional<QString> damage = DamagedStore::unheard(m_folder);
-    if (!damage || *damage == m_toldDamage)
+    const std::optional<QString> damage = DamagedStore::unacknowledged(m_folder);
+    if (!damage || *damage == m_reportedDamage)
         return;
-    m_toldDamage = *damage;
-    m_dispatcher->warn(ErrorCode::MapFile, *damage);
+    m_reportedDamage = *damage;
+    m_dispatcher->warn(ErrorCode::mapFile, *damage);
 }
 
 void EngineHost::resume()
@@ -246,7 +249,7 @@ void EngineHost::busLost()
 /// engine.
 void EngineHost::leaveBus()
 {
-    QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::ServiceName));
+    QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::serviceName));
     QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
@@ -257,3 +260,5 @@ void EngineHost::end()
     m_endLimit.start(m_limits.endMs);
     m_dispatcher->finish();
 }
+
+} // namespace norvane

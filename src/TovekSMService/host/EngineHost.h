@@ -8,6 +8,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 class Clock;
 class Dispatcher;
 class EngineService;
@@ -57,7 +59,7 @@ private:
     bool beginAnew(const QString &reason);
     void waitForStore(const StoreFailure &failure);
     void storeIsBack();
-    void tellOfDamage();
+    void reportDamage();
     void resume();
 
 private Q_SLOTS:
@@ -77,9 +79,11 @@ private:
     bool m_resumed = false;
     bool m_storeMissed = false; ///< the trouble with the store was told
     bool m_damageMet = false;   ///< of the store that is open, which was then found to be whole
-    QString m_toldDamage;
+    QString m_reportedDamage;
     bool m_reopenAsDamaged = false;
     Timer m_openAgain;
     Timer m_reopenAgain; ///< runs while a part in progress holds up the opening anew
     Timer m_endLimit;
 };
+
+} // namespace norvane

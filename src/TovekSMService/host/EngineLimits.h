@@ -2,13 +2,15 @@
 
 #include "contract/EngineStartLimits.h"
 
+namespace norvane {
+
 /// Time limits of the engine as a program, in milliseconds.
 struct EngineLimits
 {
     /// For the part in progress, whatever makes the engine end: a signal or the loss of its bus.
-    int endMs = Bus::EngineEndLimit;
+    int endMs = Bus::engineEndLimit;
     /// For an engine that holds the lock and is not on the bus: it is ending, or coming up.
-    int lockMs = Bus::EngineEndLimit + 5'000;
+    int lockMs = Bus::engineEndLimit + 5'000;
     /// Between two tries for the lock.
     int lockIntervalMs = 100;
     /// Between two tries to open the store.
@@ -16,3 +18,5 @@ struct EngineLimits
     /// Between two looks whether the part in progress is over.
     int partIntervalMs = 500;
 };
+
+} // namespace norvane

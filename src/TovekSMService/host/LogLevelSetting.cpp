@@ -5,6 +5,10 @@
 #include "common/SettingsText.h"
 #include "common/platform/PlatformFiles.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qint64 maxFile = 1024 * 1024; // bytes
@@ -14,15 +18,14 @@ constexpr qint64 maxFile = 1024 * 1024; // bytes
 std::optional<EngineLog::Level> LogLevelSetting::parse(const QByteArray &settings)
 {
     const std::optional<SettingsText> text = SettingsText::parse(settings);
-    const std::optional<QString> name =
-        text ? text->value(QStringLiteral("Log"), QStringLiteral("Level")) : std::nullopt;
+    const std::optional<QString> name = text ? text->value(u"Log"_s, u"Level"_s) : std::nullopt;
     if (!name)
         return std::nullopt;
     const std::optional<EngineLog::Level> level = EngineLog::levelNamed(name->trimmed());
     if (!level)
         qCWarning(logHost).noquote()
-            << QStringLiteral("settings: Log/Level=%1 is none of error, warning, info and debug")
-                   .arg(name->left(40));
+            << u"settings: Log/Level=%1 is none of error, warning, info and debug"_s.arg(
+                   name->left(40));
     return level;
 }
 
@@ -32,3 +35,5 @@ std::optional<EngineLog::Level> LogLevelSetting::load()
     return platformFiles().read(EngineSettings::file(), maxFile, bytes) == 0 ? parse(bytes)
                                                                              : std::nullopt;
 }
+
+} // namespace norvane

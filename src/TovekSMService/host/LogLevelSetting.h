@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// How much is logged where the command line doesn't tell, as with an engine that the bus or a
 /// console starts: `Level` of the section `Log` in the settings file.
 namespace LogLevelSetting {
@@ -18,3 +20,5 @@ std::optional<EngineLog::Level> parse(const QByteArray &settings);
 std::optional<EngineLog::Level> load();
 
 } // namespace LogLevelSetting
+
+} // namespace norvane

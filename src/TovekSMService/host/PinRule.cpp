@@ -1,5 +1,7 @@
 #include "TovekSMService/host/PinRule.h"
 
+namespace norvane {
+
 PinGate::Decision decidePinAttempt(PinHistory history, std::optional<int> triesLeft)
 {
     switch (history) {
@@ -13,3 +15,5 @@ PinGate::Decision decidePinAttempt(PinHistory history, std::optional<int> triesL
     }
     return triesLeft && *triesLeft < 2 ? PinGate::Decision::TooFewTries : PinGate::Decision::Try;
 }
+
+} // namespace norvane

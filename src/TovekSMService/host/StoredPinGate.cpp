@@ -6,6 +6,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int retryMs = 1000;
@@ -13,7 +17,7 @@ constexpr int retryMs = 1000;
 /// Stands for the SIMs of a device that have told their number.
 QString numberedSimsOf(const QString &imei)
 {
-    return QStringLiteral("numbered in ") + imei;
+    return u"numbered in "_s + imei;
 }
 
 /// Whether the two may be one SIM: known by the same name, or in the same device, and only one of
@@ -135,3 +139,5 @@ void StoredPinGate::recordNumbered(const Attempt &attempt, PinHistory history)
         m_store.pinHistory(attempt.sim.name(), attempt.pin) == PinHistory::NeverTried;
     m_store.setPinHistory(name, attempt.pin, ofAnother ? PinHistory::Refused : history, m_now());
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 class Store;
 
 /// The guard of the SIM over the store: an attempt is on disk before the PIN leaves, and is
@@ -54,3 +56,5 @@ private:
     /// tried again although the record still says that it may.
     QList<Attempt> m_refusedUnrecorded;
 };
+
+} // namespace norvane

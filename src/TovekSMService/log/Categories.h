@@ -2,6 +2,8 @@
 
 #include <QLoggingCategory>
 
+namespace norvane {
+
 // What the engine logs, by where it happens. A line bears the name of its category; debug lines are
 // off until `EngineLog::install` is told to log them.
 
@@ -17,3 +19,5 @@ Q_DECLARE_LOGGING_CATEGORY(logDispatch)
 Q_DECLARE_LOGGING_CATEGORY(logBus)
 /// "engine.host": start and end of the process.
 Q_DECLARE_LOGGING_CATEGORY(logHost)
+
+} // namespace norvane

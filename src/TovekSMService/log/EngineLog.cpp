@@ -10,16 +10,20 @@
 #include <cstdio>
 #include <mutex>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-struct TypeWords
+struct TypeLabels
 {
     EngineLog::Level level;
     int priority; ///< of the system's log
     const char *word;
 };
 
-TypeWords wordsOf(QtMsgType type)
+TypeLabels labelsOf(QtMsgType type)
 {
     switch (type) {
     case QtDebugMsg:
@@ -40,8 +44,7 @@ TypeWords wordsOf(QtMsgType type)
 QString labelOf(const char *category)
 {
     const QLatin1String name(category);
-    return name.isEmpty() || name == QLatin1String("default") ? QString()
-                                                              : name + QStringLiteral(": ");
+    return name.isEmpty() || name == "default"_L1 ? QString() : name + u": "_s;
 }
 
 EngineLog::Level g_level = EngineLog::Level::Info;
@@ -52,13 +55,12 @@ std::mutex g_writing;
 
 void tell(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (!EngineLog::isTold(type, context.category, g_level))
+    if (!EngineLog::isLogged(type, context.category, g_level))
         return;
-    const QString line = g_toJournal
-                             ? EngineLog::journalLine(type, context.category, message)
-                             : EngineLog::plainLine(type, context.category, message,
-                                                    QDateTime::currentDateTime().toString(
-                                                        QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
+    const QString line = g_toJournal ? EngineLog::journalLine(type, context.category, message)
+                                     : EngineLog::plainLine(type, context.category, message,
+                                                            QDateTime::currentDateTime().toString(
+                                                                u"yyyy-MM-dd HH:mm:ss.zzz"_s));
     const std::scoped_lock writing(g_writing);
     g_output->write(line.toUtf8() + '\n');
 }
@@ -67,42 +69,40 @@ void tell(QtMsgType type, const QMessageLogContext &context, const QString &mess
 
 std::optional<EngineLog::Level> EngineLog::levelNamed(const QString &name)
 {
-    if (name == QLatin1String("error"))
+    if (name == "error"_L1)
         return Level::Error;
-    if (name == QLatin1String("warning"))
+    if (name == "warning"_L1)
         return Level::Warning;
-    if (name == QLatin1String("info"))
+    if (name == "info"_L1)
         return Level::Info;
-    if (name == QLatin1String("debug"))
+    if (name == "debug"_L1)
         return Level::Debug;
     return std::nullopt;
 }
 
-bool EngineLog::isTold(QtMsgType type, const char *category, Level level)
+bool EngineLog::isLogged(QtMsgType type, const char *category, Level level)
 {
     if (type == QtDebugMsg && !QByteArrayView(category).startsWith("engine."))
         return false;
-    return wordsOf(type).level <= level;
+    return labelsOf(type).level <= level;
 }
 
 QString EngineLog::journalLine(QtMsgType type, const char *category, const QString &message)
 {
-    return QStringLiteral("<%1>").arg(wordsOf(type).priority) + labelOf(category) +
-           onOneLine(message);
+    return u"<%1>"_s.arg(labelsOf(type).priority) + labelOf(category) + onOneLine(message);
 }
 
 QString EngineLog::plainLine(QtMsgType type, const char *category, const QString &message,
                              const QString &time)
 {
-    return time + u' ' + QLatin1String(wordsOf(type).word) + u' ' + labelOf(category) +
+    return time + u' ' + QLatin1String(labelsOf(type).word) + u' ' + labelOf(category) +
            onOneLine(message);
 }
 
 void EngineLog::setLevel(Level level)
 {
     g_level = level;
-    QLoggingCategory::setFilterRules(level == Level::Debug ? QStringLiteral("engine.*.debug=true")
-                                                           : QString());
+    QLoggingCategory::setFilterRules(level == Level::Debug ? u"engine.*.debug=true"_s : QString());
 }
 
 void EngineLog::install(Level level, const QString &file)
@@ -113,3 +113,5 @@ void EngineLog::install(Level level, const QString &file)
     g_toJournal = standardErrorIsJournal();
     qInstallMessageHandler(tell);
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// What the program tells of itself on standard error, a line each: to the journal with the
 /// priority that it takes ("<4>..."), else with the time. Neither texts of messages nor PINs are
 /// given to it.
@@ -17,7 +19,7 @@ std::optional<Level> levelNamed(const QString &name);
 
 /// Whether a message of this type is told at `level`. Debug messages are the engine's own alone:
 /// what the toolkit says of its work, when the environment switches it on, may hold texts and PINs.
-bool isTold(QtMsgType type, const char *category, Level level);
+bool isLogged(QtMsgType type, const char *category, Level level);
 
 /// The line for the journal: what would end it early, or steer a terminal, is a space.
 /// @param category  stands in front of the message; that of a message without one is left out
@@ -38,3 +40,5 @@ void setLevel(Level level);
 void install(Level level, const QString &file);
 
 } // namespace EngineLog
+
+} // namespace norvane

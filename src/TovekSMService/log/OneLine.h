@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// `text` with a space for each control character and line separator, which would part lines and
 /// columns or steer the terminal.
 inline QString onOneLine(QString text)
@@ -14,3 +16,5 @@ inline QString onOneLine(QString text)
     }
     return text;
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// A serial device kept from other programs, for as long as this object lives or until it is
 /// released: opened without waiting for a carrier, and locked by the file lock that programs use
 /// which leave no lock files. The device's driver is entered on a thread of its own, so that one
@@ -52,3 +54,5 @@ private:
     int m_handle = -1;
     QString m_errorText;
 };
+
+} // namespace norvane

@@ -18,6 +18,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+namespace norvane {
+
 /// What the thread that opens and the one that waits for it have in common.
 struct DeviceClaim::Attempt
 {
@@ -123,3 +125,5 @@ void DeviceClaim::release()
     if (m_handle >= 0)
         ::close(std::exchange(m_handle, -1));
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// The platform's wish that a program end (SIGTERM, SIGINT, SIGHUP), as a signal of the event loop.
 class EndSignals : public QObject
 {
@@ -22,3 +24,5 @@ private:
 
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 int g_pipe[2] = {-1, -1};
@@ -50,3 +52,5 @@ void EndSignals::read()
     }
     Q_EMIT endWanted();
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// A lock that is held through an open file: the system releases it when its holder ends, however
 /// that comes about.
 class FileLock
@@ -22,3 +24,5 @@ public:
 private:
     int m_handle = -1;
 };
+
+} // namespace norvane

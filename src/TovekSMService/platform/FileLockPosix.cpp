@@ -6,6 +6,8 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+namespace norvane {
+
 FileLock::FileLock(const QString &file)
     : m_handle(::open(QFile::encodeName(file).constData(), O_RDWR | O_CREAT | O_CLOEXEC,
                       S_IRUSR | S_IWUSR))
@@ -25,3 +27,5 @@ bool FileLock::tryLock()
 {
     return m_handle >= 0 && ::flock(m_handle, LOCK_EX | LOCK_NB) == 0;
 }
+
+} // namespace norvane

@@ -2,7 +2,11 @@
 
 #include <sys/stat.h>
 
+namespace norvane {
+
 void keepFilesToOwner()
 {
     ::umask(S_IRWXG | S_IRWXO);
 }
+
+} // namespace norvane

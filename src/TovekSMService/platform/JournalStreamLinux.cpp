@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
 bool standardErrorIsJournal()
 {
     // The variable is inherited by programs whose standard error was led elsewhere since, so it
@@ -15,3 +17,5 @@ bool standardErrorIsJournal()
            named == QByteArray::number(static_cast<qulonglong>(info.st_dev)) + ':' +
                         QByteArray::number(static_cast<qulonglong>(info.st_ino));
 }
+
+} // namespace norvane

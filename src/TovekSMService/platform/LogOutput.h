@@ -4,6 +4,8 @@
 #include <QString>
 #include <QtGlobal>
 
+namespace norvane {
+
 /// Writes lines to an open file of this process, and keeps it within its size if it is the log
 /// file.
 ///
@@ -37,3 +39,5 @@ private:
     const bool m_isBounded;
     bool m_lineIsCut = false; ///< the last line in the file has no end
 };
+
+} // namespace norvane

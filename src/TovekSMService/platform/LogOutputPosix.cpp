@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 ssize_t writeOnce(int handle, const QByteArray &bytes)
@@ -102,3 +104,5 @@ bool LogOutput::reopen()
     ::close(opened);
     return done;
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// Files that must not take the place of another.
 namespace NewFile {
 
@@ -12,6 +14,8 @@ QString make(const QString &file);
 
 /// Waits until what the file holds, and its name, are on the disk.
 /// @return the reason why not, empty when they are
-QString bringToDisk(const QString &file);
+QString flushFile(const QString &file);
 
 } // namespace NewFile
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 QString reason()
@@ -15,7 +17,7 @@ QString reason()
     return qt_error_string(errno);
 }
 
-QString bringHandleToDisk(int handle)
+QString flushHandle(int handle)
 {
     if (handle < 0)
         return reason();
@@ -36,12 +38,14 @@ QString NewFile::make(const QString &file)
     return {};
 }
 
-QString NewFile::bringToDisk(const QString &file)
+QString NewFile::flushFile(const QString &file)
 {
     const QString failure =
-        bringHandleToDisk(::open(QFile::encodeName(file).constData(), O_RDONLY | O_CLOEXEC));
+        flushHandle(::open(QFile::encodeName(file).constData(), O_RDONLY | O_CLOEXEC));
     if (!failure.isEmpty())
         return failure;
     const QByteArray folder = QFile::encodeName(QFileInfo(file).absolutePath());
-    return bringHandleToDisk(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return flushHandle(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
+
+} // namespace norvane

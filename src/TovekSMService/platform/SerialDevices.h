@@ -5,6 +5,10 @@
 
 #include <optional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// What the engine has to know of the platform's serial devices.
 namespace SerialDevices {
 
@@ -43,7 +47,7 @@ std::optional<Holder> openerOf(const QString &path);
 /// The serial ports that the platform has: the links that tell the devices behind them first, and
 /// no device twice.
 /// @param folder where they stand
-QStringList serialPorts(const QString &folder = QStringLiteral("/dev"));
+QStringList serialPorts(const QString &folder = u"/dev"_s);
 
 /// Tells a device from another one that came later under the same path; 0 for none.
 quint64 nodeOf(const QString &path);
@@ -58,3 +62,5 @@ bool isPresent(int handle);
 std::optional<int> speedOf(int handle);
 
 } // namespace SerialDevices
+
+} // namespace norvane

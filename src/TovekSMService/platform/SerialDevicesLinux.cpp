@@ -19,22 +19,26 @@
 #include <termios.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Major device numbers of the near ends of pseudo-terminals.
-constexpr unsigned s_firstPtyKind = 136;
-constexpr unsigned s_lastPtyKind = 143;
+constexpr unsigned firstPtyKind = 136;
+constexpr unsigned lastPtyKind = 143;
 
 /// "/dev/pts/3" is locked as "LCK..pts_3" by some programs and as "LCK..3" by others.
 QStringList lockNames(const QString &path)
 {
     QString below = path;
-    if (below.startsWith(QLatin1String("/dev/")))
+    if (below.startsWith("/dev/"_L1))
         below = below.mid(5);
     below.replace(u'/', u'_');
-    QStringList names = {QStringLiteral("LCK..") + below};
-    const QString last = QStringLiteral("LCK..") + QFileInfo(path).fileName();
-    if (!names.contains(last) && !path.startsWith(QLatin1String("/dev/pts/")))
+    QStringList names = {u"LCK.."_s + below};
+    const QString last = u"LCK.."_s + QFileInfo(path).fileName();
+    if (!names.contains(last) && !path.startsWith("/dev/pts/"_L1))
         names.append(last);
     return names;
 }
@@ -42,7 +46,7 @@ QStringList lockNames(const QString &path)
 /// What the system tells of a process behind its name, from the state on; empty if nothing.
 QList<QByteArray> statusOf(qint64 pid)
 {
-    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    QFile file(u"/proc/%1/stat"_s.arg(pid));
     if (!file.open(QIODevice::ReadOnly))
         return {};
     // "pid (name) state ...", where the name may hold anything.
@@ -65,7 +69,7 @@ std::optional<double> ageOf(qint64 pid)
     constexpr qsizetype startField = 19; // behind the state, in ticks since the system came up
     bool isNumber = false;
     const double ticks = statusOf(pid).value(startField).toDouble(&isNumber);
-    QFile file(QStringLiteral("/proc/uptime"));
+    QFile file(u"/proc/uptime"_s);
     if (!isNumber || !file.open(QIODevice::ReadOnly))
         return std::nullopt;
     const double up = file.readLine(64).split(' ').constFirst().toDouble();
@@ -90,7 +94,7 @@ bool isWriter(qint64 pid, const QString &lockFile)
 
 QString nameOf(qint64 pid)
 {
-    QFile file(QStringLiteral("/proc/%1/comm").arg(pid));
+    QFile file(u"/proc/%1/comm"_s.arg(pid));
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return QString::fromUtf8(file.read(256)).trimmed();
@@ -127,7 +131,7 @@ bool isUser(qint64 pid, const std::filesystem::path &path)
     return hasOpen;
 }
 
-constexpr std::array<std::pair<speed_t, int>, 25> s_speeds = {
+constexpr std::array<std::pair<speed_t, int>, 25> speeds = {
     {{B50, 50},          {B75, 75},           {B110, 110},         {B134, 134},
      {B150, 150},        {B200, 200},         {B300, 300},         {B600, 600},
      {B1200, 1200},      {B1800, 1800},       {B2400, 2400},       {B4800, 4800},
@@ -142,7 +146,7 @@ namespace SerialDevices {
 
 QString pathOfPort(int number)
 {
-    return QStringLiteral("/dev/ttyS%1").arg(number - 1);
+    return u"/dev/ttyS%1"_s.arg(number - 1);
 }
 
 bool isTerminalDevice(const QString &path)
@@ -153,9 +157,9 @@ bool isTerminalDevice(const QString &path)
     // Every terminal stands under this class in the device tree, but pseudo-terminals, whose
     // device numbers are fixed. Where the tree isn't mounted, opening will show.
     const unsigned kind = major(info.st_rdev);
-    if (kind >= s_firstPtyKind && kind <= s_lastPtyKind)
+    if (kind >= firstPtyKind && kind <= lastPtyKind)
         return true;
-    const QString tree = QStringLiteral("/sys/class/tty");
+    const QString tree = u"/sys/class/tty"_s;
     return !QFileInfo::exists(tree) || QFileInfo::exists(tree + u'/' + QFileInfo(path).fileName());
 }
 
@@ -167,8 +171,7 @@ bool mayUse(const QString &path)
 /// The classic places for "LCK..name" files, which terminal programs agree on.
 QStringList lockFolders()
 {
-    return {QStringLiteral("/var/lock"), QStringLiteral("/run/lock"),
-            QStringLiteral("/var/lock/lockdev"), QStringLiteral("/tmp")};
+    return {u"/var/lock"_s, u"/run/lock"_s, u"/var/lock/lockdev"_s, u"/tmp"_s};
 }
 
 std::optional<Holder> holderOf(const QString &path, const QStringList &folders)
@@ -199,8 +202,7 @@ void removeDeadLocks(const QString &path, const QStringList &folders)
 std::optional<Holder> openerOf(const QString &path)
 {
     const std::filesystem::path device(QFile::encodeName(path).toStdString());
-    const QStringList entries =
-        QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    const QStringList entries = QDir(u"/proc"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &entry : entries) {
         bool isNumber = false;
         const qint64 pid = entry.toLongLong(&isNumber);
@@ -212,9 +214,8 @@ std::optional<Holder> openerOf(const QString &path)
 
 QStringList serialPorts(const QString &folder)
 {
-    static const QStringList kinds = {QStringLiteral("ttyUSB*"), QStringLiteral("ttyACM*"),
-                                      QStringLiteral("rfcomm*"), QStringLiteral("ttyAMA*"),
-                                      QStringLiteral("ttyS*")};
+    static const QStringList kinds = {u"ttyUSB*"_s, u"ttyACM*"_s, u"rfcomm*"_s, u"ttyAMA*"_s,
+                                      u"ttyS*"_s};
     QStringList paths;
     QSet<QString> devices;
     const auto collect = [&](const QDir &place, const QString &kind) {
@@ -228,7 +229,7 @@ QStringList serialPorts(const QString &folder)
             paths.append(path);
         }
     };
-    collect(QDir(folder + QStringLiteral("/serial/by-id")), QStringLiteral("*"));
+    collect(QDir(folder + u"/serial/by-id"_s), u"*"_s);
     for (const QString &kind : kinds)
         collect(QDir(folder), kind);
     return paths;
@@ -244,7 +245,7 @@ QString describe(const Holder &holder)
 {
     if (holder.name.isEmpty())
         return QString::number(holder.pid);
-    return QStringLiteral("%1 (%2)").arg(holder.name).arg(holder.pid);
+    return u"%1 (%2)"_s.arg(holder.name).arg(holder.pid);
 }
 
 bool isPresent(int handle)
@@ -260,10 +261,12 @@ std::optional<int> speedOf(int handle)
     if (::tcgetattr(handle, &settings) != 0)
         return std::nullopt;
     const speed_t code = ::cfgetospeed(&settings);
-    for (const auto &[known, speed] : s_speeds)
+    for (const auto &[known, speed] : speeds)
         if (known == code)
             return speed;
     return std::nullopt;
 }
 
 } // namespace SerialDevices
+
+} // namespace norvane

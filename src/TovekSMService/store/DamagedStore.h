@@ -6,6 +6,8 @@
 
 class QDateTime;
 
+namespace norvane {
+
 /// A store that can't be read any more: it is kept beside the new one, and told of until a console
 /// has heard it, whatever ends the engine meanwhile.
 namespace DamagedStore {
@@ -21,7 +23,9 @@ bool setAside(const QString &storeFile, const QDateTime &now, const QString &rea
 void finishMove(const QString &storeFile);
 
 /// What no console has heard yet.
-std::optional<QString> unheard(const QString &folder);
-void markHeard(const QString &folder);
+std::optional<QString> unacknowledged(const QString &folder);
+void markAcknowledged(const QString &folder);
 
 } // namespace DamagedStore
+
+} // namespace norvane

@@ -4,10 +4,14 @@
 #include <QFile>
 #include <QStandardPaths>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 QString EngineFolder::path()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-           QStringLiteral("/TovekSMService");
+           u"/TovekSMService"_s;
 }
 
 QString EngineFolder::make()
@@ -21,15 +25,17 @@ QString EngineFolder::make()
 
 QString EngineFolder::storeFile(const QString &folder)
 {
-    return folder + QStringLiteral("/queue.sqlite");
+    return folder + u"/queue.sqlite"_s;
 }
 
 QString EngineFolder::lockFile(const QString &folder)
 {
-    return folder + QStringLiteral("/engine.lock");
+    return folder + u"/engine.lock"_s;
 }
 
 QString EngineFolder::logFile(const QString &folder)
 {
-    return folder + QStringLiteral("/engine.log");
+    return folder + u"/engine.log"_s;
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// Where the engine keeps what is its own: `$XDG_DATA_HOME/TovekSMService`, for its owner alone.
 namespace EngineFolder {
 
@@ -17,3 +19,5 @@ QString lockFile(const QString &folder);
 QString logFile(const QString &folder);
 
 } // namespace EngineFolder
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace norvane {
+
 /// What is on record about a PIN and a SIM.
 enum class PinHistory {
     NeverTried,
@@ -7,3 +9,5 @@ enum class PinHistory {
     Accepted,
     Refused,
 };
+
+} // namespace norvane

@@ -2,17 +2,19 @@
 
 #include <QSet>
 
+namespace norvane {
+
 void QueueJournal::note(const QList<qint64> &ids)
 {
     if (ids.isEmpty())
         return;
-    if (ids.size() > MostNotes) {
+    if (ids.size() > maxNotes) {
         noteAll();
         return;
     }
     m_notes.insert(++m_revision, ids);
     m_count += ids.size();
-    while (m_count > MostNotes) {
+    while (m_count > maxNotes) {
         m_oldest = m_notes.firstKey();
         m_count -= m_notes.take(m_oldest).size();
     }
@@ -34,3 +36,5 @@ std::optional<QList<qint64>> QueueJournal::since(quint64 revision) const
         ids.unite(QSet<qint64>(note->cbegin(), note->cend()));
     return QList<qint64>(ids.cbegin(), ids.cend());
 }
+
+} // namespace norvane

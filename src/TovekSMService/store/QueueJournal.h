@@ -6,13 +6,15 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Which messages of the queue were added, changed or removed of late, by revision, so that a
 /// console that knows the queue of one revision can be told what is different in the present one.
 class QueueJournal
 {
 public:
     /// Notes of messages that are kept. Whoever has missed more fetches the whole queue.
-    static constexpr qsizetype MostNotes = 20'000;
+    static constexpr qsizetype maxNotes = 20'000;
 
     quint64 revision() const { return m_revision; }
 
@@ -31,3 +33,5 @@ private:
     QMap<quint64, QList<qint64>> m_notes;
     qsizetype m_count = 0; ///< of messages in all notes
 };
+
+} // namespace norvane

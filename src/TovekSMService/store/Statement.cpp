@@ -5,6 +5,8 @@
 
 #include <QSqlError>
 
+namespace norvane {
+
 void Statements::drop()
 {
     m_prepared.clear();
@@ -38,3 +40,5 @@ bool Statement::next()
         throw StoreFailure(m_query.lastError());
     return false;
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariant>
 
+namespace norvane {
+
 /// The statements of one connection, each prepared once.
 class Statements
 {
@@ -52,3 +54,5 @@ private:
 
     QSqlQuery &m_query;
 };
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <QDateTime>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString dueOf(const QString &deliveryDate)
@@ -12,10 +16,10 @@ QString dueOf(const QString &deliveryDate)
     const QDate date = QDate::fromString(deliveryDate.left(10), Qt::ISODate);
     const QTime time = QTime::fromString(deliveryDate.mid(11), Qt::ISODate);
     // Only what is written back letter for letter sorts as text like it does as a moment.
-    const bool isDate = date.isValid() && time.isValid() &&
-                        deliveryDate == date.toString(QStringLiteral("yyyy-MM-ddT")) +
-                                            time.toString(QStringLiteral("HH:mm:ss"));
-    return isDate ? deliveryDate : QStringLiteral("");
+    const bool isDate =
+        date.isValid() && time.isValid() &&
+        deliveryDate == date.toString(u"yyyy-MM-ddT"_s) + time.toString(u"HH:mm:ss"_s);
+    return isDate ? deliveryDate : u""_s;
 }
 
 QueueRow rowOf(const Statement &query)
@@ -163,3 +167,5 @@ bool Store::isOrWasInProgress(qint64 id) const
     query.run({id, id});
     return query.next();
 }
+
+} // namespace norvane

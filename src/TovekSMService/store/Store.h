@@ -15,6 +15,10 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// A message of the queue as the dispatcher sees it.
 struct StoredMessage
 {
@@ -102,8 +106,8 @@ public:
     // The queue, as the dispatcher sees it.
     /// The message that goes first: by delivery date, then by order of queueing.
     std::optional<StoredMessage> first() const;
-    /// The messages that go first, `most` at most, in their order.
-    QList<StoredMessage> first(int most) const;
+    /// The messages that go first, `max` at most, in their order.
+    QList<StoredMessage> first(int max) const;
     /// The moment at which first() is due, empty for a message with an odd date.
     std::optional<QString> firstDue() const;
     /// Notes that a part is about to leave. `reference`, of a message of several parts, is kept for
@@ -144,9 +148,9 @@ public:
 
     /// Forgets the oldest of the outcomes before this moment, except those that no console has
     /// heard of.
-    /// @param most  outcomes to forget in this step
+    /// @param max  outcomes to forget in this step
     /// @return how many were forgotten
-    int pruneOutcomes(const QString &before, int most);
+    int pruneOutcomes(const QString &before, int max);
 
     /// The last failure among the outcomes of late.
     std::optional<LastFailure> lastFailure() const;
@@ -161,11 +165,11 @@ public:
     QString deviceImei(const QString &parameter) const;
     void setDeviceImei(const QString &parameter, const QString &imei);
     /// When the device's functionality was last reset, "yyyy-MM-ddTHH:mm:ss"; empty if never.
-    QString lastReset() const { return setting(QStringLiteral("last_reset"), QString()); }
+    QString lastReset() const { return setting(u"last_reset"_s, QString()); }
     void setLastReset(const QString &at);
 
     /// Which batches of messages came last, as StoredBatches writes it.
-    QString recentBatches() const { return setting(QStringLiteral("recent_batches"), QString()); }
+    QString recentBatches() const { return setting(u"recent_batches"_s, QString()); }
     void setRecentBatches(const QString &batches);
 
     /// Writes something of no meaning, to find out whether the disk can be written.
@@ -206,3 +210,5 @@ private:
     Access m_access = Access::None;
     QueueJournal m_journal;
 };
+
+} // namespace norvane

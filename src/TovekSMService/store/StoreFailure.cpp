@@ -1,5 +1,7 @@
 #include "TovekSMService/store/StoreFailure.h"
 
+namespace norvane {
+
 namespace {
 
 /// The primary result codes of the database library.
@@ -29,3 +31,5 @@ StoreFailure::StoreFailure(Kind kind, const QString &text)
 {}
 
 StoreFailure::StoreFailure(const QSqlError &error) : StoreFailure(kindOf(error), error.text()) {}
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <stdexcept>
 
+namespace norvane {
+
 /// A database that could not do what it was asked. Nothing of the failed step was kept.
 class StoreFailure : public std::runtime_error
 {
@@ -27,3 +29,5 @@ public:
 private:
     Kind m_kind;
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <QDate>
 
+namespace norvane {
+
 namespace {
 
 constexpr int dayLength = 10;    // "yyyy-MM-dd"
@@ -52,7 +54,9 @@ void Store::uncountPart(const QString &at)
           {at.left(minuteLength), at.left(dayLength)});
 }
 
-int Store::pruneOutcomes(const QString &before, int most)
+int Store::pruneOutcomes(const QString &before, int max)
 {
-    return write(StoreQueries::PruneOutcomes, {before, most});
+    return write(StoreQueries::pruneOutcomes, {before, max});
 }
+
+} // namespace norvane

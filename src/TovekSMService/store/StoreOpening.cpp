@@ -8,6 +8,10 @@
 #include <QUrl>
 #include <QUuid>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Makes the file, before anything is written to it, with the rights of its owner alone.
@@ -17,17 +21,16 @@ void makeForOwner(const QString &file)
     // database library's too.
     QFile made(file);
     if (!made.exists() && !made.open(QIODevice::ReadWrite))
-        throw StoreFailure(StoreFailure::Kind::ReadOnly,
-                           file + QStringLiteral(": ") + made.errorString());
+        throw StoreFailure(StoreFailure::Kind::ReadOnly, file + u": "_s + made.errorString());
     made.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
 }
 
 void refuseDamaged(const QSqlDatabase &database)
 {
-    QSqlQuery check = prepared(database, QStringLiteral("PRAGMA quick_check(1)"));
+    QSqlQuery check = prepared(database, u"PRAGMA quick_check(1)"_s);
     execute(check);
     const QString found = check.next() ? check.value(0).toString() : QString();
-    if (found != QLatin1String("ok"))
+    if (found != "ok"_L1)
         throw StoreFailure(StoreFailure::Kind::Corrupt, found);
 }
 
@@ -55,14 +58,14 @@ void Store::open()
     close();
     try {
         makeForOwner(m_file);
-        openFile(m_file, QStringLiteral("QSQLITE_BUSY_TIMEOUT=50"));
+        openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s);
         StoreSchema::refuseLater(m_database);
-        execute(m_database, QStringLiteral("PRAGMA journal_mode = WAL"));
+        execute(m_database, u"PRAGMA journal_mode = WAL"_s);
         refuseDamaged(m_database);
-        execute(m_database, QStringLiteral("PRAGMA synchronous = FULL"));
+        execute(m_database, u"PRAGMA synchronous = FULL"_s);
         // Fewer of the moments in which the log is brought into the file; 16 MB of it are no
         // burden.
-        execute(m_database, QStringLiteral("PRAGMA wal_autocheckpoint = 4000"));
+        execute(m_database, u"PRAGMA wal_autocheckpoint = 4000"_s);
         StoreSchema::migrate(m_database);
         countRows();
         m_access = Access::Whole;
@@ -77,12 +80,11 @@ void Store::open()
 void Store::openForReading()
 {
     // What has not been brought from the log into the file would not be seen.
-    if (QFileInfo(m_file + QStringLiteral("-wal")).size() > 0)
+    if (QFileInfo(m_file + u"-wal"_s).size() > 0)
         return;
     try {
-        openFile(QString::fromLatin1(QUrl::fromLocalFile(m_file).toEncoded()) +
-                     QStringLiteral("?immutable=1"),
-                 QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"));
+        openFile(QString::fromLatin1(QUrl::fromLocalFile(m_file).toEncoded()) + u"?immutable=1"_s,
+                 u"QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"_s);
         StoreSchema::refuseOther(m_database);
         countRows();
         m_access = Access::Reading;
@@ -93,7 +95,7 @@ void Store::openForReading()
 
 void Store::openFile(const QString &name, const QString &options)
 {
-    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
+    m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
     m_database.setDatabaseName(name);
     // A lock is waited for by the callers' timers, not here, where it would hold up everything.
     m_database.setConnectOptions(options);
@@ -117,7 +119,9 @@ void Store::close()
 
 void Store::countRows()
 {
-    QSqlQuery query = prepared(m_database, QStringLiteral("SELECT COUNT(*) FROM message"));
+    QSqlQuery query = prepared(m_database, u"SELECT COUNT(*) FROM message"_s);
     execute(query);
     m_size = query.next() ? query.value(0).toInt() : 0;
 }
+
+} // namespace norvane

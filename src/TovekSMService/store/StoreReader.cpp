@@ -7,12 +7,15 @@
 #include <QFile>
 #include <QUuid>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 StoreReader::StoreReader(const QString &file)
     : m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
 {
     if (!QFile::exists(file))
-        throw StoreFailure(StoreFailure::Kind::Other,
-                           QStringLiteral("there is no store yet: ") + file);
+        throw StoreFailure(StoreFailure::Kind::Other, u"there is no store yet: "_s + file);
     try {
         open(file);
     } catch (...) {
@@ -31,9 +34,9 @@ StoreReader::~StoreReader()
 
 void StoreReader::open(const QString &file)
 {
-    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
+    m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
     m_database.setDatabaseName(file);
-    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
     if (!m_database.open())
         throw StoreFailure(m_database.lastError());
     StoreSchema::refuseOther(m_database);
@@ -42,9 +45,9 @@ void StoreReader::open(const QString &file)
 void StoreReader::outcomes(const QString &since,
                            const std::function<void(const OutcomeRow &)> &take) const
 {
-    QSqlQuery query = prepared(
-        m_database, QStringLiteral("SELECT at, delivery_date, phone, text, code, network_reference "
-                                   "FROM outcome WHERE at >= ? ORDER BY id"));
+    QSqlQuery query =
+        prepared(m_database, u"SELECT at, delivery_date, phone, text, code, network_reference "
+                             "FROM outcome WHERE at >= ? ORDER BY id"_s);
     query.bindValue(0, notNull(since));
     execute(query);
     while (query.next())
@@ -54,7 +57,7 @@ void StoreReader::outcomes(const QString &since,
 
 void StoreReader::copyTo(const QString &file) const
 {
-    QSqlQuery query = prepared(m_database, QStringLiteral("VACUUM INTO ?"));
+    QSqlQuery query = prepared(m_database, u"VACUUM INTO ?"_s);
     query.bindValue(0, file);
     execute(query);
 }
@@ -62,12 +65,13 @@ void StoreReader::copyTo(const QString &file) const
 std::optional<LastFailure> Store::lastFailure() const
 {
     // A look back of bounded length: the log is not in the order of codes.
-    QSqlQuery query =
-        prepared(m_database, QStringLiteral("SELECT at, code FROM outcome WHERE code <> 1 AND "
-                                            "id > (SELECT MAX(id) FROM outcome) - 1000 "
-                                            "ORDER BY id DESC LIMIT 1"));
+    QSqlQuery query = prepared(m_database, u"SELECT at, code FROM outcome WHERE code <> 1 AND "
+                                           "id > (SELECT MAX(id) FROM outcome) - 1000 "
+                                           "ORDER BY id DESC LIMIT 1"_s);
     execute(query);
     if (!query.next())
         return std::nullopt;
     return LastFailure{query.value(0).toString(), query.value(1).toInt()};
 }
+
+} // namespace norvane

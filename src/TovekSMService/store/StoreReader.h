@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// One row of the outcome log.
 struct OutcomeRow
 {
@@ -42,3 +44,5 @@ private:
     QString m_connection;
     QSqlDatabase m_database;
 };
+
+} // namespace norvane

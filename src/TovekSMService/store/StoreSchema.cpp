@@ -6,6 +6,10 @@
 #include <array>
 #include <span>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // delivery_date is the date as it was given; due is the same date where it is one, and empty, which
@@ -60,12 +64,12 @@ constexpr const char *version2[] = {
     "CREATE INDEX outcome_by_time ON outcome (at) WHERE reported = 1",
 };
 
-constexpr std::array<std::span<const char *const>, StoreSchema::Version> migrations = {version1,
-                                                                                       version2};
+constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {
+    version1, version2};
 
 int versionOf(const QSqlDatabase &database)
 {
-    QSqlQuery query = prepared(database, QStringLiteral("PRAGMA user_version"));
+    QSqlQuery query = prepared(database, u"PRAGMA user_version"_s);
     execute(query);
     return query.next() ? query.value(0).toInt() : 0;
 }
@@ -75,29 +79,30 @@ int versionOf(const QSqlDatabase &database)
 void StoreSchema::refuseLater(const QSqlDatabase &database)
 {
     const int found = versionOf(database);
-    if (found > Version)
+    if (found > latestVersion)
         throw StoreFailure(StoreFailure::Kind::TooNew,
-                           QStringLiteral("the store has the schema version %1, and this program "
-                                          "knows versions up to %2")
-                               .arg(found)
-                               .arg(Version));
+                           u"the store has the schema version %1, and this program "
+                           "knows versions up to %2"_s.arg(found)
+                               .arg(latestVersion));
 }
 
 void StoreSchema::refuseOther(const QSqlDatabase &database)
 {
     refuseLater(database);
-    if (const int found = versionOf(database); found != Version)
+    if (const int found = versionOf(database); found != latestVersion)
         throw StoreFailure(StoreFailure::Kind::Other,
-                           QStringLiteral("the store still has the schema version %1").arg(found));
+                           u"the store still has the schema version %1"_s.arg(found));
 }
 
 void StoreSchema::migrate(const QSqlDatabase &database)
 {
-    for (int version = versionOf(database); version < Version; ++version) {
+    for (int version = versionOf(database); version < latestVersion; ++version) {
         Transaction transaction(database);
         for (const char *const statement : migrations.at(static_cast<size_t>(version)))
             execute(database, QString::fromLatin1(statement));
-        execute(database, QStringLiteral("PRAGMA user_version = %1").arg(version + 1));
+        execute(database, u"PRAGMA user_version = %1"_s.arg(version + 1));
         transaction.commit();
     }
 }
+
+} // namespace norvane

@@ -2,10 +2,12 @@
 
 #include <QSqlDatabase>
 
+namespace norvane {
+
 namespace StoreSchema {
 
 /// The version that this program writes, kept in the database's user_version.
-inline constexpr int Version = 2;
+inline constexpr int latestVersion = 2;
 
 /// To be called before anything that writes to the file.
 /// @throws StoreFailure; TooNew for a database of a later version
@@ -21,3 +23,5 @@ void refuseOther(const QSqlDatabase &database);
 void migrate(const QSqlDatabase &database);
 
 } // namespace StoreSchema
+
+} // namespace norvane

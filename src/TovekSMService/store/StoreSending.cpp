@@ -2,6 +2,10 @@
 
 #include "TovekSMService/store/StoreQueries.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 StoredMessage messageOf(const Statement &query)
@@ -28,10 +32,10 @@ std::optional<StoredMessage> Store::first() const
     return messages.isEmpty() ? std::nullopt : std::optional(messages.constFirst());
 }
 
-QList<StoredMessage> Store::first(int most) const
+QList<StoredMessage> Store::first(int max) const
 {
-    Statement query(m_statements, StoreQueries::First);
-    query.run({most});
+    Statement query(m_statements, StoreQueries::first);
+    query.run({max});
     QList<StoredMessage> messages;
     while (query.next())
         messages.append(messageOf(query));
@@ -40,7 +44,7 @@ QList<StoredMessage> Store::first(int most) const
 
 std::optional<QString> Store::firstDue() const
 {
-    Statement query(m_statements, StoreQueries::FirstDue);
+    Statement query(m_statements, StoreQueries::firstDue);
     query.run();
     if (!query.next())
         return std::nullopt;
@@ -49,32 +53,32 @@ std::optional<QString> Store::firstDue() const
 
 void Store::beginPart(qint64 id, std::optional<quint16> reference, const QByteArray &partHash)
 {
-    write(StoreQueries::BeginPart, {reference ? QVariant(*reference) : QVariant(), partHash, id});
+    write(StoreQueries::beginPart, {reference ? QVariant(*reference) : QVariant(), partHash, id});
 }
 
 void Store::endPart(qint64 id, int partsSent)
 {
-    write(StoreQueries::EndPart, {partsSent, id});
+    write(StoreQueries::endPart, {partsSent, id});
 }
 
 void Store::cancelPart(qint64 id)
 {
-    write(StoreQueries::CancelPart, {id});
+    write(StoreQueries::cancelPart, {id});
 }
 
 void Store::releaseBetweenParts()
 {
-    write(StoreQueries::ReleaseBetweenParts, {});
+    write(StoreQueries::releaseBetweenParts, {});
 }
 
 void Store::holdPartlySent()
 {
-    write(StoreQueries::HoldPartlySent, {});
+    write(StoreQueries::holdPartlySent, {});
 }
 
 void Store::postpone(qint64 id, int attempts, const QString &nextAttempt)
 {
-    write(StoreQueries::Postpone, {attempts, nextAttempt, nextAttempt, id});
+    write(StoreQueries::postpone, {attempts, nextAttempt, nextAttempt, id});
     m_journal.note({id});
 }
 
@@ -92,11 +96,11 @@ qint64 Store::finish(qint64 id, qint32 code, std::optional<int> networkReference
                      bool reported)
 {
     Transaction transaction(m_database, transactionKind());
-    Statement keep(m_statements, StoreQueries::KeepOutcome);
+    Statement keep(m_statements, StoreQueries::keepOutcome);
     keep.run({code, networkReference ? QVariant(*networkReference) : QVariant(), at,
               reported ? 1 : 0, id});
     const qint64 outcome = keep.lastId();
-    Statement remove(m_statements, StoreQueries::RemoveMessage);
+    Statement remove(m_statements, StoreQueries::removeMessage);
     remove.run({id});
     const int removed = remove.changedRows();
     transaction.commit();
@@ -107,7 +111,7 @@ qint64 Store::finish(qint64 id, qint32 code, std::optional<int> networkReference
 
 QList<StoredMessage> Store::interrupted() const
 {
-    Statement query(m_statements, StoreQueries::Interrupted);
+    Statement query(m_statements, StoreQueries::interrupted);
     query.run();
     QList<StoredMessage> messages;
     while (query.next())
@@ -117,15 +121,15 @@ QList<StoredMessage> Store::interrupted() const
 
 quint16 Store::nextReference()
 {
-    const QString name = QStringLiteral("concatenation_reference");
-    const auto next = static_cast<quint16>(setting(name, QStringLiteral("0")).toUInt() + 1U);
+    const QString name = u"concatenation_reference"_s;
+    const auto next = static_cast<quint16>(setting(name, u"0"_s).toUInt() + 1U);
     writeSetting(name, QString::number(next));
     return next;
 }
 
 QList<Outcome> Store::unreportedFailures() const
 {
-    Statement query(m_statements, StoreQueries::UnreportedFailures);
+    Statement query(m_statements, StoreQueries::unreportedFailures);
     query.run();
     QList<Outcome> outcomes;
     while (query.next())
@@ -144,3 +148,5 @@ void Store::markReported(const QList<qint64> &outcomes)
         mark.run({id});
     transaction.commit();
 }
+
+} // namespace norvane

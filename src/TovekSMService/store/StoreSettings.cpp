@@ -4,6 +4,10 @@
 
 #include <QCryptographicHash>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray pinDigest(const QString &simId, const QString &pin)
@@ -31,73 +35,71 @@ DeviceSettings Store::deviceSettings() const
 {
     // What the device dialog proposes, until someone has set anything.
     DeviceSettings settings;
-    settings.DeviceType = setting(QStringLiteral("device_type"), QStringLiteral("0")).toInt();
-    settings.PINCode = setting(QStringLiteral("pin_code"), QString());
-    settings.ConnectionMode =
-        setting(QStringLiteral("connection_mode"), QStringLiteral("1")).toInt();
-    settings.Protocol = setting(QStringLiteral("protocol"), QStringLiteral("1")).toInt();
-    settings.Parameter = setting(QStringLiteral("parameter"), QStringLiteral("COM1, 9600"));
+    settings.DeviceType = setting(u"device_type"_s, u"0"_s).toInt();
+    settings.PINCode = setting(u"pin_code"_s, QString());
+    settings.ConnectionMode = setting(u"connection_mode"_s, u"1"_s).toInt();
+    settings.Protocol = setting(u"protocol"_s, u"1"_s).toInt();
+    settings.Parameter = setting(u"parameter"_s, u"COM1, 9600"_s);
     return settings;
 }
 
 void Store::setDeviceSettings(const DeviceSettings &settings)
 {
     Transaction transaction(m_database, transactionKind());
-    writeSetting(QStringLiteral("device_type"), QString::number(settings.DeviceType));
-    writeSetting(QStringLiteral("pin_code"), settings.PINCode);
-    writeSetting(QStringLiteral("connection_mode"), QString::number(settings.ConnectionMode));
-    writeSetting(QStringLiteral("protocol"), QString::number(settings.Protocol));
-    writeSetting(QStringLiteral("parameter"), settings.Parameter);
+    writeSetting(u"device_type"_s, QString::number(settings.DeviceType));
+    writeSetting(u"pin_code"_s, settings.PINCode);
+    writeSetting(u"connection_mode"_s, QString::number(settings.ConnectionMode));
+    writeSetting(u"protocol"_s, QString::number(settings.Protocol));
+    writeSetting(u"parameter"_s, settings.Parameter);
     transaction.commit();
 }
 
 void Store::setRecentBatches(const QString &batches)
 {
     Transaction transaction(m_database, transactionKind());
-    writeSetting(QStringLiteral("recent_batches"), batches);
+    writeSetting(u"recent_batches"_s, batches);
     transaction.commit();
 }
 
 bool Store::isToRun() const
 {
-    return setting(QStringLiteral("run"), QStringLiteral("0")) == QStringLiteral("1");
+    return setting(u"run"_s, u"0"_s) == u"1"_s;
 }
 
 void Store::setToRun(bool run)
 {
     Transaction transaction(m_database, transactionKind());
-    writeSetting(QStringLiteral("run"), run ? QStringLiteral("1") : QStringLiteral("0"));
+    writeSetting(u"run"_s, run ? u"1"_s : u"0"_s);
     transaction.commit();
 }
 
 QString Store::deviceImei(const QString &parameter) const
 {
-    return setting(QStringLiteral("imei_parameter"), QString()) == parameter
-               ? setting(QStringLiteral("imei"), QString())
-               : QString();
+    return setting(u"imei_parameter"_s, QString()) == parameter ? setting(u"imei"_s, QString())
+                                                                : QString();
 }
 
 void Store::setDeviceImei(const QString &parameter, const QString &imei)
 {
     Transaction transaction(m_database, transactionKind());
-    writeSetting(QStringLiteral("imei_parameter"), parameter);
-    writeSetting(QStringLiteral("imei"), imei);
+    writeSetting(u"imei_parameter"_s, parameter);
+    writeSetting(u"imei"_s, imei);
     transaction.commit();
 }
 
 void Store::setLastReset(const QString &at)
 {
     Transaction transaction(m_database, transactionKind());
-    writeSetting(QStringLiteral("last_reset"), at);
+    writeSetting(u"last_reset"_s, at);
     transaction.commit();
 }
 
 void Store::probe()
 {
-    const QString name = QStringLiteral("probe");
+    const QString name = u"probe"_s;
     Transaction transaction(m_database, transactionKind());
-    const bool even = setting(name, QString()) == QLatin1String("even");
-    writeSetting(name, even ? QStringLiteral("odd") : QStringLiteral("even"));
+    const bool even = setting(name, QString()) == "even"_L1;
+    writeSetting(name, even ? u"odd"_s : u"even"_s);
     transaction.commit();
 }
 
@@ -129,3 +131,5 @@ void Store::setPinHistory(const QString &simId, const QString &pin, PinHistory h
           "ON CONFLICT (sim, pin) DO UPDATE SET history = excluded.history, at = excluded.at",
           {simId, pinDigest(simId, pin), static_cast<int>(history), at});
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace {
 
 /// A batch's entry begins with this, whatever its name is.
@@ -60,7 +62,9 @@ void StoredBatches::note(const QString &batch, qsizetype stored)
     QStringList entries = entriesOf(m_store);
     entries.removeIf([&label](const QString &entry) { return entry.startsWith(label); });
     entries.append(label + QString::number(stored));
-    if (entries.size() > MaxRemembered)
+    if (entries.size() > maxRemembered)
         entries.removeFirst();
     m_store.setRecentBatches(entries.join(u' '));
 }
+
+} // namespace norvane

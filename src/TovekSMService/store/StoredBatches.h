@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+namespace norvane {
+
 class Store;
 
 /// Messages that come in batches. Each batch has a name, and what is stored of the last few is kept
@@ -13,7 +15,7 @@ class StoredBatches
 {
 public:
     /// Batches of which the store keeps what it has.
-    static constexpr qsizetype MaxRemembered = 16;
+    static constexpr qsizetype maxRemembered = 16;
 
     /// @param store  must outlive this object
     explicit StoredBatches(Store &store) : m_store(store) {}
@@ -31,3 +33,5 @@ private:
 
     Store &m_store;
 };
+
+} // namespace norvane

@@ -4,12 +4,16 @@
 
 #include <QSqlError>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void needOpen(const QSqlDatabase &database)
 {
     if (!database.isOpen())
-        throw StoreFailure(StoreFailure::Kind::ReadOnly, QStringLiteral("the store is not open"));
+        throw StoreFailure(StoreFailure::Kind::ReadOnly, u"the store is not open"_s);
 }
 
 } // namespace
@@ -28,7 +32,7 @@ QString notNull(const QString &text)
 {
     if (text.startsWith(QChar::ByteOrderMark) || text.startsWith(QChar::ByteOrderSwapped))
         return QChar(QChar::ByteOrderMark) + text;
-    return text.isNull() ? QStringLiteral("") : text;
+    return text.isNull() ? u""_s : text;
 }
 
 void execute(QSqlQuery &query)
@@ -49,20 +53,22 @@ Transaction::Transaction(const QSqlDatabase &database, Kind kind) : m_database(d
 {
     if (kind == Kind::Part)
         return;
-    execute(m_database, QStringLiteral("BEGIN IMMEDIATE"));
+    execute(m_database, u"BEGIN IMMEDIATE"_s);
     m_open = true;
 }
 
 Transaction::~Transaction()
 {
     if (m_open)
-        QSqlQuery(m_database).exec(QStringLiteral("ROLLBACK"));
+        QSqlQuery(m_database).exec(u"ROLLBACK"_s);
 }
 
 void Transaction::commit()
 {
     if (!m_open)
         return;
-    execute(m_database, QStringLiteral("COMMIT"));
+    execute(m_database, u"COMMIT"_s);
     m_open = false;
 }
+
+} // namespace norvane

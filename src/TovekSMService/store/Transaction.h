@@ -3,6 +3,8 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
+namespace norvane {
+
 /// @throws StoreFailure
 QSqlQuery prepared(const QSqlDatabase &database, const QString &statement);
 
@@ -41,3 +43,5 @@ private:
     QSqlDatabase m_database;
     bool m_open = false;
 };
+
+} // namespace norvane

@@ -1,10 +1,14 @@
 #include "TovekSMService/time/Clock.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString textOf(const QDateTime &moment)
 {
-    return moment.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    return moment.toString(u"yyyy-MM-ddTHH:mm:ss"_s);
 }
 
 } // namespace
@@ -36,3 +40,5 @@ QDateTime SystemClock::wallClock() const
     }
     return m_wallClock;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QString>
 
+namespace norvane {
+
 /// The engine's clocks.
 class Clock
 {
@@ -39,3 +41,5 @@ private:
     mutable qint64 m_second = -1; ///< since 1970, that m_wallClock belongs to
     mutable QDateTime m_wallClock;
 };
+
+} // namespace norvane

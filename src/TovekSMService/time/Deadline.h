@@ -2,6 +2,8 @@
 
 #include "TovekSMService/time/TimeSource.h"
 
+namespace norvane {
+
 /// A moment on a time source; over as long as none is set.
 class Deadline
 {
@@ -20,3 +22,5 @@ private:
     const TimeSource *m_time;
     qint64 m_at;
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Measures what has passed on a time source since it was started.
 class Stopwatch
 {
@@ -26,3 +28,5 @@ private:
     const TimeSource *m_time;
     std::optional<qint64> m_started;
 };
+
+} // namespace norvane

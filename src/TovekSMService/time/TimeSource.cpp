@@ -5,6 +5,8 @@
 #include <chrono>
 #include <utility>
 
+namespace norvane {
+
 namespace {
 
 class SystemAlarm : public TimeSource::Alarm
@@ -49,3 +51,5 @@ TimeSource &TimeSource::system()
     static SystemTime time;
     return time;
 }
+
+} // namespace norvane

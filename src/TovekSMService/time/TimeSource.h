@@ -5,6 +5,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// How time passes for everything that waits: the machine's monotonic clock, or one that a test
 /// turns. Nothing in the engine asks the machine for it in another way.
 class TimeSource
@@ -38,3 +40,5 @@ public:
     /// The machine's.
     static TimeSource &system();
 };
+
+} // namespace norvane

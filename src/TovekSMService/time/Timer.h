@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+namespace norvane {
+
 /// A single-shot timer on a time source that is given to it.
 class Timer : public QObject
 {
@@ -31,3 +33,5 @@ private:
     int m_interval = 0;
     const std::unique_ptr<TimeSource::Alarm> m_alarm;
 };
+
+} // namespace norvane

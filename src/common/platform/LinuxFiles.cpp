@@ -12,6 +12,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 int readAll(int descriptor, qint64 limit, QByteArray &bytes)
@@ -137,3 +139,5 @@ PlatformFiles &platformFiles()
     static LinuxFiles files;
     return files;
 }
+
+} // namespace norvane

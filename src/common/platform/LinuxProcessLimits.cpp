@@ -5,11 +5,13 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
+namespace norvane {
+
 namespace {
 
-void limit(__rlimit_resource resource, rlim_t most)
+void limit(__rlimit_resource resource, rlim_t max)
 {
-    const rlimit both{most, most};
+    const rlimit both{max, max};
     ::setrlimit(resource, &both);
 }
 
@@ -25,3 +27,5 @@ void limitThisProcess([[maybe_unused]] quint64 memoryBytes, quint32 processorSec
     limit(RLIMIT_FSIZE, 0);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace norvane {
+
 /// Files and folders as the platform gives them. Every operation gives 0, or the platform's error
 /// (errno on POSIX systems). Tests put failing files in its place.
 class PlatformFiles
@@ -33,3 +35,5 @@ public:
 
 /// The platform's own files.
 PlatformFiles &platformFiles();
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+namespace norvane {
+
 /// An open file, closed with this object.
 class Descriptor
 {
@@ -34,3 +36,5 @@ inline bool isUsablePath(const QString &path)
 {
     return !path.isEmpty() && !path.contains(QChar::Null);
 }
+
+} // namespace norvane

@@ -12,6 +12,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 /// Small enough for the pipe to take it whole or not at all.
@@ -180,3 +182,5 @@ void MessageWindows::post(WindowHandle window, quint32 message, quint64 wParam, 
     if (g_queue)
         g_queue->post({window, message, wParam, lParam});
 }
+
+} // namespace norvane

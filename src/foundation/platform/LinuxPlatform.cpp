@@ -7,10 +7,14 @@
 
 #include <unicode/uloc.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // None of the numbers that the suite's table of systems lists.
-constexpr quint32 UnixPlatformId = 4;
+constexpr quint32 unixPlatformId = 4;
 
 QString threeLetterCountry(const QLocale &locale)
 {
@@ -37,7 +41,7 @@ std::optional<VersionRecord> LinuxPlatform::versionRecord() const
     if (kernel.isNull())
         return std::nullopt;
     VersionRecord record;
-    record.platformId = UnixPlatformId;
+    record.platformId = unixPlatformId;
     record.major = static_cast<quint32>(kernel.majorVersion());
     record.minor = static_cast<quint32>(kernel.minorVersion());
     record.build = static_cast<quint32>(kernel.microVersion());
@@ -75,7 +79,7 @@ QString LinuxPlatform::nation() const
 
 QString LinuxPlatform::programFilesFolder() const
 {
-    return QStringLiteral("/opt");
+    return u"/opt"_s;
 }
 
 QString LinuxPlatform::commonAppDataFolder() const
@@ -87,3 +91,5 @@ QString LinuxPlatform::documentsFolder() const
 {
     return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <QLocale>
 
+namespace norvane {
+
 /// Linux with the folders of the XDG base directories.
 class LinuxPlatform : public Platform
 {
@@ -21,3 +23,5 @@ public:
 private:
     QLocale m_locale;
 };
+
+} // namespace norvane

@@ -14,6 +14,8 @@
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+namespace norvane {
+
 namespace {
 
 /// Keeps every signal of the process away from threads that are started meanwhile.
@@ -177,3 +179,5 @@ TimerPlatform *installTimerPlatform(TimerPlatform *platform)
 {
     return std::exchange(g_installed, platform);
 }
+
+} // namespace norvane

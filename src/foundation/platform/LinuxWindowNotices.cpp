@@ -6,6 +6,8 @@
 
 #include <xcb/xproto.h>
 
+namespace norvane {
+
 WindowNotices::WindowNotices(Receiver receiver) : m_receiver(std::move(receiver))
 {
     QCoreApplication::instance()->installNativeEventFilter(this);
@@ -24,3 +26,5 @@ bool WindowNotices::nativeEventFilter(const QByteArray &eventType, void *message
         m_receiver(static_cast<const xcb_property_notify_event_t *>(message)->window);
     return false;
 }
+
+} // namespace norvane

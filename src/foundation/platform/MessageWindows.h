@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+namespace norvane {
+
 // Windows that are never seen: places that messages are sent to. Any thread may send one; the
 // interface thread takes them one by one, in the order in which they were sent, from its event
 // loop.
@@ -43,3 +45,5 @@ void setProcedure(WindowHandle window, WindowProc procedure);
 void post(WindowHandle window, quint32 message, quint64 wParam, qint64 lParam);
 
 } // namespace MessageWindows
+
+} // namespace norvane

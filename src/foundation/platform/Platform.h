@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// What the version query tells of the operating system.
 struct VersionRecord
 {
@@ -53,3 +55,5 @@ public:
     virtual QString commonAppDataFolder() const = 0;
     virtual QString documentsFolder() const = 0;
 };
+
+} // namespace norvane

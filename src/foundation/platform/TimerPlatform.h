@@ -4,6 +4,8 @@
 
 #include <QtGlobal>
 
+namespace norvane {
+
 /// What a platform's timer calls at each of its ticks, on a thread of the platform's own.
 using TimerProc = void (*)(quint32 id, quint32 message, quintptr user, quintptr reserved1,
                            quintptr reserved2);
@@ -57,3 +59,5 @@ TimerPlatform &timerPlatform();
 /// outlive it and every timer that was started meanwhile.
 /// @return what was installed before, null for the platform's own
 TimerPlatform *installTimerPlatform(TimerPlatform *platform);
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Tells when the window system has noted something anew about one of the program's windows, as
 /// the frame that the window manager draws around it: the toolkit hears of it and raises no event.
 ///
@@ -22,3 +24,5 @@ public:
 private:
     Receiver m_receiver;
 };
+
+} // namespace norvane

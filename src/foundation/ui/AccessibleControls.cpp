@@ -6,13 +6,17 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The toolkit takes a window that is neither a dialog nor its own main window for a mere
 /// container.
 bool isPlainWindow(const QString &kind, const QWidget *widget)
 {
-    return kind == QLatin1String("QWidget") && widget && widget->windowType() == Qt::Window;
+    return kind == "QWidget"_L1 && widget && widget->windowType() == Qt::Window;
 }
 
 QAccessibleInterface *accessibleControl(const QString &kind, QObject *object)
@@ -33,3 +37,5 @@ void installAccessibleControls()
 {
     QAccessible::installFactory(accessibleControl);
 }
+
+} // namespace norvane

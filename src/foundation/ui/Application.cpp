@@ -2,6 +2,8 @@
 
 #include "foundation/ui/FatalReport.h"
 
+namespace norvane {
+
 Application::Application(int &argc, char **argv) : QApplication(argc, argv)
 {
     installEventFilter(&m_pressFocus);
@@ -17,3 +19,5 @@ bool Application::notify(QObject *receiver, QEvent *event)
         return false;
     }
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <QApplication>
 
+namespace norvane {
+
 /// The application object of the console. Every handler (of clicks, timers, engine events and
 /// sockets) runs below notify(), so a failure that none of them catches ends there, in the fatal
 /// report, and never crosses the event loop. It also holds what is the same in every window: which
@@ -22,3 +24,5 @@ private:
     PressFocus m_pressFocus;
     WheelFocus m_wheelFocus;
 };
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QPainter>
 #include <QPainterPath>
 
+namespace norvane {
+
 namespace {
 constexpr int captionIndent = 9; // pixels from the left edge to the caption
 constexpr int captionGap = 3;    // pixels of border left free on both sides of it
@@ -51,3 +53,5 @@ void CaptionedFrame::paintEvent(QPaintEvent *)
     painter.setPen(palette().color(group, QPalette::WindowText));
     painter.drawText(captionRect, Qt::AlignLeft | Qt::AlignVCenter, shown);
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+namespace norvane {
+
 /// A container with a thin rounded border that its caption interrupts at the top left. Its controls
 /// stand relative to its outer corner, the strip of the caption included.
 class CaptionedFrame : public QWidget
@@ -28,3 +30,5 @@ private:
     QString m_caption;
     bool m_enabled = true;
 };
+
+} // namespace norvane

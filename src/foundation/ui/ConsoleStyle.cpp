@@ -10,6 +10,10 @@
 #include <QRadioButton>
 #include <QStyleOption>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int boxPicture = 32;
@@ -20,13 +24,13 @@ QString boxPictureFile(QStyle::StandardPixmap picture)
 {
     switch (picture) {
     case QStyle::SP_MessageBoxQuestion:
-        return QStringLiteral(":/images/box-question.svg");
+        return u":/images/box-question.svg"_s;
     case QStyle::SP_MessageBoxWarning:
-        return QStringLiteral(":/images/box-warning.svg");
+        return u":/images/box-warning.svg"_s;
     case QStyle::SP_MessageBoxCritical:
-        return QStringLiteral(":/images/box-critical.svg");
+        return u":/images/box-critical.svg"_s;
     case QStyle::SP_MessageBoxInformation:
-        return QStringLiteral(":/images/box-information.svg");
+        return u":/images/box-information.svg"_s;
     default:
         return {};
     }
@@ -98,7 +102,7 @@ bool showsFocus(QStyle::PrimitiveElement element, const QWidget *widget)
 
 } // namespace
 
-ConsoleStyle::ConsoleStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+ConsoleStyle::ConsoleStyle() : QProxyStyle(u"Fusion"_s) {}
 
 void ConsoleStyle::polish(QWidget *widget)
 {
@@ -164,3 +168,5 @@ void ConsoleStyle::drawComplexControl(ComplexControl control, const QStyleOption
     else if (Contrast::isDark(option->palette))
         drawOutline(*painter, *option, outlineOf(*option), false);
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QProxyStyle>
 
+namespace norvane {
+
 /// The toolkit's own style with the program's icons in message boxes, no icons on their buttons,
 /// and fields that can be told from a dark window. An outline tells which control has the focus,
 /// on every window at 3 : 1 or more.
@@ -29,3 +31,5 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 };
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace norvane {
+
 namespace {
 
 constexpr int steps = 64; // from one colour to another
@@ -64,3 +66,5 @@ QColor Contrast::plainGround(const QPalette &colours)
 {
     return isDark(colours) ? Qt::black : Qt::white;
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QColor>
 #include <QPalette>
 
+namespace norvane {
+
 /// How well a text reads on its ground.
 namespace Contrast {
 
@@ -30,3 +32,5 @@ bool isDark(const QPalette &colours);
 QColor plainGround(const QPalette &colours);
 
 } // namespace Contrast
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 #include <cstdlib>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // The process ends here without running destructors: what a failure has left half-done is not
@@ -20,7 +24,7 @@ void FatalReport::report(const std::exception_ptr &failure)
     if (std::exchange(g_reporting, true))
         return;
     messageBoxes().show(Failure::fromException(failure).shown(), MessageBoxes::Icon::Critical,
-                        MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS"));
+                        MessageBoxes::Buttons::Ok, u"Norvane SMS"_s);
     g_terminate(EXIT_FAILURE);
     g_reporting = false; // reached only where a test stands in for the end of the process
 }
@@ -34,3 +38,5 @@ FatalReport::Terminate FatalReport::setTerminate(Terminate terminate)
 {
     return std::exchange(g_terminate, std::move(terminate));
 }
+
+} // namespace norvane

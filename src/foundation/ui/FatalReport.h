@@ -3,6 +3,8 @@
 #include <exception>
 #include <functional>
 
+namespace norvane {
+
 /// The end of a failure that nobody caught: a critical box titled "Norvane SMS" with description,
 /// " - " and number, and then the end of the process with exit code 1.
 namespace FatalReport {
@@ -37,3 +39,5 @@ auto guarded(Object *object, void (Object::*handler)(Arguments...))
 Terminate setTerminate(Terminate terminate);
 
 } // namespace FatalReport
+
+} // namespace norvane

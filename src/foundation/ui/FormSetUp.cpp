@@ -5,6 +5,8 @@
 
 #include <QWidget>
 
+namespace norvane {
+
 QPoint FormSetUp::centred(QSize form, QSize screen)
 {
     const QSize shown = form.boundedTo(screen);
@@ -21,3 +23,5 @@ void CenterForm(QWidget *form)
 {
     WindowPlace::of(form).centre();
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 class QWidget;
 
+namespace norvane {
+
 namespace FormSetUp {
 
 /// Where a form of the outer size `form` stands in the middle of `screen`, both in pixels. A form
@@ -20,3 +22,5 @@ QSizeF twipsPerPixel(const QWidget *widget);
 /// The common form set-up: moves `form` to the middle of its screen by its outer size, which stays.
 /// Before it has been shown its frame isn't known: it moves on when that comes.
 void CenterForm(QWidget *form);
+
+} // namespace norvane

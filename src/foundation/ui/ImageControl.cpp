@@ -6,6 +6,8 @@
 #include <QStyle>
 #include <QStyleOption>
 
+namespace norvane {
+
 ImageControl::ImageControl(const QString &file, QWidget *parent) : QWidget(parent), m_file(file) {}
 
 void ImageControl::paintEvent(QPaintEvent *)
@@ -22,3 +24,5 @@ void ImageControl::paintEvent(QPaintEvent *)
     }
     QPainter(this).drawPixmap(0, 0, shown);
 }
+
+} // namespace norvane

@@ -3,6 +3,8 @@
 #include <QPixmap>
 #include <QWidget>
 
+namespace norvane {
+
 /// A drawing that fills its place evenly scaled.
 class ImageControl : public QWidget
 {
@@ -18,3 +20,5 @@ private:
     QString m_file;
     QPixmap m_drawn; ///< the drawing at the size and pixel ratio of the last painting
 };
+
+} // namespace norvane

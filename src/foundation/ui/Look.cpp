@@ -9,6 +9,10 @@
 #include <QFont>
 #include <QPixmapCache>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int pointSize = 8;
@@ -54,8 +58,7 @@ QIcon programIcon()
 {
     QIcon icon;
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
-        icon.addPixmap(
-            SvgPicture::pixmap(QStringLiteral(":/images/app-icon.svg"), {size, size}, 1));
+        icon.addPixmap(SvgPicture::pixmap(u":/images/app-icon.svg"_s, {size, size}, 1));
     return icon;
 }
 
@@ -76,7 +79,7 @@ QPalette readable(QPalette colours)
 void applyLook()
 {
     QApplication::setStyle(new ConsoleStyle);
-    QFont font(QStringLiteral("Liberation Sans"), pointSize);
+    QFont font(u"Liberation Sans"_s, pointSize);
     font.setStyleHint(QFont::SansSerif);
     QApplication::setFont(font);
     QApplication::setPalette(readable(QApplication::palette()));
@@ -84,3 +87,5 @@ void applyLook()
     QPixmapCache::setCacheLimit(keptDrawings);
     installAccessibleControls();
 }
+
+} // namespace norvane

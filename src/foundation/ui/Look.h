@@ -2,6 +2,8 @@
 
 #include <QPalette>
 
+namespace norvane {
+
 /// Sets the program's style, face, colours and icon. The controls' places are fixed and every
 /// caption was fitted with this face and size; colours come from the desktop, made readable where
 /// they aren't. Screen readers are told what the program's own controls are.
@@ -10,3 +12,5 @@ void applyLook();
 /// `colours` with disabled texts faded no further than they can be read, and the ground of a
 /// selection moved away from its text where it is too close.
 QPalette readable(QPalette colours);
+
+} // namespace norvane

@@ -5,11 +5,13 @@
 #include <QEvent>
 #include <QObject>
 
+namespace norvane {
+
 namespace {
 
 /// Rounds of the event loop within which all of it has arrived. Other events may follow each other
 /// for ever.
-constexpr int MaxRounds = 100;
+constexpr int maxRounds = 100;
 
 bool isInput(QEvent::Type type)
 {
@@ -54,6 +56,8 @@ void dropPendingInput()
     InputFilter filter;
     QCoreApplication::instance()->installEventFilter(&filter);
     QAbstractEventDispatcher *const events = QAbstractEventDispatcher::instance();
-    for (int round = 0; round < MaxRounds && events->processEvents(QEventLoop::AllEvents); ++round)
+    for (int round = 0; round < maxRounds && events->processEvents(QEventLoop::AllEvents); ++round)
         ;
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QStyleOptionButton>
 #include <QStylePainter>
 
+namespace norvane {
+
 namespace {
 constexpr int margin = 3;     // pixels between the button's edge and its content
 constexpr int pictureGap = 2; // pixels between picture and caption
@@ -57,3 +59,5 @@ void PictureButton::paintEvent(QPaintEvent *)
                               QPalette::ButtonText);
     }
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QCoreApplication>
 #include <QFocusEvent>
 
+namespace norvane {
+
 bool PressFocus::eventFilter(QObject *watched, QEvent *event)
 {
     // Each widget is polished before it is shown for the first time. Every way to press a button
@@ -31,3 +33,5 @@ void PressFocus::giveFocusTo(QAbstractButton *button)
         QCoreApplication::sendEvent(former, &leave);
     }
 }
+
+} // namespace norvane

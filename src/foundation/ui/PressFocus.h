@@ -4,6 +4,8 @@
 
 class QAbstractButton;
 
+namespace norvane {
+
 /// A press gives a button the focus before it acts, however it comes: by an access key, by an
 /// assistive technology or by click() as by the mouse. The field that had the focus until then does
 /// first what is due when it is left: what was typed into it counts, its own handler runs.
@@ -22,3 +24,5 @@ public:
 private:
     static void giveFocusTo(QAbstractButton *button);
 };
+
+} // namespace norvane

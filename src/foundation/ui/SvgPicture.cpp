@@ -9,6 +9,8 @@ static void useDrawings()
     Q_INIT_RESOURCE(resources);
 }
 
+namespace norvane {
+
 QPixmap SvgPicture::pixmap(const QString &file, QSize size, qreal ratio)
 {
     useDrawings();
@@ -34,3 +36,5 @@ QIcon SvgPicture::icon(const QString &file, QSize size, const QString &disabledF
     }
     return icon;
 }
+
+} // namespace norvane

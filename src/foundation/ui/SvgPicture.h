@@ -5,6 +5,8 @@
 #include <QSize>
 #include <QString>
 
+namespace norvane {
+
 namespace SvgPicture {
 
 /// The drawing `file` at `size` logical pixels, sharp at the pixel ratio `ratio`; scaled evenly and
@@ -16,3 +18,5 @@ QPixmap pixmap(const QString &file, QSize size, qreal ratio);
 QIcon icon(const QString &file, QSize size, const QString &disabledFile = {});
 
 } // namespace SvgPicture
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+namespace norvane {
+
 /// Lengths on screen are told in twips (1/1440 inch) as single-precision numbers.
 namespace Twips {
 
@@ -42,3 +44,5 @@ inline QRect toPixels(const Rect &rect, QSizeF twipsPerPixel)
 }
 
 } // namespace Twips
+
+} // namespace norvane

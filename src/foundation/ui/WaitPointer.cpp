@@ -3,6 +3,8 @@
 #include <QCursor>
 #include <QGuiApplication>
 
+namespace norvane {
+
 WaitPointer::WaitPointer()
 {
     QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
@@ -12,3 +14,5 @@ WaitPointer::~WaitPointer()
 {
     QGuiApplication::restoreOverrideCursor();
 }
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace norvane {
+
 /// While it lives, the mouse pointer of the whole program is the hourglass.
 class WaitPointer
 {
@@ -9,3 +11,5 @@ public:
     WaitPointer &operator=(const WaitPointer &) = delete;
     ~WaitPointer();
 };
+
+} // namespace norvane

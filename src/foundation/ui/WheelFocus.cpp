@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QEvent>
 
+namespace norvane {
+
 namespace {
 
 /// The box that `object` is and that the wheel would change; null if it is none.
@@ -31,3 +33,5 @@ bool WheelFocus::eventFilter(QObject *watched, QEvent *event)
     }
     return QObject::eventFilter(watched, event);
 }
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+namespace norvane {
+
 /// Only a box that has the focus listens to the wheel: spin, date and time boxes and drop-down
 /// lists are not changed by a pointer that just stands over them, and the wheel doesn't give them
 /// the focus.
@@ -16,3 +18,5 @@ public:
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace {
 
 QMessageBox::Icon widgetIcon(MessageBoxes::Icon icon)
@@ -78,3 +80,5 @@ MessageBoxes::Answer WidgetMessageBoxes::show(const QString &text, Icon icon, Bu
     box.setEscapeButton(QMessageBox::No);
     return box.exec() == QMessageBox::Yes ? Answer::Yes : Answer::No;
 }
+
+} // namespace norvane

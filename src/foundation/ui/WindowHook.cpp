@@ -2,6 +2,8 @@
 
 #include "foundation/ui/WindowPlace.h"
 
+namespace norvane {
+
 WindowHook::WindowHook(QWidget *window, const WindowLimits &limits)
     : QObject(window), m_window(window), m_limits(limits)
 {
@@ -70,3 +72,5 @@ void WindowHook::apply()
     m_window->setMaximumSize(maximum);
     m_window->setMinimumSize(minimum);
 }
+
+} // namespace norvane

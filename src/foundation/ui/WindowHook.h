@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QWidget>
 
+namespace norvane {
+
 /// Holds a window to the window limits, which are of its outer size: those of its inner size follow
 /// the frame.
 class WindowHook : public QObject
@@ -30,3 +32,5 @@ private:
     QPointer<QWidget> m_window;
     WindowLimits m_limits;
 };
+
+} // namespace norvane

@@ -9,6 +9,8 @@
 #include <QWidget>
 #include <QWindow>
 
+namespace norvane {
+
 WindowPlace &WindowPlace::of(QWidget *window)
 {
     auto *const place = window->findChild<WindowPlace *>({}, Qt::FindDirectChildrenOnly);
@@ -174,3 +176,5 @@ void WindowPlace::note(const QRect &inner)
             m_outerSize = QSize();
     }
 }
+
+} // namespace norvane

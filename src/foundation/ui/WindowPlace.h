@@ -10,6 +10,8 @@
 
 class QWidget;
 
+namespace norvane {
+
 /// The outer size and place that the program asked for a window, kept while the window manager
 /// makes up its mind about the frame around it.
 ///
@@ -67,3 +69,5 @@ private:
     bool m_centred = false;                  ///< the operator hasn't moved it since
     bool m_requested = false;                ///< the window system hasn't confirmed it yet
 };
+
+} // namespace norvane

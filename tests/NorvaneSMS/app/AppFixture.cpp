@@ -6,30 +6,34 @@
 #include <QDir>
 #include <QFile>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString fileName(const QString &code)
 {
-    return QStringLiteral("/NorvaneSMS_") + code + QStringLiteral(".XML");
+    return u"/NorvaneSMS_"_s + code + u".XML"_s;
 }
 
 } // namespace
 
 AppFixture::AppFixture()
 {
-    platform.ownFolder = m_folder.filePath(QStringLiteral("own"));
-    platform.commonData = m_folder.filePath(QStringLiteral("data"));
-    platform.programFiles = QStringLiteral("/opt");
+    platform.ownFolder = m_folder.filePath(u"own"_s);
+    platform.commonData = m_folder.filePath(u"data"_s);
+    platform.programFiles = u"/opt"_s;
     QDir().mkpath(platform.ownFolder);
     QDir().mkpath(platform.commonData);
-    platform.items = {{LocaleItem::Language, u"Spanish"_qs},
-                      {LocaleItem::AbbreviatedLanguage, u"esn"_qs},
-                      {LocaleItem::AbbreviatedCountry, u"esp"_qs},
-                      {LocaleItem::NativeCountry, u"España"_qs},
-                      {LocaleItem::Decimal, u","_qs},
-                      {LocaleItem::Thousand, u"."_qs},
-                      {LocaleItem::ShortDate, u"d/M/yy"_qs},
-                      {LocaleItem::LongDate, u"dddd, d 'de' MMMM 'de' yyyy"_qs}};
+    platform.items = {{LocaleItem::Language, u"Spanish"_s},
+                      {LocaleItem::AbbreviatedLanguage, u"esn"_s},
+                      {LocaleItem::AbbreviatedCountry, u"esp"_s},
+                      {LocaleItem::NativeCountry, u"España"_s},
+                      {LocaleItem::Decimal, u","_s},
+                      {LocaleItem::Thousand, u"."_s},
+                      {LocaleItem::ShortDate, u"d/M/yy"_s},
+                      {LocaleItem::LongDate, u"dddd, d 'de' MMMM 'de' yyyy"_s}};
 }
 
 AppFixture::~AppFixture()
@@ -63,3 +67,5 @@ QByteArray AppFixture::fileWithoutRows()
            "<s:AttributeType name='ResSTring' rs:number='2'/>"
            "</s:ElementType></s:Schema><rs:data></rs:data></xml>";
 }
+
+} // namespace norvane

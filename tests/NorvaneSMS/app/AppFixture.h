@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 /// A program folder of its own, a made-up Spanish system, and message boxes that keep what they
 /// show. The globals are released behind each test.
 class AppFixture : public ::testing::Test
@@ -30,3 +32,5 @@ protected:
 private:
     QTemporaryDir m_folder;
 };
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using ConsoleDesign::Kind;
@@ -40,19 +44,19 @@ const QList<Shown> &allShown()
         {"lblPhone", 3760006},
         {"lblDeliveryDate", 3760007},
         {"fraQueueDetails", 3760008},
-        {"fraSentDetails", 3760009, {}, u" ( 100000 )"_qs},
+        {"fraSentDetails", 3760009, {}, u" ( 100000 )"_s},
         {"fraDeviceStatus", 3760010},
         {"fraDeviceStatus", 3760012},
         {"fraQueueStatus", 3760011},
         {"lblQueueSize", 3760013},
-        {"lblQueueSize", 3760025, {u"100000"_qs}},
+        {"lblQueueSize", 3760025, {u"100000"_s}},
         {"lblEngineStatus", 3760014},
         {"lblEngineStatus", 3760026},
         {"lblDeviceInfo", 3760015},
         {"lblDeviceStatus", 3760019},
         {"lblDeviceStatus", 3760088},
-        {"lblSMSChars", 3760027, {u"160"_qs, u"160"_qs}},
-        {"lblEstimated", 3760053, {u"00:00:00"_qs}},
+        {"lblSMSChars", 3760027, {u"160"_s, u"160"_s}},
+        {"lblEstimated", 3760053, {u"00:00:00"_s}},
         {"fraCommunication", 3760087},
         {"fraCommunication", 3760090},
     };
@@ -96,7 +100,7 @@ protected:
     }
     QString text(qint32 id) const { return m_language.GS(id).remove(u'&'); }
 
-    const QFont font{QStringLiteral("Liberation Sans"), 8};
+    const QFont font{u"Liberation Sans"_s, 8};
     const QFontMetrics metrics{font};
 
 private:
@@ -108,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(Each, CaptionWidthsTest, ::testing::Values("ESN", "CAT"
 
 TEST_P(CaptionWidthsTest, faceIsTheOneThatTheCaptionsWereFittedWith)
 {
-    EXPECT_EQ(QFontInfo(font).family(), u"Liberation Sans"_qs);
+    EXPECT_EQ(QFontInfo(font).family(), u"Liberation Sans"_s);
 }
 
 TEST_P(CaptionWidthsTest, labelsAndFramesHoldTheirTextsInOneLine)
@@ -125,7 +129,7 @@ TEST_P(CaptionWidthsTest, labelsAndFramesHoldTheirTextsInOneLine)
 
 TEST_P(CaptionWidthsTest, labelsAreHighEnoughForALine)
 {
-    const int inked = metrics.tightBoundingRect(u"ÁÇgjpqy"_qs).height();
+    const int inked = metrics.tightBoundingRect(u"ÁÇgjpqy"_s).height();
     for (const Shown &shown : allShown()) {
         const auto design = control(shown.control);
         if (design.kind == Kind::Label || design.kind == Kind::CentredLabel) {
@@ -176,8 +180,10 @@ TEST_P(CaptionWidthsTest, everyCaptionOfTheConsoleIsMeasured)
 TEST_P(CaptionWidthsTest, frameOfTheEngineHoldsItsDesignText)
 {
     const auto design = control("fraEngineStatus");
-    EXPECT_EQ(design.text, u"Estado"_qs);
+    EXPECT_EQ(design.text, u"Estado"_s);
     EXPECT_LE(metrics.horizontalAdvance(design.text), widthOf(design) - 2 * frameIndent);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int quietFor = 1500;
@@ -18,13 +22,13 @@ protected:
     static QWidget *window()
     {
         for (QWidget *const each : QApplication::topLevelWidgets()) {
-            if (each->objectName() == QLatin1String("EngineWaitNotice") && each->isVisible())
+            if (each->objectName() == "EngineWaitNotice"_L1 && each->isVisible())
                 return each;
         }
         return nullptr;
     }
 
-    const LoadedLanguage language{QStringLiteral("ESN")};
+    const LoadedLanguage language{u"ESN"_s};
     EngineWaitNotice notice{quietFor};
 };
 
@@ -106,3 +110,5 @@ TEST_F(EngineWaitNoticeTest, itCanBeShownAgain)
 }
 
 } // namespace
+
+} // namespace norvane

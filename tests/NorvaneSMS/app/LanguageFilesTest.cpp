@@ -12,6 +12,10 @@
 #include <algorithm>
 #include <functional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString fileOf(const QString &language)
@@ -38,7 +42,7 @@ QList<qint32> numbersIn(const QRegularExpression &pattern, const QString &text)
 /// The ids of the file's rows, in their order.
 QList<qint32> idsOf(const QString &language)
 {
-    static const QRegularExpression id(QStringLiteral("ResID=\"(-?\\d+)\""));
+    static const QRegularExpression id(u"ResID=\"(-?\\d+)\""_s);
     return numbersIn(id, QString::fromUtf8(contentOf(fileOf(language))));
 }
 
@@ -55,7 +59,7 @@ QMap<qint32, QString> textsOf(const QString &language)
 
 QStringList placeholdersOf(const QString &text)
 {
-    static const QRegularExpression placeholder(QStringLiteral("%\\d+"));
+    static const QRegularExpression placeholder(u"%\\d+"_s);
     QStringList result;
     auto matches = placeholder.globalMatch(text);
     while (matches.hasNext())
@@ -67,10 +71,10 @@ QStringList placeholdersOf(const QString &text)
 /// The ids that the sources name: 0, 14 and 16 as arguments of GS, all others wherever they stand.
 QSet<qint32> idsInUse()
 {
-    static const QRegularExpression large(QStringLiteral("\\b(376\\d{4})\\b"));
-    static const QRegularExpression small(QStringLiteral("\\bGS\\((0|14|16)\\b"));
+    static const QRegularExpression large(u"\\b(376\\d{4})\\b"_s);
+    static const QRegularExpression small(u"\\bGS\\((0|14|16)\\b"_s);
     QSet<qint32> result;
-    QDirIterator files(QStringLiteral(NORVANE_SOURCE_DIR "/src"), {u"*.cpp"_qs, u"*.h"_qs},
+    QDirIterator files(QStringLiteral(NORVANE_SOURCE_DIR "/src"), {u"*.cpp"_s, u"*.h"_s},
                        QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString text = QString::fromUtf8(contentOf(files.next()));
@@ -104,7 +108,7 @@ TEST_P(LanguageFilesTest, idsAscendAndAreThoseOfTheSpanishFile)
     const QList<qint32> ids = idsOf(language());
     EXPECT_GT(ids.size(), 60);
     EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()), ids.end());
-    EXPECT_EQ(ids, idsOf(u"ESN"_qs));
+    EXPECT_EQ(ids, idsOf(u"ESN"_s));
 }
 
 TEST_P(LanguageFilesTest, everyIdThatTheSourcesNameHasAText)
@@ -131,7 +135,7 @@ TEST_P(LanguageFilesTest, everyTextThatTheConsoleAndItsDialogsShowIsThere)
 
 TEST_P(LanguageFilesTest, titleOfBoxesIsTheProgramNameAlone)
 {
-    EXPECT_EQ(texts().value(0), u"%1"_qs);
+    EXPECT_EQ(texts().value(0), u"%1"_s);
 }
 
 TEST_P(LanguageFilesTest, placeholdersAreThoseThatTheProgramFills)
@@ -204,3 +208,5 @@ TEST_P(LanguageFilesTest, fileBesideTheProgramsIsTheSame)
 }
 
 } // namespace
+
+} // namespace norvane

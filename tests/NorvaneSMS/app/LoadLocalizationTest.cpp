@@ -8,6 +8,10 @@
 
 #include <stdexcept>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class LoadLocalizationTest : public AppFixture
@@ -50,7 +54,7 @@ protected:
         EXPECT_EQ(boxes.shown.at(0),
                   (RecordingMessageBoxes::Shown{text, MessageBoxes::Icon::Critical,
                                                 MessageBoxes::Buttons::Ok,
-                                                u"Norvane SMS - Load Resource File"_qs}))
+                                                u"Norvane SMS - Load Resource File"_s}))
             << qPrintable(boxes.shown.at(0).text);
     }
 
@@ -61,56 +65,55 @@ protected:
 
 TEST_F(LoadLocalizationTest, goodFileIsLoadedWithoutAWord)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     EXPECT_TRUE(load());
     EXPECT_TRUE(boxes.shown.isEmpty());
     ASSERT_TRUE(goLocalize);
-    EXPECT_EQ(goLocalize->LanguageID(), u"ESN"_qs);
-    EXPECT_EQ(GS(3760003), u"&Enviar"_qs);
-    EXPECT_EQ(GS(0, u"Norvane SMS"_qs), u"Norvane SMS"_qs);
+    EXPECT_EQ(goLocalize->LanguageID(), u"ESN"_s);
+    EXPECT_EQ(GS(3760003), u"&Enviar"_s);
+    EXPECT_EQ(GS(0, u"Norvane SMS"_s), u"Norvane SMS"_s);
 }
 
 TEST_F(LoadLocalizationTest, snapshotIsFilledFromTheLocale)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     ASSERT_TRUE(load());
-    EXPECT_EQ(goStartUpData->CountryName, u"España"_qs);
-    EXPECT_EQ(goStartUpData->LanguageName, u"Spanish"_qs);
-    EXPECT_EQ(goStartUpData->ShortDateFormat, u"d/m/yy"_qs);
-    EXPECT_EQ(goStartUpData->LongDateFormat, u"dddd, d 'de' MMMM 'de' yyyy"_qs);
-    EXPECT_EQ(goStartUpData->DecimalSeparator, u","_qs);
-    EXPECT_EQ(goStartUpData->ThousandSeparator, u"."_qs);
+    EXPECT_EQ(goStartUpData->CountryName, u"España"_s);
+    EXPECT_EQ(goStartUpData->LanguageName, u"Spanish"_s);
+    EXPECT_EQ(goStartUpData->ShortDateFormat, u"d/m/yy"_s);
+    EXPECT_EQ(goStartUpData->LongDateFormat, u"dddd, d 'de' MMMM 'de' yyyy"_s);
+    EXPECT_EQ(goStartUpData->DecimalSeparator, u","_s);
+    EXPECT_EQ(goStartUpData->ThousandSeparator, u"."_s);
     EXPECT_FALSE(goStartUpData->DebugMode);
 }
 
 TEST_F(LoadLocalizationTest, countryAndLanguageAreSettledWhateverWasFound)
 {
-    const std::pair<QString, QString> rows[] = {{u"ESN"_qs, u"ESP"_qs}, {u"esp"_qs, u"esp"_qs},
-                                                {u"CAT"_qs, u"ESP"_qs}, {u"ptg"_qs, u"prt"_qs},
-                                                {u"PTG"_qs, u"AGO"_qs}, {u"ENG"_qs, u"GBR"_qs},
-                                                {QString(), QString()}};
-    installLanguage(u"ESN"_qs);
+    const std::pair<QString, QString> rows[] = {
+        {u"ESN"_s, u"ESP"_s}, {u"esp"_s, u"esp"_s}, {u"CAT"_s, u"ESP"_s},  {u"ptg"_s, u"prt"_s},
+        {u"PTG"_s, u"AGO"_s}, {u"ENG"_s, u"GBR"_s}, {QString(), QString()}};
+    installLanguage(u"ESN"_s);
     for (const auto &[language, country] : rows) {
         goStartUpData = std::make_unique<clsStartUpData>();
         platform.items[LocaleItem::AbbreviatedLanguage] = language;
         platform.items[LocaleItem::AbbreviatedCountry] = country;
         ASSERT_TRUE(load()) << qPrintable(language);
-        EXPECT_EQ(goStartUpData->Country, u"ESP"_qs);
-        EXPECT_EQ(goStartUpData->Language, u"ESN"_qs);
-        EXPECT_EQ(goLocalize->LanguageID(), u"ESN"_qs);
-        EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_qs);
+        EXPECT_EQ(goStartUpData->Country, u"ESP"_s);
+        EXPECT_EQ(goStartUpData->Language, u"ESN"_s);
+        EXPECT_EQ(goLocalize->LanguageID(), u"ESN"_s);
+        EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_s);
     }
 }
 
 TEST_F(LoadLocalizationTest, portugueseSystemLooksForTheSpanishFile)
 {
-    platform.items[LocaleItem::AbbreviatedLanguage] = u"PTG"_qs;
-    platform.items[LocaleItem::AbbreviatedCountry] = u"PRT"_qs;
-    platform.items[LocaleItem::Language] = u"Portuguese"_qs;
-    installLanguage(u"PTG"_qs);
+    platform.items[LocaleItem::AbbreviatedLanguage] = u"PTG"_s;
+    platform.items[LocaleItem::AbbreviatedCountry] = u"PRT"_s;
+    platform.items[LocaleItem::Language] = u"Portuguese"_s;
+    installLanguage(u"PTG"_s);
     EXPECT_FALSE(load());
-    EXPECT_EQ(goStartUpData->Country, u"ESP"_qs);
-    EXPECT_EQ(goStartUpData->LanguageName, u"Portuguese"_qs);
+    EXPECT_EQ(goStartUpData->Country, u"ESP"_s);
+    EXPECT_EQ(goStartUpData->LanguageName, u"Portuguese"_s);
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_TRUE(boxes.shown.at(0).text.contains(u"NorvaneSMS_ESN.XML "));
     EXPECT_TRUE(boxes.shown.at(0).text.contains(u"your language: Portuguese\r\n"));
@@ -125,8 +128,8 @@ TEST_F(LoadLocalizationTest, nationIsAskedOnThreeSystemsOnly)
     } rows[] = {{1, 4, 90, true},  {2, 5, 1, true},  {2, 5, 2, true},  {2, 5, 0, false},
                 {1, 4, 10, false}, {1, 4, 0, false}, {2, 4, 0, false}, {2, 3, 51, false},
                 {2, 6, 0, false},  {0, 3, 1, false}, {4, 6, 1, false}};
-    installLanguage(u"ESN"_qs);
-    nation = u"PRT"_qs;
+    installLanguage(u"ESN"_s);
+    nation = u"PRT"_s;
     for (const auto &row : rows) {
         goStartUpData = std::make_unique<clsStartUpData>();
         nationQueries = 0;
@@ -143,7 +146,7 @@ TEST_F(LoadLocalizationTest, nationIsAskedOnThreeSystemsOnly)
 
 TEST_F(LoadLocalizationTest, versionQueryThatFailsLeavesTheCountryToTheLocale)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     platform.onVersion = [] { return std::nullopt; };
     EXPECT_TRUE(load());
     EXPECT_EQ(nationQueries, 0);
@@ -156,7 +159,7 @@ TEST_F(LoadLocalizationTest, onlyNationsOfTheListStand)
                                                   {"CPV", true},  {"MOZ", true},   {"GTM", true},
                                                   {"PAN", true},  {"FRA", false},  {"BRA", false},
                                                   {"prt", false}, {"PRTX", false}, {"", false}};
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     useSystem(2, 5, 1);
     for (const auto &[code, stands] : rows) {
         goStartUpData = std::make_unique<clsStartUpData>();
@@ -169,9 +172,9 @@ TEST_F(LoadLocalizationTest, onlyNationsOfTheListStand)
 
 TEST_F(LoadLocalizationTest, failureOfTheNationQueryIsIgnored)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     useSystem(2, 5, 1);
-    platform.onNation = []() -> QString { throw NumberedFailure(5, u"nation"_qs, u"Bad"_qs); };
+    platform.onNation = []() -> QString { throw NumberedFailure(5, u"nation"_s, u"Bad"_s); };
     EXPECT_TRUE(load());
     EXPECT_TRUE(localeWasAskedForTheCountry());
     platform.onNation = []() -> QString { throw std::runtime_error("nation"); };
@@ -181,9 +184,9 @@ TEST_F(LoadLocalizationTest, failureOfTheNationQueryIsIgnored)
 
 TEST_F(LoadLocalizationTest, failureOfTheVersionQueryIsIgnored)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     platform.onVersion = []() -> std::optional<VersionRecord> {
-        throw NumberedFailure(5, u"version"_qs, u"Bad"_qs);
+        throw NumberedFailure(5, u"version"_s, u"Bad"_s);
     };
     EXPECT_TRUE(load());
     EXPECT_TRUE(localeWasAskedForTheCountry());
@@ -192,12 +195,12 @@ TEST_F(LoadLocalizationTest, failureOfTheVersionQueryIsIgnored)
 
 TEST_F(LoadLocalizationTest, languagePassedInNamesTheFile)
 {
-    installLanguage(u"CAT"_qs);
-    EXPECT_TRUE(load(u"CAT"_qs));
-    EXPECT_EQ(goLocalize->LanguageID(), u"CAT"_qs);
-    EXPECT_EQ(GS(3760003), u"&Envia"_qs);
-    EXPECT_EQ(goStartUpData->Language, u"ESN"_qs);
-    EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_qs);
+    installLanguage(u"CAT"_s);
+    EXPECT_TRUE(load(u"CAT"_s));
+    EXPECT_EQ(goLocalize->LanguageID(), u"CAT"_s);
+    EXPECT_EQ(GS(3760003), u"&Envia"_s);
+    EXPECT_EQ(goStartUpData->Language, u"ESN"_s);
+    EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_s);
 }
 
 TEST_F(LoadLocalizationTest, missingFileIsToldWordForWord)
@@ -207,13 +210,13 @@ TEST_F(LoadLocalizationTest, missingFileIsToldWordForWord)
                  u"for this country it is necessary the file NorvaneSMS_ESN.XML \r\n"
                  u"in the same folder as the App\r\n"
                  u"\r\n"
-                 u"contact soporte@norvane.example to obtine that file\r\n"_qs);
+                 u"contact soporte@norvane.example to obtine that file\r\n"_s);
     EXPECT_FALSE(goLocalize);
 }
 
 TEST_F(LoadLocalizationTest, folderOfTheFilesNameIsNoFile)
 {
-    QDir().mkpath(platform.ownFolder + QStringLiteral("/NorvaneSMS_ESN.XML"));
+    QDir().mkpath(platform.ownFolder + u"/NorvaneSMS_ESN.XML"_s);
     EXPECT_FALSE(load());
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_TRUE(boxes.shown.at(0).text.startsWith(u"It is not possible open"));
@@ -221,8 +224,8 @@ TEST_F(LoadLocalizationTest, folderOfTheFilesNameIsNoFile)
 
 TEST_F(LoadLocalizationTest, missingFileOfAnotherLanguageNamesTheSettledOne)
 {
-    installLanguage(u"ESN"_qs);
-    EXPECT_FALSE(load(u"CAT"_qs));
+    installLanguage(u"ESN"_s);
+    EXPECT_FALSE(load(u"CAT"_s));
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_TRUE(boxes.shown.at(0).text.contains(u"the file NorvaneSMS_ESN.XML \r\n"));
 }
@@ -232,34 +235,34 @@ TEST_F(LoadLocalizationTest, badFileIsToldWordForWord)
     for (const QByteArray &bytes :
          {QByteArray(), QByteArray("no table"), QByteArray("<xml/>"), fileWithoutRows()}) {
         boxes.shown.clear();
-        writeLanguageFile(u"ESN"_qs, bytes);
+        writeLanguageFile(u"ESN"_s, bytes);
         EXPECT_FALSE(load());
         expectOneBox(u"Error in loading the file NorvaneSMS_ESN.XML \r\n"
-                     u"the file seems to be corrupted\r\n"_qs);
+                     u"the file seems to be corrupted\r\n"_s);
     }
 }
 
 TEST_F(LoadLocalizationTest, aMisspeltColumnMakesTheWholeFileBad)
 {
-    installLanguage(u"ESN"_qs);
-    QFile original(platform.ownFolder + QStringLiteral("/NorvaneSMS_ESN.XML"));
+    installLanguage(u"ESN"_s);
+    QFile original(platform.ownFolder + u"/NorvaneSMS_ESN.XML"_s);
     ASSERT_TRUE(original.open(QIODevice::ReadOnly));
     const QByteArray good = original.readAll();
     for (const auto &[column, misspelt] :
          {std::pair{"ResSTring", "ResString"}, std::pair{"ResID", "ResId"}}) {
         boxes.shown.clear();
         QByteArray bytes = good;
-        writeLanguageFile(u"ESN"_qs, bytes.replace(column, misspelt));
+        writeLanguageFile(u"ESN"_s, bytes.replace(column, misspelt));
         EXPECT_FALSE(load());
         expectOneBox(u"Error in loading the file NorvaneSMS_ESN.XML \r\n"
-                     u"the file seems to be corrupted\r\n"_qs);
+                     u"the file seems to be corrupted\r\n"_s);
         EXPECT_THROW(GS(14), NumberedFailure);
     }
 }
 
 TEST_F(LoadLocalizationTest, badFileLeavesNoTexts)
 {
-    writeLanguageFile(u"ESN"_qs, fileWithoutRows());
+    writeLanguageFile(u"ESN"_s, fileWithoutRows());
     EXPECT_FALSE(load());
     ASSERT_TRUE(goLocalize); // the file was there, so the object is
     EXPECT_THROW(GS(3760003), NumberedFailure);
@@ -267,37 +270,39 @@ TEST_F(LoadLocalizationTest, badFileLeavesNoTexts)
 
 TEST_F(LoadLocalizationTest, anyOtherFailureIsToldWithThePathSoFar)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     platform.onLocaleItem = [](qint32 item) {
         if (item == LocaleItem::LongDate)
-            throw NumberedFailure(5, u"locale"_qs, u"Invalid procedure call"_qs);
+            throw NumberedFailure(5, u"locale"_s, u"Invalid procedure call"_s);
     };
     EXPECT_FALSE(load());
-    expectOneBox(u"Canot open the resource file \r\n0"_qs);
+    expectOneBox(u"Canot open the resource file \r\n0"_s);
 
     boxes.shown.clear();
     platform.onLocaleItem = [](qint32) { throw std::runtime_error("locale"); };
     EXPECT_FALSE(load());
-    expectOneBox(u"Canot open the resource file \r\n0"_qs);
+    expectOneBox(u"Canot open the resource file \r\n0"_s);
 }
 
 TEST(SupportAddressesTest, addressesAreThoseOfTheHelpDesk)
 {
-    EXPECT_EQ(SupportAddresses::Web, u"https://soporte.norvane.example"_qs);
-    EXPECT_EQ(SupportAddresses::SpanishMail, u"soporte@norvane.example"_qs);
-    EXPECT_EQ(SupportAddresses::PortugueseMail, u"suporte@norvane.example"_qs);
+    EXPECT_EQ(SupportAddresses::Web, u"https://soporte.norvane.example"_s);
+    EXPECT_EQ(SupportAddresses::SpanishMail, u"soporte@norvane.example"_s);
+    EXPECT_EQ(SupportAddresses::PortugueseMail, u"suporte@norvane.example"_s);
 }
 
 TEST_F(LoadLocalizationTest, releasedGlobalsAreGone)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     ASSERT_TRUE(load());
     modSMSClient::ReleaseGlobals();
     EXPECT_FALSE(goStartUpData);
     EXPECT_FALSE(goLocalize);
     EXPECT_THROW(GS(3760003), NumberedFailure);
-    EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_qs);
+    EXPECT_EQ(SupportContact, u"https://soporte.norvane.example"_s);
     modSMSClient::ReleaseGlobals();
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <QFileInfo>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A store in memory that notes into `log` what it is asked.
@@ -19,14 +23,14 @@ public:
     QString get(const QString &, const QString &, const QString &key,
                 const QString &defaultValue) const override
     {
-        m_log.append(u"read "_qs + key);
+        m_log.append(u"read "_s + key);
         if (fails)
-            Failure::raise(Failure::PathFileAccess, u"settings"_qs);
+            Failure::raise(Failure::PathFileAccess, u"settings"_s);
         return values.value(key, defaultValue);
     }
     void save(const QString &, const QString &, const QString &key, const QString &value) override
     {
-        m_log.append(u"write "_qs + key + u'=' + value);
+        m_log.append(u"write "_s + key + u'=' + value);
         values.insert(key, value);
     }
 
@@ -42,10 +46,10 @@ class MainTest : public AppFixture
 protected:
     MainTest()
     {
-        platform.onLocaleItem = [this](qint32) { note(u"locale"_qs); };
+        platform.onLocaleItem = [this](qint32) { note(u"locale"_s); };
         platform.onCommonAppDataFolder = [this] {
             languageWasLoadedFirst = goLocalize != nullptr;
-            note(u"data folder"_qs);
+            note(u"data folder"_s);
         };
     }
 
@@ -53,9 +57,9 @@ protected:
     {
         return modSMSClient::Main(
             helpers, {[this]() -> std::unique_ptr<SMSManager> {
-                          note(u"engine"_qs);
+                          note(u"engine"_s);
                           if (engineFails)
-                              Failure::raise(Failure::CannotCreateObject, u"SMSManager"_qs);
+                              Failure::raise(Failure::CannotCreateObject, u"SMSManager"_s);
                           return std::make_unique<RecordingEngine>(script);
                       },
                       modSMSClient::ReleaseGlobals,
@@ -63,12 +67,12 @@ protected:
                       ModeSettings(settings, platform.ownFolder), QLocale::c()});
     }
 
-    QString tree() const { return platform.commonData + QStringLiteral("/KELD"); }
+    QString tree() const { return platform.commonData + u"/KELD"_s; }
 
     void expectNothingStarted()
     {
         EXPECT_EQ(boxes.shown.size(), 1);
-        EXPECT_EQ(log, (QStringList{u"locale"_qs}));
+        EXPECT_EQ(log, (QStringList{u"locale"_s}));
         EXPECT_TRUE(script.calls.isEmpty());
         EXPECT_FALSE(QFileInfo::exists(tree()));
         EXPECT_EQ(DataFolder, QString());
@@ -90,103 +94,103 @@ protected:
 
 TEST_F(MainTest, missingLanguageFileEndsTheProgramBeforeAnythingIsStarted)
 {
-    settings.values[u"ServerMode"_qs] = u"perhaps"_qs;
+    settings.values[u"ServerMode"_s] = u"perhaps"_s;
     EXPECT_FALSE(runMain());
     expectNothingStarted();
-    EXPECT_EQ(settings.values.value(u"ServerMode"_qs), u"perhaps"_qs);
+    EXPECT_EQ(settings.values.value(u"ServerMode"_s), u"perhaps"_s);
 }
 
 TEST_F(MainTest, badLanguageFileEndsTheProgramBeforeAnythingIsStarted)
 {
-    writeLanguageFile(u"ESN"_qs, "<xml>");
+    writeLanguageFile(u"ESN"_s, "<xml>");
     EXPECT_FALSE(runMain());
     expectNothingStarted();
 }
 
 TEST_F(MainTest, emptyLanguageFileEndsTheProgramBeforeAnythingIsStarted)
 {
-    writeLanguageFile(u"ESN"_qs, fileWithoutRows());
+    writeLanguageFile(u"ESN"_s, fileWithoutRows());
     EXPECT_FALSE(runMain());
     expectNothingStarted();
 }
 
 TEST_F(MainTest, entryGoesFromTheEnvironmentOverTheDataFolderAndTheRepairToTheConsole)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     const auto console = runMain();
     ASSERT_TRUE(console);
-    EXPECT_EQ(log, (QStringList{u"locale"_qs, u"data folder"_qs, u"read ServerMode"_qs,
-                                u"read ServerMode"_qs, u"read QueueFolder"_qs,
-                                u"read ServerMode"_qs, u"engine"_qs}));
+    EXPECT_EQ(
+        log, (QStringList{u"locale"_s, u"data folder"_s, u"read ServerMode"_s, u"read ServerMode"_s,
+                          u"read QueueFolder"_s, u"read ServerMode"_s, u"engine"_s}));
     EXPECT_TRUE(languageWasLoadedFirst);
-    EXPECT_EQ(script.calls, (QStringList{u"new 1"_qs, u"GetQueueSize"_qs, u"GetQueue"_qs,
-                                         u"GetEngineStatus"_qs}));
+    EXPECT_EQ(script.calls,
+              (QStringList{u"new 1"_s, u"GetQueueSize"_s, u"GetQueue"_s, u"GetEngineStatus"_s}));
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_TRUE(console->isVisible());
     EXPECT_FALSE(console->isModal());
-    EXPECT_EQ(console->windowTitle(), u"Norvane SMS - Centro de mensajes"_qs);
+    EXPECT_EQ(console->windowTitle(), u"Norvane SMS - Centro de mensajes"_s);
 }
 
 TEST_F(MainTest, snapshotIsThereFirstOfAll)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     bool wasThere = true;
     platform.onLocaleItem = [&](qint32) { wasThere = wasThere && goStartUpData; };
     ASSERT_FALSE(goStartUpData);
     const auto console = runMain();
     EXPECT_TRUE(wasThere);
-    EXPECT_EQ(goStartUpData->Language, u"ESN"_qs);
+    EXPECT_EQ(goStartUpData->Language, u"ESN"_s);
 }
 
 TEST_F(MainTest, dataFolderIsResolvedAndItsMissingFileIgnored)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     const auto console = runMain();
     ASSERT_TRUE(console);
-    EXPECT_TRUE(QFileInfo(tree() + QStringLiteral("/Norvane")).isDir());
+    EXPECT_TRUE(QFileInfo(tree() + u"/Norvane"_s).isDir());
     EXPECT_EQ(DataFolder, QString());
 }
 
 TEST_F(MainTest, dataFolderOfTheConfigurationIsKept)
 {
-    installLanguage(u"ESN"_qs);
-    QFile file(platform.ownFolder + QStringLiteral("/Norvane.ini"));
+    installLanguage(u"ESN"_s);
+    QFile file(platform.ownFolder + u"/Norvane.ini"_s);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("[General]\nDataFolder=/srv/norvane\n");
     file.close();
     const auto console = runMain();
-    EXPECT_EQ(DataFolder, u"/srv/norvane"_qs);
+    EXPECT_EQ(DataFolder, u"/srv/norvane"_s);
     console->close();
-    EXPECT_EQ(DataFolder, u"/srv/norvane"_qs);
+    EXPECT_EQ(DataFolder, u"/srv/norvane"_s);
 }
 
 TEST_F(MainTest, unreadableModeIsRepairedBeforeTheConsoleReadsIt)
 {
-    installLanguage(u"ESN"_qs);
-    settings.values[u"ServerMode"_qs] = u"perhaps"_qs;
+    installLanguage(u"ESN"_s);
+    settings.values[u"ServerMode"_s] = u"perhaps"_s;
     const auto console = runMain();
     ASSERT_TRUE(console);
-    EXPECT_EQ(log.filter(u"write"_qs), (QStringList{u"write ServerMode=True"_qs}));
-    EXPECT_LT(log.indexOf(u"write ServerMode=True"_qs), log.indexOf(u"read QueueFolder"_qs));
+    EXPECT_EQ(log.filter(u"write"_s), (QStringList{u"write ServerMode=True"_s}));
+    EXPECT_LT(log.indexOf(u"write ServerMode=True"_s), log.indexOf(u"read QueueFolder"_s));
     EXPECT_EQ(script.objectsMade, 1);
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
 TEST_F(MainTest, unconfiguredConsoleWritesNoSettings)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     const auto console = runMain();
-    EXPECT_TRUE(log.filter(u"write"_qs).isEmpty());
+    EXPECT_TRUE(log.filter(u"write"_s).isEmpty());
 }
 
 TEST_F(MainTest, clientComesUpWithoutAnEngine)
 {
-    installLanguage(u"ESN"_qs);
-    settings.values[u"ServerMode"_qs] = u"False"_qs;
+    installLanguage(u"ESN"_s);
+    settings.values[u"ServerMode"_s] = u"False"_s;
     const auto console = runMain();
     ASSERT_TRUE(console);
     EXPECT_TRUE(console->isVisible());
-    EXPECT_FALSE(log.contains(u"engine"_qs));
+    EXPECT_FALSE(log.contains(u"engine"_s));
     EXPECT_TRUE(script.calls.isEmpty());
     console->close();
     EXPECT_TRUE(script.calls.isEmpty());
@@ -195,12 +199,12 @@ TEST_F(MainTest, clientComesUpWithoutAnEngine)
 
 TEST_F(MainTest, closingTheConsoleReleasesTheEngineWithoutAStopAndThenTheGlobals)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     script.status = 1;
     const auto console = runMain();
     script.calls.clear();
     console->close();
-    EXPECT_EQ(script.calls, (QStringList{u"release 1"_qs}));
+    EXPECT_EQ(script.calls, (QStringList{u"release 1"_s}));
     EXPECT_FALSE(goStartUpData);
     EXPECT_FALSE(goLocalize);
     EXPECT_TRUE(boxes.shown.isEmpty());
@@ -208,16 +212,16 @@ TEST_F(MainTest, closingTheConsoleReleasesTheEngineWithoutAStopAndThenTheGlobals
 
 TEST_F(MainTest, failureOfTheDataFolderLeavesNoConsole)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     QFile inTheWay(tree());
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     EXPECT_NE(raisedNumber([this] { runMain(); }), 0);
-    EXPECT_EQ(log, (QStringList{u"locale"_qs, u"data folder"_qs}));
+    EXPECT_EQ(log, (QStringList{u"locale"_s, u"data folder"_s}));
 }
 
 TEST_F(MainTest, failureOfTheSettingsLeavesNoConsole)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     settings.fails = true;
     EXPECT_EQ(raisedNumber([this] { runMain(); }), 75);
     EXPECT_EQ(script.objectsMade, 0);
@@ -225,7 +229,7 @@ TEST_F(MainTest, failureOfTheSettingsLeavesNoConsole)
 
 TEST_F(MainTest, failureOfTheEnginesCreationIsNotCaught)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     engineFails = true;
     EXPECT_EQ(raisedNumber([this] { runMain(); }), 429);
     EXPECT_TRUE(boxes.shown.isEmpty()); // the box is the affair of whoever called
@@ -233,10 +237,12 @@ TEST_F(MainTest, failureOfTheEnginesCreationIsNotCaught)
 
 TEST_F(MainTest, failureWhileStateIsPulledIsNotCaught)
 {
-    installLanguage(u"ESN"_qs);
+    installLanguage(u"ESN"_s);
     script.failingCalls.enqueue(1);
     EXPECT_EQ(raisedNumber([this] { runMain(); }), 462);
-    EXPECT_EQ(script.calls.last(), u"release 1"_qs);
+    EXPECT_EQ(script.calls.last(), u"release 1"_s);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -11,6 +11,10 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The boxes of the console under a title that its own language files don't have: theirs is the
 /// program's bare name, and couldn't be told from a literal.
 class BoxTitles : public QueueGridTest
@@ -24,9 +28,9 @@ protected:
         const QByteArray title = "ResID=\"0\" ResSTring=\"%1\"";
         ASSERT_TRUE(bytes.contains(title));
         bytes.replace(title, "ResID=\"0\" ResSTring=\"[%1]\"");
-        const QString path = folder.filePath(QStringLiteral("NorvaneSMS_ESN.XML"));
+        const QString path = folder.filePath(u"NorvaneSMS_ESN.XML"_s);
         writeFile(path, bytes);
-        ASSERT_TRUE(goLocalize->Init(path, QStringLiteral("ESN")));
+        ASSERT_TRUE(goLocalize->Init(path, u"ESN"_s));
         storeQueueFolder(folder.path());
     }
 
@@ -36,19 +40,18 @@ protected:
     }
     void send()
     {
-        control<QLineEdit>("txtPhone")->setText(QStringLiteral("1"));
+        control<QLineEdit>("txtPhone")->setText(u"1"_s);
         press("btnSend");
     }
     void import(const QByteArray &lines)
     {
-        const QString path = folder.filePath(QStringLiteral("list.txt"));
+        const QString path = folder.filePath(u"list.txt"_s);
         writeFile(path, lines);
         QTimer::singleShot(0, console.get(), [&] {
             auto *const form = console->findChild<frmImport *>();
             ASSERT_NE(form, nullptr);
-            form->findChild<QLineEdit *>(QStringLiteral("txtFilePath"))->setText(path);
-            QTest::mouseClick(form->findChild<QPushButton *>(QStringLiteral("btnImport")),
-                              Qt::LeftButton);
+            form->findChild<QLineEdit *>(u"txtFilePath"_s)->setText(path);
+            QTest::mouseClick(form->findChild<QPushButton *>(u"btnImport"_s), Qt::LeftButton);
         });
         press("btnImport");
     }
@@ -57,7 +60,7 @@ protected:
     {
         EXPECT_EQ(boxes.shown.size(), count);
         for (const RecordingMessageBoxes::Shown &box : std::as_const(boxes.shown))
-            EXPECT_EQ(box.title, QStringLiteral("[Norvane SMS]")) << box.text.toStdString();
+            EXPECT_EQ(box.title, u"[Norvane SMS]"_s) << box.text.toStdString();
         boxes.shown.clear();
     }
 
@@ -73,7 +76,7 @@ TEST_F(BoxTitles, ofAServersSendsAndOfTheImportDialogAreTheLanguages)
     expectTitled(1);
     import("1");
     expectTitled(1);
-    script.failingCall = QStringLiteral("AddSMSList");
+    script.failingCall = u"AddSMSList"_s;
     import("1");
     expectTitled(1);
     streams.onRead = [](qsizetype &) { return EIO; };
@@ -91,7 +94,7 @@ TEST_F(BoxTitles, ofAClientsSendsAreTheLanguages)
     send();
     import("1");
     expectTitled(4); // the writers' own boxes, and behind them those of the success
-    storeQueueFolder(folder.filePath(QStringLiteral("none")));
+    storeQueueFolder(folder.filePath(u"none"_s));
     console->ApplyOperationMode();
     send();
     import("1");
@@ -119,10 +122,12 @@ TEST_F(BoxTitles, ofAFailureIsTheProgramsNameWhateverTheLanguageSays)
     const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
     loadAsServer();
     show();
-    script.failingCall = QStringLiteral("AddSMS");
+    script.failingCall = u"AddSMS"_s;
     send();
     FatalReport::setTerminate(previous);
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first().title, QStringLiteral("Norvane SMS"));
+    EXPECT_EQ(boxes.shown.first().title, u"Norvane SMS"_s);
 }
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <tuple>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST(FillTemplate, fieldsTakeThePlacesOfTheirNumbers)
 {
     const QList<std::tuple<const char *, const char *, const char *>> cases{
@@ -33,7 +37,9 @@ TEST(BulkList, recipientsWithoutAPhoneGetNoMessageAndFieldsAreNotNormalised)
     clsCollection recipients;
     for (const char *const row : {"912 345 678|José", "|Ana", "913456789|Rui"})
         recipients.add(QString::fromUtf8(row), QString::fromUtf8(row));
-    const SMSList list = BulkList(u"Olá %1"_qs, recipients);
-    EXPECT_EQ(list.entries(), (QList<SMSList::Entry>{{u"912345678"_qs, u"Ola José"_qs},
-                                                     {u"913456789"_qs, u"Ola Rui"_qs}}));
+    const SMSList list = BulkList(u"Olá %1"_s, recipients);
+    EXPECT_EQ(list.entries(), (QList<SMSList::Entry>{{u"912345678"_s, u"Ola José"_s},
+                                                     {u"913456789"_s, u"Ola Rui"_s}}));
 }
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include <QPushButton>
 #include <QTest>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class ClearAndStop : public ConsoleFixture
 {
 protected:
@@ -26,8 +30,7 @@ TEST_F(ClearAndStop, stopWithAnEmptyQueueStopsWithoutAQuestion)
 {
     loadRunning(0);
     press("btnStop");
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("GetQueueSize"), QStringLiteral("StopEngine")}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"GetQueueSize"_s, u"StopEngine"_s}));
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
@@ -38,10 +41,8 @@ TEST_F(ClearAndStop, stopWithMessagesWaitingAsksWithTheirCount)
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first(),
               (RecordingMessageBoxes::Shown{GS(3760017, 7), MessageBoxes::Icon::None,
-                                            MessageBoxes::Buttons::YesNo,
-                                            QStringLiteral("Norvane SMS")}));
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("GetQueueSize"), QStringLiteral("StopEngine")}));
+                                            MessageBoxes::Buttons::YesNo, u"Norvane SMS"_s}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"GetQueueSize"_s, u"StopEngine"_s}));
 }
 
 TEST_F(ClearAndStop, noLeavesTheEngineRunning)
@@ -49,14 +50,14 @@ TEST_F(ClearAndStop, noLeavesTheEngineRunning)
     boxes.yesNoAnswer = MessageBoxes::Answer::No;
     loadRunning(1);
     press("btnStop");
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("GetQueueSize")});
+    EXPECT_EQ(takeCalls(), QStringList{u"GetQueueSize"_s});
 }
 
 TEST_F(ClearAndStop, clearOfAnEmptyQueueAsksNothing)
 {
     loadRunning(0);
     press("btnClearQueue");
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("GetQueueSize")});
+    EXPECT_EQ(takeCalls(), QStringList{u"GetQueueSize"_s});
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
@@ -65,8 +66,7 @@ TEST_F(ClearAndStop, clearOfOneMessageAsks)
     loadRunning(1);
     press("btnClearQueue");
     EXPECT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("GetQueueSize"), QStringLiteral("ClearQueue")}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"GetQueueSize"_s, u"ClearQueue"_s}));
 }
 
 TEST_F(ClearAndStop, clearAsksAndLeavesTheRedrawingToTheEngine)
@@ -76,10 +76,8 @@ TEST_F(ClearAndStop, clearAsksAndLeavesTheRedrawingToTheEngine)
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first(),
               (RecordingMessageBoxes::Shown{GS(3760016), MessageBoxes::Icon::None,
-                                            MessageBoxes::Buttons::YesNo,
-                                            QStringLiteral("Norvane SMS")}));
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("GetQueueSize"), QStringLiteral("ClearQueue")}));
+                                            MessageBoxes::Buttons::YesNo, u"Norvane SMS"_s}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"GetQueueSize"_s, u"ClearQueue"_s}));
 }
 
 TEST_F(ClearAndStop, clearIsNotDoneOnNo)
@@ -87,7 +85,7 @@ TEST_F(ClearAndStop, clearIsNotDoneOnNo)
     boxes.yesNoAnswer = MessageBoxes::Answer::No;
     loadRunning(3);
     press("btnClearQueue");
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("GetQueueSize")});
+    EXPECT_EQ(takeCalls(), QStringList{u"GetQueueSize"_s});
 }
 
 TEST_F(ClearAndStop, startAsksNothingAndChangesNoButtonByItself)
@@ -97,8 +95,10 @@ TEST_F(ClearAndStop, startAsksNothingAndChangesNoButtonByItself)
     show();
     takeCalls();
     press("btnStart");
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("StartEngine")});
+    EXPECT_EQ(takeCalls(), QStringList{u"StartEngine"_s});
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_TRUE(control("btnStart")->isEnabled());
     EXPECT_FALSE(control("btnStop")->isEnabled());
 }
+
+} // namespace norvane

@@ -17,6 +17,10 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class ClientSend : public ConsoleFixture
 {
 protected:
@@ -41,7 +45,7 @@ protected:
 
     static RecordingMessageBoxes::Shown box(const QString &text, MessageBoxes::Icon icon)
     {
-        return {text, icon, MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS")};
+        return {text, icon, MessageBoxes::Buttons::Ok, u"Norvane SMS"_s};
     }
     static RecordingMessageBoxes::Shown success()
     {
@@ -54,30 +58,30 @@ protected:
 
 TEST_F(ClientSend, oneRecordIsWrittenAndTheOperatorIsTold)
 {
-    send(QStringLiteral("912345678"), QStringLiteral("Coração nº 1"));
-    EXPECT_EQ(files(), QStringList{QStringLiteral("sms.0")});
-    EXPECT_EQ(file(QStringLiteral("sms.0")), "912345678" + QByteArray(16, ' ') + moment +
-                                                 "Coracao n\xA7 1" + QByteArray(148, ' '));
+    send(u"912345678"_s, u"Coração nº 1"_s);
+    EXPECT_EQ(files(), QStringList{u"sms.0"_s});
+    EXPECT_EQ(file(u"sms.0"_s), "912345678" + QByteArray(16, ' ') + moment + "Coracao n\xA7 1" +
+                                    QByteArray(148, ' '));
     EXPECT_EQ(boxes.shown, QList<RecordingMessageBoxes::Shown>{success()});
     EXPECT_TRUE(takeCalls().isEmpty()) << "a client has no engine to call";
 }
 
 TEST_F(ClientSend, twoSendsOfTheSameFieldsAreTwoFiles)
 {
-    send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    send(u"912345678"_s, u"Hola"_s);
     QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
-    EXPECT_EQ(files(), (QStringList{QStringLiteral("sms.0"), QStringLiteral("sms.1")}));
-    EXPECT_EQ(file(QStringLiteral("sms.0")), file(QStringLiteral("sms.1")));
+    EXPECT_EQ(files(), (QStringList{u"sms.0"_s, u"sms.1"_s}));
+    EXPECT_EQ(file(u"sms.0"_s), file(u"sms.1"_s));
     EXPECT_EQ(boxes.shown, (QList<RecordingMessageBoxes::Shown>{success(), success()}));
-    EXPECT_EQ(control<QLineEdit>("txtPhone")->text(), QStringLiteral("912345678"));
-    EXPECT_EQ(control<MessageEdit>("txtMessage")->text(), QStringLiteral("Hola"));
+    EXPECT_EQ(control<QLineEdit>("txtPhone")->text(), u"912345678"_s);
+    EXPECT_EQ(control<MessageEdit>("txtMessage")->text(), u"Hola"_s);
 }
 
 TEST_F(ClientSend, dateAndTimeAreNotBroughtUpToDateByASend)
 {
-    for (const QString &name : {QStringLiteral("sms.0"), QStringLiteral("sms.1")}) {
+    for (const QString &name : {u"sms.0"_s, u"sms.1"_s}) {
         now = now.addDays(1).addSecs(3601);
-        send(QStringLiteral("912345678"), QStringLiteral("Hola"));
+        send(u"912345678"_s, u"Hola"_s);
         EXPECT_EQ(file(name).mid(25, 14), moment) << "as the form was loaded";
         EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->date(), QDate(2026, 11, 20));
         EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->time(), QTime(9, 30, 15));
@@ -87,9 +91,9 @@ TEST_F(ClientSend, dateAndTimeAreNotBroughtUpToDateByASend)
 TEST_F(ClientSend, phoneIsWrittenWithItsPlusAndCutTo25Characters)
 {
     const QList<std::pair<QString, QByteArray>> cases{
-        {QStringLiteral("+34912345678"), "+34912345678             "},
-        {QStringLiteral("+123456789012345678901234"), "+123456789012345678901234"},
-        {QStringLiteral("+1234567890123456789012345"), "+123456789012345678901234"},
+        {u"+34912345678"_s, "+34912345678             "},
+        {u"+123456789012345678901234"_s, "+123456789012345678901234"},
+        {u"+1234567890123456789012345"_s, "+123456789012345678901234"},
         {QString(40, u'7'), QByteArray(25, '7')},
     };
     auto *const phone = control<QLineEdit>("txtPhone");
@@ -98,18 +102,18 @@ TEST_F(ClientSend, phoneIsWrittenWithItsPlusAndCutTo25Characters)
         QTest::keyClicks(phone, typed);
         QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
         EXPECT_EQ(phone->text(), typed) << "it stays as it was typed";
-        const QByteArray record = file(QStringLiteral("sms.0"));
+        const QByteArray record = file(u"sms.0"_s);
         EXPECT_EQ(record.size(), 199);
         EXPECT_EQ(record.first(25), field);
         EXPECT_EQ(record.mid(25, 14), moment);
-        ASSERT_TRUE(QFile::remove(queue.filePath(QStringLiteral("sms.0"))));
+        ASSERT_TRUE(QFile::remove(queue.filePath(u"sms.0"_s)));
     }
     EXPECT_EQ(boxes.shown, QList<RecordingMessageBoxes::Shown>(4, success())) << "nothing warns";
 }
 
 TEST_F(ClientSend, emptyPhoneDoesNothing)
 {
-    send(QString(), QStringLiteral("Hola"));
+    send(QString(), u"Hola"_s);
     EXPECT_TRUE(files().isEmpty());
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -118,37 +122,37 @@ TEST_F(ClientSend, emptyMessageAndAMomentInThePastAreWritten)
 {
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(1999, 12, 31));
     control<QTimeEdit>("tmDeliveryDate")->setTime(QTime(23, 59, 58));
-    send(QStringLiteral("1"), QString());
-    EXPECT_EQ(file(QStringLiteral("sms.0")),
+    send(u"1"_s, QString());
+    EXPECT_EQ(file(u"sms.0"_s),
               "1" + QByteArray(24, ' ') + "31121999235958" + QByteArray(160, ' '));
 }
 
 TEST_F(ClientSend, textOf160CharactersWithALineBreakFillsTheField)
 {
-    const QString text = QString(79, u'a') + QStringLiteral("\r\n") + QString(79, u'b');
-    send(QStringLiteral("1"), text);
-    EXPECT_EQ(file(QStringLiteral("sms.0")).mid(39), text.toLatin1());
+    const QString text = QString(79, u'a') + u"\r\n"_s + QString(79, u'b');
+    send(u"1"_s, text);
+    EXPECT_EQ(file(u"sms.0"_s).mid(39), text.toLatin1());
 }
 
 TEST_F(ClientSend, pastedDashIsWrittenAndTheReaderRemovesIt)
 {
     auto *const phone = control<QLineEdit>("txtPhone");
-    QGuiApplication::clipboard()->setText(QStringLiteral("912-345"));
+    QGuiApplication::clipboard()->setText(u"912-345"_s);
     phone->paste();
     QTest::mouseClick(control<QPushButton>("btnSend"), Qt::LeftButton);
-    EXPECT_EQ(file(QStringLiteral("sms.0")).first(25), "912-345" + QByteArray(18, ' '));
+    EXPECT_EQ(file(u"sms.0"_s).first(25), "912-345" + QByteArray(18, ' '));
 
     RecordingEngine reader(script);
     takeCalls();
-    ImportSMSFile(queue.filePath(QStringLiteral("sms.0")), reader, QString());
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("AddSMS(912345||2026-11-20T09:30:15)")});
+    ImportSMSFile(queue.filePath(u"sms.0"_s), reader, QString());
+    EXPECT_EQ(takeCalls(), QStringList{u"AddSMS(912345||2026-11-20T09:30:15)"_s});
 }
 
 TEST_F(ClientSend, missingFolderIsToldAndNothingElseHappens)
 {
-    storeQueueFolder(queue.filePath(QStringLiteral("none")));
+    storeQueueFolder(queue.filePath(u"none"_s));
     console->ApplyOperationMode();
-    send(QStringLiteral("1"), QStringLiteral("x"));
+    send(u"1"_s, u"x"_s);
     EXPECT_EQ(boxes.shown, QList<RecordingMessageBoxes::Shown>{
                                box(GS(3760050), MessageBoxes::Icon::Exclamation)});
     EXPECT_TRUE(streams.calls.isEmpty());
@@ -157,23 +161,22 @@ TEST_F(ClientSend, missingFolderIsToldAndNothingElseHappens)
 
 TEST_F(ClientSend, fileInThePlaceOfTheFolderIsAMissingFolder)
 {
-    writeFile(queue.filePath(QStringLiteral("file")));
-    storeQueueFolder(queue.filePath(QStringLiteral("file")));
+    writeFile(queue.filePath(u"file"_s));
+    storeQueueFolder(queue.filePath(u"file"_s));
     console->ApplyOperationMode();
-    send(QStringLiteral("1"), QStringLiteral("x"));
+    send(u"1"_s, u"x"_s);
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first().text, GS(3760050));
 }
 
 TEST_F(ClientSend, writersFailureIsFollowedByTheSuccessAllTheSame)
 {
-    const QList<std::pair<int, QString>> cases{
-        {EACCES, QStringLiteral("Permission denied - 70")},
-        {EEXIST, QStringLiteral("File already exists - 58")}};
+    const QList<std::pair<int, QString>> cases{{EACCES, u"Permission denied - 70"_s},
+                                               {EEXIST, u"File already exists - 58"_s}};
     for (const auto &[error, text] : cases) {
         boxes.shown.clear();
         streams.onCreate = [number = error](const QString &) { return number; };
-        send(QStringLiteral("1"), QStringLiteral("x"));
+        send(u"1"_s, u"x"_s);
         EXPECT_EQ(boxes.shown, (QList<RecordingMessageBoxes::Shown>{
                                    box(text, MessageBoxes::Icon::Information), success()}));
     }
@@ -184,21 +187,22 @@ TEST_F(ClientSend, writersFailureIsFollowedByTheSuccessAllTheSame)
 TEST_F(ClientSend, fullDiskLeavesAnEmptyFile)
 {
     streams.onWrite = [](const QByteArray &) { return ENOSPC; };
-    send(QStringLiteral("1"), QStringLiteral("x"));
-    EXPECT_EQ(
-        boxes.shown,
-        (QList<RecordingMessageBoxes::Shown>{
-            box(QStringLiteral("Disk full - 61"), MessageBoxes::Icon::Information), success()}));
-    EXPECT_EQ(file(QStringLiteral("sms.0")), QByteArray());
+    send(u"1"_s, u"x"_s);
+    EXPECT_EQ(boxes.shown,
+              (QList<RecordingMessageBoxes::Shown>{
+                  box(u"Disk full - 61"_s, MessageBoxes::Icon::Information), success()}));
+    EXPECT_EQ(file(u"sms.0"_s), QByteArray());
 }
 
 TEST_F(ClientSend, folderFullOfFilesShowsTheOverflowAndThenTheSuccess)
 {
     for (int number = 0; number <= 32767; ++number)
-        writeFile(queue.filePath(QStringLiteral("sms.") + QString::number(number)));
-    send(QStringLiteral("1"), QStringLiteral("x"));
-    EXPECT_EQ(boxes.shown, (QList<RecordingMessageBoxes::Shown>{
-                               box(QStringLiteral("Overflow - 6"), MessageBoxes::Icon::Information),
-                               success()}));
+        writeFile(queue.filePath(u"sms."_s + QString::number(number)));
+    send(u"1"_s, u"x"_s);
+    EXPECT_EQ(boxes.shown,
+              (QList<RecordingMessageBoxes::Shown>{
+                  box(u"Overflow - 6"_s, MessageBoxes::Icon::Information), success()}));
     EXPECT_EQ(files().size(), 32768);
 }
+
+} // namespace norvane

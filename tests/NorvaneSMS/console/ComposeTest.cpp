@@ -13,6 +13,10 @@
 
 #include <ctime>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class Compose : public ConsoleFixture
 {
 protected:
@@ -29,11 +33,10 @@ TEST_F(Compose, aSendOnAStoppedServerQueuesAndStarts)
     loadAsServer();
     show();
     takeCalls();
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     send();
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("AddSMS(912345678|Hola|2026-11-20T09:30:15)"),
-                           QStringLiteral("GetEngineStatus"), QStringLiteral("StartEngine")}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"AddSMS(912345678|Hola|2026-11-20T09:30:15)"_s,
+                                        u"GetEngineStatus"_s, u"StartEngine"_s}));
 }
 
 TEST_F(Compose, aSendOnARunningServerOnlyQueues)
@@ -42,11 +45,10 @@ TEST_F(Compose, aSendOnARunningServerOnlyQueues)
     loadAsServer();
     show();
     takeCalls();
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     send();
     EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("AddSMS(912345678|Hola|2026-11-20T09:30:15)"),
-                           QStringLiteral("GetEngineStatus")}));
+              (QStringList{u"AddSMS(912345678|Hola|2026-11-20T09:30:15)"_s, u"GetEngineStatus"_s}));
 }
 
 TEST_F(Compose, aStatusOfTwoShowsAsNotRunningAndIsNotStarted)
@@ -60,11 +62,10 @@ TEST_F(Compose, aStatusOfTwoShowsAsNotRunningAndIsNotStarted)
     EXPECT_TRUE(control("imgEngineStatus(0)")->isVisible());
     EXPECT_FALSE(control("imgEngineStatus(1)")->isVisible());
     takeCalls();
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     send();
     EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("AddSMS(912345678|Hola|2026-11-20T09:30:15)"),
-                           QStringLiteral("GetEngineStatus")}))
+              (QStringList{u"AddSMS(912345678|Hola|2026-11-20T09:30:15)"_s, u"GetEngineStatus"_s}))
         << "the status was looked at, and nothing started";
 }
 
@@ -72,13 +73,13 @@ TEST_F(Compose, noStatusButZeroStartsTheEngine)
 {
     loadAsServer();
     show();
-    fill(QStringLiteral("1"), QStringLiteral("x"));
+    fill(u"1"_s, u"x"_s);
     for (const qint32 status : {1, 2, -1, 256}) {
         script.status = status;
         takeCalls();
         send();
-        EXPECT_EQ(takeCalls(), (QStringList{QStringLiteral("AddSMS(1|x|2026-11-20T09:30:15)"),
-                                            QStringLiteral("GetEngineStatus")}))
+        EXPECT_EQ(takeCalls(),
+                  (QStringList{u"AddSMS(1|x|2026-11-20T09:30:15)"_s, u"GetEngineStatus"_s}))
             << status;
     }
 }
@@ -87,12 +88,12 @@ TEST_F(Compose, theOperatorIsToldThatTheMessageIsQueued)
 {
     loadAsServer();
     show();
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     send();
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first(), (RecordingMessageBoxes::Shown{
-                                       GS(3760052), MessageBoxes::Icon::Information,
-                                       MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS")}));
+    EXPECT_EQ(boxes.shown.first(),
+              (RecordingMessageBoxes::Shown{GS(3760052), MessageBoxes::Icon::Information,
+                                            MessageBoxes::Buttons::Ok, u"Norvane SMS"_s}));
 }
 
 TEST_F(Compose, anEmptyPhoneDoesNothingAtAll)
@@ -103,7 +104,7 @@ TEST_F(Compose, anEmptyPhoneDoesNothingAtAll)
         show();
         takeCalls();
         QApplication::setActiveWindow(console.get());
-        fill(QString(), QStringLiteral("Hola"));
+        fill(QString(), u"Hola"_s);
         control<QPushButton>("btnSend")->click();
         EXPECT_TRUE(control("btnSend")->hasFocus()) << "which the press gave it";
         EXPECT_TRUE(takeCalls().isEmpty());
@@ -116,9 +117,9 @@ TEST_F(Compose, aPhoneOfBlanksIsNotEmptyAndGoesInAsItStands)
     loadAsServer();
     show();
     takeCalls();
-    fill(QStringLiteral(" 912-345 "), QStringLiteral("x"));
+    fill(u" 912-345 "_s, u"x"_s);
     send();
-    EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS( 912-345 |x|2026-11-20T09:30:15)"));
+    EXPECT_EQ(takeCalls().constFirst(), u"AddSMS( 912-345 |x|2026-11-20T09:30:15)"_s);
 }
 
 TEST_F(Compose, theTextIsNormalised)
@@ -126,10 +127,9 @@ TEST_F(Compose, theTextIsNormalised)
     loadAsServer();
     show();
     takeCalls();
-    fill(QStringLiteral("1"), QStringLiteral("Coração à João"));
+    fill(u"1"_s, u"Coração à João"_s);
     send();
-    EXPECT_EQ(takeCalls().constFirst(),
-              QStringLiteral("AddSMS(1|Coracao a Joao|2026-11-20T09:30:15)"));
+    EXPECT_EQ(takeCalls().constFirst(), u"AddSMS(1|Coracao a Joao|2026-11-20T09:30:15)"_s);
 }
 
 TEST_F(Compose, anEmptyMessageIsSent)
@@ -137,9 +137,9 @@ TEST_F(Compose, anEmptyMessageIsSent)
     loadAsServer();
     show();
     takeCalls();
-    fill(QStringLiteral("1"), QString());
+    fill(u"1"_s, QString());
     send();
-    EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1||2026-11-20T09:30:15)"));
+    EXPECT_EQ(takeCalls().constFirst(), u"AddSMS(1||2026-11-20T09:30:15)"_s);
     EXPECT_EQ(boxes.shown.size(), 1);
 }
 
@@ -150,9 +150,9 @@ TEST_F(Compose, aMomentInThePastIsAccepted)
     takeCalls();
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(1999, 12, 31));
     control<QTimeEdit>("tmDeliveryDate")->setTime(QTime(23, 59, 58));
-    fill(QStringLiteral("1"), QStringLiteral("x"));
+    fill(u"1"_s, u"x"_s);
     send();
-    EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1|x|1999-12-31T23:59:58)"));
+    EXPECT_EQ(takeCalls().constFirst(), u"AddSMS(1|x|1999-12-31T23:59:58)"_s);
 }
 
 TEST_F(Compose, dateAndTimeCantBeEmptied)
@@ -176,12 +176,12 @@ TEST_F(Compose, dateAndTimeCantBeEmptied)
             EXPECT_EQ(box->text(), box->dateTime().toString(box->displayFormat())) << name;
         }
     }
-    const QString moment =
-        control<QDateEdit>("dtDeliveryDate")->date().toString(Qt::ISODate) + u'T' +
-        control<QTimeEdit>("tmDeliveryDate")->time().toString(QStringLiteral("HH:mm:ss"));
-    fill(QStringLiteral("1"), QStringLiteral("x"));
+    const QString moment = control<QDateEdit>("dtDeliveryDate")->date().toString(Qt::ISODate) +
+                           u'T' +
+                           control<QTimeEdit>("tmDeliveryDate")->time().toString(u"HH:mm:ss"_s);
+    fill(u"1"_s, u"x"_s);
     send();
-    EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1|x|%1)").arg(moment));
+    EXPECT_EQ(takeCalls().constFirst(), u"AddSMS(1|x|%1)"_s.arg(moment));
 }
 
 TEST_F(Compose, aMomentThatAClockChangeSkipsIsHandedOnAsItStands)
@@ -193,9 +193,9 @@ TEST_F(Compose, aMomentThatAClockChangeSkipsIsHandedOnAsItStands)
     takeCalls();
     control<QDateEdit>("dtDeliveryDate")->setDate(QDate(2026, 3, 29));
     control<QTimeEdit>("tmDeliveryDate")->setTime(QTime(2, 30));
-    fill(QStringLiteral("1"), QStringLiteral("x"));
+    fill(u"1"_s, u"x"_s);
     send();
-    EXPECT_EQ(takeCalls().constFirst(), QStringLiteral("AddSMS(1|x|2026-03-29T02:30:00)"));
+    EXPECT_EQ(takeCalls().constFirst(), u"AddSMS(1|x|2026-03-29T02:30:00)"_s);
     qunsetenv("TZ");
     tzset();
 }
@@ -204,11 +204,11 @@ TEST_F(Compose, allFieldsStayAsTheyWereAfterASend)
 {
     loadAsServer();
     show();
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     now = now.addSecs(3600);
     send();
-    EXPECT_EQ(control<QLineEdit>("txtPhone")->text(), QStringLiteral("912345678"));
-    EXPECT_EQ(control<MessageEdit>("txtMessage")->text(), QStringLiteral("Hola"));
+    EXPECT_EQ(control<QLineEdit>("txtPhone")->text(), u"912345678"_s);
+    EXPECT_EQ(control<MessageEdit>("txtMessage")->text(), u"Hola"_s);
     EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->time(), QTime(9, 30, 15));
     EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->date(), QDate(2026, 11, 20));
 }
@@ -220,13 +220,13 @@ TEST_F(Compose, anEngineCallThatFailsAsACallIsFatal)
     int exitCode = 0;
     const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
     script.failingCalls.enqueue(4); // three calls were made at load
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     send();
     FatalReport::setTerminate(previous);
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1); // the failure's, and no success after it
     EXPECT_EQ(boxes.shown.first().icon, MessageBoxes::Icon::Critical);
-    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_s));
 }
 
 TEST_F(Compose, anEngineThatFailsToStartShowsNoSuccess)
@@ -236,7 +236,7 @@ TEST_F(Compose, anEngineThatFailsToStartShowsNoSuccess)
     int exitCode = 0;
     const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
     script.failingCalls.enqueue(6); // the start: three calls at load, AddSMS, GetEngineStatus
-    fill(QStringLiteral("912345678"), QStringLiteral("Hola"));
+    fill(u"912345678"_s, u"Hola"_s);
     send();
     FatalReport::setTerminate(previous);
     EXPECT_EQ(exitCode, 1);
@@ -247,7 +247,7 @@ TEST_F(Compose, anEngineThatFailsToStartShowsNoSuccess)
 TEST_F(Compose, theCounterShowsLengthAndLimit)
 {
     loadAsServer();
-    control<MessageEdit>("txtMessage")->setText(QStringLiteral("Hola"));
+    control<MessageEdit>("txtMessage")->setText(u"Hola"_s);
     EXPECT_EQ(text("lblSMSChars"), GS(3760027, 4, 160));
 }
 
@@ -256,7 +256,7 @@ TEST_F(Compose, deletingTheWholeTextSetsTheCounterToZero)
     loadAsServer();
     show();
     auto *const message = control<MessageEdit>("txtMessage");
-    message->setText(QStringLiteral("Hola"));
+    message->setText(u"Hola"_s);
     message->selectAll();
     QTest::keyClick(message, Qt::Key_Delete);
     EXPECT_EQ(text("lblSMSChars"), GS(3760027, 0, 160));
@@ -280,6 +280,8 @@ TEST_F(Compose, typing912Blank345Gives912345)
     loadAsServer();
     show();
     auto *const phone = control<QLineEdit>("txtPhone");
-    QTest::keyClicks(phone, QStringLiteral("912 345"));
-    EXPECT_EQ(phone->text(), QStringLiteral("912345"));
+    QTest::keyClicks(phone, u"912 345"_s);
+    EXPECT_EQ(phone->text(), u"912345"_s);
 }
+
+} // namespace norvane

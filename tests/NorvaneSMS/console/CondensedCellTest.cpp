@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class CondensedCellTest : public testing::Test
@@ -16,7 +20,7 @@ protected:
         return qCeil(QFontMetricsF(font).horizontalAdvance(m_text));
     }
 
-    const QString m_text = QStringLiteral("23/11/26 10:00:59");
+    const QString m_text = u"23/11/26 10:00:59"_s;
     const QFont m_font = QGuiApplication::font();
 };
 
@@ -48,3 +52,5 @@ TEST_F(CondensedCellTest, textThatWouldNeedTooNarrowLettersIsLeftToBeCutOff)
 }
 
 } // namespace
+
+} // namespace norvane

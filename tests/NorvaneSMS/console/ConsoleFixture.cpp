@@ -9,12 +9,16 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 ConsoleFixture::ConsoleFixture()
 {
     goStartUpData = std::make_unique<clsStartUpData>();
     goLocalize = std::make_unique<cls_Localize>();
-    EXPECT_TRUE(goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"),
-                                 QStringLiteral("ESN")));
+    EXPECT_TRUE(
+        goLocalize->Init(QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_ESN.XML"), u"ESN"_s));
 }
 
 ConsoleFixture::~ConsoleFixture()
@@ -33,13 +37,12 @@ ConsoleFixture::~ConsoleFixture()
 
 void ConsoleFixture::storeMode(bool server)
 {
-    settings.values.insert(QStringLiteral("Norvane/SMS/ServerMode"),
-                           server ? QStringLiteral("True") : QStringLiteral("False"));
+    settings.values.insert(u"Norvane/SMS/ServerMode"_s, server ? u"True"_s : u"False"_s);
 }
 
 void ConsoleFixture::storeQueueFolder(const QString &folder)
 {
-    settings.values.insert(QStringLiteral("Norvane/SMS/QueueFolder"), folder);
+    settings.values.insert(u"Norvane/SMS/QueueFolder"_s, folder);
 }
 
 ConsoleEnvironment ConsoleFixture::environment()
@@ -52,15 +55,15 @@ ConsoleEnvironment ConsoleFixture::environment()
                 return made;
             },
             [this] {
-                script.calls.append(QStringLiteral("ReleaseGlobals"));
+                script.calls.append(u"ReleaseGlobals"_s);
                 if (inReleaseGlobals)
                     inReleaseGlobals();
             },
             [this] { return now; },
-            ModeSettings(settings, QStringLiteral("/program")),
+            ModeSettings(settings, u"/program"_s),
             locale,
             {&streams, &waiting},
-            FolderBrowsing{&folders, [] { return QStringLiteral("/documents/Norvane"); }},
+            FolderBrowsing{&folders, [] { return u"/documents/Norvane"_s; }},
             importing};
 }
 
@@ -115,3 +118,5 @@ QStringList ConsoleFixture::takeCalls()
 {
     return std::exchange(script.calls, {});
 }
+
+} // namespace norvane

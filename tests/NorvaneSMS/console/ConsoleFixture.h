@@ -16,6 +16,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// The console's window over a recording engine, with the Spanish texts, a clock that stands still,
 /// timers that tick when told, and message boxes that answer by themselves.
 class ConsoleFixture : public ::testing::Test
@@ -67,3 +69,5 @@ private:
 
     QList<RecordingEngine *> m_engines; ///< those that still live, the newest last
 };
+
+} // namespace norvane

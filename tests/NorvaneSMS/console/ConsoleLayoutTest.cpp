@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 using Twips::Rect;
@@ -319,3 +321,5 @@ TEST(ConsoleLayoutStepTest, buttonsFollowOneAnother)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -15,6 +15,10 @@
 #include <algorithm>
 #include <cmath>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Name, container, left, top, width and height in pixels at 15 twips each, as drawn by hand from
@@ -115,13 +119,10 @@ protected:
         return visited;
     }
 
-    const QStringList inTabOrder = {
-        QStringLiteral("btnSend"),         QStringLiteral("btnImport"),
-        QStringLiteral("txtPhone"),        QStringLiteral("txtMessage"),
-        QStringLiteral("btnDeviceConfig"), QStringLiteral("btnTestDevice"),
-        QStringLiteral("txtTerm"),         QStringLiteral("btnClearQueue"),
-        QStringLiteral("grdQueue"),        QStringLiteral("dtDeliveryDate"),
-        QStringLiteral("tmDeliveryDate"),  QStringLiteral("grdSentDetails")};
+    const QStringList inTabOrder = {u"btnSend"_s,        u"btnImport"_s,       u"txtPhone"_s,
+                                    u"txtMessage"_s,     u"btnDeviceConfig"_s, u"btnTestDevice"_s,
+                                    u"txtTerm"_s,        u"btnClearQueue"_s,   u"grdQueue"_s,
+                                    u"dtDeliveryDate"_s, u"tmDeliveryDate"_s,  u"grdSentDetails"_s};
 
     QString shownText(const char *name) const
     {
@@ -162,7 +163,7 @@ TEST_F(Controls, theMovedControlsStandAtTheWorkedPlacesAtTheDesignSize)
 TEST_F(Controls, everyControlShowsItsDesignTextUntilTheWindowIsLoaded)
 {
     make();
-    EXPECT_EQ(console->windowTitle(), QStringLiteral("Tovek SMS Center"));
+    EXPECT_EQ(console->windowTitle(), u"Tovek SMS Center"_s);
     const std::initializer_list<std::pair<const char *, const char *>> texts = {
         {"btnDeviceConfig", "Configurar"},
         {"btnTestDevice", "Testar dispositivo"},
@@ -238,23 +239,22 @@ TEST_F(Controls, tabGoesThroughTheControlsInTheOrderOfTheDesign)
 {
     loadAsServer();
     Q_EMIT engine()->EngineStatus(0);
-    EXPECT_EQ(tabbed(), inTabOrder + QStringList{QStringLiteral("btnStart")});
+    EXPECT_EQ(tabbed(), inTabOrder + QStringList{u"btnStart"_s});
 }
 
 TEST_F(Controls, tabReachesTheStopButtonWhileTheEngineRunsAndBothUntilItsStatusIsKnown)
 {
     loadAsServer();
     Q_EMIT engine()->EngineStatus(1);
-    EXPECT_EQ(tabbed(), inTabOrder + QStringList{QStringLiteral("btnStop")});
+    EXPECT_EQ(tabbed(), inTabOrder + QStringList{u"btnStop"_s});
     console->ApplyOperationMode();
-    EXPECT_EQ(tabbed(),
-              (inTabOrder + QStringList{QStringLiteral("btnStart"), QStringLiteral("btnStop")}));
+    EXPECT_EQ(tabbed(), (inTabOrder + QStringList{u"btnStart"_s, u"btnStop"_s}));
 }
 
 TEST_F(Controls, textBoxesHaveTheirKindAndLimit)
 {
     loadAsServer();
-    EXPECT_EQ(MessageEdit::MaxLength, 160);
+    EXPECT_EQ(MessageEdit::maxLength, 160);
     EXPECT_EQ(control<MessageEdit>("txtMessage")->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
     const auto *const terminal = control<TerminalView>("txtTerm");
     EXPECT_EQ(terminal->palette().color(QPalette::Base),
@@ -268,7 +268,7 @@ TEST_F(Controls, theLogIsWrittenInAFaceOfOneWidth)
 {
     loadAsServer();
     const QFont face = control("txtTerm")->font();
-    EXPECT_EQ(face.family(), QStringLiteral("Liberation Mono")) << "it has Courier's measures";
+    EXPECT_EQ(face.family(), u"Liberation Mono"_s) << "it has Courier's measures";
     EXPECT_EQ(face.styleHint(), QFont::Monospace);
     EXPECT_DOUBLE_EQ(face.pointSizeF(), 9.75);
     const QFontMetricsF drawn(face);
@@ -287,8 +287,7 @@ TEST_F(Controls, picturesHaveTheirSizesAndDisabledFormsTheirOwn)
         return control<PictureButton>(button)->icon().pixmap(QSize(24, 24), mode).toImage();
     };
     const auto file = [](const char *name) {
-        return SvgPicture::pixmap(QLatin1String(":/images/") + QLatin1String(name), {24, 24}, 1)
-            .toImage();
+        return SvgPicture::pixmap(":/images/"_L1 + QLatin1String(name), {24, 24}, 1).toImage();
     };
     const std::initializer_list<std::pair<const char *, const char *>> disabled = {
         {"btnTestDevice", "button-test-disabled.svg"},
@@ -375,3 +374,5 @@ TEST_F(Controls, buttonsHaveTheirPictures)
             << name;
     }
 }
+
+} // namespace norvane

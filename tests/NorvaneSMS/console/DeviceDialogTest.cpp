@@ -20,6 +20,10 @@
 
 #include <string>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What becomes of a window, in its order; a step that is repeated at once counts as one.
@@ -34,9 +38,9 @@ public:
     bool eventFilter(QObject *, QEvent *event) override
     {
         if (event->type() == QEvent::Resize)
-            add(QStringLiteral("size"));
+            add(u"size"_s);
         else if (event->type() == QEvent::WindowTitleChange)
-            add(QStringLiteral("title"));
+            add(u"title"_s);
         return false;
     }
 
@@ -51,8 +55,8 @@ class DeviceDialog : public ConsoleFixture
 protected:
     DeviceDialog()
     {
-        settings.values.insert(QStringLiteral("Norvane/SMS/QueueFolder"), folder.path());
-        script.settings = {0, QStringLiteral("1234"), 1, 1, QStringLiteral("COM3, 9600")};
+        settings.values.insert(u"Norvane/SMS/QueueFolder"_s, folder.path());
+        script.settings = {0, u"1234"_s, 1, 1, u"COM3, 9600"_s};
         settings.onSave = [this](const QString &key, const QString &value) {
             script.calls << key + u'=' + value;
         };
@@ -86,23 +90,22 @@ protected:
     bool isWide() const { return console->frameSize() == QSize(1009, 519); }
 
     QTemporaryDir folder;
-    const QString get = QStringLiteral("GetDeviceSettings");
-    const QString apply = QStringLiteral("ApplySettings");
+    const QString get = u"GetDeviceSettings"_s;
+    const QString apply = u"ApplySettings"_s;
 };
 
 TEST_F(DeviceDialog, aConfirmedDialogOnAServerGoesThroughItsFourSteps)
 {
     loadAsServer();
     configure([this](DeviceConfigForm &form) {
-        form.txtParameter->setText(QStringLiteral("COM7, 9600"));
-        console->setWindowTitle(QStringLiteral("another"));
+        form.txtParameter->setText(u"COM7, 9600"_s);
+        console->setWindowTitle(u"another"_s);
         press(form.cmdOk);
     });
     EXPECT_EQ(takeCalls(),
-              (QStringList{get, saved("ServerMode", QStringLiteral("True")), savedFolder(),
-                           QStringLiteral("new 2"), QStringLiteral("release 1"),
-                           QStringLiteral("SetDeviceSettings(COM7, 9600)"), apply}));
-    EXPECT_EQ(script.settings.PINCode, QStringLiteral("1234"));
+              (QStringList{get, saved("ServerMode", u"True"_s), savedFolder(), u"new 2"_s,
+                           u"release 1"_s, u"SetDeviceSettings(COM7, 9600)"_s, apply}));
+    EXPECT_EQ(script.settings.PINCode, u"1234"_s);
     EXPECT_EQ(console->windowTitle(), GS(3760000));
 }
 
@@ -134,11 +137,11 @@ TEST_F(DeviceDialog, theWindowGetsItsLimitsThenItsTitleAndThenTheSettingsAreAppl
             steps.add(call);
     };
     configure([&](DeviceConfigForm &form) {
-        console->setWindowTitle(QStringLiteral("another"));
+        console->setWindowTitle(u"another"_s);
         press(form.cmdOk);
         console->installEventFilter(&steps);
     });
-    EXPECT_EQ(steps.taken, (QStringList{QStringLiteral("size"), QStringLiteral("title"), apply}));
+    EXPECT_EQ(steps.taken, (QStringList{u"size"_s, u"title"_s, apply}));
     EXPECT_TRUE(isWide());
     EXPECT_EQ(console->windowTitle(), GS(3760000));
     script.inCall = nullptr;
@@ -186,10 +189,10 @@ TEST_F(DeviceDialog, twoConfirmedDialogsMakeTwoEnginesInTurnAndNoStopFallsBetwee
     loadAsServer();
     confirm();
     confirm();
-    const QStringList once{get, saved("ServerMode", QStringLiteral("True")), savedFolder()};
-    const QString set = QStringLiteral("SetDeviceSettings(COM3, 9600)");
-    const QStringList second{QStringLiteral("new 2"), QStringLiteral("release 1"), set, apply};
-    const QStringList third{QStringLiteral("new 3"), QStringLiteral("release 2"), set, apply};
+    const QStringList once{get, saved("ServerMode", u"True"_s), savedFolder()};
+    const QString set = u"SetDeviceSettings(COM3, 9600)"_s;
+    const QStringList second{u"new 2"_s, u"release 1"_s, set, apply};
+    const QStringList third{u"new 3"_s, u"release 2"_s, set, apply};
     EXPECT_EQ(takeCalls(), once + second + once + third);
 }
 
@@ -202,9 +205,8 @@ TEST_F(DeviceDialog, fromServerToClientStopsTheEngineAndLeavesItsQueue)
         press(form.opClient);
         press(form.cmdOk);
     });
-    EXPECT_EQ(takeCalls(),
-              (QStringList{get, saved("ServerMode", QStringLiteral("False")), savedFolder(),
-                           QStringLiteral("StopEngine"), QStringLiteral("release 1")}));
+    EXPECT_EQ(takeCalls(), (QStringList{get, saved("ServerMode", u"False"_s), savedFolder(),
+                                        u"StopEngine"_s, u"release 1"_s}));
     EXPECT_FALSE(isWide());
     EXPECT_FALSE(control("btnTestDevice")->isEnabled());
     EXPECT_FALSE(control("grdQueue")->isEnabled());
@@ -217,14 +219,12 @@ TEST_F(DeviceDialog, fromClientToServerMakesTheEngineThenHandsItTheRecord)
     show();
     configure([](DeviceConfigForm &form) {
         press(form.opServer);
-        form.txtPINCode->setText(QStringLiteral("0000"));
+        form.txtPINCode->setText(u"0000"_s);
         press(form.cmdOk);
     });
-    EXPECT_EQ(takeCalls(), (QStringList{saved("ServerMode", QStringLiteral("True")), savedFolder(),
-                                        QStringLiteral("new 1"),
-                                        QStringLiteral("SetDeviceSettings(COM1, 9600)"), apply}));
-    EXPECT_EQ(script.settings,
-              (DeviceSettings{0, QStringLiteral("0000"), 1, 1, QStringLiteral("COM1, 9600")}));
+    EXPECT_EQ(takeCalls(), (QStringList{saved("ServerMode", u"True"_s), savedFolder(), u"new 1"_s,
+                                        u"SetDeviceSettings(COM1, 9600)"_s, apply}));
+    EXPECT_EQ(script.settings, (DeviceSettings{0, u"0000"_s, 1, 1, u"COM1, 9600"_s}));
     EXPECT_TRUE(isWide());
     EXPECT_TRUE(control("btnTestDevice")->isEnabled());
 }
@@ -240,8 +240,7 @@ TEST_F(DeviceDialog, aClientThatStaysOneCallsNoEngineAndKeepsItsState)
         EXPECT_EQ(form.txtParameter->text(), QString());
         press(form.cmdOk);
     });
-    EXPECT_EQ(takeCalls(),
-              (QStringList{saved("ServerMode", QStringLiteral("False")), savedFolder()}));
+    EXPECT_EQ(takeCalls(), (QStringList{saved("ServerMode", u"False"_s), savedFolder()}));
     EXPECT_EQ(text("lblEngineStatus"), status);
     EXPECT_EQ(engine(), nullptr);
 }
@@ -282,7 +281,7 @@ TEST_F(DeviceDialog, theQueueFolderInForceIsTheOneThatWasConfirmed)
         form.txtQueueFolder->setText(other.path());
         press(form.cmdOk);
     });
-    EXPECT_EQ(settings.values.value(QStringLiteral("Norvane/SMS/QueueFolder")), other.path());
+    EXPECT_EQ(settings.values.value(u"Norvane/SMS/QueueFolder"_s), other.path());
     settings.reads.clear();
     configure([&](DeviceConfigForm &form) {
         EXPECT_EQ(form.txtQueueFolder->text(), other.path());
@@ -296,7 +295,7 @@ TEST_F(DeviceDialog, browsingBeginsWhereTheProgramWasTold)
     loadAsServer();
     configure([](DeviceConfigForm &form) {
         press(form.btnOpen);
-        EXPECT_EQ(form.txtQueueFolder->text(), QStringLiteral("/documents/Norvane"));
+        EXPECT_EQ(form.txtQueueFolder->text(), u"/documents/Norvane"_s);
         press(form.cmdCancel);
     });
 }
@@ -327,7 +326,7 @@ TEST_P(FatalDeviceDialog, endsTheProgram)
     FatalReport::setTerminate(previous);
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_s));
     EXPECT_TRUE(script.failingCall.isEmpty()) << "the call was made";
 }
 
@@ -336,3 +335,5 @@ INSTANTIATE_TEST_SUITE_P(Each, FatalDeviceDialog,
                                          FailingConfirmation{"settings", "SetDeviceSettings", true},
                                          FailingConfirmation{"apply", "ApplySettings", true}),
                          [](const auto &each) { return std::string(each.param.name); });
+
+} // namespace norvane

@@ -13,6 +13,10 @@
 #include <QTest>
 #include <QTimer>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Counts the paintings of a widget.
@@ -51,7 +55,7 @@ protected:
                                     down ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
             else
                 event = new QKeyEvent(down ? QEvent::KeyPress : QEvent::KeyRelease, Qt::Key_Space,
-                                      Qt::NoModifier, QStringLiteral(" "));
+                                      Qt::NoModifier, u" "_s);
             QCoreApplication::postEvent(widget, event);
         }
     }
@@ -59,8 +63,7 @@ protected:
 
     static void raiseDeviceInfo(SMSManager &engine)
     {
-        Q_EMIT engine.DeviceInfo(QStringLiteral("Acme"), QStringLiteral("M1"), {}, {}, 80, -5, {},
-                                 {}, {}, {});
+        Q_EMIT engine.DeviceInfo(u"Acme"_s, u"M1"_s, {}, {}, 80, -5, {}, {}, {}, {});
     }
     /// DeviceInfo arrives while TestDevice is being answered.
     void deviceTellsOfItself()
@@ -68,11 +71,11 @@ protected:
         script.inTestDevice = [this] { script.pendingEvents.append(raiseDeviceInfo); };
     }
 
-    const QString deliver = QStringLiteral("DeliverPendingEvents");
-    const QString status = QStringLiteral("GetEngineStatus");
-    const QString test = QStringLiteral("TestDevice");
-    const QString stop = QStringLiteral("StopEngine");
-    const QString start = QStringLiteral("StartEngine");
+    const QString deliver = u"DeliverPendingEvents"_s;
+    const QString status = u"GetEngineStatus"_s;
+    const QString test = u"TestDevice"_s;
+    const QString stop = u"StopEngine"_s;
+    const QString start = u"StartEngine"_s;
 };
 
 TEST_F(DeviceTest, aRunningEngineIsStoppedForTheTestAndStartedAfterwards)
@@ -132,11 +135,11 @@ TEST_F(DeviceTest, theSuccessTextStandsBehindTheDetailsOfTheDevice)
 {
     deviceTellsOfItself();
     press();
-    EXPECT_TRUE(terminal().startsWith(QStringLiteral("Manufacturer: Acme\r\n")));
-    EXPECT_TRUE(terminal().endsWith(QStringLiteral("Hardware: \r\n") + GS(3760018)));
+    EXPECT_TRUE(terminal().startsWith(u"Manufacturer: Acme\r\n"_s));
+    EXPECT_TRUE(terminal().endsWith(u"Hardware: \r\n"_s + GS(3760018)));
     EXPECT_EQ(text("lblDeviceStatus"), GS(3760019)) << "in place of manufacturer and model";
     raiseDeviceInfo(*engine());
-    EXPECT_EQ(text("lblDeviceStatus"), QStringLiteral("Acme-M1")) << "until the next DeviceInfo";
+    EXPECT_EQ(text("lblDeviceStatus"), u"Acme-M1"_s) << "until the next DeviceInfo";
 }
 
 TEST_F(DeviceTest, aTestThatFailsAfterDeviceInfoLeavesTheDetails)
@@ -144,7 +147,7 @@ TEST_F(DeviceTest, aTestThatFailsAfterDeviceInfoLeavesTheDetails)
     deviceTellsOfItself();
     script.testResult = 0;
     press();
-    EXPECT_TRUE(terminal().endsWith(QStringLiteral("Hardware: \r\n")));
+    EXPECT_TRUE(terminal().endsWith(u"Hardware: \r\n"_s));
     EXPECT_EQ(text("lblDeviceStatus"), GS(3760088));
 }
 
@@ -156,15 +159,14 @@ TEST_F(DeviceTest, whatTheEventsWroteIsLeftByAFailedTest)
             [](SMSManager &engine) { Q_EMIT engine.WarningError(-39, QString()); });
     };
     press();
-    EXPECT_EQ(terminal(), GS(3760054, -39, QStringLiteral("ERR_NO_RESPOND"), QString()) +
-                              QStringLiteral("\r\n"));
+    EXPECT_EQ(terminal(), GS(3760054, -39, u"ERR_NO_RESPOND"_s, QString()) + u"\r\n"_s);
 }
 
 TEST_F(DeviceTest, eachTestStartsFromAnEmptyTerminal)
 {
     press();
     Q_EMIT engine()->WarningError(1, QString());
-    QString whileTesting = QStringLiteral("unseen");
+    QString whileTesting = u"unseen"_s;
     script.inTestDevice = [&] { whileTesting = terminal(); };
     press();
     EXPECT_EQ(whileTesting, QString());
@@ -181,7 +183,7 @@ TEST_F(DeviceTest, whatTheStopReportsIsHandledBeforeTheTerminalIsEmptied)
         Q_EMIT engine.WarningError(1, QString());
     });
     bool stopEnabled = true;
-    QString whileTesting = QStringLiteral("unseen");
+    QString whileTesting = u"unseen"_s;
     script.inTestDevice = [&] {
         stopEnabled = control("btnStop")->isEnabled();
         whileTesting = terminal();
@@ -283,7 +285,7 @@ TEST_F(DeviceTest, anEngineThatFailsInTheTestIsFatalAndGivesThePointerBack)
     EXPECT_EQ(exitCode, 1);
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_s));
     FatalReport::setTerminate(previous);
 }
 
@@ -317,7 +319,7 @@ TEST_F(DeviceTest, whatIsPressedWhileTheTestBlocksRunsNoOther)
     post(Press::Key, "txtMessage");
     QCoreApplication::processEvents();
     EXPECT_EQ(takeCalls(), (QStringList{status, deliver, test, deliver}));
-    EXPECT_EQ(control<QPlainTextEdit>("txtMessage")->toPlainText(), QStringLiteral(" "));
+    EXPECT_EQ(control<QPlainTextEdit>("txtMessage")->toPlainText(), u" "_s);
 }
 
 TEST_F(DeviceTest, whatIsPressedWhileAStartOrAStopBlocksRunsNoOtherEither)
@@ -356,8 +358,7 @@ TEST_F(DeviceTest, aBoxThatComesUpWhileInputIsDroppedCanBeAnswered)
         QMetaObject::invokeMethod(
             console.get(),
             [&answered] {
-                QMessageBox box(QMessageBox::Information, QString(), QStringLiteral("x"),
-                                QMessageBox::Ok);
+                QMessageBox box(QMessageBox::Information, QString(), u"x"_s, QMessageBox::Ok);
                 QTimer::singleShot(0, &box, [&box] {
                     QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
                 });
@@ -368,3 +369,5 @@ TEST_F(DeviceTest, aBoxThatComesUpWhileInputIsDroppedCanBeAnswered)
     press();
     EXPECT_TRUE(answered);
 }
+
+} // namespace norvane

@@ -10,6 +10,10 @@
 
 #include <ctime>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class EngineEvents : public ConsoleFixture
 {
 protected:
@@ -23,20 +27,18 @@ protected:
     }
     bool shows(const char *name) const { return !control(name)->isHidden(); }
 
-    void raiseDeviceInfo(const QString &manufacturer = QStringLiteral("Acme"),
-                         const QString &model = QStringLiteral("M1"))
+    void raiseDeviceInfo(const QString &manufacturer = u"Acme"_s, const QString &model = u"M1"_s)
     {
-        Q_EMIT engine()->DeviceInfo(
-            manufacturer, model, QStringLiteral("123456789012345"), QStringLiteral("Net"), 80, -5,
-            QStringLiteral("F1"), QStringLiteral("T"), QStringLiteral("+34"), QStringLiteral("H1"));
+        Q_EMIT engine()->DeviceInfo(manufacturer, model, u"123456789012345"_s, u"Net"_s, 80, -5,
+                                    u"F1"_s, u"T"_s, u"+34"_s, u"H1"_s);
     }
     void raiseSent(qint32 queueCount = 0)
     {
-        Q_EMIT engine()->SMSSent(QStringLiteral("912345678"), QStringLiteral("Hola"), queueCount);
+        Q_EMIT engine()->SMSSent(u"912345678"_s, u"Hola"_s, queueCount);
     }
     void raiseFailed(qint32 code = -39)
     {
-        Q_EMIT engine()->SMSSentFailed(QStringLiteral("912345678"), QStringLiteral("Hola"), code);
+        Q_EMIT engine()->SMSSentFailed(u"912345678"_s, u"Hola"_s, code);
     }
     QString estimate(const QString &time) const { return GS(3760053, time); }
 
@@ -44,8 +46,8 @@ protected:
     {
         QList<QueueRow> rows;
         for (int i = 0; i < count; ++i)
-            rows.append({QStringLiteral("2026-11-20T10:00:%1").arg(i, 2, 10, QLatin1Char('0')),
-                         QString::number(i), QStringLiteral("text %1").arg(i), i + 1});
+            rows.append({u"2026-11-20T10:00:%1"_s.arg(i, 2, 10, QLatin1Char('0')),
+                         QString::number(i), u"text %1"_s.arg(i), i + 1});
         return rows;
     }
 };
@@ -54,18 +56,17 @@ TEST_F(EngineEvents, deviceInfoReplacesTheTerminal)
 {
     raiseSent();
     raiseDeviceInfo();
-    EXPECT_EQ(terminal(),
-              QStringLiteral("Manufacturer: Acme\r\nModel: M1\r\nIMEI: 123456789012345\r\n"
-                             "NetworkInfo: Net\r\nBatteryLevel: 80\r\nSignalLevel: -5\r\n"
-                             "Firmware: F1\r\nTime: T\r\nSMSCNumber: +34\r\nHardware: H1\r\n"));
+    EXPECT_EQ(terminal(), u"Manufacturer: Acme\r\nModel: M1\r\nIMEI: 123456789012345\r\n"
+                          "NetworkInfo: Net\r\nBatteryLevel: 80\r\nSignalLevel: -5\r\n"
+                          "Firmware: F1\r\nTime: T\r\nSMSCNumber: +34\r\nHardware: H1\r\n"_s);
     EXPECT_TRUE(control<TerminalView>("txtTerm")->textCursor().atEnd());
 }
 
 TEST_F(EngineEvents, deviceStatusTakesTheFirst25Characters)
 {
-    raiseDeviceInfo(QStringLiteral("Acme"), QStringLiteral("M1"));
-    EXPECT_EQ(text("lblDeviceStatus"), QStringLiteral("Acme-M1"));
-    raiseDeviceInfo(QString(30, u'x'), QStringLiteral("M1"));
+    raiseDeviceInfo(u"Acme"_s, u"M1"_s);
+    EXPECT_EQ(text("lblDeviceStatus"), u"Acme-M1"_s);
+    raiseDeviceInfo(QString(30, u'x'), u"M1"_s);
     EXPECT_EQ(text("lblDeviceStatus"), QString(25, u'x'));
 }
 
@@ -73,7 +74,7 @@ TEST_F(EngineEvents, theDeviceStatusKeepsItsTextWhenTheDeviceGoesAway)
 {
     raiseDeviceInfo();
     Q_EMIT engine()->WarningError(-5, QString());
-    EXPECT_EQ(text("lblDeviceStatus"), QStringLiteral("Acme-M1"));
+    EXPECT_EQ(text("lblDeviceStatus"), u"Acme-M1"_s);
 }
 
 TEST_F(EngineEvents, engineStatusOneIsTheOnlyRunningOne)
@@ -105,37 +106,37 @@ TEST_F(EngineEvents, aChangedQueueShowsTheCountOfTheEventAndRebuildsTheGrid)
     EXPECT_EQ(text("lblQueueSize"), GS(3760025, 5));
     EXPECT_TRUE(shows("imgQueue(1)"));
     EXPECT_FALSE(shows("imgQueue(0)"));
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("GetQueue")});
+    EXPECT_EQ(takeCalls(), QStringList{u"GetQueue"_s});
     EXPECT_EQ(queue()->model()->rowCount(), 2);
     EXPECT_TRUE(queue()->updatesEnabled());
 }
 
 TEST_F(EngineEvents, theGridIsSortedByDeliveryDateByTheConsole)
 {
-    script.queue = {{QStringLiteral("2026-11-20T12:00:00"), QStringLiteral("2"), {}, 1},
-                    {QStringLiteral("2026-11-20T09:00:00"), QStringLiteral("1"), {}, 2},
-                    {QStringLiteral("2026-11-20T12:00:00"), QStringLiteral("3"), {}, 3}};
+    script.queue = {{u"2026-11-20T12:00:00"_s, u"2"_s, {}, 1},
+                    {u"2026-11-20T09:00:00"_s, u"1"_s, {}, 2},
+                    {u"2026-11-20T12:00:00"_s, u"3"_s, {}, 3}};
     Q_EMIT engine()->SMSQueueChanged(3);
-    EXPECT_EQ(cell(queue(), 0, 1), QStringLiteral("1"));
-    EXPECT_EQ(cell(queue(), 1, 1), QStringLiteral("2"));
-    EXPECT_EQ(cell(queue(), 2, 1), QStringLiteral("3"));
-    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("20/11/26 9:00:00"));
+    EXPECT_EQ(cell(queue(), 0, 1), u"1"_s);
+    EXPECT_EQ(cell(queue(), 1, 1), u"2"_s);
+    EXPECT_EQ(cell(queue(), 2, 1), u"3"_s);
+    EXPECT_EQ(cell(queue(), 0, 0), u"20/11/26 9:00:00"_s);
 }
 
 TEST_F(EngineEvents, noTwoDeliveryDatesLookAlike)
 {
-    script.queue = {{QStringLiteral("1999-11-20T09:00:01"), QStringLiteral("1"), {}, 1},
-                    {QStringLiteral("1999-11-20T09:00:59"), QStringLiteral("2"), {}, 2},
-                    {QStringLiteral("2099-11-20T09:00:59"), QStringLiteral("3"), {}, 3}};
+    script.queue = {{u"1999-11-20T09:00:01"_s, u"1"_s, {}, 1},
+                    {u"1999-11-20T09:00:59"_s, u"2"_s, {}, 2},
+                    {u"2099-11-20T09:00:59"_s, u"3"_s, {}, 3}};
     Q_EMIT engine()->SMSQueueChanged(3);
-    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("20/11/99 9:00:01"));
-    EXPECT_EQ(cell(queue(), 1, 0), QStringLiteral("20/11/99 9:00:59"));
+    EXPECT_EQ(cell(queue(), 0, 0), u"20/11/99 9:00:01"_s);
+    EXPECT_EQ(cell(queue(), 1, 0), u"20/11/99 9:00:59"_s);
     // The column has no room for more; the tooltip has.
     const auto tip = [this](int row) {
         return queue()->model()->index(row, 0).data(Qt::ToolTipRole).toString();
     };
-    EXPECT_TRUE(tip(1).contains(QStringLiteral(">20/11/1999 9:00:59<"))) << qPrintable(tip(1));
-    EXPECT_TRUE(tip(2).contains(QStringLiteral(">20/11/2099 9:00:59<"))) << qPrintable(tip(2));
+    EXPECT_TRUE(tip(1).contains(u">20/11/1999 9:00:59<"_s)) << qPrintable(tip(1));
+    EXPECT_TRUE(tip(2).contains(u">20/11/2099 9:00:59<"_s)) << qPrintable(tip(2));
 }
 
 TEST_F(EngineEvents, redrawingIsOffWhileTheGridIsRebuilt)
@@ -167,18 +168,18 @@ TEST_F(EngineEvents, aDateThatAClockChangeSkipsIsShownLikeAnyOther)
 {
     qputenv("TZ", "Europe/Madrid");
     tzset();
-    script.queue = {{QStringLiteral("2026-03-29T02:30:00"), QStringLiteral("2"), {}, 1}};
+    script.queue = {{u"2026-03-29T02:30:00"_s, u"2"_s, {}, 1}};
     Q_EMIT engine()->SMSQueueChanged(1);
-    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("29/3/26 2:30:00"));
+    EXPECT_EQ(cell(queue(), 0, 0), u"29/3/26 2:30:00"_s);
     qunsetenv("TZ");
     tzset();
 }
 
 TEST_F(EngineEvents, anOddDateIsShownAsItCame)
 {
-    script.queue = {{QStringLiteral("soon"), QStringLiteral("2"), {}, 1}};
+    script.queue = {{u"soon"_s, u"2"_s, {}, 1}};
     Q_EMIT engine()->SMSQueueChanged(1);
-    EXPECT_EQ(cell(queue(), 0, 0), QStringLiteral("soon"));
+    EXPECT_EQ(cell(queue(), 0, 0), u"soon"_s);
 }
 
 TEST_F(EngineEvents, anEmptyQueueShowsItsTextEmptiesTheGridAndLeavesTheCurrentRowAlone)
@@ -210,7 +211,7 @@ TEST_F(EngineEvents, theCurrentRowIsKeptAsANumberAndScrolledTo)
     script.queue.removeFirst();
     Q_EMIT engine()->SMSQueueChanged(59);
     EXPECT_EQ(queue()->currentIndex().row(), 50);
-    EXPECT_EQ(cell(queue(), queue()->currentIndex().row(), 1), QStringLiteral("51"));
+    EXPECT_EQ(cell(queue(), queue()->currentIndex().row(), 1), u"51"_s);
     EXPECT_TRUE(queue()->viewport()->rect().contains(
         queue()->visualRect(queue()->currentIndex()).center()));
 }
@@ -236,7 +237,7 @@ TEST_F(EngineEvents, theCurrentRowIsNotKeptWhereTheGridHasTooFewRows)
 
 TEST_F(EngineEvents, theHeadersAreSetAnewAfterEachRebuild)
 {
-    const QStringList odd{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
+    const QStringList odd{u"a"_s, u"b"_s, u"c"_s};
     const std::initializer_list<std::pair<QTableView *, QStringList>> headed = {
         {queue(), {GS(3760028), GS(3760029), GS(3760030)}},
         {sent(), {GS(3760031), GS(3760029), GS(3760030)}}};
@@ -263,13 +264,13 @@ TEST_F(EngineEvents, theHeadersAreSetAnewAfterEachRebuild)
 TEST_F(EngineEvents, sentAddsALineARowAndTheCaption)
 {
     raiseSent();
-    EXPECT_EQ(terminal(), GS(3760023, QStringLiteral("912345678")) + QStringLiteral("\r\n"));
+    EXPECT_EQ(terminal(), GS(3760023, u"912345678"_s) + u"\r\n"_s);
     ASSERT_EQ(sent()->model()->rowCount(), 1);
-    EXPECT_EQ(cell(sent(), 0, 0), QStringLiteral("20/11/26 9:30:15"));
-    EXPECT_EQ(cell(sent(), 0, 1), QStringLiteral("912345678"));
-    EXPECT_EQ(cell(sent(), 0, 2), QStringLiteral("Hola"));
+    EXPECT_EQ(cell(sent(), 0, 0), u"20/11/26 9:30:15"_s);
+    EXPECT_EQ(cell(sent(), 0, 1), u"912345678"_s);
+    EXPECT_EQ(cell(sent(), 0, 2), u"Hola"_s);
     EXPECT_FALSE(sent()->model()->index(0, 0).data(Qt::ForegroundRole).isValid());
-    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 1 )"));
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + u" ( 1 )"_s);
 }
 
 TEST_F(EngineEvents, failedAddsALineAndARedRowAndNothingElse)
@@ -277,11 +278,9 @@ TEST_F(EngineEvents, failedAddsALineAndARedRowAndNothingElse)
     const QString captionBefore = caption("fraSentDetails");
     const QString estimateBefore = text("lblEstimated");
     raiseFailed(-39);
-    EXPECT_EQ(terminal(),
-              GS(3760024, QStringLiteral("912345678"), -39, QStringLiteral("ERR_NO_RESPOND")) +
-                  QStringLiteral("\r\n"));
+    EXPECT_EQ(terminal(), GS(3760024, u"912345678"_s, -39, u"ERR_NO_RESPOND"_s) + u"\r\n"_s);
     ASSERT_EQ(sent()->model()->rowCount(), 1);
-    EXPECT_EQ(cell(sent(), 0, 0), QStringLiteral("20-11-2026 09:30:15"));
+    EXPECT_EQ(cell(sent(), 0, 0), u"20-11-2026 09:30:15"_s);
     for (int column = 0; column < 3; ++column)
         EXPECT_EQ(sent()->model()->index(0, column).data(Qt::ForegroundRole).value<QColor>(),
                   QColor(255, 0, 0));
@@ -315,8 +314,7 @@ TEST_F(EngineEvents, aReportOfAMessageCallsNothingOfTheEngine)
 TEST_F(EngineEvents, aCodeWithoutAWordIsShownWithAnEmptyOne)
 {
     raiseFailed(-63);
-    EXPECT_EQ(terminal(),
-              GS(3760024, QStringLiteral("912345678"), -63, QString()) + QStringLiteral("\r\n"));
+    EXPECT_EQ(terminal(), GS(3760024, u"912345678"_s, -63, QString()) + u"\r\n"_s);
 }
 
 TEST_F(EngineEvents, codeMinusTwoShowsTheLanguagesText)
@@ -327,9 +325,8 @@ TEST_F(EngineEvents, codeMinusTwoShowsTheLanguagesText)
 
 TEST_F(EngineEvents, aWarningWithCodeOneShowsOk)
 {
-    Q_EMIT engine()->WarningError(1, QStringLiteral("extra"));
-    EXPECT_EQ(terminal(), GS(3760054, 1, QStringLiteral("Ok"), QStringLiteral("extra")) +
-                              QStringLiteral("\r\n"));
+    Q_EMIT engine()->WarningError(1, u"extra"_s);
+    EXPECT_EQ(terminal(), GS(3760054, 1, u"Ok"_s, u"extra"_s) + u"\r\n"_s);
 }
 
 TEST_F(EngineEvents, aWarningChangesNothingButTheTerminal)
@@ -348,22 +345,22 @@ TEST_F(EngineEvents, theCaptionCountsFailedRowsTooButIsBroughtUpToDateBySentAlon
     raiseFailed();
     raiseFailed();
     raiseSent();
-    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 4 )"));
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + u" ( 4 )"_s);
     raiseFailed();
-    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 4 )"));
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + u" ( 4 )"_s);
     EXPECT_EQ(sent()->model()->rowCount(), 5);
 }
 
 TEST_F(EngineEvents, theFirstEstimateMeasuresFromTheZeroDate)
 {
     raiseSent(10); // the clock's seconds are 15
-    EXPECT_EQ(text("lblEstimated"), estimate(QStringLiteral("0:02:30")));
+    EXPECT_EQ(text("lblEstimated"), estimate(u"0:02:30"_s));
 }
 
 TEST_F(EngineEvents, anEmptyQueueHasAnEstimateOfZero)
 {
     raiseSent(0);
-    EXPECT_EQ(text("lblEstimated"), estimate(QStringLiteral("0:00:00")));
+    EXPECT_EQ(text("lblEstimated"), estimate(u"0:00:00"_s));
 }
 
 TEST_F(EngineEvents, sixtySecondsApartCountAsNoneAndSixtyOneAsOne)
@@ -371,10 +368,10 @@ TEST_F(EngineEvents, sixtySecondsApartCountAsNoneAndSixtyOneAsOne)
     raiseSent(10);
     now = now.addSecs(60);
     raiseSent(10);
-    EXPECT_EQ(text("lblEstimated"), estimate(QStringLiteral("0:00:00")));
+    EXPECT_EQ(text("lblEstimated"), estimate(u"0:00:00"_s));
     now = now.addSecs(61);
     raiseSent(10);
-    EXPECT_EQ(text("lblEstimated"), estimate(QStringLiteral("0:00:10")));
+    EXPECT_EQ(text("lblEstimated"), estimate(u"0:00:10"_s));
 }
 
 TEST_F(EngineEvents, deviceInfoSetsTheMomentThatTheEstimateMeasuresFrom)
@@ -382,7 +379,7 @@ TEST_F(EngineEvents, deviceInfoSetsTheMomentThatTheEstimateMeasuresFrom)
     raiseDeviceInfo();
     now = now.addSecs(7);
     raiseSent(2);
-    EXPECT_EQ(text("lblEstimated"), estimate(QStringLiteral("0:00:14")));
+    EXPECT_EQ(text("lblEstimated"), estimate(u"0:00:14"_s));
 }
 
 TEST_F(EngineEvents, failuresWarningsAndOtherEventsLeaveThatMomentAlone)
@@ -395,7 +392,7 @@ TEST_F(EngineEvents, failuresWarningsAndOtherEventsLeaveThatMomentAlone)
     Q_EMIT engine()->SMSQueueChanged(1);
     now = now.addSecs(4);
     raiseSent(1);
-    EXPECT_EQ(text("lblEstimated"), estimate(QStringLiteral("0:00:07")));
+    EXPECT_EQ(text("lblEstimated"), estimate(u"0:00:07"_s));
 }
 
 TEST_F(EngineEvents, theEstimateKeepsItsTextWhenTheQueueRunsEmpty)
@@ -411,6 +408,8 @@ TEST_F(EngineEvents, linesOfTheTerminalStandOneBelowTheOther)
     raiseSent();
     raiseFailed(-63);
     Q_EMIT engine()->WarningError(-1, QString());
-    EXPECT_EQ(terminal().count(QStringLiteral("\r\n")), 3);
+    EXPECT_EQ(terminal().count(u"\r\n"_s), 3);
     EXPECT_TRUE(control<TerminalView>("txtTerm")->textCursor().atEnd());
 }
+
+} // namespace norvane

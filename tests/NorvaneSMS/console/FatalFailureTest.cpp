@@ -10,6 +10,10 @@
 
 #include <string>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class FatalFailure : public ConsoleFixture
 {
 protected:
@@ -20,10 +24,7 @@ protected:
     void raiseSentFromTheLoop(qint32 queueCount)
     {
         QMetaObject::invokeMethod(
-            engine(),
-            [this, queueCount] {
-                Q_EMIT engine()->SMSSent(QStringLiteral("1"), QStringLiteral("x"), queueCount);
-            },
+            engine(), [this, queueCount] { Q_EMIT engine()->SMSSent(u"1"_s, u"x"_s, queueCount); },
             Qt::QueuedConnection);
         QCoreApplication::processEvents();
     }
@@ -43,9 +44,9 @@ TEST_F(FatalFailure, sixHundredWaitingAt59SecondsEndTheProgramWithAnOverflow)
     raiseSentFromTheLoop(600);
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first(), (RecordingMessageBoxes::Shown{
-                                       QStringLiteral("Overflow - 6"), MessageBoxes::Icon::Critical,
-                                       MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS")}));
+    EXPECT_EQ(boxes.shown.first(),
+              (RecordingMessageBoxes::Shown{u"Overflow - 6"_s, MessageBoxes::Icon::Critical,
+                                            MessageBoxes::Buttons::Ok, u"Norvane SMS"_s}));
 }
 
 TEST_F(FatalFailure, at555WaitingItStillFits)
@@ -56,7 +57,7 @@ TEST_F(FatalFailure, at555WaitingItStillFits)
     now = now.addSecs(59);
     raiseSentFromTheLoop(555);
     EXPECT_EQ(exitCode, 0);
-    EXPECT_TRUE(text("lblEstimated").contains(QStringLiteral("9:05:45")));
+    EXPECT_TRUE(text("lblEstimated").contains(u"9:05:45"_s));
 }
 
 TEST_F(FatalFailure, lineRowAndCaptionStandWhenTheEstimateOverflows)
@@ -74,9 +75,8 @@ TEST_F(FatalFailure, lineRowAndCaptionStandWhenTheEstimateOverflows)
     raiseSentFromTheLoop(600);
     boxes.whileShown = nullptr;
     EXPECT_EQ(exitCode, 1);
-    EXPECT_EQ(behindTheBox, (QStringList{QStringLiteral("x"),
-                                         GS(3760023, QStringLiteral("1")) + QStringLiteral("\r\n"),
-                                         GS(3760009) + QStringLiteral(" ( 1 )"), estimate}));
+    EXPECT_EQ(behindTheBox, (QStringList{u"x"_s, GS(3760023, u"1"_s) + u"\r\n"_s,
+                                         GS(3760009) + u" ( 1 )"_s, estimate}));
 }
 
 TEST_F(FatalFailure, aFailureWhileTheBoxIsOpenShowsNoSecondBox)
@@ -97,7 +97,7 @@ TEST_F(FatalFailure, anEngineThatFailsInAnEventIsFatal)
     QCoreApplication::processEvents();
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_s));
 }
 
 struct FailingPress
@@ -121,7 +121,7 @@ TEST_P(FatalPress, endsTheProgram)
     QTest::mouseClick(control(GetParam().button), Qt::LeftButton);
     EXPECT_EQ(exitCode, 1);
     ASSERT_FALSE(boxes.shown.isEmpty());
-    EXPECT_TRUE(boxes.shown.last().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(boxes.shown.last().text.endsWith(u" - 462"_s));
     EXPECT_EQ(boxes.shown.last().icon, MessageBoxes::Icon::Critical);
     EXPECT_EQ(takeCalls().last(), QLatin1String(GetParam().failingCall)) << "nothing follows it";
 }
@@ -148,7 +148,7 @@ protected:
     {
         EXPECT_EQ(exitCode, 1);
         ASSERT_FALSE(boxes.shown.isEmpty());
-        EXPECT_TRUE(boxes.shown.last().text.endsWith(QStringLiteral(" - 462")));
+        EXPECT_TRUE(boxes.shown.last().text.endsWith(u" - 462"_s));
     }
 
     int exitCode = 0;
@@ -161,7 +161,7 @@ TEST_F(FatalInTheGrid, anEditThatTheEngineDoesNotTakeEndsTheProgram)
 {
     showQueue(3);
     script.failingCall = update;
-    edit(2, 1, QStringLiteral("699"));
+    edit(2, 1, u"699"_s);
     expectFatal();
     EXPECT_EQ(takeCalls().last(), update);
 }
@@ -190,3 +190,5 @@ TEST_F(FatalInTheGrid, aStatusThatTheEngineDoesNotGiveEndsTheProgram)
     pressDelete();
     expectFatal();
 }
+
+} // namespace norvane

@@ -13,6 +13,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // A queue folder is open to others: whatever they put there.
 
 class HostileFolder : public Pooling
@@ -37,25 +41,25 @@ TEST_F(HostileFolder, whatIsNoRegularFileIsNeitherReadNorTakenAway)
 {
     loadAsServer();
     const QTemporaryDir elsewhere;
-    const QString other = elsewhere.filePath(u"sms.0"_qs);
-    writeFile(other, fixture(u"one"_qs));
-    ASSERT_TRUE(QFile::link(other, path(u"sms.link"_qs)));
-    ASSERT_TRUE(QFile::link(elsewhere.path(), path(u"sms.folderlink"_qs)));
-    ASSERT_TRUE(QFile::link(path(u"nowhere"_qs), path(u"sms.dangling"_qs)));
-    ASSERT_TRUE(QFile::link(path(u"sms.loop"_qs), path(u"sms.loop"_qs)));
-    ASSERT_TRUE(QFile::link(u"/dev/zero"_qs, path(u"sms.devicelink"_qs)));
-    ASSERT_EQ(::mkfifo(local(u"sms.fifo"_qs).constData(), 0666), 0);
-    ASSERT_TRUE(QDir().mkdir(path(u"sms.folder"_qs)));
-    makeSocket(u"sms.socket"_qs);
+    const QString other = elsewhere.filePath(u"sms.0"_s);
+    writeFile(other, fixture(u"one"_s));
+    ASSERT_TRUE(QFile::link(other, path(u"sms.link"_s)));
+    ASSERT_TRUE(QFile::link(elsewhere.path(), path(u"sms.folderlink"_s)));
+    ASSERT_TRUE(QFile::link(path(u"nowhere"_s), path(u"sms.dangling"_s)));
+    ASSERT_TRUE(QFile::link(path(u"sms.loop"_s), path(u"sms.loop"_s)));
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, path(u"sms.devicelink"_s)));
+    ASSERT_EQ(::mkfifo(local(u"sms.fifo"_s).constData(), 0666), 0);
+    ASSERT_TRUE(QDir().mkdir(path(u"sms.folder"_s)));
+    makeSocket(u"sms.socket"_s);
     // The right to make a device is not everyone's.
     const bool device =
-        ::mknod(local(u"sms.device"_qs).constData(), S_IFCHR | 0666, makedev(1, 5)) == 0;
+        ::mknod(local(u"sms.device"_s).constData(), S_IFCHR | 0666, makedev(1, 5)) == 0;
     ASSERT_TRUE(device || errno == EPERM);
-    drop(u"sms.1"_qs);
+    drop(u"sms.1"_s);
 
     tick(); // and nothing is waited for: nobody would ever write to the pipe
-    EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_qs});
-    EXPECT_EQ(streams.calls.filter(u"open "_qs).size(), 1);
+    EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_s});
+    EXPECT_EQ(streams.calls.filter(u"open "_s).size(), 1);
     EXPECT_EQ(names().size(), device ? 9 : 8);
     EXPECT_TRUE(QFile::exists(other));
     EXPECT_TRUE(boxes.shown.isEmpty());
@@ -65,10 +69,10 @@ TEST_F(HostileFolder, whatIsNoRegularFileIsNeitherReadNorTakenAway)
 TEST_F(HostileFolder, namesWithLineBreaksAndOtherSignsAreTakenLikeAnyOther)
 {
     loadAsServer();
-    for (const QString &name : {u"sms.\n1"_qs, u"sms.a\r\nb"_qs, u"sms.\t"_qs, u"sms.'; rm -rf"_qs,
-                                u"sms.ñ😀"_qs, u"sms.*"_qs, u"sms.?"_qs, u"sms.\\"_qs})
+    for (const QString &name : {u"sms.\n1"_s, u"sms.a\r\nb"_s, u"sms.\t"_s, u"sms.'; rm -rf"_s,
+                                u"sms.ñ😀"_s, u"sms.*"_s, u"sms.?"_s, u"sms.\\"_s})
         drop(name);
-    drop(u"sms."_qs + QString(251, u'x'));
+    drop(u"sms."_s + QString(251, u'x'));
     tick();
     EXPECT_EQ(messages(), 9);
     EXPECT_TRUE(names().isEmpty());
@@ -82,19 +86,19 @@ TEST_F(HostileFolder, nameThatIsNoTextIsPassedOver)
     const int descriptor = ::creat(file.constData(), 0600);
     ASSERT_GE(descriptor, 0);
     ::close(descriptor);
-    drop(u"sms.1"_qs);
+    drop(u"sms.1"_s);
     tick();
-    EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_qs});
+    EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_s});
     EXPECT_EQ(::unlink(file.constData()), 0) << "it is there still";
 }
 
 TEST_F(HostileFolder, blankBehindANameHidesTheFile)
 {
     loadAsServer();
-    drop(u"sms.1 "_qs); // cut at its end it would be another file's name
+    drop(u"sms.1 "_s); // cut at its end it would be another file's name
     tick();
     EXPECT_EQ(messages(), 0);
-    EXPECT_TRUE(isThere(u"sms.1 "_qs));
+    EXPECT_TRUE(isThere(u"sms.1 "_s));
     EXPECT_EQ(exitCode, 0);
 }
 
@@ -102,12 +106,12 @@ TEST_F(HostileFolder, nameThatEndsInABlankStopsNothing)
 {
     loadAsServer();
     for (int round = 1; round <= 2; ++round) {
-        drop(u"sms.1"_qs);
-        drop(u"sms.1 "_qs);
-        drop(u"sms.2"_qs);
+        drop(u"sms.1"_s);
+        drop(u"sms.1 "_s);
+        drop(u"sms.2"_s);
         tick();
         EXPECT_EQ(messages(), 2 * round);
-        EXPECT_EQ(names(), QStringList{u"sms.1 "_qs});
+        EXPECT_EQ(names(), QStringList{u"sms.1 "_s});
     }
 }
 
@@ -129,11 +133,11 @@ TEST_F(HostileFolder, endlessFileIsReadNoFurtherThanItsFirstBadRecord)
 {
     loadAsServer();
     qsizetype read = 0;
-    streams.onRead = [&](qsizetype &most) {
-        read += most;
+    streams.onRead = [&](qsizetype &max) {
+        read += max;
         return 0;
     };
-    writeFile(path(u"sms.0"_qs), fixture(u"one"_qs).repeated(3) + QByteArray(40'000 * 199, '\xFF'));
+    writeFile(path(u"sms.0"_s), fixture(u"one"_s).repeated(3) + QByteArray(40'000 * 199, '\xFF'));
     tick();
     EXPECT_EQ(messages(), 3);
     EXPECT_GT(read, 0);
@@ -146,13 +150,13 @@ TEST_F(HostileFolder, ofAHundredThousandFilesAsManyAsTheCounterHoldsAreTaken)
     loadAsServer();
     constexpr int count = 100'000;
     for (int number = 0; number < count; ++number)
-        writeFile(path(u"sms."_qs + QString::number(number)));
+        writeFile(path(u"sms."_s + QString::number(number)));
     tick();
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first(),
-              (RecordingMessageBoxes::Shown{u" 6 - Overflow"_qs, MessageBoxes::Icon::Critical,
-                                            MessageBoxes::Buttons::Ok, u"Error"_qs}));
-    EXPECT_EQ(streams.calls.filter(u"open "_qs).size(), 32767);
+              (RecordingMessageBoxes::Shown{u" 6 - Overflow"_s, MessageBoxes::Icon::Critical,
+                                            MessageBoxes::Buttons::Ok, u"Error"_s}));
+    EXPECT_EQ(streams.calls.filter(u"open "_s).size(), 32767);
     EXPECT_EQ(names().size(), count - 32767);
     tick();
     EXPECT_EQ(boxes.shown.size(), 2);
@@ -163,7 +167,7 @@ TEST_F(HostileFolder, modeThatChangesWhileTheBoxIsOpenEndsTheTick)
 {
     loadAsServer();
     for (int number = 0; number < 32768; ++number)
-        writeFile(path(u"sms."_qs + QString::number(number)));
+        writeFile(path(u"sms."_s + QString::number(number)));
     boxes.whileShown = [this] {
         storeMode(false);
         console->SetDeviceSettings({});
@@ -178,7 +182,7 @@ TEST_F(HostileFolder, windowThatClosesWhileTheBoxIsOpenEndsTheTick)
 {
     loadAsServer();
     for (int number = 0; number < 32768; ++number)
-        writeFile(path(u"sms."_qs + QString::number(number)));
+        writeFile(path(u"sms."_s + QString::number(number)));
     boxes.whileShown = [this] { console->close(); };
     tick();
     EXPECT_EQ(boxes.shown.size(), 1);
@@ -186,5 +190,7 @@ TEST_F(HostileFolder, windowThatClosesWhileTheBoxIsOpenEndsTheTick)
     EXPECT_EQ(names().size(), 32768);
     EXPECT_EQ(exitCode, 0);
     EXPECT_TRUE(timers.events.isEmpty()) << "nothing ticks any more";
-    EXPECT_EQ(takeCalls(), (QStringList{u"release 1"_qs, u"ReleaseGlobals"_qs}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"release 1"_s, u"ReleaseGlobals"_s}));
 }
+
+} // namespace norvane

@@ -8,9 +8,13 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST(KeyFilter, digitsPlusBackspaceAndReturnPass)
 {
-    for (const QChar character : QStringLiteral("0123456789+\b\r"))
+    for (const QChar character : u"0123456789+\b\r"_s)
         EXPECT_TRUE(PhoneKeys::passes(character)) << int(character.unicode());
 }
 
@@ -25,8 +29,7 @@ TEST(KeyFilter, everyOtherCharacterIsSwallowed)
 
 TEST(KeyFilter, invisibleAndDoubleCharactersAreSwallowedToo)
 {
-    for (const QString &typed : {QStringLiteral("\u200F"), QStringLiteral("\uE000"),
-                                 QStringLiteral("\U0001F600"), QStringLiteral("1a")}) {
+    for (const QString &typed : {u"\u200F"_s, u"\uE000"_s, u"\U0001F600"_s, u"1a"_s}) {
         const QKeyEvent event(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, typed);
         EXPECT_TRUE(PhoneKeys::swallows(event)) << typed.toStdString();
     }
@@ -35,50 +38,50 @@ TEST(KeyFilter, invisibleAndDoubleCharactersAreSwallowedToo)
 TEST(KeyFilter, aKeyOfTheKeypadTypesWithControlToo)
 {
     const QKeyEvent minus(QEvent::KeyPress, Qt::Key_Minus, Qt::ControlModifier | Qt::KeypadModifier,
-                          QStringLiteral("-"));
+                          u"-"_s);
     EXPECT_TRUE(PhoneKeys::swallows(minus));
 }
 
 TEST(KeyFilter, typedCharactersAreFilteredInTheBox)
 {
     PhoneEdit box;
-    QTest::keyClicks(&box, QStringLiteral("+34 91-2a3(4)"));
-    EXPECT_EQ(box.text(), QStringLiteral("+3491234"));
+    QTest::keyClicks(&box, u"+34 91-2a3(4)"_s);
+    EXPECT_EQ(box.text(), u"+3491234"_s);
 }
 
 TEST(KeyFilter, arrowsDeleteBackspaceAndHomePass)
 {
     PhoneEdit box;
-    QTest::keyClicks(&box, QStringLiteral("12345"));
+    QTest::keyClicks(&box, u"12345"_s);
     QTest::keyClick(&box, Qt::Key_Backspace);
     QTest::keyClick(&box, Qt::Key_Home);
     QTest::keyClick(&box, Qt::Key_Right);
     QTest::keyClick(&box, Qt::Key_Delete);
-    EXPECT_EQ(box.text(), QStringLiteral("134"));
+    EXPECT_EQ(box.text(), u"134"_s);
     EXPECT_EQ(box.cursorPosition(), 1);
 }
 
 TEST(KeyFilter, pastingIsNotFiltered)
 {
     PhoneEdit box;
-    QApplication::clipboard()->setText(QStringLiteral("912-345"));
+    QApplication::clipboard()->setText(u"912-345"_s);
     QTest::keyClick(&box, Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(box.text(), QStringLiteral("912-345"));
+    EXPECT_EQ(box.text(), u"912-345"_s);
 }
 
 TEST(KeyFilter, copyAndCutPass)
 {
     PhoneEdit box;
-    box.setText(QStringLiteral("912345"));
+    box.setText(u"912345"_s);
     box.selectAll();
     QTest::keyClick(&box, Qt::Key_X, Qt::ControlModifier);
     EXPECT_EQ(box.text(), QString());
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("912345"));
+    EXPECT_EQ(QApplication::clipboard()->text(), u"912345"_s);
 }
 
 TEST(KeyFilter, tabMovesTheFocusOn)
 {
-    const QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier, QStringLiteral("\t"));
+    const QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier, u"\t"_s);
     EXPECT_FALSE(PhoneKeys::swallows(tab));
 }
 
@@ -86,9 +89,9 @@ TEST(KeyFilter, whatAnInputMethodTypesIsFilteredToo)
 {
     PhoneEdit box;
     QInputMethodEvent typed;
-    typed.setCommitString(QStringLiteral("9á1"));
+    typed.setCommitString(u"9á1"_s);
     QApplication::sendEvent(&box, &typed);
-    EXPECT_EQ(box.text(), QStringLiteral("91"));
+    EXPECT_EQ(box.text(), u"91"_s);
 }
 
 TEST(KeyFilter, thereIsNoLimitOfLength)
@@ -97,3 +100,5 @@ TEST(KeyFilter, thereIsNoLimitOfLength)
     box.setText(QString(100'000, u'1'));
     EXPECT_EQ(box.text().size(), 100'000);
 }
+
+} // namespace norvane

@@ -13,6 +13,10 @@
 #include <QTableView>
 #include <QTimeEdit>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class LoadAndUnload : public ConsoleFixture
 {
 protected:
@@ -27,8 +31,7 @@ TEST_F(LoadAndUnload, aServerMakesItsEngineAndPullsTheStateOnce)
     storeMode(true);
     load();
     EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("new 1"), QStringLiteral("GetQueueSize"),
-                           QStringLiteral("GetQueue"), QStringLiteral("GetEngineStatus")}));
+              (QStringList{u"new 1"_s, u"GetQueueSize"_s, u"GetQueue"_s, u"GetEngineStatus"_s}));
 }
 
 TEST_F(LoadAndUnload, aClientHasNoEngineAndMakesNoCall)
@@ -83,9 +86,9 @@ TEST_F(LoadAndUnload, theDeviceFrameShowsTheSecondOfItsTwoTexts)
 TEST_F(LoadAndUnload, whatHasNoTextOfItsOwnKeepsTheDesignText)
 {
     loadAsClient();
-    EXPECT_EQ(caption("fraEngineStatus"), QStringLiteral("Estado"));
-    EXPECT_EQ(text("lblSMSChars"), QStringLiteral("Caracteres: 0 / 160"));
-    EXPECT_EQ(text("lblEstimated"), QStringLiteral("Tempo previsto: 00:00:00"));
+    EXPECT_EQ(caption("fraEngineStatus"), u"Estado"_s);
+    EXPECT_EQ(text("lblSMSChars"), u"Caracteres: 0 / 160"_s);
+    EXPECT_EQ(text("lblEstimated"), u"Tempo previsto: 00:00:00"_s);
     EXPECT_EQ(text("lblDeviceStatus"), QString());
     for (const char *const button : {"btnStart", "btnStop", "btnClearQueue"})
         EXPECT_TRUE(control<PictureButton>(button)->text().isEmpty()) << button;
@@ -114,8 +117,8 @@ TEST_F(LoadAndUnload, deliveryDateAndTimeStartAtNowInBothModes)
         load();
         EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->date(), now.date());
         EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->time(), now.time());
-        EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->text(), QStringLiteral("20/11/2026"));
-        EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->text(), QStringLiteral("09:30:15"));
+        EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->text(), u"20/11/2026"_s);
+        EXPECT_EQ(control<QTimeEdit>("tmDeliveryDate")->text(), u"09:30:15"_s);
     }
 }
 
@@ -143,11 +146,11 @@ TEST_F(LoadAndUnload, anEventThatArrivesDuringTheLoadIsHandled)
     storeMode(true);
     script.inGetQueue = [this] {
         script.inGetQueue = nullptr;
-        Q_EMIT engine()->SMSSent(QStringLiteral("912345678"), QStringLiteral("Hola"), 0);
+        Q_EMIT engine()->SMSSent(u"912345678"_s, u"Hola"_s, 0);
     };
     load();
-    EXPECT_EQ(terminal(), GS(3760023, QStringLiteral("912345678")) + QStringLiteral("\r\n"));
-    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 1 )"));
+    EXPECT_EQ(terminal(), GS(3760023, u"912345678"_s) + u"\r\n"_s);
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + u" ( 1 )"_s);
 }
 
 TEST_F(LoadAndUnload, captionsAndHeadersStandBeforeTheEngineExists)
@@ -184,9 +187,7 @@ TEST_F(LoadAndUnload, whatWasPulledStandsOverTheCaptions)
 TEST_F(LoadAndUnload, theModeIsReadFirstAndThenTheFolderAndTheModeAgain)
 {
     loadAsClient();
-    EXPECT_EQ(settings.reads,
-              (QStringList{QStringLiteral("ServerMode"), QStringLiteral("QueueFolder"),
-                           QStringLiteral("ServerMode")}));
+    EXPECT_EQ(settings.reads, (QStringList{u"ServerMode"_s, u"QueueFolder"_s, u"ServerMode"_s}));
 }
 
 TEST_F(LoadAndUnload, theWindowStandsInTheMiddleOfTheScreen)
@@ -248,9 +249,9 @@ TEST_F(LoadAndUnload, anEngineThatCannotBeMadeFailsTheLoad)
     storeMode(true);
     ConsoleEnvironment withoutEngine{
         []() -> std::unique_ptr<SMSManager> {
-            Failure::raise(Failure::CannotCreateObject, QStringLiteral("SMSManager"));
+            Failure::raise(Failure::CannotCreateObject, u"SMSManager"_s);
         },
-        [] {}, [this] { return now; }, ModeSettings(settings, QStringLiteral("/program")), locale};
+        [] {}, [this] { return now; }, ModeSettings(settings, u"/program"_s), locale};
     console = std::make_unique<frmSMSClient>(std::move(withoutEngine));
     try {
         console->Form_Load();
@@ -264,13 +265,12 @@ TEST_F(LoadAndUnload, anEngineThatCannotBeMadeFailsTheLoad)
 
 TEST_F(LoadAndUnload, closingReleasesTheEngineWithoutAStopAndTheGlobalsLast)
 {
-    script.status = SMSManager::Running;
+    script.status = SMSManager::running;
     loadAsServer();
     show();
     takeCalls();
     console->close();
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("release 1"), QStringLiteral("ReleaseGlobals")}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"release 1"_s, u"ReleaseGlobals"_s}));
 }
 
 TEST_F(LoadAndUnload, closingAClientEndsTheSameWayWithoutAnEngine)
@@ -278,7 +278,7 @@ TEST_F(LoadAndUnload, closingAClientEndsTheSameWayWithoutAnEngine)
     loadAsClient();
     show();
     console->close();
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("ReleaseGlobals")});
+    EXPECT_EQ(takeCalls(), QStringList{u"ReleaseGlobals"_s});
 }
 
 TEST_F(LoadAndUnload, closingAsksNothingWhateverTheQueueHolds)
@@ -299,6 +299,8 @@ TEST_F(LoadAndUnload, theUnloadRunsOnce)
     // close() of a window that is gone sends no event any more; others may.
     QCloseEvent again;
     QApplication::sendEvent(console.get(), &again);
-    EXPECT_EQ(takeCalls().count(QStringLiteral("ReleaseGlobals")), 1);
+    EXPECT_EQ(takeCalls().count(u"ReleaseGlobals"_s), 1);
     EXPECT_TRUE(again.isAccepted());
 }
+
+} // namespace norvane

@@ -12,6 +12,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void paste(MessageEdit &box, const QString &text)
@@ -25,20 +29,20 @@ void paste(MessageEdit &box, const QString &text)
 TEST(MessageEdit, aLineBreakCountsAsTwoCharacters)
 {
     MessageEdit box;
-    QTest::keyClicks(&box, QStringLiteral("ab"));
+    QTest::keyClicks(&box, u"ab"_s);
     QTest::keyClick(&box, Qt::Key_Return);
-    QTest::keyClicks(&box, QStringLiteral("c"));
-    EXPECT_EQ(box.text(), QStringLiteral("ab\r\nc"));
+    QTest::keyClicks(&box, u"c"_s);
+    EXPECT_EQ(box.text(), u"ab\r\nc"_s);
     EXPECT_EQ(box.textLength(), 5);
 }
 
 TEST(MessageEdit, aShiftedLineBreakIsOneToo)
 {
     MessageEdit box;
-    QTest::keyClicks(&box, QStringLiteral("a"));
+    QTest::keyClicks(&box, u"a"_s);
     QTest::keyClick(&box, Qt::Key_Return, Qt::ShiftModifier);
-    QTest::keyClicks(&box, QStringLiteral("b"));
-    EXPECT_EQ(box.text(), QStringLiteral("a\r\nb"));
+    QTest::keyClicks(&box, u"b"_s);
+    EXPECT_EQ(box.text(), u"a\r\nb"_s);
 }
 
 TEST(MessageEdit, typingStopsAt160)
@@ -71,24 +75,24 @@ TEST(MessageEdit, aPasteInTheMiddleLosesItsOwnEndAndNotTheTextsEnd)
     MessageEdit box;
     box.setText(QString(155, u'x'));
     box.moveCursor(QTextCursor::Start);
-    paste(box, QStringLiteral("abcdefgh"));
-    EXPECT_EQ(box.text(), QStringLiteral("abcde") + QString(155, u'x'));
+    paste(box, u"abcdefgh"_s);
+    EXPECT_EQ(box.text(), u"abcde"_s + QString(155, u'x'));
 }
 
 TEST(MessageEdit, aPasteThatBeginsLikeTheTextAtTheCaretDoesNotDamageIt)
 {
     MessageEdit box;
-    const QString before = QStringLiteral("Hola amigo ") + QString(144, u'z');
+    const QString before = u"Hola amigo "_s + QString(144, u'z');
     box.setText(before);
     box.moveCursor(QTextCursor::Start);
-    paste(box, QStringLiteral("Hola a todos "));
-    EXPECT_EQ(box.text(), QStringLiteral("Hola ") + before);
+    paste(box, u"Hola a todos "_s);
+    EXPECT_EQ(box.text(), u"Hola "_s + before);
 }
 
 TEST(MessageEdit, aHugePasteIsTakenInAtOnce)
 {
     MessageEdit box;
-    const QString text = QStringLiteral("a line of a log file\n").repeated(50'000);
+    const QString text = u"a line of a log file\n"_s.repeated(50'000);
     const Allocations made = allocationsOf([&] { paste(box, text); });
     EXPECT_LT(made.count, 10'000) << "what doesn't fit is cut off before it is laid out";
     EXPECT_LE(box.textLength(), 160);
@@ -101,7 +105,7 @@ TEST(MessageEdit, aDroppedTextIsHeldToTheLimit)
     box.resize(200, 100);
     box.setText(QString(158, u'x'));
     QMimeData dropped;
-    dropped.setText(QStringLiteral("abcdef"));
+    dropped.setText(u"abcdef"_s);
     const QPointF place(3, 3);
     QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &dropped, Qt::LeftButton,
                           Qt::NoModifier);
@@ -109,7 +113,7 @@ TEST(MessageEdit, aDroppedTextIsHeldToTheLimit)
     QDropEvent drop(place, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(box.viewport(), &drop);
     EXPECT_EQ(box.textLength(), 160);
-    EXPECT_TRUE(box.text().contains(QStringLiteral("ab")));
+    EXPECT_TRUE(box.text().contains(u"ab"_s));
 }
 
 TEST(MessageEdit, aPasteIntoAFullTextChangesNothing)
@@ -118,7 +122,7 @@ TEST(MessageEdit, aPasteIntoAFullTextChangesNothing)
     box.setText(QString(160, u'x'));
     QSignalSpy changed(&box, &MessageEdit::changed);
     box.moveCursor(QTextCursor::Start);
-    paste(box, QStringLiteral("abc"));
+    paste(box, u"abc"_s);
     EXPECT_EQ(box.text(), QString(160, u'x'));
     EXPECT_EQ(changed.count(), 0);
 }
@@ -129,7 +133,7 @@ TEST(MessageEdit, aSelectionMakesRoomForWhatReplacesIt)
     box.setText(QString(160, u'x'));
     box.selectAll();
     QTest::keyClick(&box, Qt::Key_A);
-    EXPECT_EQ(box.text(), QStringLiteral("a"));
+    EXPECT_EQ(box.text(), u"a"_s);
 }
 
 TEST(MessageEdit, aSurrogatePairIsNeverCutInHalf)
@@ -137,22 +141,22 @@ TEST(MessageEdit, aSurrogatePairIsNeverCutInHalf)
     MessageEdit box;
     box.setText(QString(159, u'x'));
     box.moveCursor(QTextCursor::End);
-    paste(box, QStringLiteral("\U0001F600"));
+    paste(box, u"\U0001F600"_s);
     EXPECT_EQ(box.text(), QString(159, u'x'));
 }
 
 TEST(MessageEdit, pastedLineBreaksOfAnyKindCountAsTwo)
 {
     MessageEdit box;
-    paste(box, QStringLiteral("a\nb\r\nc"));
-    EXPECT_EQ(box.text(), QStringLiteral("a\r\nb\r\nc"));
+    paste(box, u"a\nb\r\nc"_s);
+    EXPECT_EQ(box.text(), u"a\r\nb\r\nc"_s);
     EXPECT_EQ(box.textLength(), 7);
 }
 
 TEST(MessageEdit, aTextOfManyLinesIsHeldToTheLimitToo)
 {
     MessageEdit box;
-    paste(box, QStringLiteral("a\n").repeated(100));
+    paste(box, u"a\n"_s.repeated(100));
     EXPECT_LE(box.textLength(), 160);
     EXPECT_GE(box.textLength(), 159);
 }
@@ -163,15 +167,14 @@ TEST(MessageEdit, whatAnInputMethodCommitsIsHeldToTheLimitToo)
     box.setText(QString(158, u'x'));
     box.moveCursor(QTextCursor::End);
     QInputMethodEvent typed;
-    typed.setCommitString(QStringLiteral("abc"));
+    typed.setCommitString(u"abc"_s);
     QApplication::sendEvent(&box, &typed);
-    EXPECT_EQ(box.text(), QString(158, u'x') + QStringLiteral("ab"));
+    EXPECT_EQ(box.text(), QString(158, u'x') + u"ab"_s);
 }
 
 TEST(MessageEdit, aLineBreakOfAnInputMethodNeedsRoomForTwo)
 {
-    for (const QString &lineBreak :
-         {QStringLiteral("\r"), QStringLiteral("\n"), QStringLiteral("\r\n")}) {
+    for (const QString &lineBreak : {u"\r"_s, u"\n"_s, u"\r\n"_s}) {
         MessageEdit box;
         box.setText(QString(158, u'x'));
         box.moveCursor(QTextCursor::End);
@@ -207,17 +210,17 @@ TEST(MessageEdit, whatTheDocumentTakesForALineBreakNeedsRoomForTwo)
 TEST(MessageEdit, noBreakSpacesStayWhatTheyAre)
 {
     MessageEdit box;
-    paste(box, QStringLiteral("a\u00A0b"));
-    EXPECT_EQ(box.text(), QStringLiteral("a\u00A0b"));
+    paste(box, u"a\u00A0b"_s);
+    EXPECT_EQ(box.text(), u"a\u00A0b"_s);
 }
 
 TEST(MessageEdit, aPasteThatWasCutIsUndoneInOneStep)
 {
     MessageEdit box;
-    QTest::keyClicks(&box, QStringLiteral("x"));
+    QTest::keyClicks(&box, u"x"_s);
     paste(box, QString(200, u'y'));
     box.undo();
-    EXPECT_EQ(box.text(), QStringLiteral("x"));
+    EXPECT_EQ(box.text(), u"x"_s);
 }
 
 TEST(MessageEdit, tabMovesTheFocusOn)
@@ -226,3 +229,5 @@ TEST(MessageEdit, tabMovesTheFocusOn)
     QTest::keyClick(&box, Qt::Key_Tab);
     EXPECT_EQ(box.text(), QString());
 }
+
+} // namespace norvane

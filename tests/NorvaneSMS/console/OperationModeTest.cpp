@@ -7,6 +7,10 @@
 #include <QScreen>
 #include <QTableView>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const char *const framesByMode[] = {"fraCommunication", "fraDeviceStatus", "fraEngineStatus",
@@ -91,8 +95,7 @@ TEST_F(OperationMode, fromServerToClientStopsAndThenReleasesTheEngine)
     loadAsServer();
     storeMode(false);
     EXPECT_FALSE(console->SetDeviceSettings({}));
-    EXPECT_EQ(takeCalls(),
-              (QStringList{QStringLiteral("StopEngine"), QStringLiteral("release 1")}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"StopEngine"_s, u"release 1"_s}));
     EXPECT_EQ(engine(), nullptr);
 }
 
@@ -100,9 +103,8 @@ TEST_F(OperationMode, fromClientToServerMakesTheEngineBeforeTheSettingsReachIt)
 {
     loadAsClient();
     storeMode(true);
-    EXPECT_TRUE(console->SetDeviceSettings({0, {}, 1, 1, QStringLiteral("COM3, 9600")}));
-    EXPECT_EQ(takeCalls(), (QStringList{QStringLiteral("new 1"),
-                                        QStringLiteral("SetDeviceSettings(COM3, 9600)")}));
+    EXPECT_TRUE(console->SetDeviceSettings({0, {}, 1, 1, u"COM3, 9600"_s}));
+    EXPECT_EQ(takeCalls(), (QStringList{u"new 1"_s, u"SetDeviceSettings(COM3, 9600)"_s}));
 }
 
 TEST_F(OperationMode, aChangeToServerPullsNoState)
@@ -111,8 +113,8 @@ TEST_F(OperationMode, aChangeToServerPullsNoState)
     storeMode(true);
     console->SetDeviceSettings({});
     const QStringList calls = takeCalls();
-    EXPECT_FALSE(calls.contains(QStringLiteral("GetQueueSize")));
-    EXPECT_FALSE(calls.contains(QStringLiteral("GetEngineStatus")));
+    EXPECT_FALSE(calls.contains(u"GetQueueSize"_s));
+    EXPECT_FALSE(calls.contains(u"GetEngineStatus"_s));
 }
 
 TEST_F(OperationMode, theDisplaysKeepWhatTheyShowThroughChangesOfMode)
@@ -120,10 +122,9 @@ TEST_F(OperationMode, theDisplaysKeepWhatTheyShowThroughChangesOfMode)
     script.queueSize = 5;
     script.status = 1;
     loadAsServer();
-    Q_EMIT engine()->DeviceInfo(QStringLiteral("Acme"), QStringLiteral("M1"), {}, {}, 0, 0, {}, {},
-                                {}, {});
-    const QStringList names{QStringLiteral("lblQueueSize"), QStringLiteral("lblEngineStatus"),
-                            QStringLiteral("lblDeviceStatus"), QStringLiteral("lblEstimated")};
+    Q_EMIT engine()->DeviceInfo(u"Acme"_s, u"M1"_s, {}, {}, 0, 0, {}, {}, {}, {});
+    const QStringList names{u"lblQueueSize"_s, u"lblEngineStatus"_s, u"lblDeviceStatus"_s,
+                            u"lblEstimated"_s};
     const auto shown = [&] {
         QStringList texts;
         for (const QString &name : names)
@@ -152,10 +153,9 @@ TEST_F(OperationMode, twoConfirmedDialogsMakeTwoEnginesInTurnWithoutAStop)
     console->SetDeviceSettings({});
     const QStringList calls = takeCalls();
     EXPECT_EQ(script.objectsMade, 3);
-    EXPECT_FALSE(calls.contains(QStringLiteral("StopEngine")));
-    EXPECT_EQ(calls.filter(QRegularExpression(QStringLiteral("^(new|release)"))),
-              (QStringList{QStringLiteral("new 2"), QStringLiteral("release 1"),
-                           QStringLiteral("new 3"), QStringLiteral("release 2")}));
+    EXPECT_FALSE(calls.contains(u"StopEngine"_s));
+    EXPECT_EQ(calls.filter(QRegularExpression(u"^(new|release)"_s)),
+              (QStringList{u"new 2"_s, u"release 1"_s, u"new 3"_s, u"release 2"_s}));
 }
 
 TEST_F(OperationMode, theEnginesRefusalIsPassedOn)
@@ -169,13 +169,13 @@ TEST_F(OperationMode, aClientGivesTheEmptyRecordAndCallsNoEngine)
 {
     loadAsClient();
     EXPECT_EQ(console->GetDeviceSettings(), DeviceSettings());
-    EXPECT_FALSE(console->SetDeviceSettings({0, {}, 1, 1, QStringLiteral("COM3, 9600")}));
+    EXPECT_FALSE(console->SetDeviceSettings({0, {}, 1, 1, u"COM3, 9600"_s}));
     EXPECT_TRUE(takeCalls().isEmpty());
 }
 
 TEST_F(OperationMode, aServerGivesTheEnginesRecord)
 {
-    script.settings = {0, QStringLiteral("1234"), 2, 1, QStringLiteral("COM5, 9600")};
+    script.settings = {0, u"1234"_s, 2, 1, u"COM5, 9600"_s};
     loadAsServer();
     EXPECT_EQ(console->GetDeviceSettings(), script.settings);
 }
@@ -252,8 +252,8 @@ TEST_F(OperationMode, whatWasReportedStaysThroughNewEnginesAndChangesOfMode)
 {
     loadAsServer();
     const auto report = [this](const QString &phone) {
-        Q_EMIT engine()->SMSSent(phone, QStringLiteral("Hola"), 0);
-        Q_EMIT engine()->SMSSentFailed(phone, QStringLiteral("Hola"), -39);
+        Q_EMIT engine()->SMSSent(phone, u"Hola"_s, 0);
+        Q_EMIT engine()->SMSSentFailed(phone, u"Hola"_s, -39);
     };
     const auto phones = [this] {
         const QAbstractItemModel *const sent = control<QTableView>("grdSentDetails")->model();
@@ -262,19 +262,19 @@ TEST_F(OperationMode, whatWasReportedStaysThroughNewEnginesAndChangesOfMode)
             shown += sent->index(row, 1).data().toString();
         return shown;
     };
-    report(QStringLiteral("1"));
+    report(u"1"_s);
     const QString lines = terminal();
     const QString count = caption("fraSentDetails");
     for (const bool server : {true, false, true}) { // a new engine, none, a new one
         storeMode(server);
         console->SetDeviceSettings({});
-        EXPECT_EQ(phones(), QStringLiteral("11"));
+        EXPECT_EQ(phones(), u"11"_s);
         EXPECT_EQ(caption("fraSentDetails"), count);
         EXPECT_EQ(terminal(), lines);
     }
-    report(QStringLiteral("2"));
-    EXPECT_EQ(phones(), QStringLiteral("1122"));
-    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + QStringLiteral(" ( 3 )"));
+    report(u"2"_s);
+    EXPECT_EQ(phones(), u"1122"_s);
+    EXPECT_EQ(caption("fraSentDetails"), GS(3760009) + u" ( 3 )"_s);
 }
 
 TEST_F(OperationMode, anEngineThatWasReplacedIsNoLongerHeard)
@@ -285,11 +285,13 @@ TEST_F(OperationMode, anEngineThatWasReplacedIsNoLongerHeard)
             from, [from, words] { Q_EMIT from->WarningError(1, words); }, Qt::QueuedConnection);
     };
     // It waits for the event loop, as events of an engine do, when the object is replaced.
-    raiseLater(engine(), QStringLiteral("replaced"));
+    raiseLater(engine(), u"replaced"_s);
     console->SetDeviceSettings({});
-    raiseLater(engine(), QStringLiteral("newest"));
+    raiseLater(engine(), u"newest"_s);
     QCoreApplication::processEvents();
-    EXPECT_FALSE(terminal().contains(QStringLiteral("replaced")));
-    EXPECT_TRUE(terminal().contains(QStringLiteral("newest")));
-    EXPECT_EQ(takeCalls().filter(QStringLiteral("release 1")).size(), 1);
+    EXPECT_FALSE(terminal().contains(u"replaced"_s));
+    EXPECT_TRUE(terminal().contains(u"newest"_s));
+    EXPECT_EQ(takeCalls().filter(u"release 1"_s).size(), 1);
 }
+
+} // namespace norvane

@@ -10,6 +10,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 Pooling::Pooling() : m_previous(FatalReport::setTerminate([this](int code) { exitCode = code; }))
 {
     storeQueueFolder(queue.path());
@@ -36,7 +40,7 @@ void Pooling::drop(const QString &name)
 void Pooling::dropMany(int count)
 {
     for (int number = 0; number < count; ++number)
-        drop(QStringLiteral("sms.") + QString::number(number));
+        drop(u"sms."_s + QString::number(number));
 }
 
 bool Pooling::isThere(const QString &name) const
@@ -55,7 +59,7 @@ QStringList Pooling::takeMessages()
     QStringList taken;
     const QStringList calls = takeCalls();
     for (const QString &call : calls) {
-        if (call.startsWith(QStringLiteral("AddSMS(912345678|")))
+        if (call.startsWith(u"AddSMS(912345678|"_s))
             taken.append(call.section(u'|', 1, 1));
     }
     return taken;
@@ -63,7 +67,7 @@ QStringList Pooling::takeMessages()
 
 qsizetype Pooling::messages() const
 {
-    return script.calls.filter(QStringLiteral("AddSMS(")).size();
+    return script.calls.filter(u"AddSMS("_s).size();
 }
 
 void Pooling::whenEventsAreProcessed(std::function<void()> action)
@@ -73,3 +77,5 @@ void Pooling::whenEventsAreProcessed(std::function<void()> action)
         script.inAddSMS = nullptr;
     };
 }
+
+} // namespace norvane

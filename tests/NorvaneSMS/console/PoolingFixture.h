@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// A server's console over a queue folder of its own. What it does that was not called for is
 /// noted: an end by a failure, and message boxes.
 class Pooling : public ConsoleFixture
@@ -37,3 +39,5 @@ protected:
 private:
     std::function<void(int)> m_previous;
 };
+
+} // namespace norvane

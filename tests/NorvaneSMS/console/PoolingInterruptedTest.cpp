@@ -6,6 +6,10 @@
 #include <QDir>
 #include <QPushButton>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 // What happens while a tick processes events between two files.
 
 class PoolingInterrupted : public Pooling
@@ -52,7 +56,7 @@ TEST_F(PoolingInterrupted, tickEndsWhenTheModeHasChanged)
     });
     EXPECT_EQ(messages(), 1);
     EXPECT_EQ(names().size(), 29);
-    EXPECT_EQ(streams.calls.filter(u"open "_qs).size(), 1);
+    EXPECT_EQ(streams.calls.filter(u"open "_s).size(), 1);
 
     storeMode(true);
     console->SetDeviceSettings({});
@@ -62,17 +66,17 @@ TEST_F(PoolingInterrupted, tickEndsWhenTheModeHasChanged)
 
 TEST_F(PoolingInterrupted, tickEndsWhenTheFolderHasChanged)
 {
-    ASSERT_TRUE(QDir().mkdir(path(u"other"_qs)));
+    ASSERT_TRUE(QDir().mkdir(path(u"other"_s)));
     tickWith([this] {
-        storeQueueFolder(path(u"other"_qs));
+        storeQueueFolder(path(u"other"_s));
         console->SetDeviceSettings({});
     });
     EXPECT_EQ(messages(), 1);
     EXPECT_EQ(names().size(), 29 + 1);
-    drop(u"other/sms.0"_qs);
+    drop(u"other/sms.0"_s);
     tick();
     EXPECT_EQ(messages(), 2);
-    EXPECT_FALSE(isThere(u"other/sms.0"_qs));
+    EXPECT_FALSE(isThere(u"other/sms.0"_s));
 }
 
 TEST_F(PoolingInterrupted, tickEndsWhenTheWindowIsClosed)
@@ -103,10 +107,9 @@ TEST_F(PoolingInterrupted, tickGoesOnWithTheNewEngineWhenOnlyThatHasChanged)
     EXPECT_TRUE(names().isEmpty());
     QStringList calls = takeCalls();
     ASSERT_GT(calls.size(), 4);
-    EXPECT_TRUE(calls.first().startsWith(u"AddSMS("_qs));
-    EXPECT_EQ(calls.mid(1, 3),
-              (QStringList{u"new 2"_qs, u"release 1"_qs, u"SetDeviceSettings()"_qs}));
-    EXPECT_EQ(calls.mid(4).filter(u"AddSMS("_qs).size(), 29) << "of the new one";
+    EXPECT_TRUE(calls.first().startsWith(u"AddSMS("_s));
+    EXPECT_EQ(calls.mid(1, 3), (QStringList{u"new 2"_s, u"release 1"_s, u"SetDeviceSettings()"_s}));
+    EXPECT_EQ(calls.mid(4).filter(u"AddSMS("_s).size(), 29) << "of the new one";
 }
 
 TEST_F(PoolingInterrupted, nothingIsPolledWhileTheFatalReportIsOpen)
@@ -137,14 +140,14 @@ TEST_F(PoolingInterrupted, failureInAnotherHandlerIsFatalAsEver)
     });
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_qs));
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_s));
     EXPECT_EQ(messages(), 30) << "the tick is none of its business";
 }
 
 TEST_F(PoolingInterrupted, noFileIsTakenInFrontOfTheReportOfADeviceTestThatFails)
 {
     // The test took longer than ten seconds: a tick waits behind it.
-    const QString test = u"TestDevice"_qs;
+    const QString test = u"TestDevice"_s;
     script.failingCall = test;
     script.inCall = [&](const QString &call) {
         if (call == test)
@@ -156,3 +159,5 @@ TEST_F(PoolingInterrupted, noFileIsTakenInFrontOfTheReportOfADeviceTestThatFails
     EXPECT_EQ(exitCode, 1);
     EXPECT_EQ(names().size(), 30);
 }
+
+} // namespace norvane

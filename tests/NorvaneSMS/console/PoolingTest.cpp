@@ -10,11 +10,15 @@
 
 #include <dirent.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST_F(Pooling, recordsOfAllFilesReachTheEngineAndTheFilesGo)
 {
     loadAsServer();
     dropMany(3);
-    writeFile(path(u"sms.bulk"_qs), fixture(u"three"_qs));
+    writeFile(path(u"sms.bulk"_s), fixture(u"three"_s));
     tick();
     EXPECT_EQ(messages(), 6);
     EXPECT_TRUE(names().isEmpty());
@@ -34,25 +38,25 @@ TEST_F(Pooling, emptyFolderChangesNothing)
 TEST_F(Pooling, everyFileNamedSmsDotIsTaken)
 {
     loadAsServer();
-    for (const QString &name : {u"sms.txt"_qs, u"SMS.7"_qs, u"sms.1.bak"_qs, u"sms."_qs})
+    for (const QString &name : {u"sms.txt"_s, u"SMS.7"_s, u"sms.1.bak"_s, u"sms."_s})
         drop(name);
-    for (const QString &name : {u"sms"_qs, u"sms1"_qs, u"xsms.1"_qs, u"queue.sms"_qs})
+    for (const QString &name : {u"sms"_s, u"sms1"_s, u"xsms.1"_s, u"queue.sms"_s})
         drop(name);
     tick();
     QStringList taken = takeMessages();
     taken.sort();
-    EXPECT_EQ(taken, (QStringList{u"SMS.7"_qs, u"sms."_qs, u"sms.1.bak"_qs, u"sms.txt"_qs}));
+    EXPECT_EQ(taken, (QStringList{u"SMS.7"_s, u"sms."_s, u"sms.1.bak"_s, u"sms.txt"_s}));
     EXPECT_EQ(names().size(), 4);
 }
 
 TEST_F(Pooling, folderNamedLikeADropFileIsIgnoredWithEverythingInIt)
 {
     loadAsServer();
-    ASSERT_TRUE(QDir().mkdir(path(u"sms.1"_qs)));
-    drop(u"sms.1/sms.2"_qs);
+    ASSERT_TRUE(QDir().mkdir(path(u"sms.1"_s)));
+    drop(u"sms.1/sms.2"_s);
     tick();
     EXPECT_EQ(messages(), 0);
-    EXPECT_TRUE(isThere(u"sms.1/sms.2"_qs));
+    EXPECT_TRUE(isThere(u"sms.1/sms.2"_s));
 }
 
 TEST_F(Pooling, filesAreTakenInTheOrderOfTheFileSystem)
@@ -75,9 +79,9 @@ TEST_F(Pooling, filesAreTakenInTheOrderOfTheFileSystem)
 TEST_F(Pooling, shortEmptyAndBadFilesGoToo)
 {
     loadAsServer();
-    writeFile(path(u"sms.empty"_qs));
-    for (const QString &name : {u"short"_qs, u"tail"_qs, u"bad_date"_qs, u"misaligned"_qs})
-        writeFile(path(u"sms."_qs + name), fixture(name));
+    writeFile(path(u"sms.empty"_s));
+    for (const QString &name : {u"short"_s, u"tail"_s, u"bad_date"_s, u"misaligned"_s})
+        writeFile(path(u"sms."_s + name), fixture(name));
     tick();
     EXPECT_EQ(messages(), 2 + 1 + 2);
     EXPECT_TRUE(names().isEmpty());
@@ -109,7 +113,7 @@ TEST_F(Pooling, with45FilesEventsAreProcessedAfterTheFirstThe21stAndThe41st)
 TEST_F(Pooling, aThousandRecordsAreTakenWithoutProcessingEventsBetweenThem)
 {
     loadAsServer();
-    writeFile(path(u"sms.0"_qs), fixture(u"one"_qs).repeated(1000));
+    writeFile(path(u"sms.0"_s), fixture(u"one"_s).repeated(1000));
     QList<qsizetype> processed;
     script.inAddSMS = [&] {
         QMetaObject::invokeMethod(
@@ -124,75 +128,75 @@ TEST_F(Pooling, aThousandRecordsAreTakenWithoutProcessingEventsBetweenThem)
 TEST_F(Pooling, fileThatArrivesDuringTheTickWaitsForTheNext)
 {
     loadAsServer();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     script.inAddSMS = [this] {
-        drop(u"sms.1"_qs);
+        drop(u"sms.1"_s);
         script.inAddSMS = nullptr;
     };
     tick();
-    EXPECT_EQ(takeMessages(), QStringList{u"sms.0"_qs});
-    EXPECT_TRUE(isThere(u"sms.1"_qs));
+    EXPECT_EQ(takeMessages(), QStringList{u"sms.0"_s});
+    EXPECT_TRUE(isThere(u"sms.1"_s));
     tick();
-    EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_qs});
+    EXPECT_EQ(takeMessages(), QStringList{u"sms.1"_s});
 }
 
 TEST_F(Pooling, missingFolderIsALineAtEveryTickAndTheLinesStay)
 {
-    const QString folder = path(u"share"_qs);
+    const QString folder = path(u"share"_s);
     storeQueueFolder(folder);
     loadAsServer();
     auto *const term = control<TerminalView>("txtTerm");
     for (int ticks = 1; ticks <= 3; ++ticks) {
         term->moveCursor(QTextCursor::Start);
         tick();
-        EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_qs).repeated(ticks));
+        EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_s).repeated(ticks));
         EXPECT_TRUE(term->textCursor().atEnd());
     }
     EXPECT_TRUE(boxes.shown.isEmpty());
 
     ASSERT_TRUE(QDir().mkdir(folder));
-    drop(u"share/sms.0"_qs);
-    drop(u"share/sms.1"_qs);
+    drop(u"share/sms.0"_s);
+    drop(u"share/sms.1"_s);
     tick();
     EXPECT_EQ(messages(), 2);
-    EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_qs).repeated(3));
+    EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_s).repeated(3));
 }
 
 TEST_F(Pooling, fileOrLinkThatLeadsNowhereInThePlaceOfTheFolderIsAMissingFolder)
 {
-    writeFile(path(u"file"_qs), fixture(u"one"_qs));
-    ASSERT_TRUE(QFile::link(path(u"nowhere"_qs), path(u"dangling"_qs)));
-    storeQueueFolder(path(u"file"_qs));
+    writeFile(path(u"file"_s), fixture(u"one"_s));
+    ASSERT_TRUE(QFile::link(path(u"nowhere"_s), path(u"dangling"_s)));
+    storeQueueFolder(path(u"file"_s));
     loadAsServer();
     int lines = 0;
-    for (const QString &folder : {u"file"_qs, u"dangling"_qs}) {
+    for (const QString &folder : {u"file"_s, u"dangling"_s}) {
         storeQueueFolder(path(folder));
         console->ApplyOperationMode();
         takeCalls();
         for (int ticks = 0; ticks < 2; ++ticks) {
             tick();
             ++lines;
-            EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_qs).repeated(lines)) << qPrintable(folder);
+            EXPECT_EQ(terminal(), (GS(3760050) + u"\r\n"_s).repeated(lines)) << qPrintable(folder);
         }
         EXPECT_TRUE(takeCalls().isEmpty());
     }
     EXPECT_TRUE(streams.calls.isEmpty());
-    EXPECT_EQ(names(), (QStringList{u"dangling"_qs, u"file"_qs}));
+    EXPECT_EQ(names(), (QStringList{u"dangling"_s, u"file"_s}));
     EXPECT_TRUE(boxes.shown.isEmpty());
 
-    ASSERT_TRUE(QDir().mkdir(path(u"nowhere"_qs))); // the link leads to a folder again
-    drop(u"nowhere/sms.0"_qs);
+    ASSERT_TRUE(QDir().mkdir(path(u"nowhere"_s))); // the link leads to a folder again
+    drop(u"nowhere/sms.0"_s);
     tick();
-    EXPECT_EQ(takeMessages(), QStringList{u"nowhere/sms.0"_qs});
+    EXPECT_EQ(takeMessages(), QStringList{u"nowhere/sms.0"_s});
 }
 
 TEST_F(Pooling, folderWithASeparatorAtItsEndIsTheSame)
 {
     storeQueueFolder(queue.path() + u'/');
     loadAsServer();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     tick();
-    EXPECT_EQ(streams.calls.first(), u"open "_qs + path(u"sms.0"_qs));
+    EXPECT_EQ(streams.calls.first(), u"open "_s + path(u"sms.0"_s));
     EXPECT_EQ(messages(), 1);
 }
 
@@ -200,11 +204,11 @@ TEST_F(Pooling, fileThatCannotBeOpenedIsDeletedAndTheTickGoesOn)
 {
     loadAsServer();
     dropMany(3);
-    streams.onOpen = [this](const QString &file) { return file == path(u"sms.1"_qs) ? EACCES : 0; };
+    streams.onOpen = [this](const QString &file) { return file == path(u"sms.1"_s) ? EACCES : 0; };
     tick();
     QStringList taken = takeMessages();
     taken.sort();
-    EXPECT_EQ(taken, (QStringList{u"sms.0"_qs, u"sms.2"_qs}));
+    EXPECT_EQ(taken, (QStringList{u"sms.0"_s, u"sms.2"_s}));
     EXPECT_TRUE(names().isEmpty());
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -212,14 +216,14 @@ TEST_F(Pooling, fileThatCannotBeOpenedIsDeletedAndTheTickGoesOn)
 TEST_F(Pooling, engineThatFailsLosesTheRestOfOneFileAndIsNotFatal)
 {
     loadAsServer();
-    writeFile(path(u"sms.0"_qs), fixture(u"three"_qs));
+    writeFile(path(u"sms.0"_s), fixture(u"three"_s));
     script.failingCalls.enqueue(5); // three calls were made at load
     tick();
     EXPECT_EQ(messages(), 2) << "the second one failed";
     EXPECT_TRUE(names().isEmpty());
     EXPECT_EQ(exitCode, 0);
     EXPECT_TRUE(boxes.shown.isEmpty());
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     tick();
     EXPECT_EQ(messages(), 3);
 }
@@ -227,10 +231,10 @@ TEST_F(Pooling, engineThatFailsLosesTheRestOfOneFileAndIsNotFatal)
 TEST_F(Pooling, fileThatCannotBeDeletedStopsThePollingForGood)
 {
     loadAsServer();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     streams.onRemove = [](const QString &) { return EACCES; };
     tick();
-    EXPECT_EQ(takeMessages(), QStringList{u"sms.0"_qs});
+    EXPECT_EQ(takeMessages(), QStringList{u"sms.0"_s});
     EXPECT_EQ(exitCode, 0) << "it ends the tick and not the program";
     EXPECT_TRUE(boxes.shown.isEmpty());
 
@@ -239,14 +243,14 @@ TEST_F(Pooling, fileThatCannotBeDeletedStopsThePollingForGood)
     console->SetDeviceSettings({});
     tick();
     EXPECT_EQ(messages(), 0);
-    EXPECT_TRUE(isThere(u"sms.0"_qs));
+    EXPECT_TRUE(isThere(u"sms.0"_s));
     EXPECT_EQ(terminal(), QString());
 }
 
 TEST_F(Pooling, failureThatLeavesATickIsNotTheEndOfLaterTimerEvents)
 {
     loadAsServer();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     streams.onRemove = [](const QString &) { return EACCES; };
     tick();
     timers.now += 10'000;
@@ -260,14 +264,14 @@ TEST_F(Pooling, failureThatLeavesATickIsNotTheEndOfLaterTimerEvents)
 TEST_F(Pooling, fileThatIsGoneBeforeItIsReadStopsThePollingToo)
 {
     loadAsServer();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     streams.onOpen = [](const QString &file) {
         QFile::remove(file);
         return 0;
     };
     tick();
     streams.onOpen = nullptr;
-    drop(u"sms.1"_qs);
+    drop(u"sms.1"_s);
     tick();
     EXPECT_EQ(messages(), 0);
     EXPECT_EQ(exitCode, 0);
@@ -289,3 +293,5 @@ TEST_F(Pooling, filesBetweenTwoProcessingsOfEventsReachTheEngineTogether)
     EXPECT_EQ(left, (QList<qsizetype>{45, 44, 24, 4})) << "none goes before it is stored";
     EXPECT_TRUE(names().isEmpty());
 }
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class PoolingTimer : public Pooling
 {
 protected:
@@ -19,9 +23,9 @@ protected:
 TEST_F(PoolingTimer, aServerTicksEveryTenSecondsFromItsStart)
 {
     loadAsServer();
-    EXPECT_EQ(timers.calls, (QStringList{u"begin 1"_qs, u"set 10000 1 1"_qs}));
+    EXPECT_EQ(timers.calls, (QStringList{u"begin 1"_s, u"set 10000 1 1"_s}));
     EXPECT_EQ(registered(), 1);
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     processWindowMessages();
     EXPECT_EQ(messages(), 0) << "not before the first tick";
     tick();
@@ -34,9 +38,9 @@ TEST_F(PoolingTimer, theEngineIsThereBeforeTheTimer)
     timers.windowError = 24;
     storeMode(true);
     EXPECT_THROW(load(), NumberedFailure);
-    EXPECT_EQ(script.calls.first(), u"new 1"_qs);
+    EXPECT_EQ(script.calls.first(), u"new 1"_s);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first().text, u"Unable to create window, LastError = 24"_qs);
+    EXPECT_EQ(boxes.shown.first().text, u"Unable to create window, LastError = 24"_s);
 }
 
 TEST_F(PoolingTimer, aClientHasNone)
@@ -54,35 +58,35 @@ TEST_F(PoolingTimer, fromServerToClientItIsDisabledAndReleased)
     timers.tick(); // still queued when the mode changes
     storeMode(false);
     console->SetDeviceSettings({});
-    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_qs, u"end 1"_qs}));
+    EXPECT_EQ(timers.calls, (QStringList{u"kill 1"_s, u"end 1"_s}));
     EXPECT_EQ(registered(), 0);
     EXPECT_TRUE(timer.expired());
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     processWindowMessages();
-    EXPECT_TRUE(isThere(u"sms.0"_qs));
+    EXPECT_TRUE(isThere(u"sms.0"_s));
 }
 
 TEST_F(PoolingTimer, fromClientToServerItBegins)
 {
     loadAsClient();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     storeMode(true);
     console->SetDeviceSettings({});
     tick();
-    EXPECT_EQ(takeMessages(), QStringList{u"sms.0"_qs});
+    EXPECT_EQ(takeMessages(), QStringList{u"sms.0"_s});
 }
 
 TEST_F(PoolingTimer, replacedTimerTicksOnUnheard)
 {
     loadAsServer();
-    storeQueueFolder(path(u"none"_qs));
+    storeQueueFolder(path(u"none"_s));
     console->SetDeviceSettings({});
     console->SetDeviceSettings({});
     EXPECT_EQ(registered(), 3);
     EXPECT_EQ(timers.events.size(), 3);
-    EXPECT_FALSE(timers.calls.contains(u"kill 1"_qs));
+    EXPECT_FALSE(timers.calls.contains(u"kill 1"_s));
     tick(); // of all three
-    EXPECT_EQ(terminal(), GS(3760050) + u"\r\n"_qs);
+    EXPECT_EQ(terminal(), GS(3760050) + u"\r\n"_s);
 }
 
 TEST_F(PoolingTimer, closingTheConsoleEndsItAfterTheEngineIsReleased)
@@ -93,8 +97,8 @@ TEST_F(PoolingTimer, closingTheConsoleEndsItAfterTheEngineIsReleased)
     console->close();
     EXPECT_EQ(registeredThen, 1);
     EXPECT_EQ(registered(), 0);
-    EXPECT_EQ(timers.calls.mid(2), (QStringList{u"kill 1"_qs, u"end 1"_qs}));
-    EXPECT_EQ(script.calls.last(), u"ReleaseGlobals"_qs);
+    EXPECT_EQ(timers.calls.mid(2), (QStringList{u"kill 1"_s, u"end 1"_s}));
+    EXPECT_EQ(script.calls.last(), u"ReleaseGlobals"_s);
 }
 
 TEST_F(PoolingTimer, ticksWhetherTheEngineIsStartedOrNot)
@@ -102,9 +106,9 @@ TEST_F(PoolingTimer, ticksWhetherTheEngineIsStartedOrNot)
     for (const qint32 status : {0, 1, 2}) {
         script.status = status;
         loadAsServer();
-        drop(u"sms.0"_qs);
+        drop(u"sms.0"_s);
         tick();
-        EXPECT_EQ(takeCalls(), QStringList{u"AddSMS(912345678|sms.0|2009-03-05T14:07:09)"_qs})
+        EXPECT_EQ(takeCalls(), QStringList{u"AddSMS(912345678|sms.0|2009-03-05T14:07:09)"_s})
             << "no tick looks at the engine's status or starts it";
         console->close();
     }
@@ -114,13 +118,15 @@ TEST_F(PoolingTimer, clockThatPassesItsGreatestValueIsFatal)
 {
     timers.now = std::numeric_limits<qint32>::max();
     loadAsServer();
-    drop(u"sms.0"_qs);
+    drop(u"sms.0"_s);
     timers.now = std::numeric_limits<qint32>::min();
     tick();
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.first(),
-              (RecordingMessageBoxes::Shown{u"Overflow - 6"_qs, MessageBoxes::Icon::Critical,
-                                            MessageBoxes::Buttons::Ok, u"Norvane SMS"_qs}));
-    EXPECT_TRUE(isThere(u"sms.0"_qs)) << "the event was not raised";
+              (RecordingMessageBoxes::Shown{u"Overflow - 6"_s, MessageBoxes::Icon::Critical,
+                                            MessageBoxes::Buttons::Ok, u"Norvane SMS"_s}));
+    EXPECT_TRUE(isThere(u"sms.0"_s)) << "the event was not raised";
 }
+
+} // namespace norvane

@@ -1,6 +1,10 @@
 #include "NorvaneSMS/console/QueueGridFixture.h"
 #include "support/Allocations.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST_F(QueueGridTest, deleteDoesNothingOnAnEmptyQueue)
 {
     showQueue(0);
@@ -36,7 +40,7 @@ TEST_F(QueueGridTest, answeringNoLeavesEveryRowAsItWas)
     select({1, 3});
     pressDelete();
     EXPECT_EQ(boxes.shown, QList{deleteQuestion()});
-    EXPECT_EQ(phones(), QStringLiteral("601 602 603"));
+    EXPECT_EQ(phones(), u"601 602 603"_s);
     EXPECT_TRUE(takeCalls().isEmpty());
 }
 
@@ -45,7 +49,7 @@ TEST_F(QueueGridTest, rowsTwoAndFourGoTheLastOneFirst)
     showQueue(5);
     select({2, 4});
     pressDelete();
-    EXPECT_EQ(phones(), QStringLiteral("601 603 605"));
+    EXPECT_EQ(phones(), u"601 603 605"_s);
     EXPECT_EQ(takeCalls(), (QStringList{status, status, update}));
     ASSERT_EQ(script.updates.size(), 1);
     EXPECT_EQ(script.updates.first().deletedIds(), (QList<qint64>{104, 102}));
@@ -59,7 +63,7 @@ TEST_F(QueueGridTest, withTheEngineStoppedTheFirstRowIsDeletedLikeAnyOther)
     showQueue(2);
     select({1});
     pressDelete();
-    EXPECT_EQ(phones(), QStringLiteral("602"));
+    EXPECT_EQ(phones(), u"602"_s);
     EXPECT_EQ(takeCalls(), (QStringList{status, update}));
 }
 
@@ -70,7 +74,7 @@ TEST_F(QueueGridTest, noStatusButOneKeepsTheFirstRow)
         showQueue(2);
         select({1});
         pressDelete();
-        EXPECT_EQ(phones(), QStringLiteral("602")) << engineStatus;
+        EXPECT_EQ(phones(), u"602"_s) << engineStatus;
         EXPECT_EQ(takeCalls(), (QStringList{status, update}));
     }
 }
@@ -87,8 +91,8 @@ TEST_F(QueueGridTest, aSelectionWithTheMessageInProgressRemovesTheOthersAndShows
     };
     pressDelete();
     EXPECT_EQ(boxes.shown, (QList{deleteQuestion(), exclamation(3760020)}));
-    EXPECT_EQ(whenTold, QStringLiteral("601 604")) << "the others are gone by then";
-    EXPECT_EQ(phones(), QStringLiteral("601 604"));
+    EXPECT_EQ(whenTold, u"601 604"_s) << "the others are gone by then";
+    EXPECT_EQ(phones(), u"601 604"_s);
     EXPECT_EQ(takeCalls(), (QStringList{status, status, status, update}));
     EXPECT_EQ(script.updates.first().deletedIds(), (QList<qint64>{103, 102}));
 }
@@ -115,7 +119,7 @@ TEST_F(QueueGridTest, theStatusIsReadAfreshForEachRow)
     script.statuses.append({0, 0, 1});
     select({1, 2, 3});
     pressDelete();
-    EXPECT_EQ(phones(), QStringLiteral("601"));
+    EXPECT_EQ(phones(), u"601"_s);
 }
 
 TEST_F(QueueGridTest, changesOfTheQueueWaitUntilTheDeletionIsThrough)
@@ -132,9 +136,9 @@ TEST_F(QueueGridTest, changesOfTheQueueWaitUntilTheDeletionIsThrough)
     pressDelete();
     EXPECT_EQ(script.updates.first().deletedIds(), (QList<qint64>{103, 102}))
         << "the rows that were selected, not those that stand there now";
-    EXPECT_EQ(takeCalls(), (QStringList{status, status, update, QStringLiteral("GetQueue")}));
+    EXPECT_EQ(takeCalls(), (QStringList{status, status, update, u"GetQueue"_s}));
     EXPECT_EQ(ConsoleFixture::text("lblQueueSize"), GS(3760025, 4)) << "the last one's size";
-    EXPECT_EQ(phones(), QStringLiteral("602 603 604 609")) << "as this engine answers";
+    EXPECT_EQ(phones(), u"602 603 604 609"_s) << "as this engine answers";
 }
 
 TEST_F(QueueGridTest, changesThatWaitedAreShownAfterANoToo)
@@ -148,7 +152,7 @@ TEST_F(QueueGridTest, changesThatWaitedAreShownAfterANoToo)
         EXPECT_EQ(grid()->rows(), 2) << "not while the box is open";
     };
     pressDelete();
-    EXPECT_EQ(phones(), QStringLiteral("602"));
+    EXPECT_EQ(phones(), u"602"_s);
     boxes.whileShown = nullptr;
     script.queue.clear();
     changeQueue();
@@ -204,13 +208,13 @@ TEST_F(QueueGridTest, aChangeWhileItIsToldOfTheKeptRowWaitsUntilTheQueueIsHanded
             return;
         script.queue.removeFirst(); // message 1 is sent
         changeQueue();
-        EXPECT_EQ(phones(), QStringLiteral("601 602 604"));
+        EXPECT_EQ(phones(), u"601 602 604"_s);
     };
     pressDelete();
     EXPECT_EQ(boxes.shown, (QList{deleteQuestion(), exclamation(3760020)}));
-    EXPECT_EQ(takeCalls(), (QStringList{status, status, update, QStringLiteral("GetQueue")}));
+    EXPECT_EQ(takeCalls(), (QStringList{status, status, update, u"GetQueue"_s}));
     EXPECT_EQ(script.updates.first().deletedIds(), QList<qint64>{103});
-    EXPECT_EQ(phones(), QStringLiteral("602 603 604")) << "as this engine answers";
+    EXPECT_EQ(phones(), u"602 603 604"_s) << "as this engine answers";
 }
 
 TEST_F(QueueGridTest, theHourglassIsShownWhileTheEngineIsAskedAndNotWithABox)
@@ -224,11 +228,11 @@ TEST_F(QueueGridTest, theHourglassIsShownWhileTheEngineIsAskedAndNotWithABox)
         waited += where + (pointer && pointer->shape() == Qt::WaitCursor ? u'+' : u'-');
     };
     script.inCall = look;
-    boxes.whileShown = [&] { look(QStringLiteral("box")); };
+    boxes.whileShown = [&] { look(u"box"_s); };
     pressDelete();
     script.inCall = nullptr;
-    EXPECT_EQ(waited, (QStringList{QStringLiteral("box-"), status + u'+', status + u'+',
-                                   QStringLiteral("box-"), update + u'+'}));
+    EXPECT_EQ(waited,
+              (QStringList{u"box-"_s, status + u'+', status + u'+', u"box-"_s, update + u'+'}));
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
@@ -237,8 +241,7 @@ TEST_F(QueueGridTest, thousandsOfRowsAreDeletedWithEachHandledOnce)
     showQueue(1);
     script.queue.clear();
     for (int number = 1; number <= 20'000; ++number)
-        script.queue.append({QStringLiteral("2100-01-01T00:00:00"), QString::number(number),
-                             QStringLiteral("x"), number});
+        script.queue.append({u"2100-01-01T00:00:00"_s, QString::number(number), u"x"_s, number});
     changeQueue();
     grid()->setCurrentIndex(cell(1, 0));
     grid()->selectAll();
@@ -248,3 +251,5 @@ TEST_F(QueueGridTest, thousandsOfRowsAreDeletedWithEachHandledOnce)
     EXPECT_EQ(grid()->rows(), 0);
     EXPECT_EQ(script.updates.first().deletedIds().size(), 20'000);
 }
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 #include <QApplication>
 #include <QTest>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// A server's console whose queue is filled by the test, and what an operator does in its grid.
 class QueueGridTest : public QueueGridReading<ConsoleFixture>
 {
@@ -15,11 +19,9 @@ protected:
 
     static QueueRow waiting(int number)
     {
-        return {QStringLiteral("2026-11-20T%1:%2:00")
-                    .arg(number / 60, 2, 10, QLatin1Char('0'))
+        return {u"2026-11-20T%1:%2:00"_s.arg(number / 60, 2, 10, QLatin1Char('0'))
                     .arg(number % 60, 2, 10, QLatin1Char('0')),
-                QStringLiteral("60%1").arg(number), QStringLiteral("text %1").arg(number),
-                100 + number};
+                u"60%1"_s.arg(number), u"text %1"_s.arg(number), 100 + number};
     }
 
     /// Messages 1 to `count`, which stand in the rows of these numbers, in a window that is shown.
@@ -81,14 +83,16 @@ protected:
     static RecordingMessageBoxes::Shown exclamation(qint32 id)
     {
         return {GS(id), MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
-                QStringLiteral("Norvane SMS")};
+                u"Norvane SMS"_s};
     }
     static RecordingMessageBoxes::Shown deleteQuestion()
     {
         return {GS(3760021), MessageBoxes::Icon::Question, MessageBoxes::Buttons::YesNo,
-                QStringLiteral("Norvane SMS")};
+                u"Norvane SMS"_s};
     }
 
-    const QString status = QStringLiteral("GetEngineStatus");
-    const QString update = QStringLiteral("UpdateQueue");
+    const QString status = u"GetEngineStatus"_s;
+    const QString update = u"UpdateQueue"_s;
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <QLineEdit>
 
+namespace norvane {
+
 /// What a test sees of the queue's grid of its console.
 /// @tparam Fixture  gives the console's controls by their names
 template <typename Fixture>
@@ -24,3 +26,5 @@ protected:
     QModelIndex cell(int row, int column) const { return grid()->model()->index(row - 1, column); }
     QString text(int row, int column) const { return cell(row, column).data().toString(); }
 };
+
+} // namespace norvane

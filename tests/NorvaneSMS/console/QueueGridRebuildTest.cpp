@@ -1,10 +1,14 @@
 #include "NorvaneSMS/console/QueueGridFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST_F(QueueGridTest, aRebuildKeepsAnEditInProgressOnItsMessage)
 {
     showQueue(4);
     beginEdit(3, 2);
-    QTest::keyClicks(editor(), QStringLiteral("abcdef"));
+    QTest::keyClicks(editor(), u"abcdef"_s);
     editor()->setSelection(4, -2);
     QLineEdit *const before = editor();
     takeCalls();
@@ -15,18 +19,18 @@ TEST_F(QueueGridTest, aRebuildKeepsAnEditInProgressOnItsMessage)
     EXPECT_EQ(editor(), before) << "with its undo";
     EXPECT_TRUE(editor()->isVisible());
     EXPECT_TRUE(editor()->hasFocus());
-    EXPECT_EQ(editor()->text(), QStringLiteral("abcdef"));
-    EXPECT_EQ(editor()->selectedText(), QStringLiteral("cd"));
+    EXPECT_EQ(editor()->text(), u"abcdef"_s);
+    EXPECT_EQ(editor()->selectedText(), u"cd"_s);
     EXPECT_EQ(editor()->cursorPosition(), 2);
     EXPECT_EQ(grid()->currentIndex(), cell(2, 2));
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("GetQueue")}) << "no guard is asked again";
+    EXPECT_EQ(takeCalls(), QStringList{u"GetQueue"_s}) << "no guard is asked again";
 
-    QTest::keyClicks(editor(), QStringLiteral("X"));
+    QTest::keyClicks(editor(), u"X"_s);
     QTest::keyClick(editor(), Qt::Key_Return);
     ASSERT_EQ(script.updates.size(), 1);
     ASSERT_EQ(script.updates.first().changedRows().size(), 1);
     EXPECT_EQ(script.updates.first().changedRows().first().id, 103);
-    EXPECT_EQ(script.updates.first().changedRows().first().message, QStringLiteral("abXef"));
+    EXPECT_EQ(script.updates.first().changedRows().first().message, u"abXef"_s);
     EXPECT_EQ(editor(), nullptr);
 }
 
@@ -34,14 +38,14 @@ TEST_F(QueueGridTest, theMessageThatIsEditedIsTheOneThatDeleteRemoves)
 {
     showQueue(4);
     beginEdit(3, 2);
-    QTest::keyClicks(editor(), QStringLiteral("x"));
+    QTest::keyClicks(editor(), u"x"_s);
     script.queue.prepend(waiting(0)); // message 3 now stands in row 4
     changeQueue();
     EXPECT_EQ(grid()->currentRow(), 4);
     EXPECT_EQ(grid()->selectedRows(), QList<int>{4});
     ASSERT_NE(editor(), nullptr);
     QTest::keyClick(editor(), Qt::Key_Return);
-    script.queue[3].message = QStringLiteral("x");
+    script.queue[3].message = u"x"_s;
     changeQueue();
     pressDelete();
     EXPECT_EQ(script.updates.last().deletedIds(), QList<qint64>{103});
@@ -79,7 +83,7 @@ TEST_F(QueueGridTest, anEditLivesThroughManyRebuilds)
     showQueue(30);
     beginEdit(29, 1);
     for (int round = 0; round < 25; ++round) {
-        QTest::keyClicks(editor(), QStringLiteral("7"));
+        QTest::keyClicks(editor(), u"7"_s);
         script.queue.removeFirst();
         changeQueue();
         ASSERT_NE(editor(), nullptr) << round;
@@ -93,24 +97,24 @@ TEST_F(QueueGridTest, anEditOfAMessageThatIsGoneIsDroppedWithoutAWord)
 {
     showQueue(3);
     beginEdit(2, 1);
-    QTest::keyClicks(editor(), QStringLiteral("999"));
+    QTest::keyClicks(editor(), u"999"_s);
     takeCalls();
     script.queue.removeAt(1);
     changeQueue();
     EXPECT_EQ(editor(), nullptr);
-    EXPECT_EQ(takeCalls(), QStringList{QStringLiteral("GetQueue")});
+    EXPECT_EQ(takeCalls(), QStringList{u"GetQueue"_s});
     EXPECT_TRUE(boxes.shown.isEmpty());
-    EXPECT_EQ(phones(), QStringLiteral("601 603"));
+    EXPECT_EQ(phones(), u"601 603"_s);
 
-    edit(2, 1, QStringLiteral("1")); // and the next edit is one of its own
-    EXPECT_EQ(phones(), QStringLiteral("601 1"));
+    edit(2, 1, u"1"_s); // and the next edit is one of its own
+    EXPECT_EQ(phones(), u"601 1"_s);
 }
 
 TEST_F(QueueGridTest, aRebuildBetweenReturnAndItsHandlingCantHappen)
 {
     showQueue(3);
     beginEdit(3, 1);
-    QTest::keyClicks(editor(), QStringLiteral("5"));
+    QTest::keyClicks(editor(), u"5"_s);
     QTest::keyClick(editor(), Qt::Key_Return);
     EXPECT_EQ(script.updates.size(), 1) << "the engine is told before anything else happens";
 }
@@ -172,7 +176,7 @@ TEST_F(QueueGridTest, aSingleRowThatIsPressedAfterSeveralFollowsTheCurrentNumber
     script.queue.removeFirst();
     changeQueue();
     EXPECT_EQ(grid()->selectedRows(), QList<int>{3});
-    EXPECT_EQ(text(3, 1), QStringLiteral("604")) << "the next message";
+    EXPECT_EQ(text(3, 1), u"604"_s) << "the next message";
 }
 
 TEST_F(QueueGridTest, whenAllSelectedMessagesAreGoneTheCurrentNumberAloneIsSelected)
@@ -190,3 +194,5 @@ TEST_F(QueueGridTest, whenAllSelectedMessagesAreGoneTheCurrentNumberAloneIsSelec
     EXPECT_EQ(grid()->currentRow(), 0) << "there is no row of that number";
     EXPECT_TRUE(grid()->selectedRows().isEmpty());
 }
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 #include <QHeaderView>
 #include <QMouseEvent>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 TEST_F(QueueGridTest, bothGridsHaveAHeaderAndThreeColumnsOfTheirWidths)
 {
     for (const char *const name : {"grdQueue", "grdSentDetails"}) {
@@ -36,7 +40,7 @@ TEST_F(QueueGridTest, severalRowsCanBeSelectedInTheQueueAndNoneInTheLog)
     select({2, 4});
     EXPECT_EQ(grid()->selectedRows(), (QList<int>{2, 4}));
 
-    Q_EMIT engine()->SMSSent(QStringLiteral("1"), QStringLiteral("x"), 0);
+    Q_EMIT engine()->SMSSent(u"1"_s, u"x"_s, 0);
     auto *const sent = control<QTableView>("grdSentDetails");
     sent->selectAll();
     EXPECT_FALSE(sent->selectionModel()->hasSelection());
@@ -97,10 +101,10 @@ TEST_F(QueueGridTest, aDoubleClickOpensACellAlthoughTheQueueChangesBetweenItsPre
 TEST_F(QueueGridTest, tooltipsShowATextAsItStands)
 {
     script.queue = {waiting(1)};
-    script.queue.first().message = QStringLiteral("<b>1 < 2</b>") + QString(5000, u'x');
+    script.queue.first().message = u"<b>1 < 2</b>"_s + QString(5000, u'x');
     changeQueue();
     const QString tip = cell(1, 2).data(Qt::ToolTipRole).toString();
-    EXPECT_TRUE(tip.contains(QStringLiteral("&lt;b&gt;1 &lt; 2&lt;/b&gt;xx")));
+    EXPECT_TRUE(tip.contains(u"&lt;b&gt;1 &lt; 2&lt;/b&gt;xx"_s));
     EXPECT_LT(tip.size(), 1200);
 }
 
@@ -108,8 +112,8 @@ TEST_F(QueueGridTest, theSecondsOfADeliveryDateAreSeenInItsColumn)
 {
     script.queue = {waiting(1), waiting(2), waiting(3)};
     for (QueueRow &row : script.queue)
-        row.deliveryDate = QStringLiteral("2026-11-23T10:15:59");
-    script.queue[2].deliveryDate = QStringLiteral("2026-11-23T10:15:01");
+        row.deliveryDate = u"2026-11-23T10:15:59"_s;
+    script.queue[2].deliveryDate = u"2026-11-23T10:15:01"_s;
     changeQueue();
     grid()->clearSelection();
     grid()->setCurrentIndex({});
@@ -146,8 +150,8 @@ TEST_F(QueueGridTest, withTheEngineStoppedTheFirstRowIsEditedLikeAnyOther)
     for (const qint32 engineStatus : {0, 2}) {
         script.status = engineStatus;
         showQueue(2);
-        edit(1, 1, QStringLiteral("911"));
-        EXPECT_EQ(text(1, 1), QStringLiteral("911"));
+        edit(1, 1, u"911"_s);
+        EXPECT_EQ(text(1, 1), u"911"_s);
         EXPECT_EQ(takeCalls(), (QStringList{status, update}));
     }
     EXPECT_TRUE(boxes.shown.isEmpty());
@@ -157,12 +161,12 @@ TEST_F(QueueGridTest, aPhoneInTheSecondRowIsCorrectedWhileTheEngineRuns)
 {
     script.status = 1;
     showQueue(3);
-    edit(2, 1, QStringLiteral("+34 91-2a"));
-    EXPECT_EQ(text(2, 1), QStringLiteral("+34912")) << "the phone box's own filter";
+    edit(2, 1, u"+34 91-2a"_s);
+    EXPECT_EQ(text(2, 1), u"+34912"_s) << "the phone box's own filter";
     EXPECT_EQ(takeCalls(), QStringList{update});
     ASSERT_EQ(script.updates.size(), 1);
     QueueRow expected = waiting(2);
-    expected.phone = QStringLiteral("+34912");
+    expected.phone = u"+34912"_s;
     EXPECT_EQ(script.updates.first().changedRows(), QList<QueueRow>{expected});
     EXPECT_TRUE(script.updates.first().deletedIds().isEmpty());
     EXPECT_EQ(script.updates.first().count(), 3) << "the set is the grid's own, whole";
@@ -174,13 +178,13 @@ TEST_F(QueueGridTest, aKeyThatThePhoneFilterSwallowsOpensTheCellAndChangesNothin
     grid()->setCurrentIndex(cell(2, 1));
     QTest::keyClick(grid(), Qt::Key_A);
     ASSERT_NE(editor(), nullptr);
-    EXPECT_EQ(editor()->text(), QStringLiteral("602"));
+    EXPECT_EQ(editor()->text(), u"602"_s);
 }
 
 TEST_F(QueueGridTest, aMessageIsEditedWithoutFilterNormalisationOrLimit)
 {
     showQueue(2);
-    const QString typed = QStringLiteral("Ñandú €\t").remove(u'\t') + QString(200'000, u'x');
+    const QString typed = u"Ñandú €\t"_s.remove(u'\t') + QString(200'000, u'x');
     beginEdit(2, 2);
     ASSERT_NE(editor(), nullptr);
     editor()->selectAll();
@@ -193,13 +197,13 @@ TEST_F(QueueGridTest, aMessageIsEditedWithoutFilterNormalisationOrLimit)
 TEST_F(QueueGridTest, theLineBreaksOfAMessageSurviveAnEdit)
 {
     showQueue(2);
-    script.queue[1].message = QStringLiteral("one\r\ntwo");
+    script.queue[1].message = u"one\r\ntwo"_s;
     changeQueue();
     beginEdit(2, 2);
     QTest::keyClick(editor(), Qt::Key_End);
-    QTest::keyClicks(editor(), QStringLiteral("!"));
+    QTest::keyClicks(editor(), u"!"_s);
     QTest::keyClick(editor(), Qt::Key_Return);
-    EXPECT_EQ(script.updates.last().changedRows().first().message, QStringLiteral("one\r\ntwo!"));
+    EXPECT_EQ(script.updates.last().changedRows().first().message, u"one\r\ntwo!"_s);
 }
 
 TEST_F(QueueGridTest, theEndOfAnEditCallsTheEngineWhateverWasTyped)
@@ -215,9 +219,9 @@ TEST_F(QueueGridTest, escapeLeavesTheCellAsItWasAndCallsNothing)
 {
     showQueue(2);
     beginEdit(2, 1);
-    QTest::keyClicks(editor(), QStringLiteral("9"));
+    QTest::keyClicks(editor(), u"9"_s);
     QTest::keyClick(editor(), Qt::Key_Escape);
-    EXPECT_EQ(text(2, 1), QStringLiteral("602"));
+    EXPECT_EQ(text(2, 1), u"602"_s);
     EXPECT_TRUE(takeCalls().isEmpty());
 }
 
@@ -225,17 +229,17 @@ TEST_F(QueueGridTest, leavingTheCellEndsTheEdit)
 {
     showQueue(2);
     beginEdit(2, 1);
-    QTest::keyClicks(editor(), QStringLiteral("9"));
+    QTest::keyClicks(editor(), u"9"_s);
     control("txtPhone")->setFocus();
-    EXPECT_EQ(text(2, 1), QStringLiteral("9"));
+    EXPECT_EQ(text(2, 1), u"9"_s);
     EXPECT_EQ(takeCalls(), QStringList{update});
 }
 
 TEST_F(QueueGridTest, whatWasHandedBackIsNotCarriedAgain)
 {
     showQueue(3);
-    edit(2, 1, QStringLiteral("1"));
-    edit(3, 1, QStringLiteral("2"));
+    edit(2, 1, u"1"_s);
+    edit(3, 1, u"2"_s);
     ASSERT_EQ(script.updates.size(), 2);
     ASSERT_EQ(script.updates.last().changedRows().size(), 1);
     EXPECT_EQ(script.updates.last().changedRows().first().id, 103);
@@ -244,7 +248,7 @@ TEST_F(QueueGridTest, whatWasHandedBackIsNotCarriedAgain)
 TEST_F(QueueGridTest, theLogIsNeverEditable)
 {
     showQueue(1);
-    Q_EMIT engine()->SMSSent(QStringLiteral("1"), QStringLiteral("x"), 0);
+    Q_EMIT engine()->SMSSent(u"1"_s, u"x"_s, 0);
     takeCalls();
     auto *const sent = control<QTableView>("grdSentDetails");
     for (int column = 0; column < 3; ++column) {
@@ -282,7 +286,7 @@ TEST_F(QueueGridTest, aChangeWhileARefusedEditIsToldIsShownAtOnceAndNoCellOpens)
             way();
             boxes.whileShown = nullptr;
             EXPECT_EQ(boxes.shown, QList{exclamation(3760022)});
-            EXPECT_EQ(takeCalls(), (QStringList{status, QStringLiteral("GetQueue")}));
+            EXPECT_EQ(takeCalls(), (QStringList{status, u"GetQueue"_s}));
             EXPECT_EQ(editor(), nullptr);
             EXPECT_EQ(grid()->currentRow(), left > 0 ? 1 : 0);
         }
@@ -294,17 +298,17 @@ TEST_F(QueueGridTest, tabEndsTheEditOfAPhoneAndOpensTheMessageBesideIt)
     script.status = 1;
     showQueue(3);
     beginEdit(2, 1);
-    QTest::keyClicks(editor(), QStringLiteral("9"));
+    QTest::keyClicks(editor(), u"9"_s);
     QTest::keyClick(editor(), Qt::Key_Tab);
-    EXPECT_EQ(text(2, 1), QStringLiteral("9"));
+    EXPECT_EQ(text(2, 1), u"9"_s);
     EXPECT_EQ(takeCalls(), QStringList{update});
     EXPECT_EQ(grid()->currentIndex(), cell(2, 2));
     ASSERT_NE(editor(), nullptr);
-    EXPECT_EQ(editor()->text(), QStringLiteral("text 2"));
+    EXPECT_EQ(editor()->text(), u"text 2"_s);
 
-    QTest::keyClicks(editor(), QStringLiteral("x"));
+    QTest::keyClicks(editor(), u"x"_s);
     QTest::keyClick(editor(), Qt::Key_Tab);
-    EXPECT_EQ(text(2, 2), QStringLiteral("x"));
+    EXPECT_EQ(text(2, 2), u"x"_s);
     EXPECT_EQ(takeCalls(), QStringList{update});
     EXPECT_EQ(editor(), nullptr) << "the delivery date of the next row isn't edited";
     EXPECT_EQ(grid()->currentIndex(), cell(3, 0));
@@ -333,7 +337,7 @@ TEST_F(QueueGridTest, deleteInAnOpenCellDeletesACharacter)
     beginEdit(2, 1);
     QTest::keyClick(editor(), Qt::Key_Home);
     QTest::keyClick(editor(), Qt::Key_Delete);
-    EXPECT_EQ(editor()->text(), QStringLiteral("02"));
+    EXPECT_EQ(editor()->text(), u"02"_s);
     QTest::keyClick(editor(), Qt::Key_End);
     QTest::keyClick(editor(), Qt::Key_Delete); // nothing behind the caret
     EXPECT_TRUE(boxes.shown.isEmpty());
@@ -344,7 +348,7 @@ TEST_F(QueueGridTest, closingTheWindowDropsAnEditInProgress)
 {
     showQueue(2);
     beginEdit(2, 1);
-    QTest::keyClicks(editor(), QStringLiteral("9"));
+    QTest::keyClicks(editor(), u"9"_s);
     console->close();
     EXPECT_TRUE(script.updates.isEmpty());
 }
@@ -358,7 +362,7 @@ TEST_F(QueueGridTest, anEngineThatFailsInTheGuardIsFatal)
     beginEdit(1, 1);
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_TRUE(boxes.shown.first().text.endsWith(QStringLiteral(" - 462")));
+    EXPECT_TRUE(boxes.shown.first().text.endsWith(u" - 462"_s));
     FatalReport::setTerminate(previous);
 }
 
@@ -394,3 +398,5 @@ TEST_F(QueueGridTest, aConsoleThatStartsAsAClientShowsEmptyGridsThatAreOff)
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_TRUE(takeCalls().isEmpty());
 }
+
+} // namespace norvane

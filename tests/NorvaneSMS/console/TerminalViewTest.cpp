@@ -17,6 +17,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Counts the keys that its children let through.
@@ -43,7 +47,7 @@ TEST(TerminalView, everyKeyIsSwallowed)
     const QString shown = terminal->toPlainText();
     const int line = terminal->verticalScrollBar()->value();
     ASSERT_GT(line, 0);
-    QApplication::clipboard()->setText(QStringLiteral("pasted"));
+    QApplication::clipboard()->setText(u"pasted"_s);
 
     for (const Qt::Key key : {Qt::Key_A, Qt::Key_1, Qt::Key_Space, Qt::Key_Delete,
                               Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape,
@@ -57,34 +61,34 @@ TEST(TerminalView, everyKeyIsSwallowed)
     EXPECT_FALSE(terminal->textCursor().hasSelection());
     EXPECT_TRUE(terminal->textCursor().atEnd());
     EXPECT_EQ(terminal->verticalScrollBar()->value(), line);
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("pasted"));
+    EXPECT_EQ(QApplication::clipboard()->text(), u"pasted"_s);
 }
 
 TEST(TerminalView, neitherPastingNorDroppingNorAnInputMethodWritesToIt)
 {
     TerminalView terminal;
-    terminal.appendLine(QStringLiteral("line"));
+    terminal.appendLine(u"line"_s);
     terminal.resize(200, 100);
     terminal.show();
     QMimeData text;
-    text.setText(QStringLiteral("foreign"));
+    text.setText(u"foreign"_s);
     QApplication::clipboard()->setText(text.text());
     terminal.paste();
-    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n")) << "pasted";
+    EXPECT_EQ(terminal.toPlainText(), u"line\n"_s) << "pasted";
     QInputMethodEvent typed;
     typed.setCommitString(text.text());
     QApplication::sendEvent(&terminal, &typed);
     EXPECT_FALSE(terminal.testAttribute(Qt::WA_InputMethodEnabled));
-    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n")) << "typed";
+    EXPECT_EQ(terminal.toPlainText(), u"line\n"_s) << "typed";
     QDragEnterEvent enter({5, 5}, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(terminal.viewport(), &enter);
     QDropEvent drop({5, 5}, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(terminal.viewport(), &drop);
-    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n")) << "dropped";
+    EXPECT_EQ(terminal.toPlainText(), u"line\n"_s) << "dropped";
     terminal.selectAll();
     terminal.cut();
-    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("line\n"));
-    EXPECT_EQ(terminal.text(), QStringLiteral("line\r\n"));
+    EXPECT_EQ(terminal.toPlainText(), u"line\n"_s);
+    EXPECT_EQ(terminal.text(), u"line\r\n"_s);
 }
 
 TEST(TerminalView, accessKeysReachTheirButtonsAndNoOtherShortcutDoes)
@@ -92,7 +96,7 @@ TEST(TerminalView, accessKeysReachTheirButtonsAndNoOtherShortcutDoes)
     QWidget window;
     auto *const layout = new QVBoxLayout(&window);
     auto *const terminal = new TerminalView;
-    auto *const button = new QPushButton(QStringLiteral("&Go"));
+    auto *const button = new QPushButton(u"&Go"_s);
     auto *const other = new QPushButton;
     other->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
     for (QWidget *const control : std::initializer_list<QWidget *>{terminal, button, other})
@@ -166,11 +170,11 @@ TEST(TerminalView, theFaceKeepsItsSizeUnderControlAndWheel)
 TEST(TerminalView, theCaretGoesBehindTheLastCharacter)
 {
     TerminalView terminal;
-    terminal.appendLine(QStringLiteral("a"));
+    terminal.appendLine(u"a"_s);
     terminal.moveCursor(QTextCursor::Start);
-    terminal.appendLine(QStringLiteral("b"));
+    terminal.appendLine(u"b"_s);
     EXPECT_TRUE(terminal.textCursor().atEnd());
-    EXPECT_EQ(terminal.text(), QStringLiteral("a\r\nb\r\n"));
+    EXPECT_EQ(terminal.text(), u"a\r\nb\r\n"_s);
 }
 
 TEST(TerminalView, theNewestLineIsInView)
@@ -191,7 +195,7 @@ TEST(TerminalView, aHundredThousandLinesDontSlowItDown)
     const auto append = [&terminal](int lines) {
         return allocationsOf([&] {
             for (int i = 0; i < lines; ++i)
-                terminal.appendLine(QStringLiteral("a line of the log"));
+                terminal.appendLine(u"a line of the log"_s);
         });
     };
     const Allocations first = append(2000);
@@ -200,7 +204,7 @@ TEST(TerminalView, aHundredThousandLinesDontSlowItDown)
     EXPECT_LT(last.count, 2 * first.count);
     // What grows does so at times, and then by a part of what it is.
     EXPECT_LT(last.bytes, 2 * first.bytes + 100 * terminal.text().size());
-    EXPECT_EQ(terminal.text().count(QStringLiteral("\r\n")), 100'000);
+    EXPECT_EQ(terminal.text().count(u"\r\n"_s), 100'000);
     EXPECT_EQ(terminal.blockCount(), 100'001);
     EXPECT_TRUE(terminal.textCursor().atEnd());
 }
@@ -208,22 +212,24 @@ TEST(TerminalView, aHundredThousandLinesDontSlowItDown)
 TEST(TerminalView, aLineIsAddedWhereTheCaretStandsNowhereElse)
 {
     TerminalView terminal;
-    terminal.appendLine(QStringLiteral("first"));
+    terminal.appendLine(u"first"_s);
     terminal.selectAll(); // a selection of the operator's is not overwritten
-    terminal.appendLine(QStringLiteral("second"));
-    EXPECT_EQ(terminal.toPlainText(), QStringLiteral("first\nsecond\n"));
+    terminal.appendLine(u"second"_s);
+    EXPECT_EQ(terminal.toPlainText(), u"first\nsecond\n"_s);
 }
 
 TEST(TerminalView, textCanBeSelectedWithTheMouseAndCopied)
 {
     TerminalView terminal;
     terminal.resize(300, 100);
-    terminal.setText(QStringLiteral("word\r\n"));
+    terminal.setText(u"word\r\n"_s);
     terminal.show();
     const QPoint inWord =
         terminal.cursorRect(QTextCursor(terminal.document())).center() + QPoint(5, 0);
     QTest::mouseDClick(terminal.viewport(), Qt::LeftButton, Qt::NoModifier, inWord);
-    EXPECT_EQ(terminal.textCursor().selectedText(), QStringLiteral("word"));
+    EXPECT_EQ(terminal.textCursor().selectedText(), u"word"_s);
     terminal.copy();
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("word"));
+    EXPECT_EQ(QApplication::clipboard()->text(), u"word"_s);
 }
+
+} // namespace norvane

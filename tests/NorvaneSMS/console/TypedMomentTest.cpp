@@ -10,6 +10,10 @@
 #include <QTest>
 #include <QTimeEdit>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A date or a time that is half typed when its message is sent.
@@ -21,7 +25,7 @@ protected:
         loadAsServer();
         show();
         QApplication::setActiveWindow(console.get());
-        control<QLineEdit>("txtPhone")->setText(u"1"_qs);
+        control<QLineEdit>("txtPhone")->setText(u"1"_s);
         takeCalls();
     }
 
@@ -47,25 +51,27 @@ INSTANTIATE_TEST_SUITE_P(Each, TypedMoment, ::testing::ValuesIn(pressWays));
 
 TEST_P(TypedMoment, aHalfTypedDayIsSentAsTheBoxShowsIt)
 {
-    typeInto("dtDeliveryDate", QDateTimeEdit::DaySection, u"2"_qs);
-    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-02T09:30:15)"_qs);
-    EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->text(), u"02/11/2026"_qs);
+    typeInto("dtDeliveryDate", QDateTimeEdit::DaySection, u"2"_s);
+    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-02T09:30:15)"_s);
+    EXPECT_EQ(control<QDateEdit>("dtDeliveryDate")->text(), u"02/11/2026"_s);
 }
 
 TEST_P(TypedMoment, aHalfTypedMonthIsSentAsTheBoxShowsIt)
 {
-    typeInto("dtDeliveryDate", QDateTimeEdit::MonthSection, u"1"_qs);
-    EXPECT_EQ(sent(), u"AddSMS(1||2026-01-20T09:30:15)"_qs);
+    typeInto("dtDeliveryDate", QDateTimeEdit::MonthSection, u"1"_s);
+    EXPECT_EQ(sent(), u"AddSMS(1||2026-01-20T09:30:15)"_s);
 }
 
 TEST_P(TypedMoment, aHalfTypedTimeIsSentAsTheBoxShowsIt)
 {
-    typeInto("tmDeliveryDate", QDateTimeEdit::HourSection, u"1"_qs);
-    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-20T01:30:15)"_qs);
-    typeInto("tmDeliveryDate", QDateTimeEdit::MinuteSection, u"5"_qs);
-    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-20T01:05:15)"_qs);
-    typeInto("tmDeliveryDate", QDateTimeEdit::SecondSection, u"0"_qs);
-    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-20T01:05:00)"_qs);
+    typeInto("tmDeliveryDate", QDateTimeEdit::HourSection, u"1"_s);
+    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-20T01:30:15)"_s);
+    typeInto("tmDeliveryDate", QDateTimeEdit::MinuteSection, u"5"_s);
+    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-20T01:05:15)"_s);
+    typeInto("tmDeliveryDate", QDateTimeEdit::SecondSection, u"0"_s);
+    EXPECT_EQ(sent(), u"AddSMS(1||2026-11-20T01:05:00)"_s);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,24 +8,27 @@
 #include <QTest>
 #include <QTimer>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString keyOf(const char *key)
 {
-    return QStringLiteral("Norvane/SMS/") + QLatin1String(key);
+    return u"Norvane/SMS/"_s + QLatin1String(key);
 }
 
 } // namespace
 
 DeviceConfigFixture::DeviceConfigFixture()
-    : dialog(nullptr, keeper, ModeSettings(settings, QStringLiteral("/program")),
-             {&folders, [] { return QStringLiteral("/documents/Norvane"); }})
+    : dialog(nullptr, keeper, ModeSettings(settings, u"/program"_s),
+             {&folders, [] { return u"/documents/Norvane"_s; }})
 {
     goStartUpData = std::make_unique<clsStartUpData>();
     goLocalize = std::make_unique<cls_Localize>();
     EXPECT_TRUE(goLocalize->Init(
-        QStringLiteral(NORVANE_SOURCE_DIR "/resources/language/NorvaneSMS_ESN.XML"),
-        QStringLiteral("ESN")));
+        QStringLiteral(NORVANE_SOURCE_DIR "/resources/language/NorvaneSMS_ESN.XML"), u"ESN"_s));
     settings.onSave = [this](const QString &key, const QString &) { keeper.calls << key; };
     store("QueueFolder", folder());
 }
@@ -43,7 +46,7 @@ void DeviceConfigFixture::store(const char *key, const QString &value)
 
 QString DeviceConfigFixture::stored(const char *key) const
 {
-    return settings.values.value(keyOf(key), QStringLiteral("nothing"));
+    return settings.values.value(keyOf(key), u"nothing"_s);
 }
 
 bool DeviceConfigFixture::show(const std::function<void(DeviceConfigForm &)> &act)
@@ -75,3 +78,5 @@ void DeviceConfigFixture::choose(QComboBox *list, int position)
     for (int i = 0; i < position; ++i)
         QTest::keyClick(list, Qt::Key_Down);
 }
+
+} // namespace norvane

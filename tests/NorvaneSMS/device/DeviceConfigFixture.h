@@ -14,18 +14,22 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Keeps device settings in place of the console, and the order of what happens.
 class RecordingKeeper : public DeviceSettingsKeeper
 {
 public:
     DeviceSettings GetDeviceSettings() override
     {
-        calls << QStringLiteral("GetDeviceSettings");
+        calls << u"GetDeviceSettings"_s;
         return stored;
     }
     bool SetDeviceSettings(const DeviceSettings &settings) override
     {
-        calls << QStringLiteral("SetDeviceSettings");
+        calls << u"SetDeviceSettings"_s;
         given.append(settings);
         return answer;
     }
@@ -62,3 +66,5 @@ protected:
     ScriptedFolderBrowser folders;
     frmDeviceConfig dialog;
 };
+
+} // namespace norvane

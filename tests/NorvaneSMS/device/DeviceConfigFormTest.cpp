@@ -13,6 +13,10 @@
 #include <QTest>
 #include <QWindow>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class DeviceConfigWindow : public DeviceConfigFixture
 {
 protected:
@@ -34,18 +38,17 @@ TEST_F(DeviceConfigWindow, tabGoesThroughTheControlsInTheirOrder)
     show([&](DeviceConfigForm &form) {
         // Of the two option buttons Tab stops at the one that is on.
         EXPECT_EQ(tabbed(form).join(u' '),
-                  QStringLiteral("txtPINCode txtParameter cboConnectionMode cboProtocol cmdOk "
-                                 "cmdCancel txtQueueFolder btnOpen opServer"));
+                  u"txtPINCode txtParameter cboConnectionMode cboProtocol cmdOk "
+                  "cmdCancel txtQueueFolder btnOpen opServer"_s);
         press(form.cmdCancel);
     });
 }
 
 TEST_F(DeviceConfigWindow, onAClientTabLeavesTheDeviceFieldsOut)
 {
-    store("ServerMode", QStringLiteral("False"));
+    store("ServerMode", u"False"_s);
     show([&](DeviceConfigForm &form) {
-        EXPECT_EQ(tabbed(form).join(u' '),
-                  QStringLiteral("cmdOk cmdCancel txtQueueFolder btnOpen opClient"));
+        EXPECT_EQ(tabbed(form).join(u' '), u"cmdOk cmdCancel txtQueueFolder btnOpen opClient"_s);
         press(form.cmdCancel);
     });
 }
@@ -129,3 +132,5 @@ TEST_F(DeviceConfigWindow, noControlLiesOverAnother)
         press(form.cmdCancel);
     });
 }
+
+} // namespace norvane

@@ -16,13 +16,16 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class DeviceConfig : public DeviceConfigFixture
 {
 protected:
     static const DeviceSettings &sample()
     {
-        static const DeviceSettings settings{0, QStringLiteral("1234"), 2, 3,
-                                             QStringLiteral("COM5, 115200")};
+        static const DeviceSettings settings{0, u"1234"_s, 2, 3, u"COM5, 115200"_s};
         return settings;
     }
     static QStringList items(const QComboBox *list)
@@ -45,7 +48,7 @@ protected:
                 form.cboConnectionMode->currentIndex(), form.cboProtocol->currentIndex(),
                 form.txtParameter->text()};
     }
-    static DeviceSettings proposal() { return {0, {}, 0, 0, QStringLiteral("COM1, 9600")}; }
+    static DeviceSettings proposal() { return {0, {}, 0, 0, u"COM1, 9600"_s}; }
     void cancel(DeviceConfigForm &form) const { press(form.cmdCancel); }
 };
 
@@ -60,10 +63,10 @@ TEST_F(DeviceConfig, captionsComeFromTheLanguageAndFourStayAsTheyWereDrawn)
         EXPECT_EQ(form.lblPINCode->text(), GS(3760040));
         EXPECT_EQ(form.cmdOk->text(), GS(14));
         EXPECT_EQ(form.cmdCancel->text(), GS(16));
-        EXPECT_EQ(form.Label1->text(), QStringLiteral("Pasta envio:"));
-        EXPECT_EQ(form.opClient->text(), QStringLiteral("Cliente"));
-        EXPECT_EQ(form.opServer->text(), QStringLiteral("Servidor"));
-        EXPECT_EQ(form.fraOperationMode->caption(), QStringLiteral("Modo de funcionamento"));
+        EXPECT_EQ(form.Label1->text(), u"Pasta envio:"_s);
+        EXPECT_EQ(form.opClient->text(), u"Cliente"_s);
+        EXPECT_EQ(form.opServer->text(), u"Servidor"_s);
+        EXPECT_EQ(form.fraOperationMode->caption(), u"Modo de funcionamento"_s);
         cancel(form);
     });
 }
@@ -79,22 +82,18 @@ TEST_F(DeviceConfig, theFixedTextsAreTheSameInEveryLanguage)
         show([&](DeviceConfigForm &form) {
             EXPECT_EQ(form.windowTitle(), GS(3760035)) << code;
             EXPECT_EQ(form.cmdOk->text(), GS(14)) << code;
-            EXPECT_EQ(form.Label1->text(), QStringLiteral("Pasta envio:")) << code;
-            EXPECT_EQ(form.opClient->text(), QStringLiteral("Cliente")) << code;
-            EXPECT_EQ(form.opServer->text(), QStringLiteral("Servidor")) << code;
-            EXPECT_EQ(form.fraOperationMode->caption(), QStringLiteral("Modo de funcionamento"))
-                << code;
+            EXPECT_EQ(form.Label1->text(), u"Pasta envio:"_s) << code;
+            EXPECT_EQ(form.opClient->text(), u"Cliente"_s) << code;
+            EXPECT_EQ(form.opServer->text(), u"Servidor"_s) << code;
+            EXPECT_EQ(form.fraOperationMode->caption(), u"Modo de funcionamento"_s) << code;
             EXPECT_EQ(items(form.cboDeviceType), QStringList{GS(3760041)}) << code;
-            EXPECT_EQ(items(form.cboConnectionMode).at(0),
-                      QStringLiteral("Physical/Virtual Serial port"))
+            EXPECT_EQ(items(form.cboConnectionMode).at(0), u"Physical/Virtual Serial port"_s)
                 << code;
-            EXPECT_EQ(items(form.cboProtocol).at(0), QStringLiteral("AT Command")) << code;
+            EXPECT_EQ(items(form.cboProtocol).at(0), u"AT Command"_s) << code;
             press(form.btnOpen);
             cancel(form);
         });
-        EXPECT_EQ(folders.asked.last().title,
-                  QStringLiteral("Localização da pasta de envio de SMS"))
-            << code;
+        EXPECT_EQ(folders.asked.last().title, u"Localização da pasta de envio de SMS"_s) << code;
     }
 }
 
@@ -103,11 +102,9 @@ TEST_F(DeviceConfig, theListsHoldTheirFixedTexts)
     show([&](DeviceConfigForm &form) {
         EXPECT_EQ(items(form.cboDeviceType), QStringList{GS(3760041)});
         EXPECT_EQ(items(form.cboConnectionMode),
-                  (QStringList{QStringLiteral("Physical/Virtual Serial port"),
-                               QStringLiteral("Infrared"), QStringLiteral("Bluetooth")}));
+                  (QStringList{u"Physical/Virtual Serial port"_s, u"Infrared"_s, u"Bluetooth"_s}));
         EXPECT_EQ(items(form.cboProtocol),
-                  (QStringList{QStringLiteral("AT Command"), QStringLiteral("Nokia FBus"),
-                               QStringLiteral("Nokia MBus")}));
+                  (QStringList{u"AT Command"_s, u"Nokia FBus"_s, u"Nokia MBus"_s}));
         for (const QComboBox *const list :
              {form.cboDeviceType, form.cboConnectionMode, form.cboProtocol})
             EXPECT_FALSE(list->isEditable());
@@ -122,19 +119,18 @@ TEST_F(DeviceConfig, aFirstRunOpensAsServerWithTheProgramsFolderAndTheEnginesRec
     show([&](DeviceConfigForm &form) {
         EXPECT_TRUE(form.opServer->isChecked());
         EXPECT_FALSE(form.opClient->isChecked());
-        EXPECT_EQ(form.txtQueueFolder->text(), QStringLiteral("/program"));
-        EXPECT_EQ(shown(form),
-                  (DeviceSettings{0, QStringLiteral("1234"), 1, 2, sample().Parameter}));
+        EXPECT_EQ(form.txtQueueFolder->text(), u"/program"_s);
+        EXPECT_EQ(shown(form), (DeviceSettings{0, u"1234"_s, 1, 2, sample().Parameter}));
         cancel(form);
     });
 }
 
 TEST_F(DeviceConfig, storedValuesWinOverTheProposals)
 {
-    store("ServerMode", QStringLiteral("True"));
-    keeper.stored = {0, QStringLiteral(" 12 "), 3, 1, QString()};
+    store("ServerMode", u"True"_s);
+    keeper.stored = {0, u" 12 "_s, 3, 1, QString()};
     show([&](DeviceConfigForm &form) {
-        EXPECT_EQ(shown(form), (DeviceSettings{0, QStringLiteral(" 12 "), 2, 0, QString()}));
+        EXPECT_EQ(shown(form), (DeviceSettings{0, u" 12 "_s, 2, 0, QString()}));
         EXPECT_TRUE(deviceFieldsAre(form, true));
         cancel(form);
     });
@@ -143,14 +139,13 @@ TEST_F(DeviceConfig, storedValuesWinOverTheProposals)
 TEST_F(DeviceConfig, settingsAreReadInOrder)
 {
     show([&](DeviceConfigForm &form) { cancel(form); });
-    EXPECT_EQ(settings.reads,
-              (QStringList{QStringLiteral("ServerMode"), QStringLiteral("QueueFolder")}));
-    EXPECT_EQ(keeper.calls, QStringList{QStringLiteral("GetDeviceSettings")});
+    EXPECT_EQ(settings.reads, (QStringList{u"ServerMode"_s, u"QueueFolder"_s}));
+    EXPECT_EQ(keeper.calls, QStringList{u"GetDeviceSettings"_s});
 }
 
 TEST_F(DeviceConfig, aRecordWithoutConnectionModeShowsNothingAndComesBackUnchanged)
 {
-    keeper.stored = {0, {}, 0, 0, QStringLiteral("x")};
+    keeper.stored = {0, {}, 0, 0, u"x"_s};
     EXPECT_TRUE(show([&](DeviceConfigForm &form) {
         EXPECT_EQ(form.cboConnectionMode->currentIndex(), -1);
         EXPECT_EQ(form.cboConnectionMode->currentText(), QString());
@@ -184,7 +179,7 @@ TEST_F(DeviceConfig, anyDeviceTypeIsShownAsTheFirstAndComesBackAsZero)
 
 TEST_F(DeviceConfig, aClientOpensWithTheDeviceFieldsOffAndEmpty)
 {
-    store("ServerMode", QStringLiteral("False"));
+    store("ServerMode", u"False"_s);
     show([&](DeviceConfigForm &form) {
         EXPECT_TRUE(form.opClient->isChecked());
         EXPECT_FALSE(form.opServer->isChecked());
@@ -211,7 +206,7 @@ TEST_F(DeviceConfig, whatIsNoDeviceFieldIsEnabledInBothModes)
 
 TEST_F(DeviceConfig, fromClientToServerEnablesTheFieldsAndProposes)
 {
-    store("ServerMode", QStringLiteral("False"));
+    store("ServerMode", u"False"_s);
     show([&](DeviceConfigForm &form) {
         press(form.opServer);
         EXPECT_TRUE(deviceFieldsAre(form, true));
@@ -244,7 +239,7 @@ TEST_F(DeviceConfig, toClientAndBackDiscardsWhatWasLoaded)
         EXPECT_EQ(shown(form), proposal());
         press(form.cmdOk);
     });
-    EXPECT_EQ(keeper.given, (QList{DeviceSettings{0, {}, 1, 1, QStringLiteral("COM1, 9600")}}));
+    EXPECT_EQ(keeper.given, (QList{DeviceSettings{0, {}, 1, 1, u"COM1, 9600"_s}}));
 }
 
 TEST_F(DeviceConfig, aClickOnTheServerButtonThatIsOnResetsTheFieldsToo)
@@ -288,26 +283,25 @@ TEST_F(DeviceConfig, confirmingSavesModeThenFolderAndThenHandsTheRecordOver)
     keeper.stored = sample();
     EXPECT_TRUE(show([&](DeviceConfigForm &form) {
         keeper.calls.clear();
-        form.txtPINCode->setText(QStringLiteral("9999"));
+        form.txtPINCode->setText(u"9999"_s);
         press(form.cmdOk);
     }));
     EXPECT_EQ(keeper.calls,
-              (QStringList{QStringLiteral("ServerMode"), QStringLiteral("QueueFolder"),
-                           QStringLiteral("SetDeviceSettings")}));
-    EXPECT_EQ(stored("ServerMode"), QStringLiteral("True"));
+              (QStringList{u"ServerMode"_s, u"QueueFolder"_s, u"SetDeviceSettings"_s}));
+    EXPECT_EQ(stored("ServerMode"), u"True"_s);
     EXPECT_EQ(stored("QueueFolder"), folder());
     DeviceSettings expected = sample();
-    expected.PINCode = QStringLiteral("9999");
+    expected.PINCode = u"9999"_s;
     EXPECT_EQ(keeper.given, QList{expected});
 }
 
 TEST_F(DeviceConfig, aClientsRecordIsBuiltAllTheSame)
 {
-    store("ServerMode", QStringLiteral("False"));
+    store("ServerMode", u"False"_s);
     keeper.answer = false;
     EXPECT_TRUE(show([&](DeviceConfigForm &form) { press(form.cmdOk); }));
     EXPECT_EQ(keeper.given, QList{DeviceSettings()});
-    EXPECT_EQ(stored("ServerMode"), QStringLiteral("False"));
+    EXPECT_EQ(stored("ServerMode"), u"False"_s);
 }
 
 TEST_F(DeviceConfig, anEngineThatRefusesTheSettingsIsNotTold)
@@ -319,10 +313,10 @@ TEST_F(DeviceConfig, anEngineThatRefusesTheSettingsIsNotTold)
 
 TEST_F(DeviceConfig, aFolderThatIsNotThereIsRefused)
 {
-    QFile file(folder() + QStringLiteral("/file"));
+    QFile file(folder() + u"/file"_s);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    for (const QString &path : {QString(), folder() + QStringLiteral("/missing"), folder() + u' ',
-                                QStringLiteral(" "), file.fileName(), QStringLiteral(":/")}) {
+    for (const QString &path :
+         {QString(), folder() + u"/missing"_s, folder() + u' ', u" "_s, file.fileName(), u":/"_s}) {
         boxes.shown.clear();
         show([&](DeviceConfigForm &form) {
             keeper.calls.clear();
@@ -333,9 +327,10 @@ TEST_F(DeviceConfig, aFolderThatIsNotThereIsRefused)
             EXPECT_EQ(form.txtQueueFolder->text(), path);
             cancel(form);
         });
-        EXPECT_EQ(boxes.shown, (QList{RecordingMessageBoxes::Shown{
-                                   GS(3760050), MessageBoxes::Icon::Exclamation,
-                                   MessageBoxes::Buttons::Ok, QStringLiteral("Norvane SMS")}}))
+        EXPECT_EQ(
+            boxes.shown,
+            (QList{RecordingMessageBoxes::Shown{GS(3760050), MessageBoxes::Icon::Exclamation,
+                                                MessageBoxes::Buttons::Ok, u"Norvane SMS"_s}}))
             << path.toStdString();
         EXPECT_TRUE(keeper.calls.isEmpty()) << "nothing was saved";
         EXPECT_EQ(settings.saves, 0);
@@ -344,7 +339,7 @@ TEST_F(DeviceConfig, aFolderThatIsNotThereIsRefused)
 
 TEST_F(DeviceConfig, aFolderWhoseNameEndsInBlanksIsTakenAsItStands)
 {
-    const QString odd = folder() + QStringLiteral("/odd  ");
+    const QString odd = folder() + u"/odd  "_s;
     ASSERT_TRUE(QDir().mkdir(odd));
     EXPECT_TRUE(show([&](DeviceConfigForm &form) {
         form.txtQueueFolder->setText(odd);
@@ -355,7 +350,7 @@ TEST_F(DeviceConfig, aFolderWhoseNameEndsInBlanksIsTakenAsItStands)
 
 TEST_F(DeviceConfig, aClientsFolderIsValidatedToo)
 {
-    store("ServerMode", QStringLiteral("False"));
+    store("ServerMode", u"False"_s);
     show([&](DeviceConfigForm &form) {
         form.txtQueueFolder->clear();
         press(form.cmdOk);
@@ -367,7 +362,7 @@ TEST_F(DeviceConfig, aClientsFolderIsValidatedToo)
 TEST_F(DeviceConfig, cancellingSavesNothing)
 {
     EXPECT_FALSE(show([&](DeviceConfigForm &form) {
-        form.txtParameter->setText(QStringLiteral("x"));
+        form.txtParameter->setText(u"x"_s);
         press(form.opClient);
         cancel(form);
     }));
@@ -420,7 +415,7 @@ TEST_F(DeviceConfig, eachOpeningBeginsAfresh)
 {
     keeper.stored = sample();
     show([&](DeviceConfigForm &form) {
-        form.txtParameter->setText(QStringLiteral("typed"));
+        form.txtParameter->setText(u"typed"_s);
         press(form.opClient);
         cancel(form);
     });
@@ -479,24 +474,24 @@ TEST_F(DeviceConfig, browsingStartsInTheDocumentsAndShowsTheFixedTitle)
     });
     ASSERT_EQ(folders.asked.size(), 1);
     EXPECT_EQ(folders.asked.first(),
-              (ScriptedFolderBrowser::Asked{QStringLiteral("Localização da pasta de envio de SMS"),
-                                            QString(), FolderBrowser::Style::Plain}))
+              (ScriptedFolderBrowser::Asked{u"Localização da pasta de envio de SMS"_s, QString(),
+                                            FolderBrowser::Style::Plain}))
         << "the folder of the documents isn't there, so nothing is selected";
 }
 
 TEST_F(DeviceConfig, aChosenFolderIsTaken)
 {
-    folders.answer = {true, QStringLiteral("/chosen")};
+    folders.answer = {true, u"/chosen"_s};
     show([&](DeviceConfigForm &form) {
         press(form.btnOpen);
-        EXPECT_EQ(form.txtQueueFolder->text(), QStringLiteral("/chosen"));
+        EXPECT_EQ(form.txtQueueFolder->text(), u"/chosen"_s);
         cancel(form);
     });
 }
 
 TEST_F(DeviceConfig, aConfirmedBlankPathLeavesTheFieldAsItWas)
 {
-    for (const QString &blank : {QString(QLatin1String("")), QStringLiteral("   ")}) {
+    for (const QString &blank : {QString(""_L1), u"   "_s}) {
         folders.answer = {true, blank};
         show([&](DeviceConfigForm &form) {
             press(form.btnOpen);
@@ -511,7 +506,7 @@ TEST_F(DeviceConfig, anItemWithoutAPathGivesTheFolderThatBrowsingStartedIn)
     folders.answer = {true, std::nullopt};
     show([&](DeviceConfigForm &form) {
         press(form.btnOpen);
-        EXPECT_EQ(form.txtQueueFolder->text(), QStringLiteral("/documents/Norvane"));
+        EXPECT_EQ(form.txtQueueFolder->text(), u"/documents/Norvane"_s);
         cancel(form);
     });
 }
@@ -546,7 +541,7 @@ TEST_F(DeviceConfig, settingsThatCantBeWrittenAreFatal)
     int exitCode = 0;
     const auto previous = FatalReport::setTerminate([&](int code) { exitCode = code; });
     settings.onSave = [](const QString &, const QString &) {
-        throw NumberedFailure(70, QStringLiteral("save"), QStringLiteral("Permission denied"));
+        throw NumberedFailure(70, u"save"_s, u"Permission denied"_s);
     };
     show([&](DeviceConfigForm &form) {
         press(form.cmdOk);
@@ -554,6 +549,8 @@ TEST_F(DeviceConfig, settingsThatCantBeWrittenAreFatal)
     });
     EXPECT_EQ(exitCode, 1);
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first().text, QStringLiteral("Permission denied - 70"));
+    EXPECT_EQ(boxes.shown.first().text, u"Permission denied - 70"_s);
     FatalReport::setTerminate(previous);
 }
+
+} // namespace norvane

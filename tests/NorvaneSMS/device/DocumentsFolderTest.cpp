@@ -9,13 +9,17 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A system whose folders a test sets.
 class Folders : public Platform
 {
 public:
-    QString programFolder() const override { return QStringLiteral("/program"); }
+    QString programFolder() const override { return u"/program"_s; }
     std::optional<VersionRecord> versionRecord() const override { return std::nullopt; }
     QString localeItem(qint32) const override { return {}; }
     QString nation() const override { return {}; }
@@ -24,7 +28,7 @@ public:
     QString documentsFolder() const override
     {
         if (isFailing)
-            throw NumberedFailure(51, QStringLiteral("documentsFolder"), QString());
+            throw NumberedFailure(51, u"documentsFolder"_s, QString());
         return documents;
     }
 
@@ -45,7 +49,7 @@ protected:
 TEST_F(DocumentsFolderTest, theSuitesFolderIsMadeBelowTheDocuments)
 {
     folders.documents = home.path();
-    const QString expected = home.filePath(QStringLiteral("Norvane"));
+    const QString expected = home.filePath(u"Norvane"_s);
     EXPECT_EQ(get(), expected);
     EXPECT_TRUE(QDir(expected).exists());
     EXPECT_EQ(get(), expected) << "one that is there is taken";
@@ -53,31 +57,32 @@ TEST_F(DocumentsFolderTest, theSuitesFolderIsMadeBelowTheDocuments)
 
 TEST_F(DocumentsFolderTest, theAnswerIsCutAtItsFirstNul)
 {
-    folders.documents = home.path() + QChar(u'\0') + QStringLiteral("rest");
-    EXPECT_EQ(get(), home.filePath(QStringLiteral("Norvane")));
+    folders.documents = home.path() + QChar(u'\0') + u"rest"_s;
+    EXPECT_EQ(get(), home.filePath(u"Norvane"_s));
 }
 
 TEST_F(DocumentsFolderTest, withoutDocumentsItIsTheProgramsFolder)
 {
-    for (const QString &blank :
-         {QString(), QStringLiteral("   "), QString(QChar(u'\0')) + QStringLiteral("/x")}) {
+    for (const QString &blank : {QString(), u"   "_s, QString(QChar(u'\0')) + u"/x"_s}) {
         folders.documents = blank;
-        EXPECT_EQ(get(), QStringLiteral("/program"));
+        EXPECT_EQ(get(), u"/program"_s);
     }
 }
 
 TEST_F(DocumentsFolderTest, anyFailureOnTheWayGivesTheProgramsFolder)
 {
-    folders.documents = home.filePath(QStringLiteral("missing")); // nothing can be made below it
-    EXPECT_EQ(get(), QStringLiteral("/program"));
+    folders.documents = home.filePath(u"missing"_s); // nothing can be made below it
+    EXPECT_EQ(get(), u"/program"_s);
 
     folders.documents = home.path();
-    QFile inTheWay(home.filePath(QStringLiteral("Norvane")));
+    QFile inTheWay(home.filePath(u"Norvane"_s));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    EXPECT_EQ(get(), QStringLiteral("/program"));
+    EXPECT_EQ(get(), u"/program"_s);
 
     folders.isFailing = true;
-    EXPECT_EQ(get(), QStringLiteral("/program"));
+    EXPECT_EQ(get(), u"/program"_s);
 }
 
 } // namespace
+
+} // namespace norvane

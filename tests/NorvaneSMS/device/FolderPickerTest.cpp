@@ -9,6 +9,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class FolderPickerTest : public ::testing::Test
@@ -16,7 +20,7 @@ class FolderPickerTest : public ::testing::Test
 protected:
     bool pick() { return CD_ShowFolder(browser, nullptr, title, path, style); }
 
-    const QString title = QStringLiteral("title");
+    const QString title = u"title"_s;
     const FolderBrowser::Style style = FolderBrowser::Style::Plain;
     QTemporaryDir folder;
     QString path = folder.path();
@@ -32,8 +36,7 @@ TEST_F(FolderPickerTest, aFolderThatExistsIsSelectedAtFirst)
 
 TEST_F(FolderPickerTest, aPathThatDoesntExistSelectsNothing)
 {
-    for (const QString &missing :
-         {QString(), folder.filePath(QStringLiteral("missing")), QStringLiteral(":/")}) {
+    for (const QString &missing : {QString(), folder.filePath(u"missing"_s), u":/"_s}) {
         path = missing;
         pick();
         EXPECT_EQ(browser.asked.last().preselected, QString());
@@ -43,9 +46,9 @@ TEST_F(FolderPickerTest, aPathThatDoesntExistSelectsNothing)
 
 TEST_F(FolderPickerTest, theChoiceComesOutCutAtItsFirstNul)
 {
-    browser.answer = {true, QStringLiteral("/a b ") + QChar(u'\0') + QStringLiteral("rest")};
+    browser.answer = {true, u"/a b "_s + QChar(u'\0') + u"rest"_s};
     EXPECT_TRUE(pick());
-    EXPECT_EQ(path, QStringLiteral("/a b "));
+    EXPECT_EQ(path, u"/a b "_s);
 }
 
 TEST_F(FolderPickerTest, anItemWithoutAPathLeavesTheArgumentAndCountsAsConfirmed)
@@ -57,24 +60,21 @@ TEST_F(FolderPickerTest, anItemWithoutAPathLeavesTheArgumentAndCountsAsConfirmed
 
 TEST_F(FolderPickerTest, cancellingLeavesTheArgument)
 {
-    browser.answer = {false, QStringLiteral("/ignored")};
+    browser.answer = {false, u"/ignored"_s};
     EXPECT_FALSE(pick());
     EXPECT_EQ(path, folder.path());
 }
 
 TEST_F(FolderPickerTest, aFailureIsToldInABoxAndCountsAsCancelled)
 {
-    browser.failing = [] {
-        throw NumberedFailure(70, QStringLiteral("Shell"), QStringLiteral("Permission denied"));
-    };
+    browser.failing = [] { throw NumberedFailure(70, u"Shell"_s, u"Permission denied"_s); };
     EXPECT_FALSE(pick());
-    EXPECT_EQ(boxes.shown,
-              (QList{RecordingMessageBoxes::Shown{
-                  QStringLiteral("Shell encountered the following error in the CD_ShowFolder "
-                                 "function:\r\nError Number = 70\r\n"
-                                 "Error Description = Permission denied"),
-                  MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
-                  QStringLiteral("  Error  -  Permission denied")}}));
+    EXPECT_EQ(boxes.shown, (QList{RecordingMessageBoxes::Shown{
+                               u"Shell encountered the following error in the CD_ShowFolder "
+                               "function:\r\nError Number = 70\r\n"
+                               "Error Description = Permission denied"_s,
+                               MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
+                               u"  Error  -  Permission denied"_s}}));
     EXPECT_EQ(path, folder.path());
 }
 
@@ -92,8 +92,10 @@ TEST_F(FolderPickerTest, aFailureWithoutANumberIsToldAsAnInternalOne)
     browser.failing = [] { throw std::runtime_error("gone"); };
     EXPECT_FALSE(pick());
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_TRUE(boxes.shown.first().text.contains(QStringLiteral("Error Number = 51\r\n")));
-    EXPECT_EQ(boxes.shown.first().title, QStringLiteral("  Error  -  gone"));
+    EXPECT_TRUE(boxes.shown.first().text.contains(u"Error Number = 51\r\n"_s));
+    EXPECT_EQ(boxes.shown.first().title, u"  Error  -  gone"_s);
 }
 
 } // namespace
+
+} // namespace norvane

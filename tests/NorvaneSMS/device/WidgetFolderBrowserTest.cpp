@@ -10,6 +10,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class WidgetFolderBrowserTest : public ::testing::Test
@@ -17,8 +21,8 @@ class WidgetFolderBrowserTest : public ::testing::Test
 protected:
     WidgetFolderBrowserTest()
     {
-        QDir(root.path()).mkpath(QStringLiteral("Norvane/below"));
-        QDir(root.path()).mkpath(QStringLiteral("other"));
+        QDir(root.path()).mkpath(u"Norvane/below"_s);
+        QDir(root.path()).mkpath(u"other"_s);
     }
 
     /// Shows the dialog and runs `act` on it, which is to end it.
@@ -34,12 +38,11 @@ protected:
             if (dialog->isVisible())
                 dialog->reject();
         });
-        return browser.browse(nullptr, QStringLiteral("title"), preselected,
-                              FolderBrowser::Style::Plain);
+        return browser.browse(nullptr, u"title"_s, preselected, FolderBrowser::Style::Plain);
     }
     static QLineEdit *pathBox(const QFileDialog &dialog)
     {
-        return dialog.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+        return dialog.findChild<QLineEdit *>(u"fileNameEdit"_s);
     }
     QString at(const char *name) const { return root.filePath(QLatin1String(name)); }
 
@@ -50,7 +53,7 @@ protected:
 TEST_F(WidgetFolderBrowserTest, theGivenFolderIsSelectedAndConfirmedAsItIs)
 {
     const auto choice = browse(at("Norvane"), [&](QFileDialog &dialog) {
-        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("title"));
+        EXPECT_EQ(dialog.windowTitle(), u"title"_s);
         EXPECT_EQ(dialog.selectedFiles(), QStringList{at("Norvane")});
         QTest::keyClick(pathBox(dialog), Qt::Key_Return);
     });
@@ -60,7 +63,7 @@ TEST_F(WidgetFolderBrowserTest, theGivenFolderIsSelectedAndConfirmedAsItIs)
 
 TEST_F(WidgetFolderBrowserTest, anotherFolderCanBeTyped)
 {
-    for (const QString &typed : {at("other"), at("Norvane/below"), QStringLiteral("/")}) {
+    for (const QString &typed : {at("other"), at("Norvane/below"), u"/"_s}) {
         const auto choice = browse(at("Norvane"), [&](QFileDialog &dialog) {
             QLineEdit *const box = pathBox(dialog);
             box->setFocus();
@@ -76,7 +79,7 @@ TEST_F(WidgetFolderBrowserTest, anotherFolderCanBeTyped)
 TEST_F(WidgetFolderBrowserTest, aFolderThatTheToolkitHasInItselfHasNoPath)
 {
     const auto choice = browse(at("Norvane"), [&](QFileDialog &dialog) {
-        pathBox(dialog)->setText(QStringLiteral(":/qt-project.org"));
+        pathBox(dialog)->setText(u":/qt-project.org"_s);
         QTest::keyClick(pathBox(dialog), Qt::Key_Return);
     });
     EXPECT_TRUE(choice.confirmed);
@@ -100,3 +103,5 @@ TEST_F(WidgetFolderBrowserTest, cancellingConfirmsNothing)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -17,13 +17,17 @@
 
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int longLimit = 24 * 3'600'000; // ms; a start that takes it hangs
 
 QString nowhere()
 {
-    return QStringLiteral("/nonexistent/TovekSMService");
+    return u"/nonexistent/TovekSMService"_s;
 }
 
 std::optional<NumberedFailure> failureOfStart(const QDBusConnection &bus, const QString &program,
@@ -35,7 +39,7 @@ std::optional<NumberedFailure> failureOfStart(const QDBusConnection &bus, const 
 
 bool engineIsOnBus(const QDBusConnection &bus)
 {
-    return bus.interface()->isServiceRegistered(QLatin1String(Bus::ServiceName));
+    return bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
 }
 
 /// A program of a few lines, in a folder of its own.
@@ -50,7 +54,7 @@ public:
         file.write("#!/bin/sh\n" + lines + '\n');
         file.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
     }
-    QString path() const { return m_folder.filePath(QStringLiteral("engine")); }
+    QString path() const { return m_folder.filePath(u"engine"_s); }
 
 private:
     QTemporaryDir m_folder;
@@ -61,24 +65,24 @@ constexpr char staysAway[] = "while [ -e \"$0\" ]; do sleep 0.1; done";
 
 QString logFolder()
 {
-    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/TovekSMService");
+    return qEnvironmentVariable("XDG_DATA_HOME") + u"/TovekSMService"_s;
 }
 
 QString logText()
 {
-    QFile file(logFolder() + QStringLiteral("/engine.log"));
+    QFile file(logFolder() + u"/engine.log"_s);
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 TEST(EngineLauncherTest, withoutABusThereIsNoEngine)
 {
-    const auto failure = failureOfStart(QDBusConnection(QStringLiteral("no such connection")),
+    const auto failure = failureOfStart(QDBusConnection(u"no such connection"_s),
                                         QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), 429);
-    EXPECT_EQ(failure->source(), u"SMSManager"_qs);
+    EXPECT_EQ(failure->source(), u"SMSManager"_s);
     EXPECT_EQ(failure->shown(),
-              u"The sending engine can't be started: there is no session bus - 429"_qs);
+              u"The sending engine can't be started: there is no session bus - 429"_s);
 }
 
 TEST(EngineLauncherTest, missingProgramFailsAtOnceAndIsNamed)
@@ -94,7 +98,7 @@ TEST(EngineLauncherTest, fileThatIsNoProgramFailsAtOnce)
 {
     const PrivateBus bus;
     QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("TovekSMService"));
+    const QString path = folder.filePath(u"TovekSMService"_s);
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("no program");
@@ -122,7 +126,7 @@ TEST(EngineLauncherTest, programThatNeverComesUpIsWaitedForNoLongerThanTheLimit)
 TEST(EngineLauncherTest, programThatEndsWithoutComingUpIsNotWaitedFor)
 {
     const PrivateBus bus;
-    const auto failure = failureOfStart(bus.connection(), QStringLiteral("/bin/true"), longLimit);
+    const auto failure = failureOfStart(bus.connection(), u"/bin/true"_s, longLimit);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->number(), 429);
     EXPECT_EQ(failure->description(), FailureText::engineNotStarted(FailureText::engineEnded()));
@@ -137,7 +141,7 @@ TEST(EngineLauncherTest, programThatEndsBecauseAnotherEngineIsUpIsNoFailure)
     {
     public:
         explicit OtherEngine(QDBusConnection &bus) : m_bus(bus) {}
-        void waiting(qint64) override { m_bus.registerService(QLatin1String(Bus::ServiceName)); }
+        void waiting(qint64) override { m_bus.registerService(QLatin1String(Bus::serviceName)); }
         void ended() override {}
 
     private:
@@ -190,7 +194,7 @@ TEST(EngineLauncherTest, engineThatIsUpIsNotStartedAgain)
 {
     const PrivateBus bus;
     QDBusConnection connection = bus.connection();
-    ASSERT_TRUE(connection.registerService(QLatin1String(Bus::ServiceName)));
+    ASSERT_TRUE(connection.registerService(QLatin1String(Bus::serviceName)));
     EXPECT_FALSE(failureOfStart(connection, nowhere(), longLimit));
 }
 
@@ -203,7 +207,7 @@ TEST(EngineLauncherTest, programIsStartedInASessionOfItsOwnWithItsErrorsInAFile)
     EXPECT_TRUE(engineIsOnBus(bus.connection()));
     const QString log = logText();
     EXPECT_TRUE(log.startsWith(u"arguments 0\nfolder /\nsession ")) << qPrintable(log);
-    EXPECT_FALSE(log.endsWith(QStringLiteral("session %1\n").arg(::getsid(0)))) << qPrintable(log);
+    EXPECT_FALSE(log.endsWith(u"session %1\n"_s.arg(::getsid(0)))) << qPrintable(log);
     const auto rights = QFileInfo(logFolder()).permissions();
     EXPECT_FALSE(rights & (QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
                            QFile::ReadOther | QFile::WriteOther | QFile::ExeOther));
@@ -220,7 +224,7 @@ TEST(EngineLauncherTest, installedEngineIsStartedByTheBus)
 
 TEST(EngineLauncherTest, failureOfTheBusToStartTheEngineIsToldInItsWords)
 {
-    const PrivateBus bus(QStringLiteral("/nonexistent/TovekSMService"));
+    const PrivateBus bus(u"/nonexistent/TovekSMService"_s);
     // The program at hand isn't tried: what is installed decides.
     const auto failure =
         failureOfStart(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE), longLimit);
@@ -232,3 +236,5 @@ TEST(EngineLauncherTest, failureOfTheBusToStartTheEngineIsToldInItsWords)
 }
 
 } // namespace
+
+} // namespace norvane

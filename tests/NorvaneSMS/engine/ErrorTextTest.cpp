@@ -10,12 +10,16 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Texts that no other row of the language file could be taken for.
 QHash<qint32, QString> languageTexts()
 {
-    return {{3760032, u"<3760032>"_qs}, {3760033, u"<3760033>"_qs}, {3760034, u"<3760034>"_qs}};
+    return {{3760032, u"<3760032>"_s}, {3760033, u"<3760033>"_s}, {3760034, u"<3760034>"_s}};
 }
 
 QMap<qint32, QLatin1String> wordsByCode()
@@ -112,24 +116,25 @@ TEST(ErrorTextTest, codesOfOtherTablesAndTheLimitsOfTheTypeHaveNoWord)
 
 TEST(ErrorTextTest, threeWordsComeFromTheLanguageFile)
 {
-    for (const QString &code : {u"ESN"_qs, u"CAT"_qs, u"PTG"_qs}) {
+    for (const QString &code : {u"ESN"_s, u"CAT"_s, u"PTG"_s}) {
         const LoadedLanguage language(code);
         EXPECT_EQ(GetErrorText(-2), GS(3760032));
         EXPECT_EQ(GetErrorText(-35), GS(3760033));
         EXPECT_EQ(GetErrorText(-100), GS(3760034));
         EXPECT_FALSE(GetErrorText(-2).contains(u'?'));
     }
-    const LoadedLanguage spanish(u"ESN"_qs);
-    EXPECT_EQ(GetErrorText(-2),
-              u"No se encuentra el dispositivo o no se puede abrir su puerto."_qs);
+    const LoadedLanguage spanish(u"ESN"_s);
+    EXPECT_EQ(GetErrorText(-2), u"No se encuentra el dispositivo o no se puede abrir su puerto."_s);
 }
 
 TEST(ErrorTextTest, onlyTheThreeTextsNeedALanguageFile)
 {
     ASSERT_FALSE(goLocalize);
-    EXPECT_EQ(GetErrorText(-1), u"ERR_FAIL"_qs);
+    EXPECT_EQ(GetErrorText(-1), u"ERR_FAIL"_s);
     EXPECT_EQ(GetErrorText(0), QString());
     EXPECT_THROW(GetErrorText(-2), NumberedFailure);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QDateTime at(const char *moment)
@@ -96,8 +100,8 @@ TEST(EstimateTest, productBeyondSixteenBitsOverflows)
         const auto failure = raisedFailure([&] { Estimate::remaining(seconds, waiting); });
         ASSERT_TRUE(failure) << seconds << " x " << waiting;
         EXPECT_EQ(failure->number(), 6);
-        EXPECT_EQ(failure->source(), u"moSMSManager_SMSSent"_qs);
-        EXPECT_EQ(failure->description(), u"Overflow"_qs);
+        EXPECT_EQ(failure->source(), u"moSMSManager_SMSSent"_s);
+        EXPECT_EQ(failure->description(), u"Overflow"_s);
     }
 }
 
@@ -110,3 +114,5 @@ TEST(EstimateTest, productBeyondThirtyTwoBitsOverflowsAndNeverWrapsAround)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 // Takes the engine's name on the session bus, tells on its error output how it was started, and
 // ends with the bus.
 int main(int argc, char **argv)
@@ -15,10 +17,9 @@ int main(int argc, char **argv)
                  qPrintable(QDir::currentPath()), static_cast<int>(::getsid(0)));
     std::fflush(stderr);
     QDBusConnection bus = QDBusConnection::sessionBus();
-    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
-                &application, SLOT(quit()));
-    if (!bus.registerService(QStringLiteral("com.tovek.SMService")))
+    bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                u"Disconnected"_s, &application, SLOT(quit()));
+    if (!bus.registerService(u"com.tovek.SMService"_s))
         return 1;
     return QCoreApplication::exec();
 }

@@ -5,12 +5,16 @@
 #include <algorithm>
 #include <random>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QueueRow row(int day, qint64 id, const char *phone = "1")
 {
-    return {QStringLiteral("2100-01-%1T00:00:00").arg(day, 2, 10, QLatin1Char('0')),
-            QLatin1String(phone), QStringLiteral("x"), id};
+    return {u"2100-01-%1T00:00:00"_s.arg(day, 2, 10, QLatin1Char('0')), QLatin1String(phone),
+            u"x"_s, id};
 }
 
 QList<qint64> ids(const QueueReplica &replica)
@@ -50,7 +54,7 @@ TEST(QueueReplicaTest, aChangedRowReplacesItsFormerSelfAndMoves)
     replica.reset(1, {row(1, 1), row(2, 2), row(3, 3)});
     replica.apply(2, {row(9, 1, "changed")}, {});
     EXPECT_EQ(ids(replica), (QList<qint64>{2, 3, 1}));
-    EXPECT_EQ(replica.rows().last().phone, QStringLiteral("changed"));
+    EXPECT_EQ(replica.rows().last().phone, u"changed"_s);
 }
 
 TEST(QueueReplicaTest, whatIsToldTwiceIsThereOnce)
@@ -101,3 +105,5 @@ TEST(QueueReplicaTest, anyRowOfChangesGivesWhatAWholeFetchWould)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,13 +8,17 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class CommonDialog : public ::testing::Test
 {
 protected:
     bool pick()
     {
-        return CD_ShowOpen_Save(picker, &owner, flags, path, title, u"TXT"_qs, u"Pick"_qs, filter,
-                                u"/program"_qs, FilePicker::Purpose::Open);
+        return CD_ShowOpen_Save(picker, &owner, flags, path, title, u"TXT"_s, u"Pick"_s, filter,
+                                u"/program"_s, FilePicker::Purpose::Open);
     }
 
     QWidget owner;
@@ -22,23 +26,23 @@ protected:
     RecordingMessageBoxes boxes;
     quint32 flags = 0x1800;
     QString path;
-    QString title = u"before"_qs;
-    QString filter = u"Texto(*.txt)|*.txt"_qs;
+    QString title = u"before"_s;
+    QString filter = u"Texto(*.txt)|*.txt"_s;
 };
 
 TEST_F(CommonDialog, aConfirmedFileComesWithItsPathAndName)
 {
-    picker.outcome = {true, u"/a/list.txt"_qs, 0};
+    picker.outcome = {true, u"/a/list.txt"_s, 0};
     EXPECT_TRUE(pick());
-    EXPECT_EQ(path, u"/a/list.txt"_qs);
-    EXPECT_EQ(title, u"list.txt"_qs);
+    EXPECT_EQ(path, u"/a/list.txt"_s);
+    EXPECT_EQ(title, u"list.txt"_s);
     EXPECT_EQ(flags, 0x1800U);
-    EXPECT_EQ(filter, u"Texto(*.txt)|*.txt"_qs);
+    EXPECT_EQ(filter, u"Texto(*.txt)|*.txt"_s);
     ASSERT_EQ(picker.requests.size(), 1);
     EXPECT_EQ(picker.requests.first().owner, &owner);
-    EXPECT_EQ(picker.requests.first().defaultExtension, u"TXT"_qs);
-    EXPECT_EQ(picker.requests.first().title, u"Pick"_qs);
-    EXPECT_EQ(picker.requests.first().initialFolder, u"/program"_qs);
+    EXPECT_EQ(picker.requests.first().defaultExtension, u"TXT"_s);
+    EXPECT_EQ(picker.requests.first().title, u"Pick"_s);
+    EXPECT_EQ(picker.requests.first().initialFolder, u"/program"_s);
 }
 
 TEST_F(CommonDialog, aCancelledDialogEmptiesWhatItWasGiven)
@@ -57,23 +61,23 @@ TEST_F(CommonDialog, aFailureOfTheDialogIsShownWithItsNumber)
         u"COMDLG32.DLL encountered the following error while calling the "
         u"'DLG_GetOpenFileName' function:\r\rError Number = 12291\rError Description = "
         u"The buffer pointed to by the lpstrFile member of the OPENFILENAME structure is too "
-        u"small for the filename specified by the user."_qs;
+        u"small for the filename specified by the user."_s;
     EXPECT_EQ(boxes.shown, (QList<RecordingMessageBoxes::Shown>{
                                {text, MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
-                                u"  Common Dialog Error"_qs}}));
+                                u"  Common Dialog Error"_s}}));
     EXPECT_EQ(flags, 0U);
 }
 
 TEST_F(CommonDialog, anUnexpectedFailureIsShownWithItsSource)
 {
-    picker.whilePicking = [] { throw NumberedFailure(7, u"Picker"_qs, u"Out of memory"_qs); };
+    picker.whilePicking = [] { throw NumberedFailure(7, u"Picker"_s, u"Out of memory"_s); };
     EXPECT_FALSE(pick());
     EXPECT_EQ(boxes.shown,
               (QList<RecordingMessageBoxes::Shown>{
                   {u"Picker encountered the following error in the CD_ShowOpen_Save function:"
-                   u"\r\rError Number = 7\rError Description = Out of memory"_qs,
+                   u"\r\rError Number = 7\rError Description = Out of memory"_s,
                    MessageBoxes::Icon::Exclamation, MessageBoxes::Buttons::Ok,
-                   u"  Error  -  Out of memory"_qs}}));
+                   u"  Error  -  Out of memory"_s}}));
 }
 
 TEST_F(CommonDialog, everyCodeHasItsText)
@@ -121,7 +125,8 @@ TEST_F(CommonDialog, everyCodeHasItsText)
 
 TEST(FilePickerFilters, labelsAndPatternsComeInPairs)
 {
-    EXPECT_EQ(toolkitFilters(u"Texto(*.txt)|*.txt"_qs), QStringList{u"Texto (*.txt)"_qs});
-    EXPECT_EQ(toolkitFilters(u"A|*.a;*.b|B|*.c"_qs),
-              (QStringList{u"A (*.a *.b)"_qs, u"B (*.c)"_qs}));
+    EXPECT_EQ(toolkitFilters(u"Texto(*.txt)|*.txt"_s), QStringList{u"Texto (*.txt)"_s});
+    EXPECT_EQ(toolkitFilters(u"A|*.a;*.b|B|*.c"_s), (QStringList{u"A (*.a *.b)"_s, u"B (*.c)"_s}));
 }
+
+} // namespace norvane

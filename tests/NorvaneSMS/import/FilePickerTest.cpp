@@ -13,6 +13,10 @@
 
 #include <functional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The toolkit's dialog, which a test answers by key.
 class ToolkitPicker : public ::testing::Test
 {
@@ -28,13 +32,13 @@ protected:
                 dialog->reject();
         });
         return toolkitFilePicker().pick(
-            {nullptr, FilePicker::PathMustExist | FilePicker::FileMustExist, QString(), u"TXT"_qs,
-             u"title"_qs, u"Texto(*.txt)|*.txt"_qs, folder.path(), FilePicker::Purpose::Open});
+            {nullptr, FilePicker::PathMustExist | FilePicker::FileMustExist, QString(), u"TXT"_s,
+             u"title"_s, u"Texto(*.txt)|*.txt"_s, folder.path(), FilePicker::Purpose::Open});
     }
     FilePicker::Outcome pickTyping(const QString &name)
     {
         return pick([&](QFileDialog &dialog) {
-            auto *const box = dialog.findChild<QLineEdit *>(u"fileNameEdit"_qs);
+            auto *const box = dialog.findChild<QLineEdit *>(u"fileNameEdit"_s);
             box->setFocus();
             box->setText(name);
             QTest::keyClick(box, Qt::Key_Return);
@@ -49,11 +53,11 @@ protected:
 TEST_F(ToolkitPicker, beginsInTheFolderWithTheFirstFilterAndNoName)
 {
     const auto outcome = pick([&](QFileDialog &dialog) {
-        EXPECT_EQ(dialog.windowTitle(), u"title"_qs);
+        EXPECT_EQ(dialog.windowTitle(), u"title"_s);
         EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptOpen);
         EXPECT_EQ(dialog.directory(), QDir(folder.path()));
-        EXPECT_EQ(dialog.selectedNameFilter(), u"Texto (*.txt)"_qs);
-        EXPECT_EQ(dialog.findChild<QLineEdit *>(u"fileNameEdit"_qs)->text(), QString());
+        EXPECT_EQ(dialog.selectedNameFilter(), u"Texto (*.txt)"_s);
+        EXPECT_EQ(dialog.findChild<QLineEdit *>(u"fileNameEdit"_s)->text(), QString());
         QTest::keyClick(&dialog, Qt::Key_Escape);
     });
     EXPECT_FALSE(outcome.confirmed);
@@ -62,16 +66,16 @@ TEST_F(ToolkitPicker, beginsInTheFolderWithTheFirstFilterAndNoName)
 
 TEST_F(ToolkitPicker, givesTheFullPathOfWhatIsTyped)
 {
-    const QString path = folder.filePath(u"list.txt"_qs);
+    const QString path = folder.filePath(u"list.txt"_s);
     writeFile(path);
-    for (const QString &typed : {u"list.txt"_qs, u"list"_qs, path}) {
+    for (const QString &typed : {u"list.txt"_s, u"list"_s, path}) {
         const auto outcome = pickTyping(typed);
         EXPECT_TRUE(outcome.confirmed) << typed.toStdString();
         EXPECT_EQ(outcome.path, path);
     }
     // The filter hides other files, and doesn't refuse them.
-    writeFile(folder.filePath(u"book.ods"_qs));
-    EXPECT_EQ(pickTyping(u"book.ods"_qs).path, folder.filePath(u"book.ods"_qs));
+    writeFile(folder.filePath(u"book.ods"_s));
+    EXPECT_EQ(pickTyping(u"book.ods"_s).path, folder.filePath(u"book.ods"_s));
 }
 
 TEST_F(ToolkitPicker, doesNotTakeAFileThatIsNotThere)
@@ -82,13 +86,13 @@ TEST_F(ToolkitPicker, doesNotTakeAFileThatIsNotThere)
                 QTest::keyClick(box, Qt::Key_Return);
         });
     });
-    EXPECT_FALSE(pickTyping(u"none.txt"_qs).confirmed);
+    EXPECT_FALSE(pickTyping(u"none.txt"_s).confirmed);
     EXPECT_TRUE(stayedOpen);
 }
 
 TEST_F(ToolkitPicker, doesNotTakeAFileThatTheToolkitHasInItself)
 {
-    QDirIterator files(u":/qt-project.org"_qs, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator files(u":/qt-project.org"_s, QDir::Files, QDirIterator::Subdirectories);
     ASSERT_TRUE(files.hasNext());
     EXPECT_FALSE(pickTyping(files.next()).confirmed);
     EXPECT_TRUE(stayedOpen);
@@ -98,13 +102,15 @@ TEST_F(ToolkitPicker, aPathLongerThanTheBufferIsItsFailure)
 {
     const QString deep = folder.filePath(QString(90, u'a') + u'/' + QString(90, u'b'));
     ASSERT_TRUE(QDir().mkpath(deep));
-    const qsizetype left = FilePicker::BufferLength - 1 - deep.size() - 1 - 4;
+    const qsizetype left = FilePicker::bufferLength - 1 - deep.size() - 1 - 4;
     ASSERT_GT(left, 0);
-    for (const auto &[name, fits] : {std::pair{QString(left, u'c') + u".txt"_qs, true},
-                                     std::pair{QString(left + 1, u'c') + u".txt"_qs, false}}) {
+    for (const auto &[name, fits] : {std::pair{QString(left, u'c') + u".txt"_s, true},
+                                     std::pair{QString(left + 1, u'c') + u".txt"_s, false}}) {
         writeFile(deep + u'/' + name);
         const auto outcome = pickTyping(deep + u'/' + name);
         EXPECT_EQ(outcome.confirmed, fits);
-        EXPECT_EQ(outcome.errorCode, fits ? 0U : FilePicker::BufferTooSmall);
+        EXPECT_EQ(outcome.errorCode, fits ? 0U : FilePicker::bufferTooSmall);
     }
 }
+
+} // namespace norvane

@@ -21,17 +21,21 @@
 #include <QTest>
 #include <QTimer>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// The dialog over made-up spreadsheets.
 class ImportDialog : public ::testing::Test
 {
 protected:
     ImportDialog()
     {
-        script.sheets = {{u"Uno"_qs, {u"Num"_qs, u"Otro"_qs}, {{u"1"_qs, u"10"_qs}, {u"2"_qs, {}}}},
-                         {u"Dos"_qs, {u"Tel"_qs}, {{u"3"_qs}}},
-                         {u"Vacio"_qs, {}, {}}};
+        script.sheets = {{u"Uno"_s, {u"Num"_s, u"Otro"_s}, {{u"1"_s, u"10"_s}, {u"2"_s, {}}}},
+                         {u"Dos"_s, {u"Tel"_s}, {{u"3"_s}}},
+                         {u"Vacio"_s, {}, {}}};
         environment.picker = &picker;
-        environment.programFolder = u"/program"_qs;
+        environment.programFolder = u"/program"_s;
         environment.files = std::make_shared<NumberedFiles>(streams);
         environment.createConnection = [this] {
             return std::make_unique<ScriptedConnection>(script);
@@ -89,7 +93,7 @@ protected:
             found.append(control<QComboBox>(name)->itemText(i));
         return found;
     }
-    QString write(const QByteArray &bytes, const QString &name = u"list.txt"_qs) const
+    QString write(const QByteArray &bytes, const QString &name = u"list.txt"_s) const
     {
         writeFile(folder.filePath(name), bytes);
         return folder.filePath(name);
@@ -103,11 +107,11 @@ protected:
     }
     static RecordingMessageBoxes::Shown box(const QString &text)
     {
-        return {text, MessageBoxes::Icon::None, MessageBoxes::Buttons::Ok, u"Norvane SMS"_qs};
+        return {text, MessageBoxes::Icon::None, MessageBoxes::Buttons::Ok, u"Norvane SMS"_s};
     }
     using Boxes = QList<RecordingMessageBoxes::Shown>;
 
-    const LoadedLanguage language{u"ESN"_qs};
+    const LoadedLanguage language{u"ESN"_s};
     const QTemporaryDir folder;
     RecordingMessageBoxes boxes;
     ScriptedStreams streams;
@@ -117,3 +121,5 @@ protected:
     std::unique_ptr<frmImport> dialog;
     bool stayedOpen = false;
 };
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using S = QStringList;
 
 TEST_F(ImportDialog, theFocusLeavesThePathBeforeTheImportActs)
@@ -15,21 +19,21 @@ TEST_F(ImportDialog, theFocusLeavesThePathBeforeTheImportActs)
         chooseSpreadsheet();
         type(path);
         control<QComboBox>("cboSheet")->setFocus();
-        choose("cboSheet", u"Dos"_qs);
-        EXPECT_EQ(entries("cboField"), S{u"Tel"_qs});
+        choose("cboSheet", u"Dos"_s);
+        EXPECT_EQ(entries("cboField"), S{u"Tel"_s});
         control<QLineEdit>("txtFilePath")->setFocus();
         script.calls.clear();
         click("btnImport");
     }));
-    EXPECT_EQ(script.calls, (S{u"new"_qs, u"release"_qs, u"open(%1)"_qs.arg(path),
-                               u"describe(Uno)"_qs, u"rows(Uno)"_qs}));
-    EXPECT_EQ(imported(), (S{u"1"_qs, u"2"_qs}));
+    EXPECT_EQ(script.calls, (S{u"new"_s, u"release"_s, u"open(%1)"_s.arg(path), u"describe(Uno)"_s,
+                               u"rows(Uno)"_s}));
+    EXPECT_EQ(imported(), (S{u"1"_s, u"2"_s}));
 }
 
 TEST_F(ImportDialog, aPathThatIsTypedOverAnotherIsTheOneThatIsImported)
 {
     const QList<SheetScript::Sheet> former = script.sheets;
-    const QString second = write("x", u"second.xls"_qs);
+    const QString second = write("x", u"second.xls"_s);
     for (const PressWay way : pressWays) {
         script.sheets = former;
         load();
@@ -38,11 +42,11 @@ TEST_F(ImportDialog, aPathThatIsTypedOverAnotherIsTheOneThatIsImported)
             type(write("x"));
             control<QComboBox>("cboSheet")->setFocus();
             type(second);
-            script.sheets = {{u"Otra"_qs, {u"Num"_qs}, {{u"7"_qs}}}};
+            script.sheets = {{u"Otra"_s, {u"Num"_s}, {{u"7"_s}}}};
             press(control<QPushButton>("btnImport"), way);
             EXPECT_TRUE(waitUntil([this] { return !dialog->isVisible(); })) << way;
         }));
-        EXPECT_EQ(imported(), S{u"7"_qs}) << way;
+        EXPECT_EQ(imported(), S{u"7"_s}) << way;
     }
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -52,7 +56,7 @@ TEST_F(ImportDialog, aPathOfNoFileVanishesAlsoBeforeAPressByKey)
     for (const PressWay way : pressWays) {
         load();
         EXPECT_FALSE(showAnd([&] {
-            type(u"/nowhere/list.txt"_qs);
+            type(u"/nowhere/list.txt"_s);
             auto *const button = control<QPushButton>("btnImport");
             press(button, way);
             EXPECT_TRUE(button->hasFocus()) << way;
@@ -64,8 +68,8 @@ TEST_F(ImportDialog, aPathOfNoFileVanishesAlsoBeforeAPressByKey)
 TEST_F(ImportDialog, whatWasTypedIntoListsWithoutEntriesGoesWithTheirEntries)
 {
     const auto typeIntoLists = [this] {
-        control<QComboBox>("cboSheet")->setEditText(u"Dos"_qs);
-        control<QComboBox>("cboField")->setEditText(u"Tel"_qs);
+        control<QComboBox>("cboSheet")->setEditText(u"Dos"_s);
+        control<QComboBox>("cboField")->setEditText(u"Tel"_s);
     };
     const auto typed = [this] {
         return control<QComboBox>("cboSheet")->currentText() +
@@ -74,7 +78,7 @@ TEST_F(ImportDialog, whatWasTypedIntoListsWithoutEntriesGoesWithTheirEntries)
     showAnd([&] {
         chooseSpreadsheet();
         typeIntoLists();
-        type(u"/nowhere/list.xls"_qs);
+        type(u"/nowhere/list.xls"_s);
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         EXPECT_EQ(typed(), QString()) << "a path of no file";
 
@@ -84,11 +88,11 @@ TEST_F(ImportDialog, whatWasTypedIntoListsWithoutEntriesGoesWithTheirEntries)
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         EXPECT_EQ(typed(), QString()) << "a workbook without sheets";
 
-        script.sheets = {{u"Uno"_qs, {}, {{}}}};
+        script.sheets = {{u"Uno"_s, {}, {{}}}};
         typeIntoLists();
         control<QLineEdit>("txtFilePath")->setFocus();
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
-        EXPECT_EQ(typed(), u"Uno"_qs) << "a sheet without fields";
+        EXPECT_EQ(typed(), u"Uno"_s) << "a sheet without fields";
     });
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -102,7 +106,7 @@ TEST_F(ImportDialog, aSpreadsheetThatWasNeverOpenedGivesTheReadersBox)
         chooseSpreadsheet();
         click("btnImport");
     }));
-    EXPECT_EQ(boxes.shown, Boxes{box(u"91 - Object variable or With block variable not set"_qs)});
+    EXPECT_EQ(boxes.shown, Boxes{box(u"91 - Object variable or With block variable not set"_s)});
     EXPECT_TRUE(imported().isEmpty());
     EXPECT_FALSE(stayedOpen);
 }
@@ -111,34 +115,33 @@ TEST_F(ImportDialog, aSpreadsheetThatIsPickedIsOpened)
 {
     showAnd([&] {
         chooseSpreadsheet();
-        picker.outcome = {true, u"/a/book.xls"_qs, 0};
+        picker.outcome = {true, u"/a/book.xls"_s, 0};
         click("btnOpen");
-        EXPECT_EQ(text("txtFilePath"), u"/a/book.xls"_qs);
-        EXPECT_EQ(entries("cboSheet"), (S{u"Uno"_qs, u"Dos"_qs, u"Vacio"_qs}));
-        EXPECT_EQ(entries("cboField"), (S{u"Num"_qs, u"Otro"_qs}));
-        EXPECT_EQ(control<QComboBox>("cboField")->currentText(), u"Num"_qs);
-        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+        EXPECT_EQ(text("txtFilePath"), u"/a/book.xls"_s);
+        EXPECT_EQ(entries("cboSheet"), (S{u"Uno"_s, u"Dos"_s, u"Vacio"_s}));
+        EXPECT_EQ(entries("cboField"), (S{u"Num"_s, u"Otro"_s}));
+        EXPECT_EQ(control<QComboBox>("cboField")->currentText(), u"Num"_s);
+        EXPECT_EQ(text("txtRecords"), u"2"_s);
         picker.outcome = {};
         click("btnOpen");
-        EXPECT_EQ(text("txtFilePath"), u"/a/book.xls"_qs) << "cancelling changes nothing";
+        EXPECT_EQ(text("txtFilePath"), u"/a/book.xls"_s) << "cancelling changes nothing";
         EXPECT_EQ(entries("cboSheet").size(), 3);
     });
 }
 
 TEST_F(ImportDialog, blankAndNullCellsAreSkipped)
 {
-    script.sheets = {{u"Uno"_qs,
-                      {u"Num"_qs},
-                      {{{}}, {u" - "_qs}, {u"912 345-678"_qs}, {u"912345678"_qs}, {u""_qs}}}};
+    script.sheets = {
+        {u"Uno"_s, {u"Num"_s}, {{{}}, {u" - "_s}, {u"912 345-678"_s}, {u"912345678"_s}, {u""_s}}}};
     EXPECT_TRUE(showAnd([&] {
         chooseSpreadsheet();
         control<QCheckBox>("chkDeleteDuplicated")->setChecked(false);
         type(write("x"));
         click("btnImport");
     }));
-    EXPECT_EQ(imported(), (S{u"912345678"_qs, u"912345678"_qs}));
-    EXPECT_TRUE(dialog->ImportData().itemExists(u"K3"_qs));
-    EXPECT_TRUE(dialog->ImportData().itemExists(u"K4"_qs));
+    EXPECT_EQ(imported(), (S{u"912345678"_s, u"912345678"_s}));
+    EXPECT_TRUE(dialog->ImportData().itemExists(u"K3"_s));
+    EXPECT_TRUE(dialog->ImportData().itemExists(u"K4"_s));
 }
 
 TEST_F(ImportDialog, aFieldThatIsTypedWrongEndsAtTheFirstRow)
@@ -147,11 +150,11 @@ TEST_F(ImportDialog, aFieldThatIsTypedWrongEndsAtTheFirstRow)
         chooseSpreadsheet();
         type(write("x"));
         control<QComboBox>("cboField")->setFocus();
-        control<QComboBox>("cboField")->setEditText(u"Nada"_qs);
+        control<QComboBox>("cboField")->setEditText(u"Nada"_s);
         click("btnImport");
     }));
     EXPECT_EQ(boxes.shown, Boxes{box(u"3265 - Item cannot be found in the collection "
-                                     u"corresponding to the requested name or ordinal."_qs)});
+                                     u"corresponding to the requested name or ordinal."_s)});
     EXPECT_TRUE(imported().isEmpty());
 }
 
@@ -161,11 +164,11 @@ TEST_F(ImportDialog, sheetAndFieldMayBeTyped)
         chooseSpreadsheet();
         type(write("x"));
         control<QComboBox>("cboSheet")->setFocus();
-        control<QComboBox>("cboSheet")->setEditText(u"Dos"_qs);
-        control<QComboBox>("cboField")->setEditText(u"Tel"_qs);
+        control<QComboBox>("cboSheet")->setEditText(u"Dos"_s);
+        control<QComboBox>("cboField")->setEditText(u"Tel"_s);
         click("btnImport");
     }));
-    EXPECT_EQ(imported(), S{u"3"_qs});
+    EXPECT_EQ(imported(), S{u"3"_s});
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
@@ -174,28 +177,28 @@ TEST_F(ImportDialog, anEmptySheetShowsTheFormerOnesFields)
     showAnd([&] {
         chooseSpreadsheet();
         type(write("x"));
-        choose("cboSheet", u"Vacio"_qs);
-        EXPECT_EQ(entries("cboField"), (S{u"Num"_qs, u"Otro"_qs}));
-        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+        choose("cboSheet", u"Vacio"_s);
+        EXPECT_EQ(entries("cboField"), (S{u"Num"_s, u"Otro"_s}));
+        EXPECT_EQ(text("txtRecords"), u"2"_s);
     });
     EXPECT_EQ(boxes.shown,
               Boxes{box(u"3021 - Either BOF or EOF is True, or the current record has been "
-                        u"deleted. Requested operation requires a current record."_qs)});
+                        u"deleted. Requested operation requires a current record."_s)});
 }
 
 TEST_F(ImportDialog, aRowThatFailsKeepsTheRowsBeforeIt)
 {
     script.inRow = [](qint32 row) {
         if (row == 2)
-            throw NumberedFailure(-2147467259, u"Sheet"_qs, u"broken"_qs);
+            throw NumberedFailure(-2147467259, u"Sheet"_s, u"broken"_s);
     };
     EXPECT_TRUE(showAnd([&] {
         chooseSpreadsheet();
         type(write("x"));
         click("btnImport");
     }));
-    EXPECT_EQ(boxes.shown, Boxes{box(u"-2147467259 - broken"_qs)});
-    EXPECT_EQ(imported(), S{u"1"_qs});
+    EXPECT_EQ(boxes.shown, Boxes{box(u"-2147467259 - broken"_s)});
+    EXPECT_EQ(imported(), S{u"1"_s});
 }
 
 TEST_F(ImportDialog, aWorkbookThatDoesNotOpenIsToldByItsNumberOrItsErrors)
@@ -205,34 +208,34 @@ TEST_F(ImportDialog, aWorkbookThatDoesNotOpenIsToldByItsNumberOrItsErrors)
         chooseSpreadsheet();
         type(path);
         click("btnOpen");
-        script.failsToOpen = NumberedFailure(70, u"Sheet"_qs, u"Permission denied"_qs);
+        script.failsToOpen = NumberedFailure(70, u"Sheet"_s, u"Permission denied"_s);
         type(path);
         click("btnOpen");
-        EXPECT_EQ(boxes.shown, Boxes{box(u"70-Permission denied"_qs)});
+        EXPECT_EQ(boxes.shown, Boxes{box(u"70-Permission denied"_s)});
 
         boxes.shown.clear();
-        script.failsToOpen = NumberedFailure(-2147467259, u"Sheet"_qs, u"all"_qs);
-        script.errors = {u"one"_qs, u"two"_qs};
+        script.failsToOpen = NumberedFailure(-2147467259, u"Sheet"_s, u"all"_s);
+        script.errors = {u"one"_s, u"two"_s};
         type(path);
         click("btnOpen");
-        EXPECT_EQ(boxes.shown, (Boxes{box(u"one"_qs), box(u"two"_qs)}));
+        EXPECT_EQ(boxes.shown, (Boxes{box(u"one"_s), box(u"two"_s)}));
         EXPECT_EQ(entries("cboSheet").size(), 3) << "the lists keep what they had";
 
         boxes.shown.clear();
         click("btnImport");
     });
     EXPECT_EQ(boxes.shown,
-              Boxes{box(u"3704 - Operation is not allowed when the object is closed."_qs)});
+              Boxes{box(u"3704 - Operation is not allowed when the object is closed."_s)});
 }
 
 TEST_F(ImportDialog, blanksAroundASpreadsheetsPathAreTrimmed)
 {
-    const QString path = write("x", u" book "_qs);
+    const QString path = write("x", u" book "_s);
     showAnd([&] {
         chooseSpreadsheet();
         type(path);
         click("btnOpen");
-        EXPECT_TRUE(script.calls.contains(u"open(%1)"_qs.arg(path.chopped(1))));
+        EXPECT_TRUE(script.calls.contains(u"open(%1)"_s.arg(path.chopped(1))));
         EXPECT_EQ(text("txtFilePath"), path);
     });
 }
@@ -246,7 +249,7 @@ TEST_F(ImportDialog, unloadingClosesTheConnection)
     });
     script.calls.clear();
     dialog.reset();
-    EXPECT_EQ(script.calls, (S{u"close"_qs, u"release"_qs}));
+    EXPECT_EQ(script.calls, (S{u"close"_s, u"release"_s}));
 }
 
 TEST_F(ImportDialog, thePathIsOpenedAnewWheneverTheFocusLeavesIt)
@@ -259,33 +262,33 @@ TEST_F(ImportDialog, thePathIsOpenedAnewWheneverTheFocusLeavesIt)
             control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         }
     });
-    EXPECT_EQ(script.calls.count(u"open(%1)"_qs.arg(path)), 2);
+    EXPECT_EQ(script.calls.count(u"open(%1)"_s.arg(path)), 2);
     // A connection is replaced without being closed.
-    EXPECT_EQ(script.calls.count(u"close"_qs), 0);
-    EXPECT_EQ(script.calls.count(u"release"_qs), 1);
+    EXPECT_EQ(script.calls.count(u"close"_s), 0);
+    EXPECT_EQ(script.calls.count(u"release"_s), 1);
 }
 
 TEST_F(ImportDialog, blanksInFrontOfASpreadsheetsPathAreTrimmed)
 {
     showAnd([&] {
         chooseSpreadsheet();
-        picker.outcome = {true, u"  /a/my book.xls "_qs, 0};
+        picker.outcome = {true, u"  /a/my book.xls "_s, 0};
         click("btnOpen");
-        EXPECT_TRUE(script.calls.contains(u"open(/a/my book.xls)"_qs));
-        EXPECT_EQ(text("txtFilePath"), u"  /a/my book.xls "_qs);
+        EXPECT_TRUE(script.calls.contains(u"open(/a/my book.xls)"_s));
+        EXPECT_EQ(text("txtFilePath"), u"  /a/my book.xls "_s);
     });
 }
 
 TEST_F(ImportDialog, theFirstOfASheetsEqualNumbersStays)
 {
-    script.sheets = {{u"Uno"_qs, {u"Num"_qs}, {{u"912 345-678"_qs}, {u"7"_qs}, {u"912345678"_qs}}}};
+    script.sheets = {{u"Uno"_s, {u"Num"_s}, {{u"912 345-678"_s}, {u"7"_s}, {u"912345678"_s}}}};
     EXPECT_TRUE(showAnd([&] {
         chooseSpreadsheet();
         type(write("x"));
         click("btnImport");
     }));
-    EXPECT_EQ(imported(), (S{u"912345678"_qs, u"7"_qs}));
-    EXPECT_TRUE(dialog->ImportData().itemExists(u"912345678"_qs));
+    EXPECT_EQ(imported(), (S{u"912345678"_s, u"7"_s}));
+    EXPECT_TRUE(dialog->ImportData().itemExists(u"912345678"_s));
 }
 
 TEST_F(ImportDialog, aFirstSheetWithoutRecordsLeavesNoFields)
@@ -295,7 +298,7 @@ TEST_F(ImportDialog, aFirstSheetWithoutRecordsLeavesNoFields)
         chooseSpreadsheet();
         type(write("x"));
         click("btnOpen");
-        EXPECT_EQ(entries("cboSheet"), (S{u"Vacio"_qs, u"Uno"_qs, u"Dos"_qs}));
+        EXPECT_EQ(entries("cboSheet"), (S{u"Vacio"_s, u"Uno"_s, u"Dos"_s}));
         EXPECT_EQ(entries("cboField"), S());
         EXPECT_EQ(text("txtRecords"), QString());
     });
@@ -312,19 +315,19 @@ TEST_F(ImportDialog, aWorkbookWithoutSheetsListsNothing)
         EXPECT_EQ(entries("cboSheet"), S());
     });
     EXPECT_TRUE(boxes.shown.isEmpty());
-    EXPECT_FALSE(script.calls.contains(u"describe()"_qs));
+    EXPECT_FALSE(script.calls.contains(u"describe()"_s));
 }
 
 TEST_F(ImportDialog, aFailureNumberedZeroIsToldByTheConnectionsErrors)
 {
-    script.failsToOpen = NumberedFailure(0, u"Sheet"_qs, u"zero"_qs);
-    script.errors = {u"one"_qs};
+    script.failsToOpen = NumberedFailure(0, u"Sheet"_s, u"zero"_s);
+    script.errors = {u"one"_s};
     showAnd([&] {
         chooseSpreadsheet();
         type(write("x"));
         click("btnOpen");
     });
-    EXPECT_EQ(boxes.shown, Boxes{box(u"one"_qs)});
+    EXPECT_EQ(boxes.shown, Boxes{box(u"one"_s)});
 }
 
 TEST_F(ImportDialog, aSheetThatIsGoneKeepsTheFieldsOfTheFormerOne)
@@ -334,11 +337,11 @@ TEST_F(ImportDialog, aSheetThatIsGoneKeepsTheFieldsOfTheFormerOne)
         type(write("x"));
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         script.sheets.removeLast();
-        choose("cboSheet", u"Vacio"_qs);
-        EXPECT_EQ(entries("cboField"), (S{u"Num"_qs, u"Otro"_qs}));
-        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+        choose("cboSheet", u"Vacio"_s);
+        EXPECT_EQ(entries("cboField"), (S{u"Num"_s, u"Otro"_s}));
+        EXPECT_EQ(text("txtRecords"), u"2"_s);
     });
-    EXPECT_EQ(boxes.shown, Boxes{box(u"-2147217865 - There is no sheet 'Vacio' in this file."_qs)});
+    EXPECT_EQ(boxes.shown, Boxes{box(u"-2147217865 - There is no sheet 'Vacio' in this file."_s)});
 }
 
 namespace {
@@ -388,7 +391,7 @@ TEST_F(ImportDialog, thePointerIsBusyWhileAWorkbookIsOpenedAndNotWhileItIsRead)
     EXPECT_EQ(opening, QList<bool>{true});
     EXPECT_EQ(reading, (QList<bool>{false, false}));
 
-    script.failsToOpen = NumberedFailure(70, u"Sheet"_qs, u"Permission denied"_qs);
+    script.failsToOpen = NumberedFailure(70, u"Sheet"_s, u"Permission denied"_s);
     load();
     showAnd([&] {
         chooseSpreadsheet();
@@ -427,7 +430,7 @@ TEST_F(ImportDialog, noOtherFileIsChosenOrOpenedWhileAWorkbookIsOpened)
         if (++openings > 1)
             return;
         control<QPushButton>("btnOpen")->click();
-        type(write("y", u"other.xls"_qs));
+        type(write("y", u"other.xls"_s));
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
     };
     showAnd([&] {
@@ -446,22 +449,22 @@ TEST_F(ImportDialog, aSheetThatIsChosenWhileTheNextWorkbookIsOpenedIsNotRead)
         type(write("x"));
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         script.whileOpening = [&] { Q_EMIT control<QComboBox>("cboSheet")->activated(0); };
-        type(write("y", u"other.xls"_qs));
+        type(write("y", u"other.xls"_s));
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
     });
-    EXPECT_EQ(script.calls.filter(u"describe"_qs),
-              (QStringList{u"describe(Uno)"_qs, u"describe(Uno)"_qs}));
+    EXPECT_EQ(script.calls.filter(u"describe"_s),
+              (QStringList{u"describe(Uno)"_s, u"describe(Uno)"_s}));
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
 TEST_F(ImportDialog, theWindowIsPaintedWhileAWorkbookIsOpened)
 {
     // A reader that answers once the window was painted, and not before.
-    const QByteArray pipe = QFile::encodeName(folder.filePath(u"pipe"_qs));
+    const QByteArray pipe = QFile::encodeName(folder.filePath(u"pipe"_s));
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
     const int release = ::open(pipe.constData(), O_RDWR | O_CLOEXEC);
     const QString reader =
-        write("#!/bin/sh\nread line <" + pipe + "\nprintf '\\0\\0\\0\\1\\0'\n", u"reader"_qs);
+        write("#!/bin/sh\nread line <" + pipe + "\nprintf '\\0\\0\\0\\1\\0'\n", u"reader"_s);
     QFile::setPermissions(reader, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     environment.createConnection = [&] {
         return std::make_unique<HelperConnection>(reader, std::chrono::seconds(30));
@@ -481,6 +484,8 @@ TEST_F(ImportDialog, theWindowIsPaintedWhileAWorkbookIsOpened)
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         EXPECT_TRUE(isPainted);
     });
-    EXPECT_EQ(boxes.shown, Boxes{box(u"The file can't be read."_qs)});
+    EXPECT_EQ(boxes.shown, Boxes{box(u"The file can't be read."_s)});
     ::close(release);
 }
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 #include <cerrno>
 #include <cstdlib>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using S = QStringList;
 
 TEST_F(ImportDialog, opensOnTheTextFormatWithItsCaptions)
@@ -37,8 +41,8 @@ TEST_F(ImportDialog, theTabOrderIsThatOfItsControls)
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             order.append(QApplication::focusWidget()->objectName());
         }
-        EXPECT_EQ(order, (S{u"txtFilePath"_qs, u"btnOpen"_qs, u"cboSheet"_qs, u"cboField"_qs,
-                            u"txtRecords"_qs, u"btnImport"_qs, u"chkDeleteDuplicated"_qs}));
+        EXPECT_EQ(order, (S{u"txtFilePath"_s, u"btnOpen"_s, u"cboSheet"_s, u"cboField"_s,
+                            u"txtRecords"_s, u"btnImport"_s, u"chkDeleteDuplicated"_s}));
     });
 }
 
@@ -57,12 +61,12 @@ TEST_F(ImportDialog, aPathOfNoFileVanishesWhenTheFocusMovesOn)
         type(write("x"));
         click("btnOpen");
         ASSERT_EQ(entries("cboSheet").size(), 3);
-        type(u"/nowhere/list.xls"_qs);
+        type(u"/nowhere/list.xls"_s);
         control<QCheckBox>("chkDeleteDuplicated")->setFocus();
         EXPECT_EQ(text("txtFilePath"), QString());
         EXPECT_TRUE(entries("cboSheet").isEmpty());
         EXPECT_TRUE(entries("cboField").isEmpty());
-        EXPECT_EQ(text("txtRecords"), u"2"_qs);
+        EXPECT_EQ(text("txtRecords"), u"2"_s);
     });
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -70,10 +74,10 @@ TEST_F(ImportDialog, aPathOfNoFileVanishesWhenTheFocusMovesOn)
 TEST_F(ImportDialog, anotherWindowThatTakesTheFocusChangesNothing)
 {
     showAnd([&] {
-        type(u"/nowhere"_qs);
+        type(u"/nowhere"_s);
         QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
         QApplication::sendEvent(control<QLineEdit>("txtFilePath"), &event);
-        EXPECT_EQ(text("txtFilePath"), u"/nowhere"_qs);
+        EXPECT_EQ(text("txtFilePath"), u"/nowhere"_s);
     });
 }
 
@@ -102,7 +106,7 @@ TEST_F(ImportDialog, enterInAFieldLeavesItOpenAndOnTheButtonImports)
         control<QPushButton>("btnImport")->setFocus();
         QTest::keyClick(control<QPushButton>("btnImport"), Qt::Key_Return);
     }));
-    EXPECT_EQ(imported(), QStringList{u"1"_qs});
+    EXPECT_EQ(imported(), QStringList{u"1"_s});
 }
 
 TEST_F(ImportDialog, aFormatThatIsTypedChangesNothing)
@@ -116,7 +120,7 @@ TEST_F(ImportDialog, aFormatThatIsTypedChangesNothing)
         EXPECT_FALSE(control<CaptionedFrame>("fraExcel")->isVisible());
         click("btnOpen");
     });
-    EXPECT_EQ(picker.requests.last().defaultExtension, u"TXT"_qs);
+    EXPECT_EQ(picker.requests.last().defaultExtension, u"TXT"_s);
 }
 
 TEST_F(ImportDialog, changingTheFormatClearsNothing)
@@ -148,13 +152,13 @@ TEST_F(ImportDialog, thePickerIsAskedForTheFormatsFiles)
     for (const FilePicker::Request &request : picker.requests) {
         EXPECT_EQ(request.owner, dialog.get());
         EXPECT_EQ(request.title, GS(3760042));
-        EXPECT_EQ(request.initialFolder, u"/program"_qs);
+        EXPECT_EQ(request.initialFolder, u"/program"_s);
         EXPECT_EQ(request.path, QString());
         EXPECT_EQ(request.flags, 0x1800U);
     }
-    EXPECT_EQ(picker.requests.first().filter, u"Texto(*.txt)|*.txt"_qs);
-    EXPECT_EQ(picker.requests.last().filter, u"Excel(*.xls)|*.xls"_qs);
-    EXPECT_EQ(picker.requests.last().defaultExtension, u"XLS"_qs);
+    EXPECT_EQ(picker.requests.first().filter, u"Texto(*.txt)|*.txt"_s);
+    EXPECT_EQ(picker.requests.last().filter, u"Excel(*.xls)|*.xls"_s);
+    EXPECT_EQ(picker.requests.last().defaultExtension, u"XLS"_s);
 }
 
 TEST_F(ImportDialog, aTextFileIsImportedOnceAndTheDialogHidden)
@@ -164,7 +168,7 @@ TEST_F(ImportDialog, aTextFileIsImportedOnceAndTheDialogHidden)
         type(path);
         click("btnImport");
     }));
-    EXPECT_EQ(imported(), S{u"912 345 678|Ana"_qs});
+    EXPECT_EQ(imported(), S{u"912 345 678|Ana"_s});
 
     load();
     EXPECT_TRUE(showAnd([&] {
@@ -189,8 +193,8 @@ TEST_F(ImportDialog, aReadingThatBreaksOffGivesItsFirstPartAndTheNextOneFails)
 {
     const QString path = write("1\r2\r3\r4\r");
     int readings = 0;
-    streams.onRead = [&](qsizetype &most) {
-        most = 3;
+    streams.onRead = [&](qsizetype &max) {
+        max = 3;
         return ++readings > 2 ? EIO : 0;
     };
     const auto import = [&] {
@@ -198,13 +202,13 @@ TEST_F(ImportDialog, aReadingThatBreaksOffGivesItsFirstPartAndTheNextOneFails)
         click("btnImport");
     };
     EXPECT_TRUE(showAnd(import));
-    EXPECT_EQ(boxes.shown, Boxes{box(u"57 - Device I/O error"_qs)});
-    EXPECT_EQ(imported(), (S{u"1"_qs, u"2"_qs}));
+    EXPECT_EQ(boxes.shown, Boxes{box(u"57 - Device I/O error"_s)});
+    EXPECT_EQ(imported(), (S{u"1"_s, u"2"_s}));
 
     streams.onRead = nullptr;
     load();
     EXPECT_TRUE(showAnd(import));
-    EXPECT_EQ(boxes.shown.last(), box(u"55 - File already open"_qs));
+    EXPECT_EQ(boxes.shown.last(), box(u"55 - File already open"_s));
     EXPECT_TRUE(imported().isEmpty());
 }
 
@@ -250,10 +254,10 @@ TEST_F(ImportDialog, aDialogShownAgainReadsAnewAndCanBeCancelled)
     const auto import = [&] { click("btnImport"); };
     type(write("1\r2\r"));
     EXPECT_TRUE(showAnd(import));
-    EXPECT_EQ(imported(), (S{u"1"_qs, u"2"_qs}));
+    EXPECT_EQ(imported(), (S{u"1"_s, u"2"_s}));
     write("3");
     EXPECT_TRUE(showAnd(import));
-    EXPECT_EQ(imported(), S{u"3"_qs});
+    EXPECT_EQ(imported(), S{u"3"_s});
     EXPECT_FALSE(showAnd([&] { dialog->close(); }));
 }
 
@@ -295,10 +299,10 @@ TEST_F(ImportDialog, theFocusLeavingATextFilesPathChangesNothing)
 
 TEST_F(ImportDialog, aTextFileThatIsPickedIsNotYetRead)
 {
-    picker.outcome = {true, u"/a/list.txt"_qs, 0};
+    picker.outcome = {true, u"/a/list.txt"_s, 0};
     showAnd([&] {
         click("btnOpen");
-        EXPECT_EQ(text("txtFilePath"), u"/a/list.txt"_qs);
+        EXPECT_EQ(text("txtFilePath"), u"/a/list.txt"_s);
     });
     EXPECT_TRUE(script.calls.isEmpty());
     EXPECT_TRUE(streams.calls.isEmpty());
@@ -314,7 +318,7 @@ TEST_F(ImportDialog, aPickerThatFailsChangesNothing)
         EXPECT_EQ(text("txtFilePath"), path);
     });
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.first().title, u"  Common Dialog Error"_qs);
+    EXPECT_EQ(boxes.shown.first().title, u"  Common Dialog Error"_s);
 }
 
 TEST_F(ImportDialog, aFormatThatIsNeitherReadsNothing)
@@ -336,10 +340,12 @@ TEST_F(ImportDialog, aTextFileThatDoesNotOpenIsToldAndTheNextOneIsRead)
         type(write("1"));
         click("btnImport");
     }));
-    EXPECT_EQ(boxes.shown, Boxes{box(u"70 - Permission denied"_qs)});
+    EXPECT_EQ(boxes.shown, Boxes{box(u"70 - Permission denied"_s)});
     EXPECT_TRUE(imported().isEmpty());
 
     streams.onOpen = nullptr;
     EXPECT_TRUE(showAnd([&] { click("btnImport"); }));
-    EXPECT_EQ(imported(), S{u"1"_qs});
+    EXPECT_EQ(imported(), S{u"1"_s});
 }
+
+} // namespace norvane

@@ -9,6 +9,10 @@
 
 #include <functional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Spreadsheets that a test makes up: what is in them, what fails, and what was asked of them.
 struct SheetScript
 {
@@ -32,20 +36,20 @@ class ScriptedConnection : public SpreadsheetConnection
 public:
     explicit ScriptedConnection(SheetScript &script) : m_script(script)
     {
-        m_script.calls.append(QStringLiteral("new"));
+        m_script.calls.append(u"new"_s);
     }
-    ~ScriptedConnection() override { m_script.calls.append(QStringLiteral("release")); }
+    ~ScriptedConnection() override { m_script.calls.append(u"release"_s); }
 
     void open(const QString &path) override
     {
-        m_script.calls.append(QStringLiteral("open(%1)").arg(path));
+        m_script.calls.append(u"open(%1)"_s.arg(path));
         if (m_script.whileOpening)
             m_script.whileOpening();
         if (m_script.failsToOpen)
             throw NumberedFailure(*m_script.failsToOpen);
         m_isOpen = true;
     }
-    void close() override { m_script.calls.append(QStringLiteral("close")); }
+    void close() override { m_script.calls.append(u"close"_s); }
     QStringList errors() const override { return m_script.errors; }
     QStringList sheets() override
     {
@@ -56,13 +60,13 @@ public:
     }
     Table describe(const QString &name) override
     {
-        m_script.calls.append(QStringLiteral("describe(%1)").arg(name));
+        m_script.calls.append(u"describe(%1)"_s.arg(name));
         const SheetScript::Sheet &found = sheet(name);
         return {found.fields, static_cast<qint32>(found.rows.size())};
     }
     std::unique_ptr<SheetRows> rows(const QString &name) override
     {
-        m_script.calls.append(QStringLiteral("rows(%1)").arg(name));
+        m_script.calls.append(u"rows(%1)"_s.arg(name));
         return std::make_unique<Rows>(m_script, sheet(name));
     }
 
@@ -94,7 +98,7 @@ private:
     const SheetScript::Sheet &sheet(const QString &name) const
     {
         if (!m_isOpen)
-            Failure::raise(Failure::ObjectClosed, QStringLiteral("ScriptedConnection"));
+            Failure::raise(Failure::ObjectClosed, u"ScriptedConnection"_s);
         for (const SheetScript::Sheet &candidate : m_script.sheets) {
             if (candidate.name == name)
                 return candidate;
@@ -122,3 +126,5 @@ public:
     Outcome outcome;
     std::function<void()> whilePicking; ///< may raise
 };
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <ostream>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A control as a screen reader meets it. Its name is a text of the language file, or a fixed one.
@@ -30,7 +34,7 @@ const QList<Told> &consoleControls()
         {"imgLogo(1)", Role::Graphic, 3760000},
         {"fraSMSMessage", Role::Grouping, 3760005},
         {"txtMessage", Role::EditableText, 3760105},
-        {"lblSMSChars", Role::StaticText, 0, u"Caracteres: 0 / 160"_qs},
+        {"lblSMSChars", Role::StaticText, 0, u"Caracteres: 0 / 160"_s},
         {"lblPhone", Role::StaticText, 3760006},
         {"txtPhone", Role::EditableText, 3760006},
         {"lblDeliveryDate", Role::StaticText, 3760007},
@@ -38,13 +42,13 @@ const QList<Told> &consoleControls()
         {"tmDeliveryDate", Role::SpinBox, 3760107},
         {"btnSend", Role::Button, 3760003},
         {"btnImport", Role::Button, 3760004},
-        {"fraEngineStatus", Role::Grouping, 0, u"Estado"_qs},
+        {"fraEngineStatus", Role::Grouping, 0, u"Estado"_s},
         {"imgEngineStatus(1)", Role::Graphic, 3760014},
         {"lblEngineStatus", Role::StaticText, 3760014},
         {"fraQueueStatus", Role::Grouping, 3760011},
         {"imgQueue(0)", Role::Graphic, 3760013},
         {"lblQueueSize", Role::StaticText, 3760013},
-        {"lblEstimated", Role::StaticText, 0, u"Tempo previsto: 00:00:00"_qs},
+        {"lblEstimated", Role::StaticText, 0, u"Tempo previsto: 00:00:00"_s},
         {"fraDeviceStatus", Role::Grouping, 3760012},
         {"imgQueue(2)", Role::Graphic, 3760015},
         {"lblDeviceInfo", Role::StaticText, 3760015},
@@ -65,12 +69,12 @@ const QList<Told> &consoleControls()
 const QList<Told> &deviceControls()
 {
     static const QList<Told> controls = {
-        {"fraOperationMode", Role::Grouping, 0, u"Modo de funcionamento"_qs},
-        {"opServer", Role::RadioButton, 0, u"Servidor"_qs},
-        {"opClient", Role::RadioButton, 0, u"Cliente"_qs},
+        {"fraOperationMode", Role::Grouping, 0, u"Modo de funcionamento"_s},
+        {"opServer", Role::RadioButton, 0, u"Servidor"_s},
+        {"opClient", Role::RadioButton, 0, u"Cliente"_s},
         {"imgDevice", Role::Graphic, 3760015},
-        {"txtQueueFolder", Role::EditableText, 0, u"Pasta envio:"_qs},
-        {"Label1", Role::StaticText, 0, u"Pasta envio:"_qs},
+        {"txtQueueFolder", Role::EditableText, 0, u"Pasta envio:"_s},
+        {"Label1", Role::StaticText, 0, u"Pasta envio:"_s},
         {"btnOpen", Role::Button, 3760103},
         {"cboDeviceType", Role::ComboBox, 3760036},
         {"lblDeviceType", Role::StaticText, 3760036},
@@ -234,7 +238,7 @@ TEST_P(AccessibleTree, buttonsWithoutACaptionShowTheirNamesAsTips)
     for (const char *const name : {"btnStart", "btnStop", "btnClearQueue"})
         EXPECT_EQ(control(name)->toolTip(), control(name)->accessibleName()) << name;
     const auto opener = [](QWidget &dialog) {
-        const auto *const button = dialog.findChild<QWidget *>(u"btnOpen"_qs);
+        const auto *const button = dialog.findChild<QWidget *>(u"btnOpen"_s);
         EXPECT_EQ(button->toolTip(), button->accessibleName());
         EXPECT_FALSE(button->toolTip().isEmpty());
     };
@@ -244,15 +248,17 @@ TEST_P(AccessibleTree, buttonsWithoutACaptionShowTheirNamesAsTips)
 
 TEST_P(AccessibleTree, rowThatFailedIsToldSoAndNotByItsColourAlone)
 {
-    Q_EMIT engine()->SMSSent(u"1"_qs, u"a"_qs, 0);
-    Q_EMIT engine()->SMSSentFailed(u"2"_qs, u"b"_qs, -1);
+    Q_EMIT engine()->SMSSent(u"1"_s, u"a"_s, 0);
+    Q_EMIT engine()->SMSSentFailed(u"2"_s, u"b"_s, -1);
     auto *const grid = QAccessible::queryAccessibleInterface(control("grdSentDetails"));
     QAccessibleTableInterface *const table = grid->tableInterface();
     ASSERT_EQ(table->rowCount(), 2);
     EXPECT_EQ(table->columnDescription(1), GS(3760029));
-    EXPECT_EQ(table->cellAt(1, 1)->text(QAccessible::Name), u"2"_qs);
+    EXPECT_EQ(table->cellAt(1, 1)->text(QAccessible::Name), u"2"_s);
     EXPECT_EQ(table->cellAt(1, 1)->text(QAccessible::Description), GS(3760109));
     EXPECT_EQ(table->cellAt(0, 1)->text(QAccessible::Description), QString());
 }
 
 } // namespace
+
+} // namespace norvane

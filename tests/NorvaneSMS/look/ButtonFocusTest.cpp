@@ -3,6 +3,8 @@
 #include <QAbstractButton>
 #include <QApplication>
 
+namespace norvane {
+
 namespace {
 
 using ButtonFocus = WindowsFixture;
@@ -27,3 +29,5 @@ TEST_F(ButtonFocus, everyButtonOfEveryWindowHasTheFocusWhenItIsPressed)
 }
 
 } // namespace
+
+} // namespace norvane

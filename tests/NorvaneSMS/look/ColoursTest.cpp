@@ -18,6 +18,10 @@
 #include <algorithm>
 #include <ostream>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The palettes of desktops.
@@ -67,8 +71,8 @@ QList<QColor> plainGrounds(const QImage &window, const QRect &place)
         for (int x = place.left(); x <= place.right(); ++x)
             ++counts[window.pixel(x, y)];
     }
-    const auto most = std::max_element(counts.cbegin(), counts.cend());
-    return {QColor(most.key())};
+    const auto max = std::max_element(counts.cbegin(), counts.cend());
+    return {QColor(max.key())};
 }
 
 /// The colours of a ground that goes from one to another, down the left edge of `place` inside of
@@ -191,7 +195,7 @@ TEST_P(Colours, everyTextOfAClientCanBeReadOnItsGroundAlsoWhereItIsDisabled)
     show();
     expectReadable(*console);
     inDeviceDialog([this](QWidget &window) {
-        EXPECT_FALSE(window.findChild<QWidget *>(u"txtPINCode"_qs)->isEnabled());
+        EXPECT_FALSE(window.findChild<QWidget *>(u"txtPINCode"_s)->isEnabled());
         expectReadable(window);
     });
     EXPECT_GT(m_seen, 30);
@@ -231,8 +235,8 @@ TEST_P(Colours, disabledTextsCanBeToldFromEnabledOnes)
 TEST_P(Colours, rowThatFailedStandsOnTheGroundOnWhichRedReadsBest)
 {
     loadAsServer();
-    Q_EMIT engine()->SMSSent(u"1"_qs, u"a"_qs, 0);
-    Q_EMIT engine()->SMSSentFailed(u"2"_qs, u"b"_qs, -1);
+    Q_EMIT engine()->SMSSent(u"1"_s, u"a"_s, 0);
+    Q_EMIT engine()->SMSSentFailed(u"2"_s, u"b"_s, -1);
     const QAbstractItemModel *const rows = control<QTableView>("grdSentDetails")->model();
     const QModelIndex failed = rows->index(1, 1);
     const auto red = failed.data(Qt::ForegroundRole).value<QColor>();
@@ -264,3 +268,5 @@ TEST_P(Colours, theCounterIsNotCutOffByItsLowLabel)
 }
 
 } // namespace
+
+} // namespace norvane

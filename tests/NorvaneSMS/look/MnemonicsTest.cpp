@@ -9,6 +9,10 @@
 #include <QMap>
 #include <QTest>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What Alt and a letter reach.
@@ -52,7 +56,7 @@ TEST_P(MnemonicsTest, noTwoControlsOfAWindowShareALetter)
                 continue;
             const QKeySequence keys = QKeySequence::mnemonic(reached.text);
             EXPECT_FALSE(taken.contains(keys))
-                << qPrintable(reached.control + u" and "_qs + taken.value(keys));
+                << qPrintable(reached.control + u" and "_s + taken.value(keys));
             taken.insert(keys, reached.control);
         }
         EXPECT_GE(taken.size(), 5);
@@ -64,7 +68,7 @@ TEST_P(MnemonicsTest, noTwoControlsOfAWindowShareALetter)
 TEST_P(MnemonicsTest, everyCaptionOfALanguageFileThatCanHasALetter)
 {
     // The captions that no language file has, and the label of a list that is never enabled.
-    const QStringList without = {u"opServer"_qs, u"opClient"_qs, u"Label1"_qs, u"lblDeviceType"_qs};
+    const QStringList without = {u"opServer"_s, u"opClient"_s, u"Label1"_s, u"lblDeviceType"_s};
     inEveryWindow([&](const QWidget &window) {
         for (const auto *const button : window.findChildren<QAbstractButton *>()) {
             if (!button->text().isEmpty()) {
@@ -101,20 +105,22 @@ TEST_F(MnemonicKeys, altAndTheLetterOfALabelReachItsField)
 
 TEST_F(MnemonicKeys, altAndTheLetterOfAButtonPressIt)
 {
-    control<QLineEdit>("txtPhone")->setText(u"912345678"_qs);
+    control<QLineEdit>("txtPhone")->setText(u"912345678"_s);
     QTest::keyClick(console.get(), Qt::Key_E, Qt::AltModifier);
     // The button shows itself pressed for a moment first.
-    EXPECT_TRUE(waitUntil([this] { return !script.calls.filter(u"AddSMS"_qs).isEmpty(); }));
+    EXPECT_TRUE(waitUntil([this] { return !script.calls.filter(u"AddSMS"_s).isEmpty(); }));
 }
 
 TEST_F(MnemonicKeys, returnPressesTheButtonThatHasTheFocusAndNoOther)
 {
-    control<QLineEdit>("txtPhone")->setText(u"912345678"_qs);
+    control<QLineEdit>("txtPhone")->setText(u"912345678"_s);
     QTest::keyClick(control("txtPhone"), Qt::Key_Return);
-    EXPECT_TRUE(takeCalls().filter(u"AddSMS"_qs).isEmpty());
+    EXPECT_TRUE(takeCalls().filter(u"AddSMS"_s).isEmpty());
     control("btnSend")->setFocus();
     QTest::keyClick(control("btnSend"), Qt::Key_Return);
-    EXPECT_FALSE(takeCalls().filter(u"AddSMS"_qs).isEmpty());
+    EXPECT_FALSE(takeCalls().filter(u"AddSMS"_s).isEmpty());
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 #include <QPushButton>
 #include <QTimer>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 void WindowsFixture::speak(const QString &language)
 {
     goLocalize = std::make_unique<cls_Localize>();
@@ -36,7 +40,7 @@ void WindowsFixture::inDeviceDialog(const std::function<void(QWidget &)> &look)
 void WindowsFixture::inImportDialog(const std::function<void(QWidget &)> &look)
 {
     inDialog("btnImport", [&look](QWidget &dialog) {
-        auto *const format = dialog.findChild<QComboBox *>(QStringLiteral("cboFileFormat"));
+        auto *const format = dialog.findChild<QComboBox *>(u"cboFileFormat"_s);
         ASSERT_NE(format, nullptr);
         format->setCurrentIndex(1);
         Q_EMIT format->activated(1);
@@ -52,3 +56,5 @@ void WindowsFixture::inEveryWindow(const std::function<void(QWidget &)> &look)
     inDeviceDialog(look);
     inImportDialog(look);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Each of the program's windows, in any of the languages.
 class WindowsFixture : public ConsoleFixture
 {
@@ -20,3 +22,5 @@ protected:
 private:
     void inDialog(const char *button, const std::function<void(QWidget &)> &look);
 };
+
+} // namespace norvane

@@ -13,15 +13,19 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What the system answers to this thread's calls, where that is not what it would answer by
 /// itself.
 struct Answers
 {
-    int interrupted = 0;  ///< readings and writings that a signal interrupts
-    std::size_t most = 0; ///< bytes that one writing takes; 0 for all of them
-    int closeError = 0;   ///< the file is closed all the same
+    int interrupted = 0; ///< readings and writings that a signal interrupts
+    std::size_t max = 0; ///< bytes that one writing takes; 0 for all of them
+    int closeError = 0;  ///< the file is closed all the same
     int syncError = 0;
 };
 
@@ -54,8 +58,8 @@ ssize_t write(int file, const void *bytes, std::size_t count)
 {
     if (isInterrupted())
         return -1;
-    const bool isPart = t_answers != nullptr && t_answers->most != 0;
-    return ::syscall(SYS_write, file, bytes, isPart ? qMin(t_answers->most, count) : count);
+    const bool isPart = t_answers != nullptr && t_answers->max != 0;
+    return ::syscall(SYS_write, file, bytes, isPart ? qMin(t_answers->max, count) : count);
 }
 int close(int file)
 {
@@ -104,7 +108,7 @@ protected:
     }
     QString fileOf(const QByteArray &bytes) const
     {
-        QFile file(folder.filePath(QStringLiteral("file")));
+        QFile file(folder.filePath(u"file"_s));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         EXPECT_EQ(file.write(bytes), bytes.size());
         return file.fileName();
@@ -118,12 +122,12 @@ protected:
             answering(answers, [&file] { return platformFiles().replace(file, "new"); });
         EXPECT_EQ(bytesOf(file), "old");
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
-                  QStringList{QStringLiteral("file")});
+                  QStringList{u"file"_s});
         return error;
     }
 
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("sms.0"));
+    const QString path = folder.filePath(u"sms.0"_s);
 };
 
 TEST_F(FileCallsTest, aStreamReadsOnAfterASignal)
@@ -182,3 +186,5 @@ TEST_F(FileCallsTest, aFileIsNotReplacedByOneThatCannotBeClosed)
 }
 
 } // namespace
+
+} // namespace norvane

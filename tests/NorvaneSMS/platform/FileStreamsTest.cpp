@@ -17,6 +17,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// From here on every attempt of this process to take a file away fails.
@@ -85,8 +89,8 @@ TEST_F(FileStreamsTest, readOnlyFileThatIsRefusedIsMadeWritableForASecondAttempt
 
 TEST_F(FileStreamsTest, whatALinkLeadsToKeepsItsRightsWhenTheLinkCantBeTakenAway)
 {
-    const QString path = makeReadOnly(QStringLiteral("other"));
-    const QString link = folder.filePath(QStringLiteral("sms.0"));
+    const QString path = makeReadOnly(u"other"_s);
+    const QString link = folder.filePath(u"sms.0"_s);
     ASSERT_TRUE(QFile::link(path, link));
     EXPECT_EQ(removalRefusedWith(EACCES, link), EACCES);
     EXPECT_EQ(modeOf(path), 0400U);
@@ -96,18 +100,20 @@ TEST_F(FileStreamsTest, whatALinkLeadsToKeepsItsRightsWhenTheLinkCantBeTakenAway
 
 TEST_F(FileStreamsTest, anyOtherRefusalLeavesTheRightsAsTheyAre)
 {
-    const QString path = makeReadOnly(QStringLiteral("busy"));
+    const QString path = makeReadOnly(u"busy"_s);
     EXPECT_EQ(removalRefusedWith(EBUSY, path), EBUSY);
     EXPECT_EQ(modeOf(path), 0400U);
 }
 
 TEST_F(FileStreamsTest, whatIsNoFileIsNotOpened)
 {
-    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    const QString pipe = folder.filePath(u"pipe"_s);
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    for (const QString &path : {pipe, QStringLiteral("/dev/null"), folder.path()}) {
+    for (const QString &path : {pipe, u"/dev/null"_s, folder.path()}) {
         std::unique_ptr<ByteStream> stream;
         EXPECT_NE(fileStreams().openToRead(path, stream), 0) << path.toStdString();
         EXPECT_FALSE(stream) << path.toStdString();
     }
 }
+
+} // namespace norvane

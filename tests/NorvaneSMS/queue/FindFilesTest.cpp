@@ -19,6 +19,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Folders that stand on no disk.
@@ -99,7 +103,7 @@ protected:
 
 TEST_F(FindFilesTest, emptyFolderGivesNothing)
 {
-    const Outcome outcome = search(m_folder.path(), u"sms.*"_qs);
+    const Outcome outcome = search(m_folder.path(), u"sms.*"_s);
     EXPECT_EQ(outcome.fileCount, 0);
     EXPECT_EQ(outcome.result.Count, 0);
     EXPECT_TRUE(outcome.result.Files.isEmpty());
@@ -108,88 +112,88 @@ TEST_F(FindFilesTest, emptyFolderGivesNothing)
 
 TEST_F(FindFilesTest, filesThatMatchAreCountedAndStored)
 {
-    makeFile(u"sms.0"_qs, "12345");
-    makeFile(u"sms.1"_qs, "123");
-    makeFile(u"other.0"_qs, "1");
-    const Outcome outcome = search(m_folder.path(), u"sms.*"_qs);
+    makeFile(u"sms.0"_s, "12345");
+    makeFile(u"sms.1"_s, "123");
+    makeFile(u"other.0"_s, "1");
+    const Outcome outcome = search(m_folder.path(), u"sms.*"_s);
     EXPECT_EQ(outcome.fileCount, 2);
     EXPECT_EQ(outcome.folderCount, 0);
     EXPECT_EQ(outcome.result.Count, 2);
     EXPECT_EQ(outcome.result.Files.size(), 2);
     EXPECT_EQ(outcome.sum, 8);
-    EXPECT_EQ(found(u"sms.*"_qs), (QStringList{u"sms.0"_qs, u"sms.1"_qs}));
+    EXPECT_EQ(found(u"sms.*"_s), (QStringList{u"sms.0"_s, u"sms.1"_s}));
 }
 
 TEST_F(FindFilesTest, separatorIsAddedToTheCallersPathOnce)
 {
-    makeFile(u"sms.0"_qs);
-    for (const QString &end : {u""_qs, u"/"_qs}) {
+    makeFile(u"sms.0"_s);
+    for (const QString &end : {u""_s, u"/"_s}) {
         QString folder = m_folder.path() + end;
         qint16 files = 0;
         qint16 folders = 0;
         FileSearchResult result;
-        FindFiles(folder, u"sms.*"_qs, files, folders, result, Descent::StayInFolder);
+        FindFiles(folder, u"sms.*"_s, files, folders, result, Descent::StayInFolder);
         EXPECT_EQ(folder, m_folder.path() + u'/');
-        EXPECT_EQ(result.Files, QStringList{m_folder.path() + u"/sms.0"_qs});
+        EXPECT_EQ(result.Files, QStringList{m_folder.path() + u"/sms.0"_s});
     }
 }
 
 TEST_F(FindFilesTest, folderThatMatchesIsNotListed)
 {
-    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"sms.1"_qs));
-    makeFile(u"sms.0"_qs);
-    EXPECT_EQ(found(u"sms.*"_qs), QStringList{u"sms.0"_qs});
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"sms.1"_s));
+    makeFile(u"sms.0"_s);
+    EXPECT_EQ(found(u"sms.*"_s), QStringList{u"sms.0"_s});
 }
 
 TEST_F(FindFilesTest, onlyRegularFilesAreListed)
 {
-    makeFile(u"sms.0"_qs);
-    ASSERT_TRUE(QFile::link(m_folder.filePath(u"sms.0"_qs), m_folder.filePath(u"sms.1"_qs)));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(m_folder.filePath(u"sms.2"_qs)).constData(), 0600), 0);
+    makeFile(u"sms.0"_s);
+    ASSERT_TRUE(QFile::link(m_folder.filePath(u"sms.0"_s), m_folder.filePath(u"sms.1"_s)));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(m_folder.filePath(u"sms.2"_s)).constData(), 0600), 0);
     const int descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    const QByteArray path = QFile::encodeName(m_folder.filePath(u"sms.3"_qs));
+    const QByteArray path = QFile::encodeName(m_folder.filePath(u"sms.3"_s));
     ASSERT_LT(static_cast<std::size_t>(path.size()), sizeof address.sun_path);
     std::copy(path.begin(), path.end(), address.sun_path);
     ASSERT_EQ(::bind(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
     ::close(descriptor);
 
-    EXPECT_EQ(found(u"sms.*"_qs), QStringList{u"sms.0"_qs});
-    EXPECT_EQ(found(u"sms.*"_qs, Descent::IntoSubfolders), QStringList{u"sms.0"_qs});
-    EXPECT_TRUE(search(u"/dev"_qs, u"null"_qs).result.Files.isEmpty());
+    EXPECT_EQ(found(u"sms.*"_s), QStringList{u"sms.0"_s});
+    EXPECT_EQ(found(u"sms.*"_s, Descent::IntoSubfolders), QStringList{u"sms.0"_s});
+    EXPECT_TRUE(search(u"/dev"_s, u"null"_s).result.Files.isEmpty());
 }
 
 TEST_F(FindFilesTest, caseDoesNotCount)
 {
-    makeFile(u"SMS.7"_qs);
-    makeFile(u"Sms.8"_qs);
-    EXPECT_EQ(found(u"sms.*"_qs), (QStringList{u"SMS.7"_qs, u"Sms.8"_qs}));
+    makeFile(u"SMS.7"_s);
+    makeFile(u"Sms.8"_s);
+    EXPECT_EQ(found(u"sms.*"_s), (QStringList{u"SMS.7"_s, u"Sms.8"_s}));
 }
 
 TEST_F(FindFilesTest, nameThatIsNoTextIsPassedOver)
 {
-    makeFile(u"sms.ñ"_qs);
+    makeFile(u"sms.ñ"_s);
     const QByteArray path = QFile::encodeName(m_folder.path()) + "/sms.\xF1";
     const int descriptor = ::creat(path.constData(), 0600);
     ASSERT_GE(descriptor, 0);
     ::close(descriptor);
-    EXPECT_EQ(found(u"sms.*"_qs), QStringList{u"sms.ñ"_qs});
+    EXPECT_EQ(found(u"sms.*"_s), QStringList{u"sms.ñ"_s});
     EXPECT_EQ(folderListing().entries(m_folder.path()).size(), 1);
     EXPECT_EQ(::unlink(path.constData()), 0);
 }
 
 TEST_F(FindFilesTest, nameThatEndsInABlankIsPassedOver)
 {
-    makeFile(u"sms.1"_qs);
-    makeFile(u"sms.1 "_qs);
-    makeFile(u"sms.2 "_qs);
-    EXPECT_EQ(found(u"sms.*"_qs), QStringList{u"sms.1"_qs});
+    makeFile(u"sms.1"_s);
+    makeFile(u"sms.1 "_s);
+    makeFile(u"sms.2 "_s);
+    EXPECT_EQ(found(u"sms.*"_s), QStringList{u"sms.1"_s});
 }
 
 TEST_F(FindFilesTest, folderThatCannotBeListedAddsNothing)
 {
-    const Outcome outcome = search(m_folder.filePath(u"none"_qs), u"*"_qs, Descent::IntoSubfolders);
+    const Outcome outcome = search(m_folder.filePath(u"none"_s), u"*"_s, Descent::IntoSubfolders);
     EXPECT_EQ(outcome.result.Count, 0);
     EXPECT_EQ(outcome.sum, 0);
     EXPECT_TRUE(m_boxes.shown.isEmpty());
@@ -197,39 +201,39 @@ TEST_F(FindFilesTest, folderThatCannotBeListedAddsNothing)
 
 TEST_F(FindFilesTest, subfoldersAreSearchedOnlyOnDescent)
 {
-    ASSERT_TRUE(QDir(m_folder.path()).mkpath(u"a/b"_qs));
-    makeFile(u"sms.0"_qs, "1");
-    makeFile(u"a/sms.1"_qs, "22");
-    makeFile(u"a/b/sms.2"_qs, "333");
-    EXPECT_EQ(found(u"sms.*"_qs), QStringList{u"sms.0"_qs});
-    EXPECT_EQ(found(u"sms.*"_qs, Descent::IntoSubfolders),
-              (QStringList{u"a/b/sms.2"_qs, u"a/sms.1"_qs, u"sms.0"_qs}));
+    ASSERT_TRUE(QDir(m_folder.path()).mkpath(u"a/b"_s));
+    makeFile(u"sms.0"_s, "1");
+    makeFile(u"a/sms.1"_s, "22");
+    makeFile(u"a/b/sms.2"_s, "333");
+    EXPECT_EQ(found(u"sms.*"_s), QStringList{u"sms.0"_s});
+    EXPECT_EQ(found(u"sms.*"_s, Descent::IntoSubfolders),
+              (QStringList{u"a/b/sms.2"_s, u"a/sms.1"_s, u"sms.0"_s}));
 
-    const Outcome outcome = search(m_folder.path(), u"sms.*"_qs, Descent::IntoSubfolders);
+    const Outcome outcome = search(m_folder.path(), u"sms.*"_s, Descent::IntoSubfolders);
     EXPECT_EQ(outcome.folderCount, 2);
     EXPECT_EQ(outcome.fileCount, 3);
     EXPECT_EQ(outcome.sum, 6);
-    EXPECT_EQ(search(m_folder.path(), u"sms.*"_qs).folderCount, 0);
+    EXPECT_EQ(search(m_folder.path(), u"sms.*"_s).folderCount, 0);
 }
 
 TEST_F(FindFilesTest, ownFilesComeBeforeThoseOfSubfolders)
 {
     MadeUpListing listing;
-    listing.addFolder(u"/q/"_qs, u"b"_qs);
-    listing.addFolder(u"/q/"_qs, u"a"_qs);
-    listing.folders[u"/q/"_qs].append({u"z"_qs, 0});
-    listing.folders[u"/q/"_qs].append({u"y"_qs, 0});
-    listing.folders[u"/q/a/"_qs].append({u"1"_qs, 0});
-    listing.folders[u"/q/b/"_qs].append({u"2"_qs, 0});
-    EXPECT_EQ(search(u"/q"_qs, u"*"_qs, Descent::IntoSubfolders, listing).result.Files,
-              (QStringList{u"/q/z"_qs, u"/q/y"_qs, u"/q/b/2"_qs, u"/q/a/1"_qs}));
+    listing.addFolder(u"/q/"_s, u"b"_s);
+    listing.addFolder(u"/q/"_s, u"a"_s);
+    listing.folders[u"/q/"_s].append({u"z"_s, 0});
+    listing.folders[u"/q/"_s].append({u"y"_s, 0});
+    listing.folders[u"/q/a/"_s].append({u"1"_s, 0});
+    listing.folders[u"/q/b/"_s].append({u"2"_s, 0});
+    EXPECT_EQ(search(u"/q"_s, u"*"_s, Descent::IntoSubfolders, listing).result.Files,
+              (QStringList{u"/q/z"_s, u"/q/y"_s, u"/q/b/2"_s, u"/q/a/1"_s}));
 }
 
 TEST_F(FindFilesTest, linkToAFolderIsNotFollowed)
 {
-    makeFile(u"sms.0"_qs);
-    ASSERT_TRUE(QFile::link(m_folder.path(), m_folder.filePath(u"loop"_qs)));
-    const Outcome outcome = search(m_folder.path(), u"sms.*"_qs, Descent::IntoSubfolders);
+    makeFile(u"sms.0"_s);
+    ASSERT_TRUE(QFile::link(m_folder.path(), m_folder.filePath(u"loop"_s)));
+    const Outcome outcome = search(m_folder.path(), u"sms.*"_s, Descent::IntoSubfolders);
     EXPECT_EQ(outcome.fileCount, 1);
     EXPECT_EQ(outcome.folderCount, 0);
 }
@@ -237,31 +241,31 @@ TEST_F(FindFilesTest, linkToAFolderIsNotFollowed)
 TEST_F(FindFilesTest, entryWhoseKindCannotBeReadCountsAsAFolder)
 {
     MadeUpListing listing;
-    listing.folders[u"/q/"_qs] = {{u"sms.0"_qs, 1}, {u"sms.1"_qs, 2}};
-    listing.unreadable = {u"/q/sms.0"_qs};
-    Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
-    EXPECT_EQ(outcome.result.Files, QStringList{u"/q/sms.1"_qs});
+    listing.folders[u"/q/"_s] = {{u"sms.0"_s, 1}, {u"sms.1"_s, 2}};
+    listing.unreadable = {u"/q/sms.0"_s};
+    Outcome outcome = search(u"/q"_s, u"sms.*"_s, Descent::StayInFolder, listing);
+    EXPECT_EQ(outcome.result.Files, QStringList{u"/q/sms.1"_s});
     EXPECT_EQ(outcome.folderCount, 0);
     EXPECT_EQ(outcome.sum, 2);
 
-    outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::IntoSubfolders, listing);
-    EXPECT_EQ(outcome.result.Files, QStringList{u"/q/sms.1"_qs});
+    outcome = search(u"/q"_s, u"sms.*"_s, Descent::IntoSubfolders, listing);
+    EXPECT_EQ(outcome.result.Files, QStringList{u"/q/sms.1"_s});
     EXPECT_EQ(outcome.folderCount, 1);
 }
 
 TEST_F(FindFilesTest, namesAreCutAtNulAndTrimmed)
 {
     MadeUpListing listing;
-    listing.folders[u"/q/"_qs] = {{u" sms.0"_qs + QChar(QChar::Null) + u"rest"_qs, 0},
-                                  {u"  "_qs, 0},
-                                  {u". "_qs, 0},
-                                  {u".."_qs, 0},
-                                  {u"."_qs, 0}};
-    listing.kinds = {{u"/q/"_qs, EntryKind::Folder},
-                     {u"/q/."_qs, EntryKind::Folder},
-                     {u"/q/.."_qs, EntryKind::Folder}};
-    const Outcome outcome = search(u"/q"_qs, u"*"_qs, Descent::IntoSubfolders, listing);
-    EXPECT_EQ(outcome.result.Files, QStringList{u"/q/sms.0"_qs});
+    listing.folders[u"/q/"_s] = {{u" sms.0"_s + QChar(QChar::Null) + u"rest"_s, 0},
+                                 {u"  "_s, 0},
+                                 {u". "_s, 0},
+                                 {u".."_s, 0},
+                                 {u"."_s, 0}};
+    listing.kinds = {{u"/q/"_s, EntryKind::Folder},
+                     {u"/q/."_s, EntryKind::Folder},
+                     {u"/q/.."_s, EntryKind::Folder}};
+    const Outcome outcome = search(u"/q"_s, u"*"_s, Descent::IntoSubfolders, listing);
+    EXPECT_EQ(outcome.result.Files, QStringList{u"/q/sms.0"_s});
     EXPECT_EQ(outcome.folderCount, 0);
 }
 
@@ -274,8 +278,8 @@ TEST_F(FindFilesTest, sumTakesTheLowHalfAsSignedAndSubtractsTheHighHalf)
     };
     for (const auto &[size, sum] : sizes) {
         MadeUpListing listing;
-        listing.folders[u"/q/"_qs] = {{u"a"_qs, size}};
-        EXPECT_EQ(search(u"/q"_qs, u"*"_qs, Descent::StayInFolder, listing).sum, sum) << size;
+        listing.folders[u"/q/"_s] = {{u"a"_s, size}};
+        EXPECT_EQ(search(u"/q"_s, u"*"_s, Descent::StayInFolder, listing).sum, sum) << size;
     }
 }
 
@@ -283,14 +287,14 @@ TEST_F(FindFilesTest, memoryThatRunsOutEndsTheFolderWithABoxAndWhatWasFoundStays
 {
     MadeUpListing listing;
     for (int i = 0; i < 4; ++i)
-        listing.folders[u"/q/"_qs].append({u"sms."_qs + QString::number(i), 10});
-    listing.failing = u"/q/sms.2"_qs;
-    const Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
+        listing.folders[u"/q/"_s].append({u"sms."_s + QString::number(i), 10});
+    listing.failing = u"/q/sms.2"_s;
+    const Outcome outcome = search(u"/q"_s, u"sms.*"_s, Descent::StayInFolder, listing);
     ASSERT_EQ(m_boxes.shown.size(), 1);
     EXPECT_EQ(m_boxes.shown.first(),
-              (RecordingMessageBoxes::Shown{u" 7 - Out of memory"_qs, MessageBoxes::Icon::Critical,
-                                            MessageBoxes::Buttons::Ok, u"Error"_qs}));
-    EXPECT_EQ(outcome.result.Files, (QStringList{u"/q/sms.0"_qs, u"/q/sms.1"_qs}));
+              (RecordingMessageBoxes::Shown{u" 7 - Out of memory"_s, MessageBoxes::Icon::Critical,
+                                            MessageBoxes::Buttons::Ok, u"Error"_s}));
+    EXPECT_EQ(outcome.result.Files, (QStringList{u"/q/sms.0"_s, u"/q/sms.1"_s}));
     EXPECT_EQ(outcome.result.Count, 2);
     EXPECT_EQ(outcome.sum, 20);
 }
@@ -298,12 +302,12 @@ TEST_F(FindFilesTest, memoryThatRunsOutEndsTheFolderWithABoxAndWhatWasFoundStays
 TEST_F(FindFilesTest, boxHasABlankWhereTheNumberHasNoSign)
 {
     const QList<std::pair<qint32, QString>> cases{
-        {-1, u"-1 - odd"_qs}, {0, u" 0 - odd"_qs}, {76, u" 76 - odd"_qs}};
+        {-1, u"-1 - odd"_s}, {0, u" 0 - odd"_s}, {76, u" 76 - odd"_s}};
     for (const auto &[number, text] : cases) {
         MadeUpListing listing;
-        listing.folders[u"/q/"_qs] = {{u"sms.0"_qs, 1}};
-        listing.raised = NumberedFailure(number, QString(), u"odd"_qs);
-        search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
+        listing.folders[u"/q/"_s] = {{u"sms.0"_s, 1}};
+        listing.raised = NumberedFailure(number, QString(), u"odd"_s);
+        search(u"/q"_s, u"sms.*"_s, Descent::StayInFolder, listing);
         ASSERT_FALSE(m_boxes.shown.isEmpty());
         EXPECT_EQ(m_boxes.shown.last().text, text);
     }
@@ -312,14 +316,14 @@ TEST_F(FindFilesTest, boxHasABlankWhereTheNumberHasNoSign)
 void addFiles(MadeUpListing &listing, const QString &folder, int count)
 {
     for (int i = 0; i < count; ++i)
-        listing.folders[folder].append({u"sms."_qs + QString::number(i), 1});
+        listing.folders[folder].append({u"sms."_s + QString::number(i), 1});
 }
 
 TEST_F(FindFilesTest, counterHoldsThirtyTwoThousandSevenHundredAndSixtySevenFiles)
 {
     MadeUpListing listing;
-    addFiles(listing, u"/q/"_qs, 32767);
-    const Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
+    addFiles(listing, u"/q/"_s, 32767);
+    const Outcome outcome = search(u"/q"_s, u"sms.*"_s, Descent::StayInFolder, listing);
     EXPECT_EQ(outcome.fileCount, 32767);
     EXPECT_EQ(outcome.result.Count, 32767);
     EXPECT_EQ(outcome.sum, 32767);
@@ -329,27 +333,27 @@ TEST_F(FindFilesTest, counterHoldsThirtyTwoThousandSevenHundredAndSixtySevenFile
 TEST_F(FindFilesTest, oneFileMoreOverflowsIntoTheErrorBox)
 {
     MadeUpListing listing;
-    addFiles(listing, u"/q/"_qs, 32770);
-    const Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::StayInFolder, listing);
+    addFiles(listing, u"/q/"_s, 32770);
+    const Outcome outcome = search(u"/q"_s, u"sms.*"_s, Descent::StayInFolder, listing);
     ASSERT_EQ(m_boxes.shown.size(), 1);
-    EXPECT_EQ(m_boxes.shown.at(0).text, u" 6 - Overflow"_qs);
-    EXPECT_EQ(m_boxes.shown.at(0).title, u"Error"_qs);
+    EXPECT_EQ(m_boxes.shown.at(0).text, u" 6 - Overflow"_s);
+    EXPECT_EQ(m_boxes.shown.at(0).title, u"Error"_s);
     EXPECT_EQ(m_boxes.shown.at(0).icon, MessageBoxes::Icon::Critical);
     EXPECT_EQ(m_boxes.shown.at(0).buttons, MessageBoxes::Buttons::Ok);
     EXPECT_EQ(outcome.fileCount, 32767);
     EXPECT_EQ(outcome.result.Count, 32767);
     EXPECT_EQ(outcome.result.Files.size(), 32767);
-    EXPECT_EQ(outcome.result.Files.last(), u"/q/sms.32766"_qs);
+    EXPECT_EQ(outcome.result.Files.last(), u"/q/sms.32766"_s);
 }
 
 TEST_F(FindFilesTest, overflowEndsOnlyTheFolderItHappensIn)
 {
     MadeUpListing listing;
-    listing.addFolder(u"/q/"_qs, u"a"_qs);
-    listing.addFolder(u"/q/"_qs, u"b"_qs);
-    addFiles(listing, u"/q/a/"_qs, 32768);
-    addFiles(listing, u"/q/b/"_qs, 1);
-    const Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::IntoSubfolders, listing);
+    listing.addFolder(u"/q/"_s, u"a"_s);
+    listing.addFolder(u"/q/"_s, u"b"_s);
+    addFiles(listing, u"/q/a/"_s, 32768);
+    addFiles(listing, u"/q/b/"_s, 1);
+    const Outcome outcome = search(u"/q"_s, u"sms.*"_s, Descent::IntoSubfolders, listing);
     EXPECT_EQ(m_boxes.shown.size(), 2);
     EXPECT_EQ(outcome.result.Count, 32767);
 }
@@ -358,11 +362,11 @@ TEST_F(FindFilesTest, folderCounterOverflowsToo)
 {
     MadeUpListing listing;
     for (int i = 0; i < 32768; ++i)
-        listing.addFolder(u"/q/"_qs, QString::number(i));
-    listing.folders[u"/q/"_qs].append({u"sms.0"_qs, 1});
-    const Outcome outcome = search(u"/q"_qs, u"sms.*"_qs, Descent::IntoSubfolders, listing);
+        listing.addFolder(u"/q/"_s, QString::number(i));
+    listing.folders[u"/q/"_s].append({u"sms.0"_s, 1});
+    const Outcome outcome = search(u"/q"_s, u"sms.*"_s, Descent::IntoSubfolders, listing);
     ASSERT_EQ(m_boxes.shown.size(), 1);
-    EXPECT_EQ(m_boxes.shown.at(0).text, u" 6 - Overflow"_qs);
+    EXPECT_EQ(m_boxes.shown.at(0).text, u" 6 - Overflow"_s);
     EXPECT_EQ(outcome.folderCount, 32767);
     EXPECT_EQ(outcome.result.Count, 0);
 }
@@ -412,7 +416,9 @@ TEST(PatternTest, starAndQuestionMarkStandForOtherCharacters)
 TEST(PatternTest, manyStarsTakeNoUndueTime)
 {
     const QString name(255, u'a');
-    EXPECT_FALSE(matchesPattern(name, QString(u"*a"_qs).repeated(60) + u'b'));
+    EXPECT_FALSE(matchesPattern(name, QString(u"*a"_s).repeated(60) + u'b'));
 }
 
 } // namespace
+
+} // namespace norvane

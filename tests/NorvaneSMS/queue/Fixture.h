@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 /// The bytes of a file of tests/data/queue. Each was laid out by hand from the table of the
 /// record's fields.
 inline QByteArray fixture(const QString &name)
@@ -28,3 +30,5 @@ inline void writeFile(const QString &path, const QByteArray &bytes = {})
     ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
     ASSERT_EQ(file.write(bytes), bytes.size());
 }
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Accents
@@ -14,17 +18,17 @@ struct Accents
     QString plain;
 };
 
-const QList<Accents> Table{
-    {u"ÀÁÂÃÄ"_qs, u"A"_qs}, {u"âãäàá"_qs, u"a"_qs}, {u"ÈÉÊË"_qs, u"E"_qs},  {u"êëèé"_qs, u"e"_qs},
-    {u"ÌÍÎÏ"_qs, u"I"_qs},  {u"îïìí"_qs, u"i"_qs},  {u"ÒÓÔÕÖ"_qs, u"O"_qs}, {u"ôõöòó"_qs, u"o"_qs},
-    {u"ÙÚÛÜ"_qs, u"U"_qs},  {u"ûüùú"_qs, u"u"_qs},  {u"Ý"_qs, u"Y"_qs},     {u"ý"_qs, u"y"_qs},
-    {u"ñ"_qs, u"n"_qs},     {u"Ñ"_qs, u"N"_qs},     {u"Ç"_qs, u"C"_qs},     {u"ç"_qs, u"c"_qs},
+const QList<Accents> table{
+    {u"ÀÁÂÃÄ"_s, u"A"_s}, {u"âãäàá"_s, u"a"_s}, {u"ÈÉÊË"_s, u"E"_s},  {u"êëèé"_s, u"e"_s},
+    {u"ÌÍÎÏ"_s, u"I"_s},  {u"îïìí"_s, u"i"_s},  {u"ÒÓÔÕÖ"_s, u"O"_s}, {u"ôõöòó"_s, u"o"_s},
+    {u"ÙÚÛÜ"_s, u"U"_s},  {u"ûüùú"_s, u"u"_s},  {u"Ý"_s, u"Y"_s},     {u"ý"_s, u"y"_s},
+    {u"ñ"_s, u"n"_s},     {u"Ñ"_s, u"N"_s},     {u"Ç"_s, u"C"_s},     {u"ç"_s, u"c"_s},
 };
 
 TEST(RemoveAccentsTest, fiftyLettersLoseTheirAccents)
 {
     int letters = 0;
-    for (const Accents &entry : Table) {
+    for (const Accents &entry : table) {
         for (const QChar letter : entry.accented) {
             ++letters;
             EXPECT_EQ(RemoveAccents(QString(letter)), entry.plain) << entry.plain.toStdString();
@@ -36,7 +40,7 @@ TEST(RemoveAccentsTest, fiftyLettersLoseTheirAccents)
 TEST(RemoveAccentsTest, everyOtherCharacterStays)
 {
     QString accented;
-    for (const Accents &entry : Table)
+    for (const Accents &entry : table)
         accented += entry.accented;
     for (char32_t code = 0; code < 0x10000; ++code) {
         const QString text{QChar(static_cast<char16_t>(code))};
@@ -44,15 +48,15 @@ TEST(RemoveAccentsTest, everyOtherCharacterStays)
             continue;
         ASSERT_EQ(RemoveAccents(text), text) << static_cast<quint32>(code);
     }
-    const QString outside = u"ÅåÆæØøÿß ºª¿¡€ 😀 A\u0300\r\n\t  \x01"_qs;
+    const QString outside = u"ÅåÆæØøÿß ºª¿¡€ 😀 A\u0300\r\n\t  \x01"_s;
     EXPECT_EQ(RemoveAccents(outside), outside);
 }
 
 TEST(RemoveAccentsTest, argumentIsNotChanged)
 {
-    const QString text = u"Coração"_qs;
-    EXPECT_EQ(RemoveAccents(text), u"Coracao"_qs);
-    EXPECT_EQ(text, u"Coração"_qs);
+    const QString text = u"Coração"_s;
+    EXPECT_EQ(RemoveAccents(text), u"Coracao"_s);
+    EXPECT_EQ(text, u"Coração"_s);
 }
 
 TEST(NormalizeTest, emptyTextStaysEmpty)
@@ -63,8 +67,8 @@ TEST(NormalizeTest, emptyTextStaysEmpty)
 
 TEST(NormalizeTest, lettersOfTheTableComeOutPlain)
 {
-    EXPECT_EQ(NormalizeSMSText(false, u"Coração à João"_qs), u"Coracao a Joao"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"ÑANDÚ"_qs), u"NANDU"_qs);
+    EXPECT_EQ(NormalizeSMSText(false, u"Coração à João"_s), u"Coracao a Joao"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"ÑANDÚ"_s), u"NANDU"_s);
 }
 
 TEST(NormalizeTest, charactersBelow128Stay)
@@ -78,23 +82,23 @@ TEST(NormalizeTest, charactersBelow128Stay)
 
 TEST(NormalizeTest, signsAbove127AreTheOemBytesReadAsAnsi)
 {
-    EXPECT_EQ(NormalizeSMSText(false, u"º"_qs), u"§"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"€"_qs), u"?"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"ß"_qs), u"á"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"Æ"_qs), u"’"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"¿¡ª"_qs), u"¨\u00AD¦"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"Ā😀"_qs), u"???"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"•"_qs), u"\a"_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"“x”"_qs), u"\"x\""_qs);
-    EXPECT_EQ(NormalizeSMSText(false, u"Preço 10 € [ok]"_qs), u"Preco 10 ? [ok]"_qs);
+    EXPECT_EQ(NormalizeSMSText(false, u"º"_s), u"§"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"€"_s), u"?"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"ß"_s), u"á"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"Æ"_s), u"’"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"¿¡ª"_s), u"¨\u00AD¦"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"Ā😀"_s), u"???"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"•"_s), u"\a"_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"“x”"_s), u"\"x\""_s);
+    EXPECT_EQ(NormalizeSMSText(false, u"Preço 10 € [ok]"_s), u"Preco 10 ? [ok]"_s);
 }
 
 TEST(NormalizeTest, keptAccentsGoThroughTheCodePagesToo)
 {
-    EXPECT_EQ(NormalizeSMSText(true, u"é"_qs), u"‚"_qs);    // 0xE9 to 0x82
-    EXPECT_EQ(NormalizeSMSText(true, u"Ç"_qs), u"€"_qs);    // 0xC7 to 0x80
-    EXPECT_EQ(NormalizeSMSText(true, u"à"_qs), u"…"_qs);    // 0xE0 to 0x85
-    EXPECT_EQ(NormalizeSMSText(true, u"ü"_qs), u"\x81"_qs); // 0xFC to 0x81, undefined
+    EXPECT_EQ(NormalizeSMSText(true, u"é"_s), u"‚"_s);    // 0xE9 to 0x82
+    EXPECT_EQ(NormalizeSMSText(true, u"Ç"_s), u"€"_s);    // 0xC7 to 0x80
+    EXPECT_EQ(NormalizeSMSText(true, u"à"_s), u"…"_s);    // 0xE0 to 0x85
+    EXPECT_EQ(NormalizeSMSText(true, u"ü"_s), u"\x81"_s); // 0xFC to 0x81, undefined
 }
 
 TEST(NormalizeTest, everyByteTakesTheWayOfTheTables)
@@ -109,23 +113,25 @@ TEST(NormalizeTest, everyByteTakesTheWayOfTheTables)
 
 TEST(NormalizeTest, lengthStays)
 {
-    for (const QChar sign : u"aßÆ€ñº\nĀ"_qs)
+    for (const QChar sign : u"aßÆ€ñº\nĀ"_s)
         EXPECT_EQ(NormalizeSMSText(false, QString(160, sign)).size(), 160);
 }
 
 TEST(NormalizeTest, lineBreakIsTheTwoCharactersItIs)
 {
-    EXPECT_EQ(NormalizeSMSText(false, u"á\r\né\t  x"_qs), u"a\r\ne\t  x"_qs);
+    EXPECT_EQ(NormalizeSMSText(false, u"á\r\né\t  x"_s), u"a\r\ne\t  x"_s);
 }
 
 TEST(NormalizeTest, secondPassMovesACharacterAgain)
 {
-    const QString once = NormalizeSMSText(false, u"1º"_qs);
+    const QString once = NormalizeSMSText(false, u"1º"_s);
     const QString twice = NormalizeSMSText(false, once);
-    EXPECT_EQ(once, u"1§"_qs);
-    EXPECT_EQ(twice, u"1õ"_qs);
+    EXPECT_EQ(once, u"1§"_s);
+    EXPECT_EQ(twice, u"1õ"_s);
     // A third one would take the accent from what the second one made.
-    EXPECT_EQ(NormalizeSMSText(false, twice), u"1o"_qs);
+    EXPECT_EQ(NormalizeSMSText(false, twice), u"1o"_s);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using QueueDropFile::Record;
 
 namespace {
@@ -29,46 +33,46 @@ QDateTime decodedDate(const QByteArray &date)
 
 TEST(PadFieldTest, fieldIsFilledCutOrLeftAsItIs)
 {
-    EXPECT_EQ(PadField(u"ab"_qs, 5, u' '), u"ab   "_qs);
-    EXPECT_EQ(PadField(u"abcde"_qs, 5, u' '), u"abcde"_qs);
-    EXPECT_EQ(PadField(u"abcdef"_qs, 5, u' '), u"abcde"_qs);
-    EXPECT_EQ(PadField(QString(), 3, u'0'), u"000"_qs);
-    EXPECT_EQ(PadField(u"ab"_qs, 0, u' '), QString());
-    EXPECT_EQ(PadField(u"ab"_qs, -1, u' '), QString());
+    EXPECT_EQ(PadField(u"ab"_s, 5, u' '), u"ab   "_s);
+    EXPECT_EQ(PadField(u"abcde"_s, 5, u' '), u"abcde"_s);
+    EXPECT_EQ(PadField(u"abcdef"_s, 5, u' '), u"abcde"_s);
+    EXPECT_EQ(PadField(QString(), 3, u'0'), u"000"_s);
+    EXPECT_EQ(PadField(u"ab"_s, 0, u' '), QString());
+    EXPECT_EQ(PadField(u"ab"_s, -1, u' '), QString());
     EXPECT_EQ(PadField(QString(), 32767, u'x').size(), 32767);
 }
 
 TEST(DropFileNameTest, numberHasNoLeadingZeros)
 {
-    EXPECT_EQ(QueueDropFile::fileName(0), u"sms.0"_qs);
-    EXPECT_EQ(QueueDropFile::fileName(10), u"sms.10"_qs);
-    EXPECT_EQ(QueueDropFile::fileName(32767), u"sms.32767"_qs);
+    EXPECT_EQ(QueueDropFile::fileName(0), u"sms.0"_s);
+    EXPECT_EQ(QueueDropFile::fileName(10), u"sms.10"_s);
+    EXPECT_EQ(QueueDropFile::fileName(32767), u"sms.32767"_s);
 }
 
 TEST(EncodeTest, recordIsTheBytesOfTheTable)
 {
-    EXPECT_EQ(QueueDropFile::encode({u"912345678"_qs, at(2009, 3, 5, 14, 7, 9), u"Ola"_qs}),
-              fixture(u"one"_qs));
+    EXPECT_EQ(QueueDropFile::encode({u"912345678"_s, at(2009, 3, 5, 14, 7, 9), u"Ola"_s}),
+              fixture(u"one"_s));
 }
 
 TEST(EncodeTest, phoneIsWrittenAsGivenAndLineBreaksStay)
 {
-    EXPECT_EQ(QueueDropFile::encode({u"+34 600-123 456"_qs, at(2026, 12, 31, 23, 59, 58),
-                                     u"Su pedido\r\nesta listo"_qs}),
-              fixture(u"three"_qs).mid(199, 199));
+    EXPECT_EQ(QueueDropFile::encode({u"+34 600-123 456"_s, at(2026, 12, 31, 23, 59, 58),
+                                     u"Su pedido\r\nesta listo"_s}),
+              fixture(u"three"_s).mid(199, 199));
 }
 
 TEST(EncodeTest, messageOf160CharactersFillsItsField)
 {
-    EXPECT_EQ(QueueDropFile::encode({u"1"_qs, at(100, 1, 1), QString(160, u'a')}),
-              fixture(u"three"_qs).mid(398));
+    EXPECT_EQ(QueueDropFile::encode({u"1"_s, at(100, 1, 1), QString(160, u'a')}),
+              fixture(u"three"_s).mid(398));
 }
 
 TEST(EncodeTest, phoneOf30IsCutTo25AndMessageOf170To160)
 {
     const QByteArray record =
-        QueueDropFile::encode({u"123456789012345678901234567890"_qs, at(2009, 3, 5),
-                               QString(160, u'm') + u"0123456789"_qs});
+        QueueDropFile::encode({u"123456789012345678901234567890"_s, at(2009, 3, 5),
+                               QString(160, u'm') + u"0123456789"_s});
     ASSERT_EQ(record.size(), 199);
     EXPECT_EQ(record.first(25), "1234567890123456789012345");
     EXPECT_EQ(record.mid(39), QByteArray(160, 'm'));
@@ -78,7 +82,7 @@ TEST(EncodeTest, widthsAreCountedInBytesOfTheCodePage)
 {
     // Characters outside the code page count one for each of their 16-bit units.
     const QByteArray record =
-        QueueDropFile::encode({u"€9Ā\U0001F600"_qs, at(2009, 3, 5), u"\U0001F600"_qs.repeated(85)});
+        QueueDropFile::encode({u"€9Ā\U0001F600"_s, at(2009, 3, 5), u"\U0001F600"_s.repeated(85)});
     ASSERT_EQ(record.size(), 199);
     EXPECT_EQ(record.first(25), "\x80"
                                 "9???" +
@@ -89,41 +93,41 @@ TEST(EncodeTest, widthsAreCountedInBytesOfTheCodePage)
 TEST(EncodeTest, normalisedSignsAreOemBytes)
 {
     const QByteArray record =
-        QueueDropFile::encode({u"1"_qs, at(2009, 3, 5), NormalizeSMSText(false, u"nº 5 ¿ñ?"_qs)});
+        QueueDropFile::encode({u"1"_s, at(2009, 3, 5), NormalizeSMSText(false, u"nº 5 ¿ñ?"_s)});
     EXPECT_EQ(record.mid(39, 9), "n\xA7 5 \xA8n? ");
 }
 
 TEST(DecodeTest, recordOfTheTable)
 {
-    EXPECT_EQ(QueueDropFile::decode(fixture(u"one"_qs)),
-              (Record{u"912345678"_qs, at(2009, 3, 5, 14, 7, 9), u"Ola"_qs}));
+    EXPECT_EQ(QueueDropFile::decode(fixture(u"one"_s)),
+              (Record{u"912345678"_s, at(2009, 3, 5, 14, 7, 9), u"Ola"_s}));
 }
 
 TEST(DecodeTest, blanksAndDashesOfThePhoneAreRemovedWhereverTheyStand)
 {
-    QByteArray record = fixture(u"one"_qs);
+    QByteArray record = fixture(u"one"_s);
     record.replace(0, 25, " -9-1 2- 3+4.5 --       -");
-    EXPECT_EQ(QueueDropFile::decode(record).phone, u"9123+4.5"_qs);
+    EXPECT_EQ(QueueDropFile::decode(record).phone, u"9123+4.5"_s);
 }
 
 TEST(DecodeTest, emptyPhoneAndEmptyMessageAreNotRefused)
 {
-    EXPECT_EQ(QueueDropFile::decode(fixture(u"blank"_qs)),
+    EXPECT_EQ(QueueDropFile::decode(fixture(u"blank"_s)),
               (Record{QString(), at(2009, 3, 5, 14, 7, 9), QString()}));
 }
 
 TEST(DecodeTest, onlySpacesAroundTheMessageAreRemoved)
 {
-    QByteArray record = fixture(u"one"_qs);
+    QByteArray record = fixture(u"one"_s);
     record.replace(39, 160, "  \t a  b \r\n\xA0" + QByteArray(148, ' '));
-    EXPECT_EQ(QueueDropFile::decode(record).message, u"\t a  b \r\n\u00A0"_qs);
+    EXPECT_EQ(QueueDropFile::decode(record).message, u"\t a  b \r\n\u00A0"_s);
 }
 
 TEST(DecodeTest, everyByteOfPhoneAndMessageSurvives)
 {
-    const QByteArray bytes = fixture(u"bytes"_qs);
+    const QByteArray bytes = fixture(u"bytes"_s);
     const Record record = QueueDropFile::decode(bytes);
-    EXPECT_EQ(record.phone, QString(QChar(QChar::Null)) + u"ÿ912\u00A0"_qs);
+    EXPECT_EQ(record.phone, QString(QChar(QChar::Null)) + u"ÿ912\u00A0"_s);
     ASSERT_EQ(record.message.size(), 160);
     for (int i = 0; i < 160; ++i) {
         const auto byte = static_cast<quint8>(bytes.at(39 + i));
@@ -141,9 +145,9 @@ TEST(DecodeTest, everyByteOfPhoneAndMessageSurvives)
 
 TEST(DecodeTest, theReaderDoesNotConvertOemBytesBack)
 {
-    QByteArray record = fixture(u"one"_qs);
+    QByteArray record = fixture(u"one"_s);
     record.replace(39, 3, "n\xA7 ");
-    EXPECT_EQ(QueueDropFile::decode(record).message, u"n§"_qs);
+    EXPECT_EQ(QueueDropFile::decode(record).message, u"n§"_s);
 }
 
 TEST(DecodeTest, dateInThePastIsReadLikeAnyOther)
@@ -205,7 +209,7 @@ TEST(DecodeTest, momentsOutsideTheCalendarAreFailures)
 TEST(DecodeTest, aDateThatIsNoneTellsWhereItWasMet)
 {
     EXPECT_EQ(raisedFailure([] { decodedDate("0101-100000000"); })->source(),
-              u"QueueDropFile::decode"_qs);
+              u"QueueDropFile::decode"_s);
 }
 
 TEST(DecodeTest, dateFieldThatIsNoNumberIsAFailure)
@@ -231,17 +235,19 @@ TEST(DecodeTest, dateFieldThatIsNoNumberIsAFailure)
 TEST(DecodeTest, whatWasEncodedDecodes)
 {
     for (int day = 0; day < 4000; day += 37) {
-        const Record record{u"9"_qs + QString::number(day), at(2009, 3, 5, 14, 7, 9).addDays(day),
-                            u"Mensagem "_qs + QString::number(day)};
+        const Record record{u"9"_s + QString::number(day), at(2009, 3, 5, 14, 7, 9).addDays(day),
+                            u"Mensagem "_s + QString::number(day)};
         EXPECT_EQ(QueueDropFile::decode(QueueDropFile::encode(record)), record);
     }
 }
 
 TEST(DecodeTest, spacesAroundTheTextAreLostOnTheWay)
 {
-    const Record record{u" 9 1-2"_qs, at(2009, 3, 5), u"  hola  "_qs};
+    const Record record{u" 9 1-2"_s, at(2009, 3, 5), u"  hola  "_s};
     EXPECT_EQ(QueueDropFile::decode(QueueDropFile::encode(record)),
-              (Record{u"912"_qs, at(2009, 3, 5), u"hola"_qs}));
+              (Record{u"912"_s, at(2009, 3, 5), u"hola"_s}));
 }
 
 } // namespace
+
+} // namespace norvane

@@ -20,18 +20,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString First = u"AddSMS(912345678|Ola|2009-03-05T14:07:09)"_qs;
-const QString Second = u"AddSMS(+34600123456|Su pedido\r\nesta listo|2026-12-31T23:59:58)"_qs;
-const QString Third = u"AddSMS(1|"_qs + QString(160, u'a') + u"|0100-01-01T00:00:00)"_qs;
+const QString first = u"AddSMS(912345678|Ola|2009-03-05T14:07:09)"_s;
+const QString second = u"AddSMS(+34600123456|Su pedido\r\nesta listo|2026-12-31T23:59:58)"_s;
+const QString third = u"AddSMS(1|"_s + QString(160, u'a') + u"|0100-01-01T00:00:00)"_s;
 
 class QueueFileReaderTest : public ::testing::Test
 {
 protected:
     QueueFileReaderTest() { m_script.calls.clear(); }
 
-    QString path() const { return m_folder.filePath(u"sms.0"_qs); }
+    QString path() const { return m_folder.filePath(u"sms.0"_s); }
 
     /// Reads a file of these bytes.
     /// @return what the engine was asked
@@ -58,22 +62,22 @@ protected:
 
 TEST_F(QueueFileReaderTest, recordsReachTheEngineInFileOrderAndTheFileGoes)
 {
-    EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second, Third}));
+    EXPECT_EQ(import(fixture(u"three"_s)), (QStringList{first, second, third}));
     EXPECT_FALSE(isThere());
 }
 
 TEST_F(QueueFileReaderTest, fileIsClosedBeforeItIsDeleted)
 {
-    import(fixture(u"three"_qs));
-    EXPECT_EQ(streams.calls, (QStringList{u"open "_qs + path(), u"close"_qs, u"release"_qs,
-                                          u"remove "_qs + path()}));
+    import(fixture(u"three"_s));
+    EXPECT_EQ(streams.calls,
+              (QStringList{u"open "_s + path(), u"close"_s, u"release"_s, u"remove "_s + path()}));
 }
 
 TEST_F(QueueFileReaderTest, fileWhoseReadingFailedIsClosedBeforeItIsDeleted)
 {
-    import(fixture(u"bad_date"_qs));
+    import(fixture(u"bad_date"_s));
     EXPECT_EQ(streams.calls,
-              (QStringList{u"open "_qs + path(), u"release"_qs, u"remove "_qs + path()}));
+              (QStringList{u"open "_s + path(), u"release"_s, u"remove "_s + path()}));
 }
 
 TEST_F(QueueFileReaderTest, recordsAreOnTheEnginesDiskBeforeTheirFileIsDeleted)
@@ -88,7 +92,7 @@ TEST_F(QueueFileReaderTest, recordsAreOnTheEnginesDiskBeforeTheirFileIsDeleted)
         EXPECT_FALSE(m_script.batchIsOpen);
         return 0;
     };
-    for (const QString &name : {u"three"_qs, u"tail"_qs, u"bad_date"_qs}) {
+    for (const QString &name : {u"three"_s, u"tail"_s, u"bad_date"_s}) {
         stored = false;
         import(fixture(name));
         EXPECT_FALSE(isThere());
@@ -102,14 +106,14 @@ TEST_F(QueueFileReaderTest, longFileReachesTheEngineInSeveralBatches)
         batches.append(messages);
         return messages;
     };
-    import(fixture(u"one"_qs).repeated(1001));
+    import(fixture(u"one"_s).repeated(1001));
     EXPECT_EQ(batches, (QList<qsizetype>{500, 500, 1}));
 }
 
 TEST_F(QueueFileReaderTest, batchThatIsTakenInPartEndsItsFile)
 {
     m_script.inCommit = [](qsizetype messages) { return qMin<qsizetype>(messages, 300); };
-    EXPECT_EQ(import(fixture(u"one"_qs).repeated(2000)).size(), 500)
+    EXPECT_EQ(import(fixture(u"one"_s).repeated(2000)).size(), 500)
         << "what stands behind the record that failed is lost";
     EXPECT_FALSE(isThere());
     EXPECT_EQ(streams.openStreams, 0);
@@ -118,9 +122,9 @@ TEST_F(QueueFileReaderTest, batchThatIsTakenInPartEndsItsFile)
 TEST_F(QueueFileReaderTest, engineThatFailsForABatchLosesTheRestOfTheFile)
 {
     m_script.inCommit = [](qsizetype) -> qsizetype {
-        Failure::raise(Failure::RemoteServerUnavailable, u"SMSManager"_qs);
+        Failure::raise(Failure::RemoteServerUnavailable, u"SMSManager"_s);
     };
-    EXPECT_EQ(import(fixture(u"one"_qs).repeated(2000)).size(), 500);
+    EXPECT_EQ(import(fixture(u"one"_s).repeated(2000)).size(), 500);
     EXPECT_FALSE(isThere());
     EXPECT_FALSE(m_script.batchIsOpen);
 }
@@ -133,8 +137,8 @@ TEST_F(QueueFileReaderTest, emptyFileIsDeleted)
 
 TEST_F(QueueFileReaderTest, shortTailIsDroppedWithoutAWord)
 {
-    EXPECT_EQ(import(fixture(u"tail"_qs)), (QStringList{First, Second}));
-    EXPECT_TRUE(import(fixture(u"short"_qs)).isEmpty());
+    EXPECT_EQ(import(fixture(u"tail"_s)), (QStringList{first, second}));
+    EXPECT_TRUE(import(fixture(u"short"_s)).isEmpty());
     EXPECT_FALSE(isThere());
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -142,15 +146,15 @@ TEST_F(QueueFileReaderTest, shortTailIsDroppedWithoutAWord)
 TEST_F(QueueFileReaderTest, misalignedContentIsDecodedAsItComes)
 {
     EXPECT_EQ(
-        import(fixture(u"misaligned"_qs)),
-        (QStringList{u"AddSMS(x912345678|9Ola|3204-02-03T19:41:10)"_qs,
-                     u"AddSMS(+34600123456|8Su pedido\r\nesta listo|2202-11-05T14:36:35)"_qs}));
+        import(fixture(u"misaligned"_s)),
+        (QStringList{u"AddSMS(x912345678|9Ola|3204-02-03T19:41:10)"_s,
+                     u"AddSMS(+34600123456|8Su pedido\r\nesta listo|2202-11-05T14:36:35)"_s}));
     EXPECT_FALSE(isThere());
 }
 
 TEST_F(QueueFileReaderTest, badDateLosesItsRecordAndAllAfterIt)
 {
-    EXPECT_EQ(import(fixture(u"bad_date"_qs)), QStringList{First});
+    EXPECT_EQ(import(fixture(u"bad_date"_s)), QStringList{first});
     EXPECT_FALSE(isThere());
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_EQ(streams.openStreams, 0);
@@ -158,38 +162,38 @@ TEST_F(QueueFileReaderTest, badDateLosesItsRecordAndAllAfterIt)
 
 TEST_F(QueueFileReaderTest, footerIsPutBehindEachMessage)
 {
-    EXPECT_EQ(import(fixture(u"one"_qs), u" -- Norvane é"_qs),
-              QStringList{u"AddSMS(912345678|Ola -- Norvane é|2009-03-05T14:07:09)"_qs});
+    EXPECT_EQ(import(fixture(u"one"_s), u" -- Norvane é"_s),
+              QStringList{u"AddSMS(912345678|Ola -- Norvane é|2009-03-05T14:07:09)"_s});
 }
 
 TEST_F(QueueFileReaderTest, messageIsNotNormalisedAgain)
 {
-    QByteArray record = fixture(u"one"_qs);
+    QByteArray record = fixture(u"one"_s);
     record.replace(39, 4, "\xA7\xE9\x80 ");
-    EXPECT_EQ(import(record), QStringList{u"AddSMS(912345678|§é€|2009-03-05T14:07:09)"_qs});
+    EXPECT_EQ(import(record), QStringList{u"AddSMS(912345678|§é€|2009-03-05T14:07:09)"_s});
 }
 
 TEST_F(QueueFileReaderTest, recordsThatCrossAReadingAreWhole)
 {
-    const QByteArray bytes = fixture(u"three"_qs);
-    for (const qsizetype most : {1, 2, 25, 198, 199, 200, 597, 600}) {
-        streams.onRead = [most](qsizetype &asked) {
-            asked = qMin(asked, most);
+    const QByteArray bytes = fixture(u"three"_s);
+    for (const qsizetype max : {1, 2, 25, 198, 199, 200, 597, 600}) {
+        streams.onRead = [max](qsizetype &asked) {
+            asked = qMin(asked, max);
             return 0;
         };
-        EXPECT_EQ(import(bytes), (QStringList{First, Second, Third})) << most;
+        EXPECT_EQ(import(bytes), (QStringList{first, second, third})) << max;
     }
 }
 
 TEST_F(QueueFileReaderTest, longFileIsTakenWhole)
 {
-    EXPECT_EQ(import(fixture(u"one"_qs).repeated(1000)), QStringList(1000, First));
+    EXPECT_EQ(import(fixture(u"one"_s).repeated(1000)), QStringList(1000, first));
 }
 
 TEST_F(QueueFileReaderTest, everyByteIsRead)
 {
-    const QByteArray bytes = fixture(u"bytes"_qs);
-    const QStringList calls = import(bytes + fixture(u"one"_qs));
+    const QByteArray bytes = fixture(u"bytes"_s);
+    const QStringList calls = import(bytes + fixture(u"one"_s));
     ASSERT_EQ(calls.size(), 2) << "a NUL or a 0x1A doesn't end a file";
     EXPECT_TRUE(calls.first().contains(QChar(QChar::Null)));
     EXPECT_TRUE(calls.first().contains(QChar(0x1A)));
@@ -197,16 +201,16 @@ TEST_F(QueueFileReaderTest, everyByteIsRead)
 
 TEST_F(QueueFileReaderTest, readOnlyFileIsDeleted)
 {
-    writeFile(path(), fixture(u"one"_qs));
+    writeFile(path(), fixture(u"one"_s));
     ASSERT_EQ(::chmod(QFile::encodeName(path()).constData(), 0400), 0);
-    EXPECT_EQ(importPath(), QStringList{First});
+    EXPECT_EQ(importPath(), QStringList{first});
     EXPECT_FALSE(isThere());
 }
 
 TEST_F(QueueFileReaderTest, fileThatCannotBeOpenedIsDeleted)
 {
     streams.onOpen = [](const QString &) { return EACCES; };
-    EXPECT_TRUE(import(fixture(u"one"_qs)).isEmpty());
+    EXPECT_TRUE(import(fixture(u"one"_s)).isEmpty());
     EXPECT_FALSE(isThere());
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -218,7 +222,7 @@ TEST_F(QueueFileReaderTest, recordsBeforeAFailedReadingAreWithTheEngine)
         asked = qMin<qsizetype>(asked, 250);
         return ++readings == 3 ? EIO : 0;
     };
-    EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second}));
+    EXPECT_EQ(import(fixture(u"three"_s)), (QStringList{first, second}));
     EXPECT_FALSE(isThere());
     EXPECT_EQ(streams.openStreams, 0);
 }
@@ -226,7 +230,7 @@ TEST_F(QueueFileReaderTest, recordsBeforeAFailedReadingAreWithTheEngine)
 TEST_F(QueueFileReaderTest, engineThatFailsLosesTheRestOfTheFile)
 {
     m_script.failingCalls.enqueue(2);
-    EXPECT_EQ(import(fixture(u"three"_qs)), (QStringList{First, Second}));
+    EXPECT_EQ(import(fixture(u"three"_s)), (QStringList{first, second}));
     EXPECT_FALSE(isThere());
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
@@ -238,17 +242,17 @@ TEST_F(QueueFileReaderTest, closingThatFailsStillDeletes)
         ++closings;
         return EIO;
     };
-    EXPECT_EQ(import(fixture(u"one"_qs)), QStringList{First});
+    EXPECT_EQ(import(fixture(u"one"_s)), QStringList{first});
     EXPECT_EQ(closings, 1);
     EXPECT_FALSE(isThere());
-    EXPECT_EQ(streams.calls, (QStringList{u"open "_qs + path(), u"close"_qs, u"release"_qs,
-                                          u"remove "_qs + path()}));
+    EXPECT_EQ(streams.calls,
+              (QStringList{u"open "_s + path(), u"close"_s, u"release"_s, u"remove "_s + path()}));
 
     streams.onRemove = [](const QString &) { return EROFS; };
     streams.calls.clear();
-    writeFile(path(), fixture(u"one"_qs));
+    writeFile(path(), fixture(u"one"_s));
     EXPECT_EQ(raisedNumber([this] { importPath(); }), 70);
-    EXPECT_EQ(streams.calls.filter(u"remove "_qs).size(), 1)
+    EXPECT_EQ(streams.calls.filter(u"remove "_s).size(), 1)
         << "a deletion behind a failure is not tried again";
 }
 
@@ -256,7 +260,7 @@ TEST_F(QueueFileReaderTest, deletionThatFailsIsTriedOnceMore)
 {
     int removals = 0;
     streams.onRemove = [&](const QString &) { return ++removals == 1 ? EBUSY : 0; };
-    EXPECT_EQ(import(fixture(u"one"_qs)), QStringList{First});
+    EXPECT_EQ(import(fixture(u"one"_s)), QStringList{first});
     EXPECT_FALSE(isThere());
     EXPECT_EQ(removals, 2);
     EXPECT_EQ(streams.openStreams, 0);
@@ -265,9 +269,9 @@ TEST_F(QueueFileReaderTest, deletionThatFailsIsTriedOnceMore)
 TEST_F(QueueFileReaderTest, fileThatCannotBeDeletedIsAFailure)
 {
     streams.onRemove = [](const QString &) { return EROFS; };
-    writeFile(path(), fixture(u"one"_qs));
+    writeFile(path(), fixture(u"one"_s));
     EXPECT_EQ(raisedNumber([this] { importPath(); }), 70);
-    EXPECT_EQ(m_script.calls, QStringList{First});
+    EXPECT_EQ(m_script.calls, QStringList{first});
     EXPECT_TRUE(isThere());
     EXPECT_EQ(streams.openStreams, 0);
 }
@@ -283,10 +287,10 @@ TEST_F(QueueFileReaderTest, whatTookTheFilesPlaceIsNotWaitedFor)
     ASSERT_EQ(::mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
     EXPECT_TRUE(importPath().isEmpty());
     EXPECT_FALSE(isThere());
-    ASSERT_TRUE(QFile::link(u"/dev/zero"_qs, path()));
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, path()));
     EXPECT_TRUE(importPath().isEmpty());
     EXPECT_FALSE(QFileInfo(path()).isSymLink());
-    EXPECT_TRUE(QFileInfo::exists(u"/dev/zero"_qs));
+    EXPECT_TRUE(QFileInfo::exists(u"/dev/zero"_s));
 
     ASSERT_TRUE(QDir().mkdir(path()));
     EXPECT_NE(raisedNumber([this] { importPath(); }), 0) << "a folder is not taken away";
@@ -296,32 +300,32 @@ TEST_F(QueueFileReaderTest, whatTookTheFilesPlaceIsNotWaitedFor)
 TEST_F(QueueFileReaderTest, linkThatTookTheFilesPlaceIsNotFollowed)
 {
     const QTemporaryDir elsewhere;
-    const QString other = elsewhere.filePath(u"sms.0"_qs);
-    writeFile(other, fixture(u"one"_qs));
+    const QString other = elsewhere.filePath(u"sms.0"_s);
+    writeFile(other, fixture(u"one"_s));
     ASSERT_TRUE(QFile::link(other, path()));
     EXPECT_TRUE(importPath().isEmpty());
     EXPECT_FALSE(QFileInfo(path()).isSymLink()) << "the link goes";
-    EXPECT_EQ(bytesOf(other), fixture(u"one"_qs));
+    EXPECT_EQ(bytesOf(other), fixture(u"one"_s));
 }
 
 TEST_F(QueueFileReaderTest, whatAWriterAddsWhileTheFileIsReadIsReadToo)
 {
-    writeFile(path(), fixture(u"one"_qs).repeated(3));
+    writeFile(path(), fixture(u"one"_s).repeated(3));
     QFile writer(path());
     ASSERT_TRUE(writer.open(QIODevice::Append | QIODevice::Unbuffered));
     int readings = 0;
     streams.onRead = [&](qsizetype &) {
         if (++readings <= 2)
-            writer.write(fixture(u"one"_qs).repeated(100));
+            writer.write(fixture(u"one"_s).repeated(100));
         return 0;
     };
-    EXPECT_EQ(importPath(), QStringList(203, First));
+    EXPECT_EQ(importPath(), QStringList(203, first));
 }
 
 TEST_F(QueueFileReaderTest, fileThatGrowsForEverIsFollowedOnlySoFar)
 {
-    constexpr qsizetype followed = FileStreams::MostFollowed / 199;
-    const QByteArray chunk = fixture(u"one"_qs).repeated(1000);
+    constexpr qsizetype followed = FileStreams::maxFollowed / 199;
+    const QByteArray chunk = fixture(u"one"_s).repeated(1000);
     writeFile(path(), chunk);
     QFile writer(path());
     ASSERT_TRUE(writer.open(QIODevice::Append | QIODevice::Unbuffered));
@@ -330,26 +334,26 @@ TEST_F(QueueFileReaderTest, fileThatGrowsForEverIsFollowedOnlySoFar)
             writer.write(chunk);
         return 0;
     };
-    EXPECT_EQ(importPath(), QStringList(followed, First));
+    EXPECT_EQ(importPath(), QStringList(followed, first));
     EXPECT_FALSE(isThere());
 }
 
 TEST_F(QueueFileReaderTest, fileThatIsLongerWhenItIsOpenedIsReadToItsEnd)
 {
-    constexpr qsizetype records = FileStreams::MostFollowed / 199 + 1000;
-    writeFile(path(), fixture(u"one"_qs).repeated(records));
-    EXPECT_EQ(importPath(), QStringList(records, First));
+    constexpr qsizetype records = FileStreams::maxFollowed / 199 + 1000;
+    writeFile(path(), fixture(u"one"_s).repeated(records));
+    EXPECT_EQ(importPath(), QStringList(records, first));
 }
 
 TEST_F(QueueFileReaderTest, fileThatIsCutWhileItIsReadEndsThere)
 {
-    writeFile(path(), fixture(u"three"_qs));
+    writeFile(path(), fixture(u"three"_s));
     int readings = 0;
     streams.onRead = [&](qsizetype &asked) {
         asked = qMin<qsizetype>(asked, 199);
         return ++readings == 2 && !QFile::resize(path(), 250) ? EIO : 0;
     };
-    EXPECT_EQ(importPath(), QStringList{First});
+    EXPECT_EQ(importPath(), QStringList{first});
     EXPECT_FALSE(isThere());
 }
 
@@ -357,10 +361,10 @@ TEST_F(QueueFileReaderTest, partlyWrittenFileIsReadAsFarAsItHasCome)
 {
     QFile writer(path());
     ASSERT_TRUE(writer.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    writer.write(fixture(u"tail"_qs));
-    EXPECT_EQ(importPath(), (QStringList{First, Second}));
+    writer.write(fixture(u"tail"_s));
+    EXPECT_EQ(importPath(), (QStringList{first, second}));
     EXPECT_FALSE(isThere());
-    writer.write(fixture(u"three"_qs).mid(455)); // what is written from now on is lost
+    writer.write(fixture(u"three"_s).mid(455)); // what is written from now on is lost
     writer.close();
     EXPECT_FALSE(isThere());
 }
@@ -369,7 +373,7 @@ TEST_F(QueueFileReaderTest, partlyWrittenFileIsReadAsFarAsItHasCome)
 class QueueFilesReaderTest : public QueueFileReaderTest
 {
 protected:
-    QString fileOf(int number) const { return m_folder.filePath(u"sms.%1"_qs.arg(number)); }
+    QString fileOf(int number) const { return m_folder.filePath(u"sms.%1"_s.arg(number)); }
 
     /// Files of these many records.
     QStringList filesOf(const QList<int> &records) const
@@ -416,9 +420,9 @@ TEST_F(QueueFilesReaderTest, reachTheEngineInOneBatchAndInTheirOrder)
     EXPECT_EQ(importAll(filesOf({2, 1, 0, 3})), (QList<int>{0, 0, 1, 3, 3, 3}));
     EXPECT_EQ(batches, QList<qsizetype>{6});
     EXPECT_TRUE(left().isEmpty());
-    EXPECT_EQ(streams.calls.filter(u"remove "_qs),
-              (QStringList{u"remove "_qs + fileOf(0), u"remove "_qs + fileOf(1),
-                           u"remove "_qs + fileOf(2), u"remove "_qs + fileOf(3)}));
+    EXPECT_EQ(streams.calls.filter(u"remove "_s),
+              (QStringList{u"remove "_s + fileOf(0), u"remove "_s + fileOf(1),
+                           u"remove "_s + fileOf(2), u"remove "_s + fileOf(3)}));
 }
 
 TEST_F(QueueFilesReaderTest, aBadOneLosesItsOwnRestAlone)
@@ -459,11 +463,11 @@ TEST_F(QueueFilesReaderTest, aFirstRecordThatTheEngineFailsForIsNotHandedOverOnc
 
 TEST_F(QueueFilesReaderTest, noneIsReadBehindOneThatTheEngineFailsForBeforeItIsDeleted)
 {
-    const QStringList files = filesOf({RecordHandover::BatchRecords, 1});
+    const QStringList files = filesOf({RecordHandover::batchRecords, 1});
     m_script.inCommit = [](qsizetype messages) { return messages - 1; };
     streams.onRemove = [](const QString &) { return EROFS; };
     EXPECT_EQ(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 70);
-    EXPECT_FALSE(streams.calls.contains(u"open "_qs + files.at(1)));
+    EXPECT_FALSE(streams.calls.contains(u"open "_s + files.at(1)));
 }
 
 TEST_F(QueueFilesReaderTest, anEngineThatTakesNothingLosesEachOfThem)
@@ -478,7 +482,7 @@ TEST_F(QueueFilesReaderTest, whatBecameOfABatchThatTheEngineEndedInIsNotTriedAga
     int batches = 0;
     m_script.inCommit = [&](qsizetype) -> qsizetype {
         ++batches;
-        Failure::raise(Failure::RemoteServerUnavailable, u"SMSManager"_qs);
+        Failure::raise(Failure::RemoteServerUnavailable, u"SMSManager"_s);
     };
     EXPECT_EQ(importAll(filesOf({1, 2, 1})), (QList<int>{0, 1, 1, 2}));
     EXPECT_EQ(batches, 1);
@@ -492,8 +496,8 @@ TEST_F(QueueFilesReaderTest, oneThatMayStayIsTakenAloneAndNothingIsReadBehindIt)
     ASSERT_TRUE(QDir().mkdir(files.at(2))); // what took its place is not taken away
     EXPECT_NE(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 0);
     EXPECT_EQ(taken(), (QList<int>{0, 1}));
-    EXPECT_EQ(left(), QStringList{u"sms.3"_qs});
-    EXPECT_FALSE(streams.calls.contains(u"open "_qs + files.at(3)));
+    EXPECT_EQ(left(), QStringList{u"sms.3"_s});
+    EXPECT_FALSE(streams.calls.contains(u"open "_s + files.at(3)));
 }
 
 TEST_F(QueueFilesReaderTest, oneThatMayStayIsReadOnceThoseBeforeItHaveGone)
@@ -508,21 +512,21 @@ TEST_F(QueueFilesReaderTest, oneThatMayStayIsReadOnceThoseBeforeItHaveGone)
         return 0;
     };
     EXPECT_NE(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 0);
-    EXPECT_EQ(leftThen, QStringList{u"sms.2"_qs});
+    EXPECT_EQ(leftThen, QStringList{u"sms.2"_s});
 }
 
 TEST(RemovalTest, whatTheRightsOfFileAndFolderSay)
 {
     const QTemporaryDir folder;
-    const QString file = folder.filePath(u"sms.0"_qs);
+    const QString file = folder.filePath(u"sms.0"_s);
     EXPECT_FALSE(isRemovable(file)) << "nothing is there";
     writeFile(file, "x");
     EXPECT_TRUE(isRemovable(file));
     ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner));
     EXPECT_TRUE(isRemovable(file)) << "read-only is no matter";
     EXPECT_FALSE(isRemovable(folder.path())) << "a folder";
-    ASSERT_TRUE(QFile::link(u"/nowhere"_qs, folder.filePath(u"sms.1"_qs)));
-    EXPECT_TRUE(isRemovable(folder.filePath(u"sms.1"_qs)));
+    ASSERT_TRUE(QFile::link(u"/nowhere"_s, folder.filePath(u"sms.1"_s)));
+    EXPECT_TRUE(isRemovable(folder.filePath(u"sms.1"_s)));
 
     if (::geteuid() == 0) {
         const QByteArray name = QFile::encodeName(folder.path());
@@ -543,7 +547,7 @@ TEST(RemovalTest, whatTheRightsOfFileAndFolderSay)
         EXPECT_TRUE(ownInStickyFolder);
         EXPECT_FALSE(inFolderOfAnother);
     } else {
-        EXPECT_FALSE(isRemovable(u"/usr/bin/env"_qs));
+        EXPECT_FALSE(isRemovable(u"/usr/bin/env"_s));
     }
 }
 
@@ -554,7 +558,7 @@ TEST(RemovalTest, aStickyBitKeepsAFileForItsOwnerTheFoldersAndTheAdministrator)
     constexpr uid_t nobody = 65534;
     const QTemporaryDir folder;
     const QByteArray place = QFile::encodeName(folder.path());
-    const QString path = folder.filePath(u"sms.0"_qs);
+    const QString path = folder.filePath(u"sms.0"_s);
     writeFile(path);
     const auto isRemovableByNobody = [&path] {
         EXPECT_EQ(::seteuid(nobody), 0);
@@ -578,7 +582,7 @@ TEST_F(QueueFilesReaderTest, oneThatCannotBeDeletedKeepsNoOtherThatIsQueued)
     streams.onRemove = [&](const QString &file) { return file == files.at(1) ? EROFS : 0; };
     EXPECT_EQ(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 70);
     EXPECT_EQ(taken(), (QList<int>{0, 1, 2}));
-    EXPECT_EQ(left(), QStringList{u"sms.1"_qs});
+    EXPECT_EQ(left(), QStringList{u"sms.1"_s});
 }
 
 TEST_F(QueueFilesReaderTest, noneIsReadBehindOneThatCannotBeDeleted)
@@ -587,8 +591,8 @@ TEST_F(QueueFilesReaderTest, noneIsReadBehindOneThatCannotBeDeleted)
     m_script.inCommit = [](qsizetype) -> qsizetype { return 0; };
     streams.onRemove = [](const QString &) { return EROFS; };
     EXPECT_EQ(raisedNumber([&] { ImportSMSFiles(files, m_engine, QString(), access); }), 70);
-    EXPECT_EQ(left(), (QStringList{u"sms.0"_qs, u"sms.1"_qs, u"sms.2"_qs}));
-    EXPECT_EQ(streams.calls.filter(u"remove "_qs), QStringList{u"remove "_qs + fileOf(0)});
+    EXPECT_EQ(left(), (QStringList{u"sms.0"_s, u"sms.1"_s, u"sms.2"_s}));
+    EXPECT_EQ(streams.calls.filter(u"remove "_s), QStringList{u"remove "_s + fileOf(0)});
 }
 
 TEST_F(QueueFilesReaderTest, noneIsNone)
@@ -598,3 +602,5 @@ TEST_F(QueueFilesReaderTest, noneIsNone)
 }
 
 } // namespace
+
+} // namespace norvane

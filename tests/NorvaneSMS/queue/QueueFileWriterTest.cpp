@@ -24,6 +24,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The pauses that this thread has asked the system for, in nanoseconds; below zero while they are
@@ -87,8 +91,8 @@ double numberOfAnotherProcess()
     EXPECT_EQ(::pipe(ends.data()), 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        realWaiting().seedFromClock();
-        const double number = realWaiting().random();
+        realWait().seedFromClock();
+        const double number = realWait().random();
         ::_exit(::write(ends[1], &number, sizeof number) == ssize_t{sizeof number} ? 0 : 1);
     }
     double number = -1;
@@ -111,9 +115,9 @@ protected:
             .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
 
-    void write(const QString &message = u"Ola"_qs)
+    void write(const QString &message = u"Ola"_s)
     {
-        WriteSMSFile(u"912345678"_qs, moment, message, m_folder.path(), access);
+        WriteSMSFile(u"912345678"_s, moment, message, m_folder.path(), access);
     }
     void writeBulk(const SMSList &list) { WriteSMSFileBulk(list, moment, m_folder.path(), access); }
 
@@ -132,10 +136,10 @@ protected:
         ASSERT_EQ(boxes.shown.size(), 1);
         EXPECT_EQ(boxes.shown.first(),
                   (RecordingMessageBoxes::Shown{text, MessageBoxes::Icon::Information,
-                                                MessageBoxes::Buttons::Ok, u"[Norvane SMS]"_qs}));
+                                                MessageBoxes::Buttons::Ok, u"[Norvane SMS]"_s}));
     }
 
-    const LoadedLanguage language{{{0, u"[%1]"_qs}}};
+    const LoadedLanguage language{{{0, u"[%1]"_s}}};
     RecordingMessageBoxes boxes;
     ScriptedStreams streams;
     NotedWaiting waiting;
@@ -149,44 +153,44 @@ private:
 TEST_F(QueueFileWriterTest, firstFileOfAnEmptyFolderIsNumberZero)
 {
     write();
-    EXPECT_EQ(names(), QStringList{u"sms.0"_qs});
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(names(), QStringList{u"sms.0"_s});
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), fixture(u"one"_s));
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_EQ(streams.openStreams, 0);
 }
 
 TEST_F(QueueFileWriterTest, firstFreeNumberIsTaken)
 {
-    writeFile(path(u"sms.0"_qs), "x");
-    writeFile(path(u"sms.2"_qs), "y");
+    writeFile(path(u"sms.0"_s), "x");
+    writeFile(path(u"sms.2"_s), "y");
     write();
-    EXPECT_EQ(bytesOf(path(u"sms.1"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(bytesOf(path(u"sms.1"_s)), fixture(u"one"_s));
     write();
-    EXPECT_EQ(bytesOf(path(u"sms.3"_qs)), fixture(u"one"_qs));
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), "x");
-    EXPECT_EQ(bytesOf(path(u"sms.2"_qs)), "y");
+    EXPECT_EQ(bytesOf(path(u"sms.3"_s)), fixture(u"one"_s));
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), "x");
+    EXPECT_EQ(bytesOf(path(u"sms.2"_s)), "y");
 }
 
 TEST_F(QueueFileWriterTest, numberOfADeletedFileIsUsedAgain)
 {
     write();
     write();
-    ASSERT_TRUE(QFile::remove(path(u"sms.0"_qs)));
+    ASSERT_TRUE(QFile::remove(path(u"sms.0"_s)));
     write();
-    EXPECT_EQ(names(), (QStringList{u"sms.0"_qs, u"sms.1"_qs}));
+    EXPECT_EQ(names(), (QStringList{u"sms.0"_s, u"sms.1"_s}));
 }
 
 TEST_F(QueueFileWriterTest, recordIsWrittenInOneWrite)
 {
     write();
-    EXPECT_EQ(streams.calls, (QStringList{u"create "_qs + path(u"sms.0"_qs), u"write 199"_qs,
-                                          u"close"_qs, u"release"_qs}));
+    EXPECT_EQ(streams.calls, (QStringList{u"create "_s + path(u"sms.0"_s), u"write 199"_s,
+                                          u"close"_s, u"release"_s}));
 }
 
 TEST_F(QueueFileWriterTest, messageIsNormalisedAndThenCut)
 {
-    write(u"Coração nº "_qs + QString(159, u'é'));
-    const QByteArray record = bytesOf(path(u"sms.0"_qs));
+    write(u"Coração nº "_s + QString(159, u'é'));
+    const QByteArray record = bytesOf(path(u"sms.0"_s));
     EXPECT_EQ(record.size(), 199);
     EXPECT_EQ(record.mid(39), "Coracao n\xA7 " + QByteArray(149, 'e'));
 }
@@ -194,46 +198,46 @@ TEST_F(QueueFileWriterTest, messageIsNormalisedAndThenCut)
 TEST_F(QueueFileWriterTest, bulkFileOfThreeIs597BytesLong)
 {
     SMSList list;
-    list.Add(u"912345678"_qs, u"Ola"_qs);
-    list.Add(u"+34 600-123 456"_qs, u"Adéus"_qs);
+    list.Add(u"912345678"_s, u"Ola"_s);
+    list.Add(u"+34 600-123 456"_s, u"Adéus"_s);
     list.Add(QString(), QString());
     writeBulk(list);
     const QByteArray date = "05032009140709";
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)),
-              fixture(u"one"_qs) + "+34 600-123 456" + QByteArray(10, ' ') + date + "Adeus" +
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)),
+              fixture(u"one"_s) + "+34 600-123 456" + QByteArray(10, ' ') + date + "Adeus" +
                   QByteArray(155, ' ') + QByteArray(25, ' ') + date + QByteArray(160, ' '));
-    EXPECT_EQ(names(), QStringList{u"sms.0"_qs});
-    EXPECT_EQ(streams.calls.filter(u"write 199"_qs).size(), 3);
+    EXPECT_EQ(names(), QStringList{u"sms.0"_s});
+    EXPECT_EQ(streams.calls.filter(u"write 199"_s).size(), 3);
 }
 
 TEST_F(QueueFileWriterTest, emptyListMakesAnEmptyFile)
 {
     writeBulk({});
-    EXPECT_EQ(names(), QStringList{u"sms.0"_qs});
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), QByteArray());
+    EXPECT_EQ(names(), QStringList{u"sms.0"_s});
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), QByteArray());
     EXPECT_TRUE(boxes.shown.isEmpty());
 }
 
 TEST_F(QueueFileWriterTest, textThatComesNormalisedMovesASecondTimeInABulkFile)
 {
     SMSList list;
-    list.Add(u"1"_qs, u"§"_qs); // what "º" became at the first time
+    list.Add(u"1"_s, u"§"_s); // what "º" became at the first time
     writeBulk(list);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)).at(39), '\xF5');
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)).at(39), '\xF5');
 }
 
 TEST_F(QueueFileWriterTest, dateInThePastIsWrittenLikeAnyOther)
 {
-    WriteSMSFile(u"1"_qs, {QDate(100, 1, 1), QTime(0, 0), Qt::UTC}, {}, path({}), access);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)).mid(25, 14), "01010100000000");
+    WriteSMSFile(u"1"_s, {QDate(100, 1, 1), QTime(0, 0), Qt::UTC}, {}, path({}), access);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)).mid(25, 14), "01010100000000");
 }
 
 TEST_F(QueueFileWriterTest, lostRaceSkipsANumber)
 {
     loseRaces(1);
     write();
-    EXPECT_EQ(names(), (QStringList{u"sms.0"_qs, u"sms.2"_qs}));
-    EXPECT_EQ(bytesOf(path(u"sms.2"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(names(), (QStringList{u"sms.0"_s, u"sms.2"_s}));
+    EXPECT_EQ(bytesOf(path(u"sms.2"_s)), fixture(u"one"_s));
     EXPECT_EQ(waiting.sleeps.size(), 1);
     EXPECT_EQ(waiting.seeds, 1);
     EXPECT_TRUE(boxes.shown.isEmpty());
@@ -242,27 +246,27 @@ TEST_F(QueueFileWriterTest, lostRaceSkipsANumber)
 TEST_F(QueueFileWriterTest, nameThatIsFreeAgainAfterThePauseIsTakenUnderItsOldNumber)
 {
     loseRaces(1);
-    waiting.whileAsleep = [this] { ASSERT_TRUE(QFile::remove(path(u"sms.0"_qs))); };
+    waiting.whileAsleep = [this] { ASSERT_TRUE(QFile::remove(path(u"sms.0"_s))); };
     write();
-    EXPECT_EQ(names(), QStringList{u"sms.0"_qs});
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(names(), QStringList{u"sms.0"_s});
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), fixture(u"one"_s));
 }
 
 TEST_F(QueueFileWriterTest, thirdLostRaceIsSurvivedAndTheFourthIsNot)
 {
     loseRaces(3);
     write();
-    EXPECT_EQ(names(), (QStringList{u"sms.0"_qs, u"sms.2"_qs, u"sms.4"_qs, u"sms.6"_qs}));
-    EXPECT_EQ(bytesOf(path(u"sms.6"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(names(), (QStringList{u"sms.0"_s, u"sms.2"_s, u"sms.4"_s, u"sms.6"_s}));
+    EXPECT_EQ(bytesOf(path(u"sms.6"_s)), fixture(u"one"_s));
     EXPECT_TRUE(boxes.shown.isEmpty());
     EXPECT_EQ(waiting.sleeps.size(), 3);
 
     waiting.sleeps.clear();
     loseRaces(4);
     write();
-    expectBox(u"File already exists - 58"_qs);
+    expectBox(u"File already exists - 58"_s);
     EXPECT_EQ(waiting.sleeps.size(), 3) << "no pause before the end";
-    EXPECT_FALSE(streams.calls.last().startsWith(u"write"_qs));
+    EXPECT_FALSE(streams.calls.last().startsWith(u"write"_s));
 }
 
 TEST_F(QueueFileWriterTest, pauseIsFrom1To250Milliseconds)
@@ -277,8 +281,8 @@ TEST_F(QueueFileWriterTest, pauseIsFrom1To250Milliseconds)
 TEST_F(QueueFileWriterTest, realPausesStayWithinTheirLimits)
 {
     for (int i = 0; i < 1000; ++i) {
-        realWaiting().seedFromClock();
-        const double number = realWaiting().random();
+        realWait().seedFromClock();
+        const double number = realWait().random();
         ASSERT_TRUE(number >= 0 && number < 1) << number;
     }
 }
@@ -286,9 +290,9 @@ TEST_F(QueueFileWriterTest, realPausesStayWithinTheirLimits)
 TEST_F(QueueFileWriterTest, realPauseIsAskedOfTheSystemAsLongAsItWasTold)
 {
     t_pauses = 0;
-    realWaiting().sleep(30);
+    realWait().sleep(30);
     EXPECT_EQ(t_pauses, 30'000'000);
-    realWaiting().sleep(251);
+    realWait().sleep(251);
     EXPECT_EQ(t_pauses, 281'000'000);
     t_pauses = -1;
 }
@@ -296,8 +300,8 @@ TEST_F(QueueFileWriterTest, realPauseIsAskedOfTheSystemAsLongAsItWasTold)
 TEST_F(QueueFileWriterTest, eachSeedBeginsElsewhereInThisProcessAndInOthers)
 {
     const auto draw = [] {
-        realWaiting().seedFromClock();
-        return realWaiting().random();
+        realWait().seedFromClock();
+        return realWait().random();
     };
     const double own = draw();
     EXPECT_NE(draw(), own);
@@ -306,54 +310,53 @@ TEST_F(QueueFileWriterTest, eachSeedBeginsElsewhereInThisProcessAndInOthers)
 
 TEST_F(QueueFileWriterTest, folderOfTheNameIsACollisionThatNoPauseEnds)
 {
-    ASSERT_TRUE(QDir().mkdir(path(u"sms.0"_qs)));
+    ASSERT_TRUE(QDir().mkdir(path(u"sms.0"_s)));
     write();
-    expectBox(u"File already exists - 58"_qs);
-    EXPECT_EQ(streams.calls.filter(u"create "_qs),
-              QStringList(4, u"create "_qs + path(u"sms.0"_qs)));
-    EXPECT_EQ(names(), QStringList{u"sms.0"_qs});
+    expectBox(u"File already exists - 58"_s);
+    EXPECT_EQ(streams.calls.filter(u"create "_s), QStringList(4, u"create "_s + path(u"sms.0"_s)));
+    EXPECT_EQ(names(), QStringList{u"sms.0"_s});
 }
 
 TEST_F(QueueFileWriterTest, linkOfTheNameIsNotWrittenThrough)
 {
-    ASSERT_TRUE(QFile::link(path(u"elsewhere"_qs), path(u"sms.0"_qs)));
+    ASSERT_TRUE(QFile::link(path(u"elsewhere"_s), path(u"sms.0"_s)));
     write();
-    expectBox(u"File already exists - 58"_qs);
+    expectBox(u"File already exists - 58"_s);
     EXPECT_EQ(names().size(), 1) << "only the link, which leads nowhere still";
 }
 
 TEST_F(QueueFileWriterTest, folderOf32768FilesIsFull)
 {
     for (int number = 0; number <= 32767; ++number)
-        writeFile(path(u"sms."_qs + QString::number(number)));
+        writeFile(path(u"sms."_s + QString::number(number)));
     write();
-    expectBox(u"Overflow - 6"_qs);
+    expectBox(u"Overflow - 6"_s);
     EXPECT_TRUE(streams.calls.isEmpty());
 
     boxes.shown.clear();
-    ASSERT_TRUE(QFile::remove(path(u"sms.32767"_qs)));
+    ASSERT_TRUE(QFile::remove(path(u"sms.32767"_s)));
     write();
     EXPECT_TRUE(boxes.shown.isEmpty());
-    EXPECT_EQ(bytesOf(path(u"sms.32767"_qs)), fixture(u"one"_qs));
+    EXPECT_EQ(bytesOf(path(u"sms.32767"_s)), fixture(u"one"_s));
 
-    ASSERT_TRUE(QFile::remove(path(u"sms.32767"_qs)));
+    ASSERT_TRUE(QFile::remove(path(u"sms.32767"_s)));
     loseRaces(1);
     write();
-    expectBox(u"Overflow - 6"_qs);
+    expectBox(u"Overflow - 6"_s);
 }
 
 TEST_F(QueueFileWriterTest, folderThatIsGoneIsAPathNotFound)
 {
-    WriteSMSFile(u"1"_qs, moment, u"x"_qs, path(u"none"_qs), access);
-    expectBox(u"Path not found - 76"_qs);
+    WriteSMSFile(u"1"_s, moment, u"x"_s, path(u"none"_s), access);
+    expectBox(u"Path not found - 76"_s);
 }
 
 TEST_F(QueueFileWriterTest, creationThatFailsShowsItsOwnNumber)
 {
-    const QList<std::pair<int, QString>> cases{{EACCES, u"Permission denied - 70"_qs},
-                                               {EROFS, u"Permission denied - 70"_qs},
-                                               {ENOSPC, u"Disk full - 61"_qs},
-                                               {EIO, u"Device I/O error - 57"_qs}};
+    const QList<std::pair<int, QString>> cases{{EACCES, u"Permission denied - 70"_s},
+                                               {EROFS, u"Permission denied - 70"_s},
+                                               {ENOSPC, u"Disk full - 61"_s},
+                                               {EIO, u"Device I/O error - 57"_s}};
     for (const auto &[error, text] : cases) {
         boxes.shown.clear();
         streams.onCreate = [number = error](const QString &) { return number; };
@@ -371,12 +374,12 @@ TEST_F(QueueFileWriterTest, whatWasWrittenBeforeAFailureStays)
 {
     SMSList list;
     for (int i = 0; i < 3; ++i)
-        list.Add(u"912345678"_qs, u"Ola"_qs);
+        list.Add(u"912345678"_s, u"Ola"_s);
     int writes = 0;
     streams.onWrite = [&](const QByteArray &) { return ++writes == 3 ? ENOSPC : 0; };
     writeBulk(list);
-    expectBox(u"Disk full - 61"_qs);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs) + fixture(u"one"_qs));
+    expectBox(u"Disk full - 61"_s);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), fixture(u"one"_s) + fixture(u"one"_s));
     EXPECT_EQ(streams.openStreams, 0);
 }
 
@@ -384,20 +387,20 @@ TEST_F(QueueFileWriterTest, writeThatBreaksOffWithinARecordLeavesATailThatTheRea
 {
     SMSList list;
     for (int i = 0; i < 3; ++i)
-        list.Add(u"912345678"_qs, u"Ola"_qs);
+        list.Add(u"912345678"_s, u"Ola"_s);
     {
         const SmallFiles small(299);
         WriteSMSFileBulk(list, moment, path({}), {});
     }
-    expectBox(u"Path/File access error - 75"_qs);
-    const QByteArray bytes = bytesOf(path(u"sms.0"_qs));
-    EXPECT_EQ(bytes, fixture(u"one"_qs) + fixture(u"one"_qs).first(100));
+    expectBox(u"Path/File access error - 75"_s);
+    const QByteArray bytes = bytesOf(path(u"sms.0"_s));
+    EXPECT_EQ(bytes, fixture(u"one"_s) + fixture(u"one"_s).first(100));
 
     RecordingEngine::Script script;
     RecordingEngine engine(script);
     script.calls.clear();
-    ImportSMSFile(path(u"sms.0"_qs), engine, {});
-    EXPECT_EQ(script.calls, QStringList{u"AddSMS(912345678|Ola|2009-03-05T14:07:09)"_qs});
+    ImportSMSFile(path(u"sms.0"_s), engine, {});
+    EXPECT_EQ(script.calls, QStringList{u"AddSMS(912345678|Ola|2009-03-05T14:07:09)"_s});
     EXPECT_TRUE(names().isEmpty());
     EXPECT_EQ(boxes.shown.size(), 1) << "of the tail nobody is told";
 }
@@ -406,36 +409,36 @@ TEST_F(QueueFileWriterTest, writeThatEndsShortIsAFailureThoughNoOtherFollows)
 {
     {
         const SmallFiles small(100);
-        WriteSMSFile(u"912345678"_qs, moment, u"Ola"_qs, path({}), {});
+        WriteSMSFile(u"912345678"_s, moment, u"Ola"_s, path({}), {});
     }
-    expectBox(u"Path/File access error - 75"_qs);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs).first(100));
+    expectBox(u"Path/File access error - 75"_s);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), fixture(u"one"_s).first(100));
 }
 
 TEST_F(QueueFileWriterTest, singleFileWhoseWriteFailsStaysEmpty)
 {
     streams.onWrite = [](const QByteArray &) { return ENOSPC; };
     write();
-    expectBox(u"Disk full - 61"_qs);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), QByteArray());
+    expectBox(u"Disk full - 61"_s);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), QByteArray());
 }
 
 TEST_F(QueueFileWriterTest, closingThatFailsIsShown)
 {
     streams.onClose = [] { return EIO; };
     write();
-    expectBox(u"Device I/O error - 57"_qs);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs));
+    expectBox(u"Device I/O error - 57"_s);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), fixture(u"one"_s));
 }
 
 TEST_F(QueueFileWriterTest, closingAListsFileThatFailsIsShown)
 {
     SMSList list;
-    list.Add(u"912345678"_qs, u"Ola"_qs);
+    list.Add(u"912345678"_s, u"Ola"_s);
     streams.onClose = [] { return EIO; };
     writeBulk(list);
-    expectBox(u"Device I/O error - 57"_qs);
-    EXPECT_EQ(bytesOf(path(u"sms.0"_qs)), fixture(u"one"_qs));
+    expectBox(u"Device I/O error - 57"_s);
+    EXPECT_EQ(bytesOf(path(u"sms.0"_s)), fixture(u"one"_s));
     EXPECT_EQ(streams.openStreams, 0);
 }
 
@@ -443,7 +446,9 @@ TEST_F(QueueFileWriterTest, failureWithoutANumberOfItsOwnIsTrappedToo)
 {
     streams.onCreate = [](const QString &) -> int { throw std::bad_alloc(); };
     write();
-    expectBox(u"Out of memory - 7"_qs);
+    expectBox(u"Out of memory - 7"_s);
 }
 
 } // namespace
+
+} // namespace norvane

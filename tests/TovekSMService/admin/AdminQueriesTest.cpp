@@ -11,6 +11,10 @@
 
 #include <sys/stat.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class AdminQueries : public EngineProcess
@@ -21,23 +25,20 @@ protected:
                             const QString &reference)
     {
         OtherConnection(storeFile())
-            .run(QStringLiteral("INSERT INTO outcome (message_id, delivery_date, phone, text, "
-                                "code, network_reference, at, reported) "
-                                "VALUES (1, '2026-01-01T00:00:00', '%1', '%2', %3, %4, '%5', 1)")
-                     .arg(phone, text)
+            .run(u"INSERT INTO outcome (message_id, delivery_date, phone, text, "
+                 "code, network_reference, at, reported) "
+                 "VALUES (1, '2026-01-01T00:00:00', '%1', '%2', %3, %4, '%5', 1)"_s.arg(phone, text)
                      .arg(code)
                      .arg(reference, at));
     }
-    static void makeStore() { EXPECT_EQ(run({QStringLiteral("--status")}).exitCode, 0); }
+    static void makeStore() { EXPECT_EQ(run({u"--status"_s}).exitCode, 0); }
     static void keepTwo()
     {
         makeStore();
-        keepOutcome(QStringLiteral("2096-05-01T10:00:00"), QStringLiteral("+34600"),
-                    QStringLiteral("=a,b"), 1, QStringLiteral("7"));
-        keepOutcome(QStringLiteral("2096-05-02T10:00:00"), QStringLiteral("601"),
-                    QStringLiteral("ñ"), -38, QStringLiteral("NULL"));
+        keepOutcome(u"2096-05-01T10:00:00"_s, u"+34600"_s, u"=a,b"_s, 1, u"7"_s);
+        keepOutcome(u"2096-05-02T10:00:00"_s, u"601"_s, u"ñ"_s, -38, u"NULL"_s);
     }
-    static Ended json() { return run({QStringLiteral("--status"), QStringLiteral("--json")}); }
+    static Ended json() { return run({u"--status"_s, u"--json"_s}); }
     static QJsonObject parsed(const Ended &ended)
     {
         QJsonParseError error;
@@ -45,8 +46,8 @@ protected:
         EXPECT_EQ(error.error, QJsonParseError::NoError) << ended.out.toStdString();
         return document.object();
     }
-    QString target() const { return m_folder.filePath(QStringLiteral("copy.sqlite")); }
-    Ended backUp() const { return run({QStringLiteral("--backup"), target()}); }
+    QString target() const { return m_folder.filePath(u"copy.sqlite"_s); }
+    Ended backUp() const { return run({u"--backup"_s, target()}); }
 
     QTemporaryDir m_folder;
 };
@@ -54,21 +55,16 @@ protected:
 TEST_F(AdminQueries, theReportIsTextOrCsv)
 {
     keepTwo();
-    const Ended text = run({QStringLiteral("--report")});
+    const Ended text = run({u"--report"_s});
     EXPECT_EQ(text.exitCode, 0);
-    EXPECT_EQ(text.out,
-              QStringLiteral("2096-05-01T10:00:00\t2026-01-01T00:00:00\t+34600\tsent\t1\t7\t=a,b\n"
-                             "2096-05-02T10:00:00\t2026-01-01T00:00:00\t601\tfailed\t-38\t\tñ\n"));
-    EXPECT_EQ(
-        run({QStringLiteral("--report"), QStringLiteral("--format"), QStringLiteral("text")}).out,
-        text.out);
-    const Ended csv =
-        run({QStringLiteral("--report"), QStringLiteral("--format"), QStringLiteral("csv")});
+    EXPECT_EQ(text.out, u"2096-05-01T10:00:00\t2026-01-01T00:00:00\t+34600\tsent\t1\t7\t=a,b\n"
+                        "2096-05-02T10:00:00\t2026-01-01T00:00:00\t601\tfailed\t-38\t\tñ\n"_s);
+    EXPECT_EQ(run({u"--report"_s, u"--format"_s, u"text"_s}).out, text.out);
+    const Ended csv = run({u"--report"_s, u"--format"_s, u"csv"_s});
     EXPECT_EQ(csv.exitCode, 0);
-    EXPECT_EQ(csv.out,
-              QStringLiteral("at,delivery date,phone,outcome,code,reference,message\r\n"
-                             "2096-05-01T10:00:00,2026-01-01T00:00:00,+34600,sent,1,7,\"'=a,b\"\r\n"
-                             "2096-05-02T10:00:00,2026-01-01T00:00:00,601,failed,-38,,ñ\r\n"));
+    EXPECT_EQ(csv.out, u"at,delivery date,phone,outcome,code,reference,message\r\n"
+                       "2096-05-01T10:00:00,2026-01-01T00:00:00,+34600,sent,1,7,\"'=a,b\"\r\n"
+                       "2096-05-02T10:00:00,2026-01-01T00:00:00,601,failed,-38,,ñ\r\n"_s);
 }
 
 TEST_F(AdminQueries, theReportBeginsWhereItIsTold)
@@ -84,8 +80,7 @@ TEST_F(AdminQueries, theReportBeginsWhereItIsTold)
                  {"2096-05-02", 1},
                  {"2096-05-03", 0}};
     for (const auto &one : cases) {
-        const Ended ended =
-            run({QStringLiteral("--report"), QStringLiteral("--since"), QLatin1String(one.since)});
+        const Ended ended = run({u"--report"_s, u"--since"_s, QLatin1String(one.since)});
         EXPECT_EQ(ended.exitCode, 0) << one.since;
         EXPECT_EQ(ended.out.count(u'\n'), one.lines) << one.since;
     }
@@ -95,32 +90,32 @@ TEST_F(AdminQueries, theReportIsThereWhileTheEngineWorks)
 {
     keepTwo();
     start();
-    const Ended ended = run({QStringLiteral("--report")});
+    const Ended ended = run({u"--report"_s});
     EXPECT_EQ(ended.exitCode, 0);
     EXPECT_EQ(ended.out.count(u'\n'), 2);
 }
 
 TEST_F(AdminQueries, withoutAStoreThereIsNoReportAndNoneIsMade)
 {
-    const Ended ended = run({QStringLiteral("--report")});
+    const Ended ended = run({u"--report"_s});
     EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_TRUE(ended.err.contains(QLatin1String("no store yet")));
+    EXPECT_TRUE(ended.err.contains("no store yet"_L1));
     EXPECT_FALSE(QFile::exists(folder()));
 }
 
 TEST_F(AdminQueries, whatDoesNotGoTogetherIsRefused)
 {
     const QList<QStringList> wrong = {
-        {QStringLiteral("--report"), QStringLiteral("--since"), QStringLiteral("yesterday")},
-        {QStringLiteral("--report"), QStringLiteral("--format"), QStringLiteral("xml")},
-        {QStringLiteral("--since"), QStringLiteral("2026-01-01")},
-        {QStringLiteral("--format"), QStringLiteral("csv")},
-        {QStringLiteral("--json")},
-        {QStringLiteral("--status"), QStringLiteral("--json"), QStringLiteral("--queue")},
-        {QStringLiteral("--report"), QStringLiteral("--queue")},
-        {QStringLiteral("--report"), QStringLiteral("--status")},
-        {QStringLiteral("--log-level"), QStringLiteral("loud")},
-        {QStringLiteral("--backup")},
+        {u"--report"_s, u"--since"_s, u"yesterday"_s},
+        {u"--report"_s, u"--format"_s, u"xml"_s},
+        {u"--since"_s, u"2026-01-01"_s},
+        {u"--format"_s, u"csv"_s},
+        {u"--json"_s},
+        {u"--status"_s, u"--json"_s, u"--queue"_s},
+        {u"--report"_s, u"--queue"_s},
+        {u"--report"_s, u"--status"_s},
+        {u"--log-level"_s, u"loud"_s},
+        {u"--backup"_s},
     };
     for (const QStringList &arguments : wrong) {
         const Ended ended = run(arguments);
@@ -136,10 +131,10 @@ TEST_F(AdminQueries, aMonitorSeesAnEngineThatIsNotUp)
     const Ended ended = json();
     EXPECT_EQ(ended.exitCode, 2);
     const QJsonObject report = parsed(ended);
-    EXPECT_EQ(report.value(QStringLiteral("engine")), QStringLiteral("not up"));
-    EXPECT_EQ(report.value(QStringLiteral("toRun")), false);
-    EXPECT_EQ(report.value(QStringLiteral("queue")), 0);
-    EXPECT_TRUE(report.value(QStringLiteral("oldestDue")).isNull());
+    EXPECT_EQ(report.value(u"engine"_s), u"not up"_s);
+    EXPECT_EQ(report.value(u"toRun"_s), false);
+    EXPECT_EQ(report.value(u"queue"_s), 0);
+    EXPECT_TRUE(report.value(u"oldestDue"_s).isNull());
     EXPECT_FALSE(isOnBus());
 }
 
@@ -147,22 +142,20 @@ TEST_F(AdminQueries, aMonitorSeesAStoppedEngineWithItsQueueAndItsLastFailure)
 {
     keepTwo();
     start();
-    addSMS(QStringLiteral("600"), QStringLiteral("secret"), QStringLiteral("2100-01-02T00:00:00"));
-    addSMS(QStringLiteral("600"), QStringLiteral("secret"), QStringLiteral("2100-01-01T00:00:00"));
-    setSettings({0, QStringLiteral("47119"), 1, 1, QStringLiteral("COM2, 9600")});
+    addSMS(u"600"_s, u"secret"_s, u"2100-01-02T00:00:00"_s);
+    addSMS(u"600"_s, u"secret"_s, u"2100-01-01T00:00:00"_s);
+    setSettings({0, u"47119"_s, 1, 1, u"COM2, 9600"_s});
     const Ended ended = json();
     EXPECT_EQ(ended.exitCode, 1);
     const QJsonObject report = parsed(ended);
-    EXPECT_EQ(report.value(QStringLiteral("engine")), QStringLiteral("stopped"));
-    EXPECT_EQ(report.value(QStringLiteral("queue")), 2);
-    EXPECT_EQ(report.value(QStringLiteral("oldestDue")), QStringLiteral("2100-01-01T00:00:00"));
-    EXPECT_EQ(report.value(QStringLiteral("device")).toObject().value(QStringLiteral("parameter")),
-              QStringLiteral("COM2, 9600"));
-    EXPECT_EQ(report.value(QStringLiteral("lastFailed")).toObject(),
-              (QJsonObject{{QStringLiteral("code"), -38},
-                           {QStringLiteral("at"), QStringLiteral("2096-05-02T10:00:00")}}));
-    EXPECT_FALSE(ended.out.contains(QLatin1String("secret")));
-    EXPECT_FALSE(ended.out.contains(QLatin1String("47119")));
+    EXPECT_EQ(report.value(u"engine"_s), u"stopped"_s);
+    EXPECT_EQ(report.value(u"queue"_s), 2);
+    EXPECT_EQ(report.value(u"oldestDue"_s), u"2100-01-01T00:00:00"_s);
+    EXPECT_EQ(report.value(u"device"_s).toObject().value(u"parameter"_s), u"COM2, 9600"_s);
+    EXPECT_EQ(report.value(u"lastFailed"_s).toObject(),
+              (QJsonObject{{u"code"_s, -38}, {u"at"_s, u"2096-05-02T10:00:00"_s}}));
+    EXPECT_FALSE(ended.out.contains("secret"_L1));
+    EXPECT_FALSE(ended.out.contains("47119"_L1));
 }
 
 TEST_F(AdminQueries, aMonitorSeesTroubleWithTheDevice)
@@ -172,23 +165,22 @@ TEST_F(AdminQueries, aMonitorSeesTroubleWithTheDevice)
     call("StartEngine");
     ASSERT_TRUE(until([] { return json().exitCode == 3; }));
     const QJsonObject report = parsed(json());
-    EXPECT_EQ(report.value(QStringLiteral("engine")), QStringLiteral("running"));
-    EXPECT_EQ(report.value(QStringLiteral("trouble")).toArray().size(), 1);
-    const QJsonObject error = report.value(QStringLiteral("lastError")).toObject();
-    EXPECT_EQ(error.value(QStringLiteral("code")), -2);
-    EXPECT_TRUE(
-        error.value(QStringLiteral("text")).toString().contains(QLatin1String("/no/such/device")));
-    EXPECT_EQ(error.value(QStringLiteral("at")).toString().size(), 19);
+    EXPECT_EQ(report.value(u"engine"_s), u"running"_s);
+    EXPECT_EQ(report.value(u"trouble"_s).toArray().size(), 1);
+    const QJsonObject error = report.value(u"lastError"_s).toObject();
+    EXPECT_EQ(error.value(u"code"_s), -2);
+    EXPECT_TRUE(error.value(u"text"_s).toString().contains("/no/such/device"_L1));
+    EXPECT_EQ(error.value(u"at"_s).toString().size(), 19);
 }
 
 TEST_F(AdminQueries, anEngineThatCannotBeReachedIsTrouble)
 {
     makeStore();
-    FileLock lock(folder() + QStringLiteral("/engine.lock"));
+    FileLock lock(folder() + u"/engine.lock"_s);
     ASSERT_TRUE(lock.tryLock());
     const Ended ended = json();
     EXPECT_EQ(ended.exitCode, 3);
-    EXPECT_EQ(parsed(ended).value(QStringLiteral("engine")), QStringLiteral("unknown"));
+    EXPECT_EQ(parsed(ended).value(u"engine"_s), u"unknown"_s);
 }
 
 TEST_F(AdminQueries, aMonitorAttachesNobody)
@@ -200,24 +192,24 @@ TEST_F(AdminQueries, aMonitorAttachesNobody)
     // The warning is still there for the first console.
     Listener listener(QDBusConnection::sessionBus());
     call("ReportState");
-    EXPECT_TRUE(until([&] { return listener.has(QStringLiteral("WarningError -2")); }));
+    EXPECT_TRUE(until([&] { return listener.has(u"WarningError -2"_s); }));
 }
 
 TEST_F(AdminQueries, aBackupHoldsEverythingForItsOwnerAlone)
 {
     start();
     for (int number = 0; number < 50; ++number)
-        addSMS(QString::number(number), QStringLiteral("text"), QString());
+        addSMS(QString::number(number), u"text"_s, QString());
     const Ended ended = backUp();
     EXPECT_EQ(ended.exitCode, 0) << ended.err.toStdString();
     struct stat info = {};
     ASSERT_EQ(::stat(QFile::encodeName(target()).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0600u);
     OtherConnection copy(target());
-    EXPECT_EQ(copy.value(QStringLiteral("PRAGMA integrity_check")), QStringLiteral("ok"));
+    EXPECT_EQ(copy.value(u"PRAGMA integrity_check"_s), u"ok"_s);
     EXPECT_EQ(copy.contents(), OtherConnection(storeFile()).contents());
-    EXPECT_EQ(copy.value(QStringLiteral("PRAGMA user_version")),
-              OtherConnection(storeFile()).value(QStringLiteral("PRAGMA user_version")));
+    EXPECT_EQ(copy.value(u"PRAGMA user_version"_s),
+              OtherConnection(storeFile()).value(u"PRAGMA user_version"_s));
     EXPECT_EQ(callForNumber("GetQueueSize"), 50);
 }
 
@@ -232,10 +224,10 @@ TEST_F(AdminQueries, aBackupTakesNothingsPlace)
     EXPECT_TRUE(refused.err.contains(target()));
     EXPECT_EQ(QFileInfo(target()).size(), 0);
     // Nor that of what a link leads to.
-    const QString link = m_folder.filePath(QStringLiteral("link"));
-    ASSERT_TRUE(QFile::link(m_folder.filePath(QStringLiteral("nowhere")), link));
-    EXPECT_EQ(run({QStringLiteral("--backup"), link}).exitCode, 1);
-    EXPECT_FALSE(QFile::exists(m_folder.filePath(QStringLiteral("nowhere"))));
+    const QString link = m_folder.filePath(u"link"_s);
+    ASSERT_TRUE(QFile::link(m_folder.filePath(u"nowhere"_s), link));
+    EXPECT_EQ(run({u"--backup"_s, link}).exitCode, 1);
+    EXPECT_FALSE(QFile::exists(m_folder.filePath(u"nowhere"_s)));
 }
 
 TEST_F(AdminQueries, noBackupIsMadeOfNothingOrToNowhere)
@@ -243,9 +235,9 @@ TEST_F(AdminQueries, noBackupIsMadeOfNothingOrToNowhere)
     EXPECT_EQ(backUp().exitCode, 1);
     EXPECT_FALSE(QFile::exists(target()));
     makeStore();
-    const Ended nowhere = run({QStringLiteral("--backup"), QStringLiteral("/no/such/folder/x")});
+    const Ended nowhere = run({u"--backup"_s, u"/no/such/folder/x"_s});
     EXPECT_EQ(nowhere.exitCode, 1);
-    EXPECT_TRUE(nowhere.err.contains(QLatin1String("/no/such/folder/x")));
+    EXPECT_TRUE(nowhere.err.contains("/no/such/folder/x"_L1));
 }
 
 TEST_F(AdminQueries, aDamagedStoreLeavesNoHalfBackup)
@@ -261,3 +253,5 @@ TEST_F(AdminQueries, aDamagedStoreLeavesNoHalfBackup)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,18 +2,22 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using OutcomeReport::Format;
 
 namespace {
 
 OutcomeRow row()
 {
-    return {QStringLiteral("2026-05-01T12:00:03"),
-            QStringLiteral("2026-05-01T12:00:00"),
-            QStringLiteral("+34600111222"),
-            QStringLiteral("Hola"),
+    return {u"2026-05-01T12:00:03"_s,
+            u"2026-05-01T12:00:00"_s,
+            u"+34600111222"_s,
+            u"Hola"_s,
             1,
-            QStringLiteral("17")};
+            u"17"_s};
 }
 
 TEST(OutcomeReport, aCsvFieldIsQuotedWhereItMustBe)
@@ -66,11 +70,11 @@ TEST(OutcomeReport, whatASpreadsheetWouldReckonIsText)
 TEST(OutcomeReport, aLineHasTheSameFieldsInBothFormats)
 {
     EXPECT_EQ(OutcomeReport::line(row(), Format::Csv),
-              QStringLiteral("2026-05-01T12:00:03,2026-05-01T12:00:00,+34600111222,sent,1,17,"
-                             "Hola\r\n"));
+              u"2026-05-01T12:00:03,2026-05-01T12:00:00,+34600111222,sent,1,17,"
+              "Hola\r\n"_s);
     EXPECT_EQ(OutcomeReport::line(row(), Format::Text),
-              QStringLiteral("2026-05-01T12:00:03\t2026-05-01T12:00:00\t+34600111222\tsent\t1\t17\t"
-                             "Hola\n"));
+              u"2026-05-01T12:00:03\t2026-05-01T12:00:00\t+34600111222\tsent\t1\t17\t"
+              "Hola\n"_s);
 }
 
 TEST(OutcomeReport, aFailureHasItsCodeAsANumberAndNoReference)
@@ -78,13 +82,13 @@ TEST(OutcomeReport, aFailureHasItsCodeAsANumberAndNoReference)
     OutcomeRow failed = row();
     failed.code = -39;
     failed.reference.clear();
-    failed.text = QStringLiteral("a\r\n\"b\"\u2028c");
+    failed.text = u"a\r\n\"b\"\u2028c"_s;
     EXPECT_EQ(OutcomeReport::line(failed, Format::Csv),
-              QStringLiteral("2026-05-01T12:00:03,2026-05-01T12:00:00,+34600111222,failed,-39,,"
-                             "\"a\r\n\"\"b\"\"\u2028c\"\r\n"));
+              u"2026-05-01T12:00:03,2026-05-01T12:00:00,+34600111222,failed,-39,,"
+              "\"a\r\n\"\"b\"\"\u2028c\"\r\n"_s);
     EXPECT_EQ(OutcomeReport::line(failed, Format::Text),
-              QStringLiteral("2026-05-01T12:00:03\t2026-05-01T12:00:00\t+34600111222\tfailed\t-39\t"
-                             "\ta  \"b\" c\n"));
+              u"2026-05-01T12:00:03\t2026-05-01T12:00:00\t+34600111222\tfailed\t-39\t"
+              "\ta  \"b\" c\n"_s);
 }
 
 TEST(OutcomeReport, aMomentIsADayOrADayWithATime)
@@ -99,10 +103,12 @@ TEST(OutcomeReport, aMomentIsADayOrADayWithATime)
 
 TEST(OutcomeReport, thereAreTwoFormats)
 {
-    EXPECT_EQ(OutcomeReport::formatNamed(QStringLiteral("text")), Format::Text);
-    EXPECT_EQ(OutcomeReport::formatNamed(QStringLiteral("csv")), Format::Csv);
-    EXPECT_FALSE(OutcomeReport::formatNamed(QStringLiteral("CSV")));
+    EXPECT_EQ(OutcomeReport::formatNamed(u"text"_s), Format::Text);
+    EXPECT_EQ(OutcomeReport::formatNamed(u"csv"_s), Format::Csv);
+    EXPECT_FALSE(OutcomeReport::formatNamed(u"CSV"_s));
     EXPECT_FALSE(OutcomeReport::formatNamed(QString()));
 }
 
 } // namespace
+
+} // namespace norvane

@@ -11,6 +11,10 @@
 #include <QDBusConnectionInterface>
 #include <QDBusPendingCall>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The engine's side of the bus in this program, and a console that calls it. The engine's time is
@@ -23,7 +27,7 @@ protected:
         Bus::registerTypes();
         m_service = std::make_unique<EngineService>(m_engineBus, *m_store, *m_dispatcher, m_clock);
         new SMSManagerBusAdaptor(m_service.get());
-        EXPECT_TRUE(m_engineBus.registerObject(QLatin1String(Bus::ObjectPath), m_service.get()));
+        EXPECT_TRUE(m_engineBus.registerObject(QLatin1String(Bus::objectPath), m_service.get()));
     }
     ~EngineServiceOnBus() override
     {
@@ -36,8 +40,8 @@ protected:
     {
         constexpr int patience = 24 * 3'600'000; // ms
         QDBusMessage message = QDBusMessage::createMethodCall(
-            m_engineBus.baseService(), QLatin1String(Bus::ObjectPath),
-            QLatin1String(Bus::InterfaceName), QLatin1String(operation));
+            m_engineBus.baseService(), QLatin1String(Bus::objectPath),
+            QLatin1String(Bus::interfaceName), QLatin1String(operation));
         message.setArguments(arguments);
         return m_consoleBus.asyncCall(message, patience);
     }
@@ -51,14 +55,10 @@ protected:
         EXPECT_TRUE(isAnswered(call));
         return call.reply().arguments().value(0).toInt();
     }
-    QDBusPendingCall askToAdd() const
-    {
-        return ask("AddSMS", {QStringLiteral("600"), QStringLiteral("text"), noon()});
-    }
+    QDBusPendingCall askToAdd() const { return ask("AddSMS", {u"600"_s, u"text"_s, noon()}); }
     static QVariantList someSettings()
     {
-        return {QVariant::fromValue(
-            DeviceSettings{0, QString(), 1, 1, QStringLiteral("/dev/other, 9600")})};
+        return {QVariant::fromValue(DeviceSettings{0, QString(), 1, 1, u"/dev/other, 9600"_s})};
     }
 
     /// Whatever is written to the store fails at once.
@@ -66,29 +66,29 @@ protected:
     {
         for (const char *const table : {"message", "setting"})
             for (const char *const change : {"INSERT", "UPDATE"})
-                m_other.run(QStringLiteral("CREATE TRIGGER refuse_%1_%2 BEFORE %2 ON %1 BEGIN "
-                                           "SELECT RAISE(ABORT, 'refused'); END")
-                                .arg(QLatin1String(table), QLatin1String(change)));
+                m_other.run(u"CREATE TRIGGER refuse_%1_%2 BEFORE %2 ON %1 BEGIN "
+                            "SELECT RAISE(ABORT, 'refused'); END"_s.arg(QLatin1String(table),
+                                                                        QLatin1String(change)));
     }
     void allowWriting()
     {
         for (const char *const table : {"message", "setting"})
             for (const char *const change : {"INSERT", "UPDATE"})
-                m_other.run(QStringLiteral("DROP TRIGGER refuse_%1_%2")
-                                .arg(QLatin1String(table), QLatin1String(change)));
+                m_other.run(u"DROP TRIGGER refuse_%1_%2"_s.arg(QLatin1String(table),
+                                                               QLatin1String(change)));
     }
     /// Whether so many calls have come that the store doesn't take.
     bool isWaiting(qsizetype calls) const
     {
-        return waitUntil([&] { return m_log.count(QStringLiteral("a call waits")) == calls; });
+        return waitUntil([&] { return m_log.count(u"a call waits"_s) == calls; });
     }
 
     NotedLog m_log;
     OtherConnection m_other{file()};
     QDBusConnection m_engineBus =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("engine"));
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"engine"_s);
     QDBusConnection m_consoleBus =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("console"));
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"console"_s);
     std::unique_ptr<EngineService> m_service;
 };
 
@@ -104,14 +104,14 @@ TEST_F(EngineServiceOnBus, callsFailWhenTheStoreCannotBeWrittenForTenSeconds)
     // An answer to them would have come before the one to this.
     EXPECT_EQ(askForNumber("GetEngineStatus"), 0);
     EXPECT_FALSE(adding.isFinished() || setting.isFinished() || starting.isFinished());
-    EXPECT_FALSE(has(QStringLiteral("warning -1")));
+    EXPECT_FALSE(has(u"warning -1"_s));
 
     m_time.pass(1);
     ASSERT_TRUE(isAnswered(adding) && isAnswered(setting) && isAnswered(starting));
-    EXPECT_EQ(adding.reply().errorName(), QStringLiteral("com.tovek.SMService.Error.Store"));
+    EXPECT_EQ(adding.reply().errorName(), u"com.tovek.SMService.Error.Store"_s);
     EXPECT_EQ(setting.reply().arguments(), QVariantList({false}));
-    EXPECT_EQ(starting.reply().errorName(), QStringLiteral("com.tovek.SMService.Error.Store"));
-    EXPECT_TRUE(has(QStringLiteral("warning -1")));
+    EXPECT_EQ(starting.reply().errorName(), u"com.tovek.SMService.Error.Store"_s);
+    EXPECT_TRUE(has(u"warning -1"_s));
 
     // They are over, and not carried out later.
     allowWriting();
@@ -151,37 +151,36 @@ TEST_F(EngineServiceOnBus, aCallWaitsForTheStoreWhileOthersAreServed)
     EXPECT_EQ(adding.reply().type(), QDBusMessage::ReplyMessage);
     EXPECT_EQ(setting.reply().arguments(), QVariantList({true}));
     EXPECT_EQ(m_store->size(), 1);
-    EXPECT_EQ(m_store->deviceSettings().Parameter, QStringLiteral("/dev/other, 9600"));
+    EXPECT_EQ(m_store->deviceSettings().Parameter, u"/dev/other, 9600"_s);
 }
 
 TEST_F(EngineServiceOnBus, aTroubleWithTheStoreStandsInTheStateOnce)
 {
-    m_dispatcher->noticeStoreFailure({StoreFailure::Kind::Other, QStringLiteral("refused")});
-    m_dispatcher->warnOfStore(QStringLiteral("refused"));
-    EXPECT_EQ(EngineState::ofRunning(*m_store, *m_dispatcher, std::nullopt)
-                  .value(QStringLiteral("trouble")),
-              QStringList{QStringLiteral("the store: refused")});
+    m_dispatcher->noticeStoreFailure({StoreFailure::Kind::Other, u"refused"_s});
+    m_dispatcher->warnOfStore(u"refused"_s);
+    EXPECT_EQ(EngineState::ofRunning(*m_store, *m_dispatcher, std::nullopt).value(u"trouble"_s),
+              QStringList{u"the store: refused"_s});
 }
 
 TEST_F(EngineServiceOnBus, aListenerThatHasLeftBeforeItsCallIsHandledIsNoListener)
 {
     {
         const QDBusConnection visitor =
-            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("visitor"));
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"visitor"_s);
         QDBusMessage report = QDBusMessage::createMethodCall(
-            m_engineBus.baseService(), QLatin1String(Bus::ObjectPath),
-            QLatin1String(Bus::InterfaceName), QStringLiteral("ReportState"));
+            m_engineBus.baseService(), QLatin1String(Bus::objectPath),
+            QLatin1String(Bus::interfaceName), u"ReportState"_s);
         visitor.asyncCall(report);
         // The bus has passed on what came before this question. The engine is in this thread.
         EXPECT_TRUE(visitor.interface()->isServiceRegistered(visitor.baseService()));
     }
-    QDBusConnection::disconnectFromBus(QStringLiteral("visitor"));
+    QDBusConnection::disconnectFromBus(u"visitor"_s);
 
     const auto listeners = [this] {
         const QDBusPendingCall call = ask("GetState");
         EXPECT_TRUE(isAnswered(call));
         return qdbus_cast<QVariantMap>(call.reply().arguments().value(0))
-            .value(QStringLiteral("listeners"), -1)
+            .value(u"listeners"_s, -1)
             .toInt();
     };
     EXPECT_TRUE(waitUntil([&] { return listeners() == 0; }));
@@ -194,9 +193,11 @@ TEST_F(EngineServiceOnBus, queueingIsReportedAtOnceAndThenInGroups)
         ASSERT_TRUE(isAnswered(askToAdd()));
     ASSERT_EQ(reports.count(), 1);
     EXPECT_EQ(reports.first().constFirst().toInt(), 1);
-    m_time.pass(QueueChangePacer::ShortestInterval);
+    m_time.pass(QueueChangePacer::minInterval);
     ASSERT_EQ(reports.count(), 2);
     EXPECT_EQ(reports.last().constFirst().toInt(), 200);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -6,13 +6,17 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class QueueChangePacerTest : public testing::Test
 {
 protected:
-    static constexpr qint64 s_shortest = QueueChangePacer::ShortestInterval;
-    static constexpr qint64 s_longest = QueueChangePacer::LongestWait;
+    static constexpr qint64 min = QueueChangePacer::minInterval;
+    static constexpr qint64 max = QueueChangePacer::maxWait;
 
     /// After how many milliseconds the next report comes.
     qint64 waitForReport()
@@ -23,8 +27,8 @@ protected:
         return m_time.elapsed() - before;
     }
 
-    QString m_one = QStringLiteral(":1.1");
-    QString m_two = QStringLiteral(":1.2");
+    QString m_one = u":1.1"_s;
+    QString m_two = u":1.2"_s;
     TurnedTime m_time;
     QueueChangePacer m_pacer{m_time};
     QSignalSpy m_reports{&m_pacer, &QueueChangePacer::report};
@@ -41,8 +45,8 @@ TEST_F(QueueChangePacerTest, changesInARowAreReportedTogetherAndTheLastAlways)
     for (int i = 0; i < 1000; ++i)
         m_pacer.queueChanged();
     EXPECT_EQ(m_reports.count(), 1);
-    EXPECT_EQ(waitForReport(), s_shortest);
-    m_time.pass(10 * s_longest);
+    EXPECT_EQ(waitForReport(), min);
+    m_time.pass(10 * max);
     EXPECT_EQ(m_reports.count(), 2);
 }
 
@@ -52,7 +56,7 @@ TEST_F(QueueChangePacerTest, withoutAChangeNothingIsReported)
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
     m_pacer.listenerLeft(m_one);
-    m_time.pass(10 * s_longest);
+    m_time.pass(10 * max);
     EXPECT_EQ(m_reports.count(), 1);
 }
 
@@ -62,7 +66,7 @@ TEST_F(QueueChangePacerTest, aListenerThatFetchedIsToldAfterTheShortestInterval)
     m_pacer.queueChanged();
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
-    EXPECT_EQ(waitForReport(), s_shortest);
+    EXPECT_EQ(waitForReport(), min);
 }
 
 TEST_F(QueueChangePacerTest, theNextReportWaitsForEveryListener)
@@ -72,8 +76,8 @@ TEST_F(QueueChangePacerTest, theNextReportWaitsForEveryListener)
     m_pacer.queueChanged();
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
-    m_pacer.listenerFetched(QStringLiteral(":1.3"));
-    EXPECT_EQ(waitForReport(), s_longest);
+    m_pacer.listenerFetched(u":1.3"_s);
+    EXPECT_EQ(waitForReport(), max);
 }
 
 TEST_F(QueueChangePacerTest, aListenerThatLeftIsNotWaitedFor)
@@ -84,7 +88,7 @@ TEST_F(QueueChangePacerTest, aListenerThatLeftIsNotWaitedFor)
     m_pacer.queueChanged();
     m_pacer.listenerFetched(m_one);
     m_pacer.listenerLeft(m_two);
-    EXPECT_EQ(waitForReport(), s_shortest);
+    EXPECT_EQ(waitForReport(), min);
 }
 
 TEST_F(QueueChangePacerTest, aFetchAfterTheShortestIntervalBringsTheReportAtOnce)
@@ -92,7 +96,7 @@ TEST_F(QueueChangePacerTest, aFetchAfterTheShortestIntervalBringsTheReportAtOnce
     m_pacer.listenerCame(m_one);
     m_pacer.queueChanged();
     m_pacer.queueChanged();
-    m_time.pass(2 * s_shortest);
+    m_time.pass(2 * min);
     EXPECT_EQ(m_reports.count(), 1);
     m_pacer.listenerFetched(m_one);
     EXPECT_EQ(m_reports.count(), 2);
@@ -106,7 +110,9 @@ TEST_F(QueueChangePacerTest, eachReportIsWaitedForAnew)
     m_pacer.queueChanged();
     waitForReport();
     m_pacer.queueChanged();
-    EXPECT_EQ(waitForReport(), s_longest);
+    EXPECT_EQ(waitForReport(), max);
 }
 
 } // namespace
+
+} // namespace norvane

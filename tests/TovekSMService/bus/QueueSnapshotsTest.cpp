@@ -4,21 +4,25 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr auto pageRows = static_cast<qsizetype>(Bus::QueuePageRows);
+constexpr auto pageRows = static_cast<qsizetype>(Bus::queuePageRows);
 
 QList<QueueRow> rowsOf(qsizetype count)
 {
     QList<QueueRow> rows;
     for (qsizetype i = 0; i < count; ++i)
-        rows.append({QStringLiteral("date"), QString::number(i), QStringLiteral("text"), i});
+        rows.append({u"date"_s, QString::number(i), u"text"_s, i});
     return rows;
 }
 
 QString me()
 {
-    return QStringLiteral(":1.1");
+    return u":1.1"_s;
 }
 
 struct Size
@@ -69,14 +73,14 @@ TEST(QueueSnapshots, anUnknownOneIsToldByNumberZero)
     EXPECT_NE(number, 0u);
     EXPECT_EQ(snapshots.page(me(), 0, 0).snapshot, 0u);
     EXPECT_EQ(snapshots.page(me(), number + 1, 0).snapshot, 0u);
-    EXPECT_EQ(snapshots.page(QStringLiteral(":1.2"), number, 0).snapshot, 0u);
+    EXPECT_EQ(snapshots.page(u":1.2"_s, number, 0).snapshot, 0u);
     EXPECT_EQ(snapshots.page(me(), number, 0).snapshot, number);
 }
 
 TEST(QueueSnapshots, ofTwoCallersAreTheirOwn)
 {
     QueueSnapshots snapshots;
-    const QString other = QStringLiteral(":1.2");
+    const QString other = u":1.2"_s;
     const quint64 mine = snapshots.begin(me(), rowsOf(pageRows + 1));
     const quint64 theirs = snapshots.begin(other, rowsOf(pageRows + 2));
     EXPECT_NE(mine, theirs);
@@ -110,3 +114,5 @@ TEST(QueueSnapshots, pagesBehindTheEndAreEmptyAndTheLast)
 }
 
 } // namespace
+
+} // namespace norvane

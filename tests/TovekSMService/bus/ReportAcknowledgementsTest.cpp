@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString one = QStringLiteral(":1.1");
-const QString other = QStringLiteral(":1.2");
+const QString one = u":1.1"_s;
+const QString other = u":1.2"_s;
 constexpr qint64 report = 7;
 
 TEST(ReportAcknowledgements, whatAnAcknowledgerWasToldIsNotHandledUntilItSaysSo)
@@ -76,3 +80,5 @@ TEST(ReportAcknowledgements, whoLeavesHasNothingPendingWhenItComesAgain)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,8 +1,12 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QByteArray s_reset = "AT+CFUN=1,1";
+const QByteArray reset = "AT+CFUN=1,1";
 
 QByteArray cmsError(int number)
 {
@@ -12,7 +16,7 @@ QByteArray cmsError(int number)
 class DispatcherBreaker : public DispatcherFixture
 {
 protected:
-    DispatcherBreaker() { m_line->answers.insert(s_reset, FakeModemLine::answer("OK")); }
+    DispatcherBreaker() { m_line->answers.insert(reset, FakeModemLine::answer("OK")); }
 
     void answerWith(const QList<int> &errors)
     {
@@ -34,14 +38,14 @@ protected:
         return delays;
     }
 
-    qsizetype resets() const { return m_line->commands.count(s_reset); }
-    QStringList warnings() const { return m_events.filter(QStringLiteral("warning")); }
+    qsizetype resets() const { return m_line->commands.count(reset); }
+    QStringList warnings() const { return m_events.filter(u"warning"_s); }
 };
 
 TEST_F(DispatcherBreaker, twoFailuresInARowAreNoTroubleYet)
 {
     answerWith({310, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     sendAll();
     EXPECT_TRUE(warnings().isEmpty());
     EXPECT_EQ(resets(), 0);
@@ -51,39 +55,39 @@ TEST_F(DispatcherBreaker, twoFailuresInARowAreNoTroubleYet)
 TEST_F(DispatcherBreaker, theThirdFailureInARowResetsTheDeviceAndIsToldOnce)
 {
     answerWith({310, 310, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_onSubmission = [this] {
-        EXPECT_EQ(onDisk(QStringLiteral("SELECT attempts FROM message")).toInt(), 0);
+        EXPECT_EQ(onDisk(u"SELECT attempts FROM message"_s).toInt(), 0);
         // Told when the third has failed, not before.
         EXPECT_EQ(warnings().size(), submissions() > 3 ? 1 : 0);
         EXPECT_EQ(resets(), submissions() > 3 ? 1 : 0);
     };
     sendAll();
-    EXPECT_EQ(warnings(), QStringList({QStringLiteral("warning -29")}));
-    const qsizetype told = m_events.indexOf(QStringLiteral("warning -29"));
-    EXPECT_GT(m_events.lastIndexOf(QStringLiteral("info Model 7")), told);
-    EXPECT_TRUE(has(QStringLiteral("sent 600 text 0")));
+    EXPECT_EQ(warnings(), QStringList({u"warning -29"_s}));
+    const qsizetype told = m_events.indexOf(u"warning -29"_s);
+    EXPECT_GT(m_events.lastIndexOf(u"info Model 7"_s), told);
+    EXPECT_TRUE(has(u"sent 600 text 0"_s));
     EXPECT_EQ(m_line->openings, 4);
 }
 
 TEST_F(DispatcherBreaker, theTroubleStandsWhileTheDeviceAnswersAndTakesNoMessage)
 {
     answerWith({310, 310, 310, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_onSubmission = [this] {
-        EXPECT_EQ(m_dispatcher->standingTroubles().size(), submissions() > 3 ? 1 : 0);
+        EXPECT_EQ(m_dispatcher->activeFaults().size(), submissions() > 3 ? 1 : 0);
     };
     sendAll();
     EXPECT_EQ(submissions(), 5);
-    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+    EXPECT_TRUE(m_dispatcher->activeFaults().isEmpty());
 }
 
 TEST_F(DispatcherBreaker, otherFailuresOfTheSameTroubleAreNotToldAgain)
 {
     answerWith({310, 313, 310, 313, 330, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     sendAll();
-    EXPECT_EQ(warnings(), QStringList({QStringLiteral("warning -29")}));
+    EXPECT_EQ(warnings(), QStringList({u"warning -29"_s}));
     EXPECT_EQ(resets(), 1);
     EXPECT_EQ(submissions(), 7);
 }
@@ -93,7 +97,7 @@ TEST_F(DispatcherBreaker, theDelayBetweenItsTriesGrows)
     m_settings.breakerFailures = 100; // a reset would take its own time
     makeDispatcher();
     answerWith({310, 310, 310, 310, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     QList<qint64> openings;
     m_line->onOpen = [&] { openings << m_time.elapsed(); };
     sendAll();
@@ -110,7 +114,7 @@ TEST_F(DispatcherBreaker, resetsAgainWhenTheIntervalIsOver)
     m_settings.resetInterval = 0;
     makeDispatcher();
     answerWith({310, 310, 310, 310, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     sendAll();
     EXPECT_EQ(resets(), 3);
 }
@@ -122,7 +126,7 @@ TEST_F(DispatcherBreaker, anEngineThatComesUpAgainKeepsTheInterval)
         makeDispatcher();
         m_line->commands.clear();
         answerWith({310, 310, 310, 0});
-        add(QStringLiteral("600"));
+        add(u"600"_s);
         m_store->setToRun(true);
         m_dispatcher->resume();
         ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
@@ -136,7 +140,7 @@ TEST_F(DispatcherBreaker, theNumberOfFailuresIsASetting)
     m_settings.breakerFailures = 5;
     makeDispatcher();
     answerWith({310, 310, 310, 310, 0});
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     sendAll();
     EXPECT_TRUE(warnings().isEmpty());
     EXPECT_EQ(resets(), 0);
@@ -145,8 +149,8 @@ TEST_F(DispatcherBreaker, theNumberOfFailuresIsASetting)
 TEST_F(DispatcherBreaker, aPartThatGoesOutEndsTheRow)
 {
     answerWith({310, 310, 0, 310, 310, 0});
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     sendAll();
     EXPECT_TRUE(warnings().isEmpty());
     EXPECT_EQ(resets(), 0);
@@ -155,21 +159,20 @@ TEST_F(DispatcherBreaker, aPartThatGoesOutEndsTheRow)
 TEST_F(DispatcherBreaker, aFailureOfAnotherKindShowsThatTheDeviceWorksAndEndsTheRow)
 {
     answerWith({310, 310, 28, 310, 310, 0});
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     sendAll();
     EXPECT_TRUE(warnings().isEmpty());
-    EXPECT_TRUE(has(QStringLiteral("failed 600 text -36")));
+    EXPECT_TRUE(has(u"failed 600 text -36"_s));
 }
 
 TEST_F(DispatcherBreaker, afterARowHasEndedItIsToldAnew)
 {
     answerWith({310, 310, 310, 0, 310, 310, 310, 0});
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     sendAll();
-    EXPECT_EQ(warnings(),
-              QStringList({QStringLiteral("warning -29"), QStringLiteral("warning -29")}));
+    EXPECT_EQ(warnings(), QStringList({u"warning -29"_s, u"warning -29"_s}));
     // And the device was reset once, all the same.
     EXPECT_EQ(resets(), 1);
 }
@@ -179,61 +182,58 @@ TEST_F(DispatcherBreaker, aDeviceThatIsOnlyAwayIsNotReset)
     m_line->openError = LineError::NoSuchDevice;
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_line->openings == 4; }));
-    EXPECT_EQ(warnings(), QStringList({QStringLiteral("warning -2")}));
+    EXPECT_EQ(warnings(), QStringList({u"warning -2"_s}));
     m_line->openError = LineError::None;
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PUK"));
     const int before = m_line->openings;
     ASSERT_TRUE(until([&] { return m_line->openings >= before + 4; }));
     // Nor is one whose SIM waits for the operator.
     EXPECT_EQ(resets(), 0);
-    EXPECT_EQ(count(QStringLiteral("warning -31")), 1);
+    EXPECT_EQ(count(u"warning -31"_s), 1);
 }
 
 TEST_F(DispatcherBreaker, aMessageThatTheDeviceRefusesAloneHoldsUpNoOther)
 {
-    add(QStringLiteral("600"), QStringLiteral("odd"));
-    add(QStringLiteral("601"));
-    add(QStringLiteral("602"));
+    add(u"600"_s, u"odd"_s);
+    add(u"601"_s);
+    add(u"602"_s);
     m_onSubmission = [this] {
         // The fake line decides by the message that is in progress on disk.
         const bool isOdd =
-            onDisk(QStringLiteral("SELECT phone FROM message WHERE state = 1")).toString() ==
-            QLatin1String("600");
+            onDisk(u"SELECT phone FROM message WHERE state = 1"_s).toString() == "600"_L1;
         m_line->submitAnswer = isOdd ? cmsError(302) : FakeModemLine::info("+CMGS: 1");
     };
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] {
-        return has(QStringLiteral("sent 601 text 2")) && has(QStringLiteral("sent 602 text 1"));
-    }));
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT attempts FROM message")).toInt(), 0);
+    ASSERT_TRUE(until([this] { return has(u"sent 601 text 2"_s) && has(u"sent 602 text 1"_s); }));
+    EXPECT_EQ(onDisk(u"SELECT attempts FROM message"_s).toInt(), 0);
     // From now on it is known that the device takes others: its refusals use up attempts.
     for (int attempt = 1; attempt <= 4; ++attempt) {
         m_clock.now = m_clock.now.addSecs(7200);
         ASSERT_TRUE(until([&] {
             return m_store->size() == 0 ||
-                   onDisk(QStringLiteral("SELECT attempts FROM message")).toInt() == attempt;
+                   onDisk(u"SELECT attempts FROM message"_s).toInt() == attempt;
         }));
     }
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("failed 600 odd -20")); }));
+    ASSERT_TRUE(until([this] { return has(u"failed 600 odd -20"_s); }));
     EXPECT_EQ(m_store->size(), 0);
 }
 
 TEST_F(DispatcherBreaker, aDeviceThatRefusesEveryMessageUsesUpNoAttempts)
 {
     m_line->submitAnswer = cmsError(302);
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     for (int round = 0; round < 3; ++round) {
         ASSERT_TRUE(until([this] {
-            return onDisk(QStringLiteral("SELECT COUNT(*) FROM message WHERE due <= '%1'")
-                              .arg(m_clock.wallClockText()))
+            return onDisk(u"SELECT COUNT(*) FROM message WHERE due <= '%1'"_s.arg(
+                              m_clock.wallClockText()))
                        .toInt() == 0;
         }));
         m_clock.now = m_clock.now.addSecs(60);
     }
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT SUM(attempts) FROM message")).toInt(), 0);
-    EXPECT_EQ(warnings(), QStringList({QStringLiteral("warning -20")}));
+    EXPECT_EQ(onDisk(u"SELECT SUM(attempts) FROM message"_s).toInt(), 0);
+    EXPECT_EQ(warnings(), QStringList({u"warning -20"_s}));
     m_line->submitAnswer = FakeModemLine::info("+CMGS: 1");
     m_clock.now = m_clock.now.addSecs(7200);
     EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
@@ -255,11 +255,13 @@ TEST_F(DispatcherLosses, threeLostAnswersInARowPauseSendingToo)
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 4);
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")).size(), 3);
-    EXPECT_TRUE(has(QStringLiteral("sent 603 text 0")));
+    EXPECT_EQ(eventsButQueue().filter(u"failed"_s).size(), 3);
+    EXPECT_TRUE(has(u"sent 603 text 0"_s));
     // One for each message, and one for the device.
-    EXPECT_EQ(count(QStringLiteral("warning -39")), 4);
-    EXPECT_EQ(m_line->commands.count(s_reset), 1);
+    EXPECT_EQ(count(u"warning -39"_s), 4);
+    EXPECT_EQ(m_line->commands.count(reset), 1);
 }
 
 } // namespace
+
+} // namespace norvane

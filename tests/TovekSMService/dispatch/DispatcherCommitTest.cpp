@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What is on disk when, between one part and the next.
@@ -9,13 +13,12 @@ protected:
     /// No part to this phone can be noted as leaving.
     void refuse(const QString &phone)
     {
-        m_other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE OF state ON message WHEN "
-                                   "NEW.state = 1 AND OLD.phone = '%1' BEGIN SELECT "
-                                   "RAISE(ABORT, 'refused'); END")
-                        .arg(phone));
+        m_other.run(u"CREATE TRIGGER refuse BEFORE UPDATE OF state ON message WHEN "
+                    "NEW.state = 1 AND OLD.phone = '%1' BEGIN SELECT "
+                    "RAISE(ABORT, 'refused'); END"_s.arg(phone));
     }
 
-    void allow() { m_other.run(QStringLiteral("DROP TRIGGER refuse")); }
+    void allow() { m_other.run(u"DROP TRIGGER refuse"_s); }
 
     NotedLog m_log;
     OtherConnection m_other{file()};
@@ -25,45 +28,43 @@ TEST_F(DispatcherCommit, theNextPartBeginsWhenTheOutcomeOfTheLastIsOnDisk)
 {
     QStringList seen;
     m_onSubmission = [&] {
-        seen << onDisk(QStringLiteral("SELECT (SELECT COUNT(*) FROM outcome) || ' ' || "
-                                      "(SELECT group_concat(phone) FROM message WHERE state = 1)"))
+        seen << onDisk(u"SELECT (SELECT COUNT(*) FROM outcome) || ' ' || "
+                       "(SELECT group_concat(phone) FROM message WHERE state = 1)"_s)
                     .toString();
     };
     for (const char *const phone : {"600", "601", "602"})
         add(QLatin1String(phone));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(seen, QStringList({QStringLiteral("0 600"), QStringLiteral("1 601"),
-                                 QStringLiteral("2 602")}));
+    EXPECT_EQ(seen, QStringList({u"0 600"_s, u"1 601"_s, u"2 602"_s}));
 }
 
 TEST_F(DispatcherCommit, theOutcomeAndTheNextPartsNoteAreTriedInOneCommit)
 {
-    refuse(QStringLiteral("601"));
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    refuse(u"601"_s);
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("can't be used")) >= 2; }));
+    ASSERT_TRUE(until([this] { return m_log.count(u"can't be used"_s) >= 2; }));
     // The outcome fell with the note once, and was then kept without it.
-    EXPECT_EQ(m_log.count(QStringLiteral("outcome waits")), 1);
-    EXPECT_TRUE(has(QStringLiteral("sent 600 text 1")));
+    EXPECT_EQ(m_log.count(u"outcome waits"_s), 1);
+    EXPECT_TRUE(has(u"sent 600 text 1"_s));
     EXPECT_EQ(submissions(), 1);
     allow();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 601 text 0")); }));
+    ASSERT_TRUE(until([this] { return has(u"sent 601 text 0"_s); }));
     EXPECT_EQ(submissions(), 2);
 }
 
 TEST_F(DispatcherCommit, theSameHoldsBetweenThePartsOfOneMessage)
 {
-    m_other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE OF state ON message WHEN "
-                               "NEW.state = 1 AND OLD.parts_sent = 1 BEGIN SELECT "
-                               "RAISE(ABORT, 'refused'); END"));
-    add(QStringLiteral("600"), longText(2));
+    m_other.run(u"CREATE TRIGGER refuse BEFORE UPDATE OF state ON message WHEN "
+                "NEW.state = 1 AND OLD.parts_sent = 1 BEGIN SELECT "
+                "RAISE(ABORT, 'refused'); END"_s);
+    add(u"600"_s, longText(2));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("can't be used")) >= 1; }));
-    EXPECT_EQ(m_log.count(QStringLiteral("outcome waits")), 1);
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT state || ' ' || parts_sent FROM message")).toString(),
-              QStringLiteral("2 1"));
+    ASSERT_TRUE(until([this] { return m_log.count(u"can't be used"_s) >= 1; }));
+    EXPECT_EQ(m_log.count(u"outcome waits"_s), 1);
+    EXPECT_EQ(onDisk(u"SELECT state || ' ' || parts_sent FROM message"_s).toString(), u"2 1"_s);
     allow();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 2);
@@ -88,14 +89,13 @@ TEST_P(DispatcherNoFollower, beginsWhenSomethingElseHasItsTurn)
         GetParam().what(*m_dispatcher);
         QObject::connect(
             m_dispatcher.get(), &Dispatcher::sent, [this, &submitted](const QString &phone) {
-                if (phone == QLatin1String("600"))
+                if (phone == "600"_L1)
                     submitted = static_cast<int>(
-                        onDisk(QStringLiteral("SELECT COUNT(*) FROM message WHERE state = 1"))
-                            .toInt());
+                        onDisk(u"SELECT COUNT(*) FROM message WHERE state = 1"_s).toInt());
             });
     };
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([&] { return submitted >= 0; }));
     EXPECT_EQ(submitted, 0);
@@ -108,6 +108,8 @@ INSTANTIATE_TEST_SUITE_P(
                     NoFollower{"applySettings", [](Dispatcher &engine) { engine.applySettings(); }},
                     NoFollower{"testDevice",
                                [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
-    [](const auto &wish) { return std::string(wish.param.name); });
+    [](const auto &action) { return std::string(action.param.name); });
 
 } // namespace
+
+} // namespace norvane

@@ -1,8 +1,12 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QByteArray s_pinCommand = "AT+CPIN=\"4711\"";
+const QByteArray pinCommand = "AT+CPIN=\"4711\"";
 
 class DispatcherDeviceLife : public DispatcherFixture
 {
@@ -11,15 +15,14 @@ protected:
 
     void test()
     {
-        m_dispatcher->testDevice(
-            [this](qint32 result) { m_events << QStringLiteral("tested %1").arg(result); });
+        m_dispatcher->testDevice([this](qint32 result) { m_events << u"tested %1"_s.arg(result); });
     }
 };
 
 TEST_F(DispatcherDeviceLife, aDeviceThatComesBackUnderAnotherNameIsFoundByItsImei)
 {
-    configure(QStringLiteral("/dev/fake, 9600"));
-    m_ports = {QStringLiteral("/dev/other"), QStringLiteral("/dev/back")};
+    configure(u"/dev/fake, 9600"_s);
+    m_ports = {u"/dev/other"_s, u"/dev/back"_s};
     m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
         const bool isOther = m_line->openedDevice == m_ports.at(0);
         return isOther && command == "AT+CGSN"
@@ -27,34 +30,32 @@ TEST_F(DispatcherDeviceLife, aDeviceThatComesBackUnderAnotherNameIsFoundByItsIme
                    : std::nullopt;
     };
     startReady();
-    EXPECT_EQ(m_store->deviceImei(QStringLiteral("/dev/fake, 9600")),
-              QStringLiteral("490154203237518"));
+    EXPECT_EQ(m_store->deviceImei(u"/dev/fake, 9600"_s), u"490154203237518"_s);
 
     // In mid-message, before the payload, and after a restart of the engine too.
-    m_line->openErrors.insert(QStringLiteral("/dev/fake"), LineError::NoSuchDevice);
+    m_line->openErrors.insert(u"/dev/fake"_s, LineError::NoSuchDevice);
     m_line->breakAfterHeard = 4;
-    add(QStringLiteral("600"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    add(u"600"_s);
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(m_line->openedDevice, m_ports.at(1));
     EXPECT_EQ(m_line->payloads.size(), 1);
-    EXPECT_EQ(m_events.filter(QStringLiteral("warning")),
-              QStringList({QStringLiteral("warning -5")}));
+    EXPECT_EQ(m_events.filter(u"warning"_s), QStringList({u"warning -5"_s}));
     makeDispatcher();
     m_events.clear();
     m_dispatcher->resume();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
+    ASSERT_TRUE(until([this] { return has(u"info Model 7"_s); }));
     EXPECT_EQ(m_line->openedDevice, m_ports.at(1));
 }
 
 TEST_F(DispatcherDeviceLife, withOtherSettingsTheOldDeviceIsNotLookedFor)
 {
-    configure(QStringLiteral("/dev/fake, 9600"));
+    configure(u"/dev/fake, 9600"_s);
     startReady();
-    m_ports = {QStringLiteral("/dev/back")};
-    m_line->openErrors.insert(QStringLiteral("/dev/new"), LineError::NoSuchDevice);
-    configure(QStringLiteral("/dev/new, 9600"));
+    m_ports = {u"/dev/back"_s};
+    m_line->openErrors.insert(u"/dev/new"_s, LineError::NoSuchDevice);
+    configure(u"/dev/new, 9600"_s);
     m_dispatcher->applySettings();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     EXPECT_FALSE(m_line->openedDevices.contains(m_ports.at(0)));
 }
 
@@ -67,9 +68,9 @@ TEST_F(DispatcherDeviceLife, theSignalIsAskedForAgainNowAndThenWithoutAnEvent)
     ASSERT_TRUE(until([this] { return m_dispatcher->knownDevice()->signal == 100; }));
     m_line->answers.insert("AT+CSQ", FakeModemLine::info("+CSQ: 0,0"));
     ASSERT_TRUE(until([this] { return m_dispatcher->knownDevice()->signal == 0; }));
-    add(QStringLiteral("600"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
-    EXPECT_EQ(count(QStringLiteral("info Model 7")), 1);
+    add(u"600"_s);
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
+    EXPECT_EQ(count(u"info Model 7"_s), 1);
 
     m_dispatcher->stop();
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Closed; }));
@@ -84,23 +85,19 @@ class DispatcherPin : public DispatcherDeviceLife
 protected:
     DispatcherPin()
     {
-        m_store->setDeviceSettings(
-            {0, QStringLiteral("4711"), 1, 1, QStringLiteral("/dev/fake, 9600")});
+        m_store->setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
         m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
-        m_line->answers.insert(s_pinCommand, QByteArray());
+        m_line->answers.insert(pinCommand, QByteArray());
     }
 
     void startUntilThePinHasLeft()
     {
         m_dispatcher->start();
-        ASSERT_TRUE(until([this] { return m_line->commands.contains(s_pinCommand); }));
+        ASSERT_TRUE(until([this] { return m_line->commands.contains(pinCommand); }));
         EXPECT_TRUE(m_modem->awaitsPinOutcome());
     }
 
-    PinHistory history() const
-    {
-        return m_gate.history.value(QStringLiteral("8934071100275844103/4711"));
-    }
+    PinHistory history() const { return m_gate.history.value(u"8934071100275844103/4711"_s); }
 
     void answer(const QByteArray &answer)
     {
@@ -122,7 +119,7 @@ TEST_F(DispatcherPin, aStopWaitsForTheWordOfTheSim)
     EXPECT_EQ(m_dispatcher->status(), 0);
     answer("OK");
     EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
-    EXPECT_FALSE(has(QStringLiteral("info Model 7")));
+    EXPECT_FALSE(has(u"info Model 7"_s));
 }
 
 TEST_F(DispatcherPin, aRefusalThatComesAfterTheStopIsOnRecordToo)
@@ -138,22 +135,22 @@ TEST_F(DispatcherPin, theEndOfTheEngineWaitsForTheWordOfTheSim)
     startUntilThePinHasLeft();
     m_dispatcher->finish();
     takeTurns();
-    EXPECT_FALSE(has(QStringLiteral("finished")));
+    EXPECT_FALSE(has(u"finished"_s));
     answer("OK");
     EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("finished")); }));
+    EXPECT_TRUE(until([this] { return has(u"finished"_s); }));
 }
 
 TEST_F(DispatcherPin, newSettingsWaitForTheWordOfTheSim)
 {
     startUntilThePinHasLeft();
-    configure(QStringLiteral("/dev/next, 9600"));
+    configure(u"/dev/next, 9600"_s);
     m_dispatcher->applySettings();
     takeTurns();
     EXPECT_EQ(m_line->openings, 1);
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: READY"));
     m_line->say(FakeModemLine::answer("OK"));
-    ASSERT_TRUE(until([this] { return m_line->openedDevice == QStringLiteral("/dev/next"); }));
+    ASSERT_TRUE(until([this] { return m_line->openedDevice == u"/dev/next"_s; }));
     EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
 }
 
@@ -176,7 +173,7 @@ protected:
         m_events.clear();
         const qint64 before = m_time.elapsed();
         test();
-        EXPECT_TRUE(until([this] { return !m_events.filter(QStringLiteral("tested")).isEmpty(); }));
+        EXPECT_TRUE(until([this] { return !m_events.filter(u"tested"_s).isEmpty(); }));
         return m_time.elapsed() - before;
     }
 
@@ -186,23 +183,23 @@ protected:
 
 TEST_P(DispatcherHalfDeaf, isTestedWithinTheLimit)
 {
-    EXPECT_LE(testTakes(), Bus::TestDeviceAnswer);
+    EXPECT_LE(testTakes(), Bus::testDeviceAnswer);
 
     m_deaf = false;
     startReady();
     m_deaf = true;
-    EXPECT_LE(testTakes(), Bus::TestDeviceAnswer);
+    EXPECT_LE(testTakes(), Bus::testDeviceAnswer);
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryNth, DispatcherHalfDeaf, testing::Values(1, 2, 3, 5));
 
-struct Trouble
+struct Fault
 {
     const char *name;
     void (*make)(FakeModemLine &line);
 };
 
-class DispatcherIdling : public DispatcherDeviceLife, public testing::WithParamInterface<Trouble>
+class DispatcherIdling : public DispatcherDeviceLife, public testing::WithParamInterface<Fault>
 {
 protected:
     DispatcherIdling() : DispatcherDeviceLife(shortTimings()) {}
@@ -211,11 +208,11 @@ protected:
 /// What the engine does on its own, it does at an alarm: few of them are few things done.
 TEST_P(DispatcherIdling, withADeviceInTroubleDoesLittleBetweenItsTries)
 {
-    m_retryTimes.shortestReopenMs = 50;
-    m_retryTimes.longestReopenMs = 400;
+    m_retryTimes.minReopenMs = 50;
+    m_retryTimes.maxReopenMs = 400;
     makeDispatcher();
-    m_ports = {QStringLiteral("/dev/a"), QStringLiteral("/dev/b")};
-    add(QStringLiteral("600"));
+    m_ports = {u"/dev/a"_s, u"/dev/b"_s};
+    add(u"600"_s);
     GetParam().make(*m_line);
     NotedLog log;
     m_dispatcher->start();
@@ -224,22 +221,24 @@ TEST_P(DispatcherIdling, withADeviceInTroubleDoesLittleBetweenItsTries)
     EXPECT_LE(m_line->commands.size(), 5 * 40);
     EXPECT_EQ(m_store->size(), 1);
     EXPECT_TRUE(m_line->payloads.isEmpty());
-    EXPECT_EQ(m_events.filter(QStringLiteral("warning")).size(), 1);
+    EXPECT_EQ(m_events.filter(u"warning"_s).size(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Troubles, DispatcherIdling,
     testing::Values(
-        Trouble{"absent", [](FakeModemLine &line) { line.openError = LineError::NoSuchDevice; }},
-        Trouble{"held", [](FakeModemLine &line) { line.openError = LineError::HeldByAnother; }},
-        Trouble{"silent", [](FakeModemLine &line) { line.silent = true; }},
-        Trouble{"garbage",
-                [](FakeModemLine &line) {
-                    line.onCommand = [](const QByteArray &) {
-                        return std::optional(QByteArray("\xF0\x0F\r\n\x81 xyz\r\n"));
-                    };
-                }},
-        Trouble{"promptless", [](FakeModemLine &line) { line.prompt.clear(); }}),
-    [](const auto &trouble) { return std::string(trouble.param.name); });
+        Fault{"absent", [](FakeModemLine &line) { line.openError = LineError::NoSuchDevice; }},
+        Fault{"held", [](FakeModemLine &line) { line.openError = LineError::HeldByAnother; }},
+        Fault{"silent", [](FakeModemLine &line) { line.silent = true; }},
+        Fault{"garbage",
+              [](FakeModemLine &line) {
+                  line.onCommand = [](const QByteArray &) {
+                      return std::optional(QByteArray("\xF0\x0F\r\n\x81 xyz\r\n"));
+                  };
+              }},
+        Fault{"promptless", [](FakeModemLine &line) { line.prompt.clear(); }}),
+    [](const auto &fault) { return std::string(fault.param.name); });
 
 } // namespace
+
+} // namespace norvane

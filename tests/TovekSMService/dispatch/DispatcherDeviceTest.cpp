@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DispatcherDevice : public DispatcherFixture
@@ -7,13 +11,12 @@ class DispatcherDevice : public DispatcherFixture
 protected:
     void test()
     {
-        m_dispatcher->testDevice(
-            [this](qint32 result) { m_events << QStringLiteral("tested %1").arg(result); });
+        m_dispatcher->testDevice([this](qint32 result) { m_events << u"tested %1"_s.arg(result); });
     }
 
     bool isTested(int result, int times = 1)
     {
-        return until([&] { return count(QStringLiteral("tested %1").arg(result)) == times; });
+        return until([&] { return count(u"tested %1"_s.arg(result)) == times; });
     }
 
     bool isClosed()
@@ -24,15 +27,14 @@ protected:
 
 TEST_F(DispatcherDevice, aStoppedEngineOpensTestsAndClosesTheDevice)
 {
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     test();
     ASSERT_TRUE(isTested(1));
-    EXPECT_EQ(eventsButQueue(),
-              QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+    EXPECT_EQ(eventsButQueue(), QStringList({u"info Model 7"_s, u"tested 1"_s}));
     EXPECT_TRUE(isClosed());
     EXPECT_EQ(m_line->openings, 1);
     EXPECT_EQ(submissions(), 0);
-    EXPECT_EQ(m_dispatcher->knownDevice()->model, QStringLiteral("Model 7"));
+    EXPECT_EQ(m_dispatcher->knownDevice()->model, u"Model 7"_s);
 }
 
 TEST_F(DispatcherDevice, aRunningEngineAsksTheDeviceThatItHas)
@@ -42,30 +44,29 @@ TEST_F(DispatcherDevice, aRunningEngineAsksTheDeviceThatItHas)
     m_line->answers.insert("AT+CSQ", FakeModemLine::info("+CSQ: 31,0"));
     test();
     ASSERT_TRUE(isTested(1));
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+    EXPECT_EQ(m_events, QStringList({u"info Model 7"_s, u"tested 1"_s}));
     EXPECT_EQ(m_dispatcher->knownDevice()->signal, 100);
     EXPECT_EQ(m_line->openings, 1);
-    add(QStringLiteral("600"));
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    add(u"600"_s);
+    EXPECT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
 }
 
 TEST_F(DispatcherDevice, aTestWaitsBehindThePartInProgressAndGoesBeforeTheNextOne)
 {
     m_line->submitAnswer.clear();
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     m_events.clear();
     m_dispatcher->stop();
     test();
     takeTurns();
-    EXPECT_EQ(eventsButQueue(), QStringList({QStringLiteral("status 0")}));
+    EXPECT_EQ(eventsButQueue(), QStringList({u"status 0"_s}));
     m_line->say(FakeModemLine::info("+CMGS: 9"));
     ASSERT_TRUE(isTested(1));
     EXPECT_EQ(eventsButQueue(),
-              QStringList({QStringLiteral("status 0"), QStringLiteral("sent 600 text 1"),
-                           QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+              QStringList({u"status 0"_s, u"sent 600 text 1"_s, u"info Model 7"_s, u"tested 1"_s}));
     EXPECT_EQ(submissions(), 1);
     EXPECT_TRUE(isClosed());
 }
@@ -76,14 +77,13 @@ TEST_F(DispatcherDevice, aTestGoesBeforeTheMessagesOfARunningEngine)
         m_onSubmission = nullptr;
         test();
     };
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(eventsButQueue(),
-              QStringList({QStringLiteral("status 1"), QStringLiteral("info Model 7"),
-                           QStringLiteral("sent 600 text 1"), QStringLiteral("info Model 7"),
-                           QStringLiteral("tested 1"), QStringLiteral("sent 601 text 0")}));
+              QStringList({u"status 1"_s, u"info Model 7"_s, u"sent 600 text 1"_s,
+                           u"info Model 7"_s, u"tested 1"_s, u"sent 601 text 0"_s}));
 }
 
 TEST_F(DispatcherDevice, testsOfSeveralAreAnsweredTogether)
@@ -99,14 +99,14 @@ TEST_F(DispatcherDevice, aTestIsAnsweredInTimeWhateverTheDeviceDoes)
     m_timings.testAnswerMs = 100;
     makeDispatcher();
     m_line->submitAnswer.clear();
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     test();
     ASSERT_TRUE(isTested(-39));
     // The part goes on, and so does the next test.
     m_line->say(FakeModemLine::info("+CMGS: 9"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     test();
     EXPECT_TRUE(isTested(1));
 }
@@ -134,7 +134,7 @@ TEST_F(DispatcherDevice, aTestThatTheSimFailsGivesItsCode)
     m_events.clear();
     test();
     EXPECT_TRUE(isTested(-31));
-    EXPECT_FALSE(has(QStringLiteral("info Model 7")));
+    EXPECT_FALSE(has(u"info Model 7"_s));
 }
 
 struct WrongSettings
@@ -161,31 +161,31 @@ TEST_P(DispatcherWrongSettings, failATestWithTheirCode)
 {
     test();
     EXPECT_TRUE(isTested(GetParam().code));
-    EXPECT_EQ(eventsButQueue(), QStringList({QStringLiteral("warning %1").arg(GetParam().code),
-                                             QStringLiteral("tested %1").arg(GetParam().code)}));
+    EXPECT_EQ(eventsButQueue(), QStringList({u"warning %1"_s.arg(GetParam().code),
+                                             u"tested %1"_s.arg(GetParam().code)}));
     EXPECT_TRUE(isClosed());
 }
 
 TEST_P(DispatcherWrongSettings, areToldOnceWhileTheQueueIsKeptAndTheEngineGoesOnTrying)
 {
     NotedLog log;
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
-    const QString warning = QStringLiteral("warning %1").arg(GetParam().code);
+    const QString warning = u"warning %1"_s.arg(GetParam().code);
     ASSERT_TRUE(until([&] { return has(warning); }));
 
     // A device that is there now is found without being told; settings have to be applied.
     m_line->openError = LineError::None;
     if (GetParam().lineError == LineError::None) {
-        configure(QStringLiteral("/dev/fake, 115200"));
+        configure(u"/dev/fake, 115200"_s);
         m_dispatcher->applySettings();
     }
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(count(warning), 1);
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("warning")).size(), 1);
+    EXPECT_EQ(eventsButQueue().filter(u"warning"_s).size(), 1);
     if (GetParam().lineError != LineError::None)
         return;
-    EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/fake"));
+    EXPECT_EQ(m_line->openedDevice, u"/dev/fake"_s);
     EXPECT_EQ(m_line->openedBaud, 115200);
 }
 
@@ -211,24 +211,24 @@ TEST_F(DispatcherDevice, aDeviceThatStaysAwayIsTriedAgainWithGrowingDelaysAndTol
     m_dispatcher->start();
     ASSERT_TRUE(until([&] { return openings.size() == 5; }));
     EXPECT_EQ(openings, QList<qint64>({0, 20, 20 + 40, 20 + 40 + 80, 20 + 40 + 80 + 80}));
-    EXPECT_EQ(count(QStringLiteral("warning -2")), 1);
+    EXPECT_EQ(count(u"warning -2"_s), 1);
     m_line->openError = LineError::None;
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
+    EXPECT_TRUE(until([this] { return has(u"info Model 7"_s); }));
 }
 
 TEST_F(DispatcherDevice, startAndNewSettingsTryAtOnceAndTellTheTroubleAnew)
 {
-    m_retryTimes.shortestReopenMs = 3'600'000;
-    m_retryTimes.longestReopenMs = 3'600'000;
+    m_retryTimes.minReopenMs = 3'600'000;
+    m_retryTimes.maxReopenMs = 3'600'000;
     makeDispatcher();
     m_line->openError = LineError::NoSuchDevice;
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -2")) == 1; }));
+    ASSERT_TRUE(until([this] { return count(u"warning -2"_s) == 1; }));
     m_dispatcher->applySettings();
-    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -2")) == 2; }));
+    ASSERT_TRUE(until([this] { return count(u"warning -2"_s) == 2; }));
     m_dispatcher->stop();
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -2")) == 3; }));
+    ASSERT_TRUE(until([this] { return count(u"warning -2"_s) == 3; }));
     m_line->openError = LineError::None;
     test();
     EXPECT_TRUE(isTested(1));
@@ -242,19 +242,19 @@ TEST_F(DispatcherDevice, aTroubleIsForgottenWhenTheDeviceHasBeenReadyForAWhile)
     startReady();
     for (int times = 1; times <= 3; ++times) {
         m_line->breakOff();
-        ASSERT_TRUE(until([&] { return count(QStringLiteral("warning -5")) == times; })) << times;
+        ASSERT_TRUE(until([&] { return count(u"warning -5"_s) == times; })) << times;
         ASSERT_TRUE(until([&] { return m_line->openings == times + 1; }));
         ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
         m_time.pass(m_timings.steadyMs);
     }
     // A moment less, and it is the same trouble still.
     m_line->breakOff();
-    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -5")) == 4; }));
+    ASSERT_TRUE(until([this] { return count(u"warning -5"_s) == 4; }));
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
     m_time.pass(m_timings.steadyMs - 1);
     m_line->breakOff();
     ASSERT_TRUE(until([this] { return m_line->openings == 6; }));
-    EXPECT_EQ(count(QStringLiteral("warning -5")), 4);
+    EXPECT_EQ(count(u"warning -5"_s), 4);
 }
 
 TEST_F(DispatcherDevice, aDeviceThatComesAndGoesIsToldOnce)
@@ -265,18 +265,18 @@ TEST_F(DispatcherDevice, aDeviceThatComesAndGoesIsToldOnce)
         ASSERT_TRUE(until([&] { return m_line->openings == times + 1; }));
         ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
     }
-    EXPECT_EQ(count(QStringLiteral("warning -5")), 1);
-    EXPECT_EQ(count(QStringLiteral("info Model 7")), 4);
+    EXPECT_EQ(count(u"warning -5"_s), 1);
+    EXPECT_EQ(count(u"info Model 7"_s), 4);
 }
 
 TEST_F(DispatcherDevice, newSettingsWaitForThePartInProgressAndThenComeIntoForce)
 {
     m_line->submitAnswer.clear();
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
-    configure(QStringLiteral("/dev/other, 300"));
+    configure(u"/dev/other, 300"_s);
     m_dispatcher->applySettings();
     takeTurns();
     EXPECT_EQ(m_line->openings, 1);
@@ -284,16 +284,16 @@ TEST_F(DispatcherDevice, newSettingsWaitForThePartInProgressAndThenComeIntoForce
     m_line->say(m_line->submitAnswer);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->openings, 2);
-    EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/other"));
-    EXPECT_EQ(taken(), QStringList({QStringLiteral("600 text"), QStringLiteral("601 text")}));
+    EXPECT_EQ(m_line->openedDevice, u"/dev/other"_s);
+    EXPECT_EQ(taken(), QStringList({u"600 text"_s, u"601 text"_s}));
 }
 
 TEST_F(DispatcherDevice, aStartPutsNewSettingsInForce)
 {
     startReady();
-    configure(QStringLiteral("/dev/other, 300"));
+    configure(u"/dev/other, 300"_s);
     m_dispatcher->start();
-    EXPECT_TRUE(until([this] { return m_line->openedDevice == QStringLiteral("/dev/other"); }));
+    EXPECT_TRUE(until([this] { return m_line->openedDevice == u"/dev/other"_s; }));
     EXPECT_EQ(m_line->openings, 2);
 }
 
@@ -309,20 +309,20 @@ TEST_F(DispatcherDevice, settingsThatWereOnlyStoredAreNotInForce)
 {
     startReady();
     m_dispatcher->stop();
-    configure(QStringLiteral("/dev/other, 300"));
+    configure(u"/dev/other, 300"_s);
     test();
     EXPECT_TRUE(isTested(1));
-    EXPECT_NE(m_line->openedDevice, QStringLiteral("/dev/other"));
+    EXPECT_NE(m_line->openedDevice, u"/dev/other"_s);
 }
 
 TEST_F(DispatcherDevice, aDeviceThatWasLostIsNoLongerKnown)
 {
     startReady();
     ASSERT_TRUE(m_dispatcher->knownDevice().has_value());
-    configure(QStringLiteral("/dev/other, 300"));
+    configure(u"/dev/other, 300"_s);
     m_line->openError = LineError::NoSuchDevice;
     m_dispatcher->applySettings();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     EXPECT_FALSE(m_dispatcher->knownDevice().has_value());
 }
 
@@ -348,11 +348,11 @@ TEST_F(DispatcherDevice, newSettingsWhileTheDeviceIsOpenedBeginAnew)
 {
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Initialising; }));
-    configure(QStringLiteral("/dev/other, 300"));
+    configure(u"/dev/other, 300"_s);
     m_dispatcher->applySettings();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("info Model 7")); }));
-    EXPECT_EQ(m_line->openedDevice, QStringLiteral("/dev/other"));
-    EXPECT_EQ(count(QStringLiteral("info Model 7")), 1);
+    ASSERT_TRUE(until([this] { return has(u"info Model 7"_s); }));
+    EXPECT_EQ(m_line->openedDevice, u"/dev/other"_s);
+    EXPECT_EQ(count(u"info Model 7"_s), 1);
 }
 
 TEST_F(DispatcherDevice, aStopClosesTheDevice)
@@ -368,8 +368,7 @@ TEST_F(DispatcherDevice, aStopClosesTheDevice)
 
 TEST_F(DispatcherDevice, thePinOfTheSettingsIsTried)
 {
-    m_store->setDeviceSettings(
-        {0, QStringLiteral("4711"), 1, 1, QStringLiteral("/dev/fake, 9600")});
+    m_store->setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
     m_dispatcher->start();
     EXPECT_TRUE(until([this] { return m_line->commands.contains("AT+CPIN=\"4711\""); }));
@@ -378,16 +377,16 @@ TEST_F(DispatcherDevice, thePinOfTheSettingsIsTried)
 TEST_F(DispatcherDevice, theEngineEndsBehindThePartInProgress)
 {
     m_line->submitAnswer.clear();
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     m_dispatcher->finish();
     takeTurns();
-    EXPECT_FALSE(has(QStringLiteral("finished")));
+    EXPECT_FALSE(has(u"finished"_s));
     m_line->say(FakeModemLine::info("+CMGS: 9"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("finished")); }));
-    EXPECT_TRUE(has(QStringLiteral("sent 600 text 1")));
+    ASSERT_TRUE(until([this] { return has(u"finished"_s); }));
+    EXPECT_TRUE(has(u"sent 600 text 1"_s));
     EXPECT_EQ(submissions(), 1);
     EXPECT_EQ(m_modem->state(), Modem::State::Closed);
     EXPECT_TRUE(m_store->isToRun());
@@ -396,23 +395,25 @@ TEST_F(DispatcherDevice, theEngineEndsBehindThePartInProgress)
 TEST_F(DispatcherDevice, anIdleEngineEndsAtOnce)
 {
     m_dispatcher->finish();
-    EXPECT_TRUE(has(QStringLiteral("finished")));
+    EXPECT_TRUE(has(u"finished"_s));
 }
 
 TEST_F(DispatcherDevice, testsThatWaitAreAnsweredWhenTheEngineEnds)
 {
     test();
     m_dispatcher->finish();
-    EXPECT_TRUE(has(QStringLiteral("tested -5")));
-    EXPECT_EQ(m_events.constLast(), QStringLiteral("finished"));
+    EXPECT_TRUE(has(u"tested -5"_s));
+    EXPECT_EQ(m_events.constLast(), u"finished"_s);
 
     makeDispatcher();
     startReady();
     m_events.clear();
     test();
     m_dispatcher->finish();
-    EXPECT_TRUE(has(QStringLiteral("tested -5")));
-    EXPECT_TRUE(has(QStringLiteral("finished")));
+    EXPECT_TRUE(has(u"tested -5"_s));
+    EXPECT_TRUE(has(u"finished"_s));
 }
 
 } // namespace
+
+} // namespace norvane

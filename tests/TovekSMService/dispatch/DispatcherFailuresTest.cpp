@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray cmsError(int number)
@@ -9,9 +13,8 @@ QByteArray cmsError(int number)
 
 QString dateOnDisk(const QString &date)
 {
-    return QStringLiteral("SELECT COUNT(*) FROM message WHERE delivery_date = '%1' AND due = "
-                          "delivery_date")
-        .arg(date);
+    return u"SELECT COUNT(*) FROM message WHERE delivery_date = '%1' AND due = "
+           "delivery_date"_s.arg(date);
 }
 
 class DispatcherFailures : public DispatcherFixture
@@ -27,34 +30,32 @@ protected:
 TEST_F(DispatcherFailures, aPermanentFailureIsReportedAtOnceAndNotTriedAgain)
 {
     m_submitAnswers = {cmsError(28), FakeModemLine::info("+CMGS: 1")};
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(
-        eventsButQueue(),
-        QStringList({QStringLiteral("status 1"), QStringLiteral("info Model 7"),
-                     QStringLiteral("failed 600 text -36"), QStringLiteral("sent 601 text 0")}));
-    EXPECT_EQ(taken().count(QStringLiteral("600 text")), 1);
+    EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s,
+                                             u"failed 600 text -36"_s, u"sent 601 text 0"_s}));
+    EXPECT_EQ(taken().count(u"600 text"_s), 1);
     EXPECT_EQ(m_line->openings, 1);
 }
 
 TEST_F(DispatcherFailures, aTemporaryFailureIsTriedFourTimesWithGrowingDelays)
 {
     m_line->submitAnswer = cmsError(41);
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     const char *const attempts[] = {"12:00:30", "12:01:30", "12:03:30"};
     for (int made = 1; made <= 3; ++made) {
-        const QString next = QStringLiteral("2024-05-01T") + QLatin1String(attempts[made - 1]);
+        const QString next = u"2024-05-01T"_s + QLatin1String(attempts[made - 1]);
         ASSERT_TRUE(until([&] { return onDisk(dateOnDisk(next)).toInt() == 1; })) << made;
         takeTurns();
         EXPECT_EQ(submissions(), made);
-        EXPECT_FALSE(eventsButQueue().join(u' ').contains(QLatin1String("failed")));
+        EXPECT_FALSE(eventsButQueue().join(u' ').contains("failed"_L1));
         EXPECT_EQ(m_store->size(), 1);
         m_clock.now = QDateTime(QDate(2024, 5, 1), QTime::fromString(next.mid(11)), Qt::UTC);
     }
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("failed 600 text -36")); }));
+    ASSERT_TRUE(until([this] { return has(u"failed 600 text -36"_s); }));
     EXPECT_EQ(submissions(), 4);
     EXPECT_EQ(m_store->size(), 0);
     EXPECT_EQ(m_line->openings, 1);
@@ -64,23 +65,23 @@ TEST_F(DispatcherFailures, aMessageThatWaitsForItsRetryHoldsUpNobodyAndTellsOfIt
 {
     m_random = 0.5;
     m_submitAnswers = {cmsError(41), FakeModemLine::info("+CMGS: 1")};
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 601 text 1")); }));
-    EXPECT_EQ(onDisk(dateOnDisk(QStringLiteral("2024-05-01T12:00:33"))).toInt(), 1);
+    ASSERT_TRUE(until([this] { return has(u"sent 601 text 1"_s); }));
+    EXPECT_EQ(onDisk(dateOnDisk(u"2024-05-01T12:00:33"_s)).toInt(), 1);
     m_clock.now = m_clock.now.addSecs(33);
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
 }
 
 TEST_F(DispatcherFailures, partsThatWereAcceptedAreNotRepeatedByARetry)
 {
     m_submitAnswers = {FakeModemLine::info("+CMGS: 1"), cmsError(41),
                        FakeModemLine::info("+CMGS: 2")};
-    add(QStringLiteral("600"), longText(2));
+    add(u"600"_s, longText(2));
     m_dispatcher->start();
-    ASSERT_TRUE(until(
-        [this] { return onDisk(dateOnDisk(QStringLiteral("2024-05-01T12:00:30"))).toInt() == 1; }));
+    ASSERT_TRUE(
+        until([this] { return onDisk(dateOnDisk(u"2024-05-01T12:00:30"_s)).toInt() == 1; }));
     m_clock.now = m_clock.now.addSecs(30);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 3);
@@ -92,14 +93,14 @@ TEST_F(DispatcherFailures, aFailureOfTheDeviceCostsTheMessageNoAttemptAndIsToldO
 {
     m_submitAnswers = {cmsError(310), cmsError(310), cmsError(310),
                        cmsError(310), cmsError(310), FakeModemLine::info("+CMGS: 1")};
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(count(QStringLiteral("warning -29")), 1);
-    EXPECT_TRUE(has(QStringLiteral("sent 600 text 0")));
+    EXPECT_EQ(count(u"warning -29"_s), 1);
+    EXPECT_TRUE(has(u"sent 600 text 0"_s));
     EXPECT_EQ(submissions(), 6);
     EXPECT_EQ(m_line->openings, 6);
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT delivery_date FROM outcome")).toString(), noon());
+    EXPECT_EQ(onDisk(u"SELECT delivery_date FROM outcome"_s).toString(), noon());
 }
 
 TEST_F(DispatcherFailures, aLineThatBreaksBeforeThePayloadLeavesTheMessageWaiting)
@@ -108,44 +109,42 @@ TEST_F(DispatcherFailures, aLineThatBreaksBeforeThePayloadLeavesTheMessageWaitin
         m_onSubmission = nullptr;
         m_line->breakOff();
     };
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(m_line->openings, 2);
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("warning")),
-              QStringList({QStringLiteral("warning -5")}));
-    EXPECT_TRUE(has(QStringLiteral("sent 600 text 0")));
+    EXPECT_EQ(eventsButQueue().filter(u"warning"_s), QStringList({u"warning -5"_s}));
+    EXPECT_TRUE(has(u"sent 600 text 0"_s));
 }
 
 TEST_F(DispatcherFailures, aLineThatBreaksBehindThePayloadEndsTheMessage)
 {
     m_line->submitAnswer.clear();
     m_dispatcher->start();
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     m_line->breakOff();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("failed 600 text -39")); }));
+    ASSERT_TRUE(until([this] { return has(u"failed 600 text -39"_s); }));
     ASSERT_TRUE(until([this] { return m_line->openings == 2; }));
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
     takeTurns();
     EXPECT_EQ(m_line->payloads.size(), 1);
-    EXPECT_EQ(count(QStringLiteral("warning -39")), 1);
-    EXPECT_EQ(count(QStringLiteral("warning -5")), 1);
+    EXPECT_EQ(count(u"warning -39"_s), 1);
+    EXPECT_EQ(count(u"warning -5"_s), 1);
     EXPECT_EQ(m_store->size(), 0);
 }
 
 TEST_F(DispatcherLostAnswer, endsTheMessageWhichIsNeverSentAgain)
 {
     m_submitAnswers = {QByteArray(), FakeModemLine::info("+CMGS: 1")};
-    add(QStringLiteral("600"), longText(2));
-    add(QStringLiteral("601"));
+    add(u"600"_s, longText(2));
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(eventsButQueue(),
-              QStringList({QStringLiteral("status 1"), QStringLiteral("info Model 7"),
-                           QStringLiteral("failed 600 %1 -39").arg(longText(2)),
-                           QStringLiteral("warning -39"), QStringLiteral("sent 601 text 0")}));
+    EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s,
+                                             u"failed 600 %1 -39"_s.arg(longText(2)),
+                                             u"warning -39"_s, u"sent 601 text 0"_s}));
     EXPECT_EQ(m_line->payloads.size(), 2);
 }
 
@@ -156,40 +155,40 @@ TEST_F(DispatcherLostAnswer, aPromptThatNeverComesLeavesTheMessageWaiting)
         if (submissions() == 2)
             m_line->prompt = "\r\n> ";
     };
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
-    EXPECT_EQ(count(QStringLiteral("warning -39")), 0);
-    EXPECT_TRUE(has(QStringLiteral("sent 600 text 0")));
+    EXPECT_EQ(count(u"warning -39"_s), 0);
+    EXPECT_TRUE(has(u"sent 600 text 0"_s));
 }
 
 TEST_F(DispatcherFailures, aFailureThatNobodyHearsIsKeptAndOneThatIsHandledIsNot)
 {
     m_submitAnswers = {cmsError(28), cmsError(28)};
-    m_dispatcher->setHeard(false);
-    add(QStringLiteral("600"));
+    m_dispatcher->setHasListeners(false);
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_FALSE(has(QStringLiteral("failed 600 text -36")));
+    EXPECT_FALSE(has(u"failed 600 text -36"_s));
     ASSERT_EQ(m_store->unreportedFailures().size(), 1);
     EXPECT_EQ(m_store->unreportedFailures().constFirst().code, -36);
 
-    m_dispatcher->setHeard(true);
-    add(QStringLiteral("601"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("failed 601 text -36")); }));
+    m_dispatcher->setHasListeners(true);
+    add(u"601"_s);
+    ASSERT_TRUE(until([this] { return has(u"failed 601 text -36"_s); }));
     EXPECT_TRUE(until([this] { return m_store->unreportedFailures().size() == 1; }));
-    EXPECT_EQ(m_store->unreportedFailures().constFirst().phone, QStringLiteral("600"));
+    EXPECT_EQ(m_store->unreportedFailures().constFirst().phone, u"600"_s);
 }
 
 TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
 {
     m_handlesReports = false;
     m_submitAnswers = {cmsError(28)};
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return !m_reports.isEmpty(); }));
-    EXPECT_TRUE(has(QStringLiteral("failed 600 text -36")));
+    EXPECT_TRUE(has(u"failed 600 text -36"_s));
     takeTurns();
     ASSERT_EQ(m_store->unreportedFailures().size(), 1);
     EXPECT_EQ(m_reports, QList<qint64>{m_store->unreportedFailures().constFirst().id});
@@ -200,33 +199,34 @@ TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
 TEST_F(DispatcherFailures, warningsAreKeptUntilTheyAreHandled)
 {
     QStringList handled;
-    QObject::connect(m_dispatcher.get(), &Dispatcher::warningHandled,
-                     [&](int code, const QString &text) {
-                         handled << QStringLiteral("%1 %2").arg(code).arg(text);
-                     });
+    QObject::connect(
+        m_dispatcher.get(), &Dispatcher::warningHandled,
+        [&](int code, const QString &text) { handled << u"%1 %2"_s.arg(code).arg(text); });
     m_handlesReports = false;
-    m_dispatcher->setHeard(false);
-    m_dispatcher->warn(-2, QStringLiteral("unheard"));
-    EXPECT_FALSE(has(QStringLiteral("warning -2")));
+    m_dispatcher->setHasListeners(false);
+    m_dispatcher->warn(-2, u"unheard"_s);
+    EXPECT_FALSE(has(u"warning -2"_s));
     EXPECT_TRUE(m_reports.isEmpty());
     EXPECT_EQ(m_dispatcher->unacknowledgedWarnings().entries().size(), 1);
 
-    m_dispatcher->setHeard(true);
-    m_dispatcher->warn(-2, QStringLiteral("heard"));
-    EXPECT_TRUE(has(QStringLiteral("warning -2")));
+    m_dispatcher->setHasListeners(true);
+    m_dispatcher->warn(-2, u"heard"_s);
+    EXPECT_TRUE(has(u"warning -2"_s));
     ASSERT_EQ(m_reports.size(), 1);
     EXPECT_EQ(m_dispatcher->unacknowledgedWarnings().entries().size(), 2);
     m_dispatcher->noteHandled(m_reports.constFirst());
-    EXPECT_EQ(handled, QStringList{QStringLiteral("-2 heard")});
+    EXPECT_EQ(handled, QStringList{u"-2 heard"_s});
     ASSERT_EQ(m_dispatcher->unacknowledgedWarnings().entries().size(), 1);
     EXPECT_EQ(m_dispatcher->unacknowledgedWarnings().entries().constFirst().warning.text,
-              QStringLiteral("unheard"));
+              u"unheard"_s);
 }
 
 TEST_F(DispatcherFailures, aChangeThatCameTooLateIsToldAndTheQueueShownAgain)
 {
     m_dispatcher->warnTooLate();
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("queue"), QStringLiteral("warning -9")}));
+    EXPECT_EQ(m_events, QStringList({u"queue"_s, u"warning -9"_s}));
 }
 
 } // namespace
+
+} // namespace norvane

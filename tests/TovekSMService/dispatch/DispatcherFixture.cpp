@@ -2,6 +2,10 @@
 
 #include "TovekSMService/modem/codec/SubmitDecoder.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QStringList g_log;
@@ -32,12 +36,12 @@ qsizetype NotedLog::count(const QString &words) const
 DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFixture(modemTimings)
 {
     m_timings.storeAgainMs = 20;
-    m_timings.longestSleepMs = 20;
+    m_timings.maxSleepMs = 20;
     m_timings.keepTestedMs = 20;
     // Like a device that needs the air to send: one message leaves at a time.
-    m_timings.run.most = 1;
-    m_retryTimes.shortestReopenMs = 20;
-    m_retryTimes.longestReopenMs = 80;
+    m_timings.run.max = 1;
+    m_retryTimes.minReopenMs = 20;
+    m_retryTimes.maxReopenMs = 80;
     m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
         if (!command.startsWith("AT+CMGS="))
             return std::nullopt;
@@ -79,31 +83,28 @@ void DispatcherFixture::makeDispatcher()
         });
     Dispatcher *const dispatcher = m_dispatcher.get();
     QObject::connect(dispatcher, &Dispatcher::statusChanged,
-                     [this](int status) { m_events << QStringLiteral("status %1").arg(status); });
+                     [this](int status) { m_events << u"status %1"_s.arg(status); });
     QObject::connect(dispatcher, &Dispatcher::deviceInfo, [this](const DeviceDetails &details) {
-        m_events << QStringLiteral("info ") + details.model;
+        m_events << u"info "_s + details.model;
     });
-    QObject::connect(dispatcher, &Dispatcher::queueChanged,
-                     [this] { m_events << QStringLiteral("queue"); });
+    QObject::connect(dispatcher, &Dispatcher::queueChanged, [this] { m_events << u"queue"_s; });
     QObject::connect(dispatcher, &Dispatcher::sent,
                      [this](const QString &phone, const QString &text, int others) {
-                         m_events << QStringLiteral("sent %1 %2 %3").arg(phone, text).arg(others);
+                         m_events << u"sent %1 %2 %3"_s.arg(phone, text).arg(others);
                      });
     QObject::connect(dispatcher, &Dispatcher::sendingFailed,
                      [this](const QString &phone, const QString &text, int code) {
-                         m_events << QStringLiteral("failed %1 %2 %3").arg(phone, text).arg(code);
+                         m_events << u"failed %1 %2 %3"_s.arg(phone, text).arg(code);
                      });
-    QObject::connect(dispatcher, &Dispatcher::warning, [this](int code, const QString &) {
-        m_events << QStringLiteral("warning %1").arg(code);
-    });
+    QObject::connect(dispatcher, &Dispatcher::warning,
+                     [this](int code, const QString &) { m_events << u"warning %1"_s.arg(code); });
     QObject::connect(dispatcher, &Dispatcher::reportRaised, [this](qint64 report) {
         m_reports << report;
         if (m_handlesReports)
             m_dispatcher->noteHandled(report);
     });
-    QObject::connect(dispatcher, &Dispatcher::finished,
-                     [this] { m_events << QStringLiteral("finished"); });
-    m_dispatcher->setHeard(true);
+    QObject::connect(dispatcher, &Dispatcher::finished, [this] { m_events << u"finished"_s; });
+    m_dispatcher->setHasListeners(true);
 }
 
 void DispatcherFixture::add(const QString &phone, const QString &text, const QString &date)
@@ -115,7 +116,7 @@ void DispatcherFixture::add(const QString &phone, const QString &text, const QSt
 void DispatcherFixture::startReady()
 {
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return !m_events.filter(QStringLiteral("info")).isEmpty(); }));
+    ASSERT_TRUE(until([this] { return !m_events.filter(u"info"_s).isEmpty(); }));
     takeTurns();
 }
 
@@ -128,7 +129,7 @@ qsizetype DispatcherFixture::submissions() const
 QStringList DispatcherFixture::eventsButQueue() const
 {
     QStringList events = m_events;
-    events.removeAll(QStringLiteral("queue"));
+    events.removeAll(u"queue"_s);
     return events;
 }
 
@@ -137,7 +138,7 @@ QStringList DispatcherFixture::taken() const
     QStringList taken;
     for (const QByteArray &payload : m_line->payloads) {
         const std::optional<DecodedSubmit> part = decodeSubmit(payload);
-        taken << (part ? part->phone + u' ' + part->text : QStringLiteral("unreadable"));
+        taken << (part ? part->phone + u' ' + part->text : u"unreadable"_s);
     }
     return taken;
 }
@@ -159,3 +160,5 @@ QVariant DispatcherFixture::onDisk(const QString &query) const
 {
     return OtherConnection(file()).value(query);
 }
+
+} // namespace norvane

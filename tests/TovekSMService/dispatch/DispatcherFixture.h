@@ -7,6 +7,10 @@
 
 #include <QTemporaryDir>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// A wall clock that stands still until it is set.
 class SetClock : public Clock
 {
@@ -24,7 +28,7 @@ private:
 
 inline QString noon()
 {
-    return QStringLiteral("2024-05-01T12:00:00");
+    return u"2024-05-01T12:00:00"_s;
 }
 
 /// Notes the program's log while it is in scope.
@@ -49,14 +53,13 @@ protected:
     /// The device answers at once, and its slowness is no failure.
     static ModemTimings patientTimings();
 
-    QString file() const { return m_folder.filePath(QStringLiteral("queue.sqlite")); }
+    QString file() const { return m_folder.filePath(u"queue.sqlite"_s); }
 
     /// Begins anew with what the store keeps, as the engine does when it comes up.
     void makeDispatcher();
 
     /// Queues a message, as a console does.
-    void add(const QString &phone, const QString &text = QStringLiteral("text"),
-             const QString &date = noon());
+    void add(const QString &phone, const QString &text = u"text"_s, const QString &date = noon());
 
     /// Starts and waits until the device is ready.
     void startReady();
@@ -97,3 +100,5 @@ protected:
     std::unique_ptr<Store> m_store;
     std::unique_ptr<Dispatcher> m_dispatcher;
 };
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include "TovekSMService/modem/codec/SubmitDecoder.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray cmsError(int number)
@@ -21,86 +25,86 @@ protected:
 
     QString state() const
     {
-        return onDisk(QStringLiteral("SELECT state || ' ' || parts_sent || ' ' || delivery_date "
-                                     "FROM message"))
+        return onDisk(u"SELECT state || ' ' || parts_sent || ' ' || delivery_date "
+                      "FROM message"_s)
             .toString();
     }
 };
 
 TEST_F(DispatcherLimits, aMessageThatIsTooLateIsReportedInsteadOfSent)
 {
-    set(&EngineSettings::mostLate, 3600);
-    add(QStringLiteral("600"), QStringLiteral("late"), QStringLiteral("2024-05-01T10:59:59"));
-    add(QStringLiteral("601"), QStringLiteral("in time"), QStringLiteral("2024-05-01T11:00:00"));
+    set(&EngineSettings::maxLateness, 3600);
+    add(u"600"_s, u"late"_s, u"2024-05-01T10:59:59"_s);
+    add(u"601"_s, u"in time"_s, u"2024-05-01T11:00:00"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 in time")}));
-    EXPECT_EQ(count(QStringLiteral("failed 600 late -54")), 1);
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT code FROM outcome WHERE phone = '600'")).toInt(), -54);
+    EXPECT_EQ(taken(), QStringList({u"601 in time"_s}));
+    EXPECT_EQ(count(u"failed 600 late -54"_s), 1);
+    EXPECT_EQ(onDisk(u"SELECT code FROM outcome WHERE phone = '600'"_s).toInt(), -54);
 }
 
 TEST_F(DispatcherLimits, withoutTheLimitAMessageGoesHoweverLate)
 {
-    add(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("1999-01-01T00:00:00"));
+    add(u"600"_s, u"text"_s, u"1999-01-01T00:00:00"_s);
     m_dispatcher->start();
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
 }
 
 TEST_F(DispatcherLimits, latenessIsCountedFromTheOriginalDateAndNotFromARetry)
 {
-    set(&EngineSettings::mostLate, 60);
+    set(&EngineSettings::maxLateness, 60);
     m_submitAnswers = {cmsError(41)};
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return state() == QStringLiteral("0 0 2024-05-01T12:00:30"); }));
+    ASSERT_TRUE(until([this] { return state() == u"0 0 2024-05-01T12:00:30"_s; }));
     m_clock.now = m_clock.now.addSecs(61);
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("failed 600 text -54")); }));
+    ASSERT_TRUE(until([this] { return has(u"failed 600 text -54"_s); }));
     EXPECT_EQ(submissions(), 1);
 }
 
 TEST_F(DispatcherLimits, aRetryThatWouldComeTooLateIsNotWaitedFor)
 {
-    set(&EngineSettings::mostLate, 60);
+    set(&EngineSettings::maxLateness, 60);
     m_clock.now = m_clock.now.addSecs(31);
     m_submitAnswers = {cmsError(41)};
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_TRUE(has(QStringLiteral("failed 600 text -36")));
+    EXPECT_TRUE(has(u"failed 600 text -36"_s));
 }
 
 TEST_F(DispatcherLimits, aMessageThatBeganInTimeIsNotCutOffBetweenItsParts)
 {
-    set(&EngineSettings::mostLate, 60);
+    set(&EngineSettings::maxLateness, 60);
     m_onSubmission = [this] { m_clock.now = m_clock.now.addSecs(50); };
-    add(QStringLiteral("600"), longText(3));
+    add(u"600"_s, longText(3));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 3);
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")), QStringList());
+    EXPECT_EQ(eventsButQueue().filter(u"failed"_s), QStringList());
 }
 
 TEST_F(DispatcherLimits, aMessageFoundBetweenItsPartsIsReportedWhenItIsTooLate)
 {
-    m_store->add({{QStringLiteral("600"), longText(2)}}, noon());
+    m_store->add({{u"600"_s, longText(2)}}, noon());
     m_store->beginPart(m_store->first()->id, 5, {});
     m_store->endPart(m_store->first()->id, 1);
     m_store->setToRun(true);
-    set(&EngineSettings::mostLate, 60);
+    set(&EngineSettings::maxLateness, 60);
     m_clock.now = m_clock.now.addDays(7);
     m_dispatcher->resume();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(submissions(), 0);
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")).size(), 1);
+    EXPECT_EQ(eventsButQueue().filter(u"failed"_s).size(), 1);
 }
 
 TEST_F(DispatcherLimits, theNetworkIsAskedForTheValidityPeriodThatIsSet)
 {
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     set(&EngineSettings::validityPeriod, 24 * 60);
-    add(QStringLiteral("600"), longText(2));
+    add(u"600"_s, longText(2));
     m_dispatcher->start();
     m_dispatcher->resume();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
@@ -121,30 +125,30 @@ TEST_F(DispatcherLimits, theNetworkIsAskedForTheValidityPeriodThatIsSet)
 TEST_F(DispatcherLimits, partsBeyondAMinutesNumberWaitInTheirPlaceForTheNext)
 {
     set(&EngineSettings::partsPerMinute, 2);
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"), longText(2));
-    add(QStringLiteral("602"));
+    add(u"600"_s);
+    add(u"601"_s, longText(2));
+    add(u"602"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 2; }));
     m_clock.now = m_clock.now.addSecs(59);
     takeTurns();
     EXPECT_EQ(m_line->payloads.size(), 2);
-    EXPECT_EQ(state(), QStringLiteral("2 1 ") + noon());
+    EXPECT_EQ(state(), u"2 1 "_s + noon());
 
     m_clock.now = m_clock.now.addSecs(1);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 4);
-    EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->phone, QStringLiteral("601"));
+    EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->phone, u"601"_s);
     EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->number, 2);
-    EXPECT_EQ(decodeSubmit(m_line->payloads.at(3))->phone, QStringLiteral("602"));
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("warning")), QStringList());
+    EXPECT_EQ(decodeSubmit(m_line->payloads.at(3))->phone, u"602"_s);
+    EXPECT_EQ(eventsButQueue().filter(u"warning"_s), QStringList());
 }
 
 TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
 {
     set(&EngineSettings::partsPerDay, 2);
     for (int i = 0; i < 3; ++i)
-        add(QStringLiteral("60%1").arg(i));
+        add(u"60%1"_s.arg(i));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
     makeDispatcher();
@@ -153,7 +157,7 @@ TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
     m_clock.now = QDateTime(QDate(2024, 5, 1), QTime(23, 59, 59), Qt::UTC);
     takeTurns();
     EXPECT_EQ(submissions(), 2);
-    EXPECT_EQ(state(), QStringLiteral("0 0 ") + noon());
+    EXPECT_EQ(state(), u"0 0 "_s + noon());
     m_clock.now = m_clock.now.addSecs(1);
     EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(submissions(), 3);
@@ -162,16 +166,16 @@ TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
 TEST_F(DispatcherLimits, whileAMessageWaitsForItsLimitTheDeviceIsTestedAndTheUnsendableReported)
 {
     set(&EngineSettings::partsPerDay, 1);
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
     takeTurns();
     qint32 answer = 0;
     m_dispatcher->testDevice([&](qint32 result) { answer = result; });
     EXPECT_TRUE(until([&] { return answer == 1; }));
-    add(QStringLiteral("call me"), QStringLiteral("text"), QStringLiteral("2024-05-01T11:00:00"));
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("failed call me text -18")); }));
+    add(u"call me"_s, u"text"_s, u"2024-05-01T11:00:00"_s);
+    EXPECT_TRUE(until([this] { return has(u"failed call me text -18"_s); }));
     EXPECT_TRUE(m_store->update({}, {m_store->first()->id}));
     EXPECT_EQ(m_store->size(), 0);
     EXPECT_EQ(submissions(), 1);
@@ -181,9 +185,9 @@ TEST_F(DispatcherLimits, aPartThatDidNotLeaveIsNotCounted)
 {
     set(&EngineSettings::partsPerDay, 1);
     m_submitAnswers = {cmsError(331), cmsError(331), FakeModemLine::info("+CMGS: 1")};
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(m_store->partCounts(noon()).inDay, 1);
 }
 
@@ -202,15 +206,14 @@ TEST_P(DispatcherCoverage, itsAbsenceCostsAMessageNoAttemptHoweverLong)
         m_submitAnswers << GetParam().answer;
     m_submitAnswers << FakeModemLine::info("+CMGS: 1");
     m_onSubmission = [this] {
-        EXPECT_EQ(onDisk(QStringLiteral("SELECT attempts || ' ' || delivery_date FROM message"))
-                      .toString(),
-                  QStringLiteral("0 ") + noon());
+        EXPECT_EQ(onDisk(u"SELECT attempts || ' ' || delivery_date FROM message"_s).toString(),
+                  u"0 "_s + noon());
     };
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(submissions(), 7);
-    EXPECT_EQ(eventsButQueue().filter(QStringLiteral("failed")), QStringList());
+    EXPECT_EQ(eventsButQueue().filter(u"failed"_s), QStringList());
 }
 
 INSTANTIATE_TEST_SUITE_P(Answers, DispatcherCoverage,
@@ -220,3 +223,5 @@ INSTANTIATE_TEST_SUITE_P(Answers, DispatcherCoverage,
                          [](const auto &coverage) { return std::string(coverage.param.name); });
 
 } // namespace
+
+} // namespace norvane

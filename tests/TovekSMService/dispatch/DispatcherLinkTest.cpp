@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QByteArray keepLink = "AT+CMMS=1";
@@ -24,7 +28,7 @@ protected:
     {
         startReady();
         ASSERT_TRUE(until([&] { return m_store->size() == left && !m_dispatcher->isSending(); }));
-        EXPECT_TRUE(eventsButQueue().filter(QStringLiteral("failed")).isEmpty());
+        EXPECT_TRUE(eventsButQueue().filter(u"failed"_s).isEmpty());
     }
     qsizetype asked() const { return m_line->commands.count(keepLink); }
 };
@@ -32,7 +36,7 @@ protected:
 TEST_F(DispatcherLink, isKeptWhileMoreThanOneMessageIsDue)
 {
     for (int i = 0; i < 4; ++i)
-        add(QStringLiteral("60%1").arg(i));
+        add(u"60%1"_s.arg(i));
     sendAll();
     EXPECT_EQ(m_line->payloads.size(), 4);
     EXPECT_EQ(asked(), 1);
@@ -42,22 +46,22 @@ TEST_F(DispatcherLink, isKeptWhileMoreThanOneMessageIsDue)
 
 TEST_F(DispatcherLink, isNotKeptForOneMessageAlone)
 {
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     sendAll();
     EXPECT_EQ(asked(), 0);
 }
 
 TEST_F(DispatcherLink, isNotKeptForAMessageThatIsDueLater)
 {
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:01"));
+    add(u"600"_s);
+    add(u"601"_s, u"text"_s, u"2024-05-01T12:00:01"_s);
     sendAll(1);
     EXPECT_EQ(asked(), 0);
 }
 
 TEST_F(DispatcherLink, isKeptBetweenThePartsOfAMessage)
 {
-    add(QStringLiteral("600"), longText(3));
+    add(u"600"_s, longText(3));
     sendAll();
     EXPECT_EQ(m_line->payloads.size(), 3);
     EXPECT_EQ(asked(), 1);
@@ -65,13 +69,15 @@ TEST_F(DispatcherLink, isKeptBetweenThePartsOfAMessage)
 
 TEST_F(DispatcherLink, isKeptForMessagesThatAreNotedTogether)
 {
-    m_timings.run.most = 32;
+    m_timings.run.max = 32;
     makeDispatcher();
     for (int i = 0; i < 40; ++i)
-        add(QStringLiteral("60%1").arg(i));
+        add(u"60%1"_s.arg(i));
     sendAll();
     EXPECT_EQ(m_line->payloads.size(), 40);
     EXPECT_EQ(asked(), 1);
 }
 
 } // namespace
+
+} // namespace norvane

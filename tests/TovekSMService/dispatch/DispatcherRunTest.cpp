@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A device so fast that several messages leave behind one commit: one, then two, then four.
@@ -7,7 +11,7 @@ class DispatcherRun : public DispatcherFixture
 {
 protected:
     /// Of seven messages, the one in the middle of the third run, with two more of it behind.
-    static constexpr int Middle = 4;
+    static constexpr int middle = 4;
 
     DispatcherRun()
     {
@@ -26,14 +30,14 @@ protected:
 
     static QString sentEvent(int number, int others)
     {
-        return QStringLiteral("sent %1 text %2").arg(phone(number)).arg(others);
+        return u"sent %1 text %2"_s.arg(phone(number)).arg(others);
     }
 
     /// What happens while the message in the middle is asked to be sent.
     void inTheMiddle(const std::function<void()> &what)
     {
         m_onSubmission = [this, what] {
-            if (submissions() == Middle + 1)
+            if (submissions() == middle + 1)
                 what();
         };
     }
@@ -41,8 +45,8 @@ protected:
     /// How many messages are noted as leaving, and how many outcomes are kept.
     QString disk() const
     {
-        return onDisk(QStringLiteral("SELECT (SELECT COUNT(*) FROM message WHERE state = 1) || ' ' "
-                                     "|| (SELECT COUNT(*) FROM outcome)"))
+        return onDisk(u"SELECT (SELECT COUNT(*) FROM message WHERE state = 1) || ' ' "
+                      "|| (SELECT COUNT(*) FROM outcome)"_s)
             .toString();
     }
 
@@ -50,7 +54,7 @@ protected:
     {
         QStringList lines;
         for (const int number : numbers)
-            lines << phone(number) + QStringLiteral(" text");
+            lines << phone(number) + u" text"_s;
         return lines;
     }
 
@@ -67,9 +71,9 @@ TEST_F(DispatcherRun, isNotedAsLeavingBeforeTheFirstOfItLeavesAndKeptWithTheNext
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     QStringList expected;
     for (const auto &[length, outcomes] : {std::pair(1, 0), {2, 1}, {4, 3}, {8, 7}})
-        expected += QStringList(length, QStringLiteral("%1 %2").arg(length).arg(outcomes));
+        expected += QStringList(length, u"%1 %2"_s.arg(length).arg(outcomes));
     EXPECT_EQ(seen, expected);
-    EXPECT_EQ(disk(), QStringLiteral("0 15"));
+    EXPECT_EQ(disk(), u"0 15"_s);
 }
 
 TEST_F(DispatcherRun, tellsEachMessageOnceInOrderWithTheQueueBehindIt)
@@ -80,7 +84,7 @@ TEST_F(DispatcherRun, tellsEachMessageOnceInOrderWithTheQueueBehindIt)
     QStringList expected;
     for (int i = 0; i < 7; ++i)
         expected << sentEvent(i, 6 - i);
-    EXPECT_EQ(m_events.filter(QStringLiteral("sent")), expected);
+    EXPECT_EQ(m_events.filter(u"sent"_s), expected);
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
 }
 
@@ -88,33 +92,31 @@ TEST_F(DispatcherRun, letsTheRestWaitAgainWhenOneFails)
 {
     QString behind;
     m_onSubmission = [&] {
-        if (submissions() == Middle + 1)
+        if (submissions() == middle + 1)
             m_line->submitAnswer = FakeModemLine::answer("+CMS ERROR: 1");
-        else if (submissions() == Middle + 2)
+        else if (submissions() == middle + 2)
             behind = disk();
-        if (submissions() != Middle + 1)
+        if (submissions() != middle + 1)
             m_line->submitAnswer = "\r\n+CMGS: 42\r\n\r\nOK\r\n";
     };
     addMany(7);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     // From then on they leave one by one again.
-    EXPECT_EQ(behind, QStringLiteral("1 5"));
+    EXPECT_EQ(behind, u"1 5"_s);
     EXPECT_EQ(m_line->payloads.size(), 7);
-    EXPECT_EQ(m_events.filter(QStringLiteral("failed")).size(), 1);
-    EXPECT_TRUE(m_events.filter(QStringLiteral("failed"))
-                    .value(0)
-                    .startsWith(QStringLiteral("failed 604")));
-    EXPECT_EQ(m_events.filter(QStringLiteral("sent")).size(), 6);
+    EXPECT_EQ(m_events.filter(u"failed"_s).size(), 1);
+    EXPECT_TRUE(m_events.filter(u"failed"_s).value(0).startsWith(u"failed 604"_s));
+    EXPECT_EQ(m_events.filter(u"sent"_s).size(), 6);
 }
 
-struct Wish
+struct Action
 {
     const char *name;
     std::function<void(Dispatcher &)> what;
 };
 
-class DispatcherRunWish : public DispatcherRun, public testing::WithParamInterface<Wish>
+class DispatcherRunWish : public DispatcherRun, public testing::WithParamInterface<Action>
 {};
 
 TEST_P(DispatcherRunWish, endsTheRunBehindThePartInProgress)
@@ -123,26 +125,26 @@ TEST_P(DispatcherRunWish, endsTheRunBehindThePartInProgress)
     inTheMiddle([&] {
         GetParam().what(*m_dispatcher);
         QObject::connect(m_dispatcher.get(), &Dispatcher::sent, [&](const QString &sent) {
-            if (sent == phone(Middle))
+            if (sent == phone(middle))
                 afterwards = disk();
         });
     });
     addMany(7);
     m_dispatcher->start();
     ASSERT_TRUE(until([&] { return !afterwards.isEmpty(); }));
-    EXPECT_EQ(afterwards, QStringLiteral("0 5"));
-    EXPECT_EQ(m_line->payloads.size(), Middle + 1);
-    EXPECT_TRUE(has(sentEvent(Middle, 2)));
+    EXPECT_EQ(afterwards, u"0 5"_s);
+    EXPECT_EQ(m_line->payloads.size(), middle + 1);
+    EXPECT_TRUE(has(sentEvent(middle, 2)));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Wishes, DispatcherRunWish,
-    testing::Values(Wish{"stop", [](Dispatcher &engine) { engine.stop(); }},
-                    Wish{"finish", [](Dispatcher &engine) { engine.finish(); }},
-                    Wish{"applySettings", [](Dispatcher &engine) { engine.applySettings(); }},
-                    Wish{"testDevice",
-                         [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
-    [](const auto &wish) { return std::string(wish.param.name); });
+    testing::Values(Action{"stop", [](Dispatcher &engine) { engine.stop(); }},
+                    Action{"finish", [](Dispatcher &engine) { engine.finish(); }},
+                    Action{"applySettings", [](Dispatcher &engine) { engine.applySettings(); }},
+                    Action{"testDevice",
+                           [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
+    [](const auto &action) { return std::string(action.param.name); });
 
 TEST_F(DispatcherRun, lastsNoLongerThanAMomentWhenTheDeviceBecomesSlow)
 {
@@ -151,9 +153,9 @@ TEST_F(DispatcherRun, lastsNoLongerThanAMomentWhenTheDeviceBecomesSlow)
     inTheMiddle([this] { m_line->promptHeldBack = true; });
     addMany(7);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return submissions() == Middle + 1; }));
-    ASSERT_TRUE(until([this] { return has(sentEvent(Middle - 1, 3)); }));
-    EXPECT_EQ(disk(), QStringLiteral("1 4"));
+    ASSERT_TRUE(until([this] { return submissions() == middle + 1; }));
+    ASSERT_TRUE(until([this] { return has(sentEvent(middle - 1, 3)); }));
+    EXPECT_EQ(disk(), u"1 4"_s);
     m_line->promptHeldBack = false;
     m_line->say("\r\n> ");
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
@@ -167,15 +169,15 @@ TEST_F(DispatcherRun, ofAnEngineThatWasKilledIsInDoubtAndNeverSentAgain)
     addMany(8);
     m_dispatcher->start();
     ASSERT_TRUE(until([&] { return killed; }));
-    ASSERT_EQ(disk(), QStringLiteral("4 3"));
+    ASSERT_EQ(disk(), u"4 3"_s);
     const qsizetype left = m_line->payloads.size();
     m_events.clear();
     makeDispatcher();
     m_dispatcher->resume();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     for (const int number : {3, 4, 5, 6})
-        EXPECT_EQ(count(QStringLiteral("failed %1 text -39").arg(phone(number))), 1) << number;
-    EXPECT_EQ(count(QStringLiteral("warning -39")), 4);
+        EXPECT_EQ(count(u"failed %1 text -39"_s.arg(phone(number))), 1) << number;
+    EXPECT_EQ(count(u"warning -39"_s), 4);
     EXPECT_TRUE(has(sentEvent(7, 0)));
     EXPECT_EQ(m_line->payloads.size(), left + 1);
 }
@@ -183,19 +185,19 @@ TEST_F(DispatcherRun, ofAnEngineThatWasKilledIsInDoubtAndNeverSentAgain)
 TEST_F(DispatcherRun, keepsItsOutcomesUntilTheStoreTakesThem)
 {
     inTheMiddle([this] {
-        m_other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
-                                   "RAISE(ABORT, 'refused'); END"));
+        m_other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
+                    "RAISE(ABORT, 'refused'); END"_s);
     });
     addMany(9);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("outcome waits")) >= 2; }));
+    ASSERT_TRUE(until([this] { return m_log.count(u"outcome waits"_s) >= 2; }));
     EXPECT_EQ(submissions(), 7);
-    EXPECT_EQ(disk(), QStringLiteral("4 3"));
-    m_other.run(QStringLiteral("DROP TRIGGER refuse"));
+    EXPECT_EQ(disk(), u"4 3"_s);
+    m_other.run(u"DROP TRIGGER refuse"_s);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(disk(), QStringLiteral("0 9"));
+    EXPECT_EQ(disk(), u"0 9"_s);
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6, 7, 8}));
-    EXPECT_EQ(m_events.filter(QStringLiteral("sent")).size(), 9);
+    EXPECT_EQ(m_events.filter(u"sent"_s).size(), 9);
 }
 
 TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
@@ -204,21 +206,21 @@ TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
     makeDispatcher();
     inTheMiddle([this] {
         m_line->promptHeldBack = true;
-        m_other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
-                                   "RAISE(ABORT, 'refused'); END"));
+        m_other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
+                    "RAISE(ABORT, 'refused'); END"_s);
     });
     addMany(7);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("outcome waits")) >= 2; }));
+    ASSERT_TRUE(until([this] { return m_log.count(u"outcome waits"_s) >= 2; }));
     m_line->promptHeldBack = false;
     m_line->say("\r\n> ");
-    ASSERT_TRUE(until([this] { return m_line->payloads.size() == Middle + 1; }));
+    ASSERT_TRUE(until([this] { return m_line->payloads.size() == middle + 1; }));
     takeTurns();
-    EXPECT_EQ(submissions(), Middle + 1);
-    m_other.run(QStringLiteral("DROP TRIGGER refuse"));
+    EXPECT_EQ(submissions(), middle + 1);
+    m_other.run(u"DROP TRIGGER refuse"_s);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(disk(), QStringLiteral("0 7"));
+    EXPECT_EQ(disk(), u"0 7"_s);
 }
 
 TEST_F(DispatcherRun, isNoneWherePartsAreCounted)
@@ -230,7 +232,7 @@ TEST_F(DispatcherRun, isNoneWherePartsAreCounted)
     addMany(7);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(seen, QStringList(7, QStringLiteral("1")));
+    EXPECT_EQ(seen, QStringList(7, u"1"_s));
 }
 
 TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
@@ -238,15 +240,13 @@ TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
     QStringList seen;
     m_onSubmission = [&] { seen << disk().section(u' ', 0, 0); };
     addMany(4);
-    add(QStringLiteral("700"), longText(2));
-    add(QStringLiteral("701"));
-    add(QStringLiteral("702"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:01"));
+    add(u"700"_s, longText(2));
+    add(u"701"_s);
+    add(u"702"_s, u"text"_s, u"2024-05-01T12:00:01"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
-    EXPECT_EQ(seen, QStringList({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("2"),
-                                 QStringLiteral("1"), QStringLiteral("1"), QStringLiteral("1"),
-                                 QStringLiteral("1")}));
-    EXPECT_EQ(taken().last(), QStringLiteral("701 text"));
+    EXPECT_EQ(seen, QStringList({u"1"_s, u"2"_s, u"2"_s, u"1"_s, u"1"_s, u"1"_s, u"1"_s}));
+    EXPECT_EQ(taken().last(), u"701 text"_s);
 }
 
 TEST_F(DispatcherRun, isHeldAgainstTheOperatorsDeletionsLikeTheMessageInProgress)
@@ -263,12 +263,14 @@ TEST_F(DispatcherRun, isHeldAgainstTheOperatorsDeletionsLikeTheMessageInProgress
 
 TEST_F(DispatcherRun, tellsNobodyWhatNobodyHears)
 {
-    m_dispatcher->setHeard(false);
+    m_dispatcher->setHasListeners(false);
     addMany(3);
     startReady();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(m_events.filter(QStringLiteral("sent")), QStringList());
-    EXPECT_EQ(disk(), QStringLiteral("0 3"));
+    EXPECT_EQ(m_events.filter(u"sent"_s), QStringList());
+    EXPECT_EQ(disk(), u"0 3"_s);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <QCryptographicHash>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DispatcherSending : public DispatcherFixture
@@ -11,13 +15,13 @@ class DispatcherSending : public DispatcherFixture
 
 QString at(const char *time)
 {
-    return QStringLiteral("2024-05-01T") + QLatin1String(time);
+    return u"2024-05-01T"_s + QLatin1String(time);
 }
 
 TEST_F(DispatcherSending, nothingIsSentWhileStopped)
 {
     m_dispatcher->resume();
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->work();
     takeTurns();
     EXPECT_EQ(m_dispatcher->status(), 0);
@@ -36,48 +40,44 @@ TEST_F(DispatcherSending, startAndStopTellTheStatusOnceAndKeepIt)
     m_dispatcher->stop();
     EXPECT_EQ(m_dispatcher->status(), 0);
     EXPECT_FALSE(m_store->isToRun());
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("status 1"), QStringLiteral("status 0")}));
+    EXPECT_EQ(m_events, QStringList({u"status 1"_s, u"status 0"_s}));
 }
 
 TEST_F(DispatcherSending, anEngineThatWasStartedComesBackStarted)
 {
     m_store->setToRun(true);
-    m_store->add({{QStringLiteral("600"), QStringLiteral("text")}}, noon());
+    m_store->add({{u"600"_s, u"text"_s}}, noon());
     m_dispatcher->resume();
     EXPECT_EQ(m_dispatcher->status(), 1);
-    EXPECT_TRUE(has(QStringLiteral("status 1")));
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_TRUE(has(u"status 1"_s));
+    EXPECT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
 }
 
 TEST_F(DispatcherSending, messagesGoByDateAndThenByQueueingAndTellHowManyWait)
 {
-    add(QStringLiteral("3"), QStringLiteral("c"), at("11:00:00"));
-    add(QStringLiteral("1"), QStringLiteral("a"), at("10:00:00"));
-    add(QStringLiteral("2"), QStringLiteral("b"), at("10:00:00"));
+    add(u"3"_s, u"c"_s, at("11:00:00"));
+    add(u"1"_s, u"a"_s, at("10:00:00"));
+    add(u"2"_s, u"b"_s, at("10:00:00"));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(taken(),
-              QStringList({QStringLiteral("1 a"), QStringLiteral("2 b"), QStringLiteral("3 c")}));
-    EXPECT_EQ(eventsButQueue(),
-              QStringList({QStringLiteral("status 1"), QStringLiteral("info Model 7"),
-                           QStringLiteral("sent 1 a 2"), QStringLiteral("sent 2 b 1"),
-                           QStringLiteral("sent 3 c 0")}));
+    EXPECT_EQ(taken(), QStringList({u"1 a"_s, u"2 b"_s, u"3 c"_s}));
+    EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s, u"sent 1 a 2"_s,
+                                             u"sent 2 b 1"_s, u"sent 3 c 0"_s}));
 }
 
 TEST_F(DispatcherSending, theQueueChangesWithEachMessageThatLeaves)
 {
     startReady();
     m_events.clear();
-    add(QStringLiteral("1"));
+    add(u"1"_s);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("queue"), QStringLiteral("sent 1 text 0"),
-                                     QStringLiteral("queue")}));
+    EXPECT_EQ(m_events, QStringList({u"queue"_s, u"sent 1 text 0"_s, u"queue"_s}));
 }
 
 TEST_F(DispatcherSending, aMessageWaitsForItsDateAndTheClockMayBeSet)
 {
     startReady();
-    add(QStringLiteral("600"), QStringLiteral("text"), at("12:00:01"));
+    add(u"600"_s, u"text"_s, at("12:00:01"));
     takeTurns();
     EXPECT_EQ(submissions(), 0);
     m_clock.now = m_clock.now.addDays(-1);
@@ -86,37 +86,36 @@ TEST_F(DispatcherSending, aMessageWaitsForItsDateAndTheClockMayBeSet)
     EXPECT_EQ(submissions(), 0);
     m_clock.now = m_clock.now.addDays(1).addSecs(1);
     // The dispatcher looks at the clock by itself.
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    EXPECT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(m_line->payloads.size(), 1);
 }
 
 TEST_F(DispatcherSending, anEarlierMessageOvertakesTheOneThatIsWaitedFor)
 {
     startReady();
-    add(QStringLiteral("later"), QStringLiteral("text"), at("23:00:00"));
-    add(QStringLiteral("601"), QStringLiteral("text"), at("12:00:00"));
-    EXPECT_TRUE(until([this] { return has(QStringLiteral("sent 601 text 1")); }));
+    add(u"later"_s, u"text"_s, at("23:00:00"));
+    add(u"601"_s, u"text"_s, at("12:00:00"));
+    EXPECT_TRUE(until([this] { return has(u"sent 601 text 1"_s); }));
 }
 
 TEST_F(DispatcherSending, anOddDateIsReportedAndNotSent)
 {
-    add(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("tomorrow"));
-    add(QStringLiteral("601"));
+    add(u"600"_s, u"text"_s, u"tomorrow"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_TRUE(has(QStringLiteral("failed 600 text -11")));
-    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 text")}));
+    EXPECT_TRUE(has(u"failed 600 text -11"_s));
+    EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
 }
 
 TEST_F(DispatcherSending, aPartIsOnDiskAsLeavingBeforeTheDeviceHearsOfIt)
 {
     QByteArray hash;
     m_onSubmission = [this, &hash] {
-        EXPECT_EQ(onDisk(QStringLiteral("SELECT COUNT(*) FROM message WHERE state = 1")).toInt(),
-                  1);
-        hash = onDisk(QStringLiteral("SELECT part_hash FROM message")).toByteArray();
+        EXPECT_EQ(onDisk(u"SELECT COUNT(*) FROM message WHERE state = 1"_s).toInt(), 1);
+        hash = onDisk(u"SELECT part_hash FROM message"_s).toByteArray();
     };
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 1);
@@ -128,23 +127,21 @@ TEST_F(DispatcherSending, aMessageIsToldAsSentWhenItsOutcomeIsOnDisk)
 {
     QVariant outcome;
     QObject::connect(m_dispatcher.get(), &Dispatcher::sent, [&] {
-        outcome = onDisk(QStringLiteral("SELECT code || ' ' || network_reference || ' ' || at "
-                                        "FROM outcome"));
+        outcome = onDisk(u"SELECT code || ' ' || network_reference || ' ' || at "
+                         "FROM outcome"_s);
     });
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(outcome.toString(), QStringLiteral("1 42 ") + noon());
+    EXPECT_EQ(outcome.toString(), u"1 42 "_s + noon());
 }
 
 TEST_F(DispatcherSending, aLongTextGoesInPartsOfOneReferenceAndIsToldOnce)
 {
     QStringList hashes;
-    m_onSubmission = [&] {
-        hashes << onDisk(QStringLiteral("SELECT hex(part_hash) FROM message")).toString();
-    };
-    add(QStringLiteral("600"), longText(3));
-    add(QStringLiteral("601"), longText(2));
+    m_onSubmission = [&] { hashes << onDisk(u"SELECT hex(part_hash) FROM message"_s).toString(); };
+    add(u"600"_s, longText(3));
+    add(u"601"_s, longText(2));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 5);
@@ -172,17 +169,16 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
     m_onSubmission = [this] {
         m_onSubmission = nullptr;
         m_dispatcher->stop();
-        EXPECT_EQ(m_events.constLast(), QStringLiteral("status 0"));
+        EXPECT_EQ(m_events.constLast(), u"status 0"_s);
     };
-    add(QStringLiteral("600"), longText(3));
+    add(u"600"_s, longText(3));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] {
         return m_line->payloads.size() == 1 && m_modem->state() == Modem::State::Closed;
     }));
     takeTurns();
     EXPECT_EQ(m_line->payloads.size(), 1);
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT state || ' ' || parts_sent FROM message")).toString(),
-              QStringLiteral("0 1"));
+    EXPECT_EQ(onDisk(u"SELECT state || ' ' || parts_sent FROM message"_s).toString(), u"0 1"_s);
 
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
@@ -195,13 +191,13 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
     }
     EXPECT_EQ(numbers, QList<int>({1, 2, 3}));
     EXPECT_EQ(references.size(), 1);
-    EXPECT_EQ(count(QStringLiteral("sent 600 ") + longText(3) + QStringLiteral(" 0")), 1);
+    EXPECT_EQ(count(u"sent 600 "_s + longText(3) + u" 0"_s), 1);
 }
 
 TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
 {
     m_store->setToRun(true);
-    m_store->add({{QStringLiteral("600"), longText(3)}}, noon());
+    m_store->add({{u"600"_s, longText(3)}}, noon());
     const qint64 id = m_store->first()->id;
     m_store->beginPart(id, 77, {});
     m_store->endPart(id, 2);
@@ -214,7 +210,7 @@ TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
 
 TEST_F(DispatcherSending, anEngineThatComesUpStoppedLetsAMessageBetweenPartsBeEdited)
 {
-    m_store->add({{QStringLiteral("600"), longText(3)}}, noon());
+    m_store->add({{u"600"_s, longText(3)}}, noon());
     const qint64 id = m_store->first()->id;
     m_store->beginPart(id, 77, {});
     m_store->endPart(id, 2);
@@ -227,16 +223,16 @@ TEST_F(DispatcherSending, anEngineThatComesUpStoppedLetsAMessageBetweenPartsBeEd
 TEST_F(DispatcherSending, whatWasLeavingWhenTheEngineEndedIsReportedOnceAndNeverSent)
 {
     m_store->setToRun(true);
-    m_store->add({{QStringLiteral("600"), QStringLiteral("first")}}, noon());
+    m_store->add({{u"600"_s, u"first"_s}}, noon());
     m_store->beginPart(m_store->first()->id, std::nullopt, {});
     for (int round = 0; round < 2; ++round) {
-        m_dispatcher->setHeard(false);
+        m_dispatcher->setHasListeners(false);
         m_dispatcher->resume();
         ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
         const QList<Outcome> failures = m_store->unreportedFailures();
         ASSERT_EQ(failures.size(), 1);
-        EXPECT_EQ(failures.constFirst().phone, QStringLiteral("600"));
-        EXPECT_EQ(failures.constFirst().text, QStringLiteral("first"));
+        EXPECT_EQ(failures.constFirst().phone, u"600"_s);
+        EXPECT_EQ(failures.constFirst().text, u"first"_s);
         EXPECT_EQ(failures.constFirst().code, -39);
         // The warning comes with the failure, whenever that is heard.
         EXPECT_TRUE(m_dispatcher->unacknowledgedWarnings().entries().isEmpty());
@@ -260,27 +256,25 @@ class DispatcherUnsendable : public DispatcherFixture,
 TEST_P(DispatcherUnsendable, isReportedAndHoldsUpNobody)
 {
     add(GetParam().phone, GetParam().text);
-    add(QStringLiteral("601"));
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_TRUE(has(QStringLiteral("failed %1 %2 %3")
-                        .arg(GetParam().phone, GetParam().text)
-                        .arg(GetParam().code)));
-    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 text")}));
+    EXPECT_TRUE(
+        has(u"failed %1 %2 %3"_s.arg(GetParam().phone, GetParam().text).arg(GetParam().code)));
+    EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Messages, DispatcherUnsendable,
-    testing::Values(Unsendable{"noPhone", QString(), QStringLiteral("text"), -11},
-                    Unsendable{"words", QStringLiteral("call me"), QStringLiteral("text"), -18},
-                    Unsendable{"manyDigits", QString(21, u'1'), QStringLiteral("text"), -17},
-                    Unsendable{"manyWords", QStringLiteral("600"), QString(255 * 152 + 1, u'x'),
-                               -16}),
+    testing::Values(Unsendable{"noPhone", QString(), u"text"_s, -11},
+                    Unsendable{"words", u"call me"_s, u"text"_s, -18},
+                    Unsendable{"manyDigits", QString(21, u'1'), u"text"_s, -17},
+                    Unsendable{"manyWords", u"600"_s, QString(255 * 152 + 1, u'x'), -16}),
     [](const auto &message) { return std::string(message.param.name); });
 
 TEST_F(DispatcherSending, aMessageOfSeveralPartsIsEncodedOnce)
 {
-    add(QStringLiteral("600"), longText(5));
+    add(u"600"_s, longText(5));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 5);
@@ -290,11 +284,13 @@ TEST_F(DispatcherSending, aMessageOfSeveralPartsIsEncodedOnce)
 TEST_F(DispatcherSending, nothingBeginsBeforeWhoeverChangedTheQueueIsAnswered)
 {
     startReady();
-    add(QStringLiteral("600"));
-    EXPECT_TRUE(has(QStringLiteral("queue")));
+    add(u"600"_s);
+    EXPECT_TRUE(has(u"queue"_s));
     EXPECT_FALSE(m_dispatcher->isSending());
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT state FROM message")), 0);
+    EXPECT_EQ(onDisk(u"SELECT state FROM message"_s), 0);
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A store that another program locks at the wrong moment.
@@ -16,7 +20,7 @@ protected:
 
     bool outcomeWaits()
     {
-        return until([this] { return m_log.count(QStringLiteral("outcome waits")) >= 2; });
+        return until([this] { return m_log.count(u"outcome waits"_s) >= 2; });
     }
 
     NotedLog m_log;
@@ -25,13 +29,13 @@ protected:
 
 TEST_F(DispatcherStoreTrouble, itStandsFromTheWarningUntilItIsOver)
 {
-    m_dispatcher->warnOfStore(QStringLiteral("refused"));
-    const QList<Dispatcher::Warning> troubles = m_dispatcher->standingTroubles();
-    ASSERT_EQ(troubles.size(), 1);
-    EXPECT_EQ(troubles.constFirst().code, -57);
-    EXPECT_TRUE(troubles.constFirst().text.contains(QStringLiteral("refused")));
-    m_dispatcher->endStoreTrouble();
-    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+    m_dispatcher->warnOfStore(u"refused"_s);
+    const QList<Dispatcher::Warning> faults = m_dispatcher->activeFaults();
+    ASSERT_EQ(faults.size(), 1);
+    EXPECT_EQ(faults.constFirst().code, -57);
+    EXPECT_TRUE(faults.constFirst().text.contains(u"refused"_s));
+    m_dispatcher->clearStoreFault();
+    EXPECT_TRUE(m_dispatcher->activeFaults().isEmpty());
 }
 
 TEST_F(DispatcherStoreTrouble, withoutItsCommitNoPartLeaves)
@@ -39,15 +43,14 @@ TEST_F(DispatcherStoreTrouble, withoutItsCommitNoPartLeaves)
     for (const int parts : {1, 2}) {
         SCOPED_TRACE(parts);
         m_clock.now = m_clock.now.addSecs(-60);
-        const qsizetype before = m_log.count(QStringLiteral("can't be used"));
+        const qsizetype before = m_log.count(u"can't be used"_s);
         m_line->commands.clear();
         m_line->payloads.clear();
         startReady();
-        add(QStringLiteral("600"), longText(parts));
+        add(u"600"_s, longText(parts));
         m_other.lock();
         m_clock.now = m_clock.now.addSecs(60);
-        ASSERT_TRUE(
-            until([&] { return m_log.count(QStringLiteral("can't be used")) >= before + 2; }));
+        ASSERT_TRUE(until([&] { return m_log.count(u"can't be used"_s) >= before + 2; }));
         EXPECT_EQ(submissions(), 0);
         m_other.unlock();
         ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
@@ -59,31 +62,31 @@ TEST_F(DispatcherStoreTrouble, whereWritingIsForbiddenNoPartLeaves)
 {
     m_clock.now = m_clock.now.addSecs(-60);
     startReady();
-    add(QStringLiteral("600"));
-    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = ON"));
+    add(u"600"_s);
+    runOnStoreConnection(file(), u"PRAGMA query_only = ON"_s);
     m_clock.now = m_clock.now.addSecs(60);
-    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("can't be used")) >= 2; }));
+    ASSERT_TRUE(until([this] { return m_log.count(u"can't be used"_s) >= 2; }));
     EXPECT_EQ(submissions(), 0);
-    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = OFF"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    runOnStoreConnection(file(), u"PRAGMA query_only = OFF"_s);
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(m_line->payloads.size(), 1);
 }
 
 TEST_F(DispatcherStoreTrouble, anAcceptedPartIsNotForgottenAndNothingIsSentBeforeItIsOnDisk)
 {
     lockAtSubmission();
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     EXPECT_EQ(submissions(), 1);
-    EXPECT_FALSE(has(QStringLiteral("sent 600 text 1")));
-    EXPECT_EQ(onDisk(QStringLiteral("SELECT state FROM message")).toInt(), 1);
+    EXPECT_FALSE(has(u"sent 600 text 1"_s));
+    EXPECT_EQ(onDisk(u"SELECT state FROM message"_s).toInt(), 1);
     m_other.unlock();
     ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-    EXPECT_EQ(taken(), QStringList({QStringLiteral("600 text"), QStringLiteral("601 text")}));
-    EXPECT_EQ(count(QStringLiteral("sent 600 text 1")), 1);
-    EXPECT_EQ(count(QStringLiteral("sent 601 text 0")), 1);
+    EXPECT_EQ(taken(), QStringList({u"600 text"_s, u"601 text"_s}));
+    EXPECT_EQ(count(u"sent 600 text 1"_s), 1);
+    EXPECT_EQ(count(u"sent 601 text 0"_s), 1);
 }
 
 TEST_F(DispatcherStoreTrouble, aMessageIsNotSentAgainWhileItsOutcomeIsOnTheWayToDisk)
@@ -91,9 +94,9 @@ TEST_F(DispatcherStoreTrouble, aMessageIsNotSentAgainWhileItsOutcomeIsOnTheWayTo
     m_timings.storeAgainMs = 200;
     makeDispatcher();
     lockAtSubmission();
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_log.count(QStringLiteral("outcome waits")) == 1; }));
+    ASSERT_TRUE(until([this] { return m_log.count(u"outcome waits"_s) == 1; }));
     // The store is back, and something else happens before the outcome's next try.
     m_other.unlock();
     m_dispatcher->work();
@@ -106,7 +109,7 @@ TEST_F(DispatcherStoreTrouble, aMessageIsNotSentAgainWhileItsOutcomeIsOnTheWayTo
 TEST_F(DispatcherStoreTrouble, aPartBetweenOthersIsNotRepeatedWhenItsNoteComesLate)
 {
     lockAtSubmission();
-    add(QStringLiteral("600"), longText(2));
+    add(u"600"_s, longText(2));
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     m_other.unlock();
@@ -131,7 +134,7 @@ TEST_P(DispatcherLateFailure, isKeptUntilItIsOnDisk)
     lockAtSubmission();
     m_submitAnswers = {"\r\n+CMS ERROR: " + QByteArray::number(GetParam().error) + "\r\n",
                        FakeModemLine::info("+CMGS: 1")};
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     const QString event = QLatin1String(GetParam().event);
@@ -154,8 +157,8 @@ INSTANTIATE_TEST_SUITE_P(Outcomes, DispatcherLateFailure,
 TEST_F(DispatcherStoreTrouble, theDeviceIsTestedWhileAnOutcomeWaitsForTheStore)
 {
     lockAtSubmission();
-    add(QStringLiteral("600"));
-    add(QStringLiteral("601"));
+    add(u"600"_s);
+    add(u"601"_s);
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     qint32 answer = 0;
@@ -176,54 +179,51 @@ TEST_F(DispatcherStoreTrouble, aStartOrStopThatCannotBeStoredIsNone)
     m_other.lock();
     EXPECT_THROW(m_dispatcher->stop(), StoreFailure);
     EXPECT_EQ(m_dispatcher->status(), 1);
-    EXPECT_EQ(eventsButQueue(), QStringList({QStringLiteral("status 1")}));
+    EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s}));
     m_other.unlock();
 }
 
 TEST_F(DispatcherStoreTrouble, anEngineComesUpAndReportsWhatWasInterruptedWhenTheStoreIsBack)
 {
     m_store->setToRun(true);
-    m_store->add({{QStringLiteral("600"), QStringLiteral("text")},
-                  {QStringLiteral("601"), QStringLiteral("text")}},
-                 noon());
+    m_store->add({{u"600"_s, u"text"_s}, {u"601"_s, u"text"_s}}, noon());
     m_store->beginPart(m_store->first()->id, std::nullopt, {});
     m_other.lock();
     m_dispatcher->resume();
     EXPECT_EQ(m_dispatcher->status(), 1);
     ASSERT_TRUE(outcomeWaits());
     EXPECT_EQ(submissions(), 0);
-    EXPECT_FALSE(has(QStringLiteral("warning -39")));
+    EXPECT_FALSE(has(u"warning -39"_s));
     m_other.unlock();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 601 text 0")); }));
-    EXPECT_EQ(count(QStringLiteral("warning -39")), 1);
-    EXPECT_EQ(taken(), QStringList({QStringLiteral("601 text")}));
+    ASSERT_TRUE(until([this] { return has(u"sent 601 text 0"_s); }));
+    EXPECT_EQ(count(u"warning -39"_s), 1);
+    EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
     // A console listens by then: it hears of it at once, and nothing is kept for the next one.
-    EXPECT_EQ(m_events.filter(QStringLiteral(" -39")).filter(QStringLiteral("failed ")).size(), 1);
+    EXPECT_EQ(m_events.filter(u" -39"_s).filter(u"failed "_s).size(), 1);
     EXPECT_TRUE(until([this] { return m_store->unreportedFailures().isEmpty(); }));
 }
 
 TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
 {
-    m_timings.storeTroubleMs = 200;
+    m_timings.storeRetryMs = 200;
     makeDispatcher();
     const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
     for (int round = 1; round <= 2; ++round) {
         startReady();
         m_clock.now = m_clock.now.addSecs(-60);
-        add(QStringLiteral("600"));
+        add(u"600"_s);
         m_other.lock();
         m_clock.now = m_clock.now.addSecs(60);
         m_dispatcher->work();
-        ASSERT_TRUE(until([this] { return !m_dispatcher->storeTrouble().isEmpty(); }));
-        EXPECT_EQ(count(QStringLiteral("warning -57")), round - 1);
-        ASSERT_TRUE(until([&] { return count(QStringLiteral("warning -57")) == round; }));
-        const qsizetype logged = m_log.count(QStringLiteral("can't be used"));
-        ASSERT_TRUE(
-            until([&] { return m_log.count(QStringLiteral("can't be used")) >= logged + 20; }));
+        ASSERT_TRUE(until([this] { return !m_dispatcher->storeFault().isEmpty(); }));
+        EXPECT_EQ(count(u"warning -57"_s), round - 1);
+        ASSERT_TRUE(until([&] { return count(u"warning -57"_s) == round; }));
+        const qsizetype logged = m_log.count(u"can't be used"_s);
+        ASSERT_TRUE(until([&] { return m_log.count(u"can't be used"_s) >= logged + 20; }));
         m_other.unlock();
-        ASSERT_TRUE(until([this] { return m_dispatcher->storeTrouble().isEmpty(); }));
+        ASSERT_TRUE(until([this] { return m_dispatcher->storeFault().isEmpty(); }));
         ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-        EXPECT_EQ(count(QStringLiteral("warning -57")), round);
+        EXPECT_EQ(count(u"warning -57"_s), round);
     }
     // Another program's lock is no reason to open the file anew.
     EXPECT_TRUE(lost.isEmpty());
@@ -231,11 +231,11 @@ TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
 
 TEST_F(DispatcherStoreTrouble, aStoreThatGoesOnFailingIsAskedForAnew)
 {
-    m_timings.storeTroubleMs = 100;
+    m_timings.storeRetryMs = 100;
     makeDispatcher();
     const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
     startReady();
-    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = ON"));
+    runOnStoreConnection(file(), u"PRAGMA query_only = ON"_s);
     m_store->first();
     try {
         m_store->setToRun(false);
@@ -245,8 +245,8 @@ TEST_F(DispatcherStoreTrouble, aStoreThatGoesOnFailingIsAskedForAnew)
     }
     ASSERT_TRUE(until([&] { return lost.size() == 2; }));
     EXPECT_FALSE(lost.constFirst().constFirst().toBool());
-    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = OFF"));
-    ASSERT_TRUE(until([this] { return m_dispatcher->storeTrouble().isEmpty(); }));
+    runOnStoreConnection(file(), u"PRAGMA query_only = OFF"_s);
+    ASSERT_TRUE(until([this] { return m_dispatcher->storeFault().isEmpty(); }));
 }
 
 TEST_F(DispatcherStoreTrouble, aReplacedStoreStopsTheEngineAndForgetsItsDevice)
@@ -257,7 +257,7 @@ TEST_F(DispatcherStoreTrouble, aReplacedStoreStopsTheEngineAndForgetsItsDevice)
     EXPECT_TRUE(until([this] { return m_modem->state() == Modem::State::Closed; }));
     EXPECT_EQ(m_dispatcher->status(), 0);
     EXPECT_FALSE(m_dispatcher->knownDevice());
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("status 0"), QStringLiteral("queue")}));
+    EXPECT_EQ(m_events, QStringList({u"status 0"_s, u"queue"_s}));
 }
 
 TEST_F(DispatcherStoreTrouble, aStoppedMessageIsLetGoWhenTheStoreIsBack)
@@ -267,42 +267,43 @@ TEST_F(DispatcherStoreTrouble, aStoppedMessageIsLetGoWhenTheStoreIsBack)
         m_dispatcher->stop();
         m_other.lock();
     };
-    add(QStringLiteral("600"), longText(2));
+    add(u"600"_s, longText(2));
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     m_other.unlock();
-    const QString state = QStringLiteral("SELECT state || ' ' || parts_sent FROM message");
-    EXPECT_TRUE(until([&] { return onDisk(state).toString() == QStringLiteral("0 1"); }));
+    const QString state = u"SELECT state || ' ' || parts_sent FROM message"_s;
+    EXPECT_TRUE(until([&] { return onDisk(state).toString() == u"0 1"_s; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
 }
 
 TEST_F(DispatcherStoreTrouble, messagesOfAnEngineThatComesUpStoppedAreLetGoWhenTheStoreIsBack)
 {
-    m_store->add({{QStringLiteral("600"), longText(2)}}, noon());
+    m_store->add({{u"600"_s, longText(2)}}, noon());
     const qint64 id = m_store->first()->id;
     m_store->beginPart(id, 1, {});
     m_store->endPart(id, 1);
     m_other.lock();
     m_dispatcher->resume();
-    ASSERT_TRUE(
-        until([this] { return m_log.count(QStringLiteral("could not be released")) >= 2; }));
+    ASSERT_TRUE(until([this] { return m_log.count(u"could not be released"_s) >= 2; }));
     m_other.unlock();
-    const QString state = QStringLiteral("SELECT state FROM message");
+    const QString state = u"SELECT state FROM message"_s;
     EXPECT_TRUE(until([&] { return onDisk(state).toInt() == 0; }));
 }
 
 TEST_F(DispatcherStoreTrouble, theEngineEndsWhenTheOutcomeIsOnDisk)
 {
     lockAtSubmission();
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     m_dispatcher->finish();
     takeTurns();
-    EXPECT_FALSE(has(QStringLiteral("finished")));
+    EXPECT_FALSE(has(u"finished"_s));
     m_other.unlock();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("finished")); }));
+    ASSERT_TRUE(until([this] { return has(u"finished"_s); }));
     EXPECT_EQ(m_store->size(), 0);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QByteArray pinCommand = "AT+CPIN=\"4711\"";
@@ -17,8 +21,7 @@ protected:
 
     void test()
     {
-        m_dispatcher->testDevice(
-            [this](qint32 result) { m_events << QStringLiteral("tested %1").arg(result); });
+        m_dispatcher->testDevice([this](qint32 result) { m_events << u"tested %1"_s.arg(result); });
     }
 
     /// Tests, and waits for the answer, which is the last event.
@@ -26,7 +29,7 @@ protected:
     {
         m_events.clear();
         test();
-        ASSERT_TRUE(until([this] { return !m_events.filter(QStringLiteral("tested")).isEmpty(); }));
+        ASSERT_TRUE(until([this] { return !m_events.filter(u"tested"_s).isEmpty(); }));
     }
 
     /// What a console does with an engine that runs: stop, test, start.
@@ -45,7 +48,7 @@ TEST_F(DispatcherTestResult, aFailureOfAStoppedEngineIsExplainedBeforeTheAnswer)
 {
     m_line->silent = true;
     testUntilAnswered();
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    EXPECT_EQ(m_events, QStringList({u"warning -39"_s, u"tested -39"_s}));
 }
 
 TEST_F(DispatcherTestResult, aFailureOfARunningEngineIsExplainedBeforeTheAnswerAndOnce)
@@ -53,21 +56,19 @@ TEST_F(DispatcherTestResult, aFailureOfARunningEngineIsExplainedBeforeTheAnswerA
     startReady();
     m_line->silent = true;
     testUntilAnswered();
-    EXPECT_EQ(m_events.mid(0, 2),
-              QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    EXPECT_EQ(m_events.mid(0, 2), QStringList({u"warning -39"_s, u"tested -39"_s}));
     ASSERT_TRUE(until([this] { return m_line->openings == 3; }));
-    EXPECT_EQ(count(QStringLiteral("warning -39")), 1);
+    EXPECT_EQ(count(u"warning -39"_s), 1);
 }
 
 TEST_F(DispatcherTestResult, aFailureThatIsKnownAlreadyIsExplainedInEveryTest)
 {
     m_line->openError = LineError::NoSuchDevice;
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
+    ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     for (int times = 0; times < 2; ++times) {
         testUntilAnswered();
-        EXPECT_EQ(m_events,
-                  QStringList({QStringLiteral("warning -2"), QStringLiteral("tested -2")}));
+        EXPECT_EQ(m_events, QStringList({u"warning -2"_s, u"tested -2"_s}));
     }
 }
 
@@ -76,7 +77,7 @@ TEST_F(DispatcherTestResult, aSimThatStandsInTheWayIsExplainedAlthoughTheDeviceA
     startReady();
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PUK"));
     testUntilAnswered();
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -31"), QStringLiteral("tested -31")}));
+    EXPECT_EQ(m_events, QStringList({u"warning -31"_s, u"tested -31"_s}));
 }
 
 TEST_F(DispatcherTestResult, aTestThatTakesTooLongIsExplained)
@@ -84,11 +85,11 @@ TEST_F(DispatcherTestResult, aTestThatTakesTooLongIsExplained)
     m_timings.testAnswerMs = 20;
     makeDispatcher();
     m_line->submitAnswer.clear();
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     testUntilAnswered();
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    EXPECT_EQ(m_events, QStringList({u"warning -39"_s, u"tested -39"_s}));
 }
 
 TEST_F(DispatcherTestResult, aDeviceThatIsTooLateForItsTestIsClosedAndNotReported)
@@ -97,7 +98,7 @@ TEST_F(DispatcherTestResult, aDeviceThatIsTooLateForItsTestIsClosedAndNotReporte
     makeDispatcher();
     m_line->silent = true;
     testUntilAnswered();
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -39"), QStringLiteral("tested -39")}));
+    EXPECT_EQ(m_events, QStringList({u"warning -39"_s, u"tested -39"_s}));
     EXPECT_TRUE(isClosed());
 }
 
@@ -105,32 +106,32 @@ TEST_F(DispatcherTestResult, aTroubleOfADeviceThatIsReadyAgainStandsNoLonger)
 {
     m_line->openError = LineError::NoSuchDevice;
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
-    EXPECT_EQ(m_dispatcher->standingTroubles().size(), 1);
+    ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
+    EXPECT_EQ(m_dispatcher->activeFaults().size(), 1);
     m_line->openError = LineError::None;
     ASSERT_TRUE(until([this] { return isReady(); }));
-    EXPECT_TRUE(m_dispatcher->standingTroubles().isEmpty());
+    EXPECT_TRUE(m_dispatcher->activeFaults().isEmpty());
 }
 
 TEST_F(DispatcherTestResult, aTroubleThatStandsKeepsTheWordsInWhichItWasTold)
 {
     m_line->openError = LineError::NoSuchDevice;
-    m_line->detail = QStringLiteral("gone");
+    m_line->detail = u"gone"_s;
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("warning -2")); }));
-    const QList<Dispatcher::Warning> told = m_dispatcher->standingTroubles();
+    ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
+    const QList<Dispatcher::Warning> told = m_dispatcher->activeFaults();
     ASSERT_EQ(told.size(), 1);
-    EXPECT_TRUE(told.constFirst().text.contains(QStringLiteral("gone")));
-    m_line->detail = QStringLiteral("away");
+    EXPECT_TRUE(told.constFirst().text.contains(u"gone"_s));
+    m_line->detail = u"away"_s;
     ASSERT_TRUE(until([this] { return m_line->openings == 3; }));
-    EXPECT_EQ(m_dispatcher->standingTroubles(), told);
+    EXPECT_EQ(m_dispatcher->activeFaults(), told);
 }
 
 TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
 {
     const auto standing = [this] {
-        const QList<Dispatcher::Warning> troubles = m_dispatcher->standingTroubles();
-        return troubles.isEmpty() ? 0 : troubles.constFirst().code;
+        const QList<Dispatcher::Warning> faults = m_dispatcher->activeFaults();
+        return faults.isEmpty() ? 0 : faults.constFirst().code;
     };
     m_line->openError = LineError::NoSuchDevice;
     m_dispatcher->start();
@@ -139,19 +140,18 @@ TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
     ASSERT_TRUE(until([&] { return standing() != -2; }));
     m_line->openError = LineError::NoSuchDevice;
     EXPECT_TRUE(until([&] { return standing() == -2; }));
-    EXPECT_EQ(count(QStringLiteral("warning -2")), 1);
+    EXPECT_EQ(count(u"warning -2"_s), 1);
 }
 
 TEST_F(DispatcherTestResult, aPinThatIsSpentOnATestIsToldWithinItAndNotTriedAgain)
 {
-    m_store->setDeviceSettings(
-        {0, QStringLiteral("4711"), 1, 1, QStringLiteral("/dev/fake, 9600")});
+    m_store->setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
     m_line->answers.insert(pinCommand, FakeModemLine::answer("+CME ERROR: 16"));
     testUntilAnswered();
-    EXPECT_EQ(m_events, QStringList({QStringLiteral("warning -27"), QStringLiteral("tested -27")}));
+    EXPECT_EQ(m_events, QStringList({u"warning -27"_s, u"tested -27"_s}));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return count(QStringLiteral("warning -27")) == 2; }));
+    ASSERT_TRUE(until([this] { return count(u"warning -27"_s) == 2; }));
     EXPECT_EQ(m_line->commands.count(pinCommand), 1);
 }
 
@@ -159,17 +159,16 @@ TEST_F(DispatcherTestResult, theDeviceStaysOpenForTheStartBehindTheTest)
 {
     startReady();
     testRunningEngine();
-    add(QStringLiteral("600"));
-    ASSERT_TRUE(until([this] { return has(QStringLiteral("sent 600 text 0")); }));
+    add(u"600"_s);
+    ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(m_line->openings, 2) << "for the first start and for the test";
     EXPECT_EQ(eventsButQueue(),
-              QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1"),
-                           QStringLiteral("status 1"), QStringLiteral("sent 600 text 0")}));
+              QStringList({u"info Model 7"_s, u"tested 1"_s, u"status 1"_s, u"sent 600 text 0"_s}));
 }
 
 TEST_F(DispatcherTestResult, nothingIsSentThroughADeviceThatIsKeptOpen)
 {
-    add(QStringLiteral("600"));
+    add(u"600"_s);
     testUntilAnswered();
     takeTurns();
     EXPECT_TRUE(isReady());
@@ -185,7 +184,7 @@ TEST_F(DispatcherTestResult, theSameDeviceIsNotReportedAgainWhenItHadToBeOpenedA
     ASSERT_TRUE(until([this] { return isClosed(); }));
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return isReady(); }));
-    EXPECT_EQ(count(QStringLiteral("info Model 7")), 1) << "the test's own";
+    EXPECT_EQ(count(u"info Model 7"_s), 1) << "the test's own";
 }
 
 TEST_F(DispatcherTestResult, anotherDeviceIsReported)
@@ -195,15 +194,14 @@ TEST_F(DispatcherTestResult, anotherDeviceIsReported)
     ASSERT_TRUE(until([this] { return isClosed(); }));
     m_line->answers.insert("AT+CGSN", FakeModemLine::info("490154203237519"));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return count(QStringLiteral("info Model 7")) == 2; }));
+    ASSERT_TRUE(until([this] { return count(u"info Model 7"_s) == 2; }));
 }
 
 TEST_F(DispatcherTestResult, eachTestReportsTheDevice)
 {
     for (int times = 0; times < 2; ++times) {
         testUntilAnswered();
-        EXPECT_EQ(m_events,
-                  QStringList({QStringLiteral("info Model 7"), QStringLiteral("tested 1")}));
+        EXPECT_EQ(m_events, QStringList({u"info Model 7"_s, u"tested 1"_s}));
     }
 }
 
@@ -222,7 +220,7 @@ TEST_F(DispatcherTestResult, aStopClosesTheDeviceThatWasKept)
     m_dispatcher->stop();
     EXPECT_TRUE(isClosed());
     m_dispatcher->start();
-    EXPECT_TRUE(until([this] { return count(QStringLiteral("info Model 7")) == 2; }));
+    EXPECT_TRUE(until([this] { return count(u"info Model 7"_s) == 2; }));
 }
 
 TEST_F(DispatcherTestResult, theEndOfTheEngineClosesTheDeviceThatWasKept)
@@ -230,7 +228,9 @@ TEST_F(DispatcherTestResult, theEndOfTheEngineClosesTheDeviceThatWasKept)
     testUntilAnswered();
     m_dispatcher->finish();
     EXPECT_TRUE(isClosed());
-    EXPECT_TRUE(has(QStringLiteral("finished")));
+    EXPECT_TRUE(has(u"finished"_s));
 }
 
 } // namespace
+
+} // namespace norvane

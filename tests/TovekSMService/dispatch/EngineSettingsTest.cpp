@@ -8,6 +8,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray lineOf(const EngineNumber &number, const QByteArray &value)
@@ -21,13 +25,13 @@ TEST(EngineSettings, defaultsStandForAFileThatHoldsNothing)
     EXPECT_EQ(settings, EngineSettings());
     EXPECT_EQ(settings.attempts, 4);
     EXPECT_EQ(settings.firstDelay, 30);
-    EXPECT_EQ(settings.longestDelay, 3600);
+    EXPECT_EQ(settings.maxDelay, 3600);
     EXPECT_EQ(settings.jitter, 25);
     EXPECT_EQ(settings.answerLimit, 180);
     EXPECT_EQ(settings.validityPeriod, 0);
     EXPECT_EQ(settings.breakerFailures, 3);
     EXPECT_EQ(settings.resetInterval, 3600);
-    EXPECT_EQ(settings.mostLate, 0);
+    EXPECT_EQ(settings.maxLateness, 0);
     EXPECT_EQ(settings.partsPerMinute, 0);
     EXPECT_EQ(settings.partsPerDay, 0);
     EXPECT_EQ(settings.keepDays, 90);
@@ -37,7 +41,7 @@ struct Bounds
 {
     const char *name;
     int least;
-    int most;
+    int max;
     bool zeroIsOff;
 };
 
@@ -62,7 +66,7 @@ TEST(EngineSettings, everyNumberHasItsNameAndBounds)
         const EngineNumber &number = engineNumbers()[i];
         EXPECT_EQ(QByteArray(number.section) + '/' + number.key, expected[i].name);
         EXPECT_EQ(number.least, expected[i].least) << expected[i].name;
-        EXPECT_EQ(number.most, expected[i].most) << expected[i].name;
+        EXPECT_EQ(number.max, expected[i].max) << expected[i].name;
         EXPECT_EQ(number.zeroIsOff, expected[i].zeroIsOff) << expected[i].name;
     }
 }
@@ -80,10 +84,10 @@ TEST(EngineSettings, theLeastAndTheMostAreTakenAndWhatIsBeyondThemIsLogged)
                    number.value;
         };
         EXPECT_EQ(taken(number.least), number.least);
-        EXPECT_EQ(taken(number.most), number.most);
+        EXPECT_EQ(taken(number.max), number.max);
         EXPECT_EQ(log.count(QLatin1String(number.key)), 0);
 
-        EXPECT_EQ(taken(qint64{number.most} + 1), defaults.*number.value);
+        EXPECT_EQ(taken(qint64{number.max} + 1), defaults.*number.value);
         EXPECT_EQ(taken(qint64{1} << 40), defaults.*number.value);
         EXPECT_EQ(taken(-1), defaults.*number.value);
         EXPECT_EQ(log.count(QLatin1String(number.key)), 3);
@@ -101,7 +105,7 @@ TEST_P(EngineSettingsOddValue, isLoggedAndTheDefaultTaken)
                                     "\n[Outcomes]\nKeepDays=7\n")
                   .attempts,
               4);
-    EXPECT_EQ(log.count(QStringLiteral("Sending/Attempts")), 1);
+    EXPECT_EQ(log.count(u"Sending/Attempts"_s), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, EngineSettingsOddValue,
@@ -123,7 +127,7 @@ TEST(EngineSettings, delaysThatContradictEachOtherAreBothTheDefaults)
     const EngineSettings settings =
         EngineSettings::parse("[Sending]\nFirstDelay=100\nLongestDelay=99\n");
     EXPECT_EQ(settings, EngineSettings());
-    EXPECT_EQ(log.count(QStringLiteral("LongestDelay")), 1);
+    EXPECT_EQ(log.count(u"LongestDelay"_s), 1);
     EXPECT_EQ(EngineSettings::parse("[Sending]\nFirstDelay=99\nLongestDelay=99\n").firstDelay, 99);
 }
 
@@ -131,18 +135,18 @@ TEST(EngineSettings, whatIsNoSettingsTextIsLogged)
 {
     const NotedLog log;
     EXPECT_EQ(EngineSettings::parse(QByteArray("\xFF\xFE\x00garbage\n", 11)), EngineSettings());
-    EXPECT_EQ(log.count(QStringLiteral("no settings text")), 1);
+    EXPECT_EQ(log.count(u"no settings text"_s), 1);
 }
 
 TEST(EngineSettings, theFileStandsBesideTheConsolesSettings)
 {
     const QString file = EngineSettings::file();
-    EXPECT_TRUE(file.endsWith(QStringLiteral("/Norvane/TovekSMService.ini")));
+    EXPECT_TRUE(file.endsWith(u"/Norvane/TovekSMService.ini"_s));
     EXPECT_TRUE(file.startsWith(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))));
     const NotedLog log;
     QFile::remove(file);
     EXPECT_EQ(EngineSettings::load(), EngineSettings());
-    EXPECT_EQ(log.count(QStringLiteral("settings")), 0);
+    EXPECT_EQ(log.count(u"settings"_s), 0);
 
     ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
     QFile written(file);
@@ -159,7 +163,7 @@ TEST(EngineSettings, aFileThatCannotBeReadIsLogged)
     ASSERT_TRUE(QDir().mkpath(file));
     const NotedLog log;
     EXPECT_EQ(EngineSettings::load(), EngineSettings());
-    EXPECT_EQ(log.count(QStringLiteral("can't be read")), 1);
+    EXPECT_EQ(log.count(u"can't be read"_s), 1);
     EXPECT_TRUE(QDir().rmdir(file));
 }
 
@@ -168,12 +172,12 @@ TEST(EngineSettings, theNumbersReachTheRetriesAndTheModem)
     EngineSettings settings;
     settings.attempts = 2;
     settings.firstDelay = 5;
-    settings.longestDelay = 7;
+    settings.maxDelay = 7;
     settings.jitter = 50;
     settings.answerLimit = 60;
     const RetryPolicy policy([] { return 0.5; }, settings.retryTimes());
-    EXPECT_TRUE(policy.mayTryAgain(1));
-    EXPECT_FALSE(policy.mayTryAgain(2));
+    EXPECT_TRUE(policy.mayRetry(1));
+    EXPECT_FALSE(policy.mayRetry(2));
     EXPECT_EQ(policy.messageDelay(1), 6);
     EXPECT_EQ(policy.messageDelay(2), 8);
     EXPECT_EQ(settings.modemTimings().sendMs, 60'000);
@@ -185,9 +189,11 @@ TEST(EngineSettings, noAnswerIsWaitedForLongerThanTheCallersWait)
 {
     for (const EngineNumber &number : engineNumbers()) {
         if (number.value == &EngineSettings::answerLimit) {
-            EXPECT_LT(number.most * 1000, Bus::TestDeviceTimeout);
+            EXPECT_LT(number.max * 1000, Bus::testDeviceTimeout);
         }
     }
 }
 
 } // namespace
+
+} // namespace norvane

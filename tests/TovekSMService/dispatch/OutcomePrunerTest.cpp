@@ -1,5 +1,9 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class OutcomePruning : public DispatcherFixture
@@ -13,12 +17,12 @@ protected:
 
     void finished(int daysAgo)
     {
-        m_store->add({{QStringLiteral("600"), {}}}, noon());
+        m_store->add({{u"600"_s, {}}}, noon());
         m_store->finish(m_store->first()->id, 1, 1, m_clock.wallClockText(-daysAgo * 86'400 - 1),
                         true);
     }
 
-    int outcomes() const { return onDisk(QStringLiteral("SELECT COUNT(*) FROM outcome")).toInt(); }
+    int outcomes() const { return onDisk(u"SELECT COUNT(*) FROM outcome"_s).toInt(); }
 };
 
 TEST_F(OutcomePruning, outcomesAreForgottenAfterTheirDaysAndNotBefore)
@@ -41,9 +45,11 @@ TEST_F(OutcomePruning, aStoreThatIsLockedIsTriedAgainLater)
     OtherConnection other(file());
     other.lock();
     makeDispatcher();
-    ASSERT_TRUE(until([&] { return log.count(QStringLiteral("old outcomes stay")) >= 2; }));
+    ASSERT_TRUE(until([&] { return log.count(u"old outcomes stay"_s) >= 2; }));
     other.unlock();
     EXPECT_TRUE(until([this] { return outcomes() == 0; }));
 }
 
 } // namespace
+
+} // namespace norvane

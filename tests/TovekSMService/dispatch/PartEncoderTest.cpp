@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class PartEncoderTest : public testing::Test
 {
 protected:
     static StoredMessage message(const QString &text, std::optional<quint16> reference = {},
-                                 const QString &phone = QStringLiteral("600"))
+                                 const QString &phone = u"600"_s)
     {
         StoredMessage message;
         message.phone = phone;
@@ -55,8 +59,7 @@ TEST_F(PartEncoderTest, aMessageIsEncodedOnceWhateverReferenceItGets)
 
 TEST_F(PartEncoderTest, theReferenceStandsInItsPlaceWhateverThePhoneAndTheAlphabet)
 {
-    for (const QString &phone :
-         {QStringLiteral("+1"), QStringLiteral("600"), QStringLiteral("+12345678901234567890")}) {
+    for (const QString &phone : {u"+1"_s, u"600"_s, u"+12345678901234567890"_s}) {
         for (const QChar letter : {u'a', u'ж'}) {
             const StoredMessage each = message(QString(500, letter), 0x1234, phone);
             EXPECT_EQ(hex(each), fresh(each, 167));
@@ -66,19 +69,20 @@ TEST_F(PartEncoderTest, theReferenceStandsInItsPlaceWhateverThePhoneAndTheAlphab
 
 TEST_F(PartEncoderTest, anotherPhoneOrTextIsEncodedAnew)
 {
-    EXPECT_EQ(hex(message(QStringLiteral("a"))), fresh(message(QStringLiteral("a")), 167));
-    EXPECT_EQ(hex(message(QStringLiteral("b"))), fresh(message(QStringLiteral("b")), 167));
-    const StoredMessage other = message(QStringLiteral("b"), {}, QStringLiteral("601"));
+    EXPECT_EQ(hex(message(u"a"_s)), fresh(message(u"a"_s), 167));
+    EXPECT_EQ(hex(message(u"b"_s)), fresh(message(u"b"_s), 167));
+    const StoredMessage other = message(u"b"_s, {}, u"601"_s);
     EXPECT_EQ(hex(other), fresh(other, 167));
     EXPECT_EQ(m_encoded, 3);
 }
 
 TEST_F(PartEncoderTest, whatCannotBeEncodedIsToldAndNotKept)
 {
-    EXPECT_EQ(std::get<EncodeError>(
-                  m_encoder.parts(message(QStringLiteral("a"), {}, QStringLiteral("x")))),
+    EXPECT_EQ(std::get<EncodeError>(m_encoder.parts(message(u"a"_s, {}, u"x"_s))),
               EncodeError::InvalidCharacters);
-    EXPECT_EQ(hex(message(QStringLiteral("a"))), fresh(message(QStringLiteral("a")), 167));
+    EXPECT_EQ(hex(message(u"a"_s)), fresh(message(u"a"_s), 167));
 }
 
 } // namespace
+
+} // namespace norvane

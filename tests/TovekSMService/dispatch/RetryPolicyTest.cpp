@@ -2,15 +2,17 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 TEST(RetryPolicy, aMessageIsTriedFourTimes)
 {
     const RetryPolicy policy([] { return 0.0; });
-    EXPECT_TRUE(policy.mayTryAgain(0));
-    EXPECT_TRUE(policy.mayTryAgain(3));
-    EXPECT_FALSE(policy.mayTryAgain(4));
-    EXPECT_FALSE(policy.mayTryAgain(5));
+    EXPECT_TRUE(policy.mayRetry(0));
+    EXPECT_TRUE(policy.mayRetry(3));
+    EXPECT_FALSE(policy.mayRetry(4));
+    EXPECT_FALSE(policy.mayRetry(5));
 }
 
 TEST(RetryPolicy, delaysOfAMessageDoubleFromHalfAMinuteToAnHour)
@@ -47,8 +49,8 @@ TEST(RetryPolicy, delaysOfTheDeviceDoubleFromASecondToAMinute)
 TEST(RetryPolicy, otherNumbersAreTakenAsGiven)
 {
     const RetryPolicy policy([] { return 0.0; }, {2, 5, 7, 10, 15});
-    EXPECT_TRUE(policy.mayTryAgain(1));
-    EXPECT_FALSE(policy.mayTryAgain(2));
+    EXPECT_TRUE(policy.mayRetry(1));
+    EXPECT_FALSE(policy.mayRetry(2));
     EXPECT_EQ(policy.messageDelay(1), 5);
     EXPECT_EQ(policy.messageDelay(2), 7);
     EXPECT_EQ(policy.reopenDelay(1), 10);
@@ -56,3 +58,5 @@ TEST(RetryPolicy, otherNumbersAreTakenAsGiven)
 }
 
 } // namespace
+
+} // namespace norvane

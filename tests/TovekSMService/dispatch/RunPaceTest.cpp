@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 constexpr qint64 ms = 1'000'000;
@@ -15,7 +17,7 @@ TEST(RunPace, doublesUpToItsMostWhileTheDeviceKeepsUp)
 {
     RunPace pace({5, 32});
     for (const int expected : {2, 4, 8, 16, 32, 32}) {
-        pace.noteTaken(pace.length(), pace.length() * ms / 10);
+        pace.recordTaken(pace.length(), pace.length() * ms / 10);
         EXPECT_EQ(pace.length(), expected);
     }
 }
@@ -24,9 +26,9 @@ TEST(RunPace, neverGoesBeyondWhatTheDeviceTakesInAMoment)
 {
     RunPace pace({5, 32});
     for (int run = 0; run < 6; ++run)
-        pace.noteTaken(pace.length(), pace.length() * ms);
+        pace.recordTaken(pace.length(), pace.length() * ms);
     EXPECT_EQ(pace.length(), 5);
-    pace.noteTaken(1, ms + 1); // a nanosecond more, and the fifth one is over the moment
+    pace.recordTaken(1, ms + 1); // a nanosecond more, and the fifth one is over the moment
     EXPECT_EQ(pace.length(), 4);
 }
 
@@ -34,7 +36,7 @@ TEST(RunPace, isOneMessageForADeviceThatNeedsTheMomentForOne)
 {
     RunPace pace({5, 32});
     for (const qint64 each : {3 * ms, 5 * ms, 200 * ms, 60'000 * ms}) {
-        pace.noteTaken(1, each);
+        pace.recordTaken(1, each);
         EXPECT_EQ(pace.length(), 1) << each;
     }
 }
@@ -43,15 +45,15 @@ TEST(RunPace, fallsAtOnceWhenTheDeviceBecomesSlow)
 {
     RunPace pace({5, 32});
     for (int run = 0; run < 6; ++run)
-        pace.noteTaken(pace.length(), pace.length() * ms / 10);
-    pace.noteTaken(32, 32 * 4 * ms);
+        pace.recordTaken(pace.length(), pace.length() * ms / 10);
+    pace.recordTaken(32, 32 * 4 * ms);
     EXPECT_EQ(pace.length(), 1);
 }
 
 TEST(RunPace, forgetsWhatItKnew)
 {
     RunPace pace({5, 32});
-    pace.noteTaken(1, 1);
+    pace.recordTaken(1, 1);
     ASSERT_EQ(pace.length(), 2);
     pace.forget();
     EXPECT_EQ(pace.length(), 1);
@@ -60,9 +62,9 @@ TEST(RunPace, forgetsWhatItKnew)
 TEST(RunPace, takesAnyFigure)
 {
     RunPace pace({5, 0});
-    pace.noteTaken(0, 0);
+    pace.recordTaken(0, 0);
     EXPECT_EQ(pace.length(), 1);
-    pace.noteTaken(1, -1);
+    pace.recordTaken(1, -1);
     EXPECT_EQ(pace.length(), 1);
 }
 
@@ -70,8 +72,10 @@ TEST(RunPace, takesAMessageThatNeededNoTimeForOneOfANanosecond)
 {
     RunPace pace({1, 4'000'000});
     for (int run = 0; run < 25; ++run)
-        pace.noteTaken(pace.length(), 0);
+        pace.recordTaken(pace.length(), 0);
     EXPECT_EQ(pace.length(), 1'000'000);
 }
 
 } // namespace
+
+} // namespace norvane

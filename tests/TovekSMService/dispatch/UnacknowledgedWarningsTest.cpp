@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Warning = UnacknowledgedWarnings::Warning;
 
 Warning portGone(int place)
 {
-    return {-2, QStringLiteral("/dev/tty%1").arg(place)};
+    return {-2, u"/dev/tty%1"_s.arg(place)};
 }
 
 TEST(UnacknowledgedWarnings, eachHasANumberOfItsOwnThatNoOutcomeHas)
@@ -46,3 +50,5 @@ TEST(UnacknowledgedWarnings, theyAreNotKeptWithoutEnd)
 }
 
 } // namespace
+
+} // namespace norvane

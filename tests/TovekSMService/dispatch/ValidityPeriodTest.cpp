@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 constexpr int hour = 60;
@@ -49,3 +51,5 @@ TEST(ValidityPeriod, theEndsOfTheRangesAreTheStandards)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -11,6 +11,10 @@
 
 #include <csignal>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString textOf(const QString &path)
@@ -53,12 +57,12 @@ TEST(Packaging, theUnitIsOfTheBusNameAndComesBackAfterAFailure)
 
 TEST(Packaging, theServiceManagerTakesTheUnit)
 {
-    const QString checker = QStandardPaths::findExecutable(QStringLiteral("systemd-analyze"));
+    const QString checker = QStandardPaths::findExecutable(u"systemd-analyze"_s);
     if (checker.isEmpty())
         GTEST_SKIP() << "there is no systemd-analyze here";
     // With a program that is there, as the engine isn't installed.
     const QTemporaryDir folder;
-    QFile unit(folder.filePath(QStringLiteral("tovek-sms.service")));
+    QFile unit(folder.filePath(u"tovek-sms.service"_s));
     ASSERT_TRUE(unit.open(QIODevice::WriteOnly));
     unit.write(packaged("tovek-sms.service")
                    .replace(QStringLiteral(NORVANE_INSTALLED_ENGINE),
@@ -67,11 +71,10 @@ TEST(Packaging, theServiceManagerTakesTheUnit)
     unit.close();
     QProcess check;
     check.setProcessChannelMode(QProcess::MergedChannels);
-    check.start(checker, {QStringLiteral("--user"), QStringLiteral("--man=no"),
-                          QStringLiteral("verify"), unit.fileName()});
+    check.start(checker, {u"--user"_s, u"--man=no"_s, u"verify"_s, unit.fileName()});
     ASSERT_TRUE(check.waitForFinished(hangMs));
     const QString said = QString::fromUtf8(check.readAll());
-    EXPECT_FALSE(said.contains(QLatin1String("tovek-sms.service"))) << said.toStdString();
+    EXPECT_FALSE(said.contains("tovek-sms.service"_L1)) << said.toStdString();
 }
 
 /// A bus that knows the engine by its activation file.
@@ -84,28 +87,26 @@ protected:
               packaged("com.tovek.SMService.service")
                   .replace(QStringLiteral(NORVANE_INSTALLED_ENGINE), program()));
         write("bus.conf",
-              QStringLiteral("<!DOCTYPE busconfig PUBLIC "
-                             "\"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
-                             "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">"
-                             "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
-                             "<servicedir>%1/services</servicedir>"
-                             "<policy context=\"default\"><allow send_destination=\"*\"/>"
-                             "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>")
-                  .arg(m_folder.path()));
-        m_daemon.start(
-            QStringLiteral("dbus-daemon"),
-            {QStringLiteral("--config-file=") + m_folder.filePath(QStringLiteral("bus.conf")),
-             QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+              u"<!DOCTYPE busconfig PUBLIC "
+              "\"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
+              "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">"
+              "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+              "<servicedir>%1/services</servicedir>"
+              "<policy context=\"default\"><allow send_destination=\"*\"/>"
+              "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>"_s.arg(
+                  m_folder.path()));
+        m_daemon.start(u"dbus-daemon"_s, {u"--config-file="_s + m_folder.filePath(u"bus.conf"_s),
+                                          u"--nofork"_s, u"--print-address"_s});
         EXPECT_TRUE(m_daemon.waitForReadyRead(hangMs));
         m_bus = std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(
-            QString::fromLatin1(m_daemon.readLine()).trimmed(), QStringLiteral("activating")));
+            QString::fromLatin1(m_daemon.readLine()).trimmed(), u"activating"_s));
         EXPECT_TRUE(m_bus->isConnected());
     }
     ~Activation() override
     {
         const pid_t engine = enginePid();
         m_bus.reset();
-        QDBusConnection::disconnectFromBus(QStringLiteral("activating"));
+        QDBusConnection::disconnectFromBus(u"activating"_s);
         m_daemon.terminate();
         m_daemon.waitForFinished(hangMs);
         // It loses its bus, and ends.
@@ -122,8 +123,7 @@ protected:
     }
     pid_t enginePid() const
     {
-        const QDBusReply<uint> pid =
-            m_bus->interface()->servicePid(QStringLiteral("com.tovek.SMService"));
+        const QDBusReply<uint> pid = m_bus->interface()->servicePid(u"com.tovek.SMService"_s);
         return pid.isValid() ? static_cast<pid_t>(pid.value()) : 0;
     }
 
@@ -140,15 +140,17 @@ TEST_F(Activation, theFirstCallStartsTheEngine)
     ASSERT_GT(first, 0); // 0 would be everything that runs here
     ASSERT_EQ(::kill(first, SIGKILL), 0);
     ASSERT_TRUE(until([this] { return enginePid() == 0; }));
-    call("AddSMS", {QStringLiteral("600"), QStringLiteral("text"), QString()}, *m_bus);
+    call("AddSMS", {u"600"_s, u"text"_s, QString()}, *m_bus);
     EXPECT_NE(enginePid(), 0);
 }
 
 TEST_F(Activation, aConsoleUsesTheBusAndNotTheProgramBesideItsOwn)
 {
-    ProcessEngineLauncher launcher(*m_bus, QStringLiteral("/no/such/program"), 15'000);
+    ProcessEngineLauncher launcher(*m_bus, u"/no/such/program"_s, 15'000);
     launcher.ensureRunning();
     EXPECT_NE(enginePid(), 0);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,12 +8,16 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DeviceLife : public DeviceProcess
 {
 protected:
-    QString place() const { return m_place.filePath(QStringLiteral("modem")); }
+    QString place() const { return m_place.filePath(u"modem"_s); }
 
     QTemporaryDir m_place;
 };
@@ -21,16 +25,16 @@ protected:
 TEST_F(DeviceLife, aDeviceThatIsAbsentAtTheStartIsToldOnceByItsNameAndFoundWhenItComes)
 {
     startHeard();
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    addSMS(u"600"_s, u"text"_s, u"2024-05-01T12:00:00"_s);
     use(place());
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("WarningError -2")));
-    EXPECT_TRUE(m_listener->heard.contains(QStringLiteral("WarningError -2 ") + place()));
+    ASSERT_TRUE(hears(u"WarningError -2"_s));
+    EXPECT_TRUE(m_listener->heard.contains(u"WarningError -2 "_s + place()));
 
     plugIn();
     ASSERT_TRUE(QFile::link(QFileInfo(m_device->link()).canonicalFilePath(), place()));
-    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
-    EXPECT_EQ(count(QStringLiteral("WarningError")), 1);
+    ASSERT_TRUE(hears(u"SMSSent 600 text"_s));
+    EXPECT_EQ(count(u"WarningError"_s), 1);
     EXPECT_EQ(m_device->messages().size(), 1);
 }
 
@@ -42,31 +46,30 @@ TEST_F(DeviceLife, aProgramThatHoldsTheDeviceIsNamed)
     startHeard();
     use(m_device->link());
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("WarningError -4")));
-    const QString holder = QStringLiteral("(%1)").arg(QCoreApplication::applicationPid());
-    EXPECT_TRUE(
-        m_listener->heard.filter(QStringLiteral("WarningError -4")).first().contains(holder))
+    ASSERT_TRUE(hears(u"WarningError -4"_s));
+    const QString holder = u"(%1)"_s.arg(QCoreApplication::applicationPid());
+    EXPECT_TRUE(m_listener->heard.filter(u"WarningError -4"_s).first().contains(holder))
         << m_listener->heard.join(u'\n').toStdString();
     ASSERT_EQ(::ioctl(other.descriptor(), TIOCNXCL), 0);
     other.close();
-    ASSERT_TRUE(hears(QStringLiteral("DeviceInfo")));
+    ASSERT_TRUE(hears(u"DeviceInfo"_s));
 }
 
 TEST_F(DeviceLife, unpluggedInMidMessageTheMessageIsReportedAndTheNextOneGoesWhenItIsBack)
 {
-    plugIn({QStringLiteral("--drop-after"), QStringLiteral("1"), QStringLiteral("--lose-answer")});
+    plugIn({u"--drop-after"_s, u"1"_s, u"--lose-answer"_s});
     ASSERT_TRUE(QFile::link(QFileInfo(m_device->link()).canonicalFilePath(), place()));
     startHeard();
-    addSMS(QStringLiteral("600"), QStringLiteral("first"), QStringLiteral("2024-05-01T12:00:00"));
-    addSMS(QStringLiteral("601"), QStringLiteral("second"), QStringLiteral("2024-05-01T12:00:01"));
+    addSMS(u"600"_s, u"first"_s, u"2024-05-01T12:00:00"_s);
+    addSMS(u"601"_s, u"second"_s, u"2024-05-01T12:00:01"_s);
     use(place());
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("SMSSentFailed 600 first -39")));
+    ASSERT_TRUE(hears(u"SMSSentFailed 600 first -39"_s));
     EXPECT_EQ(m_device->messages().size(), 1);
     plugIn();
     ASSERT_TRUE(QFile::remove(place()));
     ASSERT_TRUE(QFile::link(QFileInfo(m_device->link()).canonicalFilePath(), place()));
-    ASSERT_TRUE(hears(QStringLiteral("SMSSent 601 second")));
+    ASSERT_TRUE(hears(u"SMSSent 601 second"_s));
     EXPECT_EQ(m_device->messages().size(), 1);
     EXPECT_EQ(callForNumber("GetQueueSize"), 0);
 }
@@ -76,30 +79,29 @@ class DeviceInFlight : public DeviceLife, public testing::WithParamInterface<con
 
 TEST_P(DeviceInFlight, isSwitchedOnAndSendsWithoutAWarning)
 {
-    plugIn({QStringLiteral("--functionality"), QLatin1String(GetParam()),
-            QStringLiteral("--register-after"), QStringLiteral("1500"), QStringLiteral("--pin"),
-            QStringLiteral("4711")});
+    plugIn({u"--functionality"_s, QLatin1String(GetParam()), u"--register-after"_s, u"1500"_s,
+            u"--pin"_s, u"4711"_s});
     startHeard();
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
-    use(m_device->link(), QStringLiteral("4711"));
+    addSMS(u"600"_s, u"text"_s, u"2024-05-01T12:00:00"_s);
+    use(m_device->link(), u"4711"_s);
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
-    EXPECT_EQ(count(QStringLiteral("WarningError")), 0);
-    EXPECT_EQ(count(QStringLiteral("DeviceInfo")), 1);
+    ASSERT_TRUE(hears(u"SMSSent 600 text"_s));
+    EXPECT_EQ(count(u"WarningError"_s), 0);
+    EXPECT_EQ(count(u"DeviceInfo"_s), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, DeviceInFlight, testing::Values("0", "4"));
 
 TEST_F(DeviceLife, aDeviceThatRefusesABareAtSends)
 {
-    plugIn({QStringLiteral("--refuse-bare-at")});
+    plugIn({u"--refuse-bare-at"_s});
     startHeard();
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    addSMS(u"600"_s, u"text"_s, u"2024-05-01T12:00:00"_s);
     use(m_device->link());
     EXPECT_EQ(callForNumber("TestDevice"), 1);
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
-    EXPECT_EQ(count(QStringLiteral("WarningError")), 0);
+    ASSERT_TRUE(hears(u"SMSSent 600 text"_s));
+    EXPECT_EQ(count(u"WarningError"_s), 0);
 }
 
 TEST_F(DeviceLife, messagesThatAreDueTogetherShareOneLinkToTheNetwork)
@@ -107,15 +109,13 @@ TEST_F(DeviceLife, messagesThatAreDueTogetherShareOneLinkToTheNetwork)
     plugIn();
     startHeard();
     for (const char *phone : {"600", "601", "602"})
-        addSMS(QLatin1String(phone), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+        addSMS(QLatin1String(phone), u"text"_s, u"2024-05-01T12:00:00"_s);
     use(m_device->link());
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("SMSSent 602 text")));
+    ASSERT_TRUE(hears(u"SMSSent 602 text"_s));
     const QList<QJsonObject> messages = m_device->messages();
     ASSERT_EQ(messages.size(), 3);
-    const auto linkKept = [&](int at) {
-        return messages.at(at).value(QStringLiteral("linkKept")).toBool();
-    };
+    const auto linkKept = [&](int at) { return messages.at(at).value(u"linkKept"_s).toBool(); };
     EXPECT_FALSE(linkKept(0));
     EXPECT_TRUE(linkKept(1));
     EXPECT_TRUE(linkKept(2));
@@ -123,20 +123,21 @@ TEST_F(DeviceLife, messagesThatAreDueTogetherShareOneLinkToTheNetwork)
 
 TEST_F(DeviceLife, threeRefusalsOfADeviceThatFailsAreToldOnceAndCostTheMessageNothing)
 {
-    plugIn({QStringLiteral("--fail-every"), QStringLiteral("1"), QStringLiteral("--fail-code"),
-            QStringLiteral("310")});
+    plugIn({u"--fail-every"_s, u"1"_s, u"--fail-code"_s, u"310"_s});
     startHeard();
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    addSMS(u"600"_s, u"text"_s, u"2024-05-01T12:00:00"_s);
     use(m_device->link());
     call("StartEngine");
-    ASSERT_TRUE(hears(QStringLiteral("WarningError -29")));
-    EXPECT_GE(count(QStringLiteral("DeviceInfo")), 3);
+    ASSERT_TRUE(hears(u"WarningError -29"_s));
+    EXPECT_GE(count(u"DeviceInfo"_s), 3);
     plugIn();
     m_listener->heard.removeIf(
-        [](const QString &event) { return event.startsWith(QLatin1String("DeviceInfo")); });
-    EXPECT_EQ(count(QStringLiteral("WarningError -29")), 1);
+        [](const QString &event) { return event.startsWith("DeviceInfo"_L1); });
+    EXPECT_EQ(count(u"WarningError -29"_s), 1);
     use(m_device->link());
-    ASSERT_TRUE(hears(QStringLiteral("SMSSent 600 text")));
+    ASSERT_TRUE(hears(u"SMSSent 600 text"_s));
 }
 
 } // namespace
+
+} // namespace norvane

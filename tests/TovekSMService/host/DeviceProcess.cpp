@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 void DeviceProcess::startHeard()
 {
     start();
@@ -26,7 +30,7 @@ void DeviceProcess::plugIn(const QStringList &options)
 void DeviceProcess::use(const QString &device, const QString &pin)
 {
     m_listener->heard.clear();
-    EXPECT_TRUE(setSettings({0, pin, 1, 1, device + QStringLiteral(", 115200")}));
+    EXPECT_TRUE(setSettings({0, pin, 1, 1, device + u", 115200"_s}));
     call("ApplySettings");
 }
 
@@ -48,3 +52,5 @@ int DeviceProcess::triesLeft()
     const qsizetype at = answer.indexOf("SIM PIN,");
     return at < 0 ? -1 : answer.mid(at + 8, 1).toInt();
 }
+
+} // namespace norvane

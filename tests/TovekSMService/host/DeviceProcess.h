@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// The engine's program with a simulated device, listened to.
 class DeviceProcess : public EngineProcess
 {
@@ -27,3 +29,5 @@ protected:
     std::unique_ptr<RunningSimulator> m_device;
     std::unique_ptr<Listener> m_listener;
 };
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 #include <QFile>
 #include <QXmlStreamReader>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class EngineOnBus : public EngineProcess
@@ -20,11 +24,11 @@ class SecondConnection
 {
 public:
     SecondConnection()
-        : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("second")))
+        : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"second"_s))
     {}
     SecondConnection(const SecondConnection &) = delete;
     SecondConnection &operator=(const SecondConnection &) = delete;
-    ~SecondConnection() { QDBusConnection::disconnectFromBus(QStringLiteral("second")); }
+    ~SecondConnection() { QDBusConnection::disconnectFromBus(u"second"_s); }
 
     QDBusConnection bus;
 };
@@ -43,14 +47,14 @@ QStringList declarations(const QString &xml)
         if (reader.readNext() != QXmlStreamReader::StartElement)
             continue;
         const QString element = reader.name().toString();
-        if (element == QStringLiteral("interface")) {
-            isOurs = attribute("name") == QStringLiteral("com.tovek.SMService.SMSManager1");
-        } else if (isOurs && element == QStringLiteral("arg")) {
-            const bool isOut = isSignal || attribute("direction") == QStringLiteral("out");
-            lines.last() += (isOut ? QStringLiteral(" out ") : QStringLiteral(" in ")) +
-                            attribute("name") + u':' + attribute("type");
-        } else if (isOurs && element != QStringLiteral("annotation")) {
-            isSignal = element == QStringLiteral("signal");
+        if (element == u"interface"_s) {
+            isOurs = attribute("name") == u"com.tovek.SMService.SMSManager1"_s;
+        } else if (isOurs && element == u"arg"_s) {
+            const bool isOut = isSignal || attribute("direction") == u"out"_s;
+            lines.last() +=
+                (isOut ? u" out "_s : u" in "_s) + attribute("name") + u':' + attribute("type");
+        } else if (isOurs && element != u"annotation"_s) {
+            isSignal = element == u"signal"_s;
             lines << element + u' ' + attribute("name");
         }
     }
@@ -61,9 +65,9 @@ QStringList declarations(const QString &xml)
 
 TEST_F(EngineOnBus, whatItTellsOfItselfIsWhatTheContractDeclares)
 {
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
-        QStringLiteral("com.tovek.SMService"), QStringLiteral("/com/tovek/SMService"),
-        QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect")));
+    const QDBusMessage answer = QDBusConnection::sessionBus().call(
+        QDBusMessage::createMethodCall(u"com.tovek.SMService"_s, u"/com/tovek/SMService"_s,
+                                       u"org.freedesktop.DBus.Introspectable"_s, u"Introspect"_s));
     ASSERT_EQ(answer.type(), QDBusMessage::ReplyMessage);
     QFile contract(QStringLiteral(NORVANE_SOURCE_DIR "/src/contract/com.tovek.SMService.xml"));
     ASSERT_TRUE(contract.open(QIODevice::ReadOnly));
@@ -78,7 +82,7 @@ TEST_F(EngineOnBus, aNewOneIsStoppedEmptyAndProposesTheFirstPort)
     EXPECT_EQ(callForNumber("GetEngineStatus"), 0);
     EXPECT_EQ(callForNumber("GetQueueSize"), 0);
     EXPECT_TRUE(queue().isEmpty());
-    EXPECT_EQ(settings(), (WireSettings{0, QString(), 1, 1, QStringLiteral("COM1, 9600")}));
+    EXPECT_EQ(settings(), (WireSettings{0, QString(), 1, 1, u"COM1, 9600"_s}));
 }
 
 TEST_F(EngineOnBus, messagesAreTakenWhateverTheyHold)
@@ -86,10 +90,9 @@ TEST_F(EngineOnBus, messagesAreTakenWhateverTheyHold)
     const QString many = QString(5000, u'€');
     const QList<WireRow> messages = {
         {QString(), QString(), QString()},
-        {QStringLiteral("tomorrow"), QStringLiteral("call me"), QStringLiteral("a\tb\r\n\x01")},
-        {QStringLiteral("2024-02-30T00:00:00"), QString(500, u'9'), many},
-        {QStringLiteral("2024-05-01T12:00:00"), QStringLiteral("+34600"),
-         QStringLiteral("\U0001F600 \u0627")},
+        {u"tomorrow"_s, u"call me"_s, u"a\tb\r\n\x01"_s},
+        {u"2024-02-30T00:00:00"_s, QString(500, u'9'), many},
+        {u"2024-05-01T12:00:00"_s, u"+34600"_s, u"\U0001F600 \u0627"_s},
     };
     for (const WireRow &message : messages)
         addSMS(message.phone, message.text, message.date);
@@ -105,24 +108,23 @@ TEST_F(EngineOnBus, messagesAreTakenWhateverTheyHold)
 
 TEST_F(EngineOnBus, aListIsQueuedInItsOrder)
 {
-    const QList<WireEntry> list = {{QStringLiteral("1"), QStringLiteral("a")},
-                                   {QStringLiteral("2"), QStringLiteral("b")}};
-    call("AddSMSList", {QVariant::fromValue(list), QStringLiteral("2024-05-01T12:00:00")});
+    const QList<WireEntry> list = {{u"1"_s, u"a"_s}, {u"2"_s, u"b"_s}};
+    call("AddSMSList", {QVariant::fromValue(list), u"2024-05-01T12:00:00"_s});
     call("AddSMSList", {QVariant::fromValue(QList<WireEntry>()), QString()});
     const QList<WireRow> rows = queue();
     ASSERT_EQ(rows.size(), 2);
-    EXPECT_EQ(rows.at(0).phone, QStringLiteral("1"));
-    EXPECT_EQ(rows.at(1).text, QStringLiteral("b"));
-    EXPECT_EQ(rows.at(1).date, QStringLiteral("2024-05-01T12:00:00"));
+    EXPECT_EQ(rows.at(0).phone, u"1"_s);
+    EXPECT_EQ(rows.at(1).text, u"b"_s);
+    EXPECT_EQ(rows.at(1).date, u"2024-05-01T12:00:00"_s);
 }
 
 TEST_F(EngineOnBus, editsAndDeletionsAreCarriedOutAndTheRestIsLeft)
 {
     for (const char *const phone : {"1", "2", "3"})
-        addSMS(QLatin1String(phone), QStringLiteral("old"), QStringLiteral("2024-05-01T12:00:00"));
+        addSMS(QLatin1String(phone), u"old"_s, u"2024-05-01T12:00:00"_s);
     QList<WireRow> rows = queue();
     ASSERT_EQ(rows.size(), 3);
-    rows[0].text = QStringLiteral("new");
+    rows[0].text = u"new"_s;
     call("UpdateQueue", {QVariant::fromValue(QList<WireRow>({rows.at(0)})),
                          QVariant::fromValue(QList<qlonglong>({rows.at(1).id}))});
     EXPECT_EQ(queue(), QList<WireRow>({rows.at(0), rows.at(2)}));
@@ -133,7 +135,7 @@ TEST_F(EngineOnBus, editsAndDeletionsAreCarriedOutAndTheRestIsLeft)
 
 TEST_F(EngineOnBus, settingsAreStoredAsTheyComeAndSurviveTheEngine)
 {
-    const WireSettings odd = {7, QStringLiteral("12 34"), 0, -5, QStringLiteral("no device ñ")};
+    const WireSettings odd = {7, u"12 34"_s, 0, -5, u"no device ñ"_s};
     EXPECT_TRUE(setSettings(odd));
     EXPECT_EQ(settings(), odd);
     call("ApplySettings");
@@ -146,8 +148,8 @@ TEST_F(EngineOnBus, aLargeQueueComesInPagesOfOneMoment)
 {
     QList<WireEntry> list;
     for (int i = 0; i < 9000; ++i)
-        list.append({QString::number(i), QStringLiteral("text")});
-    call("AddSMSList", {QVariant::fromValue(list), QStringLiteral("2024-05-01T12:00:00")});
+        list.append({QString::number(i), u"text"_s});
+    call("AddSMSList", {QVariant::fromValue(list), u"2024-05-01T12:00:00"_s});
     const SecondConnection second;
 
     QList<WireRow> received;
@@ -161,7 +163,7 @@ TEST_F(EngineOnBus, aLargeQueueComesInPagesOfOneMoment)
         EXPECT_EQ(rows.size(), expected);
         received += rows;
         // The queue goes on changing, and others fetch it.
-        addSMS(QStringLiteral("since"), QString(), QString());
+        addSMS(u"since"_s, QString(), QString());
         const QVariantList others =
             call("GetQueue", {qulonglong(0), uint(0)}, second.bus).arguments();
         EXPECT_NE(others.at(0).toULongLong(), snapshot);
@@ -174,12 +176,12 @@ TEST_F(EngineOnBus, aLargeQueueComesInPagesOfOneMoment)
     const QVariantList anew = call("GetQueue", {snapshot, uint(8000)}).arguments();
     EXPECT_NE(anew.at(0).toULongLong(), snapshot);
     EXPECT_EQ(anew.at(1).toUInt(), 9003u);
-    EXPECT_EQ(qdbus_cast<QList<WireRow>>(anew.at(2)).constFirst().phone, QStringLiteral("since"));
+    EXPECT_EQ(qdbus_cast<QList<WireRow>>(anew.at(2)).constFirst().phone, u"since"_s);
 }
 
 TEST_F(EngineOnBus, theStateIsReportedToItsCallerAlone)
 {
-    addSMS(QStringLiteral("600"), QString(), QString());
+    addSMS(u"600"_s, QString(), QString());
     Listener caller(QDBusConnection::sessionBus());
     const SecondConnection second;
     Listener other(second.bus);
@@ -192,8 +194,7 @@ TEST_F(EngineOnBus, theStateIsReportedToItsCallerAlone)
 
     call("ReportState");
     ASSERT_TRUE(until([&] { return caller.heard.size() == 2; }));
-    EXPECT_EQ(caller.heard,
-              QStringList({QStringLiteral("EngineStatus 0"), QStringLiteral("SMSQueueChanged 1")}));
+    EXPECT_EQ(caller.heard, QStringList({u"EngineStatus 0"_s, u"SMSQueueChanged 1"_s}));
     call("GetEngineStatus", {}, second.bus);
     QCoreApplication::processEvents();
     EXPECT_EQ(other.heard, QStringList());
@@ -202,8 +203,8 @@ TEST_F(EngineOnBus, theStateIsReportedToItsCallerAlone)
     setSettings(noDevice());
     call("StartEngine");
     EXPECT_TRUE(until([&] { return other.heard.size() >= 2 && caller.heard.size() >= 4; }));
-    EXPECT_EQ(other.heard.constFirst(), QStringLiteral("EngineStatus 1"));
-    EXPECT_TRUE(other.has(QStringLiteral("WarningError -2 /no/such/device")));
+    EXPECT_EQ(other.heard.constFirst(), u"EngineStatus 1"_s);
+    EXPECT_TRUE(other.has(u"WarningError -2 /no/such/device"_s));
     EXPECT_EQ(caller.heard.mid(2), other.heard);
 }
 
@@ -212,7 +213,7 @@ TEST_F(EngineOnBus, aMessageInDoubtIsToldWithItsWarningAlsoAfterAnotherRestart)
     stop();
     {
         Store store(storeFile());
-        store.add({{QStringLiteral("601"), QStringLiteral("more")}}, QString());
+        store.add({{u"601"_s, u"more"_s}}, QString());
         store.beginPart(store.first()->id, std::nullopt, {});
     }
     start(); // writes the failure down, with nobody there to hear it
@@ -222,15 +223,14 @@ TEST_F(EngineOnBus, aMessageInDoubtIsToldWithItsWarningAlsoAfterAnotherRestart)
     Listener listener(QDBusConnection::sessionBus());
     for (int round = 0; round < 2; ++round) {
         call("ReportState");
-        ASSERT_TRUE(until([&] {
-            return listener.heard.filter(QStringLiteral("EngineStatus")).size() == round + 1;
-        }));
+        ASSERT_TRUE(
+            until([&] { return listener.heard.filter(u"EngineStatus"_s).size() == round + 1; }));
         call("GetEngineStatus");
         QCoreApplication::processEvents();
-        EXPECT_EQ(listener.heard.filter(QStringLiteral("SMSSentFailed 601 more -39")).size(), 1);
+        EXPECT_EQ(listener.heard.filter(u"SMSSentFailed 601 more -39"_s).size(), 1);
         EXPECT_EQ(listener.heard
-                      .filter(QStringLiteral("WarningError -39 no answer for the message to 601; "
-                                             "it may have been delivered"))
+                      .filter(u"WarningError -39 no answer for the message to 601; "
+                              "it may have been delivered"_s)
                       .size(),
                   1);
     }
@@ -241,11 +241,11 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
     stop();
     {
         Store store(storeFile());
-        store.add({{QStringLiteral("600"), QStringLiteral("words")}}, QString());
-        store.finish(store.first()->id, -17, std::nullopt, QStringLiteral("then"), false);
-        store.add({{QStringLiteral("601"), QStringLiteral("more")}}, QString());
+        store.add({{u"600"_s, u"words"_s}}, QString());
+        store.finish(store.first()->id, -17, std::nullopt, u"then"_s, false);
+        store.add({{u"601"_s, u"more"_s}}, QString());
         store.beginPart(store.first()->id, std::nullopt, {});
-        store.setDeviceSettings({0, QString(), 1, 1, QStringLiteral("/no/such/device, 9600")});
+        store.setDeviceSettings({0, QString(), 1, 1, u"/no/such/device, 9600"_s});
         store.setToRun(true);
     }
     start();
@@ -253,17 +253,14 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
     call("ReportState");
     // The engine goes on coming up meanwhile, so the events of that may stand between.
     ASSERT_TRUE(until([&] {
-        return listener.has(QStringLiteral("EngineStatus 1")) &&
-               listener.has(QStringLiteral("SMSQueueChanged 0")) &&
-               listener.has(QStringLiteral("SMSSentFailed 601")) &&
-               listener.has(QStringLiteral("WarningError -39")) &&
-               listener.has(QStringLiteral("WarningError -2"));
+        return listener.has(u"EngineStatus 1"_s) && listener.has(u"SMSQueueChanged 0"_s) &&
+               listener.has(u"SMSSentFailed 601"_s) && listener.has(u"WarningError -39"_s) &&
+               listener.has(u"WarningError -2"_s);
     }));
-    EXPECT_EQ(listener.heard.filter(QStringLiteral("SMSSentFailed")),
-              QStringList({QStringLiteral("SMSSentFailed 600 words -17"),
-                           QStringLiteral("SMSSentFailed 601 more -39")}));
-    EXPECT_EQ(listener.heard.filter(QStringLiteral("WarningError -39")).size(), 1);
-    EXPECT_EQ(listener.heard.filter(QStringLiteral("WarningError -2")).size(), 1);
+    EXPECT_EQ(listener.heard.filter(u"SMSSentFailed"_s),
+              QStringList({u"SMSSentFailed 600 words -17"_s, u"SMSSentFailed 601 more -39"_s}));
+    EXPECT_EQ(listener.heard.filter(u"WarningError -39"_s).size(), 1);
+    EXPECT_EQ(listener.heard.filter(u"WarningError -2"_s).size(), 1);
 
     listener.heard.clear();
     call("ReportState");
@@ -271,9 +268,8 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
     call("GetEngineStatus");
     QCoreApplication::processEvents();
     // What still stands is told again.
-    EXPECT_EQ(listener.heard,
-              QStringList({QStringLiteral("EngineStatus 1"), QStringLiteral("SMSQueueChanged 0"),
-                           QStringLiteral("WarningError -2 /no/such/device")}));
+    EXPECT_EQ(listener.heard, QStringList({u"EngineStatus 1"_s, u"SMSQueueChanged 0"_s,
+                                           u"WarningError -2 /no/such/device"_s}));
 }
 
 TEST_F(EngineOnBus, aChangeThatCameTooLateIsAnsweredAndTold)
@@ -282,12 +278,12 @@ TEST_F(EngineOnBus, aChangeThatCameTooLateIsAnsweredAndTold)
     call("ReportState");
     ASSERT_TRUE(until([&] { return listener.heard.size() == 2; }));
     listener.heard.clear();
-    const WireRow gone = {QString(), QStringLiteral("600"), QStringLiteral("new"), 4711};
+    const WireRow gone = {QString(), u"600"_s, u"new"_s, 4711};
     call("UpdateQueue",
          {QVariant::fromValue(QList<WireRow>({gone})), QVariant::fromValue(QList<qlonglong>())});
     ASSERT_TRUE(until([&] {
-        return !listener.heard.filter(QStringLiteral("WarningError -9")).isEmpty() &&
-               listener.heard.contains(QStringLiteral("SMSQueueChanged 0"));
+        return !listener.heard.filter(u"WarningError -9"_s).isEmpty() &&
+               listener.heard.contains(u"SMSQueueChanged 0"_s);
     }));
     EXPECT_EQ(callForNumber("GetQueueSize"), 0);
 }
@@ -301,10 +297,12 @@ TEST_F(EngineOnBus, aDeviceTestGivesTheCodeOfWhatStandsInTheWay)
         return callForNumber("TestDevice");
     };
     EXPECT_EQ(result(), -2);
-    tried.parameter = QStringLiteral("somewhere");
+    tried.parameter = u"somewhere"_s;
     EXPECT_EQ(result(), -3);
     tried.protocol = 2;
     EXPECT_EQ(result(), -40);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -11,6 +11,10 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class EngineDisk : public EngineProcess
@@ -18,8 +22,7 @@ class EngineDisk : public EngineProcess
 protected:
     static QStringList setAside()
     {
-        return QDir(folder()).entryList({QStringLiteral("queue.sqlite.damaged-*")}, QDir::Files,
-                                        QDir::Name);
+        return QDir(folder()).entryList({u"queue.sqlite.damaged-*"_s}, QDir::Files, QDir::Name);
     }
     static QByteArray bytesOf(const QString &path)
     {
@@ -46,10 +49,10 @@ protected:
     {
         Listener listener(QDBusConnection::sessionBus());
         call("ReportState");
-        until([&] { return listener.has(QStringLiteral("SMSQueueChanged")); });
+        until([&] { return listener.has(u"SMSQueueChanged"_s); });
         call("GetQueueSize");
         QCoreApplication::processEvents();
-        return listener.has(QStringLiteral("WarningError -57 the store was damaged"));
+        return listener.has(u"WarningError -57 the store was damaged"_s);
     }
 };
 
@@ -60,7 +63,7 @@ TEST_F(EngineDisk, aFileThatIsNoStoreIsSetAsideAndANewOneBegun)
     start();
     ASSERT_EQ(setAside().size(), 1);
     EXPECT_EQ(bytesOf(folder() + u'/' + setAside().constFirst()), garbage);
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QString());
+    addSMS(u"600"_s, u"text"_s, QString());
     EXPECT_EQ(callForNumber("GetQueueSize"), 1);
 }
 
@@ -68,7 +71,7 @@ TEST_F(EngineDisk, aStoreThatIsDamagedInsideIsSetAside)
 {
     start();
     for (int number = 0; number < 200; ++number)
-        addSMS(QStringLiteral("600"), QString(100, u't'), QString());
+        addSMS(u"600"_s, QString(100, u't'), QString());
     stop();
     damageStore();
     const QByteArray damaged = bytesOf(storeFile());
@@ -80,13 +83,12 @@ TEST_F(EngineDisk, aStoreThatIsDamagedInsideIsSetAside)
 
 TEST_F(EngineDisk, damageThatIsMetWhileItRunsIsSetAsideAndToldAtOnce)
 {
-    const QString later = QStringLiteral("2100-01-01T00:00:00");
+    const QString later = u"2100-01-01T00:00:00"_s;
     {
         // More than the database library keeps in memory.
         QDir().mkpath(folder());
         Store store(storeFile());
-        store.add(QList<SMSList::Entry>(40'000, {QStringLiteral("600"), QString(150, u't')}),
-                  later);
+        store.add(QList<SMSList::Entry>(40'000, {u"600"_s, QString(150, u't')}), later);
     }
     start();
     setSettings(noDevice());
@@ -94,16 +96,15 @@ TEST_F(EngineDisk, damageThatIsMetWhileItRunsIsSetAsideAndToldAtOnce)
     const qlonglong lastId = 40'000;
     Listener listener(QDBusConnection::sessionBus());
     call("ReportState");
-    ASSERT_TRUE(until([&] { return listener.has(QStringLiteral("SMSQueueChanged")); }));
+    ASSERT_TRUE(until([&] { return listener.has(u"SMSQueueChanged"_s); }));
     damageStore();
     QDBusConnection::sessionBus().call(request("ClearQueue"), QDBus::Block, hangMs);
     ASSERT_TRUE(until([&] { return !setAside().isEmpty(); }));
-    EXPECT_TRUE(until(
-        [&] { return listener.has(QStringLiteral("WarningError -57 the store was damaged")); }));
+    EXPECT_TRUE(until([&] { return listener.has(u"WarningError -57 the store was damaged"_s); }));
     // It begins anew: stopped, with no device set, and with ids that nobody knows yet.
-    EXPECT_TRUE(until([&] { return listener.heard.contains(QStringLiteral("EngineStatus 0")); }));
+    EXPECT_TRUE(until([&] { return listener.heard.contains(u"EngineStatus 0"_s); }));
     EXPECT_EQ(callForNumber("GetEngineStatus"), 0);
-    addSMS(QStringLiteral("602"), QStringLiteral("newer"), later);
+    addSMS(u"602"_s, u"newer"_s, later);
     const QList<WireRow> after = queue();
     ASSERT_EQ(after.size(), 1);
     EXPECT_GT(after.constFirst().id, lastId);
@@ -115,14 +116,12 @@ TEST_F(EngineDisk, theStatusTellsOfALockedStoreUntilTheLockIsGone)
 {
     start();
     setSettings(noDevice());
-    const auto exitCode = [] {
-        return run({QStringLiteral("--status"), QStringLiteral("--json")}).exitCode;
-    };
+    const auto exitCode = [] { return run({u"--status"_s, u"--json"_s}).exitCode; };
     EXPECT_EQ(exitCode(), 1);
     OtherConnection other(storeFile());
     other.lock();
     const QDBusPendingCall adding = QDBusConnection::sessionBus().asyncCall(
-        request("AddSMS", {QStringLiteral("600"), QString(), QString()}), hangMs);
+        request("AddSMS", {u"600"_s, QString(), QString()}), hangMs);
     EXPECT_TRUE(until([&] { return exitCode() == 3; }));
     other.unlock();
     EXPECT_TRUE(until([&] { return exitCode() == 1; }));
@@ -146,7 +145,7 @@ TEST_F(EngineDisk, theDamageIsToldOnceWhateverEndsTheEngineBefore)
 TEST_F(EngineDisk, aSoundStoreIsNotSetAside)
 {
     start();
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QString());
+    addSMS(u"600"_s, u"text"_s, QString());
     kill();
     ASSERT_TRUE(until([] { return !isOnBus(); }));
     start();
@@ -157,18 +156,18 @@ TEST_F(EngineDisk, aSoundStoreIsNotSetAside)
 
 TEST_F(EngineDisk, aStoreOfALaterVersionIsLeftByteForByte)
 {
-    run({QStringLiteral("--status")});
+    run({u"--status"_s});
     OtherConnection(storeFile())
-        .run(QStringLiteral("PRAGMA user_version = %1").arg(StoreSchema::Version + 1));
+        .run(u"PRAGMA user_version = %1"_s.arg(StoreSchema::latestVersion + 1));
     const QByteArray before = bytesOf(storeFile());
     const Ended ended = run({});
     EXPECT_EQ(ended.exitCode, 4);
-    EXPECT_TRUE(ended.err.contains(QLatin1String("schema version")));
+    EXPECT_TRUE(ended.err.contains("schema version"_L1));
     EXPECT_EQ(bytesOf(storeFile()), before);
     EXPECT_EQ(setAside(), QStringList());
     for (const char *const query : {"--status", "--queue", "--report"})
         EXPECT_EQ(run({QLatin1String(query)}).exitCode, 1) << query;
-    EXPECT_EQ(run({QStringLiteral("--status"), QStringLiteral("--json")}).exitCode, 3);
+    EXPECT_EQ(run({u"--status"_s, u"--json"_s}).exitCode, 3);
     EXPECT_EQ(bytesOf(storeFile()), before);
 }
 
@@ -198,7 +197,7 @@ protected:
             ::mount("none", path().constData(), nullptr, MS_REMOUNT | flags, "size=512k,mode=0700"),
             0);
     }
-    static QString filler() { return folder() + QStringLiteral("/filler"); }
+    static QString filler() { return folder() + u"/filler"_s; }
     static void fill()
     {
         QFile file(filler());
@@ -206,10 +205,7 @@ protected:
         while (file.write(QByteArray(4096, 'f')) > 0) {
         }
     }
-    static int trouble()
-    {
-        return run({QStringLiteral("--status"), QStringLiteral("--json")}).exitCode;
-    }
+    static int fault() { return run({u"--status"_s, u"--json"_s}).exitCode; }
     bool m_isThere = false;
 };
 
@@ -222,39 +218,39 @@ TEST_F(EngineOnSmallDisk, onADiskThatCannotBeWrittenItComesUpAndGoesOnWhenItCan)
     NEED_DISK();
     start();
     setSettings(noDevice());
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2100-01-01T00:00:00"));
+    addSMS(u"600"_s, u"text"_s, u"2100-01-01T00:00:00"_s);
     stop();
     remount(MS_RDONLY);
     start();
     EXPECT_EQ(callForNumber("GetQueueSize"), 1);
     EXPECT_EQ(settings(), noDevice());
-    EXPECT_EQ(trouble(), 3);
+    EXPECT_EQ(fault(), 3);
     // The device is asked, and its own trouble answered.
     EXPECT_EQ(callForNumber("TestDevice"), -2);
     Listener listener(QDBusConnection::sessionBus());
     call("ReportState");
-    EXPECT_TRUE(until([&] { return listener.has(QStringLiteral("WarningError -57")); }));
+    EXPECT_TRUE(until([&] { return listener.has(u"WarningError -57"_s); }));
 
     remount(0);
-    ASSERT_TRUE(until([] { return trouble() == 1; }));
-    addSMS(QStringLiteral("601"), QStringLiteral("text"), QStringLiteral("2100-01-01T00:00:00"));
+    ASSERT_TRUE(until([] { return fault() == 1; }));
+    addSMS(u"601"_s, u"text"_s, u"2100-01-01T00:00:00"_s);
     EXPECT_EQ(callForNumber("GetQueueSize"), 2);
 }
 
 TEST_F(EngineOnSmallDisk, onAFullDiskItComesUpAndGoesOnWhenThereIsRoom)
 {
     NEED_DISK();
-    QFile lock(folder() + QStringLiteral("/engine.lock"));
+    QFile lock(folder() + u"/engine.lock"_s);
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
     lock.close();
     fill();
     start();
-    EXPECT_EQ(trouble(), 3);
+    EXPECT_EQ(fault(), 3);
     EXPECT_EQ(callForNumber("GetQueueSize"), 0);
 
     ASSERT_TRUE(QFile::remove(filler()));
-    ASSERT_TRUE(until([] { return trouble() == 1; }));
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QString());
+    ASSERT_TRUE(until([] { return fault() == 1; }));
+    addSMS(u"600"_s, u"text"_s, QString());
     EXPECT_EQ(callForNumber("GetQueueSize"), 1);
 }
 
@@ -274,3 +270,5 @@ TEST_F(EngineOnSmallDisk, whatWasStartedIsStartedOnceTheDiskIsBack)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -14,6 +14,10 @@
 #include <functional>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// An engine that is ended while a part is on its way.
@@ -25,11 +29,9 @@ protected:
     {
         device = std::make_unique<RunningSimulator>(simulatorOptions);
         ASSERT_TRUE(device->isReady());
-        ASSERT_EQ(
-            run({QStringLiteral("--device"), device->link() + QStringLiteral(", 115200")}).exitCode,
-            0);
+        ASSERT_EQ(run({u"--device"_s, device->link() + u", 115200"_s}).exitCode, 0);
         startEngine();
-        send(QStringLiteral("600111222"));
+        send(u"600111222"_s);
         // On a slow machine the answer may come before anybody looks.
         ASSERT_TRUE(until([] {
             return numberOf("SELECT (SELECT COUNT(*) FROM message WHERE state = 1) + "
@@ -39,7 +41,7 @@ protected:
     virtual void startEngine() { start(); }
     virtual void send(const QString &phone)
     {
-        addSMS(phone, QStringLiteral("text"), QStringLiteral("2024-01-01T00:00:00"));
+        addSMS(phone, u"text"_s, u"2024-01-01T00:00:00"_s);
         call("StartEngine");
     }
     static int numberOf(const char *query)
@@ -62,9 +64,7 @@ class EngineOnDyingBus : public EngineEnd
 protected:
     EngineOnDyingBus()
     {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                        QStringLiteral("--print-address")});
+        m_daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
         EXPECT_TRUE(m_daemon.waitForReadyRead(hangMs));
         m_address = QString::fromLatin1(m_daemon.readLine()).trimmed();
     }
@@ -72,18 +72,17 @@ protected:
     void startEngine() override
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_address);
+        environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, m_address);
         m_engine.setProcessEnvironment(environment);
         m_engine.start();
     }
     void send(const QString &phone) override
     {
-        const QString name = QStringLiteral("dying");
+        const QString name = u"dying"_s;
         {
             const QDBusConnection bus = QDBusConnection::connectToBus(m_address, name);
             ASSERT_TRUE(until([&] { return isOnBus(bus); }));
-            call("AddSMS", {phone, QStringLiteral("text"), QStringLiteral("2024-01-01T00:00:00")},
-                 bus);
+            call("AddSMS", {phone, u"text"_s, u"2024-01-01T00:00:00"_s}, bus);
             call("StartEngine", {}, bus);
         }
         QDBusConnection::disconnectFromBus(name);
@@ -95,7 +94,7 @@ protected:
 
 TEST_F(EngineOnDyingBus, thePartInProgressIsFinished)
 {
-    startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
+    startSending({u"--latency"_s, u"2000"_s});
     m_daemon.kill();
     ASSERT_TRUE(m_daemon.waitForFinished(hangMs));
     ASSERT_TRUE(m_engine.waitForFinished(hangMs));
@@ -126,7 +125,7 @@ private:
 
 TEST_F(EngineOnDyingBus, aConsoleOfTheNextSessionWaitsForItAndWorks)
 {
-    startSending({QStringLiteral("--latency"), QStringLiteral("2000")});
+    startSending({u"--latency"_s, u"2000"_s});
     // The device says nothing until somebody waits for the next engine.
     const auto modem = static_cast<pid_t>(device->process().processId());
     ASSERT_EQ(::kill(modem, SIGSTOP), 0);
@@ -134,19 +133,18 @@ TEST_F(EngineOnDyingBus, aConsoleOfTheNextSessionWaitsForItAndWorks)
     ASSERT_TRUE(m_daemon.waitForFinished(hangMs));
 
     NotedEngineWait wait([modem] { ::kill(modem, SIGCONT); });
-    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(), program(), Bus::EngineStartLimit,
+    ProcessEngineLauncher launcher(QDBusConnection::sessionBus(), program(), Bus::engineStartLimit,
                                    &wait);
     launcher.ensureRunning();
     EXPECT_TRUE(wait.wasTold);
     EXPECT_TRUE(wait.hasEnded);
     ASSERT_TRUE(m_engine.waitForFinished(hangMs));
     expectItFinished();
-    addSMS(QStringLiteral("600111333"), QStringLiteral("text"),
-           QStringLiteral("2100-01-01T00:00:00"));
+    addSMS(u"600111333"_s, u"text"_s, u"2100-01-01T00:00:00"_s);
     EXPECT_EQ(callForNumber("GetQueueSize"), 1);
 
     const QDBusReply<uint> next =
-        QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::ServiceName));
+        QDBusConnection::sessionBus().interface()->servicePid(QLatin1String(Bus::serviceName));
     ASSERT_GT(next.value(), 0U);
     ASSERT_EQ(::kill(static_cast<pid_t>(next.value()), SIGKILL), 0);
     EXPECT_TRUE(until([] { return !isOnBus(); }));
@@ -157,7 +155,9 @@ TEST(EngineLimitsTest, whoWaitsForAnotherWaitsLongerThanThatMayTake)
     const EngineLimits limits;
     EXPECT_EQ(limits.endMs, 20'000);
     EXPECT_GT(limits.lockMs, limits.endMs) << "the next engine, for the one that is ending";
-    EXPECT_GT(Bus::EngineStartLimit, limits.lockMs) << "the console, for the next engine";
+    EXPECT_GT(Bus::engineStartLimit, limits.lockMs) << "the console, for the next engine";
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 #include <QDBusConnection>
 #include <QDir>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Notes that the program was told to end, and lets it go on.
@@ -39,7 +43,7 @@ protected:
     ~EngineHostTest() override
     {
         m_host.reset();
-        QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::ServiceName));
+        QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::serviceName));
     }
 
     QString file() const { return EngineFolder::storeFile(m_folder); }
@@ -51,9 +55,9 @@ protected:
     void queue(const QString &phone) const
     {
         Store store(file());
-        store.setDeviceSettings({0, QString(), 1, 1, QStringLiteral("/dev/fake, 9600")});
+        store.setDeviceSettings({0, QString(), 1, 1, u"/dev/fake, 9600"_s});
         store.setToRun(true);
-        store.add({{phone, QStringLiteral("text")}}, noon());
+        store.add({{phone, u"text"_s}}, noon());
     }
     void startHost()
     {
@@ -67,8 +71,8 @@ protected:
     /// Queues two messages and waits until the first one has left.
     void startSending()
     {
-        queue(QStringLiteral("600"));
-        queue(QStringLiteral("601"));
+        queue(u"600"_s);
+        queue(u"601"_s);
         startHost();
         ASSERT_TRUE(m_time.until([this] { return m_line->payloads.size() == 1; }));
         EXPECT_EQ(number("SELECT COUNT(*) FROM message WHERE state = 1"), 1);
@@ -158,3 +162,5 @@ TEST_F(EngineHostTest, aSecondWishToEndGivesThePartNoMoreTime)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -13,6 +13,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// What the engine writes to standard error.
@@ -25,7 +29,7 @@ protected:
         m_engine.setStandardErrorFile(logFile());
     }
 
-    QString logFile() const { return m_folder.filePath(QStringLiteral("log")); }
+    QString logFile() const { return m_folder.filePath(u"log"_s); }
     QString log() const
     {
         QFile file(logFile());
@@ -35,32 +39,31 @@ protected:
     /// Sends one message and fails another, with a SIM that asks for the PIN.
     void work()
     {
-        RunningSimulator device({QStringLiteral("--pin"), QStringLiteral("47119"),
-                                 QStringLiteral("--fail-every"), QStringLiteral("2"),
-                                 QStringLiteral("--fail-code"), QStringLiteral("8")});
+        RunningSimulator device(
+            {u"--pin"_s, u"47119"_s, u"--fail-every"_s, u"2"_s, u"--fail-code"_s, u"8"_s});
         ASSERT_TRUE(device.isReady());
         start();
-        setSettings({0, QStringLiteral("47119"), 1, 1, device.link() + QStringLiteral(", 115200")});
-        const QString due = QStringLiteral("2024-01-01T00:00:00");
-        addSMS(QStringLiteral("600111222"), QStringLiteral("Zanahoria"), due);
-        addSMS(QStringLiteral("600111333"), QStringLiteral("Zanahoria"), due);
-        addSMS(QStringLiteral("not a number"), QStringLiteral("Zanahoria"), due);
+        setSettings({0, u"47119"_s, 1, 1, device.link() + u", 115200"_s});
+        const QString due = u"2024-01-01T00:00:00"_s;
+        addSMS(u"600111222"_s, u"Zanahoria"_s, due);
+        addSMS(u"600111333"_s, u"Zanahoria"_s, due);
+        addSMS(u"not a number"_s, u"Zanahoria"_s, due);
         call("StartEngine");
         EXPECT_TRUE(until([] { return callForNumber("GetQueueSize") == 0; }));
         EXPECT_EQ(device.messages().size(), 1);
         // A PIN that is refused, and a device that is gone.
-        setSettings({0, QStringLiteral("58220"), 1, 1, QStringLiteral("/no/such/device, 9600")});
+        setSettings({0, u"58220"_s, 1, 1, u"/no/such/device, 9600"_s});
         call("ApplySettings");
         Listener listener(QDBusConnection::sessionBus());
         call("ReportState");
-        EXPECT_TRUE(until([&] { return listener.has(QStringLiteral("WarningError -2")); }));
+        EXPECT_TRUE(until([&] { return listener.has(u"WarningError -2"_s); }));
         stop();
     }
     void expectNoSecrets() const
     {
         const QString text = log();
-        EXPECT_TRUE(text.contains(QLatin1String("up, version"))) << text.toStdString();
-        EXPECT_TRUE(text.contains(QLatin1String("/no/such/device"))) << text.toStdString();
+        EXPECT_TRUE(text.contains("up, version"_L1)) << text.toStdString();
+        EXPECT_TRUE(text.contains("/no/such/device"_L1)) << text.toStdString();
         for (const char *const secret : {"47119", "58220", "Zanahoria"})
             EXPECT_FALSE(text.contains(QLatin1String(secret), Qt::CaseInsensitive))
                 << secret << " in:\n"
@@ -78,29 +81,28 @@ TEST_F(EngineOutput, noTextAndNoPinIsLogged)
 
 TEST_F(EngineOutput, noTextAndNoPinIsLoggedInFullEither)
 {
-    m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("debug")});
+    m_engine.setArguments({u"--log-level"_s, u"debug"_s});
     work();
     expectNoSecrets();
     const QString text = log();
-    EXPECT_TRUE(text.contains(QLatin1String(" debug engine.at: -> AT+CPIN=****\n")));
-    EXPECT_TRUE(text.contains(QLatin1String(" debug engine.at: -> ****\n")));
-    EXPECT_TRUE(text.contains(QLatin1String(" debug engine.at: <- +CMGS: ")));
+    EXPECT_TRUE(text.contains(" debug engine.at: -> AT+CPIN=****\n"_L1));
+    EXPECT_TRUE(text.contains(" debug engine.at: -> ****\n"_L1));
+    EXPECT_TRUE(text.contains(" debug engine.at: <- +CMGS: "_L1));
     // The number as the PDU has it.
-    EXPECT_FALSE(text.contains(QLatin1String("06101122F2"))) << text.toStdString();
+    EXPECT_FALSE(text.contains("06101122F2"_L1)) << text.toStdString();
 }
 
 TEST_F(EngineOutput, noLineOfTheDeviceIsLoggedUnlessItIsAskedFor)
 {
     work();
-    EXPECT_FALSE(log().contains(QLatin1String("engine.at"))) << log().toStdString();
+    EXPECT_FALSE(log().contains("engine.at"_L1)) << log().toStdString();
 }
 
 TEST_F(EngineOutput, elsewhereALineHasTimeAndLevel)
 {
     work();
-    const QRegularExpression line(
-        QStringLiteral("\\A\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} "
-                       "(debug|info|warning|error|fatal) ."));
+    const QRegularExpression line(u"\\A\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} "
+                                  "(debug|info|warning|error|fatal) ."_s);
     const QStringList lines = log().split(u'\n', Qt::SkipEmptyParts);
     EXPECT_GE(lines.size(), 3);
     for (const QString &one : lines)
@@ -109,7 +111,7 @@ TEST_F(EngineOutput, elsewhereALineHasTimeAndLevel)
 
 TEST_F(EngineOutput, theLevelLeavesOutWhatIsLess)
 {
-    m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("warning")});
+    m_engine.setArguments({u"--log-level"_s, u"warning"_s});
     start();
     stop();
     EXPECT_EQ(log(), QString());
@@ -132,10 +134,10 @@ protected:
         RunningSimulator device;
         ASSERT_TRUE(device.isReady());
         start();
-        setSettings({0, QString(), 1, 1, device.link() + QStringLiteral(", 115200")});
+        setSettings({0, QString(), 1, 1, device.link() + u", 115200"_s});
         Listener listener(QDBusConnection::sessionBus());
         call("StartEngine");
-        ASSERT_TRUE(until([&] { return listener.has(QStringLiteral("DeviceInfo")); }));
+        ASSERT_TRUE(until([&] { return listener.has(u"DeviceInfo"_s); }));
         stop();
     }
 };
@@ -143,22 +145,22 @@ protected:
 TEST_F(EngineLogLevel, isThatOfTheSettings)
 {
     runWith("debug");
-    EXPECT_TRUE(log().contains(QLatin1String("engine.at: -> AT\n"))) << log().toStdString();
+    EXPECT_TRUE(log().contains("engine.at: -> AT\n"_L1)) << log().toStdString();
 }
 
 TEST_F(EngineLogLevel, isThatOfTheCommandLineBeforeThatOfTheSettings)
 {
-    m_engine.setArguments({QStringLiteral("--log-level"), QStringLiteral("info")});
+    m_engine.setArguments({u"--log-level"_s, u"info"_s});
     runWith("debug");
-    EXPECT_FALSE(log().contains(QLatin1String("engine.at"))) << log().toStdString();
+    EXPECT_FALSE(log().contains("engine.at"_L1)) << log().toStdString();
 }
 
 TEST_F(EngineLogLevel, thatDoesNotExistIsToldAndNotTaken)
 {
     runWith("loud");
-    EXPECT_TRUE(log().contains(QLatin1String("warning engine.host: settings: Log/Level=loud")));
-    EXPECT_TRUE(log().contains(QLatin1String("info engine.host: up")));
-    EXPECT_FALSE(log().contains(QLatin1String("engine.at"))) << log().toStdString();
+    EXPECT_TRUE(log().contains("warning engine.host: settings: Log/Level=loud"_L1));
+    EXPECT_TRUE(log().contains("info engine.host: up"_L1));
+    EXPECT_FALSE(log().contains("engine.at"_L1)) << log().toStdString();
 }
 
 /// Runs the engine as a console starts it, with the log beside its store.
@@ -166,7 +168,7 @@ class EngineLogFile : public EngineOutput
 {
 protected:
     static constexpr qint64 maxSize = 10 * 1024 * 1024;
-    static QString logBesideStore() { return folder() + QStringLiteral("/engine.log"); }
+    static QString logBesideStore() { return folder() + u"/engine.log"_s; }
 
     void runWith(const QString &file, qint64 size)
     {
@@ -189,21 +191,21 @@ TEST_F(EngineLogFile, isSetAsideByTheEngineBeforeItIsTooLarge)
     EXPECT_TRUE(text.contains("up, version") && text.contains("ends")) << text.toStdString();
     EXPECT_LT(text.size(), 1000);
     EXPECT_EQ(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
-    EXPECT_EQ(QFileInfo(logBesideStore() + QStringLiteral(".1")).size(), maxSize);
+    EXPECT_EQ(QFileInfo(logBesideStore() + u".1"_s).size(), maxSize);
 }
 
 TEST_F(EngineLogFile, isGoneOnWithWhileItHasRoom)
 {
     runWith(logBesideStore(), maxSize - 10'000);
     EXPECT_GT(QFileInfo(logBesideStore()).size(), maxSize - 10'000);
-    EXPECT_FALSE(QFile::exists(logBesideStore() + QStringLiteral(".1")));
+    EXPECT_FALSE(QFile::exists(logBesideStore() + u".1"_s));
 }
 
 TEST_F(EngineLogFile, ofSomebodyElsesChoiceIsLeftToThem)
 {
     runWith(logFile(), maxSize);
     EXPECT_GT(QFileInfo(logFile()).size(), maxSize);
-    EXPECT_FALSE(QFile::exists(logFile() + QStringLiteral(".1")));
+    EXPECT_FALSE(QFile::exists(logFile() + u".1"_s));
 }
 
 /// Runs the engine with a file as its standard error that JOURNAL_STREAM names, or doesn't.
@@ -217,16 +219,15 @@ protected:
         struct stat info = {};
         ASSERT_EQ(::fstat(file.handle(), &info), 0);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("JOURNAL_STREAM"),
-                           QStringLiteral("%1:%2")
-                               .arg(static_cast<qulonglong>(info.st_dev))
+        environment.insert(u"JOURNAL_STREAM"_s,
+                           u"%1:%2"_s.arg(static_cast<qulonglong>(info.st_dev))
                                .arg(static_cast<qulonglong>(info.st_ino) + inodeMore));
         m_engine.setProcessEnvironment(environment);
         m_engine.setStandardErrorFile(logFile(), QIODevice::Append);
         start();
         setSettings(noDevice());
         call("StartEngine");
-        ASSERT_TRUE(until([this] { return log().contains(QLatin1String("/no/such/device")); }));
+        ASSERT_TRUE(until([this] { return log().contains("/no/such/device"_L1); }));
         stop();
     }
 };
@@ -234,9 +235,8 @@ protected:
 TEST_F(EngineOnJournal, aLineForTheJournalHasItsPriorityAndNoTime)
 {
     startWith(0);
-    EXPECT_TRUE(log().startsWith(QLatin1String("<6>engine.host: up, version")))
-        << log().toStdString();
-    const QRegularExpression warning(QStringLiteral("\n<4>engine\\.dispatch: warning -2"));
+    EXPECT_TRUE(log().startsWith("<6>engine.host: up, version"_L1)) << log().toStdString();
+    const QRegularExpression warning(u"\n<4>engine\\.dispatch: warning -2"_s);
     EXPECT_TRUE(warning.match(log()).hasMatch()) << log().toStdString();
 }
 
@@ -247,3 +247,5 @@ TEST_F(EngineOnJournal, aJournalThatStandardErrorNoLongerLeadsToIsNone)
 }
 
 } // namespace
+
+} // namespace norvane

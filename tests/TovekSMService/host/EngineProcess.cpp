@@ -6,21 +6,25 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString busName()
 {
-    return QStringLiteral("com.tovek.SMService");
+    return u"com.tovek.SMService"_s;
 }
 
 QString objectPath()
 {
-    return QStringLiteral("/com/tovek/SMService");
+    return u"/com/tovek/SMService"_s;
 }
 
 QString interfaceName()
 {
-    return QStringLiteral("com.tovek.SMService.SMSManager1");
+    return u"com.tovek.SMService.SMSManager1"_s;
 }
 
 } // namespace
@@ -124,12 +128,12 @@ QString EngineProcess::program()
 
 QString EngineProcess::folder()
 {
-    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/TovekSMService");
+    return qEnvironmentVariable("XDG_DATA_HOME") + u"/TovekSMService"_s;
 }
 
 QString EngineProcess::storeFile()
 {
-    return folder() + QStringLiteral("/queue.sqlite");
+    return folder() + u"/queue.sqlite"_s;
 }
 
 void EngineProcess::start()
@@ -214,5 +218,7 @@ bool EngineProcess::setSettings(const WireSettings &settings)
 
 WireSettings EngineProcess::noDevice()
 {
-    return {0, QString(), 1, 1, QStringLiteral("/no/such/device, 9600")};
+    return {0, QString(), 1, 1, u"/no/such/device, 9600"_s};
 }
+
+} // namespace norvane

@@ -13,6 +13,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 // The engine's program as a stranger sees it: over the bus and by its command line. The records are
 // declared anew here, so that both declarations prove each other.
 
@@ -49,10 +51,6 @@ QDBusArgument &operator<<(QDBusArgument &argument, const WireEntry &entry);
 const QDBusArgument &operator>>(const QDBusArgument &argument, WireEntry &entry);
 QDBusArgument &operator<<(QDBusArgument &argument, const WireRow &row);
 const QDBusArgument &operator>>(const QDBusArgument &argument, WireRow &row);
-
-Q_DECLARE_METATYPE(WireSettings)
-Q_DECLARE_METATYPE(WireEntry)
-Q_DECLARE_METATYPE(WireRow)
 
 /// Notes the engine's events on one connection, as "Name argument argument".
 class Listener : public QObject
@@ -119,3 +117,9 @@ protected:
 
     QProcess m_engine;
 };
+
+} // namespace norvane
+
+Q_DECLARE_METATYPE(norvane::WireSettings)
+Q_DECLARE_METATYPE(norvane::WireEntry)
+Q_DECLARE_METATYPE(norvane::WireRow)

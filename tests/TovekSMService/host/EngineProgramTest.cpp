@@ -8,6 +8,10 @@
 
 #include <sys/stat.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class EngineProgram : public EngineProcess
@@ -32,7 +36,7 @@ TEST_F(EngineProgram, itsFilesAreForTheirOwnerAlone)
     const mode_t before = ::umask(0);
     start();
     ::umask(before);
-    addSMS(QStringLiteral("600"), QString(), QString());
+    addSMS(u"600"_s, QString(), QString());
     EXPECT_EQ(rightsOf(folder()), 0700u);
     const QFileInfoList files =
         QDir(folder()).entryInfoList(QDir::Files | QDir::Hidden | QDir::System);
@@ -54,7 +58,7 @@ TEST_F(EngineProgram, whatWasQueuedSurvivesAKillAndAStartedEngineComesBackStarte
 {
     start();
     setSettings(noDevice());
-    addSMS(QStringLiteral("600"), QStringLiteral("text"), QStringLiteral("2024-05-01T12:00:00"));
+    addSMS(u"600"_s, u"text"_s, u"2024-05-01T12:00:00"_s);
     call("StartEngine");
     const QList<WireRow> before = queue();
     kill();
@@ -102,40 +106,37 @@ TEST_F(EngineProgram, ofTwoThatComeUpAtOnceOneStays)
 
 TEST_F(EngineProgram, withoutASessionBusItFailsWithAnError)
 {
-    const Ended ended =
-        run({}, with("DBUS_SESSION_BUS_ADDRESS", QStringLiteral("unix:path=/no/bus")));
+    const Ended ended = run({}, with("DBUS_SESSION_BUS_ADDRESS", u"unix:path=/no/bus"_s));
     EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_TRUE(ended.err.contains(QLatin1String("no session bus")));
+    EXPECT_TRUE(ended.err.contains("no session bus"_L1));
 }
 
 TEST_F(EngineProgram, withoutAFolderItFailsWithAnError)
 {
-    const Ended ended = run({}, with("XDG_DATA_HOME", QStringLiteral("/dev/null")));
+    const Ended ended = run({}, with("XDG_DATA_HOME", u"/dev/null"_s));
     EXPECT_EQ(ended.exitCode, 1);
-    EXPECT_TRUE(ended.err.contains(QLatin1String("folder")));
+    EXPECT_TRUE(ended.err.contains("folder"_L1));
 }
 
 TEST_F(EngineProgram, aStoreOfALaterVersionIsRefused)
 {
     QDir().mkpath(folder());
     OtherConnection(storeFile())
-        .run(QStringLiteral("PRAGMA user_version = %1").arg(StoreSchema::Version + 1));
+        .run(u"PRAGMA user_version = %1"_s.arg(StoreSchema::latestVersion + 1));
     const Ended ended = run({});
     EXPECT_EQ(ended.exitCode, 4);
-    EXPECT_TRUE(ended.err.contains(QLatin1String("schema version")));
-    EXPECT_EQ(OtherConnection(storeFile()).value(QStringLiteral("PRAGMA user_version")).toInt(),
-              StoreSchema::Version + 1);
+    EXPECT_TRUE(ended.err.contains("schema version"_L1));
+    EXPECT_EQ(OtherConnection(storeFile()).value(u"PRAGMA user_version"_s).toInt(),
+              StoreSchema::latestVersion + 1);
 }
 
 TEST_F(EngineProgram, anEngineThatLosesItsBusEnds)
 {
     QProcess daemon;
-    daemon.start(QStringLiteral("dbus-daemon"),
-                 {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                  QStringLiteral("--print-address")});
+    daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
     ASSERT_TRUE(daemon.waitForReadyRead(hangMs));
     const QString address = QString::fromLatin1(daemon.readLine()).trimmed();
-    const QString name = QStringLiteral("short-lived");
+    const QString name = u"short-lived"_s;
     {
         const QDBusConnection bus = QDBusConnection::connectToBus(address, name);
         ASSERT_TRUE(bus.isConnected());
@@ -152,3 +153,5 @@ TEST_F(EngineProgram, anEngineThatLosesItsBusEnds)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A console as the bus sees it: a connection of its own that acknowledges, or doesn't.
@@ -19,10 +23,9 @@ public:
         : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)), m_name(name),
           m_listener(bus)
     {
-        EXPECT_TRUE(bus.connect(QStringLiteral("com.tovek.SMService"),
-                                QStringLiteral("/com/tovek/SMService"),
-                                QStringLiteral("com.tovek.SMService.SMSManager1"),
-                                QStringLiteral("ReportRaised"), this, SLOT(note(qlonglong))));
+        EXPECT_TRUE(bus.connect(u"com.tovek.SMService"_s, u"/com/tovek/SMService"_s,
+                                u"com.tovek.SMService.SMSManager1"_s, u"ReportRaised"_s, this,
+                                SLOT(note(qlonglong))));
     }
     ~BusConsole() override { QDBusConnection::disconnectFromBus(m_name); }
 
@@ -68,73 +71,73 @@ protected:
         stop();
         {
             Store store(storeFile());
-            store.add({{phone, QStringLiteral("text")}}, QString());
-            store.finish(store.first()->id, -17, std::nullopt, QStringLiteral("then"), false);
+            store.add({{phone, u"text"_s}}, QString());
+            store.finish(store.first()->id, -17, std::nullopt, u"then"_s, false);
         }
         start();
     }
     static bool isUnreported()
     {
         return OtherConnection(storeFile())
-                   .value(QStringLiteral("SELECT COUNT(*) FROM outcome WHERE reported = 0"))
+                   .value(u"SELECT COUNT(*) FROM outcome WHERE reported = 0"_s)
                    .toInt() > 0;
     }
 };
 
 TEST_F(EngineReports, aFailureThatWasNotAcknowledgedIsToldToTheNextConsole)
 {
-    keepFailure(QStringLiteral("600"));
-    const QString failure = QStringLiteral("SMSSentFailed 600 text -17");
+    keepFailure(u"600"_s);
+    const QString failure = u"SMSSentFailed 600 text -17"_s;
     {
         const auto dying = makeConsole("dying");
-        EXPECT_EQ(dying->heard(QStringLiteral("SMSSentFailed")), QStringList{failure});
+        EXPECT_EQ(dying->heard(u"SMSSentFailed"_s), QStringList{failure});
         EXPECT_EQ(dying->reports.size(), 1);
     }
     const auto next = makeConsole("next");
-    ASSERT_EQ(next->heard(QStringLiteral("SMSSentFailed")), QStringList{failure});
+    ASSERT_EQ(next->heard(u"SMSSentFailed"_s), QStringList{failure});
     ASSERT_EQ(next->reports.size(), 1);
     EXPECT_TRUE(isUnreported());
     acknowledge(*next, next->reports);
     EXPECT_TRUE(until([] { return !isUnreported(); }));
-    EXPECT_TRUE(makeConsole("last")->heard(QStringLiteral("SMSSentFailed")).isEmpty());
+    EXPECT_TRUE(makeConsole("last")->heard(u"SMSSentFailed"_s).isEmpty());
 }
 
 TEST_F(EngineReports, aFailureThatIsHandledIsNotToldWhileTheStoreCannotNoteIt)
 {
-    keepFailure(QStringLiteral("600"));
+    keepFailure(u"600"_s);
     const auto first = makeConsole("first");
     ASSERT_EQ(first->reports.size(), 1);
     OtherConnection other(storeFile());
-    other.run(QStringLiteral("BEGIN IMMEDIATE"));
+    other.run(u"BEGIN IMMEDIATE"_s);
     acknowledge(*first, first->reports);
-    EXPECT_TRUE(makeConsole("next")->heard(QStringLiteral("SMSSentFailed")).isEmpty());
+    EXPECT_TRUE(makeConsole("next")->heard(u"SMSSentFailed"_s).isEmpty());
     EXPECT_TRUE(isUnreported());
-    other.run(QStringLiteral("ROLLBACK"));
+    other.run(u"ROLLBACK"_s);
     EXPECT_TRUE(until([] { return !isUnreported(); }));
 }
 
 TEST_F(EngineReports, theNextConsoleIsToldWhileTheOneThatHasNotAnsweredIsStillThere)
 {
-    keepFailure(QStringLiteral("600"));
+    keepFailure(u"600"_s);
     const auto hanging = makeConsole("hanging");
     const auto next = makeConsole("next");
-    EXPECT_EQ(next->heard(QStringLiteral("SMSSentFailed")).size(), 1);
+    EXPECT_EQ(next->heard(u"SMSSentFailed"_s).size(), 1);
     // Neither is told again by asking again.
     call("ReportState", {}, hanging->bus);
     settle(*hanging);
-    EXPECT_EQ(hanging->heard(QStringLiteral("SMSSentFailed")).size(), 1);
+    EXPECT_EQ(hanging->heard(u"SMSSentFailed"_s).size(), 1);
 }
 
 TEST_F(EngineReports, nobodyAcknowledgesForAConsoleThatWasTold)
 {
-    keepFailure(QStringLiteral("600"));
-    BusConsole stranger(QStringLiteral("stranger"));
+    keepFailure(u"600"_s);
+    BusConsole stranger(u"stranger"_s);
     {
         const auto told = makeConsole("told");
         ASSERT_EQ(told->reports.size(), 1);
         acknowledge(stranger, told->reports);
     }
-    EXPECT_EQ(makeConsole("next")->heard(QStringLiteral("SMSSentFailed")).size(), 1);
+    EXPECT_EQ(makeConsole("next")->heard(u"SMSSentFailed"_s).size(), 1);
 }
 
 TEST_F(EngineReports, theWarningOfAMessageInDoubtComesBeforeItsNumber)
@@ -142,45 +145,45 @@ TEST_F(EngineReports, theWarningOfAMessageInDoubtComesBeforeItsNumber)
     stop();
     {
         Store store(storeFile());
-        store.add({{QStringLiteral("601"), QStringLiteral("more")}}, QString());
+        store.add({{u"601"_s, u"more"_s}}, QString());
         store.beginPart(store.first()->id, std::nullopt, {});
     }
     start();
     ASSERT_TRUE(until([] { return callForNumber("GetQueueSize") == 0; }));
     const auto console = makeConsole("console");
-    EXPECT_EQ(console->heard(QStringLiteral("SMSSentFailed")).size(), 1);
-    EXPECT_EQ(console->heard(QStringLiteral("WarningError -39")).size(), 1);
+    EXPECT_EQ(console->heard(u"SMSSentFailed"_s).size(), 1);
+    EXPECT_EQ(console->heard(u"WarningError -39"_s).size(), 1);
     EXPECT_EQ(console->reports.size(), 1) << "one acknowledgement for both";
 }
 
 TEST_F(EngineReports, aConsoleThatIsOlderThanAcknowledgementsCountsAsToldWhenItIsTold)
 {
-    keepFailure(QStringLiteral("600"));
+    keepFailure(u"600"_s);
     {
-        BusConsole older(QStringLiteral("older"));
+        BusConsole older(u"older"_s);
         call("ReportState", {}, older.bus);
         settle(older);
-        EXPECT_EQ(older.heard(QStringLiteral("SMSSentFailed")).size(), 1);
+        EXPECT_EQ(older.heard(u"SMSSentFailed"_s).size(), 1);
         call("ReportState", {}, older.bus);
         settle(older);
-        EXPECT_EQ(older.heard(QStringLiteral("SMSSentFailed")).size(), 1);
+        EXPECT_EQ(older.heard(u"SMSSentFailed"_s).size(), 1);
     }
-    EXPECT_TRUE(makeConsole("next")->heard(QStringLiteral("SMSSentFailed")).isEmpty());
+    EXPECT_TRUE(makeConsole("next")->heard(u"SMSSentFailed"_s).isEmpty());
 }
 
 TEST_F(EngineReports, aTroubleThatStandsIsToldToEveryConsole)
 {
     setSettings(noDevice());
-    const QStringList warning{QStringLiteral("WarningError -2 /no/such/device")};
+    const QStringList warning{u"WarningError -2 /no/such/device"_s};
     const auto first = makeConsole("first");
     call("StartEngine", {}, first->bus);
     ASSERT_TRUE(until([&] { return !first->reports.isEmpty(); }));
     acknowledge(*first, first->reports);
-    EXPECT_EQ(makeConsole("second")->heard(QStringLiteral("WarningError")), warning);
+    EXPECT_EQ(makeConsole("second")->heard(u"WarningError"_s), warning);
     // Once, also where it has not been handled yet.
-    EXPECT_EQ(first->heard(QStringLiteral("WarningError")), warning);
+    EXPECT_EQ(first->heard(u"WarningError"_s), warning);
     call("StopEngine");
-    EXPECT_TRUE(makeConsole("third")->heard(QStringLiteral("WarningError")).isEmpty());
+    EXPECT_TRUE(makeConsole("third")->heard(u"WarningError"_s).isEmpty());
 }
 
 TEST_F(EngineReports, aTroubleThatStandsAndIsNotHandledYetIsToldOnce)
@@ -189,37 +192,37 @@ TEST_F(EngineReports, aTroubleThatStandsAndIsNotHandledYetIsToldOnce)
     const auto first = makeConsole("first");
     call("StartEngine", {}, first->bus);
     ASSERT_TRUE(until([&] { return !first->reports.isEmpty(); }));
-    EXPECT_EQ(makeConsole("second")->heard(QStringLiteral("WarningError")),
-              QStringList{QStringLiteral("WarningError -2 /no/such/device")});
+    EXPECT_EQ(makeConsole("second")->heard(u"WarningError"_s),
+              QStringList{u"WarningError -2 /no/such/device"_s});
 }
 
 TEST_F(EngineReports, aWarningThatWasNotAcknowledgedIsToldToTheNextConsole)
 {
     {
         const auto dying = makeConsole("dying");
-        const WireRow gone = {QString(), QStringLiteral("600"), QStringLiteral("new"), 4711};
+        const WireRow gone = {QString(), u"600"_s, u"new"_s, 4711};
         call("UpdateQueue",
              {QVariant::fromValue(QList<WireRow>({gone})), QVariant::fromValue(QList<qlonglong>())},
              dying->bus);
         ASSERT_TRUE(until([&] { return dying->reports.size() == 1; }));
     }
     const auto next = makeConsole("next");
-    EXPECT_EQ(next->heard(QStringLiteral("WarningError -9")).size(), 1);
+    EXPECT_EQ(next->heard(u"WarningError -9"_s).size(), 1);
     acknowledge(*next, next->reports);
-    EXPECT_TRUE(makeConsole("last")->heard(QStringLiteral("WarningError")).isEmpty());
+    EXPECT_TRUE(makeConsole("last")->heard(u"WarningError"_s).isEmpty());
 }
 
 TEST_F(EngineReports, aWarningThatIsStillBeingHandledIsNotToldAgainToWhoAsksAgain)
 {
     const auto console = makeConsole("console");
-    const WireRow gone = {QString(), QStringLiteral("600"), QStringLiteral("new"), 4711};
+    const WireRow gone = {QString(), u"600"_s, u"new"_s, 4711};
     call("UpdateQueue",
          {QVariant::fromValue(QList<WireRow>({gone})), QVariant::fromValue(QList<qlonglong>())},
          console->bus);
     ASSERT_TRUE(until([&] { return console->reports.size() == 1; }));
     call("ReportState", {}, console->bus);
     settle(*console);
-    EXPECT_EQ(console->heard(QStringLiteral("WarningError -9")).size(), 1);
+    EXPECT_EQ(console->heard(u"WarningError -9"_s).size(), 1);
 }
 
 TEST_F(EngineReports, damageIsToldUntilItIsAcknowledged)
@@ -229,27 +232,29 @@ TEST_F(EngineReports, damageIsToldUntilItIsAcknowledged)
     ASSERT_TRUE(store.open(QIODevice::WriteOnly | QIODevice::Truncate));
     store.write(QByteArray(10'000, 'g'));
     store.close();
-    const QString note = folder() + QStringLiteral("/damaged.note");
+    const QString note = folder() + u"/damaged.note"_s;
     start();
-    EXPECT_EQ(makeConsole("dying")->heard(QStringLiteral("WarningError -57")).size(), 1);
+    EXPECT_EQ(makeConsole("dying")->heard(u"WarningError -57"_s).size(), 1);
     EXPECT_TRUE(QFile::exists(note));
     const auto next = makeConsole("next");
-    EXPECT_EQ(next->heard(QStringLiteral("WarningError -57")).size(), 1);
+    EXPECT_EQ(next->heard(u"WarningError -57"_s).size(), 1);
     acknowledge(*next, next->reports);
     EXPECT_FALSE(QFile::exists(note));
 }
 
 TEST_F(EngineReports, theStatusAsTextNamesTheTroubleThatStands)
 {
-    const auto status = [] { return run({QStringLiteral("--status")}).out; };
-    EXPECT_TRUE(status().endsWith(QStringLiteral("\ntrouble: none\n"))) << qPrintable(status());
+    const auto status = [] { return run({u"--status"_s}).out; };
+    EXPECT_TRUE(status().endsWith(u"\ntrouble: none\n"_s)) << qPrintable(status());
     setSettings(noDevice());
     call("StartEngine");
     EXPECT_TRUE(until([&] {
-        return status().endsWith(QStringLiteral("\ntrouble: the device: -2 /no/such/device\n"));
+        return status().endsWith(u"\ntrouble: the device: -2 /no/such/device\n"_s);
     })) << qPrintable(status());
 }
 
 } // namespace
 
 #include "EngineReportsTest.moc"
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 using EngineLog::Level;
@@ -25,3 +27,5 @@ TEST(LogLevelSetting, isTheLevelThatTheFileNames)
 }
 
 } // namespace
+
+} // namespace norvane

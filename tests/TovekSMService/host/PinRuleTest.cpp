@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 TEST(PinRule, triesAnUnknownPinOnceAndAnAcceptedOneAlways)
@@ -31,3 +33,5 @@ TEST(PinRule, triesAnUnknownPinOnceAndAnAcceptedOneAlways)
 }
 
 } // namespace
+
+} // namespace norvane

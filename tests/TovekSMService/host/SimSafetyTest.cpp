@@ -1,10 +1,14 @@
 #include "TovekSMService/host/DeviceProcess.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString warning(int code)
 {
-    return QStringLiteral("WarningError %1").arg(code);
+    return u"WarningError %1"_s.arg(code);
 }
 
 class SimSafety : public DeviceProcess
@@ -29,24 +33,24 @@ TEST_F(SimSafety, theRightPinUnlocksTheSimAfterEveryPowerCycleAndRestart)
     startHeard();
     call("StartEngine");
     for (int cycle = 0; cycle < 3; ++cycle) {
-        plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
-        use(m_device->link(), QStringLiteral("4711"));
-        ASSERT_TRUE(hears(QStringLiteral("DeviceInfo"))) << cycle;
-        EXPECT_EQ(count(QStringLiteral("WarningError -27")), 0);
+        plugIn({u"--pin"_s, u"4711"_s});
+        use(m_device->link(), u"4711"_s);
+        ASSERT_TRUE(hears(u"DeviceInfo"_s)) << cycle;
+        EXPECT_EQ(count(u"WarningError -27"_s), 0);
         restart();
-        ASSERT_TRUE(hears(QStringLiteral("DeviceInfo"))) << cycle;
+        ASSERT_TRUE(hears(u"DeviceInfo"_s)) << cycle;
     }
     EXPECT_EQ(triesLeftAfterTheEngine(), 3);
 }
 
 TEST_F(SimSafety, aWrongPinCostsOneTryWhateverComesAfter)
 {
-    plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
+    plugIn({u"--pin"_s, u"4711"_s});
     startHeard();
-    use(m_device->link(), QStringLiteral("1111"));
+    use(m_device->link(), u"1111"_s);
     call("StartEngine");
     ASSERT_TRUE(hears(warning(-27)));
-    use(m_device->link(), QStringLiteral("1111"));
+    use(m_device->link(), u"1111"_s);
     ASSERT_TRUE(hears(warning(-27)));
     for (int times = 0; times < 2; ++times) {
         restart();
@@ -56,11 +60,11 @@ TEST_F(SimSafety, aWrongPinCostsOneTryWhateverComesAfter)
 
     // A changed PIN is tried once; with the last try nothing is, not even the right one.
     startHeard();
-    use(m_device->link(), QStringLiteral("2222"));
+    use(m_device->link(), u"2222"_s);
     ASSERT_TRUE(hears(warning(-27)));
     restart();
     ASSERT_TRUE(hears(warning(-27)));
-    use(m_device->link(), QStringLiteral("4711"));
+    use(m_device->link(), u"4711"_s);
     ASSERT_TRUE(hears(warning(-30)));
     restart();
     ASSERT_TRUE(hears(warning(-30)));
@@ -69,34 +73,31 @@ TEST_F(SimSafety, aWrongPinCostsOneTryWhateverComesAfter)
 
 TEST_F(SimSafety, anotherSimGetsAnAttemptOfItsOwn)
 {
-    plugIn({QStringLiteral("--pin"), QStringLiteral("1111"), QStringLiteral("--iccid"),
-            QStringLiteral("8934071100275844103")});
+    plugIn({u"--pin"_s, u"1111"_s, u"--iccid"_s, u"8934071100275844103"_s});
     startHeard();
-    use(m_device->link(), QStringLiteral("4711"));
+    use(m_device->link(), u"4711"_s);
     call("StartEngine");
     ASSERT_TRUE(hears(warning(-27)));
-    plugIn({QStringLiteral("--pin"), QStringLiteral("4711"), QStringLiteral("--iccid"),
-            QStringLiteral("8934071100275844111")});
-    use(m_device->link(), QStringLiteral("4711"));
-    ASSERT_TRUE(hears(QStringLiteral("DeviceInfo")));
+    plugIn({u"--pin"_s, u"4711"_s, u"--iccid"_s, u"8934071100275844111"_s});
+    use(m_device->link(), u"4711"_s);
+    ASSERT_TRUE(hears(u"DeviceInfo"_s));
     // The first one again, in the same device: still refused, without a try.
-    plugIn({QStringLiteral("--pin"), QStringLiteral("1111"), QStringLiteral("--iccid"),
-            QStringLiteral("8934071100275844103")});
-    use(m_device->link(), QStringLiteral("4711"));
+    plugIn({u"--pin"_s, u"1111"_s, u"--iccid"_s, u"8934071100275844103"_s});
+    use(m_device->link(), u"4711"_s);
     ASSERT_TRUE(hears(warning(-27)));
     EXPECT_EQ(triesLeftAfterTheEngine(), 3);
 }
 
 TEST_F(SimSafety, aSimThatAsksForItsPukIsLeftAlone)
 {
-    plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
+    plugIn({u"--pin"_s, u"4711"_s});
     {
         PortClient client(m_device->link());
         for (int times = 0; times < 3; ++times)
             refuse(client);
     }
     startHeard();
-    use(m_device->link(), QStringLiteral("4711"));
+    use(m_device->link(), u"4711"_s);
     call("StartEngine");
     ASSERT_TRUE(hears(warning(-31)));
     stop();
@@ -106,7 +107,7 @@ TEST_F(SimSafety, aSimThatAsksForItsPukIsLeftAlone)
 
 TEST_F(SimSafety, aSimWithoutASetPinIsNotTried)
 {
-    plugIn({QStringLiteral("--pin"), QStringLiteral("4711")});
+    plugIn({u"--pin"_s, u"4711"_s});
     startHeard();
     use(m_device->link());
     call("StartEngine");
@@ -115,3 +116,5 @@ TEST_F(SimSafety, aSimWithoutASetPinIsNotTried)
 }
 
 } // namespace
+
+} // namespace norvane

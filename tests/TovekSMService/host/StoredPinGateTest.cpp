@@ -5,6 +5,10 @@
 
 #include <QEventLoop>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Decision = PinGate::Decision;
@@ -33,9 +37,9 @@ protected:
 
     PinHistory onDisk() const { return m_store->pinHistory(m_sim.name(), m_pin); }
 
-    SimIdentity m_sim{QStringLiteral("893407"), QStringLiteral("490154")};
+    SimIdentity m_sim{u"893407"_s, u"490154"_s};
     const SimIdentity m_unnumbered{{}, m_sim.imei};
-    QString m_pin = QStringLiteral("1234");
+    QString m_pin = u"1234"_s;
     TurnedTime m_time;
     std::unique_ptr<StoredPinGate> m_gate = makeGate();
 };
@@ -46,9 +50,8 @@ TEST_F(StoredPinGateTest, anAttemptIsOnDiskBeforeItMayBeMade)
     EXPECT_EQ(onDisk(), PinHistory::Tried);
     OtherConnection other(file());
     EXPECT_EQ(other
-                  .value(QStringLiteral("SELECT count(*) FROM pin_attempt WHERE at = '%1' AND "
-                                        "history = 1 AND sim IN ('893407', 'numbered in 490154')")
-                             .arg(noon()))
+                  .value(u"SELECT count(*) FROM pin_attempt WHERE at = '%1' AND "
+                         "history = 1 AND sim IN ('893407', 'numbered in 490154')"_s.arg(noon()))
                   .toInt(),
               2);
 }
@@ -96,8 +99,8 @@ TEST_F(StoredPinGateTest, anotherPinAndAnotherSimHaveTheirOwnTry)
 {
     ask();
     m_gate->refused(m_sim, m_pin);
-    EXPECT_EQ(m_gate->mayTry(m_sim, QStringLiteral("4321"), 2), Decision::Try);
-    EXPECT_EQ(m_gate->mayTry({QStringLiteral("8935"), m_sim.imei}, m_pin, 2), Decision::Try);
+    EXPECT_EQ(m_gate->mayTry(m_sim, u"4321"_s, 2), Decision::Try);
+    EXPECT_EQ(m_gate->mayTry({u"8935"_s, m_sim.imei}, m_pin, 2), Decision::Try);
 }
 
 TEST_F(StoredPinGateTest, aPinThatWasRefusedWithoutTheSimsNumberIsNotTriedWithIt)
@@ -107,7 +110,7 @@ TEST_F(StoredPinGateTest, aPinThatWasRefusedWithoutTheSimsNumberIsNotTriedWithIt
     m_gate->refused(m_unnumbered, m_pin);
     restart();
     EXPECT_EQ(ask(2), Decision::AlreadyTried);
-    EXPECT_EQ(m_gate->mayTry({m_sim.iccid, QStringLiteral("350000")}, m_pin, 2), Decision::Try)
+    EXPECT_EQ(m_gate->mayTry({m_sim.iccid, u"350000"_s}, m_pin, 2), Decision::Try)
         << "in another device";
 }
 
@@ -116,7 +119,7 @@ TEST_F(StoredPinGateTest, aPinThatWasRefusedWithTheSimsNumberIsNotTriedWithoutIt
     ask();
     EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 3), Decision::AlreadyTried);
     m_gate->refused(m_sim, m_pin);
-    const SimIdentity second{QStringLiteral("8935"), m_sim.imei};
+    const SimIdentity second{u"8935"_s, m_sim.imei};
     EXPECT_EQ(m_gate->mayTry(second, m_pin, 3), Decision::Try);
     m_gate->accepted(second, m_pin);
     restart();
@@ -138,7 +141,7 @@ TEST_F(StoredPinGateTest, anAcceptedPinThatIsRefusedUnderAnotherNameIsNotTriedAg
     // The PIN is changed in a phone, and the device tells the SIM's number at one time only.
     const SimIdentity names[][2] = {{m_sim, m_unnumbered}, {m_unnumbered, m_sim}};
     for (const auto &[first, second] : names) {
-        m_pin = first == m_sim ? QStringLiteral("1111") : QStringLiteral("2222");
+        m_pin = first == m_sim ? u"1111"_s : u"2222"_s;
         m_gate->mayTry(first, m_pin, 3);
         m_gate->accepted(first, m_pin);
         EXPECT_EQ(m_gate->mayTry(second, m_pin, 2), Decision::Try);
@@ -161,7 +164,7 @@ TEST_F(StoredPinGateTest, anAttemptOfUnknownEndUnderAnotherNameLeavesAnAcceptedP
 TEST_F(StoredPinGateTest, whatAnotherSimTakesDoesNotEndAnAttemptOfUnknownEnd)
 {
     ask();
-    const SimIdentity second{QStringLiteral("8935"), m_sim.imei};
+    const SimIdentity second{u"8935"_s, m_sim.imei};
     m_gate->mayTry(second, m_pin, 3);
     m_gate->accepted(second, m_pin);
     EXPECT_EQ(m_gate->mayTry(m_unnumbered, m_pin, 3), Decision::AlreadyTried);
@@ -201,7 +204,7 @@ TEST_F(StoredPinGateTest, aSimWhoseDeviceHasNoNumberHasItsOwnRecordAlone)
     ask();
     m_gate->refused(m_sim, m_pin);
     EXPECT_EQ(ask(3), Decision::AlreadyTried);
-    EXPECT_EQ(m_gate->mayTry({{}, QStringLiteral("490154")}, m_pin, 3), Decision::Try);
+    EXPECT_EQ(m_gate->mayTry({{}, u"490154"_s}, m_pin, 3), Decision::Try);
 }
 
 TEST_F(StoredPinGateTest, withTooFewTriesLeftNothingIsRecorded)
@@ -262,3 +265,5 @@ TEST_F(StoredPinGateTest, aRefusalThatCannotBeRecordedStillHolds)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 using EngineLog::Level;
 
 namespace {
@@ -19,18 +23,18 @@ TEST(EngineLog, eachLevelTellsItselfAndWhatIsWorse)
                  {QtDebugMsg, Level::Debug}};
     for (const auto &one : cases) {
         for (const Level level : {Level::Error, Level::Warning, Level::Info, Level::Debug})
-            EXPECT_EQ(EngineLog::isTold(one.type, "engine.host", level), level >= one.least)
+            EXPECT_EQ(EngineLog::isLogged(one.type, "engine.host", level), level >= one.least)
                 << one.type << ' ' << static_cast<int>(level);
     }
 }
 
 TEST(EngineLog, levelsHaveNames)
 {
-    EXPECT_EQ(EngineLog::levelNamed(QStringLiteral("error")), Level::Error);
-    EXPECT_EQ(EngineLog::levelNamed(QStringLiteral("warning")), Level::Warning);
-    EXPECT_EQ(EngineLog::levelNamed(QStringLiteral("info")), Level::Info);
-    EXPECT_EQ(EngineLog::levelNamed(QStringLiteral("debug")), Level::Debug);
-    EXPECT_FALSE(EngineLog::levelNamed(QStringLiteral("loud")));
+    EXPECT_EQ(EngineLog::levelNamed(u"error"_s), Level::Error);
+    EXPECT_EQ(EngineLog::levelNamed(u"warning"_s), Level::Warning);
+    EXPECT_EQ(EngineLog::levelNamed(u"info"_s), Level::Info);
+    EXPECT_EQ(EngineLog::levelNamed(u"debug"_s), Level::Debug);
+    EXPECT_FALSE(EngineLog::levelNamed(u"loud"_s));
 }
 
 TEST(EngineLog, aLineOfTheJournalBeginsWithItsPriority)
@@ -45,45 +49,44 @@ TEST(EngineLog, aLineOfTheJournalBeginsWithItsPriority)
                  {QtCriticalMsg, "<3>"},
                  {QtFatalMsg, "<2>"}};
     for (const auto &one : cases)
-        EXPECT_EQ(EngineLog::journalLine(one.type, "engine.host", QStringLiteral("text")),
-                  QLatin1String(one.prefix) + QStringLiteral("engine.host: text"));
+        EXPECT_EQ(EngineLog::journalLine(one.type, "engine.host", u"text"_s),
+                  QLatin1String(one.prefix) + u"engine.host: text"_s);
 }
 
 TEST(EngineLog, aPlainLineHasTimeLevelAndCategory)
 {
-    const QString time = QStringLiteral("12:00");
-    EXPECT_EQ(EngineLog::plainLine(QtWarningMsg, "engine.bus", QStringLiteral("text"), time),
-              QStringLiteral("12:00 warning engine.bus: text"));
-    EXPECT_EQ(EngineLog::plainLine(QtCriticalMsg, "engine.at", QStringLiteral("text"), time),
-              QStringLiteral("12:00 error engine.at: text"));
+    const QString time = u"12:00"_s;
+    EXPECT_EQ(EngineLog::plainLine(QtWarningMsg, "engine.bus", u"text"_s, time),
+              u"12:00 warning engine.bus: text"_s);
+    EXPECT_EQ(EngineLog::plainLine(QtCriticalMsg, "engine.at", u"text"_s, time),
+              u"12:00 error engine.at: text"_s);
 }
 
 TEST(EngineLog, whatIsLoggedWithoutACategoryShowsNone)
 {
     for (const char *const none : {static_cast<const char *>(nullptr), "", "default"}) {
-        EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, none, QStringLiteral("text")),
-                  QStringLiteral("<6>text"));
-        EXPECT_EQ(
-            EngineLog::plainLine(QtInfoMsg, none, QStringLiteral("text"), QStringLiteral("12:00")),
-            QStringLiteral("12:00 info text"));
+        EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, none, u"text"_s), u"<6>text"_s);
+        EXPECT_EQ(EngineLog::plainLine(QtInfoMsg, none, u"text"_s, u"12:00"_s),
+                  u"12:00 info text"_s);
     }
 }
 
 TEST(EngineLog, whatTheToolkitSaysForItsOwnDebuggingIsLeftOut)
 {
     for (const char *const other : {"qt.dbus.integration", "qt.core", "default", "engineer"}) {
-        EXPECT_FALSE(EngineLog::isTold(QtDebugMsg, other, Level::Debug)) << other;
-        EXPECT_TRUE(EngineLog::isTold(QtWarningMsg, other, Level::Debug)) << other;
+        EXPECT_FALSE(EngineLog::isLogged(QtDebugMsg, other, Level::Debug)) << other;
+        EXPECT_TRUE(EngineLog::isLogged(QtWarningMsg, other, Level::Debug)) << other;
     }
 }
 
 TEST(EngineLog, nothingThatADeviceSaysMakesALineOfItsOwn)
 {
-    const QString hostile = QStringLiteral("a\n<0>forged\r\x1B[2J\u2028b");
-    EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, nullptr, hostile),
-              QStringLiteral("<6>a <0>forged  [2J b"));
-    EXPECT_EQ(EngineLog::plainLine(QtInfoMsg, nullptr, hostile, QStringLiteral("t")),
-              QStringLiteral("t info a <0>forged  [2J b"));
+    const QString hostile = u"a\n<0>forged\r\x1B[2J\u2028b"_s;
+    EXPECT_EQ(EngineLog::journalLine(QtInfoMsg, nullptr, hostile), u"<6>a <0>forged  [2J b"_s);
+    EXPECT_EQ(EngineLog::plainLine(QtInfoMsg, nullptr, hostile, u"t"_s),
+              u"t info a <0>forged  [2J b"_s);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -18,12 +18,16 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Outcome = DeviceClaim::Outcome;
 
 /// Longer than any test lasts, in milliseconds: whoever waits for it hangs.
-constexpr int s_patience = 24 * 3'600'000;
+constexpr int patience = 24 * 3'600'000;
 
 int asInt(Outcome outcome)
 {
@@ -35,11 +39,11 @@ TEST(DeviceClaim, keepsTheDeviceUntilItIsReleased)
     const PtyModem device;
     DeviceClaim first;
     DeviceClaim second;
-    EXPECT_EQ(asInt(first.take(device.path(), s_patience)), asInt(Outcome::Held));
-    EXPECT_EQ(asInt(second.take(device.path(), s_patience)), asInt(Outcome::HeldByAnother));
-    EXPECT_EQ(asInt(first.take(device.path(), s_patience)), asInt(Outcome::Held));
+    EXPECT_EQ(asInt(first.take(device.path(), patience)), asInt(Outcome::Held));
+    EXPECT_EQ(asInt(second.take(device.path(), patience)), asInt(Outcome::HeldByAnother));
+    EXPECT_EQ(asInt(first.take(device.path(), patience)), asInt(Outcome::Held));
     first.release();
-    EXPECT_EQ(asInt(second.take(device.path(), s_patience)), asInt(Outcome::Held));
+    EXPECT_EQ(asInt(second.take(device.path(), patience)), asInt(Outcome::Held));
 }
 
 TEST(DeviceClaim, honoursExclusiveUseAndFileLocksOfOthers)
@@ -49,22 +53,22 @@ TEST(DeviceClaim, honoursExclusiveUseAndFileLocksOfOthers)
     ASSERT_GE(other, 0);
     QProcess program;
     program.setStandardInputFile(device.path());
-    program.start(QStringLiteral("sleep"), {QStringLiteral("infinity")});
+    program.start(u"sleep"_s, {u"infinity"_s});
     ASSERT_TRUE(program.waitForStarted(hangMs));
     DeviceClaim claim;
     ASSERT_EQ(::ioctl(other, TIOCEXCL), 0);
-    EXPECT_EQ(asInt(claim.take(device.path(), s_patience)), asInt(Outcome::HeldByAnother));
+    EXPECT_EQ(asInt(claim.take(device.path(), patience)), asInt(Outcome::HeldByAnother));
     program.kill();
     program.waitForFinished(hangMs);
     // What a killed program left behind holds nobody up.
-    EXPECT_EQ(asInt(claim.take(device.path(), s_patience)),
+    EXPECT_EQ(asInt(claim.take(device.path(), patience)),
               asInt(::geteuid() == 0 ? Outcome::Held : Outcome::HeldByAnother));
     claim.release();
     ASSERT_EQ(::ioctl(other, TIOCNXCL), 0);
     ASSERT_EQ(::flock(other, LOCK_EX), 0);
-    EXPECT_EQ(asInt(claim.take(device.path(), s_patience)), asInt(Outcome::HeldByAnother));
+    EXPECT_EQ(asInt(claim.take(device.path(), patience)), asInt(Outcome::HeldByAnother));
     ASSERT_EQ(::flock(other, LOCK_UN), 0);
-    EXPECT_EQ(asInt(claim.take(device.path(), s_patience)), asInt(Outcome::Held));
+    EXPECT_EQ(asInt(claim.take(device.path(), patience)), asInt(Outcome::Held));
     ::close(other);
 }
 
@@ -85,8 +89,7 @@ TEST(DeviceClaim, tellsWhyADeviceCannotBeHad)
             errno = row.error;
             return -1;
         });
-        EXPECT_EQ(asInt(claim.take(QStringLiteral("/dev/x"), s_patience)), asInt(row.outcome))
-            << row.error;
+        EXPECT_EQ(asInt(claim.take(u"/dev/x"_s, patience)), asInt(row.outcome)) << row.error;
         EXPECT_FALSE(claim.errorText().isEmpty());
     }
 }
@@ -104,15 +107,15 @@ TEST(DeviceClaim, aDriverThatDoesNotComeBackCostsNoMoreThanTheLimitAndOnlyOneAtt
         return ::open("/dev/null", O_RDWR | O_CLOEXEC);
     });
     // The driver comes back behind both, so neither has waited for it.
-    EXPECT_EQ(asInt(claim.take(QStringLiteral("/dev/x"), 50)), asInt(Outcome::Stuck));
-    EXPECT_EQ(asInt(claim.take(QStringLiteral("/dev/x"), s_patience)), asInt(Outcome::Stuck));
+    EXPECT_EQ(asInt(claim.take(u"/dev/x"_s, 50)), asInt(Outcome::Stuck));
+    EXPECT_EQ(asInt(claim.take(u"/dev/x"_s, patience)), asInt(Outcome::Stuck));
     EXPECT_EQ(*attempts, 1);
 
     back->release();
     over->acquire();
     Outcome outcome = Outcome::Stuck;
     EXPECT_TRUE(waitUntil([&] {
-        outcome = claim.take(QStringLiteral("/dev/x"), s_patience);
+        outcome = claim.take(u"/dev/x"_s, patience);
         return outcome != Outcome::Stuck;
     }));
     EXPECT_EQ(asInt(outcome), asInt(Outcome::Held));
@@ -125,15 +128,17 @@ TEST(DeviceClaim, theProgramThatHasADeviceOpenIsNamed)
     EXPECT_FALSE(SerialDevices::openerOf(device.path()));
     QProcess other;
     other.setStandardInputFile(device.path());
-    other.start(QStringLiteral("sleep"), {QStringLiteral("infinity")});
+    other.start(u"sleep"_s, {u"infinity"_s});
     ASSERT_TRUE(other.waitForStarted(hangMs));
     const auto holder = SerialDevices::openerOf(device.path());
     ASSERT_TRUE(holder);
     EXPECT_EQ(holder->pid, other.processId());
-    EXPECT_EQ(holder->name, QStringLiteral("sleep"));
+    EXPECT_EQ(holder->name, u"sleep"_s);
     other.kill();
     other.waitForFinished(hangMs);
     EXPECT_FALSE(SerialDevices::openerOf(device.path()));
 }
 
 } // namespace
+
+} // namespace norvane

@@ -17,6 +17,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qint64 maxSize = 100;
@@ -81,8 +85,8 @@ protected:
     static std::string text(const QByteArray &bytes) { return bytes.toStdString(); }
 
     QTemporaryDir m_folder;
-    const QString m_file = m_folder.filePath(QStringLiteral("engine.log"));
-    const QString m_older = m_file + QStringLiteral(".1");
+    const QString m_file = m_folder.filePath(u"engine.log"_s);
+    const QString m_older = m_file + u".1"_s;
     const Handle m_handle{m_file};
     LogOutput m_output{m_handle.number(), m_file, maxSize};
 };
@@ -212,7 +216,7 @@ TEST_F(LogFile, goesOnWhenTheDiskHasRoomAgain)
 
 TEST_F(LogFile, isEmptiedWhereItCannotBeSetAside)
 {
-    ASSERT_TRUE(QDir().mkpath(m_older + QStringLiteral("/in the way")));
+    ASSERT_TRUE(QDir().mkpath(m_older + u"/in the way"_s));
     for (const char letter : {'a', 'b', 'c'})
         m_output.write(line(letter));
     EXPECT_EQ(log(), text(line('c')));
@@ -235,14 +239,14 @@ TEST_F(LogFile, isEmptiedWhereNoNewOneCanBeMade)
 
 TEST_F(LogFile, ofAnotherNameIsNotTouched)
 {
-    const QString otherFile = m_folder.filePath(QStringLiteral("my.log"));
+    const QString otherFile = m_folder.filePath(u"my.log"_s);
     const Handle handle(otherFile);
     LogOutput output(handle.number(), m_file, maxSize);
     for (int i = 0; i < 5; ++i)
         output.write(line('a'));
     EXPECT_EQ(QFileInfo(otherFile).size(), 200);
     EXPECT_EQ(log(), std::string());
-    EXPECT_FALSE(QFile::exists(otherFile + QStringLiteral(".1")));
+    EXPECT_FALSE(QFile::exists(otherFile + u".1"_s));
 }
 
 TEST_F(LogFile, whatIsNoFileIsJustWrittenTo)
@@ -260,3 +264,5 @@ TEST_F(LogFile, whatIsNoFileIsJustWrittenTo)
 }
 
 } // namespace
+
+} // namespace norvane

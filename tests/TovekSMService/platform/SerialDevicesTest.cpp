@@ -15,6 +15,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void writeLock(const QTemporaryDir &folder, const char *name, const QByteArray &content)
@@ -26,8 +30,8 @@ void writeLock(const QTemporaryDir &folder, const char *name, const QByteArray &
 
 TEST(SerialDevices, countsThePlatformsPortsFromOne)
 {
-    EXPECT_EQ(SerialDevices::pathOfPort(1), QStringLiteral("/dev/ttyS0"));
-    EXPECT_EQ(SerialDevices::pathOfPort(3), QStringLiteral("/dev/ttyS2"));
+    EXPECT_EQ(SerialDevices::pathOfPort(1), u"/dev/ttyS0"_s);
+    EXPECT_EQ(SerialDevices::pathOfPort(3), u"/dev/ttyS2"_s);
 }
 
 TEST(SerialDevices, knowsATerminalFromOtherThings)
@@ -37,13 +41,13 @@ TEST(SerialDevices, knowsATerminalFromOtherThings)
     EXPECT_TRUE(SerialDevices::mayUse(device.path()));
     for (const char *other : {"/dev/null", "/dev", "/etc/passwd", "/nowhere", ""})
         EXPECT_FALSE(SerialDevices::isTerminalDevice(QString::fromLatin1(other))) << other;
-    EXPECT_FALSE(SerialDevices::mayUse(QStringLiteral("/nowhere")));
+    EXPECT_FALSE(SerialDevices::mayUse(u"/nowhere"_s));
 }
 
 TEST(SerialDevices, readsTheHolderFromALockFile)
 {
     QProcess program;
-    program.start(QStringLiteral("cat"), {});
+    program.start(u"cat"_s, {});
     ASSERT_TRUE(program.waitForStarted(hangMs));
     const QByteArray pid = QByteArray::number(program.processId());
     const struct
@@ -79,7 +83,7 @@ TEST(SerialDevices, readsTheHolderFromALockFile)
             << row.file << ' ' << row.content.left(20).toStdString();
         if (holder) {
             EXPECT_EQ(holder->pid, program.processId());
-            EXPECT_EQ(holder->name, QStringLiteral("cat"));
+            EXPECT_EQ(holder->name, u"cat"_s);
         }
     }
 
@@ -87,22 +91,22 @@ TEST(SerialDevices, readsTheHolderFromALockFile)
     writeLock(folder, "LCK..ttyUSB0", pid);
     program.closeWriteChannel();
     ASSERT_TRUE(program.waitForFinished(hangMs));
-    EXPECT_FALSE(SerialDevices::holderOf(QStringLiteral("/dev/ttyUSB0"), {folder.path()}));
-    EXPECT_FALSE(SerialDevices::holderOf(QStringLiteral("/dev/ttyUSB0"), {}));
+    EXPECT_FALSE(SerialDevices::holderOf(u"/dev/ttyUSB0"_s, {folder.path()}));
+    EXPECT_FALSE(SerialDevices::holderOf(u"/dev/ttyUSB0"_s, {}));
 }
 
 TEST(SerialDevices, aLockOlderThanTheProcessOfItsNumberIsADeadOnes)
 {
     QProcess program;
-    program.start(QStringLiteral("cat"), {});
+    program.start(u"cat"_s, {});
     ASSERT_TRUE(program.waitForStarted(hangMs));
     const QTemporaryDir folder;
-    const QString device = QStringLiteral("/dev/ttyUSB0");
+    const QString device = u"/dev/ttyUSB0"_s;
     writeLock(folder, "LCK..ttyUSB0", QByteArray::number(program.processId()));
     SerialDevices::removeDeadLocks(device, {folder.path()});
     ASSERT_TRUE(SerialDevices::holderOf(device, {folder.path()}));
 
-    QFile lock(folder.filePath(QStringLiteral("LCK..ttyUSB0")));
+    QFile lock(folder.filePath(u"LCK..ttyUSB0"_s));
     ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
     const QDateTime before = QDateTime::currentDateTime().addSecs(-60);
     ASSERT_TRUE(lock.setFileTime(before, QFileDevice::FileModificationTime));
@@ -117,25 +121,24 @@ TEST(SerialDevices, listsThePortsByTheirNamesFirstAndEachDeviceOnce)
 {
     const QTemporaryDir folder;
     const QDir dev(folder.path());
-    ASSERT_TRUE(dev.mkpath(QStringLiteral("serial/by-id")));
+    ASSERT_TRUE(dev.mkpath(u"serial/by-id"_s));
     for (const char *const name :
          {"ttyS0", "ttyS1", "ttyUSB0", "ttyUSB1", "ttyACM0", "rfcomm0", "tty1", "null"})
         ASSERT_TRUE(QFile(dev.filePath(QLatin1String(name))).open(QIODevice::WriteOnly));
-    const QString link = dev.filePath(QStringLiteral("serial/by-id/usb-modem"));
-    ASSERT_TRUE(QFile::link(dev.filePath(QStringLiteral("ttyUSB1")), link));
-    ASSERT_TRUE(QFile::link(QStringLiteral("/nowhere"),
-                            dev.filePath(QStringLiteral("serial/by-id/usb-gone"))));
+    const QString link = dev.filePath(u"serial/by-id/usb-modem"_s);
+    ASSERT_TRUE(QFile::link(dev.filePath(u"ttyUSB1"_s), link));
+    ASSERT_TRUE(QFile::link(u"/nowhere"_s, dev.filePath(u"serial/by-id/usb-gone"_s)));
     QStringList expected = {link};
     for (const char *const name : {"ttyUSB0", "ttyACM0", "rfcomm0", "ttyS0", "ttyS1"})
         expected << dev.filePath(QLatin1String(name));
     EXPECT_EQ(SerialDevices::serialPorts(folder.path()), expected);
-    EXPECT_TRUE(SerialDevices::serialPorts(QStringLiteral("/nowhere")).isEmpty());
+    EXPECT_TRUE(SerialDevices::serialPorts(u"/nowhere"_s).isEmpty());
 }
 
 TEST(SerialDevices, tellsADeviceFromALaterOneOfTheSamePath)
 {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("ttyUSB0"));
+    const QString path = folder.filePath(u"ttyUSB0"_s);
     EXPECT_EQ(SerialDevices::nodeOf(path), 0u);
     ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
     const quint64 node = SerialDevices::nodeOf(path);
@@ -147,9 +150,8 @@ TEST(SerialDevices, tellsADeviceFromALaterOneOfTheSamePath)
 
 TEST(SerialDevices, describesAHolder)
 {
-    EXPECT_EQ(SerialDevices::describe({12, QStringLiteral("minicom")}),
-              QStringLiteral("minicom (12)"));
-    EXPECT_EQ(SerialDevices::describe({12, {}}), QStringLiteral("12"));
+    EXPECT_EQ(SerialDevices::describe({12, u"minicom"_s}), u"minicom (12)"_s);
+    EXPECT_EQ(SerialDevices::describe({12, {}}), u"12"_s);
 }
 
 TEST(SerialDevices, knowsWhetherADeviceIsStillThere)
@@ -166,3 +168,5 @@ TEST(SerialDevices, knowsWhetherADeviceIsStillThere)
 }
 
 } // namespace
+
+} // namespace norvane

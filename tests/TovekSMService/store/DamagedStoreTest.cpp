@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DamagedStoreFiles : public testing::Test
@@ -61,15 +65,15 @@ TEST_F(DamagedStoreFiles, aSecondOneInTheSameSecondTakesNothingsPlace)
 
 TEST_F(DamagedStoreFiles, itIsToldUntilItWasHeard)
 {
-    EXPECT_FALSE(DamagedStore::unheard(m_folder.path()));
+    EXPECT_FALSE(DamagedStore::unacknowledged(m_folder.path()));
     write("queue.sqlite", "main");
     EXPECT_TRUE(setAside("page 7"));
-    const QString told = DamagedStore::unheard(m_folder.path()).value_or(QString());
-    EXPECT_TRUE(told.contains(QLatin1String("page 7")));
-    EXPECT_TRUE(told.contains(QLatin1String("queue.sqlite.damaged-20260501T090807")));
-    EXPECT_EQ(DamagedStore::unheard(m_folder.path()), told);
-    DamagedStore::markHeard(m_folder.path());
-    EXPECT_FALSE(DamagedStore::unheard(m_folder.path()));
+    const QString told = DamagedStore::unacknowledged(m_folder.path()).value_or(QString());
+    EXPECT_TRUE(told.contains("page 7"_L1));
+    EXPECT_TRUE(told.contains("queue.sqlite.damaged-20260501T090807"_L1));
+    EXPECT_EQ(DamagedStore::unacknowledged(m_folder.path()), told);
+    DamagedStore::markAcknowledged(m_folder.path());
+    EXPECT_FALSE(DamagedStore::unacknowledged(m_folder.path()));
 }
 
 TEST_F(DamagedStoreFiles, aSecondOneDoesNotHideTheFirst)
@@ -78,9 +82,9 @@ TEST_F(DamagedStoreFiles, aSecondOneDoesNotHideTheFirst)
     EXPECT_TRUE(setAside("page 7"));
     write("queue.sqlite", "second");
     EXPECT_TRUE(setAside("page 9"));
-    const QString told = DamagedStore::unheard(m_folder.path()).value_or(QString());
-    EXPECT_TRUE(told.contains(QLatin1String("page 7")));
-    EXPECT_TRUE(told.contains(QLatin1String("page 9")));
+    const QString told = DamagedStore::unacknowledged(m_folder.path()).value_or(QString());
+    EXPECT_TRUE(told.contains("page 7"_L1));
+    EXPECT_TRUE(told.contains("page 9"_L1));
 }
 
 TEST_F(DamagedStoreFiles, aMoveThatWasCutShortIsFinishedBeforeTheStoreIsOpened)
@@ -96,7 +100,7 @@ TEST_F(DamagedStoreFiles, aMoveThatWasCutShortIsFinishedBeforeTheStoreIsOpened)
             ASSERT_TRUE(QFile::rename(kept, path("queue.sqlite")));
         }
         if (moved < 2) {
-            ASSERT_TRUE(QFile::rename(kept + QStringLiteral("-shm"), path("queue.sqlite-shm")));
+            ASSERT_TRUE(QFile::rename(kept + u"-shm"_s, path("queue.sqlite-shm")));
         }
         DamagedStore::finishMove(path("queue.sqlite"));
         EXPECT_FALSE(QFile::exists(path("queue.sqlite"))) << moved;
@@ -116,9 +120,11 @@ TEST_F(DamagedStoreFiles, aMoveThatWasCutShortIsFinishedBeforeTheStoreIsOpened)
 TEST_F(DamagedStoreFiles, nothingMovesWhereTheLossCannotBeNoted)
 {
     write("queue.sqlite", "main");
-    ASSERT_TRUE(QDir(m_folder.path()).mkdir(QStringLiteral("damaged.note")));
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"damaged.note"_s));
     EXPECT_FALSE(setAside());
-    EXPECT_EQ(names(), QStringList{QStringLiteral("queue.sqlite")});
+    EXPECT_EQ(names(), QStringList{u"queue.sqlite"_s});
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,18 +7,22 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString prefix()
 {
-    return QStringLiteral("other-");
+    return u"other-"_s;
 }
 
 } // namespace
 
 OtherConnection::OtherConnection(const QString &file)
     : m_name(prefix() + QUuid::createUuid().toString()),
-      m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name))
+      m_database(QSqlDatabase::addDatabase(u"QSQLITE"_s, m_name))
 {
     m_database.setDatabaseName(file);
     EXPECT_TRUE(m_database.open());
@@ -59,21 +63,21 @@ QVariant OtherConnection::value(const QString &query)
 
 void OtherConnection::lock()
 {
-    run(QStringLiteral("BEGIN IMMEDIATE"));
+    run(u"BEGIN IMMEDIATE"_s);
 }
 
 void OtherConnection::unlock()
 {
-    run(QStringLiteral("ROLLBACK"));
+    run(u"ROLLBACK"_s);
 }
 
 QList<QVariantList> OtherConnection::contents()
 {
     QList<QVariantList> all;
     for (const QVariantList &table :
-         rows(QStringLiteral("SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT "
-                             "LIKE 'sqlite_%' ORDER BY name")))
-        all += rows(QStringLiteral("SELECT '%1', * FROM %1").arg(table.constFirst().toString()));
+         rows(u"SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT "
+              "LIKE 'sqlite_%' ORDER BY name"_s))
+        all += rows(u"SELECT '%1', * FROM %1"_s.arg(table.constFirst().toString()));
     return all;
 }
 
@@ -95,10 +99,12 @@ void runOnStoreConnection(const QString &file, const QString &statement)
 void fillDisk(const QString &file)
 {
     // A limit below the present size is taken as the present size.
-    runOnStoreConnection(file, QStringLiteral("PRAGMA max_page_count = 1"));
+    runOnStoreConnection(file, u"PRAGMA max_page_count = 1"_s);
 }
 
 void freeDisk(const QString &file)
 {
-    runOnStoreConnection(file, QStringLiteral("PRAGMA max_page_count = 1000000"));
+    runOnStoreConnection(file, u"PRAGMA max_page_count = 1000000"_s);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QSqlDatabase>
 #include <QVariant>
 
+namespace norvane {
+
 /// A second connection to a store's file, as another program would have one: to look at what is on
 /// disk, to hold the lock for writing, and to prepare files.
 class OtherConnection
@@ -39,3 +41,5 @@ void runOnStoreConnection(const QString &file, const QString &statement);
 /// Lets the store's file grow no further, as if the disk were full, and lets it grow again.
 void fillDisk(const QString &file);
 void freeDisk(const QString &file);
+
+} // namespace norvane

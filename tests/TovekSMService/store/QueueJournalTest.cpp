@@ -4,6 +4,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QList<qint64> sorted(std::optional<QList<qint64>> ids)
@@ -52,7 +56,7 @@ TEST(QueueJournalTest, theOldestNotesAreForgottenFirst)
     journal.note({0});
     const quint64 second = journal.revision();
     QList<qint64> many;
-    for (qint64 id = 1; id <= QueueJournal::MostNotes; ++id)
+    for (qint64 id = 1; id <= QueueJournal::maxNotes; ++id)
         many.append(id);
     journal.note(many);
     EXPECT_FALSE(journal.since(start));
@@ -67,7 +71,7 @@ TEST(QueueJournalTest, moreThanItCanKeepIsAChangeOfEverything)
 {
     QueueJournal journal;
     const quint64 start = journal.revision();
-    journal.note(QList<qint64>(QueueJournal::MostNotes + 1, 5));
+    journal.note(QList<qint64>(QueueJournal::maxNotes + 1, 5));
     EXPECT_FALSE(journal.since(start));
     EXPECT_TRUE(sorted(journal.since(journal.revision())).isEmpty());
 }
@@ -90,8 +94,7 @@ TEST_F(StoreJournalTest, messagesThatComeAreNoted)
     const qint64 first = add(noon());
     EXPECT_EQ(noted(), QList<qint64>{first});
     mark();
-    m_store->add({{QStringLiteral("1"), {}}, {QStringLiteral("2"), {}}, {QStringLiteral("3"), {}}},
-                 noon());
+    m_store->add({{u"1"_s, {}}, {u"2"_s, {}}, {u"3"_s, {}}}, noon());
     EXPECT_EQ(noted(), (QList<qint64>{first + 1, first + 2, first + 3}));
     mark();
     m_store->add({}, noon());
@@ -104,7 +107,7 @@ TEST_F(StoreJournalTest, editsDeletionsPostponementsAndOutcomesAreNoted)
     const qint64 two = add(noon());
     const qint64 three = add(noon());
     mark();
-    m_store->update({{noon(), QStringLiteral("9"), QStringLiteral("x"), one}}, {two});
+    m_store->update({{noon(), u"9"_s, u"x"_s, one}}, {two});
     EXPECT_EQ(noted(), (QList<qint64>{one, two}));
     mark();
     m_store->postpone(three, 1, noon());
@@ -137,11 +140,13 @@ TEST_F(StoreJournalTest, aClearedQueueAndAnotherFileAreChangesOfEverything)
 
 TEST_F(StoreJournalTest, rowsAreGivenByTheirIdsWhereTheyAreStillThere)
 {
-    const qint64 one = add(noon(), QStringLiteral("1"));
-    const qint64 two = add(noon(), QStringLiteral("2"));
+    const qint64 one = add(noon(), u"1"_s);
+    const qint64 two = add(noon(), u"2"_s);
     m_store->update({}, {one});
     const QList<QueueRow> rows = m_store->rows({one, two, 999});
-    EXPECT_EQ(rows, (QList{QueueRow{noon(), QStringLiteral("2"), QStringLiteral("text"), two}}));
+    EXPECT_EQ(rows, (QList{QueueRow{noon(), u"2"_s, u"text"_s, two}}));
 }
 
 } // namespace
+
+} // namespace norvane

@@ -7,6 +7,10 @@
 
 #include <functional>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Kind = StoreFailure::Kind;
@@ -80,7 +84,7 @@ TEST_P(StoreWriting, failsWhereWritingIsForbidden)
 {
     OtherConnection other(file());
     const QList<QVariantList> before = other.contents();
-    runOnStoreConnection(file(), QStringLiteral("PRAGMA query_only = ON"));
+    runOnStoreConnection(file(), u"PRAGMA query_only = ON"_s);
     EXPECT_EQ(failureOf([this] { GetParam().operation(*m_store, m_id); }), Kind::ReadOnly);
     EXPECT_EQ(other.contents(), before);
 }
@@ -95,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
         Writing{"clear", [](Store &store, qint64) { store.clear(); }},
         Writing{"change",
                 [](Store &store, qint64 id) {
-                    store.update({{{}, QStringLiteral("new"), {}, id}}, {});
+                    store.update({{{}, u"new"_s, {}, id}}, {});
                 }},
         Writing{"remove", [](Store &store, qint64 id) { store.update({}, {id}); }},
         Writing{"beginPart", [](Store &store, qint64 id) { store.beginPart(id, 1, "hash"); }},
@@ -124,8 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
         Writing{"setToRun", [](Store &store, qint64) { store.setToRun(true); }},
         Writing{"setPinHistory",
                 [](Store &store, qint64) {
-                    store.setPinHistory(QStringLiteral("sim"), QStringLiteral("1234"),
-                                        PinHistory::Tried, noon());
+                    store.setPinHistory(u"sim"_s, u"1234"_s, PinHistory::Tried, noon());
                 }}),
     [](const auto &writing) { return std::string(writing.param.name); });
 
@@ -137,18 +140,18 @@ TEST_F(StoreTrouble, readingGoesOnWhileAnotherHasTheLock)
     EXPECT_EQ(m_store->rows().size(), 1);
     EXPECT_TRUE(m_store->first());
     EXPECT_EQ(m_store->firstDue(), noon());
-    EXPECT_EQ(m_store->deviceSettings().Parameter, QStringLiteral("COM1, 9600"));
+    EXPECT_EQ(m_store->deviceSettings().Parameter, u"COM1, 9600"_s);
     EXPECT_TRUE(m_store->unreportedFailures().isEmpty());
 }
 
 TEST_F(StoreTrouble, aFullDiskTakesNoMessageAndWorkGoesOnWhenThereIsRoom)
 {
-    add(noon(), QStringLiteral("there"));
+    add(noon(), u"there"_s);
     fillDisk(file());
-    const auto addLong = [this] { add(noon(), QStringLiteral("long"), QString(50'000, u'x')); };
+    const auto addLong = [this] { add(noon(), u"long"_s, QString(50'000, u'x')); };
     EXPECT_EQ(failureOf(addLong), Kind::Full);
     EXPECT_EQ(m_store->size(), 1);
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("there")}));
+    EXPECT_EQ(phones(), QStringList({u"there"_s}));
 
     freeDisk(file());
     EXPECT_EQ(failureOf(addLong), std::nullopt);
@@ -159,9 +162,7 @@ TEST_F(StoreTrouble, aListThatDoesNotFitIsNotQueuedInPart)
 {
     fillDisk(file());
     EXPECT_EQ(failureOf([this] {
-                  m_store->add({{QStringLiteral("1"), QStringLiteral("short")},
-                                {QStringLiteral("2"), QString(50'000, u'x')}},
-                               noon());
+                  m_store->add({{u"1"_s, u"short"_s}, {u"2"_s, QString(50'000, u'x')}}, noon());
               }),
               Kind::Full);
     freeDisk(file());
@@ -174,40 +175,39 @@ TEST_F(StoreTrouble, aFailedCommitKeepsNothing)
     // A reader of the old journal kind holds up the commit itself, not the beginning.
     m_store.reset();
     OtherConnection other(file());
-    other.run(QStringLiteral("PRAGMA journal_mode = DELETE"));
-    other.run(QStringLiteral("BEGIN"));
-    other.rows(QStringLiteral("SELECT * FROM message"));
-    QSqlDatabase plain =
-        QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("plain"));
+    other.run(u"PRAGMA journal_mode = DELETE"_s);
+    other.run(u"BEGIN"_s);
+    other.rows(u"SELECT * FROM message"_s);
+    QSqlDatabase plain = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"plain"_s);
     plain.setDatabaseName(file());
-    plain.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=50"));
+    plain.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=50"_s);
     ASSERT_TRUE(plain.open());
     {
         Transaction transaction(plain);
-        execute(plain, QStringLiteral("INSERT INTO setting VALUES ('a', 'b')"));
+        execute(plain, u"INSERT INTO setting VALUES ('a', 'b')"_s);
         EXPECT_EQ(failureOf([&] { transaction.commit(); }), Kind::Busy);
     }
-    other.run(QStringLiteral("COMMIT"));
-    EXPECT_EQ(other.value(QStringLiteral("SELECT COUNT(*) FROM setting")).toInt(), 0);
+    other.run(u"COMMIT"_s);
+    EXPECT_EQ(other.value(u"SELECT COUNT(*) FROM setting"_s).toInt(), 0);
     {
         Transaction transaction(plain);
-        execute(plain, QStringLiteral("INSERT INTO setting VALUES ('a', 'b')"));
+        execute(plain, u"INSERT INTO setting VALUES ('a', 'b')"_s);
         transaction.commit();
     }
-    EXPECT_EQ(other.value(QStringLiteral("SELECT COUNT(*) FROM setting")).toInt(), 1);
+    EXPECT_EQ(other.value(u"SELECT COUNT(*) FROM setting"_s).toInt(), 1);
     plain.close();
     plain = QSqlDatabase();
-    QSqlDatabase::removeDatabase(QStringLiteral("plain"));
+    QSqlDatabase::removeDatabase(u"plain"_s);
 }
 
 TEST_F(StoreTrouble, aStoreOfALaterVersionIsRefusedAndLeftAsItIs)
 {
     m_store.reset();
-    const QString later = m_folder.filePath(QStringLiteral("later.sqlite"));
+    const QString later = m_folder.filePath(u"later.sqlite"_s);
     {
         OtherConnection other(later);
-        other.run(QStringLiteral("CREATE TABLE novelty (a)"));
-        other.run(QStringLiteral("PRAGMA user_version = %1").arg(StoreSchema::Version + 1));
+        other.run(u"CREATE TABLE novelty (a)"_s);
+        other.run(u"PRAGMA user_version = %1"_s.arg(StoreSchema::latestVersion + 1));
     }
     const QByteArray before = bytesOf(later);
     EXPECT_EQ(failureOf([&] { Store store(later); }), Kind::TooNew);
@@ -217,12 +217,12 @@ TEST_F(StoreTrouble, aStoreOfALaterVersionIsRefusedAndLeftAsItIs)
 TEST_F(StoreTrouble, theSchemaVersionIsWritten)
 {
     OtherConnection other(file());
-    EXPECT_EQ(other.value(QStringLiteral("PRAGMA user_version")).toInt(), StoreSchema::Version);
+    EXPECT_EQ(other.value(u"PRAGMA user_version"_s).toInt(), StoreSchema::latestVersion);
 }
 
 TEST_F(StoreTrouble, aFileThatIsNoDatabaseIsRefusedAndLeftAsItIs)
 {
-    const QString other = m_folder.filePath(QStringLiteral("letter.txt"));
+    const QString other = m_folder.filePath(u"letter.txt"_s);
     const QByteArray letter = QByteArray("Dear reader, this is a letter. ").repeated(100);
     write(other, letter);
     EXPECT_EQ(failureOf([&] { Store store(other); }), Kind::Corrupt);
@@ -232,7 +232,7 @@ TEST_F(StoreTrouble, aFileThatIsNoDatabaseIsRefusedAndLeftAsItIs)
 TEST_F(StoreTrouble, aDamagedStoreIsReportedAsSuch)
 {
     for (int i = 0; i < 200; ++i)
-        m_store->add({{QStringLiteral("600"), QString(200, u'x')}}, noon());
+        m_store->add({{u"600"_s, QString(200, u'x')}}, noon());
     m_store.reset();
     QByteArray bytes = bytesOf(file());
     ASSERT_GT(bytes.size(), 20'000);
@@ -248,19 +248,21 @@ TEST_F(StoreTrouble, aDamagedStoreIsReportedAsSuch)
 
 TEST_F(StoreTrouble, aFileThatCannotBeMadeIsRefused)
 {
-    EXPECT_EQ(failureOf([&] { Store store(m_folder.filePath(QStringLiteral("no/such/folder"))); }),
+    EXPECT_EQ(failureOf([&] { Store store(m_folder.filePath(u"no/such/folder"_s)); }),
               Kind::ReadOnly);
 }
 
 TEST_F(StoreTrouble, aStoreIsNotMadeWhileAnotherHasTheLock)
 {
-    const QString locked = m_folder.filePath(QStringLiteral("locked.sqlite"));
+    const QString locked = m_folder.filePath(u"locked.sqlite"_s);
     OtherConnection other(locked);
-    other.run(QStringLiteral("CREATE TABLE something (a)"));
-    other.run(QStringLiteral("BEGIN EXCLUSIVE"));
+    other.run(u"CREATE TABLE something (a)"_s);
+    other.run(u"BEGIN EXCLUSIVE"_s);
     EXPECT_EQ(failureOf([&] { Store store(locked); }), Kind::Busy);
-    other.run(QStringLiteral("ROLLBACK"));
+    other.run(u"ROLLBACK"_s);
     EXPECT_EQ(failureOf([&] { Store store(locked); }), std::nullopt);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -10,13 +10,17 @@
 
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// A store in a folder of its own.
 class StoreFixture : public testing::Test
 {
 protected:
     StoreFixture() { reopen(); }
 
-    QString file() const { return m_folder.filePath(QStringLiteral("queue.sqlite")); }
+    QString file() const { return m_folder.filePath(u"queue.sqlite"_s); }
 
     void reopen()
     {
@@ -26,12 +30,12 @@ protected:
 
     /// Queues one message.
     /// @return its id
-    qint64 add(const QString &date, const QString &phone = QStringLiteral("600"),
-               const QString &text = QStringLiteral("text"))
+    qint64 add(const QString &date, const QString &phone = u"600"_s,
+               const QString &text = u"text"_s)
     {
         m_store->add({{phone, text}}, date);
         OtherConnection other(file());
-        return other.value(QStringLiteral("SELECT MAX(id) FROM message")).toLongLong();
+        return other.value(u"SELECT MAX(id) FROM message"_s).toLongLong();
     }
 
     QStringList phones() const
@@ -46,9 +50,8 @@ protected:
     QVariant stored(qint64 id, const char *column) const
     {
         OtherConnection other(file());
-        return other.value(QStringLiteral("SELECT %1 FROM message WHERE id = %2")
-                               .arg(QLatin1String(column))
-                               .arg(id));
+        return other.value(
+            u"SELECT %1 FROM message WHERE id = %2"_s.arg(QLatin1String(column)).arg(id));
     }
 
     QTemporaryDir m_folder;
@@ -57,5 +60,7 @@ protected:
 
 inline QString noon()
 {
-    return QStringLiteral("2024-05-01T12:00:00");
+    return u"2024-05-01T12:00:00"_s;
 }
+
+} // namespace norvane

@@ -1,5 +1,9 @@
 #include "TovekSMService/store/StoreFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StoreLimits : public StoreFixture
@@ -24,7 +28,7 @@ protected:
     {
         QStringList moments;
         for (const QVariantList &row :
-             OtherConnection(file()).rows(QStringLiteral("SELECT at FROM outcome ORDER BY at")))
+             OtherConnection(file()).rows(u"SELECT at FROM outcome ORDER BY at"_s))
             moments << row.constFirst().toString();
         return moments;
     }
@@ -51,10 +55,10 @@ TEST_F(StoreLimits, aPartThatDidNotLeaveIsTakenBackWhereItWasCounted)
 {
     count("2024-05-01T23:59:59");
     count("2024-05-01T23:59:59");
-    m_store->uncountPart(QStringLiteral("2024-05-01T23:59:59"));
+    m_store->uncountPart(u"2024-05-01T23:59:59"_s);
     EXPECT_EQ(counts("2024-05-01T23:59:00"), Counts(1, 1));
-    m_store->uncountPart(QStringLiteral("2024-05-01T23:59:59"));
-    m_store->uncountPart(QStringLiteral("2024-05-01T23:59:59"));
+    m_store->uncountPart(u"2024-05-01T23:59:59"_s);
+    m_store->uncountPart(u"2024-05-01T23:59:59"_s);
     EXPECT_EQ(counts("2024-05-01T23:59:00"), Counts(0, 0));
 }
 
@@ -68,8 +72,8 @@ TEST_F(StoreLimits, aClockSetBackFindsItsDayCountedAndItsMinutesFree)
 TEST_F(StoreLimits, countsOfLongAgoAreForgotten)
 {
     for (int day = 1; day <= 28; ++day)
-        m_store->countPart(QStringLiteral("2024-05-%1T12:00:00").arg(day, 2, 10, QChar(u'0')));
-    EXPECT_EQ(OtherConnection(file()).value(QStringLiteral("SELECT COUNT(*) FROM part_count")), 9);
+        m_store->countPart(u"2024-05-%1T12:00:00"_s.arg(day, 2, 10, QChar(u'0')));
+    EXPECT_EQ(OtherConnection(file()).value(u"SELECT COUNT(*) FROM part_count"_s), 9);
     EXPECT_EQ(counts("2024-05-20T12:00:00").second, 0);
     EXPECT_EQ(counts("2024-05-21T12:00:00").second, 1);
 }
@@ -80,9 +84,9 @@ TEST_F(StoreLimits, oldOutcomesAreForgottenOldestFirstAndAFewAtATime)
     finished("2024-03-01T00:00:00");
     finished("2024-03-02T00:00:00", true, -36);
     finished("2024-03-04T00:00:00");
-    const QString before = QStringLiteral("2024-03-04T00:00:00");
+    const QString before = u"2024-03-04T00:00:00"_s;
     EXPECT_EQ(m_store->pruneOutcomes(before, 2), 2);
-    EXPECT_EQ(outcomes(), QStringList({QStringLiteral("2024-03-03T00:00:00"), before}));
+    EXPECT_EQ(outcomes(), QStringList({u"2024-03-03T00:00:00"_s, before}));
     EXPECT_EQ(m_store->pruneOutcomes(before, 2), 1);
     EXPECT_EQ(m_store->pruneOutcomes(before, 2), 0);
     EXPECT_EQ(outcomes(), QStringList({before}));
@@ -98,15 +102,14 @@ TEST_F(StoreLimits, aFailureThatNobodyHasHeardIsKeptHoweverOld)
 
 TEST_F(StoreLimits, thePlaceInTheQueueMovesAndTheOriginalDateStays)
 {
-    const qint64 id = add(noon(), QStringLiteral("600"));
-    const QString later = QStringLiteral("2024-05-01T13:00:00");
+    const qint64 id = add(noon(), u"600"_s);
+    const QString later = u"2024-05-01T13:00:00"_s;
     m_store->postpone(id, 1, later);
     reopen();
     EXPECT_EQ(m_store->first()->deliveryDate, later);
     EXPECT_EQ(m_store->first()->originalDate, noon());
     m_store->finish(id, 1, 5, later, true);
-    EXPECT_EQ(OtherConnection(file()).value(QStringLiteral("SELECT delivery_date FROM outcome")),
-              noon());
+    EXPECT_EQ(OtherConnection(file()).value(u"SELECT delivery_date FROM outcome"_s), noon());
 }
 
 class StoreTogether : public StoreFixture
@@ -114,19 +117,19 @@ class StoreTogether : public StoreFixture
 
 TEST_F(StoreTogether, severalOperationsAreOneCommit)
 {
-    const qint64 first = add(noon(), QStringLiteral("1"));
-    const qint64 second = add(noon(), QStringLiteral("2"));
+    const qint64 first = add(noon(), u"1"_s);
+    const qint64 second = add(noon(), u"2"_s);
     OtherConnection other(file());
-    const QString seen = QStringLiteral("SELECT (SELECT COUNT(*) FROM outcome) || ' ' || "
-                                        "(SELECT COUNT(*) FROM message WHERE state = 1)");
+    const QString seen = u"SELECT (SELECT COUNT(*) FROM outcome) || ' ' || "
+                         "(SELECT COUNT(*) FROM message WHERE state = 1)"_s;
     m_store->together([&] {
         m_store->finish(first, 1, 1, noon(), true);
         EXPECT_EQ(m_store->first()->id, second);
         m_store->beginPart(second, m_store->nextReference(), "hash");
         m_store->countPart(noon());
-        EXPECT_EQ(other.value(seen), QStringLiteral("0 0"));
+        EXPECT_EQ(other.value(seen), u"0 0"_s);
     });
-    EXPECT_EQ(other.value(seen), QStringLiteral("1 1"));
+    EXPECT_EQ(other.value(seen), u"1 1"_s);
     EXPECT_EQ(m_store->size(), 1);
     reopen();
     EXPECT_EQ(m_store->size(), 1);
@@ -140,18 +143,18 @@ TEST_F(StoreTogether, aFailureUndoesAllOfThemAndTheStoreIsUsedOn)
     const QList<QVariantList> before = other.contents();
     EXPECT_THROW(m_store->together([&] {
         m_store->finish(id, 1, 1, noon(), true);
-        m_store->add({{QStringLiteral("a"), {}}, {QStringLiteral("b"), {}}}, noon());
+        m_store->add({{u"a"_s, {}}, {u"b"_s, {}}}, noon());
         EXPECT_EQ(m_store->size(), 2);
-        throw StoreFailure(StoreFailure::Kind::Other, QStringLiteral("no"));
+        throw StoreFailure(StoreFailure::Kind::Other, u"no"_s);
     }),
                  StoreFailure);
     EXPECT_EQ(other.contents(), before);
     EXPECT_EQ(m_store->size(), 1);
 
     m_store->together([&] { m_store->finish(id, 1, 1, noon(), true); });
-    m_store->add({{QStringLiteral("c"), {}}}, noon());
+    m_store->add({{u"c"_s, {}}}, noon());
     reopen();
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("c")}));
+    EXPECT_EQ(phones(), QStringList({u"c"_s}));
 }
 
 TEST_F(StoreTogether, nothingIsKeptWhileAnotherHasTheLock)
@@ -168,3 +171,5 @@ TEST_F(StoreTogether, nothingIsKeptWhileAnotherHasTheLock)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include "TovekSMService/store/StoreQueries.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int many = 100'000;
@@ -14,9 +18,8 @@ protected:
     {
         QList<SMSList::Entry> list;
         for (int i = 0; i < many; ++i)
-            list.append(
-                {QStringLiteral("waiting"), QStringLiteral("Su pedido %1 está listo.").arg(i)});
-        m_store->add(list, QStringLiteral("2100-01-01T00:00:00"));
+            list.append({u"waiting"_s, u"Su pedido %1 está listo."_s.arg(i)});
+        m_store->add(list, u"2100-01-01T00:00:00"_s);
     }
 };
 
@@ -25,10 +28,10 @@ TEST_F(StoreMany, amongWaitingMessagesTheOneThatIsDueTakesItsWay)
 {
     constexpr int rounds = 100;
     for (int round = 0; round < rounds; ++round) {
-        m_store->add({{QStringLiteral("due"), QStringLiteral("text")}}, noon());
+        m_store->add({{u"due"_s, u"text"_s}}, noon());
         const std::optional<StoredMessage> first = m_store->first();
         ASSERT_TRUE(first);
-        ASSERT_EQ(first->phone, QStringLiteral("due"));
+        ASSERT_EQ(first->phone, u"due"_s);
         m_store->beginPart(first->id, std::nullopt, "hash");
         EXPECT_EQ(m_store->interrupted().size(), 1);
         m_store->cancelPart(first->id);
@@ -41,7 +44,7 @@ TEST_F(StoreMany, amongWaitingMessagesTheOneThatIsDueTakesItsWay)
 TEST(StorePlan, noQueryOfTheDispatcherReadsTheWholeQueue)
 {
     const QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("queue.sqlite"));
+    const QString file = folder.filePath(u"queue.sqlite"_s);
     const Store store(file);
     OtherConnection other(file);
     const struct
@@ -49,33 +52,34 @@ TEST(StorePlan, noQueryOfTheDispatcherReadsTheWholeQueue)
         const char *query;
         const char *index;
     } rows[] = {
-        {StoreQueries::First, "message_by_due"},
-        {StoreQueries::FirstDue, "message_by_due"},
-        {StoreQueries::Interrupted, "message_in_progress"},
-        {StoreQueries::ReleaseBetweenParts, "message_in_progress"},
-        {StoreQueries::BeginPart, "INTEGER PRIMARY KEY"},
-        {StoreQueries::EndPart, "INTEGER PRIMARY KEY"},
-        {StoreQueries::CancelPart, "INTEGER PRIMARY KEY"},
-        {StoreQueries::Postpone, "INTEGER PRIMARY KEY"},
-        {StoreQueries::KeepOutcome, "INTEGER PRIMARY KEY"},
-        {StoreQueries::RemoveMessage, "INTEGER PRIMARY KEY"},
-        {StoreQueries::UnreportedFailures, "outcome_unreported"},
-        {StoreQueries::PruneOutcomes, "outcome_by_time"},
+        {StoreQueries::first, "message_by_due"},
+        {StoreQueries::firstDue, "message_by_due"},
+        {StoreQueries::interrupted, "message_in_progress"},
+        {StoreQueries::releaseBetweenParts, "message_in_progress"},
+        {StoreQueries::beginPart, "INTEGER PRIMARY KEY"},
+        {StoreQueries::endPart, "INTEGER PRIMARY KEY"},
+        {StoreQueries::cancelPart, "INTEGER PRIMARY KEY"},
+        {StoreQueries::postpone, "INTEGER PRIMARY KEY"},
+        {StoreQueries::keepOutcome, "INTEGER PRIMARY KEY"},
+        {StoreQueries::removeMessage, "INTEGER PRIMARY KEY"},
+        {StoreQueries::unreportedFailures, "outcome_unreported"},
+        {StoreQueries::pruneOutcomes, "outcome_by_time"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.query);
         // Values have no part in the plan.
         const QString query = QString::fromLatin1(row.query).replace(u'?', u'0');
         QString plan;
-        for (const QVariantList &step : other.rows(QStringLiteral("EXPLAIN QUERY PLAN ") + query))
+        for (const QVariantList &step : other.rows(u"EXPLAIN QUERY PLAN "_s + query))
             plan += step.constLast().toString() + u'\n';
         EXPECT_TRUE(plan.contains(QLatin1String(row.index))) << plan.toStdString();
         // "SCAN x USING INDEX" walks an index in its order, and ends at the query's limit.
         for (const QString &step : plan.split(u'\n'))
-            EXPECT_FALSE(step.startsWith(QLatin1String("SCAN")) &&
-                         !step.contains(QLatin1String("INDEX")))
+            EXPECT_FALSE(step.startsWith("SCAN"_L1) && !step.contains("INDEX"_L1))
                 << step.toStdString();
     }
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,10 +2,14 @@
 
 #include "TovekSMService/store/StoreSchema.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The tables as the first version of the engine made them.
-const char *const s_version1[] = {
+const char *const version1[] = {
     "CREATE TABLE message (id INTEGER PRIMARY KEY AUTOINCREMENT, delivery_date TEXT NOT NULL,"
     " due TEXT NOT NULL, phone TEXT NOT NULL, text TEXT NOT NULL,"
     " state INTEGER NOT NULL DEFAULT 0, attempts INTEGER NOT NULL DEFAULT 0, reference INTEGER,"
@@ -42,28 +46,26 @@ protected:
     {
         m_store.reset();
         OtherConnection other(oldFile());
-        for (const char *const statement : s_version1)
+        for (const char *const statement : version1)
             other.run(QString::fromLatin1(statement));
     }
 
-    QString oldFile() const { return m_folder.filePath(QStringLiteral("old.sqlite")); }
+    QString oldFile() const { return m_folder.filePath(u"old.sqlite"_s); }
 };
 
 TEST_F(StoreMigration, aFileOfTheFirstVersionKeepsAllThatItHolds)
 {
     const Store store(oldFile());
-    EXPECT_EQ(OtherConnection(oldFile()).value(QStringLiteral("PRAGMA user_version")).toInt(), 2);
+    EXPECT_EQ(OtherConnection(oldFile()).value(u"PRAGMA user_version"_s).toInt(), 2);
     EXPECT_EQ(store.size(), 3);
-    const QList<QueueRow> expected = {
-        {QStringLiteral("tomorrow"), QStringLiteral("601"), QStringLiteral("odd"), 8},
-        {noon(), QStringLiteral("602"), QStringLiteral("leaving"), 9},
-        {QStringLiteral("2024-05-02T00:00:00"), QStringLiteral("600"), QStringLiteral("waiting"),
-         7}};
+    const QList<QueueRow> expected = {{u"tomorrow"_s, u"601"_s, u"odd"_s, 8},
+                                      {noon(), u"602"_s, u"leaving"_s, 9},
+                                      {u"2024-05-02T00:00:00"_s, u"600"_s, u"waiting"_s, 7}};
     EXPECT_EQ(store.rows(), expected);
     EXPECT_TRUE(store.isToRun());
-    EXPECT_EQ(store.deviceSettings().Parameter, QStringLiteral("COM4, 9600"));
+    EXPECT_EQ(store.deviceSettings().Parameter, u"COM4, 9600"_s);
     ASSERT_EQ(store.unreportedFailures().size(), 1);
-    EXPECT_EQ(store.unreportedFailures().constFirst().phone, QStringLiteral("501"));
+    EXPECT_EQ(store.unreportedFailures().constFirst().phone, u"501"_s);
     ASSERT_EQ(store.interrupted().size(), 1);
     const StoredMessage leaving = store.interrupted().constFirst();
     EXPECT_EQ(leaving.id, 9);
@@ -71,17 +73,17 @@ TEST_F(StoreMigration, aFileOfTheFirstVersionKeepsAllThatItHolds)
     EXPECT_EQ(leaving.partsSent, 3);
     EXPECT_EQ(leaving.reference, quint16{77});
     EXPECT_EQ(leaving.originalDate, noon());
-    EXPECT_EQ(store.first()->originalDate, QStringLiteral("tomorrow"));
+    EXPECT_EQ(store.first()->originalDate, u"tomorrow"_s);
 }
 
 TEST_F(StoreMigration, theFileIsThenUsedLikeANewOne)
 {
     Store store(oldFile());
-    store.add({{QStringLiteral("603"), QStringLiteral("new")}}, noon());
+    store.add({{u"603"_s, u"new"_s}}, noon());
     store.finish(9, 1, 1, noon(), true);
     store.countPart(noon());
     EXPECT_EQ(store.partCounts(noon()).inDay, 1);
-    EXPECT_EQ(store.pruneOutcomes(QStringLiteral("2024-05-01T12:00:00"), 10), 1);
+    EXPECT_EQ(store.pruneOutcomes(u"2024-05-01T12:00:00"_s, 10), 1);
     EXPECT_EQ(store.size(), 3);
 }
 
@@ -89,18 +91,18 @@ TEST_F(StoreMigration, aStepThatFailsLeavesTheFileAsItWas)
 {
     // The last statement of the step has no room for its name.
     OtherConnection other(oldFile());
-    other.run(QStringLiteral("CREATE TABLE outcome_by_time (a)"));
+    other.run(u"CREATE TABLE outcome_by_time (a)"_s);
     const QList<QVariantList> before = other.contents();
     EXPECT_THROW(Store store(oldFile()), StoreFailure);
-    EXPECT_EQ(other.value(QStringLiteral("PRAGMA user_version")).toInt(), 1);
+    EXPECT_EQ(other.value(u"PRAGMA user_version"_s).toInt(), 1);
     EXPECT_EQ(other.contents(), before);
     EXPECT_EQ(other
-                  .value(QStringLiteral("SELECT COUNT(*) FROM sqlite_schema "
-                                        "WHERE name = 'part_count'"))
+                  .value(u"SELECT COUNT(*) FROM sqlite_schema "
+                         "WHERE name = 'part_count'"_s)
                   .toInt(),
               0);
 
-    other.run(QStringLiteral("DROP TABLE outcome_by_time"));
+    other.run(u"DROP TABLE outcome_by_time"_s);
     EXPECT_EQ(Store(oldFile()).size(), 3);
 }
 
@@ -108,9 +110,9 @@ TEST_F(StoreMigration, bothWaysLeadToTheSameTables)
 {
     const auto columns = [](const QString &name) {
         OtherConnection other(name);
-        return other.rows(QStringLiteral("SELECT m.name, c.name, c.type, c.\"notnull\" FROM "
-                                         "sqlite_schema m JOIN pragma_table_info(m.name) c "
-                                         "ORDER BY m.name, c.name"));
+        return other.rows(u"SELECT m.name, c.name, c.type, c.\"notnull\" FROM "
+                          "sqlite_schema m JOIN pragma_table_info(m.name) c "
+                          "ORDER BY m.name, c.name"_s);
     };
     const Store migrated(oldFile());
     reopen();
@@ -119,3 +121,5 @@ TEST_F(StoreMigration, bothWaysLeadToTheSameTables)
 }
 
 } // namespace
+
+} // namespace norvane

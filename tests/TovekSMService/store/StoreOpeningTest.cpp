@@ -2,6 +2,10 @@
 
 #include "TovekSMService/store/StoreReader.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StoreOpening : public StoreFixture
@@ -9,7 +13,7 @@ class StoreOpening : public StoreFixture
 
 TEST_F(StoreOpening, aStoreThatIsNotOpenFailsInEveryOperationAndOpensLater)
 {
-    add(QStringLiteral("2026-01-01T00:00:00"));
+    add(u"2026-01-01T00:00:00"_s);
     Store store(file(), Store::Opening::Later);
     EXPECT_EQ(store.access(), Store::Access::None);
     EXPECT_EQ(store.size(), 0);
@@ -17,7 +21,7 @@ TEST_F(StoreOpening, aStoreThatIsNotOpenFailsInEveryOperationAndOpensLater)
     EXPECT_THROW(store.firstDue(), StoreFailure);
     EXPECT_THROW(store.isToRun(), StoreFailure);
     EXPECT_THROW(store.setToRun(true), StoreFailure);
-    EXPECT_THROW(store.add({{QStringLiteral("1"), QString()}}, QString()), StoreFailure);
+    EXPECT_THROW(store.add({{u"1"_s, QString()}}, QString()), StoreFailure);
     store.open();
     EXPECT_EQ(store.access(), Store::Access::Whole);
     EXPECT_EQ(store.size(), 1);
@@ -46,7 +50,7 @@ TEST_F(StoreOpening, whatIsNoDatabaseIsNotOpenedForReadingEither)
 TEST_F(StoreOpening, damageBehindASoundHeaderIsSeenAtOnce)
 {
     for (int number = 0; number < 200; ++number)
-        add(QStringLiteral("2026-01-01T00:00:00"), QStringLiteral("600"), QString(100, u't'));
+        add(u"2026-01-01T00:00:00"_s, u"600"_s, QString(100, u't'));
     m_store.reset();
     QFile damaged(file());
     ASSERT_TRUE(damaged.open(QIODevice::ReadWrite));
@@ -74,22 +78,24 @@ TEST_F(StoreOpening, theLastFailureIsTheNewestAmongTheOutcomes)
     const std::optional<LastFailure> failure = m_store->lastFailure();
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, -39);
-    EXPECT_EQ(failure->at, QStringLiteral("2026-01-01T00:00:02"));
+    EXPECT_EQ(failure->at, u"2026-01-01T00:00:02"_s);
 }
 
 TEST_F(StoreOpening, aReaderMakesNoFileAndChangesNone)
 {
-    EXPECT_THROW(StoreReader(file() + QStringLiteral("-missing")), StoreFailure);
-    EXPECT_FALSE(QFile::exists(file() + QStringLiteral("-missing")));
+    EXPECT_THROW(StoreReader(file() + u"-missing"_s), StoreFailure);
+    EXPECT_FALSE(QFile::exists(file() + u"-missing"_s));
     m_store.reset();
-    OtherConnection(file()).run(QStringLiteral("PRAGMA user_version = 1"));
+    OtherConnection(file()).run(u"PRAGMA user_version = 1"_s);
     try {
         const StoreReader reader(file());
         ADD_FAILURE() << "an earlier version was read";
     } catch (const StoreFailure &failure) {
-        EXPECT_TRUE(failure.text().contains(QLatin1String("still has the schema version 1")));
+        EXPECT_TRUE(failure.text().contains("still has the schema version 1"_L1));
     }
-    EXPECT_EQ(OtherConnection(file()).value(QStringLiteral("PRAGMA user_version")).toInt(), 1);
+    EXPECT_EQ(OtherConnection(file()).value(u"PRAGMA user_version"_s).toInt(), 1);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <sys/stat.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StoreQueue : public StoreFixture
@@ -11,7 +15,7 @@ class StoreQueue : public StoreFixture
 
 QueueRow row(qint64 id, const QString &phone, const QString &text)
 {
-    return {QStringLiteral("1999-01-01T00:00:00"), phone, text, id};
+    return {u"1999-01-01T00:00:00"_s, phone, text, id};
 }
 
 TEST_F(StoreQueue, newStoreIsEmpty)
@@ -24,23 +28,22 @@ TEST_F(StoreQueue, newStoreIsEmpty)
 
 TEST_F(StoreQueue, queuedMessagesSurviveReopening)
 {
-    const qint64 id = add(noon(), QStringLiteral("+34600111222"), QStringLiteral("Olá \"ação\" €"));
+    const qint64 id = add(noon(), u"+34600111222"_s, u"Olá \"ação\" €"_s);
     reopen();
     EXPECT_EQ(m_store->size(), 1);
-    EXPECT_EQ(m_store->rows(), QList<QueueRow>({{noon(), QStringLiteral("+34600111222"),
-                                                 QStringLiteral("Olá \"ação\" €"), id}}));
+    EXPECT_EQ(m_store->rows(),
+              QList<QueueRow>({{noon(), u"+34600111222"_s, u"Olá \"ação\" €"_s, id}}));
 }
 
 TEST_F(StoreQueue, rowsComeByDateAndThenByQueueing)
 {
-    m_store->add({{QStringLiteral("a"), {}}, {QStringLiteral("b"), {}}},
-                 QStringLiteral("2024-05-02T00:00:00"));
-    add(QStringLiteral("2024-05-01T23:59:59"), QStringLiteral("c"));
-    add(QStringLiteral("2024-05-02T00:00:00"), QStringLiteral("d"));
-    add(QStringLiteral("0999-12-31T23:59:59"), QStringLiteral("e"));
-    EXPECT_EQ(phones().join(QString()), QStringLiteral("ecabd"));
+    m_store->add({{u"a"_s, {}}, {u"b"_s, {}}}, u"2024-05-02T00:00:00"_s);
+    add(u"2024-05-01T23:59:59"_s, u"c"_s);
+    add(u"2024-05-02T00:00:00"_s, u"d"_s);
+    add(u"0999-12-31T23:59:59"_s, u"e"_s);
+    EXPECT_EQ(phones().join(QString()), u"ecabd"_s);
     reopen();
-    EXPECT_EQ(phones().join(QString()), QStringLiteral("ecabd"));
+    EXPECT_EQ(phones().join(QString()), u"ecabd"_s);
 }
 
 TEST_F(StoreQueue, idsAreNeverGivenTwice)
@@ -67,12 +70,12 @@ TEST_F(StoreQueue, nullTextsAreKeptAsEmptyOnes)
 
 TEST_F(StoreQueue, longAndStrangeTextsAreKeptLetterForLetter)
 {
-    const QString odd = QStringLiteral("a\tb\r\n'; DROP TABLE message; -- \U0001F600 \u200D ") +
-                        QString(5000, u'ñ');
-    add(noon(), QStringLiteral("call me"), odd);
+    const QString odd =
+        u"a\tb\r\n'; DROP TABLE message; -- \U0001F600 \u200D "_s + QString(5000, u'ñ');
+    add(noon(), u"call me"_s, odd);
     reopen();
     EXPECT_EQ(m_store->rows().constFirst().message, odd);
-    EXPECT_EQ(m_store->rows().constFirst().phone, QStringLiteral("call me"));
+    EXPECT_EQ(m_store->rows().constFirst().phone, u"call me"_s);
 }
 
 TEST_F(StoreQueue, anEmptyListChangesNothing)
@@ -106,14 +109,13 @@ TEST_F(StoreQueue, aFileWithWiderRightsIsNarrowed)
 TEST_F(StoreQueue, commitsReachTheDiskBeforeTheyReturn)
 {
     OtherConnection other(file());
-    EXPECT_EQ(other.value(QStringLiteral("PRAGMA journal_mode")).toString(), QStringLiteral("wal"));
+    EXPECT_EQ(other.value(u"PRAGMA journal_mode"_s).toString(), u"wal"_s);
     // The setting belongs to the connection, so it is read by having it fail where it isn't FULL.
-    runOnStoreConnection(file(), QStringLiteral("CREATE TEMP TABLE told AS "
-                                                "SELECT synchronous FROM pragma_synchronous"));
-    runOnStoreConnection(file(), QStringLiteral("CREATE TEMP TABLE checked (level INTEGER CHECK "
-                                                "(level = 2))"));
-    runOnStoreConnection(file(),
-                         QStringLiteral("INSERT INTO checked SELECT synchronous FROM told"));
+    runOnStoreConnection(file(), u"CREATE TEMP TABLE told AS "
+                                 "SELECT synchronous FROM pragma_synchronous"_s);
+    runOnStoreConnection(file(), u"CREATE TEMP TABLE checked (level INTEGER CHECK "
+                                 "(level = 2))"_s);
+    runOnStoreConnection(file(), u"INSERT INTO checked SELECT synchronous FROM told"_s);
 }
 
 TEST_F(StoreQueue, clearRemovesAllThatWaits)
@@ -128,37 +130,36 @@ TEST_F(StoreQueue, clearRemovesAllThatWaits)
 
 TEST_F(StoreQueue, clearLeavesTheMessageInProgress)
 {
-    const qint64 leaving = add(noon(), QStringLiteral("leaving"));
-    const qint64 between = add(noon(), QStringLiteral("between"));
-    add(noon(), QStringLiteral("waiting"));
+    const qint64 leaving = add(noon(), u"leaving"_s);
+    const qint64 between = add(noon(), u"between"_s);
+    add(noon(), u"waiting"_s);
     m_store->beginPart(leaving, std::nullopt, {});
     m_store->beginPart(between, 7, {});
     m_store->endPart(between, 1);
     m_store->clear();
     EXPECT_EQ(m_store->size(), 2);
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("leaving"), QStringLiteral("between")}));
+    EXPECT_EQ(phones(), QStringList({u"leaving"_s, u"between"_s}));
 }
 
 TEST_F(StoreQueue, updateChangesPhoneAndTextAndNothingElse)
 {
-    const qint64 id = add(noon(), QStringLiteral("old"), QStringLiteral("old"));
-    add(QStringLiteral("2024-05-01T12:00:01"), QStringLiteral("other"));
-    EXPECT_TRUE(m_store->update({row(id, QStringLiteral("new"), QStringLiteral("words"))}, {}));
+    const qint64 id = add(noon(), u"old"_s, u"old"_s);
+    add(u"2024-05-01T12:00:01"_s, u"other"_s);
+    EXPECT_TRUE(m_store->update({row(id, u"new"_s, u"words"_s)}, {}));
     reopen();
     ASSERT_EQ(m_store->size(), 2);
-    EXPECT_EQ(m_store->rows().at(0),
-              (QueueRow{noon(), QStringLiteral("new"), QStringLiteral("words"), id}));
-    EXPECT_EQ(m_store->rows().at(1).phone, QStringLiteral("other"));
+    EXPECT_EQ(m_store->rows().at(0), (QueueRow{noon(), u"new"_s, u"words"_s, id}));
+    EXPECT_EQ(m_store->rows().at(1).phone, u"other"_s);
 }
 
 TEST_F(StoreQueue, updateRemovesWhatWasDeletedAndLeavesWhatCameSince)
 {
-    const qint64 first = add(noon(), QStringLiteral("first"));
-    const qint64 second = add(noon(), QStringLiteral("second"));
-    add(noon(), QStringLiteral("since"));
+    const qint64 first = add(noon(), u"first"_s);
+    const qint64 second = add(noon(), u"second"_s);
+    add(noon(), u"since"_s);
     EXPECT_TRUE(m_store->update({}, {first, second}));
     EXPECT_EQ(m_store->size(), 1);
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("since")}));
+    EXPECT_EQ(phones(), QStringList({u"since"_s}));
     reopen();
     EXPECT_EQ(m_store->size(), 1);
 }
@@ -167,14 +168,14 @@ TEST_F(StoreQueue, updateNeverTouchesTheMessageInProgress)
 {
     for (const bool isBetweenParts : {false, true}) {
         SCOPED_TRACE(isBetweenParts);
-        const qint64 id = add(noon(), QStringLiteral("600"), QStringLiteral("told"));
+        const qint64 id = add(noon(), u"600"_s, u"told"_s);
         m_store->beginPart(id, 3, {});
         if (isBetweenParts)
             m_store->endPart(id, 1);
-        EXPECT_FALSE(m_store->update({row(id, QStringLiteral("9"), QStringLiteral("new"))}, {}));
+        EXPECT_FALSE(m_store->update({row(id, u"9"_s, u"new"_s)}, {}));
         EXPECT_FALSE(m_store->update({}, {id}));
         EXPECT_EQ(m_store->size(), 1);
-        EXPECT_EQ(m_store->rows().constFirst().phone, QStringLiteral("600"));
+        EXPECT_EQ(m_store->rows().constFirst().phone, u"600"_s);
         EXPECT_EQ(stored(id, "parts_sent").toInt(), isBetweenParts ? 1 : 0);
         EXPECT_EQ(stored(id, "reference").toInt(), 3);
         m_store->finish(id, 1, 1, noon(), true);
@@ -183,13 +184,12 @@ TEST_F(StoreQueue, updateNeverTouchesTheMessageInProgress)
 
 TEST_F(StoreQueue, rowsInTimeAreChangedBesideThoseTooLate)
 {
-    const qint64 late = add(noon(), QStringLiteral("late"));
-    const qint64 gone = add(noon(), QStringLiteral("gone"));
-    const qint64 edited = add(noon(), QStringLiteral("edited"));
+    const qint64 late = add(noon(), u"late"_s);
+    const qint64 gone = add(noon(), u"gone"_s);
+    const qint64 edited = add(noon(), u"edited"_s);
     m_store->beginPart(late, std::nullopt, {});
-    EXPECT_FALSE(
-        m_store->update({row(late, {}, {}), row(edited, QStringLiteral("new"), {})}, {late, gone}));
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("late"), QStringLiteral("new")}));
+    EXPECT_FALSE(m_store->update({row(late, {}, {}), row(edited, u"new"_s, {})}, {late, gone}));
+    EXPECT_EQ(phones(), QStringList({u"late"_s, u"new"_s}));
 }
 
 TEST_F(StoreQueue, messagesThatHaveLeftAreNeitherRevivedNorDeletedInTime)
@@ -198,7 +198,7 @@ TEST_F(StoreQueue, messagesThatHaveLeftAreNeitherRevivedNorDeletedInTime)
         SCOPED_TRACE(code);
         const qint64 id = add(noon());
         m_store->finish(id, code, std::nullopt, noon(), true);
-        EXPECT_FALSE(m_store->update({row(id, QStringLiteral("9"), QStringLiteral("new"))}, {}));
+        EXPECT_FALSE(m_store->update({row(id, u"9"_s, u"new"_s)}, {}));
         EXPECT_FALSE(m_store->update({}, {id}));
         EXPECT_EQ(m_store->size(), 0);
         EXPECT_TRUE(m_store->rows().isEmpty());
@@ -210,25 +210,25 @@ TEST_F(StoreQueue, deletingWhatSomeoneElseDeletedIsInTimeAndChangingItIsNot)
     const qint64 id = add(noon());
     EXPECT_TRUE(m_store->update({}, {id}));
     EXPECT_TRUE(m_store->update({}, {id}));
-    EXPECT_FALSE(m_store->update({row(id, QStringLiteral("9"), {})}, {}));
+    EXPECT_FALSE(m_store->update({row(id, u"9"_s, {})}, {}));
     EXPECT_EQ(m_store->size(), 0);
 }
 
 TEST_F(StoreQueue, aMessageSentInPartBeginsAnewOnlyWhenItSaysSomethingElse)
 {
-    const qint64 id = add(noon(), QStringLiteral("600"), QStringLiteral("told"));
+    const qint64 id = add(noon(), u"600"_s, u"told"_s);
     m_store->beginPart(id, 3, {});
     m_store->endPart(id, 1);
     m_store->postpone(id, 2, noon());
     m_store->releaseBetweenParts();
 
-    EXPECT_TRUE(m_store->update({row(id, QStringLiteral("600"), QStringLiteral("told"))}, {}));
+    EXPECT_TRUE(m_store->update({row(id, u"600"_s, u"told"_s)}, {}));
     std::optional<StoredMessage> message = m_store->first();
     EXPECT_EQ(message->partsSent, 1);
     EXPECT_EQ(message->reference, quint16{3});
     EXPECT_EQ(message->attempts, 2);
 
-    EXPECT_TRUE(m_store->update({row(id, QStringLiteral("601"), QStringLiteral("told"))}, {}));
+    EXPECT_TRUE(m_store->update({row(id, u"601"_s, u"told"_s)}, {}));
     message = m_store->first();
     EXPECT_EQ(message->partsSent, 0);
     EXPECT_FALSE(message->reference);
@@ -241,9 +241,9 @@ class StoreOddDate : public StoreFixture, public testing::WithParamInterface<con
 TEST_P(StoreOddDate, isKeptAsGivenAndGoesBeforeEveryDate)
 {
     const QString date = QString::fromUtf8(GetParam());
-    add(QStringLiteral("0001-01-01T00:00:00"), QStringLiteral("dated"));
-    add(date, QStringLiteral("odd"));
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("odd"), QStringLiteral("dated")}));
+    add(u"0001-01-01T00:00:00"_s, u"dated"_s);
+    add(date, u"odd"_s);
+    EXPECT_EQ(phones(), QStringList({u"odd"_s, u"dated"_s}));
     EXPECT_EQ(m_store->rows().constFirst().deliveryDate, date);
     ASSERT_TRUE(m_store->first());
     EXPECT_TRUE(m_store->first()->dateIsOdd);
@@ -278,3 +278,5 @@ INSTANTIATE_TEST_SUITE_P(Dates, StoreDate,
                                          "9999-12-31T23:59:59"));
 
 } // namespace
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StoreSending : public StoreFixture
@@ -11,25 +15,24 @@ protected:
     {
         OtherConnection other(file());
         return other
-            .rows(QStringLiteral("SELECT delivery_date, phone, text, code, network_reference, at, "
-                                 "reported FROM outcome WHERE message_id = %1")
-                      .arg(message))
+            .rows(u"SELECT delivery_date, phone, text, code, network_reference, at, "
+                  "reported FROM outcome WHERE message_id = %1"_s.arg(message))
             .value(0);
     }
 };
 
 TEST_F(StoreSending, firstIsTheEarliestAndAmongEqualsTheOneQueuedFirst)
 {
-    add(QStringLiteral("2024-05-02T00:00:00"), QStringLiteral("later"));
-    const qint64 id = add(noon(), QStringLiteral("600"), QStringLiteral("words"));
-    add(noon(), QStringLiteral("601"));
+    add(u"2024-05-02T00:00:00"_s, u"later"_s);
+    const qint64 id = add(noon(), u"600"_s, u"words"_s);
+    add(noon(), u"601"_s);
     const std::optional<StoredMessage> first = m_store->first();
     ASSERT_TRUE(first);
     EXPECT_EQ(first->id, id);
     EXPECT_EQ(first->deliveryDate, noon());
     EXPECT_FALSE(first->dateIsOdd);
-    EXPECT_EQ(first->phone, QStringLiteral("600"));
-    EXPECT_EQ(first->text, QStringLiteral("words"));
+    EXPECT_EQ(first->phone, u"600"_s);
+    EXPECT_EQ(first->text, u"words"_s);
     EXPECT_EQ(first->attempts, 0);
     EXPECT_EQ(first->partsSent, 0);
     EXPECT_FALSE(first->reference);
@@ -56,7 +59,7 @@ TEST_F(StoreSending, whatIsInDoubtIsNeverTheOneToGoNext)
     const qint64 id = add(noon());
     m_store->beginPart(id, std::nullopt, {});
     EXPECT_FALSE(m_store->first());
-    const qint64 other = add(QStringLiteral("2024-05-02T00:00:00"));
+    const qint64 other = add(u"2024-05-02T00:00:00"_s);
     ASSERT_TRUE(m_store->first());
     EXPECT_EQ(m_store->first()->id, other);
 }
@@ -73,7 +76,7 @@ TEST_F(StoreSending, aMessageSentInPartStaysInProgressWhileItWaits)
         else
             m_store->cancelPart(id);
         m_store->clear();
-        EXPECT_FALSE(m_store->update({{noon(), QStringLiteral("9"), QString(), id}}, {id}));
+        EXPECT_FALSE(m_store->update({{noon(), u"9"_s, QString(), id}}, {id}));
         EXPECT_EQ(m_store->size(), 1);
         EXPECT_EQ(m_store->first()->partsSent, 1);
     }
@@ -162,16 +165,16 @@ TEST_F(StoreSending, releaseLetsMessagesBetweenPartsWaitAndNotOneThatIsLeaving)
 
 TEST_F(StoreSending, aPostponedMessageGoesBehindTheOthersAndKeepsItsParts)
 {
-    const qint64 id = add(noon(), QStringLiteral("postponed"));
-    add(QStringLiteral("2024-05-01T12:00:30"), QStringLiteral("other"));
+    const qint64 id = add(noon(), u"postponed"_s);
+    add(u"2024-05-01T12:00:30"_s, u"other"_s);
     m_store->beginPart(id, 9, {});
     m_store->endPart(id, 1);
     m_store->beginPart(id, 9, {});
-    m_store->postpone(id, 3, QStringLiteral("2024-05-01T12:00:31"));
+    m_store->postpone(id, 3, u"2024-05-01T12:00:31"_s);
     reopen();
     EXPECT_TRUE(m_store->interrupted().isEmpty());
-    EXPECT_EQ(phones(), QStringList({QStringLiteral("other"), QStringLiteral("postponed")}));
-    EXPECT_EQ(m_store->rows().at(1).deliveryDate, QStringLiteral("2024-05-01T12:00:31"));
+    EXPECT_EQ(phones(), QStringList({u"other"_s, u"postponed"_s}));
+    EXPECT_EQ(m_store->rows().at(1).deliveryDate, u"2024-05-01T12:00:31"_s);
     EXPECT_TRUE(m_store->update({}, {m_store->rows().at(0).id}));
     const std::optional<StoredMessage> first = m_store->first();
     EXPECT_EQ(first->attempts, 3);
@@ -181,16 +184,16 @@ TEST_F(StoreSending, aPostponedMessageGoesBehindTheOthersAndKeepsItsParts)
 
 TEST_F(StoreSending, aMessageThatWasSentLeavesAnOutcome)
 {
-    const qint64 id = add(noon(), QStringLiteral("600"), QStringLiteral("words"));
+    const qint64 id = add(noon(), u"600"_s, u"words"_s);
     add(noon());
     m_store->beginPart(id, std::nullopt, {});
-    m_store->finish(id, 1, 255, QStringLiteral("2024-05-01T12:00:07"), true);
+    m_store->finish(id, 1, 255, u"2024-05-01T12:00:07"_s, true);
     EXPECT_EQ(m_store->size(), 1);
     EXPECT_NE(m_store->first()->id, id);
     reopen();
     EXPECT_EQ(m_store->size(), 1);
-    EXPECT_EQ(outcome(id), QVariantList({noon(), QStringLiteral("600"), QStringLiteral("words"), 1,
-                                         255, QStringLiteral("2024-05-01T12:00:07"), 1}));
+    EXPECT_EQ(outcome(id),
+              QVariantList({noon(), u"600"_s, u"words"_s, 1, 255, u"2024-05-01T12:00:07"_s, 1}));
     EXPECT_TRUE(m_store->unreportedFailures().isEmpty());
 }
 
@@ -204,8 +207,8 @@ TEST_F(StoreSending, finishingWhatIsNotThereChangesNothing)
 
 TEST_F(StoreSending, failuresThatNobodyHeardAreKeptInOrderUntilTheyAreReported)
 {
-    const qint64 second = add(noon(), QStringLiteral("2"), QStringLiteral("b"));
-    const qint64 first = add(noon(), QStringLiteral("1"), QStringLiteral("a"));
+    const qint64 second = add(noon(), u"2"_s, u"b"_s);
+    const qint64 first = add(noon(), u"1"_s, u"a"_s);
     const qint64 heard = add(noon());
     m_store->finish(first, -39, std::nullopt, noon(), false);
     m_store->finish(second, -17, std::nullopt, noon(), false);
@@ -215,10 +218,10 @@ TEST_F(StoreSending, failuresThatNobodyHeardAreKeptInOrderUntilTheyAreReported)
 
     QList<Outcome> failures = m_store->unreportedFailures();
     ASSERT_EQ(failures.size(), 2);
-    EXPECT_EQ(failures.at(0).phone, QStringLiteral("1"));
-    EXPECT_EQ(failures.at(0).text, QStringLiteral("a"));
+    EXPECT_EQ(failures.at(0).phone, u"1"_s);
+    EXPECT_EQ(failures.at(0).text, u"a"_s);
     EXPECT_EQ(failures.at(0).code, -39);
-    EXPECT_EQ(failures.at(1).phone, QStringLiteral("2"));
+    EXPECT_EQ(failures.at(1).phone, u"2"_s);
     EXPECT_EQ(failures.at(1).code, -17);
 
     m_store->markReported({});
@@ -227,7 +230,7 @@ TEST_F(StoreSending, failuresThatNobodyHeardAreKeptInOrderUntilTheyAreReported)
     reopen();
     failures = m_store->unreportedFailures();
     ASSERT_EQ(failures.size(), 1);
-    EXPECT_EQ(failures.constFirst().phone, QStringLiteral("2"));
+    EXPECT_EQ(failures.constFirst().phone, u"2"_s);
 }
 
 TEST_F(StoreSending, referencesCountOnAcrossReopeningAndWrap)
@@ -235,11 +238,13 @@ TEST_F(StoreSending, referencesCountOnAcrossReopeningAndWrap)
     const quint16 first = m_store->nextReference();
     reopen();
     EXPECT_EQ(m_store->nextReference(), first + 1);
-    OtherConnection(file()).run(QStringLiteral(
-        "UPDATE setting SET value = '65534' WHERE name = 'concatenation_reference'"));
+    OtherConnection(file()).run(
+        u"UPDATE setting SET value = '65534' WHERE name = 'concatenation_reference'"_s);
     EXPECT_EQ(m_store->nextReference(), 65535);
     EXPECT_EQ(m_store->nextReference(), 0);
     EXPECT_EQ(m_store->nextReference(), 1);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <limits>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StoreSettings : public StoreFixture
@@ -11,17 +15,17 @@ class StoreSettings : public StoreFixture
 
 QString sim()
 {
-    return QStringLiteral("8934071100275844103");
+    return u"8934071100275844103"_s;
 }
 
 QString pin()
 {
-    return QStringLiteral("73915");
+    return u"73915"_s;
 }
 
 TEST_F(StoreSettings, untilSomeoneSetsAnythingTheyAreWhatTheDeviceDialogProposes)
 {
-    const DeviceSettings proposed = {0, QString(), 1, 1, QStringLiteral("COM1, 9600")};
+    const DeviceSettings proposed = {0, QString(), 1, 1, u"COM1, 9600"_s};
     EXPECT_EQ(m_store->deviceSettings(), proposed);
     EXPECT_FALSE(m_store->isToRun());
 }
@@ -29,9 +33,9 @@ TEST_F(StoreSettings, untilSomeoneSetsAnythingTheyAreWhatTheDeviceDialogProposes
 TEST_F(StoreSettings, areKeptAsTheyCome)
 {
     const DeviceSettings records[] = {
-        {0, QStringLiteral("1234"), 3, 2, QStringLiteral("/dev/rfcomm0, 115200")},
+        {0, u"1234"_s, 3, 2, u"/dev/rfcomm0, 115200"_s},
         {0, QString(), 0, 0, QString()},
-        {std::numeric_limits<qint32>::min(), QStringLiteral("not a PIN ñ€"), -1,
+        {std::numeric_limits<qint32>::min(), u"not a PIN ñ€"_s, -1,
          std::numeric_limits<qint32>::max(), QString(10'000, u'x')},
     };
     for (const DeviceSettings &record : records) {
@@ -62,16 +66,14 @@ TEST_F(StoreSettings, pinsAreRememberedForEachSimAndPin)
         EXPECT_EQ(m_store->pinHistory(sim(), pin()), history);
     }
     m_store->setPinHistory(sim(), pin(), PinHistory::Refused, noon());
-    EXPECT_EQ(m_store->pinHistory(sim(), QStringLiteral("73916")), PinHistory::NeverTried);
-    EXPECT_EQ(m_store->pinHistory(QStringLiteral("other"), pin()), PinHistory::NeverTried);
+    EXPECT_EQ(m_store->pinHistory(sim(), u"73916"_s), PinHistory::NeverTried);
+    EXPECT_EQ(m_store->pinHistory(u"other"_s, pin()), PinHistory::NeverTried);
 }
 
 TEST_F(StoreSettings, simAndPinAreKeptApart)
 {
-    m_store->setPinHistory(QStringLiteral("12"), QStringLiteral("345"), PinHistory::Refused,
-                           noon());
-    EXPECT_EQ(m_store->pinHistory(QStringLiteral("123"), QStringLiteral("45")),
-              PinHistory::NeverTried);
+    m_store->setPinHistory(u"12"_s, u"345"_s, PinHistory::Refused, noon());
+    EXPECT_EQ(m_store->pinHistory(u"123"_s, u"45"_s), PinHistory::NeverTried);
 }
 
 TEST_F(StoreSettings, recordsOfAttemptsDoNotTellThePin)
@@ -86,3 +88,5 @@ TEST_F(StoreSettings, recordsOfAttemptsDoNotTellThePin)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,16 +2,20 @@
 
 #include "TovekSMService/store/StoreFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StoredBatchesTest : public StoreFixture
 {
 protected:
-    static QList<QueueRow> messages(int count, const QString &text = QStringLiteral("text"))
+    static QList<QueueRow> messages(int count, const QString &text = u"text"_s)
     {
         QList<QueueRow> messages;
         for (int i = 0; i < count; ++i)
-            messages.append({QStringLiteral("2024-05-01T12:%1:00").arg(i % 60, 2, 10, QChar(u'0')),
+            messages.append({u"2024-05-01T12:%1:00"_s.arg(i % 60, 2, 10, QChar(u'0')),
                              QString::number(i), text, 0});
         return messages;
     }
@@ -24,12 +28,12 @@ protected:
     {
         QStringList phones;
         for (const QVariantList &row :
-             OtherConnection(file()).rows(QStringLiteral("SELECT phone FROM message ORDER BY id")))
+             OtherConnection(file()).rows(u"SELECT phone FROM message ORDER BY id"_s))
             phones.append(row.constFirst().toString());
         return phones;
     }
 
-    const QString one = QStringLiteral("one");
+    const QString one = u"one"_s;
 };
 
 TEST_F(StoredBatchesTest, itsMessagesAreQueuedInTheirOrderEachWithItsOwnDate)
@@ -39,7 +43,7 @@ TEST_F(StoredBatchesTest, itsMessagesAreQueuedInTheirOrderEachWithItsOwnDate)
     ASSERT_EQ(rows.size(), 3);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(rows.at(i).phone, QString::number(i));
-        EXPECT_EQ(rows.at(i).deliveryDate, QStringLiteral("2024-05-01T12:0%1:00").arg(i));
+        EXPECT_EQ(rows.at(i).deliveryDate, u"2024-05-01T12:0%1:00"_s.arg(i));
         EXPECT_NE(rows.at(i).id, 0);
     }
     EXPECT_EQ(stored(one), 3);
@@ -51,7 +55,7 @@ TEST_F(StoredBatchesTest, theSameBatchAgainQueuesNothingNew)
     add(one, messages(3));
     add(one, messages(3));
     EXPECT_EQ(m_store->size(), 3);
-    add(QStringLiteral("other"), messages(2));
+    add(u"other"_s, messages(2));
     EXPECT_EQ(m_store->size(), 5);
 }
 
@@ -66,9 +70,9 @@ TEST_F(StoredBatchesTest, whatIsStoredOfABatchIsKnownToTheEngineThatComesUpAnew)
 
 TEST_F(StoredBatchesTest, aFullDiskTakesWhatFitsFromTheFirstOn)
 {
-    add(QStringLiteral("before"), messages(1));
+    add(u"before"_s, messages(1));
     const QList<QueueRow> batch = messages(400, QString(300, u'x'));
-    runOnStoreConnection(file(), QStringLiteral("PRAGMA max_page_count = 40"));
+    runOnStoreConnection(file(), u"PRAGMA max_page_count = 40"_s);
     EXPECT_THROW(add(one, batch), StoreFailure);
     const qsizetype taken = stored(one);
     EXPECT_GT(taken, 0);
@@ -79,7 +83,7 @@ TEST_F(StoredBatchesTest, aFullDiskTakesWhatFitsFromTheFirstOn)
     freeDisk(file());
     add(one, batch);
     EXPECT_EQ(stored(one), 400);
-    QStringList phones = {QStringLiteral("0")};
+    QStringList phones = {u"0"_s};
     for (int i = 0; i < 400; ++i)
         phones.append(QString::number(i));
     EXPECT_EQ(phonesOnDisk(), phones) << "each of them once, in their order";
@@ -97,16 +101,15 @@ TEST_F(StoredBatchesTest, aLockKeepsAllOfThemOut)
 
 TEST_F(StoredBatchesTest, onlyTheLastFewAreRemembered)
 {
-    for (int i = 0; i <= StoredBatches::MaxRemembered; ++i)
+    for (int i = 0; i <= StoredBatches::maxRemembered; ++i)
         add(QString::number(i), messages(1));
-    EXPECT_EQ(stored(QStringLiteral("0")), 0);
-    EXPECT_EQ(stored(QStringLiteral("1")), 1);
+    EXPECT_EQ(stored(u"0"_s), 0);
+    EXPECT_EQ(stored(u"1"_s), 1);
 }
 
 TEST_F(StoredBatchesTest, anyTextIsAName)
 {
-    const QStringList names = {QString(), QStringLiteral("a b"), QStringLiteral(":"),
-                               QStringLiteral("one:9"), QString(100'000, u'x')};
+    const QStringList names = {QString(), u"a b"_s, u":"_s, u"one:9"_s, QString(100'000, u'x')};
     for (const QString &name : names) {
         add(name, messages(2));
         EXPECT_EQ(stored(name), 2);
@@ -116,3 +119,5 @@ TEST_F(StoredBatchesTest, anyTextIsAName)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <ctime>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class GivenClock : public Clock
@@ -19,15 +23,15 @@ private:
 TEST(Clock, writesItsMomentAsTheQueueWritesDates)
 {
     const GivenClock clock({QDate(2024, 2, 28), QTime(3, 4, 5), Qt::UTC});
-    EXPECT_EQ(clock.wallClockText(), QStringLiteral("2024-02-28T03:04:05"));
-    EXPECT_EQ(clock.wallClockText(86'400), QStringLiteral("2024-02-29T03:04:05"));
-    EXPECT_EQ(clock.wallClockText(-6), QStringLiteral("2024-02-28T03:03:59"));
+    EXPECT_EQ(clock.wallClockText(), u"2024-02-28T03:04:05"_s);
+    EXPECT_EQ(clock.wallClockText(86'400), u"2024-02-29T03:04:05"_s);
+    EXPECT_EQ(clock.wallClockText(-6), u"2024-02-28T03:03:59"_s);
 }
 
 TEST(Clock, countsThroughAnHourThatTheZoneSkips)
 {
     const GivenClock clock({QDate(2024, 3, 31), QTime(1, 59, 59), Qt::UTC});
-    EXPECT_EQ(clock.wallClockText(1), QStringLiteral("2024-03-31T02:00:00"));
+    EXPECT_EQ(clock.wallClockText(1), u"2024-03-31T02:00:00"_s);
 }
 
 TEST(Clock, theSystemsOneTellsLocalTimeInWholeSecondsWithoutAZone)
@@ -44,3 +48,5 @@ TEST(Clock, theSystemsOneTellsLocalTimeInWholeSecondsWithoutAZone)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -16,11 +16,15 @@
 
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 [[noreturn]] void fail()
 {
-    throw NumberedFailure(6, u"handler"_qs, u"Overflow"_qs);
+    throw NumberedFailure(6, u"handler"_s, u"Overflow"_s);
 }
 
 /// An object whose handling of an event is what a test says.
@@ -55,8 +59,8 @@ protected:
         EXPECT_TRUE(waitUntil([this] { return !exitCodes.isEmpty(); }));
         EXPECT_EQ(exitCodes, (QList<int>{1}));
         ASSERT_EQ(boxes.shown.size(), 1);
-        EXPECT_EQ(boxes.shown.at(0).text, u"Overflow - 6"_qs);
-        EXPECT_EQ(boxes.shown.at(0).title, u"Norvane SMS"_qs);
+        EXPECT_EQ(boxes.shown.at(0).text, u"Overflow - 6"_s);
+        EXPECT_EQ(boxes.shown.at(0).title, u"Norvane SMS"_s);
         EXPECT_EQ(boxes.shown.at(0).icon, MessageBoxes::Icon::Critical);
     }
 
@@ -158,3 +162,5 @@ TEST_F(ApplicationTest, handlerThatSucceedsKeepsItsAnswer)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class CaptionedFrameTest : public ::testing::Test
@@ -48,17 +52,17 @@ protected:
 TEST_F(CaptionedFrameTest, captionIsAPropertyAndTheAccessibleName)
 {
     EXPECT_EQ(frame.caption(), QString());
-    frame.setCaption(u"Estado"_qs);
-    EXPECT_EQ(frame.caption(), u"Estado"_qs);
-    EXPECT_EQ(frame.property("caption").toString(), u"Estado"_qs);
-    EXPECT_EQ(frame.accessibleName(), u"Estado"_qs);
-    frame.setProperty("caption", u"Otro"_qs);
-    EXPECT_EQ(frame.caption(), u"Otro"_qs);
+    frame.setCaption(u"Estado"_s);
+    EXPECT_EQ(frame.caption(), u"Estado"_s);
+    EXPECT_EQ(frame.property("caption").toString(), u"Estado"_s);
+    EXPECT_EQ(frame.accessibleName(), u"Estado"_s);
+    frame.setProperty("caption", u"Otro"_s);
+    EXPECT_EQ(frame.caption(), u"Otro"_s);
 }
 
 TEST_F(CaptionedFrameTest, captionStandsInTheTopLeftOfTheBorder)
 {
-    frame.setCaption(u"Estado"_qs);
+    frame.setCaption(u"Estado"_s);
     const QRect shown = active();
     ASSERT_FALSE(shown.isEmpty());
     EXPECT_LT(shown.bottom(), frame.fontMetrics().height());
@@ -75,7 +79,7 @@ TEST_F(CaptionedFrameTest, withoutACaptionTheBorderIsWhole)
 
 TEST_F(CaptionedFrameTest, captionInterruptsTheBorder)
 {
-    frame.setCaption(QString(5, u' ') + u"."_qs);
+    frame.setCaption(QString(5, u' ') + u"."_s);
     const QImage image = frame.grab().toImage();
     const int row = frame.fontMetrics().height() / 2;
     EXPECT_EQ(image.pixelColor(14, row), QColor(Qt::white));
@@ -93,7 +97,7 @@ TEST_F(CaptionedFrameTest, captionTooLongIsCutInsideTheFrame)
 
 TEST_F(CaptionedFrameTest, ownFlagGreysTheCaptionAlone)
 {
-    frame.setCaption(u"Estado"_qs);
+    frame.setCaption(u"Estado"_s);
     EXPECT_TRUE(frame.isFrameEnabled());
     EXPECT_FALSE(active().isEmpty());
     EXPECT_TRUE(greyed().isEmpty());
@@ -122,3 +126,5 @@ TEST_F(CaptionedFrameTest, ownFlagLeavesTheControlsInsideAlone)
 }
 
 } // namespace
+
+} // namespace norvane

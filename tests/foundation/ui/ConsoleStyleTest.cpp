@@ -17,6 +17,10 @@
 
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QPalette darkColours()
@@ -88,7 +92,7 @@ TEST_F(ConsoleStyleTest, onABrightWindowTheToolkitsOutlinesStay)
     const QPalette bright(QColor(0xEF, 0xEF, 0xEF));
     const auto ours = made<QPlainTextEdit>(bright);
     const auto toolkits = made<QPlainTextEdit>(bright);
-    QProxyStyle fusion(QStringLiteral("Fusion"));
+    QProxyStyle fusion(u"Fusion"_s);
     toolkits->setStyle(&fusion);
     EXPECT_EQ(ours->grab().toImage(), toolkits->grab().toImage());
 }
@@ -121,14 +125,14 @@ TEST_F(ConsoleStyleTest, outlineTellsWhichControlHasTheFocusOnADarkWindowAndOnAB
         window.setPalette(colours);
         QPushButton other(&window);
         auto *const drop = new QComboBox(&window);
-        drop->addItem(u"one"_qs);
+        drop->addItem(u"one"_s);
         const std::initializer_list<QWidget *> controls = {new QLineEdit(&window),
                                                            new QPlainTextEdit(&window),
                                                            new QDateEdit(&window),
                                                            drop,
-                                                           new QPushButton(u"a"_qs, &window),
-                                                           new QRadioButton(u"radio"_qs, &window),
-                                                           new QCheckBox(u"check"_qs, &window)};
+                                                           new QPushButton(u"a"_s, &window),
+                                                           new QRadioButton(u"radio"_s, &window),
+                                                           new QCheckBox(u"check"_s, &window)};
         for (QWidget *const control : controls) {
             control->setStyle(&style);
             control->setGeometry(10, 10, 120, 30);
@@ -147,3 +151,5 @@ TEST_F(ConsoleStyleTest, outlineTellsWhichControlHasTheFocusOnADarkWindowAndOnAB
 }
 
 } // namespace
+
+} // namespace norvane

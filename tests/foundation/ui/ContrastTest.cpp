@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace norvane {
+
 namespace {
 
 TEST(ContrastTest, ratioIsThatOfTheLuminances)
@@ -74,3 +76,5 @@ TEST(ContrastTest, readableColoursKeepWhatCanBeReadAlready)
 }
 
 } // namespace
+
+} // namespace norvane

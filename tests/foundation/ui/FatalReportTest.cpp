@@ -8,6 +8,10 @@
 #include <new>
 #include <stdexcept>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class FatalReportTest : public ::testing::Test
@@ -37,10 +41,10 @@ private:
 TEST_F(FatalReportTest, criticalBoxWithDescriptionAndNumberAndThenTheEnd)
 {
     FatalReport::report(
-        std::make_exception_ptr(NumberedFailure(6, u"moSMSManager_SMSSent"_qs, u"Overflow"_qs)));
-    EXPECT_EQ(boxes.shown, (QList<RecordingMessageBoxes::Shown>{
-                               {u"Overflow - 6"_qs, MessageBoxes::Icon::Critical,
-                                MessageBoxes::Buttons::Ok, u"Norvane SMS"_qs}}));
+        std::make_exception_ptr(NumberedFailure(6, u"moSMSManager_SMSSent"_s, u"Overflow"_s)));
+    EXPECT_EQ(boxes.shown,
+              (QList<RecordingMessageBoxes::Shown>{{u"Overflow - 6"_s, MessageBoxes::Icon::Critical,
+                                                    MessageBoxes::Buttons::Ok, u"Norvane SMS"_s}}));
     EXPECT_EQ(exitCodes, (QList<int>{1}));
 }
 
@@ -55,9 +59,9 @@ TEST_F(FatalReportTest, endComesAfterTheBox)
 
 TEST_F(FatalReportTest, foreignFailuresGetANumberOfTheLanguage)
 {
-    EXPECT_EQ(textFor(std::runtime_error("broken ñ")), u"broken ñ - 51"_qs);
-    EXPECT_EQ(textFor(std::bad_alloc()), Failure::description(7) + u" - 7"_qs);
-    EXPECT_EQ(textFor(42), Failure::description(51) + u" - 51"_qs);
+    EXPECT_EQ(textFor(std::runtime_error("broken ñ")), u"broken ñ - 51"_s);
+    EXPECT_EQ(textFor(std::bad_alloc()), Failure::description(7) + u" - 7"_s);
+    EXPECT_EQ(textFor(42), Failure::description(51) + u" - 51"_s);
     EXPECT_EQ(exitCodes, (QList<int>{1, 1, 1}));
 }
 
@@ -68,7 +72,7 @@ TEST_F(FatalReportTest, failureWhileTheBoxIsOpenIsDropped)
     };
     FatalReport::report(std::make_exception_ptr(std::runtime_error("first")));
     ASSERT_EQ(boxes.shown.size(), 1);
-    EXPECT_EQ(boxes.shown.at(0).text, u"first - 51"_qs);
+    EXPECT_EQ(boxes.shown.at(0).text, u"first - 51"_s);
     EXPECT_EQ(exitCodes, (QList<int>{1}));
 }
 
@@ -80,3 +84,5 @@ TEST(FatalReportDeathTest, processEndsWithExitCodeOne)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 constexpr QSize Screen(1920, 1080);
@@ -51,3 +53,5 @@ TEST(CenterFormTest, formLargerThanTheScreenStandsAtItsCornerAndKeepsItsSize)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -17,6 +17,10 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Notes the events that reach it.
@@ -34,7 +38,7 @@ public:
 
 std::unique_ptr<QEvent> makeKey(QEvent::Type type)
 {
-    return std::make_unique<QKeyEvent>(type, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+    return std::make_unique<QKeyEvent>(type, Qt::Key_A, Qt::NoModifier, u"a"_s);
 }
 
 std::unique_ptr<QEvent> makeMouse(QEvent::Type type)
@@ -154,3 +158,5 @@ TEST(PendingEvents, thatFollowEachOtherForEverAreLeftAtLast)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class PictureButtonTest : public ::testing::Test
@@ -40,7 +44,7 @@ protected:
 
 TEST_F(PictureButtonTest, pictureStandsAboveItsCaptionBothInTheMiddle)
 {
-    button.setText(u"Enviar"_qs);
+    button.setText(u"Enviar"_s);
     EXPECT_EQ(picture().size(), QSize(24, 24));
     EXPECT_NEAR(picture().center().x(), button.rect().center().x(), 1);
     ASSERT_FALSE(caption().isEmpty());
@@ -60,7 +64,7 @@ TEST_F(PictureButtonTest, pictureWithoutCaptionStandsInTheMiddle)
 
 TEST_F(PictureButtonTest, wideCaptionIsBrokenBetweenWords)
 {
-    button.setText(u"Probar dispositivo"_qs);
+    button.setText(u"Probar dispositivo"_s);
     ASSERT_GT(button.fontMetrics().horizontalAdvance(button.text()), button.width());
     EXPECT_GT(caption().height(), button.fontMetrics().height());
     EXPECT_LE(caption().width(), button.width() - 6);
@@ -70,7 +74,7 @@ TEST_F(PictureButtonTest, wideCaptionIsBrokenBetweenWords)
 
 TEST_F(PictureButtonTest, pictureTooHighIsDrawnSmallerAndTheCaptionNotCut)
 {
-    button.setText(u"Enviar"_qs);
+    button.setText(u"Enviar"_s);
     const int captionHeight = caption().height();
     button.resize(71, 34);
     EXPECT_LT(picture().height(), 24);
@@ -87,7 +91,7 @@ TEST_F(PictureButtonTest, disabledButtonShowsItsDisabledPicture)
     QIcon icon = button.icon();
     icon.addPixmap(green, QIcon::Disabled);
     button.setIcon(icon);
-    button.setText(u"Enviar"_qs);
+    button.setText(u"Enviar"_s);
     EXPECT_FALSE(picture().isEmpty());
     button.setEnabled(false);
     EXPECT_TRUE(picture().isEmpty());
@@ -128,3 +132,5 @@ TEST_F(PictureButtonTest, keyThatIsHeldPressesItOnce)
 }
 
 } // namespace
+
+} // namespace norvane

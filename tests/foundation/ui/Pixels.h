@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 namespace Pixels {
 
 /// The smallest rectangle around the pixels that `isMeant` picks; empty when there are none.
@@ -33,3 +35,5 @@ inline bool isRed(const QColor &colour)
 }
 
 } // namespace Pixels
+
+} // namespace norvane

@@ -13,6 +13,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A field that notes when it is left.
@@ -24,8 +28,8 @@ public:
 protected:
     void focusOutEvent(QFocusEvent *event) override
     {
-        m_events.append(event->reason() == Qt::ActiveWindowFocusReason ? u"window left"_qs
-                                                                       : u"left"_qs);
+        m_events.append(event->reason() == Qt::ActiveWindowFocusReason ? u"window left"_s
+                                                                       : u"left"_s);
         QLineEdit::focusOutEvent(event);
     }
 
@@ -46,7 +50,7 @@ protected:
         button->setText(text);
         window.layout()->addWidget(button);
         QObject::connect(button, &QAbstractButton::clicked, &window,
-                         [this] { events.append(u"acts"_qs); });
+                         [this] { events.append(u"acts"_s); });
         return button;
     }
     void show()
@@ -60,7 +64,7 @@ protected:
     }
     bool acts() const
     {
-        return waitUntil([this] { return events.contains(u"acts"_qs); });
+        return waitUntil([this] { return events.contains(u"acts"_s); });
     }
 
     QStringList events;
@@ -72,12 +76,12 @@ INSTANTIATE_TEST_SUITE_P(Each, PressFocusTest, ::testing::ValuesIn(pressWays));
 
 TEST_P(PressFocusTest, theFieldIsLeftBeforeTheButtonActs)
 {
-    auto *const button = add<QPushButton>(u"&Go"_qs);
+    auto *const button = add<QPushButton>(u"&Go"_s);
     show();
     press(button, GetParam());
     EXPECT_TRUE(button->hasFocus()) << "at once";
     ASSERT_TRUE(acts());
-    EXPECT_EQ(events, (QStringList{u"left"_qs, u"acts"_qs}));
+    EXPECT_EQ(events, (QStringList{u"left"_s, u"acts"_s}));
     EXPECT_TRUE(button->hasFocus());
 }
 
@@ -90,41 +94,41 @@ INSTANTIATE_TEST_SUITE_P(Each, PressWithoutKeys,
 
 TEST_P(PressWithoutKeys, theFieldOfAWindowThatIsNotActiveIsLeftToo)
 {
-    auto *const button = add<QPushButton>(u"&Go"_qs);
+    auto *const button = add<QPushButton>(u"&Go"_s);
     show();
     QApplication::setActiveWindow(nullptr);
-    ASSERT_EQ(events, QStringList{u"window left"_qs});
+    ASSERT_EQ(events, QStringList{u"window left"_s});
     events.clear();
     press(button, GetParam());
     ASSERT_TRUE(acts());
-    EXPECT_EQ(events, (QStringList{u"left"_qs, u"acts"_qs}));
+    EXPECT_EQ(events, (QStringList{u"left"_s, u"acts"_s}));
     EXPECT_EQ(window.focusWidget(), button);
 }
 
 TEST_P(PressFocusTest, anOptionButtonIsNoOtherButton)
 {
-    auto *const button = add<QRadioButton>(u"&One"_qs);
+    auto *const button = add<QRadioButton>(u"&One"_s);
     show();
     press(button, GetParam());
     ASSERT_TRUE(acts());
-    EXPECT_EQ(events, (QStringList{u"left"_qs, u"acts"_qs}));
+    EXPECT_EQ(events, (QStringList{u"left"_s, u"acts"_s}));
     EXPECT_TRUE(button->isChecked());
 }
 
 TEST_P(PressFocusTest, whatTheMouseGivesNoFocusGetsNoneByAnotherWay)
 {
-    auto *const button = add<QToolButton>(u"&Go"_qs);
+    auto *const button = add<QToolButton>(u"&Go"_s);
     ASSERT_EQ(button->focusPolicy(), Qt::TabFocus);
     show();
     press(button, GetParam());
     ASSERT_TRUE(acts());
-    EXPECT_EQ(events, QStringList{u"acts"_qs});
+    EXPECT_EQ(events, QStringList{u"acts"_s});
     EXPECT_TRUE(field->hasFocus());
 }
 
 TEST_P(PressFocusTest, aDisabledButtonTakesNoFocus)
 {
-    auto *const button = add<QPushButton>(u"&Go"_qs);
+    auto *const button = add<QPushButton>(u"&Go"_s);
     button->setEnabled(false);
     show();
     press(button, GetParam());
@@ -133,3 +137,5 @@ TEST_P(PressFocusTest, aDisabledButtonTakesNoFocus)
 }
 
 } // namespace
+
+} // namespace norvane

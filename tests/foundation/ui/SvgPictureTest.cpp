@@ -9,18 +9,22 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString drawing(const QString &name)
 {
-    return QStringLiteral(NORVANE_SOURCE_DIR "/resources/images/") + name + QStringLiteral(".svg");
+    return QStringLiteral(NORVANE_SOURCE_DIR "/resources/images/") + name + u".svg"_s;
 }
 
 QStringList allDrawings()
 {
     const QDir folder(QStringLiteral(NORVANE_SOURCE_DIR "/resources/images"));
     QStringList files;
-    for (const QString &name : folder.entryList({u"*.svg"_qs}))
+    for (const QString &name : folder.entryList({u"*.svg"_s}))
         files.append(folder.filePath(name));
     return files;
 }
@@ -34,13 +38,12 @@ public:
         QFile out(file());
         if (!out.open(QIODevice::WriteOnly))
             qFatal("no drawing");
-        out.write(QStringLiteral("<svg xmlns='http://www.w3.org/2000/svg' width='%1' height='%2'>"
-                                 "<rect width='%1' height='%2' fill='#ff0000'/></svg>")
-                      .arg(width)
+        out.write(u"<svg xmlns='http://www.w3.org/2000/svg' width='%1' height='%2'>"
+                  "<rect width='%1' height='%2' fill='#ff0000'/></svg>"_s.arg(width)
                       .arg(height)
                       .toUtf8());
     }
-    QString file() const { return m_folder.filePath(u"red.svg"_qs); }
+    QString file() const { return m_folder.filePath(u"red.svg"_s); }
 
 private:
     QTemporaryDir m_folder;
@@ -63,9 +66,9 @@ TEST(SvgPictureTest, everyDrawingOfTheConsoleShowsSomethingAtBothSharpnesses)
 
 TEST(SvgPictureTest, doubleSharpnessIsDrawnAndNotEnlarged)
 {
-    const QImage sharp = SvgPicture::pixmap(drawing(u"device"_qs), {48, 48}, 2).toImage();
+    const QImage sharp = SvgPicture::pixmap(drawing(u"device"_s), {48, 48}, 2).toImage();
     const QImage enlarged =
-        SvgPicture::pixmap(drawing(u"device"_qs), {48, 48}, 1).toImage().scaled(96, 96);
+        SvgPicture::pixmap(drawing(u"device"_s), {48, 48}, 1).toImage().scaled(96, 96);
     EXPECT_NE(sharp.convertToFormat(QImage::Format_ARGB32),
               enlarged.convertToFormat(QImage::Format_ARGB32));
 }
@@ -85,25 +88,25 @@ TEST(SvgPictureTest, otherShapeIsScaledEvenlyAndCentred)
 TEST(SvgPictureTest, iconHasThreeSharpnessesAndItsOwnDisabledForm)
 {
     const QIcon icon =
-        SvgPicture::icon(drawing(u"button-test"_qs), {24, 24}, drawing(u"button-test-disabled"_qs));
+        SvgPicture::icon(drawing(u"button-test"_s), {24, 24}, drawing(u"button-test-disabled"_s));
     for (const qreal ratio : {1.0, 2.0, 3.0}) {
         const QPixmap normal = icon.pixmap(QSize(24, 24), ratio);
         const QPixmap disabled = icon.pixmap(QSize(24, 24), ratio, QIcon::Disabled);
         EXPECT_EQ(normal.size(), QSize(24, 24) * ratio);
         EXPECT_EQ(disabled.size(), QSize(24, 24) * ratio);
         EXPECT_EQ(normal.toImage(),
-                  SvgPicture::pixmap(drawing(u"button-test"_qs), {24, 24}, ratio).toImage());
+                  SvgPicture::pixmap(drawing(u"button-test"_s), {24, 24}, ratio).toImage());
         EXPECT_EQ(
             disabled.toImage(),
-            SvgPicture::pixmap(drawing(u"button-test-disabled"_qs), {24, 24}, ratio).toImage());
+            SvgPicture::pixmap(drawing(u"button-test-disabled"_s), {24, 24}, ratio).toImage());
     }
 }
 
 TEST(SvgPictureTest, disabledDrawingsDifferFromTheEnabledOnes)
 {
-    for (const QString &name : {u"button-test"_qs, u"button-start"_qs, u"button-stop"_qs})
+    for (const QString &name : {u"button-test"_s, u"button-start"_s, u"button-stop"_s})
         EXPECT_NE(SvgPicture::pixmap(drawing(name), {24, 24}, 1).toImage(),
-                  SvgPicture::pixmap(drawing(name + u"-disabled"_qs), {24, 24}, 1).toImage())
+                  SvgPicture::pixmap(drawing(name + u"-disabled"_s), {24, 24}, 1).toImage())
             << qPrintable(name);
 }
 
@@ -129,3 +132,5 @@ TEST(ImageControlTest, disabledPictureIsGreyed)
 }
 
 } // namespace
+
+} // namespace norvane

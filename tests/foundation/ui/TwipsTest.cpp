@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 TEST(TwipsTest, inchHasFourteenHundredAndForty)
@@ -46,3 +48,5 @@ TEST(TwipsTest, controlsThatTouchInTwipsTouchInPixels)
 }
 
 } // namespace
+
+} // namespace norvane

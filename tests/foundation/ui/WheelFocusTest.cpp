@@ -14,6 +14,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QDate today(2026, 11, 20);
@@ -26,7 +30,7 @@ protected:
         : content(new QWidget), other(new QLineEdit), date(new QDateEdit(today)),
           time(new QTimeEdit(QTime(9, 30, 15))), list(new QComboBox)
     {
-        list->addItems({u"one"_qs, u"two"_qs, u"three"_qs});
+        list->addItems({u"one"_s, u"two"_s, u"three"_s});
         list->setCurrentIndex(1);
         auto *const layout = new QVBoxLayout(content);
         for (QWidget *const control : std::initializer_list<QWidget *>{other, date, time, list})
@@ -101,3 +105,5 @@ TEST_F(WheelFocusTest, aPressAndTabStillGiveABoxTheFocus)
 }
 
 } // namespace
+
+} // namespace norvane

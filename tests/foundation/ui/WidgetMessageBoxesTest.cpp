@@ -13,6 +13,10 @@
 
 #include <malloc.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Answer = MessageBoxes::Answer;
@@ -32,7 +36,7 @@ void whenShown(const std::function<void(QMessageBox &)> &handle)
 Answer answerOf(Buttons buttons, const std::function<void(QMessageBox &)> &handle)
 {
     whenShown(handle);
-    return WidgetMessageBoxes().show(u"Text"_qs, Icon::Question, buttons, u"Title"_qs);
+    return WidgetMessageBoxes().show(u"Text"_s, Icon::Question, buttons, u"Title"_s);
 }
 
 TEST(WidgetMessageBoxesTest, textAndTitleAreShownAsTheyStand)
@@ -47,22 +51,22 @@ TEST(WidgetMessageBoxesTest, textAndTitleAreShownAsTheyStand)
         EXPECT_TRUE(box.isModal());
         box.button(QMessageBox::Ok)->click();
     });
-    WidgetMessageBoxes().show(u"<b>a</b>\r\nb"_qs, Icon::Critical, Buttons::Ok, u"Norvane SMS"_qs);
-    EXPECT_EQ(text, u"<b>a</b>\r\nb"_qs);
-    EXPECT_EQ(title, u"Norvane SMS"_qs);
+    WidgetMessageBoxes().show(u"<b>a</b>\r\nb"_s, Icon::Critical, Buttons::Ok, u"Norvane SMS"_s);
+    EXPECT_EQ(text, u"<b>a</b>\r\nb"_s);
+    EXPECT_EQ(title, u"Norvane SMS"_s);
     EXPECT_EQ(format, Qt::PlainText);
 }
 
 TEST(WidgetMessageBoxesTest, boxIsWideEnoughForItsTitle)
 {
-    const QString title = u"Norvane SMS - Load Resource File"_qs;
+    const QString title = u"Norvane SMS - Load Resource File"_s;
     int width = 0;
     whenShown([&](QMessageBox &box) {
         width = box.width();
         EXPECT_GT(width, 2 * box.fontMetrics().horizontalAdvance(title) * 3 / 4 + 100);
         box.accept();
     });
-    WidgetMessageBoxes().show(u"a"_qs, Icon::Critical, Buttons::Ok, title);
+    WidgetMessageBoxes().show(u"a"_s, Icon::Critical, Buttons::Ok, title);
     EXPECT_GT(width, 0);
 }
 
@@ -80,7 +84,7 @@ TEST(WidgetMessageBoxesTest, eachIconIsTheToolkitsOwn)
             shown = box.icon();
             box.accept();
         });
-        WidgetMessageBoxes().show(u"Text"_qs, icon, Buttons::Ok, u"Title"_qs);
+        WidgetMessageBoxes().show(u"Text"_s, icon, Buttons::Ok, u"Title"_s);
         EXPECT_EQ(shown, expected);
     }
 }
@@ -188,3 +192,5 @@ TEST(WidgetMessageBoxesTest, manyBoxesTakeNoMoreMemoryThanAFew)
 }
 
 } // namespace
+
+} // namespace norvane

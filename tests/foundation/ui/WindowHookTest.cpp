@@ -10,10 +10,12 @@
 
 #include <memory>
 
+namespace norvane {
+
 namespace {
 
-constexpr WindowLimits Server{300, 200, 700, 600};
-constexpr WindowLimits Client{250, 180, 250, 180};
+constexpr WindowLimits server{300, 200, 700, 600};
+constexpr WindowLimits client{250, 180, 250, 180};
 
 class WindowHookTest : public ::testing::Test
 {
@@ -49,7 +51,7 @@ protected:
 TEST_F(WindowHookTest, limitsAreOfTheOuterSize)
 {
     show();
-    const WindowHook hook(&window, Server);
+    const WindowHook hook(&window, server);
     EXPECT_EQ(window.minimumSize(), QSize(300, 200) - frame());
     EXPECT_EQ(window.maximumSize(), QSize(700, 600) - frame());
 }
@@ -57,7 +59,7 @@ TEST_F(WindowHookTest, limitsAreOfTheOuterSize)
 TEST_F(WindowHookTest, outerSizeStaysBetweenTheLimits)
 {
     show();
-    const WindowHook hook(&window, Server);
+    const WindowHook hook(&window, server);
     window.resize(10, 10);
     EXPECT_EQ(window.frameSize(), QSize(300, 200));
     window.resize(5000, 5000);
@@ -69,7 +71,7 @@ TEST_F(WindowHookTest, outerSizeStaysBetweenTheLimits)
 TEST_F(WindowHookTest, equalLimitsFixTheSize)
 {
     show();
-    const WindowHook hook(&window, Client);
+    const WindowHook hook(&window, client);
     EXPECT_EQ(window.frameSize(), QSize(250, 180));
     window.resize(600, 600);
     EXPECT_EQ(window.frameSize(), QSize(250, 180));
@@ -80,10 +82,10 @@ TEST_F(WindowHookTest, equalLimitsFixTheSize)
 TEST_F(WindowHookTest, newLimitsComeWithTheirSize)
 {
     show();
-    WindowHook hook(&window, Server);
-    hook.setLimits(Client, {250, 180});
+    WindowHook hook(&window, server);
+    hook.setLimits(client, {250, 180});
     EXPECT_EQ(window.frameSize(), QSize(250, 180));
-    hook.setLimits(Server, {640, 480});
+    hook.setLimits(server, {640, 480});
     EXPECT_EQ(window.frameSize(), QSize(640, 480));
     EXPECT_EQ(window.minimumSize(), QSize(300, 200) - frame());
 }
@@ -91,7 +93,7 @@ TEST_F(WindowHookTest, newLimitsComeWithTheirSize)
 TEST_F(WindowHookTest, frameThatComesWithTheShowingIsTakenOffTheLimitsAndTheAskedSizeKept)
 {
     ASSERT_EQ(frame(), QSize(0, 0));
-    const WindowHook hook(&window, Server);
+    const WindowHook hook(&window, server);
     EXPECT_EQ(window.minimumSize(), QSize(300, 200));
     show();
     ASSERT_NE(frame(), QSize(0, 0));
@@ -102,8 +104,8 @@ TEST_F(WindowHookTest, frameThatComesWithTheShowingIsTakenOffTheLimitsAndTheAske
 
 TEST_F(WindowHookTest, sizeAskedForBeforeTheShowingIsOfTheOuterWindow)
 {
-    WindowHook hook(&window, Server);
-    hook.setLimits(Client, {250, 180});
+    WindowHook hook(&window, server);
+    hook.setLimits(client, {250, 180});
     show();
     ASSERT_NE(frame(), QSize(0, 0));
     EXPECT_EQ(window.frameSize(), QSize(250, 180));
@@ -113,7 +115,7 @@ TEST_F(WindowHookTest, sizeAskedForBeforeTheShowingIsOfTheOuterWindow)
 TEST_F(WindowHookTest, frameThatChangesIsFollowedAndTheAskedSizeKept)
 {
     show();
-    const WindowHook hook(&window, Server);
+    const WindowHook hook(&window, server);
     const QSize outer = window.frameSize();
     changeFrame();
     ASSERT_EQ(frame(), QSize(0, 0));
@@ -125,7 +127,7 @@ TEST_F(WindowHookTest, frameThatChangesIsFollowedAndTheAskedSizeKept)
 TEST_F(WindowHookTest, sizeThatTheOperatorGaveIsNotTakenBack)
 {
     show();
-    const WindowHook hook(&window, Server);
+    const WindowHook hook(&window, server);
     window.resize(520, 410);
     settle();
     changeFrame();
@@ -147,7 +149,7 @@ TEST_F(WindowHookTest, limitsSmallerThanTheFrameComeToNothing)
 TEST_F(WindowHookTest, removedHookTakesTheLimitsOff)
 {
     show();
-    auto hook = std::make_unique<WindowHook>(&window, Client);
+    auto hook = std::make_unique<WindowHook>(&window, client);
     hook.reset();
     EXPECT_EQ(window.minimumSize(), QSize(0, 0));
     EXPECT_EQ(window.maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
@@ -159,9 +161,11 @@ TEST_F(WindowHookTest, hookEndsWithItsWindow)
 {
     auto *const other = new QWidget;
     other->resize(400, 300);
-    const QPointer<WindowHook> hook(new WindowHook(other, Server));
+    const QPointer<WindowHook> hook(new WindowHook(other, server));
     delete other;
     EXPECT_FALSE(hook);
 }
 
 } // namespace
+
+} // namespace norvane

@@ -14,6 +14,8 @@
 
 #include <xcb/xproto.h>
 
+namespace norvane {
+
 namespace {
 
 constexpr QSize Asked(300, 200);
@@ -317,3 +319,5 @@ TEST_F(WindowPlaceTest, dialogIsExpectedToHaveItsOwnersFrame)
 }
 
 } // namespace
+
+} // namespace norvane

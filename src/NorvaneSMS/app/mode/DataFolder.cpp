@@ -7,14 +7,17 @@
 
 #include <QStringList>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString expanded(const PlatformHelpers &helpers, const FileSystem &files)
 {
-    QString path = QStringLiteral("%CommonAppDataFolder%/KELD/Norvane");
-    path.replace(QStringLiteral("%PrimaryVolumePath%"),
-                 files.GetDriveName(helpers.GetProgramFilesFolder()));
-    path.replace(QStringLiteral("%CommonAppDataFolder%"), helpers.GetCommonAppDataFolder());
+    QString path = u"%CommonAppDataFolder%/KELD/Norvane"_s;
+    path.replace(u"%PrimaryVolumePath%"_s, files.GetDriveName(helpers.GetProgramFilesFolder()));
+    path.replace(u"%CommonAppDataFolder%"_s, helpers.GetCommonAppDataFolder());
     return path;
 }
 
@@ -53,13 +56,13 @@ bool ResolveDataFolder(const PlatformHelpers &helpers, QString &dataFolder, Plat
     const QString defaultFolder = expanded(helpers, files);
     makeTree(defaultFolder, files);
 
-    const QString configuration =
-        files.BuildPath(helpers.programFolder(), QStringLiteral("Norvane.ini"));
+    const QString configuration = files.BuildPath(helpers.programFolder(), u"Norvane.ini"_s);
     if (!files.FileExists(configuration))
         return false;
-    dataFolder = ReadIniValue(QStringLiteral("General"), QStringLiteral("DataFolder"),
-                              defaultFolder, configuration);
+    dataFolder = ReadIniValue(u"General"_s, u"DataFolder"_s, defaultFolder, configuration);
     if (dataFolder.isEmpty())
         dataFolder = defaultFolder;
     return true;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// Finds the suite's data folder and makes its default tree, which is there after every start.
 ///
 /// The folder is the value "DataFolder" of the section "General" of "Norvane.ini" beside the
@@ -15,3 +17,5 @@
 /// @throws NumberedFailure when a folder of the default tree can't be made
 bool ResolveDataFolder(const PlatformHelpers &helpers, QString &dataFolder,
                        PlatformFiles &platform = platformFiles());
+
+} // namespace norvane

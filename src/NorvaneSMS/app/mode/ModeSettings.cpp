@@ -3,23 +3,27 @@
 #include "common/FailureNumbers.h"
 #include "foundation/StoredBoolean.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString application()
 {
-    return QStringLiteral("Norvane");
+    return u"Norvane"_s;
 }
 QString section()
 {
-    return QStringLiteral("SMS");
+    return u"SMS"_s;
 }
 QString serverModeKey()
 {
-    return QStringLiteral("ServerMode");
+    return u"ServerMode"_s;
 }
 QString queueFolderKey()
 {
-    return QStringLiteral("QueueFolder");
+    return u"QueueFolder"_s;
 }
 
 } // namespace
@@ -58,3 +62,5 @@ void ModeSettings::saveQueueFolder(const QString &folder)
 {
     m_settings.save(application(), section(), queueFolderKey(), folder);
 }
+
+} // namespace norvane

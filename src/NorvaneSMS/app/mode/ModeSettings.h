@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 /// The two settings that the console stores: what this workstation is, and the queue folder.
 class ModeSettings
 {
@@ -28,3 +30,5 @@ private:
     StoredSettings &m_settings;
     QString m_programFolder;
 };
+
+} // namespace norvane

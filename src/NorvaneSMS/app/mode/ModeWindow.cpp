@@ -1,5 +1,7 @@
 #include "NorvaneSMS/app/mode/ModeWindow.h"
 
+namespace norvane {
+
 namespace {
 
 constexpr QSize serverSize{15135, 7785};
@@ -34,3 +36,5 @@ WindowLimits ModeWindow::limits(bool serverMode, QSize screen, QSizeF twipsPerPi
     return {pixels(smallest.width(), horizontal), pixels(smallest.height(), vertical),
             pixels(largest.width(), horizontal), pixels(largest.height(), horizontal)};
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <QSize>
 #include <QSizeF>
 
+namespace norvane {
+
 /// What the operation mode makes of the console's window.
 namespace ModeWindow {
 
@@ -20,3 +22,5 @@ QSize outerPixels(bool serverMode, QSizeF twipsPerPixel);
 WindowLimits limits(bool serverMode, QSize screen, QSizeF twipsPerPixel);
 
 } // namespace ModeWindow
+
+} // namespace norvane

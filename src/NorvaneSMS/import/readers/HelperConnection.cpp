@@ -10,11 +10,15 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// UTF-16 units that the rows of one query may hold together. A file of a megabyte can name one
 /// long text a million times.
-constexpr qint64 MostUnits = 128 << 20;
+constexpr qint64 maxUnits = 128 << 20;
 
 /// The rows of a query, fetched as many at a time as the reader gives.
 class HelperRows : public SheetRows
@@ -45,9 +49,9 @@ private:
         m_first = m_row;
         for (const std::optional<QString> &value : std::as_const(m_values))
             m_units += value ? value->size() : 0;
-        if (m_values.isEmpty() || m_units > MostUnits) {
+        if (m_values.isEmpty() || m_units > maxUnits) {
             m_values.clear();
-            SheetFailure::raise(SheetFailure::BadFile, u"The sheet holds too much text."_qs);
+            SheetFailure::raise(SheetFailure::BadFile, u"The sheet holds too much text."_s);
         }
     }
 
@@ -99,7 +103,7 @@ void HelperConnection::close()
 QStringList HelperConnection::sheets()
 {
     if (!m_process)
-        Failure::raise(Failure::ObjectClosed, QStringLiteral("HelperConnection"));
+        Failure::raise(Failure::ObjectClosed, u"HelperConnection"_s);
     return m_sheets;
 }
 
@@ -121,7 +125,7 @@ void HelperConnection::start()
     m_process->start(m_program, QStringList());
     if (!m_process->waitForStarted()) {
         m_process.reset();
-        throw NumberedFailure(Failure::CannotCreateObject, QStringLiteral("HelperConnection"),
+        throw NumberedFailure(Failure::CannotCreateObject, u"HelperConnection"_s,
                               FailureText::programNotFound(m_program));
     }
 }
@@ -134,15 +138,15 @@ SheetFrames::Answer HelperConnection::ask(const SheetFrames::Question &question)
 SheetFrames::Answer HelperConnection::ask(const SheetFrames::Question &question, Waiting waiting)
 {
     if (!m_process)
-        Failure::raise(Failure::ObjectClosed, QStringLiteral("HelperConnection"));
+        Failure::raise(Failure::ObjectClosed, u"HelperConnection"_s);
     m_process->write(SheetFrames::framed(SheetFrames::encode(question)));
     const QDeadlineTimer deadline(m_limit);
     const quint32 length = SheetFrames::bodyLength(receive(sizeof(quint32), deadline, waiting));
-    if (length > SheetFrames::MostBytes)
-        fail(u"The file holds too much."_qs);
+    if (length > SheetFrames::maxBytes)
+        fail(u"The file holds too much."_s);
     const auto answer = SheetFrames::decodeAnswer(receive(length, deadline, waiting));
     if (!answer)
-        fail(u"The file can't be read."_qs);
+        fail(u"The file can't be read."_s);
     if (answer->failure)
         throw NumberedFailure(*answer->failure);
     return *answer;
@@ -153,9 +157,9 @@ QByteArray HelperConnection::receive(qsizetype count, const QDeadlineTimer &dead
 {
     while (m_process->bytesAvailable() < count) {
         if (m_process->state() == QProcess::NotRunning)
-            fail(u"The file can't be read: it takes too much memory or time, or is damaged."_qs);
+            fail(u"The file can't be read: it takes too much memory or time, or is damaged."_s);
         if (deadline.hasExpired())
-            fail(u"The file can't be read: it takes too long."_qs);
+            fail(u"The file can't be read: it takes too long."_s);
         await(deadline, waiting);
     }
     return m_process->read(count);
@@ -182,3 +186,5 @@ void HelperConnection::fail(const QString &description)
     close();
     SheetFailure::raise(SheetFailure::BadFile, description);
 }
+
+} // namespace norvane

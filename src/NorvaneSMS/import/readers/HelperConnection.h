@@ -11,6 +11,8 @@
 class QDeadlineTimer;
 class QProcess;
 
+namespace norvane {
+
 /// A spreadsheet that is read by a process of its own, under limits of memory and time: whatever a
 /// file does to the libraries that read it, the console gets an answer or a failure.
 class HelperConnection : public SpreadsheetConnection
@@ -49,3 +51,5 @@ private:
     QStringList m_sheets;
     QStringList m_errors;
 };
+
+} // namespace norvane

@@ -5,13 +5,17 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr qsizetype BlockLength = 65536;
+constexpr qsizetype blockLength = 65536;
 
 QString source()
 {
-    return QStringLiteral("NumberedFiles");
+    return u"NumberedFiles"_s;
 }
 
 } // namespace
@@ -30,7 +34,7 @@ struct NumberedFiles::OpenFile
             return true;
         position = 0;
         block.clear();
-        if (const int error = stream->read(BlockLength, block)) {
+        if (const int error = stream->read(blockLength, block)) {
             block.clear();
             Failure::raiseErrno(error, source());
         }
@@ -91,3 +95,5 @@ NumberedFiles::OpenFile &NumberedFiles::inUse(qint16 number)
         Failure::raise(Failure::BadFileNameOrNumber, source());
     return **found;
 }
+
+} // namespace norvane

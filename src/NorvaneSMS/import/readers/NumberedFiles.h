@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// Text files that are read line by line under a number. A number stays in use until it is closed:
 /// a reading that breaks off leaves it so. One such table serves the whole program.
 class NumberedFiles
@@ -39,3 +41,5 @@ private:
     FileStreams &m_files;
     QHash<qint16, std::shared_ptr<OpenFile>> m_open;
 };
+
+} // namespace norvane

@@ -1,12 +1,15 @@
 #include "NorvaneSMS/import/readers/RecipientReaders.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void add(clsCollection &recipients, const QString &item, const QString &number, qint32 row,
          Duplicates duplicates)
 {
-    const QString key =
-        duplicates == Duplicates::Remove ? number : QStringLiteral("K") + QString::number(row);
+    const QString key = duplicates == Duplicates::Remove ? number : u"K"_s + QString::number(row);
     recipients.add(item, key, true, true);
 }
 
@@ -25,14 +28,14 @@ QString FieldText(const std::optional<QString> &field)
 void readTextRecipients(NumberedFiles &files, const QString &path, Duplicates duplicates,
                         clsCollection &recipients)
 {
-    files.openForInput(TextFileNumber, path);
-    for (qint32 row = 1; !files.isAtEnd(TextFileNumber); ++row) {
-        const QString line = files.lineInput(TextFileNumber);
+    files.openForInput(textFileNumber, path);
+    for (qint32 row = 1; !files.isAtEnd(textFileNumber); ++row) {
+        const QString line = files.lineInput(textFileNumber);
         const QString number = CleanNumber(line.left(line.indexOf(u'|')));
         if (!number.isEmpty())
             add(recipients, line, number, row, duplicates);
     }
-    files.close(TextFileNumber);
+    files.close(textFileNumber);
 }
 
 void readSheetRecipients(SpreadsheetConnection &connection, const QString &sheet,
@@ -46,3 +49,5 @@ void readSheetRecipients(SpreadsheetConnection &connection, const QString &sheet
         rows->moveNext();
     }
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 // The readers that fill the list of recipients. A number is cleaned of blanks and hyphens, and a
 // row whose number is empty then is skipped; nothing else is looked at. What was read before a
 // failure stays in the list.
@@ -24,7 +26,7 @@ QString CleanNumber(QString text);
 QString FieldText(const std::optional<QString> &field);
 
 /// The number of the file that texts are read under.
-inline constexpr qint16 TextFileNumber = 1;
+inline constexpr qint16 textFileNumber = 1;
 
 /// Adds the lines of a text file, as they are. What stands before the first "|" of a line is its
 /// number.
@@ -36,3 +38,5 @@ void readTextRecipients(NumberedFiles &files, const QString &path, Duplicates du
 /// @throws NumberedFailure as SpreadsheetConnection; NoSuchField at the first row
 void readSheetRecipients(SpreadsheetConnection &connection, const QString &sheet,
                          const QString &field, Duplicates duplicates, clsCollection &recipients);
+
+} // namespace norvane

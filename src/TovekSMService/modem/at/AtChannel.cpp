@@ -3,17 +3,19 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
 namespace {
-constexpr char s_return = '\r';
-constexpr char s_endOfPayload = 0x1A;
+constexpr char carriageReturn = '\r';
+constexpr char endOfPayload = 0x1A;
 /// ESC leaves a prompt without sending (3GPP TS 27.005, 3.5.1). The carriage return takes it off
 /// the command line of a device that wasn't at a prompt.
-constexpr char s_leavePrompt[] = "\x1B\r";
+constexpr char leavePromptSequence[] = "\x1B\r";
 /// How many late prompts a try of synchronising gives up: a device that asks on and on is not
 /// answered on and on.
-constexpr int s_mostLatePrompts = 3;
-constexpr char s_attention[] = "AT";
-constexpr char s_echoOff[] = "ATE0";
+constexpr int maxLatePrompts = 3;
+constexpr char attention[] = "AT";
+constexpr char echoOff[] = "ATE0";
 
 const char *nameOf(SyncOutcome outcome)
 {
@@ -71,7 +73,7 @@ void AtChannel::begin(const AtCommand &command, Step step)
     m_reader.expectPrompt(step == Step::AwaitingPrompt);
     m_limit.start(command.limitMs);
     m_trace.sent(command.text, m_owed);
-    write(command.text + s_return);
+    write(command.text + carriageReturn);
 }
 
 void AtChannel::enter(Step step)
@@ -109,7 +111,7 @@ void AtChannel::take(const AtToken &token)
 {
     m_trace.received(token, m_owed);
     if (isSynchronising() && token.kind != AtToken::Kind::Echo)
-        m_heard = true;
+        m_hasListeners = true;
 
     switch (token.kind) {
     case AtToken::Kind::Echo:
@@ -118,7 +120,7 @@ void AtChannel::take(const AtToken &token)
         Q_EMIT unsolicited(token.line);
         return;
     case AtToken::Kind::Information:
-        if (m_answer.lines.size() < s_mostLines)
+        if (m_answer.lines.size() < maxLines)
             m_answer.lines.append(token.line);
         return;
     case AtToken::Kind::Prompt:
@@ -161,7 +163,7 @@ void AtChannel::sendPayload()
     // From here on the network may get the message, whatever happens to the line.
     m_answer.payloadLeft = true;
     m_trace.sentPayload(m_owed);
-    write(std::exchange(m_payload, QByteArray()) + s_endOfPayload);
+    write(std::exchange(m_payload, QByteArray()) + endOfPayload);
 }
 
 void AtChannel::finish(AtAnswer::End end)
@@ -186,7 +188,7 @@ void AtChannel::onLimit()
         finish(AtAnswer::End::TimedOut);
         return;
     case Step::Draining:
-        probe(s_attention);
+        probe(attention);
         return;
     case Step::Probing:
         startTry();
@@ -227,7 +229,7 @@ void AtChannel::synchronise(int tries, Synchronised synchronised)
     Q_ASSERT(isIdle());
     m_synchronised = std::move(synchronised);
     m_triesLeft = tries;
-    m_heard = false;
+    m_hasListeners = false;
     m_refused = false;
     m_reader.clear();
     startTry();
@@ -242,7 +244,8 @@ bool AtChannel::isSynchronising() const
 void AtChannel::startTry()
 {
     if (m_triesLeft-- <= 0) {
-        const bool heard = m_heard || m_reader.noise() > 0 || !m_reader.unfinishedLine().isEmpty();
+        const bool heard =
+            m_hasListeners || m_reader.noise() > 0 || !m_reader.unfinishedLine().isEmpty();
         if (m_refused)
             endSync(SyncOutcome::Refused);
         else
@@ -250,9 +253,9 @@ void AtChannel::startTry()
         return;
     }
     enter(Step::Draining);
-    m_promptsLeft = s_mostLatePrompts;
+    m_promptsLeft = maxLatePrompts;
     m_echoProbed = false;
-    m_reader.begin(s_attention);
+    m_reader.begin(attention);
     m_reader.expectPrompt(true);
     m_limit.start(m_timings.drainMs);
     m_quiet.start(m_timings.quietMs);
@@ -269,7 +272,7 @@ void AtChannel::giveUpPrompt()
 void AtChannel::leavePrompt()
 {
     m_trace.sentEscape();
-    write(QByteArrayLiteral(s_leavePrompt));
+    write(QByteArrayLiteral(leavePromptSequence));
 }
 
 void AtChannel::probe(const QByteArray &command)
@@ -280,19 +283,19 @@ void AtChannel::probe(const QByteArray &command)
     m_reader.begin(command);
     m_limit.start(m_timings.probeMs);
     m_trace.sent(command, m_owed);
-    write(command + s_return);
+    write(command + carriageReturn);
 }
 
 void AtChannel::onProbed(const AtResult &result)
 {
     m_refused = result.kind != AtResult::Kind::Ok;
     if (!m_refused)
-        settle();
+        complete();
     else if (!std::exchange(m_echoProbed, true))
-        probe(s_echoOff);
+        probe(echoOff);
 }
 
-void AtChannel::settle()
+void AtChannel::complete()
 {
     enter(Step::Settling);
     m_limit.start(m_timings.drainMs);
@@ -302,7 +305,7 @@ void AtChannel::settle()
 void AtChannel::onQuiet()
 {
     if (m_step == Step::Draining)
-        probe(s_attention);
+        probe(attention);
     else if (m_step == Step::Settling && m_owed > 0)
         m_quiet.start(); // a slow device may still answer what it was asked before
     else if (m_step == Step::Settling)
@@ -322,3 +325,5 @@ void AtChannel::endSync(SyncOutcome outcome)
     if (synchronised)
         synchronised(outcome);
 }
+
+} // namespace norvane

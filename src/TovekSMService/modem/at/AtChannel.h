@@ -10,6 +10,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// A command as it goes to the device.
 struct AtCommand
 {
@@ -56,7 +58,7 @@ public:
     using Synchronised = std::function<void(SyncOutcome)>;
 
     /// Lines of an answer beyond this number are dropped.
-    static constexpr int s_mostLines = 256;
+    static constexpr int maxLines = 256;
 
     /// @param time  must outlive this object
     AtChannel(SerialLine *line, const ModemTimings &timings,
@@ -117,7 +119,7 @@ private:
     void startTry();
     void probe(const QByteArray &command);
     void onProbed(const AtResult &result);
-    void settle();
+    void complete();
     void endSync(SyncOutcome outcome);
     bool isSynchronising() const;
 
@@ -141,7 +143,9 @@ private:
     int m_promptsLeft = 0;
     /// Final results that are still to come, of commands that were not waited for to the end.
     int m_owed = 0;
-    bool m_heard = false;
+    bool m_hasListeners = false;
     bool m_refused = false;
     bool m_echoProbed = false; ///< in the present try
 };
+
+} // namespace norvane

@@ -4,6 +4,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 AtDialogue::AtDialogue(AtChannel &channel, const ModemTimings &timings,
                        std::function<void(const ModemFailure &)> lost)
     : m_channel(channel), m_timings(timings), m_lost(std::move(lost))
@@ -68,17 +72,18 @@ ModemFailure failureOf(SyncOutcome outcome)
 {
     switch (outcome) {
     case SyncOutcome::Silent:
-        return {ErrorCode::NoRespond, QStringLiteral("the device doesn't answer"), false};
+        return {ErrorCode::noRespond, u"the device doesn't answer"_s, false};
     case SyncOutcome::Garbage:
-        return {ErrorCode::UnexpectedAnswer,
-                QStringLiteral("the device sends something else than answers"), false};
+        return {ErrorCode::unexpectedAnswer, u"the device sends something else than answers"_s,
+                false};
     case SyncOutcome::Refused:
-        return {ErrorCode::PhoneInit,
-                QStringLiteral("the device answers AT and ATE0 with an error"), false};
+        return {ErrorCode::phoneInit, u"the device answers AT and ATE0 with an error"_s, false};
     case SyncOutcome::LineBroken:
-        return {ErrorCode::PortClosed, QStringLiteral("the line broke"), false};
+        return {ErrorCode::portClosed, u"the line broke"_s, false};
     case SyncOutcome::Answered:
         break;
     }
     Q_UNREACHABLE();
 }
+
+} // namespace norvane

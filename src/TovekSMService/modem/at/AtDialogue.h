@@ -8,6 +8,8 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
 /// Questions to a device one after the other, each of which it may leave unanswered: after a
 /// time-out the channel is synchronised before the dialogue goes on.
 class AtDialogue
@@ -54,3 +56,5 @@ private:
 
 /// What it means that synchronising ended otherwise than with an answer.
 ModemFailure failureOf(SyncOutcome outcome);
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace {
 
 void logLine(const char *direction, const QByteArray &line)
@@ -59,3 +61,5 @@ void AtTrace::maskStrictlyFor(int finals)
 {
     m_strictFinals = std::max(m_strictFinals, finals);
 }
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace norvane {
+
 /// Logs what goes over a line, under "engine.at" at debug level: "-> AT", "<- OK".
 ///
 /// What a line means is lost when a device cuts it in two, so lines of the device are masked
@@ -28,3 +30,5 @@ private:
     /// So many final results from now on, lines are masked strictly.
     int m_strictFinals = 0;
 };
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <span>
 
+namespace norvane {
+
 /// What to do about a failure.
 enum class Treatment {
     Permanent,       ///< of the message: trying again changes nothing
@@ -17,7 +19,7 @@ enum class Treatment {
 /// A failure as the engine reports and treats it.
 struct FailureRule
 {
-    int code = ErrorCode::UnknownCode;
+    int code = ErrorCode::unknownCode;
     Treatment treatment = Treatment::Temporary;
 
     bool operator==(const FailureRule &) const = default;
@@ -65,3 +67,5 @@ FailureRule failureRule(const AtResult &result);
 /// The number of a +CMS ERROR or +CME ERROR, looked up by its words where the device gives words;
 /// -1 if neither is known.
 int failureNumber(const AtResult &result);
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace norvane {
+
 /// Time limits of the talk with a device, in milliseconds where nothing else is said.
 struct ModemTimings
 {
@@ -34,3 +36,5 @@ struct ModemTimings
     /// How many questions for details may stay unanswered before the rest isn't asked.
     int unansweredDetails = 3;
 };
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <QMetaType>
 #include <QString>
 
+namespace norvane {
+
 /// What is known of a device and its SIM. What the device doesn't tell stays empty, or -1.
 struct DeviceDetails
 {
@@ -52,6 +54,8 @@ struct SendFailure
     bool mayBeDelivered = false;
 };
 
-Q_DECLARE_METATYPE(DeviceDetails)
-Q_DECLARE_METATYPE(ModemFailure)
-Q_DECLARE_METATYPE(SendFailure)
+} // namespace norvane
+
+Q_DECLARE_METATYPE(norvane::DeviceDetails)
+Q_DECLARE_METATYPE(norvane::ModemFailure)
+Q_DECLARE_METATYPE(norvane::SendFailure)

@@ -4,16 +4,20 @@
 
 #include <QRegularExpression>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr int s_defaultBaud = 9600;
+constexpr int defaultBaud = 9600;
 
 std::optional<QString> deviceOf(const QString &name)
 {
     if (name.contains(u'/'))
         return name.contains(QChar::Null) ? std::nullopt : std::optional(name);
 
-    static const QRegularExpression port(QStringLiteral("\\ACOM([0-9]{1,5})\\z"),
+    static const QRegularExpression port(u"\\ACOM([0-9]{1,5})\\z"_s,
                                          QRegularExpression::CaseInsensitiveOption);
     const int number = port.match(name).captured(1).toInt(); // 0 without a match
     if (number < 1)
@@ -23,7 +27,7 @@ std::optional<QString> deviceOf(const QString &name)
 
 std::optional<int> baudOf(const QString &text)
 {
-    static const QRegularExpression digits(QStringLiteral("\\A[0-9]+\\z"));
+    static const QRegularExpression digits(u"\\A[0-9]+\\z"_s);
     bool fits = false;
     const int baud = text.toInt(&fits);
     if (!fits || baud < 1 || !digits.match(text).hasMatch())
@@ -38,8 +42,10 @@ std::optional<PortParameter> parsePortParameter(const QString &text)
     const qsizetype comma = text.lastIndexOf(u',');
     const std::optional<QString> device = deviceOf(text.left(comma).trimmed());
     const std::optional<int> baud =
-        comma < 0 ? std::optional(s_defaultBaud) : baudOf(text.mid(comma + 1).trimmed());
+        comma < 0 ? std::optional(defaultBaud) : baudOf(text.mid(comma + 1).trimmed());
     if (!device || !baud)
         return std::nullopt;
     return PortParameter{*device, *baud};
 }
+
+} // namespace norvane

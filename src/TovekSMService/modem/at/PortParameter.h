@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Where the device is: what the connection parameter of the device settings says.
 struct PortParameter
 {
@@ -21,3 +23,5 @@ struct PortParameter
 /// is 9600.
 /// @return nothing for anything else
 std::optional<PortParameter> parsePortParameter(const QString &text);
+
+} // namespace norvane

@@ -4,10 +4,14 @@
 
 #include <QFileInfo>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// For how long a driver may keep the engine waiting.
-constexpr int s_claimMs = 2000;
+constexpr int claimMs = 2000;
 
 LineError lineErrorOf(QSerialPort::SerialPortError error)
 {
@@ -79,7 +83,7 @@ LineError QtSerialPortLine::open(const QString &device, int baud)
 LineError QtSerialPortLine::claim(const QString &path)
 {
     using Outcome = DeviceClaim::Outcome;
-    const Outcome outcome = m_claim.take(path, s_claimMs);
+    const Outcome outcome = m_claim.take(path, claimMs);
     switch (outcome) {
     case Outcome::Held:
         return LineError::None;
@@ -93,7 +97,7 @@ LineError QtSerialPortLine::claim(const QString &path)
     case Outcome::Gone:
         return fail(LineError::NoSuchDevice, m_claim.errorText());
     case Outcome::Stuck:
-        return fail(LineError::Other, QStringLiteral("its driver doesn't answer"));
+        return fail(LineError::Other, u"its driver doesn't answer"_s);
     case Outcome::Failed:
         break;
     }
@@ -177,7 +181,7 @@ void QtSerialPortLine::onErrorOccurred(QSerialPort::SerialPortError error)
     // Reading from a device that has gone ends like reading at the end of a file.
     if (!SerialDevices::isPresent(m_port.handle())) {
         reason = LineError::Unplugged;
-        m_errorDetail = m_path + QStringLiteral(" has gone");
+        m_errorDetail = m_path + u" has gone"_s;
     }
     m_inUse = false;
     // The port is in the middle of its own work here: it is closed, and the news told, afterwards.
@@ -191,3 +195,5 @@ void QtSerialPortLine::onErrorOccurred(QSerialPort::SerialPortError error)
         },
         Qt::QueuedConnection);
 }
+
+} // namespace norvane

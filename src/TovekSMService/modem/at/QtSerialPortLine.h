@@ -5,6 +5,8 @@
 
 #include <QSerialPort>
 
+namespace norvane {
+
 /// A real serial device, or a pseudo-terminal.
 class QtSerialPortLine : public SerialLine
 {
@@ -34,3 +36,5 @@ private:
     QString m_errorDetail;
     bool m_inUse = false;
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QString>
 
+namespace norvane {
+
 /// What can go wrong with a line.
 enum class LineError {
     None,
@@ -47,3 +49,5 @@ Q_SIGNALS:
     /// The line can't be used any more; it is closed when this is emitted.
     void broken(LineError reason);
 };
+
+} // namespace norvane

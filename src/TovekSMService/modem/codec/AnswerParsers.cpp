@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <array>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QByteArray withoutQuotes(const QByteArray &text)
@@ -72,7 +76,7 @@ QString freeText(const Lines &lines)
 {
     if (lines.isEmpty())
         return {};
-    static const QRegularExpression tag(QStringLiteral("\\A[+^*$%#][A-Za-z]+:"));
+    static const QRegularExpression tag(u"\\A[+^*$%#][A-Za-z]+:"_s);
     const QByteArray text = lines.constFirst().trimmed();
     const qsizetype tagged = tag.match(QString::fromLatin1(text)).capturedLength(); // 0 without
     return QString::fromLatin1(withoutQuotes(text.mid(tagged)));
@@ -80,17 +84,17 @@ QString freeText(const Lines &lines)
 
 QString imei(const Lines &lines)
 {
-    static const QRegularExpression digits(QStringLiteral("(?<![0-9])([0-9]{14,17})(?![0-9])"));
+    static const QRegularExpression digits(u"(?<![0-9])([0-9]{14,17})(?![0-9])"_s);
     return firstMatch(lines, digits);
 }
 
 QString iccid(const Lines &lines)
 {
     static const QRegularExpression digits(
-        QStringLiteral("(?<![0-9A-Fa-f])([0-9]{17}[0-9A-Fa-f]{1,5})(?![0-9A-Fa-f])"));
+        u"(?<![0-9A-Fa-f])([0-9]{17}[0-9A-Fa-f]{1,5})(?![0-9A-Fa-f])"_s);
     QString id = firstMatch(lines, digits).toUpper();
     // "89" begins every ICCID; with its halves swapped it reads "98".
-    if (id.startsWith(QLatin1String("98")))
+    if (id.startsWith("98"_L1))
         for (qsizetype i = 0; i + 1 < id.size(); i += 2)
             std::swap(id[i], id[i + 1]);
     while (id.endsWith(u'F'))
@@ -115,21 +119,21 @@ bool isRegistered(int state)
 
 QString networkInfo(const QString &operatorName, int registration)
 {
-    static constexpr std::array<QLatin1String, 11> states = {QLatin1String("not registered"),
-                                                             QLatin1String("home"),
-                                                             QLatin1String("searching"),
-                                                             QLatin1String("denied"),
-                                                             QLatin1String("unknown"),
-                                                             QLatin1String("roaming"),
-                                                             QLatin1String("home, SMS only"),
-                                                             QLatin1String("roaming, SMS only"),
-                                                             QLatin1String("emergency calls only"),
-                                                             QLatin1String("home"),
-                                                             QLatin1String("roaming")};
+    static constexpr std::array<QLatin1String, 11> states = {"not registered"_L1,
+                                                             "home"_L1,
+                                                             "searching"_L1,
+                                                             "denied"_L1,
+                                                             "unknown"_L1,
+                                                             "roaming"_L1,
+                                                             "home, SMS only"_L1,
+                                                             "roaming, SMS only"_L1,
+                                                             "emergency calls only"_L1,
+                                                             "home"_L1,
+                                                             "roaming"_L1};
     if (registration < 0 || registration >= static_cast<int>(states.size()))
         return operatorName;
     const QString state = states[static_cast<std::size_t>(registration)];
-    return operatorName.isEmpty() ? state : QStringLiteral("%1 (%2)").arg(operatorName, state);
+    return operatorName.isEmpty() ? state : u"%1 (%2)"_s.arg(operatorName, state);
 }
 
 int functionality(const Lines &lines)
@@ -177,3 +181,5 @@ std::optional<int> messageReference(const Lines &lines)
 }
 
 } // namespace AnswerParsers
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Readers of answer lines. They take the lines of an answer as they came and give nothing, or an
 /// empty text, for what they can't read.
 namespace AnswerParsers {
@@ -46,3 +48,5 @@ std::optional<int> pinTries(const Lines &lines);
 std::optional<int> messageReference(const Lines &lines);
 
 } // namespace AnswerParsers
+
+} // namespace norvane

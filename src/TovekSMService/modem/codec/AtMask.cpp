@@ -2,6 +2,10 @@
 
 #include <QRegularExpression>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Option = QRegularExpression::PatternOption;
@@ -9,7 +13,7 @@ using Option = QRegularExpression::PatternOption;
 /// The names of commands behind "+", "^" and the like, up to their "=", whose value is a secret.
 const QRegularExpression &secretCommand()
 {
-    static const QRegularExpression pattern(QStringLiteral("(PIN2?|PUK2?|CLCK|CPWD)\\s*="),
+    static const QRegularExpression pattern(u"(PIN2?|PUK2?|CLCK|CPWD)\\s*="_s,
                                             Option::CaseInsensitiveOption);
     return pattern;
 }
@@ -17,14 +21,14 @@ const QRegularExpression &secretCommand()
 /// "=" before a quoted value with a digit: a phone number, or a PIN behind a name that was cut off.
 const QRegularExpression &quotedNumber()
 {
-    static const QRegularExpression pattern(QStringLiteral("=\\s*(?=\"[^\"]*[0-9])"));
+    static const QRegularExpression pattern(u"=\\s*(?=\"[^\"]*[0-9])"_s);
     return pattern;
 }
 
 /// What a PDU, or a large piece of one, looks like. The number of a SIM has 20 digits at most.
 const QRegularExpression &longHexadecimal()
 {
-    static const QRegularExpression pattern(QStringLiteral("[0-9A-Fa-f]{21}"));
+    static const QRegularExpression pattern(u"[0-9A-Fa-f]{21}"_s);
     return pattern;
 }
 
@@ -32,15 +36,15 @@ const QRegularExpression &longHexadecimal()
 const QRegularExpression &bareDigits()
 {
     static const QRegularExpression pattern(
-        QStringLiteral("\\A(?=(?:[^0-9]*[0-9]){2})[\\s\"',;=]*(?:[0-9][\\s\"',;=]*){2,8}\\z"));
+        u"\\A(?=(?:[^0-9]*[0-9]){2})[\\s\"',;=]*(?:[0-9][\\s\"',;=]*){2,8}\\z"_s);
     return pattern;
 }
 
 /// Lines that come with a message (3GPP TS 27.005, 3.4 and 4; 27.007, 7.15).
 const QRegularExpression &messageLine()
 {
-    static const QRegularExpression pattern(
-        QStringLiteral("\\A(\\+(?:CMT|CBM|CDS|CMGR|CMGL|CUSD)):"), Option::CaseInsensitiveOption);
+    static const QRegularExpression pattern(u"\\A(\\+(?:CMT|CBM|CDS|CMGR|CMGL|CUSD)):"_s,
+                                            Option::CaseInsensitiveOption);
     return pattern;
 }
 
@@ -48,14 +52,14 @@ const QRegularExpression &messageLine()
 const QRegularExpression &standardResult()
 {
     static const QRegularExpression pattern(
-        QStringLiteral("\\A(?:OK|ERROR|[04]|>\\s*|\\+CM[ES] ERROR: ?(?:[0-9]{1,3}|[A-Za-z ]+)|"
-                       "\\+CPIN: ?[A-Z -]+2?|\\+CMGS: ?[0-9]{1,3})\\z"));
+        u"\\A(?:OK|ERROR|[04]|>\\s*|\\+CM[ES] ERROR: ?(?:[0-9]{1,3}|[A-Za-z ]+)|"
+        "\\+CPIN: ?[A-Z -]+2?|\\+CMGS: ?[0-9]{1,3})\\z"_s);
     return pattern;
 }
 
 const QRegularExpression &tagged()
 {
-    static const QRegularExpression pattern(QStringLiteral("\\A([+^*$%#][A-Z]{2,12}):"));
+    static const QRegularExpression pattern(u"\\A([+^*$%#][A-Z]{2,12}):"_s);
     return pattern;
 }
 
@@ -97,3 +101,5 @@ bool AtMask::announcesMessage(const QByteArray &line)
 {
     return messageLine().match(QString::fromLatin1(line)).hasMatch();
 }
+
+} // namespace norvane

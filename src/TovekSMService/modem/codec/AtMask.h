@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+namespace norvane {
+
 /// What may be shown of the lines between engine and device: neither a PIN, PUK or password nor a
 /// message, its number or its text. The number of the service centre stays, as a wrong one is a
 /// common reason why nothing is sent.
@@ -27,3 +29,5 @@ bool carriesSecret(const QByteArray &command);
 bool announcesMessage(const QByteArray &line);
 
 } // namespace AtMask
+
+} // namespace norvane

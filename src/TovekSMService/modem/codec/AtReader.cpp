@@ -4,34 +4,38 @@
 #include <array>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr QByteArrayView s_tagStarts("+^*$%#");
+constexpr QByteArrayView tagStarts("+^*$%#");
 
 /// Results of calls. This engine never dials, so they speak of someone else's call.
-constexpr std::array<QByteArrayView, 5> s_callResults = {"NO CARRIER", "BUSY", "NO ANSWER",
-                                                         "NO DIALTONE", "NO DIAL TONE"};
+constexpr std::array<QByteArrayView, 5> callResults = {"NO CARRIER", "BUSY", "NO ANSWER",
+                                                       "NO DIALTONE", "NO DIAL TONE"};
 
 /// Lines without a tag that devices send by themselves.
-constexpr std::array<QByteArrayView, 9> s_bareUnsolicited = {"RING",
-                                                             "RDY",
-                                                             "CALL READY",
-                                                             "SMS READY",
-                                                             "PB DONE",
-                                                             "SMS DONE",
-                                                             "SYSSTART",
-                                                             "NORMAL POWER DOWN",
-                                                             "UNDER-VOLTAGE WARNING"};
+constexpr std::array<QByteArrayView, 9> bareUnsolicited = {"RING",
+                                                           "RDY",
+                                                           "CALL READY",
+                                                           "SMS READY",
+                                                           "PB DONE",
+                                                           "SMS DONE",
+                                                           "SYSSTART",
+                                                           "NORMAL POWER DOWN",
+                                                           "UNDER-VOLTAGE WARNING"};
 
 /// How some devices say ERROR to a command that they don't know.
-constexpr std::array<QByteArrayView, 3> s_notSupported = {
+constexpr std::array<QByteArrayView, 3> notSupported = {
     "COMMAND NOT SUPPORT", "COMMAND NOT SUPPORTED", "TOO MANY PARAMETERS"};
 
 /// Messages whose second line is the TPDU (3GPP TS 27.005, 3.4.1).
-constexpr std::array<QByteArrayView, 3> s_twoLines = {"+CMT", "+CBM", "+CDS"};
+constexpr std::array<QByteArrayView, 3> twoLines = {"+CMT", "+CBM", "+CDS"};
 
 /// Registration reports have the same name whether asked for or not (3GPP TS 27.007, 7.2).
-constexpr std::array<QByteArrayView, 4> s_registration = {"+CREG", "+CGREG", "+CEREG", "+C5GREG"};
+constexpr std::array<QByteArrayView, 4> registration = {"+CREG", "+CGREG", "+CEREG", "+C5GREG"};
 
 template <typename Container>
 bool contains(const Container &container, QByteArrayView text)
@@ -42,7 +46,7 @@ bool contains(const Container &container, QByteArrayView text)
 /// "+CREG" of "+CREG: 0,1"; empty for a line without such a beginning.
 QByteArray tagOf(const QByteArray &line)
 {
-    if (line.isEmpty() || !s_tagStarts.contains(line.front()))
+    if (line.isEmpty() || !tagStarts.contains(line.front()))
         return {};
     const qsizetype colon = line.indexOf(':');
     return colon > 1 ? line.left(colon).trimmed().toUpper() : QByteArray();
@@ -110,11 +114,11 @@ std::optional<AtToken> AtReader::next()
         const auto code = static_cast<quint8>(byte);
         if (code == 0 || code > 0x7E)
             ++m_noise;
-        else if (code >= 0x20 && m_line.size() < s_longestLine)
+        else if (code >= 0x20 && m_line.size() < maxLine)
             m_line.append(byte);
         if (m_promptExpected && isFresh() && m_line == "> ") {
             m_line.clear();
-            return AtToken{AtToken::Kind::Prompt, QByteArrayLiteral("> "), {}};
+            return AtToken{AtToken::Kind::Prompt, "> "_ba, {}};
         }
     }
     m_buffer.clear();
@@ -155,14 +159,14 @@ bool AtReader::isUnsolicited(const QByteArray &line)
 {
     const QByteArray tag = tagOf(line);
     const bool asked = isFresh() && belongsToCommand(tag, line);
-    if (!asked && contains(s_twoLines, tag))
+    if (!asked && contains(twoLines, tag))
         m_secondLineDue = true;
     if (!isFresh())
         return true;
     if (!tag.isEmpty())
         return !asked;
     const QByteArray upper = line.toUpper();
-    return contains(s_bareUnsolicited, upper) || contains(s_callResults, upper);
+    return contains(bareUnsolicited, upper) || contains(callResults, upper);
 }
 
 bool AtReader::belongsToCommand(const QByteArray &tag, const QByteArray &line) const
@@ -171,7 +175,7 @@ bool AtReader::belongsToCommand(const QByteArray &tag, const QByteArray &line) c
         return true;
     if (tag != m_commandTag)
         return false;
-    if (!contains(s_registration, tag))
+    if (!contains(registration, tag))
         return true;
     // An asked-for report has a mode in front of the state; one sent by itself begins with the
     // state, followed by a quoted area code if by anything.
@@ -203,9 +207,11 @@ std::optional<AtResult> AtReader::finalResult(const QByteArray &line) const
         }
     }
     const QByteArray upper = line.toUpper();
-    if (contains(s_notSupported, upper))
+    if (contains(notSupported, upper))
         return AtResult{Kind::NotSupported, -1, line};
-    if (m_commandTag.startsWith('D') && contains(s_callResults, upper))
+    if (m_commandTag.startsWith('D') && contains(callResults, upper))
         return AtResult{Kind::CallEnded, -1, line};
     return std::nullopt;
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// The final result of a command (ITU-T V.250, 5.7.1; 3GPP TS 27.005, 3.2.5; 27.007, 9.2).
 struct AtResult
 {
@@ -42,14 +44,14 @@ struct AtToken
 };
 
 /// Makes tokens of the bytes of a device, in whatever pieces they arrive. NUL, control characters
-/// and bytes above 127 are dropped; a line is cut at `s_longestLine` bytes.
+/// and bytes above 127 are dropped; a line is cut at `maxLine` bytes.
 ///
 /// Tokens are pulled, because what a line means depends on the command that is in progress when it
 /// is looked at: `append` the bytes, then call `next` until it gives nothing.
 class AtReader
 {
 public:
-    static constexpr int s_longestLine = 2048;
+    static constexpr int maxLine = 2048;
 
     /// Tells which command the following lines answer.
     /// @param command  without its carriage return
@@ -98,3 +100,5 @@ private:
     QByteArray m_payload;
     qint64 m_noise = 0;
 };
+
+} // namespace norvane

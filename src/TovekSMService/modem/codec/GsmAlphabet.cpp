@@ -2,17 +2,19 @@
 
 #include <array>
 
+namespace norvane {
+
 namespace {
 
-constexpr char16_t s_escape = 0x1B;
-constexpr char16_t s_none = 0xFFFF;
+constexpr char16_t escape = 0x1B;
+constexpr char16_t none = 0xFFFF;
 
 /// 3GPP TS 23.038, 6.2.1: the character of each septet. The escape stands for no character.
-constexpr std::array<char16_t, 128> s_defaultTable = {
+constexpr std::array<char16_t, 128> defaultTable = {
     u'@',      u'\u00A3', u'$',      u'\u00A5', u'\u00E8', u'\u00E9', u'\u00F9', u'\u00EC',
     u'\u00F2', u'\u00C7', u'\n',     u'\u00D8', u'\u00F8', u'\r',     u'\u00C5', u'\u00E5',
     u'\u0394', u'_',      u'\u03A6', u'\u0393', u'\u039B', u'\u03A9', u'\u03A0', u'\u03A8',
-    u'\u03A3', u'\u0398', u'\u039E', s_none,    u'\u00C6', u'\u00E6', u'\u00DF', u'\u00C9',
+    u'\u03A3', u'\u0398', u'\u039E', none,      u'\u00C6', u'\u00E6', u'\u00DF', u'\u00C9',
     u' ',      u'!',      u'"',      u'#',      u'\u00A4', u'%',      u'&',      u'\'',
     u'(',      u')',      u'*',      u'+',      u',',      u'-',      u'.',      u'/',
     u'0',      u'1',      u'2',      u'3',      u'4',      u'5',      u'6',      u'7',
@@ -33,42 +35,42 @@ struct Extension
 };
 
 /// 3GPP TS 23.038, 6.2.1.1: what follows the escape, but for the euro sign.
-constexpr std::array<Extension, 9> s_extensions = {{{u'\f', 0x0A},
-                                                    {u'^', 0x14},
-                                                    {u'{', 0x28},
-                                                    {u'}', 0x29},
-                                                    {u'\\', 0x2F},
-                                                    {u'[', 0x3C},
-                                                    {u'~', 0x3D},
-                                                    {u']', 0x3E},
-                                                    {u'|', 0x40}}};
+constexpr std::array<Extension, 9> extensions = {{{u'\f', 0x0A},
+                                                  {u'^', 0x14},
+                                                  {u'{', 0x28},
+                                                  {u'}', 0x29},
+                                                  {u'\\', 0x2F},
+                                                  {u'[', 0x3C},
+                                                  {u'~', 0x3D},
+                                                  {u']', 0x3E},
+                                                  {u'|', 0x40}}};
 
-constexpr char16_t s_euro = u'\u20AC';
-constexpr quint8 s_euroSeptet = 0x65;
-constexpr quint8 s_unknown = 0xFF;
-constexpr quint8 s_extended = 0x80;
+constexpr char16_t euro = u'\u20AC';
+constexpr quint8 euroSeptet = 0x65;
+constexpr quint8 unknown = 0xFF;
+constexpr quint8 extensionRows = 0x80;
 
 /// For each UTF-16 unit below 0x400 its septet, with the high bit set for one behind the escape.
 /// The euro sign, alone beyond, is looked at by itself.
 constexpr std::array<quint8, 0x400> reverseTable()
 {
     std::array<quint8, 0x400> table{};
-    table.fill(s_unknown);
-    for (std::size_t septet = 0; septet < s_defaultTable.size(); ++septet)
-        if (s_defaultTable[septet] != s_none)
-            table[s_defaultTable[septet]] = static_cast<quint8>(septet);
-    for (const Extension &extension : s_extensions)
-        table[extension.unit] = extension.septet | s_extended;
+    table.fill(unknown);
+    for (std::size_t septet = 0; septet < defaultTable.size(); ++septet)
+        if (defaultTable[septet] != none)
+            table[defaultTable[septet]] = static_cast<quint8>(septet);
+    for (const Extension &extension : extensions)
+        table[extension.unit] = extension.septet | extensionRows;
     return table;
 }
 
-constexpr std::array<quint8, 0x400> s_reverse = reverseTable();
+constexpr std::array<quint8, 0x400> reverse = reverseTable();
 
 quint8 lookUp(char16_t unit)
 {
-    if (unit < s_reverse.size())
-        return s_reverse[unit];
-    return unit == s_euro ? s_euroSeptet | s_extended : s_unknown;
+    if (unit < reverse.size())
+        return reverse[unit];
+    return unit == euro ? euroSeptet | extensionRows : unknown;
 }
 
 } // namespace
@@ -78,9 +80,9 @@ namespace GsmAlphabet {
 int septetCount(char16_t unit)
 {
     const quint8 found = lookUp(unit);
-    if (found == s_unknown)
+    if (found == unknown)
         return 0;
-    return (found & s_extended) != 0 ? 2 : 1;
+    return (found & extensionRows) != 0 ? 2 : 1;
 }
 
 std::optional<QByteArray> toSeptets(QStringView text)
@@ -89,11 +91,11 @@ std::optional<QByteArray> toSeptets(QStringView text)
     septets.reserve(text.size());
     for (const QChar character : text) {
         const quint8 found = lookUp(character.unicode());
-        if (found == s_unknown)
+        if (found == unknown)
             return std::nullopt;
-        if ((found & s_extended) != 0)
-            septets.append(static_cast<char>(s_escape));
-        septets.append(static_cast<char>(found & ~s_extended));
+        if ((found & extensionRows) != 0)
+            septets.append(static_cast<char>(escape));
+        septets.append(static_cast<char>(found & ~extensionRows));
     }
     return septets;
 }
@@ -120,3 +122,5 @@ QByteArray pack(const QByteArray &septets, int fillBits)
 }
 
 } // namespace GsmAlphabet
+
+} // namespace norvane

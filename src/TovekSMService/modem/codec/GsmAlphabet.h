@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// The GSM 7-bit default alphabet with its extension table, and the packing of septets into octets.
 /// Source: 3GPP TS 23.038, 6.2.1 (default alphabet), 6.2.1.1 (extension table), 6.1.2.1 (packing).
 namespace GsmAlphabet {
@@ -23,3 +25,5 @@ std::optional<QByteArray> toSeptets(QStringView text);
 QByteArray pack(const QByteArray &septets, int fillBits = 0);
 
 } // namespace GsmAlphabet
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace norvane {
+
 namespace {
 
 QString withoutLoneSurrogates(const QString &text)
@@ -106,17 +108,19 @@ QStringList cut(const QString &text, Alphabet alphabet, int capacity)
 std::optional<MessageText> prepareText(const QString &text)
 {
     // Hostile lengths end here, before anything is copied: a character takes one unit at least.
-    if (text.size() > s_mostParts * s_gsm7Part)
+    if (text.size() > maxParts * gsm7Part)
         return std::nullopt;
 
     const QString clean = withoutLoneSurrogates(text);
     const Alphabet alphabet = fitsGsm7(clean) ? Alphabet::Gsm7 : Alphabet::Ucs2;
     const bool gsm7 = alphabet == Alphabet::Gsm7;
-    if (cost(clean, alphabet) <= (gsm7 ? s_gsm7Single : s_ucs2Single))
+    if (cost(clean, alphabet) <= (gsm7 ? gsm7Single : ucs2Single))
         return MessageText{alphabet, {clean}};
 
-    const QStringList parts = cut(clean, alphabet, gsm7 ? s_gsm7Part : s_ucs2Part);
-    if (parts.size() > s_mostParts)
+    const QStringList parts = cut(clean, alphabet, gsm7 ? gsm7Part : ucs2Part);
+    if (parts.size() > maxParts)
         return std::nullopt;
     return MessageText{alphabet, parts};
 }
+
+} // namespace norvane

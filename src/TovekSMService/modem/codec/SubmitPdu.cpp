@@ -4,21 +4,25 @@
 #include "TovekSMService/modem/codec/MessageText.h"
 #include "contract/ErrorCodes.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// 3GPP TS 23.040, 9.1.2.5: an address value has at most 10 octets.
-constexpr int s_mostDigits = 20;
+constexpr int maxDigits = 20;
 
 /// First octet of an SMS-SUBMIT, 3GPP TS 23.040, 9.2.2.2.
-constexpr int s_submit = 0x01;
-constexpr int s_relativeValidity = 0x10;
-constexpr int s_headerPresent = 0x40;
+constexpr int submit = 0x01;
+constexpr int relativeValidity = 0x10;
+constexpr int headerPresent = 0x40;
 
 /// The service centre address in front of the TPDU, in hexadecimal digits.
-constexpr int s_centreDigits = 2;
+constexpr int centreDigits = 2;
 
-constexpr int s_internationalNumber = 0x91;
-constexpr int s_unknownNumber = 0x81;
+constexpr int internationalNumber = 0x91;
+constexpr int unknownNumber = 0x81;
 
 void appendOctet(QByteArray &octets, int value)
 {
@@ -47,12 +51,12 @@ std::variant<QByteArray, EncodeError> encodeAddress(const QString &phone)
             return EncodeError::InvalidCharacters;
         appendOctet(semiOctets, value);
     }
-    if (semiOctets.size() > s_mostDigits)
+    if (semiOctets.size() > maxDigits)
         return EncodeError::NumberTooLong;
 
     QByteArray address;
     appendOctet(address, static_cast<int>(semiOctets.size()));
-    appendOctet(address, international ? s_internationalNumber : s_unknownNumber);
+    appendOctet(address, international ? internationalNumber : unknownNumber);
     for (qsizetype i = 0; i < semiOctets.size(); i += 2) {
         const int low = semiOctets.at(i);
         const int high = i + 1 < semiOctets.size() ? semiOctets.at(i + 1) : 0x0F;
@@ -96,8 +100,8 @@ SubmitPart encodePart(const EncodeRequest &request, const QByteArray &address,
 {
     const int total = static_cast<int>(text.parts.size());
     QByteArray tpdu;
-    appendOctet(tpdu, s_submit | (request.validityPeriod ? s_relativeValidity : 0) |
-                          (total > 1 ? s_headerPresent : 0));
+    appendOctet(tpdu, submit | (request.validityPeriod ? relativeValidity : 0) |
+                          (total > 1 ? headerPresent : 0));
     appendOctet(tpdu, 0x00); // TP-Message-Reference: the device puts its own
     tpdu += address;
     appendOctet(tpdu, 0x00);                                          // TP-Protocol-Identifier
@@ -105,13 +109,13 @@ SubmitPart encodePart(const EncodeRequest &request, const QByteArray &address,
     if (request.validityPeriod)
         appendOctet(tpdu, *request.validityPeriod);
     // Behind the lengths of user data and header, and the information element's type and length.
-    const qsizetype referenceAt = total > 1 ? s_centreDigits + 2 * (tpdu.size() + 4) : -1;
+    const qsizetype referenceAt = total > 1 ? centreDigits + 2 * (tpdu.size() + 4) : -1;
     tpdu +=
         userData(text.alphabet, text.parts.at(number - 1),
                  total > 1 ? concatenationHeader(request.reference, total, number) : QByteArray());
 
-    return {QByteArrayLiteral("00") + tpdu.toHex().toUpper(), static_cast<int>(tpdu.size()), number,
-            total, referenceAt};
+    return {"00"_ba + tpdu.toHex().toUpper(), static_cast<int>(tpdu.size()), number, total,
+            referenceAt};
 }
 
 } // namespace
@@ -120,13 +124,13 @@ int errorCode(EncodeError error)
 {
     switch (error) {
     case EncodeError::EmptyPhone:
-        return ErrorCode::MethodParam;
+        return ErrorCode::methodParam;
     case EncodeError::TextTooLong:
-        return ErrorCode::TextTooLong;
+        return ErrorCode::textTooLong;
     case EncodeError::NumberTooLong:
-        return ErrorCode::NumberTooLong;
+        return ErrorCode::numberTooLong;
     case EncodeError::InvalidCharacters:
-        return ErrorCode::InvalidCharacters;
+        return ErrorCode::invalidCharacters;
     }
     Q_UNREACHABLE();
 }
@@ -155,3 +159,5 @@ void setReference(QList<SubmitPart> &parts, quint16 reference)
             part.hex.replace(part.referenceAt, digits.size(), digits);
     }
 }
+
+} // namespace norvane

@@ -7,6 +7,8 @@
 #include <optional>
 #include <variant>
 
+namespace norvane {
+
 /// A message to be encoded.
 struct EncodeRequest
 {
@@ -44,3 +46,5 @@ std::variant<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &r
 
 /// Ties the parts together by another reference; a single part has none.
 void setReference(QList<SubmitPart> &parts, quint16 reference);
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 namespace {
 
 using Question = AtDialogue::Question;
@@ -117,3 +119,5 @@ QList<AtDialogue::Question> condition(DeviceDetails *details, const ModemTimings
 }
 
 } // namespace DeviceQueries
+
+} // namespace norvane

@@ -2,6 +2,8 @@
 
 #include "TovekSMService/modem/at/AtDialogue.h"
 
+namespace norvane {
+
 /// The questions that fill a DeviceDetails. None of them fails: what the device doesn't tell stays
 /// as it is, or becomes empty where an earlier value would be out of date.
 namespace DeviceQueries {
@@ -18,3 +20,5 @@ QList<AtDialogue::Question> iccid(QString *iccid, const ModemTimings &timings);
 QList<AtDialogue::Question> condition(DeviceDetails *details, const ModemTimings &timings);
 
 } // namespace DeviceQueries
+
+} // namespace norvane

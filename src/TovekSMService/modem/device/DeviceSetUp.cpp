@@ -2,6 +2,10 @@
 
 #include "contract/ErrorCodes.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Question = AtDialogue::Question;
@@ -17,12 +21,11 @@ std::optional<ModemFailure> failureOfPduMode(const AtAnswer &answer)
     if (answer.isOk())
         return std::nullopt;
     if (answer.end == AtAnswer::End::TimedOut)
-        return ModemFailure{ErrorCode::PhoneInit, QStringLiteral("no answer to AT+CMGF=0"), false};
+        return ModemFailure{ErrorCode::phoneInit, u"no answer to AT+CMGF=0"_s, false};
     const bool reason = failureNumber(answer.result) >= 0;
-    return ModemFailure{reason ? failureRule(answer.result).code : ErrorCode::NotSupported,
-                        QStringLiteral("the device refuses PDU mode: %1")
-                            .arg(QString::fromLatin1(answer.result.text)),
-                        false};
+    return ModemFailure{
+        reason ? failureRule(answer.result).code : ErrorCode::notSupported,
+        u"the device refuses PDU mode: %1"_s.arg(QString::fromLatin1(answer.result.text)), false};
 }
 
 } // namespace
@@ -43,3 +46,5 @@ QList<AtDialogue::Question> messages(const ModemTimings &timings)
 }
 
 } // namespace DeviceSetUp
+
+} // namespace norvane

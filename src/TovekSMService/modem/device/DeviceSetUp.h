@@ -2,6 +2,8 @@
 
 #include "TovekSMService/modem/at/AtDialogue.h"
 
+namespace norvane {
+
 /// The commands that set a device up when it is opened.
 namespace DeviceSetUp {
 
@@ -13,3 +15,5 @@ QList<AtDialogue::Question> dialogue(const ModemTimings &timings);
 QList<AtDialogue::Question> messages(const ModemTimings &timings);
 
 } // namespace DeviceSetUp
+
+} // namespace norvane

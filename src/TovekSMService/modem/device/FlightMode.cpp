@@ -5,6 +5,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int minimumFunctionality = 0;
@@ -22,30 +26,27 @@ void FlightMode::leave(Done done)
 {
     m_wasLeft = false;
     m_done = std::move(done);
-    m_dialogue.ask(
-        {QByteArrayLiteral("AT+CFUN?"), m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-            const int level = answer.isOk() ? AnswerParsers::functionality(answer.lines) : -1;
-            if (level == minimumFunctionality || level == radioOff)
-                switchOn();
-            else
-                finish();
-        });
+    m_dialogue.ask({"AT+CFUN?"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
+        const int level = answer.isOk() ? AnswerParsers::functionality(answer.lines) : -1;
+        if (level == minimumFunctionality || level == radioOff)
+            switchOn();
+        else
+            finish();
+    });
 }
 
 void FlightMode::switchOn()
 {
-    m_dialogue.ask({QByteArrayLiteral("AT+CFUN=1"), m_timings.slowCommandMs, {}},
-                   [this](const AtAnswer &answer) {
-                       // A device without an answer may have begun to start all the same.
-                       m_wasLeft = answer.isOk() || answer.end == AtAnswer::End::TimedOut;
-                       if (m_wasLeft)
-                           qCInfo(logDevice)
-                               << "the device was in flight mode and has been switched on";
-                       else
-                           qCWarning(logDevice) << "the device refuses to leave its flight mode:"
-                                                << answer.result.text;
-                       finish();
-                   });
+    m_dialogue.ask({"AT+CFUN=1"_ba, m_timings.slowCommandMs, {}}, [this](const AtAnswer &answer) {
+        // A device without an answer may have begun to start all the same.
+        m_wasLeft = answer.isOk() || answer.end == AtAnswer::End::TimedOut;
+        if (m_wasLeft)
+            qCInfo(logDevice) << "the device was in flight mode and has been switched on";
+        else
+            qCWarning(logDevice) << "the device refuses to leave its flight mode:"
+                                 << answer.result.text;
+        finish();
+    });
 }
 
 void FlightMode::awaitNetwork(Done done)
@@ -60,9 +61,8 @@ void FlightMode::awaitNetwork(Done done)
 
 void FlightMode::look()
 {
-    ask(QByteArrayLiteral("AT+CREG?"), QByteArrayLiteral("+CREG"), [this] {
-        ask(QByteArrayLiteral("AT+CEREG?"), QByteArrayLiteral("+CEREG"), [this] { lookLater(); });
-    });
+    ask("AT+CREG?"_ba, "+CREG"_ba,
+        [this] { ask("AT+CEREG?"_ba, "+CEREG"_ba, [this] { retryLater(); }); });
 }
 
 void FlightMode::ask(const QByteArray &command, const QByteArray &tag, const Done &otherwise)
@@ -78,7 +78,7 @@ void FlightMode::ask(const QByteArray &command, const QByteArray &tag, const Don
 }
 
 /// A network that doesn't come is no failure here: what becomes of the messages is told with them.
-void FlightMode::lookLater()
+void FlightMode::retryLater()
 {
     if (m_deadline.hasExpired())
         finish();
@@ -97,3 +97,5 @@ void FlightMode::finish()
     if (const Done done = std::exchange(m_done, nullptr))
         done();
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Brings a device back on the air that another program, a modem manager say, has left in flight
 /// mode.
 ///
@@ -33,7 +35,7 @@ private:
     void switchOn();
     void ask(const QByteArray &command, const QByteArray &tag, const Done &otherwise);
     void look();
-    void lookLater();
+    void retryLater();
     void finish();
 
     AtDialogue &m_dialogue;
@@ -43,3 +45,5 @@ private:
     bool m_wasLeft = false;
     Done m_done;
 };
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
              QObject *parent, PortSearch::Ports ports, TimeSource &time)
     : QObject(parent), m_line(std::move(line)), m_timings(timings),
@@ -17,7 +21,7 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
           [this] {
               // Whoever hears it may close the modem, which must not happen to a step on the
               // stack.
-              QMetaObject::invokeMethod(this, &Modem::pinSettled, Qt::QueuedConnection);
+              QMetaObject::invokeMethod(this, &Modem::pinResolved, Qt::QueuedConnection);
           },
           time),
       m_submission(*m_line, m_channel, m_dialogue, timings, time),
@@ -62,7 +66,7 @@ void Modem::openLine()
     const QString &device = m_parameter.device;
     const LineError error = m_line->open(device, m_parameter.baud);
     if (error == LineError::None)
-        talk();
+        startDialogue();
     else if (error == LineError::NoSuchDevice && !m_imei.isEmpty())
         searchOrFail({failureRule(error).code, device, false});
     else
@@ -72,9 +76,8 @@ void Modem::openLine()
 void Modem::failToOpen(LineError error, const QString &device)
 {
     const QString detail = m_line->errorDetail();
-    const bool saysMore = !detail.isEmpty() && detail != device;
-    fail({failureRule(error).code, saysMore ? QStringLiteral("%1: %2").arg(device, detail) : device,
-          false});
+    const bool hasDetail = !detail.isEmpty() && detail != device;
+    fail({failureRule(error).code, hasDetail ? u"%1: %2"_s.arg(device, detail) : device, false});
 }
 
 /// The device may have come back under another name, and the old one be nobody's or another port's.
@@ -91,11 +94,11 @@ void Modem::searchOrFail(const ModemFailure &failure)
         if (port.isEmpty())
             fail(failure);
         else
-            talk();
+            startDialogue();
     });
 }
 
-void Modem::talk()
+void Modem::startDialogue()
 {
     m_state = State::Initialising;
     m_initialisationLimit.start(m_timings.initialisationMs);
@@ -108,8 +111,7 @@ void Modem::onLate()
     if (m_unlock.awaitsPinOutcome())
         m_initialisationLimit.start(m_timings.slowCommandMs);
     else
-        fail({ErrorCode::PhoneInit, QStringLiteral("the device isn't ready within its time"),
-              false});
+        fail({ErrorCode::phoneInit, u"the device isn't ready within its time"_s, false});
 }
 
 void Modem::onFound(SyncOutcome outcome)
@@ -127,12 +129,11 @@ void Modem::onFound(SyncOutcome outcome)
 void Modem::resetFunctionality()
 {
     Q_EMIT functionalityReset();
-    m_dialogue.ask({QByteArrayLiteral("AT+CFUN=1,1"), m_timings.slowCommandMs, {}},
-                   [this](const AtAnswer &) {
-                       // The device starts anew, or the line breaks.
-                       m_channel.synchronise(m_timings.probeTries,
-                                             [this](SyncOutcome outcome) { onFound(outcome); });
-                   });
+    m_dialogue.ask({"AT+CFUN=1,1"_ba, m_timings.slowCommandMs, {}}, [this](const AtAnswer &) {
+        // The device starts anew, or the line breaks.
+        m_channel.synchronise(m_timings.probeTries,
+                              [this](SyncOutcome outcome) { onFound(outcome); });
+    });
 }
 
 void Modem::setUp()
@@ -190,8 +191,8 @@ void Modem::send(const SubmitPart &part, Followers followers)
         QMetaObject::invokeMethod(
             this,
             [this] {
-                Q_EMIT partFailed(PartSubmission::failureOf(
-                    SendProblem::NotSent, QStringLiteral("the modem isn't ready")));
+                Q_EMIT partFailed(
+                    PartSubmission::failureOf(SendProblem::NotSent, u"the modem isn't ready"_s));
             },
             Qt::QueuedConnection);
         return;
@@ -253,24 +254,21 @@ void Modem::test()
 {
     if (m_state != State::Ready) {
         const int code =
-            m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::PhoneBusy;
+            m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::phoneBusy;
         QMetaObject::invokeMethod(
             this,
-            [this, code] {
-                Q_EMIT tested(false, code, m_details, QStringLiteral("the modem isn't ready"));
-            },
+            [this, code] { Q_EMIT tested(false, code, m_details, u"the modem isn't ready"_s); },
             Qt::QueuedConnection);
         return;
     }
     m_state = State::Busy;
     m_testing = true;
-    m_dialogue.ask({QByteArrayLiteral("AT"), m_timings.probeMs, {}},
-                   [this](const AtAnswer &answer) {
-                       if (answer.isOk())
-                           testSim();
-                       else
-                           testAfterFindingBack();
-                   });
+    m_dialogue.ask({"AT"_ba, m_timings.probeMs, {}}, [this](const AtAnswer &answer) {
+        if (answer.isOk())
+            testSim();
+        else
+            testAfterFindingBack();
+    });
 }
 
 /// The device is there, but not where the talk had left it.
@@ -298,7 +296,7 @@ void Modem::onTested(const std::optional<ModemFailure> &failure)
         [this, failure](const std::optional<ModemFailure> &) {
             m_state = State::Ready;
             m_testing = false;
-            const ModemFailure result = failure.value_or(ModemFailure{ErrorCode::Ok, {}, false});
+            const ModemFailure result = failure.value_or(ModemFailure{ErrorCode::ok, {}, false});
             Q_EMIT tested(!failure, result.code, m_details, result.text);
         });
 }
@@ -309,7 +307,7 @@ void Modem::onBroken(LineError reason)
         return;
     const FailureRule rule = failureRule(reason);
     const QString detail = m_line->errorDetail();
-    fail({rule.code, detail.isEmpty() ? QStringLiteral("the line broke") : detail, false});
+    fail({rule.code, detail.isEmpty() ? u"the line broke"_s : detail, false});
 }
 
 void Modem::close()
@@ -332,7 +330,7 @@ void Modem::shutDown()
     m_submission.stop();
     if (testing)
         Q_EMIT tested(false, failureRule(LineError::NotOpen).code, m_details,
-                      QStringLiteral("the device was closed"));
+                      u"the device was closed"_s);
 }
 
 void Modem::fail(const ModemFailure &failure)
@@ -346,3 +344,5 @@ void Modem::fail(const ModemFailure &failure)
     if (m_opening == opening)
         Q_EMIT failed(failure);
 }
+
+} // namespace norvane

@@ -16,6 +16,8 @@
 #include <functional>
 #include <memory>
 
+namespace norvane {
+
 /// A GSM device: from opening its line to sending parts of messages. Everything is asynchronous;
 /// each request is answered by one signal, told with each. Failures never close the object: it can
 /// be opened again, any time.
@@ -65,7 +67,7 @@ public:
     void close();
 
     /// A PIN has left, and its outcome is still to come, within a minute: closed now, the modem
-    /// could never try that PIN on that SIM again. After it comes `pinSettled`, or `failed`.
+    /// could never try that PIN on that SIM again. After it comes `pinResolved`, or `failed`.
     bool awaitsPinOutcome() const { return m_unlock.awaitsPinOutcome(); }
 
     /// Sends one part: `partAccepted` or `partFailed`, and after the latter `failed` if the device
@@ -99,7 +101,7 @@ Q_SIGNALS:
     /// A line that the device sent by itself.
     void unsolicited(const QByteArray &line);
     /// The SIM has taken its PIN.
-    void pinSettled();
+    void pinResolved();
     /// The device was told to restart its radio part.
     void functionalityReset();
 
@@ -107,7 +109,7 @@ private:
     void openLine();
     void failToOpen(LineError error, const QString &device);
     void searchOrFail(const ModemFailure &failure);
-    void talk();
+    void startDialogue();
     void onLate();
     void onFound(SyncOutcome outcome);
     void resetFunctionality();
@@ -147,3 +149,5 @@ private:
     /// Counts the openings, so that a postponed step can be told from a later opening's.
     quint64 m_opening = 0;
 };
+
+} // namespace norvane

@@ -5,6 +5,10 @@
 
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 SendFailure failureOfResult(const AtAnswer &answer)
@@ -18,7 +22,7 @@ SendFailure failureOfResult(const AtAnswer &answer)
     failure.text = QString::fromLatin1(result.text);
     failure.rule = failureRule(result);
     // The device gave up waiting for the network, which may have taken the part all the same.
-    failure.mayBeDelivered = answer.payloadLeft && failure.rule.code == ErrorCode::NetworkTimeout;
+    failure.mayBeDelivered = answer.payloadLeft && failure.rule.code == ErrorCode::networkTimeout;
     return failure;
 }
 
@@ -57,20 +61,20 @@ void PartSubmission::keepLinkThenSubmit(const SubmitPart &part, Done done)
 void PartSubmission::submit(const SubmitPart &part, Done done)
 {
     m_link.onSending();
-    m_channel.submit(
-        {QByteArrayLiteral("AT+CMGS=") + QByteArray::number(part.length), m_timings.promptMs, {}},
-        part.hex, m_timings.sendMs, [this, done = std::move(done)](const AtAnswer &answer) {
-            const Outcome outcome = outcomeOf(answer);
-            m_link.onSent(answer.end == AtAnswer::End::Final && outcome.accepted);
-            done(outcome);
-        });
+    m_channel.submit({"AT+CMGS="_ba + QByteArray::number(part.length), m_timings.promptMs, {}},
+                     part.hex, m_timings.sendMs,
+                     [this, done = std::move(done)](const AtAnswer &answer) {
+                         const Outcome outcome = outcomeOf(answer);
+                         m_link.onSent(answer.end == AtAnswer::End::Final && outcome.accepted);
+                         done(outcome);
+                     });
 }
 
 void PartSubmission::stop()
 {
     if (const Done done = std::exchange(m_awaitingLink, nullptr))
         done({Outcome::Device::Broken, false, -1,
-              failureOf(SendProblem::LineBrokenBefore, QStringLiteral("the device was lost"))});
+              failureOf(SendProblem::LineBrokenBefore, u"the device was lost"_s)});
 }
 
 PartSubmission::Outcome PartSubmission::outcomeOf(const AtAnswer &answer) const
@@ -100,7 +104,8 @@ SendFailure PartSubmission::failureWithoutResult(const AtAnswer &answer) const
                                             : SendProblem::LineBrokenBefore,
                          m_line.errorDetail());
     if (answer.payloadLeft)
-        return failureOf(SendProblem::LostAnswer,
-                         QStringLiteral("no answer after the part had left"));
-    return failureOf(SendProblem::NoPrompt, QStringLiteral("the device didn't ask for the part"));
+        return failureOf(SendProblem::LostAnswer, u"no answer after the part had left"_s);
+    return failureOf(SendProblem::NoPrompt, u"the device didn't ask for the part"_s);
 }
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Submits one part to the network: keeps the link up where more parts follow, hands the part over,
 /// and judges the answer.
 class PartSubmission
@@ -61,3 +63,5 @@ private:
     RelayLink m_link;
     Done m_awaitingLink; ///< of the part that waits for the link's command
 };
+
+} // namespace norvane

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// Which SIM it is, by what can be had while it is locked. One of the two is told at least.
 struct SimIdentity
 {
@@ -37,3 +39,5 @@ public:
     virtual void accepted(const SimIdentity &sim, const QString &pin) = 0;
     virtual void refused(const SimIdentity &sim, const QString &pin) = 0;
 };
+
+} // namespace norvane

@@ -9,9 +9,13 @@
 #include <algorithm>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr int s_probeTries = 2;
+constexpr int probeTries = 2;
 
 /// The device itself, or the path as it stands where there is none.
 QString deviceOf(const QString &port)
@@ -64,14 +68,14 @@ QStringList PortSearch::candidates()
         if (one.node != node)
             one = Known{node, 0, false};
         known.insert(device, one);
-        if (!one.isOther && one.asked < s_mostSilentTries)
+        if (!one.isOther && one.asked < maxSilentTries)
             rows.append({one.asked, port});
     }
     m_known = known;
     std::stable_sort(rows.begin(), rows.end(),
                      [](const auto &a, const auto &b) { return a.first < b.first; });
     QStringList ports;
-    for (const auto &[asked, port] : std::as_const(rows).mid(0, s_mostPorts))
+    for (const auto &[asked, port] : std::as_const(rows).mid(0, maxPorts))
         ports.append(port);
     return ports;
 }
@@ -97,11 +101,11 @@ void PortSearch::look(const QString &port)
     }
     ++m_known[m_device].asked;
     m_portLimit.start(m_timings.searchPortMs);
-    m_channel.synchronise(s_probeTries, [this, step = m_step](SyncOutcome outcome) {
+    m_channel.synchronise(probeTries, [this, step = m_step](SyncOutcome outcome) {
         if (step != m_step)
             return;
         if (outcome == SyncOutcome::Answered)
-            ask(QByteArrayLiteral("AT+CGSN"));
+            ask("AT+CGSN"_ba);
         else
             giveUpPort();
     });
@@ -125,7 +129,7 @@ void PortSearch::onAnswer(const QByteArray &command, const AtAnswer &answer)
         m_known[m_device].isOther = true;
         giveUpPort();
     } else if (answer.end == AtAnswer::End::Final && command == "AT+CGSN") {
-        ask(QByteArrayLiteral("AT+GSN"));
+        ask("AT+GSN"_ba);
     } else {
         giveUpPort();
     }
@@ -148,3 +152,5 @@ void PortSearch::finish(const QString &port)
         qCInfo(logDevice).noquote() << "the device has come back as" << port;
     finished(port);
 }
+
+} // namespace norvane

@@ -10,6 +10,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// Looks for a device that has come back under another name: asks the platform's serial ports, one
 /// after the other, for their IMEI, and nothing else. A port that another program has open is left
 /// alone. So is one behind which something else has answered, or nothing for many times, as long
@@ -24,9 +26,9 @@ public:
     using Finished = std::function<void(const QString &port)>;
 
     /// How often a port that says nothing is asked.
-    static constexpr int s_mostSilentTries = 8;
+    static constexpr int maxSilentTries = 8;
     /// How many ports one search asks at most.
-    static constexpr int s_mostPorts = 16;
+    static constexpr int maxPorts = 16;
 
     /// @param line, channel used during a search only; outlive this object, as `time` does
     PortSearch(SerialLine &line, AtChannel &channel, const ModemTimings &timings, Ports ports,
@@ -70,3 +72,5 @@ private:
     Timer m_nextPort;
     Deadline m_limit;
 };
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "TovekSMService/modem/device/RelayLink.h"
 
+namespace norvane {
+
 void RelayLink::onCommandAnswered(bool accepted)
 {
     m_isKnown = accepted;
@@ -23,3 +25,5 @@ void RelayLink::reset()
     m_isKnown = true;
     m_isKept = false;
 }
+
+} // namespace norvane

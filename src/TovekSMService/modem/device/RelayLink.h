@@ -5,6 +5,10 @@
 
 #include <QByteArray>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Whether the link to the network stays up between messages that follow one another.
 ///
 /// 3GPP TS 27.005, 3.5.6: with +CMMS=1 the device keeps the link until 1 to 5 seconds have passed
@@ -18,7 +22,7 @@ public:
     {}
 
     /// The command that keeps the link.
-    static QByteArray command() { return QByteArrayLiteral("AT+CMMS=1"); }
+    static QByteArray command() { return "AT+CMMS=1"_ba; }
     /// Whether the command has to go before a message that others follow. A device that refuses it
     /// isn't asked again before it is opened anew.
     bool isToBeKept() const { return m_isKnown && (!m_isKept || m_pause.hasExpired()); }
@@ -35,3 +39,5 @@ private:
     bool m_isKept = false;
     Deadline m_pause; ///< since the last answer; the link may be down when it has expired
 };
+
+} // namespace norvane

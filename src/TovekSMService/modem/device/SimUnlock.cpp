@@ -9,6 +9,10 @@
 #include <memory>
 #include <utility>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Numbers of +CME ERROR (3GPP TS 27.007, 9.2) on which this step branches.
@@ -30,11 +34,11 @@ enum Cme {
 SimState stateOfError(const AtResult &result)
 {
     if (result.kind == AtResult::Kind::NotSupported)
-        return SimState::NotTold;
+        return SimState::Unknown;
     const int number = failureNumber(result);
     switch (number) {
     case NotSupported:
-        return SimState::NotTold;
+        return SimState::Unknown;
     case SimNotInserted:
         return SimState::NotInserted;
     case SimPinRequired:
@@ -61,7 +65,7 @@ SimState stateOfError(const AtResult &result)
 /// A PIN is 4 to 8 digits (3GPP TS 31.101, 9.5.1). Nothing else may get between the quotes.
 bool isPin(const QString &text)
 {
-    static const QRegularExpression digits(QStringLiteral("\\A[0-9]{4,8}\\z"));
+    static const QRegularExpression digits(u"\\A[0-9]{4,8}\\z"_s);
     return digits.match(text).hasMatch();
 }
 
@@ -93,8 +97,8 @@ SimState simState(const AtAnswer &answer)
 }
 
 SimUnlock::SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
-                     std::function<void()> pinSettled, TimeSource &time)
-    : m_dialogue(dialogue), m_gate(gate), m_timings(timings), m_pinSettled(std::move(pinSettled)),
+                     std::function<void()> pinResolved, TimeSource &time)
+    : m_dialogue(dialogue), m_gate(gate), m_timings(timings), m_pinResolved(std::move(pinResolved)),
       m_poll(time), m_deadline(time)
 {
     QObject::connect(&m_poll, &Timer::timeout, &m_poll, [this] { look(); });
@@ -122,13 +126,12 @@ void SimUnlock::stop()
 
 void SimUnlock::look()
 {
-    m_dialogue.ask(
-        {QByteArrayLiteral("AT+CPIN?"), m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-            if (m_attempted && failureNumber(answer.result) == IncorrectPassword)
-                refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM refuses the PIN"));
-            else
-                onState(simState(answer));
-        });
+    m_dialogue.ask({"AT+CPIN?"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
+        if (m_attempted && failureNumber(answer.result) == IncorrectPassword)
+            refuse(ErrorCode::incorrectPassword, u"the SIM refuses the PIN"_s);
+        else
+            onState(simState(answer));
+    });
 }
 
 void SimUnlock::onState(SimState state)
@@ -139,54 +142,50 @@ void SimUnlock::onState(SimState state)
             noteAccepted();
         finish(std::nullopt);
         return;
-    case SimState::NotTold:
+    case SimState::Unknown:
         finish(std::nullopt);
         return;
     case SimState::Pin:
         onPinAsked();
         return;
     case SimState::Puk:
-        refuse(ErrorCode::SimPukRequired, QStringLiteral("the SIM asks for its PUK"));
+        refuse(ErrorCode::simPukRequired, u"the SIM asks for its PUK"_s);
         return;
     case SimState::Pin2:
-        finish(ModemFailure{ErrorCode::SimPin2Required, QStringLiteral("the SIM asks for its PIN2"),
-                            true});
+        finish(ModemFailure{ErrorCode::simPin2Required, u"the SIM asks for its PIN2"_s, true});
         return;
     case SimState::Puk2:
-        finish(ModemFailure{ErrorCode::SimPuk2Required, QStringLiteral("the SIM asks for its PUK2"),
-                            true});
+        finish(ModemFailure{ErrorCode::simPuk2Required, u"the SIM asks for its PUK2"_s, true});
         return;
     case SimState::DeviceLocked:
-        finish(ModemFailure{ErrorCode::PhoneSecurity,
-                            QStringLiteral("the device is locked by a code of its own"), true});
+        finish(ModemFailure{ErrorCode::phoneSecurity,
+                            u"the device is locked by a code of its own"_s, true});
         return;
     case SimState::NotInserted:
         onNotInserted();
         return;
     case SimState::Failed:
-        finish(ModemFailure{ErrorCode::SimCommunication,
-                            QStringLiteral("the device rejects the SIM"), false});
+        finish(ModemFailure{ErrorCode::simCommunication, u"the device rejects the SIM"_s, false});
         return;
     case SimState::Unexpected:
-        finish(ModemFailure{ErrorCode::UnexpectedAnswer, QStringLiteral("unknown state of the SIM"),
-                            false});
+        finish(ModemFailure{ErrorCode::unexpectedAnswer, u"unknown state of the SIM"_s, false});
         return;
     case SimState::Busy:
-        lookLater(ErrorCode::SimCommunication, QStringLiteral("the SIM isn't ready"));
+        retryLater(ErrorCode::simCommunication, u"the SIM isn't ready"_s);
         return;
     }
 }
 
 void SimUnlock::onNotInserted()
 {
-    const QString text = QStringLiteral("no SIM is inserted");
+    const QString text = u"no SIM is inserted"_s;
     if (m_presence == SimPresence::JustPowered)
-        lookLater(ErrorCode::SimNotInserted, text);
+        retryLater(ErrorCode::simNotInserted, text);
     else
-        finish(ModemFailure{ErrorCode::SimNotInserted, text, false});
+        finish(ModemFailure{ErrorCode::simNotInserted, text, false});
 }
 
-void SimUnlock::lookLater(int code, const QString &text)
+void SimUnlock::retryLater(int code, const QString &text)
 {
     if (m_deadline.hasExpired())
         finish(ModemFailure{code, text, false});
@@ -199,13 +198,12 @@ void SimUnlock::onPinAsked()
     if (m_attempted && !m_deadline.hasExpired()) {
         m_poll.start(m_timings.simPollMs); // the device may be slow to say that the PIN was right
     } else if (m_attempted) {
-        refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM doesn't take the PIN"));
+        refuse(ErrorCode::incorrectPassword, u"the SIM doesn't take the PIN"_s);
     } else if (m_pin.isEmpty()) {
-        finish(ModemFailure{ErrorCode::SimPinRequired,
-                            QStringLiteral("the SIM asks for a PIN and none is set"), true});
+        finish(ModemFailure{ErrorCode::simPinRequired, u"the SIM asks for a PIN and none is set"_s,
+                            true});
     } else if (!isPin(m_pin)) {
-        finish(ModemFailure{ErrorCode::IncorrectPassword,
-                            QStringLiteral("the PIN isn't 4 to 8 digits"), true});
+        finish(ModemFailure{ErrorCode::incorrectPassword, u"the PIN isn't 4 to 8 digits"_s, true});
     } else {
         identify();
     }
@@ -236,8 +234,8 @@ void SimUnlock::onIdentified()
 {
     const bool uncertain = m_iccid.isEmpty() && (m_numberUncertain || m_details->imei.isEmpty());
     if (uncertain)
-        lookLater(ErrorCode::SimCommunication,
-                  QStringLiteral("neither the SIM nor the device tells its number"));
+        retryLater(ErrorCode::simCommunication,
+                   u"neither the SIM nor the device tells its number"_s);
     else
         askTries();
 }
@@ -250,12 +248,10 @@ void SimUnlock::askTries()
         return std::optional<ModemFailure>();
     };
     const int limit = m_timings.commandMs;
-    m_dialogue.askAll({{{QByteArrayLiteral("AT+CPINR=\"SIM PIN\""), limit, {}}, take, {}, true},
-                       {{QByteArrayLiteral("AT^CPIN?"), limit, {}},
-                        take,
-                        [tries] { return !tries->has_value(); },
-                        true}},
-                      [this, tries](const std::optional<ModemFailure> &) { decide(*tries); });
+    m_dialogue.askAll(
+        {{{"AT+CPINR=\"SIM PIN\""_ba, limit, {}}, take, {}, true},
+         {{"AT^CPIN?"_ba, limit, {}}, take, [tries] { return !tries->has_value(); }, true}},
+        [this, tries](const std::optional<ModemFailure> &) { decide(*tries); });
 }
 
 void SimUnlock::decide(std::optional<int> triesLeft)
@@ -265,19 +261,17 @@ void SimUnlock::decide(std::optional<int> triesLeft)
         tryPin();
         return;
     case PinGate::Decision::AlreadyTried:
-        finish(ModemFailure{
-            ErrorCode::IncorrectPassword,
-            QStringLiteral("this PIN was tried on this SIM before and not accepted"), true});
+        finish(ModemFailure{ErrorCode::incorrectPassword,
+                            u"this PIN was tried on this SIM before and not accepted"_s, true});
         return;
     case PinGate::Decision::TooFewTries:
-        finish(ModemFailure{ErrorCode::SimPinRequired,
-                            QStringLiteral("the SIM has too few tries left to try a PIN on it"),
-                            true});
+        finish(ModemFailure{ErrorCode::simPinRequired,
+                            u"the SIM has too few tries left to try a PIN on it"_s, true});
         return;
     case PinGate::Decision::NotRecorded:
-        finish(ModemFailure{
-            ErrorCode::SimPinRequired,
-            QStringLiteral("the attempt can't be put on record, so the PIN isn't tried"), false});
+        finish(ModemFailure{ErrorCode::simPinRequired,
+                            u"the attempt can't be put on record, so the PIN isn't tried"_s,
+                            false});
         return;
     }
 }
@@ -297,12 +291,11 @@ void SimUnlock::onPinAnswer(const AtAnswer &answer)
     if (answer.end == AtAnswer::End::Final && !answer.isOk()) {
         const int number = failureNumber(answer.result);
         if (number == IncorrectPassword) {
-            refuse(ErrorCode::IncorrectPassword, QStringLiteral("the SIM refuses the PIN"));
+            refuse(ErrorCode::incorrectPassword, u"the SIM refuses the PIN"_s);
             return;
         }
         if (number == SimPukRequired) {
-            refuse(ErrorCode::SimPukRequired,
-                   QStringLiteral("the SIM refuses the PIN and asks for its PUK"));
+            refuse(ErrorCode::simPukRequired, u"the SIM refuses the PIN and asks for its PUK"_s);
             return;
         }
     }
@@ -316,7 +309,7 @@ void SimUnlock::noteAccepted()
     m_attempted = false;
     m_awaitsPinOutcome = false;
     m_gate.accepted(sim(), m_pin);
-    m_pinSettled();
+    m_pinResolved();
 }
 
 void SimUnlock::refuse(int code, const QString &text)
@@ -338,3 +331,5 @@ SimIdentity SimUnlock::sim() const
 {
     return {m_iccid, m_details->imei};
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
 /// What a SIM waits for.
 enum class SimState {
     Ready,
@@ -19,7 +21,7 @@ enum class SimState {
     NotInserted,
     Busy, ///< not ready yet, or no clear word: worth another look
     Failed,
-    NotTold, ///< the device doesn't know the question
+    Unknown, ///< the device doesn't know the question
     Unexpected,
 };
 
@@ -38,9 +40,9 @@ class SimUnlock
 public:
     using Finished = AtDialogue::Finished;
 
-    /// @param pinSettled called when the SIM has taken a PIN; not from where the talk may be ended
+    /// @param pinResolved called when the SIM has taken a PIN; not from where the talk may be ended
     SimUnlock(AtDialogue &dialogue, PinGate &gate, const ModemTimings &timings,
-              std::function<void()> pinSettled, TimeSource &time = TimeSource::system());
+              std::function<void()> pinResolved, TimeSource &time = TimeSource::system());
 
     /// @param details its IMEI is asked for where the SIM has to be told from others and doesn't
     ///                tell its own number
@@ -64,7 +66,7 @@ private:
     void decide(std::optional<int> triesLeft);
     void tryPin();
     void onPinAnswer(const AtAnswer &answer);
-    void lookLater(int code, const QString &text);
+    void retryLater(int code, const QString &text);
     void refuse(int code, const QString &text);
     void noteAccepted();
     void finish(const std::optional<ModemFailure> &failure);
@@ -73,7 +75,7 @@ private:
     AtDialogue &m_dialogue;
     PinGate &m_gate;
     const ModemTimings m_timings;
-    const std::function<void()> m_pinSettled;
+    const std::function<void()> m_pinResolved;
     Timer m_poll;
     Deadline m_deadline;
 
@@ -88,3 +90,5 @@ private:
     /// The SIM wasn't ready to tell its number.
     bool m_numberUncertain = false;
 };
+
+} // namespace norvane

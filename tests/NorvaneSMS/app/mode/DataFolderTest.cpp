@@ -12,6 +12,10 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Files that fail to make folders, and where told do so because someone else was first.
@@ -49,18 +53,18 @@ class DataFolderTest : public ::testing::Test
 protected:
     DataFolderTest()
     {
-        platform.ownFolder = m_folder.filePath(u"own"_qs);
-        platform.commonData = m_folder.filePath(u"data"_qs);
-        platform.programFiles = u"/opt"_qs;
+        platform.ownFolder = m_folder.filePath(u"own"_s);
+        platform.commonData = m_folder.filePath(u"data"_s);
+        platform.programFiles = u"/opt"_s;
         QDir().mkpath(platform.ownFolder);
         QDir().mkpath(platform.commonData);
     }
 
-    QString tree() const { return platform.commonData + QStringLiteral("/KELD/Norvane"); }
+    QString tree() const { return platform.commonData + u"/KELD/Norvane"_s; }
 
     void writeConfiguration(const QByteArray &text) const
     {
-        QFile file(platform.ownFolder + QStringLiteral("/Norvane.ini"));
+        QFile file(platform.ownFolder + u"/Norvane.ini"_s);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(text);
     }
@@ -94,7 +98,7 @@ TEST_F(DataFolderTest, valueOfTheFileIsTakenAndTheTreeMadeAllTheSame)
 {
     writeConfiguration("[General]\r\nDataFolder=/srv/norvane\r\n");
     EXPECT_TRUE(resolve());
-    EXPECT_EQ(dataFolder, u"/srv/norvane"_qs);
+    EXPECT_EQ(dataFolder, u"/srv/norvane"_s);
     EXPECT_TRUE(QFileInfo(tree()).isDir());
 }
 
@@ -111,7 +115,7 @@ TEST_F(DataFolderTest, emptyOrMissingValueGivesTheTree)
 
 TEST_F(DataFolderTest, valueIsTakenAsItStandsAndItsFolderNotMade)
 {
-    const QString wanted = platform.commonData + QStringLiteral("/wanted");
+    const QString wanted = platform.commonData + u"/wanted"_s;
     writeConfiguration("[General]\nDataFolder=" + wanted.toUtf8() + "\n");
     EXPECT_TRUE(resolve());
     EXPECT_EQ(dataFolder, wanted);
@@ -119,7 +123,7 @@ TEST_F(DataFolderTest, valueIsTakenAsItStandsAndItsFolderNotMade)
 
     writeConfiguration("[General]\nDataFolder=%CommonAppDataFolder%/a/%PrimaryVolumePath%\n");
     EXPECT_TRUE(resolve());
-    EXPECT_EQ(dataFolder, u"%CommonAppDataFolder%/a/%PrimaryVolumePath%"_qs);
+    EXPECT_EQ(dataFolder, u"%CommonAppDataFolder%/a/%PrimaryVolumePath%"_s);
 }
 
 TEST_F(DataFolderTest, valueEndsAfterFiveHundredAndTwelveCharacters)
@@ -134,7 +138,7 @@ TEST_F(DataFolderTest, valueEndsAfterFiveHundredAndTwelveCharacters)
 
 TEST_F(DataFolderTest, folderOfTheConfigurationsNameIsNoConfiguration)
 {
-    QDir().mkpath(platform.ownFolder + QStringLiteral("/Norvane.ini"));
+    QDir().mkpath(platform.ownFolder + u"/Norvane.ini"_s);
     EXPECT_FALSE(resolve());
     EXPECT_EQ(dataFolder, QString());
 }
@@ -144,28 +148,28 @@ TEST_F(DataFolderTest, withoutACommonDataFolderTheTreeLiesInTheProgramsOwn)
     platform.commonData.clear();
     writeConfiguration("");
     EXPECT_TRUE(resolve());
-    EXPECT_EQ(dataFolder, platform.ownFolder + QStringLiteral("/KELD/Norvane"));
+    EXPECT_EQ(dataFolder, platform.ownFolder + u"/KELD/Norvane"_s);
     EXPECT_TRUE(QFileInfo(dataFolder).isDir());
 }
 
 TEST_F(DataFolderTest, folderThatIsNotThereYetIsMadeFromTheTop)
 {
-    platform.commonData += QStringLiteral("/not/yet");
+    platform.commonData += u"/not/yet"_s;
     EXPECT_FALSE(resolve());
     EXPECT_TRUE(QFileInfo(tree()).isDir());
 }
 
 TEST_F(DataFolderTest, tokenInTheNameOfAFolderIsNotExpandedAgain)
 {
-    platform.commonData += QStringLiteral("/%PrimaryVolumePath%");
+    platform.commonData += u"/%PrimaryVolumePath%"_s;
     writeConfiguration("");
     EXPECT_TRUE(resolve());
-    EXPECT_EQ(dataFolder, platform.commonData + QStringLiteral("/KELD/Norvane"));
+    EXPECT_EQ(dataFolder, platform.commonData + u"/KELD/Norvane"_s);
 }
 
 TEST_F(DataFolderTest, folderThatCannotBeMadeFails)
 {
-    QFile inTheWay(platform.commonData + QStringLiteral("/KELD"));
+    QFile inTheWay(platform.commonData + u"/KELD"_s);
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     writeConfiguration("[General]\nDataFolder=/srv/norvane\n");
     const auto failure = raisedFailure([&] { resolve(); });
@@ -185,7 +189,7 @@ TEST_F(DataFolderTest, failureOfThePlatformKeepsItsNumber)
             number)
             << error;
         // The first failure ends it.
-        EXPECT_EQ(files.asked, (QStringList{platform.commonData + QStringLiteral("/KELD/")}));
+        EXPECT_EQ(files.asked, (QStringList{platform.commonData + u"/KELD/"_s}));
     }
 }
 
@@ -199,3 +203,5 @@ TEST_F(DataFolderTest, folderThatAnotherConsoleMakesAtTheSameMomentIsWelcome)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace norvane {
+
 /// An operating system whose answers a test sets.
 class MadeUpPlatform : public Platform
 {
@@ -40,3 +42,5 @@ public:
     std::function<void(qint32)> onLocaleItem;
     std::function<void()> onCommonAppDataFolder;
 };
+
+} // namespace norvane

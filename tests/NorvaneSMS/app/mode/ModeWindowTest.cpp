@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 constexpr QSize FullHd(1920 * 15, 1080 * 15);
@@ -44,3 +46,5 @@ TEST(ModeWindowTest, maximumHeightGoesByTheHorizontalMeasure)
 }
 
 } // namespace
+
+} // namespace norvane

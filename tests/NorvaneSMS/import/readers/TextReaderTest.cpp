@@ -7,12 +7,16 @@
 
 #include <cerrno>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 class TextReader : public ::testing::Test
 {
 protected:
     QString write(const QByteArray &bytes) const
     {
-        const QString path = folder.filePath(QStringLiteral("list.txt"));
+        const QString path = folder.filePath(u"list.txt"_s);
         writeFile(path, bytes);
         return path;
     }
@@ -47,57 +51,57 @@ TEST_F(TextReader, anEmptyFileGivesNothing)
 TEST_F(TextReader, aLineEndsAtACarriageReturnWithOrWithoutALineFeed)
 {
     const QList<std::pair<QByteArray, S>> cases{
-        {"1\r2\r\n3", {u"1"_qs, u"2"_qs, u"3"_qs}},
-        {"1\r\n2\r\n", {u"1"_qs, u"2"_qs}},
-        {"1\n2\n", {u"1\n2\n"_qs}},
-        {"1\n\r2", {u"1\n"_qs, u"2"_qs}},
-        {"1\r\n\n2", {u"1"_qs, u"\n2"_qs}},
-        {QByteArray("1\0002\r3", 5), {QString::fromLatin1("1\0002", 3), u"3"_qs}},
+        {"1\r2\r\n3", {u"1"_s, u"2"_s, u"3"_s}},
+        {"1\r\n2\r\n", {u"1"_s, u"2"_s}},
+        {"1\n2\n", {u"1\n2\n"_s}},
+        {"1\n\r2", {u"1\n"_s, u"2"_s}},
+        {"1\r\n\n2", {u"1"_s, u"\n2"_s}},
+        {QByteArray("1\0002\r3", 5), {QString::fromLatin1("1\0002", 3), u"3"_s}},
     };
-    for (qsizetype most = 1; most < 8; ++most) {
-        streams.onRead = [most](qsizetype &count) {
-            count = most;
+    for (qsizetype max = 1; max < 8; ++max) {
+        streams.onRead = [max](qsizetype &count) {
+            count = max;
             return 0;
         };
         for (const auto &[bytes, lines] : cases)
-            EXPECT_EQ(read(bytes), lines) << bytes.toPercentEncoding().toStdString() << most;
+            EXPECT_EQ(read(bytes), lines) << bytes.toPercentEncoding().toStdString() << max;
     }
 }
 
 TEST_F(TextReader, linesWithoutANumberAreSkippedAndCounted)
 {
-    EXPECT_EQ(read("\r\n  - \r\n|Ana\r\n - |Rui\r\n5"), S{u"5"_qs});
-    EXPECT_TRUE(recipients.itemExists(u"K5"_qs));
+    EXPECT_EQ(read("\r\n  - \r\n|Ana\r\n - |Rui\r\n5"), S{u"5"_s});
+    EXPECT_TRUE(recipients.itemExists(u"K5"_s));
 }
 
 TEST_F(TextReader, aLineStaysAsItIsUnderItsCleanedNumber)
 {
-    EXPECT_EQ(read("912 345 678|Ana|Lisboa", Duplicates::Remove), S{u"912 345 678|Ana|Lisboa"_qs});
-    EXPECT_TRUE(recipients.itemExists(u"912345678"_qs));
+    EXPECT_EQ(read("912 345 678|Ana|Lisboa", Duplicates::Remove), S{u"912 345 678|Ana|Lisboa"_s});
+    EXPECT_TRUE(recipients.itemExists(u"912345678"_s));
 }
 
 TEST_F(TextReader, lettersAloneAreANumber)
 {
-    EXPECT_EQ(read("abc\tdef.()+"), S{u"abc\tdef.()+"_qs});
+    EXPECT_EQ(read("abc\tdef.()+"), S{u"abc\tdef.()+"_s});
 }
 
 TEST_F(TextReader, theSameNumberTwiceIsTwoItemsWithTheFlagOff)
 {
-    EXPECT_EQ(read("912345678\r912345678"), (S{u"912345678"_qs, u"912345678"_qs}));
-    EXPECT_TRUE(recipients.itemExists(u"K1"_qs));
-    EXPECT_TRUE(recipients.itemExists(u"K2"_qs));
+    EXPECT_EQ(read("912345678\r912345678"), (S{u"912345678"_s, u"912345678"_s}));
+    EXPECT_TRUE(recipients.itemExists(u"K1"_s));
+    EXPECT_TRUE(recipients.itemExists(u"K2"_s));
 }
 
 TEST_F(TextReader, theFirstOfTwoLinesOfANumberStaysWithTheFlagOn)
 {
-    EXPECT_EQ(read("912345678|Ana\r912345678|Rui", Duplicates::Remove), S{u"912345678|Ana"_qs});
+    EXPECT_EQ(read("912345678|Ana\r912345678|Rui", Duplicates::Remove), S{u"912345678|Ana"_s});
     EXPECT_EQ(read("912 345-678\r912345678\rABC\rabc", Duplicates::Remove),
-              (S{u"912 345-678"_qs, u"ABC"_qs}));
+              (S{u"912 345-678"_s, u"ABC"_s}));
 }
 
 TEST_F(TextReader, bytesAreReadInTheAnsiCodePage)
 {
-    EXPECT_EQ(read("1|Jos\xE9 10\x80"), S{u"1|Jos\u00E9 10\u20AC"_qs});
+    EXPECT_EQ(read("1|Jos\xE9 10\x80"), S{u"1|Jos\u00E9 10\u20AC"_s});
 }
 
 TEST_F(TextReader, aByteOrderMarkIsPartOfTheFirstLine)
@@ -105,36 +109,36 @@ TEST_F(TextReader, aByteOrderMarkIsPartOfTheFirstLine)
     EXPECT_EQ(read("\xEF\xBB\xBF"
                    "912345678",
                    Duplicates::Remove),
-              S{u"\u00EF\u00BB\u00BF912345678"_qs});
-    EXPECT_FALSE(recipients.itemExists(u"912345678"_qs));
+              S{u"\u00EF\u00BB\u00BF912345678"_s});
+    EXPECT_FALSE(recipients.itemExists(u"912345678"_s));
 }
 
 TEST_F(TextReader, whatWasReadBeforeAFailureStaysAndTheFilesNumberStaysInUse)
 {
     int readings = 0;
-    streams.onRead = [&](qsizetype &most) {
-        most = 3;
+    streams.onRead = [&](qsizetype &max) {
+        max = 3;
         return ++readings > 3 ? EIO : 0;
     };
     EXPECT_EQ(raisedNumber([&] { read("1\r2\r3\r4\r5\r6\r7\r"); }), 57);
-    EXPECT_EQ(items(), (S{u"1"_qs, u"2"_qs, u"3"_qs, u"4"_qs}));
+    EXPECT_EQ(items(), (S{u"1"_s, u"2"_s, u"3"_s, u"4"_s}));
     EXPECT_EQ(streams.openStreams, 1);
 
     streams.onRead = nullptr;
     EXPECT_EQ(raisedNumber([&] { read("1"); }), 55);
-    files.close(TextFileNumber);
-    EXPECT_EQ(read("1"), S{u"1"_qs});
+    files.close(textFileNumber);
+    EXPECT_EQ(read("1"), S{u"1"_s});
     EXPECT_EQ(streams.openStreams, 0);
 }
 
 TEST_F(TextReader, aFileThatDoesNotOpenLeavesItsNumberFree)
 {
     EXPECT_EQ(raisedNumber([&] {
-                  readTextRecipients(files, folder.filePath(u"none"_qs), Duplicates::Keep,
+                  readTextRecipients(files, folder.filePath(u"none"_s), Duplicates::Keep,
                                      recipients);
               }),
               53);
-    EXPECT_EQ(read("1"), S{u"1"_qs});
+    EXPECT_EQ(read("1"), S{u"1"_s});
 }
 
 TEST_F(TextReader, aNumberThatIsNotInUseIsAFailure)
@@ -144,3 +148,5 @@ TEST_F(TextReader, aNumberThatIsNotInUseIsAFailure)
     files.openForInput(2, write(""));
     EXPECT_EQ(raisedNumber([&] { files.lineInput(2); }), 62);
 }
+
+} // namespace norvane

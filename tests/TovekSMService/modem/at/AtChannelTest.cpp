@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class Channel : public testing::Test
@@ -21,7 +25,7 @@ protected:
         return timings;
     }
 
-    Channel() { m_line.open(QStringLiteral("/dev/fake"), 9600); }
+    Channel() { m_line.open(u"/dev/fake"_s, 9600); }
 
     bool until(const std::function<bool()> &condition) { return m_time.until(condition); }
 
@@ -64,7 +68,7 @@ TEST_F(Channel, collectsTheLinesOfAnAnswer)
 TEST_F(Channel, keepsABoundedNumberOfLines)
 {
     m_line.answers.insert("AT+X", QByteArray("line\r\n").repeated(10000) + "OK\r\n");
-    EXPECT_EQ(run("AT+X").lines.size(), AtChannel::s_mostLines);
+    EXPECT_EQ(run("AT+X").lines.size(), AtChannel::maxLines);
 }
 
 TEST_F(Channel, endsACommandAtItsTimeLimitHoweverMuchTheDeviceTalks)
@@ -239,3 +243,5 @@ TEST_F(Channel, thePayloadLeavesOnlyAtThePrompt)
 }
 
 } // namespace
+
+} // namespace norvane

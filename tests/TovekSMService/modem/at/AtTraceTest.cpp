@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QStringList g_logged;
@@ -23,8 +27,8 @@ protected:
     Trace()
     {
         g_logged.clear();
-        m_line.open(QStringLiteral("/dev/fake"), 9600);
-        QLoggingCategory::setFilterRules(QStringLiteral("engine.*.debug=true"));
+        m_line.open(u"/dev/fake"_s, 9600);
+        QLoggingCategory::setFilterRules(u"engine.*.debug=true"_s);
         m_handler = qInstallMessageHandler(note);
     }
     ~Trace() override
@@ -143,7 +147,7 @@ TEST_F(Trace, showsNoPieceOfAPinWhoseEchoIsCutInTwo)
     for (int at = 0; at <= command.size() + 8; ++at) {
         m_line.interjectAfter = at;
         run(command);
-        expectNothingOf(piecesOf("47119", 1), QStringLiteral("cut after %1").arg(at));
+        expectNothingOf(piecesOf("47119", 1), u"cut after %1"_s.arg(at));
     }
 }
 
@@ -188,14 +192,14 @@ TEST_F(Trace, showsNoMessageThatIsSent)
     m_line.echo = true;
     submit(payload);
     const QStringList log = takeLog();
-    EXPECT_EQ(log.first(), QStringLiteral("-> AT+CMGS=23"));
-    EXPECT_TRUE(log.contains(QStringLiteral("-> ****"))) << qPrintable(log.join(u'\n'));
-    EXPECT_TRUE(log.contains(QStringLiteral("<- +CMGS: 42"))) << qPrintable(log.join(u'\n'));
+    EXPECT_EQ(log.first(), u"-> AT+CMGS=23"_s);
+    EXPECT_TRUE(log.contains(u"-> ****"_s)) << qPrintable(log.join(u'\n'));
+    EXPECT_TRUE(log.contains(u"<- +CMGS: 42"_s)) << qPrintable(log.join(u'\n'));
     m_line.interjection = "\r\n+CREG: 1\r\n";
     for (int at = 0; at <= payload.size() + 20; ++at) {
         m_line.interjectAfter = at;
         submit(payload);
-        expectNothingOf(piecesOf(payload, 4), QStringLiteral("cut after %1").arg(at));
+        expectNothingOf(piecesOf(payload, 4), u"cut after %1"_s.arg(at));
     }
 }
 
@@ -212,3 +216,5 @@ TEST_F(Trace, showsNoMessageThatComes)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "TovekSMService/modem/at/FakeModemLine.h"
 
+namespace norvane {
+
 LineError FakeModemLine::open(const QString &device, int baud)
 {
     openedDevice = device;
@@ -172,3 +174,5 @@ void makeOrdinary(FakeModemLine &line)
     for (const auto &[command, reply] : told)
         line.answers.insert(command, FakeModemLine::info(reply));
 }
+
+} // namespace norvane

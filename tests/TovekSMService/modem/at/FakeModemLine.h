@@ -9,6 +9,8 @@
 #include <functional>
 #include <optional>
 
+namespace norvane {
+
 /// A line with a small modem at its other end, all in memory. What it answers is set by the public
 /// members; it answers at the next turn of the event loop, never from within `write`.
 class FakeModemLine : public SerialLine
@@ -86,3 +88,5 @@ private:
 
 /// Gives the modem an ordinary device: unlocked SIM, registered, all details told.
 void makeOrdinary(FakeModemLine &line);
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(PortParameter, readsDeviceAndSpeed)
@@ -61,7 +65,9 @@ TEST(PortParameter, givesNothingForAnythingElse)
                              "COM\xD9\xA1, 9600",
                              ", 9600"})
         EXPECT_FALSE(parsePortParameter(QString::fromUtf8(text)).has_value()) << text;
-    EXPECT_FALSE(parsePortParameter(QStringLiteral("/dev/x") + QChar(u'\0')).has_value());
+    EXPECT_FALSE(parsePortParameter(u"/dev/x"_s + QChar(u'\0')).has_value());
 }
 
 } // namespace
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace norvane {
+
 PtyModem::PtyModem() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
 {
     if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0)
@@ -64,3 +66,5 @@ void PtyModem::answer()
         say(m_turns.takeFirst().says);
     }
 }
+
+} // namespace norvane

@@ -8,6 +8,8 @@
 
 #include <memory>
 
+namespace norvane {
+
 /// The far end of a pseudo-terminal, which plays a transcript: whenever what it has read ends with
 /// the next line of the transcript, it writes that line's answer.
 class PtyModem : public QObject
@@ -48,3 +50,5 @@ private:
     QByteArray m_pending;
     bool m_forever = false;
 };
+
+} // namespace norvane

@@ -14,17 +14,21 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Longer than any test lasts, in milliseconds.
-constexpr int s_patience = 24 * 3'600'000;
+constexpr int patience = 24 * 3'600'000;
 
 /// Limits that no machine is too slow for.
 ModemTimings patientTimings()
 {
     ModemTimings timings;
-    timings.probeMs = s_patience;
-    timings.drainMs = s_patience;
+    timings.probeMs = patience;
+    timings.drainMs = patience;
     timings.quietMs = 5;
     return timings;
 }
@@ -64,7 +68,7 @@ TEST(QtSerialPortLine, opensADeviceThroughALinkAndAtAnySpeedThatItTakes)
 {
     const QTemporaryDir folder;
     PtyModem device;
-    const QString link = folder.filePath(QStringLiteral("the modem, at last"));
+    const QString link = folder.filePath(u"the modem, at last"_s);
     ASSERT_TRUE(QFile::link(device.path(), link));
     QtSerialPortLine line;
     for (const int baud : {1200, 9600, 115200, 460800}) {
@@ -79,20 +83,19 @@ TEST(QtSerialPortLine, opensADeviceThroughALinkAndAtAnySpeedThatItTakes)
 TEST(QtSerialPortLine, tellsWhatIsNoDeviceOfItsKind)
 {
     const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("file")));
+    QFile file(folder.filePath(u"file"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    const QString dangling = folder.filePath(QStringLiteral("dangling"));
-    ASSERT_TRUE(QFile::link(QStringLiteral("/nowhere/modem"), dangling));
+    const QString dangling = folder.filePath(u"dangling"_s);
+    ASSERT_TRUE(QFile::link(u"/nowhere/modem"_s, dangling));
 
     QtSerialPortLine line;
-    EXPECT_EQ(asInt(line.open(QStringLiteral("/dev/no-such-modem"), 9600)),
-              asInt(LineError::NoSuchDevice));
-    EXPECT_EQ(line.errorDetail(), QStringLiteral("/dev/no-such-modem"));
+    EXPECT_EQ(asInt(line.open(u"/dev/no-such-modem"_s, 9600)), asInt(LineError::NoSuchDevice));
+    EXPECT_EQ(line.errorDetail(), u"/dev/no-such-modem"_s);
     EXPECT_EQ(asInt(line.open(dangling, 9600)), asInt(LineError::NoSuchDevice));
     EXPECT_EQ(asInt(line.open(QString(), 9600)), asInt(LineError::NoSuchDevice));
     EXPECT_EQ(asInt(line.open(file.fileName(), 9600)), asInt(LineError::NotSerial));
     EXPECT_EQ(asInt(line.open(folder.path(), 9600)), asInt(LineError::NotSerial));
-    EXPECT_EQ(asInt(line.open(QStringLiteral("/dev/null"), 9600)), asInt(LineError::NotSerial));
+    EXPECT_EQ(asInt(line.open(u"/dev/null"_s, 9600)), asInt(LineError::NotSerial));
     PtyModem device;
     EXPECT_EQ(asInt(line.open(device.path(), 0)), asInt(LineError::UnsupportedSpeed));
     EXPECT_FALSE(line.isOpen());
@@ -115,18 +118,18 @@ TEST(QtSerialPortLine, namesTheProgramThatHoldsTheDevice)
 {
     PtyModem device;
     QProcess holder;
-    holder.start(QStringLiteral("cat"), {});
+    holder.start(u"cat"_s, {});
     ASSERT_TRUE(holder.waitForStarted(hangMs));
     QString name = device.path().mid(5);
     name.replace(u'/', u'_');
-    QFile lock(QStringLiteral("/tmp/LCK..") + name);
+    QFile lock(u"/tmp/LCK.."_s + name);
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
     lock.write(QByteArray::number(holder.processId()).rightJustified(10) + '\n');
     lock.close();
 
     QtSerialPortLine line;
     EXPECT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::HeldByAnother));
-    EXPECT_EQ(line.errorDetail(), QStringLiteral("cat (%1)").arg(holder.processId()));
+    EXPECT_EQ(line.errorDetail(), u"cat (%1)"_s.arg(holder.processId()));
 
     holder.closeWriteChannel();
     ASSERT_TRUE(holder.waitForFinished(hangMs));
@@ -144,7 +147,7 @@ TEST(QtSerialPortLine, tellsOnceThatTheDeviceHasGone)
     device.unplug();
     ASSERT_TRUE(waitUntil([&] { return !broken.isEmpty(); }));
     EXPECT_EQ(asInt(broken.first().first().value<LineError>()), asInt(LineError::Unplugged));
-    EXPECT_EQ(line.errorDetail(), device.path() + QStringLiteral(" has gone"));
+    EXPECT_EQ(line.errorDetail(), device.path() + u" has gone"_s);
     EXPECT_FALSE(line.isOpen());
     EXPECT_FALSE(line.write("AT\r"));
     QCoreApplication::processEvents();
@@ -178,7 +181,7 @@ TEST(QtSerialPortLine, speaksThroughTheChannel)
     std::optional<AtAnswer> answer;
     channel.synchronise(1, [&](SyncOutcome outcome) {
         ASSERT_EQ(static_cast<int>(outcome), static_cast<int>(SyncOutcome::Answered));
-        channel.submit({"AT+CMGS=13", s_patience, {}}, "0011", s_patience,
+        channel.submit({"AT+CMGS=13", patience, {}}, "0011", patience,
                        [&](const AtAnswer &given) { answer = given; });
     });
     ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
@@ -213,3 +216,5 @@ TEST(QtSerialPortLine, submitsWithoutWaitingForAnythingButTheDevice)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 namespace P = AnswerParsers;
@@ -24,7 +28,7 @@ TEST(AnswerParsers, readsFreeText)
                                {"Norvane\"", "Norvane\""}})
         EXPECT_EQ(P::freeText({row.line}), QString::fromLatin1(row.expected)) << row.line;
     EXPECT_EQ(P::freeText({}), QString());
-    EXPECT_EQ(P::freeText({"one", "two"}), QStringLiteral("one"));
+    EXPECT_EQ(P::freeText({"one", "two"}), u"one"_s);
 }
 
 TEST(AnswerParsers, readsTheImei)
@@ -36,7 +40,7 @@ TEST(AnswerParsers, readsTheImei)
                                {"490154203237518000", ""},
                                {"none", ""}})
         EXPECT_EQ(P::imei({row.line}), QString::fromLatin1(row.expected)) << row.line;
-    EXPECT_EQ(P::imei({"AT+GSN", "490154203237518"}), QStringLiteral("490154203237518"));
+    EXPECT_EQ(P::imei({"AT+GSN", "490154203237518"}), u"490154203237518"_s);
 }
 
 TEST(AnswerParsers, readsTheNumberOfTheSim)
@@ -60,8 +64,7 @@ TEST(AnswerParsers, readsTheNumberOfTheSim)
 
 TEST(AnswerParsers, readsOperatorAndRegistration)
 {
-    EXPECT_EQ(P::operatorName({"+COPS: 0,0,\"Norvane, Mobile\",7"}),
-              QStringLiteral("Norvane, Mobile"));
+    EXPECT_EQ(P::operatorName({"+COPS: 0,0,\"Norvane, Mobile\",7"}), u"Norvane, Mobile"_s);
     EXPECT_EQ(P::operatorName({"+COPS: 0"}), QString());
     EXPECT_EQ(P::registration({"+CREG: 0,1"}, "+CREG"), 1);
     EXPECT_EQ(P::registration({"+CREG: 2,5,\"00A1\",\"0B\""}, "+CREG"), 5);
@@ -179,3 +182,5 @@ TEST(AnswerParsers, findsTheLineWithTheTag)
 }
 
 } // namespace
+
+} // namespace norvane

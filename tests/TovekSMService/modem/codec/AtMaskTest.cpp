@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
 namespace {
 
 struct Row
@@ -13,7 +15,7 @@ struct Row
 // "00" is the service centre of the SIM, then the header, the number 600111222 and the text.
 #define PDU "0011000B914306011122F20000AA095A707BF9A3C3D36F0B"
 
-const Row s_shown[] = {
+const Row shownRows[] = {
     // Secrets, however they are written.
     {"AT+CPIN=\"1234\"", "AT+CPIN=****"},
     {"AT+CPIN=1234", "AT+CPIN=****"},
@@ -77,11 +79,11 @@ const Row s_shown[] = {
 
 TEST(AtMask, aLineIsShownWithoutSecretsAndMessages)
 {
-    for (const Row &row : s_shown)
+    for (const Row &row : shownRows)
         EXPECT_EQ(AtMask::masked(row.line).toStdString(), row.shown) << row.line;
 }
 
-const Row s_shownStrictly[] = {
+const Row strictlyShownRows[] = {
     {"OK", "OK"},
     {"ERROR", "ERROR"},
     {"0", "0"},
@@ -112,7 +114,7 @@ const Row s_shownStrictly[] = {
 
 TEST(AtMask, whereAPieceOfASecretMayComeOnlyWhatTheStandardsHaveIsShown)
 {
-    for (const Row &row : s_shownStrictly)
+    for (const Row &row : strictlyShownRows)
         EXPECT_EQ(AtMask::maskedStrictly(row.line).toStdString(), row.shown) << row.line;
 }
 
@@ -134,3 +136,5 @@ TEST(AtMask, linesThatAnnounceAMessageAreKnown)
 }
 
 } // namespace
+
+} // namespace norvane

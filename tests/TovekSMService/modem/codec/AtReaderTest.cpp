@@ -7,6 +7,8 @@
 
 #include <array>
 
+namespace norvane {
+
 namespace {
 
 using Kind = AtToken::Kind;
@@ -40,7 +42,7 @@ struct LineRow
     const char *tokens;
 };
 
-const LineRow s_lineRows[] = {
+const LineRow lineRows[] = {
     {"AT", "AT\r\r\nOK\r\n", "E:AT|F:OK"},
     {"AT", "\r\nOK\r\n", "F:OK"},
     {"AT", "AT\r0\r", "E:AT|F:0"},
@@ -82,7 +84,7 @@ const LineRow s_lineRows[] = {
 
 TEST(AtReader, tellsTheLinesOfADeviceApart)
 {
-    for (const LineRow &row : s_lineRows) {
+    for (const LineRow &row : lineRows) {
         QByteArray bytes(row.bytes);
         if (bytes.startsWith('\xFF'))
             bytes = QByteArray("\xFF\x80\x00O\x01K\x1A\r\n", 9);
@@ -95,7 +97,7 @@ TEST(AtReader, tellsTheLinesOfADeviceApart)
 
 TEST(AtReader, doesNotCareHowTheBytesAreCut)
 {
-    for (const LineRow &row : s_lineRows) {
+    for (const LineRow &row : lineRows) {
         AtReader reader;
         reader.begin(row.command);
         QList<AtToken> tokens;
@@ -215,11 +217,11 @@ TEST(AtReader, cutsALineThatNeverEnds)
         reader.append(QByteArray(1000, 'x'));
         EXPECT_TRUE(pullAll(reader).isEmpty());
     }
-    EXPECT_EQ(reader.unfinishedLine().size(), AtReader::s_longestLine);
+    EXPECT_EQ(reader.unfinishedLine().size(), AtReader::maxLine);
     reader.append("\r\nOK\r\n");
     const QList<AtToken> tokens = pullAll(reader);
     ASSERT_EQ(tokens.size(), 2);
-    EXPECT_EQ(tokens[0].line, QByteArray(AtReader::s_longestLine, 'x'));
+    EXPECT_EQ(tokens[0].line, QByteArray(AtReader::maxLine, 'x'));
     EXPECT_EQ(tokens[1].kind, Kind::Final);
 }
 
@@ -264,7 +266,7 @@ TEST(AtReader, survivesAnythingAndStaysBounded)
 {
     QRandomGenerator random(4711);
     for (int round = 0; round < 5000; ++round) {
-        const LineRow &row = s_lineRows[random.bounded(static_cast<int>(std::size(s_lineRows)))];
+        const LineRow &row = lineRows[random.bounded(static_cast<int>(std::size(lineRows)))];
         QByteArray bytes;
         for (int i = random.bounded(4); i >= 0; --i)
             bytes += damaged(random, row.bytes);
@@ -279,12 +281,12 @@ TEST(AtReader, survivesAnythingAndStaysBounded)
             at += piece;
             for (const AtToken &token : pullAll(reader)) {
                 ++tokens;
-                ASSERT_LE(token.line.size(), AtReader::s_longestLine);
+                ASSERT_LE(token.line.size(), AtReader::maxLine);
                 ASSERT_FALSE(token.line.isEmpty());
                 for (const char c : token.line)
                     ASSERT_TRUE(c >= 0x20 && c < 0x7F);
             }
-            ASSERT_LE(reader.unfinishedLine().size(), AtReader::s_longestLine);
+            ASSERT_LE(reader.unfinishedLine().size(), AtReader::maxLine);
         }
         ASSERT_LE(tokens, bytes.size());
         // Whatever came before: the end of the line brings it back to its senses.
@@ -296,3 +298,5 @@ TEST(AtReader, survivesAnythingAndStaysBounded)
 }
 
 } // namespace
+
+} // namespace norvane

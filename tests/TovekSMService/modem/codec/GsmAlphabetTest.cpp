@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace norvane {
+
 namespace {
 
 struct PackRow
@@ -15,7 +17,7 @@ struct PackRow
 
 // The first three are the examples that tutorials on the PDU format have carried for decades; the
 // others follow from 3GPP TS 23.038, 6.1.2.1.1, by hand.
-const PackRow s_packRows[] = {
+const PackRow packRows[] = {
     {"hellohello", 0, "E8329BFD4697D9EC37"},
     {"How are you?", 0, "C8F71D14969741F977FD07"},
     {"hello", 0, "E8329BFD06"},
@@ -32,7 +34,7 @@ const PackRow s_packRows[] = {
 
 TEST(GsmAlphabet, packsAsPublished)
 {
-    for (const PackRow &row : s_packRows) {
+    for (const PackRow &row : packRows) {
         const auto septets = GsmAlphabet::toSeptets(QString::fromLatin1(row.text));
         ASSERT_TRUE(septets.has_value()) << row.text;
         EXPECT_EQ(GsmAlphabet::pack(*septets, row.fillBits).toHex().toUpper().toStdString(),
@@ -48,7 +50,7 @@ struct CharacterRow
 };
 
 // 3GPP TS 23.038, 6.2.1 and 6.2.1.1: what isn't where ASCII has it.
-const CharacterRow s_characterRows[] = {
+const CharacterRow characterRows[] = {
     {u'@', "00"},    {u'£', "01"},   {u'$', "02"},   {u'¥', "03"},   {u'è', "04"},
     {u'é', "05"},    {u'ù', "06"},   {u'ì', "07"},   {u'ò', "08"},   {u'Ç', "09"},
     {u'\n', "0a"},   {u'Ø', "0b"},   {u'ø', "0c"},   {u'\r', "0d"},  {u'Å', "0e"},
@@ -65,7 +67,7 @@ const CharacterRow s_characterRows[] = {
 
 TEST(GsmAlphabet, givesEachCharacterItsPlace)
 {
-    for (const CharacterRow &row : s_characterRows) {
+    for (const CharacterRow &row : characterRows) {
         const auto septets = GsmAlphabet::toSeptets(QStringView(&row.character, 1));
         ASSERT_TRUE(septets.has_value()) << std::hex << int(row.character);
         EXPECT_EQ(septets->toHex().toStdString(), row.septets) << std::hex << int(row.character);
@@ -96,3 +98,5 @@ TEST(GsmAlphabet, refusesWhatItDoesNotHold)
 }
 
 } // namespace
+
+} // namespace norvane

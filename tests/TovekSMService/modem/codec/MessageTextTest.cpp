@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString times(int count, const QString &text)
@@ -23,11 +27,11 @@ struct SplitRow
 
 QList<SplitRow> splitRows()
 {
-    const QString a = QStringLiteral("a");
-    const QString euro = QStringLiteral("€");
-    const QString omega = QStringLiteral("ω");
-    const QString smile = QStringLiteral("\U0001F600");
-    const QString family = QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467"); // 8 units
+    const QString a = u"a"_s;
+    const QString euro = u"€"_s;
+    const QString omega = u"ω"_s;
+    const QString smile = u"\U0001F600"_s;
+    const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s; // 8 units
     const auto gsm = Alphabet::Gsm7;
     const auto ucs = Alphabet::Ucs2;
     return {
@@ -39,37 +43,28 @@ QList<SplitRow> splitRows()
         {"an escape pair at the seam", times(151, a) + euro + times(8, a), gsm, {151, 9}},
         {"two full parts", times(304, a), gsm, {152, 152}},
         {"one more than two full parts", times(305, a), gsm, {152, 152, 1}},
-        {"a line break at the seam",
-         times(151, a) + QStringLiteral("\r\n") + times(10, a),
-         gsm,
-         {151, 12}},
+        {"a line break at the seam", times(151, a) + u"\r\n"_s + times(10, a), gsm, {151, 12}},
         {"70 units", times(70, omega), ucs, {70}},
         {"71 units", times(71, omega), ucs, {66, 5}},
         {"one letter of another alphabet", times(70, a) + omega, ucs, {66, 5}},
         {"a surrogate pair at the seam", times(65, omega) + smile + times(5, omega), ucs, {65, 7}},
         {"a combining mark at the seam",
-         times(66, omega) + QStringLiteral("\u0301") + times(5, omega),
+         times(66, omega) + u"\u0301"_s + times(5, omega),
          ucs,
          {65, 7}},
         {"a joined family at the seam", times(60, omega) + family + times(6, omega), ucs, {60, 14}},
-        {"a character longer than a part",
-         omega + times(70, QStringLiteral("\u0301")),
-         ucs,
-         {66, 5}},
+        {"a character longer than a part", omega + times(70, u"\u0301"_s), ucs, {66, 5}},
         {"one longer than a part, behind another",
-         QStringLiteral("x") + omega + times(70, QStringLiteral("\u0301")),
+         u"x"_s + omega + times(70, u"\u0301"_s),
          ucs,
          {66, 6}},
-        {"one that fills a part",
-         times(5, omega) + omega + times(65, QStringLiteral("\u0301")),
-         ucs,
-         {5, 66}},
+        {"one that fills a part", times(5, omega) + omega + times(65, u"\u0301"_s), ucs, {5, 66}},
         {"one longer than a part, of surrogate pairs",
-         QStringLiteral("x") + times(40, QStringLiteral("\U000E0100")),
+         u"x"_s + times(40, u"\U000E0100"_s),
          ucs,
          {65, 16}},
         {"one longer than a part, of two marks and surrogate pairs",
-         QStringLiteral("x\u0301\u0301") + times(40, QStringLiteral("\U000E0100")),
+         u"x\u0301\u0301"_s + times(40, u"\U000E0100"_s),
          ucs,
          {65, 18}},
     };
@@ -91,17 +86,17 @@ TEST(MessageText, isCutWhereNothingIsTornApart)
 
 TEST(MessageText, keepsALineBreakAsTheTwoCharactersItIs)
 {
-    const auto message = prepareText(QStringLiteral("one\r\ntwo"));
+    const auto message = prepareText(u"one\r\ntwo"_s);
     ASSERT_TRUE(message.has_value());
     EXPECT_EQ(message->alphabet, Alphabet::Gsm7);
-    EXPECT_EQ(message->parts, QStringList{QStringLiteral("one\r\ntwo")});
+    EXPECT_EQ(message->parts, QStringList{u"one\r\ntwo"_s});
 }
 
 TEST(MessageText, replacesASurrogateWithoutItsPartner)
 {
     const char16_t high = 0xD83D;
     const char16_t low = 0xDE00;
-    const QString replaced = QStringLiteral("\uFFFD");
+    const QString replaced = u"\uFFFD"_s;
     const QString both = QString(QChar(high)) + QChar(low);
     const struct
     {
@@ -112,8 +107,7 @@ TEST(MessageText, replacesASurrogateWithoutItsPartner)
         {QString(QChar(low)), replaced},
         {QString(QChar(low)) + QChar(high), replaced + replaced},
         {QString(QChar(high)) + both, replaced + both},
-        {QStringLiteral("a") + QChar(high) + QStringLiteral("b"),
-         QStringLiteral("a") + replaced + QStringLiteral("b")},
+        {u"a"_s + QChar(high) + u"b"_s, u"a"_s + replaced + u"b"_s},
         {both, both},
     };
     for (const auto &row : rows) {
@@ -126,15 +120,17 @@ TEST(MessageText, replacesASurrogateWithoutItsPartner)
 
 TEST(MessageText, takesUpTo255Parts)
 {
-    const QString a = QStringLiteral("a");
-    const QString omega = QStringLiteral("ω");
+    const QString a = u"a"_s;
+    const QString omega = u"ω"_s;
     EXPECT_EQ(prepareText(a.repeated(255 * 152))->parts.size(), 255);
     EXPECT_FALSE(prepareText(a.repeated(255 * 152 + 1)).has_value());
-    EXPECT_EQ(prepareText(QStringLiteral("€").repeated(255 * 76))->parts.size(), 255);
-    EXPECT_FALSE(prepareText(QStringLiteral("€").repeated(255 * 76 + 1)).has_value());
+    EXPECT_EQ(prepareText(u"€"_s.repeated(255 * 76))->parts.size(), 255);
+    EXPECT_FALSE(prepareText(u"€"_s.repeated(255 * 76 + 1)).has_value());
     EXPECT_EQ(prepareText(omega.repeated(255 * 66))->parts.size(), 255);
     EXPECT_FALSE(prepareText(omega.repeated(255 * 66 + 1)).has_value());
     EXPECT_FALSE(prepareText(a.repeated(10'000'000)).has_value());
 }
 
 } // namespace
+
+} // namespace norvane

@@ -2,6 +2,10 @@
 
 #include <QHash>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Reads octets from the front and remembers if there were too few.
@@ -54,14 +58,12 @@ QString fromSeptets(const QList<int> &septets)
 {
     static const QString letters = alphabet();
     static const QHash<int, QString> escaped = {
-        {10, QStringLiteral("\f")},   {20, QStringLiteral("^")},  {40, QStringLiteral("{")},
-        {41, QStringLiteral("}")},    {47, QStringLiteral("\\")}, {60, QStringLiteral("[")},
-        {61, QStringLiteral("~")},    {62, QStringLiteral("]")},  {64, QStringLiteral("|")},
-        {101, QString::fromUtf8("€")}};
+        {10, u"\f"_s}, {20, u"^"_s}, {40, u"{"_s}, {41, u"}"_s}, {47, u"\\"_s},
+        {60, u"["_s},  {61, u"~"_s}, {62, u"]"_s}, {64, u"|"_s}, {101, QString::fromUtf8("€")}};
     QString text;
     for (qsizetype i = 0; i < septets.size(); ++i) {
         if (septets.at(i) == 27 && i + 1 < septets.size())
-            text += escaped.value(septets.at(++i), QStringLiteral("\uFFFD"));
+            text += escaped.value(septets.at(++i), u"\uFFFD"_s);
         else
             text += letters.at(septets.at(i));
     }
@@ -86,10 +88,10 @@ QList<int> septetsFrom(const QByteArray &octets, int first, int count)
 
 QString readPhone(Octets &octets)
 {
-    static const QString digits = QStringLiteral("0123456789*#abc");
+    static const QString digits = u"0123456789*#abc"_s;
     const int length = octets.take();
     const int type = octets.take();
-    QString phone = type == 0x91 ? QStringLiteral("+") : QString();
+    QString phone = type == 0x91 ? u"+"_s : QString();
     const QByteArray semiOctets = octets.take((length + 1) / 2);
     for (int i = 0; i < length; ++i) {
         const int octet = static_cast<quint8>(semiOctets.at(i / 2));
@@ -162,3 +164,5 @@ std::optional<DecodedSubmit> decodeSubmit(const QByteArray &hex)
     }
     return octets.endedExactly() ? std::optional(result) : std::nullopt;
 }
+
+} // namespace norvane

@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace norvane {
+
 /// What a reader of its own makes of an SMS-SUBMIT. It shares neither tables nor code with the
 /// encoder, so that each can prove the other wrong.
 struct DecodedSubmit
@@ -25,3 +27,5 @@ struct DecodedSubmit
 
 /// Nothing if the octets are not exactly one well-formed SMS-SUBMIT.
 std::optional<DecodedSubmit> decodeSubmit(const QByteArray &hex);
+
+} // namespace norvane

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QList<SubmitPart> partsOf(const EncodeRequest &request)
@@ -27,7 +31,7 @@ struct ExampleRow
 
 // The first two are published examples (the second one with a length of 17 for its +CMGS); the
 // others follow from 3GPP TS 23.040, 9.2.2.2 and 9.1.2.5, by hand.
-const ExampleRow s_examples[] = {
+const ExampleRow examples[] = {
     {"+46708251358", "hellohello", 0xAA, "0011000B916407281553F80000AA0AE8329BFD4697D9EC37", 23},
     {"1234567", "hello", 0xAA, "0011000781214365F70000AA05E8329BFD06", 17},
     {"1234567", "hello", std::nullopt, "0001000781214365F7000005E8329BFD06", 16},
@@ -36,7 +40,7 @@ const ExampleRow s_examples[] = {
 
 TEST(SubmitPdu, matchesTheExamples)
 {
-    for (const ExampleRow &row : s_examples) {
+    for (const ExampleRow &row : examples) {
         const QList<SubmitPart> parts = partsOf(
             {QString::fromLatin1(row.phone), QString::fromUtf8(row.text), 0, row.validityPeriod});
         ASSERT_EQ(parts.size(), 1) << row.phone;
@@ -49,8 +53,7 @@ TEST(SubmitPdu, matchesTheExamples)
 
 TEST(SubmitPdu, putsTheOtherDigitsOfAnAddressIntoSemiOctets)
 {
-    const QList<SubmitPart> parts =
-        partsOf({QStringLiteral("50*#abc"), QStringLiteral("ω"), 0, {}});
+    const QList<SubmitPart> parts = partsOf({u"50*#abc"_s, u"ω"_s, 0, {}});
     ASSERT_EQ(parts.size(), 1);
     // 5 0 | * # | a b | c and filling: 0x05 0xBA 0xDC 0xFE
     EXPECT_EQ(parts.first().hex.toStdString(), "000100078105BADCFE00080203C9");
@@ -59,7 +62,7 @@ TEST(SubmitPdu, putsTheOtherDigitsOfAnAddressIntoSemiOctets)
 
 TEST(SubmitPdu, refusesWhatCannotBeSent)
 {
-    const QString text = QStringLiteral("text");
+    const QString text = u"text"_s;
     const struct
     {
         const char *phone;
@@ -87,10 +90,10 @@ TEST(SubmitPdu, refusesWhatCannotBeSent)
         EXPECT_EQ(errorCode(row.error), row.code);
     }
 
-    const QString nul = QStringLiteral("60") + QChar(u'\0');
+    const QString nul = u"60"_s + QChar(u'\0');
     EXPECT_EQ(std::get<EncodeError>(encodeSubmit({nul, text, 0, {}})),
               EncodeError::InvalidCharacters);
-    const auto tooLong = encodeSubmit({QStringLiteral("600"), text.repeated(10'000), 0, {}});
+    const auto tooLong = encodeSubmit({u"600"_s, text.repeated(10'000), 0, {}});
     EXPECT_EQ(std::get<EncodeError>(tooLong), EncodeError::TextTooLong);
     EXPECT_EQ(errorCode(EncodeError::TextTooLong), -16);
 }
@@ -98,8 +101,7 @@ TEST(SubmitPdu, refusesWhatCannotBeSent)
 TEST(SubmitPdu, takesTwentyDigits)
 {
     for (const char *phone : {"12345678901234567890", "+12345678901234567890", "1", "+1"}) {
-        const QList<SubmitPart> parts =
-            partsOf({QString::fromLatin1(phone), QStringLiteral("x"), 0, {}});
+        const QList<SubmitPart> parts = partsOf({QString::fromLatin1(phone), u"x"_s, 0, {}});
         ASSERT_EQ(parts.size(), 1);
         EXPECT_EQ(decodeSubmit(parts.first().hex)->phone, QString::fromLatin1(phone));
     }
@@ -107,8 +109,7 @@ TEST(SubmitPdu, takesTwentyDigits)
 
 TEST(SubmitPdu, headsThePartsOfALongText)
 {
-    const QList<SubmitPart> parts =
-        partsOf({QStringLiteral("600"), QStringLiteral("a").repeated(161), 0xBEEF, {}});
+    const QList<SubmitPart> parts = partsOf({u"600"_s, u"a"_s.repeated(161), 0xBEEF, {}});
     ASSERT_EQ(parts.size(), 2);
     // 0x41: SMS-SUBMIT with a header; 8 + 152 septets, then 8 + 9.
     EXPECT_TRUE(parts[0].hex.startsWith("0041000381"
@@ -123,8 +124,7 @@ TEST(SubmitPdu, headsThePartsOfALongText)
     EXPECT_EQ(parts[1].number, 2);
     EXPECT_EQ(parts[1].total, 2);
 
-    const QList<SubmitPart> wide =
-        partsOf({QStringLiteral("600"), QStringLiteral("ω").repeated(71), 7, 0xFF});
+    const QList<SubmitPart> wide = partsOf({u"600"_s, u"ω"_s.repeated(71), 7, 0xFF});
     ASSERT_EQ(wide.size(), 2);
     EXPECT_TRUE(wide[0].hex.startsWith("0051000381"
                                        "06F0"
@@ -134,7 +134,7 @@ TEST(SubmitPdu, headsThePartsOfALongText)
 
 QString randomText(QRandomGenerator &random, int length)
 {
-    static const QString common = QStringLiteral("abc XYZ09@£€[]{}\\~^|\r\nñÑçÇáω中");
+    static const QString common = u"abc XYZ09@£€[]{}\\~^|\r\nñÑçÇáω中"_s;
     QString text;
     const int kind = random.bounded(4);
     for (int i = 0; i < length; ++i) {
@@ -165,13 +165,13 @@ TEST(SubmitPdu, anIndependentDecoderPutsAnyTextTogetherAgain)
     for (int round = 0; round < 400; ++round) {
         const QString text = randomText(random, random.bounded(round % 20 == 0 ? 5000 : 400));
         const auto reference = static_cast<quint16>(random.bounded(0x10000));
-        const QList<SubmitPart> parts = partsOf({QStringLiteral("+34600"), text, reference, {}});
+        const QList<SubmitPart> parts = partsOf({u"+34600"_s, text, reference, {}});
         QString together;
         int number = 0;
         for (const SubmitPart &part : parts) {
             const auto decoded = decodeSubmit(part.hex);
             ASSERT_TRUE(decoded.has_value()) << part.hex.toStdString();
-            EXPECT_EQ(decoded->phone, QStringLiteral("+34600"));
+            EXPECT_EQ(decoded->phone, u"+34600"_s);
             EXPECT_EQ(decoded->tpduLength, part.length);
             EXPECT_EQ(decoded->number, ++number);
             EXPECT_EQ(decoded->total, parts.size());
@@ -190,7 +190,7 @@ TEST(SubmitPdu, everyCodePointArrives)
     QString text;
     const auto check = [&text] {
         QString together;
-        for (const SubmitPart &part : partsOf({QStringLiteral("1"), text, 1, {}}))
+        for (const SubmitPart &part : partsOf({u"1"_s, text, 1, {}}))
             together += decodeSubmit(part.hex)->text;
         EXPECT_EQ(together, text);
         text.clear();
@@ -206,3 +206,5 @@ TEST(SubmitPdu, everyCodePointArrives)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "TovekSMService/modem/device/ModemFixture.h"
 
+namespace norvane {
+
 namespace {
 
 /// Each cut must end in exactly one word about the part, and in a closed modem that opens again.
@@ -93,3 +95,5 @@ TEST_F(CutModem, endsRightWhereverTheInitialisationIsCut)
 }
 
 } // namespace
+
+} // namespace norvane

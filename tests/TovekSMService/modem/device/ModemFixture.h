@@ -11,6 +11,10 @@
 
 #include <memory>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 /// Keeps what a gate has to keep, in memory, and the order of what was asked.
 class FakePinGate : public PinGate
 {
@@ -89,7 +93,7 @@ protected:
     void open(const QString &pin = {}, Modem::OpenMode mode = Modem::OpenMode::Plain)
     {
         const qsizetype before = m_ready->count() + m_failed->count();
-        m_modem->open({QStringLiteral("/dev/fake"), 9600}, pin, mode);
+        m_modem->open({u"/dev/fake"_s, 9600}, pin, mode);
         EXPECT_TRUE(until([&] { return m_ready->count() + m_failed->count() > before; }));
     }
 
@@ -139,3 +143,5 @@ protected:
     std::unique_ptr<QSignalSpy> m_tested;
     std::unique_ptr<QSignalSpy> m_unsolicited;
 };
+
+} // namespace norvane

@@ -1,5 +1,7 @@
 #include "TovekSMService/modem/device/ModemFixture.h"
 
+namespace norvane {
+
 namespace {
 
 /// Lines that the device says by itself, wherever they come, must neither lose a part nor have it
@@ -49,3 +51,5 @@ INSTANTIATE_TEST_SUITE_P(Lines, InterruptedModem,
                                           testing::Bool()));
 
 } // namespace
+
+} // namespace norvane

@@ -1,5 +1,9 @@
 #include "TovekSMService/modem/device/ModemFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using State = Modem::State;
@@ -56,7 +60,7 @@ TEST_F(ModemInFlight, isSwitchedOnAndItsNetworkAwaited)
         openReady();
         EXPECT_EQ(count(switchOn), 1) << level;
         EXPECT_LT(m_line->commands.indexOf(switchOn), m_line->commands.indexOf("AT+CPIN?"));
-        EXPECT_EQ(m_modem->details().networkInfo, QStringLiteral("Norvane Mobile (home)"));
+        EXPECT_EQ(m_modem->details().networkInfo, u"Norvane Mobile (home)"_s);
     }
 }
 
@@ -79,7 +83,7 @@ TEST_F(ModemInFlight, aRegistrationWithThePacketNetworkCounts)
     m_looksNeeded = anHourMs;
     m_line->answers.insert("AT+CEREG?", FakeModemLine::info("+CEREG: 0,5"));
     openReady();
-    EXPECT_EQ(m_modem->details().networkInfo, QStringLiteral("Norvane Mobile (roaming)"));
+    EXPECT_EQ(m_modem->details().networkInfo, u"Norvane Mobile (roaming)"_s);
 }
 
 TEST_F(ModemInFlight, aDeviceThatRefusesToBeSwitchedOnIsNotWaitedFor)
@@ -113,19 +117,18 @@ TEST_F(ModemInFlight, aPinIsOnRecordBeforeItLeavesAndLeavesOnce)
         if (command != pin)
             return network(command);
         EXPECT_TRUE(m_isOn);
-        EXPECT_EQ(m_gate.history.value(QStringLiteral("8934071100275844103/4711")),
-                  PinHistory::Tried);
+        EXPECT_EQ(m_gate.history.value(u"8934071100275844103/4711"_s), PinHistory::Tried);
         m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: READY"));
         return FakeModemLine::answer("OK");
     };
-    openReady(QStringLiteral("4711"));
+    openReady(u"4711"_s);
     EXPECT_EQ(count(pin), 1);
 }
 
 TEST_F(ModemInFlight, closedWhileItsNetworkIsAwaitedItSaysNothingMore)
 {
     m_looksNeeded = anHourMs;
-    m_modem->open({QStringLiteral("/dev/fake"), 9600}, {});
+    m_modem->open({u"/dev/fake"_s, 9600}, {});
     ASSERT_TRUE(until([this] { return count("AT+CREG?") == 3; }));
     m_modem->close();
     m_looksNeeded = 0;
@@ -145,7 +148,7 @@ TEST_F(ModemWithoutNetwork, isReadyAllTheSameWhenItHasBeenWaitedForInVain)
     m_looksNeeded = anHourMs;
     openReady();
     EXPECT_GT(count("AT+CREG?"), 1);
-    EXPECT_EQ(m_modem->details().networkInfo, QStringLiteral("Norvane Mobile (searching)"));
+    EXPECT_EQ(m_modem->details().networkInfo, u"Norvane Mobile (searching)"_s);
 }
 
 TEST_F(ModemFixture, aDeviceThatRefusesABareAtAndTakesACommandIsOneThatAnswers)
@@ -284,3 +287,5 @@ TEST_F(ModemBehindPauses, asksForTheLinkAgain)
 }
 
 } // namespace
+
+} // namespace norvane

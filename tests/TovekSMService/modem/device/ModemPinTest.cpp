@@ -1,12 +1,16 @@
 #include "TovekSMService/modem/device/ModemFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using State = Modem::State;
 
-const QString s_pin = QStringLiteral("1234");
-const QString s_simId = QStringLiteral("8934071100275844103");
-const QByteArray s_pinCommand = "AT+CPIN=\"1234\"";
+const QString rightPin = u"1234"_s;
+const QString knownSimId = u"8934071100275844103"_s;
+const QByteArray pinCommand = "AT+CPIN=\"1234\"";
 
 /// A device whose SIM asks for a PIN.
 class LockedModem : public ModemFixture
@@ -16,13 +20,13 @@ protected:
     {
         state("SIM PIN");
         m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
-            if (command == s_pinCommand && m_rightPin) {
+            if (command == pinCommand && m_rightPin) {
                 EXPECT_TRUE(m_gate.history.contains(key(m_gate.lastSim.name())))
                     << "the attempt wasn't on record when the PIN left";
                 state("READY");
                 return FakeModemLine::answer("OK");
             }
-            if (command == s_pinCommand)
+            if (command == pinCommand)
                 return m_pinAnswer;
             return std::nullopt;
         };
@@ -40,8 +44,8 @@ protected:
             FakeModemLine::info("+CPINR: SIM PIN," + QByteArray::number(left) + ",3"));
     }
 
-    static QString key(const QString &simId = s_simId) { return simId + u'/' + s_pin; }
-    qsizetype attempts() const { return m_line->commands.count(s_pinCommand); }
+    static QString key(const QString &simId = knownSimId) { return simId + u'/' + rightPin; }
+    qsizetype attempts() const { return m_line->commands.count(pinCommand); }
 
     bool m_rightPin = true;
     QByteArray m_pinAnswer = FakeModemLine::answer("+CME ERROR: 16");
@@ -50,9 +54,9 @@ protected:
 TEST_F(LockedModem, unlocksTheSimWithTheRightPin)
 {
     tries(3);
-    openReady(s_pin);
+    openReady(rightPin);
     EXPECT_EQ(attempts(), 1);
-    EXPECT_EQ(m_gate.lastSim, (SimIdentity{s_simId, QStringLiteral("490154203237518")}));
+    EXPECT_EQ(m_gate.lastSim, (SimIdentity{knownSimId, u"490154203237518"_s}));
     EXPECT_EQ(m_gate.lastTriesLeft, 3);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Accepted);
 }
@@ -62,7 +66,7 @@ TEST_F(LockedModem, unlocksTheSameSimAgainAfterEachPowerCycle)
     for (int cycle = 1; cycle <= 3; ++cycle) {
         state("SIM PIN");
         tries(cycle == 3 ? 1 : 3);
-        openReady(s_pin);
+        openReady(rightPin);
         EXPECT_EQ(attempts(), cycle);
     }
 }
@@ -70,21 +74,21 @@ TEST_F(LockedModem, unlocksTheSameSimAgainAfterEachPowerCycle)
 TEST_F(LockedModem, triesARefusedPinNeverAgain)
 {
     m_rightPin = false;
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -27);
     EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
-    open(s_pin);
-    open(s_pin);
+    open(rightPin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -27);
     EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(attempts(), 1);
-    EXPECT_FALSE(failure().text.contains(s_pin));
+    EXPECT_FALSE(failure().text.contains(rightPin));
 
     // Another one may be tried once.
     m_line->answers.insert("AT+CPIN=\"4321\"", FakeModemLine::answer("+CME ERROR: 16"));
-    open(QStringLiteral("4321"));
-    open(QStringLiteral("4321"));
+    open(u"4321"_s);
+    open(u"4321"_s);
     EXPECT_EQ(m_line->commands.count("AT+CPIN=\"4321\""), 1);
 }
 
@@ -95,7 +99,7 @@ TEST_F(LockedModem, readsFromTheStateWhatAnUnclearAnswerMeant)
         m_gate.history.clear();
         m_line->commands.clear();
         m_pinAnswer = *answer == '\0' ? QByteArray() : FakeModemLine::answer(answer);
-        open(s_pin);
+        open(rightPin);
         EXPECT_EQ(failure().code, -27) << answer;
         EXPECT_EQ(attempts(), 1) << answer;
         EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused) << answer;
@@ -104,12 +108,12 @@ TEST_F(LockedModem, readsFromTheStateWhatAnUnclearAnswerMeant)
     // No answer, but the SIM is open.
     m_gate.history.clear();
     m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
-        if (command != s_pinCommand)
+        if (command != pinCommand)
             return std::nullopt;
         state("READY");
         return QByteArray();
     };
-    openReady(s_pin);
+    openReady(rightPin);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Accepted);
 }
 
@@ -124,7 +128,7 @@ TEST_F(LockedModem, anOkThatAnswersSomethingElseIsNotTheSimsWord)
             return FakeModemLine::answer("+CME ERROR: 16");
         return device(command);
     };
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -27);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
 
@@ -132,10 +136,10 @@ TEST_F(LockedModem, anOkThatAnswersSomethingElseIsNotTheSimsWord)
     m_gate.history.clear();
     m_line->commands.clear();
     m_line->onCommand = device;
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -27);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(attempts(), 1);
 }
 
@@ -143,7 +147,7 @@ TEST_F(LockedModem, tellsWhenThePukIsAskedForAfterAWrongPin)
 {
     m_rightPin = false;
     m_pinAnswer = FakeModemLine::answer("+CME ERROR: 12");
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -31);
     EXPECT_TRUE(failure().needsOperator);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Refused);
@@ -153,20 +157,20 @@ TEST_F(LockedModem, doesNotTryWithFewerThanTwoTriesLeft)
 {
     for (const int left : {0, 1}) {
         tries(left);
-        open(s_pin);
+        open(rightPin);
         EXPECT_EQ(failure().code, -30);
         EXPECT_TRUE(failure().needsOperator);
     }
     EXPECT_EQ(attempts(), 0);
     tries(2);
-    openReady(s_pin);
+    openReady(rightPin);
     EXPECT_EQ(attempts(), 1);
 }
 
 TEST_F(LockedModem, asksForTheTriesInAnotherWayToo)
 {
     m_line->answers.insert("AT^CPIN?", FakeModemLine::info("^CPIN: SIM PIN,,10,1,10,3"));
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(m_gate.lastTriesLeft, 1);
     EXPECT_EQ(attempts(), 0);
 }
@@ -174,7 +178,7 @@ TEST_F(LockedModem, asksForTheTriesInAnotherWayToo)
 TEST_F(LockedModem, doesNotTryWhatCannotBeRecorded)
 {
     m_gate.recording = false;
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -30);
     EXPECT_FALSE(failure().needsOperator);
     EXPECT_EQ(attempts(), 0);
@@ -199,14 +203,14 @@ TEST_F(LockedModem, triesNothingThatIsNoPin)
     EXPECT_EQ(m_gate.asked, 0);
     for (const QByteArray &command : std::as_const(m_line->commands))
         EXPECT_FALSE(command.startsWith("AT+CPIN="));
-    openReady(QStringLiteral(" 1234 "));
+    openReady(u" 1234 "_s);
 }
 
 TEST_F(LockedModem, knowsTheSimByTheImeiIfItDoesNotTellItsNumber)
 {
     m_line->answers.remove("AT+CCID");
-    openReady(s_pin);
-    EXPECT_EQ(m_gate.lastSim, (SimIdentity{{}, QStringLiteral("490154203237518")}));
+    openReady(rightPin);
+    EXPECT_EQ(m_gate.lastSim, (SimIdentity{{}, u"490154203237518"_s}));
 }
 
 TEST_F(LockedModem, waitsForTheNumberOfASimThatIsBusy)
@@ -219,8 +223,8 @@ TEST_F(LockedModem, waitsForTheNumberOfASimThatIsBusy)
             return FakeModemLine::answer("+CME ERROR: 14");
         return device(command);
     };
-    openReady(s_pin);
-    EXPECT_EQ(m_gate.lastSim, (SimIdentity{s_simId, QStringLiteral("490154203237518")}));
+    openReady(rightPin);
+    EXPECT_EQ(m_gate.lastSim, (SimIdentity{knownSimId, u"490154203237518"_s}));
     EXPECT_EQ(m_gate.asked, 1);
 }
 
@@ -228,7 +232,7 @@ TEST_F(LockedModem, triesNoPinOnASimThatNobodyCanTellFromOthers)
 {
     for (const char *command : {"AT+CCID", "AT+CGSN"})
         m_line->answers.remove(command);
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -28);
     EXPECT_EQ(attempts(), 0);
 }
@@ -236,14 +240,14 @@ TEST_F(LockedModem, triesNoPinOnASimThatNobodyCanTellFromOthers)
 TEST_F(LockedModem, anAttemptCutOffIsNotRepeated)
 {
     m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
-        if (command == s_pinCommand)
+        if (command == pinCommand)
             m_line->breakOff();
-        return command == s_pinCommand ? std::optional(QByteArray()) : std::nullopt;
+        return command == pinCommand ? std::optional(QByteArray()) : std::nullopt;
     };
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -5);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Tried);
-    open(s_pin);
+    open(rightPin);
     EXPECT_EQ(failure().code, -27);
     EXPECT_EQ(attempts(), 1);
 }
@@ -258,7 +262,7 @@ TEST_F(LockedModem, waitsUntilTheSimIsReadyAfterItsPin)
                               : FakeModemLine::answer("+CME ERROR: 14");
         return device(command);
     };
-    openReady(s_pin);
+    openReady(rightPin);
     EXPECT_EQ(attempts(), 1);
     EXPECT_EQ(m_gate.history.value(key()), PinHistory::Accepted);
 }
@@ -319,3 +323,5 @@ TEST_F(ModemFixture, waitsForASimThatComesUpSlowly)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -8,10 +8,14 @@
 
 #include <unistd.h>
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString s_imei = QStringLiteral("490154203237518");
-const QString s_configured = QStringLiteral("/dev/fake");
+const QString knownImei = u"490154203237518"_s;
+const QString configured = u"/dev/fake"_s;
 
 /// The configured device is gone.
 class SearchingModem : public ModemFixture
@@ -19,7 +23,7 @@ class SearchingModem : public ModemFixture
 protected:
     SearchingModem()
     {
-        m_line->openErrors.insert(s_configured, LineError::NoSuchDevice);
+        m_line->openErrors.insert(configured, LineError::NoSuchDevice);
         m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
             if (m_imeis.contains(m_line->openedDevice) &&
                 (command == "AT+CGSN" || command == "AT+GSN"))
@@ -28,10 +32,10 @@ protected:
         };
     }
 
-    void search(const QString &pin = {}, const QString &imei = s_imei)
+    void search(const QString &pin = {}, const QString &imei = knownImei)
     {
         const qsizetype before = m_ready->count() + m_failed->count();
-        m_modem->open({s_configured, 9600}, pin, Modem::OpenMode::Plain, imei);
+        m_modem->open({configured, 9600}, pin, Modem::OpenMode::Plain, imei);
         EXPECT_TRUE(until([&] { return m_ready->count() + m_failed->count() > before; }));
     }
 
@@ -41,11 +45,11 @@ protected:
 
 TEST_F(SearchingModem, findsTheDeviceUnderAnotherName)
 {
-    m_ports = {QStringLiteral("/dev/a"), QStringLiteral("/dev/b"), QStringLiteral("/dev/c")};
+    m_ports = {u"/dev/a"_s, u"/dev/b"_s, u"/dev/c"_s};
     m_imeis.insert(m_ports.at(0), FakeModemLine::info("490154203237519"));
     search();
     ASSERT_EQ(m_modem->state(), Modem::State::Ready);
-    EXPECT_EQ(m_line->openedDevices, QStringList({s_configured, m_ports.at(0), m_ports.at(1)}));
+    EXPECT_EQ(m_line->openedDevices, QStringList({configured, m_ports.at(0), m_ports.at(1)}));
     EXPECT_EQ(m_line->openedBaud, 9600);
     send();
     EXPECT_EQ(m_accepted->count(), 1);
@@ -53,10 +57,10 @@ TEST_F(SearchingModem, findsTheDeviceUnderAnotherName)
 
 TEST_F(SearchingModem, findsADeviceWhoseNameAnotherPortHasTaken)
 {
-    m_ports = {s_configured, QStringLiteral("/dev/b")};
+    m_ports = {configured, u"/dev/b"_s};
     m_line->openErrors.clear();
     m_line->onCommand = [this](const QByteArray &) -> std::optional<QByteArray> {
-        return m_line->openedDevice == s_configured ? std::optional(QByteArray()) : std::nullopt;
+        return m_line->openedDevice == configured ? std::optional(QByteArray()) : std::nullopt;
     };
     search();
     ASSERT_EQ(m_modem->state(), Modem::State::Ready);
@@ -64,7 +68,7 @@ TEST_F(SearchingModem, findsADeviceWhoseNameAnotherPortHasTaken)
     EXPECT_TRUE(m_failed->isEmpty());
 
     // Where it is nowhere, the trouble of the configured name is told, after one search.
-    m_ports = {QStringLiteral("/dev/c")};
+    m_ports = {u"/dev/c"_s};
     m_imeis.insert(m_ports.at(0), FakeModemLine::answer("ERROR"));
     m_line->silent = true;
     const int before = m_line->openings;
@@ -75,24 +79,24 @@ TEST_F(SearchingModem, findsADeviceWhoseNameAnotherPortHasTaken)
 
 TEST_F(SearchingModem, doesNotSearchWithoutAnImeiOrForAnotherTrouble)
 {
-    m_ports = {QStringLiteral("/dev/a")};
+    m_ports = {u"/dev/a"_s};
     search({}, QString());
     EXPECT_EQ(failure().code, -2);
-    EXPECT_EQ(failure().text, s_configured);
-    m_line->openErrors.insert(s_configured, LineError::HeldByAnother);
+    EXPECT_EQ(failure().text, configured);
+    m_line->openErrors.insert(configured, LineError::HeldByAnother);
     search();
     EXPECT_EQ(failure().code, -4);
-    EXPECT_EQ(m_line->openedDevices, QStringList({s_configured, s_configured}));
+    EXPECT_EQ(m_line->openedDevices, QStringList({configured, configured}));
 }
 
 TEST_F(SearchingModem, sendsNothingButTheQuestionForTheImeiToAnotherDevice)
 {
-    m_ports = {QStringLiteral("/dev/a")};
+    m_ports = {u"/dev/a"_s};
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
     m_imeis.insert(m_ports.at(0), FakeModemLine::answer("ERROR"));
-    search(QStringLiteral("1234"));
+    search(u"1234"_s);
     EXPECT_EQ(failure().code, -2);
-    EXPECT_EQ(failure().text, s_configured);
+    EXPECT_EQ(failure().text, configured);
     EXPECT_EQ(m_line->commands, (QList<QByteArray>{"AT", "AT+CGSN", "AT+GSN"}));
     EXPECT_EQ(m_gate.asked, 0);
     EXPECT_FALSE(m_line->isOpen());
@@ -100,7 +104,7 @@ TEST_F(SearchingModem, sendsNothingButTheQuestionForTheImeiToAnotherDevice)
 
 TEST_F(SearchingModem, asksInTheOtherWayToo)
 {
-    m_ports = {QStringLiteral("/dev/a")};
+    m_ports = {u"/dev/a"_s};
     m_line->answers.insert("AT+GSN", m_line->answers.take("AT+CGSN"));
     search();
     EXPECT_EQ(m_modem->state(), Modem::State::Ready);
@@ -108,13 +112,13 @@ TEST_F(SearchingModem, asksInTheOtherWayToo)
 
 TEST_F(SearchingModem, asksAnotherDeviceOnlyOnceAndASilentOneNotForEver)
 {
-    m_ports = {QStringLiteral("/dev/a"), QStringLiteral("/dev/b")};
+    m_ports = {u"/dev/a"_s, u"/dev/b"_s};
     m_imeis.insert(m_ports.at(0), FakeModemLine::info("490154203237519"));
     m_imeis.insert(m_ports.at(1), FakeModemLine::answer("ERROR"));
     for (int times = 0; times < 12; ++times)
         search();
     EXPECT_EQ(m_line->openedDevices.count(m_ports.at(0)), 1);
-    EXPECT_EQ(m_line->openedDevices.count(m_ports.at(1)), PortSearch::s_mostSilentTries);
+    EXPECT_EQ(m_line->openedDevices.count(m_ports.at(1)), PortSearch::maxSilentTries);
 
     // Unplugged and back, it may be another one.
     const QStringList all = std::exchange(m_ports, QStringList());
@@ -127,8 +131,7 @@ TEST_F(SearchingModem, asksAnotherDeviceOnlyOnceAndASilentOneNotForEver)
 
 TEST_F(SearchingModem, passesPortsThatCannotBeOpenedThatBreakAndThatStaySilent)
 {
-    m_ports = {QStringLiteral("/dev/held"), QStringLiteral("/dev/breaks"),
-               QStringLiteral("/dev/silent"), QStringLiteral("/dev/right")};
+    m_ports = {u"/dev/held"_s, u"/dev/breaks"_s, u"/dev/silent"_s, u"/dev/right"_s};
     m_line->openErrors.insert(m_ports.at(0), LineError::HeldByAnother);
     m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
         if (m_line->openedDevice == m_ports.at(1) && command == "AT+CGSN")
@@ -145,9 +148,9 @@ TEST_F(SearchingModem, passesPortsThatCannotBeOpenedThatBreakAndThatStaySilent)
 
 TEST_F(SearchingModem, closedWhileItSearchesSaysNothing)
 {
-    m_ports = {QStringLiteral("/dev/a")};
+    m_ports = {u"/dev/a"_s};
     m_line->silent = true;
-    m_modem->open({s_configured, 9600}, {}, Modem::OpenMode::Plain, s_imei);
+    m_modem->open({configured, 9600}, {}, Modem::OpenMode::Plain, knownImei);
     ASSERT_TRUE(until([this] { return m_line->openings == 2; }));
     m_modem->close();
     EXPECT_FALSE(m_line->isOpen());
@@ -170,7 +173,7 @@ protected:
         timings.probeMs = 1000;
         auto line = std::make_unique<FakeModemLine>();
         m_line = line.get();
-        m_line->openErrors.insert(s_configured, LineError::NoSuchDevice);
+        m_line->openErrors.insert(configured, LineError::NoSuchDevice);
         m_line->silent = true;
         m_modem = std::make_unique<Modem>(
             std::move(line), m_gate, timings, nullptr, [this] { return m_ports; }, m_time);
@@ -182,7 +185,7 @@ protected:
 TEST_F(HastySearch, isBoundedForEachPortAndAllInAll)
 {
     for (int port = 0; port < 40; ++port)
-        m_ports.append(QStringLiteral("/dev/silent%1").arg(port));
+        m_ports.append(u"/dev/silent%1"_s.arg(port));
     search();
     EXPECT_EQ(failure().code, -2);
     EXPECT_GE(m_line->openings, 2);
@@ -212,7 +215,7 @@ TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
     const int own = DeviceClaim::openPlainly(device.path().toLocal8Bit());
     QProcess other;
     other.setStandardInputFile(device.path());
-    other.start(QStringLiteral("sleep"), {QStringLiteral("infinity")});
+    other.start(u"sleep"_s, {u"infinity"_s});
     ASSERT_TRUE(other.waitForStarted(hangMs));
 
     QtSerialPortLine line;
@@ -222,7 +225,7 @@ TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
     std::optional<QString> found;
     const auto finished = [&](const QString &port) { found = port; };
     const auto isOver = [&] { return waitUntil([&] { return found.has_value(); }); };
-    search.start(s_imei, 9600, finished);
+    search.start(knownImei, 9600, finished);
     ASSERT_TRUE(isOver());
     EXPECT_EQ(*found, QString());
     EXPECT_TRUE(device.heard.isEmpty());
@@ -230,7 +233,7 @@ TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
     other.kill();
     other.waitForFinished(hangMs);
     found.reset();
-    search.start(s_imei, 9600, finished);
+    search.start(knownImei, 9600, finished);
     ASSERT_TRUE(isOver());
     EXPECT_EQ(*found, device.path());
     EXPECT_TRUE(line.isOpen());
@@ -238,3 +241,5 @@ TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
 }
 
 } // namespace
+
+} // namespace norvane

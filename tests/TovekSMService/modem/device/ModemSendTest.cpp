@@ -1,5 +1,9 @@
 #include "TovekSMService/modem/device/ModemFixture.h"
 
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using State = Modem::State;
@@ -104,7 +108,7 @@ struct ErrorRow
     bool mayBeDelivered;
 };
 
-const ErrorRow s_errorRows[] = {
+const ErrorRow errorRows[] = {
     {"+CMS ERROR: 38", SendProblem::CmsError, 38, -36, Treatment::Temporary, false},
     {"+CMS ERROR: 195", SendProblem::CmsError, 195, -37, Treatment::Permanent, false},
     {"+CMS ERROR: 330", SendProblem::CmsError, 330, -19, Treatment::Device, false},
@@ -126,7 +130,7 @@ void expectFailure(const SendFailure &failure, const ErrorRow &row)
 TEST_F(ModemFixture, tellsAnErrorAfterThePayload)
 {
     openReady();
-    for (const ErrorRow &row : s_errorRows) {
+    for (const ErrorRow &row : errorRows) {
         m_line->submitAnswer = FakeModemLine::answer(row.answer);
         send();
         expectFailure(sendFailure(), row);
@@ -134,13 +138,13 @@ TEST_F(ModemFixture, tellsAnErrorAfterThePayload)
         EXPECT_EQ(m_modem->state(), State::Ready);
     }
     EXPECT_TRUE(m_accepted->isEmpty());
-    EXPECT_EQ(m_line->payloads.size(), static_cast<qsizetype>(std::size(s_errorRows)));
+    EXPECT_EQ(m_line->payloads.size(), static_cast<qsizetype>(std::size(errorRows)));
 }
 
 TEST_F(ModemFixture, tellsAnErrorInPlaceOfThePrompt)
 {
     openReady();
-    for (const ErrorRow &row : s_errorRows) {
+    for (const ErrorRow &row : errorRows) {
         m_line->answers.insert("AT+CMGS=13", FakeModemLine::answer(row.answer));
         send();
         expectFailure(sendFailure(), row);
@@ -272,7 +276,7 @@ TEST_F(ModemFixture, reopenedOnTheNewsOfAFailedPartItGoesOnWithTheNewOpening)
 {
     openReady();
     QObject::connect(m_modem.get(), &Modem::partFailed, m_modem.get(), [this] {
-        m_modem->open({QStringLiteral("/dev/again"), 9600}, {});
+        m_modem->open({u"/dev/again"_s, 9600}, {});
     });
     m_line->breakAfterSaid = 2;
     m_modem->send(part());
@@ -282,3 +286,5 @@ TEST_F(ModemFixture, reopenedOnTheNewsOfAFailedPartItGoesOnWithTheNewOpening)
 }
 
 } // namespace
+
+} // namespace norvane

@@ -1,8 +1,10 @@
-#include "TovekSMService/dispatch/HeardOutcomes.h"
+#include "TovekSMService/dispatch/AcknowledgedOutcomes.h"
 
 #include "TovekSMService/store/OtherConnection.h"
 #include "TovekSMService/store/StoreFixture.h"
 #include "support/TurnedTime.h"
+
+namespace norvane {
 
 namespace {
 
@@ -24,7 +26,7 @@ protected:
 
 TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
 {
-    HeardOutcomes heard(*m_store, 20, m_time);
+    AcknowledgedOutcomes heard(*m_store, 20, m_time);
     const qint64 first = failedMessage();
     const qint64 second = failedMessage();
     heard.add(first);
@@ -37,7 +39,7 @@ TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
 
 TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
 {
-    HeardOutcomes heard(*m_store, 20, m_time);
+    AcknowledgedOutcomes heard(*m_store, 20, m_time);
     const qint64 outcome = failedMessage();
     OtherConnection other(file());
     other.lock();
@@ -51,3 +53,5 @@ TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
 }
 
 } // namespace
+
+} // namespace norvane

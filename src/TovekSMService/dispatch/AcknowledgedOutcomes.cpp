@@ -1,22 +1,25 @@
-#include "TovekSMService/dispatch/HeardOutcomes.h"
+#include "TovekSMService/dispatch/AcknowledgedOutcomes.h"
 
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Store.h"
 
-HeardOutcomes::HeardOutcomes(Store &store, int retryMs, TimeSource &time, QObject *parent)
+namespace norvane {
+
+AcknowledgedOutcomes::AcknowledgedOutcomes(Store &store, int retryMs, TimeSource &time,
+                                           QObject *parent)
     : QObject(parent), m_store(store), m_retryMs(retryMs), m_timer(time)
 {
-    connect(&m_timer, &Timer::timeout, this, &HeardOutcomes::note);
+    connect(&m_timer, &Timer::timeout, this, &AcknowledgedOutcomes::note);
 }
 
-void HeardOutcomes::add(qint64 outcome)
+void AcknowledgedOutcomes::add(qint64 outcome)
 {
     m_unnoted.insert(outcome);
     if (!m_timer.isActive())
         m_timer.start(0);
 }
 
-void HeardOutcomes::note()
+void AcknowledgedOutcomes::note()
 {
     try {
         m_store.markReported(m_unnoted.values());
@@ -26,3 +29,5 @@ void HeardOutcomes::note()
         m_timer.start(m_retryMs);
     }
 }
+
+} // namespace norvane

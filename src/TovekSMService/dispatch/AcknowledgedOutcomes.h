@@ -6,19 +6,21 @@
 #include <QObject>
 #include <QSet>
 
+namespace norvane {
+
 class Store;
 
 /// Failures that a console has handled. That is noted in the store afterwards: an engine that ends
 /// in between tells them once more, where the other order could leave them untold for ever.
-class HeardOutcomes : public QObject
+class AcknowledgedOutcomes : public QObject
 {
     Q_OBJECT
 
 public:
     /// @param store, time  must outlive this object
     /// @param retryMs      between two tries to note it
-    HeardOutcomes(Store &store, int retryMs, TimeSource &time = TimeSource::system(),
-                  QObject *parent = nullptr);
+    AcknowledgedOutcomes(Store &store, int retryMs, TimeSource &time = TimeSource::system(),
+                         QObject *parent = nullptr);
 
     void add(qint64 outcome);
     /// Whether it was handled and that is not noted yet.
@@ -32,3 +34,5 @@ private:
     QSet<qint64> m_unnoted;
     Timer m_timer;
 };
+
+} // namespace norvane
