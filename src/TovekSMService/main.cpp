@@ -1,3 +1,4 @@
+#include "TovekSMService/admin/AdminFailure.h"
 #include "TovekSMService/admin/CommandLine.h"
 #include "TovekSMService/admin/ExitCodes.h"
 #include "TovekSMService/admin/Queries.h"
@@ -23,12 +24,14 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"TovekSMService"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
-    const CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
-    EngineLog::install(commandLine.logLevel.value_or(EngineLog::Level::Info),
+    const auto commandLine = CommandLine::parse(QCoreApplication::arguments());
+    if (!commandLine)
+        return report(commandLine.error());
+    EngineLog::install(commandLine->logLevel.value_or(EngineLog::Level::Info),
                        EngineFolder::logFile(EngineFolder::path()));
-    if (commandLine.isQuery())
-        return carryOut(commandLine);
-    if (!commandLine.logLevel)
+    if (commandLine->isQuery)
+        return carryOut(*commandLine);
+    if (!commandLine->logLevel)
         EngineLog::setLevel(LogLevelSetting::load().value_or(EngineLog::Level::Info));
 
     const SystemClock clock;

@@ -1,12 +1,11 @@
 #include "TovekSMService/admin/CommandLine.h"
 
-#include "TovekSMService/admin/ExitCodes.h"
 #include "TovekSMService/modem/at/PortParameter.h"
 
 #include <QCommandLineParser>
-#include <QTextStream>
 
-#include <cstdlib>
+#include <algorithm>
+#include <string_view>
 
 namespace norvane {
 
@@ -14,164 +13,183 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-[[noreturn]] void refuse(const QString &reason)
+/// An option as it was given, with the value that counts.
+struct Given
 {
-    QTextStream(stderr) << "TovekSMService: " << reason << '\n';
-    std::exit(ExitCode::failed);
+    QString name;
+    QString value;
+};
+
+using Noted = Result<void, AdminFailure>;
+
+// What an option sets.
+
+template <auto member>
+Noted flag(CommandLine &commandLine, const Given &)
+{
+    commandLine.*member = true;
+    return {};
 }
 
-QString description()
+template <auto member>
+Noted text(CommandLine &commandLine, const Given &given)
+{
+    commandLine.*member = given.value;
+    return {};
+}
+
+/// @param read  gives nothing for a value that can't be
+template <auto member, auto read>
+Noted parsed(CommandLine &commandLine, const Given &given)
+{
+    const auto value = read(given.value);
+    if (!value)
+        return failed(AdminFailure{u"--%1 can't be \"%2\""_s.arg(given.name, given.value)});
+    commandLine.*member = *value;
+    return {};
+}
+
+enum class Use {
+    Setting, ///< of the engine, or of the option that it goes with
+    Task,    ///< something to do other than to run the engine
+    List,    ///< a task that prints, and may have the output to itself
+};
+
+struct Option
+{
+    const char *name;
+    const char *value; ///< null: the option takes none
+    const char *text;
+    Use use;
+    const char *goesWith; ///< the option without which it is none; null: it stands alone
+    Noted (*note)(CommandLine &commandLine, const Given &given);
+};
+
+constexpr Option options[] = {
+    {"device", "PATH, SPEED",
+     "Store where the device is, as in \"COM1, 9600\" or \"/dev/ttyUSB0, 115200\".", Use::Task,
+     nullptr, text<&CommandLine::device>},
+    {"pin", "PIN", "Store the SIM's PIN; an empty one for none.", Use::Task, nullptr,
+     text<&CommandLine::pin>},
+    {"status", nullptr, "Print the engine's state and settings.", Use::List, nullptr,
+     flag<&CommandLine::status>},
+    {"json", nullptr,
+     "With --status: print the state for a monitor, and end with 0 for running, 1 for stopped, 2 "
+     "for not up, 3 for trouble.",
+     Use::Setting, "status", flag<&CommandLine::json>},
+    {"queue", nullptr, "Print the waiting messages, one a line.", Use::List, nullptr,
+     flag<&CommandLine::queue>},
+    {"report", nullptr, "Print what became of messages, one a line.", Use::List, nullptr,
+     flag<&CommandLine::report>},
+    {"since", "DATE",
+     "With --report: from this day (yyyy-MM-dd) or moment (yyyy-MM-ddTHH:mm:ss) on.", Use::Setting,
+     "report", parsed<&CommandLine::since, OutcomeReport::moment>},
+    {"format", "FORMAT", "With --report: text (default) or csv.", Use::Setting, "report",
+     parsed<&CommandLine::format, OutcomeReport::formatNamed>},
+    {"backup", "FILE",
+     "Copy the store, running or not, to a new file. It holds every text and the PIN.", Use::Task,
+     nullptr, text<&CommandLine::backup>},
+    {"log-level", "LEVEL",
+     "Log errors, warnings too, what happens too (default), or every line to and from the device "
+     "too, without PINs and messages: error, warning, info, debug.",
+     Use::Setting, nullptr, parsed<&CommandLine::logLevel, EngineLog::levelNamed>},
+};
+
+QString described()
 {
     return u"The SMS engine: owns the GSM device, keeps the queue and sends.\n"
            "Without an option that asks or stores it runs until its session ends."_s;
 }
 
-const QCommandLineOption &deviceOption()
+void addOptions(QCommandLineParser &parser)
 {
-    static const QCommandLineOption option(u"device"_s,
-                                           u"Store where the device is, as in \"COM1, 9600\" "
-                                           "or \"/dev/ttyUSB0, 115200\"."_s,
-                                           u"PATH, SPEED"_s);
-    return option;
+    parser.setApplicationDescription(described());
+    parser.addHelpOption();
+    parser.addVersionOption();
+    for (const Option &option : options) {
+        parser.addOption({QString::fromLatin1(option.name), QString::fromLatin1(option.text),
+                          QString::fromLatin1(option.value)});
+    }
 }
 
-const QCommandLineOption &pinOption()
+bool isSet(const QCommandLineParser &parser, const Option &option)
 {
-    static const QCommandLineOption option(
-        u"pin"_s, u"Store the SIM's PIN; an empty one for none."_s, u"PIN"_s);
-    return option;
+    return parser.isSet(QString::fromLatin1(option.name));
 }
 
-const QCommandLineOption &statusOption()
+Result<CommandLine, AdminFailure> read(const QCommandLineParser &parser)
 {
-    static const QCommandLineOption option(u"status"_s,
-                                           u"Print the engine's state and settings."_s);
-    return option;
+    CommandLine commandLine;
+    for (const Option &option : options) {
+        if (!isSet(parser, option))
+            continue;
+        const QString name = QString::fromLatin1(option.name);
+        if (const Noted noted = option.note(commandLine, {name, parser.value(name)}); !noted)
+            return failed(noted.error());
+        commandLine.isQuery |= option.use != Use::Setting;
+    }
+    return commandLine;
 }
 
-const QCommandLineOption &jsonOption()
+/// Refuses what goes with `owner` where that isn't given.
+Noted checkCompanions(const QCommandLineParser &parser, const Option &owner)
 {
-    static const QCommandLineOption option(
-        u"json"_s, u"With --status: print the state for a monitor, and end with 0 for running, "
-                   "1 for stopped, 2 for not up, 3 for trouble."_s);
-    return option;
+    QStringList names;
+    bool anySet = false;
+    for (const Option &option : options) {
+        if (!option.goesWith || std::string_view(option.goesWith) != owner.name)
+            continue;
+        names << u"--"_s + QLatin1String(option.name);
+        anySet |= isSet(parser, option);
+    }
+    if (!anySet || isSet(parser, owner))
+        return {};
+    return failed(AdminFailure{u"%1 %2 with --%3"_s.arg(names.join(u" and "_s),
+                                                        names.size() == 1 ? u"goes"_s : u"go"_s,
+                                                        QLatin1String(owner.name))});
 }
 
-const QCommandLineOption &queueOption()
+/// Two lists have the output to themselves, for the program that reads them.
+Noted checkLists(const QCommandLineParser &parser, const CommandLine &commandLine)
 {
-    static const QCommandLineOption option(u"queue"_s,
-                                           u"Print the waiting messages, one a line."_s);
-    return option;
+    const auto lists = std::ranges::count_if(options, [&](const Option &option) {
+        return option.use == Use::List && isSet(parser, option);
+    });
+    if (lists > 1 && commandLine.json)
+        return failed(AdminFailure{u"--status --json goes with no other list"_s});
+    if (lists > 1 && commandLine.report)
+        return failed(AdminFailure{u"--report goes with no other list"_s});
+    return {};
 }
 
-const QCommandLineOption &reportOption()
+Noted check(const QCommandLineParser &parser, const CommandLine &commandLine)
 {
-    static const QCommandLineOption option(u"report"_s,
-                                           u"Print what became of messages, one a line."_s);
-    return option;
-}
-
-const QCommandLineOption &sinceOption()
-{
-    static const QCommandLineOption option(u"since"_s,
-                                           u"With --report: from this day (yyyy-MM-dd) or moment "
-                                           "(yyyy-MM-ddTHH:mm:ss) on."_s,
-                                           u"DATE"_s);
-    return option;
-}
-
-const QCommandLineOption &formatOption()
-{
-    static const QCommandLineOption option(u"format"_s, u"With --report: text (default) or csv."_s,
-                                           u"FORMAT"_s);
-    return option;
-}
-
-const QCommandLineOption &backupOption()
-{
-    static const QCommandLineOption option(
-        u"backup"_s,
-        u"Copy the store, running or not, to a new file. It holds every text and "
-        "the PIN."_s,
-        u"FILE"_s);
-    return option;
-}
-
-const QCommandLineOption &logLevelOption()
-{
-    static const QCommandLineOption option(
-        u"log-level"_s,
-        u"Log errors, warnings too, what happens too (default), or every line to and "
-        "from the device too, without PINs and messages: error, warning, info, "
-        "debug."_s,
-        u"LEVEL"_s);
-    return option;
-}
-
-std::optional<QString> valueOf(const QCommandLineParser &parser, const QCommandLineOption &option)
-{
-    return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
-}
-
-/// What `read` makes of the option's value, or `absent` without the option.
-template <typename Value, typename Read>
-Value readValue(const QCommandLineParser &parser, const QCommandLineOption &option, Value absent,
-                Read read)
-{
-    const std::optional<QString> given = valueOf(parser, option);
-    if (!given)
-        return absent;
-    const std::optional<Value> value = read(*given);
-    if (!value)
-        refuse(u"--%1 can't be \"%2\""_s.arg(option.names().constFirst(), *given));
-    return *value;
-}
-
-void refuseWrong(const QCommandLineParser &parser, const CommandLine &commandLine)
-{
-    if (!parser.positionalArguments().isEmpty())
-        refuse(u"unknown argument: "_s + parser.positionalArguments().constFirst());
+    const QStringList unknown = parser.positionalArguments();
+    if (!unknown.isEmpty())
+        return failed(AdminFailure{u"unknown argument: "_s + unknown.constFirst()});
     if (commandLine.device && !parsePortParameter(*commandLine.device))
-        refuse(u"not a device and a speed: \"%1\""_s.arg(*commandLine.device));
-    if (commandLine.json && !commandLine.status)
-        refuse(u"--json goes with --status"_s);
-    if (!commandLine.report && (parser.isSet(sinceOption()) || parser.isSet(formatOption())))
-        refuse(u"--since and --format go with --report"_s);
-    // Each of these has the output to itself, for the program that reads it.
-    if (commandLine.json && (commandLine.queue || commandLine.report))
-        refuse(u"--status --json goes with no other list"_s);
-    if (commandLine.report && (commandLine.queue || commandLine.status))
-        refuse(u"--report goes with no other list"_s);
+        return failed(AdminFailure{u"not a device and a speed: \"%1\""_s.arg(*commandLine.device)});
+    for (const Option &option : options) {
+        if (const Noted checked = checkCompanions(parser, option); !checked)
+            return checked;
+    }
+    return checkLists(parser, commandLine);
 }
 
 } // namespace
 
-CommandLine CommandLine::parse(const QStringList &arguments)
+Result<CommandLine, AdminFailure> CommandLine::parse(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(description());
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addOptions({deviceOption(), pinOption(), statusOption(), jsonOption(), queueOption(),
-                       reportOption(), sinceOption(), formatOption(), backupOption(),
-                       logLevelOption()});
-    parser.process(arguments);
-
-    CommandLine commandLine;
-    commandLine.status = parser.isSet(statusOption());
-    commandLine.json = parser.isSet(jsonOption());
-    commandLine.queue = parser.isSet(queueOption());
-    commandLine.report = parser.isSet(reportOption());
-    commandLine.since = readValue(parser, sinceOption(), QString(), OutcomeReport::moment);
-    commandLine.format =
-        readValue(parser, formatOption(), OutcomeReport::Format::Text, OutcomeReport::formatNamed);
-    commandLine.device = valueOf(parser, deviceOption());
-    commandLine.pin = valueOf(parser, pinOption());
-    commandLine.backup = valueOf(parser, backupOption());
-    if (parser.isSet(logLevelOption()))
-        commandLine.logLevel =
-            readValue(parser, logLevelOption(), EngineLog::Level::Info, EngineLog::levelNamed);
-    refuseWrong(parser, commandLine);
+    addOptions(parser);
+    if (!parser.parse(arguments))
+        return failed(AdminFailure{parser.errorText()});
+    parser.process(arguments); // ends the program for --help and --version
+    Result<CommandLine, AdminFailure> commandLine = read(parser);
+    if (!commandLine)
+        return commandLine;
+    if (const Noted checked = check(parser, *commandLine); !checked)
+        return failed(checked.error());
     return commandLine;
 }
 

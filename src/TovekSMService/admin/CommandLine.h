@@ -1,7 +1,9 @@
 #pragma once
 
+#include "TovekSMService/admin/AdminFailure.h"
 #include "TovekSMService/admin/OutcomeReport.h"
 #include "TovekSMService/log/EngineLog.h"
+#include "common/Result.h"
 
 #include <QString>
 #include <QStringList>
@@ -13,6 +15,7 @@ namespace norvane {
 /// What an administrator asks of the engine's executable.
 struct CommandLine
 {
+    bool isQuery = false; ///< there is something to do other than to run the engine
     bool status = false;
     bool json = false; ///< the status for a monitor
     bool queue = false;
@@ -24,11 +27,9 @@ struct CommandLine
     std::optional<QString> backup;
     std::optional<EngineLog::Level> logLevel;
 
-    /// Whether there is something to do other than to run the engine.
-    bool isQuery() const { return status || queue || report || device || pin || backup; }
-
-    /// Reads the arguments; ends the program for --help, --version and errors.
-    static CommandLine parse(const QStringList &arguments);
+    /// Reads the arguments; ends the program for --help and --version.
+    /// @param arguments  with the program's name first
+    [[nodiscard]] static Result<CommandLine, AdminFailure> parse(const QStringList &arguments);
 };
 
 } // namespace norvane

@@ -29,8 +29,7 @@ QTextStream &out()
 
 int fail(const QString &reason)
 {
-    QTextStream(stderr) << "TovekSMService: " << reason << '\n';
-    return ExitCode::failed;
+    return report(AdminFailure{reason});
 }
 
 DeviceSettings changed(DeviceSettings settings, const CommandLine &commandLine)
