@@ -50,7 +50,7 @@ void AtDialogue::askNext()
         }
         m_questions.removeFirst();
     }
-    std::exchange(m_finished, nullptr)(std::nullopt);
+    std::exchange(m_finished, nullptr)({});
 }
 
 void AtDialogue::takeAnswer(const AtAnswer &answer)
@@ -58,14 +58,13 @@ void AtDialogue::takeAnswer(const AtAnswer &answer)
     if (answer.end == AtAnswer::End::TimedOut)
         ++m_unanswered;
     const Question question = m_questions.takeFirst();
-    const std::optional<ModemFailure> failure =
-        question.take ? question.take(answer) : std::nullopt;
-    if (!failure) {
+    const ModemResult taken = question.take ? question.take(answer) : ModemResult();
+    if (taken) {
         askNext();
         return;
     }
     m_questions.clear();
-    std::exchange(m_finished, nullptr)(failure);
+    std::exchange(m_finished, nullptr)(taken);
 }
 
 ModemFailure failureOf(SyncOutcome outcome)

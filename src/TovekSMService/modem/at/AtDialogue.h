@@ -6,7 +6,6 @@
 #include <QList>
 
 #include <functional>
-#include <optional>
 
 namespace norvane {
 
@@ -20,7 +19,7 @@ public:
     {
         AtCommand command;
         /// Looks at the answer. A failure that it gives ends the list.
-        std::function<std::optional<ModemFailure>(const AtAnswer &)> take;
+        std::function<ModemResult(const AtAnswer &)> take;
         /// Whether the question is asked at all, decided when its turn comes; empty for always.
         std::function<bool()> wanted = {};
         /// One that the dialogue can do without when the device is short of answers.
@@ -28,7 +27,7 @@ public:
     };
 
     using Asked = std::function<void(const AtAnswer &)>;
-    using Finished = std::function<void(const std::optional<ModemFailure> &)>;
+    using Finished = std::function<void(const ModemResult &)>;
 
     /// @param lost called when the device has stopped answering altogether; the function of the
     ///             question or list is not called then. A broken line is told by the channel alone.

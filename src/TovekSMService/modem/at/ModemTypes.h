@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TovekSMService/modem/at/FailureTable.h"
+#include "common/Result.h"
 
 #include <QMetaType>
 #include <QString>
@@ -41,6 +42,9 @@ struct ModemFailure
     /// trying again is no use before the settings change.
     bool needsOperator = false;
 };
+
+/// Whether a step with the device has come to a good end.
+using ModemResult = Result<void, ModemFailure>;
 
 /// Why a part wasn't sent, or may not have been.
 struct SendFailure

@@ -19,7 +19,7 @@ Question question(const QByteArray &command, int limitMs, Take take,
     return {{command, limitMs, prefixes},
             [take](const AtAnswer &answer) {
                 take(answer.isOk() ? answer.lines : Lines());
-                return std::optional<ModemFailure>();
+                return ModemResult();
             },
             {},
             true};

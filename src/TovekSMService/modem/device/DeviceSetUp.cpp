@@ -16,16 +16,16 @@ Question preference(const QByteArray &command, const ModemTimings &timings)
     return {{command, timings.commandMs, {}}, {}, {}, false};
 }
 
-std::optional<ModemFailure> failureOfPduMode(const AtAnswer &answer)
+ModemResult takePduMode(const AtAnswer &answer)
 {
     if (answer.isOk())
-        return std::nullopt;
+        return {};
     if (answer.end == AtAnswer::End::TimedOut)
-        return ModemFailure{ErrorCode::phoneInit, u"no answer to AT+CMGF=0"_s, false};
+        return failed(ModemFailure{ErrorCode::phoneInit, u"no answer to AT+CMGF=0"_s, false});
     const bool reason = failureNumber(answer.result) >= 0;
-    return ModemFailure{
+    return failed(ModemFailure{
         reason ? failureRule(answer.result).code : ErrorCode::notSupported,
-        u"the device refuses PDU mode: %1"_s.arg(QString::fromLatin1(answer.result.text)), false};
+        u"the device refuses PDU mode: %1"_s.arg(QString::fromLatin1(answer.result.text)), false});
 }
 
 } // namespace
@@ -41,7 +41,7 @@ QList<AtDialogue::Question> dialogue(const ModemTimings &timings)
 QList<AtDialogue::Question> messages(const ModemTimings &timings)
 {
     Question pduMode = preference("AT+CMGF=0", timings);
-    pduMode.take = failureOfPduMode;
+    pduMode.take = takePduMode;
     return {pduMode, preference("AT+CSMS=0", timings), preference("AT+CNMI=0,0", timings)};
 }
 

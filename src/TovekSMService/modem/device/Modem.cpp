@@ -138,40 +138,38 @@ void Modem::resetFunctionality()
 
 void Modem::setUp()
 {
-    m_dialogue.askAll(
-        DeviceSetUp::dialogue(m_timings),
-        [this](const std::optional<ModemFailure> &) { m_flightMode.leave([this] { unlock(); }); });
+    m_dialogue.askAll(DeviceSetUp::dialogue(m_timings),
+                      [this](const ModemResult &) { m_flightMode.leave([this] { unlock(); }); });
 }
 
 void Modem::unlock()
 {
     m_unlock.start(
         std::exchange(m_pin, QString()), &m_details,
-        [this](const std::optional<ModemFailure> &failure) {
-            if (failure)
-                fail(*failure);
-            else
+        [this](const ModemResult &unlocked) {
+            if (unlocked)
                 setUpMessages();
+            else
+                fail(unlocked.error());
         },
         m_flightMode.wasLeft() ? SimPresence::JustPowered : SimPresence::Told);
 }
 
 void Modem::setUpMessages()
 {
-    m_dialogue.askAll(DeviceSetUp::messages(m_timings),
-                      [this](const std::optional<ModemFailure> &failure) {
-                          if (failure)
-                              fail(*failure);
-                          else
-                              m_flightMode.awaitNetwork([this] { readDetails(); });
-                      });
+    m_dialogue.askAll(DeviceSetUp::messages(m_timings), [this](const ModemResult &setUp) {
+        if (setUp)
+            m_flightMode.awaitNetwork([this] { readDetails(); });
+        else
+            fail(setUp.error());
+    });
 }
 
 void Modem::readDetails()
 {
     m_dialogue.askAll(DeviceQueries::identity(&m_details, m_timings) +
                           DeviceQueries::condition(&m_details, m_timings),
-                      [this](const std::optional<ModemFailure> &) {
+                      [this](const ModemResult &) {
                           if (m_details.simId.isEmpty())
                               m_details.simId = m_details.imei;
                           becomeReady();
@@ -243,11 +241,10 @@ void Modem::refreshDetails()
     if (m_state != State::Ready)
         return;
     m_state = State::Busy;
-    m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings),
-                      [this](const std::optional<ModemFailure> &) {
-                          m_state = State::Ready;
-                          Q_EMIT detailsChanged(m_details);
-                      });
+    m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings), [this](const ModemResult &) {
+        m_state = State::Ready;
+        Q_EMIT detailsChanged(m_details);
+    });
 }
 
 void Modem::test()
@@ -286,18 +283,19 @@ void Modem::testSim()
 {
     // No PIN is tried here: a SIM that asks for one now has been changed or taken out.
     m_unlock.start(QString(), &m_details,
-                   [this](const std::optional<ModemFailure> &failure) { onTested(failure); });
+                   [this](const ModemResult &unlocked) { onTested(unlocked); });
 }
 
-void Modem::onTested(const std::optional<ModemFailure> &failure)
+void Modem::onTested(const ModemResult &unlocked)
 {
     m_dialogue.askAll(
-        DeviceQueries::condition(&m_details, m_timings),
-        [this, failure](const std::optional<ModemFailure> &) {
+        DeviceQueries::condition(&m_details, m_timings), [this, unlocked](const ModemResult &) {
             m_state = State::Ready;
             m_testing = false;
-            const ModemFailure result = failure.value_or(ModemFailure{ErrorCode::ok, {}, false});
-            Q_EMIT tested(!failure, result.code, m_details, result.text);
+            if (unlocked)
+                Q_EMIT tested(true, ErrorCode::ok, m_details, {});
+            else
+                Q_EMIT tested(false, unlocked.error().code, m_details, unlocked.error().text);
         });
 }
 

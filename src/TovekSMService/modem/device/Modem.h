@@ -123,7 +123,7 @@ private:
     void reportPart(const PartSubmission::Outcome &outcome);
     void testAfterFindingBack();
     void testSim();
-    void onTested(const std::optional<ModemFailure> &failure);
+    void onTested(const ModemResult &unlocked);
     void onBroken(LineError reason);
     void shutDown();
     void fail(const ModemFailure &failure);

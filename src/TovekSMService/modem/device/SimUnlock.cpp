@@ -140,10 +140,10 @@ void SimUnlock::onState(SimState state)
     case SimState::Ready:
         if (m_attempted)
             noteAccepted();
-        finish(std::nullopt);
+        finish({});
         return;
     case SimState::Unknown:
-        finish(std::nullopt);
+        finish({});
         return;
     case SimState::Pin:
         onPinAsked();
@@ -152,23 +152,22 @@ void SimUnlock::onState(SimState state)
         refuse(ErrorCode::simPukRequired, u"the SIM asks for its PUK"_s);
         return;
     case SimState::Pin2:
-        finish(ModemFailure{ErrorCode::simPin2Required, u"the SIM asks for its PIN2"_s, true});
+        fail({ErrorCode::simPin2Required, u"the SIM asks for its PIN2"_s, true});
         return;
     case SimState::Puk2:
-        finish(ModemFailure{ErrorCode::simPuk2Required, u"the SIM asks for its PUK2"_s, true});
+        fail({ErrorCode::simPuk2Required, u"the SIM asks for its PUK2"_s, true});
         return;
     case SimState::DeviceLocked:
-        finish(ModemFailure{ErrorCode::phoneSecurity,
-                            u"the device is locked by a code of its own"_s, true});
+        fail({ErrorCode::phoneSecurity, u"the device is locked by a code of its own"_s, true});
         return;
     case SimState::NotInserted:
         onNotInserted();
         return;
     case SimState::Failed:
-        finish(ModemFailure{ErrorCode::simCommunication, u"the device rejects the SIM"_s, false});
+        fail({ErrorCode::simCommunication, u"the device rejects the SIM"_s, false});
         return;
     case SimState::Unexpected:
-        finish(ModemFailure{ErrorCode::unexpectedAnswer, u"unknown state of the SIM"_s, false});
+        fail({ErrorCode::unexpectedAnswer, u"unknown state of the SIM"_s, false});
         return;
     case SimState::Busy:
         retryLater(ErrorCode::simCommunication, u"the SIM isn't ready"_s);
@@ -182,13 +181,13 @@ void SimUnlock::onNotInserted()
     if (m_presence == SimPresence::JustPowered)
         retryLater(ErrorCode::simNotInserted, text);
     else
-        finish(ModemFailure{ErrorCode::simNotInserted, text, false});
+        fail({ErrorCode::simNotInserted, text, false});
 }
 
 void SimUnlock::retryLater(int code, const QString &text)
 {
     if (m_deadline.hasExpired())
-        finish(ModemFailure{code, text, false});
+        fail({code, text, false});
     else
         m_poll.start(m_timings.simPollMs);
 }
@@ -200,10 +199,9 @@ void SimUnlock::onPinAsked()
     } else if (m_attempted) {
         refuse(ErrorCode::incorrectPassword, u"the SIM doesn't take the PIN"_s);
     } else if (m_pin.isEmpty()) {
-        finish(ModemFailure{ErrorCode::simPinRequired, u"the SIM asks for a PIN and none is set"_s,
-                            true});
+        fail({ErrorCode::simPinRequired, u"the SIM asks for a PIN and none is set"_s, true});
     } else if (!isPin(m_pin)) {
-        finish(ModemFailure{ErrorCode::incorrectPassword, u"the PIN isn't 4 to 8 digits"_s, true});
+        fail({ErrorCode::incorrectPassword, u"the PIN isn't 4 to 8 digits"_s, true});
     } else {
         identify();
     }
@@ -226,8 +224,7 @@ void SimUnlock::identify()
     QList<AtDialogue::Question> imei = DeviceQueries::imei(m_details, m_timings);
     for (AtDialogue::Question &question : imei)
         question.optional = false;
-    m_dialogue.askAll(questions + imei,
-                      [this](const std::optional<ModemFailure> &) { onIdentified(); });
+    m_dialogue.askAll(questions + imei, [this](const ModemResult &) { onIdentified(); });
 }
 
 void SimUnlock::onIdentified()
@@ -245,13 +242,13 @@ void SimUnlock::askTries()
     const auto tries = std::make_shared<std::optional<int>>();
     const auto take = [tries](const AtAnswer &answer) {
         *tries = AnswerParsers::pinTries(answer.lines);
-        return std::optional<ModemFailure>();
+        return ModemResult();
     };
     const int limit = m_timings.commandMs;
     m_dialogue.askAll(
         {{{"AT+CPINR=\"SIM PIN\""_ba, limit, {}}, take, {}, true},
          {{"AT^CPIN?"_ba, limit, {}}, take, [tries] { return !tries->has_value(); }, true}},
-        [this, tries](const std::optional<ModemFailure> &) { decide(*tries); });
+        [this, tries](const ModemResult &) { decide(*tries); });
 }
 
 void SimUnlock::decide(std::optional<int> triesLeft)
@@ -261,17 +258,16 @@ void SimUnlock::decide(std::optional<int> triesLeft)
         tryPin();
         return;
     case PinGate::Decision::AlreadyTried:
-        finish(ModemFailure{ErrorCode::incorrectPassword,
-                            u"this PIN was tried on this SIM before and not accepted"_s, true});
+        fail({ErrorCode::incorrectPassword,
+              u"this PIN was tried on this SIM before and not accepted"_s, true});
         return;
     case PinGate::Decision::TooFewTries:
-        finish(ModemFailure{ErrorCode::simPinRequired,
-                            u"the SIM has too few tries left to try a PIN on it"_s, true});
+        fail({ErrorCode::simPinRequired, u"the SIM has too few tries left to try a PIN on it"_s,
+              true});
         return;
     case PinGate::Decision::NotRecorded:
-        finish(ModemFailure{ErrorCode::simPinRequired,
-                            u"the attempt can't be put on record, so the PIN isn't tried"_s,
-                            false});
+        fail({ErrorCode::simPinRequired,
+              u"the attempt can't be put on record, so the PIN isn't tried"_s, false});
         return;
     }
 }
@@ -316,15 +312,20 @@ void SimUnlock::refuse(int code, const QString &text)
 {
     if (m_attempted)
         m_gate.refused(sim(), m_pin);
-    finish(ModemFailure{code, text, true});
+    fail({code, text, true});
 }
 
-void SimUnlock::finish(const std::optional<ModemFailure> &failure)
+void SimUnlock::finish(const ModemResult &unlocked)
 {
     m_pin.clear();
     m_awaitsPinOutcome = false;
     if (const Finished finished = std::exchange(m_finished, nullptr))
-        finished(failure);
+        finished(unlocked);
+}
+
+void SimUnlock::fail(const ModemFailure &failure)
+{
+    finish(failed(failure));
 }
 
 SimIdentity SimUnlock::sim() const

@@ -69,7 +69,8 @@ private:
     void retryLater(int code, const QString &text);
     void refuse(int code, const QString &text);
     void noteAccepted();
-    void finish(const std::optional<ModemFailure> &failure);
+    void finish(const ModemResult &unlocked);
+    void fail(const ModemFailure &failure);
     SimIdentity sim() const;
 
     AtDialogue &m_dialogue;
