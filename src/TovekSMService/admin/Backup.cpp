@@ -10,26 +10,35 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-QString backUp(const QString &storeFile, const QString &target)
+namespace {
+
+Result<void, AdminFailure> failedWith(const QString &file, const PlatformFailure &failure)
+{
+    return failed(AdminFailure{file + u": "_s + failure.text});
+}
+
+} // namespace
+
+Result<void, AdminFailure> backUp(const QString &storeFile, const QString &target)
 {
     try {
         const StoreReader store(storeFile);
         const QString file = QFileInfo(target).absoluteFilePath();
-        if (const QString reason = NewFile::make(file); !reason.isEmpty())
-            return file + u": "_s + reason;
+        if (const auto made = NewFile::make(file); !made)
+            return failedWith(file, made.error());
         try {
             store.copyTo(file);
         } catch (const StoreFailure &) {
             QFile::remove(file);
             throw;
         }
-        if (const QString reason = NewFile::flushFile(file); !reason.isEmpty()) {
+        if (const auto flushed = NewFile::flushFile(file); !flushed) {
             QFile::remove(file);
-            return file + u": "_s + reason;
+            return failedWith(file, flushed.error());
         }
         return {};
     } catch (const StoreFailure &failure) {
-        return failure.text();
+        return failed(AdminFailure{failure.text()});
     }
 }
 

@@ -73,39 +73,60 @@ int printReport(const StatusReport &report)
     return report.exitCode;
 }
 
-void storeOverBus(const RunningEngine &engine, const CommandLine &commandLine)
+Result<void, AdminFailure> storeOverBus(const RunningEngine &engine, const CommandLine &commandLine)
 {
     const auto settings = engine.ask<DeviceSettings>("GetDeviceSettings");
-    const QDBusMessage answer =
-        engine.call("SetDeviceSettings", {QVariant::fromValue(changed(settings, commandLine))});
-    if (!answer.arguments().value(0).toBool())
-        throw CallFailed("it did not store the settings");
-    engine.call("ApplySettings");
+    if (!settings)
+        return failed(settings.error());
+    const auto answer =
+        engine.call("SetDeviceSettings", {QVariant::fromValue(changed(*settings, commandLine))});
+    if (!answer)
+        return failed(answer.error());
+    if (!answer->arguments().value(0).toBool())
+        return failed(AdminFailure{u"it did not store the settings"_s});
+    return engine.call("ApplySettings").map([](const QDBusMessage &) {});
+}
+
+Result<void, AdminFailure> printStateOf(const RunningEngine &engine)
+{
+    const auto status = engine.ask<int>("GetEngineStatus");
+    const auto size = status ? engine.ask<int>("GetQueueSize") : status;
+    if (!size)
+        return failed(size.error());
+    const auto settings = engine.ask<DeviceSettings>("GetDeviceSettings");
+    if (!settings)
+        return failed(settings.error());
+    printState(*status == SMSManager::running ? u"running"_s : u"stopped"_s, *size, *settings);
+    return engine.state().map(
+        [](const QVariantMap &state) { printFault(state.value(u"trouble"_s).toStringList()); });
+}
+
+/// @return the program's exit code
+Result<int, AdminFailure> askEngine(const CommandLine &commandLine)
+{
+    const RunningEngine engine;
+    Result<void, AdminFailure> done;
+    if (commandLine.device || commandLine.pin)
+        done = storeOverBus(engine, commandLine);
+    if (done && commandLine.json)
+        return engine.state().map(
+            [](const QVariantMap &state) { return printReport(StatusReport::ofRunning(state)); });
+    if (done && commandLine.status)
+        done = printStateOf(engine);
+    if (done && commandLine.queue)
+        done = engine.queue().map(printQueue);
+    return done.map([] { return ExitCode::done; });
 }
 
 int carryOutOverBus(const CommandLine &commandLine)
 {
-    try {
-        const RunningEngine engine;
-        if (commandLine.device || commandLine.pin)
-            storeOverBus(engine, commandLine);
-        if (commandLine.json)
-            return printReport(StatusReport::ofRunning(engine.state()));
-        if (commandLine.status) {
-            const bool running = engine.ask<int>("GetEngineStatus") == SMSManager::running;
-            printState(running ? u"running"_s : u"stopped"_s, engine.ask<int>("GetQueueSize"),
-                       engine.ask<DeviceSettings>("GetDeviceSettings"));
-            printFault(engine.state().value(u"trouble"_s).toStringList());
-        }
-        if (commandLine.queue)
-            printQueue(engine.queue());
-        return ExitCode::done;
-    } catch (const CallFailed &failure) {
-        const QString reason = QString::fromStdString(failure.what());
-        if (commandLine.json)
-            return printReport(StatusReport::fromFault(reason));
-        return fail(u"the running engine did not do it: "_s + reason);
-    }
+    const Result<int, AdminFailure> exitCode = askEngine(commandLine);
+    if (exitCode)
+        return *exitCode;
+    const QString &reason = exitCode.error().text;
+    if (commandLine.json)
+        return printReport(StatusReport::fromFault(reason));
+    return fail(u"the running engine did not do it: "_s + reason);
 }
 
 int failInStore(const CommandLine &commandLine, const QString &reason)
@@ -118,8 +139,8 @@ int carryOutInStore(const CommandLine &commandLine)
     const QString folder = EngineFolder::make();
     if (folder.isEmpty())
         return failInStore(commandLine, u"the folder of the engine's data can't be made"_s);
-    FileLock lock(EngineFolder::lockFile(folder));
-    if (!lock.tryLock())
+    const auto lock = FileLock::open(EngineFolder::lockFile(folder));
+    if (!lock || !(*lock)->tryLock())
         return failInStore(commandLine,
                            u"an engine runs that can't be reached over this session's bus"_s);
     try {
@@ -153,8 +174,8 @@ int report(const CommandLine &commandLine)
 
 int backUp(const QString &target)
 {
-    const QString reason = norvane::backUp(EngineFolder::storeFile(EngineFolder::path()), target);
-    return reason.isEmpty() ? ExitCode::done : fail(u"no backup: "_s + reason);
+    const auto copied = norvane::backUp(EngineFolder::storeFile(EngineFolder::path()), target);
+    return copied ? ExitCode::done : fail(u"no backup: "_s + copied.error().text);
 }
 
 bool usesEngine(const CommandLine &commandLine)

@@ -14,7 +14,8 @@ bool RunningEngine::isThere()
            bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
 }
 
-QDBusMessage RunningEngine::call(const char *operation, const QVariantList &arguments) const
+Result<QDBusMessage, AdminFailure> RunningEngine::call(const char *operation,
+                                                       const QVariantList &arguments) const
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
         QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
@@ -24,23 +25,26 @@ QDBusMessage RunningEngine::call(const char *operation, const QVariantList &argu
     const QDBusMessage answer =
         QDBusConnection::sessionBus().call(message, QDBus::Block, Bus::callTimeout);
     if (answer.type() != QDBusMessage::ReplyMessage)
-        throw CallFailed(answer.errorMessage().toStdString());
+        return failed(AdminFailure{answer.errorMessage()});
     return answer;
 }
 
-QList<QueueRow> RunningEngine::queue() const
+Result<QList<QueueRow>, AdminFailure> RunningEngine::queue() const
 {
     QList<QueueRow> rows;
     quint64 snapshot = 0;
     quint32 total = 0;
     do {
-        const QDBusMessage page =
+        const auto answer =
             call("GetQueue", {QVariant(snapshot), QVariant(static_cast<quint32>(rows.size()))});
-        if (page.arguments().at(0).toULongLong() != snapshot)
+        if (!answer)
+            return failed(answer.error());
+        const QVariantList page = answer->arguments();
+        if (page.at(0).toULongLong() != snapshot)
             rows.clear();
-        snapshot = page.arguments().at(0).toULongLong();
-        total = page.arguments().at(1).toUInt();
-        const auto received = qdbus_cast<BusQueueRows>(page.arguments().at(2));
+        snapshot = page.at(0).toULongLong();
+        total = page.at(1).toUInt();
+        const auto received = qdbus_cast<BusQueueRows>(page.at(2));
         if (received.isEmpty())
             break;
         rows += received;

@@ -1,38 +1,36 @@
 #pragma once
 
+#include "TovekSMService/admin/AdminFailure.h"
+#include "common/Result.h"
 #include "contract/QueueRecordSet.h"
 
 #include <QDBusMessage>
 #include <QVariantMap>
 
-#include <stdexcept>
-
 namespace norvane {
 
-/// A call that the running engine didn't answer.
-class CallFailed : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// The engine that runs, over the bus. It is never started by a call; a call that fails throws
-/// CallFailed.
+/// The engine that runs, over the bus. It is never started by a call.
 class RunningEngine
 {
 public:
     static bool isThere();
 
-    QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const;
+    [[nodiscard]] Result<QDBusMessage, AdminFailure> call(const char *operation,
+                                                          const QVariantList &arguments = {}) const;
 
     template <typename Value>
-    Value ask(const char *operation) const
+    [[nodiscard]] Result<Value, AdminFailure> ask(const char *operation) const
     {
-        return qdbus_cast<Value>(call(operation).arguments().value(0));
+        return call(operation).map([](const QDBusMessage &answer) {
+            return qdbus_cast<Value>(answer.arguments().value(0));
+        });
     }
 
-    QList<QueueRow> queue() const;
-    QVariantMap state() const { return ask<QVariantMap>("GetState"); }
+    [[nodiscard]] Result<QList<QueueRow>, AdminFailure> queue() const;
+    [[nodiscard]] Result<QVariantMap, AdminFailure> state() const
+    {
+        return ask<QVariantMap>("GetState");
+    }
 };
 
 } // namespace norvane

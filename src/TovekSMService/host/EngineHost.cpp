@@ -80,11 +80,12 @@ EngineHost::Start EngineHost::start()
 
 EngineHost::Start EngineHost::lockStore(const QString &folder)
 {
-    m_lock = std::make_unique<FileLock>(EngineFolder::lockFile(folder));
-    if (!m_lock->isUsable()) {
+    auto lock = FileLock::open(EngineFolder::lockFile(folder));
+    if (!lock) {
         qCCritical(logHost).noquote() << "the lock in" << folder << "can't be made";
         return Start::Failed;
     }
+    m_lock = *std::move(lock);
     QElapsedTimer waited;
     waited.start();
     // An engine that has the lock and no name on this bus is on its way out, or on its way up. The

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "TovekSMService/platform/PlatformFailure.h"
+#include "common/Result.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -15,18 +18,8 @@ namespace norvane {
 class DeviceClaim
 {
 public:
-    enum class Outcome {
-        Held,          ///< by this object
-        HeldByAnother, ///< another program has it, exclusively or locked
-        NotPermitted,
-        Gone,
-        Stuck, ///< the driver has not come back yet, from this attempt or an earlier one
-        Failed,
-    };
-
-    /// Opens a device as the system's `open` does: a handle, or -1 with the reason in `errno`. Is
-    /// called on another thread.
-    using Opener = std::function<int(const QByteArray &path)>;
+    /// Opens a device and gives its handle. Is called on another thread.
+    using Opener = std::function<Result<int, PlatformFailure>(const QByteArray &path)>;
 
     DeviceClaim() : DeviceClaim(openPlainly) {}
     explicit DeviceClaim(Opener opener);
@@ -35,24 +28,20 @@ public:
     ~DeviceClaim();
 
     /// @param path    of the device itself
-    /// @param limitMs how long to wait for the driver
-    Outcome take(const QString &path, int limitMs);
+    /// @param limitMs how long to wait for the driver, which may be stuck in an earlier attempt
+    [[nodiscard]] Result<void, PlatformFailure> take(const QString &path, int limitMs);
     void release();
 
-    /// The system's message about the last failure; may be empty.
-    QString errorText() const { return m_errorText; }
-
-    static int openPlainly(const QByteArray &path);
+    [[nodiscard]] static Result<int, PlatformFailure> openPlainly(const QByteArray &path);
 
 private:
     struct Attempt;
 
-    Outcome judge(const QString &path, int handle, int error);
+    Result<void, PlatformFailure> keep(const QString &path, int handle);
 
     const Opener m_opener;
     std::shared_ptr<Attempt> m_attempt; ///< the last one, while it isn't over
     int m_handle = -1;
-    QString m_errorText;
 };
 
 } // namespace norvane

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
-#include <cstring>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -20,6 +20,8 @@
 
 namespace norvane {
 
+using namespace Qt::StringLiterals;
+
 /// What the thread that opens and the one that waits for it have in common.
 struct DeviceClaim::Attempt
 {
@@ -28,15 +30,14 @@ struct DeviceClaim::Attempt
     Attempt &operator=(const Attempt &) = delete;
     ~Attempt()
     {
-        if (handle >= 0)
-            ::close(handle);
+        if (opened && opened->has_value())
+            ::close(opened->value());
     }
 
     std::mutex mutex;
     std::condition_variable changed;
-    bool over = false;
-    int handle = -1; ///< belongs to this object until it is taken out
-    int error = 0;
+    /// Nothing while the driver is at it. A handle belongs to this object until it is taken out.
+    std::optional<Result<int, PlatformFailure>> opened;
 };
 
 DeviceClaim::DeviceClaim(Opener opener) : m_opener(std::move(opener)) {}
@@ -46,66 +47,51 @@ DeviceClaim::~DeviceClaim()
     release();
 }
 
-int DeviceClaim::openPlainly(const QByteArray &path)
+Result<int, PlatformFailure> DeviceClaim::openPlainly(const QByteArray &path)
 {
-    return ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    const int handle = ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (handle < 0)
+        return failed(PlatformFailure::ofErrno(errno));
+    return handle;
 }
 
-DeviceClaim::Outcome DeviceClaim::take(const QString &path, int limitMs)
+Result<void, PlatformFailure> DeviceClaim::take(const QString &path, int limitMs)
 {
     release();
-    m_errorText.clear();
+    const PlatformFailure stuck{PlatformFailure::Kind::Stuck, u"its driver doesn't answer"_s};
     if (m_attempt) {
         const std::lock_guard lock(m_attempt->mutex);
-        if (!m_attempt->over)
-            return Outcome::Stuck;
+        if (!m_attempt->opened)
+            return failed(stuck);
     }
     m_attempt = std::make_shared<Attempt>();
     try {
         std::thread([attempt = m_attempt, opener = m_opener, name = QFile::encodeName(path)] {
-            const int handle = opener(name);
-            const int error = errno;
+            const Result<int, PlatformFailure> opened = opener(name);
             const std::lock_guard lock(attempt->mutex);
-            attempt->handle = handle;
-            attempt->error = error;
-            attempt->over = true;
+            attempt->opened = opened;
             attempt->changed.notify_all();
         }).detach();
     } catch (const std::system_error &error) {
         m_attempt.reset();
-        m_errorText = QString::fromLocal8Bit(error.what());
-        return Outcome::Failed;
+        return failed(
+            PlatformFailure{PlatformFailure::Kind::Other, QString::fromLocal8Bit(error.what())});
     }
 
     std::unique_lock lock(m_attempt->mutex);
     if (!m_attempt->changed.wait_for(lock, std::chrono::milliseconds(limitMs),
-                                     [this] { return m_attempt->over; }))
-        return Outcome::Stuck;
-    const int handle = std::exchange(m_attempt->handle, -1);
-    const int error = m_attempt->error;
+                                     [this] { return m_attempt->opened.has_value(); }))
+        return failed(stuck);
+    const Result<int, PlatformFailure> opened = *std::exchange(m_attempt->opened, std::nullopt);
     lock.unlock();
     m_attempt.reset();
-    return judge(path, handle, error);
+    if (!opened)
+        return failed(opened.error());
+    return keep(path, *opened);
 }
 
-DeviceClaim::Outcome DeviceClaim::judge(const QString &path, int handle, int error)
+Result<void, PlatformFailure> DeviceClaim::keep(const QString &path, int handle)
 {
-    if (handle < 0) {
-        m_errorText = QString::fromLocal8Bit(std::strerror(error));
-        switch (error) {
-        case EBUSY:
-            return Outcome::HeldByAnother;
-        case EACCES:
-        case EPERM:
-            return Outcome::NotPermitted;
-        case ENOENT:
-        case ENODEV:
-        case ENXIO:
-            return Outcome::Gone;
-        default:
-            return Outcome::Failed;
-        }
-    }
     // An administrator's account gets past another program's exclusive use. The mark alone says
     // nothing: that of a killed program stays while the far end of a pseudo-terminal is there.
     int exclusive = 0;
@@ -114,10 +100,10 @@ DeviceClaim::Outcome DeviceClaim::judge(const QString &path, int handle, int err
     const bool isLocked = ::flock(handle, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     if (isExclusive || isLocked) {
         ::close(handle);
-        return Outcome::HeldByAnother;
+        return failed(PlatformFailure{PlatformFailure::Kind::HeldByAnother, {}});
     }
     m_handle = handle;
-    return Outcome::Held;
+    return {};
 }
 
 void DeviceClaim::release()

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "TovekSMService/platform/PlatformFailure.h"
+#include "common/Result.h"
+
 #include <QString>
+
+#include <memory>
 
 namespace norvane {
 
@@ -9,20 +14,21 @@ namespace norvane {
 class FileLock
 {
 public:
+    /// Opens the file of a lock, which isn't held yet.
     /// @param file  made where it doesn't exist; it stays when the lock is released
-    explicit FileLock(const QString &file);
+    [[nodiscard]] static Result<std::unique_ptr<FileLock>, PlatformFailure>
+    open(const QString &file);
     FileLock(const FileLock &) = delete;
     FileLock &operator=(const FileLock &) = delete;
     ~FileLock();
 
-    /// Whether the file could be made or opened, without which there is no lock.
-    bool isUsable() const { return m_handle >= 0; }
-
     /// @return whether the lock is held now
-    bool tryLock();
+    [[nodiscard]] bool tryLock();
 
 private:
-    int m_handle = -1;
+    explicit FileLock(int handle) : m_handle(handle) {}
+
+    const int m_handle;
 };
 
 } // namespace norvane

@@ -2,30 +2,34 @@
 
 #include <QFile>
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 namespace norvane {
 
-FileLock::FileLock(const QString &file)
-    : m_handle(::open(QFile::encodeName(file).constData(), O_RDWR | O_CREAT | O_CLOEXEC,
-                      S_IRUSR | S_IWUSR))
+Result<std::unique_ptr<FileLock>, PlatformFailure> FileLock::open(const QString &file)
 {
+    const QByteArray name = QFile::encodeName(file);
+    int handle = ::open(name.constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     // On a disk that can't be written, a file that is there can be locked all the same.
-    if (m_handle < 0)
-        m_handle = ::open(QFile::encodeName(file).constData(), O_RDONLY | O_CLOEXEC);
+    if (handle < 0)
+        handle = ::open(name.constData(), O_RDONLY | O_CLOEXEC);
+    if (handle < 0)
+        return failed(PlatformFailure::ofErrno(errno));
+    return std::unique_ptr<FileLock>(new FileLock(handle));
 }
 
 FileLock::~FileLock()
 {
-    if (m_handle >= 0)
-        ::close(m_handle);
+    ::close(m_handle);
 }
 
 bool FileLock::tryLock()
 {
-    return m_handle >= 0 && ::flock(m_handle, LOCK_EX | LOCK_NB) == 0;
+    return ::flock(m_handle, LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace norvane

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "TovekSMService/platform/PlatformFailure.h"
+#include "common/Result.h"
+
 #include <QString>
 
 namespace norvane {
@@ -9,12 +12,10 @@ namespace NewFile {
 
 /// Makes an empty file with the rights of its owner alone, unless something bears the name, be it
 /// a link that leads nowhere.
-/// @return the reason why not, empty when it was made
-QString make(const QString &file);
+[[nodiscard]] Result<void, PlatformFailure> make(const QString &file);
 
 /// Waits until what the file holds, and its name, are on the disk.
-/// @return the reason why not, empty when they are
-QString flushFile(const QString &file);
+[[nodiscard]] Result<void, PlatformFailure> flushFile(const QString &file);
 
 } // namespace NewFile
 

@@ -12,38 +12,38 @@ namespace norvane {
 
 namespace {
 
-QString reason()
+Result<void, PlatformFailure> lastError()
 {
-    return qt_error_string(errno);
+    return failed(PlatformFailure::ofErrno(errno));
 }
 
-QString flushHandle(int handle)
+Result<void, PlatformFailure> flushHandle(int handle)
 {
     if (handle < 0)
-        return reason();
-    const QString failure = ::fsync(handle) == 0 ? QString() : reason();
+        return lastError();
+    const auto flushed = ::fsync(handle) == 0 ? Result<void, PlatformFailure>() : lastError();
     ::close(handle);
-    return failure;
+    return flushed;
 }
 
 } // namespace
 
-QString NewFile::make(const QString &file)
+Result<void, PlatformFailure> NewFile::make(const QString &file)
 {
     const int handle = ::open(QFile::encodeName(file).constData(),
                               O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (handle < 0)
-        return reason();
+        return lastError();
     ::close(handle);
     return {};
 }
 
-QString NewFile::flushFile(const QString &file)
+Result<void, PlatformFailure> NewFile::flushFile(const QString &file)
 {
-    const QString failure =
+    const auto flushed =
         flushHandle(::open(QFile::encodeName(file).constData(), O_RDONLY | O_CLOEXEC));
-    if (!failure.isEmpty())
-        return failure;
+    if (!flushed)
+        return flushed;
     const QByteArray folder = QFile::encodeName(QFileInfo(file).absolutePath());
     return flushHandle(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }

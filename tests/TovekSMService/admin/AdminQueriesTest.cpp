@@ -176,8 +176,8 @@ TEST_F(AdminQueries, aMonitorSeesTroubleWithTheDevice)
 TEST_F(AdminQueries, anEngineThatCannotBeReachedIsTrouble)
 {
     makeStore();
-    FileLock lock(folder() + u"/engine.lock"_s);
-    ASSERT_TRUE(lock.tryLock());
+    const auto lock = FileLock::open(folder() + u"/engine.lock"_s);
+    ASSERT_TRUE(lock && (*lock)->tryLock());
     const Ended ended = json();
     EXPECT_EQ(ended.exitCode, 3);
     EXPECT_EQ(parsed(ended).value(u"engine"_s), u"unknown"_s);

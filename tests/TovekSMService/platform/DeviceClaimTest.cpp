@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cerrno>
 #include <memory>
+#include <optional>
 #include <semaphore>
 
 #include <fcntl.h>
@@ -24,14 +25,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Outcome = DeviceClaim::Outcome;
+using Kind = PlatformFailure::Kind;
 
 /// Longer than any test lasts, in milliseconds: whoever waits for it hangs.
 constexpr int patience = 24 * 3'600'000;
 
-int asInt(Outcome outcome)
+bool isHeld(DeviceClaim &claim, const QString &path)
 {
-    return static_cast<int>(outcome);
+    return claim.take(path, patience).has_value();
+}
+
+/// Why the device can't be had; nothing if it can.
+std::optional<Kind> refusal(DeviceClaim &claim, const QString &path, int limitMs = patience)
+{
+    const auto taken = claim.take(path, limitMs);
+    return taken ? std::nullopt : std::optional(taken.error().kind);
 }
 
 TEST(DeviceClaim, keepsTheDeviceUntilItIsReleased)
@@ -39,36 +47,37 @@ TEST(DeviceClaim, keepsTheDeviceUntilItIsReleased)
     const PtyModem device;
     DeviceClaim first;
     DeviceClaim second;
-    EXPECT_EQ(asInt(first.take(device.path(), patience)), asInt(Outcome::Held));
-    EXPECT_EQ(asInt(second.take(device.path(), patience)), asInt(Outcome::HeldByAnother));
-    EXPECT_EQ(asInt(first.take(device.path(), patience)), asInt(Outcome::Held));
+    EXPECT_TRUE(isHeld(first, device.path()));
+    EXPECT_EQ(refusal(second, device.path()), Kind::HeldByAnother);
+    EXPECT_TRUE(isHeld(first, device.path()));
     first.release();
-    EXPECT_EQ(asInt(second.take(device.path(), patience)), asInt(Outcome::Held));
+    EXPECT_TRUE(isHeld(second, device.path()));
 }
 
 TEST(DeviceClaim, honoursExclusiveUseAndFileLocksOfOthers)
 {
     const PtyModem device;
-    const int other = DeviceClaim::openPlainly(device.path().toLocal8Bit());
-    ASSERT_GE(other, 0);
+    const auto opened = DeviceClaim::openPlainly(device.path().toLocal8Bit());
+    ASSERT_TRUE(opened.has_value());
+    const int other = *opened;
     QProcess program;
     program.setStandardInputFile(device.path());
     program.start(u"sleep"_s, {u"infinity"_s});
     ASSERT_TRUE(program.waitForStarted(hangMs));
     DeviceClaim claim;
     ASSERT_EQ(::ioctl(other, TIOCEXCL), 0);
-    EXPECT_EQ(asInt(claim.take(device.path(), patience)), asInt(Outcome::HeldByAnother));
+    EXPECT_EQ(refusal(claim, device.path()), Kind::HeldByAnother);
     program.kill();
     program.waitForFinished(hangMs);
     // What a killed program left behind holds nobody up.
-    EXPECT_EQ(asInt(claim.take(device.path(), patience)),
-              asInt(::geteuid() == 0 ? Outcome::Held : Outcome::HeldByAnother));
+    EXPECT_EQ(refusal(claim, device.path()),
+              ::geteuid() == 0 ? std::nullopt : std::optional(Kind::HeldByAnother));
     claim.release();
     ASSERT_EQ(::ioctl(other, TIOCNXCL), 0);
     ASSERT_EQ(::flock(other, LOCK_EX), 0);
-    EXPECT_EQ(asInt(claim.take(device.path(), patience)), asInt(Outcome::HeldByAnother));
+    EXPECT_EQ(refusal(claim, device.path()), Kind::HeldByAnother);
     ASSERT_EQ(::flock(other, LOCK_UN), 0);
-    EXPECT_EQ(asInt(claim.take(device.path(), patience)), asInt(Outcome::Held));
+    EXPECT_TRUE(isHeld(claim, device.path()));
     ::close(other);
 }
 
@@ -77,20 +86,19 @@ TEST(DeviceClaim, tellsWhyADeviceCannotBeHad)
     const struct
     {
         int error;
-        Outcome outcome;
+        Kind kind;
     } rows[] = {
-        {ENOENT, Outcome::Gone},         {ENODEV, Outcome::Gone},
-        {ENXIO, Outcome::Gone},          {EBUSY, Outcome::HeldByAnother},
-        {EACCES, Outcome::NotPermitted}, {EPERM, Outcome::NotPermitted},
-        {EIO, Outcome::Failed},
+        {ENOENT, Kind::Gone},         {ENODEV, Kind::Gone},         {ENXIO, Kind::Gone},
+        {EBUSY, Kind::HeldByAnother}, {EACCES, Kind::NotPermitted}, {EPERM, Kind::NotPermitted},
+        {EIO, Kind::Other},
     };
     for (const auto &row : rows) {
-        DeviceClaim claim([&row](const QByteArray &) {
-            errno = row.error;
-            return -1;
-        });
-        EXPECT_EQ(asInt(claim.take(u"/dev/x"_s, patience)), asInt(row.outcome)) << row.error;
-        EXPECT_FALSE(claim.errorText().isEmpty());
+        DeviceClaim claim(
+            [&row](const QByteArray &) { return failed(PlatformFailure::ofErrno(row.error)); });
+        const auto taken = claim.take(u"/dev/x"_s, patience);
+        ASSERT_FALSE(taken.has_value()) << row.error;
+        EXPECT_EQ(taken.error().kind, row.kind) << row.error;
+        EXPECT_FALSE(taken.error().text.isEmpty()) << row.error;
     }
 }
 
@@ -107,18 +115,18 @@ TEST(DeviceClaim, aDriverThatDoesNotComeBackCostsNoMoreThanTheLimitAndOnlyOneAtt
         return ::open("/dev/null", O_RDWR | O_CLOEXEC);
     });
     // The driver comes back behind both, so neither has waited for it.
-    EXPECT_EQ(asInt(claim.take(u"/dev/x"_s, 50)), asInt(Outcome::Stuck));
-    EXPECT_EQ(asInt(claim.take(u"/dev/x"_s, patience)), asInt(Outcome::Stuck));
+    EXPECT_EQ(refusal(claim, u"/dev/x"_s, 50), Kind::Stuck);
+    EXPECT_EQ(refusal(claim, u"/dev/x"_s), Kind::Stuck);
     EXPECT_EQ(*attempts, 1);
 
     back->release();
     over->acquire();
-    Outcome outcome = Outcome::Stuck;
+    std::optional<Kind> outcome = Kind::Stuck;
     EXPECT_TRUE(waitUntil([&] {
-        outcome = claim.take(u"/dev/x"_s, patience);
-        return outcome != Outcome::Stuck;
+        outcome = refusal(claim, u"/dev/x"_s);
+        return outcome != Kind::Stuck;
     }));
-    EXPECT_EQ(asInt(outcome), asInt(Outcome::Held));
+    EXPECT_EQ(outcome, std::nullopt);
     EXPECT_EQ(*attempts, 2);
 }
 

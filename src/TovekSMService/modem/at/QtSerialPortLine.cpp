@@ -82,26 +82,25 @@ LineError QtSerialPortLine::open(const QString &device, int baud)
 /// Opens the device once before the port does, which then finds its driver awake.
 LineError QtSerialPortLine::claim(const QString &path)
 {
-    using Outcome = DeviceClaim::Outcome;
-    const Outcome outcome = m_claim.take(path, claimMs);
-    switch (outcome) {
-    case Outcome::Held:
+    using Kind = PlatformFailure::Kind;
+    const Result<void, PlatformFailure> claimed = m_claim.take(path, claimMs);
+    if (claimed)
         return LineError::None;
-    case Outcome::HeldByAnother: {
+    const QString &text = claimed.error().text;
+    switch (claimed.error().kind) {
+    case Kind::HeldByAnother: {
         const auto holder = SerialDevices::openerOf(path);
-        return fail(LineError::HeldByAnother,
-                    holder ? SerialDevices::describe(*holder) : m_claim.errorText());
+        return fail(LineError::HeldByAnother, holder ? SerialDevices::describe(*holder) : text);
     }
-    case Outcome::NotPermitted:
-        return fail(LineError::NotPermitted, m_claim.errorText());
-    case Outcome::Gone:
-        return fail(LineError::NoSuchDevice, m_claim.errorText());
-    case Outcome::Stuck:
-        return fail(LineError::Other, u"its driver doesn't answer"_s);
-    case Outcome::Failed:
+    case Kind::NotPermitted:
+        return fail(LineError::NotPermitted, text);
+    case Kind::Gone:
+        return fail(LineError::NoSuchDevice, text);
+    case Kind::Stuck:
+    case Kind::Other:
         break;
     }
-    return fail(LineError::Other, m_claim.errorText());
+    return fail(LineError::Other, text);
 }
 
 LineError QtSerialPortLine::openPort(const QString &path, int baud)

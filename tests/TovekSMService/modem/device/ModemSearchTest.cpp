@@ -212,7 +212,7 @@ TEST(PortSearching, leavesAPortAloneThatAnotherProgramHasOpen)
     PtyModem device;
     device.play({{"AT\r", "\r\nOK\r\n"}, {"AT+CGSN\r", "\r\n490154203237518\r\n\r\nOK\r\n"}});
     // Without this the far end would see a hang-up when the other program ends.
-    const int own = DeviceClaim::openPlainly(device.path().toLocal8Bit());
+    const int own = DeviceClaim::openPlainly(device.path().toLocal8Bit()).value();
     QProcess other;
     other.setStandardInputFile(device.path());
     other.start(u"sleep"_s, {u"infinity"_s});
