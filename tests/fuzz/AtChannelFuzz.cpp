@@ -14,7 +14,7 @@ namespace {
 class FuzzedLine : public SerialLine
 {
 public:
-    LineError open(const QString &, int) override { return LineError::None; }
+    Result<void, LineFailure> open(const QString &, int) override { return {}; }
     void close() override { isUp = false; }
     bool isOpen() const override { return isUp; }
     bool write(const QByteArray &bytes) override
@@ -24,7 +24,6 @@ public:
         written += bytes;
         return true;
     }
-    QString errorDetail() const override { return {}; }
 
     bool isUp = true;
     bool writable = true;
@@ -45,7 +44,7 @@ public:
     Talk() : m_channel(&m_line, noTime())
     {
         QObject::connect(&m_channel, &AtChannel::broken, &m_channel,
-                         [this](LineError) { m_line.isUp = true; });
+                         [this](const LineFailure &) { m_line.isUp = true; });
     }
 
     void step(FuzzInput &input)
@@ -66,7 +65,7 @@ public:
             expectThat(m_channel.isIdle(), "nothing is in progress after it was abandoned");
             break;
         case 5:
-            Q_EMIT m_line.broken(LineError::Unplugged);
+            Q_EMIT m_line.broken({LineError::Unplugged, {}});
             break;
         case 6:
             m_line.writable = !m_line.writable;

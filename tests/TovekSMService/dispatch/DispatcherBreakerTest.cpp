@@ -183,7 +183,7 @@ TEST_F(DispatcherBreaker, aDeviceThatIsOnlyAwayIsNotReset)
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return m_line->openings == 4; }));
     EXPECT_EQ(warnings(), QStringList({u"warning -2"_s}));
-    m_line->openError = LineError::None;
+    m_line->openError.reset();
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PUK"));
     const int before = m_line->openings;
     ASSERT_TRUE(until([&] { return m_line->openings >= before + 4; }));

@@ -108,7 +108,7 @@ TEST_F(DispatcherTestResult, aTroubleOfADeviceThatIsReadyAgainStandsNoLonger)
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     EXPECT_EQ(m_dispatcher->activeFaults().size(), 1);
-    m_line->openError = LineError::None;
+    m_line->openError.reset();
     ASSERT_TRUE(until([this] { return isReady(); }));
     EXPECT_TRUE(m_dispatcher->activeFaults().isEmpty());
 }

@@ -93,7 +93,7 @@ void AtChannel::write(const QByteArray &bytes)
             if (isIdle() || failedStep != m_stepNumber)
                 return;
             m_line->close();
-            onBroken(LineError::WriteFailed);
+            onBroken({LineError::WriteFailed, {}});
         },
         Qt::QueuedConnection);
 }
@@ -201,19 +201,19 @@ void AtChannel::onLimit()
     }
 }
 
-void AtChannel::onBroken(LineError reason)
+void AtChannel::onBroken(const LineFailure &failure)
 {
-    endCommand(reason);
-    Q_EMIT broken(reason);
+    endCommand(failure);
+    Q_EMIT broken(failure);
 }
 
-void AtChannel::endCommand(LineError reason)
+void AtChannel::endCommand(const LineFailure &failure)
 {
     m_owed = 0;
     if (isSynchronising()) {
         endSync(SyncOutcome::LineBroken);
     } else if (!isIdle()) {
-        m_answer.lineError = reason;
+        m_answer.lineFailure = failure;
         finish(AtAnswer::End::LineBroken);
     }
 }
@@ -221,7 +221,7 @@ void AtChannel::endCommand(LineError reason)
 void AtChannel::abandon(LineError reason)
 {
     m_reader.clear();
-    endCommand(reason);
+    endCommand({reason, {}});
 }
 
 void AtChannel::synchronise(int tries, Synchronised synchronised)

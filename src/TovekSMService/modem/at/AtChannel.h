@@ -33,7 +33,7 @@ struct AtAnswer
     /// For a submission: the payload has left.
     bool payloadLeft = false;
     /// For `LineBroken`.
-    LineError lineError = LineError::None;
+    LineFailure lineFailure;
 
     bool isOk() const { return end == End::Final && result.kind == AtResult::Kind::Ok; }
 };
@@ -89,7 +89,7 @@ Q_SIGNALS:
     /// A line that the device sent by itself.
     void unsolicited(const QByteArray &line);
     /// Comes after the command in progress has been answered with `LineBroken`.
-    void broken(LineError reason);
+    void broken(const LineFailure &failure);
 
 private:
     enum class Step {
@@ -103,8 +103,8 @@ private:
 
     void begin(const AtCommand &command, Step step);
     void onReceived(const QByteArray &bytes);
-    void onBroken(LineError reason);
-    void endCommand(LineError reason);
+    void onBroken(const LineFailure &failure);
+    void endCommand(const LineFailure &failure);
     void onLimit();
     void onQuiet();
     void take(const AtToken &token);

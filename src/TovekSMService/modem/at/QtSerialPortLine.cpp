@@ -16,8 +16,6 @@ constexpr int claimMs = 2000;
 LineError lineErrorOf(QSerialPort::SerialPortError error)
 {
     switch (error) {
-    case QSerialPort::NoError:
-        return LineError::None;
     case QSerialPort::DeviceNotFoundError:
         return LineError::NoSuchDevice;
     case QSerialPort::PermissionError:
@@ -37,6 +35,11 @@ LineError lineErrorOf(QSerialPort::SerialPortError error)
     }
 }
 
+Result<void, LineFailure> fail(LineError error, const QString &detail)
+{
+    return failed(LineFailure{error, detail});
+}
+
 } // namespace
 
 QtSerialPortLine::QtSerialPortLine(QObject *parent) : SerialLine(parent)
@@ -50,10 +53,9 @@ QtSerialPortLine::~QtSerialPortLine()
     close();
 }
 
-LineError QtSerialPortLine::open(const QString &device, int baud)
+Result<void, LineFailure> QtSerialPortLine::open(const QString &device, int baud)
 {
     close();
-    m_errorDetail.clear();
 
     // The lock that other programs honour is made for the device's own name, not for a link's.
     const QString path = QFileInfo(device).canonicalFilePath();
@@ -67,25 +69,23 @@ LineError QtSerialPortLine::open(const QString &device, int baud)
         return fail(LineError::HeldByAnother, SerialDevices::describe(*holder));
     SerialDevices::removeDeadLocks(path);
 
-    LineError error = claim(path);
-    if (error == LineError::None)
-        error = openPort(path, baud);
-    if (error != LineError::None) {
+    const auto opened = claim(path).and_then([&] { return openPort(path, baud); });
+    if (!opened) {
         closePort();
-        return error;
+        return opened;
     }
     m_port.clear();
     m_inUse = true;
-    return LineError::None;
+    return {};
 }
 
 /// Opens the device once before the port does, which then finds its driver awake.
-LineError QtSerialPortLine::claim(const QString &path)
+Result<void, LineFailure> QtSerialPortLine::claim(const QString &path)
 {
     using Kind = PlatformFailure::Kind;
     const Result<void, PlatformFailure> claimed = m_claim.take(path, claimMs);
     if (claimed)
-        return LineError::None;
+        return {};
     const QString &text = claimed.error().text;
     switch (claimed.error().kind) {
     case Kind::HeldByAnother: {
@@ -103,7 +103,7 @@ LineError QtSerialPortLine::claim(const QString &path)
     return fail(LineError::Other, text);
 }
 
-LineError QtSerialPortLine::openPort(const QString &path, int baud)
+Result<void, LineFailure> QtSerialPortLine::openPort(const QString &path, int baud)
 {
     m_path = path;
     m_port.setPortName(path);
@@ -117,14 +117,14 @@ LineError QtSerialPortLine::openPort(const QString &path, int baud)
         const auto actual = SerialDevices::speedOf(m_port.handle());
         if (actual && *actual != baud)
             return fail(LineError::UnsupportedSpeed, QString::number(baud));
-        return LineError::None;
+        return {};
     }
 
     const QString text = m_port.errorString();
     LineError error = lineErrorOf(m_port.error());
     if (error == LineError::NotPermitted && SerialDevices::mayUse(path))
         error = LineError::HeldByAnother;
-    return fail(error == LineError::None ? LineError::Other : error, text);
+    return fail(error, text);
 }
 
 void QtSerialPortLine::close()
@@ -158,12 +158,6 @@ bool QtSerialPortLine::write(const QByteArray &bytes)
     return m_inUse;
 }
 
-LineError QtSerialPortLine::fail(LineError error, const QString &detail)
-{
-    m_errorDetail = detail;
-    return error;
-}
-
 void QtSerialPortLine::onReadyRead()
 {
     const QByteArray bytes = m_port.readAll();
@@ -173,24 +167,21 @@ void QtSerialPortLine::onReadyRead()
 
 void QtSerialPortLine::onErrorOccurred(QSerialPort::SerialPortError error)
 {
-    LineError reason = lineErrorOf(error);
-    if (!m_inUse || reason == LineError::None || error == QSerialPort::TimeoutError)
+    if (!m_inUse || error == QSerialPort::NoError || error == QSerialPort::TimeoutError)
         return;
-    m_errorDetail = m_port.errorString();
+    LineFailure failure{lineErrorOf(error), m_port.errorString()};
     // Reading from a device that has gone ends like reading at the end of a file.
-    if (!SerialDevices::isPresent(m_port.handle())) {
-        reason = LineError::Unplugged;
-        m_errorDetail = m_path + u" has gone"_s;
-    }
+    if (!SerialDevices::isPresent(m_port.handle()))
+        failure = {LineError::Unplugged, m_path + u" has gone"_s};
     m_inUse = false;
     // The port is in the middle of its own work here: it is closed, and the news told, afterwards.
     QMetaObject::invokeMethod(
         this,
-        [this, reason] {
+        [this, failure] {
             if (m_inUse)
                 return; // opened anew meanwhile
             closePort();
-            Q_EMIT broken(reason);
+            Q_EMIT broken(failure);
         },
         Qt::QueuedConnection);
 }

@@ -16,16 +16,14 @@ public:
     explicit QtSerialPortLine(QObject *parent = nullptr);
     ~QtSerialPortLine() override;
 
-    LineError open(const QString &device, int baud) override;
+    [[nodiscard]] Result<void, LineFailure> open(const QString &device, int baud) override;
     void close() override;
     bool isOpen() const override;
     bool write(const QByteArray &bytes) override;
-    QString errorDetail() const override { return m_errorDetail; }
 
 private:
-    LineError fail(LineError error, const QString &detail);
-    LineError claim(const QString &path);
-    LineError openPort(const QString &path, int baud);
+    Result<void, LineFailure> claim(const QString &path);
+    Result<void, LineFailure> openPort(const QString &path, int baud);
     void closePort();
     void onReadyRead();
     void onErrorOccurred(QSerialPort::SerialPortError error);
@@ -33,7 +31,6 @@ private:
     DeviceClaim m_claim;
     QSerialPort m_port;
     QString m_path;
-    QString m_errorDetail;
     bool m_inUse = false;
 };
 

@@ -24,7 +24,7 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
               QMetaObject::invokeMethod(this, &Modem::pinResolved, Qt::QueuedConnection);
           },
           time),
-      m_submission(*m_line, m_channel, m_dialogue, timings, time),
+      m_submission(m_channel, m_dialogue, timings, time),
       m_search(*m_line, m_channel, timings, std::move(ports), time), m_initialisationLimit(time)
 {
     connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
@@ -64,20 +64,20 @@ void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mo
 void Modem::openLine()
 {
     const QString &device = m_parameter.device;
-    const LineError error = m_line->open(device, m_parameter.baud);
-    if (error == LineError::None)
+    const Result<void, LineFailure> opened = m_line->open(device, m_parameter.baud);
+    if (opened)
         startDialogue();
-    else if (error == LineError::NoSuchDevice && !m_imei.isEmpty())
-        searchOrFail({failureRule(error).code, device, false});
+    else if (opened.error().error == LineError::NoSuchDevice && !m_imei.isEmpty())
+        searchOrFail({failureRule(LineError::NoSuchDevice).code, device, false});
     else
-        failToOpen(error, device);
+        failToOpen(opened.error(), device);
 }
 
-void Modem::failToOpen(LineError error, const QString &device)
+void Modem::failToOpen(const LineFailure &failure, const QString &device)
 {
-    const QString detail = m_line->errorDetail();
-    const bool hasDetail = !detail.isEmpty() && detail != device;
-    fail({failureRule(error).code, hasDetail ? u"%1: %2"_s.arg(device, detail) : device, false});
+    const bool hasDetail = !failure.detail.isEmpty() && failure.detail != device;
+    fail({failureRule(failure.error).code,
+          hasDetail ? u"%1: %2"_s.arg(device, failure.detail) : device, false});
 }
 
 /// The device may have come back under another name, and the old one be nobody's or another port's.
@@ -299,13 +299,12 @@ void Modem::onTested(const ModemResult &unlocked)
         });
 }
 
-void Modem::onBroken(LineError reason)
+void Modem::onBroken(const LineFailure &failure)
 {
     if (m_state == State::Closed || m_state == State::Opening)
         return;
-    const FailureRule rule = failureRule(reason);
-    const QString detail = m_line->errorDetail();
-    fail({rule.code, detail.isEmpty() ? u"the line broke"_s : detail, false});
+    fail({failureRule(failure.error).code,
+          failure.detail.isEmpty() ? u"the line broke"_s : failure.detail, false});
 }
 
 void Modem::close()

@@ -107,7 +107,7 @@ Q_SIGNALS:
 
 private:
     void openLine();
-    void failToOpen(LineError error, const QString &device);
+    void failToOpen(const LineFailure &failure, const QString &device);
     void searchOrFail(const ModemFailure &failure);
     void startDialogue();
     void onLate();
@@ -124,7 +124,7 @@ private:
     void testAfterFindingBack();
     void testSim();
     void onTested(const ModemResult &unlocked);
-    void onBroken(LineError reason);
+    void onBroken(const LineFailure &failure);
     void shutDown();
     void fail(const ModemFailure &failure);
 

@@ -28,10 +28,9 @@ SendFailure failureOfResult(const AtAnswer &answer)
 
 } // namespace
 
-PartSubmission::PartSubmission(const SerialLine &line, AtChannel &channel, AtDialogue &dialogue,
+PartSubmission::PartSubmission(AtChannel &channel, AtDialogue &dialogue,
                                const ModemTimings &timings, TimeSource &time)
-    : m_line(line), m_channel(channel), m_dialogue(dialogue), m_timings(timings),
-      m_link(timings, time)
+    : m_channel(channel), m_dialogue(dialogue), m_timings(timings), m_link(timings, time)
 {}
 
 SendFailure PartSubmission::failureOf(SendProblem problem, const QString &text)
@@ -77,7 +76,7 @@ void PartSubmission::stop()
               failureOf(SendProblem::LineBrokenBefore, u"the device was lost"_s)});
 }
 
-PartSubmission::Outcome PartSubmission::outcomeOf(const AtAnswer &answer) const
+PartSubmission::Outcome PartSubmission::outcomeOf(const AtAnswer &answer)
 {
     using End = AtAnswer::End;
     using Device = Outcome::Device;
@@ -97,12 +96,12 @@ PartSubmission::Outcome PartSubmission::outcomeOf(const AtAnswer &answer) const
     return outcome;
 }
 
-SendFailure PartSubmission::failureWithoutResult(const AtAnswer &answer) const
+SendFailure PartSubmission::failureWithoutResult(const AtAnswer &answer)
 {
     if (answer.end == AtAnswer::End::LineBroken)
         return failureOf(answer.payloadLeft ? SendProblem::LineBrokenAfter
                                             : SendProblem::LineBrokenBefore,
-                         m_line.errorDetail());
+                         answer.lineFailure.detail);
     if (answer.payloadLeft)
         return failureOf(SendProblem::LostAnswer, u"no answer after the part had left"_s);
     return failureOf(SendProblem::NoPrompt, u"the device didn't ask for the part"_s);

@@ -32,9 +32,8 @@ public:
     };
     using Done = std::function<void(const Outcome &)>;
 
-    /// @param line  what broke is asked of it
-    PartSubmission(const SerialLine &line, AtChannel &channel, AtDialogue &dialogue,
-                   const ModemTimings &timings, TimeSource &time);
+    PartSubmission(AtChannel &channel, AtDialogue &dialogue, const ModemTimings &timings,
+                   TimeSource &time);
 
     /// Whether `start` does anything different for a part that has followers.
     bool asksForFollowers() const { return m_link.isToBeKept(); }
@@ -53,10 +52,9 @@ public:
 private:
     void keepLinkThenSubmit(const SubmitPart &part, Done done);
     void submit(const SubmitPart &part, Done done);
-    Outcome outcomeOf(const AtAnswer &answer) const;
-    SendFailure failureWithoutResult(const AtAnswer &answer) const;
+    static Outcome outcomeOf(const AtAnswer &answer);
+    static SendFailure failureWithoutResult(const AtAnswer &answer);
 
-    const SerialLine &m_line;
     AtChannel &m_channel;
     AtDialogue &m_dialogue;
     const ModemTimings m_timings;

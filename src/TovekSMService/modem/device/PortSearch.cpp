@@ -95,7 +95,7 @@ void PortSearch::look(const QString &port)
     m_port = port;
     m_device = deviceOf(port);
     if (SerialDevices::holderOf(m_device) || SerialDevices::openerOf(m_device) ||
-        m_line.open(port, m_baud) != LineError::None) {
+        !m_line.open(port, m_baud)) {
         m_nextPort.start(0);
         return;
     }

@@ -25,7 +25,7 @@ protected:
         return timings;
     }
 
-    Channel() { m_line.open(u"/dev/fake"_s, 9600); }
+    Channel() { EXPECT_TRUE(m_line.open(u"/dev/fake"_s, 9600)); }
 
     bool until(const std::function<bool()> &condition) { return m_time.until(condition); }
 
@@ -85,13 +85,13 @@ TEST_F(Channel, answersACommandWhenTheLineBreaksAndThenTellsTheBreak)
 {
     QList<QByteArray> order;
     m_line.answers.insert("AT+X", "");
-    QObject::connect(&m_channel, &AtChannel::broken, &m_channel, [&](LineError reason) {
-        EXPECT_EQ(static_cast<int>(reason), static_cast<int>(LineError::ReadFailed));
+    QObject::connect(&m_channel, &AtChannel::broken, &m_channel, [&](const LineFailure &failure) {
+        EXPECT_EQ(failure.error, LineError::ReadFailed);
         order.append("broken");
     });
     m_channel.run({"AT+X", 1000, {}}, [&](const AtAnswer &answer) {
         EXPECT_EQ(static_cast<int>(answer.end), static_cast<int>(AtAnswer::End::LineBroken));
-        EXPECT_EQ(static_cast<int>(answer.lineError), static_cast<int>(LineError::ReadFailed));
+        EXPECT_EQ(answer.lineFailure.error, LineError::ReadFailed);
         order.append("answered");
     });
     m_line.breakOff(LineError::ReadFailed);
@@ -106,7 +106,7 @@ TEST_F(Channel, abandonsACommandWithoutWaiting)
     m_line.answers.insert("AT+X", "");
     m_channel.run({"AT+X", 1000, {}}, [&](const AtAnswer &answer) {
         answered = true;
-        EXPECT_EQ(static_cast<int>(answer.lineError), static_cast<int>(LineError::NotOpen));
+        EXPECT_EQ(answer.lineFailure.error, LineError::NotOpen);
     });
     m_channel.abandon(LineError::NotOpen);
     EXPECT_TRUE(answered);

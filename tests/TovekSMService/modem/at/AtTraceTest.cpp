@@ -27,7 +27,7 @@ protected:
     Trace()
     {
         g_logged.clear();
-        m_line.open(u"/dev/fake"_s, 9600);
+        EXPECT_TRUE(m_line.open(u"/dev/fake"_s, 9600));
         QLoggingCategory::setFilterRules(u"engine.*.debug=true"_s);
         m_handler = qInstallMessageHandler(note);
     }

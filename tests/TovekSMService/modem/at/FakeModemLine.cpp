@@ -2,7 +2,7 @@
 
 namespace norvane {
 
-LineError FakeModemLine::open(const QString &device, int baud)
+Result<void, LineFailure> FakeModemLine::open(const QString &device, int baud)
 {
     openedDevice = device;
     openedBaud = baud;
@@ -10,13 +10,15 @@ LineError FakeModemLine::open(const QString &device, int baud)
     openedDevices.append(device);
     if (onOpen)
         onOpen();
-    if (const LineError error = openErrors.value(device, openError); error != LineError::None)
-        return error;
+    const std::optional<LineError> error =
+        openErrors.contains(device) ? openErrors.value(device) : openError;
+    if (error)
+        return failed(LineFailure{*error, detail});
     m_open = true;
     ++m_opening;
     m_unplugged = false;
     m_input.clear();
-    return LineError::None;
+    return {};
 }
 
 void FakeModemLine::close()
@@ -136,7 +138,7 @@ void FakeModemLine::breakOff(LineError reason)
             if (!m_open || m_opening != opening)
                 return;
             m_open = false;
-            Q_EMIT broken(reason);
+            Q_EMIT broken({reason, detail});
         },
         Qt::QueuedConnection);
 }

@@ -20,11 +20,10 @@ class FakeModemLine : public SerialLine
 public:
     using SerialLine::SerialLine;
 
-    LineError open(const QString &device, int baud) override;
+    Result<void, LineFailure> open(const QString &device, int baud) override;
     void close() override;
     bool isOpen() const override { return m_open; }
     bool write(const QByteArray &bytes) override;
-    QString errorDetail() const override { return detail; }
 
     /// Sends bytes as if the device had said them by itself.
     void say(const QByteArray &bytes);
@@ -36,10 +35,10 @@ public:
     static QByteArray answer(const QByteArray &line);
 
     // What the line does.
-    LineError openError = LineError::None;
+    std::optional<LineError> openError;
     /// For these devices instead.
     QHash<QString, LineError> openErrors;
-    QString detail;
+    QString detail; ///< of each failure
     bool writable = true;
     /// Breaks after so many bytes out of, or into, the device, counted from when it is set.
     int breakAfterSaid = -1;

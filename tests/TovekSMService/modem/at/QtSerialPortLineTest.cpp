@@ -33,9 +33,11 @@ ModemTimings patientTimings()
     return timings;
 }
 
-int asInt(LineError error)
+/// Why the line can't be opened; nothing if it can.
+std::optional<LineError> refusal(SerialLine &line, const QString &device, int baud = 9600)
 {
-    return static_cast<int>(error);
+    const auto opened = line.open(device, baud);
+    return opened ? std::nullopt : std::optional(opened.error().error);
 }
 
 TEST(QtSerialPortLine, carriesBytesBothWaysUnchanged)
@@ -45,8 +47,7 @@ TEST(QtSerialPortLine, carriesBytesBothWaysUnchanged)
     QByteArray received;
     QObject::connect(&line, &SerialLine::received, &line,
                      [&received](const QByteArray &bytes) { received += bytes; });
-    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None))
-        << line.errorDetail().toStdString();
+    ASSERT_EQ(refusal(line, device.path(), 115200), std::nullopt);
     EXPECT_TRUE(line.isOpen());
 
     QByteArray all;
@@ -72,8 +73,7 @@ TEST(QtSerialPortLine, opensADeviceThroughALinkAndAtAnySpeedThatItTakes)
     ASSERT_TRUE(QFile::link(device.path(), link));
     QtSerialPortLine line;
     for (const int baud : {1200, 9600, 115200, 460800}) {
-        ASSERT_EQ(asInt(line.open(link, baud)), asInt(LineError::None))
-            << baud << line.errorDetail().toStdString();
+        ASSERT_EQ(refusal(line, link, baud), std::nullopt) << baud;
         // Without this the far end would see a hang-up between two openings.
         ASSERT_TRUE(line.write("x"));
     }
@@ -89,15 +89,17 @@ TEST(QtSerialPortLine, tellsWhatIsNoDeviceOfItsKind)
     ASSERT_TRUE(QFile::link(u"/nowhere/modem"_s, dangling));
 
     QtSerialPortLine line;
-    EXPECT_EQ(asInt(line.open(u"/dev/no-such-modem"_s, 9600)), asInt(LineError::NoSuchDevice));
-    EXPECT_EQ(line.errorDetail(), u"/dev/no-such-modem"_s);
-    EXPECT_EQ(asInt(line.open(dangling, 9600)), asInt(LineError::NoSuchDevice));
-    EXPECT_EQ(asInt(line.open(QString(), 9600)), asInt(LineError::NoSuchDevice));
-    EXPECT_EQ(asInt(line.open(file.fileName(), 9600)), asInt(LineError::NotSerial));
-    EXPECT_EQ(asInt(line.open(folder.path(), 9600)), asInt(LineError::NotSerial));
-    EXPECT_EQ(asInt(line.open(u"/dev/null"_s, 9600)), asInt(LineError::NotSerial));
+    const auto missing = line.open(u"/dev/no-such-modem"_s, 9600);
+    ASSERT_FALSE(missing.has_value());
+    EXPECT_EQ(missing.error().error, LineError::NoSuchDevice);
+    EXPECT_EQ(missing.error().detail, u"/dev/no-such-modem"_s);
+    EXPECT_EQ(refusal(line, dangling), LineError::NoSuchDevice);
+    EXPECT_EQ(refusal(line, QString()), LineError::NoSuchDevice);
+    EXPECT_EQ(refusal(line, file.fileName()), LineError::NotSerial);
+    EXPECT_EQ(refusal(line, folder.path()), LineError::NotSerial);
+    EXPECT_EQ(refusal(line, u"/dev/null"_s), LineError::NotSerial);
     PtyModem device;
-    EXPECT_EQ(asInt(line.open(device.path(), 0)), asInt(LineError::UnsupportedSpeed));
+    EXPECT_EQ(refusal(line, device.path(), 0), LineError::UnsupportedSpeed);
     EXPECT_FALSE(line.isOpen());
 }
 
@@ -106,12 +108,12 @@ TEST(QtSerialPortLine, isExclusiveAndGivesTheDeviceBack)
     PtyModem device;
     QtSerialPortLine first;
     QtSerialPortLine second;
-    ASSERT_EQ(asInt(first.open(device.path(), 9600)), asInt(LineError::None));
-    EXPECT_EQ(asInt(second.open(device.path(), 9600)), asInt(LineError::HeldByAnother));
+    ASSERT_EQ(refusal(first, device.path()), std::nullopt);
+    EXPECT_EQ(refusal(second, device.path()), LineError::HeldByAnother);
     EXPECT_TRUE(first.isOpen());
     EXPECT_FALSE(second.isOpen());
     first.close();
-    EXPECT_EQ(asInt(second.open(device.path(), 9600)), asInt(LineError::None));
+    EXPECT_EQ(refusal(second, device.path()), std::nullopt);
 }
 
 TEST(QtSerialPortLine, namesTheProgramThatHoldsTheDevice)
@@ -128,12 +130,14 @@ TEST(QtSerialPortLine, namesTheProgramThatHoldsTheDevice)
     lock.close();
 
     QtSerialPortLine line;
-    EXPECT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::HeldByAnother));
-    EXPECT_EQ(line.errorDetail(), u"cat (%1)"_s.arg(holder.processId()));
+    const auto held = line.open(device.path(), 9600);
+    ASSERT_FALSE(held.has_value());
+    EXPECT_EQ(held.error().error, LineError::HeldByAnother);
+    EXPECT_EQ(held.error().detail, u"cat (%1)"_s.arg(holder.processId()));
 
     holder.closeWriteChannel();
     ASSERT_TRUE(holder.waitForFinished(hangMs));
-    EXPECT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None));
+    EXPECT_EQ(refusal(line, device.path()), std::nullopt);
     lock.remove();
 }
 
@@ -142,12 +146,12 @@ TEST(QtSerialPortLine, tellsOnceThatTheDeviceHasGone)
     PtyModem device;
     QtSerialPortLine line;
     const QSignalSpy broken(&line, &SerialLine::broken);
-    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
-        << line.errorDetail().toStdString();
+    ASSERT_EQ(refusal(line, device.path()), std::nullopt);
     device.unplug();
     ASSERT_TRUE(waitUntil([&] { return !broken.isEmpty(); }));
-    EXPECT_EQ(asInt(broken.first().first().value<LineError>()), asInt(LineError::Unplugged));
-    EXPECT_EQ(line.errorDetail(), device.path() + u" has gone"_s);
+    const auto failure = broken.first().first().value<LineFailure>();
+    EXPECT_EQ(failure.error, LineError::Unplugged);
+    EXPECT_EQ(failure.detail, device.path() + u" has gone"_s);
     EXPECT_FALSE(line.isOpen());
     EXPECT_FALSE(line.write("AT\r"));
     QCoreApplication::processEvents();
@@ -159,8 +163,7 @@ TEST(QtSerialPortLine, closedByItsOwnerItSaysNothing)
     PtyModem device;
     QtSerialPortLine line;
     const QSignalSpy broken(&line, &SerialLine::broken);
-    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
-        << line.errorDetail().toStdString();
+    ASSERT_EQ(refusal(line, device.path()), std::nullopt);
     device.unplug();
     line.close();
     QCoreApplication::processEvents();
@@ -175,8 +178,7 @@ TEST(QtSerialPortLine, speaksThroughTheChannel)
                  {"AT+CMGS=13\r", "AT+CMGS=13\r\r\n> "},
                  {"0011\x1A", "0011\r\n+CMGS: 9\r\n\r\nOK\r\n"}});
     QtSerialPortLine line;
-    ASSERT_EQ(asInt(line.open(device.path(), 9600)), asInt(LineError::None))
-        << line.errorDetail().toStdString();
+    ASSERT_EQ(refusal(line, device.path()), std::nullopt);
     AtChannel channel(&line, patientTimings());
     std::optional<AtAnswer> answer;
     channel.synchronise(1, [&](SyncOutcome outcome) {
@@ -195,8 +197,7 @@ TEST(QtSerialPortLine, submitsWithoutWaitingForAnythingButTheDevice)
     PtyModem device;
     device.submitForever();
     QtSerialPortLine line;
-    ASSERT_EQ(asInt(line.open(device.path(), 115200)), asInt(LineError::None))
-        << line.errorDetail().toStdString();
+    ASSERT_EQ(refusal(line, device.path(), 115200), std::nullopt);
     TurnedTime time; // which nobody turns
     AtChannel channel(&line, {}, time);
     constexpr int count = 2000;
