@@ -23,60 +23,74 @@ constexpr qint64 maxFileBytes = 128 << 20;
 constexpr qsizetype maxValues = 8192;
 constexpr qsizetype maxUnits = 1 << 20;
 
-std::vector<SheetTable> readZipped(const QByteArray &bytes)
+using Sheets = Result<std::vector<SheetTable>, NumberedFailure>;
+
+Sheets readZipped(const QByteArray &bytes)
 {
     const PackageParts parts(bytes);
     if (parts.contains(u"_rels/.rels"_s))
         return readXlsx(parts);
     if (parts.contains(u"content.xml"_s) || isEncryptedOds(parts))
         return readOds(parts);
-    SheetFailure::raise(SheetFailure::BadFile, u"The archive is no spreadsheet."_s);
+    return failed(SheetFailure::badFile(u"The archive is no spreadsheet."_s));
+}
+
+/// Each cell, record and element may be refused, so the readers of the formats throw from wherever
+/// they are; that ends here.
+Sheets parse(const QByteArray &bytes)
+{
+    try {
+        if (CompoundFile::isOne(bytes))
+            return readXls(bytes);
+        if (bytes.startsWith("PK\x03\x04"))
+            return readZipped(bytes);
+    } catch (const NumberedFailure &failure) {
+        return failed(failure);
+    }
+    return failed(SheetFailure::badFile(u"The file is no spreadsheet."_s));
 }
 
 } // namespace
 
-std::vector<SheetTable> readWorkbook(const QString &path)
+Result<std::vector<SheetTable>, NumberedFailure> readWorkbook(const QString &path)
 {
     QByteArray bytes;
     const int error = platformFiles().read(path, maxFileBytes, bytes);
     if (error == EFBIG)
-        SheetFailure::raise(SheetFailure::BadFile, u"The file is too large."_s);
+        return failed(SheetFailure::badFile(u"The file is too large."_s));
     if (error != 0)
-        Failure::raiseErrno(error, u"readWorkbook"_s);
-    if (CompoundFile::isOne(bytes))
-        return readXls(bytes);
-    if (bytes.startsWith("PK\x03\x04"))
-        return readZipped(bytes);
-    SheetFailure::raise(SheetFailure::BadFile, u"The file is no spreadsheet."_s);
+        return failed(Failure::ofErrno(error, u"readWorkbook"_s));
+    return parse(bytes);
 }
 
-SheetFrames::Answer WorkbookReader::answer(const SheetFrames::Question &question)
+SheetFrames::Reply WorkbookReader::answer(const SheetFrames::Question &question)
 {
-    SheetFrames::Answer answer;
     try {
-        switch (question.operation) {
-        case SheetFrames::Operation::Open:
-            open(question.name);
-            answer.names = sheetNames();
-            break;
-        case SheetFrames::Operation::Describe:
-            answer.names = sheet(question.name).fields();
-            answer.rows = sheet(question.name).rows();
-            break;
-        case SheetFrames::Operation::Values:
-            answer.values = values(sheet(question.name), question);
-            break;
-        }
-    } catch (const std::exception &) {
-        answer.failure = Failure::fromException(std::current_exception());
+        return carryOut(question);
+    } catch (const std::exception &) { // memory that has run out, above all
+        return failed(Failure::fromException(std::current_exception()));
     }
-    return answer;
 }
 
-void WorkbookReader::open(const QString &path)
+SheetFrames::Reply WorkbookReader::carryOut(const SheetFrames::Question &question)
+{
+    if (question.operation == SheetFrames::Operation::Open)
+        return open(question.name);
+    const SheetTable *const table = find(question.name);
+    if (!table)
+        return failed(SheetFailure::noSuchSheet(question.name));
+    return question.operation == SheetFrames::Operation::Describe ? describe(*table)
+                                                                  : values(*table, question);
+}
+
+SheetFrames::Reply WorkbookReader::open(const QString &path)
 {
     m_sheets.clear();
-    m_sheets = readWorkbook(path);
+    auto sheets = readWorkbook(path);
+    if (!sheets)
+        return failed(sheets.error());
+    m_sheets = *std::move(sheets);
+    return SheetFrames::Answer{sheetNames(), 0, {}};
 }
 
 QStringList WorkbookReader::sheetNames() const
@@ -87,30 +101,33 @@ QStringList WorkbookReader::sheetNames() const
     return names;
 }
 
-const SheetTable &WorkbookReader::sheet(const QString &name) const
+const SheetTable *WorkbookReader::find(const QString &sheet) const
 {
     const auto found = std::ranges::find_if(m_sheets, [&](const SheetTable &table) {
-        return table.name().compare(name, Qt::CaseInsensitive) == 0;
+        return table.name().compare(sheet, Qt::CaseInsensitive) == 0;
     });
-    if (found == m_sheets.end())
-        SheetFailure::raiseNoSuchSheet(name);
-    return *found;
+    return found != m_sheets.end() ? &*found : nullptr;
 }
 
-QList<std::optional<QString>> WorkbookReader::values(const SheetTable &table,
-                                                     const SheetFrames::Question &question)
+SheetFrames::Reply WorkbookReader::describe(const SheetTable &table)
+{
+    return SheetFrames::Answer{table.fields(), table.rows(), {}};
+}
+
+SheetFrames::Reply WorkbookReader::values(const SheetTable &table,
+                                          const SheetFrames::Question &question)
 {
     const std::optional<qint32> field = table.fieldIndex(question.field);
     if (!field)
-        SheetFailure::raiseNoSuchField();
-    QList<std::optional<QString>> values;
+        return failed(SheetFailure::noSuchField());
+    SheetFrames::Answer answer;
     qsizetype units = 0;
     for (qint32 row = qMax(0, question.first);
-         row < table.rows() && values.size() < maxValues && units < maxUnits; ++row) {
-        values.append(table.value(row, *field));
-        units += values.last() ? values.last()->size() : 0;
+         row < table.rows() && answer.values.size() < maxValues && units < maxUnits; ++row) {
+        answer.values.append(table.value(row, *field));
+        units += answer.values.last() ? answer.values.last()->size() : 0;
     }
-    return values;
+    return answer;
 }
 
 } // namespace norvane

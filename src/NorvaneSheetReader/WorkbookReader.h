@@ -1,6 +1,7 @@
 #pragma once
 
 #include "NorvaneSheetReader/SheetTable.h"
+#include "common/Result.h"
 #include "common/SheetFrames.h"
 
 #include <QString>
@@ -14,20 +15,22 @@ class WorkbookReader
 {
 public:
     /// Answers; failures are answers too.
-    SheetFrames::Answer answer(const SheetFrames::Question &question);
+    [[nodiscard]] SheetFrames::Reply answer(const SheetFrames::Question &question);
 
 private:
-    void open(const QString &path);
-    const SheetTable &sheet(const QString &name) const;
+    SheetFrames::Reply carryOut(const SheetFrames::Question &question);
+    SheetFrames::Reply open(const QString &path);
+    const SheetTable *find(const QString &sheet) const;
     QStringList sheetNames() const;
-    static QList<std::optional<QString>> values(const SheetTable &table,
-                                                const SheetFrames::Question &question);
+    static SheetFrames::Reply describe(const SheetTable &table);
+    static SheetFrames::Reply values(const SheetTable &table,
+                                     const SheetFrames::Question &question);
 
     std::vector<SheetTable> m_sheets;
 };
 
-/// The sheets of the file at `path`, read as what its first bytes say that it is.
-/// @throws NumberedFailure by the platform's error, or BadFile
-std::vector<SheetTable> readWorkbook(const QString &path);
+/// The sheets of the file at `path`, read as what its first bytes say that it is. A failure has the
+/// number of the platform's error, or BadFile.
+[[nodiscard]] Result<std::vector<SheetTable>, NumberedFailure> readWorkbook(const QString &path);
 
 } // namespace norvane

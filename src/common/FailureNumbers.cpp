@@ -98,6 +98,12 @@ Number fromErrno(int errnoValue)
     return found != platformErrors.end() ? found->number : PathFileAccess;
 }
 
+NumberedFailure ofErrno(int errnoValue, const QString &source)
+{
+    const Number number = fromErrno(errnoValue);
+    return {number, source, description(number)};
+}
+
 void raise(Number number, const QString &source)
 {
     throw NumberedFailure(number, source, description(number));
@@ -105,7 +111,7 @@ void raise(Number number, const QString &source)
 
 void raiseErrno(int errnoValue, const QString &source)
 {
-    raise(fromErrno(errnoValue), source);
+    throw ofErrno(errnoValue, source);
 }
 
 NumberedFailure fromException(const std::exception_ptr &failure)

@@ -49,6 +49,9 @@ QString description(qint32 number);
 /// the table doesn't hold.
 Number fromErrno(int errnoValue);
 
+/// The failure whose number belongs to `errnoValue`.
+[[nodiscard]] NumberedFailure ofErrno(int errnoValue, const QString &source);
+
 /// Raises `number` with its own description.
 [[noreturn]] void raise(Number number, const QString &source);
 

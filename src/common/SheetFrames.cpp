@@ -13,6 +13,29 @@ constexpr auto version = QDataStream::Qt_6_4;
 
 enum class Kind : quint8 { Answer, Failure };
 
+Reply takeFailure(QDataStream &stream)
+{
+    qint32 number = 0;
+    QString source;
+    QString description;
+    stream >> number >> source >> description;
+    return failed(NumberedFailure(number, source, description));
+}
+
+Reply takeAnswer(QDataStream &stream)
+{
+    Answer answer;
+    quint32 count = 0;
+    stream >> answer.names >> answer.rows >> count;
+    for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
+        bool given = false;
+        QString value;
+        stream >> given >> value;
+        answer.values.append(given ? std::optional(value) : std::nullopt);
+    }
+    return answer;
+}
+
 } // namespace
 
 QByteArray framed(const QByteArray &body)
@@ -37,19 +60,20 @@ QByteArray encode(const Question &question)
     return body;
 }
 
-QByteArray encode(const Answer &answer)
+QByteArray encode(const Reply &reply)
 {
     QByteArray body;
     QDataStream stream(&body, QIODevice::WriteOnly);
     stream.setVersion(version);
-    if (answer.failure) {
-        stream << static_cast<quint8>(Kind::Failure) << answer.failure->number()
-               << answer.failure->source() << answer.failure->description();
+    if (!reply) {
+        const NumberedFailure &failure = reply.error();
+        stream << static_cast<quint8>(Kind::Failure) << failure.number() << failure.source()
+               << failure.description();
         return body;
     }
-    stream << static_cast<quint8>(Kind::Answer) << answer.names << answer.rows
-           << static_cast<quint32>(answer.values.size());
-    for (const std::optional<QString> &value : answer.values)
+    stream << static_cast<quint8>(Kind::Answer) << reply->names << reply->rows
+           << static_cast<quint32>(reply->values.size());
+    for (const std::optional<QString> &value : reply->values)
         stream << value.has_value() << value.value_or(QString());
     return body;
 }
@@ -67,32 +91,17 @@ std::optional<Question> decodeQuestion(const QByteArray &body)
     return question;
 }
 
-std::optional<Answer> decodeAnswer(const QByteArray &body)
+std::optional<Reply> decodeReply(const QByteArray &body)
 {
     QDataStream stream(body);
     stream.setVersion(version);
     quint8 kind = 0;
     stream >> kind;
-    Answer answer;
-    if (kind == static_cast<quint8>(Kind::Failure)) {
-        qint32 number = 0;
-        QString source;
-        QString description;
-        stream >> number >> source >> description;
-        answer.failure.emplace(number, source, description);
-    } else {
-        quint32 count = 0;
-        stream >> answer.names >> answer.rows >> count;
-        for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
-            bool given = false;
-            QString value;
-            stream >> given >> value;
-            answer.values.append(given ? std::optional(value) : std::nullopt);
-        }
-    }
+    Reply reply =
+        kind == static_cast<quint8>(Kind::Failure) ? takeFailure(stream) : takeAnswer(stream);
     if (stream.status() != QDataStream::Ok)
         return std::nullopt;
-    return answer;
+    return reply;
 }
 
 } // namespace SheetFrames

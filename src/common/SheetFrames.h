@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/NumberedFailure.h"
+#include "common/Result.h"
 #include "common/SpreadsheetConnection.h"
 
 #include <QByteArray>
@@ -30,14 +31,16 @@ struct Question
 };
 
 /// What an answer holds depends on the operation: the sheets; fields and count of rows; values of
-/// rows, at least one of them. Or it is a failure.
+/// rows, at least one of them.
 struct Answer
 {
-    std::optional<NumberedFailure> failure;
     QStringList names;
     qint32 rows = 0;
     QList<std::optional<QString>> values;
 };
+
+/// What is sent back: the answer, or the failure that the console is to raise.
+using Reply = Result<Answer, NumberedFailure>;
 
 /// A frame with its length in front.
 QByteArray framed(const QByteArray &body);
@@ -45,10 +48,10 @@ QByteArray framed(const QByteArray &body);
 quint32 bodyLength(QByteArrayView fourBytes);
 
 QByteArray encode(const Question &question);
-QByteArray encode(const Answer &answer);
+QByteArray encode(const Reply &reply);
 /// Nothing, if `body` isn't one.
 std::optional<Question> decodeQuestion(const QByteArray &body);
-std::optional<Answer> decodeAnswer(const QByteArray &body);
+std::optional<Reply> decodeReply(const QByteArray &body);
 
 } // namespace SheetFrames
 

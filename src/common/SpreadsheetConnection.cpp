@@ -6,9 +6,18 @@ using namespace Qt::StringLiterals;
 
 namespace SheetFailure {
 
+namespace {
+
+NumberedFailure numbered(Number number, const QString &description)
+{
+    return {number, u"Spreadsheet"_s, description};
+}
+
+} // namespace
+
 void raise(Number number, const QString &description)
 {
-    throw NumberedFailure(number, u"Spreadsheet"_s, description);
+    throw numbered(number, description);
 }
 
 void raiseNoCurrentRecord()
@@ -17,16 +26,21 @@ void raiseNoCurrentRecord()
                            u"Requested operation requires a current record."_s);
 }
 
-void raiseNoSuchField()
+NumberedFailure badFile(const QString &description)
 {
-    raise(NoSuchField,
-          u"Item cannot be found in the collection corresponding to the requested name or "
-          u"ordinal."_s);
+    return numbered(BadFile, description);
 }
 
-void raiseNoSuchSheet(const QString &sheet)
+NumberedFailure noSuchField()
 {
-    raise(NoSuchSheet, u"There is no sheet '%1' in this file."_s.arg(sheet));
+    return numbered(NoSuchField,
+                    u"Item cannot be found in the collection corresponding to the requested name "
+                    u"or ordinal."_s);
+}
+
+NumberedFailure noSuchSheet(const QString &sheet)
+{
+    return numbered(NoSuchSheet, u"There is no sheet '%1' in this file."_s.arg(sheet));
 }
 
 } // namespace SheetFailure

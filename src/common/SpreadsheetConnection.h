@@ -23,8 +23,10 @@ enum Number : qint32 {
 
 [[noreturn]] void raise(Number number, const QString &description);
 [[noreturn]] void raiseNoCurrentRecord();
-[[noreturn]] void raiseNoSuchField();
-[[noreturn]] void raiseNoSuchSheet(const QString &sheet);
+
+[[nodiscard]] NumberedFailure badFile(const QString &description);
+[[nodiscard]] NumberedFailure noSuchField();
+[[nodiscard]] NumberedFailure noSuchSheet(const QString &sheet);
 
 } // namespace SheetFailure
 

@@ -66,6 +66,14 @@ TEST(FailureNumbersTest, platformErrorsHaveTheirNumbers)
         EXPECT_EQ(Failure::fromErrno(error), number) << error;
 }
 
+TEST(FailureNumbersTest, aPlatformErrorAsAValueIsWhatItIsRaisedAs)
+{
+    const NumberedFailure failure = Failure::ofErrno(ENOSPC, u"readWorkbook"_s);
+    EXPECT_EQ(failure.number(), 61);
+    EXPECT_EQ(failure.source(), u"readWorkbook"_s);
+    EXPECT_EQ(failure.description(), u"Disk full"_s);
+}
+
 TEST(FailureNumbersTest, raisedFailureCarriesNumberSourceAndDescription)
 {
     try {

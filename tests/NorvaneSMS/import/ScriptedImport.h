@@ -84,7 +84,7 @@ private:
                 m_script.inRow(m_row + 1);
             const qsizetype index = m_sheet.fields.indexOf(field);
             if (index < 0)
-                SheetFailure::raiseNoSuchField();
+                throw SheetFailure::noSuchField();
             return m_sheet.rows.at(m_row).value(index);
         }
         void moveNext() override { ++m_row; }
@@ -103,7 +103,7 @@ private:
             if (candidate.name == name)
                 return candidate;
         }
-        SheetFailure::raiseNoSuchSheet(name);
+        throw SheetFailure::noSuchSheet(name);
     }
 
     SheetScript &m_script;

@@ -144,12 +144,12 @@ SheetFrames::Answer HelperConnection::ask(const SheetFrames::Question &question,
     const quint32 length = SheetFrames::bodyLength(receive(sizeof(quint32), deadline, waiting));
     if (length > SheetFrames::maxBytes)
         fail(u"The file holds too much."_s);
-    const auto answer = SheetFrames::decodeAnswer(receive(length, deadline, waiting));
-    if (!answer)
+    const auto reply = SheetFrames::decodeReply(receive(length, deadline, waiting));
+    if (!reply)
         fail(u"The file can't be read."_s);
-    if (answer->failure)
-        throw NumberedFailure(*answer->failure);
-    return *answer;
+    if (!reply->has_value())
+        throw NumberedFailure(reply->error());
+    return reply->value();
 }
 
 QByteArray HelperConnection::receive(qsizetype count, const QDeadlineTimer &deadline,
