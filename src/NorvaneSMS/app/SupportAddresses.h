@@ -7,9 +7,9 @@ namespace norvane {
 /// Where operators are sent for help.
 namespace SupportAddresses {
 
-inline constexpr QLatin1String Web("https://soporte.norvane.example");
-inline constexpr QLatin1String SpanishMail("soporte@norvane.example");
-inline constexpr QLatin1String PortugueseMail("suporte@norvane.example");
+inline constexpr QLatin1String web("https://soporte.norvane.example");
+inline constexpr QLatin1String spanishMail("soporte@norvane.example");
+inline constexpr QLatin1String portugueseMail("suporte@norvane.example");
 
 } // namespace SupportAddresses
 

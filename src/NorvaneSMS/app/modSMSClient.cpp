@@ -67,7 +67,7 @@ bool isPortuguese(const clsStartUpData &data)
 QString missingFileText(const clsStartUpData &data)
 {
     const QLatin1String mail =
-        isPortuguese(data) ? SupportAddresses::PortugueseMail : SupportAddresses::SpanishMail;
+        isPortuguese(data) ? SupportAddresses::portugueseMail : SupportAddresses::spanishMail;
     const QLatin1String end(lineEnd);
     return u"It is not possible open the resource file for your language: "_s + data.LanguageName +
            end + u"for this country it is necessary the file NorvaneSMS_"_s + data.Language +
@@ -100,7 +100,7 @@ bool load(PlatformHelpers &helpers, QString language, QString &path)
     data.Country = u"ESP"_s;
     data.Language = u"ESN"_s;
 
-    SupportContact = isPortuguese(data) ? SupportAddresses::PortugueseMail : SupportAddresses::Web;
+    SupportContact = isPortuguese(data) ? SupportAddresses::portugueseMail : SupportAddresses::web;
     if (language.isEmpty())
         language = data.Language;
 

@@ -286,9 +286,9 @@ TEST_F(LoadLocalizationTest, anyOtherFailureIsToldWithThePathSoFar)
 
 TEST(SupportAddressesTest, addressesAreThoseOfTheHelpDesk)
 {
-    EXPECT_EQ(SupportAddresses::Web, u"https://soporte.norvane.example"_s);
-    EXPECT_EQ(SupportAddresses::SpanishMail, u"soporte@norvane.example"_s);
-    EXPECT_EQ(SupportAddresses::PortugueseMail, u"suporte@norvane.example"_s);
+    EXPECT_EQ(SupportAddresses::web, u"https://soporte.norvane.example"_s);
+    EXPECT_EQ(SupportAddresses::spanishMail, u"soporte@norvane.example"_s);
+    EXPECT_EQ(SupportAddresses::portugueseMail, u"suporte@norvane.example"_s);
 }
 
 TEST_F(LoadLocalizationTest, releasedGlobalsAreGone)
