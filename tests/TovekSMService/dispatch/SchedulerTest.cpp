@@ -1,0 +1,211 @@
+#include "TovekSMService/dispatch/Scheduler.h"
+
+#include "TovekSMService/dispatch/DispatcherFixture.h"
+#include "TovekSMService/dispatch/OpenStore.h"
+#include "contract/ErrorCodes.h"
+
+namespace norvane {
+
+namespace {
+
+class SchedulerTest : public testing::Test
+{
+protected:
+    void makeScheduler()
+    {
+        m_scheduler = std::make_unique<Scheduler>(*m_store, m_clock, m_settings, encodeSubmit);
+    }
+    static StoredMessage message(const QString &date, const QString &phone = u"600"_s,
+                                 const QString &text = u"text"_s)
+    {
+        StoredMessage message;
+        message.id = 1;
+        message.deliveryDate = date;
+        message.originalDate = date;
+        message.phone = phone;
+        message.text = text;
+        return message;
+    }
+    qint32 codeOf(const StoredMessage &message)
+    {
+        const auto result = m_scheduler->encoded(message);
+        const auto *const code = std::get_if<qint32>(&result);
+        return code == nullptr ? 0 : *code;
+    }
+
+    // The queue on disk.
+    void add(const QString &phone, const QString &text = u"text"_s, const QString &date = noon())
+    {
+        m_store->add({{phone, text}}, date);
+    }
+    QStringList beginRun(int maxLength)
+    {
+        QStringList phones;
+        auto first = m_scheduler->encoded(*m_store->first());
+        for (const LeavingMessage &leaving :
+             m_scheduler->beginRun(std::get<LeavingMessage>(first), maxLength))
+            phones.append(leaving.message.phone);
+        return phones;
+    }
+    qsizetype leaving() const { return m_store->interrupted().size(); }
+    void release()
+    {
+        for (const StoredMessage &message : m_store->interrupted())
+            m_store->cancelPart(message.id);
+    }
+
+    const QString m_later = u"2024-05-01T12:00:01"_s;
+    QTemporaryDir m_folder;
+    TurnedTime m_time;
+    SetClock m_clock{m_time};
+    std::unique_ptr<Store> m_store = openStore(m_folder);
+    EngineSettings m_settings;
+    std::unique_ptr<Scheduler> m_scheduler =
+        std::make_unique<Scheduler>(*m_store, m_clock, m_settings, encodeSubmit);
+};
+
+TEST_F(SchedulerTest, aMessageIsDueFromItsDateOn)
+{
+    EXPECT_TRUE(m_scheduler->isDue(message(u"2024-05-01T11:59:59"_s)));
+    EXPECT_TRUE(m_scheduler->isDue(message(noon())));
+    EXPECT_FALSE(m_scheduler->isDue(message(m_later)));
+}
+
+TEST_F(SchedulerTest, aMessageWithAnOddDateIsDueAndFails)
+{
+    StoredMessage odd = message(u"someday"_s);
+    odd.dateIsOdd = true;
+    EXPECT_TRUE(m_scheduler->isDue(odd));
+    EXPECT_EQ(codeOf(odd), ErrorCode::methodParam);
+}
+
+TEST_F(SchedulerTest, aMessageIsTooLateBeyondItsLimit)
+{
+    m_settings.maxLateness = 60;
+    makeScheduler();
+    const StoredMessage due = message(noon());
+    EXPECT_FALSE(m_scheduler->isTooLate(due, u"2024-05-01T12:01:00"_s));
+    EXPECT_TRUE(m_scheduler->isTooLate(due, u"2024-05-01T12:01:01"_s));
+    m_clock.now = m_clock.now.addSecs(61);
+    EXPECT_EQ(codeOf(due), ErrorCode::protocolTimeout);
+    m_scheduler->setUnfinished(due.id);
+    EXPECT_EQ(codeOf(due), 0) << "one that is on its way is not cut off";
+}
+
+TEST_F(SchedulerTest, lateIsCountedFromTheDateThatWasGiven)
+{
+    m_settings.maxLateness = 60;
+    makeScheduler();
+    StoredMessage retried = message(u"2024-05-01T11:00:00"_s);
+    retried.deliveryDate = noon();
+    EXPECT_EQ(codeOf(retried), ErrorCode::protocolTimeout);
+}
+
+TEST_F(SchedulerTest, withoutALimitNothingIsTooLate)
+{
+    EXPECT_FALSE(m_scheduler->isTooLate(message(noon()), u"2034-05-01T12:00:00"_s));
+}
+
+TEST_F(SchedulerTest, whatCannotBeEncodedFailsWithItsCode)
+{
+    EXPECT_EQ(codeOf(message(noon(), QString())), ErrorCode::methodParam);
+    EXPECT_EQ(codeOf(message(noon(), QString(21, u'6'))), ErrorCode::numberTooLong);
+    EXPECT_EQ(codeOf(message(noon(), u"six"_s)), ErrorCode::invalidCharacters);
+    EXPECT_EQ(codeOf(message(noon(), u"600"_s, QString(100'000, u'a'))), ErrorCode::textTooLong);
+    EXPECT_EQ(codeOf(message(noon())), 0);
+}
+
+TEST_F(SchedulerTest, aRunTakesTheMessagesThatAreDueUpToItsLength)
+{
+    for (const QString &phone : {u"601"_s, u"602"_s, u"603"_s})
+        add(phone);
+    add(u"604"_s, u"text"_s, m_later);
+    EXPECT_EQ(beginRun(1), QStringList{u"601"_s});
+    release();
+    EXPECT_EQ(beginRun(2), (QStringList{u"601"_s, u"602"_s}));
+    EXPECT_EQ(leaving(), 2);
+    release();
+    EXPECT_EQ(beginRun(10), (QStringList{u"601"_s, u"602"_s, u"603"_s}));
+}
+
+TEST_F(SchedulerTest, aRunEndsBeforeAMessageOfSeveralParts)
+{
+    add(u"601"_s);
+    add(u"602"_s, QString(200, u'a'));
+    add(u"603"_s);
+    EXPECT_EQ(beginRun(10), QStringList{u"601"_s});
+}
+
+TEST_F(SchedulerTest, aMessageOfSeveralPartsGoesAloneWithAReference)
+{
+    add(u"601"_s, QString(200, u'a'));
+    add(u"602"_s);
+    auto first = m_scheduler->encoded(*m_store->first());
+    const QList<LeavingMessage> run = m_scheduler->beginRun(std::get<LeavingMessage>(first), 10);
+    ASSERT_EQ(run.size(), 1);
+    EXPECT_TRUE(run.first().message.reference.has_value());
+    EXPECT_EQ(m_store->interrupted().first().reference, run.first().message.reference);
+}
+
+TEST_F(SchedulerTest, aRunEndsBeforeAMessageThatFails)
+{
+    add(u"601"_s);
+    add(u"six"_s);
+    add(u"603"_s);
+    EXPECT_EQ(beginRun(10), QStringList{u"601"_s});
+}
+
+TEST_F(SchedulerTest, whereThePartsAreLimitedOneMessageLeavesAtATime)
+{
+    m_settings.partsPerDay = 100;
+    makeScheduler();
+    add(u"601"_s);
+    add(u"602"_s);
+    EXPECT_EQ(beginRun(10), QStringList{u"601"_s});
+}
+
+TEST_F(SchedulerTest, aLimitHoldsBackWhatGoesBeyondIt)
+{
+    for (int EngineSettings::*const limit :
+         {&EngineSettings::partsPerMinute, &EngineSettings::partsPerDay}) {
+        m_clock.now = m_clock.now.addDays(1);
+        m_settings = {};
+        m_settings.*limit = 2;
+        makeScheduler();
+        add(u"601"_s);
+        QString counted;
+        for (int part = 0; part < 2; ++part) {
+            EXPECT_TRUE(m_scheduler->limitsAllowPart());
+            auto first = m_scheduler->encoded(*m_store->first());
+            counted = m_scheduler->beginRun(std::get<LeavingMessage>(first), 1).first().begunAt;
+            release();
+        }
+        EXPECT_FALSE(m_scheduler->limitsAllowPart());
+        m_scheduler->uncountPart(counted);
+        EXPECT_TRUE(m_scheduler->limitsAllowPart()) << "one of them did not leave";
+    }
+}
+
+TEST_F(SchedulerTest, theNextMinuteHasALimitOfItsOwn)
+{
+    m_settings.partsPerMinute = 1;
+    makeScheduler();
+    add(u"601"_s);
+    beginRun(1);
+    EXPECT_FALSE(m_scheduler->limitsAllowPart());
+    m_clock.now = m_clock.now.addSecs(60);
+    EXPECT_TRUE(m_scheduler->limitsAllowPart());
+}
+
+TEST_F(SchedulerTest, withoutLimitsNothingIsCounted)
+{
+    add(u"601"_s);
+    beginRun(1);
+    m_settings.partsPerDay = 1;
+    makeScheduler();
+    EXPECT_TRUE(m_scheduler->limitsAllowPart());
+}
+
+} // namespace
+
+} // namespace norvane
