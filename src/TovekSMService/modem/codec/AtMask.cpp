@@ -40,10 +40,11 @@ const QRegularExpression &bareDigits()
     return pattern;
 }
 
-/// Lines that come with a message (3GPP TS 27.005, 3.4 and 4; 27.007, 7.15).
+/// Lines that come with a message (3GPP TS 27.005, 3.4 and 4; 27.007, 7.15). As the reader of
+/// answers does, it takes blanks before the colon.
 const QRegularExpression &messageLine()
 {
-    static const QRegularExpression pattern(u"\\A(\\+(?:CMT|CBM|CDS|CMGR|CMGL|CUSD)):"_s,
+    static const QRegularExpression pattern(u"\\A(\\+(?:CMT|CBM|CDS|CMGR|CMGL|CUSD))\\s*:"_s,
                                             Option::CaseInsensitiveOption);
     return pattern;
 }

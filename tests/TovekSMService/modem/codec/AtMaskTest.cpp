@@ -45,6 +45,7 @@ const Row shownRows[] = {
     {"0011000b914306011122f20000aa", "****"},
     {"+CMT: \"+34600111222\",,\"26/05/01,12:00:00+08\"", "+CMT: ****"},
     {"+CMT: ,24", "+CMT: ****"},
+    {"+CMT : \"+34600111222\",,\"26/05/01,12:00:00+08\"", "+CMT: ****"},
     {"+CMGR: \"REC UNREAD\",\"+34600111222\",,\"26/05/01,12:00:00+08\"", "+CMGR: ****"},
     {"+CMGL: 1,\"REC READ\",\"+34600111222\"", "+CMGL: ****"},
     {"+CDS: 6,12,\"+34600111222\",145", "+CDS: ****"},
@@ -129,7 +130,8 @@ TEST(AtMask, commandsThatCarryASecretAreKnown)
 
 TEST(AtMask, linesThatAnnounceAMessageAreKnown)
 {
-    for (const char *const line : {"+CMT: ,24", "+CMGR: 1,,24", "+cds: 25", "+CBM: 88"})
+    for (const char *const line :
+         {"+CMT: ,24", "+CMT : ,24", "+CMGR: 1,,24", "+cds: 25", "+CBM: 88"})
         EXPECT_TRUE(AtMask::announcesMessage(line)) << line;
     for (const char *const line : {"+CMTI: \"SM\",3", "+CMGS: 42", "OK", PDU})
         EXPECT_FALSE(AtMask::announcesMessage(line)) << line;
