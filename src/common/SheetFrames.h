@@ -12,12 +12,12 @@
 
 namespace norvane {
 
-// What the console and its sheet reader say to each other over a pair of pipes: frames of a length
-// of 32 bits and a body. A question is answered by one frame.
+// The protocol between the console and its sheet reader over a pair of pipes: frames of a 32-bit
+// length and a body. Each question is answered by one frame.
 
 namespace SheetFrames {
 
-/// Longest body of a frame, in bytes.
+/// Maximum length of a frame's body, in bytes.
 inline constexpr quint32 maxBytes = 64 << 20;
 
 enum class Operation : quint8 { Open, Describe, Values };
@@ -44,7 +44,7 @@ using Reply = Result<Answer, NumberedFailure>;
 
 /// A frame with its length in front.
 QByteArray framed(const QByteArray &body);
-/// The length that the first four bytes of a frame tell.
+/// The length in the first four bytes of a frame.
 quint32 bodyLength(QByteArrayView fourBytes);
 
 QByteArray encode(const Question &question);

@@ -64,7 +64,7 @@ public:
     virtual ~SpreadsheetConnection() = default;
 
     /// Opens the workbook at `path`.
-    /// @throws NumberedFailure by the platform's error, or BadFile with what `errors` then tells
+    /// @throws NumberedFailure by the platform's error, or BadFile, which `errors` then explains
     virtual void open(const QString &path) = 0;
     virtual void close() = 0;
 

@@ -6,7 +6,7 @@ namespace norvane {
 
 namespace Bus {
 
-/// For how long an engine that is to end, or has lost its bus, goes on for the part that it is
+/// How long an engine that is ending, or has lost its bus, may still take for the part that it is
 /// sending, in milliseconds.
 inline constexpr int engineEndLimit = 20'000;
 /// How long an engine may take to come up: the one before it may be ending.

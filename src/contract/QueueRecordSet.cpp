@@ -12,7 +12,7 @@ void QueueRecordSet::sortByDeliveryDate()
     const auto earlier = [](const QueueRow &a, const QueueRow &b) {
         return a.deliveryDate < b.deliveryDate;
     };
-    // The engine mostly hands the queue out in this order, and looking costs less than sorting.
+    // The engine usually gives the queue in this order, and checking costs less than sorting.
     if (!std::is_sorted(m_rows.cbegin(), m_rows.cend(), earlier))
         std::stable_sort(m_rows.begin(), m_rows.end(), earlier);
 }

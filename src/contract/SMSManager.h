@@ -17,8 +17,8 @@ namespace norvane {
 /// or did not answer within its time. No operation fails for its content: what can't be sent is
 /// queued and reported by SMSSentFailed.
 ///
-/// A delivery date is a wall-clock moment without a zone. It is carried in a QDateTime told
-/// as Qt::UTC, so that no rule of a zone touches it, and is never converted.
+/// A delivery date is a wall-clock moment without a zone. It is carried in a QDateTime in Qt::UTC,
+/// so that no zone's rules apply to it, and is never converted.
 class SMSManager : public QObject
 {
     Q_OBJECT

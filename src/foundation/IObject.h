@@ -7,7 +7,7 @@
 
 namespace norvane {
 
-/// The suite's common object interface. A class that has nothing to tell or to copy leaves these
+/// The suite's common object interface. A class that has nothing to report or to copy leaves these
 /// bodies as they are.
 class IObject
 {

@@ -51,7 +51,7 @@ void StopTimer(quint32 timerId);
 /// The platform's millisecond clock of 32 bits.
 qint32 GetClockMs();
 
-/// @return 0 if there is no window to be had; a box has told so
+/// @return 0 if no window can be created, which a message box has shown
 WindowHandle CreateTimerWindow();
 /// @throws NumberedFailure 51 if the window has no procedure
 void SubclassTimerWindow(WindowHandle window);

@@ -14,7 +14,7 @@ QString withoutBlanks(QStringView text);
 /// @return the cut text without leading and trailing blanks
 QString StripNulls(QString &text);
 
-/// The suite's identifier for the system that `record` tells of; 0 for one that it doesn't list.
+/// The suite's identifier for the system that `record` describes; 0 for one that it doesn't list.
 qint32 osIdentifier(const VersionRecord &record);
 
 /// Questions to the operating system in the forms that the console asks them.

@@ -102,7 +102,7 @@ void IniStoredSettings::save(const QString &application, const QString &section,
         Failure::raise(Failure::InvalidProcedureCall, source);
     makeFolders(m_files, folderOf(application), source);
 
-    // Where no lock file can be made, the write below fails too and tells why.
+    // If no lock file can be created, the write below fails too and reports the reason.
     QLockFile lock(fileOf(application) + u".lock"_s);
     if (!lock.tryLock(static_cast<int>(m_lockWait.count())) &&
         lock.error() == QLockFile::LockFailedError)

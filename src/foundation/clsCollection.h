@@ -11,7 +11,7 @@
 
 namespace norvane {
 
-/// An ordered collection with keys, whose operations tell failures by their results. Positions
+/// An ordered collection with keys, whose operations report failures by their results. Positions
 /// count from 1 in order of insertion; keys are unique without regard to case, by their Unicode
 /// case folding. An item is any simple value, or an object as a shared pointer, of which `Item`
 /// gives the same one.

@@ -55,8 +55,8 @@ void EngineWaitNotice::waiting(qint64 milliseconds)
         return;
     if (!m_pointer)
         show();
-    // A window that is up already gets no events: the call that waits for the engine runs no event
-    // loop. Before it, there is nothing yet that an event could concern but the notice.
+    // A console's window that is already shown must get no events: the call that waits for the
+    // engine runs no event loop. Before that window exists, events can only concern the notice.
     if (m_window)
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }

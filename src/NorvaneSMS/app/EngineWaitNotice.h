@@ -10,13 +10,13 @@
 
 namespace norvane {
 
-/// What an operator sees of a start of the engine that takes its time, as behind an engine that is
-/// still finishing its last message: the wait pointer, and, where the console has no window yet, a
-/// small one with a word about it.
+/// What an operator sees while the engine starts slowly, for example because the engine before it
+/// is still finishing its last message: the wait pointer and, if the console has no window yet, a
+/// small window that says so.
 class EngineWaitNotice : public EngineWait
 {
 public:
-    /// @param quietFor  how long a start may take until it is worth a word, in milliseconds
+    /// @param quietFor  how long a start may take before the notice is shown, in milliseconds
     explicit EngineWaitNotice(int quietFor) : m_quietFor(quietFor) {}
 
     void waiting(qint64 milliseconds) override;

@@ -25,7 +25,7 @@ namespace norvane {
 
 namespace {
 
-constexpr int quietStart = 1500; // ms that a start of the engine takes until a word is said of it
+constexpr int quietStart = 1500; // ms until a slow start of the engine is shown
 
 QDateTime wallClock()
 {

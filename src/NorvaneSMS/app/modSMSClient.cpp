@@ -95,8 +95,8 @@ bool load(PlatformHelpers &helpers, QString language, QString &path)
     fillCountry(data, helpers);
     fillLanguage(data, helpers);
 
-    // The console runs in this language on every machine; what was found above lives on in the
-    // other properties alone.
+    // The console runs in this language on every machine; what was found above is kept in the
+    // other properties only.
     data.Country = u"ESP"_s;
     data.Language = u"ESN"_s;
 

@@ -16,8 +16,8 @@ class frmSMSClient;
 namespace modSMSClient {
 
 /// Fills the environment snapshot and opens the language file.
-/// @param language  code of the language; empty for the one that the settled environment names
-/// @return false when there is no usable language file; a box has told so
+/// @param language  code of the language; empty for that of the environment snapshot
+/// @return false if there is no usable language file, which a message box has shown
 bool LoadLocalization(PlatformHelpers &helpers, QString language);
 
 /// Everything from the program's entry to the console on the screen.

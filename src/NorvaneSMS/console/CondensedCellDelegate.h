@@ -5,8 +5,8 @@
 namespace norvane {
 
 /// Draws a text that is somewhat wider than its cell in narrower letters, so that its end can be
-/// read: a moment whose minutes are cut off tells nothing. A text that would need letters of less
-/// than `narrowest` per cent is cut off as in any other grid.
+/// read: a moment without its minutes is of no use. A text that would need letters of less than
+/// `narrowest` per cent is cut off as in any other grid.
 class CondensedCellDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -193,7 +193,8 @@ ConsoleControls::ConsoleControls(QWidget *window) : m_window(window), m_byName(m
     setColours();
     lblPhone->setBuddy(txtPhone);
     lblDeliveryDate->setBuddy(dtDeliveryDate);
-    // Of the pictures that share a place one shows: not running, and empty, until someone knows.
+    // Of the pictures in one place only one is shown: "not running" and "empty", until the state is
+    // known.
     imgEngineStatus[1]->hide();
     imgQueue[1]->hide();
     picLateralPanel->raise();

@@ -21,7 +21,7 @@ struct ConsoleEnvironment
     std::function<std::unique_ptr<SMSManager>()> createEngine;
     /// The last step of the console's end.
     std::function<void()> releaseGlobals;
-    /// The wall clock: a moment without a zone, told as Qt::UTC.
+    /// The wall clock: a moment without a zone, in Qt::UTC.
     std::function<QDateTime()> now;
     ModeSettings settings;
     QLocale locale;

@@ -21,7 +21,7 @@ void DevicePane::showTesting()
 {
     m_controls.txtTerm->setText(QString());
     m_controls.fraCommunication->setCaption(GS(TextId::DeviceTestRunning));
-    // What the operator sees for as long as the call takes: no event loop draws it.
+    // Drawn now, as no event loop runs during the call that follows.
     m_controls.fraCommunication->repaint();
     m_controls.txtTerm->viewport()->repaint();
 }

@@ -4,8 +4,8 @@
 
 namespace norvane {
 
-/// A test of the device, for which an engine that runs is stopped. Events that arrived before an
-/// answer of the engine are handled before the call returns: they belong before what follows it.
+/// A test of the device, for which a running engine is stopped. Events that arrived before an
+/// answer of the engine are handled before the call returns, so that they keep their order.
 class DeviceTestRun
 {
 public:

@@ -56,8 +56,8 @@ void PollingTick::importFiles(const QStringList &files, const QString &folder,
     // The files from one processing of events to the next are taken together.
     qsizetype next = 0;
     while (next < files.size()) {
-        // What the operator did while events were processed, or a box was open, may have made the
-        // rest none of this console's business.
+        // While events were processed or a box was open, the operator may have changed the mode or
+        // the folder, or closed the console: then the rest is left for others.
         if (!m_isPolled(folder))
             return;
         const qsizetype count = qMin(next == 0 ? 1 : filesBetweenEvents, files.size() - next);

@@ -23,8 +23,7 @@ public:
     /// The cell that it stands in.
     QModelIndex cell() const { return m_cell; }
 
-    /// Takes the open editor out of the grid's hands: the grid may let go of it, and nothing that
-    /// happens to it ends the edit.
+    /// Keeps the open editor when the grid releases it: whatever the grid does, the edit goes on.
     void keepEditor();
     /// The next cell that is edited gets the kept editor as it is.
     void reuseEditor();

@@ -10,8 +10,8 @@ namespace norvane {
 
 class QueueCellDelegate;
 
-/// The grid of what waits, over a QueueGridModel. Rows are told as numbers that count from 1, below
-/// the header row 0.
+/// The grid of the messages that wait, over a QueueGridModel. Row numbers count from 1; the header
+/// is row 0.
 class QueueGrid : public QTableView
 {
     Q_OBJECT

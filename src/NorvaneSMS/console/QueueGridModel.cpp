@@ -38,7 +38,7 @@ void QueueGridModel::removeRows(const QList<int> &rows)
 {
     if (rows.isEmpty())
         return;
-    // As one step: a grid that is told of each row by itself takes seconds for thousands of them.
+    // One reset for all: signalling each row separately takes seconds for thousands of them.
     beginResetModel();
     m_records.removeRows(QList<qsizetype>(rows.cbegin(), rows.cend()));
     endResetModel();

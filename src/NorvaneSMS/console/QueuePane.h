@@ -28,12 +28,12 @@ public:
 
     void setHeaders(const QStringList &headers);
 
-    /// Shows a queue of `count` messages, and in the grid what the engine says that they are.
+    /// Shows the number of messages, `count`, and fetches them from the engine into the grid.
     void show(qint32 count);
-    /// The engine's queue has changed: shows it, behind a deletion that is going on.
+    /// The engine's queue has changed: shows it, after a deletion in progress has ended.
     void onChanged(qint32 count);
 
-    /// Whether an edit of the cell may begin. The operator is told why one may not.
+    /// Whether an edit of the cell may begin. A message box shows why an edit is refused.
     bool allowsEdit(int row, int column) const;
     /// Carries what was changed in the grid to the engine.
     void handBack();

@@ -11,13 +11,13 @@ namespace norvane {
 
 class FileSystem;
 
-/// The way of what the operator sends: to the engine, which is started if it is stopped, or on a
-/// client into a drop file.
+/// Where the operator's messages go: to the engine, which is started if it is stopped, or, on a
+/// client, into a drop file.
 class SendRoute
 {
 public:
     enum class Outcome {
-        HandedOn, ///< the operator has been told of a drop file that can't be written
+        HandedOn, ///< or the writer has shown why it can't write its drop file
         FolderMissing,
     };
 

@@ -231,7 +231,7 @@ void frmSMSClient::btnSend_Click()
     const QString phone = m_ui.txtPhone->text();
     if (phone.isEmpty())
         return;
-    // The writer of a drop file has told what went wrong and not whether anything did.
+    // The writer of a drop file shows its failures itself and doesn't report them.
     if (sendRoute().send(phone, m_ui.txtMessage->text(), msMessageFooter, deliveryMoment()) ==
         SendRoute::Outcome::HandedOn)
         showMessage(GS(TextId::MessageQueued), MessageBoxes::Icon::Information);
@@ -241,7 +241,7 @@ void frmSMSClient::btnSend_Click()
 
 void frmSMSClient::btnImport_Click()
 {
-    // Wherever a failure strikes, the dialog stays loaded until the next press.
+    // After a failure at any step, the dialog stays loaded until the button is pressed again.
     try {
         moImport = std::make_unique<frmImport>(m_environment.importing, this);
         moImport->Form_Load();
@@ -327,8 +327,8 @@ void frmSMSClient::btnDeviceConfig_Click()
 void frmSMSClient::btnTestDevice_Click()
 {
     testDevice();
-    // The presses of an operator to whom nothing seems to happen are no wish for another test.
-    // Where the test fails, the fatal report blocks them, and no tick may run in front of it.
+    // Presses during the test come from an operator who saw no reaction; they don't request another
+    // test. If the test fails, the fatal report blocks them, and no tick may run before it.
     dropPendingInput();
 }
 

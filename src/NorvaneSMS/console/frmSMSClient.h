@@ -75,7 +75,7 @@ private:
     void grdQueue_DeletePressed();
     QDateTime deliveryMoment() const;
     SendRoute sendRoute() const;
-    /// @return whether the list was handed on; if not, the operator has been told
+    /// @return true if the list was handed on; if not, a message box has shown why
     bool sendList(const SMSList &list);
     void testDevice();
 

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Numbers of failures that are none.
+/// Error numbers that don't mean a failure.
 constexpr qint32 noFailure = 0;
 constexpr qint32 resumeWithoutFailure = 20;
 

@@ -26,7 +26,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A list position as the settings tell it, 0 standing for none.
+/// The settings count list positions from 1; 0 stands for none.
 constexpr int offset = 1;
 
 int positionOf(qint32 setting)

@@ -9,7 +9,7 @@ namespace norvane {
 
 class EngineWait;
 
-/// Sees to it that the engine process is on the bus.
+/// Makes sure that the engine process is on the bus.
 class EngineLauncher
 {
 public:
@@ -31,7 +31,7 @@ class ProcessEngineLauncher : public EngineLauncher
 public:
     /// @param program    full path of the engine's executable
     /// @param timeLimit  how long the start may take, in milliseconds
-    /// @param wait       is told while it takes; may be null, else must outlive this object
+    /// @param wait       is notified while it takes; may be null, else must outlive this object
     ProcessEngineLauncher(const QDBusConnection &bus, const QString &program, int timeLimit,
                           EngineWait *wait = nullptr);
 

@@ -4,7 +4,7 @@
 
 namespace norvane {
 
-/// Told of a start of the engine that takes its time, on the thread that waits for it.
+/// Is notified of a slow start of the engine, on the thread that waits for it.
 class EngineWait
 {
 public:

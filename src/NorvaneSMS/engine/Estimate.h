@@ -7,7 +7,7 @@ namespace norvane {
 
 /// The estimate of remaining time, taken from the last interval alone.
 ///
-/// Moments are wall-clock dates and times (QDateTime told as Qt::UTC), cut to whole seconds.
+/// Moments are wall-clock dates and times (QDateTime in Qt::UTC), cut to whole seconds.
 
 namespace Estimate {
 

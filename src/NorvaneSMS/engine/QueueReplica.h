@@ -6,8 +6,8 @@
 
 namespace norvane {
 
-/// The engine's queue as it was at a revision, brought up to date by what changed since, so that a
-/// queue of any size needn't cross the bus again for each of its changes.
+/// The engine's queue as it was at a revision. Updates bring the changes since then, so that a
+/// large queue needn't cross the bus again for each change.
 class QueueReplica
 {
 public:

@@ -93,8 +93,8 @@ void SMSManagerProxy::connectEvents()
     connect(engine, &SMSManagerBusInterface::ReportRaised, this, &SMSManagerProxy::acknowledge);
 }
 
-/// An engine that comes up anew, whoever started it, knows nothing of this listener. One that went
-/// runs no longer; the next call brings it back, and it runs again if it was to run.
+/// An engine that has been started anew, by whatever program, doesn't know this listener. One that
+/// has left the bus is not running; the next call starts it, and it runs again if it was meant to.
 void SMSManagerProxy::engineChanged(const QString &, const QString &formerOwner,
                                     const QString &owner)
 {
@@ -133,8 +133,9 @@ void SMSManagerProxy::deliver(Raise &&raise)
     raise();
 }
 
-/// An event loop inside a handler, as that of a fatal report, delivers this as well. What is being
-/// handled then may never have been: it is told again.
+/// An event loop inside a handler, such as that of the fatal report, delivers this as well. The
+/// report that is being handled at that moment may never be handled to its end, so it isn't
+/// acknowledged and the engine repeats it.
 void SMSManagerProxy::acknowledge(qlonglong report)
 {
     if (m_handlersRunning == 0)
@@ -149,7 +150,7 @@ auto SMSManagerProxy::ask(int timeLimit, Call &&start)
     reply.waitForFinished();
     if (reply.isError() && engineHadVanished(reply.error())) {
         m_launcher.ensureRunning();
-        // Before the call: what the engine has to tell in it is told to its listeners.
+        // Before the call, so that this object gets the events that the call raises.
         attachTo(engineOwner());
         m_engine->setTimeout(timeLimit);
         reply = start();
@@ -243,7 +244,7 @@ qsizetype SMSManagerProxy::addOneByOne(const QList<QueueRow> &messages)
             addNow(message);
             ++added;
         }
-    } catch (const NumberedFailure &) { // told by the number of those before it
+    } catch (const NumberedFailure &) { // the caller sees it by the number of those before it
     }
     return added;
 }
@@ -271,7 +272,7 @@ QueueRecordSet SMSManagerProxy::GetQueue()
     auto changes =
         ask(m_callTimeout, [this] { return m_engine->GetQueueChanges(m_replica.revision()); });
     if (changes.isError() && changes.error().type() == QDBusError::UnknownMethod) {
-        // An engine that is older than this console tells of no changes.
+        // An engine that is older than this console doesn't report changes.
         m_replica.reset(0, fetchQueue());
         return QueueRecordSet(m_replica.rows());
     }

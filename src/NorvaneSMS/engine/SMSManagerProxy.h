@@ -17,10 +17,10 @@ namespace norvane {
 /// A call to an engine that has vanished starts it again once. An engine that dies in the call, or
 /// hangs past its time limit, turns the call into NumberedFailure 462.
 ///
-/// When the engine goes from the bus, EngineStatus 0 is raised, which nobody else can tell.
+/// When the engine leaves the bus, this object raises EngineStatus 0, as the engine no longer can.
 ///
-/// What the engine reports is acknowledged once its handlers have returned. What this object has
-/// not handled when it goes, the engine tells the next one.
+/// A report of the engine is acknowledged once its handlers have returned. Reports that this object
+/// has not handled when it is destroyed are repeated by the engine to the next one.
 class SMSManagerProxy : public SMSManager
 {
     Q_OBJECT
@@ -60,7 +60,7 @@ private:
     void engineChanged(const QString &name, const QString &formerOwner, const QString &owner);
     /// The engine's own name on the bus; empty where there is none.
     QString engineOwner() const;
-    /// Listens to the engine of that name, if it is not the one that is listened to already.
+    /// Connects to the signals of the engine of that name, unless that is done already.
     void attachTo(const QString &owner);
     void attach();
     /// Raises an event whose handling is acknowledged later.
@@ -73,7 +73,8 @@ private:
     /// @return how many it took before it failed for one
     qsizetype addOneByOne(const QList<QueueRow> &messages);
     void addNow(const QueueRow &message);
-    /// Makes a call, again if the engine had vanished, and waits for its answer or error.
+    /// Makes a call and waits for its answer or error. If the engine had vanished, it is started
+    /// and the call is repeated.
     template <typename Call>
     auto ask(int timeLimit, Call &&start);
     /// As ask(), but an error is a failure.

@@ -6,7 +6,7 @@ class QWidget;
 
 namespace norvane {
 
-/// The way to the dialog in which the operator picks a file. A test puts its own in its place.
+/// Shows the dialog in which the operator picks a file. A test replaces it.
 class FilePicker
 {
 public:
@@ -38,7 +38,7 @@ public:
 
     /// Bits of Request::flags.
     enum Flag : quint32 { PathMustExist = 0x800, FileMustExist = 0x1000 };
-    /// Longest path that a picker gives, with the character that ends it.
+    /// Maximum length of a path that a picker gives, including the character that ends it.
     static constexpr qsizetype bufferLength = 260;
     static constexpr quint32 bufferTooSmall = 0x3003;
 };

@@ -11,7 +11,7 @@
 
 namespace norvane {
 
-/// What the import dialog needs from above. A test puts its own in the places of these.
+/// What the import dialog is given from outside. A test replaces it.
 struct ImportEnvironment
 {
     /// A new connection that nothing is open on.

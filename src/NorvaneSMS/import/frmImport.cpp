@@ -225,7 +225,7 @@ void frmImport::OpenWorkbook()
     }
 }
 
-/// The pointer tells that the program is busy. Reading, which comes later, shows none.
+/// The wait pointer is shown while the file is opened. Reading it, which comes later, shows none.
 void frmImport::openConnection()
 {
     const WaitPointer busy;

@@ -21,11 +21,11 @@ public:
     struct Entry
     {
         QString name;
-        quint64 size = 0; ///< in bytes; 0 where it couldn't be told
+        quint64 size = 0; ///< in bytes; 0 if unknown
     };
 
     /// All entries of a folder but "." and ".."; none if it can't be listed. A name that can't be
-    /// told in text, and so could not be opened again, is left out.
+    /// written as text is left out, as its file could not be opened by it.
     virtual QList<Entry> entries(const QString &folderPath) const = 0;
 
     /// What stands at `path`: a regular file, a folder or anything else, links included. Nothing if

@@ -38,8 +38,8 @@ public:
         while (const dirent *entry = ::readdir(folder.get())) {
             const QByteArray raw(entry->d_name);
             const QString name = QFile::decodeName(raw);
-            // A name that isn't text, or ends in a blank, can't be told on: cut at its end, it
-            // would be another file's.
+            // A name that isn't text can't be passed on. Nor can one that ends in a blank: without
+            // the blank it would name another file.
             if (raw == "." || raw == ".." || QFile::encodeName(name) != raw || name.endsWith(u' '))
                 continue;
             result.append({name, sizeOf(folder.get(), entry->d_name)});

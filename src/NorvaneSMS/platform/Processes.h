@@ -4,8 +4,8 @@
 
 namespace norvane {
 
-/// Whether the process with that number runs. One that has ended and that nobody has asked about
-/// does not.
+/// True while the process with that number runs. A process that has ended but whose exit status
+/// has not been collected yet doesn't run.
 bool isProcessRunning(qint64 process);
 
 } // namespace norvane

@@ -53,7 +53,7 @@ EntryKind kindOf(const Search &search, const QString &path)
     return search.listing.kind(path).value_or(EntryKind::Folder);
 }
 
-/// The entry's name as it is used, empty for one to be passed over. A name that the trimming turns
+/// The entry's name as it is used; empty for an entry to be skipped. A name that trimming turns
 /// into the folder itself must not be followed.
 QString usableName(const FolderListing::Entry &entry)
 {
@@ -117,7 +117,7 @@ qint64 searchFolder(const Search &search, QString &folderPath)
 
 bool matchesPattern(QStringView name, QStringView pattern)
 {
-    // On a mismatch the last "*" takes one character more; earlier ones never need a second look.
+    // On a mismatch the last "*" takes one character more; earlier ones need never be changed.
     qsizetype n = 0;
     qsizetype p = 0;
     qsizetype star = -1;

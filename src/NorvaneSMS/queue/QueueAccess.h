@@ -4,7 +4,7 @@
 
 namespace norvane {
 
-/// What a writer waits with when another one was quicker.
+/// How a writer waits after another one has taken the name first.
 class Waiting
 {
 public:
@@ -13,7 +13,7 @@ public:
     Waiting &operator=(const Waiting &) = delete;
     virtual ~Waiting() = default;
 
-    /// Lets the random numbers begin anew, at a place that the clock tells.
+    /// Seeds the random numbers from the clock.
     virtual void seedFromClock() = 0;
     /// A random number from 0 to below 1.
     virtual double random() = 0;
@@ -24,7 +24,7 @@ public:
 /// The waiting of a program that runs.
 Waiting &realWait();
 
-/// What drop files are written and read with. A test puts its own in the places of these.
+/// What drop files are written and read with. A test replaces it.
 struct QueueAccess
 {
     FileStreams *files = &fileStreams();

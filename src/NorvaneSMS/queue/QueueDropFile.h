@@ -31,7 +31,7 @@ QString fileName(qint16 number);
 struct Record
 {
     QString phone;
-    QDateTime deliveryDate; ///< a moment without a zone, told as Qt::UTC
+    QDateTime deliveryDate; ///< a moment without a zone, in Qt::UTC
     QString message;
 
     bool operator==(const Record &) const = default;

@@ -69,9 +69,9 @@ TakenFile taken(const QString &path, RecordHandover &handover, const QueueAccess
     return {path, handover.given(), failed};
 }
 
-/// Reads `paths` from the first on, as far as the engine takes their records. A file that may turn
-/// out to stay is taken alone: nothing behind it is to be read when it does.
-/// @return those that are done with, at least one; they are to be taken away
+/// Reads `paths` from the first on, as far as the engine takes their records. A file that may not
+/// be removable is read alone, as nothing after it may be read if it stays.
+/// @return the files that are done, at least one; they are to be removed
 QList<TakenFile> takeTogether(const QStringList &paths, SMSManager &engine,
                               const QString &messageFooter, const QueueAccess &access)
 {
@@ -91,8 +91,8 @@ QList<TakenFile> takeTogether(const QStringList &paths, SMSManager &engine,
     }
     if (!handover.fellShort())
         return files;
-    // The rest of this file is lost. What stands behind it in the batch never reached the engine,
-    // and the files of that are read once more.
+    // The rest of this file is lost. What follows it in the batch never reached the engine, so
+    // those files are read once more.
     const auto lost = std::find_if(files.begin(), files.end(), [&handover](const TakenFile &file) {
         return file.end > handover.stored();
     });

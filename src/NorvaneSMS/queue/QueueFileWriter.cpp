@@ -21,7 +21,7 @@ namespace {
 constexpr int maxCollisions = 3;
 constexpr double maxPause = 250; // milliseconds
 
-/// A drop file that nobody else has.
+/// A new drop file, created by this writer.
 class NewDropFile
 {
 public:

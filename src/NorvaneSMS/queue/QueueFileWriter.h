@@ -9,10 +9,10 @@
 namespace norvane {
 
 // The writers of drop files. Each makes one new file under the first free name, from "sms.0"
-// upward, in a folder that the caller has looked at. A name that another writer takes first is
-// tried again three times, after a random pause.
+// upward, in a folder that the caller has checked. If another writer takes the name first, there
+// are three retries, each after a random pause.
 //
-// A failure is shown in a message box and not told to the caller; what has been written by then
+// A failure is shown in a message box and not reported to the caller; what has been written by then
 // stays.
 
 /// Writes one record.

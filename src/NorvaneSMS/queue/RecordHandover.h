@@ -7,8 +7,8 @@
 
 namespace norvane {
 
-/// The way of records to the engine: one AddSMS for each, in batches. Whatever ends its life,
-/// nothing stays behind in an open batch.
+/// Hands records to the engine: one AddSMS for each, in batches. Its destructor closes a batch that
+/// is still open.
 class RecordHandover
 {
 public:
@@ -30,8 +30,8 @@ public:
 
     /// Records that the engine was given.
     qsizetype given() const { return m_given; }
-    /// Records that it has stored, or was asked to without telling what became of them; the one
-    /// behind them is the one that it failed for, if fellShort().
+    /// Records that it has stored, or was asked to store without reporting the result. If
+    /// fellShort(), the record after these is the one that it failed for.
     qsizetype stored() const { return m_stored; }
     bool fellShort() const { return m_fellShort; }
 

@@ -18,7 +18,7 @@ public:
     PlatformFiles &operator=(const PlatformFiles &) = delete;
     virtual ~PlatformFiles() = default;
 
-    /// What stands at `path`, or what a link there leads to; None if that can't be told.
+    /// What stands at `path`, or what a link there leads to; None if that is unknown.
     virtual Kind kind(const QString &path) const = 0;
 
     /// Reads a whole regular file; it never waits, whatever stands at `path`.

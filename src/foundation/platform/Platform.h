@@ -6,7 +6,7 @@
 
 namespace norvane {
 
-/// What the version query tells of the operating system.
+/// What the version query gives about the operating system.
 struct VersionRecord
 {
     quint32 platformId = 0;

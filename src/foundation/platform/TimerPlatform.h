@@ -38,7 +38,7 @@ public:
     /// happens for an id that isn't known.
     virtual void killEvent(quint32 id) = 0;
 
-    /// Milliseconds on a clock of 32 bits that nobody sets.
+    /// Milliseconds on a clock of 32 bits that can't be set.
     virtual qint32 clockMs() = 0;
 
     /// A new window that is never seen.

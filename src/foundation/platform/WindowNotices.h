@@ -6,10 +6,10 @@
 
 namespace norvane {
 
-/// Tells when the window system has noted something anew about one of the program's windows, as
-/// the frame that the window manager draws around it: the toolkit hears of it and raises no event.
+/// Reports when the window system has changed a property of one of the program's windows, such as
+/// the frame that the window manager draws around it. The toolkit raises no event for that.
 ///
-/// Where the window system has no such notices nothing is told, and nothing is missed there.
+/// A window system without such notices reports nothing, and needs none.
 class WindowNotices : public QAbstractNativeEventFilter
 {
 public:

@@ -2,8 +2,8 @@
 
 namespace norvane {
 
-/// Tells screen readers what the program's own controls are: a captioned frame is a group, a
-/// drawing is a picture, the console is a window. The toolkit knows the others. To be called once.
+/// Describes the program's own controls to screen readers: a captioned frame is a group, a drawing
+/// is a picture, the console is a window. The toolkit knows the others. To be called once.
 void installAccessibleControls();
 
 } // namespace norvane

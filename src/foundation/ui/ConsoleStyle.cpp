@@ -46,7 +46,7 @@ QColor outlineOf(const QStyleOption &option)
                   (text.blue() + ground.blue()) / 2);
 }
 
-/// What tells that a control has the focus: the colour of selections, brought out from the window.
+/// The colour that marks the focus: that of selections, in enough contrast to the window.
 QColor focusColour(const QStyleOption &option)
 {
     return Contrast::apart(option.palette.color(QPalette::Highlight),

@@ -5,8 +5,8 @@
 namespace norvane {
 
 /// The toolkit's own style with the program's icons in message boxes, no icons on their buttons,
-/// and fields that can be told from a dark window. An outline tells which control has the focus,
-/// on every window at 3 : 1 or more.
+/// and fields that stand out from a dark window. An outline marks the control that has the focus,
+/// with a contrast of at least 3 : 1 on every window.
 class ConsoleStyle : public QProxyStyle
 {
     Q_OBJECT

@@ -5,8 +5,8 @@
 
 namespace norvane {
 
-/// The end of a failure that nobody caught: a critical box titled "Norvane SMS" with description,
-/// " - " and number, and then the end of the process with exit code 1.
+/// Handles a failure that was not caught: shows a critical box titled "Norvane SMS" with
+/// description, " - " and number, and ends the process with exit code 1.
 namespace FatalReport {
 
 /// Ends the process; receives the exit code.

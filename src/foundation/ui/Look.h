@@ -6,7 +6,7 @@ namespace norvane {
 
 /// Sets the program's style, face, colours and icon. The controls' places are fixed and every
 /// caption was fitted with this face and size; colours come from the desktop, made readable where
-/// they aren't. Screen readers are told what the program's own controls are.
+/// they aren't. The program's own controls are described to screen readers.
 void applyLook();
 
 /// `colours` with disabled texts faded no further than they can be read, and the ground of a

@@ -26,8 +26,8 @@ void PressFocus::giveFocusTo(QAbstractButton *button)
         return;
     const bool isActive = button->isActiveWindow();
     button->setFocus(Qt::OtherFocusReason);
-    // In a window that isn't the active one the toolkit moves the focus without telling the widget
-    // that loses it.
+    // In an inactive window the toolkit moves the focus without an event for the widget that loses
+    // it.
     if (!isActive && former) {
         QFocusEvent leave(QEvent::FocusOut, Qt::OtherFocusReason);
         QCoreApplication::sendEvent(former, &leave);

@@ -8,7 +8,7 @@
 
 namespace norvane {
 
-/// Lengths on screen are told in twips (1/1440 inch) as single-precision numbers.
+/// Lengths on screen are given in twips (1/1440 inch) as single-precision numbers.
 namespace Twips {
 
 /// Place and size in twips, relative to the container.

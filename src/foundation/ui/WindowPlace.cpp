@@ -40,7 +40,7 @@ void WindowPlace::setOuterSize(QSize size)
 
 void WindowPlace::centre()
 {
-    // A dialog's frame is most likely its owner's, so that it needn't move once it is known.
+    // A dialog's frame is assumed to be its owner's, so that it needn't move once it is known.
     const QWidget *const owner = m_window->parentWidget();
     if (owner && !m_window->isVisible())
         if (const auto *const other =
@@ -126,7 +126,7 @@ void WindowPlace::arrange()
         m_requested |= handle->geometry() != before;
         return;
     }
-    // Nobody knows the frame yet: the window manager is told the place of the outer corner.
+    // The frame isn't known yet: the window manager gets the position of the outer corner.
     m_window->resize(inner.size());
     if (m_centred)
         m_window->move(inner.topLeft() - QPoint(m_frame.left(), m_frame.top()));
@@ -158,8 +158,8 @@ void WindowPlace::follow()
     Q_EMIT followed();
 }
 
-/// The window system has told where the window is: as it was asked to, on the way there, or, if
-/// neither, where the operator has put it.
+/// The window system has reported the window's position: the requested one, one on the way there,
+/// or, if neither, that to which the operator has moved it.
 void WindowPlace::note(const QRect &inner)
 {
     followLater();

@@ -12,8 +12,8 @@ class QWidget;
 
 namespace norvane {
 
-/// The outer size and place that the program asked for a window, kept while the window manager
-/// makes up its mind about the frame around it.
+/// The outer size and place that the program requested for a window, kept while the window
+/// manager changes the frame around it.
 ///
 /// The frame is known only after the window has been shown, and may change at any time later, also
 /// because the window was given another size or other limits. Each time the window is arranged
@@ -45,7 +45,7 @@ public:
 Q_SIGNALS:
     /// The window is about to be arranged, perhaps for another frame or outer size.
     void arranging();
-    /// What the window system told of the window has been dealt with.
+    /// The last notice of the window system has been handled.
     void followed();
 
 private:
