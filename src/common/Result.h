@@ -7,8 +7,8 @@
 
 namespace norvane {
 
-/// What an operation gives: its value, or the failure that kept it from having one. Each layer has
-/// one type of failure. A function that gives a result is declared `[[nodiscard]]`.
+/// What an operation returns: its value, or the failure that prevented it. Each layer has one type
+/// of failure. A function that returns a result is declared `[[nodiscard]]`.
 template <typename Value, typename Failure>
 using Result = tl::expected<Value, Failure>;
 

@@ -10,8 +10,8 @@
 
 namespace norvane {
 
-/// What is wrong with a spreadsheet or with a question to it, under the numbers that data sources
-/// use. They are below 0 where the source speaks, and above where the program's side does.
+/// The failures of a spreadsheet or of a query to it, under the numbers that data sources use.
+/// Numbers below 0 come from the source, those above from the program's side.
 namespace SheetFailure {
 
 enum Number : qint32 {

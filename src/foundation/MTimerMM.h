@@ -11,11 +11,11 @@ namespace norvane {
 
 class CTimerMM;
 
-/// What a CTimerMM can't carry itself: the callback, the hidden window of each running timer, and
-/// the registry that leads from a window back to its timer.
+/// The shared part of the CTimerMM objects: the callback, the hidden window of each running timer,
+/// and the registry that finds the timer of a window.
 ///
-/// The one rule is that the callback, on the platform's thread, only sends a message. Everything
-/// else runs on the interface thread.
+/// The callback runs on the platform's thread and does nothing but send a message. Everything else
+/// runs on the interface thread.
 namespace MTimerMM {
 
 /// The message of one tick; its lParam is the hidden window's handle.
@@ -34,11 +34,10 @@ using Registry = QHash<QString, CObjData>;
 extern std::unique_ptr<Registry> mcolTimers;
 
 /// Makes a hidden window and registers it for `owner`, which lives as long as it is registered.
-/// @throws NumberedFailure 51 if there is no window to be had, or it has no procedure
+/// @throws NumberedFailure 51 if no window can be created, or it has no procedure
 WindowHandle fRegister(const std::shared_ptr<CTimerMM> &owner);
 
-/// Takes a window out of the registry and closes it. A step that fails doesn't keep the others from
-/// being taken.
+/// Takes a window out of the registry and closes it. If one step fails, the others are still done.
 void fUnregister(WindowHandle window) noexcept;
 
 /// Starts a timer that ticks into `window`.

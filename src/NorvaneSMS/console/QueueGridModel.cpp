@@ -12,7 +12,7 @@ namespace norvane {
 
 namespace {
 
-/// When a message is due. Invalid for a date that came in odd.
+/// When a message is due. Invalid for a date in an unknown form.
 QDateTime momentOf(const QueueRow &row)
 {
     // Date and time apart, as no rule of a zone applies to them.
@@ -76,7 +76,7 @@ QString QueueGridModel::cell(const QueueRow &row, int column, Extent extent) con
     case DeliveryDate: {
         const QDateTime moment = momentOf(row);
         if (!moment.isValid())
-            return row.deliveryDate; // a date that came in odd is shown as it came
+            return row.deliveryDate; // a date in an unknown form is shown as it is
         return extent == Extent::Whole ? EventTexts::wholeMoment(moment, m_locale)
                                        : EventTexts::sentMoment(moment, m_locale);
     }

@@ -23,7 +23,7 @@ public:
     /// Binds the grid to `records`; every row is a new one.
     void bind(QueueRecordSet records);
     const QueueRecordSet &records() const { return m_records; }
-    /// The record set was handed back: what was changed in it so far isn't carried again.
+    /// The record set was handed back: the changes so far aren't handed back again.
     void forgetChanges() { m_records.forgetChanges(); }
     /// Removes these rows of the model, in this order; each number is the one that it has now.
     void removeRows(const QList<int> &rows);

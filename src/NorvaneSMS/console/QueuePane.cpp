@@ -114,7 +114,7 @@ void QueuePane::deleteSelected()
 
 void QueuePane::deleteRows(const QList<int> &rows)
 {
-    // The row that may have to be kept is the first one, and so the last to be looked at.
+    // The row that may have to be kept is the first one, and so the last to be checked.
     if (!removeButInProgress(rows))
         warn(TextId::DeletionTooLate);
     const WaitPointer pointer;

@@ -26,7 +26,7 @@ public:
 
     void add(const Row &row);
     void setHeaders(const QStringList &headers);
-    /// What a screen reader says of the rows that the screen shows in red.
+    /// The word that screen readers add to the rows that are shown in red.
     void setFailedWord(const QString &word) { m_failedWord = word; }
 
     int rowCount(const QModelIndex &parent = {}) const override;

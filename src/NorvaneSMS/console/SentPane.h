@@ -21,7 +21,7 @@ public:
     SentPane(const ConsoleControls &controls, const QLocale &locale, Clock now);
 
     void setHeaders(const QStringList &headers);
-    /// What a screen reader says of a failed message.
+    /// The word that screen readers add to a failed message.
     void setFailedWord(const QString &word);
 
     /// @param queueCount messages that still wait
@@ -29,7 +29,7 @@ public:
     ///         then
     void addSent(const QString &phone, const QString &message, qint32 queueCount);
     void addFailed(const QString &phone, const QString &message);
-    /// The estimate counts from now on.
+    /// Restarts the interval that the estimate is based on.
     void noteEvent();
 
 private:

@@ -8,7 +8,7 @@ namespace norvane {
 
 class WindowHook;
 
-/// Gives the console's window the size of its mode, and keeps it within the limits of it.
+/// Gives the console's window the size of its mode, and keeps it within that mode's limits.
 class WindowSizer
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     /// Gives the window the size and the limits of the mode, and centres it.
     void setMode(bool serverMode);
-    /// From now on the operator's sizes are held to the limits.
+    /// Begins to keep the sizes that the operator gives within the limits.
     void watch();
     void unwatch();
 

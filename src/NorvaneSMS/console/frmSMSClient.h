@@ -35,7 +35,7 @@ public:
 
     /// Brings the console up: captions, mode, engine, size, state. To be called once, before the
     /// window is shown.
-    /// @throws NumberedFailure whatever goes wrong on the way
+    /// @throws NumberedFailure for any step that fails
     void Form_Load();
 
     /// Puts the stored mode and queue folder into effect.

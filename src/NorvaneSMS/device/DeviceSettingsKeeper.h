@@ -4,7 +4,7 @@
 
 namespace norvane {
 
-/// What the device dialog needs of the console: the way to the engine's device settings.
+/// What the device dialog needs from the console: access to the engine's device settings.
 class DeviceSettingsKeeper
 {
 public:

@@ -115,7 +115,7 @@ void frmDeviceConfig::FillLists()
 
 void frmDeviceConfig::LoadSettings()
 {
-    // Setting one of the two buttons runs its handler, which proposes or disables.
+    // A press of either button runs its handler, which proposes device settings or disables them.
     if (m_settings.serverMode())
         opServer_Click();
     else

@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int pollInterval = 10; // ms between two looks at the bus
+constexpr int pollInterval = 10; // ms between two checks of the bus
 
 [[noreturn]] void raiseCannotStart(const QString &reason)
 {

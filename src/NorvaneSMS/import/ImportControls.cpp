@@ -29,8 +29,8 @@ Control *made(QWidget *parent, const char *name)
     return control;
 }
 
-/// A drop-down list with a text of its own. Only a choice from the list is one: a text that is
-/// typed completes nothing and chooses nothing, whatever it says.
+/// A drop-down list with an editable text. Only picking an entry is a choice: typed text is never
+/// completed, and never selects an entry.
 QComboBox *madeDropDown(QWidget *parent, const char *name)
 {
     auto *const box = made<QComboBox>(parent, name);

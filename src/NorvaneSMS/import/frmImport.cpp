@@ -40,8 +40,8 @@ void showReadingFailure()
     showBox(QString::number(failure.number()) + u" - "_s + failure.description());
 }
 
-/// Whether the focus moved on within the program's windows, and wasn't taken for a while by a menu
-/// or another program.
+/// True if the focus moved to another control of the program, and not to a menu or to another
+/// program.
 bool isLeaving(Qt::FocusReason reason)
 {
     return reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason &&

@@ -27,7 +27,7 @@ public:
     void Form_Load();
 
     /// Shows the dialog until it is confirmed or closed.
-    /// @return whether it was confirmed, which doesn't mean that anything was read
+    /// @return whether it was confirmed; even then nothing may have been read
     bool ShowImport();
 
     /// What was read: a text for each recipient, in the file's order.

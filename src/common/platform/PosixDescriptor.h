@@ -31,7 +31,7 @@ private:
     int m_value;
 };
 
-/// Whether the system can be asked for `path` at all.
+/// Whether `path` has a form that can be passed to the system.
 inline bool isUsablePath(const QString &path)
 {
     return !path.isEmpty() && !path.contains(QChar::Null);

@@ -63,7 +63,7 @@ public:
         }
     }
 
-    /// @return false if the platform has no timer or thread to give
+    /// @return false if the platform provides no timer or thread
     bool start(qint32 delay, bool periodic)
     {
         itimerspec times = {};
@@ -94,7 +94,7 @@ private:
             quint64 ticks = 0;
             if (::read(m_timer, &ticks, sizeof ticks) != ssize_t{sizeof ticks})
                 continue;
-            // A thread that was kept from running owes all the ticks of that time.
+            // A thread that could not run for a while makes up for the ticks that it missed.
             for (; ticks > 0; --ticks)
                 m_callback(m_id, 0, static_cast<quintptr>(m_user), 0, 0);
         }

@@ -22,8 +22,8 @@ inline constexpr quint32 WM_CLOSE = 16;
 bool postWindowMessage(WindowHandle window, quint32 message, quint64 wParam,
                        qint64 lParam) noexcept;
 
-/// What a window does with a message of its own accord: on WM_CLOSE it ends, and its handle is free
-/// again; every other message it drops.
+/// The default handling of a message: WM_CLOSE ends the window and frees its handle; every other
+/// message is dropped.
 /// @return 0
 qint64 defaultWindowProc(WindowHandle window, quint32 message, quint64 wParam, qint64 lParam);
 

@@ -42,7 +42,7 @@ public:
     virtual qint32 clockMs() = 0;
 
     /// A new window that is never seen.
-    /// @param error  the platform's error where there is no window to be had
+    /// @param error  the platform's error if no window can be created
     /// @return 0 in that case
     virtual WindowHandle createWindow(int &error);
     /// @return null if the window has none

@@ -36,8 +36,8 @@ QString boxPictureFile(QStyle::StandardPixmap picture)
     }
 }
 
-/// What parts a field from the window: the toolkit darkens the window's colour, which on a dark one
-/// can't be seen.
+/// The line around a field: the toolkit darkens the window's colour, which can't be seen on a dark
+/// window.
 QColor outlineOf(const QStyleOption &option)
 {
     const QColor text = option.palette.color(QPalette::WindowText);

@@ -20,8 +20,8 @@ void report(const std::exception_ptr &failure);
 /// can wait is begun meanwhile.
 bool isShown();
 
-/// `handler` of `object` as a slot that lets no failure out into the toolkit, whose own code isn't
-/// made to be left that way: one that the handler doesn't catch is reported from here.
+/// `handler` of `object` as a slot that throws nothing into the toolkit, whose code isn't prepared
+/// for exceptions: a failure that the handler doesn't catch is reported here.
 template <typename Object, typename... Arguments>
 auto guarded(Object *object, void (Object::*handler)(Arguments...))
 {

@@ -2,9 +2,9 @@
 
 namespace norvane {
 
-/// Drops what key, mouse, wheel and touch have sent to the program's windows and is not handled
-/// yet: what an operator pressed while a call blocked the window, and who has seen nothing come of
-/// it. All other events that wait are handled.
+/// Drops the key, mouse, wheel and touch events of the program's windows that are not handled yet:
+/// an operator caused them while a call blocked the window and showed no reaction. All other events
+/// that wait are handled.
 void dropPendingInput();
 
 } // namespace norvane

@@ -135,7 +135,7 @@ void WindowPlace::arrange()
 
 void WindowPlace::followLater()
 {
-    // The toolkit is in the middle of dealing with what is followed.
+    // The toolkit is still handling the event that is followed here.
     QMetaObject::invokeMethod(this, &WindowPlace::follow, Qt::QueuedConnection);
 }
 

@@ -33,7 +33,7 @@ public:
     /// The frame that it has now, as far as that has been followed.
     QMargins presentFrame() const;
 
-    /// Whether the window is to keep the outer size that the program gave it.
+    /// True while the window keeps the outer size that the program gave it.
     bool keepsOuterSize() const { return m_outerSize.isValid(); }
     /// Gives the window an outer size, at once and with every other frame.
     void setOuterSize(QSize size);

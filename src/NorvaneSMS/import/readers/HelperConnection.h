@@ -13,8 +13,8 @@ class QProcess;
 
 namespace norvane {
 
-/// A spreadsheet that is read by a process of its own, under limits of memory and time: whatever a
-/// file does to the libraries that read it, the console gets an answer or a failure.
+/// A spreadsheet that is read by a separate process, under limits of memory and time: even if a
+/// file crashes or hangs the libraries that read it, the console gets an answer or a failure.
 class HelperConnection : public SpreadsheetConnection
 {
 public:
@@ -37,7 +37,7 @@ public:
 private:
     enum class Waiting {
         Blocked,
-        PaintingWindows, ///< what the operator does meanwhile is left for later
+        PaintingWindows, ///< what the operator does meanwhile is handled later
     };
     void start();
     SheetFrames::Answer ask(const SheetFrames::Question &question, Waiting waiting);

@@ -27,7 +27,7 @@ struct NumberedFiles::OpenFile
     qsizetype position = 0; ///< in the block
 
     /// Reads the next block once this one is used up.
-    /// @return whether there is a byte to be had
+    /// @return whether there is another byte
     bool fill()
     {
         if (position < block.size())
