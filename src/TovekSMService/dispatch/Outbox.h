@@ -53,7 +53,7 @@ public:
 
     /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
     /// not raised.
-    void setHasListeners(bool heard) { m_hasListeners = heard; }
+    void setHasListeners(bool hasListeners) { m_hasListeners = hasListeners; }
     /// Raises a warning where someone listens, and keeps it until it is acknowledged.
     void warn(qint32 code, const QString &text);
     /// @param others  messages that are still in the queue

@@ -111,7 +111,7 @@ void AtChannel::take(const AtToken &token)
 {
     m_trace.received(token, m_owed);
     if (isSynchronising() && token.kind != AtToken::Kind::Echo)
-        m_hasListeners = true;
+        m_hasOutput = true;
 
     switch (token.kind) {
     case AtToken::Kind::Echo:
@@ -229,7 +229,7 @@ void AtChannel::synchronise(int tries, Synchronised synchronised)
     Q_ASSERT(isIdle());
     m_synchronised = std::move(synchronised);
     m_triesLeft = tries;
-    m_hasListeners = false;
+    m_hasOutput = false;
     m_refused = false;
     m_reader.clear();
     startTry();
@@ -245,7 +245,7 @@ void AtChannel::startTry()
 {
     if (m_triesLeft-- <= 0) {
         const bool heard =
-            m_hasListeners || m_reader.noise() > 0 || !m_reader.unfinishedLine().isEmpty();
+            m_hasOutput || m_reader.noise() > 0 || !m_reader.unfinishedLine().isEmpty();
         if (m_refused)
             endSync(SyncOutcome::Refused);
         else

@@ -143,7 +143,7 @@ private:
     int m_promptsLeft = 0;
     /// Final results that are still to come, of commands that were not waited for to the end.
     int m_owed = 0;
-    bool m_hasListeners = false;
+    bool m_hasOutput = false;
     bool m_refused = false;
     bool m_echoProbed = false; ///< in the present try
 };
