@@ -95,7 +95,7 @@ QList<Expected> addRows(FuzzInput &input)
             list.append({takeBusText(input, 40), takeBusText(input, 3000)});
             expected.append({date, list.last().phone, list.last().message});
         }
-        store().add(list, date);
+        store().queue().add(list, date);
     }
     sort(expected);
     return expected;
@@ -106,7 +106,7 @@ BusQueueRows pagedRows(FuzzInput &input)
 {
     QueueSnapshots snapshots;
     const QString caller = u":1.7"_s;
-    const quint64 snapshot = snapshots.begin(caller, store().rows());
+    const quint64 snapshot = snapshots.begin(caller, store().queue().rows());
     const quint32 wild = static_cast<quint32>(input.takeNumber(65536)) << 16;
     expectThat(snapshots.page(caller, snapshot + 1, wild).snapshot == 0,
                "a snapshot that isn't there is told so");
@@ -117,7 +117,7 @@ BusQueueRows pagedRows(FuzzInput &input)
 
 void checkRows(const BusQueueRows &rows, const QList<Expected> &expected)
 {
-    expectThat(store().size() == expected.size(), "the queue's size is told rightly");
+    expectThat(store().queue().size() == expected.size(), "the queue's size is told rightly");
     expectThat(rows.size() == expected.size(), "every message is there");
     for (qsizetype i = 0; i < rows.size(); ++i) {
         expectThat(rows.at(i).deliveryDate == asStored(expected.at(i).deliveryDate),
@@ -125,7 +125,7 @@ void checkRows(const BusQueueRows &rows, const QList<Expected> &expected)
         expectThat(rows.at(i).phone == asStored(expected.at(i).phone), "a phone stays");
         expectThat(rows.at(i).message == asStored(expected.at(i).message), "a message stays");
     }
-    const std::optional<StoredMessage> first = store().first();
+    const std::optional<StoredMessage> first = store().queue().first();
     expectThat(first.has_value() == !rows.isEmpty(), "the first message is there");
     if (!first)
         return;
@@ -153,13 +153,14 @@ void changeRows(FuzzInput &input, BusQueueRows rows, QList<Expected> expected)
                 {takeBusText(input, 20), expected[i].phone, expected[i].message, rows.at(i).id});
         }
     }
-    expectThat(store().update(changed, deleted), "changes of waiting messages are in time");
-    checkRows(store().rows(), expected);
+    expectThat(store().queue().update(changed, deleted), "changes of waiting messages are in time");
+    checkRows(store().queue().rows(), expected);
 
     const qint64 nobody = -1 - input.takeNumber(65536);
-    expectThat(!store().update({{{}, {}, {}, nobody}}, {}), "a change of nothing is too late");
-    store().update({}, {nobody, nobody});
-    checkRows(store().rows(), expected);
+    expectThat(!store().queue().update({{{}, {}, {}, nobody}}, {}),
+               "a change of nothing is too late");
+    store().queue().update({}, {nobody, nobody});
+    checkRows(store().queue().rows(), expected);
 }
 
 void keepSettings(FuzzInput &input)
@@ -170,8 +171,8 @@ void keepSettings(FuzzInput &input)
     settings.ConnectionMode = input.takeNumber(65536) - 32768;
     settings.Protocol = -input.takeNumber(256);
     settings.Parameter = takeBusText(input, 200);
-    store().setDeviceSettings(settings);
-    const DeviceSettings kept = store().deviceSettings();
+    store().settings().setDeviceSettings(settings);
+    const DeviceSettings kept = store().settings().deviceSettings();
     expectThat(
         kept.DeviceType == settings.DeviceType && kept.PINCode == asStored(settings.PINCode) &&
             kept.ConnectionMode == settings.ConnectionMode && kept.Protocol == settings.Protocol &&
@@ -190,8 +191,8 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     checkRows(rows, expected);
     changeRows(input, rows, expected);
     keepSettings(input);
-    store().clear();
-    checkRows(store().rows(), {});
+    store().queue().clear();
+    checkRows(store().queue().rows(), {});
     return 0;
 }
 

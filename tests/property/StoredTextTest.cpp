@@ -38,9 +38,9 @@ TEST(StoredText, everythingThatTheBusBringsIsGivenBackAsItCame)
     for (int round = 0; round < 500; ++round)
         entries.append({overTheBus(randomText(random, 40)),
                         overTheBus(randomText(random, round % 20 == 0 ? 5000 : 300))});
-    store.add(entries, date);
+    store.queue().add(entries, date);
 
-    const QList<QueueRow> rows = store.rows();
+    const QList<QueueRow> rows = store.queue().rows();
     ASSERT_EQ(rows.size(), entries.size());
     for (qsizetype i = 0; i < rows.size(); ++i) {
         ASSERT_EQ(rows.at(i).phone, asStored(entries.at(i).phone)) << i;
@@ -57,9 +57,9 @@ TEST(StoredText, aByteOrderMarkAtTheFrontChangesNothingBehindIt)
     for (const QString &mark : {QString(QChar(0xFEFF)), QString(QChar(0xFFFE))})
         texts += {mark, mark + u"text"_s, mark + mark, u"text"_s + mark};
     for (const QString &text : std::as_const(texts))
-        store.add({{text, text}}, text);
+        store.queue().add({{text, text}}, text);
 
-    QList<QueueRow> rows = store.rows();
+    QList<QueueRow> rows = store.queue().rows();
     ASSERT_EQ(rows.size(), texts.size());
     for (qsizetype i = 0; i < rows.size(); ++i) {
         EXPECT_EQ(rows.at(i).phone, asStored(texts.at(i))) << i;
@@ -67,9 +67,10 @@ TEST(StoredText, aByteOrderMarkAtTheFrontChangesNothingBehindIt)
         EXPECT_EQ(rows.at(i).deliveryDate, asStored(texts.at(i))) << i;
         rows[i].message = texts.at(texts.size() - 1 - i);
     }
-    EXPECT_TRUE(store.update(rows, {}));
+    EXPECT_TRUE(store.queue().update(rows, {}));
     for (qsizetype i = 0; i < rows.size(); ++i)
-        EXPECT_EQ(store.rows().at(i).message, asStored(texts.at(texts.size() - 1 - i))) << i;
+        EXPECT_EQ(store.queue().rows().at(i).message, asStored(texts.at(texts.size() - 1 - i)))
+            << i;
 }
 
 TEST(StoredText, aHalfOfAPairDoesNotSwallowWhatFollows)

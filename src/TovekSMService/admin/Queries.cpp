@@ -146,14 +146,16 @@ int carryOutInStore(const CommandLine &commandLine)
     try {
         Store store(EngineFolder::storeFile(folder));
         if (commandLine.device || commandLine.pin)
-            store.setDeviceSettings(changed(store.deviceSettings(), commandLine));
+            store.settings().setDeviceSettings(
+                changed(store.settings().deviceSettings(), commandLine));
         if (commandLine.json)
             return printReport(StatusReport::ofNone(EngineState::ofStore(store)));
         if (commandLine.status)
-            printState(store.isToRun() ? u"not up, to run when it is"_s : u"not up, stopped"_s,
-                       store.size(), store.deviceSettings());
+            printState(store.settings().isToRun() ? u"not up, to run when it is"_s
+                                                  : u"not up, stopped"_s,
+                       store.queue().size(), store.settings().deviceSettings());
         if (commandLine.queue)
-            printQueue(store.rows());
+            printQueue(store.queue().rows());
         return ExitCode::done;
     } catch (const StoreFailure &failure) {
         return failInStore(commandLine, failure.text());

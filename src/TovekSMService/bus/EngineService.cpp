@@ -39,7 +39,7 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
     connect(&m_callers, &QDBusServiceWatcher::serviceUnregistered, this,
             &EngineService::listenerLeft);
     connect(&m_pacer, &QueueChangePacer::report, this,
-            [this] { Q_EMIT SMSQueueChanged(m_store.size()); });
+            [this] { Q_EMIT SMSQueueChanged(m_store.queue().size()); });
 
     connect(&dispatcher, &Dispatcher::deviceInfo, this,
             [this](const DeviceDetails &details) { reportDevice(QString(), details); });
@@ -93,7 +93,7 @@ void EngineService::AddSMS(const QString &phone, const QString &message,
 void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDate)
 {
     carryOut([this, list, deliveryDate] {
-        m_store.add(list, deliveryDate);
+        m_store.queue().add(list, deliveryDate);
         if (!list.isEmpty())
             m_dispatcher.noticeQueueChange();
         return QVariantList();
@@ -111,29 +111,29 @@ uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messag
             if (!deadline.hasExpired())
                 throw;
         }
-        return QVariantList{static_cast<uint>(StoredBatches(m_store).stored(batch))};
+        return QVariantList{static_cast<uint>(StoredBatches(m_store.queue()).stored(batch))};
     });
     return {}; // not sent
 }
 
 void EngineService::addBatch(const QString &batch, const BusQueueRows &messages)
 {
-    const auto notice = qScopeGuard([this, before = m_store.size()] {
-        if (m_store.size() != before) // also where the disk took a part of them
+    const auto notice = qScopeGuard([this, before = m_store.queue().size()] {
+        if (m_store.queue().size() != before) // also where the disk took a part of them
             m_dispatcher.noticeQueueChange();
     });
-    StoredBatches(m_store).add(batch, messages);
+    StoredBatches(m_store.queue()).add(batch, messages);
 }
 
 int EngineService::GetQueueSize() const
 {
-    return m_store.size();
+    return m_store.queue().size();
 }
 
 void EngineService::ClearQueue()
 {
     carryOut([this] {
-        m_store.clear();
+        m_store.queue().clear();
         m_dispatcher.noticeQueueChange();
         return QVariantList();
     });
@@ -143,7 +143,7 @@ QVariantList EngineService::queuePage(const QString &caller, quint64 snapshot, q
 {
     QueueSnapshots::Page page = m_snapshots.page(caller, snapshot, first);
     if (page.snapshot == 0)
-        page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.rows()), 0);
+        page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.queue().rows()), 0);
     if (page.isLast)
         m_pacer.listenerFetched(caller);
     return {QVariant(page.snapshot), QVariant(page.total), QVariant::fromValue(page.rows)};
@@ -160,12 +160,12 @@ qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint & /*tot
 
 QVariantList EngineService::queueChanges(const QString &caller, quint64 revision)
 {
-    const quint64 now = m_store.journal().revision();
-    const auto ids = m_store.journal().since(revision);
+    const quint64 now = m_store.queue().journal().revision();
+    const auto ids = m_store.queue().journal().since(revision);
     if (!ids)
         return {QVariant(now), true, QVariant::fromValue(BusQueueRows()),
                 QVariant::fromValue(QList<qlonglong>())};
-    const BusQueueRows present = m_store.rows(*ids);
+    const BusQueueRows present = m_store.queue().rows(*ids);
     QSet<qint64> gone(ids->cbegin(), ids->cend());
     for (const QueueRow &row : present)
         gone.remove(row.id);
@@ -185,7 +185,7 @@ qulonglong EngineService::GetQueueChanges(qulonglong revision, bool & /*whole*/,
 void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
 {
     carryOut([this, changed, deleted] {
-        const bool inTime = m_store.update(changed, deleted);
+        const bool inTime = m_store.queue().update(changed, deleted);
         m_dispatcher.noticeQueueChange();
         if (!inTime)
             m_dispatcher.warnTooLate();
@@ -203,7 +203,8 @@ void EngineService::ApplySettings()
 
 DeviceSettings EngineService::GetDeviceSettings()
 {
-    carryOut([this] { return QVariantList{QVariant::fromValue(m_store.deviceSettings())}; });
+    carryOut(
+        [this] { return QVariantList{QVariant::fromValue(m_store.settings().deviceSettings())}; });
     return {}; // not sent
 }
 
@@ -211,7 +212,7 @@ bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
 {
     carryOut(
         [this, settings] {
-            m_store.setDeviceSettings(settings);
+            m_store.settings().setDeviceSettings(settings);
             return QVariantList{true};
         },
         QVariantList{false});
@@ -227,7 +228,7 @@ void EngineService::ReportState()
     m_dispatcher.setHasListeners(true);
 
     reportTo(listener, u"EngineStatus"_s, {m_dispatcher.status()});
-    reportTo(listener, u"SMSQueueChanged"_s, {m_store.size()});
+    reportTo(listener, u"SMSQueueChanged"_s, {m_store.queue().size()});
     if (const auto &details = m_dispatcher.knownDevice())
         reportDevice(listener, *details);
     reportFailures(listener);
@@ -255,7 +256,7 @@ QVariantMap EngineService::GetState() const
 void EngineService::reportFailures(const QString &listener)
 {
     try {
-        for (const Outcome &outcome : m_store.unreportedFailures()) {
+        for (const Outcome &outcome : m_store.outcomes().unreportedFailures()) {
             if (m_dispatcher.acknowledgedOutcomes().contains(outcome.id) ||
                 m_acknowledgements.isPending(listener, outcome.id))
                 continue;

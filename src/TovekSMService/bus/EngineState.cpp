@@ -33,10 +33,10 @@ void addDevice(QVariantMap &state, const DeviceDetails &device)
 
 void addStore(QVariantMap &state, const Store &store)
 {
-    state.insert(u"queue"_s, store.size());
-    addText(state, "oldestDue", store.firstDue().value_or(QString()));
-    addText(state, "parameter", store.deviceSettings().Parameter);
-    if (const std::optional<LastFailure> failure = store.lastFailure()) {
+    state.insert(u"queue"_s, store.queue().size());
+    addText(state, "oldestDue", store.queue().firstDue().value_or(QString()));
+    addText(state, "parameter", store.settings().deviceSettings().Parameter);
+    if (const std::optional<LastFailure> failure = store.outcomes().lastFailure()) {
         state.insert(u"failureCode"_s, failure->code);
         addText(state, "failureAt", failure->at);
     }
@@ -44,12 +44,12 @@ void addStore(QVariantMap &state, const Store &store)
 
 QStringList storeFault(const Store &store)
 {
-    switch (store.access()) {
-    case Store::Access::None:
+    switch (store.database().access()) {
+    case StoreDatabase::Access::None:
         return {u"the store is not open"_s};
-    case Store::Access::Reading:
+    case StoreDatabase::Access::Reading:
         return {u"the store can't be written"_s};
-    case Store::Access::Whole:
+    case StoreDatabase::Access::Whole:
         break;
     }
     return {};
@@ -90,7 +90,7 @@ QVariantMap EngineState::ofStore(const Store &store)
 {
     QVariantMap state;
     addStore(state, store);
-    state.insert(u"status"_s, store.isToRun() ? 1 : 0);
+    state.insert(u"status"_s, store.settings().isToRun() ? 1 : 0);
     return state;
 }
 

@@ -1,13 +1,14 @@
 #include "TovekSMService/dispatch/AcknowledgedOutcomes.h"
 
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/Outcomes.h"
+#include "TovekSMService/store/StoreFailure.h"
 
 namespace norvane {
 
-AcknowledgedOutcomes::AcknowledgedOutcomes(Store &store, int retryMs, TimeSource &time,
+AcknowledgedOutcomes::AcknowledgedOutcomes(Outcomes &outcomes, int retryMs, TimeSource &time,
                                            QObject *parent)
-    : QObject(parent), m_store(store), m_retryMs(retryMs), m_timer(time)
+    : QObject(parent), m_outcomes(outcomes), m_retryMs(retryMs), m_timer(time)
 {
     connect(&m_timer, &Timer::timeout, this, &AcknowledgedOutcomes::note);
 }
@@ -22,7 +23,7 @@ void AcknowledgedOutcomes::add(qint64 outcome)
 void AcknowledgedOutcomes::note()
 {
     try {
-        m_store.markReported(m_unnoted.values());
+        m_outcomes.markReported(m_unnoted.values());
         m_unnoted.clear();
     } catch (const StoreFailure &failure) {
         qCWarning(logDispatch) << "what was handled could not be noted:" << failure.text();

@@ -8,7 +8,7 @@
 
 namespace norvane {
 
-class Store;
+class Outcomes;
 
 /// Failures that a console has handled. That is noted in the store afterwards: an engine that ends
 /// in between tells them once more, where the other order could leave them untold for ever.
@@ -17,9 +17,9 @@ class AcknowledgedOutcomes : public QObject
     Q_OBJECT
 
 public:
-    /// @param store, time  must outlive this object
+    /// @param outcomes, time  must outlive this object
     /// @param retryMs      between two tries to note it
-    AcknowledgedOutcomes(Store &store, int retryMs, TimeSource &time = TimeSource::system(),
+    AcknowledgedOutcomes(Outcomes &outcomes, int retryMs, TimeSource &time = TimeSource::system(),
                          QObject *parent = nullptr);
 
     void add(qint64 outcome);
@@ -29,7 +29,7 @@ public:
 private:
     void note();
 
-    Store &m_store;
+    Outcomes &m_outcomes;
     const int m_retryMs;
     QSet<qint64> m_unnoted;
     Timer m_timer;

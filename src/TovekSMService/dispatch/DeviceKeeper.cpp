@@ -5,7 +5,8 @@
 #include "TovekSMService/dispatch/Outbox.h"
 #include "TovekSMService/dispatch/RunState.h"
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/EngineSettingsStore.h"
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/ErrorCodes.h"
 
@@ -35,11 +36,11 @@ std::optional<ModemFailure> faultOf(const DeviceSettings &settings)
 
 } // namespace
 
-DeviceKeeper::DeviceKeeper(Store &store, Modem &modem, const Clock &clock, Outbox &outbox,
-                           const RunState &state, const RetryPolicy &retries,
+DeviceKeeper::DeviceKeeper(EngineSettingsStore &settingsStore, Modem &modem, const Clock &clock,
+                           Outbox &outbox, const RunState &state, const RetryPolicy &retries,
                            const DispatcherTimings &timings, const EngineSettings &settings)
-    : m_store(store), m_modem(modem), m_outbox(outbox), m_state(state),
-      m_refreshMs(timings.conditionMs), m_resetLimit(store, clock, settings.resetInterval),
+    : m_settings(settingsStore), m_modem(modem), m_outbox(outbox), m_state(state),
+      m_refreshMs(timings.conditionMs), m_resetLimit(settingsStore, clock, settings.resetInterval),
       m_breaker(outbox, retries, timings, settings.breakerFailures, clock.time()),
       m_tests(m_breaker, timings, clock.time()), m_refresh(clock.time())
 {
@@ -140,7 +141,7 @@ void DeviceKeeper::open()
 {
     try {
         if (!m_inForce)
-            m_inForce = m_store.deviceSettings();
+            m_inForce = m_settings.deviceSettings();
         const DeviceSettings settings = *m_inForce;
         m_parameter = settings.Parameter;
         if (const std::optional<ModemFailure> fault = faultOf(settings))
@@ -165,7 +166,7 @@ Modem::OpenMode DeviceKeeper::openMode() const
 QString DeviceKeeper::knownImei() const
 {
     try {
-        return m_store.deviceImei(m_parameter);
+        return m_settings.deviceImei(m_parameter);
     } catch (const StoreFailure &) {
         return {};
     }
@@ -221,8 +222,8 @@ void DeviceKeeper::onTested(bool ok, int code, const DeviceDetails &details, con
 void DeviceKeeper::rememberDevice(const DeviceDetails &details)
 {
     try {
-        if (!details.imei.isEmpty() && m_store.deviceImei(m_parameter) != details.imei)
-            m_store.setDeviceImei(m_parameter, details.imei);
+        if (!details.imei.isEmpty() && m_settings.deviceImei(m_parameter) != details.imei)
+            m_settings.setDeviceImei(m_parameter, details.imei);
     } catch (const StoreFailure &failure) {
         qCWarning(logDispatch) << "the device could not be noted:" << failure.text();
     }

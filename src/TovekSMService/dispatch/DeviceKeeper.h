@@ -15,7 +15,7 @@ namespace norvane {
 
 class Clock;
 class Outbox;
-class Store;
+class EngineSettingsStore;
 struct DispatcherTimings;
 struct EngineSettings;
 struct RunState;
@@ -30,9 +30,9 @@ public:
     using Warning = DeviceBreaker::Warning;
     enum class Reopening { IfChanged, Always };
 
-    /// @param store, modem, clock, outbox, state  must outlive this object
-    DeviceKeeper(Store &store, Modem &modem, const Clock &clock, Outbox &outbox,
-                 const RunState &state, const RetryPolicy &retries,
+    /// @param settingsStore, modem, clock, outbox, state  must outlive this object
+    DeviceKeeper(EngineSettingsStore &settingsStore, Modem &modem, const Clock &clock,
+                 Outbox &outbox, const RunState &state, const RetryPolicy &retries,
                  const DispatcherTimings &timings, const EngineSettings &settings);
 
     /// Takes over from the store when the device was reset last.
@@ -99,7 +99,7 @@ private:
     void noteDetails(const DeviceDetails &details);
     void rememberDevice(const DeviceDetails &details);
 
-    Store &m_store;
+    EngineSettingsStore &m_settings;
     Modem &m_modem;
     Outbox &m_outbox;
     const RunState &m_state;

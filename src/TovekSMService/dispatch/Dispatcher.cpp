@@ -13,11 +13,13 @@ using namespace Qt::StringLiterals;
 Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const RetryPolicy &retries,
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        PartEncoder::Encode encode, QObject *parent)
-    : QObject(parent), m_store(store), m_outbox(store, timings, clock.time()),
-      m_device(store, modem, clock, m_outbox, m_state, retries, timings, settings),
+    : QObject(parent), m_store(store),
+      m_outbox(store.database(), store.outcomes(), timings, clock.time()),
+      m_device(store.settings(), modem, clock, m_outbox, m_state, retries, timings, settings),
       m_scheduler(store, clock, settings, std::move(encode)),
-      m_sender(store, modem, clock, m_outbox, m_device, m_scheduler, m_state, retries, timings),
-      m_pruner(store, clock, settings.keepDays, timings.pruning)
+      m_sender(store.queue(), modem, clock, m_outbox, m_device, m_scheduler, m_state, retries,
+               timings),
+      m_pruner(store.outcomes(), clock, settings.keepDays, timings.pruning)
 {
     connect(&m_sender, &Sender::wake, this, &Dispatcher::work);
 
@@ -47,7 +49,7 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
 
 void Dispatcher::resume()
 {
-    const bool run = m_store.isToRun();
+    const bool run = m_store.settings().isToRun();
     m_device.recallReset();
     m_state.running = run;
     if (run) {
@@ -62,12 +64,12 @@ void Dispatcher::resume()
 
 void Dispatcher::start()
 {
-    const DeviceSettings settings = m_store.deviceSettings();
+    const DeviceSettings settings = m_store.settings().deviceSettings();
     if (m_state.running && m_device.isInForce(settings))
         return;
-    m_store.together([this] {
-        m_store.setToRun(true);
-        m_store.holdPartlySent();
+    m_store.database().together([this] {
+        m_store.settings().setToRun(true);
+        m_store.queue().holdPartlySent();
     });
     m_device.putInForce(settings, DeviceKeeper::Reopening::IfChanged);
     m_state.running = true;
@@ -79,7 +81,7 @@ void Dispatcher::stop()
 {
     if (!m_state.running)
         return;
-    m_store.setToRun(false);
+    m_store.settings().setToRun(false);
     m_state.running = false;
     m_sender.requestRelease();
     m_device.releaseTested();
@@ -89,7 +91,7 @@ void Dispatcher::stop()
 
 void Dispatcher::applySettings()
 {
-    m_device.putInForce(m_store.deviceSettings(), DeviceKeeper::Reopening::Always);
+    m_device.putInForce(m_store.settings().deviceSettings(), DeviceKeeper::Reopening::Always);
     work();
 }
 

@@ -2,7 +2,8 @@
 
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/MessageQueue.h"
+#include "TovekSMService/store/StoreDatabase.h"
 #include "contract/ErrorCodes.h"
 
 namespace norvane {
@@ -22,10 +23,11 @@ Outbox::Entry Outbox::Entry::then(const Entry &next) const
     return {inTurn(write, next.write), inTurn(report, next.report)};
 }
 
-Outbox::Outbox(Store &store, const DispatcherTimings &timings, TimeSource &time)
-    : m_store(store), m_retryMs(timings.storeAgainMs), m_retry(time),
-      m_acknowledgedOutcomes(store, timings.storeAgainMs, time),
-      m_storeMonitor(store, timings, time)
+Outbox::Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimings &timings,
+               TimeSource &time)
+    : m_database(database), m_retryMs(timings.storeAgainMs), m_retry(time),
+      m_acknowledgedOutcomes(outcomes, timings.storeAgainMs, time),
+      m_storeMonitor(database, timings, time)
 {
     connect(&m_retry, &Timer::timeout, this, [this] { flush({}); });
     connect(&m_storeMonitor, &StoreMonitor::warning, this,
@@ -43,7 +45,7 @@ void Outbox::flush(const FollowUp &next)
     const Entry entry = *m_pending;
     bool isFollowed = false;
     try {
-        m_store.together([&] {
+        m_database.together([&] {
             entry.write();
             isFollowed = next.begin && next.begin();
         });

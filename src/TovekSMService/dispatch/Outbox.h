@@ -13,7 +13,8 @@
 namespace norvane {
 
 struct DispatcherTimings;
-class Store;
+class Outcomes;
+class StoreDatabase;
 struct StoredMessage;
 
 /// Decides how an outcome reaches the store and the world: it is committed, and retried until it
@@ -42,8 +43,9 @@ public:
         std::function<void()> start; ///< runs behind the commit, before the reports
     };
 
-    /// @param store, time  must outlive this object
-    Outbox(Store &store, const DispatcherTimings &timings, TimeSource &time);
+    /// @param database, outcomes, time  must outlive this object
+    Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimings &timings,
+           TimeSource &time);
 
     /// Commits the entry behind what waits for the store already. Where the store fails, both are
     /// retried, and nothing follows in their commit.
@@ -91,7 +93,7 @@ Q_SIGNALS:
 private:
     void flush(const FollowUp &next);
 
-    Store &m_store;
+    StoreDatabase &m_database;
     const int m_retryMs;
     bool m_hasListeners = false;
     std::optional<Entry> m_pending; ///< not on disk yet

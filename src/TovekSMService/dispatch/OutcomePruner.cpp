@@ -1,7 +1,8 @@
 #include "TovekSMService/dispatch/OutcomePruner.h"
 
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/Outcomes.h"
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Clock.h"
 
 namespace norvane {
@@ -12,8 +13,8 @@ constexpr qint64 secondsOfDay = 24 * 60 * 60;
 
 } // namespace
 
-OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace)
-    : m_store(store), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
+OutcomePruner::OutcomePruner(Outcomes &outcomes, const Clock &clock, int keepDays, const Pace &pace)
+    : m_outcomes(outcomes), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
       m_timer(clock.time())
 {
     connect(&m_timer, &Timer::timeout, this, &OutcomePruner::step);
@@ -24,7 +25,7 @@ void OutcomePruner::step()
 {
     int forgotten = 0;
     try {
-        forgotten = m_store.pruneOutcomes(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
+        forgotten = m_outcomes.prune(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
     } catch (const StoreFailure &failure) {
         qCWarning(logDispatch).noquote() << "old outcomes stay for now:" << failure.text();
     }

@@ -7,7 +7,7 @@
 namespace norvane {
 
 class Clock;
-class Store;
+class Outcomes;
 
 /// Forgets outcomes that are older than they are to be kept, a few at a time, so that nothing else
 /// waits for it.
@@ -23,13 +23,13 @@ public:
         int restMs = 3'600'000; ///< until it looks again
     };
 
-    /// @param store, clock  must outlive this object
-    OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace);
+    /// @param outcomes, clock  must outlive this object
+    OutcomePruner(Outcomes &outcomes, const Clock &clock, int keepDays, const Pace &pace);
 
 private:
     void step();
 
-    Store &m_store;
+    Outcomes &m_outcomes;
     const Clock &m_clock;
     const qint64 m_keepSeconds;
     const Pace m_pace;

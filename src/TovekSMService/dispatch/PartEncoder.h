@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TovekSMService/modem/codec/SubmitPdu.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/MessageQueue.h"
 
 #include <functional>
 #include <optional>

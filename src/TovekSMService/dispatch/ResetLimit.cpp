@@ -1,7 +1,8 @@
 #include "TovekSMService/dispatch/ResetLimit.h"
 
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/EngineSettingsStore.h"
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Clock.h"
 
 namespace norvane {
@@ -15,15 +16,15 @@ constexpr qint64 millisecondsOf(qint64 seconds)
 
 } // namespace
 
-ResetLimit::ResetLimit(Store &store, const Clock &clock, int intervalSeconds)
-    : m_store(store), m_clock(clock), m_interval(intervalSeconds), m_next(clock.time())
+ResetLimit::ResetLimit(EngineSettingsStore &settings, const Clock &clock, int intervalSeconds)
+    : m_settings(settings), m_clock(clock), m_interval(intervalSeconds), m_next(clock.time())
 {}
 
 void ResetLimit::noteReset()
 {
     m_next.setRemainingTime(millisecondsOf(m_interval));
     try {
-        m_store.setLastReset(m_clock.wallClockText());
+        m_settings.setLastReset(m_clock.wallClockText());
     } catch (const StoreFailure &failure) {
         qCWarning(logDispatch) << "the reset of the device could not be noted:" << failure.text();
     }
@@ -31,7 +32,7 @@ void ResetLimit::noteReset()
 
 void ResetLimit::recall()
 {
-    const QDateTime last = momentOf(m_store.lastReset());
+    const QDateTime last = momentOf(m_settings.lastReset());
     const qint64 passed = last.secsTo(m_clock.wallClock());
     if (last.isValid() && passed >= 0 && passed < m_interval)
         m_next.setRemainingTime(millisecondsOf(m_interval - passed));

@@ -5,7 +5,7 @@
 namespace norvane {
 
 class Clock;
-class Store;
+class EngineSettingsStore;
 
 /// Decides whether the last reset of the device's functionality is long enough ago for another one.
 /// The store keeps when that was: an engine that is started again and again resets the device no
@@ -13,9 +13,9 @@ class Store;
 class ResetLimit
 {
 public:
-    /// @param store, clock     must outlive this object
+    /// @param settings, clock     must outlive this object
     /// @param intervalSeconds  between two resets at least
-    ResetLimit(Store &store, const Clock &clock, int intervalSeconds);
+    ResetLimit(EngineSettingsStore &settings, const Clock &clock, int intervalSeconds);
 
     bool allowsReset() const { return m_next.hasExpired(); }
     /// The device was reset now.
@@ -25,7 +25,7 @@ public:
     void recall();
 
 private:
-    Store &m_store;
+    EngineSettingsStore &m_settings;
     const Clock &m_clock;
     const int m_interval; ///< s
     Deadline m_next;

@@ -42,7 +42,7 @@ bool Scheduler::limitsAllowPart() const
 {
     if (!isLimited())
         return true;
-    const PartCounts counts = m_store.partCounts(m_clock.wallClockText());
+    const PartCounts counts = m_store.parts().counts(m_clock.wallClockText());
     return (m_settings.partsPerMinute == 0 || counts.inMinute < m_settings.partsPerMinute) &&
            (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
 }
@@ -63,13 +63,20 @@ std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &mes
 
 QList<LeavingMessage> Scheduler::beginRun(LeavingMessage first, int maxLength)
 {
+    QList<LeavingMessage> run;
+    m_store.database().together([&] { run = begin(std::move(first), maxLength); });
+    return run;
+}
+
+QList<LeavingMessage> Scheduler::begin(LeavingMessage first, int maxLength)
+{
     begin(first);
     QList<LeavingMessage> run = {first};
     // Parts that are counted, or that others follow, begin one at a time.
     if (isLimited() || first.parts.size() > 1 || maxLength == 1)
         return run;
     const QString now = m_clock.wallClockText();
-    for (const StoredMessage &message : m_store.first(maxLength - 1)) {
+    for (const StoredMessage &message : m_store.queue().first(maxLength - 1)) {
         auto result = encoded(message);
         auto *const next = std::get_if<LeavingMessage>(&result);
         if (!isDue(message, now) || next == nullptr || next->parts.size() > 1)
@@ -84,21 +91,22 @@ void Scheduler::begin(LeavingMessage &leaving)
 {
     StoredMessage &message = leaving.message;
     if (leaving.parts.size() > 1 && !message.reference) {
-        message.reference = m_store.nextReference();
+        message.reference = m_store.settings().nextReference();
         setReference(leaving.parts, *message.reference);
     }
-    m_store.beginPart(message.id, message.reference,
-                      QCryptographicHash::hash(leaving.part().hex, QCryptographicHash::Sha256));
+    m_store.queue().beginPart(
+        message.id, message.reference,
+        QCryptographicHash::hash(leaving.part().hex, QCryptographicHash::Sha256));
     if (isLimited()) {
         leaving.begunAt = m_clock.wallClockText();
-        m_store.countPart(leaving.begunAt);
+        m_store.parts().count(leaving.begunAt);
     }
 }
 
 void Scheduler::uncountPart(const QString &begunAt)
 {
     if (isLimited())
-        m_store.uncountPart(begunAt);
+        m_store.parts().uncount(begunAt);
 }
 
 } // namespace norvane

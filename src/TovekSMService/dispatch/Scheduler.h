@@ -33,7 +33,7 @@ public:
     std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
 
     /// What leaves next: the first message, and behind it those that are due and of one part. They
-    /// are noted as leaving.
+    /// are noted as leaving, all or none of them.
     /// @param maxLength  of the run, in messages
     QList<LeavingMessage> beginRun(LeavingMessage first, int maxLength);
     /// The part that was counted at that moment did not leave.
@@ -45,6 +45,7 @@ public:
 private:
     static bool isDue(const StoredMessage &message, const QString &at);
     bool isLimited() const;
+    QList<LeavingMessage> begin(LeavingMessage first, int maxLength);
     void begin(LeavingMessage &leaving);
 
     Store &m_store;

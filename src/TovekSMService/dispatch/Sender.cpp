@@ -5,7 +5,7 @@
 #include "TovekSMService/dispatch/RunState.h"
 #include "TovekSMService/dispatch/Scheduler.h"
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/MessageQueue.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/ErrorCodes.h"
 
@@ -15,10 +15,10 @@
 
 namespace norvane {
 
-Sender::Sender(Store &store, Modem &modem, const Clock &clock, Outbox &outbox, DeviceKeeper &device,
-               Scheduler &scheduler, const RunState &state, const RetryPolicy &retries,
-               const DispatcherTimings &timings)
-    : m_store(store), m_modem(modem), m_clock(clock), m_outbox(outbox), m_device(device),
+Sender::Sender(MessageQueue &queue, Modem &modem, const Clock &clock, Outbox &outbox,
+               DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
+               const RetryPolicy &retries, const DispatcherTimings &timings)
+    : m_queue(queue), m_modem(modem), m_clock(clock), m_outbox(outbox), m_device(device),
       m_scheduler(scheduler), m_state(state), m_retries(retries),
       m_storeRetryMs(timings.storeAgainMs), m_maxSleepMs(timings.maxSleepMs),
       m_run(timings, clock.time()), m_wake(clock.time())
@@ -32,7 +32,7 @@ Sender::Sender(Store &store, Modem &modem, const Clock &clock, Outbox &outbox, D
 void Sender::sendFirst()
 {
     try {
-        const std::optional<StoredMessage> message = m_store.first();
+        const std::optional<StoredMessage> message = m_queue.first();
         if (!message)
             return;
         if (!m_scheduler.isDue(*message)) {
@@ -45,11 +45,7 @@ void Sender::sendFirst()
         } else if (!m_scheduler.limitsAllowPart()) {
             m_wake.start(m_maxSleepMs);
         } else {
-            QList<LeavingMessage> run;
-            m_store.together([&] {
-                run = m_scheduler.beginRun(std::get<LeavingMessage>(result), m_run.maxLength());
-            });
-            startRun(run);
+            startRun(m_scheduler.beginRun(std::get<LeavingMessage>(result), m_run.maxLength()));
         }
     } catch (const StoreFailure &failure) {
         // Nothing leaves without its commit: the store is looked at again shortly.
@@ -75,7 +71,7 @@ QList<LeavingMessage> Sender::beginFollowing()
 {
     if (!mayBegin() || m_current)
         return {};
-    const std::optional<StoredMessage> message = m_store.first();
+    const std::optional<StoredMessage> message = m_queue.first();
     if (!message || !m_scheduler.isDue(*message) || !m_scheduler.limitsAllowPart())
         return {};
     auto result = m_scheduler.encoded(*message);
@@ -105,7 +101,7 @@ Modem::Followers Sender::followersOf(const LeavingMessage &message) const
     bool isFollowed = m_run.hasNext() || message.message.partsSent + 1 < message.parts.size();
     if (!isFollowed) {
         try {
-            const std::optional<StoredMessage> next = m_store.first();
+            const std::optional<StoredMessage> next = m_queue.first();
             isFollowed = next && m_scheduler.isDue(*next);
         } catch (const StoreFailure &failure) {
             qCWarning(logDispatch) << "the queue can't be read:" << failure.text();
@@ -127,7 +123,7 @@ void Sender::onPartAccepted(int reference)
     m_device.endFault();
     if (partsSent < current.parts.size()) {
         m_scheduler.setUnfinished(message.id);
-        commit({[this, id = message.id, partsSent] { m_store.endPart(id, partsSent); }, {}});
+        commit({[this, id = message.id, partsSent] { m_queue.endPart(id, partsSent); }, {}});
         return;
     }
     m_scheduler.setUnfinished(0);
@@ -179,10 +175,10 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
         m_refused.insert(message.id, false);
     commit({[this, message, makesWay, begunAt = current.begunAt] {
                 if (makesWay)
-                    m_store.postpone(message.id, message.attempts,
+                    m_queue.postpone(message.id, message.attempts,
                                      m_clock.wallClockText(m_retries.messageDelay(1)));
                 else
-                    m_store.cancelPart(message.id);
+                    m_queue.cancelPart(message.id);
                 m_scheduler.uncountPart(begunAt);
             },
             [this, makesWay] {
@@ -202,7 +198,7 @@ bool Sender::retry(const StoredMessage &message)
     if (m_scheduler.isTooLate(message, m_clock.wallClockText(delay)))
         return false;
     commit({[this, id = message.id, attempts, delay] {
-                m_store.postpone(id, attempts, m_clock.wallClockText(delay));
+                m_queue.postpone(id, attempts, m_clock.wallClockText(delay));
             },
             [this] { m_outbox.reportQueueChange(); }});
     return true;
@@ -213,7 +209,7 @@ void Sender::fail(const StoredMessage &message, qint32 code)
     m_refused.remove(message.id);
     const auto outcome = std::make_shared<qint64>(0);
     commit({[this, id = message.id, code, outcome] {
-                *outcome = m_store.finish(id, code, std::nullopt, m_clock.wallClockText(), false);
+                *outcome = m_queue.finish(id, code, std::nullopt, m_clock.wallClockText(), false);
             },
             [this, message, code, outcome] { m_outbox.reportFailed(message, *outcome, code); }});
 }
@@ -221,7 +217,7 @@ void Sender::fail(const StoredMessage &message, qint32 code)
 bool Sender::mayBeInterrupted() const
 {
     try {
-        return !m_store.interrupted().isEmpty();
+        return !m_queue.interrupted().isEmpty();
     } catch (const StoreFailure &) {
         return true; // found out when the store can be read
     }
@@ -238,10 +234,10 @@ bool Sender::reportInterrupted()
     };
     const auto report = std::make_shared<Report>();
     commit({[this, report] {
-                *report = {m_store.interrupted(), {}};
+                *report = {m_queue.interrupted(), {}};
                 for (const StoredMessage &message : report->messages)
                     report->outcomes
-                        << m_store.finish(message.id, ErrorCode::noRespond, std::nullopt,
+                        << m_queue.finish(message.id, ErrorCode::noRespond, std::nullopt,
                                           m_clock.wallClockText(), false);
             },
             [this, report] {
@@ -257,7 +253,7 @@ void Sender::release()
     if (!m_releaseDue)
         return;
     try {
-        m_store.releaseBetweenParts();
+        m_queue.releaseBetweenParts();
         m_releaseDue = false;
         m_scheduler.setUnfinished(0);
     } catch (const StoreFailure &failure) {
@@ -276,9 +272,9 @@ void Sender::forgetMessages()
 
 Outbox::Entry Sender::entryOf(const SendingRun &run)
 {
-    return {[this, run] { run.keep(m_store); },
+    return {[this, run] { run.keep(m_queue); },
             [this, taken = run.taken()] {
-                auto others = m_store.size() + static_cast<int>(taken.size());
+                auto others = m_queue.size() + static_cast<int>(taken.size());
                 for (const SendingRun::Taken &each : taken)
                     m_outbox.reportSent(each.message, --others);
             }};

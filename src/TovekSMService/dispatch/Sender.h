@@ -17,7 +17,7 @@ namespace norvane {
 class Clock;
 class DeviceKeeper;
 class Scheduler;
-class Store;
+class MessageQueue;
 struct DispatcherTimings;
 struct RunState;
 
@@ -29,10 +29,10 @@ class Sender : public QObject
     Q_OBJECT
 
 public:
-    /// @param store, modem, clock, outbox, device, scheduler, state  must outlive this object
-    Sender(Store &store, Modem &modem, const Clock &clock, Outbox &outbox, DeviceKeeper &device,
-           Scheduler &scheduler, const RunState &state, const RetryPolicy &retries,
-           const DispatcherTimings &timings);
+    /// @param queue, modem, clock, outbox, device, scheduler, state  must outlive this object
+    Sender(MessageQueue &queue, Modem &modem, const Clock &clock, Outbox &outbox,
+           DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
+           const RetryPolicy &retries, const DispatcherTimings &timings);
 
     /// Whether the device has a part whose outcome isn't known yet.
     bool isSending() const { return m_current.has_value(); }
@@ -71,7 +71,7 @@ private:
     Outbox::Entry entryOf(const SendingRun &run);
     void commit(const Outbox::Entry &entry);
 
-    Store &m_store;
+    MessageQueue &m_queue;
     Modem &m_modem;
     const Clock &m_clock;
     Outbox &m_outbox;

@@ -11,12 +11,12 @@ const SubmitPart &LeavingMessage::part() const
     return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
 }
 
-void SendingRun::keep(Store &store) const
+void SendingRun::keep(MessageQueue &queue) const
 {
     for (const Taken &taken : m_taken)
-        store.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
+        queue.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
     for (const LeavingMessage &left : m_ahead)
-        store.cancelPart(left.message.id);
+        queue.cancelPart(left.message.id);
 }
 
 } // namespace norvane

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TovekSMService/modem/codec/SubmitPdu.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/MessageQueue.h"
 
 #include <QList>
 #include <QString>
@@ -44,7 +44,7 @@ public:
 
     /// Keeps the outcomes of what was taken, and lets what was not handed over wait again.
     /// @throws StoreFailure
-    void keep(Store &store) const;
+    void keep(MessageQueue &queue) const;
 
 private:
     QList<LeavingMessage> m_ahead;

@@ -2,14 +2,15 @@
 
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreDatabase.h"
 
 namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-StoreMonitor::StoreMonitor(Store &store, const DispatcherTimings &timings, TimeSource &time)
-    : m_store(store), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeRetryMs),
+StoreMonitor::StoreMonitor(StoreDatabase &database, const DispatcherTimings &timings,
+                           TimeSource &time)
+    : m_database(database), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeRetryMs),
       m_failingFor(time), m_lostFor(time), m_probe(time)
 {
     connect(&m_probe, &Timer::timeout, this, &StoreMonitor::probe);
@@ -41,7 +42,7 @@ void StoreMonitor::reportLoss(bool damaged)
 void StoreMonitor::probe()
 {
     try {
-        m_store.probe();
+        m_database.probe();
         qCInfo(logDispatch) << "the store can be written again";
         m_failure.clear();
         endFault();
@@ -50,7 +51,8 @@ void StoreMonitor::probe()
         return;
     } catch (const StoreFailure &failure) {
         noteFailure(failure);
-        if (m_failingFor.hasExpired(m_lastingMs) && m_store.access() == Store::Access::Whole) {
+        if (m_failingFor.hasExpired(m_lastingMs) &&
+            m_database.access() == StoreDatabase::Access::Whole) {
             if (m_fault.isEmpty())
                 warn(failure.text());
             // A file that was taken away and brought back is another one than that which is open.

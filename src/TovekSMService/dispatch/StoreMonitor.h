@@ -10,7 +10,7 @@
 namespace norvane {
 
 struct DispatcherTimings;
-class Store;
+class StoreDatabase;
 
 /// Decides whether the store can be written: probes it from its first failure until it succeeds. A
 /// failure that lasts is warned of once, and asks for the store to be opened anew.
@@ -19,8 +19,8 @@ class StoreMonitor : public QObject
     Q_OBJECT
 
 public:
-    /// @param store, time  must outlive this object
-    StoreMonitor(Store &store, const DispatcherTimings &timings, TimeSource &time);
+    /// @param database, time  must outlive this object
+    StoreMonitor(StoreDatabase &database, const DispatcherTimings &timings, TimeSource &time);
 
     /// Whoever meets a failure of the store reports it here.
     void noteFailure(const StoreFailure &failure);
@@ -44,7 +44,7 @@ private:
     bool mayReportLoss() const;
     void reportLoss(bool damaged);
 
-    Store &m_store;
+    StoreDatabase &m_database;
     const int m_retryMs;
     const int m_lastingMs; ///< after which a failure is warned of
     QString m_failure;

@@ -102,7 +102,7 @@ void EngineHost::makeParts(const QString &storeFile)
 {
     m_store = std::make_unique<Store>(storeFile, Store::Opening::Later);
     m_pinGate = std::make_unique<StoredPinGate>(
-        *m_store, [this] { return m_clock.wallClockText(); }, m_clock.time());
+        m_store->pins(), [this] { return m_clock.wallClockText(); }, m_clock.time());
     const EngineSettings settings = EngineSettings::load();
     m_modem = std::make_unique<Modem>(
         std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
@@ -147,7 +147,7 @@ bool EngineHost::enterBus()
 bool EngineHost::openStore()
 {
     try {
-        DamagedStore::finishMove(m_store->file());
+        DamagedStore::finishMove(m_store->database().file());
         m_store->open();
         storeIsBack();
     } catch (const StoreFailure &failure) {
@@ -183,14 +183,14 @@ void EngineHost::reopenStore(bool damaged)
 bool EngineHost::beginAnew(const QString &reason)
 {
     qCCritical(logStore).noquote() << "the store is damaged and is set aside:" << reason;
-    if (!DamagedStore::setAside(m_store->file(), m_clock.wallClock(), reason))
+    if (!DamagedStore::setAside(m_store->database().file(), m_clock.wallClock(), reason))
         return false;
     m_damageMet = false;
     reportDamage();
     try {
         m_store->open();
         // Beyond every id that a console may still know of the old one.
-        m_store->beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
+        m_store->database().beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
         if (m_resumed)
             m_dispatcher->storeReplaced();
         storeIsBack();
@@ -230,7 +230,7 @@ void EngineHost::reportDamage()
 
 void EngineHost::resume()
 {
-    if (m_resumed || m_store->access() == Store::Access::None)
+    if (m_resumed || m_store->database().access() == StoreDatabase::Access::None)
         return;
     try {
         m_dispatcher->resume();

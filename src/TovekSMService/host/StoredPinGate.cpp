@@ -2,7 +2,8 @@
 
 #include "TovekSMService/host/PinRule.h"
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/PinRecord.h"
+#include "TovekSMService/store/StoreFailure.h"
 
 #include <algorithm>
 
@@ -30,8 +31,8 @@ bool mayBeOne(const SimIdentity &sim, const SimIdentity &other)
 
 } // namespace
 
-StoredPinGate::StoredPinGate(Store &store, std::function<QString()> now, TimeSource &time)
-    : m_store(store), m_now(std::move(now)), m_again(time)
+StoredPinGate::StoredPinGate(PinRecord &pins, std::function<QString()> now, TimeSource &time)
+    : m_pins(pins), m_now(std::move(now)), m_again(time)
 {
     QObject::connect(&m_again, &Timer::timeout, &m_again, [this] { recordAccepted(); });
 }
@@ -79,7 +80,7 @@ void StoredPinGate::recordAccepted()
     try {
         while (!m_acceptedUnrecorded.isEmpty()) {
             const Attempt &attempt = m_acceptedUnrecorded.constFirst();
-            if (m_store.pinHistory(attempt.sim.name(), attempt.pin) != PinHistory::Accepted)
+            if (m_pins.history(attempt.sim.name(), attempt.pin) != PinHistory::Accepted)
                 record(attempt, PinHistory::Accepted);
             m_acceptedUnrecorded.removeFirst();
         }
@@ -105,11 +106,11 @@ PinHistory StoredPinGate::history(const SimIdentity &sim, const QString &pin) co
 {
     const bool taken = std::ranges::any_of(
         m_acceptedUnrecorded, [&](const Attempt &attempt) { return attempt.isOf(sim, pin); });
-    const PinHistory own = taken ? PinHistory::Accepted : m_store.pinHistory(sim.name(), pin);
+    const PinHistory own = taken ? PinHistory::Accepted : m_pins.history(sim.name(), pin);
     if (own == PinHistory::Tried || own == PinHistory::Refused || sim.imei.isEmpty())
         return own;
     const PinHistory other =
-        m_store.pinHistory(sim.iccid.isEmpty() ? numberedSimsOf(sim.imei) : sim.imei, pin);
+        m_pins.history(sim.iccid.isEmpty() ? numberedSimsOf(sim.imei) : sim.imei, pin);
     // Refused under the other name, an accepted one is so since: the PIN was changed.
     if (other == PinHistory::Refused || own == PinHistory::Accepted)
         return other == PinHistory::Refused ? other : own;
@@ -123,7 +124,7 @@ void StoredPinGate::record(const Attempt &attempt, PinHistory history)
     const auto &[sim, pin] = attempt;
     if (!sim.iccid.isEmpty() && !sim.imei.isEmpty())
         recordNumbered(attempt, history);
-    m_store.setPinHistory(sim.name(), pin, history, m_now());
+    m_pins.setHistory(sim.name(), pin, history, m_now());
 }
 
 /// All SIMs of the device share this one, so a refusal stays, and an attempt of another SIM whose
@@ -131,13 +132,13 @@ void StoredPinGate::record(const Attempt &attempt, PinHistory history)
 void StoredPinGate::recordNumbered(const Attempt &attempt, PinHistory history)
 {
     const QString name = numberedSimsOf(attempt.sim.imei);
-    const PinHistory known = m_store.pinHistory(name, attempt.pin);
+    const PinHistory known = m_pins.history(name, attempt.pin);
     if (known == PinHistory::Refused)
         return;
     const bool ofAnother =
         known == PinHistory::Tried &&
-        m_store.pinHistory(attempt.sim.name(), attempt.pin) == PinHistory::NeverTried;
-    m_store.setPinHistory(name, attempt.pin, ofAnother ? PinHistory::Refused : history, m_now());
+        m_pins.history(attempt.sim.name(), attempt.pin) == PinHistory::NeverTried;
+    m_pins.setHistory(name, attempt.pin, ofAnother ? PinHistory::Refused : history, m_now());
 }
 
 } // namespace norvane

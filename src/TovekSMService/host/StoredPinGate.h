@@ -10,7 +10,7 @@
 
 namespace norvane {
 
-class Store;
+class PinRecord;
 
 /// The guard of the SIM over the store: an attempt is on disk before the PIN leaves, and is
 /// remembered across restarts. A device may tell its SIM's number at one time and not at another:
@@ -19,9 +19,9 @@ class Store;
 class StoredPinGate : public PinGate
 {
 public:
-    /// @param store, time  must outlive this object
+    /// @param pins, time  must outlive this object
     /// @param now          the wall clock, "yyyy-MM-ddTHH:mm:ss"
-    StoredPinGate(Store &store, std::function<QString()> now,
+    StoredPinGate(PinRecord &pins, std::function<QString()> now,
                   TimeSource &time = TimeSource::system());
 
     Decision mayTry(const SimIdentity &sim, const QString &pin,
@@ -47,7 +47,7 @@ private:
     void recordAccepted();
     void recordRefused();
 
-    Store &m_store;
+    PinRecord &m_pins;
     std::function<QString()> m_now;
     /// Acceptances that could not be recorded yet.
     QList<Attempt> m_acceptedUnrecorded;

@@ -1,6 +1,5 @@
 #include "TovekSMService/store/StoreReader.h"
 
-#include "TovekSMService/store/Store.h"
 #include "TovekSMService/store/StoreSchema.h"
 #include "TovekSMService/store/Transaction.h"
 
@@ -60,18 +59,6 @@ void StoreReader::copyTo(const QString &file) const
     QSqlQuery query = prepared(m_database, u"VACUUM INTO ?"_s);
     query.bindValue(0, file);
     execute(query);
-}
-
-std::optional<LastFailure> Store::lastFailure() const
-{
-    // A look back of bounded length: the log is not in the order of codes.
-    QSqlQuery query = prepared(m_database, u"SELECT at, code FROM outcome WHERE code <> 1 AND "
-                                           "id > (SELECT MAX(id) FROM outcome) - 1000 "
-                                           "ORDER BY id DESC LIMIT 1"_s);
-    execute(query);
-    if (!query.next())
-        return std::nullopt;
-    return LastFailure{query.value(0).toString(), query.value(1).toInt()};
 }
 
 } // namespace norvane

@@ -1,6 +1,7 @@
 #include "TovekSMService/store/StoredBatches.h"
 
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/MessageQueue.h"
+#include "TovekSMService/store/StoreFailure.h"
 
 #include <QCryptographicHash>
 
@@ -17,9 +18,9 @@ QString labelOf(const QString &batch)
     return QString::fromLatin1(digest.toHex()) + u':';
 }
 
-QStringList entriesOf(const Store &store)
+QStringList entriesOf(const MessageQueue &queue)
 {
-    return store.recentBatches().split(u' ', Qt::SkipEmptyParts);
+    return queue.recentBatches().split(u' ', Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -30,10 +31,7 @@ void StoredBatches::add(const QString &batch, const QList<QueueRow> &messages)
     qsizetype next = messages.size() - done;
     while (done < messages.size()) {
         try {
-            m_store.together([&] {
-                m_store.add(messages.sliced(done, next));
-                note(batch, done + next);
-            });
+            m_queue.addBatch(messages.sliced(done, next), entriesWith(batch, done + next));
             done += next;
             next = std::min(next, messages.size() - done);
         } catch (const StoreFailure &failure) {
@@ -48,7 +46,7 @@ void StoredBatches::add(const QString &batch, const QList<QueueRow> &messages)
 qsizetype StoredBatches::stored(const QString &batch) const
 {
     const QString label = labelOf(batch);
-    const QStringList entries = entriesOf(m_store);
+    const QStringList entries = entriesOf(m_queue);
     for (const QString &entry : entries) {
         if (entry.startsWith(label))
             return entry.sliced(label.size()).toLongLong();
@@ -56,15 +54,16 @@ qsizetype StoredBatches::stored(const QString &batch) const
     return 0;
 }
 
-void StoredBatches::note(const QString &batch, qsizetype stored)
+/// What the queue is to keep once that many messages of the batch are stored.
+QString StoredBatches::entriesWith(const QString &batch, qsizetype stored) const
 {
     const QString label = labelOf(batch);
-    QStringList entries = entriesOf(m_store);
+    QStringList entries = entriesOf(m_queue);
     entries.removeIf([&label](const QString &entry) { return entry.startsWith(label); });
     entries.append(label + QString::number(stored));
     if (entries.size() > maxRemembered)
         entries.removeFirst();
-    m_store.setRecentBatches(entries.join(u' '));
+    return entries.join(u' ');
 }
 
 } // namespace norvane

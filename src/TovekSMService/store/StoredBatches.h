@@ -7,18 +7,18 @@
 
 namespace norvane {
 
-class Store;
+class MessageQueue;
 
 /// Messages that come in batches. Each batch has a name, and what is stored of the last few is kept
 /// with the messages, so that a caller who got no answer can hand the same batch over again.
 class StoredBatches
 {
 public:
-    /// Batches of which the store keeps what it has.
+    /// Batches of which the queue keeps what it has.
     static constexpr qsizetype maxRemembered = 16;
 
-    /// @param store  must outlive this object
-    explicit StoredBatches(Store &store) : m_store(store) {}
+    /// @param queue  must outlive this object
+    explicit StoredBatches(MessageQueue &queue) : m_queue(queue) {}
 
     /// Queues those messages of the batch that aren't stored yet, in their order.
     /// @throws StoreFailure for one that can't be stored; those before it are
@@ -29,9 +29,9 @@ public:
     qsizetype stored(const QString &batch) const;
 
 private:
-    void note(const QString &batch, qsizetype stored);
+    QString entriesWith(const QString &batch, qsizetype stored) const;
 
-    Store &m_store;
+    MessageQueue &m_queue;
 };
 
 } // namespace norvane

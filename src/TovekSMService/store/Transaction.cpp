@@ -49,12 +49,9 @@ void execute(const QSqlDatabase &database, const QString &statement)
         throw StoreFailure(query.lastError());
 }
 
-Transaction::Transaction(const QSqlDatabase &database, Kind kind) : m_database(database)
+Transaction::Transaction(const QSqlDatabase &database) : m_database(database)
 {
-    if (kind == Kind::Part)
-        return;
     execute(m_database, u"BEGIN IMMEDIATE"_s);
-    m_open = true;
 }
 
 Transaction::~Transaction()
@@ -65,8 +62,6 @@ Transaction::~Transaction()
 
 void Transaction::commit()
 {
-    if (!m_open)
-        return;
     execute(m_database, u"COMMIT"_s);
     m_open = false;
 }

@@ -25,13 +25,8 @@ void execute(const QSqlDatabase &database, const QString &statement);
 class Transaction
 {
 public:
-    enum class Kind {
-        Whole,
-        Part, ///< of one that is open: neither begins, commits nor undoes anything
-    };
-
     /// @throws StoreFailure
-    explicit Transaction(const QSqlDatabase &database, Kind kind = Kind::Whole);
+    explicit Transaction(const QSqlDatabase &database);
     Transaction(const Transaction &) = delete;
     Transaction &operator=(const Transaction &) = delete;
     ~Transaction();
@@ -41,7 +36,7 @@ public:
 
 private:
     QSqlDatabase m_database;
-    bool m_open = false;
+    bool m_open = true;
 };
 
 } // namespace norvane

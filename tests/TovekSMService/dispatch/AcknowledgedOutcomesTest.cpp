@@ -13,12 +13,12 @@ class HeardOutcomesTest : public StoreFixture
 protected:
     qint64 failedMessage()
     {
-        return m_store->finish(add(noon()), -36, std::nullopt, noon(), false);
+        return m_store->queue().finish(add(noon()), -36, std::nullopt, noon(), false);
     }
 
     bool allNoted()
     {
-        return m_time.until([this] { return m_store->unreportedFailures().isEmpty(); });
+        return m_time.until([this] { return m_store->outcomes().unreportedFailures().isEmpty(); });
     }
 
     TurnedTime m_time;
@@ -26,12 +26,12 @@ protected:
 
 TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
 {
-    AcknowledgedOutcomes heard(*m_store, 20, m_time);
+    AcknowledgedOutcomes heard(m_store->outcomes(), 20, m_time);
     const qint64 first = failedMessage();
     const qint64 second = failedMessage();
     heard.add(first);
     heard.add(second);
-    EXPECT_EQ(m_store->unreportedFailures().size(), 2);
+    EXPECT_EQ(m_store->outcomes().unreportedFailures().size(), 2);
     EXPECT_TRUE(heard.contains(first));
     EXPECT_TRUE(allNoted());
     EXPECT_FALSE(heard.contains(first));
@@ -39,7 +39,7 @@ TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
 
 TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
 {
-    AcknowledgedOutcomes heard(*m_store, 20, m_time);
+    AcknowledgedOutcomes heard(m_store->outcomes(), 20, m_time);
     const qint64 outcome = failedMessage();
     OtherConnection other(file());
     other.lock();
@@ -47,7 +47,7 @@ TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
     m_time.pass(100);
     EXPECT_EQ(m_time.rung(), 1 + 100 / 20);
     EXPECT_TRUE(heard.contains(outcome));
-    EXPECT_EQ(m_store->unreportedFailures().size(), 1);
+    EXPECT_EQ(m_store->outcomes().unreportedFailures().size(), 1);
     other.unlock();
     EXPECT_TRUE(allNoted());
 }

@@ -27,7 +27,7 @@ protected:
     void sendAll()
     {
         m_dispatcher->start();
-        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+        ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     }
 
     static QList<qint64> delaysBetween(const QList<qint64> &moments)
@@ -127,9 +127,9 @@ TEST_F(DispatcherBreaker, anEngineThatComesUpAgainKeepsTheInterval)
         m_line->commands.clear();
         answerWith({310, 310, 310, 0});
         add(u"600"_s);
-        m_store->setToRun(true);
+        m_store->settings().setToRun(true);
         m_dispatcher->resume();
-        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+        ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
         // After 59 minutes not yet, after 60 more again; a clock set back doesn't put it off.
         EXPECT_EQ(resets(), minutes == 59 ? 0 : 1) << minutes;
     }
@@ -210,12 +210,12 @@ TEST_F(DispatcherBreaker, aMessageThatTheDeviceRefusesAloneHoldsUpNoOther)
     for (int attempt = 1; attempt <= 4; ++attempt) {
         m_clock.now = m_clock.now.addSecs(7200);
         ASSERT_TRUE(until([&] {
-            return m_store->size() == 0 ||
+            return m_store->queue().size() == 0 ||
                    onDisk(u"SELECT attempts FROM message"_s).toInt() == attempt;
         }));
     }
     ASSERT_TRUE(until([this] { return has(u"failed 600 odd -20"_s); }));
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(DispatcherBreaker, aDeviceThatRefusesEveryMessageUsesUpNoAttempts)
@@ -236,7 +236,7 @@ TEST_F(DispatcherBreaker, aDeviceThatRefusesEveryMessageUsesUpNoAttempts)
     EXPECT_EQ(warnings(), QStringList({u"warning -20"_s}));
     m_line->submitAnswer = FakeModemLine::info("+CMGS: 1");
     m_clock.now = m_clock.now.addSecs(7200);
-    EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(until([this] { return m_store->queue().size() == 0; }));
 }
 
 /// With a device that may take too long.
@@ -253,7 +253,7 @@ TEST_F(DispatcherLosses, threeLostAnswersInARowPauseSendingToo)
         add(QLatin1String(phone));
     m_onSubmission = [this] { EXPECT_EQ(m_line->openings, submissions() > 3 ? 2 : 1); };
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 4);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s).size(), 3);
     EXPECT_TRUE(has(u"sent 603 text 0"_s));

@@ -30,7 +30,7 @@ TEST_F(DispatcherClockChange, aDateInTheSkippedHourGoesOnceWhenTheHourIsOver)
     setClock("2024-03-31T03:00:00");
     ASSERT_TRUE(until([this] { return has(u"sent 600 a 1"_s); }));
     setClock("2024-03-31T04:00:00");
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"600 a"_s, u"601 b"_s}));
 }
 
@@ -46,7 +46,7 @@ TEST_F(DispatcherClockChange, aDateInTheRepeatedHourGoesOnceTheFirstTime)
     setClock("2024-10-27T02:30:00");
     EXPECT_EQ(submissions(), 1);
     setClock("2024-10-27T02:59:00");
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     setClock("2024-10-27T03:30:00");
     EXPECT_EQ(taken(), QStringList({u"600 a"_s, u"601 b"_s}));
 }
@@ -61,7 +61,7 @@ TEST_F(DispatcherClockChange, aClockSetBackByADaySendsNothingAgainAndNothingEarl
     setClock("2024-05-01T12:00:00");
     EXPECT_EQ(submissions(), 1);
     setClock("2024-05-01T12:00:01");
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"600 a"_s, u"601 b"_s}));
 }
 
@@ -70,7 +70,7 @@ TEST_F(DispatcherClockChange, aPartInProgressWhileTheClockIsSetBackGoesOnce)
     m_onSubmission = [this] { m_clock.now = m_clock.now.addDays(-1); };
     add(u"600"_s, u"a"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     m_onSubmission = nullptr;
     setClock("2024-05-02T12:00:00");
     EXPECT_EQ(taken(), QStringList({u"600 a"_s}));
@@ -82,13 +82,13 @@ TEST_F(DispatcherClockChange, theRepeatedHourHasItsPartsOfAMinuteToo)
     makeDispatcher();
     startReady();
     add(u"600"_s, u"a"_s);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     setClock("2024-05-01T12:01:00");
     add(u"601"_s, u"b"_s);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     setClock("2024-05-01T12:00:00");
     add(u"602"_s, u"c"_s);
-    EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(until([this] { return m_store->queue().size() == 0; }));
 }
 
 TEST_F(DispatcherClockChange, equalDatesKeepTheOrderOfQueueing)
@@ -101,7 +101,7 @@ TEST_F(DispatcherClockChange, equalDatesKeepTheOrderOfQueueing)
         expected << u"%1 x"_s.arg(600 + i);
     }
     m_clock.now = m_clock.now.addSecs(1);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), expected);
 }
 

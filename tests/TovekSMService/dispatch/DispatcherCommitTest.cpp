@@ -35,7 +35,7 @@ TEST_F(DispatcherCommit, theNextPartBeginsWhenTheOutcomeOfTheLastIsOnDisk)
     for (const char *const phone : {"600", "601", "602"})
         add(QLatin1String(phone));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(seen, QStringList({u"0 600"_s, u"1 601"_s, u"2 602"_s}));
 }
 
@@ -66,7 +66,7 @@ TEST_F(DispatcherCommit, theSameHoldsBetweenThePartsOfOneMessage)
     EXPECT_EQ(m_log.count(u"outcome waits"_s), 1);
     EXPECT_EQ(onDisk(u"SELECT state || ' ' || parts_sent FROM message"_s).toString(), u"2 1"_s);
     allow();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 2);
 }
 

@@ -30,7 +30,7 @@ TEST_F(DispatcherDeviceLife, aDeviceThatComesBackUnderAnotherNameIsFoundByItsIme
                    : std::nullopt;
     };
     startReady();
-    EXPECT_EQ(m_store->deviceImei(u"/dev/fake, 9600"_s), u"490154203237518"_s);
+    EXPECT_EQ(m_store->settings().deviceImei(u"/dev/fake, 9600"_s), u"490154203237518"_s);
 
     // In mid-message, before the payload, and after a restart of the engine too.
     m_line->openErrors.insert(u"/dev/fake"_s, LineError::NoSuchDevice);
@@ -85,7 +85,7 @@ class DispatcherPin : public DispatcherDeviceLife
 protected:
     DispatcherPin()
     {
-        m_store->setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
+        m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
         m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
         m_line->answers.insert(pinCommand, QByteArray());
     }
@@ -219,7 +219,7 @@ TEST_P(DispatcherIdling, withADeviceInTroubleDoesLittleBetweenItsTries)
     ASSERT_TRUE(until([this] { return m_line->openings >= 5; }));
     EXPECT_LE(m_time.rung(), 5 * 20);
     EXPECT_LE(m_line->commands.size(), 5 * 40);
-    EXPECT_EQ(m_store->size(), 1);
+    EXPECT_EQ(m_store->queue().size(), 1);
     EXPECT_TRUE(m_line->payloads.isEmpty());
     EXPECT_EQ(m_events.filter(u"warning"_s).size(), 1);
 }

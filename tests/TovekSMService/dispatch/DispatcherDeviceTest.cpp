@@ -80,7 +80,7 @@ TEST_F(DispatcherDevice, aTestGoesBeforeTheMessagesOfARunningEngine)
     add(u"600"_s);
     add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(eventsButQueue(),
               QStringList({u"status 1"_s, u"info Model 7"_s, u"sent 600 text 1"_s,
                            u"info Model 7"_s, u"tested 1"_s, u"sent 601 text 0"_s}));
@@ -282,7 +282,7 @@ TEST_F(DispatcherDevice, newSettingsWaitForThePartInProgressAndThenComeIntoForce
     EXPECT_EQ(m_line->openings, 1);
     m_line->submitAnswer = FakeModemLine::info("+CMGS: 9");
     m_line->say(m_line->submitAnswer);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->openings, 2);
     EXPECT_EQ(m_line->openedDevice, u"/dev/other"_s);
     EXPECT_EQ(taken(), QStringList({u"600 text"_s, u"601 text"_s}));
@@ -368,7 +368,7 @@ TEST_F(DispatcherDevice, aStopClosesTheDevice)
 
 TEST_F(DispatcherDevice, thePinOfTheSettingsIsTried)
 {
-    m_store->setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
+    m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
     m_dispatcher->start();
     EXPECT_TRUE(until([this] { return m_line->commands.contains("AT+CPIN=\"4711\""); }));
@@ -389,7 +389,7 @@ TEST_F(DispatcherDevice, theEngineEndsBehindThePartInProgress)
     EXPECT_TRUE(has(u"sent 600 text 1"_s));
     EXPECT_EQ(submissions(), 1);
     EXPECT_EQ(m_modem->state(), Modem::State::Closed);
-    EXPECT_TRUE(m_store->isToRun());
+    EXPECT_TRUE(m_store->settings().isToRun());
 }
 
 TEST_F(DispatcherDevice, anIdleEngineEndsAtOnce)

@@ -33,7 +33,7 @@ TEST_F(DispatcherFailures, aPermanentFailureIsReportedAtOnceAndNotTriedAgain)
     add(u"600"_s);
     add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s,
                                              u"failed 600 text -36"_s, u"sent 601 text 0"_s}));
     EXPECT_EQ(taken().count(u"600 text"_s), 1);
@@ -52,12 +52,12 @@ TEST_F(DispatcherFailures, aTemporaryFailureIsTriedFourTimesWithGrowingDelays)
         takeTurns();
         EXPECT_EQ(submissions(), made);
         EXPECT_FALSE(eventsButQueue().join(u' ').contains("failed"_L1));
-        EXPECT_EQ(m_store->size(), 1);
+        EXPECT_EQ(m_store->queue().size(), 1);
         m_clock.now = QDateTime(QDate(2024, 5, 1), QTime::fromString(next.mid(11)), Qt::UTC);
     }
     ASSERT_TRUE(until([this] { return has(u"failed 600 text -36"_s); }));
     EXPECT_EQ(submissions(), 4);
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
     EXPECT_EQ(m_line->openings, 1);
 }
 
@@ -83,7 +83,7 @@ TEST_F(DispatcherFailures, partsThatWereAcceptedAreNotRepeatedByARetry)
     ASSERT_TRUE(
         until([this] { return onDisk(dateOnDisk(u"2024-05-01T12:00:30"_s)).toInt() == 1; }));
     m_clock.now = m_clock.now.addSecs(30);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 3);
     EXPECT_NE(m_line->payloads.at(0), m_line->payloads.at(1));
     EXPECT_EQ(m_line->payloads.at(1), m_line->payloads.at(2));
@@ -95,7 +95,7 @@ TEST_F(DispatcherFailures, aFailureOfTheDeviceCostsTheMessageNoAttemptAndIsToldO
                        cmsError(310), cmsError(310), FakeModemLine::info("+CMGS: 1")};
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(count(u"warning -29"_s), 1);
     EXPECT_TRUE(has(u"sent 600 text 0"_s));
     EXPECT_EQ(submissions(), 6);
@@ -111,7 +111,7 @@ TEST_F(DispatcherFailures, aLineThatBreaksBeforeThePayloadLeavesTheMessageWaitin
     };
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(m_line->openings, 2);
     EXPECT_EQ(eventsButQueue().filter(u"warning"_s), QStringList({u"warning -5"_s}));
@@ -132,7 +132,7 @@ TEST_F(DispatcherFailures, aLineThatBreaksBehindThePayloadEndsTheMessage)
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(count(u"warning -39"_s), 1);
     EXPECT_EQ(count(u"warning -5"_s), 1);
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(DispatcherLostAnswer, endsTheMessageWhichIsNeverSentAgain)
@@ -141,7 +141,7 @@ TEST_F(DispatcherLostAnswer, endsTheMessageWhichIsNeverSentAgain)
     add(u"600"_s, longText(2));
     add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s,
                                              u"failed 600 %1 -39"_s.arg(longText(2)),
                                              u"warning -39"_s, u"sent 601 text 0"_s}));
@@ -157,7 +157,7 @@ TEST_F(DispatcherLostAnswer, aPromptThatNeverComesLeavesTheMessageWaiting)
     };
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(count(u"warning -39"_s), 0);
     EXPECT_TRUE(has(u"sent 600 text 0"_s));
@@ -169,16 +169,16 @@ TEST_F(DispatcherFailures, aFailureThatNobodyHearsIsKeptAndOneThatIsHandledIsNot
     m_dispatcher->setHasListeners(false);
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_FALSE(has(u"failed 600 text -36"_s));
-    ASSERT_EQ(m_store->unreportedFailures().size(), 1);
-    EXPECT_EQ(m_store->unreportedFailures().constFirst().code, -36);
+    ASSERT_EQ(m_store->outcomes().unreportedFailures().size(), 1);
+    EXPECT_EQ(m_store->outcomes().unreportedFailures().constFirst().code, -36);
 
     m_dispatcher->setHasListeners(true);
     add(u"601"_s);
     ASSERT_TRUE(until([this] { return has(u"failed 601 text -36"_s); }));
-    EXPECT_TRUE(until([this] { return m_store->unreportedFailures().size() == 1; }));
-    EXPECT_EQ(m_store->unreportedFailures().constFirst().phone, u"600"_s);
+    EXPECT_TRUE(until([this] { return m_store->outcomes().unreportedFailures().size() == 1; }));
+    EXPECT_EQ(m_store->outcomes().unreportedFailures().constFirst().phone, u"600"_s);
 }
 
 TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
@@ -190,10 +190,10 @@ TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
     ASSERT_TRUE(until([this] { return !m_reports.isEmpty(); }));
     EXPECT_TRUE(has(u"failed 600 text -36"_s));
     takeTurns();
-    ASSERT_EQ(m_store->unreportedFailures().size(), 1);
-    EXPECT_EQ(m_reports, QList<qint64>{m_store->unreportedFailures().constFirst().id});
+    ASSERT_EQ(m_store->outcomes().unreportedFailures().size(), 1);
+    EXPECT_EQ(m_reports, QList<qint64>{m_store->outcomes().unreportedFailures().constFirst().id});
     m_dispatcher->noteHandled(m_reports.constFirst());
-    EXPECT_TRUE(until([this] { return m_store->unreportedFailures().isEmpty(); }));
+    EXPECT_TRUE(until([this] { return m_store->outcomes().unreportedFailures().isEmpty(); }));
 }
 
 TEST_F(DispatcherFailures, warningsAreKeptUntilTheyAreHandled)

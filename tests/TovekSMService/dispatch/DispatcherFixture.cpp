@@ -109,7 +109,7 @@ void DispatcherFixture::makeDispatcher()
 
 void DispatcherFixture::add(const QString &phone, const QString &text, const QString &date)
 {
-    m_store->add({{phone, text}}, date);
+    m_store->queue().add({{phone, text}}, date);
     m_dispatcher->noticeQueueChange();
 }
 
@@ -153,7 +153,7 @@ QString DispatcherFixture::longText(int parts)
 
 void DispatcherFixture::configure(const QString &parameter, qint32 protocol)
 {
-    m_store->setDeviceSettings({0, QString(), 1, protocol, parameter});
+    m_store->settings().setDeviceSettings({0, QString(), 1, protocol, parameter});
 }
 
 QVariant DispatcherFixture::onDisk(const QString &query) const

@@ -37,7 +37,7 @@ TEST_F(DispatcherLimits, aMessageThatIsTooLateIsReportedInsteadOfSent)
     add(u"600"_s, u"late"_s, u"2024-05-01T10:59:59"_s);
     add(u"601"_s, u"in time"_s, u"2024-05-01T11:00:00"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"601 in time"_s}));
     EXPECT_EQ(count(u"failed 600 late -54"_s), 1);
     EXPECT_EQ(onDisk(u"SELECT code FROM outcome WHERE phone = '600'"_s).toInt(), -54);
@@ -69,7 +69,7 @@ TEST_F(DispatcherLimits, aRetryThatWouldComeTooLateIsNotWaitedFor)
     m_submitAnswers = {cmsError(41)};
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_TRUE(has(u"failed 600 text -36"_s));
 }
 
@@ -79,21 +79,21 @@ TEST_F(DispatcherLimits, aMessageThatBeganInTimeIsNotCutOffBetweenItsParts)
     m_onSubmission = [this] { m_clock.now = m_clock.now.addSecs(50); };
     add(u"600"_s, longText(3));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 3);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s), QStringList());
 }
 
 TEST_F(DispatcherLimits, aMessageFoundBetweenItsPartsIsReportedWhenItIsTooLate)
 {
-    m_store->add({{u"600"_s, longText(2)}}, noon());
-    m_store->beginPart(m_store->first()->id, 5, {});
-    m_store->endPart(m_store->first()->id, 1);
-    m_store->setToRun(true);
+    m_store->queue().add({{u"600"_s, longText(2)}}, noon());
+    m_store->queue().beginPart(m_store->queue().first()->id, 5, {});
+    m_store->queue().endPart(m_store->queue().first()->id, 1);
+    m_store->settings().setToRun(true);
     set(&EngineSettings::maxLateness, 60);
     m_clock.now = m_clock.now.addDays(7);
     m_dispatcher->resume();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(submissions(), 0);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s).size(), 1);
 }
@@ -102,12 +102,12 @@ TEST_F(DispatcherLimits, theNetworkIsAskedForTheValidityPeriodThatIsSet)
 {
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     set(&EngineSettings::validityPeriod, 24 * 60);
     add(u"600"_s, longText(2));
     m_dispatcher->start();
     m_dispatcher->resume();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 3);
     // 00, first octet, reference, address of three digits, protocol, coding, validity.
     constexpr qsizetype firstOctet = 2;
@@ -136,7 +136,7 @@ TEST_F(DispatcherLimits, partsBeyondAMinutesNumberWaitInTheirPlaceForTheNext)
     EXPECT_EQ(state(), u"2 1 "_s + noon());
 
     m_clock.now = m_clock.now.addSecs(1);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 4);
     EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->phone, u"601"_s);
     EXPECT_EQ(decodeSubmit(m_line->payloads.at(2))->number, 2);
@@ -150,7 +150,7 @@ TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
     for (int i = 0; i < 3; ++i)
         add(u"60%1"_s.arg(i));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 1; }));
     makeDispatcher();
     m_dispatcher->resume();
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
@@ -159,7 +159,7 @@ TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
     EXPECT_EQ(submissions(), 2);
     EXPECT_EQ(state(), u"0 0 "_s + noon());
     m_clock.now = m_clock.now.addSecs(1);
-    EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(submissions(), 3);
 }
 
@@ -169,15 +169,15 @@ TEST_F(DispatcherLimits, whileAMessageWaitsForItsLimitTheDeviceIsTestedAndTheUns
     add(u"600"_s);
     add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 1; }));
     takeTurns();
     qint32 answer = 0;
     m_dispatcher->testDevice([&](qint32 result) { answer = result; });
     EXPECT_TRUE(until([&] { return answer == 1; }));
     add(u"call me"_s, u"text"_s, u"2024-05-01T11:00:00"_s);
     EXPECT_TRUE(until([this] { return has(u"failed call me text -18"_s); }));
-    EXPECT_TRUE(m_store->update({}, {m_store->first()->id}));
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_TRUE(m_store->queue().update({}, {m_store->queue().first()->id}));
+    EXPECT_EQ(m_store->queue().size(), 0);
     EXPECT_EQ(submissions(), 1);
 }
 
@@ -188,7 +188,7 @@ TEST_F(DispatcherLimits, aPartThatDidNotLeaveIsNotCounted)
     add(u"600"_s);
     m_dispatcher->start();
     ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
-    EXPECT_EQ(m_store->partCounts(noon()).inDay, 1);
+    EXPECT_EQ(m_store->parts().counts(noon()).inDay, 1);
 }
 
 struct Coverage

@@ -27,7 +27,8 @@ protected:
     void sendAll(int left = 0)
     {
         startReady();
-        ASSERT_TRUE(until([&] { return m_store->size() == left && !m_dispatcher->isSending(); }));
+        ASSERT_TRUE(
+            until([&] { return m_store->queue().size() == left && !m_dispatcher->isSending(); }));
         EXPECT_TRUE(eventsButQueue().filter(u"failed"_s).isEmpty());
     }
     qsizetype asked() const { return m_line->commands.count(keepLink); }

@@ -68,7 +68,7 @@ TEST_F(DispatcherRun, isNotedAsLeavingBeforeTheFirstOfItLeavesAndKeptWithTheNext
     m_onSubmission = [&] { seen << disk(); };
     addMany(15);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     QStringList expected;
     for (const auto &[length, outcomes] : {std::pair(1, 0), {2, 1}, {4, 3}, {8, 7}})
         expected += QStringList(length, u"%1 %2"_s.arg(length).arg(outcomes));
@@ -80,7 +80,7 @@ TEST_F(DispatcherRun, tellsEachMessageOnceInOrderWithTheQueueBehindIt)
 {
     addMany(7);
     startReady();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     QStringList expected;
     for (int i = 0; i < 7; ++i)
         expected << sentEvent(i, 6 - i);
@@ -101,7 +101,7 @@ TEST_F(DispatcherRun, letsTheRestWaitAgainWhenOneFails)
     };
     addMany(7);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     // From then on they leave one by one again.
     EXPECT_EQ(behind, u"1 5"_s);
     EXPECT_EQ(m_line->payloads.size(), 7);
@@ -158,7 +158,7 @@ TEST_F(DispatcherRun, lastsNoLongerThanAMomentWhenTheDeviceBecomesSlow)
     EXPECT_EQ(disk(), u"1 4"_s);
     m_line->promptHeldBack = false;
     m_line->say("\r\n> ");
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
 }
 
@@ -174,7 +174,7 @@ TEST_F(DispatcherRun, ofAnEngineThatWasKilledIsInDoubtAndNeverSentAgain)
     m_events.clear();
     makeDispatcher();
     m_dispatcher->resume();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     for (const int number : {3, 4, 5, 6})
         EXPECT_EQ(count(u"failed %1 text -39"_s.arg(phone(number))), 1) << number;
     EXPECT_EQ(count(u"warning -39"_s), 4);
@@ -194,7 +194,7 @@ TEST_F(DispatcherRun, keepsItsOutcomesUntilTheStoreTakesThem)
     EXPECT_EQ(submissions(), 7);
     EXPECT_EQ(disk(), u"4 3"_s);
     m_other.run(u"DROP TRIGGER refuse"_s);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(disk(), u"0 9"_s);
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6, 7, 8}));
     EXPECT_EQ(m_events.filter(u"sent"_s).size(), 9);
@@ -218,7 +218,7 @@ TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
     takeTurns();
     EXPECT_EQ(submissions(), middle + 1);
     m_other.run(u"DROP TRIGGER refuse"_s);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(disk(), u"0 7"_s);
 }
@@ -231,7 +231,7 @@ TEST_F(DispatcherRun, isNoneWherePartsAreCounted)
     m_onSubmission = [&] { seen << disk().section(u' ', 0, 0); };
     addMany(7);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(seen, QStringList(7, u"1"_s));
 }
 
@@ -244,7 +244,7 @@ TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
     add(u"701"_s);
     add(u"702"_s, u"text"_s, u"2024-05-01T12:00:01"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 1; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 1; }));
     EXPECT_EQ(seen, QStringList({u"1"_s, u"2"_s, u"2"_s, u"1"_s, u"1"_s, u"1"_s, u"1"_s}));
     EXPECT_EQ(taken().last(), u"701 text"_s);
 }
@@ -252,12 +252,12 @@ TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
 TEST_F(DispatcherRun, isHeldAgainstTheOperatorsDeletionsLikeTheMessageInProgress)
 {
     inTheMiddle([this] {
-        m_store->clear();
+        m_store->queue().clear();
         m_dispatcher->noticeQueueChange();
     });
     addMany(9);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
 }
 
@@ -266,7 +266,7 @@ TEST_F(DispatcherRun, tellsNobodyWhatNobodyHears)
     m_dispatcher->setHasListeners(false);
     addMany(3);
     startReady();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_events.filter(u"sent"_s), QStringList());
     EXPECT_EQ(disk(), u"0 3"_s);
 }

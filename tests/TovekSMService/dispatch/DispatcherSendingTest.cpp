@@ -26,7 +26,7 @@ TEST_F(DispatcherSending, nothingIsSentWhileStopped)
     takeTurns();
     EXPECT_EQ(m_dispatcher->status(), 0);
     EXPECT_EQ(m_line->openings, 0);
-    EXPECT_EQ(m_store->size(), 1);
+    EXPECT_EQ(m_store->queue().size(), 1);
     EXPECT_EQ(eventsButQueue(), QStringList());
 }
 
@@ -35,18 +35,18 @@ TEST_F(DispatcherSending, startAndStopTellTheStatusOnceAndKeepIt)
     m_dispatcher->start();
     m_dispatcher->start();
     EXPECT_EQ(m_dispatcher->status(), 1);
-    EXPECT_TRUE(m_store->isToRun());
+    EXPECT_TRUE(m_store->settings().isToRun());
     m_dispatcher->stop();
     m_dispatcher->stop();
     EXPECT_EQ(m_dispatcher->status(), 0);
-    EXPECT_FALSE(m_store->isToRun());
+    EXPECT_FALSE(m_store->settings().isToRun());
     EXPECT_EQ(m_events, QStringList({u"status 1"_s, u"status 0"_s}));
 }
 
 TEST_F(DispatcherSending, anEngineThatWasStartedComesBackStarted)
 {
-    m_store->setToRun(true);
-    m_store->add({{u"600"_s, u"text"_s}}, noon());
+    m_store->settings().setToRun(true);
+    m_store->queue().add({{u"600"_s, u"text"_s}}, noon());
     m_dispatcher->resume();
     EXPECT_EQ(m_dispatcher->status(), 1);
     EXPECT_TRUE(has(u"status 1"_s));
@@ -59,7 +59,7 @@ TEST_F(DispatcherSending, messagesGoByDateAndThenByQueueingAndTellHowManyWait)
     add(u"1"_s, u"a"_s, at("10:00:00"));
     add(u"2"_s, u"b"_s, at("10:00:00"));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"1 a"_s, u"2 b"_s, u"3 c"_s}));
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s, u"sent 1 a 2"_s,
                                              u"sent 2 b 1"_s, u"sent 3 c 0"_s}));
@@ -70,7 +70,7 @@ TEST_F(DispatcherSending, theQueueChangesWithEachMessageThatLeaves)
     startReady();
     m_events.clear();
     add(u"1"_s);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_events, QStringList({u"queue"_s, u"sent 1 text 0"_s, u"queue"_s}));
 }
 
@@ -103,7 +103,7 @@ TEST_F(DispatcherSending, anOddDateIsReportedAndNotSent)
     add(u"600"_s, u"text"_s, u"tomorrow"_s);
     add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_TRUE(has(u"failed 600 text -11"_s));
     EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
 }
@@ -117,7 +117,7 @@ TEST_F(DispatcherSending, aPartIsOnDiskAsLeavingBeforeTheDeviceHearsOfIt)
     };
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(hash,
               QCryptographicHash::hash(m_line->payloads.constFirst(), QCryptographicHash::Sha256));
@@ -132,7 +132,7 @@ TEST_F(DispatcherSending, aMessageIsToldAsSentWhenItsOutcomeIsOnDisk)
     });
     add(u"600"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(outcome.toString(), u"1 42 "_s + noon());
 }
 
@@ -143,7 +143,7 @@ TEST_F(DispatcherSending, aLongTextGoesInPartsOfOneReferenceAndIsToldOnce)
     add(u"600"_s, longText(3));
     add(u"601"_s, longText(2));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 5);
     QString together;
     QList<int> references;
@@ -181,7 +181,7 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
     EXPECT_EQ(onDisk(u"SELECT state || ' ' || parts_sent FROM message"_s).toString(), u"0 1"_s);
 
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 3);
     QList<int> numbers;
     QSet<int> references;
@@ -196,13 +196,13 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
 
 TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
 {
-    m_store->setToRun(true);
-    m_store->add({{u"600"_s, longText(3)}}, noon());
-    const qint64 id = m_store->first()->id;
-    m_store->beginPart(id, 77, {});
-    m_store->endPart(id, 2);
+    m_store->settings().setToRun(true);
+    m_store->queue().add({{u"600"_s, longText(3)}}, noon());
+    const qint64 id = m_store->queue().first()->id;
+    m_store->queue().beginPart(id, 77, {});
+    m_store->queue().endPart(id, 2);
     m_dispatcher->resume();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(decodeSubmit(m_line->payloads.constFirst())->number, 3);
     EXPECT_EQ(decodeSubmit(m_line->payloads.constFirst())->concatenationReference, 77);
@@ -210,26 +210,26 @@ TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
 
 TEST_F(DispatcherSending, anEngineThatComesUpStoppedLetsAMessageBetweenPartsBeEdited)
 {
-    m_store->add({{u"600"_s, longText(3)}}, noon());
-    const qint64 id = m_store->first()->id;
-    m_store->beginPart(id, 77, {});
-    m_store->endPart(id, 2);
+    m_store->queue().add({{u"600"_s, longText(3)}}, noon());
+    const qint64 id = m_store->queue().first()->id;
+    m_store->queue().beginPart(id, 77, {});
+    m_store->queue().endPart(id, 2);
     m_dispatcher->resume();
     takeTurns();
-    EXPECT_TRUE(m_store->update({}, {id}));
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_TRUE(m_store->queue().update({}, {id}));
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(DispatcherSending, whatWasLeavingWhenTheEngineEndedIsReportedOnceAndNeverSent)
 {
-    m_store->setToRun(true);
-    m_store->add({{u"600"_s, u"first"_s}}, noon());
-    m_store->beginPart(m_store->first()->id, std::nullopt, {});
+    m_store->settings().setToRun(true);
+    m_store->queue().add({{u"600"_s, u"first"_s}}, noon());
+    m_store->queue().beginPart(m_store->queue().first()->id, std::nullopt, {});
     for (int round = 0; round < 2; ++round) {
         m_dispatcher->setHasListeners(false);
         m_dispatcher->resume();
-        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
-        const QList<Outcome> failures = m_store->unreportedFailures();
+        ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
+        const QList<Outcome> failures = m_store->outcomes().unreportedFailures();
         ASSERT_EQ(failures.size(), 1);
         EXPECT_EQ(failures.constFirst().phone, u"600"_s);
         EXPECT_EQ(failures.constFirst().text, u"first"_s);
@@ -258,7 +258,7 @@ TEST_P(DispatcherUnsendable, isReportedAndHoldsUpNobody)
     add(GetParam().phone, GetParam().text);
     add(u"601"_s);
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_TRUE(
         has(u"failed %1 %2 %3"_s.arg(GetParam().phone, GetParam().text).arg(GetParam().code)));
     EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
@@ -276,7 +276,7 @@ TEST_F(DispatcherSending, aMessageOfSeveralPartsIsEncodedOnce)
 {
     add(u"600"_s, longText(5));
     m_dispatcher->start();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 5);
     EXPECT_EQ(m_encodings, 1);
 }
@@ -288,7 +288,7 @@ TEST_F(DispatcherSending, nothingBeginsBeforeWhoeverChangedTheQueueIsAnswered)
     EXPECT_TRUE(has(u"queue"_s));
     EXPECT_FALSE(m_dispatcher->isSending());
     EXPECT_EQ(onDisk(u"SELECT state FROM message"_s), 0);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
 }
 
 } // namespace

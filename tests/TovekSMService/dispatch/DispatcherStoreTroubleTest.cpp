@@ -53,7 +53,7 @@ TEST_F(DispatcherStoreTrouble, withoutItsCommitNoPartLeaves)
         ASSERT_TRUE(until([&] { return m_log.count(u"can't be used"_s) >= before + 2; }));
         EXPECT_EQ(submissions(), 0);
         m_other.unlock();
-        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+        ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
         EXPECT_EQ(m_line->payloads.size(), parts);
     }
 }
@@ -83,7 +83,7 @@ TEST_F(DispatcherStoreTrouble, anAcceptedPartIsNotForgottenAndNothingIsSentBefor
     EXPECT_FALSE(has(u"sent 600 text 1"_s));
     EXPECT_EQ(onDisk(u"SELECT state FROM message"_s).toInt(), 1);
     m_other.unlock();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"600 text"_s, u"601 text"_s}));
     EXPECT_EQ(count(u"sent 600 text 1"_s), 1);
     EXPECT_EQ(count(u"sent 601 text 0"_s), 1);
@@ -102,7 +102,7 @@ TEST_F(DispatcherStoreTrouble, aMessageIsNotSentAgainWhileItsOutcomeIsOnTheWayTo
     m_dispatcher->work();
     takeTurns();
     EXPECT_EQ(submissions(), 1);
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
 }
 
@@ -113,7 +113,7 @@ TEST_F(DispatcherStoreTrouble, aPartBetweenOthersIsNotRepeatedWhenItsNoteComesLa
     m_dispatcher->start();
     ASSERT_TRUE(outcomeWaits());
     m_other.unlock();
-    ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+    ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 2);
     EXPECT_NE(m_line->payloads.at(0), m_line->payloads.at(1));
 }
@@ -145,7 +145,7 @@ TEST_P(DispatcherLateFailure, isKeptUntilItIsOnDisk)
         m_clock.now = m_clock.now.addSecs(60);
         return has(event);
     }));
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Outcomes, DispatcherLateFailure,
@@ -166,7 +166,7 @@ TEST_F(DispatcherStoreTrouble, theDeviceIsTestedWhileAnOutcomeWaitsForTheStore)
     EXPECT_TRUE(until([&] { return answer == 1; }));
     EXPECT_EQ(submissions(), 1);
     m_other.unlock();
-    EXPECT_TRUE(until([this] { return m_store->size() == 0; }));
+    EXPECT_TRUE(until([this] { return m_store->queue().size() == 0; }));
 }
 
 TEST_F(DispatcherStoreTrouble, aStartOrStopThatCannotBeStoredIsNone)
@@ -185,9 +185,9 @@ TEST_F(DispatcherStoreTrouble, aStartOrStopThatCannotBeStoredIsNone)
 
 TEST_F(DispatcherStoreTrouble, anEngineComesUpAndReportsWhatWasInterruptedWhenTheStoreIsBack)
 {
-    m_store->setToRun(true);
-    m_store->add({{u"600"_s, u"text"_s}, {u"601"_s, u"text"_s}}, noon());
-    m_store->beginPart(m_store->first()->id, std::nullopt, {});
+    m_store->settings().setToRun(true);
+    m_store->queue().add({{u"600"_s, u"text"_s}, {u"601"_s, u"text"_s}}, noon());
+    m_store->queue().beginPart(m_store->queue().first()->id, std::nullopt, {});
     m_other.lock();
     m_dispatcher->resume();
     EXPECT_EQ(m_dispatcher->status(), 1);
@@ -200,7 +200,7 @@ TEST_F(DispatcherStoreTrouble, anEngineComesUpAndReportsWhatWasInterruptedWhenTh
     EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
     // A console listens by then: it hears of it at once, and nothing is kept for the next one.
     EXPECT_EQ(m_events.filter(u" -39"_s).filter(u"failed "_s).size(), 1);
-    EXPECT_TRUE(until([this] { return m_store->unreportedFailures().isEmpty(); }));
+    EXPECT_TRUE(until([this] { return m_store->outcomes().unreportedFailures().isEmpty(); }));
 }
 
 TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
@@ -222,7 +222,7 @@ TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
         ASSERT_TRUE(until([&] { return m_log.count(u"can't be used"_s) >= logged + 20; }));
         m_other.unlock();
         ASSERT_TRUE(until([this] { return m_dispatcher->storeFault().isEmpty(); }));
-        ASSERT_TRUE(until([this] { return m_store->size() == 0; }));
+        ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
         EXPECT_EQ(count(u"warning -57"_s), round);
     }
     // Another program's lock is no reason to open the file anew.
@@ -236,9 +236,9 @@ TEST_F(DispatcherStoreTrouble, aStoreThatGoesOnFailingIsAskedForAnew)
     const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
     startReady();
     runOnStoreConnection(file(), u"PRAGMA query_only = ON"_s);
-    m_store->first();
+    m_store->queue().first();
     try {
-        m_store->setToRun(false);
+        m_store->settings().setToRun(false);
         ADD_FAILURE() << "the store can be written";
     } catch (const StoreFailure &failure) {
         m_dispatcher->noticeStoreFailure(failure);
@@ -278,10 +278,10 @@ TEST_F(DispatcherStoreTrouble, aStoppedMessageIsLetGoWhenTheStoreIsBack)
 
 TEST_F(DispatcherStoreTrouble, messagesOfAnEngineThatComesUpStoppedAreLetGoWhenTheStoreIsBack)
 {
-    m_store->add({{u"600"_s, longText(2)}}, noon());
-    const qint64 id = m_store->first()->id;
-    m_store->beginPart(id, 1, {});
-    m_store->endPart(id, 1);
+    m_store->queue().add({{u"600"_s, longText(2)}}, noon());
+    const qint64 id = m_store->queue().first()->id;
+    m_store->queue().beginPart(id, 1, {});
+    m_store->queue().endPart(id, 1);
     m_other.lock();
     m_dispatcher->resume();
     ASSERT_TRUE(until([this] { return m_log.count(u"could not be released"_s) >= 2; }));
@@ -301,7 +301,7 @@ TEST_F(DispatcherStoreTrouble, theEngineEndsWhenTheOutcomeIsOnDisk)
     EXPECT_FALSE(has(u"finished"_s));
     m_other.unlock();
     ASSERT_TRUE(until([this] { return has(u"finished"_s); }));
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 } // namespace

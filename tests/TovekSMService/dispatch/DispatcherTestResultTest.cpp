@@ -145,7 +145,7 @@ TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
 
 TEST_F(DispatcherTestResult, aPinThatIsSpentOnATestIsToldWithinItAndNotTriedAgain)
 {
-    m_store->setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
+    m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
     m_line->answers.insert(pinCommand, FakeModemLine::answer("+CME ERROR: 16"));
     testUntilAnswered();

@@ -213,8 +213,8 @@ TEST_F(EngineOnBus, aMessageInDoubtIsToldWithItsWarningAlsoAfterAnotherRestart)
     stop();
     {
         Store store(storeFile());
-        store.add({{u"601"_s, u"more"_s}}, QString());
-        store.beginPart(store.first()->id, std::nullopt, {});
+        store.queue().add({{u"601"_s, u"more"_s}}, QString());
+        store.queue().beginPart(store.queue().first()->id, std::nullopt, {});
     }
     start(); // writes the failure down, with nobody there to hear it
     ASSERT_TRUE(until([&] { return callForNumber("GetQueueSize") == 0; }));
@@ -241,12 +241,12 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
     stop();
     {
         Store store(storeFile());
-        store.add({{u"600"_s, u"words"_s}}, QString());
-        store.finish(store.first()->id, -17, std::nullopt, u"then"_s, false);
-        store.add({{u"601"_s, u"more"_s}}, QString());
-        store.beginPart(store.first()->id, std::nullopt, {});
-        store.setDeviceSettings({0, QString(), 1, 1, u"/no/such/device, 9600"_s});
-        store.setToRun(true);
+        store.queue().add({{u"600"_s, u"words"_s}}, QString());
+        store.queue().finish(store.queue().first()->id, -17, std::nullopt, u"then"_s, false);
+        store.queue().add({{u"601"_s, u"more"_s}}, QString());
+        store.queue().beginPart(store.queue().first()->id, std::nullopt, {});
+        store.settings().setDeviceSettings({0, QString(), 1, 1, u"/no/such/device, 9600"_s});
+        store.settings().setToRun(true);
     }
     start();
     Listener listener(QDBusConnection::sessionBus());

@@ -88,7 +88,7 @@ TEST_F(EngineDisk, damageThatIsMetWhileItRunsIsSetAsideAndToldAtOnce)
         // More than the database library keeps in memory.
         QDir().mkpath(folder());
         Store store(storeFile());
-        store.add(QList<SMSList::Entry>(40'000, {u"600"_s, QString(150, u't')}), later);
+        store.queue().add(QList<SMSList::Entry>(40'000, {u"600"_s, QString(150, u't')}), later);
     }
     start();
     setSettings(noDevice());

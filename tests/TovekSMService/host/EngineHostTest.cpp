@@ -55,9 +55,9 @@ protected:
     void queue(const QString &phone) const
     {
         Store store(file());
-        store.setDeviceSettings({0, QString(), 1, 1, u"/dev/fake, 9600"_s});
-        store.setToRun(true);
-        store.add({{phone, u"text"_s}}, noon());
+        store.settings().setDeviceSettings({0, QString(), 1, 1, u"/dev/fake, 9600"_s});
+        store.settings().setToRun(true);
+        store.queue().add({{phone, u"text"_s}}, noon());
     }
     void startHost()
     {

@@ -71,8 +71,8 @@ protected:
         stop();
         {
             Store store(storeFile());
-            store.add({{phone, u"text"_s}}, QString());
-            store.finish(store.first()->id, -17, std::nullopt, u"then"_s, false);
+            store.queue().add({{phone, u"text"_s}}, QString());
+            store.queue().finish(store.queue().first()->id, -17, std::nullopt, u"then"_s, false);
         }
         start();
     }
@@ -145,8 +145,8 @@ TEST_F(EngineReports, theWarningOfAMessageInDoubtComesBeforeItsNumber)
     stop();
     {
         Store store(storeFile());
-        store.add({{u"601"_s, u"more"_s}}, QString());
-        store.beginPart(store.first()->id, std::nullopt, {});
+        store.queue().add({{u"601"_s, u"more"_s}}, QString());
+        store.queue().beginPart(store.queue().first()->id, std::nullopt, {});
     }
     start();
     ASSERT_TRUE(until([] { return callForNumber("GetQueueSize") == 0; }));

@@ -27,7 +27,7 @@ protected:
     std::unique_ptr<StoredPinGate> makeGate()
     {
         return std::make_unique<StoredPinGate>(
-            *m_store, [] { return noon(); }, m_time);
+            m_store->pins(), [] { return noon(); }, m_time);
     }
 
     Decision ask(std::optional<int> triesLeft = std::nullopt)
@@ -35,7 +35,7 @@ protected:
         return m_gate->mayTry(m_sim, m_pin, triesLeft);
     }
 
-    PinHistory onDisk() const { return m_store->pinHistory(m_sim.name(), m_pin); }
+    PinHistory onDisk() const { return m_store->pins().history(m_sim.name(), m_pin); }
 
     SimIdentity m_sim{u"893407"_s, u"490154"_s};
     const SimIdentity m_unnumbered{{}, m_sim.imei};

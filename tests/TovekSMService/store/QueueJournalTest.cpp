@@ -82,8 +82,8 @@ class StoreJournalTest : public StoreFixture
 protected:
     StoreJournalTest() { mark(); }
 
-    void mark() { m_since = m_store->journal().revision(); }
-    QList<qint64> noted() const { return sorted(m_store->journal().since(m_since)); }
+    void mark() { m_since = m_store->queue().journal().revision(); }
+    QList<qint64> noted() const { return sorted(m_store->queue().journal().since(m_since)); }
 
 private:
     quint64 m_since = 0;
@@ -94,10 +94,10 @@ TEST_F(StoreJournalTest, messagesThatComeAreNoted)
     const qint64 first = add(noon());
     EXPECT_EQ(noted(), QList<qint64>{first});
     mark();
-    m_store->add({{u"1"_s, {}}, {u"2"_s, {}}, {u"3"_s, {}}}, noon());
+    m_store->queue().add({{u"1"_s, {}}, {u"2"_s, {}}, {u"3"_s, {}}}, noon());
     EXPECT_EQ(noted(), (QList<qint64>{first + 1, first + 2, first + 3}));
     mark();
-    m_store->add({}, noon());
+    m_store->queue().add({}, noon());
     EXPECT_TRUE(noted().isEmpty());
 }
 
@@ -107,13 +107,13 @@ TEST_F(StoreJournalTest, editsDeletionsPostponementsAndOutcomesAreNoted)
     const qint64 two = add(noon());
     const qint64 three = add(noon());
     mark();
-    m_store->update({{noon(), u"9"_s, u"x"_s, one}}, {two});
+    m_store->queue().update({{noon(), u"9"_s, u"x"_s, one}}, {two});
     EXPECT_EQ(noted(), (QList<qint64>{one, two}));
     mark();
-    m_store->postpone(three, 1, noon());
+    m_store->queue().postpone(three, 1, noon());
     EXPECT_EQ(noted(), QList<qint64>{three});
     mark();
-    m_store->finish(one, 1, std::nullopt, noon(), true);
+    m_store->queue().finish(one, 1, std::nullopt, noon(), true);
     EXPECT_EQ(noted(), QList<qint64>{one});
 }
 
@@ -121,29 +121,29 @@ TEST_F(StoreJournalTest, aPartThatLeavesChangesNoRow)
 {
     const qint64 id = add(noon());
     mark();
-    m_store->beginPart(id, std::nullopt, {});
-    m_store->endPart(id, 1);
-    m_store->releaseBetweenParts();
+    m_store->queue().beginPart(id, std::nullopt, {});
+    m_store->queue().endPart(id, 1);
+    m_store->queue().releaseBetweenParts();
     EXPECT_TRUE(noted().isEmpty());
 }
 
 TEST_F(StoreJournalTest, aClearedQueueAndAnotherFileAreChangesOfEverything)
 {
     add(noon());
-    quint64 before = m_store->journal().revision();
-    m_store->clear();
-    EXPECT_FALSE(m_store->journal().since(before));
-    before = m_store->journal().revision();
+    quint64 before = m_store->queue().journal().revision();
+    m_store->queue().clear();
+    EXPECT_FALSE(m_store->queue().journal().since(before));
+    before = m_store->queue().journal().revision();
     m_store->open();
-    EXPECT_FALSE(m_store->journal().since(before));
+    EXPECT_FALSE(m_store->queue().journal().since(before));
 }
 
 TEST_F(StoreJournalTest, rowsAreGivenByTheirIdsWhereTheyAreStillThere)
 {
     const qint64 one = add(noon(), u"1"_s);
     const qint64 two = add(noon(), u"2"_s);
-    m_store->update({}, {one});
-    const QList<QueueRow> rows = m_store->rows({one, two, 999});
+    m_store->queue().update({}, {one});
+    const QList<QueueRow> rows = m_store->queue().rows({one, two, 999});
     EXPECT_EQ(rows, (QList{QueueRow{noon(), u"2"_s, u"text"_s, two}}));
 }
 

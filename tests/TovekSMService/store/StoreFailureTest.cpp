@@ -55,7 +55,7 @@ class StoreWriting : public StoreFixture, public testing::WithParamInterface<Wri
 protected:
     StoreWriting() : m_id(add(noon()))
     {
-        m_store->finish(add(noon()), -1, std::nullopt, noon(), false);
+        m_store->queue().finish(add(noon()), -1, std::nullopt, noon(), false);
     }
 
     qint64 m_id;
@@ -66,18 +66,18 @@ TEST_P(StoreWriting, failsWhileAnotherHasTheLockAndLeavesAllAsItWas)
     OtherConnection other(file());
     const auto operation = [this] { GetParam().operation(*m_store, m_id); };
     const QList<QVariantList> before = other.contents();
-    const qint32 sizeBefore = m_store->size();
+    const qint32 sizeBefore = m_store->queue().size();
 
     other.lock();
     EXPECT_EQ(failureOf(operation), Kind::Busy);
-    EXPECT_EQ(m_store->size(), sizeBefore);
+    EXPECT_EQ(m_store->queue().size(), sizeBefore);
     EXPECT_EQ(other.contents(), before);
     other.unlock();
 
     EXPECT_EQ(other.contents(), before);
     EXPECT_EQ(failureOf(operation), std::nullopt);
     EXPECT_NE(other.contents(), before);
-    EXPECT_EQ(m_store->size(), m_store->rows().size());
+    EXPECT_EQ(m_store->queue().size(), m_store->queue().rows().size());
 }
 
 TEST_P(StoreWriting, failsWhereWritingIsForbidden)
@@ -94,41 +94,45 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Writing{"add",
                 [](Store &store, qint64) {
-                    store.add({{}, {}}, noon());
+                    store.queue().add({{}, {}}, noon());
                 }},
-        Writing{"clear", [](Store &store, qint64) { store.clear(); }},
+        Writing{"clear", [](Store &store, qint64) { store.queue().clear(); }},
         Writing{"change",
                 [](Store &store, qint64 id) {
-                    store.update({{{}, u"new"_s, {}, id}}, {});
+                    store.queue().update({{{}, u"new"_s, {}, id}}, {});
                 }},
-        Writing{"remove", [](Store &store, qint64 id) { store.update({}, {id}); }},
-        Writing{"beginPart", [](Store &store, qint64 id) { store.beginPart(id, 1, "hash"); }},
-        Writing{"endPart", [](Store &store, qint64 id) { store.endPart(id, 1); }},
+        Writing{"remove", [](Store &store, qint64 id) { store.queue().update({}, {id}); }},
+        Writing{"beginPart",
+                [](Store &store, qint64 id) { store.queue().beginPart(id, 1, "hash"); }},
+        Writing{"endPart", [](Store &store, qint64 id) { store.queue().endPart(id, 1); }},
         Writing{"cancelPart",
                 [](Store &store, qint64 id) {
-                    store.cancelPart(id);
-                    store.beginPart(id, 1, "hash");
+                    store.queue().cancelPart(id);
+                    store.queue().beginPart(id, 1, "hash");
                 }},
-        Writing{"postpone", [](Store &store, qint64 id) { store.postpone(id, 1, noon()); }},
-        Writing{"finish", [](Store &store, qint64 id) { store.finish(id, 1, 1, noon(), true); }},
-        Writing{"countPart", [](Store &store, qint64) { store.countPart(noon()); }},
+        Writing{"postpone", [](Store &store, qint64 id) { store.queue().postpone(id, 1, noon()); }},
+        Writing{"finish",
+                [](Store &store, qint64 id) { store.queue().finish(id, 1, 1, noon(), true); }},
+        Writing{"countPart", [](Store &store, qint64) { store.parts().count(noon()); }},
         Writing{"together",
                 [](Store &store, qint64 id) {
-                    store.together([&] {
-                        store.finish(id, 1, 1, noon(), true);
-                        store.setToRun(true);
+                    store.database().together([&] {
+                        store.queue().finish(id, 1, 1, noon(), true);
+                        store.settings().setToRun(true);
                     });
                 }},
-        Writing{"nextReference", [](Store &store, qint64) { store.nextReference(); }},
+        Writing{"nextReference", [](Store &store, qint64) { store.settings().nextReference(); }},
         Writing{"markReported",
                 [](Store &store, qint64) {
-                    store.markReported({store.unreportedFailures().constFirst().id});
+                    store.outcomes().markReported(
+                        {store.outcomes().unreportedFailures().constFirst().id});
                 }},
-        Writing{"setDeviceSettings", [](Store &store, qint64) { store.setDeviceSettings({}); }},
-        Writing{"setToRun", [](Store &store, qint64) { store.setToRun(true); }},
+        Writing{"setDeviceSettings",
+                [](Store &store, qint64) { store.settings().setDeviceSettings({}); }},
+        Writing{"setToRun", [](Store &store, qint64) { store.settings().setToRun(true); }},
         Writing{"setPinHistory",
                 [](Store &store, qint64) {
-                    store.setPinHistory(u"sim"_s, u"1234"_s, PinHistory::Tried, noon());
+                    store.pins().setHistory(u"sim"_s, u"1234"_s, PinHistory::Tried, noon());
                 }}),
     [](const auto &writing) { return std::string(writing.param.name); });
 
@@ -137,11 +141,11 @@ TEST_F(StoreTrouble, readingGoesOnWhileAnotherHasTheLock)
     add(noon());
     OtherConnection other(file());
     other.lock();
-    EXPECT_EQ(m_store->rows().size(), 1);
-    EXPECT_TRUE(m_store->first());
-    EXPECT_EQ(m_store->firstDue(), noon());
-    EXPECT_EQ(m_store->deviceSettings().Parameter, u"COM1, 9600"_s);
-    EXPECT_TRUE(m_store->unreportedFailures().isEmpty());
+    EXPECT_EQ(m_store->queue().rows().size(), 1);
+    EXPECT_TRUE(m_store->queue().first());
+    EXPECT_EQ(m_store->queue().firstDue(), noon());
+    EXPECT_EQ(m_store->settings().deviceSettings().Parameter, u"COM1, 9600"_s);
+    EXPECT_TRUE(m_store->outcomes().unreportedFailures().isEmpty());
 }
 
 TEST_F(StoreTrouble, aFullDiskTakesNoMessageAndWorkGoesOnWhenThereIsRoom)
@@ -150,24 +154,25 @@ TEST_F(StoreTrouble, aFullDiskTakesNoMessageAndWorkGoesOnWhenThereIsRoom)
     fillDisk(file());
     const auto addLong = [this] { add(noon(), u"long"_s, QString(50'000, u'x')); };
     EXPECT_EQ(failureOf(addLong), Kind::Full);
-    EXPECT_EQ(m_store->size(), 1);
+    EXPECT_EQ(m_store->queue().size(), 1);
     EXPECT_EQ(phones(), QStringList({u"there"_s}));
 
     freeDisk(file());
     EXPECT_EQ(failureOf(addLong), std::nullopt);
-    EXPECT_EQ(m_store->size(), 2);
+    EXPECT_EQ(m_store->queue().size(), 2);
 }
 
 TEST_F(StoreTrouble, aListThatDoesNotFitIsNotQueuedInPart)
 {
     fillDisk(file());
-    EXPECT_EQ(failureOf([this] {
-                  m_store->add({{u"1"_s, u"short"_s}, {u"2"_s, QString(50'000, u'x')}}, noon());
-              }),
-              Kind::Full);
+    EXPECT_EQ(
+        failureOf([this] {
+            m_store->queue().add({{u"1"_s, u"short"_s}, {u"2"_s, QString(50'000, u'x')}}, noon());
+        }),
+        Kind::Full);
     freeDisk(file());
     reopen();
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(StoreTrouble, aFailedCommitKeepsNothing)
@@ -232,7 +237,7 @@ TEST_F(StoreTrouble, aFileThatIsNoDatabaseIsRefusedAndLeftAsItIs)
 TEST_F(StoreTrouble, aDamagedStoreIsReportedAsSuch)
 {
     for (int i = 0; i < 200; ++i)
-        m_store->add({{u"600"_s, QString(200, u'x')}}, noon());
+        m_store->queue().add({{u"600"_s, QString(200, u'x')}}, noon());
     m_store.reset();
     QByteArray bytes = bytesOf(file());
     ASSERT_GT(bytes.size(), 20'000);
@@ -241,7 +246,7 @@ TEST_F(StoreTrouble, aDamagedStoreIsReportedAsSuch)
     write(file(), bytes);
     EXPECT_EQ(failureOf([&] {
                   Store store(file());
-                  store.rows();
+                  store.queue().rows();
               }),
               Kind::Corrupt);
 }

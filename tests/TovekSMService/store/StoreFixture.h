@@ -33,7 +33,7 @@ protected:
     qint64 add(const QString &date, const QString &phone = u"600"_s,
                const QString &text = u"text"_s)
     {
-        m_store->add({{phone, text}}, date);
+        m_store->queue().add({{phone, text}}, date);
         OtherConnection other(file());
         return other.value(u"SELECT MAX(id) FROM message"_s).toLongLong();
     }
@@ -41,7 +41,7 @@ protected:
     QStringList phones() const
     {
         QStringList phones;
-        for (const QueueRow &row : m_store->rows())
+        for (const QueueRow &row : m_store->queue().rows())
             phones.append(row.phone);
         return phones;
     }

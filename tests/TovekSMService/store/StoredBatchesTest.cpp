@@ -21,9 +21,12 @@ protected:
     }
     void add(const QString &batch, const QList<QueueRow> &messages)
     {
-        StoredBatches(*m_store).add(batch, messages);
+        StoredBatches(m_store->queue()).add(batch, messages);
     }
-    qsizetype stored(const QString &batch) const { return StoredBatches(*m_store).stored(batch); }
+    qsizetype stored(const QString &batch) const
+    {
+        return StoredBatches(m_store->queue()).stored(batch);
+    }
     QStringList phonesOnDisk() const
     {
         QStringList phones;
@@ -39,7 +42,7 @@ protected:
 TEST_F(StoredBatchesTest, itsMessagesAreQueuedInTheirOrderEachWithItsOwnDate)
 {
     add(one, messages(3));
-    const QList<QueueRow> rows = m_store->rows();
+    const QList<QueueRow> rows = m_store->queue().rows();
     ASSERT_EQ(rows.size(), 3);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(rows.at(i).phone, QString::number(i));
@@ -47,16 +50,16 @@ TEST_F(StoredBatchesTest, itsMessagesAreQueuedInTheirOrderEachWithItsOwnDate)
         EXPECT_NE(rows.at(i).id, 0);
     }
     EXPECT_EQ(stored(one), 3);
-    EXPECT_EQ(m_store->size(), 3);
+    EXPECT_EQ(m_store->queue().size(), 3);
 }
 
 TEST_F(StoredBatchesTest, theSameBatchAgainQueuesNothingNew)
 {
     add(one, messages(3));
     add(one, messages(3));
-    EXPECT_EQ(m_store->size(), 3);
+    EXPECT_EQ(m_store->queue().size(), 3);
     add(u"other"_s, messages(2));
-    EXPECT_EQ(m_store->size(), 5);
+    EXPECT_EQ(m_store->queue().size(), 5);
 }
 
 TEST_F(StoredBatchesTest, whatIsStoredOfABatchIsKnownToTheEngineThatComesUpAnew)
@@ -65,7 +68,7 @@ TEST_F(StoredBatchesTest, whatIsStoredOfABatchIsKnownToTheEngineThatComesUpAnew)
     reopen();
     EXPECT_EQ(stored(one), 3);
     add(one, messages(3));
-    EXPECT_EQ(m_store->size(), 3);
+    EXPECT_EQ(m_store->queue().size(), 3);
 }
 
 TEST_F(StoredBatchesTest, aFullDiskTakesWhatFitsFromTheFirstOn)
@@ -77,8 +80,8 @@ TEST_F(StoredBatchesTest, aFullDiskTakesWhatFitsFromTheFirstOn)
     const qsizetype taken = stored(one);
     EXPECT_GT(taken, 0);
     EXPECT_LT(taken, 400);
-    EXPECT_EQ(m_store->size(), taken + 1);
-    EXPECT_THROW(m_store->add({batch.at(taken)}), StoreFailure) << "not one more would fit";
+    EXPECT_EQ(m_store->queue().size(), taken + 1);
+    EXPECT_THROW(m_store->queue().add({batch.at(taken)}), StoreFailure) << "not one more would fit";
 
     freeDisk(file());
     add(one, batch);
@@ -96,7 +99,7 @@ TEST_F(StoredBatchesTest, aLockKeepsAllOfThemOut)
     EXPECT_THROW(add(one, messages(3)), StoreFailure);
     other.unlock();
     EXPECT_EQ(stored(one), 0);
-    EXPECT_EQ(m_store->size(), 0);
+    EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(StoredBatchesTest, onlyTheLastFewAreRemembered)
@@ -114,8 +117,8 @@ TEST_F(StoredBatchesTest, anyTextIsAName)
         add(name, messages(2));
         EXPECT_EQ(stored(name), 2);
     }
-    EXPECT_EQ(m_store->size(), 2 * names.size());
-    EXPECT_LT(m_store->recentBatches().size(), 1000);
+    EXPECT_EQ(m_store->queue().size(), 2 * names.size());
+    EXPECT_LT(m_store->queue().recentBatches().size(), 1000);
 }
 
 } // namespace

@@ -1,10 +1,12 @@
-#include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreDatabase.h"
 
+#include "TovekSMService/store/SettingTable.h"
 #include "TovekSMService/store/StoreSchema.h"
 #include "TovekSMService/store/Transaction.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QUrl>
 #include <QUuid>
 
@@ -41,33 +43,20 @@ bool isOfTheFileItself(StoreFailure::Kind kind)
 
 } // namespace
 
-Store::Store(const QString &file, Opening opening)
+StoreDatabase::StoreDatabase(const QString &file)
     : m_file(file), m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
-{
-    if (opening == Opening::Now)
-        open();
-}
+{}
 
-Store::~Store()
+StoreDatabase::~StoreDatabase()
 {
     close();
 }
 
-void Store::open()
+void StoreDatabase::open()
 {
     close();
     try {
-        makeForOwner(m_file);
-        openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s);
-        StoreSchema::refuseLater(m_database);
-        execute(m_database, u"PRAGMA journal_mode = WAL"_s);
-        refuseDamaged(m_database);
-        execute(m_database, u"PRAGMA synchronous = FULL"_s);
-        // Fewer of the moments in which the log is brought into the file; 16 MB of it are no
-        // burden.
-        execute(m_database, u"PRAGMA wal_autocheckpoint = 4000"_s);
-        StoreSchema::migrate(m_database);
-        countRows();
+        openForWriting();
         m_access = Access::Whole;
     } catch (const StoreFailure &failure) {
         close();
@@ -77,7 +66,20 @@ void Store::open()
     }
 }
 
-void Store::openForReading()
+void StoreDatabase::openForWriting()
+{
+    makeForOwner(m_file);
+    openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s);
+    StoreSchema::refuseLater(m_database);
+    execute(m_database, u"PRAGMA journal_mode = WAL"_s);
+    refuseDamaged(m_database);
+    execute(m_database, u"PRAGMA synchronous = FULL"_s);
+    // Fewer of the moments in which the log is brought into the file; 16 MB of it are no burden.
+    execute(m_database, u"PRAGMA wal_autocheckpoint = 4000"_s);
+    StoreSchema::migrate(m_database);
+}
+
+void StoreDatabase::openForReading()
 {
     // What has not been brought from the log into the file would not be seen.
     if (QFileInfo(m_file + u"-wal"_s).size() > 0)
@@ -86,14 +88,13 @@ void Store::openForReading()
         openFile(QString::fromLatin1(QUrl::fromLocalFile(m_file).toEncoded()) + u"?immutable=1"_s,
                  u"QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"_s);
         StoreSchema::refuseOther(m_database);
-        countRows();
         m_access = Access::Reading;
     } catch (const StoreFailure &) {
         close();
     }
 }
 
-void Store::openFile(const QString &name, const QString &options)
+void StoreDatabase::openFile(const QString &name, const QString &options)
 {
     m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
     m_database.setDatabaseName(name);
@@ -104,11 +105,9 @@ void Store::openFile(const QString &name, const QString &options)
     m_statements.setDatabase(m_database);
 }
 
-void Store::close()
+void StoreDatabase::close()
 {
     m_access = Access::None;
-    m_size = 0;
-    m_journal.noteAll();
     if (!m_database.isValid())
         return;
     m_statements.drop();
@@ -117,11 +116,61 @@ void Store::close()
     QSqlDatabase::removeDatabase(m_connection);
 }
 
-void Store::countRows()
+void StoreDatabase::together(const std::function<void()> &operations)
 {
-    QSqlQuery query = prepared(m_database, u"SELECT COUNT(*) FROM message"_s);
-    execute(query);
-    m_size = query.next() ? query.value(0).toInt() : 0;
+    if (m_isTogether) {
+        operations();
+        return;
+    }
+    Transaction transaction(m_database);
+    m_isTogether = true;
+    const auto end = qScopeGuard([this] {
+        m_isTogether = false;
+        for (const std::function<void()> &undo : std::exchange(m_undo, {}))
+            undo();
+    });
+    operations();
+    transaction.commit();
+    m_undo.clear();
+}
+
+void StoreDatabase::onRollback(const std::function<void()> &undo)
+{
+    if (m_isTogether)
+        m_undo.append(undo);
+}
+
+int StoreDatabase::write(const char *text, const QVariantList &values)
+{
+    int rows = 0;
+    together([&] {
+        Statement query = statement(text);
+        query.run(values);
+        rows = query.changedRows();
+    });
+    return rows;
+}
+
+void StoreDatabase::probe()
+{
+    const QString name = u"probe"_s;
+    SettingTable settings(*this);
+    together([&] {
+        const bool isEven = settings.value(name) == "even"_L1;
+        settings.write(name, isEven ? u"odd"_s : u"even"_s);
+    });
+}
+
+void StoreDatabase::beginIdsAt(qint64 id)
+{
+    together([&] {
+        for (const auto table : {"message"_L1, "outcome"_L1}) {
+            write("DELETE FROM sqlite_sequence WHERE name = ? AND seq < ?", {table, id});
+            write("INSERT INTO sqlite_sequence (name, seq) SELECT ?, ? WHERE NOT EXISTS "
+                  "(SELECT 1 FROM sqlite_sequence WHERE name = ?)",
+                  {table, id, table});
+        }
+    });
 }
 
 } // namespace norvane

@@ -39,10 +39,10 @@ const char *const version1[] = {
     " (2, 'd', '501', 'failed', -36, NULL, '2024-05-01T11:00:01', 0)",
 };
 
-class StoreMigration : public StoreFixture
+class StoreSchemaTest : public StoreFixture
 {
 protected:
-    StoreMigration()
+    StoreSchemaTest()
     {
         m_store.reset();
         OtherConnection other(oldFile());
@@ -53,41 +53,41 @@ protected:
     QString oldFile() const { return m_folder.filePath(u"old.sqlite"_s); }
 };
 
-TEST_F(StoreMigration, aFileOfTheFirstVersionKeepsAllThatItHolds)
+TEST_F(StoreSchemaTest, aFileOfTheFirstVersionKeepsAllThatItHolds)
 {
     const Store store(oldFile());
     EXPECT_EQ(OtherConnection(oldFile()).value(u"PRAGMA user_version"_s).toInt(), 2);
-    EXPECT_EQ(store.size(), 3);
+    EXPECT_EQ(store.queue().size(), 3);
     const QList<QueueRow> expected = {{u"tomorrow"_s, u"601"_s, u"odd"_s, 8},
                                       {noon(), u"602"_s, u"leaving"_s, 9},
                                       {u"2024-05-02T00:00:00"_s, u"600"_s, u"waiting"_s, 7}};
-    EXPECT_EQ(store.rows(), expected);
-    EXPECT_TRUE(store.isToRun());
-    EXPECT_EQ(store.deviceSettings().Parameter, u"COM4, 9600"_s);
-    ASSERT_EQ(store.unreportedFailures().size(), 1);
-    EXPECT_EQ(store.unreportedFailures().constFirst().phone, u"501"_s);
-    ASSERT_EQ(store.interrupted().size(), 1);
-    const StoredMessage leaving = store.interrupted().constFirst();
+    EXPECT_EQ(store.queue().rows(), expected);
+    EXPECT_TRUE(store.settings().isToRun());
+    EXPECT_EQ(store.settings().deviceSettings().Parameter, u"COM4, 9600"_s);
+    ASSERT_EQ(store.outcomes().unreportedFailures().size(), 1);
+    EXPECT_EQ(store.outcomes().unreportedFailures().constFirst().phone, u"501"_s);
+    ASSERT_EQ(store.queue().interrupted().size(), 1);
+    const StoredMessage leaving = store.queue().interrupted().constFirst();
     EXPECT_EQ(leaving.id, 9);
     EXPECT_EQ(leaving.attempts, 2);
     EXPECT_EQ(leaving.partsSent, 3);
     EXPECT_EQ(leaving.reference, quint16{77});
     EXPECT_EQ(leaving.originalDate, noon());
-    EXPECT_EQ(store.first()->originalDate, u"tomorrow"_s);
+    EXPECT_EQ(store.queue().first()->originalDate, u"tomorrow"_s);
 }
 
-TEST_F(StoreMigration, theFileIsThenUsedLikeANewOne)
+TEST_F(StoreSchemaTest, theFileIsThenUsedLikeANewOne)
 {
     Store store(oldFile());
-    store.add({{u"603"_s, u"new"_s}}, noon());
-    store.finish(9, 1, 1, noon(), true);
-    store.countPart(noon());
-    EXPECT_EQ(store.partCounts(noon()).inDay, 1);
-    EXPECT_EQ(store.pruneOutcomes(u"2024-05-01T12:00:00"_s, 10), 1);
-    EXPECT_EQ(store.size(), 3);
+    store.queue().add({{u"603"_s, u"new"_s}}, noon());
+    store.queue().finish(9, 1, 1, noon(), true);
+    store.parts().count(noon());
+    EXPECT_EQ(store.parts().counts(noon()).inDay, 1);
+    EXPECT_EQ(store.outcomes().prune(u"2024-05-01T12:00:00"_s, 10), 1);
+    EXPECT_EQ(store.queue().size(), 3);
 }
 
-TEST_F(StoreMigration, aStepThatFailsLeavesTheFileAsItWas)
+TEST_F(StoreSchemaTest, aStepThatFailsLeavesTheFileAsItWas)
 {
     // The last statement of the step has no room for its name.
     OtherConnection other(oldFile());
@@ -103,10 +103,10 @@ TEST_F(StoreMigration, aStepThatFailsLeavesTheFileAsItWas)
               0);
 
     other.run(u"DROP TABLE outcome_by_time"_s);
-    EXPECT_EQ(Store(oldFile()).size(), 3);
+    EXPECT_EQ(Store(oldFile()).queue().size(), 3);
 }
 
-TEST_F(StoreMigration, bothWaysLeadToTheSameTables)
+TEST_F(StoreSchemaTest, bothWaysLeadToTheSameTables)
 {
     const auto columns = [](const QString &name) {
         OtherConnection other(name);

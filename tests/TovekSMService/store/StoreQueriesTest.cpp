@@ -19,7 +19,7 @@ protected:
         QList<SMSList::Entry> list;
         for (int i = 0; i < many; ++i)
             list.append({u"waiting"_s, u"Su pedido %1 está listo."_s.arg(i)});
-        m_store->add(list, u"2100-01-01T00:00:00"_s);
+        m_store->queue().add(list, u"2100-01-01T00:00:00"_s);
     }
 };
 
@@ -28,20 +28,20 @@ TEST_F(StoreMany, amongWaitingMessagesTheOneThatIsDueTakesItsWay)
 {
     constexpr int rounds = 100;
     for (int round = 0; round < rounds; ++round) {
-        m_store->add({{u"due"_s, u"text"_s}}, noon());
-        const std::optional<StoredMessage> first = m_store->first();
+        m_store->queue().add({{u"due"_s, u"text"_s}}, noon());
+        const std::optional<StoredMessage> first = m_store->queue().first();
         ASSERT_TRUE(first);
         ASSERT_EQ(first->phone, u"due"_s);
-        m_store->beginPart(first->id, std::nullopt, "hash");
-        EXPECT_EQ(m_store->interrupted().size(), 1);
-        m_store->cancelPart(first->id);
-        m_store->releaseBetweenParts();
-        m_store->finish(first->id, 1, 1, noon(), true);
+        m_store->queue().beginPart(first->id, std::nullopt, "hash");
+        EXPECT_EQ(m_store->queue().interrupted().size(), 1);
+        m_store->queue().cancelPart(first->id);
+        m_store->queue().releaseBetweenParts();
+        m_store->queue().finish(first->id, 1, 1, noon(), true);
     }
-    EXPECT_EQ(m_store->size(), many);
+    EXPECT_EQ(m_store->queue().size(), many);
 }
 
-TEST(StorePlan, noQueryOfTheDispatcherReadsTheWholeQueue)
+TEST(StoreQueriesTest, noQueryOfTheDispatcherReadsTheWholeQueue)
 {
     const QTemporaryDir folder;
     const QString file = folder.filePath(u"queue.sqlite"_s);

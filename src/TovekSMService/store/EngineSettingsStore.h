@@ -1,0 +1,54 @@
+#pragma once
+
+#include "TovekSMService/store/SettingTable.h"
+#include "contract/DeviceSettings.h"
+
+#include <QString>
+
+namespace norvane {
+
+class StoreDatabase;
+
+/// What the engine keeps of itself and its device from one run to the next.
+class EngineSettingsStore
+{
+public:
+    /// @param database  must outlive this object
+    explicit EngineSettingsStore(StoreDatabase &database)
+        : m_database(database), m_settings(database)
+    {}
+
+    /// @throws StoreFailure
+    DeviceSettings deviceSettings() const;
+    /// @throws StoreFailure
+    void setDeviceSettings(const DeviceSettings &settings);
+
+    /// Whether the engine was started and not stopped since.
+    /// @throws StoreFailure
+    bool isToRun() const;
+    /// @throws StoreFailure
+    void setToRun(bool run);
+
+    /// The IMEI of the device that was last in use with this connection parameter; empty if none
+    /// was, or it didn't tell.
+    /// @throws StoreFailure
+    QString deviceImei(const QString &parameter) const;
+    /// @throws StoreFailure
+    void setDeviceImei(const QString &parameter, const QString &imei);
+
+    /// When the device's functionality was last reset, "yyyy-MM-ddTHH:mm:ss"; empty if never.
+    /// @throws StoreFailure
+    QString lastReset() const;
+    /// @throws StoreFailure
+    void setLastReset(const QString &at);
+
+    /// The next of the references that tie the parts of a message together.
+    /// @throws StoreFailure
+    quint16 nextReference();
+
+private:
+    StoreDatabase &m_database;
+    SettingTable m_settings;
+};
+
+} // namespace norvane

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace norvane {
+
+class StoreDatabase;
+
+/// What became of a message.
+struct Outcome
+{
+    qint64 id = 0;
+    QString phone;
+    QString text;
+    qint32 code = 0; ///< 1 sent, else the error code
+};
+
+/// When a message failed last, and why.
+struct LastFailure
+{
+    QString at; ///< "yyyy-MM-ddTHH:mm:ss"
+    qint32 code = 0;
+};
+
+/// What became of messages.
+class Outcomes
+{
+public:
+    /// @param database  must outlive this object
+    explicit Outcomes(StoreDatabase &database) : m_database(database) {}
+
+    /// Keeps the outcome of a message that is in the queue.
+    /// @param networkReference  of the last part, for a message that was sent
+    /// @param at                the moment, "yyyy-MM-ddTHH:mm:ss"
+    /// @return the outcome's id
+    /// @throws StoreFailure
+    qint64 keep(qint64 message, qint32 code, std::optional<int> networkReference, const QString &at,
+                bool reported);
+
+    /// Failures that no console has heard of yet.
+    /// @throws StoreFailure
+    QList<Outcome> unreportedFailures() const;
+    /// @throws StoreFailure
+    void markReported(const QList<qint64> &outcomes);
+
+    /// Forgets the oldest of the outcomes before this moment, except those that no console has
+    /// heard of.
+    /// @param max  outcomes to forget in this step
+    /// @return how many were forgotten
+    /// @throws StoreFailure
+    int prune(const QString &before, int max);
+
+    /// The last failure among the outcomes of late.
+    /// @throws StoreFailure
+    std::optional<LastFailure> lastFailure() const;
+
+private:
+    StoreDatabase &m_database;
+};
+
+} // namespace norvane

@@ -1,0 +1,61 @@
+#include "TovekSMService/store/StoreFixture.h"
+
+#include <limits>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class EngineSettingsStoreTest : public StoreFixture
+{};
+
+TEST_F(EngineSettingsStoreTest, untilSomeoneSetsAnythingTheyAreWhatTheDeviceDialogProposes)
+{
+    const DeviceSettings proposed = {0, QString(), 1, 1, u"COM1, 9600"_s};
+    EXPECT_EQ(m_store->settings().deviceSettings(), proposed);
+    EXPECT_FALSE(m_store->settings().isToRun());
+}
+
+TEST_F(EngineSettingsStoreTest, areKeptAsTheyCome)
+{
+    const DeviceSettings records[] = {
+        {0, u"1234"_s, 3, 2, u"/dev/rfcomm0, 115200"_s},
+        {0, QString(), 0, 0, QString()},
+        {std::numeric_limits<qint32>::min(), u"not a PIN ñ€"_s, -1,
+         std::numeric_limits<qint32>::max(), QString(10'000, u'x')},
+    };
+    for (const DeviceSettings &record : records) {
+        m_store->settings().setDeviceSettings(record);
+        EXPECT_EQ(m_store->settings().deviceSettings(), record);
+        reopen();
+        EXPECT_EQ(m_store->settings().deviceSettings(), record);
+    }
+}
+
+TEST_F(EngineSettingsStoreTest, whetherTheEngineIsToRunSurvivesReopening)
+{
+    m_store->settings().setToRun(true);
+    reopen();
+    EXPECT_TRUE(m_store->settings().isToRun());
+    m_store->settings().setToRun(false);
+    reopen();
+    EXPECT_FALSE(m_store->settings().isToRun());
+}
+
+TEST_F(EngineSettingsStoreTest, referencesCountOnAcrossReopeningAndWrap)
+{
+    const quint16 first = m_store->settings().nextReference();
+    reopen();
+    EXPECT_EQ(m_store->settings().nextReference(), first + 1);
+    OtherConnection(file()).run(
+        u"UPDATE setting SET value = '65534' WHERE name = 'concatenation_reference'"_s);
+    EXPECT_EQ(m_store->settings().nextReference(), 65535);
+    EXPECT_EQ(m_store->settings().nextReference(), 0);
+    EXPECT_EQ(m_store->settings().nextReference(), 1);
+}
+
+} // namespace
+
+} // namespace norvane

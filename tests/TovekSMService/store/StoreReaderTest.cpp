@@ -1,0 +1,33 @@
+#include "TovekSMService/store/StoreReader.h"
+
+#include "TovekSMService/store/StoreFixture.h"
+
+#include <QFile>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class StoreReaderTest : public StoreFixture
+{};
+
+TEST_F(StoreReaderTest, aReaderMakesNoFileAndChangesNone)
+{
+    EXPECT_THROW(StoreReader(file() + u"-missing"_s), StoreFailure);
+    EXPECT_FALSE(QFile::exists(file() + u"-missing"_s));
+    m_store.reset();
+    OtherConnection(file()).run(u"PRAGMA user_version = 1"_s);
+    try {
+        const StoreReader reader(file());
+        ADD_FAILURE() << "an earlier version was read";
+    } catch (const StoreFailure &failure) {
+        EXPECT_TRUE(failure.text().contains("still has the schema version 1"_L1));
+    }
+    EXPECT_EQ(OtherConnection(file()).value(u"PRAGMA user_version"_s).toInt(), 1);
+}
+
+} // namespace
+
+} // namespace norvane
