@@ -58,9 +58,29 @@ bool isMoment(const QString &text)
            number(text, 14, 2) < 60 && number(text, 17, 2) < 60;
 }
 
+template <typename Value>
+void done(const StoreResult<Value> &result)
+{
+    expectThat(result.has_value(), "the store does what it is asked");
+}
+
+template <typename Value>
+Value given(const StoreResult<Value> &result)
+{
+    done(result);
+    return *result;
+}
+
+/// Open from its construction on, so that the database library outlives it.
+class OpenStore : public Store
+{
+public:
+    OpenStore() : Store(fuzzFolder() + u"/queue.sqlite"_s) { done(open()); }
+};
+
 Store &store()
 {
-    static Store kept(fuzzFolder() + u"/queue.sqlite"_s);
+    static OpenStore kept;
     return kept;
 }
 
@@ -95,7 +115,7 @@ QList<Expected> addRows(FuzzInput &input)
             list.append({takeBusText(input, 40), takeBusText(input, 3000)});
             expected.append({date, list.last().phone, list.last().message});
         }
-        store().queue().add(list, date);
+        done(store().queue().add(list, date));
     }
     sort(expected);
     return expected;
@@ -106,7 +126,7 @@ BusQueueRows pagedRows(FuzzInput &input)
 {
     QueueSnapshots snapshots;
     const QString caller = u":1.7"_s;
-    const quint64 snapshot = snapshots.begin(caller, store().queue().rows());
+    const quint64 snapshot = snapshots.begin(caller, given(store().queue().rows()));
     const quint32 wild = static_cast<quint32>(input.takeNumber(65536)) << 16;
     expectThat(snapshots.page(caller, snapshot + 1, wild).snapshot == 0,
                "a snapshot that isn't there is told so");
@@ -125,7 +145,7 @@ void checkRows(const BusQueueRows &rows, const QList<Expected> &expected)
         expectThat(rows.at(i).phone == asStored(expected.at(i).phone), "a phone stays");
         expectThat(rows.at(i).message == asStored(expected.at(i).message), "a message stays");
     }
-    const std::optional<StoredMessage> first = store().queue().first();
+    const std::optional<StoredMessage> first = given(store().queue().first());
     expectThat(first.has_value() == !rows.isEmpty(), "the first message is there");
     if (!first)
         return;
@@ -153,14 +173,15 @@ void changeRows(FuzzInput &input, BusQueueRows rows, QList<Expected> expected)
                 {takeBusText(input, 20), expected[i].phone, expected[i].message, rows.at(i).id});
         }
     }
-    expectThat(store().queue().update(changed, deleted), "changes of waiting messages are in time");
-    checkRows(store().queue().rows(), expected);
+    expectThat(given(store().queue().update(changed, deleted)),
+               "changes of waiting messages are in time");
+    checkRows(given(store().queue().rows()), expected);
 
     const qint64 nobody = -1 - input.takeNumber(65536);
-    expectThat(!store().queue().update({{{}, {}, {}, nobody}}, {}),
+    expectThat(!given(store().queue().update({{{}, {}, {}, nobody}}, {})),
                "a change of nothing is too late");
-    store().queue().update({}, {nobody, nobody});
-    checkRows(store().queue().rows(), expected);
+    done(store().queue().update({}, {nobody, nobody}));
+    checkRows(given(store().queue().rows()), expected);
 }
 
 void keepSettings(FuzzInput &input)
@@ -171,8 +192,8 @@ void keepSettings(FuzzInput &input)
     settings.ConnectionMode = input.takeNumber(65536) - 32768;
     settings.Protocol = -input.takeNumber(256);
     settings.Parameter = takeBusText(input, 200);
-    store().settings().setDeviceSettings(settings);
-    const DeviceSettings kept = store().settings().deviceSettings();
+    done(store().settings().setDeviceSettings(settings));
+    const DeviceSettings kept = given(store().settings().deviceSettings());
     expectThat(
         kept.DeviceType == settings.DeviceType && kept.PINCode == asStored(settings.PINCode) &&
             kept.ConnectionMode == settings.ConnectionMode && kept.Protocol == settings.Protocol &&
@@ -191,8 +212,8 @@ int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
     checkRows(rows, expected);
     changeRows(input, rows, expected);
     keepSettings(input);
-    store().queue().clear();
-    checkRows(store().queue().rows(), {});
+    done(store().queue().clear());
+    checkRows(given(store().queue().rows()), {});
     return 0;
 }
 

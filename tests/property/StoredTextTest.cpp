@@ -1,6 +1,7 @@
 #include "property/Texts.h"
 
 #include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreResults.h"
 #include "contract/BusTypes.h"
 
 #include <QTemporaryDir>
@@ -29,6 +30,7 @@ TEST(StoredText, everythingThatTheBusBringsIsGivenBackAsItCame)
 {
     const QTemporaryDir folder;
     Store store(folder.filePath(u"queue.sqlite"_s));
+    done(store.open());
     const QString date = u"2026-11-20T09:00:00"_s;
 
     QList<SMSList::Entry> entries;
@@ -38,9 +40,9 @@ TEST(StoredText, everythingThatTheBusBringsIsGivenBackAsItCame)
     for (int round = 0; round < 500; ++round)
         entries.append({overTheBus(randomText(random, 40)),
                         overTheBus(randomText(random, round % 20 == 0 ? 5000 : 300))});
-    store.queue().add(entries, date);
+    done(store.queue().add(entries, date));
 
-    const QList<QueueRow> rows = store.queue().rows();
+    const QList<QueueRow> rows = given(store.queue().rows());
     ASSERT_EQ(rows.size(), entries.size());
     for (qsizetype i = 0; i < rows.size(); ++i) {
         ASSERT_EQ(rows.at(i).phone, asStored(entries.at(i).phone)) << i;
@@ -53,13 +55,14 @@ TEST(StoredText, aByteOrderMarkAtTheFrontChangesNothingBehindIt)
 {
     const QTemporaryDir folder;
     Store store(folder.filePath(u"queue.sqlite"_s));
+    done(store.open());
     QStringList texts;
     for (const QString &mark : {QString(QChar(0xFEFF)), QString(QChar(0xFFFE))})
         texts += {mark, mark + u"text"_s, mark + mark, u"text"_s + mark};
     for (const QString &text : std::as_const(texts))
-        store.queue().add({{text, text}}, text);
+        done(store.queue().add({{text, text}}, text));
 
-    QList<QueueRow> rows = store.queue().rows();
+    QList<QueueRow> rows = given(store.queue().rows());
     ASSERT_EQ(rows.size(), texts.size());
     for (qsizetype i = 0; i < rows.size(); ++i) {
         EXPECT_EQ(rows.at(i).phone, asStored(texts.at(i))) << i;
@@ -67,9 +70,10 @@ TEST(StoredText, aByteOrderMarkAtTheFrontChangesNothingBehindIt)
         EXPECT_EQ(rows.at(i).deliveryDate, asStored(texts.at(i))) << i;
         rows[i].message = texts.at(texts.size() - 1 - i);
     }
-    EXPECT_TRUE(store.queue().update(rows, {}));
+    EXPECT_TRUE(given(store.queue().update(rows, {})));
     for (qsizetype i = 0; i < rows.size(); ++i)
-        EXPECT_EQ(store.queue().rows().at(i).message, asStored(texts.at(texts.size() - 1 - i)))
+        EXPECT_EQ(given(store.queue().rows()).at(i).message,
+                  asStored(texts.at(texts.size() - 1 - i)))
             << i;
 }
 

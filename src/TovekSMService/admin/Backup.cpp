@@ -21,25 +21,21 @@ Result<void, AdminFailure> failedWith(const QString &file, const PlatformFailure
 
 Result<void, AdminFailure> backUp(const QString &storeFile, const QString &target)
 {
-    try {
-        const StoreReader store(storeFile);
-        const QString file = QFileInfo(target).absoluteFilePath();
-        if (const auto made = NewFile::make(file); !made)
-            return failedWith(file, made.error());
-        try {
-            store.copyTo(file);
-        } catch (const StoreFailure &) {
-            QFile::remove(file);
-            throw;
-        }
-        if (const auto flushed = NewFile::flushFile(file); !flushed) {
-            QFile::remove(file);
-            return failedWith(file, flushed.error());
-        }
-        return {};
-    } catch (const StoreFailure &failure) {
-        return failed(AdminFailure{failure.text()});
+    StoreReader store(storeFile);
+    if (const StoreResult<> opened = store.open(); !opened)
+        return failed(AdminFailure{opened.error().text()});
+    const QString file = QFileInfo(target).absoluteFilePath();
+    if (const auto made = NewFile::make(file); !made)
+        return failedWith(file, made.error());
+    if (const StoreResult<> copied = store.copyTo(file); !copied) {
+        QFile::remove(file);
+        return failed(AdminFailure{copied.error().text()});
     }
+    if (const auto flushed = NewFile::flushFile(file); !flushed) {
+        QFile::remove(file);
+        return failedWith(file, flushed.error());
+    }
+    return {};
 }
 
 } // namespace norvane

@@ -98,12 +98,12 @@ QString OutcomeReport::line(const OutcomeRow &row, Format format)
     return written.join(u',') + u"\r\n"_s;
 }
 
-void OutcomeReport::write(const StoreReader &store, const QString &since, Format format,
-                          QTextStream &out)
+StoreResult<> OutcomeReport::write(const StoreReader &store, const QString &since, Format format,
+                                   QTextStream &out)
 {
     if (format == Format::Csv)
         out << csvHeader();
-    store.outcomes(since, [&](const OutcomeRow &row) { out << line(row, format); });
+    return store.outcomes(since, [&](const OutcomeRow &row) { out << line(row, format); });
 }
 
 } // namespace norvane

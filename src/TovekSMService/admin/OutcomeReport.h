@@ -27,8 +27,8 @@ QString csvField(const QString &text);
 QString line(const OutcomeRow &row, Format format);
 
 /// Writes the outcomes of `store` from `since` on.
-/// @throws StoreFailure
-void write(const StoreReader &store, const QString &since, Format format, QTextStream &out);
+[[nodiscard]] StoreResult<> write(const StoreReader &store, const QString &since, Format format,
+                                  QTextStream &out);
 
 } // namespace OutcomeReport
 

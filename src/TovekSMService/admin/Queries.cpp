@@ -134,6 +134,39 @@ int failInStore(const CommandLine &commandLine, const QString &reason)
     return commandLine.json ? printReport(StatusReport::fromFault(reason)) : fail(reason);
 }
 
+StoreResult<> change(EngineSettingsStore &settings, const CommandLine &commandLine)
+{
+    if (!commandLine.device && !commandLine.pin)
+        return {};
+    return settings.deviceSettings().and_then([&](const DeviceSettings &present) {
+        return settings.setDeviceSettings(changed(present, commandLine));
+    });
+}
+
+StoreResult<> printState(const Store &store)
+{
+    return store.settings().isToRun().and_then([&](bool isToRun) {
+        return store.settings().deviceSettings().map([&](const DeviceSettings &settings) {
+            printState(isToRun ? u"not up, to run when it is"_s : u"not up, stopped"_s,
+                       store.queue().size(), settings);
+        });
+    });
+}
+
+/// What is asked of a store that is open.
+StoreResult<int> printAsked(const Store &store, const CommandLine &commandLine)
+{
+    if (commandLine.json)
+        return EngineState::ofStore(store).map(
+            [](const QVariantMap &state) { return printReport(StatusReport::ofNone(state)); });
+    const StoreResult<> stated = commandLine.status ? printState(store) : StoreResult<>();
+    return stated
+        .and_then([&]() -> StoreResult<> {
+            return commandLine.queue ? store.queue().rows().map(printQueue) : StoreResult<>();
+        })
+        .map([] { return ExitCode::done; });
+}
+
 int carryOutInStore(const CommandLine &commandLine)
 {
     const QString folder = EngineFolder::make();
@@ -143,35 +176,21 @@ int carryOutInStore(const CommandLine &commandLine)
     if (!lock || !(*lock)->tryLock())
         return failInStore(commandLine,
                            u"an engine runs that can't be reached over this session's bus"_s);
-    try {
-        Store store(EngineFolder::storeFile(folder));
-        if (commandLine.device || commandLine.pin)
-            store.settings().setDeviceSettings(
-                changed(store.settings().deviceSettings(), commandLine));
-        if (commandLine.json)
-            return printReport(StatusReport::ofNone(EngineState::ofStore(store)));
-        if (commandLine.status)
-            printState(store.settings().isToRun() ? u"not up, to run when it is"_s
-                                                  : u"not up, stopped"_s,
-                       store.queue().size(), store.settings().deviceSettings());
-        if (commandLine.queue)
-            printQueue(store.queue().rows());
-        return ExitCode::done;
-    } catch (const StoreFailure &failure) {
-        return failInStore(commandLine, failure.text());
-    }
+    Store store(EngineFolder::storeFile(folder));
+    const StoreResult<int> done =
+        store.open().and_then([&] { return change(store.settings(), commandLine); }).and_then([&] {
+            return printAsked(store, commandLine);
+        });
+    return done ? *done : failInStore(commandLine, done.error().text());
 }
 
 /// The outcomes are read from the file, beside an engine that may run.
 int report(const CommandLine &commandLine)
 {
-    const QString file = EngineFolder::storeFile(EngineFolder::path());
-    try {
-        OutcomeReport::write(StoreReader(file), commandLine.since, commandLine.format, out());
-        return ExitCode::done;
-    } catch (const StoreFailure &failure) {
-        return fail(failure.text());
-    }
+    StoreReader store(EngineFolder::storeFile(EngineFolder::path()));
+    const StoreResult<> written = store.open().and_then(
+        [&] { return OutcomeReport::write(store, commandLine.since, commandLine.format, out()); });
+    return written ? ExitCode::done : fail(written.error().text());
 }
 
 int backUp(const QString &target)

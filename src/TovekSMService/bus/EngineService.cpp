@@ -8,7 +8,6 @@
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QScopeGuard>
 
 #include <utility>
 
@@ -20,6 +19,12 @@ namespace {
 
 constexpr qint64 retryTime = 10'000; // ms for which a step is tried again
 constexpr int retryInterval = 200;   // ms between two tries
+
+/// The output of a call that has none.
+QVariantList noArguments()
+{
+    return {};
+}
 
 QString failedError()
 {
@@ -56,18 +61,12 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
 
 void EngineService::StartEngine()
 {
-    carryOut([this] {
-        m_dispatcher.start();
-        return QVariantList();
-    });
+    carryOut([this] { return m_dispatcher.start().map(noArguments); });
 }
 
 void EngineService::StopEngine()
 {
-    carryOut([this] {
-        m_dispatcher.stop();
-        return QVariantList();
-    });
+    carryOut([this] { return m_dispatcher.stop().map(noArguments); });
 }
 
 int EngineService::TestDevice()
@@ -93,10 +92,11 @@ void EngineService::AddSMS(const QString &phone, const QString &message,
 void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDate)
 {
     carryOut([this, list, deliveryDate] {
-        m_store.queue().add(list, deliveryDate);
-        if (!list.isEmpty())
-            m_dispatcher.noticeQueueChange();
-        return QVariantList();
+        return m_store.queue().add(list, deliveryDate).map([&] {
+            if (!list.isEmpty())
+                m_dispatcher.noticeQueueChange();
+            return QVariantList();
+        });
     });
 }
 
@@ -104,25 +104,24 @@ uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messag
 {
     Deadline deadline(m_clock.time());
     deadline.setRemainingTime(retryTime);
-    carryOut([this, batch, messages, deadline] {
-        try {
-            addBatch(batch, messages);
-        } catch (const StoreFailure &) {
-            if (!deadline.hasExpired())
-                throw;
-        }
-        return QVariantList{static_cast<uint>(StoredBatches(m_store.queue()).stored(batch))};
+    carryOut([this, batch, messages, deadline]() -> StoreResult<QVariantList> {
+        const StoreResult<> added = addBatch(batch, messages);
+        if (!added && !deadline.hasExpired())
+            return failed(added.error());
+        return StoredBatches(m_store.queue()).stored(batch).map([](qsizetype stored) {
+            return QVariantList{static_cast<uint>(stored)};
+        });
     });
     return {}; // not sent
 }
 
-void EngineService::addBatch(const QString &batch, const BusQueueRows &messages)
+StoreResult<> EngineService::addBatch(const QString &batch, const BusQueueRows &messages)
 {
-    const auto notice = qScopeGuard([this, before = m_store.queue().size()] {
-        if (m_store.queue().size() != before) // also where the disk took a part of them
-            m_dispatcher.noticeQueueChange();
-    });
-    StoredBatches(m_store.queue()).add(batch, messages);
+    const qint32 before = m_store.queue().size();
+    StoreResult<> added = StoredBatches(m_store.queue()).add(batch, messages);
+    if (m_store.queue().size() != before) // also where the disk took a part of them
+        m_dispatcher.noticeQueueChange();
+    return added;
 }
 
 int EngineService::GetQueueSize() const
@@ -133,20 +132,27 @@ int EngineService::GetQueueSize() const
 void EngineService::ClearQueue()
 {
     carryOut([this] {
-        m_store.queue().clear();
-        m_dispatcher.noticeQueueChange();
-        return QVariantList();
+        return m_store.queue().clear().map([this] {
+            m_dispatcher.noticeQueueChange();
+            return QVariantList();
+        });
     });
 }
 
-QVariantList EngineService::queuePage(const QString &caller, quint64 snapshot, quint32 first)
+StoreResult<QVariantList> EngineService::queuePage(const QString &caller, quint64 snapshot,
+                                                   quint32 first)
 {
     QueueSnapshots::Page page = m_snapshots.page(caller, snapshot, first);
-    if (page.snapshot == 0)
-        page = m_snapshots.page(caller, m_snapshots.begin(caller, m_store.queue().rows()), 0);
+    if (page.snapshot == 0) {
+        const StoreResult<QList<QueueRow>> rows = m_store.queue().rows();
+        if (!rows)
+            return failed(rows.error());
+        page = m_snapshots.page(caller, m_snapshots.begin(caller, *rows), 0);
+    }
     if (page.isLast)
         m_pacer.listenerFetched(caller);
-    return {QVariant(page.snapshot), QVariant(page.total), QVariant::fromValue(page.rows)};
+    return QVariantList{QVariant(page.snapshot), QVariant(page.total),
+                        QVariant::fromValue(page.rows)};
 }
 
 qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint & /*total*/,
@@ -158,20 +164,21 @@ qulonglong EngineService::GetQueue(qulonglong snapshot, uint first, uint & /*tot
     return {}; // not sent
 }
 
-QVariantList EngineService::queueChanges(const QString &caller, quint64 revision)
+StoreResult<QVariantList> EngineService::queueChanges(const QString &caller, quint64 revision)
 {
     const quint64 now = m_store.queue().journal().revision();
     const auto ids = m_store.queue().journal().since(revision);
     if (!ids)
-        return {QVariant(now), true, QVariant::fromValue(BusQueueRows()),
-                QVariant::fromValue(QList<qlonglong>())};
-    const BusQueueRows present = m_store.queue().rows(*ids);
-    QSet<qint64> gone(ids->cbegin(), ids->cend());
-    for (const QueueRow &row : present)
-        gone.remove(row.id);
-    m_pacer.listenerFetched(caller);
-    return {QVariant(now), false, QVariant::fromValue(present),
-            QVariant::fromValue(QList<qlonglong>(gone.cbegin(), gone.cend()))};
+        return QVariantList{QVariant(now), true, QVariant::fromValue(BusQueueRows()),
+                            QVariant::fromValue(QList<qlonglong>())};
+    return m_store.queue().rows(*ids).map([&](const BusQueueRows &present) {
+        QSet<qint64> gone(ids->cbegin(), ids->cend());
+        for (const QueueRow &row : present)
+            gone.remove(row.id);
+        m_pacer.listenerFetched(caller);
+        return QVariantList{QVariant(now), false, QVariant::fromValue(present),
+                            QVariant::fromValue(QList<qlonglong>(gone.cbegin(), gone.cend()))};
+    });
 }
 
 qulonglong EngineService::GetQueueChanges(qulonglong revision, bool & /*whole*/,
@@ -185,26 +192,27 @@ qulonglong EngineService::GetQueueChanges(qulonglong revision, bool & /*whole*/,
 void EngineService::UpdateQueue(const BusQueueRows &changed, const QList<qlonglong> &deleted)
 {
     carryOut([this, changed, deleted] {
-        const bool inTime = m_store.queue().update(changed, deleted);
-        m_dispatcher.noticeQueueChange();
-        if (!inTime)
-            m_dispatcher.warnTooLate();
-        return QVariantList();
+        return m_store.queue().update(changed, deleted).map([this](bool inTime) {
+            m_dispatcher.noticeQueueChange();
+            if (!inTime)
+                m_dispatcher.warnTooLate();
+            return QVariantList();
+        });
     });
 }
 
 void EngineService::ApplySettings()
 {
-    carryOut([this] {
-        m_dispatcher.applySettings();
-        return QVariantList();
-    });
+    carryOut([this] { return m_dispatcher.applySettings().map(noArguments); });
 }
 
 DeviceSettings EngineService::GetDeviceSettings()
 {
-    carryOut(
-        [this] { return QVariantList{QVariant::fromValue(m_store.settings().deviceSettings())}; });
+    carryOut([this] {
+        return m_store.settings().deviceSettings().map([](const DeviceSettings &settings) {
+            return QVariantList{QVariant::fromValue(settings)};
+        });
+    });
     return {}; // not sent
 }
 
@@ -212,8 +220,8 @@ bool EngineService::SetDeviceSettings(const DeviceSettings &settings)
 {
     carryOut(
         [this, settings] {
-            m_store.settings().setDeviceSettings(settings);
-            return QVariantList{true};
+            return m_store.settings().setDeviceSettings(settings).map(
+                [] { return QVariantList{true}; });
         },
         QVariantList{false});
     return {}; // not sent
@@ -255,20 +263,21 @@ QVariantMap EngineService::GetState() const
 
 void EngineService::reportFailures(const QString &listener)
 {
-    try {
-        for (const Outcome &outcome : m_store.outcomes().unreportedFailures()) {
-            if (m_dispatcher.acknowledgedOutcomes().contains(outcome.id) ||
-                m_acknowledgements.isPending(listener, outcome.id))
-                continue;
-            reportTo(listener, u"SMSSentFailed"_s, {outcome.phone, outcome.text, outcome.code});
-            if (outcome.code == ErrorCode::noRespond)
-                reportTo(listener, u"WarningError"_s,
-                         {outcome.code, Dispatcher::doubtOf(outcome.phone)});
-            numberReport(listener, outcome.id);
-        }
-    } catch (const StoreFailure &failure) {
+    const StoreResult<QList<Outcome>> failures = m_store.outcomes().unreportedFailures();
+    if (!failures) {
         // They are kept, and told to the next one who asks.
-        qCWarning(logBus) << "failures could not be reported:" << failure.text();
+        qCWarning(logBus) << "failures could not be reported:" << failures.error().text();
+        return;
+    }
+    for (const Outcome &outcome : *failures) {
+        if (m_dispatcher.acknowledgedOutcomes().contains(outcome.id) ||
+            m_acknowledgements.isPending(listener, outcome.id))
+            continue;
+        reportTo(listener, u"SMSSentFailed"_s, {outcome.phone, outcome.text, outcome.code});
+        if (outcome.code == ErrorCode::noRespond)
+            reportTo(listener, u"WarningError"_s,
+                     {outcome.code, Dispatcher::doubtOf(outcome.phone)});
+        numberReport(listener, outcome.id);
     }
 }
 
@@ -358,19 +367,26 @@ void EngineService::reportTo(const QString &listener, const QString &event,
 void EngineService::carryOut(const Step &step, const Refusal &refusal)
 {
     setDelayedReply(true);
-    try {
-        const QDBusMessage answer = message().createReply(step());
+    const StoreResult<QVariantList> done = attempt(step);
+    if (done) {
         if (message().isReplyRequired())
-            m_bus.send(answer);
-    } catch (const StoreFailure &failure) {
-        qCWarning(logBus) << "a call waits for the store:" << failure.text();
-        m_dispatcher.noticeStoreFailure(failure);
-        Deadline deadline(m_clock.time());
-        deadline.setRemainingTime(retryTime);
-        m_waiting.append({message(), step, refusal, deadline});
-        if (!m_retry.isActive())
-            m_retry.start(retryInterval);
+            m_bus.send(message().createReply(*done));
+        return;
     }
+    qCWarning(logBus) << "a call waits for the store:" << done.error().text();
+    Deadline deadline(m_clock.time());
+    deadline.setRemainingTime(retryTime);
+    m_waiting.append({message(), step, refusal, deadline});
+    if (!m_retry.isActive())
+        m_retry.start(retryInterval);
+}
+
+StoreResult<QVariantList> EngineService::attempt(const Step &step)
+{
+    StoreResult<QVariantList> done = step();
+    if (!done)
+        m_dispatcher.noticeStoreFailure(done.error());
+    return done;
 }
 
 /// Those that wait, in the order in which they came.
@@ -384,15 +400,13 @@ void EngineService::retryCalls()
 
 void EngineService::retry(const Waiting &waiting)
 {
-    try {
-        m_bus.send(waiting.call.createReply(waiting.step()));
-    } catch (const StoreFailure &failure) {
-        m_dispatcher.noticeStoreFailure(failure);
-        if (waiting.deadline.hasExpired())
-            m_bus.send(failureOf(waiting.call, waiting.refusal, failure.text()));
-        else
-            m_waiting.append(waiting);
-    }
+    const StoreResult<QVariantList> done = attempt(waiting.step);
+    if (done)
+        m_bus.send(waiting.call.createReply(*done));
+    else if (waiting.deadline.hasExpired())
+        m_bus.send(failureOf(waiting.call, waiting.refusal, done.error().text()));
+    else
+        m_waiting.append(waiting);
 }
 
 QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Refusal &refusal,

@@ -69,7 +69,7 @@ Q_SIGNALS:
 
 private:
     /// What a call does with the store; gives the call's output arguments.
-    using Step = std::function<QVariantList()>;
+    using Step = std::function<StoreResult<QVariantList>()>;
     /// The output arguments of a call that has failed for good; without them it fails as a call.
     using Refusal = std::optional<QVariantList>;
 
@@ -85,12 +85,14 @@ private:
     /// Runs the step of the present call, again and again for ten seconds if the store fails, and
     /// answers the call with what it gives; what the operation itself returns isn't sent.
     void carryOut(const Step &step, const Refusal &refusal = {});
+    /// Runs the step, and tells of the store's failure.
+    StoreResult<QVariantList> attempt(const Step &step);
     void retryCalls();
     void retry(const Waiting &waiting);
     QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
-    void addBatch(const QString &batch, const BusQueueRows &messages);
-    QVariantList queuePage(const QString &caller, quint64 snapshot, quint32 first);
-    QVariantList queueChanges(const QString &caller, quint64 revision);
+    StoreResult<> addBatch(const QString &batch, const BusQueueRows &messages);
+    StoreResult<QVariantList> queuePage(const QString &caller, quint64 snapshot, quint32 first);
+    StoreResult<QVariantList> queueChanges(const QString &caller, quint64 revision);
     /// Sends an event to one listener, or to all of them where none is named.
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
     void reportDevice(const QString &listener, const DeviceDetails &details);

@@ -31,15 +31,26 @@ void addDevice(QVariantMap &state, const DeviceDetails &device)
     addPercent(state, "battery", device.battery);
 }
 
-void addStore(QVariantMap &state, const Store &store)
+/// What can be read before a failure is added all the same.
+StoreResult<> addStore(QVariantMap &state, const Store &store)
 {
     state.insert(u"queue"_s, store.queue().size());
-    addText(state, "oldestDue", store.queue().firstDue().value_or(QString()));
-    addText(state, "parameter", store.settings().deviceSettings().Parameter);
-    if (const std::optional<LastFailure> failure = store.outcomes().lastFailure()) {
-        state.insert(u"failureCode"_s, failure->code);
-        addText(state, "failureAt", failure->at);
-    }
+    return store.queue()
+        .firstDue()
+        .and_then([&](const std::optional<QString> &due) {
+            addText(state, "oldestDue", due.value_or(QString()));
+            return store.settings().deviceSettings();
+        })
+        .and_then([&](const DeviceSettings &settings) {
+            addText(state, "parameter", settings.Parameter);
+            return store.outcomes().lastFailure();
+        })
+        .map([&](const std::optional<LastFailure> &failure) {
+            if (!failure)
+                return;
+            state.insert(u"failureCode"_s, failure->code);
+            addText(state, "failureAt", failure->at);
+        });
 }
 
 QStringList storeFault(const Store &store)
@@ -62,12 +73,8 @@ QVariantMap EngineState::ofRunning(const Store &store, const Dispatcher &dispatc
 {
     QVariantMap state;
     QStringList fault = storeFault(store);
-    try {
-        addStore(state, store);
-    } catch (const StoreFailure &failure) {
-        if (fault.isEmpty())
-            fault << u"the store: "_s + failure.text();
-    }
+    if (const StoreResult<> added = addStore(state, store); !added && fault.isEmpty())
+        fault << u"the store: "_s + added.error().text();
     state.insert(u"status"_s, dispatcher.status());
     if (fault.isEmpty() && !dispatcher.storeFault().isEmpty())
         fault << u"the store: "_s + dispatcher.storeFault();
@@ -86,12 +93,15 @@ QVariantMap EngineState::ofRunning(const Store &store, const Dispatcher &dispatc
     return state;
 }
 
-QVariantMap EngineState::ofStore(const Store &store)
+StoreResult<QVariantMap> EngineState::ofStore(const Store &store)
 {
     QVariantMap state;
-    addStore(state, store);
-    state.insert(u"status"_s, store.settings().isToRun() ? 1 : 0);
-    return state;
+    return addStore(state, store)
+        .and_then([&] { return store.settings().isToRun(); })
+        .map([&](bool isToRun) {
+            state.insert(u"status"_s, isToRun ? 1 : 0);
+            return state;
+        });
 }
 
 } // namespace norvane

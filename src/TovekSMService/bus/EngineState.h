@@ -32,7 +32,7 @@ QVariantMap ofRunning(const Store &store, const Dispatcher &dispatcher,
                       const std::optional<LastError> &lastError);
 
 /// What a store alone tells, with no engine.
-QVariantMap ofStore(const Store &store);
+[[nodiscard]] StoreResult<QVariantMap> ofStore(const Store &store);
 
 } // namespace EngineState
 

@@ -2,7 +2,6 @@
 
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Outcomes.h"
-#include "TovekSMService/store/StoreFailure.h"
 
 namespace norvane {
 
@@ -22,13 +21,12 @@ void AcknowledgedOutcomes::add(qint64 outcome)
 
 void AcknowledgedOutcomes::note()
 {
-    try {
-        m_outcomes.markReported(m_unnoted.values());
-        m_unnoted.clear();
-    } catch (const StoreFailure &failure) {
-        qCWarning(logDispatch) << "what was handled could not be noted:" << failure.text();
+    if (const StoreResult<> noted = m_outcomes.markReported(m_unnoted.values()); !noted) {
+        qCWarning(logDispatch) << "what was handled could not be noted:" << noted.error().text();
         m_timer.start(m_retryMs);
+        return;
     }
+    m_unnoted.clear();
 }
 
 } // namespace norvane

@@ -6,7 +6,6 @@
 #include "TovekSMService/dispatch/RunState.h"
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/EngineSettingsStore.h"
-#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/ErrorCodes.h"
 
@@ -139,20 +138,22 @@ bool DeviceKeeper::mayOpen() const
 
 void DeviceKeeper::open()
 {
-    try {
-        if (!m_inForce)
-            m_inForce = m_settings.deviceSettings();
-        const DeviceSettings settings = *m_inForce;
-        m_parameter = settings.Parameter;
-        if (const std::optional<ModemFailure> fault = faultOf(settings))
-            onFailed(*fault);
-        else
-            m_modem.open(*parsePortParameter(settings.Parameter), settings.PINCode, openMode(),
-                         knownImei());
-    } catch (const StoreFailure &failure) {
-        m_outbox.noteStoreFailure(failure);
-        onFailed({ErrorCode::fail, failure.text(), true});
+    if (!m_inForce) {
+        const StoreResult<DeviceSettings> stored = m_settings.deviceSettings();
+        if (!stored) {
+            m_outbox.noteStoreFailure(stored.error());
+            onFailed({ErrorCode::fail, stored.error().text(), true});
+            return;
+        }
+        m_inForce = *stored;
     }
+    const DeviceSettings settings = *m_inForce;
+    m_parameter = settings.Parameter;
+    if (const std::optional<ModemFailure> fault = faultOf(settings))
+        onFailed(*fault);
+    else
+        m_modem.open(*parsePortParameter(settings.Parameter), settings.PINCode, openMode(),
+                     knownImei());
 }
 
 Modem::OpenMode DeviceKeeper::openMode() const
@@ -165,11 +166,7 @@ Modem::OpenMode DeviceKeeper::openMode() const
 /// Of the device that was in use last; a store that fails is no reason to leave the device alone.
 QString DeviceKeeper::knownImei() const
 {
-    try {
-        return m_settings.deviceImei(m_parameter);
-    } catch (const StoreFailure &) {
-        return {};
-    }
+    return m_settings.deviceImei(m_parameter).value_or(QString());
 }
 
 void DeviceKeeper::close()
@@ -221,12 +218,15 @@ void DeviceKeeper::onTested(bool ok, int code, const DeviceDetails &details, con
 /// So that it is found again under another name.
 void DeviceKeeper::rememberDevice(const DeviceDetails &details)
 {
-    try {
-        if (!details.imei.isEmpty() && m_settings.deviceImei(m_parameter) != details.imei)
-            m_settings.setDeviceImei(m_parameter, details.imei);
-    } catch (const StoreFailure &failure) {
-        qCWarning(logDispatch) << "the device could not be noted:" << failure.text();
-    }
+    if (details.imei.isEmpty())
+        return;
+    const StoreResult<> noted =
+        m_settings.deviceImei(m_parameter).and_then([&](const QString &known) {
+            return known == details.imei ? StoreResult<>()
+                                         : m_settings.setDeviceImei(m_parameter, details.imei);
+        });
+    if (!noted)
+        qCWarning(logDispatch) << "the device could not be noted:" << noted.error().text();
 }
 
 void DeviceKeeper::noteFailed(const SendFailure &failure, bool ofDevice)

@@ -36,8 +36,7 @@ public:
                  const DispatcherTimings &timings, const EngineSettings &settings);
 
     /// Takes over from the store when the device was reset last.
-    /// @throws StoreFailure
-    void recallReset() { m_resetLimit.recall(); }
+    [[nodiscard]] StoreResult<> recallReset() { return m_resetLimit.recall(); }
 
     bool isInForce(const DeviceSettings &settings) const { return m_inForce == settings; }
     /// Puts the settings in force, and forgets the fault of the device: it is closed and opened

@@ -47,12 +47,15 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(&m_outbox.storeMonitor(), &StoreMonitor::writable, this, &Dispatcher::work);
 }
 
-void Dispatcher::resume()
+StoreResult<> Dispatcher::resume()
 {
-    const bool run = m_store.settings().isToRun();
-    m_device.recallReset();
-    m_state.running = run;
-    if (run) {
+    const StoreResult<bool> run = m_store.settings().isToRun();
+    if (!run)
+        return failed(run.error());
+    if (StoreResult<> recalled = m_device.recallReset(); !recalled)
+        return recalled;
+    m_state.running = *run;
+    if (m_state.running) {
         m_sender.cancelRelease();
         Q_EMIT statusChanged(status());
     } else {
@@ -60,39 +63,48 @@ void Dispatcher::resume()
     }
     if (!m_sender.reportInterrupted())
         workLater();
+    return {};
 }
 
-void Dispatcher::start()
+StoreResult<> Dispatcher::start()
 {
-    const DeviceSettings settings = m_store.settings().deviceSettings();
-    if (m_state.running && m_device.isInForce(settings))
-        return;
-    m_store.database().together([this] {
-        m_store.settings().setToRun(true);
-        m_store.queue().holdPartlySent();
+    const StoreResult<DeviceSettings> settings = m_store.settings().deviceSettings();
+    if (!settings)
+        return failed(settings.error());
+    if (m_state.running && m_device.isInForce(*settings))
+        return {};
+    const StoreResult<> noted = m_store.database().together([this] {
+        return m_store.settings().setToRun(true).and_then(
+            [this] { return m_store.queue().holdPartlySent(); });
     });
-    m_device.putInForce(settings, DeviceKeeper::Reopening::IfChanged);
+    if (!noted)
+        return noted;
+    m_device.putInForce(*settings, DeviceKeeper::Reopening::IfChanged);
     m_state.running = true;
     Q_EMIT statusChanged(status());
     work();
+    return {};
 }
 
-void Dispatcher::stop()
+StoreResult<> Dispatcher::stop()
 {
     if (!m_state.running)
-        return;
-    m_store.settings().setToRun(false);
-    m_state.running = false;
-    m_sender.requestRelease();
-    m_device.releaseTested();
-    Q_EMIT statusChanged(status());
-    work();
+        return {};
+    return m_store.settings().setToRun(false).map([this] {
+        m_state.running = false;
+        m_sender.requestRelease();
+        m_device.releaseTested();
+        Q_EMIT statusChanged(status());
+        work();
+    });
 }
 
-void Dispatcher::applySettings()
+StoreResult<> Dispatcher::applySettings()
 {
-    m_device.putInForce(m_store.settings().deviceSettings(), DeviceKeeper::Reopening::Always);
-    work();
+    return m_store.settings().deviceSettings().map([this](const DeviceSettings &settings) {
+        m_device.putInForce(settings, DeviceKeeper::Reopening::Always);
+        work();
+    });
 }
 
 void Dispatcher::testDevice(TestAnswer answer)

@@ -42,18 +42,16 @@ public:
 
     /// The first step after the program's start: reports what the last run left in the middle, and
     /// starts if the engine was started.
-    /// @throws StoreFailure
-    void resume();
+    [[nodiscard]] StoreResult<> resume();
 
     qint32 status() const { return m_state.running ? 1 : 0; }
-    /// @throws StoreFailure; the status is as it was then
-    void start();
-    /// @throws StoreFailure; the status is as it was then
-    void stop();
+    /// Where it fails, the status is as it was.
+    [[nodiscard]] StoreResult<> start();
+    /// Where it fails, the status is as it was.
+    [[nodiscard]] StoreResult<> stop();
     /// Puts the stored device settings in force, as start() does where they are other ones: the
-    /// device is closed and opened anew.
-    /// @throws StoreFailure; nothing has changed then
-    void applySettings();
+    /// device is closed and opened anew. Where it fails, nothing has changed.
+    [[nodiscard]] StoreResult<> applySettings();
     /// Asks the device when its turn comes, and gives 1 or the code of what stands in the way,
     /// within the time limit. The reason of a failure is raised as a warning before that. A device
     /// that answers stays open for a moment, as an engine that was stopped for the test is started

@@ -12,15 +12,18 @@ using namespace Qt::StringLiterals;
 
 Outbox::Entry Outbox::Entry::then(const Entry &next) const
 {
-    const auto inTurn = [](const std::function<void()> &one, const std::function<void()> &other) {
-        return [one, other] {
-            if (one)
-                one();
-            if (other)
-                other();
-        };
+    const auto writeBoth = [write = write, other = next.write]() -> StoreResult<> {
+        if (StoreResult<> written = write ? write() : StoreResult<>(); !written || !other)
+            return written;
+        return other();
     };
-    return {inTurn(write, next.write), inTurn(report, next.report)};
+    const auto reportBoth = [report = report, other = next.report] {
+        if (report)
+            report();
+        if (other)
+            other();
+    };
+    return {writeBoth, reportBoth};
 }
 
 Outbox::Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimings &timings,
@@ -43,24 +46,22 @@ void Outbox::commit(const Entry &entry, const FollowUp &next)
 void Outbox::flush(const FollowUp &next)
 {
     const Entry entry = *m_pending;
-    bool isFollowed = false;
-    try {
-        m_database.together([&] {
-            entry.write();
-            isFollowed = next.begin && next.begin();
-        });
-    } catch (const StoreFailure &failure) {
-        qCWarning(logDispatch) << "an outcome waits for the store:" << failure.text();
-        noteStoreFailure(failure);
+    const StoreResult<bool> isFollowed = m_database.together([&] {
+        return entry.write().and_then(
+            [&] { return next.begin ? next.begin() : StoreResult<bool>(false); });
+    });
+    if (!isFollowed) {
+        qCWarning(logDispatch) << "an outcome waits for the store:" << isFollowed.error().text();
+        noteStoreFailure(isFollowed.error());
         m_retry.start(m_retryMs);
         return;
     }
     m_pending.reset();
     m_retry.stop();
-    if (isFollowed)
+    if (*isFollowed)
         next.start();
     entry.report();
-    if (!isFollowed)
+    if (!*isFollowed)
         Q_EMIT committed();
 }
 

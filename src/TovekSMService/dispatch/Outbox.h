@@ -29,8 +29,8 @@ public:
     /// What must be on disk before anything else begins, and what is reported when it is.
     struct Entry
     {
-        std::function<void()> write;  ///< may be empty; throws StoreFailure
-        std::function<void()> report; ///< may be empty
+        std::function<StoreResult<>()> write; ///< may be empty
+        std::function<void()> report;         ///< may be empty
 
         /// This entry and the next one as one.
         Entry then(const Entry &next) const;
@@ -38,8 +38,8 @@ public:
     /// What begins in the same commit as an entry: both are on disk, or neither.
     struct FollowUp
     {
-        /// Runs in the transaction. Gives whether something begins; throws StoreFailure.
-        std::function<bool()> begin;
+        /// Runs in the transaction. Gives whether something begins.
+        std::function<StoreResult<bool>()> begin;
         std::function<void()> start; ///< runs behind the commit, before the reports
     };
 

@@ -2,7 +2,6 @@
 
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/Outcomes.h"
-#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Clock.h"
 
 namespace norvane {
@@ -23,13 +22,12 @@ OutcomePruner::OutcomePruner(Outcomes &outcomes, const Clock &clock, int keepDay
 
 void OutcomePruner::step()
 {
-    int forgotten = 0;
-    try {
-        forgotten = m_outcomes.prune(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
-    } catch (const StoreFailure &failure) {
-        qCWarning(logDispatch).noquote() << "old outcomes stay for now:" << failure.text();
-    }
-    m_timer.start(forgotten < m_pace.outcomes ? m_pace.restMs : m_pace.stepMs);
+    const StoreResult<int> forgotten =
+        m_outcomes.prune(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
+    if (!forgotten)
+        qCWarning(logDispatch).noquote()
+            << "old outcomes stay for now:" << forgotten.error().text();
+    m_timer.start(forgotten.value_or(0) < m_pace.outcomes ? m_pace.restMs : m_pace.stepMs);
 }
 
 } // namespace norvane

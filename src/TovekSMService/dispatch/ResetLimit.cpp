@@ -2,7 +2,6 @@
 
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/EngineSettingsStore.h"
-#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Clock.h"
 
 namespace norvane {
@@ -23,19 +22,19 @@ ResetLimit::ResetLimit(EngineSettingsStore &settings, const Clock &clock, int in
 void ResetLimit::noteReset()
 {
     m_next.setRemainingTime(millisecondsOf(m_interval));
-    try {
-        m_settings.setLastReset(m_clock.wallClockText());
-    } catch (const StoreFailure &failure) {
-        qCWarning(logDispatch) << "the reset of the device could not be noted:" << failure.text();
-    }
+    if (const StoreResult<> noted = m_settings.setLastReset(m_clock.wallClockText()); !noted)
+        qCWarning(logDispatch) << "the reset of the device could not be noted:"
+                               << noted.error().text();
 }
 
-void ResetLimit::recall()
+StoreResult<> ResetLimit::recall()
 {
-    const QDateTime last = momentOf(m_settings.lastReset());
-    const qint64 passed = last.secsTo(m_clock.wallClock());
-    if (last.isValid() && passed >= 0 && passed < m_interval)
-        m_next.setRemainingTime(millisecondsOf(m_interval - passed));
+    return m_settings.lastReset().map([this](const QString &at) {
+        const QDateTime last = momentOf(at);
+        const qint64 passed = last.secsTo(m_clock.wallClock());
+        if (last.isValid() && passed >= 0 && passed < m_interval)
+            m_next.setRemainingTime(millisecondsOf(m_interval - passed));
+    });
 }
 
 } // namespace norvane

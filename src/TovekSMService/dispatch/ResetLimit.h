@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Deadline.h"
 
 namespace norvane {
@@ -21,8 +22,7 @@ public:
     /// The device was reset now.
     void noteReset();
     /// Takes over from the store when the last reset was.
-    /// @throws StoreFailure
-    void recall();
+    [[nodiscard]] StoreResult<> recall();
 
 private:
     EngineSettingsStore &m_settings;

@@ -38,13 +38,14 @@ bool Scheduler::isLimited() const
     return m_settings.partsPerMinute > 0 || m_settings.partsPerDay > 0;
 }
 
-bool Scheduler::limitsAllowPart() const
+StoreResult<bool> Scheduler::limitsAllowPart() const
 {
     if (!isLimited())
         return true;
-    const PartCounts counts = m_store.parts().counts(m_clock.wallClockText());
-    return (m_settings.partsPerMinute == 0 || counts.inMinute < m_settings.partsPerMinute) &&
-           (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
+    return m_store.parts().counts(m_clock.wallClockText()).map([this](const PartCounts &counts) {
+        return (m_settings.partsPerMinute == 0 || counts.inMinute < m_settings.partsPerMinute) &&
+               (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
+    });
 }
 
 std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &message)
@@ -61,52 +62,71 @@ std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &mes
     return LeavingMessage{message, std::get<QList<SubmitPart>>(result), {}};
 }
 
-QList<LeavingMessage> Scheduler::beginRun(LeavingMessage first, int maxLength)
+StoreResult<QList<LeavingMessage>> Scheduler::beginRun(const LeavingMessage &first, int maxLength)
 {
-    QList<LeavingMessage> run;
-    m_store.database().together([&] { run = begin(std::move(first), maxLength); });
-    return run;
-}
-
-QList<LeavingMessage> Scheduler::begin(LeavingMessage first, int maxLength)
-{
-    begin(first);
     QList<LeavingMessage> run = {first};
     // Parts that are counted, or that others follow, begin one at a time.
-    if (isLimited() || first.parts.size() > 1 || maxLength == 1)
-        return run;
+    const bool isAlone = isLimited() || first.parts.size() > 1;
+    return m_store.database()
+        .together([&] {
+            return begin(run.first()).and_then([&] {
+                return isAlone ? StoreResult<>() : beginSingles(run, maxLength - 1);
+            });
+        })
+        .map([&] { return run; });
+}
+
+/// Adds those messages to the run, `max` at most, that go next, are due and of one part.
+StoreResult<> Scheduler::beginSingles(QList<LeavingMessage> &run, int max)
+{
+    if (max < 1)
+        return {};
+    const StoreResult<QList<StoredMessage>> messages = m_store.queue().first(max);
+    if (!messages)
+        return failed(messages.error());
     const QString now = m_clock.wallClockText();
-    for (const StoredMessage &message : m_store.queue().first(maxLength - 1)) {
+    for (const StoredMessage &message : *messages) {
         auto result = encoded(message);
         auto *const next = std::get_if<LeavingMessage>(&result);
         if (!isDue(message, now) || next == nullptr || next->parts.size() > 1)
             break;
-        begin(*next);
+        if (StoreResult<> begun = begin(*next); !begun)
+            return begun;
         run.append(*next);
     }
-    return run;
+    return {};
 }
 
-void Scheduler::begin(LeavingMessage &leaving)
+StoreResult<> Scheduler::begin(LeavingMessage &leaving)
 {
-    StoredMessage &message = leaving.message;
-    if (leaving.parts.size() > 1 && !message.reference) {
-        message.reference = m_store.settings().nextReference();
-        setReference(leaving.parts, *message.reference);
-    }
-    m_store.queue().beginPart(
-        message.id, message.reference,
-        QCryptographicHash::hash(leaving.part().hex, QCryptographicHash::Sha256));
-    if (isLimited()) {
-        leaving.begunAt = m_clock.wallClockText();
-        m_store.parts().count(leaving.begunAt);
-    }
+    return tieParts(leaving)
+        .and_then([&] {
+            const StoredMessage &message = leaving.message;
+            const QByteArray hash =
+                QCryptographicHash::hash(leaving.part().hex, QCryptographicHash::Sha256);
+            return m_store.queue().beginPart(message.id, message.reference, hash);
+        })
+        .and_then([&]() -> StoreResult<> {
+            if (!isLimited())
+                return {};
+            leaving.begunAt = m_clock.wallClockText();
+            return m_store.parts().count(leaving.begunAt);
+        });
 }
 
-void Scheduler::uncountPart(const QString &begunAt)
+StoreResult<> Scheduler::tieParts(LeavingMessage &leaving)
 {
-    if (isLimited())
-        m_store.parts().uncount(begunAt);
+    if (leaving.parts.size() < 2 || leaving.message.reference)
+        return {};
+    return m_store.settings().nextReference().map([&](quint16 reference) {
+        leaving.message.reference = reference;
+        setReference(leaving.parts, reference);
+    });
+}
+
+StoreResult<> Scheduler::uncountPart(const QString &begunAt)
+{
+    return isLimited() ? m_store.parts().uncount(begunAt) : StoreResult<>();
 }
 
 } // namespace norvane

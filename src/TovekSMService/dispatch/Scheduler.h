@@ -16,8 +16,7 @@ class Store;
 struct StoredMessage;
 
 /// Decides which messages may leave: those that are due and not too late, that can be encoded, and
-/// whose parts the limits of the settings allow. Notes them as leaving. Whatever asks the store
-/// throws StoreFailure.
+/// whose parts the limits of the settings allow. Notes them as leaving.
 class Scheduler
 {
 public:
@@ -28,16 +27,17 @@ public:
     bool isDue(const StoredMessage &message) const;
     /// Whether the message is to be given up by that moment, "yyyy-MM-ddTHH:mm:ss".
     bool isTooLate(const StoredMessage &message, const QString &at) const;
-    bool limitsAllowPart() const;
+    [[nodiscard]] StoreResult<bool> limitsAllowPart() const;
     /// The message in the device's form, or the code with which it fails.
     std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
 
     /// What leaves next: the first message, and behind it those that are due and of one part. They
     /// are noted as leaving, all or none of them.
     /// @param maxLength  of the run, in messages
-    QList<LeavingMessage> beginRun(LeavingMessage first, int maxLength);
+    [[nodiscard]] StoreResult<QList<LeavingMessage>> beginRun(const LeavingMessage &first,
+                                                              int maxLength);
     /// The part that was counted at that moment did not leave.
-    void uncountPart(const QString &begunAt);
+    [[nodiscard]] StoreResult<> uncountPart(const QString &begunAt);
 
     /// @param id  of the message of which the last part that left was not its last; 0 for none
     void setUnfinished(qint64 id) { m_unfinished = id; }
@@ -45,8 +45,9 @@ public:
 private:
     static bool isDue(const StoredMessage &message, const QString &at);
     bool isLimited() const;
-    QList<LeavingMessage> begin(LeavingMessage first, int maxLength);
-    void begin(LeavingMessage &leaving);
+    StoreResult<> begin(LeavingMessage &leaving);
+    StoreResult<> beginSingles(QList<LeavingMessage> &run, int max);
+    StoreResult<> tieParts(LeavingMessage &leaving);
 
     Store &m_store;
     const Clock &m_clock;

@@ -31,28 +31,40 @@ Sender::Sender(MessageQueue &queue, Modem &modem, const Clock &clock, Outbox &ou
 
 void Sender::sendFirst()
 {
-    try {
-        const std::optional<StoredMessage> message = m_queue.first();
-        if (!message)
-            return;
-        if (!m_scheduler.isDue(*message)) {
-            waitFor(*message);
-            return;
-        }
-        auto result = m_scheduler.encoded(*message);
-        if (const auto *const code = std::get_if<qint32>(&result)) {
-            fail(*message, *code);
-        } else if (!m_scheduler.limitsAllowPart()) {
-            m_wake.start(m_maxSleepMs);
-        } else {
-            startRun(m_scheduler.beginRun(std::get<LeavingMessage>(result), m_run.maxLength()));
-        }
-    } catch (const StoreFailure &failure) {
-        // Nothing leaves without its commit: the store is looked at again shortly.
-        qCWarning(logDispatch) << "the queue can't be used:" << failure.text();
-        m_outbox.noteStoreFailure(failure);
-        m_wake.start(m_storeRetryMs);
+    const StoreResult<> tried = m_queue.first().and_then(
+        [this](const auto &message) { return message ? sendIfDue(*message) : StoreResult<>(); });
+    // Nothing leaves without its commit: the store is looked at again shortly.
+    if (!tried)
+        retryLater("the queue can't be used:", tried.error());
+}
+
+StoreResult<> Sender::sendIfDue(const StoredMessage &message)
+{
+    if (!m_scheduler.isDue(message)) {
+        waitFor(message);
+        return {};
     }
+    const auto result = m_scheduler.encoded(message);
+    if (const auto *const code = std::get_if<qint32>(&result)) {
+        fail(message, *code);
+        return {};
+    }
+    const StoreResult<bool> isAllowed = m_scheduler.limitsAllowPart();
+    if (!isAllowed)
+        return failed(isAllowed.error());
+    if (!*isAllowed) {
+        m_wake.start(m_maxSleepMs);
+        return {};
+    }
+    return m_scheduler.beginRun(std::get<LeavingMessage>(result), m_run.maxLength())
+        .map([this](const QList<LeavingMessage> &run) { startRun(run); });
+}
+
+void Sender::retryLater(const char *words, const StoreFailure &failure)
+{
+    qCWarning(logDispatch) << words << failure.text();
+    m_outbox.noteStoreFailure(failure);
+    m_wake.start(m_storeRetryMs);
 }
 
 void Sender::waitFor(const StoredMessage &message)
@@ -67,17 +79,24 @@ bool Sender::mayBegin() const
     return m_state.running && !m_state.finishing && m_device.isFree();
 }
 
-QList<LeavingMessage> Sender::beginFollowing()
+StoreResult<QList<LeavingMessage>> Sender::beginFollowing()
 {
     if (!mayBegin() || m_current)
-        return {};
-    const std::optional<StoredMessage> message = m_queue.first();
-    if (!message || !m_scheduler.isDue(*message) || !m_scheduler.limitsAllowPart())
-        return {};
-    auto result = m_scheduler.encoded(*message);
-    const auto *const first = std::get_if<LeavingMessage>(&result);
-    return first == nullptr ? QList<LeavingMessage>()
-                            : m_scheduler.beginRun(*first, m_run.maxLength());
+        return QList<LeavingMessage>();
+    const StoreResult<std::optional<StoredMessage>> first = m_queue.first();
+    if (!first)
+        return failed(first.error());
+    if (!*first || !m_scheduler.isDue(**first))
+        return QList<LeavingMessage>();
+    const StoreResult<bool> isAllowed = m_scheduler.limitsAllowPart();
+    if (!isAllowed)
+        return failed(isAllowed.error());
+    if (!*isAllowed)
+        return QList<LeavingMessage>();
+    const auto result = m_scheduler.encoded(**first);
+    const auto *const message = std::get_if<LeavingMessage>(&result);
+    return message == nullptr ? QList<LeavingMessage>()
+                              : m_scheduler.beginRun(*message, m_run.maxLength());
 }
 
 void Sender::startRun(const QList<LeavingMessage> &messages)
@@ -98,15 +117,12 @@ Modem::Followers Sender::followersOf(const LeavingMessage &message) const
 {
     if (!m_modem.asksForFollowers())
         return Modem::Followers::None;
-    bool isFollowed = m_run.hasNext() || message.message.partsSent + 1 < message.parts.size();
-    if (!isFollowed) {
-        try {
-            const std::optional<StoredMessage> next = m_queue.first();
-            isFollowed = next && m_scheduler.isDue(*next);
-        } catch (const StoreFailure &failure) {
-            qCWarning(logDispatch) << "the queue can't be read:" << failure.text();
-        }
-    }
+    if (m_run.hasNext() || message.message.partsSent + 1 < message.parts.size())
+        return Modem::Followers::Some;
+    const StoreResult<std::optional<StoredMessage>> next = m_queue.first();
+    if (!next)
+        qCWarning(logDispatch) << "the queue can't be read:" << next.error().text();
+    const bool isFollowed = next && *next && m_scheduler.isDue(**next);
     return isFollowed ? Modem::Followers::Some : Modem::Followers::None;
 }
 
@@ -123,7 +139,7 @@ void Sender::onPartAccepted(int reference)
     m_device.endFault();
     if (partsSent < current.parts.size()) {
         m_scheduler.setUnfinished(message.id);
-        commit({[this, id = message.id, partsSent] { m_queue.endPart(id, partsSent); }, {}});
+        commit({[this, id = message.id, partsSent] { return m_queue.endPart(id, partsSent); }, {}});
         return;
     }
     m_scheduler.setUnfinished(0);
@@ -174,12 +190,11 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
     if (makesWay)
         m_refused.insert(message.id, false);
     commit({[this, message, makesWay, begunAt = current.begunAt] {
-                if (makesWay)
-                    m_queue.postpone(message.id, message.attempts,
-                                     m_clock.wallClockText(m_retries.messageDelay(1)));
-                else
-                    m_queue.cancelPart(message.id);
-                m_scheduler.uncountPart(begunAt);
+                const StoreResult<> waits =
+                    makesWay ? m_queue.postpone(message.id, message.attempts,
+                                                m_clock.wallClockText(m_retries.messageDelay(1)))
+                             : m_queue.cancelPart(message.id);
+                return waits.and_then([&] { return m_scheduler.uncountPart(begunAt); });
             },
             [this, makesWay] {
                 if (makesWay)
@@ -198,7 +213,7 @@ bool Sender::retry(const StoredMessage &message)
     if (m_scheduler.isTooLate(message, m_clock.wallClockText(delay)))
         return false;
     commit({[this, id = message.id, attempts, delay] {
-                m_queue.postpone(id, attempts, m_clock.wallClockText(delay));
+                return m_queue.postpone(id, attempts, m_clock.wallClockText(delay));
             },
             [this] { m_outbox.reportQueueChange(); }});
     return true;
@@ -209,58 +224,60 @@ void Sender::fail(const StoredMessage &message, qint32 code)
     m_refused.remove(message.id);
     const auto outcome = std::make_shared<qint64>(0);
     commit({[this, id = message.id, code, outcome] {
-                *outcome = m_queue.finish(id, code, std::nullopt, m_clock.wallClockText(), false);
+                return m_queue.finish(id, code, std::nullopt, m_clock.wallClockText(), false)
+                    .map([&](qint64 kept) { *outcome = kept; });
             },
             [this, message, code, outcome] { m_outbox.reportFailed(message, *outcome, code); }});
 }
 
 bool Sender::mayBeInterrupted() const
 {
-    try {
-        return !m_queue.interrupted().isEmpty();
-    } catch (const StoreFailure &) {
-        return true; // found out when the store can be read
-    }
+    const StoreResult<QList<StoredMessage>> messages = m_queue.interrupted();
+    return !messages || !messages->isEmpty(); // found out when the store can be read
 }
 
 bool Sender::reportInterrupted()
 {
     if (!mayBeInterrupted())
         return false;
-    struct Report
-    {
-        QList<StoredMessage> messages;
-        QList<qint64> outcomes;
-    };
-    const auto report = std::make_shared<Report>();
-    commit({[this, report] {
-                *report = {m_queue.interrupted(), {}};
-                for (const StoredMessage &message : report->messages)
-                    report->outcomes
-                        << m_queue.finish(message.id, ErrorCode::noRespond, std::nullopt,
-                                          m_clock.wallClockText(), false);
+    const auto ended = std::make_shared<QList<Interrupted>>();
+    commit({[this, ended] {
+                return finishInterrupted().map(
+                    [&](const QList<Interrupted> &finished) { *ended = finished; });
             },
-            [this, report] {
-                for (qsizetype i = 0; i < report->messages.size(); ++i)
-                    m_outbox.reportFailed(report->messages.at(i), report->outcomes.at(i),
-                                          ErrorCode::noRespond);
+            [this, ended] {
+                for (const Interrupted &each : *ended)
+                    m_outbox.reportFailed(each.message, each.outcome, ErrorCode::noRespond);
             }});
     return true;
+}
+
+StoreResult<QList<Sender::Interrupted>> Sender::finishInterrupted()
+{
+    const StoreResult<QList<StoredMessage>> messages = m_queue.interrupted();
+    if (!messages)
+        return failed(messages.error());
+    QList<Interrupted> finished;
+    for (const StoredMessage &message : *messages) {
+        const StoreResult<qint64> outcome = m_queue.finish(
+            message.id, ErrorCode::noRespond, std::nullopt, m_clock.wallClockText(), false);
+        if (!outcome)
+            return failed(outcome.error());
+        finished.append({message, *outcome});
+    }
+    return finished;
 }
 
 void Sender::release()
 {
     if (!m_releaseDue)
         return;
-    try {
-        m_queue.releaseBetweenParts();
-        m_releaseDue = false;
-        m_scheduler.setUnfinished(0);
-    } catch (const StoreFailure &failure) {
-        qCWarning(logDispatch) << "messages in progress could not be released:" << failure.text();
-        m_outbox.noteStoreFailure(failure);
-        m_wake.start(m_storeRetryMs);
+    if (const StoreResult<> released = m_queue.releaseBetweenParts(); !released) {
+        retryLater("messages in progress could not be released:", released.error());
+        return;
     }
+    m_releaseDue = false;
+    m_scheduler.setUnfinished(0);
 }
 
 void Sender::forgetMessages()
@@ -272,7 +289,7 @@ void Sender::forgetMessages()
 
 Outbox::Entry Sender::entryOf(const SendingRun &run)
 {
-    return {[this, run] { run.keep(m_queue); },
+    return {[this, run] { return run.keep(m_queue); },
             [this, taken = run.taken()] {
                 auto others = m_queue.size() + static_cast<int>(taken.size());
                 for (const SendingRun::Taken &each : taken)
@@ -285,8 +302,11 @@ void Sender::commit(const Outbox::Entry &entry)
 {
     QList<LeavingMessage> next;
     const Outbox::FollowUp followUp = {[&] {
-                                           next = beginFollowing();
-                                           return !next.isEmpty();
+                                           return beginFollowing().map(
+                                               [&](const QList<LeavingMessage> &run) {
+                                                   next = run;
+                                                   return !run.isEmpty();
+                                               });
                                        },
                                        [&] { startRun(next); }};
     m_outbox.commit(entryOf(m_run.end()).then(entry), followUp);

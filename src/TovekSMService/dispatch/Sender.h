@@ -55,9 +55,19 @@ Q_SIGNALS:
     void wake();
 
 private:
+    /// A message that the last run of the program left in the middle, and the failure that it is
+    /// now.
+    struct Interrupted
+    {
+        StoredMessage message;
+        qint64 outcome = 0;
+    };
+
+    StoreResult<> sendIfDue(const StoredMessage &message);
+    void retryLater(const char *words, const StoreFailure &failure);
     bool mayBegin() const;
     void waitFor(const StoredMessage &message);
-    QList<LeavingMessage> beginFollowing();
+    StoreResult<QList<LeavingMessage>> beginFollowing();
     void startRun(const QList<LeavingMessage> &messages);
     void send(const LeavingMessage &message);
     Modem::Followers followersOf(const LeavingMessage &message) const;
@@ -68,6 +78,7 @@ private:
     bool retry(const StoredMessage &message);
     void fail(const StoredMessage &message, qint32 code);
     bool mayBeInterrupted() const;
+    StoreResult<QList<Interrupted>> finishInterrupted();
     Outbox::Entry entryOf(const SendingRun &run);
     void commit(const Outbox::Entry &entry);
 

@@ -11,12 +11,19 @@ const SubmitPart &LeavingMessage::part() const
     return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
 }
 
-void SendingRun::keep(MessageQueue &queue) const
+StoreResult<> SendingRun::keep(MessageQueue &queue) const
 {
-    for (const Taken &taken : m_taken)
-        queue.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
-    for (const LeavingMessage &left : m_ahead)
-        queue.cancelPart(left.message.id);
+    for (const Taken &taken : m_taken) {
+        const StoreResult<qint64> outcome =
+            queue.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
+        if (!outcome)
+            return failed(outcome.error());
+    }
+    for (const LeavingMessage &left : m_ahead) {
+        if (StoreResult<> cancelled = queue.cancelPart(left.message.id); !cancelled)
+            return cancelled;
+    }
+    return {};
 }
 
 } // namespace norvane

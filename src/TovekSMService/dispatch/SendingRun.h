@@ -43,8 +43,7 @@ public:
     const QList<Taken> &taken() const { return m_taken; }
 
     /// Keeps the outcomes of what was taken, and lets what was not handed over wait again.
-    /// @throws StoreFailure
-    void keep(MessageQueue &queue) const;
+    [[nodiscard]] StoreResult<> keep(MessageQueue &queue) const;
 
 private:
     QList<LeavingMessage> m_ahead;

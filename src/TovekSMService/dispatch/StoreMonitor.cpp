@@ -41,26 +41,29 @@ void StoreMonitor::reportLoss(bool damaged)
 /// Only a write shows whether the failure is over.
 void StoreMonitor::probe()
 {
-    try {
-        m_database.probe();
-        qCInfo(logDispatch) << "the store can be written again";
-        m_failure.clear();
-        endFault();
-        m_lostFor.invalidate();
-        Q_EMIT writable();
+    if (const StoreResult<> written = m_database.probe(); !written) {
+        noteFailure(written.error());
+        if (m_failingFor.hasExpired(m_lastingMs))
+            reportLasting(written.error());
+        m_probe.start(m_retryMs);
         return;
-    } catch (const StoreFailure &failure) {
-        noteFailure(failure);
-        if (m_failingFor.hasExpired(m_lastingMs) &&
-            m_database.access() == StoreDatabase::Access::Whole) {
-            if (m_fault.isEmpty())
-                warn(failure.text());
-            // A file that was taken away and brought back is another one than that which is open.
-            if (failure.kind() != StoreFailure::Kind::Busy && mayReportLoss())
-                reportLoss(false);
-        }
     }
-    m_probe.start(m_retryMs);
+    qCInfo(logDispatch) << "the store can be written again";
+    m_failure.clear();
+    endFault();
+    m_lostFor.invalidate();
+    Q_EMIT writable();
+}
+
+void StoreMonitor::reportLasting(const StoreFailure &failure)
+{
+    if (m_database.access() != StoreDatabase::Access::Whole)
+        return;
+    if (m_fault.isEmpty())
+        warn(failure.text());
+    // A file that was taken away and brought back is another one than that which is open.
+    if (failure.kind() != StoreFailure::Kind::Busy && mayReportLoss())
+        reportLoss(false);
 }
 
 void StoreMonitor::warn(const QString &reason)

@@ -41,6 +41,7 @@ Q_SIGNALS:
 
 private:
     void probe();
+    void reportLasting(const StoreFailure &failure);
     bool mayReportLoss() const;
     void reportLoss(bool damaged);
 

@@ -100,7 +100,7 @@ EngineHost::Start EngineHost::lockStore(const QString &folder)
 
 void EngineHost::makeParts(const QString &storeFile)
 {
-    m_store = std::make_unique<Store>(storeFile, Store::Opening::Later);
+    m_store = std::make_unique<Store>(storeFile);
     m_pinGate = std::make_unique<StoredPinGate>(
         m_store->pins(), [this] { return m_clock.wallClockText(); }, m_clock.time());
     const EngineSettings settings = EngineSettings::load();
@@ -146,18 +146,19 @@ bool EngineHost::enterBus()
 
 bool EngineHost::openStore()
 {
-    try {
-        DamagedStore::finishMove(m_store->database().file());
-        m_store->open();
+    DamagedStore::finishMove(m_store->database().file());
+    const StoreResult<> opened = m_store->open();
+    if (opened) {
         storeIsBack();
-    } catch (const StoreFailure &failure) {
-        if (failure.kind() == StoreFailure::Kind::TooNew) {
-            qCCritical(logStore).noquote() << "the store is left as it is:" << failure.text();
-            return false;
-        }
-        if (failure.kind() != StoreFailure::Kind::Corrupt || !beginAnew(failure.text()))
-            waitForStore(failure);
+        return true;
     }
+    const StoreFailure &failure = opened.error();
+    if (failure.kind() == StoreFailure::Kind::TooNew) {
+        qCCritical(logStore).noquote() << "the store is left as it is:" << failure.text();
+        return false;
+    }
+    if (failure.kind() != StoreFailure::Kind::Corrupt || !beginAnew(failure.text()))
+        waitForStore(failure);
     return true;
 }
 
@@ -187,18 +188,18 @@ bool EngineHost::beginAnew(const QString &reason)
         return false;
     m_damageMet = false;
     reportDamage();
-    try {
-        m_store->open();
+    const StoreResult<> begun = m_store->open().and_then([this] {
         // Beyond every id that a console may still know of the old one.
-        m_store->database().beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
-        if (m_resumed)
-            m_dispatcher->storeReplaced();
-        storeIsBack();
-        return true;
-    } catch (const StoreFailure &failure) {
-        qCCritical(logStore).noquote() << "no new store can be begun:" << failure.text();
+        return m_store->database().beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
+    });
+    if (!begun) {
+        qCCritical(logStore).noquote() << "no new store can be begun:" << begun.error().text();
         return false;
     }
+    if (m_resumed)
+        m_dispatcher->storeReplaced();
+    storeIsBack();
+    return true;
 }
 
 void EngineHost::waitForStore(const StoreFailure &failure)
@@ -232,12 +233,10 @@ void EngineHost::resume()
 {
     if (m_resumed || m_store->database().access() == StoreDatabase::Access::None)
         return;
-    try {
-        m_dispatcher->resume();
-        m_resumed = true;
-    } catch (const StoreFailure &failure) {
-        waitForStore(failure);
-    }
+    const StoreResult<> resumed = m_dispatcher->resume();
+    m_resumed = resumed.has_value();
+    if (!resumed)
+        waitForStore(resumed.error());
 }
 
 void EngineHost::busLost()

@@ -3,7 +3,6 @@
 #include "TovekSMService/host/PinRule.h"
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/PinRecord.h"
-#include "TovekSMService/store/StoreFailure.h"
 
 #include <algorithm>
 
@@ -48,16 +47,16 @@ PinGate::Decision StoredPinGate::mayTry(const SimIdentity &sim, const QString &p
         return Decision::AlreadyTried;
     }
     recordAccepted();
-    try {
-        const PinHistory known = history(sim, pin);
-        const Decision decision = decidePinAttempt(known, triesLeft);
-        if (decision == Decision::Try && known != PinHistory::Accepted)
-            record({sim, pin}, PinHistory::Tried);
-        return decision;
-    } catch (const StoreFailure &failure) {
-        qCWarning(logStore) << "a PIN attempt could not be recorded:" << failure.text();
-        return Decision::NotRecorded;
-    }
+    const StoreResult<Decision> decided =
+        history(sim, pin).and_then([&](PinHistory known) -> StoreResult<Decision> {
+            const Decision decision = decidePinAttempt(known, triesLeft);
+            if (decision != Decision::Try || known == PinHistory::Accepted)
+                return decision;
+            return record({sim, pin}, PinHistory::Tried).map([decision] { return decision; });
+        });
+    if (!decided)
+        qCWarning(logStore) << "a PIN attempt could not be recorded:" << decided.error().text();
+    return decided.value_or(Decision::NotRecorded);
 }
 
 void StoredPinGate::accepted(const SimIdentity &sim, const QString &pin)
@@ -77,68 +76,80 @@ void StoredPinGate::refused(const SimIdentity &sim, const QString &pin)
 /// would not be used again.
 void StoredPinGate::recordAccepted()
 {
-    try {
-        while (!m_acceptedUnrecorded.isEmpty()) {
-            const Attempt &attempt = m_acceptedUnrecorded.constFirst();
-            if (m_pins.history(attempt.sim.name(), attempt.pin) != PinHistory::Accepted)
-                record(attempt, PinHistory::Accepted);
-            m_acceptedUnrecorded.removeFirst();
+    while (!m_acceptedUnrecorded.isEmpty()) {
+        const Attempt attempt = m_acceptedUnrecorded.constFirst();
+        const StoreResult<> recorded =
+            m_pins.history(attempt.sim.name(), attempt.pin).and_then([&](PinHistory known) {
+                return known == PinHistory::Accepted ? StoreResult<>()
+                                                     : record(attempt, PinHistory::Accepted);
+            });
+        if (!recorded) {
+            qCWarning(logStore) << "an accepted PIN waits for the store:"
+                                << recorded.error().text();
+            m_again.start(retryMs);
+            return;
         }
-    } catch (const StoreFailure &failure) {
-        qCWarning(logStore) << "an accepted PIN waits for the store:" << failure.text();
-        m_again.start(retryMs);
+        m_acceptedUnrecorded.removeFirst();
     }
 }
 
 void StoredPinGate::recordRefused()
 {
-    try {
-        while (!m_refusedUnrecorded.isEmpty()) {
+    while (!m_refusedUnrecorded.isEmpty()) {
+        const StoreResult<> recorded =
             record(m_refusedUnrecorded.constFirst(), PinHistory::Refused);
-            m_refusedUnrecorded.removeFirst();
+        if (!recorded) {
+            qCWarning(logStore) << "a refused PIN could not be recorded:"
+                                << recorded.error().text();
+            return;
         }
-    } catch (const StoreFailure &failure) {
-        qCWarning(logStore) << "a refused PIN could not be recorded:" << failure.text();
+        m_refusedUnrecorded.removeFirst();
     }
 }
 
-PinHistory StoredPinGate::history(const SimIdentity &sim, const QString &pin) const
+StoreResult<PinHistory> StoredPinGate::history(const SimIdentity &sim, const QString &pin) const
 {
     const bool taken = std::ranges::any_of(
         m_acceptedUnrecorded, [&](const Attempt &attempt) { return attempt.isOf(sim, pin); });
-    const PinHistory own = taken ? PinHistory::Accepted : m_pins.history(sim.name(), pin);
-    if (own == PinHistory::Tried || own == PinHistory::Refused || sim.imei.isEmpty())
+    const StoreResult<PinHistory> own =
+        taken ? PinHistory::Accepted : m_pins.history(sim.name(), pin);
+    if (!own || own == PinHistory::Tried || own == PinHistory::Refused || sim.imei.isEmpty())
         return own;
-    const PinHistory other =
-        m_pins.history(sim.iccid.isEmpty() ? numberedSimsOf(sim.imei) : sim.imei, pin);
-    // Refused under the other name, an accepted one is so since: the PIN was changed.
-    if (other == PinHistory::Refused || own == PinHistory::Accepted)
-        return other == PinHistory::Refused ? other : own;
-    // That one SIM of the device has taken the PIN says nothing about this one.
-    return other == PinHistory::Accepted ? PinHistory::NeverTried : other;
+    return m_pins.history(sim.iccid.isEmpty() ? numberedSimsOf(sim.imei) : sim.imei, pin)
+        .map([&](PinHistory other) {
+            // Refused under the other name, an accepted one is so since: the PIN was changed.
+            if (other == PinHistory::Refused || own == PinHistory::Accepted)
+                return other == PinHistory::Refused ? other : *own;
+            // That one SIM of the device has taken the PIN says nothing about this one.
+            return other == PinHistory::Accepted ? PinHistory::NeverTried : other;
+        });
 }
 
 /// The SIM's own record comes last: with that in place, the other one is.
-void StoredPinGate::record(const Attempt &attempt, PinHistory history)
+StoreResult<> StoredPinGate::record(const Attempt &attempt, PinHistory history)
 {
     const auto &[sim, pin] = attempt;
-    if (!sim.iccid.isEmpty() && !sim.imei.isEmpty())
-        recordNumbered(attempt, history);
-    m_pins.setHistory(sim.name(), pin, history, m_now());
+    const bool hasBoth = !sim.iccid.isEmpty() && !sim.imei.isEmpty();
+    const StoreResult<> numbered = hasBoth ? recordNumbered(attempt, history) : StoreResult<>();
+    return numbered.and_then(
+        [&, this] { return m_pins.setHistory(attempt.sim.name(), attempt.pin, history, m_now()); });
 }
 
 /// All SIMs of the device share this one, so a refusal stays, and an attempt of another SIM whose
 /// end isn't known becomes one: what this SIM says of the PIN says nothing about that.
-void StoredPinGate::recordNumbered(const Attempt &attempt, PinHistory history)
+StoreResult<> StoredPinGate::recordNumbered(const Attempt &attempt, PinHistory history)
 {
     const QString name = numberedSimsOf(attempt.sim.imei);
-    const PinHistory known = m_pins.history(name, attempt.pin);
+    const StoreResult<PinHistory> known = m_pins.history(name, attempt.pin);
+    if (!known)
+        return failed(known.error());
     if (known == PinHistory::Refused)
-        return;
-    const bool ofAnother =
-        known == PinHistory::Tried &&
-        m_pins.history(attempt.sim.name(), attempt.pin) == PinHistory::NeverTried;
-    m_pins.setHistory(name, attempt.pin, ofAnother ? PinHistory::Refused : history, m_now());
+        return {};
+    const StoreResult<PinHistory> own = m_pins.history(attempt.sim.name(), attempt.pin);
+    if (!own)
+        return failed(own.error());
+    const bool ofAnother = known == PinHistory::Tried && own == PinHistory::NeverTried;
+    return m_pins.setHistory(name, attempt.pin, ofAnother ? PinHistory::Refused : history, m_now());
 }
 
 } // namespace norvane

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/modem/device/PinGate.h"
 #include "TovekSMService/store/PinHistory.h"
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Timer.h"
 
 #include <QList>
@@ -41,9 +42,9 @@ private:
         }
     };
 
-    PinHistory history(const SimIdentity &sim, const QString &pin) const;
-    void record(const Attempt &attempt, PinHistory history);
-    void recordNumbered(const Attempt &attempt, PinHistory history);
+    StoreResult<PinHistory> history(const SimIdentity &sim, const QString &pin) const;
+    StoreResult<> record(const Attempt &attempt, PinHistory history);
+    StoreResult<> recordNumbered(const Attempt &attempt, PinHistory history);
     void recordAccepted();
     void recordRefused();
 

@@ -6,69 +6,84 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-DeviceSettings EngineSettingsStore::deviceSettings() const
+StoreResult<DeviceSettings> EngineSettingsStore::deviceSettings() const
 {
-    // What the device dialog proposes, until someone has set anything.
     DeviceSettings settings;
-    settings.DeviceType = m_settings.value(u"device_type"_s, u"0"_s).toInt();
-    settings.PINCode = m_settings.value(u"pin_code"_s);
-    settings.ConnectionMode = m_settings.value(u"connection_mode"_s, u"1"_s).toInt();
-    settings.Protocol = m_settings.value(u"protocol"_s, u"1"_s).toInt();
-    settings.Parameter = m_settings.value(u"parameter"_s, u"COM1, 9600"_s);
-    return settings;
+    const auto read = [this](const QString &name, const QString &absent, QString &field) {
+        return m_settings.value(name, absent).map([&](const QString &value) { field = value; });
+    };
+    const auto readNumber = [this](const QString &name, const QString &absent, qint32 &field) {
+        return m_settings.value(name, absent).map([&](const QString &value) {
+            field = value.toInt();
+        });
+    };
+    // What the device dialog proposes, until someone has set anything.
+    return readNumber(u"device_type"_s, u"0"_s, settings.DeviceType)
+        .and_then([&] { return read(u"pin_code"_s, {}, settings.PINCode); })
+        .and_then([&] { return readNumber(u"connection_mode"_s, u"1"_s, settings.ConnectionMode); })
+        .and_then([&] { return readNumber(u"protocol"_s, u"1"_s, settings.Protocol); })
+        .and_then([&] { return read(u"parameter"_s, u"COM1, 9600"_s, settings.Parameter); })
+        .map([&] { return settings; });
 }
 
-void EngineSettingsStore::setDeviceSettings(const DeviceSettings &settings)
+StoreResult<> EngineSettingsStore::setDeviceSettings(const DeviceSettings &settings)
 {
-    m_database.together([&] {
-        m_settings.write(u"device_type"_s, QString::number(settings.DeviceType));
-        m_settings.write(u"pin_code"_s, settings.PINCode);
-        m_settings.write(u"connection_mode"_s, QString::number(settings.ConnectionMode));
-        m_settings.write(u"protocol"_s, QString::number(settings.Protocol));
-        m_settings.write(u"parameter"_s, settings.Parameter);
+    const auto write = [this](const QString &name, const QString &value) {
+        return [this, name, value] { return m_settings.write(name, value); };
+    };
+    return m_database.together([&] {
+        return m_settings.write(u"device_type"_s, QString::number(settings.DeviceType))
+            .and_then(write(u"pin_code"_s, settings.PINCode))
+            .and_then(write(u"connection_mode"_s, QString::number(settings.ConnectionMode)))
+            .and_then(write(u"protocol"_s, QString::number(settings.Protocol)))
+            .and_then(write(u"parameter"_s, settings.Parameter));
     });
 }
 
-bool EngineSettingsStore::isToRun() const
+StoreResult<bool> EngineSettingsStore::isToRun() const
 {
-    return m_settings.value(u"run"_s) == u"1"_s;
+    return m_settings.value(u"run"_s).map([](const QString &run) { return run == "1"_L1; });
 }
 
-void EngineSettingsStore::setToRun(bool run)
+StoreResult<> EngineSettingsStore::setToRun(bool run)
 {
-    m_settings.write(u"run"_s, run ? u"1"_s : u"0"_s);
+    return m_settings.write(u"run"_s, run ? u"1"_s : u"0"_s);
 }
 
-QString EngineSettingsStore::deviceImei(const QString &parameter) const
+StoreResult<QString> EngineSettingsStore::deviceImei(const QString &parameter) const
 {
-    const bool isKnown = m_settings.value(u"imei_parameter"_s) == parameter;
-    return isKnown ? m_settings.value(u"imei"_s) : QString();
+    return m_settings.value(u"imei_parameter"_s)
+        .and_then([&](const QString &known) -> StoreResult<QString> {
+            return known == parameter ? m_settings.value(u"imei"_s) : QString();
+        });
 }
 
-void EngineSettingsStore::setDeviceImei(const QString &parameter, const QString &imei)
+StoreResult<> EngineSettingsStore::setDeviceImei(const QString &parameter, const QString &imei)
 {
-    m_database.together([&] {
-        m_settings.write(u"imei_parameter"_s, parameter);
-        m_settings.write(u"imei"_s, imei);
+    return m_database.together([&] {
+        return m_settings.write(u"imei_parameter"_s, parameter).and_then([&] {
+            return m_settings.write(u"imei"_s, imei);
+        });
     });
 }
 
-QString EngineSettingsStore::lastReset() const
+StoreResult<QString> EngineSettingsStore::lastReset() const
 {
     return m_settings.value(u"last_reset"_s);
 }
 
-void EngineSettingsStore::setLastReset(const QString &at)
+StoreResult<> EngineSettingsStore::setLastReset(const QString &at)
 {
-    m_settings.write(u"last_reset"_s, at);
+    return m_settings.write(u"last_reset"_s, at);
 }
 
-quint16 EngineSettingsStore::nextReference()
+StoreResult<quint16> EngineSettingsStore::nextReference()
 {
     const QString name = u"concatenation_reference"_s;
-    const auto next = static_cast<quint16>(m_settings.value(name, u"0"_s).toUInt() + 1U);
-    m_settings.write(name, QString::number(next));
-    return next;
+    return m_settings.value(name, u"0"_s).and_then([&](const QString &last) {
+        const auto next = static_cast<quint16>(last.toUInt() + 1U);
+        return m_settings.write(name, QString::number(next)).map([next] { return next; });
+    });
 }
 
 } // namespace norvane

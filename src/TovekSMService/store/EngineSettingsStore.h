@@ -18,33 +18,24 @@ public:
         : m_database(database), m_settings(database)
     {}
 
-    /// @throws StoreFailure
-    DeviceSettings deviceSettings() const;
-    /// @throws StoreFailure
-    void setDeviceSettings(const DeviceSettings &settings);
+    [[nodiscard]] StoreResult<DeviceSettings> deviceSettings() const;
+    [[nodiscard]] StoreResult<> setDeviceSettings(const DeviceSettings &settings);
 
     /// Whether the engine was started and not stopped since.
-    /// @throws StoreFailure
-    bool isToRun() const;
-    /// @throws StoreFailure
-    void setToRun(bool run);
+    [[nodiscard]] StoreResult<bool> isToRun() const;
+    [[nodiscard]] StoreResult<> setToRun(bool run);
 
     /// The IMEI of the device that was last in use with this connection parameter; empty if none
     /// was, or it didn't tell.
-    /// @throws StoreFailure
-    QString deviceImei(const QString &parameter) const;
-    /// @throws StoreFailure
-    void setDeviceImei(const QString &parameter, const QString &imei);
+    [[nodiscard]] StoreResult<QString> deviceImei(const QString &parameter) const;
+    [[nodiscard]] StoreResult<> setDeviceImei(const QString &parameter, const QString &imei);
 
     /// When the device's functionality was last reset, "yyyy-MM-ddTHH:mm:ss"; empty if never.
-    /// @throws StoreFailure
-    QString lastReset() const;
-    /// @throws StoreFailure
-    void setLastReset(const QString &at);
+    [[nodiscard]] StoreResult<QString> lastReset() const;
+    [[nodiscard]] StoreResult<> setLastReset(const QString &at);
 
     /// The next of the references that tie the parts of a message together.
-    /// @throws StoreFailure
-    quint16 nextReference();
+    [[nodiscard]] StoreResult<quint16> nextReference();
 
 private:
     StoreDatabase &m_database;

@@ -58,12 +58,12 @@ MessageQueue::MessageQueue(StoreDatabase &database, Outcomes &outcomes)
     : m_database(database), m_outcomes(outcomes), m_settings(database)
 {}
 
-void MessageQueue::load()
+StoreResult<> MessageQueue::load()
 {
-    m_size = m_database
-                 .row("SELECT COUNT(*) FROM message", {},
-                      [](const Statement &row) { return row.value(0).toInt(); })
-                 .value_or(0);
+    return m_database
+        .row("SELECT COUNT(*) FROM message", {},
+             [](const Statement &row) { return row.value(0).toInt(); })
+        .map([this](std::optional<int> count) { m_size = count.value_or(0); });
 }
 
 void MessageQueue::forget()
@@ -78,180 +78,220 @@ void MessageQueue::resize(qsizetype change)
     m_database.onRollback([this, change] { m_size -= static_cast<qint32>(change); });
 }
 
-void MessageQueue::add(const QList<SMSList::Entry> &entries, const QString &deliveryDate)
+StoreResult<> MessageQueue::add(const QList<SMSList::Entry> &entries, const QString &deliveryDate)
 {
     QList<QueueRow> messages;
     messages.reserve(entries.size());
     for (const SMSList::Entry &entry : entries)
         messages.append({deliveryDate, entry.phone, entry.message, 0});
-    add(messages);
+    return add(messages);
 }
 
-void MessageQueue::add(const QList<QueueRow> &messages)
+StoreResult<> MessageQueue::add(const QList<QueueRow> &messages)
+{
+    return m_database.together([&] { return insert(messages); })
+        .map([this](const QList<qint64> &ids) {
+            resize(ids.size());
+            m_journal.note(ids);
+        });
+}
+
+/// Gives the ids of the messages.
+StoreResult<QList<qint64>> MessageQueue::insert(const QList<QueueRow> &messages)
 {
     QList<qint64> ids;
     ids.reserve(messages.size());
-    m_database.together([&] {
-        QString given;
-        QString due;
-        for (const QueueRow &message : messages) {
-            if (due.isNull() || message.deliveryDate != given) { // mostly the same for all of them
-                given = notNull(message.deliveryDate);
-                due = dueOf(given);
-            }
-            Statement insert =
-                m_database.statement("INSERT INTO message (delivery_date, original_date, due, "
-                                     "phone, text) VALUES (?, ?, ?, ?, ?)");
-            insert.run({given, given, due, notNull(message.phone), notNull(message.message)});
-            ids.append(insert.lastId());
+    QString given;
+    QString due;
+    for (const QueueRow &message : messages) {
+        if (due.isNull() || message.deliveryDate != given) { // mostly the same for all of them
+            given = notNull(message.deliveryDate);
+            due = dueOf(given);
         }
-    });
-    resize(messages.size());
-    m_journal.note(ids);
+        const StoreResult<qint64> id = m_database.insert(
+            "INSERT INTO message (delivery_date, original_date, due, phone, "
+            "text) VALUES (?, ?, ?, ?, ?)",
+            {given, given, due, notNull(message.phone), notNull(message.message)});
+        if (!id)
+            return failed(id.error());
+        ids.append(*id);
+    }
+    return ids;
 }
 
-QList<QueueRow> MessageQueue::rows() const
+StoreResult<QList<QueueRow>> MessageQueue::rows() const
 {
     return m_database.rows("SELECT delivery_date, phone, text, id FROM message ORDER BY due, id",
                            {}, rowOf);
 }
 
-QList<QueueRow> MessageQueue::rows(const QList<qint64> &ids) const
+StoreResult<QList<QueueRow>> MessageQueue::rows(const QList<qint64> &ids) const
 {
     QList<QueueRow> rows;
     for (const qint64 id : ids) {
-        if (const std::optional<QueueRow> row = m_database.row(
-                "SELECT delivery_date, phone, text, id FROM message WHERE id = ?", {id}, rowOf))
-            rows.append(*row);
+        const auto row = m_database.row(
+            "SELECT delivery_date, phone, text, id FROM message WHERE id = ?", {id}, rowOf);
+        if (!row)
+            return failed(row.error());
+        if (*row)
+            rows.append(**row);
     }
     return rows;
 }
 
-void MessageQueue::clear()
+StoreResult<> MessageQueue::clear()
 {
-    resize(-m_database.write("DELETE FROM message WHERE state = 0"));
-    m_journal.noteAll();
+    return m_database.writeAndCount("DELETE FROM message WHERE state = 0").map([this](int removed) {
+        resize(-removed);
+        m_journal.noteAll();
+    });
 }
 
-bool MessageQueue::update(const QList<QueueRow> &changed, const QList<qint64> &deleted)
+StoreResult<bool> MessageQueue::update(const QList<QueueRow> &changed, const QList<qint64> &deleted)
 {
-    bool inTime = true;
-    int removed = 0;
-    m_database.together([&] {
-        for (const QueueRow &row : changed)
-            inTime = change(row) && inTime;
-        for (const qint64 id : deleted) {
-            const int rows =
-                m_database.write("DELETE FROM message WHERE id = ? AND state = 0", {id});
-            removed += rows;
-            inTime = inTime && (rows > 0 || !isOrWasInProgress(id));
-        }
-    });
-    resize(-removed);
     QList<qint64> touched = deleted;
     for (const QueueRow &row : changed)
         touched.append(row.id);
-    m_journal.note(touched);
-    return inTime;
+    return m_database
+        .together([&]() -> StoreResult<bool> {
+            bool isAllInTime = true;
+            for (const QueueRow &row : changed) {
+                const StoreResult<bool> inTime = change(row);
+                if (!inTime)
+                    return inTime;
+                isAllInTime = isAllInTime && *inTime;
+            }
+            for (const qint64 id : deleted) {
+                const StoreResult<bool> inTime = remove(id);
+                if (!inTime)
+                    return inTime;
+                isAllInTime = isAllInTime && *inTime;
+            }
+            return isAllInTime;
+        })
+        .map([&](bool isAllInTime) {
+            m_journal.note(touched);
+            return isAllInTime;
+        });
 }
 
-bool MessageQueue::change(const QueueRow &row)
+/// Gives whether it was in time, as remove() does.
+StoreResult<bool> MessageQueue::change(const QueueRow &row)
 {
     const QString phone = notNull(row.phone);
     const QString text = notNull(row.message);
-    m_database.write("UPDATE message SET parts_sent = 0, reference = NULL, attempts = 0 "
-                     "WHERE id = ? AND state = 0 AND (phone <> ? OR text <> ?)",
-                     {row.id, phone, text});
-    return m_database.write("UPDATE message SET phone = ?, text = ? WHERE id = ? AND state = 0",
-                            {phone, text, row.id}) > 0;
+    return m_database
+        .write("UPDATE message SET parts_sent = 0, reference = NULL, attempts = 0 "
+               "WHERE id = ? AND state = 0 AND (phone <> ? OR text <> ?)",
+               {row.id, phone, text})
+        .and_then([&] {
+            return m_database.writeAndCount(
+                "UPDATE message SET phone = ?, text = ? WHERE id = ? AND state = 0",
+                {phone, text, row.id});
+        })
+        .map([](int rows) { return rows > 0; });
 }
 
-bool MessageQueue::isOrWasInProgress(qint64 id) const
+StoreResult<bool> MessageQueue::remove(qint64 id)
+{
+    return m_database.writeAndCount("DELETE FROM message WHERE id = ? AND state = 0", {id})
+        .and_then([&](int removed) -> StoreResult<bool> {
+            resize(-removed);
+            if (removed > 0)
+                return true;
+            return isOrWasInProgress(id).map([](bool isTooLate) { return !isTooLate; });
+        });
+}
+
+StoreResult<bool> MessageQueue::isOrWasInProgress(qint64 id) const
 {
     return m_database
         .row("SELECT 1 FROM message WHERE id = ? "
              "UNION ALL SELECT 1 FROM outcome WHERE message_id = ?",
              {id, id}, [](const Statement &) { return true; })
-        .has_value();
+        .map([](std::optional<bool> found) { return found.has_value(); });
 }
 
-QString MessageQueue::recentBatches() const
+StoreResult<QString> MessageQueue::recentBatches() const
 {
     return m_settings.value(batchesSetting());
 }
 
-void MessageQueue::addBatch(const QList<QueueRow> &messages, const QString &recentBatches)
+StoreResult<> MessageQueue::addBatch(const QList<QueueRow> &messages, const QString &recentBatches)
 {
-    m_database.together([&] {
-        add(messages);
-        m_settings.write(batchesSetting(), recentBatches);
+    return m_database.together([&] {
+        return add(messages).and_then(
+            [&] { return m_settings.write(batchesSetting(), recentBatches); });
     });
 }
 
-std::optional<StoredMessage> MessageQueue::first() const
+StoreResult<std::optional<StoredMessage>> MessageQueue::first() const
 {
     return m_database.row(StoreQueries::first, {1}, messageOf);
 }
 
-QList<StoredMessage> MessageQueue::first(int max) const
+StoreResult<QList<StoredMessage>> MessageQueue::first(int max) const
 {
     return m_database.rows(StoreQueries::first, {max}, messageOf);
 }
 
-std::optional<QString> MessageQueue::firstDue() const
+StoreResult<std::optional<QString>> MessageQueue::firstDue() const
 {
     return m_database.row(StoreQueries::firstDue, {},
                           [](const Statement &row) { return row.value(0).toString(); });
 }
 
-void MessageQueue::beginPart(qint64 id, std::optional<quint16> reference,
-                             const QByteArray &partHash)
+StoreResult<> MessageQueue::beginPart(qint64 id, std::optional<quint16> reference,
+                                      const QByteArray &partHash)
 {
-    m_database.write(StoreQueries::beginPart,
-                     {reference ? QVariant(*reference) : QVariant(), partHash, id});
+    return m_database.write(StoreQueries::beginPart,
+                            {reference ? QVariant(*reference) : QVariant(), partHash, id});
 }
 
-void MessageQueue::endPart(qint64 id, int partsSent)
+StoreResult<> MessageQueue::endPart(qint64 id, int partsSent)
 {
-    m_database.write(StoreQueries::endPart, {partsSent, id});
+    return m_database.write(StoreQueries::endPart, {partsSent, id});
 }
 
-void MessageQueue::cancelPart(qint64 id)
+StoreResult<> MessageQueue::cancelPart(qint64 id)
 {
-    m_database.write(StoreQueries::cancelPart, {id});
+    return m_database.write(StoreQueries::cancelPart, {id});
 }
 
-void MessageQueue::releaseBetweenParts()
+StoreResult<> MessageQueue::releaseBetweenParts()
 {
-    m_database.write(StoreQueries::releaseBetweenParts);
+    return m_database.write(StoreQueries::releaseBetweenParts);
 }
 
-void MessageQueue::holdPartlySent()
+StoreResult<> MessageQueue::holdPartlySent()
 {
-    m_database.write(StoreQueries::holdPartlySent);
+    return m_database.write(StoreQueries::holdPartlySent);
 }
 
-void MessageQueue::postpone(qint64 id, int attempts, const QString &nextAttempt)
+StoreResult<> MessageQueue::postpone(qint64 id, int attempts, const QString &nextAttempt)
 {
-    m_database.write(StoreQueries::postpone, {attempts, nextAttempt, nextAttempt, id});
-    m_journal.note({id});
+    return m_database.write(StoreQueries::postpone, {attempts, nextAttempt, nextAttempt, id})
+        .map([&] { m_journal.note({id}); });
 }
 
-qint64 MessageQueue::finish(qint64 id, qint32 code, std::optional<int> networkReference,
-                            const QString &at, bool reported)
+StoreResult<qint64> MessageQueue::finish(qint64 id, qint32 code,
+                                         std::optional<int> networkReference, const QString &at,
+                                         bool reported)
 {
-    qint64 outcome = 0;
-    int removed = 0;
-    m_database.together([&] {
-        outcome = m_outcomes.keep(id, code, networkReference, at, reported);
-        removed = m_database.write(StoreQueries::removeMessage, {id});
+    return m_database.together([&] {
+        return m_outcomes.keep(id, code, networkReference, at, reported)
+            .and_then([&](qint64 outcome) {
+                return m_database.writeAndCount(StoreQueries::removeMessage, {id})
+                    .map([&](int removed) {
+                        resize(-removed);
+                        m_journal.note({id});
+                        return outcome;
+                    });
+            });
     });
-    resize(-removed);
-    m_journal.note({id});
-    return outcome;
 }
 
-QList<StoredMessage> MessageQueue::interrupted() const
+StoreResult<QList<StoredMessage>> MessageQueue::interrupted() const
 {
     return m_database.rows(StoreQueries::interrupted, {}, messageOf);
 }

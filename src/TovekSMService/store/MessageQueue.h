@@ -31,7 +31,7 @@ struct StoredMessage
 };
 
 /// The messages that are to be sent, in the order in which they are. What is being sent belongs to
-/// them. Whatever asks the database throws StoreFailure, and then has changed nothing.
+/// them. What fails has changed nothing.
 class MessageQueue
 {
 public:
@@ -40,62 +40,69 @@ public:
     MessageQueue(StoreDatabase &database, Outcomes &outcomes);
 
     /// Takes over what the database holds, now that it was opened.
-    void load();
+    [[nodiscard]] StoreResult<> load();
     /// The database is being closed: until load() nothing is known of it.
     void forget();
 
     // As consoles see it.
-    void add(const QList<SMSList::Entry> &entries, const QString &deliveryDate);
+    [[nodiscard]] StoreResult<> add(const QList<SMSList::Entry> &entries,
+                                    const QString &deliveryDate);
     /// Messages with a date each, in the order of `messages`; their ids are not looked at.
-    void add(const QList<QueueRow> &messages);
+    [[nodiscard]] StoreResult<> add(const QList<QueueRow> &messages);
     qint32 size() const { return m_size; }
-    QList<QueueRow> rows() const;
+    [[nodiscard]] StoreResult<QList<QueueRow>> rows() const;
     /// Those of the messages `ids` that are in the queue, in no order.
-    QList<QueueRow> rows(const QList<qint64> &ids) const;
+    [[nodiscard]] StoreResult<QList<QueueRow>> rows(const QList<qint64> &ids) const;
     /// What became different in rows().
     const QueueJournal &journal() const { return m_journal; }
     /// Removes every message but the one in progress.
-    void clear();
+    [[nodiscard]] StoreResult<> clear();
     /// Changes phone and text of the rows that still wait, and removes those of `deleted` that do.
     /// A row that gets another phone or text begins anew, with all its parts and attempts.
     /// @return false when a change or a deletion came too late: its message is being sent, or was,
     ///         or, for a change, is gone
-    bool update(const QList<QueueRow> &changed, const QList<qint64> &deleted);
+    [[nodiscard]] StoreResult<bool> update(const QList<QueueRow> &changed,
+                                           const QList<qint64> &deleted);
     /// Adds messages, and keeps with them which batches came last, as StoredBatches writes it.
-    void addBatch(const QList<QueueRow> &messages, const QString &recentBatches);
-    QString recentBatches() const;
+    [[nodiscard]] StoreResult<> addBatch(const QList<QueueRow> &messages,
+                                         const QString &recentBatches);
+    [[nodiscard]] StoreResult<QString> recentBatches() const;
 
     // As the dispatcher sees it.
     /// The message that goes first: by delivery date, then by order of queueing.
-    std::optional<StoredMessage> first() const;
+    [[nodiscard]] StoreResult<std::optional<StoredMessage>> first() const;
     /// The messages that go first, `max` at most, in their order.
-    QList<StoredMessage> first(int max) const;
+    [[nodiscard]] StoreResult<QList<StoredMessage>> first(int max) const;
     /// The moment at which first() is due, empty for a message with an odd date.
-    std::optional<QString> firstDue() const;
+    [[nodiscard]] StoreResult<std::optional<QString>> firstDue() const;
     /// Notes that a part is about to leave. `reference`, of a message of several parts, is kept for
     /// the others.
-    void beginPart(qint64 id, std::optional<quint16> reference, const QByteArray &partHash);
+    [[nodiscard]] StoreResult<> beginPart(qint64 id, std::optional<quint16> reference,
+                                          const QByteArray &partHash);
     /// Notes that the part was accepted and others follow: the message stays in progress.
-    void endPart(qint64 id, int partsSent);
+    [[nodiscard]] StoreResult<> endPart(qint64 id, int partsSent);
     /// Takes back beginPart: the part did not leave, and the message waits again, in progress if
     /// other parts of it were accepted.
-    void cancelPart(qint64 id);
+    [[nodiscard]] StoreResult<> cancelPart(qint64 id);
     /// Lets every message that is in progress between two of its parts wait again.
-    void releaseBetweenParts();
+    [[nodiscard]] StoreResult<> releaseBetweenParts();
     /// Holds those messages as in progress of which parts were accepted.
-    void holdPartlySent();
+    [[nodiscard]] StoreResult<> holdPartlySent();
     /// Moves the message to its next attempt, in progress if parts of it were accepted.
-    void postpone(qint64 id, int attempts, const QString &nextAttempt);
+    [[nodiscard]] StoreResult<> postpone(qint64 id, int attempts, const QString &nextAttempt);
     /// Takes the message out of the queue and keeps its outcome, see Outcomes::keep().
     /// @return the outcome's id
-    qint64 finish(qint64 id, qint32 code, std::optional<int> networkReference, const QString &at,
-                  bool reported);
+    [[nodiscard]] StoreResult<qint64> finish(qint64 id, qint32 code,
+                                             std::optional<int> networkReference, const QString &at,
+                                             bool reported);
     /// Messages of which a part was about to leave when the engine ended.
-    QList<StoredMessage> interrupted() const;
+    [[nodiscard]] StoreResult<QList<StoredMessage>> interrupted() const;
 
 private:
-    bool change(const QueueRow &row);
-    bool isOrWasInProgress(qint64 id) const;
+    StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages);
+    StoreResult<bool> change(const QueueRow &row);
+    StoreResult<bool> remove(qint64 id);
+    StoreResult<bool> isOrWasInProgress(qint64 id) const;
     void resize(qsizetype change);
 
     StoreDatabase &m_database;

@@ -20,40 +20,37 @@ LastFailure failureOf(const Statement &row)
 
 } // namespace
 
-qint64 Outcomes::keep(qint64 message, qint32 code, std::optional<int> networkReference,
-                      const QString &at, bool reported)
+StoreResult<qint64> Outcomes::keep(qint64 message, qint32 code, std::optional<int> networkReference,
+                                   const QString &at, bool reported)
 {
-    qint64 id = 0;
-    m_database.together([&] {
-        Statement keep = m_database.statement(StoreQueries::keepOutcome);
-        keep.run({code, networkReference ? QVariant(*networkReference) : QVariant(), at,
-                  reported ? 1 : 0, message});
-        id = keep.lastId();
-    });
-    return id;
+    return m_database.insert(StoreQueries::keepOutcome,
+                             {code, networkReference ? QVariant(*networkReference) : QVariant(), at,
+                              reported ? 1 : 0, message});
 }
 
-QList<Outcome> Outcomes::unreportedFailures() const
+StoreResult<QList<Outcome>> Outcomes::unreportedFailures() const
 {
     return m_database.rows(StoreQueries::unreportedFailures, {}, outcomeOf);
 }
 
-void Outcomes::markReported(const QList<qint64> &outcomes)
+StoreResult<> Outcomes::markReported(const QList<qint64> &outcomes)
 {
     if (outcomes.isEmpty())
-        return;
-    m_database.together([&] {
-        for (const qint64 id : outcomes)
-            m_database.write("UPDATE outcome SET reported = 1 WHERE id = ?", {id});
+        return {};
+    return m_database.together([&] {
+        StoreResult<> marked;
+        for (auto id = outcomes.cbegin(); marked && id != outcomes.cend(); ++id)
+            marked = m_database.write("UPDATE outcome SET reported = 1 WHERE id = ?", {*id});
+        return marked;
     });
 }
 
-int Outcomes::prune(const QString &before, int max)
+StoreResult<int> Outcomes::prune(const QString &before, int max)
 {
-    return m_database.write(StoreQueries::pruneOutcomes, {before, max});
+    return m_database.writeAndCount(StoreQueries::pruneOutcomes, {before, max});
 }
 
-std::optional<LastFailure> Outcomes::lastFailure() const
+StoreResult<std::optional<LastFailure>> Outcomes::lastFailure() const
 {
     // A look back of bounded length: the log is not in the order of codes.
     return m_database.row("SELECT at, code FROM outcome WHERE code <> 1 AND "

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
+
 #include <QList>
 #include <QString>
 
@@ -36,26 +38,22 @@ public:
     /// @param networkReference  of the last part, for a message that was sent
     /// @param at                the moment, "yyyy-MM-ddTHH:mm:ss"
     /// @return the outcome's id
-    /// @throws StoreFailure
-    qint64 keep(qint64 message, qint32 code, std::optional<int> networkReference, const QString &at,
-                bool reported);
+    [[nodiscard]] StoreResult<qint64> keep(qint64 message, qint32 code,
+                                           std::optional<int> networkReference, const QString &at,
+                                           bool reported);
 
     /// Failures that no console has heard of yet.
-    /// @throws StoreFailure
-    QList<Outcome> unreportedFailures() const;
-    /// @throws StoreFailure
-    void markReported(const QList<qint64> &outcomes);
+    [[nodiscard]] StoreResult<QList<Outcome>> unreportedFailures() const;
+    [[nodiscard]] StoreResult<> markReported(const QList<qint64> &outcomes);
 
     /// Forgets the oldest of the outcomes before this moment, except those that no console has
     /// heard of.
     /// @param max  outcomes to forget in this step
     /// @return how many were forgotten
-    /// @throws StoreFailure
-    int prune(const QString &before, int max);
+    [[nodiscard]] StoreResult<int> prune(const QString &before, int max);
 
     /// The last failure among the outcomes of late.
-    /// @throws StoreFailure
-    std::optional<LastFailure> lastFailure() const;
+    [[nodiscard]] StoreResult<std::optional<LastFailure>> lastFailure() const;
 
 private:
     StoreDatabase &m_database;

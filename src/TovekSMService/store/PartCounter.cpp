@@ -25,38 +25,48 @@ Count countOf(const Statement &row)
 
 } // namespace
 
-PartCounts PartCounter::counts(const QString &at) const
+StoreResult<PartCounts> PartCounter::counts(const QString &at) const
 {
-    PartCounts counts;
-    const QList<Count> found =
-        m_database.rows("SELECT period, parts FROM part_count WHERE period IN (?, ?)",
-                        {at.left(minuteLength), at.left(dayLength)}, countOf);
-    for (const Count &count : found)
-        (count.isOfDay ? counts.inDay : counts.inMinute) = count.parts;
-    return counts;
+    return m_database
+        .rows("SELECT period, parts FROM part_count WHERE period IN (?, ?)",
+              {at.left(minuteLength), at.left(dayLength)}, countOf)
+        .map([](const QList<Count> &found) {
+            PartCounts counts;
+            for (const Count &count : found)
+                (count.isOfDay ? counts.inDay : counts.inMinute) = count.parts;
+            return counts;
+        });
 }
 
-void PartCounter::count(const QString &at)
+StoreResult<> PartCounter::count(const QString &at)
 {
-    m_database.together([&] {
-        // Only the present minute counts: in an hour that comes twice, or after the clock was set
-        // back, the minutes of the first time would stand in the way. A day's count stays for
-        // that very reason.
-        const QDate day = QDate::fromString(at.left(dayLength), Qt::ISODate);
-        m_database.write("DELETE FROM part_count WHERE "
-                         "(length(period) = 16 AND period <> ?) OR period < ?",
-                         {at.left(minuteLength), day.addDays(-keptDays).toString(Qt::ISODate)});
-        for (const int length : {minuteLength, dayLength})
-            m_database.write("INSERT INTO part_count (period, parts) VALUES (?, 1) "
-                             "ON CONFLICT (period) DO UPDATE SET parts = parts + 1",
-                             {at.left(length)});
+    const auto countIn = [this, &at](int length) {
+        return m_database.write("INSERT INTO part_count (period, parts) VALUES (?, 1) "
+                                "ON CONFLICT (period) DO UPDATE SET parts = parts + 1",
+                                {at.left(length)});
+    };
+    return m_database.together([&] {
+        return forgetOthers(at).and_then([&] { return countIn(minuteLength); }).and_then([&] {
+            return countIn(dayLength);
+        });
     });
 }
 
-void PartCounter::uncount(const QString &at)
+/// Only the present minute counts: in an hour that comes twice, or after the clock was set back,
+/// the minutes of the first time would stand in the way. A day's count stays for that very reason.
+StoreResult<> PartCounter::forgetOthers(const QString &at)
 {
-    m_database.write("UPDATE part_count SET parts = parts - 1 WHERE period IN (?, ?) AND parts > 0",
-                     {at.left(minuteLength), at.left(dayLength)});
+    const QDate day = QDate::fromString(at.left(dayLength), Qt::ISODate);
+    return m_database.write("DELETE FROM part_count WHERE "
+                            "(length(period) = 16 AND period <> ?) OR period < ?",
+                            {at.left(minuteLength), day.addDays(-keptDays).toString(Qt::ISODate)});
+}
+
+StoreResult<> PartCounter::uncount(const QString &at)
+{
+    return m_database.write(
+        "UPDATE part_count SET parts = parts - 1 WHERE period IN (?, ?) AND parts > 0",
+        {at.left(minuteLength), at.left(dayLength)});
 }
 
 } // namespace norvane

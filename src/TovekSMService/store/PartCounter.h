@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
+
 #include <QString>
 
 namespace norvane {
@@ -21,15 +23,14 @@ public:
     /// @param database  must outlive this object
     explicit PartCounter(StoreDatabase &database) : m_database(database) {}
 
-    /// @throws StoreFailure
-    PartCounts counts(const QString &at) const;
-    /// @throws StoreFailure
-    void count(const QString &at);
+    [[nodiscard]] StoreResult<PartCounts> counts(const QString &at) const;
+    [[nodiscard]] StoreResult<> count(const QString &at);
     /// Takes back count(): the part did not leave.
-    /// @throws StoreFailure
-    void uncount(const QString &at);
+    [[nodiscard]] StoreResult<> uncount(const QString &at);
 
 private:
+    StoreResult<> forgetOthers(const QString &at);
+
     StoreDatabase &m_database;
 };
 

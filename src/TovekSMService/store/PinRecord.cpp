@@ -20,21 +20,22 @@ PinHistory historyOf(const Statement &row)
 
 } // namespace
 
-PinHistory PinRecord::history(const QString &simId, const QString &pin) const
+StoreResult<PinHistory> PinRecord::history(const QString &simId, const QString &pin) const
 {
     return m_database
         .row("SELECT history FROM pin_attempt WHERE sim = ? AND pin = ?",
              {simId, pinDigest(simId, pin)}, historyOf)
-        .value_or(PinHistory::NeverTried);
+        .map(
+            [](std::optional<PinHistory> found) { return found.value_or(PinHistory::NeverTried); });
 }
 
-void PinRecord::setHistory(const QString &simId, const QString &pin, PinHistory history,
-                           const QString &at)
+StoreResult<> PinRecord::setHistory(const QString &simId, const QString &pin, PinHistory history,
+                                    const QString &at)
 {
-    m_database.write("INSERT INTO pin_attempt (sim, pin, history, at) VALUES (?, ?, ?, ?) "
-                     "ON CONFLICT (sim, pin) DO UPDATE SET history = excluded.history, "
-                     "at = excluded.at",
-                     {simId, pinDigest(simId, pin), static_cast<int>(history), at});
+    return m_database.write("INSERT INTO pin_attempt (sim, pin, history, at) VALUES (?, ?, ?, ?) "
+                            "ON CONFLICT (sim, pin) DO UPDATE SET history = excluded.history, "
+                            "at = excluded.at",
+                            {simId, pinDigest(simId, pin), static_cast<int>(history), at});
 }
 
 } // namespace norvane

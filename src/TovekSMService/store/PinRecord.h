@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TovekSMService/store/PinHistory.h"
+#include "TovekSMService/store/StoreFailure.h"
 
 #include <QString>
 
@@ -15,12 +16,10 @@ public:
     /// @param database  must outlive this object
     explicit PinRecord(StoreDatabase &database) : m_database(database) {}
 
-    /// @throws StoreFailure
-    PinHistory history(const QString &simId, const QString &pin) const;
+    [[nodiscard]] StoreResult<PinHistory> history(const QString &simId, const QString &pin) const;
     /// @param at  the moment, "yyyy-MM-ddTHH:mm:ss"
-    /// @throws StoreFailure
-    void setHistory(const QString &simId, const QString &pin, PinHistory history,
-                    const QString &at);
+    [[nodiscard]] StoreResult<> setHistory(const QString &simId, const QString &pin,
+                                           PinHistory history, const QString &at);
 
 private:
     StoreDatabase &m_database;

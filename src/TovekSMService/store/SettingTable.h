@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
+
 #include <QString>
 
 namespace norvane {
@@ -13,10 +15,8 @@ public:
     /// @param database  must outlive this object
     explicit SettingTable(StoreDatabase &database) : m_database(database) {}
 
-    /// @throws StoreFailure
-    QString value(const QString &name, const QString &absent = {}) const;
-    /// @throws StoreFailure
-    void write(const QString &name, const QString &value);
+    [[nodiscard]] StoreResult<QString> value(const QString &name, const QString &absent = {}) const;
+    [[nodiscard]] StoreResult<> write(const QString &name, const QString &value);
 
 private:
     StoreDatabase &m_database;

@@ -1,9 +1,10 @@
 #include "TovekSMService/store/Statement.h"
 
-#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/store/Transaction.h"
 
 #include <QSqlError>
+
+#include <utility>
 
 namespace norvane {
 
@@ -13,31 +14,40 @@ void Statements::drop()
     m_database = QSqlDatabase();
 }
 
-Statement::Statement(Statements &statements, const char *text)
-    : m_query(find(statements, QLatin1String(text)))
-{}
-
-QSqlQuery &Statement::find(Statements &statements, QLatin1String text)
+Statement::~Statement()
 {
-    auto found = statements.m_prepared.find(text);
-    if (found == statements.m_prepared.end())
-        found = statements.m_prepared.insert(text, prepared(statements.m_database, text));
-    return *found;
+    if (m_query)
+        m_query->finish();
 }
 
-void Statement::run(const QVariantList &values)
+StoreResult<> Statement::prepare()
 {
+    auto found = m_statements.m_prepared.find(m_text);
+    if (found == m_statements.m_prepared.end()) {
+        StoreResult<QSqlQuery> query = prepared(m_statements.m_database, m_text);
+        if (!query)
+            return failed(query.error());
+        found = m_statements.m_prepared.emplace(m_text, std::move(*query)).first;
+    }
+    m_query = &found->second;
+    return {};
+}
+
+StoreResult<> Statement::run(const QVariantList &values)
+{
+    if (StoreResult<> ready = prepare(); !ready)
+        return ready;
     for (int place = 0; place < values.size(); ++place)
-        m_query.bindValue(place, values.at(place));
-    execute(m_query);
+        m_query->bindValue(place, values.at(place));
+    return execute(*m_query);
 }
 
-bool Statement::next()
+StoreResult<bool> Statement::next()
 {
-    if (m_query.next())
+    if (m_query->next())
         return true;
-    if (m_query.lastError().isValid())
-        throw StoreFailure(m_query.lastError());
+    if (m_query->lastError().isValid())
+        return failed(StoreFailure(m_query->lastError()));
     return false;
 }
 

@@ -1,10 +1,13 @@
 #pragma once
 
-#include <QHash>
+#include "TovekSMService/store/StoreFailure.h"
+
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
+
+#include <map>
 
 namespace norvane {
 
@@ -20,7 +23,7 @@ private:
     friend class Statement;
 
     QSqlDatabase m_database;
-    QHash<QLatin1String, QSqlQuery> m_prepared;
+    std::map<QLatin1String, QSqlQuery> m_prepared; ///< each stays in its place
 };
 
 /// The use of a prepared statement: from binding its values to the last row, after which it holds
@@ -29,30 +32,29 @@ class Statement
 {
 public:
     /// @param text  lives as long as the program
-    /// @throws StoreFailure
-    Statement(Statements &statements, const char *text);
+    Statement(Statements &statements, const char *text) : m_statements(statements), m_text(text) {}
     Statement(const Statement &) = delete;
     Statement &operator=(const Statement &) = delete;
-    ~Statement() { m_query.finish(); }
+    ~Statement();
 
     /// Runs it with these values in the places of its question marks.
-    /// @throws StoreFailure
-    void run(const QVariantList &values = {});
+    [[nodiscard]] StoreResult<> run(const QVariantList &values = {});
 
     /// Goes to the next row.
     /// @return false if there is none
-    /// @throws StoreFailure
-    bool next();
-    QVariant value(int column) const { return m_query.value(column); }
+    [[nodiscard]] StoreResult<bool> next();
+    QVariant value(int column) const { return m_query->value(column); }
     /// The id of the row that the last run inserted; to be asked at once.
-    qint64 lastId() const { return m_query.lastInsertId().toLongLong(); }
+    qint64 lastId() const { return m_query->lastInsertId().toLongLong(); }
     /// How many rows the last run changed; to be asked at once.
-    int changedRows() const { return m_query.numRowsAffected(); }
+    int changedRows() const { return m_query->numRowsAffected(); }
 
 private:
-    static QSqlQuery &find(Statements &statements, QLatin1String text);
+    StoreResult<> prepare();
 
-    QSqlQuery &m_query;
+    Statements &m_statements;
+    const QLatin1String m_text;
+    QSqlQuery *m_query = nullptr; ///< once it has run
 };
 
 } // namespace norvane

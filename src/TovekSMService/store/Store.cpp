@@ -2,23 +2,17 @@
 
 namespace norvane {
 
-Store::Store(const QString &file, Opening opening) : m_database(file)
-{
-    if (opening == Opening::Now)
-        open();
-}
-
-void Store::open()
+StoreResult<> Store::open()
 {
     close();
-    try {
-        m_database.open();
-    } catch (const StoreFailure &) {
-        if (m_database.access() == StoreDatabase::Access::Reading)
-            m_queue.load();
-        throw;
+    StoreResult<> opened = m_database.open();
+    if (m_database.access() == StoreDatabase::Access::None)
+        return opened;
+    if (const StoreResult<> loaded = m_queue.load(); !loaded) {
+        close();
+        return opened ? loaded : opened;
     }
-    m_queue.load();
+    return opened;
 }
 
 void Store::close()

@@ -14,13 +14,11 @@ namespace norvane {
 class Store
 {
 public:
-    enum class Opening { Now, Later };
+    /// It is not open yet.
+    explicit Store(const QString &file) : m_database(file) {}
 
-    explicit Store(const QString &file, Opening opening = Opening::Now);
-
-    /// Opens the database anew, and all parts with it.
-    /// @throws StoreFailure
-    void open();
+    /// Opens the database anew, and all parts with it, see StoreDatabase::open().
+    [[nodiscard]] StoreResult<> open();
     void close();
 
     StoreDatabase &database() { return m_database; }

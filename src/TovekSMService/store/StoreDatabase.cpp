@@ -2,13 +2,13 @@
 
 #include "TovekSMService/store/SettingTable.h"
 #include "TovekSMService/store/StoreSchema.h"
-#include "TovekSMService/store/Transaction.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QScopeGuard>
 #include <QUrl>
 #include <QUuid>
+
+#include <utility>
 
 namespace norvane {
 
@@ -17,23 +17,29 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Makes the file, before anything is written to it, with the rights of its owner alone.
-void makeForOwner(const QString &file)
+StoreResult<> makeForOwner(const QString &file)
 {
     // One that is there isn't opened: closing it would give up this process's locks on it, the
     // database library's too.
     QFile made(file);
     if (!made.exists() && !made.open(QIODevice::ReadWrite))
-        throw StoreFailure(StoreFailure::Kind::ReadOnly, file + u": "_s + made.errorString());
+        return failed(
+            StoreFailure(StoreFailure::Kind::ReadOnly, file + u": "_s + made.errorString()));
     made.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    return {};
 }
 
-void refuseDamaged(const QSqlDatabase &database)
+StoreResult<> refuseDamaged(const QSqlDatabase &database)
 {
-    QSqlQuery check = prepared(database, u"PRAGMA quick_check(1)"_s);
-    execute(check);
-    const QString found = check.next() ? check.value(0).toString() : QString();
+    StoreResult<QSqlQuery> check = prepared(database, u"PRAGMA quick_check(1)"_s);
+    if (!check)
+        return failed(check.error());
+    if (StoreResult<> ran = execute(*check); !ran)
+        return ran;
+    const QString found = check->next() ? check->value(0).toString() : QString();
     if (found != "ok"_L1)
-        throw StoreFailure(StoreFailure::Kind::Corrupt, found);
+        return failed(StoreFailure(StoreFailure::Kind::Corrupt, found));
+    return {};
 }
 
 bool isOfTheFileItself(StoreFailure::Kind kind)
@@ -52,57 +58,63 @@ StoreDatabase::~StoreDatabase()
     close();
 }
 
-void StoreDatabase::open()
+StoreResult<> StoreDatabase::open()
 {
     close();
-    try {
-        openForWriting();
+    StoreResult<> opened = openForWriting();
+    if (opened) {
         m_access = Access::Whole;
-    } catch (const StoreFailure &failure) {
-        close();
-        if (!isOfTheFileItself(failure.kind()))
-            openForReading();
-        throw;
+        return opened;
     }
-}
-
-void StoreDatabase::openForWriting()
-{
-    makeForOwner(m_file);
-    openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s);
-    StoreSchema::refuseLater(m_database);
-    execute(m_database, u"PRAGMA journal_mode = WAL"_s);
-    refuseDamaged(m_database);
-    execute(m_database, u"PRAGMA synchronous = FULL"_s);
-    // Fewer of the moments in which the log is brought into the file; 16 MB of it are no burden.
-    execute(m_database, u"PRAGMA wal_autocheckpoint = 4000"_s);
-    StoreSchema::migrate(m_database);
-}
-
-void StoreDatabase::openForReading()
-{
-    // What has not been brought from the log into the file would not be seen.
-    if (QFileInfo(m_file + u"-wal"_s).size() > 0)
-        return;
-    try {
-        openFile(QString::fromLatin1(QUrl::fromLocalFile(m_file).toEncoded()) + u"?immutable=1"_s,
-                 u"QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"_s);
-        StoreSchema::refuseOther(m_database);
+    close();
+    if (isOfTheFileItself(opened.error().kind()))
+        return opened;
+    if (openForReading())
         m_access = Access::Reading;
-    } catch (const StoreFailure &) {
+    else
         close();
-    }
+    return opened;
 }
 
-void StoreDatabase::openFile(const QString &name, const QString &options)
+StoreResult<> StoreDatabase::openForWriting()
+{
+    const auto run = [this](const QString &statement) {
+        return [this, statement] { return execute(m_database, statement); };
+    };
+    return makeForOwner(m_file)
+        .and_then([this] { return openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s); })
+        .and_then([this] { return StoreSchema::refuseLater(m_database); })
+        .and_then(run(u"PRAGMA journal_mode = WAL"_s))
+        .and_then([this] { return refuseDamaged(m_database); })
+        .and_then(run(u"PRAGMA synchronous = FULL"_s))
+        // Fewer of the moments in which the log is brought into the file; 16 MB of it are no
+        // burden.
+        .and_then(run(u"PRAGMA wal_autocheckpoint = 4000"_s))
+        .and_then([this] { return StoreSchema::migrate(m_database); });
+}
+
+StoreResult<> StoreDatabase::openForReading()
+{
+    if (QFileInfo(m_file + u"-wal"_s).size() > 0)
+        return failed(StoreFailure(StoreFailure::Kind::ReadOnly,
+                                   u"what is in the log only would not be seen"_s));
+    const QString name =
+        QString::fromLatin1(QUrl::fromLocalFile(m_file).toEncoded()) + u"?immutable=1"_s;
+    return openFile(name, u"QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"_s).and_then([this] {
+        return StoreSchema::refuseOther(m_database);
+    });
+}
+
+StoreResult<> StoreDatabase::openFile(const QString &name, const QString &options)
 {
     m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
     m_database.setDatabaseName(name);
     // A lock is waited for by the callers' timers, not here, where it would hold up everything.
     m_database.setConnectOptions(options);
     if (!m_database.open())
-        throw StoreFailure(m_database.lastError());
+        return failed(StoreFailure(m_database.lastError()));
     m_statements.setDatabase(m_database);
+    return {};
 }
 
 void StoreDatabase::close()
@@ -116,22 +128,14 @@ void StoreDatabase::close()
     QSqlDatabase::removeDatabase(m_connection);
 }
 
-void StoreDatabase::together(const std::function<void()> &operations)
+void StoreDatabase::endTogether(bool isKept)
 {
-    if (m_isTogether) {
-        operations();
+    m_isTogether = false;
+    const QList<std::function<void()>> undo = std::exchange(m_undo, {});
+    if (isKept)
         return;
-    }
-    Transaction transaction(m_database);
-    m_isTogether = true;
-    const auto end = qScopeGuard([this] {
-        m_isTogether = false;
-        for (const std::function<void()> &undo : std::exchange(m_undo, {}))
-            undo();
-    });
-    operations();
-    transaction.commit();
-    m_undo.clear();
+    for (const std::function<void()> &each : undo)
+        each();
 }
 
 void StoreDatabase::onRollback(const std::function<void()> &undo)
@@ -140,37 +144,50 @@ void StoreDatabase::onRollback(const std::function<void()> &undo)
         m_undo.append(undo);
 }
 
-int StoreDatabase::write(const char *text, const QVariantList &values)
+StoreResult<> StoreDatabase::write(const char *text, const QVariantList &values)
 {
-    int rows = 0;
-    together([&] {
-        Statement query = statement(text);
-        query.run(values);
-        rows = query.changedRows();
-    });
-    return rows;
+    return together([&] { return Statement(m_statements, text).run(values); });
 }
 
-void StoreDatabase::probe()
+StoreResult<int> StoreDatabase::writeAndCount(const char *text, const QVariantList &values)
+{
+    return together([&] {
+        Statement statement(m_statements, text);
+        return statement.run(values).map([&] { return statement.changedRows(); });
+    });
+}
+
+StoreResult<qint64> StoreDatabase::insert(const char *text, const QVariantList &values)
+{
+    return together([&] {
+        Statement statement(m_statements, text);
+        return statement.run(values).map([&] { return statement.lastId(); });
+    });
+}
+
+StoreResult<> StoreDatabase::probe()
 {
     const QString name = u"probe"_s;
     SettingTable settings(*this);
-    together([&] {
-        const bool isEven = settings.value(name) == "even"_L1;
-        settings.write(name, isEven ? u"odd"_s : u"even"_s);
+    return together([&] {
+        return settings.value(name).and_then([&](const QString &last) {
+            return settings.write(name, last == "even"_L1 ? u"odd"_s : u"even"_s);
+        });
     });
 }
 
-void StoreDatabase::beginIdsAt(qint64 id)
+StoreResult<> StoreDatabase::beginIdsAt(qint64 id)
 {
-    together([&] {
-        for (const auto table : {"message"_L1, "outcome"_L1}) {
-            write("DELETE FROM sqlite_sequence WHERE name = ? AND seq < ?", {table, id});
-            write("INSERT INTO sqlite_sequence (name, seq) SELECT ?, ? WHERE NOT EXISTS "
-                  "(SELECT 1 FROM sqlite_sequence WHERE name = ?)",
-                  {table, id, table});
-        }
-    });
+    const auto beginIn = [this, id](QLatin1String table) {
+        return write("DELETE FROM sqlite_sequence WHERE name = ? AND seq < ?", {table, id})
+            .and_then([=, this] {
+                return write("INSERT INTO sqlite_sequence (name, seq) SELECT ?, ? WHERE NOT EXISTS "
+                             "(SELECT 1 FROM sqlite_sequence WHERE name = ?)",
+                             {table, id, table});
+            });
+    };
+    return together(
+        [&] { return beginIn("message"_L1).and_then([&] { return beginIn("outcome"_L1); }); });
 }
 
 } // namespace norvane

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/Statement.h"
 #include "TovekSMService/store/StoreFailure.h"
+#include "TovekSMService/store/Transaction.h"
 
 #include <QList>
 #include <QSqlDatabase>
@@ -11,13 +12,12 @@
 #include <functional>
 #include <optional>
 #include <type_traits>
-#include <utility>
 
 namespace norvane {
 
 /// The SQLite file that everything is kept in: opens and closes it, and carries out statements and
-/// transactions. What was written has reached the disk when the call returns. What throws
-/// StoreFailure has changed nothing.
+/// transactions. What was written has reached the disk when the call returns. What fails has
+/// changed nothing.
 class StoreDatabase
 {
 public:
@@ -35,40 +35,47 @@ public:
 
     /// Opens the file anew, making it and its schema where there is none. Where that fails for the
     /// disk and not for the file, it is open for reading afterwards if it can be.
-    void open();
+    [[nodiscard]] StoreResult<> open();
     void close();
     Access access() const { return m_access; }
     QString file() const { return m_file; }
 
-    /// Carries out several operations as one: with one commit, all of them or none. Within another
-    /// one it is a part of that.
-    void together(const std::function<void()> &operations);
+    /// Carries out several operations, which give a StoreResult, as one: with one commit, all of
+    /// them or, where they fail, none. Within another one it is a part of that.
+    /// @return what the operations give, or the failure of the transaction
+    template <typename Operations>
+    [[nodiscard]] std::invoke_result_t<Operations> together(Operations operations);
     /// Takes back a change in memory if the transaction that is open now, if any, is rolled back.
     void onRollback(const std::function<void()> &undo);
 
-    Statement statement(const char *text) const { return {m_statements, text}; }
     /// One statement that writes, as an operation.
+    [[nodiscard]] StoreResult<> write(const char *text, const QVariantList &values = {});
+    /// The same.
     /// @return how many rows it changed
-    int write(const char *text, const QVariantList &values = {});
+    [[nodiscard]] StoreResult<int> writeAndCount(const char *text, const QVariantList &values = {});
+    /// One statement that inserts a row, as an operation.
+    /// @return the row's id
+    [[nodiscard]] StoreResult<qint64> insert(const char *text, const QVariantList &values);
     /// What `read` makes of each row of a query.
     template <typename Read>
-    auto rows(const char *text, const QVariantList &values, Read read) const
-        -> QList<std::invoke_result_t<Read, const Statement &>>;
+    [[nodiscard]] auto rows(const char *text, const QVariantList &values, Read read) const
+        -> StoreResult<QList<std::invoke_result_t<Read, const Statement &>>>;
     /// What `read` makes of a query's first row, nothing if it has none.
     template <typename Read>
-    auto row(const char *text, const QVariantList &values, Read read) const
-        -> std::optional<std::invoke_result_t<Read, const Statement &>>;
+    [[nodiscard]] auto row(const char *text, const QVariantList &values, Read read) const
+        -> StoreResult<std::optional<std::invoke_result_t<Read, const Statement &>>>;
 
     /// Writes something of no meaning, to find out whether the disk can be written.
-    void probe();
+    [[nodiscard]] StoreResult<> probe();
     /// Lets the ids of messages and outcomes to come begin here at least: no id of a store that was
     /// set aside is to come again while someone may remember it.
-    void beginIdsAt(qint64 id);
+    [[nodiscard]] StoreResult<> beginIdsAt(qint64 id);
 
 private:
-    void openForWriting();
-    void openForReading();
-    void openFile(const QString &name, const QString &options);
+    StoreResult<> openForWriting();
+    StoreResult<> openForReading();
+    StoreResult<> openFile(const QString &name, const QString &options);
+    void endTogether(bool isKept);
 
     QString m_file;
     QString m_connection;
@@ -79,25 +86,41 @@ private:
     Access m_access = Access::None;
 };
 
+template <typename Operations>
+std::invoke_result_t<Operations> StoreDatabase::together(Operations operations)
+{
+    if (m_isTogether)
+        return operations();
+    m_isTogether = true;
+    std::invoke_result_t<Operations> result = inTransaction(m_database, operations);
+    endTogether(result.has_value());
+    return result;
+}
+
 template <typename Read>
 auto StoreDatabase::rows(const char *text, const QVariantList &values, Read read) const
-    -> QList<std::invoke_result_t<Read, const Statement &>>
+    -> StoreResult<QList<std::invoke_result_t<Read, const Statement &>>>
 {
     QList<std::invoke_result_t<Read, const Statement &>> rows;
-    Statement query = statement(text);
-    query.run(values);
-    while (query.next())
+    Statement query(m_statements, text);
+    if (const StoreResult<> ran = query.run(values); !ran)
+        return failed(ran.error());
+    StoreResult<bool> isRow = query.next();
+    for (; isRow && *isRow; isRow = query.next())
         rows.append(read(query));
+    if (!isRow)
+        return failed(isRow.error());
     return rows;
 }
 
 template <typename Read>
 auto StoreDatabase::row(const char *text, const QVariantList &values, Read read) const
-    -> std::optional<std::invoke_result_t<Read, const Statement &>>
+    -> StoreResult<std::optional<std::invoke_result_t<Read, const Statement &>>>
 {
-    Statement query = statement(text);
-    query.run(values);
-    return query.next() ? std::optional(read(query)) : std::nullopt;
+    Statement query(m_statements, text);
+    return query.run(values).and_then([&] { return query.next(); }).map([&](bool isRow) {
+        return isRow ? std::optional(read(query)) : std::nullopt;
+    });
 }
 
 } // namespace norvane

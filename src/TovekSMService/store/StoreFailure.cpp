@@ -26,10 +26,6 @@ StoreFailure::Kind kindOf(const QSqlError &error)
 
 } // namespace
 
-StoreFailure::StoreFailure(Kind kind, const QString &text)
-    : std::runtime_error(text.toStdString()), m_kind(kind)
-{}
-
 StoreFailure::StoreFailure(const QSqlError &error) : StoreFailure(kindOf(error), error.text()) {}
 
 } // namespace norvane

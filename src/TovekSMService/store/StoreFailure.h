@@ -1,14 +1,14 @@
 #pragma once
 
+#include "common/Result.h"
+
 #include <QSqlError>
 #include <QString>
-
-#include <stdexcept>
 
 namespace norvane {
 
 /// A database that could not do what it was asked. Nothing of the failed step was kept.
-class StoreFailure : public std::runtime_error
+class StoreFailure
 {
 public:
     enum class Kind {
@@ -20,14 +20,19 @@ public:
         Other,
     };
 
-    StoreFailure(Kind kind, const QString &text);
+    StoreFailure(Kind kind, const QString &text) : m_kind(kind), m_text(text) {}
     explicit StoreFailure(const QSqlError &error);
 
     Kind kind() const { return m_kind; }
-    QString text() const { return QString::fromUtf8(what()); }
+    QString text() const { return m_text; }
 
 private:
     Kind m_kind;
+    QString m_text;
 };
+
+/// What an operation of the store gives.
+template <typename Value = void>
+using StoreResult = Result<Value, StoreFailure>;
 
 } // namespace norvane

@@ -11,18 +11,8 @@ namespace norvane {
 using namespace Qt::StringLiterals;
 
 StoreReader::StoreReader(const QString &file)
-    : m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
-{
-    if (!QFile::exists(file))
-        throw StoreFailure(StoreFailure::Kind::Other, u"there is no store yet: "_s + file);
-    try {
-        open(file);
-    } catch (...) {
-        m_database = QSqlDatabase();
-        QSqlDatabase::removeDatabase(m_connection);
-        throw;
-    }
-}
+    : m_file(file), m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
+{}
 
 StoreReader::~StoreReader()
 {
@@ -31,34 +21,41 @@ StoreReader::~StoreReader()
     QSqlDatabase::removeDatabase(m_connection);
 }
 
-void StoreReader::open(const QString &file)
+StoreResult<> StoreReader::open()
 {
+    if (!QFile::exists(m_file))
+        return failed(
+            StoreFailure(StoreFailure::Kind::Other, u"there is no store yet: "_s + m_file));
     m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-    m_database.setDatabaseName(file);
+    m_database.setDatabaseName(m_file);
     m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
     if (!m_database.open())
-        throw StoreFailure(m_database.lastError());
-    StoreSchema::refuseOther(m_database);
+        return failed(StoreFailure(m_database.lastError()));
+    return StoreSchema::refuseOther(m_database);
 }
 
-void StoreReader::outcomes(const QString &since,
-                           const std::function<void(const OutcomeRow &)> &take) const
+StoreResult<> StoreReader::outcomes(const QString &since,
+                                    const std::function<void(const OutcomeRow &)> &take) const
 {
-    QSqlQuery query =
-        prepared(m_database, u"SELECT at, delivery_date, phone, text, code, network_reference "
-                             "FROM outcome WHERE at >= ? ORDER BY id"_s);
-    query.bindValue(0, notNull(since));
-    execute(query);
-    while (query.next())
-        take({query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
-              query.value(3).toString(), query.value(4).toInt(), query.value(5).toString()});
+    return prepared(m_database, u"SELECT at, delivery_date, phone, text, code, network_reference "
+                                "FROM outcome WHERE at >= ? ORDER BY id"_s)
+        .and_then([&](QSqlQuery query) {
+            query.bindValue(0, notNull(since));
+            return execute(query).map([&] {
+                while (query.next())
+                    take({query.value(0).toString(), query.value(1).toString(),
+                          query.value(2).toString(), query.value(3).toString(),
+                          query.value(4).toInt(), query.value(5).toString()});
+            });
+        });
 }
 
-void StoreReader::copyTo(const QString &file) const
+StoreResult<> StoreReader::copyTo(const QString &file) const
 {
-    QSqlQuery query = prepared(m_database, u"VACUUM INTO ?"_s);
-    query.bindValue(0, file);
-    execute(query);
+    return prepared(m_database, u"VACUUM INTO ?"_s).and_then([&](QSqlQuery query) {
+        query.bindValue(0, file);
+        return execute(query);
+    });
 }
 
 } // namespace norvane

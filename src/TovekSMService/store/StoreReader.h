@@ -21,26 +21,29 @@ struct OutcomeRow
 };
 
 /// A second look at a store's file that makes and changes nothing, while an engine may be at work
-/// on it. All operations throw StoreFailure.
+/// on it.
 class StoreReader
 {
 public:
-    /// @throws StoreFailure where there is no such file, or one of another version
+    /// It is not open yet.
     explicit StoreReader(const QString &file);
     StoreReader(const StoreReader &) = delete;
     StoreReader &operator=(const StoreReader &) = delete;
     ~StoreReader();
 
+    /// Fails where there is no such file, or one of another version.
+    [[nodiscard]] StoreResult<> open();
+
     /// Hands out the outcomes from `since` on ("yyyy-MM-ddTHH:mm:ss", or the beginning of it), in
     /// their order.
-    void outcomes(const QString &since, const std::function<void(const OutcomeRow &)> &take) const;
+    [[nodiscard]] StoreResult<> outcomes(const QString &since,
+                                         const std::function<void(const OutcomeRow &)> &take) const;
 
     /// Writes everything as it is at one moment to `file`, which must be missing or empty.
-    void copyTo(const QString &file) const;
+    [[nodiscard]] StoreResult<> copyTo(const QString &file) const;
 
 private:
-    void open(const QString &file);
-
+    const QString m_file;
     QString m_connection;
     QSqlDatabase m_database;
 };

@@ -1,6 +1,5 @@
 #include "TovekSMService/store/StoreSchema.h"
 
-#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/store/Transaction.h"
 
 #include <array>
@@ -67,42 +66,61 @@ constexpr const char *version2[] = {
 constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {
     version1, version2};
 
-int versionOf(const QSqlDatabase &database)
+StoreResult<int> versionOf(const QSqlDatabase &database)
 {
-    QSqlQuery query = prepared(database, u"PRAGMA user_version"_s);
-    execute(query);
-    return query.next() ? query.value(0).toInt() : 0;
+    return prepared(database, u"PRAGMA user_version"_s).and_then([](QSqlQuery query) {
+        return execute(query).map([&] { return query.next() ? query.value(0).toInt() : 0; });
+    });
+}
+
+/// Brings a database of this version to the next one.
+StoreResult<> migrateFrom(const QSqlDatabase &database, int version)
+{
+    return inTransaction(database, [&] {
+        StoreResult<> done;
+        for (const char *const statement : migrations.at(static_cast<size_t>(version))) {
+            done = execute(database, QString::fromLatin1(statement));
+            if (!done)
+                return done;
+        }
+        return execute(database, u"PRAGMA user_version = %1"_s.arg(version + 1));
+    });
 }
 
 } // namespace
 
-void StoreSchema::refuseLater(const QSqlDatabase &database)
+StoreResult<> StoreSchema::refuseLater(const QSqlDatabase &database)
 {
-    const int found = versionOf(database);
-    if (found > latestVersion)
-        throw StoreFailure(StoreFailure::Kind::TooNew,
-                           u"the store has the schema version %1, and this program "
-                           "knows versions up to %2"_s.arg(found)
-                               .arg(latestVersion));
+    return versionOf(database).and_then([](int found) -> StoreResult<> {
+        if (found <= latestVersion)
+            return {};
+        return failed(StoreFailure(StoreFailure::Kind::TooNew,
+                                   u"the store has the schema version %1, and this program "
+                                   "knows versions up to %2"_s.arg(found)
+                                       .arg(latestVersion)));
+    });
 }
 
-void StoreSchema::refuseOther(const QSqlDatabase &database)
+StoreResult<> StoreSchema::refuseOther(const QSqlDatabase &database)
 {
-    refuseLater(database);
-    if (const int found = versionOf(database); found != latestVersion)
-        throw StoreFailure(StoreFailure::Kind::Other,
-                           u"the store still has the schema version %1"_s.arg(found));
+    if (StoreResult<> isKnown = refuseLater(database); !isKnown)
+        return isKnown;
+    return versionOf(database).and_then([](int found) -> StoreResult<> {
+        if (found == latestVersion)
+            return {};
+        return failed(StoreFailure(StoreFailure::Kind::Other,
+                                   u"the store still has the schema version %1"_s.arg(found)));
+    });
 }
 
-void StoreSchema::migrate(const QSqlDatabase &database)
+StoreResult<> StoreSchema::migrate(const QSqlDatabase &database)
 {
-    for (int version = versionOf(database); version < latestVersion; ++version) {
-        Transaction transaction(database);
-        for (const char *const statement : migrations.at(static_cast<size_t>(version)))
-            execute(database, QString::fromLatin1(statement));
-        execute(database, u"PRAGMA user_version = %1"_s.arg(version + 1));
-        transaction.commit();
-    }
+    return versionOf(database).and_then([&](int version) {
+        StoreResult<> done;
+        for (; done && version < latestVersion; ++version)
+            done = migrateFrom(database, version);
+        return done;
+    });
 }
 
 } // namespace norvane

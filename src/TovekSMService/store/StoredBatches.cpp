@@ -1,7 +1,6 @@
 #include "TovekSMService/store/StoredBatches.h"
 
 #include "TovekSMService/store/MessageQueue.h"
-#include "TovekSMService/store/StoreFailure.h"
 
 #include <QCryptographicHash>
 
@@ -18,52 +17,59 @@ QString labelOf(const QString &batch)
     return QString::fromLatin1(digest.toHex()) + u':';
 }
 
-QStringList entriesOf(const MessageQueue &queue)
-{
-    return queue.recentBatches().split(u' ', Qt::SkipEmptyParts);
-}
-
 } // namespace
 
-void StoredBatches::add(const QString &batch, const QList<QueueRow> &messages)
+StoreResult<QStringList> StoredBatches::entries() const
 {
-    qsizetype done = stored(batch);
+    return m_queue.recentBatches().map(
+        [](const QString &batches) { return batches.split(u' ', Qt::SkipEmptyParts); });
+}
+
+StoreResult<> StoredBatches::add(const QString &batch, const QList<QueueRow> &messages)
+{
+    const StoreResult<qsizetype> before = stored(batch);
+    if (!before)
+        return failed(before.error());
+    qsizetype done = *before;
     qsizetype next = messages.size() - done;
     while (done < messages.size()) {
-        try {
-            m_queue.addBatch(messages.sliced(done, next), entriesWith(batch, done + next));
+        StoreResult<> added = addSome(batch, messages.sliced(done, next), done + next);
+        if (added) {
             done += next;
             next = std::min(next, messages.size() - done);
-        } catch (const StoreFailure &failure) {
-            // What is too much for the disk may fit in part. A lock concerns one as it does all.
-            if (next == 1 || failure.kind() == StoreFailure::Kind::Busy)
-                throw;
-            next /= 2;
+            continue;
         }
+        // What is too much for the disk may fit in part. A lock concerns one as it does all.
+        if (next == 1 || added.error().kind() == StoreFailure::Kind::Busy)
+            return added;
+        next /= 2;
     }
+    return {};
 }
 
-qsizetype StoredBatches::stored(const QString &batch) const
+StoreResult<qsizetype> StoredBatches::stored(const QString &batch) const
 {
-    const QString label = labelOf(batch);
-    const QStringList entries = entriesOf(m_queue);
-    for (const QString &entry : entries) {
-        if (entry.startsWith(label))
-            return entry.sliced(label.size()).toLongLong();
-    }
-    return 0;
+    return entries().map([label = labelOf(batch)](const QStringList &entries) -> qsizetype {
+        for (const QString &entry : entries) {
+            if (entry.startsWith(label))
+                return entry.sliced(label.size()).toLongLong();
+        }
+        return 0;
+    });
 }
 
-/// What the queue is to keep once that many messages of the batch are stored.
-QString StoredBatches::entriesWith(const QString &batch, qsizetype stored) const
+/// @param stored  messages of the batch, once these are
+StoreResult<> StoredBatches::addSome(const QString &batch, const QList<QueueRow> &messages,
+                                     qsizetype stored)
 {
-    const QString label = labelOf(batch);
-    QStringList entries = entriesOf(m_queue);
-    entries.removeIf([&label](const QString &entry) { return entry.startsWith(label); });
-    entries.append(label + QString::number(stored));
-    if (entries.size() > maxRemembered)
-        entries.removeFirst();
-    return entries.join(u' ');
+    return entries().and_then([&](QStringList entries) {
+        const QString label = labelOf(batch);
+        entries.removeIf([&label](const QString &entry) { return entry.startsWith(label); });
+        entries.append(label + QString::number(stored));
+        if (entries.size() > maxRemembered)
+            entries.removeFirst();
+        return m_queue.addBatch(messages, entries.join(u' '));
+    });
 }
 
 } // namespace norvane

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
 #include "contract/QueueRecordSet.h"
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 namespace norvane {
 
@@ -20,16 +22,16 @@ public:
     /// @param queue  must outlive this object
     explicit StoredBatches(MessageQueue &queue) : m_queue(queue) {}
 
-    /// Queues those messages of the batch that aren't stored yet, in their order.
-    /// @throws StoreFailure for one that can't be stored; those before it are
-    void add(const QString &batch, const QList<QueueRow> &messages);
+    /// Queues those messages of the batch that aren't stored yet, in their order. Where one can't
+    /// be stored it fails, and those before that one are.
+    [[nodiscard]] StoreResult<> add(const QString &batch, const QList<QueueRow> &messages);
 
     /// How many messages of the batch are stored, from its first; 0 for a batch that isn't known.
-    /// @throws StoreFailure
-    qsizetype stored(const QString &batch) const;
+    [[nodiscard]] StoreResult<qsizetype> stored(const QString &batch) const;
 
 private:
-    QString entriesWith(const QString &batch, qsizetype stored) const;
+    StoreResult<QStringList> entries() const;
+    StoreResult<> addSome(const QString &batch, const QList<QueueRow> &messages, qsizetype stored);
 
     MessageQueue &m_queue;
 };

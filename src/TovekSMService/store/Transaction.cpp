@@ -1,8 +1,8 @@
 #include "TovekSMService/store/Transaction.h"
 
-#include "TovekSMService/store/StoreFailure.h"
-
 #include <QSqlError>
+
+#include <utility>
 
 namespace norvane {
 
@@ -10,21 +10,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void needOpen(const QSqlDatabase &database)
+StoreResult<> needOpen(const QSqlDatabase &database)
 {
     if (!database.isOpen())
-        throw StoreFailure(StoreFailure::Kind::ReadOnly, u"the store is not open"_s);
+        return failed(StoreFailure(StoreFailure::Kind::ReadOnly, u"the store is not open"_s));
+    return {};
 }
 
 } // namespace
 
-QSqlQuery prepared(const QSqlDatabase &database, const QString &statement)
+StoreResult<QSqlQuery> prepared(const QSqlDatabase &database, const QString &statement)
 {
-    needOpen(database);
+    if (const StoreResult<> open = needOpen(database); !open)
+        return failed(open.error());
     QSqlQuery query(database);
     query.setForwardOnly(true);
     if (!query.prepare(statement))
-        throw StoreFailure(query.lastError());
+        return failed(StoreFailure(query.lastError()));
     return query;
 }
 
@@ -35,35 +37,36 @@ QString notNull(const QString &text)
     return text.isNull() ? u""_s : text;
 }
 
-void execute(QSqlQuery &query)
+StoreResult<> execute(QSqlQuery &query)
 {
     if (!query.exec())
-        throw StoreFailure(query.lastError());
+        return failed(StoreFailure(query.lastError()));
+    return {};
 }
 
-void execute(const QSqlDatabase &database, const QString &statement)
+StoreResult<> execute(const QSqlDatabase &database, const QString &statement)
 {
-    needOpen(database);
+    if (StoreResult<> open = needOpen(database); !open)
+        return open;
     QSqlQuery query(database);
     if (!query.exec(statement))
-        throw StoreFailure(query.lastError());
+        return failed(StoreFailure(query.lastError()));
+    return {};
 }
 
-Transaction::Transaction(const QSqlDatabase &database) : m_database(database)
+StoreResult<> beginTransaction(const QSqlDatabase &database)
 {
-    execute(m_database, u"BEGIN IMMEDIATE"_s);
+    return execute(database, u"BEGIN IMMEDIATE"_s);
 }
 
-Transaction::~Transaction()
+StoreResult<> commitTransaction(const QSqlDatabase &database)
 {
-    if (m_open)
-        QSqlQuery(m_database).exec(u"ROLLBACK"_s);
+    return execute(database, u"COMMIT"_s);
 }
 
-void Transaction::commit()
+void rollBackTransaction(const QSqlDatabase &database)
 {
-    execute(m_database, u"COMMIT"_s);
-    m_open = false;
+    QSqlQuery(database).exec(u"ROLLBACK"_s);
 }
 
 } // namespace norvane

@@ -151,7 +151,7 @@ TEST_F(EngineServiceOnBus, aCallWaitsForTheStoreWhileOthersAreServed)
     EXPECT_EQ(adding.reply().type(), QDBusMessage::ReplyMessage);
     EXPECT_EQ(setting.reply().arguments(), QVariantList({true}));
     EXPECT_EQ(m_store->queue().size(), 1);
-    EXPECT_EQ(m_store->settings().deviceSettings().Parameter, u"/dev/other, 9600"_s);
+    EXPECT_EQ(given(m_store->settings().deviceSettings()).Parameter, u"/dev/other, 9600"_s);
 }
 
 TEST_F(EngineServiceOnBus, aTroubleWithTheStoreStandsInTheStateOnce)

@@ -13,12 +13,13 @@ class HeardOutcomesTest : public StoreFixture
 protected:
     qint64 failedMessage()
     {
-        return m_store->queue().finish(add(noon()), -36, std::nullopt, noon(), false);
+        return given(m_store->queue().finish(add(noon()), -36, std::nullopt, noon(), false));
     }
 
     bool allNoted()
     {
-        return m_time.until([this] { return m_store->outcomes().unreportedFailures().isEmpty(); });
+        return m_time.until(
+            [this] { return given(m_store->outcomes().unreportedFailures()).isEmpty(); });
     }
 
     TurnedTime m_time;
@@ -31,7 +32,7 @@ TEST_F(HeardOutcomesTest, whatWasToldIsNotedAfterwards)
     const qint64 second = failedMessage();
     heard.add(first);
     heard.add(second);
-    EXPECT_EQ(m_store->outcomes().unreportedFailures().size(), 2);
+    EXPECT_EQ(given(m_store->outcomes().unreportedFailures()).size(), 2);
     EXPECT_TRUE(heard.contains(first));
     EXPECT_TRUE(allNoted());
     EXPECT_FALSE(heard.contains(first));
@@ -47,7 +48,7 @@ TEST_F(HeardOutcomesTest, onADiskThatCannotBeWrittenItIsKnownAllTheSame)
     m_time.pass(100);
     EXPECT_EQ(m_time.rung(), 1 + 100 / 20);
     EXPECT_TRUE(heard.contains(outcome));
-    EXPECT_EQ(m_store->outcomes().unreportedFailures().size(), 1);
+    EXPECT_EQ(given(m_store->outcomes().unreportedFailures()).size(), 1);
     other.unlock();
     EXPECT_TRUE(allNoted());
 }

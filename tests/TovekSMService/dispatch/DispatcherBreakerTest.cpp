@@ -26,7 +26,7 @@ protected:
 
     void sendAll()
     {
-        m_dispatcher->start();
+        done(m_dispatcher->start());
         ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     }
 
@@ -127,8 +127,8 @@ TEST_F(DispatcherBreaker, anEngineThatComesUpAgainKeepsTheInterval)
         m_line->commands.clear();
         answerWith({310, 310, 310, 0});
         add(u"600"_s);
-        m_store->settings().setToRun(true);
-        m_dispatcher->resume();
+        done(m_store->settings().setToRun(true));
+        done(m_dispatcher->resume());
         ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
         // After 59 minutes not yet, after 60 more again; a clock set back doesn't put it off.
         EXPECT_EQ(resets(), minutes == 59 ? 0 : 1) << minutes;
@@ -180,7 +180,7 @@ TEST_F(DispatcherBreaker, afterARowHasEndedItIsToldAnew)
 TEST_F(DispatcherBreaker, aDeviceThatIsOnlyAwayIsNotReset)
 {
     m_line->openError = LineError::NoSuchDevice;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_line->openings == 4; }));
     EXPECT_EQ(warnings(), QStringList({u"warning -2"_s}));
     m_line->openError.reset();
@@ -203,7 +203,7 @@ TEST_F(DispatcherBreaker, aMessageThatTheDeviceRefusesAloneHoldsUpNoOther)
             onDisk(u"SELECT phone FROM message WHERE state = 1"_s).toString() == "600"_L1;
         m_line->submitAnswer = isOdd ? cmsError(302) : FakeModemLine::info("+CMGS: 1");
     };
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"sent 601 text 2"_s) && has(u"sent 602 text 1"_s); }));
     EXPECT_EQ(onDisk(u"SELECT attempts FROM message"_s).toInt(), 0);
     // From now on it is known that the device takes others: its refusals use up attempts.
@@ -223,7 +223,7 @@ TEST_F(DispatcherBreaker, aDeviceThatRefusesEveryMessageUsesUpNoAttempts)
     m_line->submitAnswer = cmsError(302);
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     for (int round = 0; round < 3; ++round) {
         ASSERT_TRUE(until([this] {
             return onDisk(u"SELECT COUNT(*) FROM message WHERE due <= '%1'"_s.arg(
@@ -252,7 +252,7 @@ TEST_F(DispatcherLosses, threeLostAnswersInARowPauseSendingToo)
     for (const char *const phone : {"600", "601", "602", "603"})
         add(QLatin1String(phone));
     m_onSubmission = [this] { EXPECT_EQ(m_line->openings, submissions() > 3 ? 2 : 1); };
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 4);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s).size(), 3);

@@ -69,7 +69,7 @@ TEST_F(DispatcherClockChange, aPartInProgressWhileTheClockIsSetBackGoesOnce)
 {
     m_onSubmission = [this] { m_clock.now = m_clock.now.addDays(-1); };
     add(u"600"_s, u"a"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     m_onSubmission = nullptr;
     setClock("2024-05-02T12:00:00");

@@ -34,7 +34,7 @@ TEST_F(DispatcherCommit, theNextPartBeginsWhenTheOutcomeOfTheLastIsOnDisk)
     };
     for (const char *const phone : {"600", "601", "602"})
         add(QLatin1String(phone));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(seen, QStringList({u"0 600"_s, u"1 601"_s, u"2 602"_s}));
 }
@@ -44,7 +44,7 @@ TEST_F(DispatcherCommit, theOutcomeAndTheNextPartsNoteAreTriedInOneCommit)
     refuse(u"601"_s);
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_log.count(u"can't be used"_s) >= 2; }));
     // The outcome fell with the note once, and was then kept without it.
     EXPECT_EQ(m_log.count(u"outcome waits"_s), 1);
@@ -61,7 +61,7 @@ TEST_F(DispatcherCommit, theSameHoldsBetweenThePartsOfOneMessage)
                 "NEW.state = 1 AND OLD.parts_sent = 1 BEGIN SELECT "
                 "RAISE(ABORT, 'refused'); END"_s);
     add(u"600"_s, longText(2));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_log.count(u"can't be used"_s) >= 1; }));
     EXPECT_EQ(m_log.count(u"outcome waits"_s), 1);
     EXPECT_EQ(onDisk(u"SELECT state || ' ' || parts_sent FROM message"_s).toString(), u"2 1"_s);
@@ -96,18 +96,18 @@ TEST_P(DispatcherNoFollower, beginsWhenSomethingElseHasItsTurn)
     };
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([&] { return submitted >= 0; }));
     EXPECT_EQ(submitted, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Wishes, DispatcherNoFollower,
-    testing::Values(NoFollower{"stop", [](Dispatcher &engine) { engine.stop(); }},
-                    NoFollower{"finish", [](Dispatcher &engine) { engine.finish(); }},
-                    NoFollower{"applySettings", [](Dispatcher &engine) { engine.applySettings(); }},
-                    NoFollower{"testDevice",
-                               [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
+    testing::Values(
+        NoFollower{"stop", [](Dispatcher &engine) { done(engine.stop()); }},
+        NoFollower{"finish", [](Dispatcher &engine) { engine.finish(); }},
+        NoFollower{"applySettings", [](Dispatcher &engine) { done(engine.applySettings()); }},
+        NoFollower{"testDevice", [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
     [](const auto &action) { return std::string(action.param.name); });
 
 } // namespace

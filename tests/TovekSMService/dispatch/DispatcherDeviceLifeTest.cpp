@@ -30,7 +30,7 @@ TEST_F(DispatcherDeviceLife, aDeviceThatComesBackUnderAnotherNameIsFoundByItsIme
                    : std::nullopt;
     };
     startReady();
-    EXPECT_EQ(m_store->settings().deviceImei(u"/dev/fake, 9600"_s), u"490154203237518"_s);
+    EXPECT_EQ(given(m_store->settings().deviceImei(u"/dev/fake, 9600"_s)), u"490154203237518"_s);
 
     // In mid-message, before the payload, and after a restart of the engine too.
     m_line->openErrors.insert(u"/dev/fake"_s, LineError::NoSuchDevice);
@@ -42,7 +42,7 @@ TEST_F(DispatcherDeviceLife, aDeviceThatComesBackUnderAnotherNameIsFoundByItsIme
     EXPECT_EQ(m_events.filter(u"warning"_s), QStringList({u"warning -5"_s}));
     makeDispatcher();
     m_events.clear();
-    m_dispatcher->resume();
+    done(m_dispatcher->resume());
     ASSERT_TRUE(until([this] { return has(u"info Model 7"_s); }));
     EXPECT_EQ(m_line->openedDevice, m_ports.at(1));
 }
@@ -54,7 +54,7 @@ TEST_F(DispatcherDeviceLife, withOtherSettingsTheOldDeviceIsNotLookedFor)
     m_ports = {u"/dev/back"_s};
     m_line->openErrors.insert(u"/dev/new"_s, LineError::NoSuchDevice);
     configure(u"/dev/new, 9600"_s);
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     EXPECT_FALSE(m_line->openedDevices.contains(m_ports.at(0)));
 }
@@ -72,7 +72,7 @@ TEST_F(DispatcherDeviceLife, theSignalIsAskedForAgainNowAndThenWithoutAnEvent)
     ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(count(u"info Model 7"_s), 1);
 
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Closed; }));
     m_line->commands.clear();
     m_time.pass(10 * m_timings.conditionMs);
@@ -85,14 +85,14 @@ class DispatcherPin : public DispatcherDeviceLife
 protected:
     DispatcherPin()
     {
-        m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
+        done(m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s}));
         m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
         m_line->answers.insert(pinCommand, QByteArray());
     }
 
     void startUntilThePinHasLeft()
     {
-        m_dispatcher->start();
+        done(m_dispatcher->start());
         ASSERT_TRUE(until([this] { return m_line->commands.contains(pinCommand); }));
         EXPECT_TRUE(m_modem->awaitsPinOutcome());
     }
@@ -115,7 +115,7 @@ protected:
 TEST_F(DispatcherPin, aStopWaitsForTheWordOfTheSim)
 {
     startUntilThePinHasLeft();
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     EXPECT_EQ(m_dispatcher->status(), 0);
     answer("OK");
     EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Accepted));
@@ -125,7 +125,7 @@ TEST_F(DispatcherPin, aStopWaitsForTheWordOfTheSim)
 TEST_F(DispatcherPin, aRefusalThatComesAfterTheStopIsOnRecordToo)
 {
     startUntilThePinHasLeft();
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     answer("+CME ERROR: 16");
     EXPECT_EQ(static_cast<int>(history()), static_cast<int>(PinHistory::Refused));
 }
@@ -145,7 +145,7 @@ TEST_F(DispatcherPin, newSettingsWaitForTheWordOfTheSim)
 {
     startUntilThePinHasLeft();
     configure(u"/dev/next, 9600"_s);
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     takeTurns();
     EXPECT_EQ(m_line->openings, 1);
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: READY"));
@@ -215,7 +215,7 @@ TEST_P(DispatcherIdling, withADeviceInTroubleDoesLittleBetweenItsTries)
     add(u"600"_s);
     GetParam().make(*m_line);
     NotedLog log;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_line->openings >= 5; }));
     EXPECT_LE(m_time.rung(), 5 * 20);
     EXPECT_LE(m_line->commands.size(), 5 * 40);

@@ -59,7 +59,7 @@ TEST_F(DispatcherDevice, aTestWaitsBehindThePartInProgressAndGoesBeforeTheNextOn
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     m_events.clear();
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     test();
     takeTurns();
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 0"_s}));
@@ -79,7 +79,7 @@ TEST_F(DispatcherDevice, aTestGoesBeforeTheMessagesOfARunningEngine)
     };
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(eventsButQueue(),
               QStringList({u"status 1"_s, u"info Model 7"_s, u"sent 600 text 1"_s,
@@ -170,7 +170,7 @@ TEST_P(DispatcherWrongSettings, areToldOnceWhileTheQueueIsKeptAndTheEngineGoesOn
 {
     NotedLog log;
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     const QString warning = u"warning %1"_s.arg(GetParam().code);
     ASSERT_TRUE(until([&] { return has(warning); }));
 
@@ -178,7 +178,7 @@ TEST_P(DispatcherWrongSettings, areToldOnceWhileTheQueueIsKeptAndTheEngineGoesOn
     m_line->openError.reset();
     if (!GetParam().lineError) {
         configure(u"/dev/fake, 115200"_s);
-        m_dispatcher->applySettings();
+        done(m_dispatcher->applySettings());
     }
     ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(count(warning), 1);
@@ -208,7 +208,7 @@ TEST_F(DispatcherDevice, aDeviceThatStaysAwayIsTriedAgainWithGrowingDelaysAndTol
     m_line->openError = LineError::NoSuchDevice;
     QList<qint64> openings;
     m_line->onOpen = [&] { openings << m_time.elapsed(); };
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([&] { return openings.size() == 5; }));
     EXPECT_EQ(openings, QList<qint64>({0, 20, 20 + 40, 20 + 40 + 80, 20 + 40 + 80 + 80}));
     EXPECT_EQ(count(u"warning -2"_s), 1);
@@ -222,12 +222,12 @@ TEST_F(DispatcherDevice, startAndNewSettingsTryAtOnceAndTellTheTroubleAnew)
     m_retryTimes.maxReopenMs = 3'600'000;
     makeDispatcher();
     m_line->openError = LineError::NoSuchDevice;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return count(u"warning -2"_s) == 1; }));
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     ASSERT_TRUE(until([this] { return count(u"warning -2"_s) == 2; }));
-    m_dispatcher->stop();
-    m_dispatcher->start();
+    done(m_dispatcher->stop());
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return count(u"warning -2"_s) == 3; }));
     m_line->openError.reset();
     test();
@@ -277,7 +277,7 @@ TEST_F(DispatcherDevice, newSettingsWaitForThePartInProgressAndThenComeIntoForce
     startReady();
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     configure(u"/dev/other, 300"_s);
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     takeTurns();
     EXPECT_EQ(m_line->openings, 1);
     m_line->submitAnswer = FakeModemLine::info("+CMGS: 9");
@@ -292,7 +292,7 @@ TEST_F(DispatcherDevice, aStartPutsNewSettingsInForce)
 {
     startReady();
     configure(u"/dev/other, 300"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     EXPECT_TRUE(until([this] { return m_line->openedDevice == u"/dev/other"_s; }));
     EXPECT_EQ(m_line->openings, 2);
 }
@@ -300,7 +300,7 @@ TEST_F(DispatcherDevice, aStartPutsNewSettingsInForce)
 TEST_F(DispatcherDevice, aStartWithTheSameSettingsLeavesTheDeviceOpen)
 {
     startReady();
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     takeTurns();
     EXPECT_EQ(m_line->openings, 1);
 }
@@ -308,7 +308,7 @@ TEST_F(DispatcherDevice, aStartWithTheSameSettingsLeavesTheDeviceOpen)
 TEST_F(DispatcherDevice, settingsThatWereOnlyStoredAreNotInForce)
 {
     startReady();
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     configure(u"/dev/other, 300"_s);
     test();
     EXPECT_TRUE(isTested(1));
@@ -321,7 +321,7 @@ TEST_F(DispatcherDevice, aDeviceThatWasLostIsNoLongerKnown)
     ASSERT_TRUE(m_dispatcher->knownDevice().has_value());
     configure(u"/dev/other, 300"_s);
     m_line->openError = LineError::NoSuchDevice;
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     EXPECT_FALSE(m_dispatcher->knownDevice().has_value());
 }
@@ -332,24 +332,24 @@ TEST_F(DispatcherDevice, newSettingsDoNotCutOffATest)
     m_events.clear();
     test();
     ASSERT_EQ(m_modem->state(), Modem::State::Busy);
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     ASSERT_TRUE(isTested(1));
     EXPECT_TRUE(until([this] { return m_line->openings == 2; }));
 }
 
 TEST_F(DispatcherDevice, newSettingsOfAStoppedEngineOpenNothing)
 {
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     takeTurns();
     EXPECT_EQ(m_line->openings, 0);
 }
 
 TEST_F(DispatcherDevice, newSettingsWhileTheDeviceIsOpenedBeginAnew)
 {
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Initialising; }));
     configure(u"/dev/other, 300"_s);
-    m_dispatcher->applySettings();
+    done(m_dispatcher->applySettings());
     ASSERT_TRUE(until([this] { return has(u"info Model 7"_s); }));
     EXPECT_EQ(m_line->openedDevice, u"/dev/other"_s);
     EXPECT_EQ(count(u"info Model 7"_s), 1);
@@ -358,19 +358,19 @@ TEST_F(DispatcherDevice, newSettingsWhileTheDeviceIsOpenedBeginAnew)
 TEST_F(DispatcherDevice, aStopClosesTheDevice)
 {
     startReady();
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     EXPECT_TRUE(isClosed());
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Initialising; }));
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     EXPECT_EQ(m_modem->state(), Modem::State::Closed);
 }
 
 TEST_F(DispatcherDevice, thePinOfTheSettingsIsTried)
 {
-    m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
+    done(m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s}));
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     EXPECT_TRUE(until([this] { return m_line->commands.contains("AT+CPIN=\"4711\""); }));
 }
 
@@ -389,7 +389,7 @@ TEST_F(DispatcherDevice, theEngineEndsBehindThePartInProgress)
     EXPECT_TRUE(has(u"sent 600 text 1"_s));
     EXPECT_EQ(submissions(), 1);
     EXPECT_EQ(m_modem->state(), Modem::State::Closed);
-    EXPECT_TRUE(m_store->settings().isToRun());
+    EXPECT_TRUE(given(m_store->settings().isToRun()));
 }
 
 TEST_F(DispatcherDevice, anIdleEngineEndsAtOnce)

@@ -32,7 +32,7 @@ TEST_F(DispatcherFailures, aPermanentFailureIsReportedAtOnceAndNotTriedAgain)
     m_submitAnswers = {cmsError(28), FakeModemLine::info("+CMGS: 1")};
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s,
                                              u"failed 600 text -36"_s, u"sent 601 text 0"_s}));
@@ -44,7 +44,7 @@ TEST_F(DispatcherFailures, aTemporaryFailureIsTriedFourTimesWithGrowingDelays)
 {
     m_line->submitAnswer = cmsError(41);
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     const char *const attempts[] = {"12:00:30", "12:01:30", "12:03:30"};
     for (int made = 1; made <= 3; ++made) {
         const QString next = u"2024-05-01T"_s + QLatin1String(attempts[made - 1]);
@@ -67,7 +67,7 @@ TEST_F(DispatcherFailures, aMessageThatWaitsForItsRetryHoldsUpNobodyAndTellsOfIt
     m_submitAnswers = {cmsError(41), FakeModemLine::info("+CMGS: 1")};
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"sent 601 text 1"_s); }));
     EXPECT_EQ(onDisk(dateOnDisk(u"2024-05-01T12:00:33"_s)).toInt(), 1);
     m_clock.now = m_clock.now.addSecs(33);
@@ -79,7 +79,7 @@ TEST_F(DispatcherFailures, partsThatWereAcceptedAreNotRepeatedByARetry)
     m_submitAnswers = {FakeModemLine::info("+CMGS: 1"), cmsError(41),
                        FakeModemLine::info("+CMGS: 2")};
     add(u"600"_s, longText(2));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(
         until([this] { return onDisk(dateOnDisk(u"2024-05-01T12:00:30"_s)).toInt() == 1; }));
     m_clock.now = m_clock.now.addSecs(30);
@@ -94,7 +94,7 @@ TEST_F(DispatcherFailures, aFailureOfTheDeviceCostsTheMessageNoAttemptAndIsToldO
     m_submitAnswers = {cmsError(310), cmsError(310), cmsError(310),
                        cmsError(310), cmsError(310), FakeModemLine::info("+CMGS: 1")};
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(count(u"warning -29"_s), 1);
     EXPECT_TRUE(has(u"sent 600 text 0"_s));
@@ -110,7 +110,7 @@ TEST_F(DispatcherFailures, aLineThatBreaksBeforeThePayloadLeavesTheMessageWaitin
         m_line->breakOff();
     };
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(m_line->openings, 2);
@@ -121,7 +121,7 @@ TEST_F(DispatcherFailures, aLineThatBreaksBeforeThePayloadLeavesTheMessageWaitin
 TEST_F(DispatcherFailures, aLineThatBreaksBehindThePayloadEndsTheMessage)
 {
     m_line->submitAnswer.clear();
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     add(u"600"_s);
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 1; }));
     m_line->breakOff();
@@ -140,7 +140,7 @@ TEST_F(DispatcherLostAnswer, endsTheMessageWhichIsNeverSentAgain)
     m_submitAnswers = {QByteArray(), FakeModemLine::info("+CMGS: 1")};
     add(u"600"_s, longText(2));
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s,
                                              u"failed 600 %1 -39"_s.arg(longText(2)),
@@ -156,7 +156,7 @@ TEST_F(DispatcherLostAnswer, aPromptThatNeverComesLeavesTheMessageWaiting)
             m_line->prompt = "\r\n> ";
     };
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(count(u"warning -39"_s), 0);
@@ -168,17 +168,18 @@ TEST_F(DispatcherFailures, aFailureThatNobodyHearsIsKeptAndOneThatIsHandledIsNot
     m_submitAnswers = {cmsError(28), cmsError(28)};
     m_dispatcher->setHasListeners(false);
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_FALSE(has(u"failed 600 text -36"_s));
-    ASSERT_EQ(m_store->outcomes().unreportedFailures().size(), 1);
-    EXPECT_EQ(m_store->outcomes().unreportedFailures().constFirst().code, -36);
+    ASSERT_EQ(given(m_store->outcomes().unreportedFailures()).size(), 1);
+    EXPECT_EQ(given(m_store->outcomes().unreportedFailures()).constFirst().code, -36);
 
     m_dispatcher->setHasListeners(true);
     add(u"601"_s);
     ASSERT_TRUE(until([this] { return has(u"failed 601 text -36"_s); }));
-    EXPECT_TRUE(until([this] { return m_store->outcomes().unreportedFailures().size() == 1; }));
-    EXPECT_EQ(m_store->outcomes().unreportedFailures().constFirst().phone, u"600"_s);
+    EXPECT_TRUE(
+        until([this] { return given(m_store->outcomes().unreportedFailures()).size() == 1; }));
+    EXPECT_EQ(given(m_store->outcomes().unreportedFailures()).constFirst().phone, u"600"_s);
 }
 
 TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
@@ -186,14 +187,16 @@ TEST_F(DispatcherFailures, aFailureThatIsRaisedStaysUnreportedUntilItIsHandled)
     m_handlesReports = false;
     m_submitAnswers = {cmsError(28)};
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return !m_reports.isEmpty(); }));
     EXPECT_TRUE(has(u"failed 600 text -36"_s));
     takeTurns();
-    ASSERT_EQ(m_store->outcomes().unreportedFailures().size(), 1);
-    EXPECT_EQ(m_reports, QList<qint64>{m_store->outcomes().unreportedFailures().constFirst().id});
+    ASSERT_EQ(given(m_store->outcomes().unreportedFailures()).size(), 1);
+    EXPECT_EQ(m_reports,
+              QList<qint64>{given(m_store->outcomes().unreportedFailures()).constFirst().id});
     m_dispatcher->noteHandled(m_reports.constFirst());
-    EXPECT_TRUE(until([this] { return m_store->outcomes().unreportedFailures().isEmpty(); }));
+    EXPECT_TRUE(
+        until([this] { return given(m_store->outcomes().unreportedFailures()).isEmpty(); }));
 }
 
 TEST_F(DispatcherFailures, warningsAreKeptUntilTheyAreHandled)

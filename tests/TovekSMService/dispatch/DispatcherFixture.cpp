@@ -52,6 +52,7 @@ DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFi
         return std::nullopt;
     };
     m_store = std::make_unique<Store>(file());
+    done(m_store->open());
     makeDispatcher();
 }
 
@@ -109,13 +110,13 @@ void DispatcherFixture::makeDispatcher()
 
 void DispatcherFixture::add(const QString &phone, const QString &text, const QString &date)
 {
-    m_store->queue().add({{phone, text}}, date);
+    done(m_store->queue().add({{phone, text}}, date));
     m_dispatcher->noticeQueueChange();
 }
 
 void DispatcherFixture::startReady()
 {
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return !m_events.filter(u"info"_s).isEmpty(); }));
     takeTurns();
 }
@@ -153,7 +154,7 @@ QString DispatcherFixture::longText(int parts)
 
 void DispatcherFixture::configure(const QString &parameter, qint32 protocol)
 {
-    m_store->settings().setDeviceSettings({0, QString(), 1, protocol, parameter});
+    done(m_store->settings().setDeviceSettings({0, QString(), 1, protocol, parameter}));
 }
 
 QVariant DispatcherFixture::onDisk(const QString &query) const

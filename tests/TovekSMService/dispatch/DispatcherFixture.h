@@ -4,6 +4,7 @@
 
 #include "TovekSMService/modem/device/ModemFixture.h"
 #include "TovekSMService/store/OtherConnection.h"
+#include "TovekSMService/store/StoreResults.h"
 
 #include <QTemporaryDir>
 

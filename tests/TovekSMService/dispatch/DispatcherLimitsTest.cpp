@@ -36,7 +36,7 @@ TEST_F(DispatcherLimits, aMessageThatIsTooLateIsReportedInsteadOfSent)
     set(&EngineSettings::maxLateness, 3600);
     add(u"600"_s, u"late"_s, u"2024-05-01T10:59:59"_s);
     add(u"601"_s, u"in time"_s, u"2024-05-01T11:00:00"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"601 in time"_s}));
     EXPECT_EQ(count(u"failed 600 late -54"_s), 1);
@@ -46,7 +46,7 @@ TEST_F(DispatcherLimits, aMessageThatIsTooLateIsReportedInsteadOfSent)
 TEST_F(DispatcherLimits, withoutTheLimitAMessageGoesHoweverLate)
 {
     add(u"600"_s, u"text"_s, u"1999-01-01T00:00:00"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     EXPECT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
 }
 
@@ -55,7 +55,7 @@ TEST_F(DispatcherLimits, latenessIsCountedFromTheOriginalDateAndNotFromARetry)
     set(&EngineSettings::maxLateness, 60);
     m_submitAnswers = {cmsError(41)};
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return state() == u"0 0 2024-05-01T12:00:30"_s; }));
     m_clock.now = m_clock.now.addSecs(61);
     ASSERT_TRUE(until([this] { return has(u"failed 600 text -54"_s); }));
@@ -68,7 +68,7 @@ TEST_F(DispatcherLimits, aRetryThatWouldComeTooLateIsNotWaitedFor)
     m_clock.now = m_clock.now.addSecs(31);
     m_submitAnswers = {cmsError(41)};
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_TRUE(has(u"failed 600 text -36"_s));
 }
@@ -78,7 +78,7 @@ TEST_F(DispatcherLimits, aMessageThatBeganInTimeIsNotCutOffBetweenItsParts)
     set(&EngineSettings::maxLateness, 60);
     m_onSubmission = [this] { m_clock.now = m_clock.now.addSecs(50); };
     add(u"600"_s, longText(3));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 3);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s), QStringList());
@@ -86,13 +86,13 @@ TEST_F(DispatcherLimits, aMessageThatBeganInTimeIsNotCutOffBetweenItsParts)
 
 TEST_F(DispatcherLimits, aMessageFoundBetweenItsPartsIsReportedWhenItIsTooLate)
 {
-    m_store->queue().add({{u"600"_s, longText(2)}}, noon());
-    m_store->queue().beginPart(m_store->queue().first()->id, 5, {});
-    m_store->queue().endPart(m_store->queue().first()->id, 1);
-    m_store->settings().setToRun(true);
+    done(m_store->queue().add({{u"600"_s, longText(2)}}, noon()));
+    done(m_store->queue().beginPart(given(m_store->queue().first())->id, 5, {}));
+    done(m_store->queue().endPart(given(m_store->queue().first())->id, 1));
+    done(m_store->settings().setToRun(true));
     set(&EngineSettings::maxLateness, 60);
     m_clock.now = m_clock.now.addDays(7);
-    m_dispatcher->resume();
+    done(m_dispatcher->resume());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(submissions(), 0);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s).size(), 1);
@@ -101,12 +101,12 @@ TEST_F(DispatcherLimits, aMessageFoundBetweenItsPartsIsReportedWhenItIsTooLate)
 TEST_F(DispatcherLimits, theNetworkIsAskedForTheValidityPeriodThatIsSet)
 {
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     set(&EngineSettings::validityPeriod, 24 * 60);
     add(u"600"_s, longText(2));
-    m_dispatcher->start();
-    m_dispatcher->resume();
+    done(m_dispatcher->start());
+    done(m_dispatcher->resume());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 3);
     // 00, first octet, reference, address of three digits, protocol, coding, validity.
@@ -128,7 +128,7 @@ TEST_F(DispatcherLimits, partsBeyondAMinutesNumberWaitInTheirPlaceForTheNext)
     add(u"600"_s);
     add(u"601"_s, longText(2));
     add(u"602"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == 2; }));
     m_clock.now = m_clock.now.addSecs(59);
     takeTurns();
@@ -149,10 +149,10 @@ TEST_F(DispatcherLimits, aDaysNumberHoldsAcrossARestartAndUntilMidnight)
     set(&EngineSettings::partsPerDay, 2);
     for (int i = 0; i < 3; ++i)
         add(u"60%1"_s.arg(i));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 1; }));
     makeDispatcher();
-    m_dispatcher->resume();
+    done(m_dispatcher->resume());
     ASSERT_TRUE(until([this] { return m_modem->state() == Modem::State::Ready; }));
     m_clock.now = QDateTime(QDate(2024, 5, 1), QTime(23, 59, 59), Qt::UTC);
     takeTurns();
@@ -168,7 +168,7 @@ TEST_F(DispatcherLimits, whileAMessageWaitsForItsLimitTheDeviceIsTestedAndTheUns
     set(&EngineSettings::partsPerDay, 1);
     add(u"600"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 1; }));
     takeTurns();
     qint32 answer = 0;
@@ -176,7 +176,7 @@ TEST_F(DispatcherLimits, whileAMessageWaitsForItsLimitTheDeviceIsTestedAndTheUns
     EXPECT_TRUE(until([&] { return answer == 1; }));
     add(u"call me"_s, u"text"_s, u"2024-05-01T11:00:00"_s);
     EXPECT_TRUE(until([this] { return has(u"failed call me text -18"_s); }));
-    EXPECT_TRUE(m_store->queue().update({}, {m_store->queue().first()->id}));
+    EXPECT_TRUE(given(m_store->queue().update({}, {given(m_store->queue().first())->id})));
     EXPECT_EQ(m_store->queue().size(), 0);
     EXPECT_EQ(submissions(), 1);
 }
@@ -186,9 +186,9 @@ TEST_F(DispatcherLimits, aPartThatDidNotLeaveIsNotCounted)
     set(&EngineSettings::partsPerDay, 1);
     m_submitAnswers = {cmsError(331), cmsError(331), FakeModemLine::info("+CMGS: 1")};
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
-    EXPECT_EQ(m_store->parts().counts(noon()).inDay, 1);
+    EXPECT_EQ(given(m_store->parts().counts(noon())).inDay, 1);
 }
 
 struct Coverage
@@ -210,7 +210,7 @@ TEST_P(DispatcherCoverage, itsAbsenceCostsAMessageNoAttemptHoweverLong)
                   u"0 "_s + noon());
     };
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
     EXPECT_EQ(submissions(), 7);
     EXPECT_EQ(eventsButQueue().filter(u"failed"_s), QStringList());

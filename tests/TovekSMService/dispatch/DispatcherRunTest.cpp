@@ -67,7 +67,7 @@ TEST_F(DispatcherRun, isNotedAsLeavingBeforeTheFirstOfItLeavesAndKeptWithTheNext
     QStringList seen;
     m_onSubmission = [&] { seen << disk(); };
     addMany(15);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     QStringList expected;
     for (const auto &[length, outcomes] : {std::pair(1, 0), {2, 1}, {4, 3}, {8, 7}})
@@ -100,7 +100,7 @@ TEST_F(DispatcherRun, letsTheRestWaitAgainWhenOneFails)
             m_line->submitAnswer = "\r\n+CMGS: 42\r\n\r\nOK\r\n";
     };
     addMany(7);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     // From then on they leave one by one again.
     EXPECT_EQ(behind, u"1 5"_s);
@@ -130,7 +130,7 @@ TEST_P(DispatcherRunWish, endsTheRunBehindThePartInProgress)
         });
     });
     addMany(7);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([&] { return !afterwards.isEmpty(); }));
     EXPECT_EQ(afterwards, u"0 5"_s);
     EXPECT_EQ(m_line->payloads.size(), middle + 1);
@@ -139,11 +139,11 @@ TEST_P(DispatcherRunWish, endsTheRunBehindThePartInProgress)
 
 INSTANTIATE_TEST_SUITE_P(
     Wishes, DispatcherRunWish,
-    testing::Values(Action{"stop", [](Dispatcher &engine) { engine.stop(); }},
-                    Action{"finish", [](Dispatcher &engine) { engine.finish(); }},
-                    Action{"applySettings", [](Dispatcher &engine) { engine.applySettings(); }},
-                    Action{"testDevice",
-                           [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
+    testing::Values(
+        Action{"stop", [](Dispatcher &engine) { done(engine.stop()); }},
+        Action{"finish", [](Dispatcher &engine) { engine.finish(); }},
+        Action{"applySettings", [](Dispatcher &engine) { done(engine.applySettings()); }},
+        Action{"testDevice", [](Dispatcher &engine) { engine.testDevice([](qint32) {}); }}),
     [](const auto &action) { return std::string(action.param.name); });
 
 TEST_F(DispatcherRun, lastsNoLongerThanAMomentWhenTheDeviceBecomesSlow)
@@ -152,7 +152,7 @@ TEST_F(DispatcherRun, lastsNoLongerThanAMomentWhenTheDeviceBecomesSlow)
     makeDispatcher();
     inTheMiddle([this] { m_line->promptHeldBack = true; });
     addMany(7);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return submissions() == middle + 1; }));
     ASSERT_TRUE(until([this] { return has(sentEvent(middle - 1, 3)); }));
     EXPECT_EQ(disk(), u"1 4"_s);
@@ -167,13 +167,13 @@ TEST_F(DispatcherRun, ofAnEngineThatWasKilledIsInDoubtAndNeverSentAgain)
     bool killed = false;
     inTheMiddle([&] { killed = true; });
     addMany(8);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([&] { return killed; }));
     ASSERT_EQ(disk(), u"4 3"_s);
     const qsizetype left = m_line->payloads.size();
     m_events.clear();
     makeDispatcher();
-    m_dispatcher->resume();
+    done(m_dispatcher->resume());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     for (const int number : {3, 4, 5, 6})
         EXPECT_EQ(count(u"failed %1 text -39"_s.arg(phone(number))), 1) << number;
@@ -189,7 +189,7 @@ TEST_F(DispatcherRun, keepsItsOutcomesUntilTheStoreTakesThem)
                     "RAISE(ABORT, 'refused'); END"_s);
     });
     addMany(9);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_log.count(u"outcome waits"_s) >= 2; }));
     EXPECT_EQ(submissions(), 7);
     EXPECT_EQ(disk(), u"4 3"_s);
@@ -210,7 +210,7 @@ TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
                     "RAISE(ABORT, 'refused'); END"_s);
     });
     addMany(7);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_log.count(u"outcome waits"_s) >= 2; }));
     m_line->promptHeldBack = false;
     m_line->say("\r\n> ");
@@ -230,7 +230,7 @@ TEST_F(DispatcherRun, isNoneWherePartsAreCounted)
     QStringList seen;
     m_onSubmission = [&] { seen << disk().section(u' ', 0, 0); };
     addMany(7);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(seen, QStringList(7, u"1"_s));
 }
@@ -243,7 +243,7 @@ TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
     add(u"700"_s, longText(2));
     add(u"701"_s);
     add(u"702"_s, u"text"_s, u"2024-05-01T12:00:01"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 1; }));
     EXPECT_EQ(seen, QStringList({u"1"_s, u"2"_s, u"2"_s, u"1"_s, u"1"_s, u"1"_s, u"1"_s}));
     EXPECT_EQ(taken().last(), u"701 text"_s);
@@ -252,11 +252,11 @@ TEST_F(DispatcherRun, endsBeforeAMessageOfSeveralPartsAndOneThatIsNotDue)
 TEST_F(DispatcherRun, isHeldAgainstTheOperatorsDeletionsLikeTheMessageInProgress)
 {
     inTheMiddle([this] {
-        m_store->queue().clear();
+        done(m_store->queue().clear());
         m_dispatcher->noticeQueueChange();
     });
     addMany(9);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
 }

@@ -20,7 +20,7 @@ QString at(const char *time)
 
 TEST_F(DispatcherSending, nothingIsSentWhileStopped)
 {
-    m_dispatcher->resume();
+    done(m_dispatcher->resume());
     add(u"600"_s);
     m_dispatcher->work();
     takeTurns();
@@ -32,22 +32,22 @@ TEST_F(DispatcherSending, nothingIsSentWhileStopped)
 
 TEST_F(DispatcherSending, startAndStopTellTheStatusOnceAndKeepIt)
 {
-    m_dispatcher->start();
-    m_dispatcher->start();
+    done(m_dispatcher->start());
+    done(m_dispatcher->start());
     EXPECT_EQ(m_dispatcher->status(), 1);
-    EXPECT_TRUE(m_store->settings().isToRun());
-    m_dispatcher->stop();
-    m_dispatcher->stop();
+    EXPECT_TRUE(given(m_store->settings().isToRun()));
+    done(m_dispatcher->stop());
+    done(m_dispatcher->stop());
     EXPECT_EQ(m_dispatcher->status(), 0);
-    EXPECT_FALSE(m_store->settings().isToRun());
+    EXPECT_FALSE(given(m_store->settings().isToRun()));
     EXPECT_EQ(m_events, QStringList({u"status 1"_s, u"status 0"_s}));
 }
 
 TEST_F(DispatcherSending, anEngineThatWasStartedComesBackStarted)
 {
-    m_store->settings().setToRun(true);
-    m_store->queue().add({{u"600"_s, u"text"_s}}, noon());
-    m_dispatcher->resume();
+    done(m_store->settings().setToRun(true));
+    done(m_store->queue().add({{u"600"_s, u"text"_s}}, noon()));
+    done(m_dispatcher->resume());
     EXPECT_EQ(m_dispatcher->status(), 1);
     EXPECT_TRUE(has(u"status 1"_s));
     EXPECT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
@@ -58,7 +58,7 @@ TEST_F(DispatcherSending, messagesGoByDateAndThenByQueueingAndTellHowManyWait)
     add(u"3"_s, u"c"_s, at("11:00:00"));
     add(u"1"_s, u"a"_s, at("10:00:00"));
     add(u"2"_s, u"b"_s, at("10:00:00"));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), QStringList({u"1 a"_s, u"2 b"_s, u"3 c"_s}));
     EXPECT_EQ(eventsButQueue(), QStringList({u"status 1"_s, u"info Model 7"_s, u"sent 1 a 2"_s,
@@ -102,7 +102,7 @@ TEST_F(DispatcherSending, anOddDateIsReportedAndNotSent)
 {
     add(u"600"_s, u"text"_s, u"tomorrow"_s);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_TRUE(has(u"failed 600 text -11"_s));
     EXPECT_EQ(taken(), QStringList({u"601 text"_s}));
@@ -116,7 +116,7 @@ TEST_F(DispatcherSending, aPartIsOnDiskAsLeavingBeforeTheDeviceHearsOfIt)
         hash = onDisk(u"SELECT part_hash FROM message"_s).toByteArray();
     };
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(hash,
@@ -131,7 +131,7 @@ TEST_F(DispatcherSending, aMessageIsToldAsSentWhenItsOutcomeIsOnDisk)
                          "FROM outcome"_s);
     });
     add(u"600"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(outcome.toString(), u"1 42 "_s + noon());
 }
@@ -142,7 +142,7 @@ TEST_F(DispatcherSending, aLongTextGoesInPartsOfOneReferenceAndIsToldOnce)
     m_onSubmission = [&] { hashes << onDisk(u"SELECT hex(part_hash) FROM message"_s).toString(); };
     add(u"600"_s, longText(3));
     add(u"601"_s, longText(2));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 5);
     QString together;
@@ -168,11 +168,11 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
 {
     m_onSubmission = [this] {
         m_onSubmission = nullptr;
-        m_dispatcher->stop();
+        done(m_dispatcher->stop());
         EXPECT_EQ(m_events.constLast(), u"status 0"_s);
     };
     add(u"600"_s, longText(3));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] {
         return m_line->payloads.size() == 1 && m_modem->state() == Modem::State::Closed;
     }));
@@ -180,7 +180,7 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
     EXPECT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(onDisk(u"SELECT state || ' ' || parts_sent FROM message"_s).toString(), u"0 1"_s);
 
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 3);
     QList<int> numbers;
@@ -196,12 +196,12 @@ TEST_F(DispatcherSending, stopFinishesThePartInProgressAndStartSendsTheOthersOnl
 
 TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
 {
-    m_store->settings().setToRun(true);
-    m_store->queue().add({{u"600"_s, longText(3)}}, noon());
-    const qint64 id = m_store->queue().first()->id;
-    m_store->queue().beginPart(id, 77, {});
-    m_store->queue().endPart(id, 2);
-    m_dispatcher->resume();
+    done(m_store->settings().setToRun(true));
+    done(m_store->queue().add({{u"600"_s, longText(3)}}, noon()));
+    const qint64 id = given(m_store->queue().first())->id;
+    done(m_store->queue().beginPart(id, 77, {}));
+    done(m_store->queue().endPart(id, 2));
+    done(m_dispatcher->resume());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     ASSERT_EQ(m_line->payloads.size(), 1);
     EXPECT_EQ(decodeSubmit(m_line->payloads.constFirst())->number, 3);
@@ -210,26 +210,26 @@ TEST_F(DispatcherSending, anEngineThatEndedBetweenTwoPartsGoesOnWithTheOthers)
 
 TEST_F(DispatcherSending, anEngineThatComesUpStoppedLetsAMessageBetweenPartsBeEdited)
 {
-    m_store->queue().add({{u"600"_s, longText(3)}}, noon());
-    const qint64 id = m_store->queue().first()->id;
-    m_store->queue().beginPart(id, 77, {});
-    m_store->queue().endPart(id, 2);
-    m_dispatcher->resume();
+    done(m_store->queue().add({{u"600"_s, longText(3)}}, noon()));
+    const qint64 id = given(m_store->queue().first())->id;
+    done(m_store->queue().beginPart(id, 77, {}));
+    done(m_store->queue().endPart(id, 2));
+    done(m_dispatcher->resume());
     takeTurns();
-    EXPECT_TRUE(m_store->queue().update({}, {id}));
+    EXPECT_TRUE(given(m_store->queue().update({}, {id})));
     EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(DispatcherSending, whatWasLeavingWhenTheEngineEndedIsReportedOnceAndNeverSent)
 {
-    m_store->settings().setToRun(true);
-    m_store->queue().add({{u"600"_s, u"first"_s}}, noon());
-    m_store->queue().beginPart(m_store->queue().first()->id, std::nullopt, {});
+    done(m_store->settings().setToRun(true));
+    done(m_store->queue().add({{u"600"_s, u"first"_s}}, noon()));
+    done(m_store->queue().beginPart(given(m_store->queue().first())->id, std::nullopt, {}));
     for (int round = 0; round < 2; ++round) {
         m_dispatcher->setHasListeners(false);
-        m_dispatcher->resume();
+        done(m_dispatcher->resume());
         ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
-        const QList<Outcome> failures = m_store->outcomes().unreportedFailures();
+        const QList<Outcome> failures = given(m_store->outcomes().unreportedFailures());
         ASSERT_EQ(failures.size(), 1);
         EXPECT_EQ(failures.constFirst().phone, u"600"_s);
         EXPECT_EQ(failures.constFirst().text, u"first"_s);
@@ -257,7 +257,7 @@ TEST_P(DispatcherUnsendable, isReportedAndHoldsUpNobody)
 {
     add(GetParam().phone, GetParam().text);
     add(u"601"_s);
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_TRUE(
         has(u"failed %1 %2 %3"_s.arg(GetParam().phone, GetParam().text).arg(GetParam().code)));
@@ -275,7 +275,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(DispatcherSending, aMessageOfSeveralPartsIsEncodedOnce)
 {
     add(u"600"_s, longText(5));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(m_line->payloads.size(), 5);
     EXPECT_EQ(m_encodings, 1);

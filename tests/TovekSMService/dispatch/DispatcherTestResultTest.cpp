@@ -35,9 +35,9 @@ protected:
     /// What a console does with an engine that runs: stop, test, start.
     void testRunningEngine()
     {
-        m_dispatcher->stop();
+        done(m_dispatcher->stop());
         testUntilAnswered();
-        m_dispatcher->start();
+        done(m_dispatcher->start());
     }
 
     bool isClosed() const { return m_modem->state() == Modem::State::Closed; }
@@ -64,7 +64,7 @@ TEST_F(DispatcherTestResult, aFailureOfARunningEngineIsExplainedBeforeTheAnswerA
 TEST_F(DispatcherTestResult, aFailureThatIsKnownAlreadyIsExplainedInEveryTest)
 {
     m_line->openError = LineError::NoSuchDevice;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     for (int times = 0; times < 2; ++times) {
         testUntilAnswered();
@@ -105,7 +105,7 @@ TEST_F(DispatcherTestResult, aDeviceThatIsTooLateForItsTestIsClosedAndNotReporte
 TEST_F(DispatcherTestResult, aTroubleOfADeviceThatIsReadyAgainStandsNoLonger)
 {
     m_line->openError = LineError::NoSuchDevice;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     EXPECT_EQ(m_dispatcher->activeFaults().size(), 1);
     m_line->openError.reset();
@@ -117,7 +117,7 @@ TEST_F(DispatcherTestResult, aTroubleThatStandsKeepsTheWordsInWhichItWasTold)
 {
     m_line->openError = LineError::NoSuchDevice;
     m_line->detail = u"gone"_s;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return has(u"warning -2"_s); }));
     const QList<Dispatcher::Warning> told = m_dispatcher->activeFaults();
     ASSERT_EQ(told.size(), 1);
@@ -134,7 +134,7 @@ TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
         return faults.isEmpty() ? 0 : faults.constFirst().code;
     };
     m_line->openError = LineError::NoSuchDevice;
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([&] { return standing() == -2; }));
     m_line->openError = LineError::HeldByAnother;
     ASSERT_TRUE(until([&] { return standing() != -2; }));
@@ -145,12 +145,12 @@ TEST_F(DispatcherTestResult, ofTroublesThatWereToldTheOneThatWasMetLastStands)
 
 TEST_F(DispatcherTestResult, aPinThatIsSpentOnATestIsToldWithinItAndNotTriedAgain)
 {
-    m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s});
+    done(m_store->settings().setDeviceSettings({0, u"4711"_s, 1, 1, u"/dev/fake, 9600"_s}));
     m_line->answers.insert("AT+CPIN?", FakeModemLine::info("+CPIN: SIM PIN"));
     m_line->answers.insert(pinCommand, FakeModemLine::answer("+CME ERROR: 16"));
     testUntilAnswered();
     EXPECT_EQ(m_events, QStringList({u"warning -27"_s, u"tested -27"_s}));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return count(u"warning -27"_s) == 2; }));
     EXPECT_EQ(m_line->commands.count(pinCommand), 1);
 }
@@ -178,11 +178,11 @@ TEST_F(DispatcherTestResult, nothingIsSentThroughADeviceThatIsKeptOpen)
 TEST_F(DispatcherTestResult, theSameDeviceIsNotReportedAgainWhenItHadToBeOpenedAnew)
 {
     startReady();
-    m_dispatcher->stop();
+    done(m_dispatcher->stop());
     testUntilAnswered();
     m_line->breakOff();
     ASSERT_TRUE(until([this] { return isClosed(); }));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return isReady(); }));
     EXPECT_EQ(count(u"info Model 7"_s), 1) << "the test's own";
 }
@@ -193,7 +193,7 @@ TEST_F(DispatcherTestResult, anotherDeviceIsReported)
     m_line->breakOff();
     ASSERT_TRUE(until([this] { return isClosed(); }));
     m_line->answers.insert("AT+CGSN", FakeModemLine::info("490154203237519"));
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return count(u"info Model 7"_s) == 2; }));
 }
 
@@ -216,10 +216,10 @@ TEST_F(DispatcherTestResult, aDeviceThatNobodyStartsIsClosedAfterAWhile)
 TEST_F(DispatcherTestResult, aStopClosesTheDeviceThatWasKept)
 {
     testUntilAnswered();
-    m_dispatcher->start();
-    m_dispatcher->stop();
+    done(m_dispatcher->start());
+    done(m_dispatcher->stop());
     EXPECT_TRUE(isClosed());
-    m_dispatcher->start();
+    done(m_dispatcher->start());
     EXPECT_TRUE(until([this] { return count(u"info Model 7"_s) == 2; }));
 }
 

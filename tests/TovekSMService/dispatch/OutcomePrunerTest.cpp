@@ -17,9 +17,9 @@ protected:
 
     void finished(int daysAgo)
     {
-        m_store->queue().add({{u"600"_s, {}}}, noon());
-        m_store->queue().finish(m_store->queue().first()->id, 1, 1,
-                                m_clock.wallClockText(-daysAgo * 86'400 - 1), true);
+        done(m_store->queue().add({{u"600"_s, {}}}, noon()));
+        done(m_store->queue().finish(given(m_store->queue().first())->id, 1, 1,
+                                     m_clock.wallClockText(-daysAgo * 86'400 - 1), true));
     }
 
     int outcomes() const { return onDisk(u"SELECT COUNT(*) FROM outcome"_s).toInt(); }

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/OtherConnection.h"
 #include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreResults.h"
 
 #include <QDBusPendingCall>
 #include <QFile>
@@ -213,8 +214,9 @@ TEST_F(EngineOnBus, aMessageInDoubtIsToldWithItsWarningAlsoAfterAnotherRestart)
     stop();
     {
         Store store(storeFile());
-        store.queue().add({{u"601"_s, u"more"_s}}, QString());
-        store.queue().beginPart(store.queue().first()->id, std::nullopt, {});
+        done(store.open());
+        done(store.queue().add({{u"601"_s, u"more"_s}}, QString()));
+        done(store.queue().beginPart(given(store.queue().first())->id, std::nullopt, {}));
     }
     start(); // writes the failure down, with nobody there to hear it
     ASSERT_TRUE(until([&] { return callForNumber("GetQueueSize") == 0; }));
@@ -241,12 +243,14 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
     stop();
     {
         Store store(storeFile());
-        store.queue().add({{u"600"_s, u"words"_s}}, QString());
-        store.queue().finish(store.queue().first()->id, -17, std::nullopt, u"then"_s, false);
-        store.queue().add({{u"601"_s, u"more"_s}}, QString());
-        store.queue().beginPart(store.queue().first()->id, std::nullopt, {});
-        store.settings().setDeviceSettings({0, QString(), 1, 1, u"/no/such/device, 9600"_s});
-        store.settings().setToRun(true);
+        done(store.open());
+        done(store.queue().add({{u"600"_s, u"words"_s}}, QString()));
+        done(store.queue().finish(given(store.queue().first())->id, -17, std::nullopt, u"then"_s,
+                                  false));
+        done(store.queue().add({{u"601"_s, u"more"_s}}, QString()));
+        done(store.queue().beginPart(given(store.queue().first())->id, std::nullopt, {}));
+        done(store.settings().setDeviceSettings({0, QString(), 1, 1, u"/no/such/device, 9600"_s}));
+        done(store.settings().setToRun(true));
     }
     start();
     Listener listener(QDBusConnection::sessionBus());

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/OtherConnection.h"
 #include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreResults.h"
 #include "TovekSMService/store/StoreSchema.h"
 
 #include <QDBusPendingCall>
@@ -88,7 +89,9 @@ TEST_F(EngineDisk, damageThatIsMetWhileItRunsIsSetAsideAndToldAtOnce)
         // More than the database library keeps in memory.
         QDir().mkpath(folder());
         Store store(storeFile());
-        store.queue().add(QList<SMSList::Entry>(40'000, {u"600"_s, QString(150, u't')}), later);
+        done(store.open());
+        done(store.queue().add(QList<SMSList::Entry>(40'000, {u"600"_s, QString(150, u't')}),
+                               later));
     }
     start();
     setSettings(noDevice());

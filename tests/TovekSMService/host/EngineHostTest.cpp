@@ -55,9 +55,10 @@ protected:
     void queue(const QString &phone) const
     {
         Store store(file());
-        store.settings().setDeviceSettings({0, QString(), 1, 1, u"/dev/fake, 9600"_s});
-        store.settings().setToRun(true);
-        store.queue().add({{phone, u"text"_s}}, noon());
+        done(store.open());
+        done(store.settings().setDeviceSettings({0, QString(), 1, 1, u"/dev/fake, 9600"_s}));
+        done(store.settings().setToRun(true));
+        done(store.queue().add({{phone, u"text"_s}}, noon()));
     }
     void startHost()
     {

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/OtherConnection.h"
 #include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreResults.h"
 
 #include <QDir>
 
@@ -71,8 +72,10 @@ protected:
         stop();
         {
             Store store(storeFile());
-            store.queue().add({{phone, u"text"_s}}, QString());
-            store.queue().finish(store.queue().first()->id, -17, std::nullopt, u"then"_s, false);
+            done(store.open());
+            done(store.queue().add({{phone, u"text"_s}}, QString()));
+            done(store.queue().finish(given(store.queue().first())->id, -17, std::nullopt,
+                                      u"then"_s, false));
         }
         start();
     }
@@ -145,8 +148,9 @@ TEST_F(EngineReports, theWarningOfAMessageInDoubtComesBeforeItsNumber)
     stop();
     {
         Store store(storeFile());
-        store.queue().add({{u"601"_s, u"more"_s}}, QString());
-        store.queue().beginPart(store.queue().first()->id, std::nullopt, {});
+        done(store.open());
+        done(store.queue().add({{u"601"_s, u"more"_s}}, QString()));
+        done(store.queue().beginPart(given(store.queue().first())->id, std::nullopt, {}));
     }
     start();
     ASSERT_TRUE(until([] { return callForNumber("GetQueueSize") == 0; }));

@@ -35,7 +35,7 @@ protected:
         return m_gate->mayTry(m_sim, m_pin, triesLeft);
     }
 
-    PinHistory onDisk() const { return m_store->pins().history(m_sim.name(), m_pin); }
+    PinHistory onDisk() const { return given(m_store->pins().history(m_sim.name(), m_pin)); }
 
     SimIdentity m_sim{u"893407"_s, u"490154"_s};
     const SimIdentity m_unnumbered{{}, m_sim.imei};

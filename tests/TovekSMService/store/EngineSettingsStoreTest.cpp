@@ -14,8 +14,8 @@ class EngineSettingsStoreTest : public StoreFixture
 TEST_F(EngineSettingsStoreTest, untilSomeoneSetsAnythingTheyAreWhatTheDeviceDialogProposes)
 {
     const DeviceSettings proposed = {0, QString(), 1, 1, u"COM1, 9600"_s};
-    EXPECT_EQ(m_store->settings().deviceSettings(), proposed);
-    EXPECT_FALSE(m_store->settings().isToRun());
+    EXPECT_EQ(given(m_store->settings().deviceSettings()), proposed);
+    EXPECT_FALSE(given(m_store->settings().isToRun()));
 }
 
 TEST_F(EngineSettingsStoreTest, areKeptAsTheyCome)
@@ -27,33 +27,33 @@ TEST_F(EngineSettingsStoreTest, areKeptAsTheyCome)
          std::numeric_limits<qint32>::max(), QString(10'000, u'x')},
     };
     for (const DeviceSettings &record : records) {
-        m_store->settings().setDeviceSettings(record);
-        EXPECT_EQ(m_store->settings().deviceSettings(), record);
+        done(m_store->settings().setDeviceSettings(record));
+        EXPECT_EQ(given(m_store->settings().deviceSettings()), record);
         reopen();
-        EXPECT_EQ(m_store->settings().deviceSettings(), record);
+        EXPECT_EQ(given(m_store->settings().deviceSettings()), record);
     }
 }
 
 TEST_F(EngineSettingsStoreTest, whetherTheEngineIsToRunSurvivesReopening)
 {
-    m_store->settings().setToRun(true);
+    done(m_store->settings().setToRun(true));
     reopen();
-    EXPECT_TRUE(m_store->settings().isToRun());
-    m_store->settings().setToRun(false);
+    EXPECT_TRUE(given(m_store->settings().isToRun()));
+    done(m_store->settings().setToRun(false));
     reopen();
-    EXPECT_FALSE(m_store->settings().isToRun());
+    EXPECT_FALSE(given(m_store->settings().isToRun()));
 }
 
 TEST_F(EngineSettingsStoreTest, referencesCountOnAcrossReopeningAndWrap)
 {
-    const quint16 first = m_store->settings().nextReference();
+    const quint16 first = given(m_store->settings().nextReference());
     reopen();
-    EXPECT_EQ(m_store->settings().nextReference(), first + 1);
+    EXPECT_EQ(given(m_store->settings().nextReference()), first + 1);
     OtherConnection(file()).run(
         u"UPDATE setting SET value = '65534' WHERE name = 'concatenation_reference'"_s);
-    EXPECT_EQ(m_store->settings().nextReference(), 65535);
-    EXPECT_EQ(m_store->settings().nextReference(), 0);
-    EXPECT_EQ(m_store->settings().nextReference(), 1);
+    EXPECT_EQ(given(m_store->settings().nextReference()), 65535);
+    EXPECT_EQ(given(m_store->settings().nextReference()), 0);
+    EXPECT_EQ(given(m_store->settings().nextReference()), 1);
 }
 
 } // namespace

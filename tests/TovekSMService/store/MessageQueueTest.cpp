@@ -17,9 +17,9 @@ QueueRow row(qint64 id, const QString &phone, const QString &text)
 TEST_F(MessageQueueTest, newStoreIsEmpty)
 {
     EXPECT_EQ(m_store->queue().size(), 0);
-    EXPECT_TRUE(m_store->queue().rows().isEmpty());
-    EXPECT_FALSE(m_store->queue().first());
-    EXPECT_FALSE(m_store->queue().firstDue());
+    EXPECT_TRUE(given(m_store->queue().rows()).isEmpty());
+    EXPECT_FALSE(given(m_store->queue().first()));
+    EXPECT_FALSE(given(m_store->queue().firstDue()));
 }
 
 TEST_F(MessageQueueTest, queuedMessagesSurviveReopening)
@@ -27,13 +27,13 @@ TEST_F(MessageQueueTest, queuedMessagesSurviveReopening)
     const qint64 id = add(noon(), u"+34600111222"_s, u"Olá \"ação\" €"_s);
     reopen();
     EXPECT_EQ(m_store->queue().size(), 1);
-    EXPECT_EQ(m_store->queue().rows(),
+    EXPECT_EQ(given(m_store->queue().rows()),
               QList<QueueRow>({{noon(), u"+34600111222"_s, u"Olá \"ação\" €"_s, id}}));
 }
 
 TEST_F(MessageQueueTest, rowsComeByDateAndThenByQueueing)
 {
-    m_store->queue().add({{u"a"_s, {}}, {u"b"_s, {}}}, u"2024-05-02T00:00:00"_s);
+    done(m_store->queue().add({{u"a"_s, {}}, {u"b"_s, {}}}, u"2024-05-02T00:00:00"_s));
     add(u"2024-05-01T23:59:59"_s, u"c"_s);
     add(u"2024-05-02T00:00:00"_s, u"d"_s);
     add(u"0999-12-31T23:59:59"_s, u"e"_s);
@@ -45,22 +45,22 @@ TEST_F(MessageQueueTest, rowsComeByDateAndThenByQueueing)
 TEST_F(MessageQueueTest, idsAreNeverGivenTwice)
 {
     const qint64 first = add(noon());
-    m_store->queue().clear();
+    done(m_store->queue().clear());
     reopen();
     EXPECT_GT(add(noon()), first);
 }
 
 TEST_F(MessageQueueTest, nullTextsAreKeptAsEmptyOnes)
 {
-    m_store->queue().add({{QString(), QString()}}, QString());
+    done(m_store->queue().add({{QString(), QString()}}, QString()));
     reopen();
     ASSERT_EQ(m_store->queue().size(), 1);
-    EXPECT_EQ(m_store->queue().rows().constFirst().phone, QString());
-    EXPECT_EQ(m_store->queue().rows().constFirst().message, QString());
-    EXPECT_EQ(m_store->queue().rows().constFirst().deliveryDate, QString());
+    EXPECT_EQ(given(m_store->queue().rows()).constFirst().phone, QString());
+    EXPECT_EQ(given(m_store->queue().rows()).constFirst().message, QString());
+    EXPECT_EQ(given(m_store->queue().rows()).constFirst().deliveryDate, QString());
 
-    const qint64 id = m_store->queue().rows().constFirst().id;
-    EXPECT_TRUE(m_store->queue().update({{QString(), QString(), QString(), id}}, {}));
+    const qint64 id = given(m_store->queue().rows()).constFirst().id;
+    EXPECT_TRUE(given(m_store->queue().update({{QString(), QString(), QString(), id}}, {})));
     EXPECT_EQ(m_store->queue().size(), 1);
 }
 
@@ -70,13 +70,13 @@ TEST_F(MessageQueueTest, longAndStrangeTextsAreKeptLetterForLetter)
         u"a\tb\r\n'; DROP TABLE message; -- \U0001F600 \u200D "_s + QString(5000, u'ñ');
     add(noon(), u"call me"_s, odd);
     reopen();
-    EXPECT_EQ(m_store->queue().rows().constFirst().message, odd);
-    EXPECT_EQ(m_store->queue().rows().constFirst().phone, u"call me"_s);
+    EXPECT_EQ(given(m_store->queue().rows()).constFirst().message, odd);
+    EXPECT_EQ(given(m_store->queue().rows()).constFirst().phone, u"call me"_s);
 }
 
 TEST_F(MessageQueueTest, anEmptyListChangesNothing)
 {
-    m_store->queue().add({}, noon());
+    done(m_store->queue().add({}, noon()));
     EXPECT_EQ(m_store->queue().size(), 0);
 }
 
@@ -84,7 +84,7 @@ TEST_F(MessageQueueTest, clearRemovesAllThatWaits)
 {
     add(noon());
     add(QString());
-    m_store->queue().clear();
+    done(m_store->queue().clear());
     EXPECT_EQ(m_store->queue().size(), 0);
     reopen();
     EXPECT_EQ(m_store->queue().size(), 0);
@@ -95,10 +95,10 @@ TEST_F(MessageQueueTest, clearLeavesTheMessageInProgress)
     const qint64 leaving = add(noon(), u"leaving"_s);
     const qint64 between = add(noon(), u"between"_s);
     add(noon(), u"waiting"_s);
-    m_store->queue().beginPart(leaving, std::nullopt, {});
-    m_store->queue().beginPart(between, 7, {});
-    m_store->queue().endPart(between, 1);
-    m_store->queue().clear();
+    done(m_store->queue().beginPart(leaving, std::nullopt, {}));
+    done(m_store->queue().beginPart(between, 7, {}));
+    done(m_store->queue().endPart(between, 1));
+    done(m_store->queue().clear());
     EXPECT_EQ(m_store->queue().size(), 2);
     EXPECT_EQ(phones(), QStringList({u"leaving"_s, u"between"_s}));
 }
@@ -107,11 +107,11 @@ TEST_F(MessageQueueTest, updateChangesPhoneAndTextAndNothingElse)
 {
     const qint64 id = add(noon(), u"old"_s, u"old"_s);
     add(u"2024-05-01T12:00:01"_s, u"other"_s);
-    EXPECT_TRUE(m_store->queue().update({row(id, u"new"_s, u"words"_s)}, {}));
+    EXPECT_TRUE(given(m_store->queue().update({row(id, u"new"_s, u"words"_s)}, {})));
     reopen();
     ASSERT_EQ(m_store->queue().size(), 2);
-    EXPECT_EQ(m_store->queue().rows().at(0), (QueueRow{noon(), u"new"_s, u"words"_s, id}));
-    EXPECT_EQ(m_store->queue().rows().at(1).phone, u"other"_s);
+    EXPECT_EQ(given(m_store->queue().rows()).at(0), (QueueRow{noon(), u"new"_s, u"words"_s, id}));
+    EXPECT_EQ(given(m_store->queue().rows()).at(1).phone, u"other"_s);
 }
 
 TEST_F(MessageQueueTest, updateRemovesWhatWasDeletedAndLeavesWhatCameSince)
@@ -119,7 +119,7 @@ TEST_F(MessageQueueTest, updateRemovesWhatWasDeletedAndLeavesWhatCameSince)
     const qint64 first = add(noon(), u"first"_s);
     const qint64 second = add(noon(), u"second"_s);
     add(noon(), u"since"_s);
-    EXPECT_TRUE(m_store->queue().update({}, {first, second}));
+    EXPECT_TRUE(given(m_store->queue().update({}, {first, second})));
     EXPECT_EQ(m_store->queue().size(), 1);
     EXPECT_EQ(phones(), QStringList({u"since"_s}));
     reopen();
@@ -131,16 +131,16 @@ TEST_F(MessageQueueTest, updateNeverTouchesTheMessageInProgress)
     for (const bool isBetweenParts : {false, true}) {
         SCOPED_TRACE(isBetweenParts);
         const qint64 id = add(noon(), u"600"_s, u"told"_s);
-        m_store->queue().beginPart(id, 3, {});
+        done(m_store->queue().beginPart(id, 3, {}));
         if (isBetweenParts)
-            m_store->queue().endPart(id, 1);
-        EXPECT_FALSE(m_store->queue().update({row(id, u"9"_s, u"new"_s)}, {}));
-        EXPECT_FALSE(m_store->queue().update({}, {id}));
+            done(m_store->queue().endPart(id, 1));
+        EXPECT_FALSE(given(m_store->queue().update({row(id, u"9"_s, u"new"_s)}, {})));
+        EXPECT_FALSE(given(m_store->queue().update({}, {id})));
         EXPECT_EQ(m_store->queue().size(), 1);
-        EXPECT_EQ(m_store->queue().rows().constFirst().phone, u"600"_s);
+        EXPECT_EQ(given(m_store->queue().rows()).constFirst().phone, u"600"_s);
         EXPECT_EQ(stored(id, "parts_sent").toInt(), isBetweenParts ? 1 : 0);
         EXPECT_EQ(stored(id, "reference").toInt(), 3);
-        m_store->queue().finish(id, 1, 1, noon(), true);
+        done(m_store->queue().finish(id, 1, 1, noon(), true));
     }
 }
 
@@ -149,9 +149,9 @@ TEST_F(MessageQueueTest, rowsInTimeAreChangedBesideThoseTooLate)
     const qint64 late = add(noon(), u"late"_s);
     const qint64 gone = add(noon(), u"gone"_s);
     const qint64 edited = add(noon(), u"edited"_s);
-    m_store->queue().beginPart(late, std::nullopt, {});
-    EXPECT_FALSE(
-        m_store->queue().update({row(late, {}, {}), row(edited, u"new"_s, {})}, {late, gone}));
+    done(m_store->queue().beginPart(late, std::nullopt, {}));
+    EXPECT_FALSE(given(
+        m_store->queue().update({row(late, {}, {}), row(edited, u"new"_s, {})}, {late, gone})));
     EXPECT_EQ(phones(), QStringList({u"late"_s, u"new"_s}));
 }
 
@@ -160,39 +160,39 @@ TEST_F(MessageQueueTest, messagesThatHaveLeftAreNeitherRevivedNorDeletedInTime)
     for (const qint32 code : {1, -36}) {
         SCOPED_TRACE(code);
         const qint64 id = add(noon());
-        m_store->queue().finish(id, code, std::nullopt, noon(), true);
-        EXPECT_FALSE(m_store->queue().update({row(id, u"9"_s, u"new"_s)}, {}));
-        EXPECT_FALSE(m_store->queue().update({}, {id}));
+        done(m_store->queue().finish(id, code, std::nullopt, noon(), true));
+        EXPECT_FALSE(given(m_store->queue().update({row(id, u"9"_s, u"new"_s)}, {})));
+        EXPECT_FALSE(given(m_store->queue().update({}, {id})));
         EXPECT_EQ(m_store->queue().size(), 0);
-        EXPECT_TRUE(m_store->queue().rows().isEmpty());
+        EXPECT_TRUE(given(m_store->queue().rows()).isEmpty());
     }
 }
 
 TEST_F(MessageQueueTest, deletingWhatSomeoneElseDeletedIsInTimeAndChangingItIsNot)
 {
     const qint64 id = add(noon());
-    EXPECT_TRUE(m_store->queue().update({}, {id}));
-    EXPECT_TRUE(m_store->queue().update({}, {id}));
-    EXPECT_FALSE(m_store->queue().update({row(id, u"9"_s, {})}, {}));
+    EXPECT_TRUE(given(m_store->queue().update({}, {id})));
+    EXPECT_TRUE(given(m_store->queue().update({}, {id})));
+    EXPECT_FALSE(given(m_store->queue().update({row(id, u"9"_s, {})}, {})));
     EXPECT_EQ(m_store->queue().size(), 0);
 }
 
 TEST_F(MessageQueueTest, aMessageSentInPartBeginsAnewOnlyWhenItSaysSomethingElse)
 {
     const qint64 id = add(noon(), u"600"_s, u"told"_s);
-    m_store->queue().beginPart(id, 3, {});
-    m_store->queue().endPart(id, 1);
-    m_store->queue().postpone(id, 2, noon());
-    m_store->queue().releaseBetweenParts();
+    done(m_store->queue().beginPart(id, 3, {}));
+    done(m_store->queue().endPart(id, 1));
+    done(m_store->queue().postpone(id, 2, noon()));
+    done(m_store->queue().releaseBetweenParts());
 
-    EXPECT_TRUE(m_store->queue().update({row(id, u"600"_s, u"told"_s)}, {}));
-    std::optional<StoredMessage> message = m_store->queue().first();
+    EXPECT_TRUE(given(m_store->queue().update({row(id, u"600"_s, u"told"_s)}, {})));
+    std::optional<StoredMessage> message = given(m_store->queue().first());
     EXPECT_EQ(message->partsSent, 1);
     EXPECT_EQ(message->reference, quint16{3});
     EXPECT_EQ(message->attempts, 2);
 
-    EXPECT_TRUE(m_store->queue().update({row(id, u"601"_s, u"told"_s)}, {}));
-    message = m_store->queue().first();
+    EXPECT_TRUE(given(m_store->queue().update({row(id, u"601"_s, u"told"_s)}, {})));
+    message = given(m_store->queue().first());
     EXPECT_EQ(message->partsSent, 0);
     EXPECT_FALSE(message->reference);
     EXPECT_EQ(message->attempts, 0);
@@ -207,11 +207,11 @@ TEST_P(MessageQueueOddDate, isKeptAsGivenAndGoesBeforeEveryDate)
     add(u"0001-01-01T00:00:00"_s, u"dated"_s);
     add(date, u"odd"_s);
     EXPECT_EQ(phones(), QStringList({u"odd"_s, u"dated"_s}));
-    EXPECT_EQ(m_store->queue().rows().constFirst().deliveryDate, date);
-    ASSERT_TRUE(m_store->queue().first());
-    EXPECT_TRUE(m_store->queue().first()->dateIsOdd);
-    EXPECT_EQ(m_store->queue().first()->deliveryDate, date);
-    EXPECT_EQ(m_store->queue().firstDue(), QString());
+    EXPECT_EQ(given(m_store->queue().rows()).constFirst().deliveryDate, date);
+    ASSERT_TRUE(given(m_store->queue().first()));
+    EXPECT_TRUE(given(m_store->queue().first())->dateIsOdd);
+    EXPECT_EQ(given(m_store->queue().first())->deliveryDate, date);
+    EXPECT_EQ(given(m_store->queue().firstDue()), QString());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -230,8 +230,8 @@ TEST_P(MessageQueueDate, isTakenAsADateWhateverTheZoneSays)
 {
     const QString date = QLatin1String(GetParam());
     add(date);
-    EXPECT_FALSE(m_store->queue().first()->dateIsOdd);
-    EXPECT_EQ(m_store->queue().firstDue(), date);
+    EXPECT_FALSE(given(m_store->queue().first())->dateIsOdd);
+    EXPECT_EQ(given(m_store->queue().firstDue()), date);
 }
 
 // The third and fourth lie in hours that the clock change of many places skips or repeats.

@@ -23,27 +23,27 @@ QString pin()
 
 TEST_F(PinRecordTest, pinsAreRememberedForEachSimAndPin)
 {
-    EXPECT_EQ(m_store->pins().history(sim(), pin()), PinHistory::NeverTried);
+    EXPECT_EQ(given(m_store->pins().history(sim(), pin())), PinHistory::NeverTried);
     for (const PinHistory history :
          {PinHistory::Tried, PinHistory::Refused, PinHistory::Accepted, PinHistory::NeverTried}) {
-        m_store->pins().setHistory(sim(), pin(), history, noon());
+        done(m_store->pins().setHistory(sim(), pin(), history, noon()));
         reopen();
-        EXPECT_EQ(m_store->pins().history(sim(), pin()), history);
+        EXPECT_EQ(given(m_store->pins().history(sim(), pin())), history);
     }
-    m_store->pins().setHistory(sim(), pin(), PinHistory::Refused, noon());
-    EXPECT_EQ(m_store->pins().history(sim(), u"73916"_s), PinHistory::NeverTried);
-    EXPECT_EQ(m_store->pins().history(u"other"_s, pin()), PinHistory::NeverTried);
+    done(m_store->pins().setHistory(sim(), pin(), PinHistory::Refused, noon()));
+    EXPECT_EQ(given(m_store->pins().history(sim(), u"73916"_s)), PinHistory::NeverTried);
+    EXPECT_EQ(given(m_store->pins().history(u"other"_s, pin())), PinHistory::NeverTried);
 }
 
 TEST_F(PinRecordTest, simAndPinAreKeptApart)
 {
-    m_store->pins().setHistory(u"12"_s, u"345"_s, PinHistory::Refused, noon());
-    EXPECT_EQ(m_store->pins().history(u"123"_s, u"45"_s), PinHistory::NeverTried);
+    done(m_store->pins().setHistory(u"12"_s, u"345"_s, PinHistory::Refused, noon()));
+    EXPECT_EQ(given(m_store->pins().history(u"123"_s, u"45"_s)), PinHistory::NeverTried);
 }
 
 TEST_F(PinRecordTest, recordsOfAttemptsDoNotTellThePin)
 {
-    m_store->pins().setHistory(sim(), pin(), PinHistory::Refused, noon());
+    done(m_store->pins().setHistory(sim(), pin(), PinHistory::Refused, noon()));
     m_store.reset();
     QFile written(file());
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));

@@ -94,10 +94,10 @@ TEST_F(StoreJournalTest, messagesThatComeAreNoted)
     const qint64 first = add(noon());
     EXPECT_EQ(noted(), QList<qint64>{first});
     mark();
-    m_store->queue().add({{u"1"_s, {}}, {u"2"_s, {}}, {u"3"_s, {}}}, noon());
+    done(m_store->queue().add({{u"1"_s, {}}, {u"2"_s, {}}, {u"3"_s, {}}}, noon()));
     EXPECT_EQ(noted(), (QList<qint64>{first + 1, first + 2, first + 3}));
     mark();
-    m_store->queue().add({}, noon());
+    done(m_store->queue().add({}, noon()));
     EXPECT_TRUE(noted().isEmpty());
 }
 
@@ -107,13 +107,13 @@ TEST_F(StoreJournalTest, editsDeletionsPostponementsAndOutcomesAreNoted)
     const qint64 two = add(noon());
     const qint64 three = add(noon());
     mark();
-    m_store->queue().update({{noon(), u"9"_s, u"x"_s, one}}, {two});
+    done(m_store->queue().update({{noon(), u"9"_s, u"x"_s, one}}, {two}));
     EXPECT_EQ(noted(), (QList<qint64>{one, two}));
     mark();
-    m_store->queue().postpone(three, 1, noon());
+    done(m_store->queue().postpone(three, 1, noon()));
     EXPECT_EQ(noted(), QList<qint64>{three});
     mark();
-    m_store->queue().finish(one, 1, std::nullopt, noon(), true);
+    done(m_store->queue().finish(one, 1, std::nullopt, noon(), true));
     EXPECT_EQ(noted(), QList<qint64>{one});
 }
 
@@ -121,9 +121,9 @@ TEST_F(StoreJournalTest, aPartThatLeavesChangesNoRow)
 {
     const qint64 id = add(noon());
     mark();
-    m_store->queue().beginPart(id, std::nullopt, {});
-    m_store->queue().endPart(id, 1);
-    m_store->queue().releaseBetweenParts();
+    done(m_store->queue().beginPart(id, std::nullopt, {}));
+    done(m_store->queue().endPart(id, 1));
+    done(m_store->queue().releaseBetweenParts());
     EXPECT_TRUE(noted().isEmpty());
 }
 
@@ -131,10 +131,10 @@ TEST_F(StoreJournalTest, aClearedQueueAndAnotherFileAreChangesOfEverything)
 {
     add(noon());
     quint64 before = m_store->queue().journal().revision();
-    m_store->queue().clear();
+    done(m_store->queue().clear());
     EXPECT_FALSE(m_store->queue().journal().since(before));
     before = m_store->queue().journal().revision();
-    m_store->open();
+    done(m_store->open());
     EXPECT_FALSE(m_store->queue().journal().since(before));
 }
 
@@ -142,8 +142,8 @@ TEST_F(StoreJournalTest, rowsAreGivenByTheirIdsWhereTheyAreStillThere)
 {
     const qint64 one = add(noon(), u"1"_s);
     const qint64 two = add(noon(), u"2"_s);
-    m_store->queue().update({}, {one});
-    const QList<QueueRow> rows = m_store->queue().rows({one, two, 999});
+    done(m_store->queue().update({}, {one}));
+    const QList<QueueRow> rows = given(m_store->queue().rows({one, two, 999}));
     EXPECT_EQ(rows, (QList{QueueRow{noon(), u"2"_s, u"text"_s, two}}));
 }
 

@@ -16,20 +16,20 @@ class StoreDatabaseTest : public StoreFixture
 TEST_F(StoreDatabaseTest, aStoreThatIsNotOpenFailsInEveryOperationAndOpensLater)
 {
     add(u"2026-01-01T00:00:00"_s);
-    Store store(file(), Store::Opening::Later);
+    Store store(file());
     EXPECT_EQ(store.database().access(), StoreDatabase::Access::None);
     EXPECT_EQ(store.queue().size(), 0);
-    EXPECT_THROW(store.queue().rows(), StoreFailure);
-    EXPECT_THROW(store.queue().firstDue(), StoreFailure);
-    EXPECT_THROW(store.settings().isToRun(), StoreFailure);
-    EXPECT_THROW(store.settings().setToRun(true), StoreFailure);
-    EXPECT_THROW(store.queue().add({{u"1"_s, QString()}}, QString()), StoreFailure);
-    store.open();
+    EXPECT_FALSE(store.queue().rows());
+    EXPECT_FALSE(store.queue().firstDue());
+    EXPECT_FALSE(store.settings().isToRun());
+    EXPECT_FALSE(store.settings().setToRun(true));
+    EXPECT_FALSE(store.queue().add({{u"1"_s, QString()}}, QString()));
+    done(store.open());
     EXPECT_EQ(store.database().access(), StoreDatabase::Access::Whole);
     EXPECT_EQ(store.queue().size(), 1);
     store.close();
     EXPECT_EQ(store.database().access(), StoreDatabase::Access::None);
-    EXPECT_THROW(store.queue().rows(), StoreFailure);
+    EXPECT_FALSE(store.queue().rows());
 }
 
 TEST_F(StoreDatabaseTest, whatIsNoDatabaseIsNotOpenedForReadingEither)
@@ -39,13 +39,10 @@ TEST_F(StoreDatabaseTest, whatIsNoDatabaseIsNotOpenedForReadingEither)
     ASSERT_TRUE(damaged.open(QIODevice::WriteOnly));
     damaged.write(QByteArray(5000, 'x'));
     damaged.close();
-    Store store(file(), Store::Opening::Later);
-    try {
-        store.open();
-        ADD_FAILURE() << "it was opened";
-    } catch (const StoreFailure &failure) {
-        EXPECT_EQ(failure.kind(), StoreFailure::Kind::Corrupt);
-    }
+    Store store(file());
+    const StoreResult<> opened = store.open();
+    ASSERT_FALSE(opened) << "it was opened";
+    EXPECT_EQ(opened.error().kind(), StoreFailure::Kind::Corrupt);
     EXPECT_EQ(store.database().access(), StoreDatabase::Access::None);
 }
 
@@ -61,12 +58,9 @@ TEST_F(StoreDatabaseTest, damageBehindASoundHeaderIsSeenAtOnce)
     ASSERT_TRUE(damaged.seek(6 * 4096));
     damaged.write(QByteArray(4096, 'x'));
     damaged.close();
-    try {
-        const Store store(file());
-        ADD_FAILURE() << "it was opened";
-    } catch (const StoreFailure &failure) {
-        EXPECT_EQ(failure.kind(), StoreFailure::Kind::Corrupt);
-    }
+    const StoreResult<> opened = Store(file()).open();
+    ASSERT_FALSE(opened) << "it was opened";
+    EXPECT_EQ(opened.error().kind(), StoreFailure::Kind::Corrupt);
 }
 
 TEST_F(StoreDatabaseTest, fileAndItsCompanionsAreForTheirOwnerAlone)
@@ -105,21 +99,21 @@ TEST_F(StoreDatabaseTest, commitsReachTheDiskBeforeTheyReturn)
 
 TEST_F(StoreDatabaseTest, idsCanBeginBeyondThoseOfAnotherStore)
 {
-    m_store->database().beginIdsAt(1000);
+    done(m_store->database().beginIdsAt(1000));
     EXPECT_EQ(add(noon()), 1001);
-    m_store->database().beginIdsAt(500);
+    done(m_store->database().beginIdsAt(500));
     EXPECT_EQ(add(noon()), 1002);
-    m_store->database().beginIdsAt(2000);
+    done(m_store->database().beginIdsAt(2000));
     EXPECT_EQ(add(noon()), 2001);
 }
 
 TEST_F(StoreDatabaseTest, idsOfOutcomesCanBeginThereToo)
 {
     const auto fail = [this] {
-        return m_store->queue().finish(add(noon()), -36, std::nullopt, noon(), false);
+        return given(m_store->queue().finish(add(noon()), -36, std::nullopt, noon(), false));
     };
     EXPECT_EQ(fail(), 1);
-    m_store->database().beginIdsAt(1000);
+    done(m_store->database().beginIdsAt(1000));
     EXPECT_EQ(fail(), 1001);
 }
 
@@ -133,18 +127,20 @@ TEST_F(StoreTogether, severalOperationsAreOneCommit)
     OtherConnection other(file());
     const QString seen = u"SELECT (SELECT COUNT(*) FROM outcome) || ' ' || "
                          "(SELECT COUNT(*) FROM message WHERE state = 1)"_s;
-    m_store->database().together([&] {
-        m_store->queue().finish(first, 1, 1, noon(), true);
-        EXPECT_EQ(m_store->queue().first()->id, second);
-        m_store->queue().beginPart(second, m_store->settings().nextReference(), "hash");
-        m_store->parts().count(noon());
+    done(m_store->database().together([&] {
+        done(m_store->queue().finish(first, 1, 1, noon(), true));
+        EXPECT_EQ(given(m_store->queue().first())->id, second);
+        done(
+            m_store->queue().beginPart(second, given(m_store->settings().nextReference()), "hash"));
+        done(m_store->parts().count(noon()));
         EXPECT_EQ(other.value(seen), u"0 0"_s);
-    });
+        return StoreResult<>();
+    }));
     EXPECT_EQ(other.value(seen), u"1 1"_s);
     EXPECT_EQ(m_store->queue().size(), 1);
     reopen();
     EXPECT_EQ(m_store->queue().size(), 1);
-    EXPECT_EQ(m_store->queue().interrupted().size(), 1);
+    EXPECT_EQ(given(m_store->queue().interrupted()).size(), 1);
 }
 
 TEST_F(StoreTogether, aFailureUndoesAllOfThemAndTheStoreIsUsedOn)
@@ -152,18 +148,20 @@ TEST_F(StoreTogether, aFailureUndoesAllOfThemAndTheStoreIsUsedOn)
     const qint64 id = add(noon());
     OtherConnection other(file());
     const QList<QVariantList> before = other.contents();
-    EXPECT_THROW(m_store->database().together([&] {
-        m_store->queue().finish(id, 1, 1, noon(), true);
-        m_store->queue().add({{u"a"_s, {}}, {u"b"_s, {}}}, noon());
+    const StoreResult<> failure = m_store->database().together([&]() -> StoreResult<> {
+        done(m_store->queue().finish(id, 1, 1, noon(), true));
+        done(m_store->queue().add({{u"a"_s, {}}, {u"b"_s, {}}}, noon()));
         EXPECT_EQ(m_store->queue().size(), 2);
-        throw StoreFailure(StoreFailure::Kind::Other, u"no"_s);
-    }),
-                 StoreFailure);
+        return failed(StoreFailure(StoreFailure::Kind::Other, u"no"_s));
+    });
+    ASSERT_FALSE(failure);
+    EXPECT_EQ(failure.error().text(), u"no"_s);
     EXPECT_EQ(other.contents(), before);
     EXPECT_EQ(m_store->queue().size(), 1);
 
-    m_store->database().together([&] { m_store->queue().finish(id, 1, 1, noon(), true); });
-    m_store->queue().add({{u"c"_s, {}}}, noon());
+    done(m_store->database().together(
+        [&] { return m_store->queue().finish(id, 1, 1, noon(), true); }));
+    done(m_store->queue().add({{u"c"_s, {}}}, noon()));
     reopen();
     EXPECT_EQ(phones(), QStringList({u"c"_s}));
 }
@@ -174,10 +172,14 @@ TEST_F(StoreTogether, nothingIsKeptWhileAnotherHasTheLock)
     OtherConnection other(file());
     other.lock();
     bool tried = false;
-    EXPECT_THROW(m_store->database().together([&] { tried = true; }), StoreFailure);
+    EXPECT_FALSE(m_store->database().together([&] {
+        tried = true;
+        return StoreResult<>();
+    }));
     EXPECT_FALSE(tried);
     other.unlock();
-    m_store->database().together([&] { m_store->queue().finish(id, 1, 1, noon(), true); });
+    done(m_store->database().together(
+        [&] { return m_store->queue().finish(id, 1, 1, noon(), true); }));
     EXPECT_EQ(m_store->queue().size(), 0);
 }
 

@@ -3,6 +3,7 @@
 #include "TovekSMService/store/Store.h"
 
 #include "TovekSMService/store/OtherConnection.h"
+#include "TovekSMService/store/StoreResults.h"
 
 #include <QTemporaryDir>
 
@@ -26,6 +27,7 @@ protected:
     {
         m_store.reset();
         m_store = std::make_unique<Store>(file());
+        done(m_store->open());
     }
 
     /// Queues one message.
@@ -33,7 +35,7 @@ protected:
     qint64 add(const QString &date, const QString &phone = u"600"_s,
                const QString &text = u"text"_s)
     {
-        m_store->queue().add({{phone, text}}, date);
+        done(m_store->queue().add({{phone, text}}, date));
         OtherConnection other(file());
         return other.value(u"SELECT MAX(id) FROM message"_s).toLongLong();
     }
@@ -41,7 +43,7 @@ protected:
     QStringList phones() const
     {
         QStringList phones;
-        for (const QueueRow &row : m_store->queue().rows())
+        for (const QueueRow &row : given(m_store->queue().rows()))
             phones.append(row.phone);
         return phones;
     }

@@ -19,7 +19,7 @@ protected:
         QList<SMSList::Entry> list;
         for (int i = 0; i < many; ++i)
             list.append({u"waiting"_s, u"Su pedido %1 está listo."_s.arg(i)});
-        m_store->queue().add(list, u"2100-01-01T00:00:00"_s);
+        done(m_store->queue().add(list, u"2100-01-01T00:00:00"_s));
     }
 };
 
@@ -28,15 +28,15 @@ TEST_F(StoreMany, amongWaitingMessagesTheOneThatIsDueTakesItsWay)
 {
     constexpr int rounds = 100;
     for (int round = 0; round < rounds; ++round) {
-        m_store->queue().add({{u"due"_s, u"text"_s}}, noon());
-        const std::optional<StoredMessage> first = m_store->queue().first();
+        done(m_store->queue().add({{u"due"_s, u"text"_s}}, noon()));
+        const std::optional<StoredMessage> first = given(m_store->queue().first());
         ASSERT_TRUE(first);
         ASSERT_EQ(first->phone, u"due"_s);
-        m_store->queue().beginPart(first->id, std::nullopt, "hash");
-        EXPECT_EQ(m_store->queue().interrupted().size(), 1);
-        m_store->queue().cancelPart(first->id);
-        m_store->queue().releaseBetweenParts();
-        m_store->queue().finish(first->id, 1, 1, noon(), true);
+        done(m_store->queue().beginPart(first->id, std::nullopt, "hash"));
+        EXPECT_EQ(given(m_store->queue().interrupted()).size(), 1);
+        done(m_store->queue().cancelPart(first->id));
+        done(m_store->queue().releaseBetweenParts());
+        done(m_store->queue().finish(first->id, 1, 1, noon(), true));
     }
     EXPECT_EQ(m_store->queue().size(), many);
 }
@@ -45,7 +45,8 @@ TEST(StoreQueriesTest, noQueryOfTheDispatcherReadsTheWholeQueue)
 {
     const QTemporaryDir folder;
     const QString file = folder.filePath(u"queue.sqlite"_s);
-    const Store store(file);
+    Store store(file);
+    done(store.open());
     OtherConnection other(file);
     const struct
     {
