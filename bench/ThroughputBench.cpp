@@ -91,7 +91,7 @@ Run bareLoop(const QStringList &options, int messages)
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < messages; ++i) {
-        const auto parts = std::get<QList<SubmitPart>>(encodeSubmit({phone(), text(i), 0, {}}));
+        const auto parts = encodeSubmit({phone(), text(i), 0, {}}).value();
         const SubmitPart &part = parts.constFirst();
         const QByteArray command = "AT+CMGS=" + QByteArray::number(part.length) + '\r';
         port.write(command);
@@ -124,8 +124,7 @@ Run modemLoop(const QStringList &options, int messages)
     QElapsedTimer timer;
     int sent = 0;
     const auto sendNext = [&] {
-        modem.send(
-            std::get<QList<SubmitPart>>(encodeSubmit({phone(), text(sent), 0, {}})).constFirst());
+        modem.send(encodeSubmit({phone(), text(sent), 0, {}}).value().constFirst());
     };
     QObject::connect(&modem, &Modem::ready, &loop, [&] {
         timer.start();

@@ -55,11 +55,10 @@ std::optional<DecodedSubmit> decodedOf(const SubmitPart &part, const QString &ph
 Arrival arrivalOf(const QString &text, const QString &phone, quint16 reference)
 {
     const auto result = encodeSubmit({phone, text, reference, {}});
-    const auto *encoded = std::get_if<QList<SubmitPart>>(&result);
-    EXPECT_NE(encoded, nullptr) << "a text of " << text.size() << " can't be encoded";
-    if (encoded == nullptr)
+    EXPECT_TRUE(result.has_value()) << "a text of " << text.size() << " can't be encoded";
+    if (!result)
         return {};
-    QList<SubmitPart> parts = *encoded;
+    QList<SubmitPart> parts = *result;
     std::rotate(parts.begin(), parts.begin() + parts.size() / 3, parts.end());
     std::reverse(parts.begin(), parts.begin() + parts.size() / 2);
 

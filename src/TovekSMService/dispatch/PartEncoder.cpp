@@ -8,15 +8,15 @@ PartEncoder::PartEncoder(std::optional<quint8> validityPeriod, Encode encode)
     : m_validityPeriod(validityPeriod), m_encode(std::move(encode))
 {}
 
-std::variant<QList<SubmitPart>, EncodeError> PartEncoder::parts(const StoredMessage &message)
+Result<QList<SubmitPart>, EncodeError> PartEncoder::parts(const StoredMessage &message)
 {
     if (m_parts.isEmpty() || m_phone != message.phone || m_text != message.text) {
         auto result = m_encode({message.phone, message.text, 0, m_validityPeriod});
-        if (std::holds_alternative<EncodeError>(result))
+        if (!result)
             return result;
         m_phone = message.phone;
         m_text = message.text;
-        m_parts = std::get<QList<SubmitPart>>(std::move(result));
+        m_parts = *std::move(result);
     }
     QList<SubmitPart> parts = m_parts;
     setReference(parts, message.reference.value_or(0));

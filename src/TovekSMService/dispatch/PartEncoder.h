@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <optional>
-#include <variant>
 
 namespace norvane {
 
@@ -15,12 +14,12 @@ class PartEncoder
 {
 public:
     using Encode =
-        std::function<std::variant<QList<SubmitPart>, EncodeError>(const EncodeRequest &request)>;
+        std::function<Result<QList<SubmitPart>, EncodeError>(const EncodeRequest &request)>;
 
     explicit PartEncoder(std::optional<quint8> validityPeriod, Encode encode = encodeSubmit);
 
     /// The parts of `message`, tied together by its reference, or by 0 where it has none yet.
-    std::variant<QList<SubmitPart>, EncodeError> parts(const StoredMessage &message);
+    [[nodiscard]] Result<QList<SubmitPart>, EncodeError> parts(const StoredMessage &message);
 
 private:
     const std::optional<quint8> m_validityPeriod;

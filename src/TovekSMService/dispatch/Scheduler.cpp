@@ -56,10 +56,10 @@ std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &mes
     if (message.id != m_unfinished && m_settings.maxLateness > 0 &&
         isTooLate(message, m_clock.wallClockText()))
         return ErrorCode::protocolTimeout;
-    auto result = m_encoder.parts(message);
-    if (const auto *const error = std::get_if<EncodeError>(&result))
-        return errorCode(*error);
-    return LeavingMessage{message, std::get<QList<SubmitPart>>(result), {}};
+    const auto parts = m_encoder.parts(message);
+    if (!parts)
+        return errorCode(parts.error());
+    return LeavingMessage{message, *parts, {}};
 }
 
 StoreResult<QList<LeavingMessage>> Scheduler::beginRun(const LeavingMessage &first, int maxLength)

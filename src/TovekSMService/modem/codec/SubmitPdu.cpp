@@ -37,22 +37,22 @@ int semiOctet(QChar digit)
 }
 
 /// TP-Destination-Address: length in semi-octets, type, digits in swapped semi-octets.
-std::variant<QByteArray, EncodeError> encodeAddress(const QString &phone)
+Result<QByteArray, EncodeError> encodeAddress(const QString &phone)
 {
     const bool international = phone.startsWith(u'+');
     const QStringView digits = QStringView(phone).mid(international ? 1 : 0);
     if (digits.isEmpty())
-        return EncodeError::EmptyPhone;
+        return failed(EncodeError::EmptyPhone);
 
     QByteArray semiOctets;
     for (const QChar digit : digits) {
         const int value = semiOctet(digit);
         if (value < 0)
-            return EncodeError::InvalidCharacters;
+            return failed(EncodeError::InvalidCharacters);
         appendOctet(semiOctets, value);
     }
     if (semiOctets.size() > maxDigits)
-        return EncodeError::NumberTooLong;
+        return failed(EncodeError::NumberTooLong);
 
     QByteArray address;
     appendOctet(address, static_cast<int>(semiOctets.size()));
@@ -135,19 +135,19 @@ int errorCode(EncodeError error)
     Q_UNREACHABLE();
 }
 
-std::variant<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request)
+Result<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request)
 {
     const auto address = encodeAddress(request.phone);
-    if (const auto *error = std::get_if<EncodeError>(&address))
-        return *error;
+    if (!address)
+        return failed(address.error());
 
     const std::optional<MessageText> text = prepareText(request.text);
     if (!text)
-        return EncodeError::TextTooLong;
+        return failed(EncodeError::TextTooLong);
 
     QList<SubmitPart> parts;
     for (int number = 1; number <= text->parts.size(); ++number)
-        parts.append(encodePart(request, std::get<QByteArray>(address), *text, number));
+        parts.append(encodePart(request, *address, *text, number));
     return parts;
 }
 

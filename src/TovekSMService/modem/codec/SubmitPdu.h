@@ -1,11 +1,12 @@
 #pragma once
 
+#include "common/Result.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
 
 #include <optional>
-#include <variant>
 
 namespace norvane {
 
@@ -42,7 +43,7 @@ int errorCode(EncodeError error);
 
 /// Encodes a message as SMS-SUBMIT in PDU mode (3GPP TS 23.040, 9.2.2.2; 27.005, 3.1), cut into
 /// concatenated parts where it needs more than one (23.040, 9.2.3.24.8: 16-bit reference).
-std::variant<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request);
+[[nodiscard]] Result<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request);
 
 /// Ties the parts together by another reference; a single part has none.
 void setReference(QList<SubmitPart> &parts, quint16 reference);

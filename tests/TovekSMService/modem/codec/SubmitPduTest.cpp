@@ -15,9 +15,8 @@ namespace {
 QList<SubmitPart> partsOf(const EncodeRequest &request)
 {
     const auto result = encodeSubmit(request);
-    const auto *parts = std::get_if<QList<SubmitPart>>(&result);
-    EXPECT_NE(parts, nullptr);
-    return parts != nullptr ? *parts : QList<SubmitPart>();
+    EXPECT_TRUE(result.has_value());
+    return result.value_or(QList<SubmitPart>());
 }
 
 struct ExampleRow
@@ -85,16 +84,18 @@ TEST(SubmitPdu, refusesWhatCannotBeSent)
     };
     for (const auto &row : rows) {
         const auto result = encodeSubmit({QString::fromUtf8(row.phone), text, 0, {}});
-        ASSERT_TRUE(std::holds_alternative<EncodeError>(result)) << row.phone;
-        EXPECT_EQ(std::get<EncodeError>(result), row.error) << row.phone;
+        ASSERT_FALSE(result.has_value()) << row.phone;
+        EXPECT_EQ(result.error(), row.error) << row.phone;
         EXPECT_EQ(errorCode(row.error), row.code);
     }
 
     const QString nul = u"60"_s + QChar(u'\0');
-    EXPECT_EQ(std::get<EncodeError>(encodeSubmit({nul, text, 0, {}})),
-              EncodeError::InvalidCharacters);
+    const auto withNul = encodeSubmit({nul, text, 0, {}});
+    ASSERT_FALSE(withNul.has_value());
+    EXPECT_EQ(withNul.error(), EncodeError::InvalidCharacters);
     const auto tooLong = encodeSubmit({u"600"_s, text.repeated(10'000), 0, {}});
-    EXPECT_EQ(std::get<EncodeError>(tooLong), EncodeError::TextTooLong);
+    ASSERT_FALSE(tooLong.has_value());
+    EXPECT_EQ(tooLong.error(), EncodeError::TextTooLong);
     EXPECT_EQ(errorCode(EncodeError::TextTooLong), -16);
 }
 
