@@ -56,7 +56,7 @@ protected:
     QTemporaryDir m_folder;
     TurnedTime m_time;
     std::unique_ptr<Store> m_store = openStore(m_folder);
-    Outbox m_outbox{*m_store, timings(), m_time};
+    Outbox m_outbox{m_store->database(), m_store->outcomes(), timings(), m_time};
     QStringList m_warnings;
     DeviceBreaker m_breaker{m_outbox, retries(), timings(), maxFailures, m_time};
     QSignalSpy m_openingAllowed{&m_breaker, &DeviceBreaker::openingAllowed};

@@ -62,10 +62,15 @@ protected:
     std::unique_ptr<Store> m_store = openStore(m_folder);
     RunState m_state;
     QStringList m_events;
-    Outbox m_outbox{*m_store, timings(), m_time};
-    DeviceKeeper m_keeper{*m_store,  *m_modem,        m_clock,
-                          m_outbox,  m_state,         RetryPolicy([] { return 0.0; }),
-                          timings(), EngineSettings()};
+    Outbox m_outbox{m_store->database(), m_store->outcomes(), timings(), m_time};
+    DeviceKeeper m_keeper{m_store->settings(),
+                          *m_modem,
+                          m_clock,
+                          m_outbox,
+                          m_state,
+                          RetryPolicy([] { return 0.0; }),
+                          timings(),
+                          EngineSettings()};
 
     bool m_keeping = false;
 };

@@ -48,7 +48,7 @@ protected:
     QTemporaryDir m_folder;
     TurnedTime m_time;
     std::unique_ptr<Store> m_store = openStore(m_folder);
-    Outbox m_outbox{*m_store, timings(), m_time};
+    Outbox m_outbox{m_store->database(), m_store->outcomes(), timings(), m_time};
     DeviceBreaker m_breaker{m_outbox, RetryPolicy([] { return 0.0; }), timings(), 3, m_time};
     DeviceDetails m_device;
     QStringList m_events;

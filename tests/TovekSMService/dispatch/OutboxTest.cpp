@@ -48,17 +48,20 @@ protected:
         timings.storeAgainMs = retryMs;
         return timings;
     }
-    static void failToWrite() { throw StoreFailure(StoreFailure::Kind::Full, u"full"_s); }
+    static StoreResult<> failToWrite()
+    {
+        return failed(StoreFailure(StoreFailure::Kind::Full, u"full"_s));
+    }
 
     /// An entry that notes when it is written and reported.
     Outbox::Entry entry(const QString &name)
     {
         return {[this, name] {
                     m_events.append(u"write "_s + name);
-                    if (m_failures > 0) {
-                        --m_failures;
-                        failToWrite();
-                    }
+                    if (m_failures == 0)
+                        return StoreResult<>();
+                    --m_failures;
+                    return failToWrite();
                 },
                 [this, name] { m_events.append(u"tell "_s + name); }};
     }
@@ -66,7 +69,7 @@ protected:
     {
         return {[this, begins] {
                     m_events.append(u"begin"_s);
-                    return begins;
+                    return StoreResult<bool>(begins);
                 },
                 [this] { m_events.append(u"start"_s); }};
     }
@@ -84,7 +87,7 @@ protected:
     std::unique_ptr<Store> m_store = openStore(m_folder);
     QStringList m_events;
     int m_failures = 0; ///< of the writes to come
-    Outbox m_outbox{*m_store, timings(), m_time};
+    Outbox m_outbox{m_store->database(), m_store->outcomes(), timings(), m_time};
 };
 
 TEST_F(OutboxTest, anEntryIsReportedWhenItIsOnDisk)
@@ -151,11 +154,9 @@ TEST_F(OutboxTest, nothingFollowsInTheCommitOfARetry)
 TEST_F(OutboxTest, whatFollowsAndCannotBeginTakesTheEntryBack)
 {
     bool started = false;
-    m_outbox.commit(entry(u"a"_s), {[]() -> bool {
-                                        failToWrite();
-                                        return true;
-                                    },
-                                    [&] { started = true; }});
+    m_outbox.commit(entry(u"a"_s),
+                    {[]() -> StoreResult<bool> { return failed(failToWrite().error()); },
+                     [&] { started = true; }});
     EXPECT_FALSE(started);
     EXPECT_EQ(takeEvents(), QStringList{u"write a"_s});
     m_time.pass(retryMs);

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 #include "TovekSMService/dispatch/OpenStore.h"
+#include "TovekSMService/store/StoreResults.h"
 
 namespace norvane {
 
@@ -21,8 +22,8 @@ protected:
     /// What an engine knows that is started now.
     bool allowsResetAfterRestart()
     {
-        ResetLimit limit(*m_store, m_clock, interval);
-        limit.recall();
+        ResetLimit limit(m_store->settings(), m_clock, interval);
+        done(limit.recall());
         return limit.allowsReset();
     }
 
@@ -30,7 +31,7 @@ protected:
     TurnedTime m_time;
     SetClock m_clock{m_time};
     std::unique_ptr<Store> m_store = openStore(m_folder);
-    ResetLimit m_limit{*m_store, m_clock, interval};
+    ResetLimit m_limit{m_store->settings(), m_clock, interval};
 };
 
 TEST_F(ResetLimitTest, aDeviceThatWasNeverResetMayBe)
@@ -60,8 +61,8 @@ TEST_F(ResetLimitTest, aRestartedEngineWaitsForTheRestOfTheInterval)
 {
     m_limit.noteReset();
     pass(interval - 10);
-    ResetLimit restarted(*m_store, m_clock, interval);
-    restarted.recall();
+    ResetLimit restarted(m_store->settings(), m_clock, interval);
+    done(restarted.recall());
     EXPECT_FALSE(restarted.allowsReset());
     pass(9);
     EXPECT_FALSE(restarted.allowsReset());
@@ -86,7 +87,7 @@ TEST_F(ResetLimitTest, aResetInTheFutureOfTheWallClockIsNoReason)
 TEST_F(ResetLimitTest, aResetThatCannotBeNotedCountsAllTheSame)
 {
     const NotedLog log;
-    OtherConnection other(m_store->file());
+    OtherConnection other(m_store->database().file());
     other.lock();
     m_limit.noteReset();
     EXPECT_FALSE(m_limit.allowsReset());

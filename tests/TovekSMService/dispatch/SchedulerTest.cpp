@@ -2,6 +2,7 @@
 
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 #include "TovekSMService/dispatch/OpenStore.h"
+#include "TovekSMService/store/StoreResults.h"
 #include "contract/ErrorCodes.h"
 
 namespace norvane {
@@ -36,22 +37,22 @@ protected:
     // The queue on disk.
     void add(const QString &phone, const QString &text = u"text"_s, const QString &date = noon())
     {
-        m_store->add({{phone, text}}, date);
+        done(m_store->queue().add({{phone, text}}, date));
     }
     QStringList beginRun(int maxLength)
     {
         QStringList phones;
-        auto first = m_scheduler->encoded(*m_store->first());
+        auto first = m_scheduler->encoded(*given(m_store->queue().first()));
         for (const LeavingMessage &leaving :
-             m_scheduler->beginRun(std::get<LeavingMessage>(first), maxLength))
+             given(m_scheduler->beginRun(std::get<LeavingMessage>(first), maxLength)))
             phones.append(leaving.message.phone);
         return phones;
     }
-    qsizetype leaving() const { return m_store->interrupted().size(); }
+    qsizetype leaving() const { return given(m_store->queue().interrupted()).size(); }
     void release()
     {
-        for (const StoredMessage &message : m_store->interrupted())
-            m_store->cancelPart(message.id);
+        for (const StoredMessage &message : given(m_store->queue().interrupted()))
+            done(m_store->queue().cancelPart(message.id));
     }
 
     const QString m_later = u"2024-05-01T12:00:01"_s;
@@ -140,11 +141,13 @@ TEST_F(SchedulerTest, aMessageOfSeveralPartsGoesAloneWithAReference)
 {
     add(u"601"_s, QString(200, u'a'));
     add(u"602"_s);
-    auto first = m_scheduler->encoded(*m_store->first());
-    const QList<LeavingMessage> run = m_scheduler->beginRun(std::get<LeavingMessage>(first), 10);
+    auto first = m_scheduler->encoded(*given(m_store->queue().first()));
+    const QList<LeavingMessage> run =
+        given(m_scheduler->beginRun(std::get<LeavingMessage>(first), 10));
     ASSERT_EQ(run.size(), 1);
     EXPECT_TRUE(run.first().message.reference.has_value());
-    EXPECT_EQ(m_store->interrupted().first().reference, run.first().message.reference);
+    EXPECT_EQ(given(m_store->queue().interrupted()).first().reference,
+              run.first().message.reference);
 }
 
 TEST_F(SchedulerTest, aRunEndsBeforeAMessageThatFails)
@@ -175,14 +178,15 @@ TEST_F(SchedulerTest, aLimitHoldsBackWhatGoesBeyondIt)
         add(u"601"_s);
         QString counted;
         for (int part = 0; part < 2; ++part) {
-            EXPECT_TRUE(m_scheduler->limitsAllowPart());
-            auto first = m_scheduler->encoded(*m_store->first());
-            counted = m_scheduler->beginRun(std::get<LeavingMessage>(first), 1).first().begunAt;
+            EXPECT_TRUE(given(m_scheduler->limitsAllowPart()));
+            auto first = m_scheduler->encoded(*given(m_store->queue().first()));
+            counted =
+                given(m_scheduler->beginRun(std::get<LeavingMessage>(first), 1)).first().begunAt;
             release();
         }
-        EXPECT_FALSE(m_scheduler->limitsAllowPart());
-        m_scheduler->uncountPart(counted);
-        EXPECT_TRUE(m_scheduler->limitsAllowPart()) << "one of them did not leave";
+        EXPECT_FALSE(given(m_scheduler->limitsAllowPart()));
+        done(m_scheduler->uncountPart(counted));
+        EXPECT_TRUE(given(m_scheduler->limitsAllowPart())) << "one of them did not leave";
     }
 }
 
@@ -192,9 +196,9 @@ TEST_F(SchedulerTest, theNextMinuteHasALimitOfItsOwn)
     makeScheduler();
     add(u"601"_s);
     beginRun(1);
-    EXPECT_FALSE(m_scheduler->limitsAllowPart());
+    EXPECT_FALSE(given(m_scheduler->limitsAllowPart()));
     m_clock.now = m_clock.now.addSecs(60);
-    EXPECT_TRUE(m_scheduler->limitsAllowPart());
+    EXPECT_TRUE(given(m_scheduler->limitsAllowPart()));
 }
 
 TEST_F(SchedulerTest, withoutLimitsNothingIsCounted)
@@ -203,7 +207,7 @@ TEST_F(SchedulerTest, withoutLimitsNothingIsCounted)
     beginRun(1);
     m_settings.partsPerDay = 1;
     makeScheduler();
-    EXPECT_TRUE(m_scheduler->limitsAllowPart());
+    EXPECT_TRUE(given(m_scheduler->limitsAllowPart()));
 }
 
 } // namespace
