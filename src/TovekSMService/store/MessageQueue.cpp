@@ -1,9 +1,9 @@
 #include "TovekSMService/store/MessageQueue.h"
 
 #include "TovekSMService/store/Outcomes.h"
+#include "TovekSMService/store/Sql.h"
 #include "TovekSMService/store/StoreDatabase.h"
 #include "TovekSMService/store/StoreQueries.h"
-#include "TovekSMService/store/Transaction.h"
 
 #include <QDateTime>
 

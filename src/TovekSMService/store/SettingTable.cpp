@@ -1,7 +1,7 @@
 #include "TovekSMService/store/SettingTable.h"
 
+#include "TovekSMService/store/Sql.h"
 #include "TovekSMService/store/StoreDatabase.h"
-#include "TovekSMService/store/Transaction.h"
 
 namespace norvane {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "TovekSMService/store/Sql.h"
 #include "TovekSMService/store/Statement.h"
 #include "TovekSMService/store/StoreFailure.h"
-#include "TovekSMService/store/Transaction.h"
 
 #include <QList>
 #include <QSqlDatabase>

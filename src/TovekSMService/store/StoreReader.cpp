@@ -1,7 +1,7 @@
 #include "TovekSMService/store/StoreReader.h"
 
+#include "TovekSMService/store/Sql.h"
 #include "TovekSMService/store/StoreSchema.h"
-#include "TovekSMService/store/Transaction.h"
 
 #include <QFile>
 #include <QUuid>

@@ -1,6 +1,6 @@
 #include "TovekSMService/store/StoreSchema.h"
 
-#include "TovekSMService/store/Transaction.h"
+#include "TovekSMService/store/Sql.h"
 
 #include <array>
 #include <span>

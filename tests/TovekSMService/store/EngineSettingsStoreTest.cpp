@@ -56,6 +56,24 @@ TEST_F(EngineSettingsStoreTest, referencesCountOnAcrossReopeningAndWrap)
     EXPECT_EQ(given(m_store->settings().nextReference()), 1);
 }
 
+TEST_F(EngineSettingsStoreTest, anImeiBelongsToTheParameterOfItsDevice)
+{
+    const QString parameter = u"/dev/ttyUSB0, 9600"_s;
+    EXPECT_EQ(given(m_store->settings().deviceImei(parameter)), QString());
+    done(m_store->settings().setDeviceImei(parameter, u"490154203237518"_s));
+    reopen();
+    EXPECT_EQ(given(m_store->settings().deviceImei(parameter)), u"490154203237518"_s);
+    EXPECT_EQ(given(m_store->settings().deviceImei(u"COM1, 9600"_s)), QString());
+}
+
+TEST_F(EngineSettingsStoreTest, theLastResetSurvivesReopening)
+{
+    EXPECT_EQ(given(m_store->settings().lastReset()), QString());
+    done(m_store->settings().setLastReset(noon()));
+    reopen();
+    EXPECT_EQ(given(m_store->settings().lastReset()), noon());
+}
+
 } // namespace
 
 } // namespace norvane

@@ -63,6 +63,28 @@ TEST_F(StoreDatabaseTest, damageBehindASoundHeaderIsSeenAtOnce)
     EXPECT_EQ(opened.error().kind(), StoreFailure::Kind::Corrupt);
 }
 
+TEST_F(StoreDatabaseTest, aStoreThatCannotBeWrittenIsOpenForReading)
+{
+    add(noon(), u"600"_s);
+    m_store->close();
+    OtherConnection other(file());
+    other.run(u"PRAGMA journal_mode = DELETE"_s);
+    other.run(u"BEGIN EXCLUSIVE"_s);
+    const StoreResult<> opened = m_store->open();
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.error().kind(), StoreFailure::Kind::Busy);
+    EXPECT_EQ(m_store->database().access(), StoreDatabase::Access::Reading);
+    EXPECT_EQ(m_store->queue().size(), 1);
+    EXPECT_EQ(phones(), QStringList({u"600"_s}));
+    EXPECT_FALSE(m_store->queue().clear());
+    EXPECT_EQ(m_store->queue().size(), 1);
+
+    other.run(u"ROLLBACK"_s);
+    done(m_store->open());
+    EXPECT_EQ(m_store->database().access(), StoreDatabase::Access::Whole);
+    done(m_store->queue().clear());
+}
+
 TEST_F(StoreDatabaseTest, fileAndItsCompanionsAreForTheirOwnerAlone)
 {
     add(noon());
@@ -164,6 +186,44 @@ TEST_F(StoreTogether, aFailureUndoesAllOfThemAndTheStoreIsUsedOn)
     done(m_store->queue().add({{u"c"_s, {}}}, noon()));
     reopen();
     EXPECT_EQ(phones(), QStringList({u"c"_s}));
+}
+
+TEST_F(StoreTogether, withinAnotherOneItIsAPartOfThat)
+{
+    const qint64 id = add(noon());
+    StoreDatabase &database = m_store->database();
+    OtherConnection other(file());
+    const QList<QVariantList> before = other.contents();
+    const StoreResult<> failure = database.together([&]() -> StoreResult<> {
+        done(database.together([&] { return m_store->queue().postpone(id, 1, noon()); }));
+        done(database.together([&] { return m_store->queue().clear(); }));
+        EXPECT_EQ(other.contents(), before) << "nothing is committed by the inner ones";
+        EXPECT_EQ(m_store->queue().size(), 0);
+        return failed(StoreFailure(StoreFailure::Kind::Other, u"no"_s));
+    });
+    EXPECT_FALSE(failure);
+    EXPECT_EQ(other.contents(), before);
+    EXPECT_EQ(m_store->queue().size(), 1);
+}
+
+TEST_F(StoreTogether, whatIsTakenBackInMemoryIsWhatWasRolledBackAndNothingElse)
+{
+    StoreDatabase &database = m_store->database();
+    QStringList undone;
+    const auto noting = [&undone](const QString &what) {
+        return [&undone, what] { undone.append(what); };
+    };
+    database.onRollback(noting(u"outside"_s));
+    done(database.together([&] {
+        database.onRollback(noting(u"committed"_s));
+        return m_store->settings().setToRun(true);
+    }));
+    EXPECT_TRUE(undone.isEmpty());
+    EXPECT_FALSE(database.together([&]() -> StoreResult<> {
+        database.onRollback(noting(u"rolled back"_s));
+        return failed(StoreFailure(StoreFailure::Kind::Other, u"no"_s));
+    }));
+    EXPECT_EQ(undone, QStringList({u"rolled back"_s}));
 }
 
 TEST_F(StoreTogether, nothingIsKeptWhileAnotherHasTheLock)

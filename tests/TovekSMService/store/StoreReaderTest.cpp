@@ -25,6 +25,32 @@ TEST_F(StoreReaderTest, aReaderMakesNoFileAndChangesNone)
     EXPECT_EQ(OtherConnection(file()).value(u"PRAGMA user_version"_s).toInt(), 1);
 }
 
+TEST_F(StoreReaderTest, outcomesAreReadInTheirOrderFromAMomentOnBesideTheStore)
+{
+    for (const char *const at :
+         {"2026-01-01T00:00:00", "2026-01-02T00:00:00", "2026-01-03T00:00:00"})
+        done(m_store->queue().finish(add(noon()), 1, 7, QLatin1String(at), true));
+    StoreReader reader(file());
+    EXPECT_FALSE(reader.outcomes(QString(), [](const OutcomeRow &) {})) << "it is not open yet";
+    done(reader.open());
+    QStringList moments;
+    done(reader.outcomes(u"2026-01-02"_s, [&](const OutcomeRow &row) { moments << row.at; }));
+    EXPECT_EQ(moments, QStringList({u"2026-01-02T00:00:00"_s, u"2026-01-03T00:00:00"_s}));
+}
+
+TEST_F(StoreReaderTest, aCopyIsAStoreOfItsOwn)
+{
+    add(noon(), u"600"_s);
+    StoreReader reader(file());
+    done(reader.open());
+    const QString copy = m_folder.filePath(u"copy.sqlite"_s);
+    done(reader.copyTo(copy));
+    EXPECT_FALSE(reader.copyTo(copy)) << "it is there already";
+    Store store(copy);
+    done(store.open());
+    EXPECT_EQ(store.queue().size(), 1);
+}
+
 } // namespace
 
 } // namespace norvane

@@ -1,4 +1,4 @@
-#include "TovekSMService/store/Transaction.h"
+#include "TovekSMService/store/Sql.h"
 
 #include <QSqlError>
 
