@@ -9,16 +9,11 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 
-#include <utility>
-
 namespace norvane {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr qint64 retryTime = 10'000; // ms for which a step is tried again
-constexpr int retryInterval = 200;   // ms between two tries
 
 /// The output of a call that has none.
 QVariantList noArguments()
@@ -26,19 +21,13 @@ QVariantList noArguments()
     return {};
 }
 
-QString failedError()
-{
-    return u"com.tovek.SMService.Error.Store"_s;
-}
-
 } // namespace
 
 EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
                              const Clock &clock, QObject *parent)
     : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
-      m_pacer(clock.time()), m_retry(clock.time())
+      m_pacer(clock.time()), m_calls(bus, dispatcher, clock)
 {
-    connect(&m_retry, &Timer::timeout, this, &EngineService::retryCalls);
     m_callers.setConnection(bus);
     m_callers.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
     connect(&m_callers, &QDBusServiceWatcher::serviceUnregistered, this,
@@ -103,7 +92,7 @@ void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDa
 uint EngineService::AddSMSBatch(const QString &batch, const BusQueueRows &messages)
 {
     Deadline deadline(m_clock.time());
-    deadline.setRemainingTime(retryTime);
+    deadline.setRemainingTime(StoreCalls::retryTime);
     carryOut([this, batch, messages, deadline]() -> StoreResult<QVariantList> {
         const StoreResult<> added = addBatch(batch, messages);
         if (!added && !deadline.hasExpired())
@@ -364,59 +353,10 @@ void EngineService::reportTo(const QString &listener, const QString &event,
     m_bus.send(report);
 }
 
-void EngineService::carryOut(const Step &step, const Refusal &refusal)
+void EngineService::carryOut(const StoreCalls::Step &step, const StoreCalls::Refusal &refusal)
 {
     setDelayedReply(true);
-    const StoreResult<QVariantList> done = attempt(step);
-    if (done) {
-        if (message().isReplyRequired())
-            m_bus.send(message().createReply(*done));
-        return;
-    }
-    qCWarning(logBus) << "a call waits for the store:" << done.error().text();
-    Deadline deadline(m_clock.time());
-    deadline.setRemainingTime(retryTime);
-    m_waiting.append({message(), step, refusal, deadline});
-    if (!m_retry.isActive())
-        m_retry.start(retryInterval);
-}
-
-StoreResult<QVariantList> EngineService::attempt(const Step &step)
-{
-    StoreResult<QVariantList> done = step();
-    if (!done)
-        m_dispatcher.noticeStoreFailure(done.error());
-    return done;
-}
-
-/// Those that wait, in the order in which they came.
-void EngineService::retryCalls()
-{
-    for (const Waiting &waiting : std::exchange(m_waiting, {}))
-        retry(waiting);
-    if (!m_waiting.isEmpty())
-        m_retry.start(retryInterval);
-}
-
-void EngineService::retry(const Waiting &waiting)
-{
-    const StoreResult<QVariantList> done = attempt(waiting.step);
-    if (done)
-        m_bus.send(waiting.call.createReply(*done));
-    else if (waiting.deadline.hasExpired())
-        m_bus.send(failureOf(waiting.call, waiting.refusal, done.error().text()));
-    else
-        m_waiting.append(waiting);
-}
-
-QDBusMessage EngineService::failureOf(const QDBusMessage &call, const Refusal &refusal,
-                                      const QString &reason)
-{
-    if (!refusal)
-        return call.createErrorReply(failedError(), reason);
-    // An answer alone may go unacknowledged.
-    m_dispatcher.warn(ErrorCode::fail, reason);
-    return call.createReply(*refusal);
+    m_calls.carryOut(message(), step, refusal);
 }
 
 } // namespace norvane

@@ -4,18 +4,15 @@
 #include "TovekSMService/bus/QueueChangePacer.h"
 #include "TovekSMService/bus/QueueSnapshots.h"
 #include "TovekSMService/bus/ReportAcknowledgements.h"
+#include "TovekSMService/bus/StoreCalls.h"
 #include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
-#include "TovekSMService/time/Deadline.h"
-#include "TovekSMService/time/Timer.h"
 #include "contract/BusTypes.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
-#include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QObject>
 
-#include <functional>
 #include <optional>
 
 namespace norvane {
@@ -68,28 +65,9 @@ Q_SIGNALS:
     void ReportRaised(qlonglong report);
 
 private:
-    /// What a call does with the store; gives the call's output arguments.
-    using Step = std::function<StoreResult<QVariantList>()>;
-    /// The output arguments of a call that has failed for good; without them it fails as a call.
-    using Refusal = std::optional<QVariantList>;
-
-    /// A call whose step waits for the store.
-    struct Waiting
-    {
-        QDBusMessage call;
-        Step step;
-        Refusal refusal;
-        Deadline deadline;
-    };
-
-    /// Runs the step of the present call, again and again for ten seconds if the store fails, and
-    /// answers the call with what it gives; what the operation itself returns isn't sent.
-    void carryOut(const Step &step, const Refusal &refusal = {});
-    /// Runs the step, and tells of the store's failure.
-    StoreResult<QVariantList> attempt(const Step &step);
-    void retryCalls();
-    void retry(const Waiting &waiting);
-    QDBusMessage failureOf(const QDBusMessage &call, const Refusal &refusal, const QString &reason);
+    /// Carries out the present call, which answers with what the step gives; what the operation
+    /// itself returns isn't sent.
+    void carryOut(const StoreCalls::Step &step, const StoreCalls::Refusal &refusal = {});
     StoreResult<> addBatch(const QString &batch, const BusQueueRows &messages);
     StoreResult<QVariantList> queuePage(const QString &caller, quint64 snapshot, quint32 first);
     StoreResult<QVariantList> queueChanges(const QString &caller, quint64 revision);
@@ -113,8 +91,7 @@ private:
     QDBusServiceWatcher m_callers;
     ReportAcknowledgements m_acknowledgements;
     QueueChangePacer m_pacer;
-    QList<Waiting> m_waiting;
-    Timer m_retry; ///< runs while calls wait
+    StoreCalls m_calls;
     QueueSnapshots m_snapshots;
     std::optional<EngineState::LastError> m_lastError;
 };
