@@ -10,7 +10,8 @@
 
 namespace norvane {
 
-/// The SMS engine as seen from outside: thirteen operations and six events.
+/// The SMS engine as seen from outside: thirteen operations and six events. In the console it is an
+/// SMSManagerProxy; in the engine, EngineService answers its calls.
 ///
 /// The operations block until the engine has answered and run no event loop meanwhile. One that
 /// fails as a call raises a NumberedFailure: 429 when no engine can be had, 462 when it went away

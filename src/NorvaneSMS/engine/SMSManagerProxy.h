@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-class SMSManagerBusInterface;
+class SMSManagerBusInterface; // generated from com.tovek.SMService.xml
 
 namespace norvane {
 

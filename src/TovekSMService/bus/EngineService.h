@@ -22,9 +22,9 @@ class Dispatcher;
 class Store;
 struct DeviceDetails;
 
-/// The engine's side of the contract: the object that the bus adaptor stands before. Operations
-/// bear the contract's names; what a database can't do at once is tried again for ten seconds
-/// before the call fails.
+/// The engine's side of the contract: the object that the bus adaptor, which is generated, stands
+/// before. Operations bear the contract's names; what the store can't do at once is retried by
+/// StoreCalls for ten seconds before the call fails.
 class EngineService : public QObject, protected QDBusContext
 {
     Q_OBJECT

@@ -21,7 +21,8 @@ struct RetryTimes
     int jitterPercent = 25;
 };
 
-/// When something that failed is tried again.
+/// When something that failed is tried again, and how often. Whether a message is sent again at all
+/// is decided by Sender, for the device by DeviceBreaker.
 class RetryPolicy
 {
 public:

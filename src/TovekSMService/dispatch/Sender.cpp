@@ -150,6 +150,7 @@ void Sender::onPartAccepted(int reference)
         commit({});
 }
 
+/// Decides whether the message is sent again.
 void Sender::onPartFailed(const SendFailure &failure)
 {
     if (!m_current)

@@ -21,9 +21,9 @@ class MessageQueue;
 struct DispatcherTimings;
 struct RunState;
 
-/// Decides what is sent when: hands the parts of due messages to the device, one at a time, and
-/// says what becomes of a message by the device's answer: sent, retried, failed, or waiting for
-/// another attempt of the device.
+/// Hands the parts of the messages that the Scheduler lets go to the device, one at a time, and
+/// decides by the device's answer what becomes of a message: sent, sent again later (by the
+/// RetryPolicy), failed, or waiting for another attempt of the device.
 class Sender : public QObject
 {
     Q_OBJECT
@@ -64,6 +64,7 @@ private:
     };
 
     StoreResult<> sendIfDue(const StoredMessage &message);
+    /// The store has failed: looks at the queue again shortly.
     void retryLater(const char *words, const StoreFailure &failure);
     bool mayBegin() const;
     void waitFor(const StoredMessage &message);
@@ -90,7 +91,7 @@ private:
     Scheduler &m_scheduler;
     const RunState &m_state;
     const RetryPolicy m_retries;
-    const int m_storeRetryMs;
+    const int m_storeRetryMs; ///< until a store that has failed is asked again
     const int m_maxSleepMs;
     std::optional<LeavingMessage> m_current;
     PacedRun m_run; ///< that m_current belongs to

@@ -9,7 +9,8 @@ namespace norvane {
 
 class StoreDatabase;
 
-/// What the engine keeps of itself and its device from one run to the next.
+/// What the engine keeps of itself and its device from one run to the next. The settings file is
+/// another thing: EngineSettings.
 class EngineSettingsStore
 {
 public:
