@@ -14,11 +14,11 @@ struct DispatcherTimings
     /// For how long a device that has passed a test stays open for the start behind the test, and
     /// isn't reported anew.
     int keepTestedMs = 5000;
-    /// Between two tries to bring something to disk.
-    int storeAgainMs = 500;
-    /// For how long the store may fail until that is told, and until it is opened anew, again and
-    /// again.
-    int storeRetryMs = 10'000;
+    /// Between two attempts to write to the store.
+    int storeRetryMs = 500;
+    /// For how long the store may fail until that is reported, and until it is opened anew, again
+    /// and again.
+    int storeFaultMs = 10'000;
     /// Between two looks at the queue: the wall clock may be set meanwhile.
     int maxSleepMs = 1000;
     /// For how long a device must be ready until its trouble is forgotten.

@@ -28,8 +28,8 @@ Outbox::Entry Outbox::Entry::then(const Entry &next) const
 
 Outbox::Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimings &timings,
                TimeSource &time)
-    : m_database(database), m_retryMs(timings.storeAgainMs), m_retry(time),
-      m_acknowledgedOutcomes(outcomes, timings.storeAgainMs, time),
+    : m_database(database), m_retryMs(timings.storeRetryMs), m_retry(time),
+      m_acknowledgedOutcomes(outcomes, timings.storeRetryMs, time),
       m_storeMonitor(database, timings, time)
 {
     connect(&m_retry, &Timer::timeout, this, [this] { flush({}); });

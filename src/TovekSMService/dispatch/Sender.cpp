@@ -20,7 +20,7 @@ Sender::Sender(MessageQueue &queue, Modem &modem, const Clock &clock, Outbox &ou
                const RetryPolicy &retries, const DispatcherTimings &timings)
     : m_queue(queue), m_modem(modem), m_clock(clock), m_outbox(outbox), m_device(device),
       m_scheduler(scheduler), m_state(state), m_retries(retries),
-      m_storeRetryMs(timings.storeAgainMs), m_maxSleepMs(timings.maxSleepMs),
+      m_storeRetryMs(timings.storeRetryMs), m_maxSleepMs(timings.maxSleepMs),
       m_run(timings, clock.time()), m_wake(clock.time())
 {
     connect(&m_run, &PacedRun::late, this, [this] { commit({}); });

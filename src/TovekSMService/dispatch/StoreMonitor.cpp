@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 StoreMonitor::StoreMonitor(StoreDatabase &database, const DispatcherTimings &timings,
                            TimeSource &time)
-    : m_database(database), m_retryMs(timings.storeAgainMs), m_lastingMs(timings.storeRetryMs),
+    : m_database(database), m_retryMs(timings.storeRetryMs), m_lastingMs(timings.storeFaultMs),
       m_failingFor(time), m_lostFor(time), m_probe(time)
 {
     connect(&m_probe, &Timer::timeout, this, &StoreMonitor::probe);

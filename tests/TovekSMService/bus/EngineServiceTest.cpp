@@ -131,7 +131,7 @@ TEST_F(EngineServiceOnBus, aStoreThatCannotBeWrittenIsNotTriedWithoutPause)
     m_time.pass(10'000);
     ASSERT_TRUE(isAnswered(adding));
     // Fifty times by the call, and as often as the dispatcher looks after the store.
-    EXPECT_LE(m_time.rung() - before, 10'000 / 200 + 10'000 / m_timings.storeAgainMs + 20);
+    EXPECT_LE(m_time.rung() - before, 10'000 / 200 + 10'000 / m_timings.storeRetryMs + 20);
 }
 
 TEST_F(EngineServiceOnBus, aCallWaitsForTheStoreWhileOthersAreServed)

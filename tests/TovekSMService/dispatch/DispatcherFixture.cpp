@@ -35,7 +35,7 @@ qsizetype NotedLog::count(const QString &words) const
 
 DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFixture(modemTimings)
 {
-    m_timings.storeAgainMs = 20;
+    m_timings.storeRetryMs = 20;
     m_timings.maxSleepMs = 20;
     m_timings.keepTestedMs = 20;
     // Like a device that needs the air to send: one message leaves at a time.

@@ -91,7 +91,7 @@ TEST_F(DispatcherStoreTrouble, anAcceptedPartIsNotForgottenAndNothingIsSentBefor
 
 TEST_F(DispatcherStoreTrouble, aMessageIsNotSentAgainWhileItsOutcomeIsOnTheWayToDisk)
 {
-    m_timings.storeAgainMs = 200;
+    m_timings.storeRetryMs = 200;
     makeDispatcher();
     lockAtSubmission();
     add(u"600"_s);
@@ -206,7 +206,7 @@ TEST_F(DispatcherStoreTrouble, anEngineComesUpAndReportsWhatWasInterruptedWhenTh
 
 TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
 {
-    m_timings.storeRetryMs = 200;
+    m_timings.storeFaultMs = 200;
     makeDispatcher();
     const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
     for (int round = 1; round <= 2; ++round) {
@@ -232,7 +232,7 @@ TEST_F(DispatcherStoreTrouble, troubleThatLastsIsToldOnceAndEndsByItself)
 
 TEST_F(DispatcherStoreTrouble, aStoreThatGoesOnFailingIsAskedForAnew)
 {
-    m_timings.storeRetryMs = 100;
+    m_timings.storeFaultMs = 100;
     makeDispatcher();
     const QSignalSpy lost(m_dispatcher.get(), &Dispatcher::storeLost);
     startReady();

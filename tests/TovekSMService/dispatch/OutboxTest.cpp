@@ -45,7 +45,7 @@ protected:
     static DispatcherTimings timings()
     {
         DispatcherTimings timings;
-        timings.storeAgainMs = retryMs;
+        timings.storeRetryMs = retryMs;
         return timings;
     }
     static StoreResult<> failToWrite()

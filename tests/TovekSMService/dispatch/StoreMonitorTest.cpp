@@ -35,8 +35,8 @@ protected:
     static DispatcherTimings timings()
     {
         DispatcherTimings timings;
-        timings.storeAgainMs = retryMs;
-        timings.storeRetryMs = lastingMs;
+        timings.storeRetryMs = retryMs;
+        timings.storeFaultMs = lastingMs;
         return timings;
     }
     void fail(Kind kind = Kind::Busy) { m_monitor.noteFailure(StoreFailure(kind, u"reason"_s)); }
