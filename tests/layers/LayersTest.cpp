@@ -24,7 +24,7 @@ const std::map<std::string, std::set<std::string>> mayInclude = {
     {"contract", {"common"}},
     {"foundation", {"common"}},
     {"NorvaneSMS", {"common", "contract", "foundation"}},
-    {"NorvaneSheetReader", {"common", "contract"}},
+    {"NorvaneSheetReader", {"common"}},
     {"TovekSMService", {"common", "contract"}},
     {"gsm-simulator", {}},
 };

@@ -270,7 +270,7 @@ void EngineService::reportFailures(const QString &listener)
     }
 }
 
-/// Those that nobody has handled yet, and those of a trouble that still stands, whoever handled
+/// Those that nobody has handled yet, and those of a fault that is still active, whoever handled
 /// them.
 void EngineService::reportWarnings(const QString &listener)
 {

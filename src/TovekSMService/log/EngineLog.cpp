@@ -53,7 +53,7 @@ bool g_toJournal = false;
 LogOutput *g_output = nullptr;
 std::mutex g_writing;
 
-void tell(QtMsgType type, const QMessageLogContext &context, const QString &message)
+void writeMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     if (!EngineLog::isLogged(type, context.category, g_level))
         return;
@@ -111,7 +111,7 @@ void EngineLog::install(Level level, const QString &file)
     if (!g_output)
         g_output = new LogOutput(::fileno(stderr), file, maxFileSize);
     g_toJournal = standardErrorIsJournal();
-    qInstallMessageHandler(tell);
+    qInstallMessageHandler(writeMessage);
 }
 
 } // namespace norvane

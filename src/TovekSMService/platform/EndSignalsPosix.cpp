@@ -13,7 +13,7 @@ int g_pipe[2] = {-1, -1};
 void noteSignal(int)
 {
     const char byte = 0;
-    // The result is of no use in a signal handler; a full pipe holds the wish already.
+    // The result is of no use in a signal handler; a full pipe holds the request already.
     [[maybe_unused]] const auto written = ::write(g_pipe[1], &byte, 1);
 }
 

@@ -244,12 +244,12 @@ bool AtChannel::isSynchronising() const
 void AtChannel::startTry()
 {
     if (m_triesLeft-- <= 0) {
-        const bool heard =
+        const bool hasOutput =
             m_hasOutput || m_reader.noise() > 0 || !m_reader.unfinishedLine().isEmpty();
         if (m_refused)
             endSync(SyncOutcome::Refused);
         else
-            endSync(heard ? SyncOutcome::Garbage : SyncOutcome::Silent);
+            endSync(hasOutput ? SyncOutcome::Garbage : SyncOutcome::Silent);
         return;
     }
     enter(Step::Draining);
