@@ -2,6 +2,7 @@
 
 #include "foundation/LanguageFile.h"
 
+#include <QFile>
 #include <QStringEncoder>
 
 #include <gtest/gtest.h>
@@ -293,10 +294,19 @@ INSTANTIATE_TEST_SUITE_P(
                withType("<!DOCTYPE xml [<!ENTITY a '&b;'><!ENTITY b '&a;'>]>", "&a;")}),
     nameOf);
 
+/// Lets the peak of memory begin anew: a test behind a greedier one would notice nothing.
+void forgetPeakOfMemory()
+{
+    QFile references(u"/proc/self/clear_refs"_s);
+    ASSERT_TRUE(references.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    ASSERT_EQ(references.write("5"), 1);
+}
+
 /// What a reading takes at most: far above what it needs, and far below what an unlimited reading
 /// would take, which the program wouldn't live to the end of.
 void expectTurnedDownCheaply(const QByteArray &bytes)
 {
+    forgetPeakOfMemory();
     rusage before = {};
     ::getrusage(RUSAGE_SELF, &before);
     EXPECT_EQ(rowsOf(bytes), std::nullopt);
@@ -305,7 +315,7 @@ void expectTurnedDownCheaply(const QByteArray &bytes)
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 256 * 1024) << "kibibytes";
 }
 
-TEST(RowsetReaderTest, entityBombIsTurnedDown)
+TEST(RowsetReaderMemory, entityBombIsTurnedDown)
 {
     QByteArray type = "<!DOCTYPE xml [<!ENTITY e0 'xxxxxxxxxx'>";
     for (int i = 1; i < 30; ++i) {
@@ -315,13 +325,13 @@ TEST(RowsetReaderTest, entityBombIsTurnedDown)
     expectTurnedDownCheaply(withType(type + "]>", "&e29;"));
 }
 
-TEST(RowsetReaderTest, manyUsesOfALongEntityAreTurnedDown)
+TEST(RowsetReaderMemory, manyUsesOfALongEntityAreTurnedDown)
 {
     const QByteArray type = "<!DOCTYPE xml [<!ENTITY e '" + QByteArray(500, 'x') + "'>]>";
     expectTurnedDownCheaply(withType(type, QByteArray("&e;").repeated(1'000'000)));
 }
 
-TEST(RowsetReaderTest, usesOfAnEntityAreLimitedInAShortFileToo)
+TEST(RowsetReaderMemory, usesOfAnEntityAreLimitedInAShortFileToo)
 {
     const QByteArray type = "<!DOCTYPE xml [<!ENTITY e '" + QByteArray(20'000, 'x') + "'>]>";
     expectTurnedDownCheaply(withType(type, QByteArray("&e;").repeated(50'000)));
@@ -338,20 +348,20 @@ TEST(RowsetReaderTest, entityMayStandFor512CharactersHoweverItIsMadeUp)
     EXPECT_EQ(valueOf(600), std::nullopt);
 }
 
-TEST(RowsetReaderTest, mostUsesOfTheLongestEntityTakeBoundedMemory)
+TEST(RowsetReaderMemory, mostUsesOfTheLongestEntityTakeBoundedMemory)
 {
     const QByteArray type = "<!DOCTYPE xml [<!ENTITY e '" + QByteArray(500, 'x') + "'>]>";
     expectTurnedDownCheaply(withType(type, QByteArray("&e;").repeated(40'000)) + "<");
 }
 
-TEST(RowsetReaderTest, deeplyNestedElementsAreTurnedDown)
+TEST(RowsetReaderMemory, deeplyNestedElementsAreTurnedDown)
 {
     expectTurnedDownCheaply(QByteArray("<a>").repeated(2'000'000));
     expectTurnedDownCheaply(LanguageFile::open + "<s:Schema id='RowsetSchema'>" +
                             QByteArray("<a>").repeated(2'000'000));
 }
 
-TEST(RowsetReaderTest, countlessAttributesAreTurnedDown)
+TEST(RowsetReaderMemory, countlessAttributesAreTurnedDown)
 {
     QByteArray attributes;
     for (int i = 0; i < 400'000; ++i)
