@@ -18,11 +18,6 @@ constexpr qsizetype maxParts = 65536;
 constexpr quint16 stored = 0;
 constexpr quint16 deflated = 8;
 
-[[noreturn]] void failAsDamaged()
-{
-    SheetFailure::raise(SheetFailure::BadFile, u"The archive is damaged."_s);
-}
-
 } // namespace
 
 PackageParts::PackageParts(const QByteArray &bytes)
@@ -33,7 +28,7 @@ PackageParts::PackageParts(const QByteArray &bytes)
     // Names without the mark for UTF-8 are to be read alike under every locale.
     m_zip->setFileNameCodec("UTF-8");
     if (!m_zip->open(QuaZip::mdUnzip))
-        failAsDamaged();
+        PartStream::failAsDamaged();
     readIndex();
 }
 
@@ -44,13 +39,13 @@ void PackageParts::readIndex()
     for (bool isThere = m_zip->goToFirstFile(); isThere; isThere = m_zip->goToNextFile()) {
         const QString name = m_zip->getCurrentFileName();
         if (name.isEmpty() || m_names.contains(name))
-            failAsDamaged();
+            PartStream::failAsDamaged();
         m_names.insert(name);
         if (m_names.size() > maxParts)
             SheetFailure::raise(SheetFailure::BadFile, u"The archive holds too many parts."_s);
     }
     if (m_names.size() != m_zip->getEntriesCount())
-        failAsDamaged();
+        PartStream::failAsDamaged();
 }
 
 std::unique_ptr<PartStream> PackageParts::open(const QString &name) const
@@ -59,7 +54,7 @@ std::unique_ptr<PartStream> PackageParts::open(const QString &name) const
         return nullptr;
     QuaZipFileInfo64 info;
     if (!m_zip->setCurrentFile(name, QuaZip::csSensitive) || !m_zip->getCurrentFileInfo(&info))
-        failAsDamaged();
+        PartStream::failAsDamaged();
     if (info.isEncrypted())
         SheetFailure::raise(SheetFailure::BadFile, u"The workbook is encrypted."_s);
     // Neither kind of workbook has others. Of a part in bzip2 that breaks off, the library goes on

@@ -8,14 +8,10 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-[[noreturn]] void failAsDamaged()
+void PartStream::failAsDamaged()
 {
     SheetFailure::raise(SheetFailure::BadFile, u"The archive is damaged."_s);
 }
-
-} // namespace
 
 PartStream::PartStream(QuaZip &zip) : m_file(&zip)
 {

@@ -16,6 +16,9 @@ public:
     /// @throws NumberedFailure BadFile for a part that can't be unpacked
     explicit PartStream(QuaZip &zip);
 
+    /// @throws NumberedFailure BadFile, as for every archive that isn't whole
+    [[noreturn]] static void failAsDamaged();
+
     /// Reads what is left. To be called when everything that is wanted has been read.
     /// @throws NumberedFailure BadFile if the part isn't what the archive has its length and
     ///                         checksum of

@@ -75,11 +75,11 @@ QString fromAnsi(QByteArrayView bytes)
 
 QByteArray ansiToOem(QByteArrayView bytes)
 {
-    QByteArray oem(bytes.size(), Qt::Uninitialized);
-    std::ranges::transform(bytes, oem.begin(), [](char byte) {
+    QByteArray converted(bytes.size(), Qt::Uninitialized);
+    std::ranges::transform(bytes, converted.begin(), [](char byte) {
         return static_cast<char>(oemBytes[static_cast<quint8>(byte)]);
     });
-    return oem;
+    return converted;
 }
 
 } // namespace CodePages

@@ -26,7 +26,7 @@ QStringView withoutTrailingBlanks(QStringView text)
     return text;
 }
 
-QStringView withoutBlanks(QStringView text)
+QStringView trimmed(QStringView text)
 {
     while (!text.isEmpty() && isBlank(text.front()))
         text = text.sliced(1);
@@ -51,7 +51,7 @@ QString decoded(const QByteArray &bytes)
 
 bool isSame(QStringView name, const QString &wanted)
 {
-    return withoutBlanks(name).compare(withoutBlanks(wanted), Qt::CaseInsensitive) == 0;
+    return trimmed(name).compare(trimmed(wanted), Qt::CaseInsensitive) == 0;
 }
 
 /// The name between the brackets, nothing if `line` opens no section.
@@ -70,7 +70,7 @@ std::optional<QStringView> findValue(QStringView text, const QString &section, c
         qsizetype end = 0;
         while (end < text.size() && text[end] != u'\n' && text[end] != u'\r')
             ++end;
-        const QStringView line = withoutBlanks(text.first(end));
+        const QStringView line = trimmed(text.first(end));
         text = text.sliced(qMin(end + 1, text.size()));
 
         if (const auto name = sectionName(line)) {
@@ -83,7 +83,7 @@ std::optional<QStringView> findValue(QStringView text, const QString &section, c
         if (!inSection || equals < 0 || line.startsWith(u';'))
             continue;
         if (isSame(line.first(equals), key))
-            return withoutQuotes(withoutBlanks(line.sliced(equals + 1)));
+            return withoutQuotes(trimmed(line.sliced(equals + 1)));
     }
     return std::nullopt;
 }

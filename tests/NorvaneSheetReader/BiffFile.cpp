@@ -1,6 +1,6 @@
 #include "NorvaneSheetReader/BiffFile.h"
 
-#include <QtEndian>
+#include "NorvaneSheetReader/LittleEndian.h"
 
 #include <bit>
 
@@ -18,14 +18,6 @@ constexpr quint16 label = 0x0204;
 constexpr qsizetype sectorLength = 512;
 constexpr quint32 endOfChain = 0xFFFFFFFE;
 constexpr quint32 none = 0xFFFFFFFF;
-
-template <typename Number>
-QByteArray little(Number number)
-{
-    QByteArray bytes(sizeof(Number), Qt::Uninitialized);
-    qToLittleEndian(number, bytes.data());
-    return bytes;
-}
 
 QByteArray filled(const QByteArray &bytes, qsizetype unit, char with = '\0')
 {

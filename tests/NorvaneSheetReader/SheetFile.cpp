@@ -1,20 +1,12 @@
 #include "NorvaneSheetReader/SheetFile.h"
 
-#include <QtEndian>
+#include "NorvaneSheetReader/LittleEndian.h"
 
 #include <array>
 
 namespace norvane {
 
 namespace {
-
-template <typename Number>
-QByteArray little(Number number)
-{
-    QByteArray bytes(sizeof(Number), Qt::Uninitialized);
-    qToLittleEndian(number, bytes.data());
-    return bytes;
-}
 
 quint32 crcOf(const QByteArray &bytes)
 {

@@ -25,7 +25,7 @@ constexpr quint16 number = 0x0203;
 constexpr quint16 formulaText = 0x0207;
 constexpr quint16 begin = 0x0809;
 
-QByteArray sheetOf(const QByteArray &text)
+QByteArray biffSheetOf(const QByteArray &text)
 {
     return biffLabel(0, 0, "N") + biffLabel(1, 0, text);
 }
@@ -39,8 +39,8 @@ QByteArray formatOf(quint16 numberFormat)
 
 TEST_F(Spreadsheets, anEmbeddedWorkbookIsNotReadInPlaceOfItsHost)
 {
-    const QByteArray embedded = biffOf({{"Embedded", sheetOf("wrong")}});
-    const QByteArray host = biffOf({{"Host", sheetOf("right")}});
+    const QByteArray embedded = biffOf({{"Embedded", biffSheetOf("wrong")}});
+    const QByteArray host = biffOf({{"Host", biffSheetOf("right")}});
     openBytes(compoundOf({{u"Workbook"_s, host}, {u"MBD0001"_s, {}, {{u"Workbook"_s, embedded}}}}));
     EXPECT_EQ(connection.sheets(), S{u"Host"_s});
     EXPECT_EQ(values(u"N"_s), S{u"right"_s});
@@ -48,7 +48,7 @@ TEST_F(Spreadsheets, anEmbeddedWorkbookIsNotReadInPlaceOfItsHost)
 
 TEST_F(Spreadsheets, anEmbeddedStreamOfEncryptionDoesNotMakeItsHostEncrypted)
 {
-    openBytes(compoundOf({{u"Workbook"_s, biffOf({{"Host", sheetOf("right")}})},
+    openBytes(compoundOf({{u"Workbook"_s, biffOf({{"Host", biffSheetOf("right")}})},
                           {u"MBD0001"_s, {}, {{u"EncryptedPackage"_s, "x"}}}}));
     EXPECT_EQ(values(u"N"_s), S{u"right"_s});
 }
@@ -58,7 +58,7 @@ TEST_F(Spreadsheets, aWorkbookThatIsOnlyEmbeddedIsNone)
     const auto opening = [&] {
         openBytes(compoundOf(
             {{u"WordDocument"_s, "text"},
-             {u"MBD0001"_s, {}, {{u"Workbook"_s, biffOf({{"Embedded", sheetOf("wrong")}})}}}}));
+             {u"MBD0001"_s, {}, {{u"Workbook"_s, biffOf({{"Embedded", biffSheetOf("wrong")}})}}}}));
     };
     EXPECT_EQ(raisedNumber(opening), SheetFailure::BadFile);
     EXPECT_EQ(connection.errors(), S{u"The file holds no workbook."_s});
@@ -66,7 +66,7 @@ TEST_F(Spreadsheets, aWorkbookThatIsOnlyEmbeddedIsNone)
 
 TEST_F(Spreadsheets, streamsThatFollowEachOtherInACircleAreRefused)
 {
-    QByteArray bytes = compoundOf({{u"Workbook"_s, biffOf({{"Host", sheetOf("right")}})}});
+    QByteArray bytes = compoundOf({{u"Workbook"_s, biffOf({{"Host", biffSheetOf("right")}})}});
     // The entry behind the root's is the only one, and leads back to itself.
     bytes.replace(2 * 512 + 128 + 72, 4, littleLong(1));
     EXPECT_EQ(raisedNumber([&] { openBytes(bytes); }), SheetFailure::BadFile);
@@ -170,7 +170,8 @@ TEST_F(Spreadsheets, daysAreCountedFrom1904WhereAnXlsSaysSo)
 
 TEST_F(Spreadsheets, hiddenSheetsOfAnXlsAreAsTheOthers)
 {
-    openBytes(xlsOf({{"Uno", sheetOf("1"), 1}, {"Dos", sheetOf("2"), 2}, {"Tres", sheetOf("3")}}));
+    openBytes(xlsOf(
+        {{"Uno", biffSheetOf("1"), 1}, {"Dos", biffSheetOf("2"), 2}, {"Tres", biffSheetOf("3")}}));
     EXPECT_EQ(connection.sheets(), (S{u"Uno"_s, u"Dos"_s, u"Tres"_s}));
     EXPECT_EQ(values(u"Dos"_s, u"N"_s), S{u"2"_s});
 }

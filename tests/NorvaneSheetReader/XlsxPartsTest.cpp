@@ -20,7 +20,7 @@ QByteArray relations(const QByteArray &within)
     return "<Relationships>" + within + "</Relationships>";
 }
 
-QByteArray sheetOf(const QByteArray &text)
+QByteArray worksheetOf(const QByteArray &text)
 {
     return "<worksheet><sheetData><row><c t=\"inlineStr\"><is><t>N</t></is></c></row>"
            "<row><c t=\"inlineStr\"><is><t>" +
@@ -34,8 +34,8 @@ QByteArray bookWith(const QByteArray &toBook, const QByteArray &toSheet)
                   {"xl/workbook.xml", "<workbook xmlns:r=\"r\"><sheets><sheet name=\"A\" "
                                       "r:id=\"r1\"/></sheets></workbook>"},
                   {"xl/_rels/workbook.xml.rels", relations(relation("r1", "worksheet", toSheet))},
-                  {"xl/worksheets/sheet.xml", sheetOf("in xl")},
-                  {"other/sheet.xml", sheetOf("in other")}});
+                  {"xl/worksheets/sheet.xml", worksheetOf("in xl")},
+                  {"other/sheet.xml", worksheetOf("in other")}});
 }
 
 } // namespace
@@ -89,8 +89,8 @@ TEST_F(Spreadsheets, hiddenSheetsOfAnXlsxAndAnOdsAreAsTheOthers)
                           "<sheet name=\"Tres\" r:id=\"r1\"/></sheets></workbook>"},
          {"_rels/workbook.xml.rels",
           relations(relation("r1", "worksheet", "a.xml") + relation("r2", "worksheet", "b.xml"))},
-         {"a.xml", sheetOf("1")},
-         {"b.xml", sheetOf("2")}}));
+         {"a.xml", worksheetOf("1")},
+         {"b.xml", worksheetOf("2")}}));
     EXPECT_EQ(connection.sheets(), (S{u"Uno"_s, u"Dos!"_s, u"Tres"_s}));
     EXPECT_EQ(values(u"Dos!"_s, u"N"_s), S{u"2"_s});
 

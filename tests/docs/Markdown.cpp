@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString root = QStringLiteral(NORVANE_SOURCE_DIR "/");
+const QString sourceFolder = QStringLiteral(NORVANE_SOURCE_DIR "/");
 
 QString inOneLine(QString text)
 {
@@ -24,14 +24,14 @@ QString inOneLine(QString text)
 QStringList Markdown::documents()
 {
     QStringList result{u"README.md"_s, u"CONTRIBUTING.md"_s, u"resources/language/README.md"_s};
-    for (const QString &name : QDir(root + u"docs"_s).entryList({u"*.md"_s}, QDir::Files))
+    for (const QString &name : QDir(sourceFolder + u"docs"_s).entryList({u"*.md"_s}, QDir::Files))
         result.append(u"docs/"_s + name);
     return result;
 }
 
 QString Markdown::textOf(const QString &path)
 {
-    QFile file(root + path);
+    QFile file(sourceFolder + path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
     return QString::fromUtf8(file.readAll());
 }

@@ -6,9 +6,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::chrono::milliseconds trapLimit{1'200'000};
-constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
-
 /// Sends one message undisturbed.
 /// @return the bytes from its first command to its last answer, 0 when it was not sent
 int measure(World &world, const QList<Shape> &shapes)

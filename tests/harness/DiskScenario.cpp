@@ -15,7 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
 constexpr int mostBatches = 5;
 constexpr int refusalLimit = 1'200'000; // ms
 

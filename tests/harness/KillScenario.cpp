@@ -12,7 +12,6 @@ namespace {
 using Moment = Trap::Moment;
 using Rest = Trap::Rest;
 
-constexpr std::chrono::milliseconds trapLimit{1'200'000};
 constexpr int longestOpening = 400;  // bytes, and longer than what leads to the first submission
 constexpr int longestCommit = 6'000; // microseconds
 constexpr int payloadMiddle = 20;

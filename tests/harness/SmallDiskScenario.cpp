@@ -16,8 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
-constexpr int fullLimit = 1'200'000;  // ms
+constexpr int fullLimit = 1'200'000; // ms
 constexpr int pageSize = 4096;
 constexpr int mostPagesLeft = 30;
 constexpr int cyclesOfItsOwn = 20;

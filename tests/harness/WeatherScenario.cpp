@@ -8,7 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int drainLimit = 1'200'000;   // ms, which only a hang takes
 constexpr int patientLimit = 2'400'000; // ms, and time limits of an answer
 
 /// What one line and one device have to offer.

@@ -15,8 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int drainLimit = 1'200'000; // ms, which only a hang takes
-constexpr int hearLimit = 1'200'000;  // ms
+constexpr int hearLimit = 1'200'000; // ms
 constexpr int phonesOfLane = 1'000'000;
 
 /// A second connection to the sandbox's bus.

@@ -6,11 +6,16 @@
 #include "harness/StoreReader.h"
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <random>
 
 namespace norvane {
+
+// What only a hang takes.
+inline constexpr int drainLimit = 1'200'000; ///< ms, until an engine has sent everything
+inline constexpr std::chrono::milliseconds trapLimit{1'200'000};
 
 /// What a run is asked to do. A run may be one of several lanes, which share its cycles.
 struct RunOptions

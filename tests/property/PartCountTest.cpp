@@ -137,9 +137,9 @@ TEST(PartCount, whatIsOneCharacterToAReaderIsNeverTorn)
 TEST(PartCount, endsAtTwoHundredAndFiftyFive)
 {
     for (const LetterRow &row : letterRows()) {
-        const QString max = row.letter.repeated(255 * row.part);
-        EXPECT_EQ(arrivalOf(max).cut.size(), 255) << row.name;
-        const auto more = encodeSubmit({u"600"_s, max + row.letter, 1, {}});
+        const QString longest = row.letter.repeated(255 * row.part);
+        EXPECT_EQ(arrivalOf(longest).cut.size(), 255) << row.name;
+        const auto more = encodeSubmit({u"600"_s, longest + row.letter, 1, {}});
         ASSERT_FALSE(more.has_value()) << row.name;
         EXPECT_EQ(more.error(), EncodeError::TextTooLong) << row.name;
     }

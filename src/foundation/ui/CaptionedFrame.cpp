@@ -8,7 +8,7 @@ namespace norvane {
 namespace {
 constexpr int captionIndent = 9; // pixels from the left edge to the caption
 constexpr int captionGap = 3;    // pixels of border left free on both sides of it
-constexpr qreal cornerRadius = 3;
+constexpr qreal frameRadius = 3;
 } // namespace
 
 CaptionedFrame::CaptionedFrame(QWidget *parent) : QWidget(parent) {}
@@ -46,7 +46,7 @@ void CaptionedFrame::paintEvent(QPaintEvent *)
     border.setAlphaF(0.28F);
     painter.setPen(QPen(border, 1));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, halfCaption + 0.5, -0.5, -0.5),
-                            cornerRadius, cornerRadius);
+                            frameRadius, frameRadius);
     painter.setClipping(false);
 
     const QPalette::ColorGroup group = m_enabled ? QPalette::Active : QPalette::Disabled;

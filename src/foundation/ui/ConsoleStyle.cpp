@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int boxPicture = 32;
-constexpr qreal cornerRadius = 2;
+constexpr qreal edgeRadius = 2;
 constexpr qreal focusWidth = 2;
 
 QString boxPictureFile(QStyle::StandardPixmap picture)
@@ -64,7 +64,7 @@ void drawOutline(QPainter &painter, const QStyleOption &option, const QPen &pen,
     if (round)
         painter.drawEllipse(edge);
     else
-        painter.drawRoundedRect(edge, cornerRadius, cornerRadius);
+        painter.drawRoundedRect(edge, edgeRadius, edgeRadius);
     painter.restore();
 }
 

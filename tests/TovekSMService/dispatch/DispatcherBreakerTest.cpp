@@ -8,11 +8,6 @@ namespace {
 
 const QByteArray reset = "AT+CFUN=1,1";
 
-QByteArray cmsError(int number)
-{
-    return "\r\n+CMS ERROR: " + QByteArray::number(number) + "\r\n";
-}
-
 class DispatcherBreaker : public DispatcherFixture
 {
 protected:

@@ -6,11 +6,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QByteArray cmsError(int number)
-{
-    return "\r\n+CMS ERROR: " + QByteArray::number(number) + "\r\n";
-}
-
 QString dateOnDisk(const QString &date)
 {
     return u"SELECT COUNT(*) FROM message WHERE delivery_date = '%1' AND due = "

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/Noon.h"
 #include "TovekSMService/dispatch/Dispatcher.h"
 
 #include "TovekSMService/modem/device/ModemFixture.h"
@@ -27,9 +28,10 @@ private:
     TimeSource &m_time;
 };
 
-inline QString noon()
+/// A device's refusal.
+inline QByteArray cmsError(int number)
 {
-    return u"2024-05-01T12:00:00"_s;
+    return "\r\n+CMS ERROR: " + QByteArray::number(number) + "\r\n";
 }
 
 /// Notes the program's log while it is in scope.

@@ -8,11 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QByteArray cmsError(int number)
-{
-    return "\r\n+CMS ERROR: " + QByteArray::number(number) + "\r\n";
-}
-
 class DispatcherLimits : public DispatcherFixture
 {
 protected:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/Noon.h"
 #include "TovekSMService/store/Store.h"
 
 #include "TovekSMService/store/OtherConnection.h"
@@ -59,10 +60,5 @@ protected:
     QTemporaryDir m_folder;
     std::unique_ptr<Store> m_store;
 };
-
-inline QString noon()
-{
-    return u"2024-05-01T12:00:00"_s;
-}
 
 } // namespace norvane

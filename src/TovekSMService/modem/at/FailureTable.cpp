@@ -24,7 +24,7 @@ constexpr char rp[] = "3GPP TS 24.011, 8.2.5.4 table 8.4 and Annex E-2";
 constexpr char tp[] = "3GPP TS 23.040, 9.2.3.22";
 constexpr char sms[] = "3GPP TS 27.005, 3.2.5";
 constexpr char me[] = "3GPP TS 27.007, 9.2";
-constexpr char failed[] = "3GPP TS 27.005, 3.5.1 and 4.3";
+constexpr char errorResult[] = "3GPP TS 27.005, 3.5.1 and 4.3";
 constexpr char own[] = "the engine's own";
 
 constexpr int lineCode(LineError error)
@@ -193,7 +193,7 @@ constexpr FailureRow rows[] = {
     {line, lineCode(LineError::Other), lineCode(LineError::Other), "the line failed", {ErrorCode::portClosed, device}, own},
 
     // An error result says that sending has failed; what the reason was, this one keeps for itself.
-    {send, sendCode(SendProblem::GenericError), sendCode(SendProblem::GenericError), "error without a reason", {ErrorCode::unknownCode, temporary}, failed},
+    {send, sendCode(SendProblem::GenericError), sendCode(SendProblem::GenericError), "error without a reason", {ErrorCode::unknownCode, temporary}, errorResult},
     {send, sendCode(SendProblem::NoPrompt), sendCode(SendProblem::NoPrompt), "no prompt for the message", {ErrorCode::noRespond, device}, own},
     // Never again by itself: the network may have it.
     {send, sendCode(SendProblem::LostAnswer), sendCode(SendProblem::LostAnswer), "no answer after the message left", {ErrorCode::noRespond, permanent}, own},

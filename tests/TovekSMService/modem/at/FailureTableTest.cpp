@@ -8,7 +8,7 @@ namespace {
 
 constexpr auto permanent = Treatment::Permanent;
 constexpr auto temporary = Treatment::Temporary;
-constexpr auto device = Treatment::Device;
+constexpr auto ofDevice = Treatment::Device;
 constexpr auto either = Treatment::DeviceOrMessage;
 
 struct RuleRow
@@ -74,29 +74,29 @@ TEST(FailureTable, followsTheDevicesMessageErrors)
 {
     expectRules(FailureSpace::Cms, {{256, 299, -42, temporary},
                                     {300, 300, -1, either},
-                                    {301, 301, -20, device},
+                                    {301, 301, -20, ofDevice},
                                     {302, 302, -20, either},
                                     {303, 303, -40, permanent},
                                     {304, 304, -22, permanent},
                                     {305, 305, -22, either},
                                     {306, 309, -42, temporary},
-                                    {310, 310, -29, device},
-                                    {311, 311, -30, device},
-                                    {312, 312, -10, device},
-                                    {313, 313, -28, device},
+                                    {310, 310, -29, ofDevice},
+                                    {311, 311, -30, ofDevice},
+                                    {312, 312, -10, ofDevice},
+                                    {313, 313, -28, ofDevice},
                                     {314, 314, -28, temporary},
-                                    {315, 315, -28, device},
-                                    {316, 316, -31, device},
-                                    {317, 317, -32, device},
-                                    {318, 318, -33, device},
+                                    {315, 315, -28, ofDevice},
+                                    {316, 316, -31, ofDevice},
+                                    {317, 317, -32, ofDevice},
+                                    {318, 318, -33, ofDevice},
                                     {319, 319, -42, temporary},
                                     {320, 320, -26, either},
                                     {321, 321, -13, permanent},
                                     {322, 322, -21, temporary},
                                     {323, 329, -42, temporary},
-                                    {330, 330, -19, device},
-                                    {331, 331, -38, device},
-                                    {332, 332, -35, device},
+                                    {330, 330, -19, ofDevice},
+                                    {331, 331, -38, ofDevice},
+                                    {332, 332, -35, ofDevice},
                                     {333, 339, -42, temporary},
                                     {340, 340, -41, either},
                                     {341, 700, -42, temporary},
@@ -106,19 +106,19 @@ TEST(FailureTable, followsTheDevicesMessageErrors)
 TEST(FailureTable, followsTheDevicesOtherErrors)
 {
     expectRules(FailureSpace::Cme,
-                {{0, 0, -1, either},        {1, 1, -8, device},         {2, 2, -9, device},
-                 {3, 3, -20, either},       {4, 4, -40, permanent},     {5, 7, -10, device},
-                 {8, 9, -42, temporary},    {10, 10, -29, device},      {11, 11, -30, device},
-                 {12, 12, -31, device},     {13, 13, -28, device},      {14, 14, -28, temporary},
-                 {15, 15, -28, device},     {16, 16, -27, device},      {17, 17, -32, device},
-                 {18, 18, -33, device},     {19, 19, -42, temporary},   {20, 20, -25, temporary},
+                {{0, 0, -1, either},        {1, 1, -8, ofDevice},       {2, 2, -9, ofDevice},
+                 {3, 3, -20, either},       {4, 4, -40, permanent},     {5, 7, -10, ofDevice},
+                 {8, 9, -42, temporary},    {10, 10, -29, ofDevice},    {11, 11, -30, ofDevice},
+                 {12, 12, -31, ofDevice},   {13, 13, -28, ofDevice},    {14, 14, -28, temporary},
+                 {15, 15, -28, ofDevice},   {16, 16, -27, ofDevice},    {17, 17, -32, ofDevice},
+                 {18, 18, -33, ofDevice},   {19, 19, -42, temporary},   {20, 20, -25, temporary},
                  {21, 21, -13, permanent},  {22, 22, -14, permanent},   {23, 23, -26, either},
                  {24, 24, -16, permanent},  {25, 25, -18, permanent},   {26, 26, -17, permanent},
-                 {27, 27, -18, permanent},  {28, 29, -42, temporary},   {30, 30, -38, device},
-                 {31, 31, -35, device},     {32, 32, -38, device},      {33, 39, -42, temporary},
-                 {40, 48, -10, device},     {49, 49, -42, temporary},   {50, 50, -11, permanent},
-                 {51, 102, -42, temporary}, {103, 103, -38, device},    {104, 105, -42, temporary},
-                 {106, 106, -38, device},   {107, 110, -42, temporary}, {111, 113, -38, temporary},
+                 {27, 27, -18, permanent},  {28, 29, -42, temporary},   {30, 30, -38, ofDevice},
+                 {31, 31, -35, ofDevice},   {32, 32, -38, ofDevice},    {33, 39, -42, temporary},
+                 {40, 48, -10, ofDevice},   {49, 49, -42, temporary},   {50, 50, -11, permanent},
+                 {51, 102, -42, temporary}, {103, 103, -38, ofDevice},  {104, 105, -42, temporary},
+                 {106, 106, -38, ofDevice}, {107, 110, -42, temporary}, {111, 113, -38, temporary},
                  {114, 999, -42, temporary}});
 }
 
@@ -136,7 +136,7 @@ TEST(FailureTable, followsTheLine)
         {LineError::NotOpen, -5},          {LineError::Other, -5},
     };
     for (const auto &row : rows)
-        EXPECT_EQ(failureRule(row.error), (FailureRule{row.code, device}))
+        EXPECT_EQ(failureRule(row.error), (FailureRule{row.code, ofDevice}))
             << static_cast<int>(row.error);
 }
 
@@ -148,11 +148,11 @@ TEST(FailureTable, followsTheSending)
         FailureRule rule;
     } rows[] = {
         {SendProblem::GenericError, {-42, temporary}},
-        {SendProblem::NoPrompt, {-39, device}},
+        {SendProblem::NoPrompt, {-39, ofDevice}},
         {SendProblem::LostAnswer, {-39, permanent}},
-        {SendProblem::LineBrokenBefore, {-5, device}},
+        {SendProblem::LineBrokenBefore, {-5, ofDevice}},
         {SendProblem::LineBrokenAfter, {-39, permanent}},
-        {SendProblem::NotSent, {-5, device}},
+        {SendProblem::NotSent, {-5, ofDevice}},
         {SendProblem::CmsError, {-42, temporary}},
         {SendProblem::CmeError, {-42, temporary}},
     };
