@@ -35,6 +35,7 @@ constexpr int simFailure = 313;
 constexpr int pukRequired = 316;
 constexpr int badIndex = 321;
 constexpr int noNetwork = 331;
+constexpr int noAcknowledgementExpected = 340;
 } // namespace MessageFailure
 
 /// What a command answers: lines of information, and how it ended.

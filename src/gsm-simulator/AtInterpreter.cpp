@@ -3,6 +3,7 @@
 #include "gsm-simulator/CommandTable.h"
 #include "gsm-simulator/Submission.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -39,7 +40,7 @@ qsizetype findAttention(const QByteArray &line)
 } // namespace
 
 AtInterpreter::AtInterpreter(const ModemSettings &settings)
-    : m_modem(settings), m_noise(settings.seed)
+    : m_modem(settings), m_noise(settings.seed), m_reference(settings.firstReference)
 {}
 
 Step AtInterpreter::take(const QByteArray &bytes)
@@ -49,6 +50,7 @@ Step AtInterpreter::take(const QByteArray &bytes)
         return step;
     m_input += isPaused() ? bytes.left(bufferSize - m_input.size()) : bytes;
     process(step);
+    receive(step);
     return step;
 }
 
@@ -59,7 +61,52 @@ Step AtInterpreter::resume()
         return step;
     finishSubmission(step);
     process(step);
+    receive(step);
     return step;
+}
+
+Step AtInterpreter::wake()
+{
+    Step step;
+    receive(step);
+    return step;
+}
+
+ControlCommands::Outcome AtInterpreter::control(const QByteArray &line)
+{
+    const ControlCommands::Outcome outcome = ControlCommands(m_modem).run(line);
+    m_unplugged = m_unplugged || outcome.unplugs;
+    return outcome;
+}
+
+std::optional<QDateTime> AtInterpreter::nextWake() const
+{
+    if (m_modem.settings.silent || m_unplugged)
+        return std::nullopt;
+    std::optional<QDateTime> next = m_modem.reception.deadline();
+    if (isBeingWritten())
+        return next;
+    std::optional<QDateTime> due = m_modem.network.nextDue();
+    if (due && !m_modem.isRegistered())
+        due = m_modem.registrationDue();
+    if (due)
+        next = next ? std::min(*next, *due) : due;
+    return next;
+}
+
+/// What the network delivers has to wait while a command or a message is being written.
+void AtInterpreter::receive(Step &step)
+{
+    if (m_modem.settings.silent || m_unplugged)
+        return;
+    m_modem.reception.expire(m_modem);
+    if (isBeingWritten())
+        return;
+    for (const QByteArray &line : m_modem.reception.receive(m_modem)) {
+        if (m_modem.settings.noise)
+            step.output += m_noise.burst();
+        step.output += "\r\n" + line + "\r\n";
+    }
 }
 
 void AtInterpreter::process(Step &step)
@@ -129,7 +176,11 @@ AtAnswer AtInterpreter::run(const AtCommand &command)
 
 void AtInterpreter::openPrompt(Step &step)
 {
-    m_reading = m_modem.profile.textFormat == 1 ? Reading::Text : Reading::Pdu;
+    if (m_modem.entryAcknowledges) {
+        m_reading = Reading::Acknowledgement;
+    } else {
+        m_reading = m_modem.profile.textFormat == 1 ? Reading::Text : Reading::Pdu;
+    }
     m_entry.clear();
     m_overlong = false;
     step.output += "\r\n> ";
@@ -149,7 +200,7 @@ void AtInterpreter::takeEntryByte(char byte, Step &step)
     if (m_modem.profile.echo == 1)
         step.output += byte;
     // A client that ends its command with CR and LF leaves the LF for the prompt.
-    if (m_entry.isEmpty() && (byte == '\n' || (byte == lineEnd && m_reading == Reading::Pdu)))
+    if (m_entry.isEmpty() && (byte == '\n' || (byte == lineEnd && m_reading != Reading::Text)))
         return;
     if (m_reading == Reading::Text && byte == lineEnd)
         step.output += "\r\n> ";
@@ -164,6 +215,10 @@ void AtInterpreter::takeEntryByte(char byte, Step &step)
 
 void AtInterpreter::closeEntry(Step &step)
 {
+    if (m_reading == Reading::Acknowledgement) {
+        closeAcknowledgement(step);
+        return;
+    }
     m_pending = judgeEntry();
     m_reading = Reading::Command;
     m_entry.clear();
@@ -175,12 +230,21 @@ void AtInterpreter::closeEntry(Step &step)
     finishSubmission(step);
 }
 
+void AtInterpreter::closeAcknowledgement(Step &step)
+{
+    m_reading = Reading::Command;
+    const AtAnswer answer = m_overlong ? messageError(MessageFailure::badPduParameter)
+                                       : acknowledgeWithPdu(m_modem, std::exchange(m_entry, {}));
+    disturb(step);
+    write(answer, step);
+}
+
 AtInterpreter::Pending AtInterpreter::judgeEntry()
 {
     std::optional<SubmittedPart> part;
     if (m_reading == Reading::Text) {
         if (!m_overlong)
-            part = readTextSubmission(m_modem.entryNumber, m_entry, m_modem.profile);
+            part = readTextSubmission(m_modem.entryAddress, m_entry, m_modem.profile);
         if (!part)
             return {messageError(MessageFailure::badTextParameter), {}, false};
     } else {
@@ -196,6 +260,9 @@ AtInterpreter::Pending AtInterpreter::judgeEntry()
     const int failEvery = m_modem.settings.failEvery;
     if (failEvery > 0 && m_submissions % failEvery == 0)
         return {messageError(m_modem.settings.failCode), {}, true, linkKept};
+    const int refusal = m_modem.settings.reports.refusal;
+    if (part->reportRequested && refusal >= 0)
+        return {messageError(refusal), {}, true, linkKept};
     return {ok(), std::move(part), true, linkKept};
 }
 
@@ -207,6 +274,7 @@ void AtInterpreter::finishSubmission(Step &step)
         m_modem.link.answered(m_modem.settings.clock());
     if (pending.part) {
         pending.answer.lines += "+CMGS: " + QByteArray::number(m_reference);
+        m_modem.network.accept(*pending.part, m_reference, m_modem.settings.clock());
         step.accepted.push_back({std::move(*pending.part), m_reference, pending.linkKept});
         m_reference = (m_reference + 1) % 256;
         ++m_acceptedCount;
@@ -285,8 +353,7 @@ QByteArray AtInterpreter::nextUnsolicited()
 
 QByteArray AtInterpreter::unsolicitedLine()
 {
-    const bool writing = m_reading != Reading::Command || !m_line.isEmpty();
-    if (m_modem.settings.silent || m_unplugged || writing)
+    if (m_modem.settings.silent || m_unplugged || isBeingWritten())
         return {};
     return (m_modem.settings.noise ? m_noise.burst() : QByteArray()) + nextUnsolicited();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gsm-simulator/AtAnswer.h"
+#include "gsm-simulator/ControlCommands.h"
 #include "gsm-simulator/LineNoise.h"
 #include "gsm-simulator/ModemState.h"
 #include "gsm-simulator/PduDecoder.h"
@@ -43,6 +44,17 @@ public:
     /// The pause has passed: gives the answer and goes on with what has arrived meanwhile.
     Step resume();
 
+    /// Lets the network deliver what is due. To be called at nextWake(), when nothing arrives
+    /// before.
+    Step wake();
+
+    /// When the network or the modem has something to do next, or nothing.
+    std::optional<QDateTime> nextWake() const;
+
+    /// Runs a command of the simulator's own. What it leads to comes with the next step; wake() is
+    /// one.
+    ControlCommands::Outcome control(const QByteArray &line);
+
     bool isPaused() const { return m_pending.has_value(); }
 
     /// The next line that nobody asked for, or nothing while a command or a message is being
@@ -50,7 +62,7 @@ public:
     QByteArray unsolicitedLine();
 
 private:
-    enum class Reading { Command, Pdu, Text };
+    enum class Reading { Command, Pdu, Text, Acknowledgement };
 
     /// A submission whose answer is still to come.
     struct Pending
@@ -68,12 +80,15 @@ private:
     AtAnswer run(const AtCommand &command);
     void openPrompt(Step &step);
     void closeEntry(Step &step);
+    void closeAcknowledgement(Step &step);
     Pending judgeEntry();
     void finishSubmission(Step &step);
     void write(const QByteArrayList &lines, Step &step);
     void write(const AtAnswer &answer, Step &step);
     QByteArray finalText(const AtAnswer &answer) const;
     void disturb(Step &step);
+    void receive(Step &step);
+    bool isBeingWritten() const { return m_reading != Reading::Command || !m_line.isEmpty(); }
     QByteArray nextUnsolicited();
 
     ModemState m_modem;

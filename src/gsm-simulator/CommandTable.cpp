@@ -13,8 +13,9 @@ namespace {
 QHash<QByteArray, CommandHandler> allCommands()
 {
     QHash<QByteArray, CommandHandler> commands;
-    for (const CommandEntries &entries : {basicCommands(), identityCommands(), simCommands(),
-                                          networkCommands(), messageCommands()}) {
+    for (const CommandEntries &entries :
+         {basicCommands(), identityCommands(), simCommands(), networkCommands(), messageCommands(),
+          receptionCommands()}) {
         for (const CommandEntry &entry : entries)
             commands.insert(QByteArray(entry.name), entry.handler);
     }
@@ -32,6 +33,22 @@ const QHash<QByteArray, CommandHandler> &table()
 CommandHandler handlerOf(const QByteArray &name)
 {
     return table().value(name, nullptr);
+}
+
+std::optional<AtAnswer> lockedMessages(const ModemState &modem)
+{
+    if (!modem.hasSim())
+        return messageError(MessageFailure::simFailure);
+    switch (modem.sim.state()) {
+    case SimCard::State::Ready:
+        return std::nullopt;
+    case SimCard::State::PinNeeded:
+        return messageError(MessageFailure::pinRequired);
+    case SimCard::State::PukNeeded:
+        return messageError(MessageFailure::pukRequired);
+    default:
+        return messageError(MessageFailure::simFailure);
+    }
 }
 
 QByteArrayList extendedCommandNames()

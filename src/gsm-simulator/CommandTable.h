@@ -3,6 +3,7 @@
 #include "gsm-simulator/AtAnswer.h"
 #include "gsm-simulator/ModemState.h"
 
+#include <optional>
 #include <vector>
 
 namespace norvane {
@@ -25,6 +26,13 @@ CommandEntries identityCommands();
 CommandEntries simCommands();
 CommandEntries networkCommands();
 CommandEntries messageCommands();
+CommandEntries receptionCommands();
+
+/// Takes the PDU that +CNMA opened its prompt for.
+AtAnswer acknowledgeWithPdu(ModemState &modem, const QByteArray &hexadecimal);
+
+/// Why the SIM keeps messages to itself, or nothing.
+std::optional<AtAnswer> lockedMessages(const ModemState &modem);
 
 /// The handler of a command, or null.
 CommandHandler handlerOf(const QByteArray &name);

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "gsm-simulator/MessageMemory.h"
+
 #include <QByteArray>
 #include <QDateTime>
 
 #include <chrono>
 #include <functional>
+#include <vector>
 
 namespace norvane {
 
@@ -13,6 +16,30 @@ using namespace Qt::StringLiterals;
 namespace simulator {
 
 enum class Formats { Both, PduOnly, TextOnly };
+
+enum class ReportOrder { AsSent, Reversed };
+
+/// What the network does where a message asks for a status report.
+struct ReportSettings
+{
+    int count = 1;                      ///< how often each report comes
+    std::chrono::milliseconds delay{0}; ///< from the message to its report, and to the next one
+    int status = 0;                     ///< TP-ST
+    int firstStatus = -1;               ///< of a report that comes before; below 0: none
+    ReportOrder order = ReportOrder::AsSent;
+    int refusal = -1; ///< refuses such messages with this +CMS ERROR; below 0: accepts them
+};
+
+/// What a device can do with the reports and messages that it receives.
+struct ReceptionSettings
+{
+    bool routesReports = true; ///< +CNMI: <ds> may be 1
+    bool storesReports = true; ///< +CNMI: <ds> may be 2
+    QByteArray reportMemory = "SR"_ba;
+    std::vector<MemorySettings> memories{{"SM"_ba}, {"ME"_ba}, {"SR"_ba}};
+    std::chrono::milliseconds acknowledgementTimeout{5000}; ///< +CSMS=1: for +CNMA
+    std::chrono::milliseconds redeliverAfter{10'000};       ///< what was not accepted
+};
 
 /// How the simulated modem is, and how it behaves.
 struct ModemSettings
@@ -37,6 +64,9 @@ struct ModemSettings
     int failCode = 38;                    ///< with this +CMS ERROR
     int dropAfter = 0;                    ///< unplugged after so many messages; 0: never
     bool loseLastAnswer = false;          ///< unplugged before the last answer leaves
+    int firstReference = 0;               ///< what the first +CMGS answers, 0 to 255
+    ReportSettings reports;
+    ReceptionSettings reception;
     bool silent = false;
     bool noise = false;
     bool unsolicited = false;

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "gsm-simulator/Address.h"
+#include "gsm-simulator/MessageMemory.h"
 #include "gsm-simulator/ModemSettings.h"
+#include "gsm-simulator/Reception.h"
 #include "gsm-simulator/RelayLink.h"
+#include "gsm-simulator/ServiceCentre.h"
 #include "gsm-simulator/SimCard.h"
 
 #include <QByteArray>
@@ -41,7 +45,9 @@ struct Profile
 
 struct ModemState
 {
-    explicit ModemState(const ModemSettings &given) : settings(given), sim(given.pin, given.puk)
+    explicit ModemState(const ModemSettings &given)
+        : settings(given), sim(given.pin, given.puk), memories(given.reception.memories),
+          network(given.reports)
     {
         restoreProfile();
         setFunctionality(given.functionality);
@@ -50,6 +56,7 @@ struct ModemState
     void restoreProfile()
     {
         profile = Profile();
+        profile.memories.fill(settings.reception.memories.front().name);
         link.reset();
         profile.textFormat = settings.formats == Formats::TextOnly ? 1 : 0;
     }
@@ -89,6 +96,21 @@ struct ModemState
         return searches ? searching : settings.registered;
     }
 
+    /// When the search for a network ends, or nothing if there is none.
+    std::optional<QDateTime> registrationDue() const
+    {
+        constexpr int searching = 2;
+        if (registration() != searching || !radioSince.isValid())
+            return std::nullopt;
+        return radioSince.addMSecs(settings.registerAfter.count());
+    }
+
+    /// What the network still holds in a lane, with what isn't acknowledged.
+    int waitingCount(ServiceCentre::Lane lane) const
+    {
+        return static_cast<int>(network.count(lane)) + (reception.isAwaiting(lane) ? 1 : 0);
+    }
+
     bool isRegistered() const { return registration() == 1 || registration() == 5; }
 
     static constexpr int noFunctionality = 0;
@@ -98,10 +120,15 @@ struct ModemState
     Profile profile;
     SimCard sim;
     RelayLink link;
+    MessageMemories memories;
+    ServiceCentre network;
+    Reception reception;
     int functionality = noFunctionality;
     QDateTime radioSince; ///< kept where the registration takes its time
-    int entryLength = 0;  ///< +CMGS: octets of the PDU that the prompt is open for
-    QString entryNumber;  ///< +CMGS: the recipient of the text that the prompt is open for
+    int entryLength = 0;  ///< octets of the PDU that the prompt is open for
+    /// +CNMA: what the PDU acknowledges that the prompt is open for; nothing for +CMGS
+    std::optional<Reception::Acknowledgement> entryAcknowledges;
+    Address entryAddress; ///< +CMGS: the recipient of the text that the prompt is open for
 };
 
 } // namespace simulator

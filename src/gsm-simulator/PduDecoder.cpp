@@ -2,6 +2,7 @@
 
 #include "gsm-simulator/GsmAlphabet.h"
 #include "gsm-simulator/OctetReader.h"
+#include "gsm-simulator/Timestamp.h"
 
 namespace norvane {
 
@@ -10,33 +11,6 @@ namespace simulator {
 namespace {
 
 constexpr int maxServiceCentreLength = 11;
-constexpr int maxDigits = 20;
-constexpr int maxSeptets = 160;
-constexpr int maxOctets = 140;
-
-enum class TypeOfNumber { International = 1, Alphanumeric = 5 };
-
-TypeOfNumber typeOfNumber(int typeOfAddress)
-{
-    return static_cast<TypeOfNumber>((typeOfAddress >> 4) & 0x07);
-}
-
-/// semiOctetDigits in semi-octets, low half first; an odd last one is filled with F.
-std::optional<QString> digitsOf(const QByteArray &octets, int count)
-{
-    static constexpr std::u16string_view semiOctetDigits = u"0123456789*#abc";
-    QString digits;
-    for (int i = 0; i < count; ++i) {
-        const auto octet = static_cast<unsigned char>(octets.at(i / 2));
-        const unsigned digit = i % 2 == 0 ? octet & 0x0FU : octet >> 4U;
-        if (digit >= semiOctetDigits.size())
-            return std::nullopt;
-        digits += QChar(semiOctetDigits[digit]);
-    }
-    if (count % 2 == 1 && (static_cast<unsigned char>(octets.back()) >> 4U) != 0x0FU)
-        return std::nullopt;
-    return digits;
-}
 
 std::optional<PduFault> skipServiceCentre(OctetReader &reader)
 {
@@ -51,56 +25,9 @@ std::optional<PduFault> skipServiceCentre(OctetReader &reader)
         return PduFault::Truncated;
     const bool odd = (static_cast<unsigned char>(digits.back()) >> 4U) == 0x0FU;
     const int count = (length - 1) * 2 - (odd ? 1 : 0);
-    if ((type & 0x80) == 0 || !digitsOf(digits, count))
+    if ((type & 0x80) == 0 || !digitsOfSemiOctets(digits, count))
         return PduFault::BadServiceCentre;
     return std::nullopt;
-}
-
-std::optional<PduFault> readDestination(OctetReader &reader, QString &number)
-{
-    const int count = reader.octet();
-    const int type = reader.octet();
-    if (reader.failed())
-        return PduFault::Truncated;
-    if (count < 1 || count > maxDigits || (type & 0x80) == 0)
-        return PduFault::BadAddress;
-    const QByteArray octets = reader.octets((count + 1) / 2);
-    if (reader.failed())
-        return PduFault::Truncated;
-    if (typeOfNumber(type) == TypeOfNumber::Alphanumeric) {
-        number = textOfSeptets(unpackSeptets(octets, 0, count * 4 / 7));
-        return number.isEmpty() ? std::optional(PduFault::BadAddress) : std::nullopt;
-    }
-    const std::optional<QString> digits = digitsOf(octets, count);
-    if (!digits)
-        return PduFault::BadAddress;
-    number = typeOfNumber(type) == TypeOfNumber::International ? u'+' + *digits : *digits;
-    return std::nullopt;
-}
-
-/// A decimal number in two semi-octets, the tens in the low half, or -1.
-int swappedDecimal(char octet)
-{
-    const int tens = octet & 0x0F;
-    const int ones = (octet >> 4) & 0x0F;
-    return tens > 9 || ones > 9 ? -1 : tens * 10 + ones;
-}
-
-bool isAbsoluteTime(const QByteArray &octets)
-{
-    struct Range
-    {
-        int low;
-        int high;
-    };
-    static constexpr Range ranges[] = {{0, 99}, {1, 12}, {1, 31}, {0, 23}, {0, 59}, {0, 59}};
-    for (int i = 0; i < 6; ++i) {
-        const int value = swappedDecimal(octets.at(i));
-        if (value < ranges[i].low || value > ranges[i].high)
-            return false;
-    }
-    // The zone counts quarters of an hour; bit 3 is its sign.
-    return swappedDecimal(static_cast<char>(octets.at(6) & ~0x08)) >= 0;
 }
 
 std::optional<PduFault> skipValidity(OctetReader &reader, int firstOctet)
@@ -112,11 +39,21 @@ std::optional<PduFault> skipValidity(OctetReader &reader, int firstOctet)
     const QByteArray octets = reader.octets(format == Relative ? 1 : 7);
     if (reader.failed())
         return PduFault::Truncated;
-    if (format == Absolute && !isAbsoluteTime(octets))
+    if (format == Absolute && !isTimestamp(octets))
         return PduFault::BadValidity;
     if (format == Enhanced && (octets.front() & 0x07) > 3)
         return PduFault::BadValidity;
     return std::nullopt;
+}
+
+/// One of the languages whose tables this modem has.
+std::optional<PduFault> readLanguage(const QByteArray &content, Language &language)
+{
+    if (content.size() != 1)
+        return PduFault::BadHeader;
+    language = static_cast<Language>(content.front());
+    const bool known = language == Language::Spanish || language == Language::Portuguese;
+    return known ? std::nullopt : std::optional(PduFault::BadHeader);
 }
 
 std::optional<PduFault> readHeaderElement(int identifier, const QByteArray &content,
@@ -126,8 +63,10 @@ std::optional<PduFault> readHeaderElement(int identifier, const QByteArray &cont
     constexpr int longReference = 0x08;
     constexpr int singleShift = 0x24;
     constexpr int lockingShift = 0x25;
-    if (identifier == singleShift || identifier == lockingShift)
-        return PduFault::BadHeader; // an alphabet that this modem hasn't got
+    if (identifier == singleShift)
+        return readLanguage(content, part.alphabet.single);
+    if (identifier == lockingShift)
+        return readLanguage(content, part.alphabet.locking);
     if (identifier != shortReference && identifier != longReference)
         return std::nullopt;
     OctetReader reader(content);
@@ -165,7 +104,8 @@ std::optional<PduFault> readText(const UserData &data, int headerOctets, Submitt
             return PduFault::BadUserData;
         const int fillBits = headerSeptets * 7 - headerOctets * 8;
         part.text = textOfSeptets(
-            unpackSeptets(data.octets.mid(headerOctets), fillBits, data.length - headerSeptets));
+            unpackSeptets(data.octets.mid(headerOctets), fillBits, data.length - headerSeptets),
+            part.alphabet);
         return std::nullopt;
     }
     const QByteArray octets = data.octets.mid(headerOctets);
@@ -185,14 +125,19 @@ std::optional<PduFault> readText(const UserData &data, int headerOctets, Submitt
 std::optional<PduFault> readSubmit(OctetReader &reader, SubmittedPart &part)
 {
     constexpr int headerIndicator = 0x40;
+    constexpr int reportRequest = 0x20;
     const int firstOctet = reader.octet();
     reader.octet(); // the message reference, which the modem gives anew
     if (reader.failed())
         return PduFault::Truncated;
     if ((firstOctet & 0x03) != 0x01)
-        return PduFault::NotSubmit;
-    if (const auto fault = readDestination(reader, part.number))
+        return PduFault::BadType;
+    Address recipient;
+    if (const auto fault = readAddress(reader, recipient))
         return fault;
+    part.number = recipient.text;
+    part.typeOfNumber = recipient.type;
+    part.reportRequested = (firstOctet & reportRequest) != 0;
     reader.octet(); // the protocol identifier
     const std::optional<Coding> coding = codingOf(reader.octet());
     if (reader.failed())
@@ -256,24 +201,30 @@ std::optional<QByteArray> octetsOfHexadecimal(const QByteArray &digits)
     return QByteArray::fromHex(digits);
 }
 
+std::optional<int> headerOctetsOf(const UserData &data)
+{
+    if (!data.hasHeader)
+        return 0;
+    if (data.octets.isEmpty())
+        return std::nullopt;
+    const int octets = 1 + static_cast<unsigned char>(data.octets.front());
+    return octets <= data.octets.size() ? std::optional(octets) : std::nullopt;
+}
+
 std::optional<PduFault> decodeUserData(const UserData &data, SubmittedPart &part)
 {
-    if (data.length > (data.coding == Coding::Gsm7 ? maxSeptets : maxOctets))
+    if (data.length > data.maxLength())
         return PduFault::BadUserData;
     part.coding = data.coding;
     part.hasHeader = data.hasHeader;
-    int headerOctets = 0;
-    if (data.hasHeader) {
-        OctetReader reader(data.octets);
-        const int length = reader.octet();
-        const QByteArray header = reader.octets(length);
-        if (reader.failed())
-            return PduFault::BadHeader;
-        if (const auto fault = readHeader(header, part))
+    const std::optional<int> headerOctets = headerOctetsOf(data);
+    if (!headerOctets)
+        return PduFault::BadHeader;
+    if (*headerOctets > 0) {
+        if (const auto fault = readHeader(data.octets.mid(1, *headerOctets - 1), part))
             return fault;
-        headerOctets = length + 1;
     }
-    return readText(data, headerOctets, part);
+    return readText(data, *headerOctets, part);
 }
 
 std::variant<SubmittedPart, PduFault> decodeSubmission(const QByteArray &hexadecimal,

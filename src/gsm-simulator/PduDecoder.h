@@ -1,5 +1,9 @@
 #pragma once
 
+#include "gsm-simulator/Address.h"
+#include "gsm-simulator/GsmAlphabet.h"
+#include "gsm-simulator/PduFault.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -31,29 +35,23 @@ struct SubmittedPart
     Coding coding = Coding::Gsm7;
     bool hasHeader = false;
     std::optional<Concatenation> concatenation;
-};
-
-enum class PduFault {
-    NotHexadecimal,
-    Truncated,
-    TrailingOctets,
-    WrongLength,
-    BadServiceCentre,
-    NotSubmit,
-    BadAddress,
-    BadCoding,
-    BadValidity,
-    BadHeader,
-    BadUserData
+    Alphabet alphabet;                       ///< of a 7-bit text
+    int typeOfNumber = Address::unknownType; ///< the type-of-address octet of `number`
+    bool reportRequested = false;            ///< the sender wants to know what becomes of it
 };
 
 /// The user data of a message: its octets and what is needed to read them.
 struct UserData
 {
+    static constexpr int maxSeptets = 160;
+    static constexpr int maxOctets = 140;
+
     QByteArray octets;
     int length = 0; ///< TP-UDL: septets in the 7-bit alphabet, octets otherwise
     Coding coding = Coding::Gsm7;
     bool hasHeader = false;
+
+    int maxLength() const { return coding == Coding::Gsm7 ? maxSeptets : maxOctets; }
 };
 
 /// Reads what AT+CMGS takes in PDU mode: the service centre's address and the SMS-SUBMIT.
@@ -62,6 +60,10 @@ struct UserData
 /// @param tpduLength   octets without the service centre's address, as AT+CMGS told them
 std::variant<SubmittedPart, PduFault> decodeSubmission(const QByteArray &hexadecimal,
                                                        int tpduLength);
+
+/// The octets that a header at the start of user data takes, with its length; 0 if there is none.
+/// Nothing if they are more than the data has.
+std::optional<int> headerOctetsOf(const UserData &data);
 
 /// Reads user data into text, coding and concatenation of `part`.
 /// @return what is wrong with it, or nothing

@@ -12,6 +12,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds unplugPollInterval{5};
 constexpr milliseconds unplugTimeout{2000};
+constexpr qint64 maxWakeMs = 60'000;
 
 /// Bytes on their way to the modem beyond which the client has to wait.
 constexpr qsizetype maxUnderway = 4096;
@@ -26,9 +27,12 @@ SimulatedModem::SimulatedModem(PseudoTerminal &terminal, MessageLog &log,
     m_uptime.start();
     m_pauseTimer.setSingleShot(true);
     m_pauseTimer.setTimerType(Qt::PreciseTimer);
+    m_wakeTimer.setSingleShot(true);
+    m_wakeTimer.setTimerType(Qt::PreciseTimer);
     m_paceTimer.setSingleShot(true);
     m_paceTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_pauseTimer, &QTimer::timeout, this, [this] { handle(m_interpreter.resume()); });
+    connect(&m_wakeTimer, &QTimer::timeout, this, [this] { handle(m_interpreter.wake()); });
     connect(&m_paceTimer, &QTimer::timeout, this, &SimulatedModem::movePacedBytes);
     connect(&m_unplugTimer, &QTimer::timeout, this, &SimulatedModem::waitForClientToRead);
     connect(&m_terminal, &PseudoTerminal::received, this, &SimulatedModem::take);
@@ -57,6 +61,17 @@ void SimulatedModem::take(const QByteArray &bytes)
     schedulePacedBytes();
 }
 
+ControlCommands::Outcome SimulatedModem::control(const QByteArray &line)
+{
+    if (m_stopped)
+        return {"error the modem is unplugged", true, false};
+    const ControlCommands::Outcome outcome = m_interpreter.control(line);
+    Step step = m_interpreter.wake();
+    step.unplugged = outcome.unplugs;
+    handle(step);
+    return outcome;
+}
+
 void SimulatedModem::handle(const Step &step)
 {
     for (const AcceptedMessage &message : step.accepted) {
@@ -78,6 +93,19 @@ void SimulatedModem::handle(const Step &step)
     // The line is stopped while an answer is being waited for, as a modem's flow control does.
     m_terminal.setReading(!m_interpreter.isPaused() &&
                           !(m_toModem && m_toModem->size() >= maxUnderway));
+    scheduleWake();
+}
+
+void SimulatedModem::scheduleWake()
+{
+    const std::optional<QDateTime> next = m_interpreter.nextWake();
+    if (!next || m_stopped) {
+        m_wakeTimer.stop();
+        return;
+    }
+    // A clock that is set back or forth lets it look again; it never spins.
+    const qint64 wait = std::clamp<qint64>(m_clock().msecsTo(*next), 1, maxWakeMs);
+    m_wakeTimer.start(milliseconds(wait));
 }
 
 void SimulatedModem::send(const QByteArray &bytes)

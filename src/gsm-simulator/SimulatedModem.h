@@ -32,6 +32,9 @@ public:
     SimulatedModem(PseudoTerminal &terminal, MessageLog &log, const ModemSettings &modem,
                    const LineSettings &line, QObject *parent = nullptr);
 
+    /// Runs a command of the simulator's own.
+    ControlCommands::Outcome control(const QByteArray &line);
+
 Q_SIGNALS:
     /// The modem has been unplugged; its terminal is closed.
     void unplugged();
@@ -42,6 +45,7 @@ Q_SIGNALS:
 private:
     void take(const QByteArray &bytes);
     void handle(const Step &step);
+    void scheduleWake();
     void send(const QByteArray &bytes);
     void movePacedBytes();
     void schedulePacedBytes();
@@ -56,6 +60,7 @@ private:
     std::optional<PacedLine> m_toClient;
     QElapsedTimer m_uptime;
     QTimer m_pauseTimer;
+    QTimer m_wakeTimer;
     QTimer m_paceTimer;
     QTimer m_unsolicitedTimer;
     QTimer m_unplugTimer;

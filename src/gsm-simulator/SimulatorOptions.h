@@ -19,6 +19,8 @@ struct SimulatorOptions
     QString help;    ///< for Action::ShowHelp
     QString link;
     QString log;
+    QString control;  ///< path of the control socket; empty: none
+    QString incoming; ///< file of control commands for the start; empty: none
     ModemSettings modem;
     LineSettings line;
 };

@@ -11,6 +11,7 @@ namespace simulator {
 namespace {
 
 constexpr int headerIndicator = 0x40;
+constexpr int reportRequest = 0x20;
 constexpr int maxSeptets = 160;
 
 /// How many septets lie in packed octets. Seven octets hold eight septets, or seven and their fill.
@@ -40,7 +41,7 @@ std::optional<SubmittedPart> readOctets(const QByteArray &entry, const UserData 
 
 } // namespace
 
-std::optional<SubmittedPart> readTextSubmission(const QString &number, const QByteArray &entry,
+std::optional<SubmittedPart> readTextSubmission(const Address &number, const QByteArray &entry,
                                                 const Profile &profile)
 {
     const std::optional<Coding> coding = codingOf(profile.dataCodingScheme);
@@ -58,8 +59,11 @@ std::optional<SubmittedPart> readTextSubmission(const QString &number, const QBy
             part->text = *text;
         }
     }
-    if (part)
-        part->number = number;
+    if (part) {
+        part->number = number.text;
+        part->typeOfNumber = number.type;
+        part->reportRequested = (profile.firstOctet & reportRequest) != 0;
+    }
     return part;
 }
 

@@ -13,7 +13,7 @@ struct Profile;
 /// @param entry    the bytes between the prompt and Ctrl-Z
 /// @param profile  character set, coding and first octet that are in force
 /// @return the part, or nothing if the bytes don't make a message of one part
-std::optional<SubmittedPart> readTextSubmission(const QString &number, const QByteArray &entry,
+std::optional<SubmittedPart> readTextSubmission(const Address &number, const QByteArray &entry,
                                                 const Profile &profile);
 
 } // namespace simulator

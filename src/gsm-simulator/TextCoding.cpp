@@ -10,6 +10,8 @@
 
 namespace norvane {
 
+using namespace Qt::StringLiterals;
+
 namespace simulator {
 
 namespace {
@@ -93,14 +95,20 @@ std::optional<QString> fromCharacterSet(const QByteArray &bytes, const QByteArra
 
 QByteArray inCharacterSet(const QString &text, const QByteArray &characterSet)
 {
-    if (characterSet == "HEX")
-        return text.toLatin1().toHex().toUpper();
-    if (characterSet != "UCS2")
-        return text.toLatin1();
-    QByteArray digits;
-    for (const QChar character : text)
-        digits += QByteArray::number(character.unicode(), 16).rightJustified(4, '0').toUpper();
-    return digits;
+    if (characterSet == "UTF-8")
+        return text.toUtf8();
+    QByteArray bytes;
+    for (const QChar character : text) {
+        if (characterSet == "UCS2") {
+            bytes += QByteArray::number(character.unicode(), 16).rightJustified(4, '0').toUpper();
+        } else if (characterSet == "GSM" || characterSet == "HEX") {
+            bytes += septetsOfText(character).value_or("?"_ba);
+        } else {
+            const char16_t max = characterSet == "8859-1" ? 0xFF : 0x7F;
+            bytes += character.unicode() <= max ? character.toLatin1() : '?';
+        }
+    }
+    return characterSet == "HEX" ? bytes.toHex().toUpper() : bytes;
 }
 
 std::optional<QString> numberFromCharacterSet(const QByteArray &bytes,

@@ -18,7 +18,7 @@ QByteArray characterSetList();
 /// Text as the terminal sends it, or nothing where it isn't of that character set.
 std::optional<QString> fromCharacterSet(const QByteArray &bytes, const QByteArray &characterSet);
 
-/// Text of ASCII characters as the terminal wants it.
+/// Text as the terminal wants it; what its character set hasn't got is a question mark.
 QByteArray inCharacterSet(const QString &text, const QByteArray &characterSet);
 
 /// A telephone number within a command: in the terminal's character set, or plain, which clients

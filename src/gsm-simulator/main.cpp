@@ -1,6 +1,8 @@
+#include "gsm-simulator/ControlSocket.h"
 #include "gsm-simulator/SimulatorOptions.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -34,6 +36,25 @@ int endRequests()
     return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
+/// Runs a file of control commands; empty lines and those behind a "#" are left out.
+/// @return what went wrong, empty if nothing
+QString runCommands(const QString &path, simulator::SimulatedModem &modem)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return path + u": "_s + file.errorString();
+    for (int number = 1; !file.atEnd(); ++number) {
+        const QByteArray line = file.readLine(simulator::ControlSocket::maxLineLength).trimmed();
+        if (line.isEmpty() || line.startsWith('#'))
+            continue;
+        const simulator::ControlCommands::Outcome outcome = modem.control(line);
+        if (outcome.isRefused)
+            return u"%1, line %2: %3"_s.arg(path).arg(number).arg(
+                QString::fromUtf8(outcome.answer));
+    }
+    return {};
+}
+
 int run(const simulator::SimulatorOptions &options)
 {
     const QString program = u"gsm-simulator: "_s;
@@ -49,6 +70,17 @@ int run(const simulator::SimulatorOptions &options)
     }
 
     simulator::SimulatedModem modem(terminal, log, options.modem, options.line);
+    simulator::ControlSocket control(
+        [&modem](const QByteArray &line) { return modem.control(line).answer; });
+    if (!options.control.isEmpty())
+        failure = control.open(options.control);
+    if (failure.isEmpty() && !options.incoming.isEmpty())
+        failure = runCommands(options.incoming, modem);
+    if (!failure.isEmpty()) {
+        print(stderr, program + failure + u'\n');
+        return Failed;
+    }
+
     QSocketNotifier endRequest(requests, QSocketNotifier::Read);
     QObject::connect(&endRequest, &QSocketNotifier::activated, &modem,
                      [] { QCoreApplication::exit(Done); });

@@ -147,4 +147,66 @@ TEST_F(Gammu, sendsOverAPacedLine)
     EXPECT_EQ(simulator.messages().size(), 1);
 }
 
+TEST_F(Gammu, readsWhatHasArrived)
+{
+    RunningSimulator simulator({u"--memories"_s, u"SM,ME,SR"_s});
+    ASSERT_TRUE(simulator.isReady());
+    ControlClient control(simulator.controlPath());
+    const QByteArrayList texts{"hello [world] {x} @$", "Coração à João Ж 😀", "¿mañana? €"};
+    for (const QByteArray &text : texts)
+        EXPECT_EQ(control.ask(R"(deliver {"from":"+34600111222","text":")" + text + "\"}"), "ok 1");
+    EXPECT_EQ(control.ask(R"(deliver {"from":"Banco","time":"2026-03-09T12:00:05+01:00",)"
+                          R"("text":"from a name"})"),
+              "ok 1");
+    EXPECT_EQ(control.ask(R"(deliver {"from":"1","text":"Pão é útil","single":"pt"})"), "ok 1");
+    EXPECT_EQ(run(simulator, {u"getallsms"_s}), 0) << m_output.data();
+    for (const QByteArray &text :
+         texts + QByteArrayList{"from a name", "Banco", "+34600111222", "12:00:05 2026 +0100"})
+        EXPECT_TRUE(m_output.contains(text)) << text.data() << m_output.data();
+    EXPECT_TRUE(m_output.contains("5 SMS parts")) << m_output.data();
+    EXPECT_EQ(run(simulator, {u"getsms"_s, u"1"_s, u"2"_s}), 0) << m_output.data();
+    EXPECT_TRUE(m_output.contains(texts.at(1))) << m_output.data();
+    EXPECT_TRUE(m_output.contains("Status               : Read")) << m_output.data();
+    EXPECT_EQ(run(simulator, {u"deletesms"_s, u"1"_s, u"2"_s}), 0) << m_output.data();
+    EXPECT_EQ(control.ask("memory SM"), "ok 4 20");
+}
+
+TEST_F(Gammu, joinsThePartsOfALongMessage)
+{
+    for (const char *bits : {"8", "16"}) {
+        RunningSimulator simulator;
+        ASSERT_TRUE(simulator.isReady());
+        ControlClient control(simulator.controlPath());
+        EXPECT_EQ(control.ask("deliver {\"from\":\"+34600111222\",\"reference\":7,\"bits\":" +
+                              QByteArray(bits) + ",\"text\":\"" + longText.toUtf8() +
+                              "\",\"order\":[2,3,1]}"),
+                  "ok 3");
+        EXPECT_EQ(run(simulator, {u"geteachsms"_s}), 0) << m_output.data();
+        EXPECT_TRUE(m_output.contains(longText.trimmed().toUtf8())) << m_output.data();
+    }
+}
+
+TEST_F(Gammu, readsInTextMode)
+{
+    RunningSimulator simulator({u"--formats"_s, u"text"_s});
+    ASSERT_TRUE(simulator.isReady());
+    ControlClient control(simulator.controlPath());
+    EXPECT_EQ(control.ask(R"(deliver {"from":"+34600111222","text":"hello [world] {x} ¿?"})"),
+              "ok 1");
+    // It asks for the character set HEX, and doesn't undo that in numbers.
+    EXPECT_EQ(run(simulator, {u"getallsms"_s}), 0) << m_output.data();
+    EXPECT_TRUE(m_output.contains("hello [world] {x} ¿?")) << m_output.data();
+}
+
+TEST_F(Gammu, sendsWithARequestForAReport)
+{
+    RunningSimulator simulator;
+    ASSERT_TRUE(simulator.isReady());
+    ControlClient control(simulator.controlPath());
+    EXPECT_EQ(send(simulator, u"hello"_s, {u"-report"_s}), 0) << m_output.data();
+    EXPECT_EQ(simulator.messages().size(), 1);
+    EXPECT_EQ(control.ask("count sent"), "ok 1");
+    EXPECT_EQ(control.ask("count reports"), "ok 1");
+}
+
 } // namespace norvane

@@ -1,4 +1,4 @@
-#include "gsm-simulator/TalkingModem.h"
+#include "gsm-simulator/TurnedClock.h"
 
 namespace norvane {
 
@@ -6,20 +6,7 @@ namespace simulator {
 
 namespace {
 
-/// A modem whose clock stands still until it is turned.
-class ModemOnAir : public testing::Test
-{
-protected:
-    ModemSettings settings() const
-    {
-        ModemSettings settings;
-        settings.clock = [this] { return m_now; };
-        return settings;
-    }
-    void pass(int milliseconds) { m_now = m_now.addMSecs(milliseconds); }
-
-    QDateTime m_now{QDate(2026, 3, 9), QTime(12, 0), Qt::UTC};
-};
+using ModemOnAir = TurnedClock;
 
 /// Whether each accepted message found the link up.
 std::vector<bool> linksKept(const TalkingModem &modem)

@@ -5,9 +5,12 @@
 #include <QJsonDocument>
 
 #include <array>
+#include <cstring>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace norvane {
@@ -17,7 +20,9 @@ using namespace Qt::StringLiterals;
 RunningSimulator::RunningSimulator(const QStringList &options)
 {
     m_process.setProgram(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"));
-    m_process.setArguments(QStringList{u"--link"_s, link(), u"--log"_s, logPath()} + options);
+    m_process.setArguments(
+        QStringList{u"--link"_s, link(), u"--log"_s, logPath(), u"--control"_s, controlPath()} +
+        options);
     m_process.start();
     const QDeadlineTimer deadline(hangMs);
     while (!m_process.canReadLine() && !deadline.hasExpired()) {
@@ -114,6 +119,61 @@ QByteArray PortClient::submitHello()
     readUntil("> ");
     write("0011000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A");
     return readUntil("\r\nOK\r\n");
+}
+
+ControlClient::ControlClient(const QString &path)
+    : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+{
+    const QByteArray name = QFile::encodeName(path);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, name.constData(), sizeof address.sun_path - 1);
+    if (::connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        ::close(m_socket);
+        m_socket = -1;
+    }
+}
+
+ControlClient::~ControlClient()
+{
+    if (m_socket >= 0)
+        ::close(m_socket);
+}
+
+bool ControlClient::write(const QByteArray &bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t length = ::send(m_socket, bytes.constData() + done,
+                                      static_cast<std::size_t>(bytes.size() - done), MSG_NOSIGNAL);
+        if (length <= 0)
+            return false;
+        done += length;
+    }
+    return true;
+}
+
+QByteArray ControlClient::readLine()
+{
+    while (!m_read.contains('\n')) {
+        pollfd ready{m_socket, POLLIN, 0};
+        if (::poll(&ready, 1, hangMs) != 1)
+            break;
+        std::array<char, 4096> buffer{};
+        const ssize_t length = ::read(m_socket, buffer.data(), buffer.size());
+        if (length <= 0)
+            break;
+        m_read.append(buffer.data(), length);
+    }
+    const qsizetype end = m_read.indexOf('\n');
+    const QByteArray line = m_read.left(end < 0 ? m_read.size() : end);
+    m_read.remove(0, line.size() + 1);
+    return line;
+}
+
+QByteArray ControlClient::ask(const QByteArray &command)
+{
+    return write(command + '\n') ? readLine() : QByteArray();
 }
 
 } // namespace norvane

@@ -17,12 +17,13 @@ using namespace Qt::StringLiterals;
 class RunningSimulator
 {
 public:
-    /// Starts it and waits until it is ready.
+    /// Starts it with a control socket and waits until it is ready.
     explicit RunningSimulator(const QStringList &options = {});
     ~RunningSimulator();
 
     bool isReady() const { return m_ready; }
     QString link() const { return m_folder.filePath(u"port"_s); }
+    QString controlPath() const { return m_folder.filePath(u"control"_s); }
     QString logPath() const { return m_folder.filePath(u"log"_s); }
     QString folder() const { return m_folder.path(); }
     QProcess &process() { return m_process; }
@@ -67,6 +68,29 @@ private:
     int m_port = -1;
     QByteArray m_read;
     bool m_hungUp = false;
+};
+
+/// A client of a control socket.
+class ControlClient
+{
+public:
+    explicit ControlClient(const QString &path);
+    ~ControlClient();
+    ControlClient(const ControlClient &) = delete;
+    ControlClient &operator=(const ControlClient &) = delete;
+
+    bool isConnected() const { return m_socket >= 0; }
+    bool write(const QByteArray &bytes);
+
+    /// The next line without its end, or what there is when the other side ends the connection.
+    QByteArray readLine();
+
+    /// Writes one command and reads the answer to it.
+    QByteArray ask(const QByteArray &command);
+
+private:
+    int m_socket = -1;
+    QByteArray m_read;
 };
 
 } // namespace norvane

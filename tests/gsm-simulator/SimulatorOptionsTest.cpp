@@ -78,16 +78,107 @@ TEST(SimulatorOptions, everyValueArrives)
     EXPECT_EQ(parse(u"--signal 99"_s).modem.signal, 99);
 }
 
+TEST(SimulatorOptions, reportsAndReceptionAreAsUsualUnlessTold)
+{
+    const ModemSettings modem = parse({}).modem;
+    EXPECT_EQ(modem.firstReference, 0);
+    EXPECT_EQ(modem.reports.count, 1);
+    EXPECT_EQ(modem.reports.delay.count(), 0);
+    EXPECT_EQ(modem.reports.status, 0);
+    EXPECT_LT(modem.reports.firstStatus, 0);
+    EXPECT_EQ(modem.reports.order, ReportOrder::AsSent);
+    EXPECT_LT(modem.reports.refusal, 0);
+    EXPECT_TRUE(modem.reception.routesReports && modem.reception.storesReports);
+    EXPECT_EQ(modem.reception.reportMemory, "SR");
+    EXPECT_EQ(modem.reception.acknowledgementTimeout.count(), 5000);
+    EXPECT_EQ(modem.reception.redeliverAfter.count(), 10'000);
+    ASSERT_EQ(modem.reception.memories.size(), 3U);
+    for (const MemorySettings &memory : modem.reception.memories)
+        EXPECT_EQ(memory.places, 20);
+}
+
+TEST(SimulatorOptions, everyValueOfReportsAndReceptionArrives)
+{
+    const SimulatorOptions options =
+        parse(u"--first-reference 250 --report twice --report-delay 70 --report-status 70 "
+              "--report-first 48 --report-order reversed --report-ways cdsi --report-memory BM "
+              "--refuse-report-request 69 --memories ME,BM --memory-size ME:3,BM:4 "
+              "--ack-timeout 80 --redeliver-after 90 --control /c --incoming /i"_s);
+    ASSERT_EQ(options.action, Action::Run) << options.refusal.toStdString();
+    EXPECT_EQ(options.control, u"/c"_s);
+    EXPECT_EQ(options.incoming, u"/i"_s);
+    const ModemSettings &modem = options.modem;
+    EXPECT_EQ(modem.firstReference, 250);
+    EXPECT_EQ(modem.reports.count, 2);
+    EXPECT_EQ(modem.reports.delay.count(), 70);
+    EXPECT_EQ(modem.reports.status, 70);
+    EXPECT_EQ(modem.reports.firstStatus, 48);
+    EXPECT_EQ(modem.reports.order, ReportOrder::Reversed);
+    EXPECT_EQ(modem.reports.refusal, 69);
+    EXPECT_FALSE(modem.reception.routesReports);
+    EXPECT_TRUE(modem.reception.storesReports);
+    EXPECT_EQ(modem.reception.reportMemory, "BM");
+    EXPECT_EQ(modem.reception.acknowledgementTimeout.count(), 80);
+    EXPECT_EQ(modem.reception.redeliverAfter.count(), 90);
+    ASSERT_EQ(modem.reception.memories.size(), 2U);
+    EXPECT_EQ(modem.reception.memories.front().name, "ME");
+    EXPECT_EQ(modem.reception.memories.front().places, 3);
+    EXPECT_EQ(modem.reception.memories.back().places, 4);
+    EXPECT_EQ(parse(u"--report never"_s).modem.reports.count, 0);
+    EXPECT_TRUE(parse(u"--report-ways cds"_s).modem.reception.routesReports);
+    EXPECT_FALSE(parse(u"--report-ways none"_s).modem.reception.storesReports);
+    EXPECT_EQ(parse(u"--memories SM,ME"_s).modem.reception.reportMemory, "SM");
+}
+
 TEST(SimulatorOptions, badOnesAreRefusedByName)
 {
-    for (const char *bad :
-         {"--baud 0",       "--baud x",          "--baud 9600.5",     "--latency -1",
-          "--latency x",    "--functionality 2", "--functionality 5", "--register-after -1",
-          "--fail-every 0", "--fail-code -1",    "--fail-code 65536", "--drop-after 0",
-          "--seed -1",      "--urc-interval 0",  "--formats none",    "--signal 32",
-          "--signal 100",   "--registered 6",    "--pin 123",         "--pin 123456789",
-          "--pin 12a4",     "--puk 1234",        "--imei 1",          "--imsi 12345",
-          "--iccid x",      "--model é",         "--manufacturer=",   "--imsi 0123456789012345"}) {
+    for (const char *bad : {"--baud 0",
+                            "--baud x",
+                            "--baud 9600.5",
+                            "--latency -1",
+                            "--latency x",
+                            "--functionality 2",
+                            "--functionality 5",
+                            "--register-after -1",
+                            "--fail-every 0",
+                            "--fail-code -1",
+                            "--fail-code 65536",
+                            "--drop-after 0",
+                            "--seed -1",
+                            "--urc-interval 0",
+                            "--formats none",
+                            "--signal 32",
+                            "--signal 100",
+                            "--registered 6",
+                            "--pin 123",
+                            "--pin 123456789",
+                            "--pin 12a4",
+                            "--puk 1234",
+                            "--imei 1",
+                            "--imsi 12345",
+                            "--report thrice",
+                            "--report-delay -1",
+                            "--report-status 256",
+                            "--report-first -1",
+                            "--report-order up",
+                            "--report-ways all",
+                            "--report-memory ME2",
+                            "--memories XX",
+                            "--memories SM,SM",
+                            "--memories SR,SM",
+                            "--memories SM,",
+                            "--memory-size SM",
+                            "--memory-size SM:0",
+                            "--memory-size SM:1001",
+                            "--memory-size BM:2",
+                            "--first-reference 256",
+                            "--refuse-report-request x",
+                            "--ack-timeout 0",
+                            "--redeliver-after 0",
+                            "--iccid x",
+                            "--model é",
+                            "--manufacturer=",
+                            "--imsi 0123456789012345"}) {
         const SimulatorOptions options = parse(QString::fromUtf8(bad));
         EXPECT_EQ(options.action, Action::Refused) << bad;
         QString name = QString::fromUtf8(bad).split(u' ').constFirst();
@@ -114,8 +205,10 @@ TEST(SimulatorOptions, helpNamesEveryOption)
 {
     const SimulatorOptions options = parseOptions({u"gsm-simulator"_s, u"--help"_s});
     EXPECT_EQ(options.action, Action::ShowHelp);
-    for (const char *name : {"--link", "--log", "--pin", "--latency", "--baud", "--fail-every",
-                             "--fail-code", "--silent", "--drop-after", "--noise", "--urc"})
+    for (const char *name :
+         {"--link", "--log", "--pin", "--latency", "--baud", "--fail-every", "--fail-code",
+          "--silent", "--drop-after", "--noise", "--urc", "--report-delay", "--memories",
+          "--ack-timeout", "--control", "--incoming"})
         EXPECT_TRUE(options.help.contains(QString::fromLatin1(name))) << name;
     EXPECT_EQ(parseOptions({u"gsm-simulator"_s, u"--version"_s}).action, Action::ShowVersion);
 }

@@ -268,4 +268,81 @@ TEST(SimulatorProcess, aLogThatCannotBeWrittenEndsItBeforeTheAnswer)
     EXPECT_TRUE(simulator.process().readAllStandardError().contains("/dev/full"));
 }
 
+TEST(SimulatorProcess, whatTheNetworkSaysComesByItself)
+{
+    RunningSimulator simulator({u"--report-delay"_s, u"30"_s, u"--ack-timeout"_s, u"30"_s,
+                                u"--redeliver-after"_s, u"30"_s});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    client.ask("AT+CSMS=1;+CNMI=2,1,0,1");
+    client.write("AT+CMGS=23\r");
+    client.readUntil("> ");
+    client.write("0031000B916407281553F80000AA0AE8329BFD4697D9EC37\x1A");
+    const QByteArray pdu = "07914306000000F006000B916407281553F8";
+    EXPECT_TRUE(client.readUntil(pdu).endsWith("\r\n+CDS: 25\r\n" + pdu));
+    ControlClient control(simulator.controlPath());
+    while (answerOf(client.ask("AT+CNMI?")) != "+CNMI: 2,0,0,0,0|OK")
+        ASSERT_TRUE(control.ask("count reports").startsWith("ok "));
+    client.write("AT+CNMI=2,1,0,1\r");
+    EXPECT_TRUE(client.readUntil(pdu).endsWith(pdu));
+}
+
+TEST(SimulatorProcess, messagesArriveFromAFileAndFromTheSocket)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(u"incoming"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("# what has arrived before\n\ndeliver {\"from\":\"1\",\"text\":\"one\"}\r\n");
+    file.close();
+    RunningSimulator simulator({u"--incoming"_s, path});
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    client.ask("ATE0");
+    EXPECT_TRUE(client.ask("AT+CMGL=4").contains("+CMGL: 1,0,,"));
+    client.ask("AT+CNMI=2,1");
+    ControlClient control(simulator.controlPath());
+    EXPECT_EQ(control.ask(R"(deliver {"from":"1","text":"two"})"), "ok 1");
+    EXPECT_EQ(client.readUntil("\"SM\",2\r\n"), "\r\n+CMTI: \"SM\",2\r\n");
+    EXPECT_EQ(control.ask("memory SM"), "ok 2 20");
+}
+
+TEST(SimulatorProcess, aFileOfCommandsThatIsWrongEndsIt)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(u"incoming"_s);
+    for (const QByteArray &content : {QByteArray("count sent\n\nnonsense\n"), QByteArray()}) {
+        if (!content.isEmpty()) {
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(content);
+        } else {
+            QFile::remove(path);
+        }
+        RunningSimulator simulator({u"--incoming"_s, path});
+        EXPECT_FALSE(simulator.isReady());
+        simulator.process().waitForFinished(hangMs);
+        EXPECT_EQ(simulator.process().exitCode(), 1);
+        const QByteArray said = simulator.process().readAllStandardError();
+        EXPECT_TRUE(said.contains(content.isEmpty() ? "incoming: " : ", line 3: error unknown"))
+            << said.data();
+        EXPECT_FALSE(QFileInfo::exists(simulator.controlPath()));
+    }
+}
+
+TEST(SimulatorProcess, canBeUnpluggedByTheSocket)
+{
+    RunningSimulator simulator;
+    ASSERT_TRUE(simulator.isReady());
+    PortClient client(simulator.link());
+    ControlClient control(simulator.controlPath());
+    EXPECT_EQ(control.ask("unplug"), "ok");
+    ASSERT_TRUE(simulator.process().waitForFinished(hangMs));
+    EXPECT_EQ(simulator.process().exitCode(), 0);
+    client.readUntil("never");
+    EXPECT_TRUE(client.hasHungUp());
+    EXPECT_FALSE(QFileInfo::exists(simulator.controlPath()));
+}
+
 } // namespace norvane
