@@ -11,11 +11,20 @@ void Bus::registerTypes()
     // The bus library looks the types of arguments up by their names in the declaration.
     qRegisterMetaType<BusSMSList>("norvane::BusSMSList");
     qRegisterMetaType<BusQueueRows>("norvane::BusQueueRows");
+    qRegisterMetaType<BusOutcomeRows>("norvane::BusOutcomeRows");
+    qRegisterMetaType<BusReceivedMessages>("norvane::BusReceivedMessages");
+    qRegisterMetaType<BusOptOuts>("norvane::BusOptOuts");
     qDBusRegisterMetaType<DeviceSettings>();
     qDBusRegisterMetaType<SMSList::Entry>();
     qDBusRegisterMetaType<BusSMSList>();
     qDBusRegisterMetaType<QueueRow>();
     qDBusRegisterMetaType<BusQueueRows>();
+    qDBusRegisterMetaType<OutcomeRow>();
+    qDBusRegisterMetaType<BusOutcomeRows>();
+    qDBusRegisterMetaType<ReceivedMessage>();
+    qDBusRegisterMetaType<BusReceivedMessages>();
+    qDBusRegisterMetaType<OptOut>();
+    qDBusRegisterMetaType<BusOptOuts>();
     qDBusRegisterMetaType<QList<qlonglong>>();
 }
 
@@ -76,6 +85,60 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, QueueRow &row)
 {
     argument.beginStructure();
     argument >> row.deliveryDate >> row.phone >> row.message >> row.id;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const OutcomeRow &row)
+{
+    argument.beginStructure();
+    argument << row.id << row.at << row.deliveryDate << row.phone << row.text << row.code
+             << row.reference << QString::fromLatin1(nameOf(row.delivery)) << row.deliveredAt;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, OutcomeRow &row)
+{
+    QString delivery;
+    argument.beginStructure();
+    argument >> row.id >> row.at >> row.deliveryDate >> row.phone >> row.text >> row.code >>
+        row.reference >> delivery >> row.deliveredAt;
+    argument.endStructure();
+    row.delivery = deliveryNamed(delivery);
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const ReceivedMessage &message)
+{
+    argument.beginStructure();
+    argument << message.id << message.at << message.sentAt << Bus::withoutNul(message.phone)
+             << Bus::withoutNul(message.text) << message.isRead;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, ReceivedMessage &message)
+{
+    argument.beginStructure();
+    argument >> message.id >> message.at >> message.sentAt >> message.phone >> message.text >>
+        message.isRead;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const OptOut &optOut)
+{
+    argument.beginStructure();
+    argument << optOut.phone << optOut.at;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, OptOut &optOut)
+{
+    argument.beginStructure();
+    argument >> optOut.phone >> optOut.at;
     argument.endStructure();
     return argument;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "contract/DeviceSettings.h"
+#include "contract/Messages.h"
 #include "contract/QueueRecordSet.h"
 #include "contract/SMSList.h"
 
@@ -19,9 +20,12 @@ namespace Bus {
 inline constexpr char serviceName[] = "com.tovek.SMService";
 inline constexpr char objectPath[] = "/com/tovek/SMService";
 inline constexpr char interfaceName[] = "com.tovek.SMService.SMSManager1";
+inline constexpr char messagesInterfaceName[] = "com.tovek.SMService.Messages1";
 
 /// Rows in one page of GetQueue.
 inline constexpr quint32 queuePageRows = 4000;
+/// Rows in one page of GetOutcomes and GetReceived at most.
+inline constexpr quint32 maxPageRows = 1000;
 
 /// How long a call may take before it counts as failed, in milliseconds.
 inline constexpr int callTimeout = 15'000;
@@ -49,9 +53,18 @@ QDBusArgument &operator<<(QDBusArgument &argument, const SMSList::Entry &entry);
 const QDBusArgument &operator>>(const QDBusArgument &argument, SMSList::Entry &entry);
 QDBusArgument &operator<<(QDBusArgument &argument, const QueueRow &row);
 const QDBusArgument &operator>>(const QDBusArgument &argument, QueueRow &row);
+QDBusArgument &operator<<(QDBusArgument &argument, const OutcomeRow &row);
+const QDBusArgument &operator>>(const QDBusArgument &argument, OutcomeRow &row);
+QDBusArgument &operator<<(QDBusArgument &argument, const ReceivedMessage &message);
+const QDBusArgument &operator>>(const QDBusArgument &argument, ReceivedMessage &message);
+QDBusArgument &operator<<(QDBusArgument &argument, const OptOut &optOut);
+const QDBusArgument &operator>>(const QDBusArgument &argument, OptOut &optOut);
 
 } // namespace norvane
 
 Q_DECLARE_METATYPE(norvane::DeviceSettings)
 Q_DECLARE_METATYPE(norvane::SMSList::Entry)
 Q_DECLARE_METATYPE(norvane::QueueRow)
+Q_DECLARE_METATYPE(norvane::OutcomeRow)
+Q_DECLARE_METATYPE(norvane::ReceivedMessage)
+Q_DECLARE_METATYPE(norvane::OptOut)

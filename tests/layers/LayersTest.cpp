@@ -48,7 +48,7 @@ const std::map<std::string, std::vector<Folders>> levels = {
       {"log"},
       {"store", "modem/codec"},
       {"modem/at"},
-      {"modem/device"},
+      {"modem/device", "reports"},
       {"dispatch"},
       {"bus"},
       {"admin"},
@@ -140,7 +140,8 @@ const std::vector<Include> &includesOfSources()
 
 bool isGenerated(const std::string &header)
 {
-    return header == "SMSManagerBusInterface.h" || header == "smsmanagerbusadaptor.h";
+    return header == "SMSManagerBusInterface.h" || header == "smsmanagerbusadaptor.h" ||
+           header == "messagesbusadaptor.h";
 }
 
 } // namespace

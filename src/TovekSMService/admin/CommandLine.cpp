@@ -5,7 +5,6 @@
 #include <QCommandLineParser>
 
 #include <algorithm>
-#include <string_view>
 
 namespace norvane {
 
@@ -49,6 +48,16 @@ Noted parsed(CommandLine &commandLine, const Given &given)
     return {};
 }
 
+std::optional<CommandLine::OptOutTask> optOutTaskNamed(const QString &name)
+{
+    using Task = CommandLine::OptOutTask;
+    if (name == "list"_L1)
+        return Task::List;
+    if (name == "add"_L1)
+        return Task::Add;
+    return name == "remove"_L1 ? std::optional(Task::Remove) : std::nullopt;
+}
+
 enum class Use {
     Setting, ///< of the engine, or of the option that it goes with
     Task,    ///< something to do other than to run the engine
@@ -61,7 +70,7 @@ struct Option
     const char *value; ///< null: the option takes none
     const char *text;
     Use use;
-    const char *goesWith; ///< the option without which it is none; null: it stands alone
+    const char *goesWith; ///< options of which it needs one, as "a or b"; null: it stands alone
     Noted (*note)(CommandLine &commandLine, const Given &given);
 };
 
@@ -81,11 +90,16 @@ constexpr Option options[] = {
      flag<&CommandLine::queue>},
     {"report", nullptr, "Print what became of messages, one a line.", Use::List, nullptr,
      flag<&CommandLine::report>},
+    {"inbox", nullptr, "Print the messages that were received, one a line.", Use::List, nullptr,
+     flag<&CommandLine::inbox>},
     {"since", "DATE",
-     "With --report: from this day (yyyy-MM-dd) or moment (yyyy-MM-ddTHH:mm:ss) on.", Use::Setting,
-     "report", parsed<&CommandLine::since, OutcomeReport::moment>},
-    {"format", "FORMAT", "With --report: text (default) or csv.", Use::Setting, "report",
-     parsed<&CommandLine::format, OutcomeReport::formatNamed>},
+     "With --report or --inbox: from this day (yyyy-MM-dd) or moment (yyyy-MM-ddTHH:mm:ss) on.",
+     Use::Setting, "report or inbox", parsed<&CommandLine::since, ReportLines::moment>},
+    {"format", "FORMAT", "With --report or --inbox: text (default) or csv.", Use::Setting,
+     "report or inbox", parsed<&CommandLine::format, ReportLines::formatNamed>},
+    {"opt-out", "list|add|remove",
+     "Print who wants no campaigns, or put the number that follows on that list or take it off.",
+     Use::List, nullptr, parsed<&CommandLine::optOut, optOutTaskNamed>},
     {"backup", "FILE",
      "Copy the store, running or not, to a new file. It holds every text and the PIN.", Use::Task,
      nullptr, text<&CommandLine::backup>},
@@ -131,22 +145,38 @@ Result<CommandLine, AdminFailure> read(const QCommandLineParser &parser)
     return commandLine;
 }
 
-/// Refuses what goes with `owner` where that isn't given.
-Noted checkCompanions(const QCommandLineParser &parser, const Option &owner)
+/// Refuses an option that goes with others where none of those is given.
+Noted checkCompanions(const QCommandLineParser &parser, const Option &option)
 {
-    QStringList names;
-    bool anySet = false;
-    for (const Option &option : options) {
-        if (!option.goesWith || std::string_view(option.goesWith) != owner.name)
-            continue;
-        names << u"--"_s + QLatin1String(option.name);
-        anySet |= isSet(parser, option);
-    }
-    if (!anySet || isSet(parser, owner))
+    if (!option.goesWith || !isSet(parser, option))
         return {};
-    return failed(AdminFailure{u"%1 %2 with --%3"_s.arg(names.join(u" and "_s),
-                                                        names.size() == 1 ? u"goes"_s : u"go"_s,
-                                                        QLatin1String(owner.name))});
+    const QString owners = QString::fromLatin1(option.goesWith);
+    const QStringList owned = owners.split(u" or "_s);
+    if (std::ranges::any_of(owned, [&](const QString &owner) { return parser.isSet(owner); }))
+        return {};
+    QStringList names;
+    for (const Option &other : options) {
+        if (other.goesWith && owners == QLatin1String(other.goesWith))
+            names << u"--"_s + QLatin1String(other.name);
+    }
+    return failed(AdminFailure{u"%1 %2 with --%3"_s.arg(
+        names.join(u" and "_s), names.size() == 1 ? u"goes"_s : u"go"_s, owned.join(u" or --"_s))});
+}
+
+/// The number that the list of opt-outs is changed by is the only argument beside the options.
+Noted takePhone(const QCommandLineParser &parser, CommandLine &commandLine)
+{
+    using Task = CommandLine::OptOutTask;
+    QStringList others = parser.positionalArguments();
+    if (commandLine.optOut && *commandLine.optOut != Task::List) {
+        if (others.isEmpty() || others.constFirst().trimmed().isEmpty())
+            return failed(AdminFailure{u"--opt-out %1 needs a number"_s.arg(
+                *commandLine.optOut == Task::Add ? u"add"_s : u"remove"_s)});
+        commandLine.optOutPhone = others.takeFirst();
+    }
+    if (!others.isEmpty())
+        return failed(AdminFailure{u"unknown argument: "_s + others.constFirst()});
+    return {};
 }
 
 /// Two lists have the output to themselves, for the program that reads them.
@@ -159,14 +189,13 @@ Noted checkLists(const QCommandLineParser &parser, const CommandLine &commandLin
         return failed(AdminFailure{u"--status --json goes with no other list"_s});
     if (lists > 1 && commandLine.report)
         return failed(AdminFailure{u"--report goes with no other list"_s});
+    if (lists > 1 && commandLine.inbox)
+        return failed(AdminFailure{u"--inbox goes with no other list"_s});
     return {};
 }
 
 Noted check(const QCommandLineParser &parser, const CommandLine &commandLine)
 {
-    const QStringList unknown = parser.positionalArguments();
-    if (!unknown.isEmpty())
-        return failed(AdminFailure{u"unknown argument: "_s + unknown.constFirst()});
     if (commandLine.device && !parsePortParameter(*commandLine.device))
         return failed(AdminFailure{u"not a device and a speed: \"%1\""_s.arg(*commandLine.device)});
     for (const Option &option : options) {
@@ -188,6 +217,8 @@ Result<CommandLine, AdminFailure> CommandLine::parse(const QStringList &argument
     Result<CommandLine, AdminFailure> commandLine = read(parser);
     if (!commandLine)
         return commandLine;
+    if (const Noted taken = takePhone(parser, *commandLine); !taken)
+        return failed(taken.error());
     if (const Noted checked = check(parser, *commandLine); !checked)
         return failed(checked.error());
     return commandLine;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TovekSMService/admin/AdminFailure.h"
-#include "TovekSMService/admin/OutcomeReport.h"
+#include "TovekSMService/admin/ReportLines.h"
 #include "TovekSMService/log/EngineLog.h"
 #include "common/Result.h"
 
@@ -15,13 +15,19 @@ namespace norvane {
 /// What an administrator asks of the engine's executable.
 struct CommandLine
 {
+    /// What is to be done with the list of those who want no campaigns.
+    enum class OptOutTask { List, Add, Remove };
+
     bool isQuery = false; ///< there is something to do other than to run the engine
     bool status = false;
     bool json = false; ///< the status for a monitor
     bool queue = false;
     bool report = false;
-    QString since; ///< a moment of the outcome log, empty for its beginning
-    OutcomeReport::Format format = OutcomeReport::Format::Text;
+    bool inbox = false;
+    QString since; ///< a moment of what is listed, empty for its beginning
+    ReportLines::Format format = ReportLines::Format::Text;
+    std::optional<OptOutTask> optOut;
+    QString optOutPhone; ///< that is added or removed
     std::optional<QString> device;
     std::optional<QString> pin;
     std::optional<QString> backup;

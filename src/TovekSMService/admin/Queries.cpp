@@ -3,13 +3,18 @@
 #include "TovekSMService/admin/Backup.h"
 #include "TovekSMService/admin/CommandLine.h"
 #include "TovekSMService/admin/ExitCodes.h"
+#include "TovekSMService/admin/InboxReport.h"
+#include "TovekSMService/admin/OutcomeReport.h"
 #include "TovekSMService/admin/RunningEngine.h"
 #include "TovekSMService/admin/StatusReport.h"
 #include "TovekSMService/bus/EngineState.h"
+#include "TovekSMService/dispatch/EngineSettings.h"
 #include "TovekSMService/log/OneLine.h"
 #include "TovekSMService/platform/FileLock.h"
+#include "TovekSMService/reports/OptOuts.h"
 #include "TovekSMService/store/EngineFolder.h"
 #include "TovekSMService/store/Store.h"
+#include "TovekSMService/time/Clock.h"
 #include "contract/BusTypes.h"
 #include "contract/SMSManager.h"
 
@@ -67,6 +72,12 @@ void printQueue(const QList<QueueRow> &rows)
     }
 }
 
+void printOptOuts(const QList<OptOut> &optOuts)
+{
+    for (const OptOut &each : optOuts)
+        out() << onOneLine(each.at) << '\t' << onOneLine(each.phone) << '\n';
+}
+
 int printReport(const StatusReport &report)
 {
     out() << report.json;
@@ -101,6 +112,41 @@ Result<void, AdminFailure> printStateOf(const RunningEngine &engine)
         [](const QVariantMap &state) { printFault(state.value(u"trouble"_s).toStringList()); });
 }
 
+/// A number that is on the list already, or isn't there to be taken off, is as it was to be.
+Result<void, AdminFailure> doOptOut(const RunningEngine &engine, const CommandLine &commandLine)
+{
+    using Task = CommandLine::OptOutTask;
+    const auto nothing = [](const QDBusMessage &) {};
+    switch (*commandLine.optOut) {
+    case Task::List:
+        break;
+    case Task::Add:
+        return engine.callMessages("AddOptOut", {commandLine.optOutPhone}).map(nothing);
+    case Task::Remove:
+        return engine.callMessages("RemoveOptOut", {commandLine.optOutPhone}).map(nothing);
+    }
+    return engine.callMessages("GetOptOuts").map([](const QDBusMessage &answer) {
+        printOptOuts(qdbus_cast<BusOptOuts>(answer.arguments().value(0)));
+    });
+}
+
+StoreResult<> doOptOut(Store &store, const CommandLine &commandLine)
+{
+    using Task = CommandLine::OptOutTask;
+    if (!commandLine.optOut)
+        return {};
+    OptOuts optOuts(store.optOuts(), EngineSettings::load().countryPrefix);
+    switch (*commandLine.optOut) {
+    case Task::List:
+        break;
+    case Task::Add:
+        return optOuts.add(commandLine.optOutPhone, SystemClock().wallClockText()).map([](bool) {});
+    case Task::Remove:
+        return optOuts.remove(commandLine.optOutPhone).map([](bool) {});
+    }
+    return optOuts.all().map(printOptOuts);
+}
+
 /// @return the program's exit code
 Result<int, AdminFailure> askEngine(const CommandLine &commandLine)
 {
@@ -115,6 +161,8 @@ Result<int, AdminFailure> askEngine(const CommandLine &commandLine)
         done = printStateOf(engine);
     if (done && commandLine.queue)
         done = engine.queue().map(printQueue);
+    if (done && commandLine.optOut)
+        done = doOptOut(engine, commandLine);
     return done.map([] { return ExitCode::done; });
 }
 
@@ -178,18 +226,20 @@ int carryOutInStore(const CommandLine &commandLine)
                            u"an engine runs that can't be reached over this session's bus"_s);
     Store store(EngineFolder::storeFile(folder));
     const StoreResult<int> done =
-        store.open().and_then([&] { return change(store.settings(), commandLine); }).and_then([&] {
-            return printAsked(store, commandLine);
-        });
+        store.open()
+            .and_then([&] { return change(store.settings(), commandLine); })
+            .and_then([&] { return doOptOut(store, commandLine); })
+            .and_then([&] { return printAsked(store, commandLine); });
     return done ? *done : failInStore(commandLine, done.error().text());
 }
 
-/// The outcomes are read from the file, beside an engine that may run.
+/// Outcomes and received messages are read from the file, beside an engine that may run.
 int report(const CommandLine &commandLine)
 {
     StoreReader store(EngineFolder::storeFile(EngineFolder::path()));
+    const auto write = commandLine.inbox ? InboxReport::write : OutcomeReport::write;
     const StoreResult<> written = store.open().and_then(
-        [&] { return OutcomeReport::write(store, commandLine.since, commandLine.format, out()); });
+        [&] { return write(store, commandLine.since, commandLine.format, out()); });
     return written ? ExitCode::done : fail(written.error().text());
 }
 
@@ -201,7 +251,8 @@ int backUp(const QString &target)
 
 bool usesEngine(const CommandLine &commandLine)
 {
-    return commandLine.status || commandLine.queue || commandLine.device || commandLine.pin;
+    return commandLine.status || commandLine.queue || commandLine.device || commandLine.pin ||
+           commandLine.optOut;
 }
 
 } // namespace
@@ -215,7 +266,7 @@ int carryOut(const CommandLine &commandLine)
     if (result == ExitCode::done && usesEngine(commandLine))
         result =
             RunningEngine::isThere() ? carryOutOverBus(commandLine) : carryOutInStore(commandLine);
-    if (result == ExitCode::done && commandLine.report)
+    if (result == ExitCode::done && (commandLine.report || commandLine.inbox))
         result = report(commandLine);
     out().flush();
     return result;

@@ -1,7 +1,5 @@
 #include "TovekSMService/admin/RunningEngine.h"
 
-#include "contract/BusTypes.h"
-
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 
@@ -14,12 +12,13 @@ bool RunningEngine::isThere()
            bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
 }
 
-Result<QDBusMessage, AdminFailure> RunningEngine::call(const char *operation,
-                                                       const QVariantList &arguments) const
+Result<QDBusMessage, AdminFailure> RunningEngine::callOn(const char *interface,
+                                                         const char *operation,
+                                                         const QVariantList &arguments) const
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
-        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
-        QLatin1String(Bus::interfaceName), QLatin1String(operation));
+        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath), QLatin1String(interface),
+        QLatin1String(operation));
     message.setArguments(arguments);
     message.setAutoStartService(false);
     const QDBusMessage answer =

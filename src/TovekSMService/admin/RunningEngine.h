@@ -2,7 +2,7 @@
 
 #include "TovekSMService/admin/AdminFailure.h"
 #include "common/Result.h"
-#include "contract/QueueRecordSet.h"
+#include "contract/BusTypes.h"
 
 #include <QDBusMessage>
 #include <QVariantMap>
@@ -16,7 +16,16 @@ public:
     static bool isThere();
 
     [[nodiscard]] Result<QDBusMessage, AdminFailure> call(const char *operation,
-                                                          const QVariantList &arguments = {}) const;
+                                                          const QVariantList &arguments = {}) const
+    {
+        return callOn(Bus::interfaceName, operation, arguments);
+    }
+    /// An operation of the second interface.
+    [[nodiscard]] Result<QDBusMessage, AdminFailure>
+    callMessages(const char *operation, const QVariantList &arguments = {}) const
+    {
+        return callOn(Bus::messagesInterfaceName, operation, arguments);
+    }
 
     template <typename Value>
     [[nodiscard]] Result<Value, AdminFailure> ask(const char *operation) const
@@ -31,6 +40,10 @@ public:
     {
         return ask<QVariantMap>("GetState");
     }
+
+private:
+    Result<QDBusMessage, AdminFailure> callOn(const char *interface, const char *operation,
+                                              const QVariantList &arguments) const;
 };
 
 } // namespace norvane

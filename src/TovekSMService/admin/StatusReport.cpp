@@ -46,6 +46,8 @@ StatusReport reportOf(const QString &engine, int exitCode, const QVariantMap &st
     report.insert(u"engine"_s, engine);
     report.insert(u"queue"_s, valueOf(state, "queue"));
     report.insert(u"oldestDue"_s, valueOf(state, "oldestDue"));
+    for (const char *const count : {"delivered", "undelivered", "unread"})
+        report.insert(QLatin1String(count), valueOf(state, count));
     report.insert(u"signal"_s, valueOf(state, "signal"));
     report.insert(u"device"_s, device);
     report.insert(u"lastError"_s, occurrence(state, "errorCode", "errorText", "errorAt"));

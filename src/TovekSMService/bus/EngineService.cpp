@@ -25,8 +25,7 @@ QVariantList noArguments()
 
 EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
                              const Clock &clock, QObject *parent)
-    : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
-      m_pacer(clock.time()), m_calls(bus, dispatcher, clock)
+    : MessagesService(bus, store, dispatcher, clock, parent), m_pacer(clock.time())
 {
     m_callers.setConnection(bus);
     m_callers.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
@@ -75,17 +74,18 @@ int EngineService::GetEngineStatus() const
 void EngineService::AddSMS(const QString &phone, const QString &message,
                            const QString &deliveryDate)
 {
-    AddSMSList({{phone, message}}, deliveryDate);
+    carryOut([this, row = QueueRow{deliveryDate, phone, message, 0}] {
+        return m_store.queue().add(QList<QueueRow>{row}).map([this] {
+            m_dispatcher.noticeQueueChange();
+            return QVariantList();
+        });
+    });
 }
 
 void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDate)
 {
     carryOut([this, list, deliveryDate] {
-        return m_store.queue().add(list, deliveryDate).map([&] {
-            if (!list.isEmpty())
-                m_dispatcher.noticeQueueChange();
-            return QVariantList();
-        });
+        return m_dispatcher.addList(list, deliveryDate).map(noArguments);
     });
 }
 
@@ -351,12 +351,6 @@ void EngineService::reportTo(const QString &listener, const QString &event,
         listener, QLatin1String(Bus::objectPath), QLatin1String(Bus::interfaceName), event);
     report.setArguments(arguments);
     m_bus.send(report);
-}
-
-void EngineService::carryOut(const StoreCalls::Step &step, const StoreCalls::Refusal &refusal)
-{
-    setDelayedReply(true);
-    m_calls.carryOut(message(), step, refusal);
 }
 
 } // namespace norvane

@@ -1,31 +1,24 @@
 #pragma once
 
 #include "TovekSMService/bus/EngineState.h"
+#include "TovekSMService/bus/MessagesService.h"
 #include "TovekSMService/bus/QueueChangePacer.h"
 #include "TovekSMService/bus/QueueSnapshots.h"
 #include "TovekSMService/bus/ReportAcknowledgements.h"
-#include "TovekSMService/bus/StoreCalls.h"
 #include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
-#include "contract/BusTypes.h"
 
-#include <QDBusConnection>
-#include <QDBusContext>
 #include <QDBusServiceWatcher>
-#include <QObject>
 
 #include <optional>
 
 namespace norvane {
 
-class Clock;
-class Dispatcher;
-class Store;
 struct DeviceDetails;
 
 /// The engine's side of the contract: the object that the bus adaptor, which is generated, stands
-/// before. Operations bear the contract's names; what the store can't do at once is retried by
-/// StoreCalls for ten seconds before the call fails.
-class EngineService : public QObject, protected QDBusContext
+/// before. Operations bear the contract's names. As there is one object, it has the second
+/// interface too, which is MessagesService's.
+class EngineService : public MessagesService
 {
     Q_OBJECT
 
@@ -65,9 +58,6 @@ Q_SIGNALS:
     void ReportRaised(qlonglong report);
 
 private:
-    /// Carries out the present call, which answers with what the step gives; what the operation
-    /// itself returns isn't sent.
-    void carryOut(const StoreCalls::Step &step, const StoreCalls::Refusal &refusal = {});
     StoreResult<> addBatch(const QString &batch, const BusQueueRows &messages);
     StoreResult<QVariantList> queuePage(const QString &caller, quint64 snapshot, quint32 first);
     StoreResult<QVariantList> queueChanges(const QString &caller, quint64 revision);
@@ -84,14 +74,9 @@ private:
     void watch(const QString &caller);
     void listenerLeft(const QString &listener);
 
-    QDBusConnection m_bus;
-    Store &m_store;
-    Dispatcher &m_dispatcher;
-    const Clock &m_clock;
     QDBusServiceWatcher m_callers;
     ReportAcknowledgements m_acknowledgements;
     QueueChangePacer m_pacer;
-    StoreCalls m_calls;
     QueueSnapshots m_snapshots;
     std::optional<EngineState::LastError> m_lastError;
 };

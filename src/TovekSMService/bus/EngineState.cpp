@@ -31,6 +31,25 @@ void addDevice(QVariantMap &state, const DeviceDetails &device)
     addPercent(state, "battery", device.battery);
 }
 
+StoreResult<> addCount(QVariantMap &state, const char *name, const StoreResult<int> &count)
+{
+    return count.map([&](int messages) { state.insert(QLatin1String(name), messages); });
+}
+
+StoreResult<> addMessages(QVariantMap &state, const Store &store)
+{
+    const Outcomes &outcomes = store.outcomes();
+    return addCount(state, "delivered", outcomes.count(DeliveryState::Delivered))
+        .and_then([&] { return outcomes.count(DeliveryState::Refused); })
+        .and_then([&](int refused) {
+            return addCount(state, "undelivered",
+                            outcomes.count(DeliveryState::Unknown).map([refused](int unknown) {
+                                return refused + unknown;
+                            }));
+        })
+        .and_then([&] { return addCount(state, "unread", store.received().unread()); });
+}
+
 /// What can be read before a failure is added all the same.
 StoreResult<> addStore(QVariantMap &state, const Store &store)
 {
@@ -45,11 +64,12 @@ StoreResult<> addStore(QVariantMap &state, const Store &store)
             addText(state, "parameter", settings.Parameter);
             return store.outcomes().lastFailure();
         })
-        .map([&](const std::optional<LastFailure> &failure) {
-            if (!failure)
-                return;
-            state.insert(u"failureCode"_s, failure->code);
-            addText(state, "failureAt", failure->at);
+        .and_then([&](const std::optional<LastFailure> &failure) {
+            if (failure) {
+                state.insert(u"failureCode"_s, failure->code);
+                addText(state, "failureAt", failure->at);
+            }
+            return addMessages(state, store);
         });
 }
 

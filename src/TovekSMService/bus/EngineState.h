@@ -16,6 +16,8 @@ class Dispatcher;
 /// - parameter, manufacturer, model, imei, network: the device; signal, battery: percent
 /// - errorCode, errorText, errorAt: the last warning; failureCode, failureAt: the last failed
 ///   message
+/// - delivered, undelivered: messages of the outcome log of which the network says that they are on
+///   the phone, or that they won't be or that it doesn't know; unread: received messages
 /// - trouble: what keeps the engine from its work, as words
 /// - listeners: consoles that the events are raised to; of an engine on the bus
 namespace EngineState {

@@ -114,6 +114,8 @@ bool DeviceKeeper::use()
         close();
     else if (m_refreshDue)
         m_modem.refreshDetails();
+    else if (m_modem.hasMail() && m_outbox.isEmpty())
+        m_modem.fetchMail();
     else
         return true;
     return false;
@@ -121,7 +123,7 @@ bool DeviceKeeper::use()
 
 bool DeviceKeeper::isFree() const
 {
-    return !m_reopen && !m_refreshDue && !m_tests.arePending() &&
+    return !m_reopen && !m_refreshDue && !m_tests.arePending() && !m_modem.hasMail() &&
            m_modem.state() == Modem::State::Ready;
 }
 

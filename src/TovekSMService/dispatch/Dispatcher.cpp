@@ -17,9 +17,12 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
       m_outbox(store.database(), store.outcomes(), timings, clock.time()),
       m_device(store.settings(), modem, clock, m_outbox, m_state, retries, timings, settings),
       m_scheduler(store, clock, settings, std::move(encode)),
-      m_sender(store.queue(), modem, clock, m_outbox, m_device, m_scheduler, m_state, retries,
-               timings),
-      m_pruner(store.outcomes(), clock, settings.keepDays, timings.pruning)
+      m_optOuts(store.optOuts(), settings.countryPrefix),
+      m_lists(store, m_optOuts, clock, m_outbox), m_reports(store),
+      m_sender(store.queue(), m_reports, modem, clock, m_outbox, m_device, m_scheduler, m_state,
+               retries, timings),
+      m_mail(store, m_reports, m_optOuts, modem, clock, m_outbox, settings),
+      m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
     connect(&m_sender, &Sender::wake, this, &Dispatcher::work);
 
@@ -32,6 +35,11 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
         else
             m_device.endFault();
     });
+
+    connect(&modem, &Modem::mailDue, this, &Dispatcher::workLater);
+    connect(&m_mail, &MailKeeper::taken, this, &Dispatcher::work);
+    connect(&m_mail, &MailKeeper::deliveryChanged, this, &Dispatcher::deliveryChanged);
+    connect(&m_mail, &MailKeeper::received, this, &Dispatcher::received);
 
     connect(&m_outbox, &Outbox::queueChanged, this, &Dispatcher::queueChanged);
     connect(&m_outbox, &Outbox::sent, this, &Dispatcher::sent);
@@ -111,6 +119,14 @@ void Dispatcher::testDevice(TestAnswer answer)
 {
     m_device.test(std::move(answer));
     work();
+}
+
+StoreResult<> Dispatcher::addList(const QList<SMSList::Entry> &list, const QString &deliveryDate)
+{
+    return m_lists.add(list, deliveryDate).map([&] {
+        if (!list.isEmpty())
+            noticeQueueChange();
+    });
 }
 
 void Dispatcher::noticeQueueChange()

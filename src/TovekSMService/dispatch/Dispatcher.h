@@ -3,6 +3,8 @@
 #include "TovekSMService/dispatch/DeviceKeeper.h"
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/dispatch/EngineSettings.h"
+#include "TovekSMService/dispatch/ListIntake.h"
+#include "TovekSMService/dispatch/MailKeeper.h"
 #include "TovekSMService/dispatch/Outbox.h"
 #include "TovekSMService/dispatch/OutcomePruner.h"
 #include "TovekSMService/dispatch/PartEncoder.h"
@@ -11,6 +13,7 @@
 #include "TovekSMService/dispatch/Scheduler.h"
 #include "TovekSMService/dispatch/Sender.h"
 #include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/reports/OptOuts.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 
@@ -58,6 +61,10 @@ public:
     /// again.
     void testDevice(TestAnswer answer);
 
+    /// Queues the messages of a list, see ListIntake::add().
+    [[nodiscard]] StoreResult<> addList(const QList<SMSList::Entry> &list,
+                                        const QString &deliveryDate);
+    OptOuts &optOuts() { return m_optOuts; }
     /// The queue was changed from outside. What is to be done about it begins from the event loop.
     void noticeQueueChange();
     /// Tells that an edit or a deletion came after its message had begun to be sent.
@@ -117,6 +124,10 @@ Q_SIGNALS:
     void warningHandled(int code, const QString &text);
     /// Comes with every warning, whether someone listens or not.
     void warned(int code, const QString &text);
+    /// What the network says became of a message.
+    void deliveryChanged(const DeliveryChange &change);
+    /// Somebody sent a message to us.
+    void received(const ReceivedMessage &message);
     /// The store has failed for some time, or is damaged.
     void storeLost(bool damaged);
     /// Comes after finish(), when nothing is on its way any more.
@@ -130,7 +141,11 @@ private:
     Outbox m_outbox;
     DeviceKeeper m_device;
     Scheduler m_scheduler;
+    OptOuts m_optOuts;
+    ListIntake m_lists;
+    DeliveryReports m_reports;
     Sender m_sender;
+    MailKeeper m_mail;
     OutcomePruner m_pruner;
     bool m_working = false; ///< work() is on the stack
 };

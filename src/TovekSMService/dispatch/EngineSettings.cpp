@@ -5,6 +5,7 @@
 #include "common/platform/PlatformFiles.h"
 #include "contract/BusTypes.h"
 
+#include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <cerrno>
@@ -67,7 +68,56 @@ void read(const SettingsText &text, const EngineNumber &number, EngineSettings &
                .arg(settings.*number.value);
 }
 
+void warnOf(const char *section, const char *key, const QString &found, const QString &wanted)
+{
+    qCWarning(logDispatch).noquote() << u"settings: %1/%2=%3 is %4; the default is taken"_s.arg(
+        QLatin1String(section), QLatin1String(key), found.left(40), wanted);
+}
+
+void readReports(const SettingsText &text, EngineSettings &settings)
+{
+    const QString found = text.value(u"Reports"_s, u"Delivery"_s).value_or(QString()).trimmed();
+    if (found.compare("true"_L1, Qt::CaseInsensitive) == 0)
+        settings.delivery = true;
+    else if (found.compare("false"_L1, Qt::CaseInsensitive) == 0)
+        settings.delivery = false;
+    else if (!found.isEmpty())
+        warnOf("Reports", "Delivery", found, u"neither true nor false"_s);
+}
+
+void readOptOut(const SettingsText &text, EngineSettings &settings)
+{
+    settings.optOutWords = text.value(u"OptOut"_s, u"Words"_s).value_or(settings.optOutWords);
+    settings.optInWords = text.value(u"OptOut"_s, u"OptIn"_s).value_or(settings.optInWords);
+    const QString prefix =
+        text.value(u"OptOut"_s, u"CountryPrefix"_s).value_or(QString()).trimmed();
+    static const QRegularExpression digits(u"\\A[1-9][0-9]{0,3}\\z"_s);
+    if (prefix.isEmpty() || digits.match(prefix).hasMatch())
+        settings.countryPrefix = prefix;
+    else
+        warnOf("OptOut", "CountryPrefix", prefix, u"no prefix of a country"_s);
+}
+
+QString readHook(const SettingsText &text, const char *key)
+{
+    const QString path = text.value(u"Hooks"_s, QLatin1String(key)).value_or(QString()).trimmed();
+    if (path.isEmpty() || path.startsWith(u'/'))
+        return path;
+    warnOf("Hooks", key, path, u"no absolute path"_s);
+    return {};
+}
+
 } // namespace
+
+QString EngineSettings::defaultOptOutWords()
+{
+    return u"BAJA,STOP,SAIR,REMOVER,PARAR"_s;
+}
+
+QString EngineSettings::defaultOptInWords()
+{
+    return u"ALTA,START"_s;
+}
 
 std::span<const EngineNumber> engineNumbers()
 {
@@ -119,6 +169,10 @@ EngineSettings EngineSettings::parse(const QByteArray &bytes)
     }
     for (const EngineNumber &number : numbers)
         read(*text, number, settings);
+    readReports(*text, settings);
+    readOptOut(*text, settings);
+    settings.onReceived = readHook(*text, "OnReceived");
+    settings.onDelivery = readHook(*text, "OnDelivery");
     if (settings.maxDelay < settings.firstDelay) {
         qCWarning(logDispatch)
             << "settings: LongestDelay is below FirstDelay; the defaults are taken for both";

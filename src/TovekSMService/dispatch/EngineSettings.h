@@ -10,7 +10,7 @@
 
 namespace norvane {
 
-/// The numbers that an administrator sets in the engine's settings file.
+/// What an administrator sets in the engine's settings file.
 struct EngineSettings
 {
     // [Sending]
@@ -33,7 +33,22 @@ struct EngineSettings
     // [Outcomes]
     int keepDays = 90; ///< for which the outcome of a message is kept
 
+    // [Reports]
+    bool delivery = true; ///< the network is asked to report what becomes of each part
+
+    // [OptOut]
+    QString optOutWords = defaultOptOutWords(); ///< parted by commas
+    QString optInWords = defaultOptInWords();
+    QString countryPrefix; ///< digits; numbers are compared with and without it
+
+    // [Hooks], paths of executables; empty for none
+    QString onReceived; ///< runs with each message that is received
+    QString onDelivery; ///< runs with each change of what the network says of a message
+
     bool operator==(const EngineSettings &) const = default;
+
+    static QString defaultOptOutWords();
+    static QString defaultOptInWords();
 
     RetryTimes retryTimes() const;
     ModemTimings modemTimings() const;

@@ -1,8 +1,10 @@
 #include "TovekSMService/dispatch/OutcomePruner.h"
 
 #include "TovekSMService/log/Categories.h"
-#include "TovekSMService/store/Outcomes.h"
+#include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
+
+#include <algorithm>
 
 namespace norvane {
 
@@ -12,8 +14,8 @@ constexpr qint64 secondsOfDay = 24 * 60 * 60;
 
 } // namespace
 
-OutcomePruner::OutcomePruner(Outcomes &outcomes, const Clock &clock, int keepDays, const Pace &pace)
-    : m_outcomes(outcomes), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
+OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace)
+    : m_store(store), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
       m_timer(clock.time())
 {
     connect(&m_timer, &Timer::timeout, this, &OutcomePruner::step);
@@ -22,12 +24,25 @@ OutcomePruner::OutcomePruner(Outcomes &outcomes, const Clock &clock, int keepDay
 
 void OutcomePruner::step()
 {
-    const StoreResult<int> forgotten =
-        m_outcomes.prune(m_clock.wallClockText(-m_keepSeconds), m_pace.outcomes);
+    const StoreResult<int> forgotten = forget(m_clock.wallClockText(-m_keepSeconds));
     if (!forgotten)
         qCWarning(logDispatch).noquote()
             << "old outcomes stay for now:" << forgotten.error().text();
-    m_timer.start(forgotten.value_or(0) < m_pace.outcomes ? m_pace.restMs : m_pace.stepMs);
+    m_timer.start(forgotten.value_or(0) < m_pace.rows ? m_pace.restMs : m_pace.stepMs);
+}
+
+/// Gives how much was forgotten of what there is most of.
+StoreResult<int> OutcomePruner::forget(const QString &before)
+{
+    return m_store.database().together([&] {
+        return m_store.outcomes().prune(before, m_pace.rows).and_then([&](int outcomes) {
+            return m_store.sentParts().prune(before, m_pace.rows).and_then([&](int parts) {
+                return m_store.received().prune(before, m_pace.rows).map([&](int received) {
+                    return std::max({outcomes, parts, received});
+                });
+            });
+        });
+    });
 }
 
 } // namespace norvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Timer.h"
 
 #include <QObject>
@@ -7,10 +8,10 @@
 namespace norvane {
 
 class Clock;
-class Outcomes;
+class Store;
 
-/// Forgets outcomes that are older than they are to be kept, a few at a time, so that nothing else
-/// waits for it.
+/// Forgets what is older than it is to be kept, a few rows at a time, so that nothing else waits
+/// for it: outcomes with their parts and reports, and received messages that are read.
 class OutcomePruner : public QObject
 {
     Q_OBJECT
@@ -18,18 +19,19 @@ class OutcomePruner : public QObject
 public:
     struct Pace
     {
-        int outcomes = 200;     ///< in one step
+        int rows = 200;         ///< of each kind in one step
         int stepMs = 1000;      ///< between two steps while there is more to forget
         int restMs = 3'600'000; ///< until it looks again
     };
 
-    /// @param outcomes, clock  must outlive this object
-    OutcomePruner(Outcomes &outcomes, const Clock &clock, int keepDays, const Pace &pace);
+    /// @param store, clock  must outlive this object
+    OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace);
 
 private:
     void step();
+    StoreResult<int> forget(const QString &before);
 
-    Outcomes &m_outcomes;
+    Store &m_store;
     const Clock &m_clock;
     const qint64 m_keepSeconds;
     const Pace m_pace;

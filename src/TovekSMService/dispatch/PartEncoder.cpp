@@ -4,14 +4,15 @@
 
 namespace norvane {
 
-PartEncoder::PartEncoder(std::optional<quint8> validityPeriod, Encode encode)
-    : m_validityPeriod(validityPeriod), m_encode(std::move(encode))
+PartEncoder::PartEncoder(std::optional<quint8> validityPeriod, Encode encode, Reports reports)
+    : m_validityPeriod(validityPeriod), m_encode(std::move(encode)), m_reports(reports)
 {}
 
 Result<QList<SubmitPart>, EncodeError> PartEncoder::parts(const StoredMessage &message)
 {
     if (m_parts.isEmpty() || m_phone != message.phone || m_text != message.text) {
-        auto result = m_encode({message.phone, message.text, 0, m_validityPeriod});
+        auto result = m_encode(
+            {message.phone, message.text, 0, m_validityPeriod, m_reports == Reports::Asked});
         if (!result)
             return result;
         m_phone = message.phone;

@@ -16,7 +16,10 @@ public:
     using Encode =
         std::function<Result<QList<SubmitPart>, EncodeError>(const EncodeRequest &request)>;
 
-    explicit PartEncoder(std::optional<quint8> validityPeriod, Encode encode = encodeSubmit);
+    enum class Reports { None, Asked };
+
+    explicit PartEncoder(std::optional<quint8> validityPeriod, Encode encode = encodeSubmit,
+                         Reports reports = Reports::None);
 
     /// The parts of `message`, tied together by its reference, or by 0 where it has none yet.
     [[nodiscard]] Result<QList<SubmitPart>, EncodeError> parts(const StoredMessage &message);
@@ -24,6 +27,7 @@ public:
 private:
     const std::optional<quint8> m_validityPeriod;
     const Encode m_encode;
+    const Reports m_reports;
     QString m_phone;
     QString m_text;
     QList<SubmitPart> m_parts; ///< of this phone and text; empty before the first

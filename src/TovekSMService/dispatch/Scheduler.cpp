@@ -14,7 +14,8 @@ namespace norvane {
 Scheduler::Scheduler(Store &store, const Clock &clock, const EngineSettings &settings,
                      PartEncoder::Encode encode)
     : m_store(store), m_clock(clock), m_settings(settings),
-      m_encoder(relativeValidity(settings.validityPeriod), std::move(encode))
+      m_encoder(relativeValidity(settings.validityPeriod), std::move(encode),
+                settings.delivery ? PartEncoder::Reports::Asked : PartEncoder::Reports::None)
 {}
 
 bool Scheduler::isDue(const StoredMessage &message) const

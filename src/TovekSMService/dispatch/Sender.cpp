@@ -15,11 +15,11 @@
 
 namespace norvane {
 
-Sender::Sender(MessageQueue &queue, Modem &modem, const Clock &clock, Outbox &outbox,
-               DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
+Sender::Sender(MessageQueue &queue, DeliveryReports &reports, Modem &modem, const Clock &clock,
+               Outbox &outbox, DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
                const RetryPolicy &retries, const DispatcherTimings &timings)
-    : m_queue(queue), m_modem(modem), m_clock(clock), m_outbox(outbox), m_device(device),
-      m_scheduler(scheduler), m_state(state), m_retries(retries),
+    : m_queue(queue), m_reports(reports), m_modem(modem), m_clock(clock), m_outbox(outbox),
+      m_device(device), m_scheduler(scheduler), m_state(state), m_retries(retries),
       m_storeRetryMs(timings.storeRetryMs), m_maxSleepMs(timings.maxSleepMs),
       m_run(timings, clock.time()), m_wake(clock.time())
 {
@@ -126,7 +126,23 @@ Modem::Followers Sender::followersOf(const LeavingMessage &message) const
     return isFollowed ? Modem::Followers::Some : Modem::Followers::None;
 }
 
-void Sender::onPartAccepted(int reference)
+/// The part that has just been taken, if the network will report about it.
+std::optional<SentPart> Sender::reportedPart(const LeavingMessage &leaving, int reference,
+                                             ReportRequest report) const
+{
+    if (report == ReportRequest::None)
+        return std::nullopt;
+    const SubmitPart &part = leaving.part();
+    return SentPart{leaving.message.id,
+                    part.number,
+                    part.total,
+                    reference >= 0 ? std::optional(reference & 0xFF) : std::nullopt,
+                    leaving.message.phone,
+                    m_modem.details().simId,
+                    m_clock.wallClockText()};
+}
+
+void Sender::onPartAccepted(int reference, ReportRequest report)
 {
     if (!m_current)
         return;
@@ -139,11 +155,18 @@ void Sender::onPartAccepted(int reference)
     m_device.endFault();
     if (partsSent < current.parts.size()) {
         m_scheduler.setUnfinished(message.id);
-        commit({[this, id = message.id, partsSent] { return m_queue.endPart(id, partsSent); }, {}});
+        commit(
+            {[this, id = message.id, partsSent, part = reportedPart(current, reference, report)] {
+                 return m_queue.endPart(id, partsSent).and_then([&] {
+                     return m_reports.keepSent(part);
+                 });
+             },
+             {}});
         return;
     }
     m_scheduler.setUnfinished(0);
-    m_run.recordTaken({message, reference, m_clock.wallClockText()});
+    m_run.recordTaken(
+        {message, reference, m_clock.wallClockText(), reportedPart(current, reference, report)});
     if (m_run.hasNext() && mayBegin())
         send(m_run.takeNext());
     else
@@ -290,7 +313,7 @@ void Sender::forgetMessages()
 
 Outbox::Entry Sender::entryOf(const SendingRun &run)
 {
-    return {[this, run] { return run.keep(m_queue); },
+    return {[this, run] { return run.keep(m_queue, m_reports); },
             [this, taken = run.taken()] {
                 auto others = m_queue.size() + static_cast<int>(taken.size());
                 for (const SendingRun::Taken &each : taken)

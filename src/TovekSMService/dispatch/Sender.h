@@ -29,9 +29,10 @@ class Sender : public QObject
     Q_OBJECT
 
 public:
-    /// @param queue, modem, clock, outbox, device, scheduler, state  must outlive this object
-    Sender(MessageQueue &queue, Modem &modem, const Clock &clock, Outbox &outbox,
-           DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
+    /// @param queue, reports, modem, clock, outbox, device, scheduler, state  must outlive this
+    /// object
+    Sender(MessageQueue &queue, DeliveryReports &reports, Modem &modem, const Clock &clock,
+           Outbox &outbox, DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
            const RetryPolicy &retries, const DispatcherTimings &timings);
 
     /// Whether the device has a part whose outcome isn't known yet.
@@ -72,7 +73,9 @@ private:
     void startRun(const QList<LeavingMessage> &messages);
     void send(const LeavingMessage &message);
     Modem::Followers followersOf(const LeavingMessage &message) const;
-    void onPartAccepted(int reference);
+    void onPartAccepted(int reference, ReportRequest report);
+    std::optional<SentPart> reportedPart(const LeavingMessage &leaving, int reference,
+                                         ReportRequest report) const;
     void onPartFailed(const SendFailure &failure);
     bool isOfDevice(const SendFailure &failure, qint64 id) const;
     void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
@@ -84,6 +87,7 @@ private:
     void commit(const Outbox::Entry &entry);
 
     MessageQueue &m_queue;
+    DeliveryReports &m_reports;
     Modem &m_modem;
     const Clock &m_clock;
     Outbox &m_outbox;

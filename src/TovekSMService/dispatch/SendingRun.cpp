@@ -11,13 +11,17 @@ const SubmitPart &LeavingMessage::part() const
     return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
 }
 
-StoreResult<> SendingRun::keep(MessageQueue &queue) const
+StoreResult<> SendingRun::keep(MessageQueue &queue, DeliveryReports &reports) const
 {
     for (const Taken &taken : m_taken) {
         const StoreResult<qint64> outcome =
             queue.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
         if (!outcome)
             return failed(outcome.error());
+        if (StoreResult<> kept = reports.keepSent(taken.lastPart); !kept)
+            return kept;
+        if (const auto state = reports.refresh(taken.message.id); !state)
+            return failed(state.error());
     }
     for (const LeavingMessage &left : m_ahead) {
         if (StoreResult<> cancelled = queue.cancelPart(left.message.id); !cancelled)

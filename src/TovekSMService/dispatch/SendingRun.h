@@ -1,7 +1,9 @@
 #pragma once
 
 #include "TovekSMService/modem/codec/SubmitPdu.h"
+#include "TovekSMService/reports/DeliveryReports.h"
 #include "TovekSMService/store/MessageQueue.h"
+#include "TovekSMService/store/SentParts.h"
 
 #include <QList>
 #include <QString>
@@ -29,8 +31,9 @@ public:
     struct Taken
     {
         StoredMessage message;
-        int reference = 0; ///< the network's
-        QString at;        ///< "yyyy-MM-ddTHH:mm:ss"
+        int reference = 0;                ///< the network's
+        QString at;                       ///< "yyyy-MM-ddTHH:mm:ss"
+        std::optional<SentPart> lastPart; ///< if the network was asked to report about it
     };
 
     SendingRun() = default;
@@ -43,7 +46,7 @@ public:
     const QList<Taken> &taken() const { return m_taken; }
 
     /// Keeps the outcomes of what was taken, and lets what was not handed over wait again.
-    [[nodiscard]] StoreResult<> keep(MessageQueue &queue) const;
+    [[nodiscard]] StoreResult<> keep(MessageQueue &queue, DeliveryReports &reports) const;
 
 private:
     QList<LeavingMessage> m_ahead;

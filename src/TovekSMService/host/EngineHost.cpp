@@ -3,6 +3,7 @@
 #include "TovekSMService/admin/ExitCodes.h"
 #include "TovekSMService/bus/EngineService.h"
 #include "TovekSMService/dispatch/Dispatcher.h"
+#include "TovekSMService/host/HookRunner.h"
 #include "TovekSMService/host/StoredPinGate.h"
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/at/SerialLine.h"
@@ -12,6 +13,7 @@
 #include "TovekSMService/store/Store.h"
 #include "contract/BusTypes.h"
 #include "contract/ErrorCodes.h"
+#include "messagesbusadaptor.h"
 #include "smsmanagerbusadaptor.h"
 
 #include <QCoreApplication>
@@ -113,6 +115,7 @@ void EngineHost::makeParts(const QString &storeFile)
                                                 DispatcherTimings{}, settings);
     m_service = std::make_unique<EngineService>(QDBusConnection::sessionBus(), *m_store,
                                                 *m_dispatcher, m_clock);
+    runHooks(settings);
     connect(m_dispatcher.get(), &Dispatcher::finished, this, &EngineHost::leaveBus,
             Qt::QueuedConnection);
     connect(m_dispatcher.get(), &Dispatcher::warningHandled, this,
@@ -123,6 +126,29 @@ void EngineHost::makeParts(const QString &storeFile)
     connect(m_dispatcher.get(), &Dispatcher::storeLost, this, &EngineHost::reopenStore,
             Qt::QueuedConnection);
     new SMSManagerBusAdaptor(m_service.get());
+    new MessagesBusAdaptor(m_service.get());
+}
+
+/// Lets an administrator's own commands follow what the network says.
+void EngineHost::runHooks(const EngineSettings &settings)
+{
+    m_hooks = std::make_unique<HookRunner>(m_clock.time());
+    connect(m_dispatcher.get(), &Dispatcher::received, m_hooks.get(),
+            [this, command = settings.onReceived](const ReceivedMessage &message) {
+                m_hooks->run(command, {{u"NORVANE_EVENT"_s, u"received"_s},
+                                       {u"NORVANE_ID"_s, QString::number(message.id)},
+                                       {u"NORVANE_PHONE"_s, message.phone},
+                                       {u"NORVANE_TEXT"_s, message.text},
+                                       {u"NORVANE_AT"_s, message.at},
+                                       {u"NORVANE_SENT_AT"_s, message.sentAt}});
+            });
+    connect(m_dispatcher.get(), &Dispatcher::deliveryChanged, m_hooks.get(),
+            [this, command = settings.onDelivery](const DeliveryChange &change) {
+                m_hooks->run(command, {{u"NORVANE_EVENT"_s, u"delivery"_s},
+                                       {u"NORVANE_ID"_s, QString::number(change.message)},
+                                       {u"NORVANE_STATE"_s, QLatin1String(nameOf(change.state))},
+                                       {u"NORVANE_AT"_s, change.at}});
+            });
 }
 
 bool EngineHost::enterBus()

@@ -14,11 +14,13 @@ class Clock;
 class Dispatcher;
 class EngineService;
 class FileLock;
+class HookRunner;
 class Modem;
 class SerialLine;
 class Store;
 class StoreFailure;
 class StoredPinGate;
+struct EngineSettings;
 
 /// The engine as it runs: the one of its user, on the session bus.
 class EngineHost : public QObject
@@ -49,6 +51,7 @@ public:
 private:
     Start lockStore(const QString &folder);
     void makeParts(const QString &storeFile);
+    void runHooks(const EngineSettings &settings);
     bool enterBus();
     void leaveBus();
 
@@ -75,6 +78,7 @@ private:
     std::unique_ptr<Modem> m_modem;
     std::unique_ptr<Dispatcher> m_dispatcher;
     std::unique_ptr<EngineService> m_service;
+    std::unique_ptr<HookRunner> m_hooks;
     QString m_folder;
     bool m_resumed = false;
     bool m_storeMissed = false; ///< the trouble with the store was told

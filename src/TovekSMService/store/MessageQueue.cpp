@@ -96,6 +96,16 @@ StoreResult<> MessageQueue::add(const QList<QueueRow> &messages)
         });
 }
 
+StoreResult<qint64> MessageQueue::refuse(const QueueRow &message, qint32 code, const QString &at)
+{
+    return m_database.together([&] {
+        return insert({message}).and_then([&](const QList<qint64> &ids) {
+            resize(1);
+            return finish(ids.constFirst(), code, std::nullopt, at, false);
+        });
+    });
+}
+
 /// Gives the ids of the messages.
 StoreResult<QList<qint64>> MessageQueue::insert(const QList<QueueRow> &messages)
 {

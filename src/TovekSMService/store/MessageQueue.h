@@ -49,6 +49,10 @@ public:
                                     const QString &deliveryDate);
     /// Messages with a date each, in the order of `messages`; their ids are not looked at.
     [[nodiscard]] StoreResult<> add(const QList<QueueRow> &messages);
+    /// Keeps the outcome of a message that is not to be queued, see Outcomes::keep().
+    /// @return the outcome's id
+    [[nodiscard]] StoreResult<qint64> refuse(const QueueRow &message, qint32 code,
+                                             const QString &at);
     qint32 size() const { return m_size; }
     [[nodiscard]] StoreResult<QList<QueueRow>> rows() const;
     /// Those of the messages `ids` that are in the queue, in no order.

@@ -1,5 +1,6 @@
 #include "TovekSMService/store/Outcomes.h"
 
+#include "TovekSMService/store/FilteredPage.h"
 #include "TovekSMService/store/StoreDatabase.h"
 #include "TovekSMService/store/StoreQueries.h"
 
@@ -11,6 +12,22 @@ Outcome outcomeOf(const Statement &row)
 {
     return {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toString(),
             row.value(3).toInt()};
+}
+
+OutcomeRow outcomeRowOf(const Statement &row)
+{
+    OutcomeRow outcome{row.value(0).toLongLong(),
+                       row.value(1).toString(),
+                       row.value(2).toString(),
+                       row.value(3).toString(),
+                       row.value(4).toString(),
+                       row.value(5).toInt(),
+                       row.value(6).toString(),
+                       static_cast<DeliveryState>(row.value(7).toInt()),
+                       {}};
+    if (outcome.delivery == DeliveryState::Delivered)
+        outcome.deliveredAt = row.value(8).toString();
+    return outcome;
 }
 
 LastFailure failureOf(const Statement &row)
@@ -26,6 +43,15 @@ StoreResult<qint64> Outcomes::keep(qint64 message, qint32 code, std::optional<in
     return m_database.insert(StoreQueries::keepOutcome,
                              {code, networkReference ? QVariant(*networkReference) : QVariant(), at,
                               reported ? 1 : 0, message});
+}
+
+StoreResult<bool> Outcomes::setDelivery(qint64 message, DeliveryState state, const QString &at)
+{
+    return m_database
+        .writeAndCount("UPDATE outcome SET delivery = ?, delivered_at = ? WHERE message_id = ? AND "
+                       "code = 1 AND delivery <> ?",
+                       {static_cast<int>(state), notNull(at), message, static_cast<int>(state)})
+        .map([](int rows) { return rows > 0; });
 }
 
 StoreResult<QList<Outcome>> Outcomes::unreportedFailures() const
@@ -56,6 +82,24 @@ StoreResult<std::optional<LastFailure>> Outcomes::lastFailure() const
     return m_database.row("SELECT at, code FROM outcome WHERE code <> 1 AND "
                           "id > (SELECT MAX(id) FROM outcome) - 1000 ORDER BY id DESC LIMIT 1",
                           {}, failureOf);
+}
+
+StoreResult<QList<OutcomeRow>> Outcomes::list(const MessageFilter &filter, qint64 offset,
+                                              qint64 limit) const
+{
+    return m_database.rows(
+        "SELECT message_id, at, delivery_date, phone, text, code, network_reference, delivery, "
+        "delivered_at FROM outcome " NORVANE_FILTERED_PAGE,
+        filteredPage(filter, offset, limit), outcomeRowOf);
+}
+
+StoreResult<int> Outcomes::count(DeliveryState state) const
+{
+    // The index holds what was asked about alone; the second condition tells that it will do.
+    return m_database
+        .row("SELECT COUNT(*) FROM outcome WHERE delivery = ? AND delivery > 1",
+             {static_cast<int>(state)}, [](const Statement &row) { return row.value(0).toInt(); })
+        .map([](std::optional<int> count) { return count.value_or(0); });
 }
 
 } // namespace norvane

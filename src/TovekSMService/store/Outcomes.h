@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TovekSMService/store/StoreFailure.h"
+#include "contract/Messages.h"
 
 #include <QList>
 #include <QString>
@@ -42,6 +43,12 @@ public:
                                            std::optional<int> networkReference, const QString &at,
                                            bool reported);
 
+    /// Puts on a message that was sent what the network says became of it.
+    /// @param at  "yyyy-MM-ddTHH:mm:ss"; empty while nothing is known
+    /// @return whether that is news
+    [[nodiscard]] StoreResult<bool> setDelivery(qint64 message, DeliveryState state,
+                                                const QString &at);
+
     /// Failures that no console has heard of yet.
     [[nodiscard]] StoreResult<QList<Outcome>> unreportedFailures() const;
     [[nodiscard]] StoreResult<> markReported(const QList<qint64> &outcomes);
@@ -51,6 +58,12 @@ public:
     /// @param max  outcomes to forget in this step
     /// @return how many were forgotten
     [[nodiscard]] StoreResult<int> prune(const QString &before, int max);
+
+    /// The latest first.
+    [[nodiscard]] StoreResult<QList<OutcomeRow>> list(const MessageFilter &filter, qint64 offset,
+                                                      qint64 limit) const;
+    /// How many of the messages that were sent have become this by what the network says.
+    [[nodiscard]] StoreResult<int> count(DeliveryState state) const;
 
     /// The last failure among the outcomes of late.
     [[nodiscard]] StoreResult<std::optional<LastFailure>> lastFailure() const;

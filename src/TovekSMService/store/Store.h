@@ -2,9 +2,12 @@
 
 #include "TovekSMService/store/EngineSettingsStore.h"
 #include "TovekSMService/store/MessageQueue.h"
+#include "TovekSMService/store/OptOutList.h"
 #include "TovekSMService/store/Outcomes.h"
 #include "TovekSMService/store/PartCounter.h"
 #include "TovekSMService/store/PinRecord.h"
+#include "TovekSMService/store/ReceivedMessages.h"
+#include "TovekSMService/store/SentParts.h"
 #include "TovekSMService/store/StoreDatabase.h"
 
 namespace norvane {
@@ -31,6 +34,10 @@ public:
     const EngineSettingsStore &settings() const { return m_settings; }
     PartCounter &parts() { return m_parts; }
     PinRecord &pins() { return m_pins; }
+    SentParts &sentParts() { return m_sentParts; }
+    ReceivedMessages &received() { return m_received; }
+    const ReceivedMessages &received() const { return m_received; }
+    OptOutList &optOuts() { return m_optOuts; }
 
 private:
     StoreDatabase m_database;
@@ -39,6 +46,9 @@ private:
     EngineSettingsStore m_settings{m_database};
     PartCounter m_parts{m_database};
     PinRecord m_pins{m_database};
+    SentParts m_sentParts{m_database};
+    ReceivedMessages m_received{m_database};
+    OptOutList m_optOuts{m_database};
 };
 
 } // namespace norvane

@@ -37,17 +37,40 @@ StoreResult<> StoreReader::open()
 StoreResult<> StoreReader::outcomes(const QString &since,
                                     const std::function<void(const OutcomeRow &)> &take) const
 {
-    return prepared(m_database, u"SELECT at, delivery_date, phone, text, code, network_reference "
-                                "FROM outcome WHERE at >= ? ORDER BY id"_s)
-        .and_then([&](QSqlQuery query) {
-            query.bindValue(0, notNull(since));
-            return execute(query).map([&] {
-                while (query.next())
-                    take({query.value(0).toString(), query.value(1).toString(),
-                          query.value(2).toString(), query.value(3).toString(),
-                          query.value(4).toInt(), query.value(5).toString()});
-            });
+    return each(u"SELECT message_id, at, delivery_date, phone, text, code, network_reference, "
+                "delivery, CASE WHEN delivery = 2 THEN delivered_at ELSE '' END "
+                "FROM outcome WHERE at >= ? ORDER BY id"_s,
+                since, [&take](const QSqlQuery &row) {
+                    take({row.value(0).toLongLong(), row.value(1).toString(),
+                          row.value(2).toString(), row.value(3).toString(), row.value(4).toString(),
+                          row.value(5).toInt(), row.value(6).toString(),
+                          static_cast<DeliveryState>(row.value(7).toInt()),
+                          row.value(8).toString()});
+                });
+}
+
+StoreResult<> StoreReader::received(const QString &since,
+                                    const std::function<void(const ReceivedMessage &)> &take) const
+{
+    return each(u"SELECT id, at, sent_at, phone, text, read FROM received "
+                "WHERE at >= ? ORDER BY id"_s,
+                since, [&take](const QSqlQuery &row) {
+                    take({row.value(0).toLongLong(), row.value(1).toString(),
+                          row.value(2).toString(), row.value(3).toString(), row.value(4).toString(),
+                          row.value(5).toInt() != 0});
+                });
+}
+
+StoreResult<> StoreReader::each(const QString &text, const QString &since,
+                                const std::function<void(const QSqlQuery &)> &take) const
+{
+    return prepared(m_database, text).and_then([&](QSqlQuery query) {
+        query.bindValue(0, notNull(since));
+        return execute(query).map([&] {
+            while (query.next())
+                take(query);
         });
+    });
 }
 
 StoreResult<> StoreReader::copyTo(const QString &file) const

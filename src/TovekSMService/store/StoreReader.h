@@ -1,24 +1,15 @@
 #pragma once
 
 #include "TovekSMService/store/StoreFailure.h"
+#include "contract/Messages.h"
 
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
 
 #include <functional>
 
 namespace norvane {
-
-/// One row of the outcome log.
-struct OutcomeRow
-{
-    QString at; ///< "yyyy-MM-ddTHH:mm:ss"
-    QString deliveryDate;
-    QString phone;
-    QString text;
-    qint32 code = 0;   ///< 1 sent, else the error code
-    QString reference; ///< the network's, of the last part; empty for none
-};
 
 /// A second look at a store's file that makes and changes nothing, while an engine may be at work
 /// on it.
@@ -39,10 +30,17 @@ public:
     [[nodiscard]] StoreResult<> outcomes(const QString &since,
                                          const std::function<void(const OutcomeRow &)> &take) const;
 
+    /// Hands out the messages received from `since` on, in their order.
+    [[nodiscard]] StoreResult<>
+    received(const QString &since, const std::function<void(const ReceivedMessage &)> &take) const;
+
     /// Writes everything as it is at one moment to `file`, which must be missing or empty.
     [[nodiscard]] StoreResult<> copyTo(const QString &file) const;
 
 private:
+    StoreResult<> each(const QString &text, const QString &since,
+                       const std::function<void(const QSqlQuery &)> &take) const;
+
     const QString m_file;
     QString m_connection;
     QSqlDatabase m_database;

@@ -63,8 +63,70 @@ constexpr const char *version2[] = {
     "CREATE INDEX outcome_by_time ON outcome (at) WHERE reported = 1",
 };
 
+// delivery and state are values of DeliveryState. final: no further report is expected.
+constexpr const char *version3[] = {
+    "ALTER TABLE outcome ADD COLUMN delivery INTEGER NOT NULL DEFAULT 0",
+    "ALTER TABLE outcome ADD COLUMN delivered_at TEXT NOT NULL DEFAULT ''",
+    "CREATE INDEX outcome_by_delivery ON outcome (delivery) WHERE delivery > 1",
+
+    "CREATE TABLE sent_part ("
+    " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+    " message_id INTEGER NOT NULL,"
+    " number INTEGER NOT NULL,"
+    " total INTEGER NOT NULL,"
+    " reference INTEGER,"
+    " phone TEXT NOT NULL,"
+    " sim TEXT NOT NULL,"
+    " at TEXT NOT NULL,"
+    " state INTEGER NOT NULL,"
+    " final INTEGER NOT NULL DEFAULT 0,"
+    " status INTEGER,"
+    " reported_at TEXT NOT NULL DEFAULT '')",
+    "CREATE INDEX sent_part_open ON sent_part (reference, sim) WHERE final = 0",
+    "CREATE INDEX sent_part_by_message ON sent_part (message_id)",
+    "CREATE INDEX sent_part_pending ON sent_part (at) WHERE state = 1",
+    "CREATE INDEX sent_part_by_time ON sent_part (at)",
+
+    // pdu: of a report that belongs to no part.
+    "CREATE TABLE status_report ("
+    " digest BLOB PRIMARY KEY, at TEXT NOT NULL, part_id INTEGER, pdu TEXT) WITHOUT ROWID",
+    "CREATE INDEX status_report_by_time ON status_report (at)",
+
+    "CREATE TABLE received ("
+    " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+    " at TEXT NOT NULL,"
+    " sent_at TEXT NOT NULL,"
+    " phone TEXT NOT NULL,"
+    " text TEXT NOT NULL,"
+    " read INTEGER NOT NULL DEFAULT 0)",
+    "CREATE INDEX received_by_time ON received (at)",
+    "CREATE INDEX received_unread ON received (id) WHERE read = 0",
+
+    // message_id: the message that the part was shown with, which has its text. text: UTF-16.
+    "CREATE TABLE received_part ("
+    " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+    " digest BLOB NOT NULL UNIQUE,"
+    " at TEXT NOT NULL,"
+    " sim TEXT NOT NULL,"
+    " phone TEXT NOT NULL,"
+    " reference INTEGER NOT NULL,"
+    " wide INTEGER NOT NULL,"
+    " total INTEGER NOT NULL,"
+    " number INTEGER NOT NULL,"
+    " sent_at TEXT NOT NULL,"
+    " text BLOB NOT NULL,"
+    " message_id INTEGER)",
+    "CREATE INDEX received_part_by_message ON received_part (message_id)",
+    "CREATE INDEX received_part_waiting ON received_part (phone, reference) "
+    "WHERE message_id IS NULL",
+
+    // phone: as it was given. How numbers are compared is a setting, which may change.
+    "CREATE TABLE opt_out ("
+    " id INTEGER PRIMARY KEY AUTOINCREMENT, phone TEXT NOT NULL UNIQUE, at TEXT NOT NULL)",
+};
+
 constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {
-    version1, version2};
+    version1, version2, version3};
 
 StoreResult<int> versionOf(const QSqlDatabase &database)
 {

@@ -57,14 +57,15 @@ TEST_F(AdminQueries, theReportIsTextOrCsv)
     keepTwo();
     const Ended text = run({u"--report"_s});
     EXPECT_EQ(text.exitCode, 0);
-    EXPECT_EQ(text.out, u"2096-05-01T10:00:00\t2026-01-01T00:00:00\t+34600\tsent\t1\t7\t=a,b\n"
-                        "2096-05-02T10:00:00\t2026-01-01T00:00:00\t601\tfailed\t-38\t\tñ\n"_s);
+    EXPECT_EQ(text.out, u"2096-05-01T10:00:00\t2026-01-01T00:00:00\t+34600\tsent\t1\t7\t=a,b\t\t\n"
+                        "2096-05-02T10:00:00\t2026-01-01T00:00:00\t601\tfailed\t-38\t\tñ\t\t\n"_s);
     EXPECT_EQ(run({u"--report"_s, u"--format"_s, u"text"_s}).out, text.out);
     const Ended csv = run({u"--report"_s, u"--format"_s, u"csv"_s});
     EXPECT_EQ(csv.exitCode, 0);
-    EXPECT_EQ(csv.out, u"at,delivery date,phone,outcome,code,reference,message\r\n"
-                       "2096-05-01T10:00:00,2026-01-01T00:00:00,+34600,sent,1,7,\"'=a,b\"\r\n"
-                       "2096-05-02T10:00:00,2026-01-01T00:00:00,601,failed,-38,,ñ\r\n"_s);
+    EXPECT_EQ(csv.out, u"at,delivery date,phone,outcome,code,reference,message,delivery,"
+                       "delivered at\r\n"
+                       "2096-05-01T10:00:00,2026-01-01T00:00:00,+34600,sent,1,7,\"'=a,b\",,\r\n"
+                       "2096-05-02T10:00:00,2026-01-01T00:00:00,601,failed,-38,,ñ,,\r\n"_s);
 }
 
 TEST_F(AdminQueries, theReportBeginsWhereItIsTold)

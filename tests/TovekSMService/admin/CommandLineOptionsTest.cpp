@@ -26,7 +26,7 @@ TEST(CommandLineOptions, withoutAnOptionTheEngineIsToRun)
     const auto parsed = parse({});
     ASSERT_TRUE(parsed.has_value());
     EXPECT_FALSE(parsed->isQuery);
-    EXPECT_EQ(parsed->format, OutcomeReport::Format::Text);
+    EXPECT_EQ(parsed->format, ReportLines::Format::Text);
     EXPECT_FALSE(parsed->device || parsed->pin || parsed->backup || parsed->logLevel);
 }
 
@@ -47,7 +47,7 @@ TEST(CommandLineOptions, eachOptionSetsWhatItIsFor)
     ASSERT_TRUE(report.has_value());
     EXPECT_TRUE(report->report);
     EXPECT_EQ(report->since, u"2024-05-01"_s);
-    EXPECT_EQ(report->format, OutcomeReport::Format::Csv);
+    EXPECT_EQ(report->format, ReportLines::Format::Csv);
 
     const auto monitored = parse({u"--status"_s, u"--json"_s});
     ASSERT_TRUE(monitored.has_value());
@@ -61,6 +61,8 @@ TEST(CommandLineOptions, whateverAsksOrStoresIsDoneInsteadOfRunning)
                                    {u"--status"_s},
                                    {u"--queue"_s},
                                    {u"--report"_s},
+                                   {u"--inbox"_s},
+                                   {u"--opt-out"_s, u"list"_s},
                                    {u"--backup"_s, u"copy"_s}};
     for (const QStringList &arguments : queries) {
         const auto parsed = parse(arguments);
@@ -68,6 +70,63 @@ TEST(CommandLineOptions, whateverAsksOrStoresIsDoneInsteadOfRunning)
     }
     const auto level = parse({u"--log-level"_s, u"warning"_s});
     EXPECT_TRUE(level.has_value() && !level->isQuery);
+}
+
+TEST(CommandLineOptions, theInboxMayBeginSomewhereAndBeCsv)
+{
+    const auto inbox = parse({u"--inbox"_s});
+    ASSERT_TRUE(inbox.has_value());
+    EXPECT_TRUE(inbox->inbox);
+    EXPECT_FALSE(inbox->report);
+    EXPECT_EQ(inbox->since, QString());
+    EXPECT_EQ(inbox->format, ReportLines::Format::Text);
+
+    const auto since =
+        parse({u"--inbox"_s, u"--since"_s, u"2026-05-01T12:00:00"_s, u"--format"_s, u"csv"_s});
+    ASSERT_TRUE(since.has_value());
+    EXPECT_EQ(since->since, u"2026-05-01T12:00:00"_s);
+    EXPECT_EQ(since->format, ReportLines::Format::Csv);
+}
+
+TEST(CommandLineOptions, optOutsAreListedAddedAndRemoved)
+{
+    using Task = CommandLine::OptOutTask;
+    const auto list = parse({u"--opt-out"_s, u"list"_s});
+    ASSERT_TRUE(list.has_value());
+    EXPECT_EQ(list->optOut, Task::List);
+    EXPECT_EQ(list->optOutPhone, QString());
+    const auto added = parse({u"--opt-out"_s, u"add"_s, u"+34 600 111 222"_s});
+    ASSERT_TRUE(added.has_value());
+    EXPECT_EQ(added->optOut, Task::Add);
+    EXPECT_EQ(added->optOutPhone, u"+34 600 111 222"_s);
+    const auto removed = parse({u"--opt-out"_s, u"remove"_s, u"600"_s});
+    ASSERT_TRUE(removed.has_value());
+    EXPECT_EQ(removed->optOut, Task::Remove);
+    EXPECT_EQ(removed->optOutPhone, u"600"_s);
+    EXPECT_FALSE(parse({u"--status"_s})->optOut);
+}
+
+TEST(CommandLineOptions, whatIsWrongWithAnOptOutIsTold)
+{
+    const struct
+    {
+        QStringList arguments;
+        QString text;
+    } rows[] = {
+        {{u"--opt-out"_s}, u"Missing value after '--opt-out'."_s},
+        {{u"--opt-out"_s, u"forget"_s}, u"--opt-out can't be \"forget\""_s},
+        {{u"--opt-out"_s, u"LIST"_s}, u"--opt-out can't be \"LIST\""_s},
+        {{u"--opt-out"_s, u"add"_s}, u"--opt-out add needs a number"_s},
+        {{u"--opt-out"_s, u"add"_s, u"  "_s}, u"--opt-out add needs a number"_s},
+        {{u"--opt-out"_s, u"remove"_s}, u"--opt-out remove needs a number"_s},
+        {{u"--opt-out"_s, u"list"_s, u"600"_s}, u"unknown argument: 600"_s},
+        {{u"--opt-out"_s, u"add"_s, u"600"_s, u"601"_s}, u"unknown argument: 601"_s},
+        {{u"--inbox"_s, u"600"_s}, u"unknown argument: 600"_s},
+        {{u"--opt-out"_s, u"list"_s, u"--since"_s, u"2026-05-01"_s},
+         u"--since and --format go with --report or --inbox"_s},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(refusal(row.arguments), row.text) << row.arguments.join(u' ').toStdString();
 }
 
 TEST(CommandLineOptions, aRefusalTellsWhatIsWrong)
@@ -86,13 +145,18 @@ TEST(CommandLineOptions, aRefusalTellsWhatIsWrong)
         {{u"--report"_s, u"--format"_s, u"xml"_s}, u"--format can't be \"xml\""_s},
         {{u"--log-level"_s, u"loud"_s}, u"--log-level can't be \"loud\""_s},
         {{u"--json"_s}, u"--json goes with --status"_s},
-        {{u"--format"_s, u"csv"_s}, u"--since and --format go with --report"_s},
+        {{u"--format"_s, u"csv"_s}, u"--since and --format go with --report or --inbox"_s},
         {{u"--status"_s, u"--since"_s, u"2024-05-01"_s},
-         u"--since and --format go with --report"_s},
+         u"--since and --format go with --report or --inbox"_s},
         {{u"--status"_s, u"--json"_s, u"--queue"_s}, u"--status --json goes with no other list"_s},
         {{u"--status"_s, u"--json"_s, u"--report"_s}, u"--status --json goes with no other list"_s},
         {{u"--report"_s, u"--status"_s}, u"--report goes with no other list"_s},
         {{u"--report"_s, u"--queue"_s}, u"--report goes with no other list"_s},
+        {{u"--inbox"_s, u"--queue"_s}, u"--inbox goes with no other list"_s},
+        {{u"--inbox"_s, u"--opt-out"_s, u"list"_s}, u"--inbox goes with no other list"_s},
+        {{u"--inbox"_s, u"--report"_s}, u"--report goes with no other list"_s},
+        {{u"--inbox"_s, u"--status"_s, u"--json"_s}, u"--status --json goes with no other list"_s},
+        {{u"--inbox"_s, u"--since"_s, u"May"_s}, u"--since can't be \"May\""_s},
     };
     for (const Row &row : rows)
         EXPECT_EQ(refusal(row.arguments), row.text) << row.arguments.join(u' ').toStdString();

@@ -26,7 +26,7 @@ TEST_F(CommandLineOfEngine, helpNamesEveryOption)
     EXPECT_EQ(help.exitCode, 0);
     for (const char *const option :
          {"--help", "--version", "--device", "--pin", "--status", "--json", "--queue", "--report",
-          "--since", "--format", "--backup", "--log-level"})
+          "--inbox", "--since", "--format", "--opt-out", "--backup", "--log-level"})
         EXPECT_TRUE(help.out.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(isOnBus());
 }

@@ -41,12 +41,31 @@ TEST(StatusReport, theExitCodeTellsTheState)
 
 TEST(StatusReport, theMembersAreTheSameWhateverTheState)
 {
-    const QStringList expected = {u"device"_s,     u"engine"_s,    u"lastError"_s,
-                                  u"lastFailed"_s, u"oldestDue"_s, u"queue"_s,
-                                  u"signal"_s,     u"toRun"_s,     u"trouble"_s};
+    const QStringList expected = {u"delivered"_s,  u"device"_s,    u"engine"_s,      u"lastError"_s,
+                                  u"lastFailed"_s, u"oldestDue"_s, u"queue"_s,       u"signal"_s,
+                                  u"toRun"_s,      u"trouble"_s,   u"undelivered"_s, u"unread"_s};
     for (const StatusReport &report : {StatusReport::ofRunning(calm(1)), StatusReport::ofNone({}),
                                        StatusReport::fromFault(u"no answer"_s)})
         EXPECT_EQ(parsed(report).keys(), expected);
+}
+
+TEST(StatusReport, whatTheNetworkSaidAndWhatCameIsCounted)
+{
+    QVariantMap state = calm(1);
+    state[u"delivered"_s] = 7;
+    state[u"undelivered"_s] = 2;
+    state[u"unread"_s] = 0;
+    for (const StatusReport &report :
+         {StatusReport::ofRunning(state), StatusReport::ofNone(state)}) {
+        EXPECT_EQ(parsed(report).value(u"delivered"_s), 7);
+        EXPECT_EQ(parsed(report).value(u"undelivered"_s), 2);
+        EXPECT_EQ(parsed(report).value(u"unread"_s), 0);
+    }
+    for (const char *const count : {"delivered", "undelivered", "unread"}) {
+        for (const StatusReport &report :
+             {StatusReport::fromFault(u"no answer"_s), StatusReport::ofRunning(calm(1))})
+            EXPECT_TRUE(parsed(report).value(QLatin1String(count)).isNull()) << count;
+    }
 }
 
 TEST(StatusReport, whatIsKnownHasItsPlaceAndWhatIsNotIsNull)

@@ -8,75 +8,76 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString one = u":1.1"_s;
-const QString other = u":1.2"_s;
-constexpr qint64 report = 7;
+const QString firstConsole = u":1.1"_s;
+const QString secondConsole = u":1.2"_s;
+constexpr qint64 failure = 7;
 
 TEST(ReportAcknowledgements, whatAnAcknowledgerWasToldIsNotHandledUntilItSaysSo)
 {
     ReportAcknowledgements reports;
-    reports.addAcknowledger(one);
-    reports.addListener(one);
-    EXPECT_FALSE(reports.raisedToAll(report));
-    EXPECT_TRUE(reports.isPending(one, report));
-    EXPECT_TRUE(reports.acknowledge(one, report));
-    EXPECT_FALSE(reports.isPending(one, report));
-    EXPECT_FALSE(reports.acknowledge(one, report)) << "once";
+    reports.addAcknowledger(firstConsole);
+    reports.addListener(firstConsole);
+    EXPECT_FALSE(reports.raisedToAll(failure));
+    EXPECT_TRUE(reports.isPending(firstConsole, failure));
+    EXPECT_TRUE(reports.acknowledge(firstConsole, failure));
+    EXPECT_FALSE(reports.isPending(firstConsole, failure));
+    EXPECT_FALSE(reports.acknowledge(firstConsole, failure)) << "once";
 }
 
 TEST(ReportAcknowledgements, aReportIsHandledWhenAListenerThatNeverAcknowledgesWasTold)
 {
     ReportAcknowledgements reports;
-    reports.addListener(one);
-    EXPECT_TRUE(reports.raisedTo(one, report));
-    EXPECT_TRUE(reports.raisedToAll(report));
-    reports.addAcknowledger(other);
-    reports.addListener(other);
-    EXPECT_FALSE(reports.raisedTo(other, report));
-    EXPECT_TRUE(reports.raisedToAll(report)) << "one of them counts";
+    reports.addListener(firstConsole);
+    EXPECT_TRUE(reports.raisedTo(firstConsole, failure));
+    EXPECT_TRUE(reports.raisedToAll(failure));
+    reports.addAcknowledger(secondConsole);
+    reports.addListener(secondConsole);
+    EXPECT_FALSE(reports.raisedTo(secondConsole, failure));
+    EXPECT_TRUE(reports.raisedToAll(failure)) << "one of them counts";
 }
 
 TEST(ReportAcknowledgements, theFirstOfSeveralConsolesAcknowledgesForAll)
 {
     ReportAcknowledgements reports;
-    for (const QString &console : {one, other}) {
+    for (const QString &console : {firstConsole, secondConsole}) {
         reports.addAcknowledger(console);
         reports.addListener(console);
     }
-    EXPECT_FALSE(reports.raisedToAll(report));
-    EXPECT_TRUE(reports.acknowledge(other, report));
-    EXPECT_FALSE(reports.isPending(one, report));
-    EXPECT_FALSE(reports.acknowledge(one, report));
+    EXPECT_FALSE(reports.raisedToAll(failure));
+    EXPECT_TRUE(reports.acknowledge(secondConsole, failure));
+    EXPECT_FALSE(reports.isPending(firstConsole, failure));
+    EXPECT_FALSE(reports.acknowledge(firstConsole, failure));
 }
 
 TEST(ReportAcknowledgements, nobodyAcknowledgesWhatItWasNotTold)
 {
     ReportAcknowledgements reports;
-    reports.addAcknowledger(one);
-    reports.addListener(one);
-    reports.addAcknowledger(other);
-    EXPECT_FALSE(reports.raisedToAll(report));
-    EXPECT_FALSE(reports.acknowledge(other, report)) << "it doesn't listen";
-    reports.addListener(other);
-    EXPECT_FALSE(reports.acknowledge(other, report)) << "it came later";
-    EXPECT_FALSE(reports.acknowledge(one, report + 1));
-    EXPECT_TRUE(reports.isPending(one, report));
+    reports.addAcknowledger(firstConsole);
+    reports.addListener(firstConsole);
+    reports.addAcknowledger(secondConsole);
+    EXPECT_FALSE(reports.raisedToAll(failure));
+    EXPECT_FALSE(reports.acknowledge(secondConsole, failure)) << "it doesn't listen";
+    reports.addListener(secondConsole);
+    EXPECT_FALSE(reports.acknowledge(secondConsole, failure)) << "it came later";
+    EXPECT_FALSE(reports.acknowledge(firstConsole, failure + 1));
+    EXPECT_TRUE(reports.isPending(firstConsole, failure));
 }
 
 TEST(ReportAcknowledgements, whoLeavesHasNothingPendingWhenItComesAgain)
 {
     ReportAcknowledgements reports;
     EXPECT_EQ(reports.listeners(), 0);
-    reports.addAcknowledger(one);
+    reports.addAcknowledger(firstConsole);
     EXPECT_EQ(reports.listeners(), 0) << "it doesn't listen yet";
-    reports.addListener(one);
+    reports.addListener(firstConsole);
     EXPECT_EQ(reports.listeners(), 1);
-    EXPECT_FALSE(reports.raisedTo(one, report));
-    reports.removeCaller(one);
+    EXPECT_FALSE(reports.raisedTo(firstConsole, failure));
+    reports.removeCaller(firstConsole);
     EXPECT_EQ(reports.listeners(), 0);
-    reports.addListener(one);
-    EXPECT_FALSE(reports.isPending(one, report));
-    EXPECT_TRUE(reports.raisedTo(one, report)) << "it has not said again that it acknowledges";
+    reports.addListener(firstConsole);
+    EXPECT_FALSE(reports.isPending(firstConsole, failure));
+    EXPECT_TRUE(reports.raisedTo(firstConsole, failure))
+        << "it has not said again that it acknowledges";
 }
 
 } // namespace

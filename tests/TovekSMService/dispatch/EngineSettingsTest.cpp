@@ -35,6 +35,12 @@ TEST(EngineSettings, defaultsStandForAFileThatHoldsNothing)
     EXPECT_EQ(settings.partsPerMinute, 0);
     EXPECT_EQ(settings.partsPerDay, 0);
     EXPECT_EQ(settings.keepDays, 90);
+    EXPECT_TRUE(settings.delivery);
+    EXPECT_EQ(settings.optOutWords, u"BAJA,STOP,SAIR,REMOVER,PARAR"_s);
+    EXPECT_EQ(settings.optInWords, u"ALTA,START"_s);
+    EXPECT_EQ(settings.countryPrefix, QString());
+    EXPECT_EQ(settings.onReceived, QString());
+    EXPECT_EQ(settings.onDelivery, QString());
 }
 
 struct Bounds
@@ -129,6 +135,70 @@ TEST(EngineSettings, delaysThatContradictEachOtherAreBothTheDefaults)
     EXPECT_EQ(settings, EngineSettings());
     EXPECT_EQ(log.count(u"LongestDelay"_s), 1);
     EXPECT_EQ(EngineSettings::parse("[Sending]\nFirstDelay=99\nLongestDelay=99\n").firstDelay, 99);
+}
+
+bool isDeliveryAsked(const QByteArray &value)
+{
+    return EngineSettings::parse("[Reports]\nDelivery=" + value + "\n").delivery;
+}
+
+TEST(EngineSettings, deliveryReportsAreAskedForUnlessToldOtherwise)
+{
+    const NotedLog log;
+    for (const char *const off : {"false", "False", " FALSE "})
+        EXPECT_FALSE(isDeliveryAsked(off)) << off;
+    for (const char *const on : {"true", " TRUE ", ""})
+        EXPECT_TRUE(isDeliveryAsked(on)) << on;
+    EXPECT_EQ(log.count(u"settings"_s), 0);
+    for (const char *const odd : {"0", "no", "falsely", "fal se"})
+        EXPECT_TRUE(isDeliveryAsked(odd)) << odd;
+    EXPECT_EQ(log.count(u"Reports/Delivery"_s), 4);
+}
+
+TEST(EngineSettings, theWordsOfOptOutsAreTakenAsTheyAre)
+{
+    const NotedLog log;
+    const EngineSettings settings =
+        EngineSettings::parse("[OptOut]\nWords=N\xC3\xA3o, quit\nOptIn=\n");
+    EXPECT_EQ(settings.optOutWords, u"Não, quit"_s);
+    EXPECT_EQ(settings.optInWords, QString());
+    EXPECT_EQ(log.count(u"settings"_s), 0);
+}
+
+QString prefixFrom(const QByteArray &value)
+{
+    return EngineSettings::parse("[OptOut]\nCountryPrefix=" + value + "\n").countryPrefix;
+}
+
+TEST(EngineSettings, thePrefixOfACountryIsItsDigitsAlone)
+{
+    const NotedLog log;
+    for (const char *const right : {"1", "34", "351", "1809"})
+        EXPECT_EQ(prefixFrom(right), QLatin1String(right));
+    EXPECT_EQ(prefixFrom(" 34 "), u"34"_s);
+    EXPECT_EQ(prefixFrom(""), QString());
+    EXPECT_EQ(log.count(u"settings"_s), 0);
+    for (const char *const odd : {"+34", "0034", "0", "34567", "3 4", "ES", "\xD9\xA3\xD9\xA4"})
+        EXPECT_EQ(prefixFrom(odd), QString()) << odd;
+    EXPECT_EQ(log.count(u"OptOut/CountryPrefix"_s), 7);
+}
+
+TEST(EngineSettings, aHookIsTheAbsolutePathOfAnExecutable)
+{
+    const NotedLog log;
+    const EngineSettings settings = EngineSettings::parse(
+        "[Hooks]\nOnReceived= /opt/a shop/received;1 \nOnDelivery=/opt/delivery\n");
+    EXPECT_EQ(settings.onReceived, u"/opt/a shop/received;1"_s);
+    EXPECT_EQ(settings.onDelivery, u"/opt/delivery"_s);
+    EXPECT_EQ(EngineSettings::parse("[Hooks]\nOnReceived=\n").onReceived, QString());
+    EXPECT_EQ(log.count(u"settings"_s), 0);
+
+    const EngineSettings odd =
+        EngineSettings::parse("[Hooks]\nOnReceived=received.sh\nOnDelivery=~/delivery\n");
+    EXPECT_EQ(odd.onReceived, QString());
+    EXPECT_EQ(odd.onDelivery, QString());
+    EXPECT_EQ(log.count(u"Hooks/OnReceived"_s), 1);
+    EXPECT_EQ(log.count(u"Hooks/OnDelivery"_s), 1);
 }
 
 TEST(EngineSettings, whatIsNoSettingsTextIsLogged)

@@ -35,7 +35,7 @@ protected:
         return messages;
     }
     /// Hands one message to the device, which takes it at once.
-    void takeOne() { m_run.recordTaken({m_run.takeNext().message, 1, u"at"_s}); }
+    void takeOne() { m_run.recordTaken({m_run.takeNext().message, 1, u"at"_s, {}}); }
     /// A whole run that the device takes at once.
     void runOf(int count)
     {

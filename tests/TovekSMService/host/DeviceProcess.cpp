@@ -48,7 +48,12 @@ qsizetype DeviceProcess::count(const QString &event) const
 int DeviceProcess::triesLeft()
 {
     PortClient client(m_device->link());
-    const QByteArray answer = client.ask("AT+CPINR=\"SIM PIN\"");
+    // The first answers may be those to an engine that ended before it had read them.
+    QByteArray answer;
+    until([&] {
+        answer = client.ask("AT+CPINR=\"SIM PIN\"");
+        return answer.contains("SIM PIN,") || answer.contains("ERROR");
+    });
     const qsizetype at = answer.indexOf("SIM PIN,");
     return at < 0 ? -1 : answer.mid(at + 8, 1).toInt();
 }

@@ -86,6 +86,10 @@ Listener::Listener(const QDBusConnection &bus)
         EXPECT_TRUE(QDBusConnection(bus).connect(busName(), objectPath(), interfaceName(),
                                                  QLatin1String(event), this,
                                                  SLOT(hear(QDBusMessage))));
+    for (const char *const event : {"DeliveryChanged", "Received"})
+        EXPECT_TRUE(QDBusConnection(bus).connect(
+            busName(), objectPath(), u"com.tovek.SMService.Messages1"_s, QLatin1String(event), this,
+            SLOT(hear(QDBusMessage))));
 }
 
 bool Listener::has(const QString &beginning) const

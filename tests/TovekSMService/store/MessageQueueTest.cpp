@@ -198,6 +198,52 @@ TEST_F(MessageQueueTest, aMessageSentInPartBeginsAnewOnlyWhenItSaysSomethingElse
     EXPECT_EQ(message->attempts, 0);
 }
 
+TEST_F(MessageQueueTest, aRefusedMessageIsAFailureThatNeverWaited)
+{
+    add(noon(), u"waits"_s);
+    const qint64 outcome = given(
+        m_store->queue().refuse({u"2024-06-01T00:00:00"_s, u"600"_s, u"offer"_s, 0}, -51, noon()));
+    EXPECT_EQ(m_store->queue().size(), 1);
+    EXPECT_EQ(phones(), QStringList{u"waits"_s});
+    const QList<Outcome> failures = given(m_store->outcomes().unreportedFailures());
+    ASSERT_EQ(failures.size(), 1);
+    EXPECT_EQ(failures.constFirst().id, outcome);
+    EXPECT_EQ(failures.constFirst().code, -51);
+    const QList<OutcomeRow> rows = given(m_store->outcomes().list({}, 0, 10));
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows.constFirst(), (OutcomeRow{rows.constFirst().id,
+                                             noon(),
+                                             u"2024-06-01T00:00:00"_s,
+                                             u"600"_s,
+                                             u"offer"_s,
+                                             -51,
+                                             QString(),
+                                             DeliveryState::None,
+                                             {}}));
+    reopen();
+    EXPECT_EQ(m_store->queue().size(), 1);
+}
+
+TEST_F(MessageQueueTest, aRefusalThatCannotBeKeptLeavesNothing)
+{
+    OtherConnection(file()).run(u"DROP TABLE outcome"_s);
+    EXPECT_FALSE(m_store->queue().refuse({noon(), u"600"_s, {}, 0}, -51, noon()));
+    EXPECT_EQ(m_store->queue().size(), 0);
+    EXPECT_EQ(phones(), QStringList());
+}
+
+TEST_F(MessageQueueTest, aRefusalOfWhatFailsAsAWholeIsTakenBack)
+{
+    add(noon());
+    const StoreResult<> added = m_store->database().together([&]() -> StoreResult<> {
+        done(m_store->queue().refuse({noon(), u"600"_s, {}, 0}, -51, noon()));
+        return failed(StoreFailure(StoreFailure::Kind::Other, u"no"_s));
+    });
+    EXPECT_FALSE(added);
+    EXPECT_EQ(m_store->queue().size(), 1);
+    EXPECT_TRUE(given(m_store->outcomes().list({}, 0, 10)).isEmpty());
+}
+
 class MessageQueueOddDate : public StoreFixture, public testing::WithParamInterface<const char *>
 {};
 

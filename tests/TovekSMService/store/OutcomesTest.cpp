@@ -106,6 +106,113 @@ TEST_F(OutcomesTest, theLastFailureIsTheNewestAmongTheOutcomes)
     EXPECT_EQ(failure->at, u"2026-01-01T00:00:02"_s);
 }
 
+class OutcomeList : public OutcomesTest
+{
+protected:
+    OutcomeList()
+    {
+        keep("2026-01-01T10:00:00", u"601"_s, u"uno"_s);
+        keep("2026-01-02T10:00:00", u"602"_s, u"DOS 100%"_s, -36);
+        keep("2026-01-03T10:00:00", u"+34603"_s, u"tres_"_s);
+    }
+
+    void keep(const char *at, const QString &phone, const QString &text, qint32 code = 1)
+    {
+        done(m_store->queue().finish(add(noon(), phone, text), code,
+                                     code == 1 ? std::optional(7) : std::nullopt, QLatin1String(at),
+                                     true));
+    }
+
+    QStringList listed(const MessageFilter &filter, qint64 offset = 0, qint64 limit = 10) const
+    {
+        QStringList texts;
+        for (const OutcomeRow &row : given(m_store->outcomes().list(filter, offset, limit)))
+            texts.append(row.text);
+        return texts;
+    }
+};
+
+TEST_F(OutcomeList, aRowHoldsWhatIsKnownOfAMessage)
+{
+    const QList<OutcomeRow> rows = given(m_store->outcomes().list({}, 1, 2));
+    ASSERT_EQ(rows.size(), 2);
+    EXPECT_EQ(rows.at(0), (OutcomeRow{2,
+                                      u"2026-01-02T10:00:00"_s,
+                                      noon(),
+                                      u"602"_s,
+                                      u"DOS 100%"_s,
+                                      -36,
+                                      QString(),
+                                      DeliveryState::None,
+                                      {}}));
+    EXPECT_EQ(rows.at(1), (OutcomeRow{1,
+                                      u"2026-01-01T10:00:00"_s,
+                                      noon(),
+                                      u"601"_s,
+                                      u"uno"_s,
+                                      1,
+                                      u"7"_s,
+                                      DeliveryState::None,
+                                      {}}));
+}
+
+TEST_F(OutcomeList, theLatestComeFirstAPageAtATime)
+{
+    EXPECT_EQ(listed({}), (QStringList{u"tres_"_s, u"DOS 100%"_s, u"uno"_s}));
+    EXPECT_EQ(listed({}, 0, 1), QStringList{u"tres_"_s});
+    EXPECT_EQ(listed({}, 2, 2), QStringList{u"uno"_s});
+    EXPECT_EQ(listed({}, 3, 2), QStringList());
+}
+
+TEST_F(OutcomeList, theEndOfATimeIsNotInIt)
+{
+    EXPECT_EQ(listed({u"2026-01-02"_s, {}, {}}), (QStringList{u"tres_"_s, u"DOS 100%"_s}));
+    EXPECT_EQ(listed({{}, u"2026-01-02T10:00:00"_s, {}}), QStringList{u"uno"_s});
+    EXPECT_EQ(listed({u"2026-01-02T10:00:00"_s, u"2026-01-02T10:00:01"_s, {}}),
+              QStringList{u"DOS 100%"_s});
+}
+
+TEST_F(OutcomeList, wordsAreSearchedInPhoneAndTextAsTheyAre)
+{
+    EXPECT_EQ(listed({{}, {}, u"dos"_s}), QStringList{u"DOS 100%"_s});
+    EXPECT_EQ(listed({{}, {}, u"+346"_s}), QStringList{u"tres_"_s});
+    EXPECT_EQ(listed({{}, {}, u"%"_s}), QStringList{u"DOS 100%"_s});
+    EXPECT_EQ(listed({{}, {}, u"_"_s}), QStringList{u"tres_"_s});
+    EXPECT_EQ(listed({{}, {}, u"'"_s}), QStringList());
+    EXPECT_EQ(listed({{}, u"2026-01-02"_s, u"60"_s}), QStringList{u"uno"_s});
+}
+
+TEST_F(OutcomeList, aMomentOfDeliveryIsToldOfWhatWasDeliveredAlone)
+{
+    const QString later = u"2026-01-04T10:00:00"_s;
+    EXPECT_TRUE(given(m_store->outcomes().setDelivery(1, DeliveryState::Delivered, later)));
+    EXPECT_TRUE(given(m_store->outcomes().setDelivery(3, DeliveryState::Refused, later)));
+    const QList<OutcomeRow> rows = given(m_store->outcomes().list({}, 0, 3));
+    ASSERT_EQ(rows.size(), 3);
+    EXPECT_EQ(rows.at(0).delivery, DeliveryState::Refused);
+    EXPECT_EQ(rows.at(0).deliveredAt, QString());
+    EXPECT_EQ(rows.at(2).delivery, DeliveryState::Delivered);
+    EXPECT_EQ(rows.at(2).deliveredAt, later);
+}
+
+TEST_F(OutcomeList, messagesAreCountedByWhatTheNetworkSays)
+{
+    const auto count = [this](DeliveryState state) {
+        return given(m_store->outcomes().count(state));
+    };
+    EXPECT_EQ(count(DeliveryState::Delivered), 0);
+    EXPECT_TRUE(given(m_store->outcomes().setDelivery(1, DeliveryState::Delivered, noon())));
+    EXPECT_TRUE(given(m_store->outcomes().setDelivery(3, DeliveryState::Unknown, noon())));
+    EXPECT_FALSE(given(m_store->outcomes().setDelivery(2, DeliveryState::Delivered, noon())))
+        << "it failed";
+    EXPECT_EQ(count(DeliveryState::Delivered), 1);
+    EXPECT_EQ(count(DeliveryState::Unknown), 1);
+    EXPECT_EQ(count(DeliveryState::Refused), 0);
+    EXPECT_TRUE(given(m_store->outcomes().setDelivery(3, DeliveryState::Delivered, noon())));
+    EXPECT_EQ(count(DeliveryState::Delivered), 2);
+    EXPECT_EQ(count(DeliveryState::Unknown), 0);
+}
+
 } // namespace
 
 } // namespace norvane

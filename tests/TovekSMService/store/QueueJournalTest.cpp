@@ -117,6 +117,15 @@ TEST_F(StoreJournalTest, editsDeletionsPostponementsAndOutcomesAreNoted)
     EXPECT_EQ(noted(), QList<qint64>{one});
 }
 
+TEST_F(StoreJournalTest, aRefusedMessageIsNoRowThatAnybodyHasSeen)
+{
+    const quint64 before = m_store->queue().journal().revision();
+    done(m_store->queue().refuse({noon(), u"600"_s, {}, 0}, -51, noon()));
+    const QList<qint64> told = noted();
+    EXPECT_EQ(given(m_store->queue().rows(told)), QList<QueueRow>());
+    EXPECT_TRUE(m_store->queue().journal().since(before).has_value());
+}
+
 TEST_F(StoreJournalTest, aPartThatLeavesChangesNoRow)
 {
     const qint64 id = add(noon());

@@ -38,6 +38,24 @@ TEST_F(StoreReaderTest, outcomesAreReadInTheirOrderFromAMomentOnBesideTheStore)
     EXPECT_EQ(moments, QStringList({u"2026-01-02T00:00:00"_s, u"2026-01-03T00:00:00"_s}));
 }
 
+TEST_F(StoreReaderTest, anOutcomeComesWithWhatTheNetworkSays)
+{
+    for (int message = 0; message < 2; ++message)
+        done(m_store->queue().finish(add(noon()), 1, 7, noon(), true));
+    const QString later = u"2024-05-01T12:00:09"_s;
+    done(m_store->outcomes().setDelivery(1, DeliveryState::Delivered, later));
+    done(m_store->outcomes().setDelivery(2, DeliveryState::Refused, later));
+    StoreReader reader(file());
+    done(reader.open());
+    QList<OutcomeRow> rows;
+    done(reader.outcomes({}, [&](const OutcomeRow &row) { rows << row; }));
+    ASSERT_EQ(rows.size(), 2);
+    EXPECT_EQ(rows.at(0), (OutcomeRow{1, noon(), noon(), u"600"_s, u"text"_s, 1, u"7"_s,
+                                      DeliveryState::Delivered, later}));
+    EXPECT_EQ(rows.at(1).delivery, DeliveryState::Refused);
+    EXPECT_EQ(rows.at(1).deliveredAt, QString());
+}
+
 TEST_F(StoreReaderTest, aCopyIsAStoreOfItsOwn)
 {
     add(noon(), u"600"_s);

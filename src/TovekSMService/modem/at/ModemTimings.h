@@ -28,6 +28,12 @@ struct ModemTimings
     /// After a pause of this length a link that was kept between messages counts as closed. Devices
     /// close it after 1 to 5 seconds.
     int linkPauseMs = 500;
+    /// Reading a memory full of messages.
+    int listMs = 60000;
+    /// How long something that was announced waits for others, and until what could not be stored
+    /// is looked at again.
+    int mailDelayMs = 200;
+    int mailAgainMs = 10000;
     /// From opening to ready, all in all.
     int initialisationMs = 100000;
     /// The search for a device under another name: for one port, and all in all.

@@ -46,6 +46,9 @@ struct ModemFailure
 /// Whether a step with the device has come to a good end.
 using ModemResult = Result<void, ModemFailure>;
 
+/// Whether the network was asked to report what becomes of a part.
+enum class ReportRequest { None, Asked };
+
 /// Why a part wasn't sent, or may not have been.
 struct SendFailure
 {
@@ -61,5 +64,6 @@ struct SendFailure
 } // namespace norvane
 
 Q_DECLARE_METATYPE(norvane::DeviceDetails)
+Q_DECLARE_METATYPE(norvane::ReportRequest)
 Q_DECLARE_METATYPE(norvane::ModemFailure)
 Q_DECLARE_METATYPE(norvane::SendFailure)

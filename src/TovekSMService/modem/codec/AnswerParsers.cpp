@@ -72,6 +72,41 @@ QList<QByteArray> fields(const Lines &lines, QByteArrayView tag)
     return result;
 }
 
+QList<QList<QByteArray>> textLists(const Lines &lines, QByteArrayView tag)
+{
+    const QByteArray rest = behindTag(lines, tag).value_or(QByteArray());
+    QList<QList<QByteArray>> lists;
+    for (qsizetype open = rest.indexOf('('); open >= 0; open = rest.indexOf('(', open + 1)) {
+        const qsizetype close = rest.indexOf(')', open);
+        if (close < 0)
+            break;
+        QList<QByteArray> values;
+        for (const QByteArray &value : rest.mid(open + 1, close - open - 1).split(','))
+            values.append(withoutQuotes(value));
+        lists.append(values);
+    }
+    return lists;
+}
+
+QList<QList<int>> valueLists(const Lines &lines, QByteArrayView tag)
+{
+    constexpr int maxRange = 256;
+    QList<QList<int>> lists;
+    for (const QList<QByteArray> &texts : textLists(lines, tag)) {
+        QList<int> values;
+        for (const QByteArray &text : texts) {
+            const QList<QByteArray> ends = text.split('-');
+            const int first = number(ends, 0);
+            const int last = ends.size() == 2 ? number(ends, 1) : first;
+            for (int value = first; first >= 0 && value <= last && value < first + maxRange;
+                 ++value)
+                values.append(value);
+        }
+        lists.append(values);
+    }
+    return lists;
+}
+
 QString freeText(const Lines &lines)
 {
     if (lines.isEmpty())

@@ -19,6 +19,12 @@ std::optional<QByteArray> behindTag(const Lines &lines, QByteArrayView tag);
 /// The fields behind "tag:", parted by commas outside quotes, each without blanks and quotes.
 QList<QByteArray> fields(const Lines &lines, QByteArrayView tag);
 
+/// What a device says that it takes (the answer to "AT+X=?"): for each argument the values between
+/// its parentheses, without quotes, ranges as they stand.
+QList<QList<QByteArray>> textLists(const Lines &lines, QByteArrayView tag);
+/// The same for numbers, ranges of 256 values at most written out; what is no number is left out.
+QList<QList<int>> valueLists(const Lines &lines, QByteArrayView tag);
+
 /// Free text (3GPP TS 27.007, 5.1 to 5.3): the first line, without a tag and quotes.
 QString freeText(const Lines &lines);
 /// +CGSN (27.007, 5.4): the first run of 14 to 17 digits.

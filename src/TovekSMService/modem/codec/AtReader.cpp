@@ -1,5 +1,7 @@
 #include "TovekSMService/modem/codec/AtReader.h"
 
+#include "TovekSMService/modem/codec/Hexadecimal.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -59,13 +61,6 @@ QByteArray tagOfCommand(const QByteArray &command)
     while (end < command.size() && command.at(end) != '=' && command.at(end) != '?')
         ++end;
     return command.mid(2, end - 2).toUpper();
-}
-
-bool isHexadecimal(const QByteArray &line)
-{
-    return !line.isEmpty() && std::all_of(line.begin(), line.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-    });
 }
 
 AtResult numberedResult(AtResult::Kind kind, const QByteArray &rest)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TovekSMService/modem/codec/ShiftTables.h"
+
 #include <QByteArray>
+#include <QString>
 #include <QStringView>
 
 #include <optional>
@@ -23,6 +26,15 @@ std::optional<QByteArray> toSeptets(QStringView text);
 /// @param fillBits 0 to 6 zero bits in front of the first septet, which bring the text behind a
 ///                 user data header to a septet boundary (3GPP TS 23.040, 9.2.3.24)
 QByteArray pack(const QByteArray &septets, int fillBits = 0);
+
+/// Unpacks `count` septets, one a byte, or as many as the octets hold whole.
+QByteArray unpack(const QByteArray &octets, qsizetype count);
+
+/// The text that septets (one a byte) stand for. An escape before a septet that the single shift
+/// table doesn't hold makes that septet a character of the locking shift table, and one before
+/// another escape a space, as an escape at the end does (3GPP TS 23.038, 6.2.1.1).
+QString fromSeptets(const QByteArray &septets, GsmLanguage locking = GsmLanguage::Default,
+                    GsmLanguage single = GsmLanguage::Default);
 
 } // namespace GsmAlphabet
 

@@ -16,6 +16,7 @@ constexpr int maxDigits = 20;
 /// First octet of an SMS-SUBMIT, 3GPP TS 23.040, 9.2.2.2.
 constexpr int submit = 0x01;
 constexpr int relativeValidity = 0x10;
+constexpr int statusReportRequest = 0x20;
 constexpr int headerPresent = 0x40;
 
 /// The service centre address in front of the TPDU, in hexadecimal digits.
@@ -101,6 +102,7 @@ SubmitPart encodePart(const EncodeRequest &request, const QByteArray &address,
     const int total = static_cast<int>(text.parts.size());
     QByteArray tpdu;
     appendOctet(tpdu, submit | (request.validityPeriod ? relativeValidity : 0) |
+                          (request.statusReport ? statusReportRequest : 0) |
                           (total > 1 ? headerPresent : 0));
     appendOctet(tpdu, 0x00); // TP-Message-Reference: the device puts its own
     tpdu += address;
@@ -114,8 +116,12 @@ SubmitPart encodePart(const EncodeRequest &request, const QByteArray &address,
         userData(text.alphabet, text.parts.at(number - 1),
                  total > 1 ? concatenationHeader(request.reference, total, number) : QByteArray());
 
-    return {"00"_ba + tpdu.toHex().toUpper(), static_cast<int>(tpdu.size()), number, total,
-            referenceAt};
+    return {"00"_ba + tpdu.toHex().toUpper(),
+            static_cast<int>(tpdu.size()),
+            number,
+            total,
+            referenceAt,
+            request.statusReport};
 }
 
 } // namespace
@@ -149,6 +155,18 @@ Result<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request
     for (int number = 1; number <= text->parts.size(); ++number)
         parts.append(encodePart(request, *address, *text, number));
     return parts;
+}
+
+SubmitPart withoutStatusReport(SubmitPart part)
+{
+    bool isNumber = false;
+    const int first = part.hex.mid(centreDigits, 2).toInt(&isNumber, 16);
+    Q_ASSERT(isNumber);
+    part.hex.replace(
+        centreDigits, 2,
+        QByteArray::number(first & ~statusReportRequest, 16).rightJustified(2, '0').toUpper());
+    part.asksForReport = false;
+    return part;
 }
 
 void setReference(QList<SubmitPart> &parts, quint16 reference)

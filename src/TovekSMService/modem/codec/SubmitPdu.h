@@ -20,6 +20,8 @@ struct EncodeRequest
     quint16 reference = 0;
     /// TP-VP in its relative form (3GPP TS 23.040, 9.2.3.12.1), absent for the network's own.
     std::optional<quint8> validityPeriod;
+    /// Whether the network is asked to report what becomes of each part (TP-SRR, 9.2.3.5).
+    bool statusReport = false;
 };
 
 /// One SMS-SUBMIT as a device takes it.
@@ -34,6 +36,8 @@ struct SubmitPart
     int total = 1;
     /// Where the reference that ties the parts together stands in `hex`; -1 for a single part.
     qsizetype referenceAt = -1;
+    /// Whether the network is asked to report what becomes of the part.
+    bool asksForReport = false;
 };
 
 enum class EncodeError { EmptyPhone, NumberTooLong, InvalidCharacters, TextTooLong };
@@ -44,6 +48,9 @@ int errorCode(EncodeError error);
 /// Encodes a message as SMS-SUBMIT in PDU mode (3GPP TS 23.040, 9.2.2.2; 27.005, 3.1), cut into
 /// concatenated parts where it needs more than one (23.040, 9.2.3.24.8: 16-bit reference).
 [[nodiscard]] Result<QList<SubmitPart>, EncodeError> encodeSubmit(const EncodeRequest &request);
+
+/// Takes the request for a status report out of a part.
+SubmitPart withoutStatusReport(SubmitPart part);
 
 /// Ties the parts together by another reference; a single part has none.
 void setReference(QList<SubmitPart> &parts, quint16 reference);

@@ -25,10 +25,18 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
           },
           time),
       m_submission(m_channel, m_dialogue, timings, time),
+      m_mailbox(
+          m_dialogue, timings, [this] { Q_EMIT mailDue(); }, time),
       m_search(*m_line, m_channel, timings, std::move(ports), time), m_initialisationLimit(time)
 {
     connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
-    connect(&m_channel, &AtChannel::unsolicited, this, &Modem::unsolicited);
+    connect(&m_channel, &AtChannel::unsolicited, this, [this](const QByteArray &said) {
+        const bool hadMail = hasMail();
+        m_mailbox.takeLine(said);
+        if (!hadMail && hasMail())
+            Q_EMIT mailDue();
+        Q_EMIT unsolicited(said);
+    });
     connect(&m_channel, &AtChannel::broken, this, &Modem::onBroken);
 }
 
@@ -159,7 +167,7 @@ void Modem::setUpMessages()
 {
     m_dialogue.askAll(DeviceSetUp::messages(m_timings), [this](const ModemResult &setUp) {
         if (setUp)
-            m_flightMode.awaitNetwork([this] { readDetails(); });
+            m_mailbox.setUp([this] { m_flightMode.awaitNetwork([this] { readDetails(); }); });
         else
             fail(setUp.error());
     });
@@ -196,8 +204,27 @@ void Modem::send(const SubmitPart &part, Followers followers)
         return;
     }
     m_state = State::Busy;
-    m_submission.start(part, followers,
+    m_followers = followers;
+    const bool mayAsk = m_mailbox.takesReports() && !m_refusals.contains(m_details.simId);
+    submit(part.asksForReport && !mayAsk ? withoutStatusReport(part) : part);
+}
+
+void Modem::submit(const SubmitPart &part)
+{
+    m_part = part;
+    m_submission.start(part, m_followers,
                        [this](const PartSubmission::Outcome &outcome) { onSubmitted(outcome); });
+}
+
+/// An error means that the part was not taken. Where it may be the request that was refused, the
+/// part goes again without it, and the SIM is asked no more.
+bool Modem::sendWithoutReport(const PartSubmission::Outcome &outcome)
+{
+    if (outcome.accepted || !m_part.asksForReport || !ReportRefusals::mayBeRefusal(outcome.failure))
+        return false;
+    m_refusals.add(m_details.simId);
+    submit(withoutStatusReport(m_part));
+    return true;
 }
 
 void Modem::onSubmitted(const PartSubmission::Outcome &outcome)
@@ -207,6 +234,8 @@ void Modem::onSubmitted(const PartSubmission::Outcome &outcome)
         recoverThen([this, outcome] { reportPart(outcome); });
         return;
     }
+    if (outcome.device == Device::Ready && sendWithoutReport(outcome))
+        return;
     if (outcome.device == Device::Ready)
         m_state = State::Ready;
     reportPart(outcome);
@@ -231,7 +260,8 @@ void Modem::recoverThen(const std::function<void()> &tell)
 void Modem::reportPart(const PartSubmission::Outcome &outcome)
 {
     if (outcome.accepted)
-        Q_EMIT partAccepted(outcome.reference);
+        Q_EMIT partAccepted(outcome.reference,
+                            m_part.asksForReport ? ReportRequest::Asked : ReportRequest::None);
     else
         Q_EMIT partFailed(outcome.failure);
 }
@@ -244,6 +274,17 @@ void Modem::refreshDetails()
     m_dialogue.askAll(DeviceQueries::condition(&m_details, m_timings), [this](const ModemResult &) {
         m_state = State::Ready;
         Q_EMIT detailsChanged(m_details);
+    });
+}
+
+void Modem::fetchMail()
+{
+    if (m_state != State::Ready)
+        return;
+    m_state = State::Busy;
+    m_mailbox.work([this](const QList<Arrival> &arrivals) {
+        m_state = State::Ready;
+        Q_EMIT mailRead(arrivals);
     });
 }
 
@@ -320,6 +361,7 @@ void Modem::shutDown()
     m_initialisationLimit.stop();
     m_flightMode.stop();
     m_unlock.stop();
+    m_mailbox.reset();
     m_search.stop();
     m_line->close();
     m_channel.abandon(LineError::NotOpen);

@@ -5,8 +5,10 @@
 #include "TovekSMService/modem/at/ModemTypes.h"
 #include "TovekSMService/modem/at/PortParameter.h"
 #include "TovekSMService/modem/device/FlightMode.h"
+#include "TovekSMService/modem/device/Mailbox.h"
 #include "TovekSMService/modem/device/PartSubmission.h"
 #include "TovekSMService/modem/device/PortSearch.h"
+#include "TovekSMService/modem/device/ReportRefusals.h"
 #include "TovekSMService/modem/device/SimUnlock.h"
 #include "TovekSMService/platform/SerialDevices.h"
 #include "TovekSMService/time/Timer.h"
@@ -83,6 +85,15 @@ public:
     /// unless the modem is ready.
     void refreshDetails();
 
+    /// Whether something from the network is to be read, deleted or acknowledged.
+    bool hasMail() const { return m_mailbox.isDue(); }
+    /// Does so: `mailRead`, with what was read. Does nothing unless the modem is ready.
+    void fetchMail();
+    /// These are stored: the device needn't keep them any longer.
+    void dismissMail(const QList<Arrival> &arrivals) { m_mailbox.dismiss(arrivals); }
+    /// What was read could not be stored.
+    void deferMail() { m_mailbox.defer(); }
+
     /// Asks the device whether it answers and whether its SIM is unlocked, and for its details:
     /// `tested`.
     void test();
@@ -91,7 +102,8 @@ Q_SIGNALS:
     void ready(const DeviceDetails &details);
     void detailsChanged(const DeviceDetails &details);
     /// @param reference the message reference that the device gave, -1 if it gave none
-    void partAccepted(int reference);
+    /// @param report    whether the network will report what becomes of the part
+    void partAccepted(int reference, ReportRequest report);
     void partFailed(const SendFailure &failure);
     /// The device can't be used; the modem is closed.
     void failed(const ModemFailure &failure);
@@ -100,6 +112,10 @@ Q_SIGNALS:
     void tested(bool ok, int code, const DeviceDetails &details, const QString &reason);
     /// A line that the device sent by itself.
     void unsolicited(const QByteArray &line);
+    /// hasMail() has become true.
+    void mailDue();
+    /// The modem is ready again.
+    void mailRead(const QList<Arrival> &arrivals);
     /// The SIM has taken its PIN.
     void pinResolved();
     /// The device was told to restart its radio part.
@@ -118,7 +134,9 @@ private:
     void setUpMessages();
     void readDetails();
     void becomeReady();
+    void submit(const SubmitPart &part);
     void onSubmitted(const PartSubmission::Outcome &outcome);
+    bool sendWithoutReport(const PartSubmission::Outcome &outcome);
     void recoverThen(const std::function<void()> &tell);
     void reportPart(const PartSubmission::Outcome &outcome);
     void testAfterFindingBack();
@@ -135,6 +153,10 @@ private:
     FlightMode m_flightMode;
     SimUnlock m_unlock;
     PartSubmission m_submission;
+    SubmitPart m_part; ///< that is being sent
+    Followers m_followers = Followers::None;
+    ReportRefusals m_refusals;
+    Mailbox m_mailbox;
     PortSearch m_search;
     Timer m_initialisationLimit;
 

@@ -156,10 +156,12 @@ QByteArray FakeModemLine::answer(const QByteArray &line)
 void makeOrdinary(FakeModemLine &line)
 {
     for (const char *command : {"AT", "ATE0", "ATV1", "AT+CMEE=1", "AT+CMGF=0", "AT+CSMS=0",
-                                "AT+CNMI=0,0", "AT+COPS=3,0"})
+                                "AT+COPS=3,0", "AT+CNMI=2,1,0,2,0", "AT+CPMS=\"SM\"", "AT+CMGL=4"})
         line.answers.insert(command, FakeModemLine::answer("OK"));
     const std::pair<const char *, const char *> told[] = {
         {"AT+CPIN?", "+CPIN: READY"},
+        {"AT+CPMS=?", "+CPMS: (\"SM\"),(\"SM\"),(\"SM\")"},
+        {"AT+CNMI=?", "+CNMI: (0-2),(0-3),(0,2),(0-2),(0,1)"},
         {"AT+CGMI", "Norvane"},
         {"AT+CGMM", "Model 7"},
         {"AT+CGMR", "Revision 1.2"},

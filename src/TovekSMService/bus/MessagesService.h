@@ -1,0 +1,54 @@
+#pragma once
+
+#include "TovekSMService/bus/StoreCalls.h"
+#include "contract/BusTypes.h"
+
+#include <QDBusContext>
+#include <QObject>
+
+namespace norvane {
+
+class Clock;
+class Dispatcher;
+class Store;
+
+/// The part of the engine's object on the bus that tells what became of messages, what was received
+/// and who has opted out. A generated adaptor stands before it. What the store can't do at once is
+/// retried for ten seconds before the call fails.
+class MessagesService : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+
+public:
+    /// @param store, dispatcher, clock  must outlive this object
+    MessagesService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
+                    const Clock &clock, QObject *parent = nullptr);
+
+    BusOutcomeRows GetOutcomes(const QString &from, const QString &to, const QString &text,
+                               uint offset, uint limit);
+    BusReceivedMessages GetReceived(const QString &from, const QString &to, const QString &text,
+                                    uint offset, uint limit);
+    void MarkRead(const QList<qlonglong> &ids);
+    BusOptOuts GetOptOuts();
+    bool AddOptOut(const QString &phone);
+    bool RemoveOptOut(const QString &phone);
+
+Q_SIGNALS:
+    void DeliveryChanged(qlonglong id, const QString &state, const QString &at);
+    void Received(qlonglong id, const QString &phone, const QString &text, const QString &at);
+
+protected:
+    /// Carries out the present call, which answers with what the step gives; what the operation
+    /// itself returns isn't sent.
+    void carryOut(const StoreCalls::Step &step, const StoreCalls::Refusal &refusal = {});
+
+    QDBusConnection m_bus;
+    Store &m_store;
+    Dispatcher &m_dispatcher;
+    const Clock &m_clock;
+
+private:
+    StoreCalls m_calls;
+};
+
+} // namespace norvane

@@ -1,0 +1,140 @@
+#include "TovekSMService/reports/DeliveryReports.h"
+
+#include "TovekSMService/log/Categories.h"
+#include "TovekSMService/reports/DeliveryStatus.h"
+#include "TovekSMService/reports/PduDigest.h"
+#include "TovekSMService/reports/PhoneNumber.h"
+#include "TovekSMService/store/Store.h"
+
+#include <algorithm>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString localText(const QDateTime &moment, const QString &now)
+{
+    return moment.isValid() ? moment.toLocalTime().toString(u"yyyy-MM-ddTHH:mm:ss"_s) : now;
+}
+
+/// What the parts of a message make of it: one that was refused is enough, and all must be
+/// delivered. The moment is that of the last word about it.
+struct Summary
+{
+    DeliveryState state = DeliveryState::None;
+    QString at;
+};
+
+Summary summaryOf(const QList<PartState> &parts)
+{
+    if (parts.isEmpty())
+        return {};
+    const auto any = [&parts](DeliveryState state) {
+        return std::any_of(parts.begin(), parts.end(),
+                           [state](const PartState &part) { return part.state == state; });
+    };
+    Summary summary;
+    for (const PartState &part : parts)
+        summary.at = std::max(summary.at, part.reportedAt);
+    if (any(DeliveryState::Refused))
+        summary.state = DeliveryState::Refused;
+    else if (any(DeliveryState::Pending))
+        summary = {DeliveryState::Pending, {}};
+    else if (any(DeliveryState::Unknown))
+        summary.state = DeliveryState::Unknown;
+    else
+        summary.state = DeliveryState::Delivered;
+    return summary;
+}
+
+} // namespace
+
+StoreResult<> DeliveryReports::keepSent(const std::optional<SentPart> &part)
+{
+    return part ? m_store.sentParts().add(*part) : StoreResult<>();
+}
+
+StoreResult<std::optional<qint64>> DeliveryReports::partOf(const StatusReportPdu &report,
+                                                           const QString &sim) const
+{
+    return m_store.sentParts().open(sim, report.reference).map([&](const QList<OpenPart> &parts) {
+        // A number that is the same to the letter goes before one that has a prefix more or less.
+        const auto find = [&parts](const auto &matches) {
+            return std::find_if(parts.begin(), parts.end(), matches);
+        };
+        auto found = find([&](const OpenPart &part) { return part.phone == report.recipient; });
+        if (found == parts.end())
+            found = find([&](const OpenPart &part) {
+                return PhoneNumber::isSameRecipient(part.phone, report.recipient);
+            });
+        return found == parts.end() ? std::nullopt : std::optional(found->id);
+    });
+}
+
+StoreResult<std::optional<DeliveryChange>> DeliveryReports::take(const QByteArray &pdu,
+                                                                 const StatusReportPdu &report,
+                                                                 const QString &sim,
+                                                                 const QString &now)
+{
+    using Change = std::optional<DeliveryChange>;
+    SentParts &parts = m_store.sentParts();
+    return m_store.database().together([&]() -> StoreResult<Change> {
+        const StoreResult<std::optional<qint64>> part = partOf(report, sim);
+        if (!part)
+            return failed(part.error());
+        const StoreResult<bool> isNew = parts.keepReport(pduDigest(pdu, sim), now, *part, pdu);
+        if (!isNew)
+            return failed(isNew.error());
+        if (!*isNew)
+            return Change();
+        if (!*part) {
+            qCInfo(logDispatch) << "a status report belongs to nothing that was sent: reference"
+                                << report.reference << "status" << report.status;
+            return Change();
+        }
+        const DeliveryStatus status = DeliveryStatus::of(report.status);
+        return parts
+            .setState(**part, status.state, status.isFinal(), report.status,
+                      localText(report.at, now))
+            .and_then([&] { return parts.messageOf(**part); })
+            .and_then([this](qint64 message) { return refresh(message); });
+    });
+}
+
+StoreResult<std::optional<DeliveryChange>> DeliveryReports::refresh(qint64 message)
+{
+    using Change = std::optional<DeliveryChange>;
+    return m_store.sentParts().ofMessage(message).and_then(
+        [&](const QList<PartState> &parts) -> StoreResult<Change> {
+            const Summary summary = summaryOf(parts);
+            return m_store.outcomes()
+                .setDelivery(message, summary.state, summary.at)
+                .map([&](bool changed) {
+                    return changed ? Change({message, summary.state, summary.at}) : Change();
+                });
+        });
+}
+
+StoreResult<QList<DeliveryChange>> DeliveryReports::expire(const QString &before,
+                                                           const QString &now, int max)
+{
+    return m_store.database().together([&]() -> StoreResult<QList<DeliveryChange>> {
+        const StoreResult<QList<qint64>> messages = m_store.sentParts().overdue(before, max);
+        if (!messages)
+            return failed(messages.error());
+        QList<DeliveryChange> changes;
+        for (const qint64 message : *messages) {
+            const auto change =
+                m_store.sentParts().giveUp(message, now).and_then([&] { return refresh(message); });
+            if (!change)
+                return failed(change.error());
+            if (*change)
+                changes.append(**change);
+        }
+        return changes;
+    });
+}
+
+} // namespace norvane
