@@ -1,20 +1,8 @@
 #include "harness/DialogueWatch.h"
 
+#include "harness/AtBytes.h"
+
 namespace norvane {
-
-namespace {
-
-constexpr char lineEnd = '\r';
-constexpr char endOfPayload = 0x1A;
-constexpr char leavePrompt = 0x1B;
-
-bool isFinal(const QByteArray &line)
-{
-    return line == "OK" || line == "ERROR" || line.startsWith("+CMS ERROR:") ||
-           line.startsWith("+CME ERROR:");
-}
-
-} // namespace
 
 QList<Place> DialogueWatch::read(From from, const QByteArray &bytes)
 {
@@ -37,11 +25,11 @@ Place DialogueWatch::placeOf(From from, char byte)
         enter(Stage::Outside);
     const bool engineSpeaks = m_stage == Stage::Command || m_stage == Stage::Payload;
     if (m_stage == Stage::Outside || engineSpeaks != (from == From::Engine))
-        return {Stage::Outside, 0, m_submission, false, false, byte, {}};
+        return {Stage::Outside, 0, m_submission, false, false, byte, {}, from};
     if (m_stage == Stage::Answer)
         return placeOfAnswer(byte);
 
-    Place place{m_stage, m_offset++, m_submission, false, false, byte, {}};
+    Place place{m_stage, m_offset++, m_submission, false, false, byte, {}, from};
     if (m_stage == Stage::Command) {
         place.isLast = byte == lineEnd;
         if (place.isLast)
@@ -65,14 +53,14 @@ Place DialogueWatch::placeOf(From from, char byte)
 
 Place DialogueWatch::placeOfAnswer(char byte)
 {
-    Place place{m_stage, m_offset++, m_submission, false, false, byte, {}};
+    Place place{m_stage, m_offset++, m_submission, false, false, byte, {}, From::Device};
     if (byte != '\n') {
         if (byte != lineEnd)
             m_line += byte;
         return place;
     }
     place.endsReference = m_line.contains("+CMGS:");
-    place.isLast = isFinal(m_line);
+    place.isLast = isFinalResult(m_line);
     m_line.clear();
     if (place.isLast)
         enter(Stage::Outside);

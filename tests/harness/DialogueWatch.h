@@ -26,6 +26,7 @@ struct Place
     bool endsReference = false; ///< ends the line "+CMGS: n"
     char byte = 0;
     QByteArray payload; ///< whole, without Ctrl-Z, at the last byte of the payload
+    From from = From::Engine;
 };
 
 /// Follows the talk of an engine with a device, and tells where each byte stands in it.

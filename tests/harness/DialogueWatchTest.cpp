@@ -46,6 +46,16 @@ TEST_F(WatchedDialogue, everyByteOfASubmissionHasItsPlace)
     EXPECT_EQ(engine("AT\r").constFirst().stage, Stage::Outside);
 }
 
+TEST_F(WatchedDialogue, aByteIsTheEnginesOrTheDevices)
+{
+    EXPECT_EQ(engine("AT+CMGS=23\r").constLast().from, From::Engine);
+    EXPECT_EQ(device("\r\n> ").constLast().from, From::Device);
+    EXPECT_EQ(engine("0011AB\x1A").constLast().from, From::Engine);
+    EXPECT_EQ(device("\r\n+CMGS: 7\r\n\r\nOK\r\n").constLast().from, From::Device);
+    EXPECT_EQ(engine("AT\r").constLast().from, From::Engine);
+    EXPECT_EQ(device("\r\n").constLast().from, From::Device);
+}
+
 TEST_F(WatchedDialogue, submissionsAreCountedFromTheBeginning)
 {
     for (int round = 0; round < 2; ++round) {

@@ -15,19 +15,26 @@ constexpr int sentCode = 1;
 constexpr int mayBeDelivered = -39;
 constexpr int leaving = 1;
 
-constexpr std::array<std::pair<const char *, int Tally::*>, 13> numbers = {
+constexpr std::array<std::pair<const char *, int Tally::*>, 20> numbers = {
     {{"cycles", &Tally::cycles},
      {"queued", &Tally::queued},
      {"sent", &Tally::sent},
      {"failed", &Tally::failed},
      {"arrived", &Tally::arrived},
      {"waiting", &Tally::waiting},
+     {"delivered", &Tally::delivered},
+     {"mail", &Tally::mail},
      {"twice", &Tally::twice},
      {"lost", &Tally::lost},
      {"untrue", &Tally::untrue},
      {"strange", &Tally::strange},
      {"untold", &Tally::untold},
      {"uncommitted", &Tally::uncommitted},
+     {"reports-lost", &Tally::reportsLost},
+     {"reports-wrong", &Tally::reportsWrong},
+     {"mail-lost", &Tally::mailLost},
+     {"mail-doubled", &Tally::mailDoubled},
+     {"mail-torn", &Tally::mailTorn},
      {"stuck", &Tally::stuck}}};
 
 /// Everything that is known of one phone.
@@ -78,8 +85,8 @@ QHash<QString, Story> storiesOf(const Account &account)
 class Judge
 {
 public:
-    Judge(const QString &phone, const Story &story, Tally &tally)
-        : m_phone(phone), m_story(story), m_tally(tally)
+    Judge(const QString &phone, const Story &story, Reports reports, Tally &tally)
+        : m_phone(phone), m_story(story), m_reports(reports), m_tally(tally)
     {}
 
     void judge()
@@ -121,6 +128,20 @@ private:
             judgeWaiting(message);
         for (const MessageOutcome &outcome : m_story.outcomes)
             judgeOutcome(outcome.code);
+        for (const MessageOutcome &outcome : m_story.outcomes)
+            judgeReports(outcome);
+    }
+
+    /// Of a part whose answer was lost nobody knows the reference that its report names.
+    void judgeReports(const MessageOutcome &outcome)
+    {
+        if (outcome.isDelivered)
+            ++m_tally.delivered;
+        if (outcome.isDelivered && !m_story.isWhole())
+            fault(&Tally::reportsWrong, "is told as delivered and was not received whole");
+        const bool isDue = m_reports == Reports::HandedOver && outcome.code == sentCode;
+        if (isDue && m_story.isWhole() && !outcome.isDelivered)
+            fault(&Tally::reportsLost, "was reported as delivered and is not told so");
     }
 
     void judgeWaiting(const WaitingMessage &message)
@@ -172,14 +193,39 @@ private:
 
     const QString &m_phone;
     const Story &m_story;
+    const Reports m_reports;
     Tally &m_tally;
 };
+
+/// What became of the messages that the device was given. A text in the store is that of one
+/// message, whole.
+void judgeMail(const Account &account, Tally &tally)
+{
+    QHash<QString, QStringList> kept;
+    for (const Mail &mail : account.mailKept)
+        kept[mail.phone].append(mail.text);
+    tally.mail = static_cast<int>(account.mailGiven.size());
+    for (const Mail &mail : account.mailGiven) {
+        QStringList texts = kept.take(mail.phone);
+        const qsizetype whole = texts.removeAll(mail.text);
+        if (whole > 1)
+            tally.fault(&Tally::mailDoubled, mail.phone + u" is in the store more than once"_s);
+        if (whole == 0 && texts.isEmpty())
+            tally.fault(&Tally::mailLost, mail.phone + u" is not in the store"_s);
+        if (!texts.isEmpty())
+            tally.fault(&Tally::mailTorn, mail.phone + u" is in the store with another text"_s);
+    }
+    for (auto strange = kept.cbegin(); strange != kept.cend(); ++strange)
+        tally.fault(&Tally::mailTorn, strange.key() + u" is in the store, and nobody sent it"_s);
+}
 
 } // namespace
 
 bool Tally::isClean() const
 {
-    return twice + lost + untrue + strange + untold + uncommitted + stuck == 0;
+    return twice + lost + untrue + strange + untold + uncommitted + reportsLost + reportsWrong +
+               mailLost + mailDoubled + mailTorn + stuck ==
+           0;
 }
 
 QString Tally::line() const
@@ -212,7 +258,8 @@ Tally count(const Account &account)
     Tally tally;
     const QHash<QString, Story> stories = storiesOf(account);
     for (auto story = stories.cbegin(); story != stories.cend(); ++story)
-        Judge(story.key(), story.value(), tally).judge();
+        Judge(story.key(), story.value(), account.reports, tally).judge();
+    judgeMail(account, tally);
     return tally;
 }
 

@@ -44,7 +44,18 @@ struct MessageOutcome
 {
     QString phone;
     int code = 0; ///< 1 sent, else the error code
+    bool isDelivered = false;
 };
+
+/// A message that somebody sent to the device, or that the store has as received.
+struct Mail
+{
+    QString phone; ///< the sender's, and of no other message
+    QString text;
+};
+
+/// Whether the network has handed over a report on every part that it took.
+enum class Reports { MayBeUnderway, HandedOver };
 
 struct Account
 {
@@ -54,6 +65,9 @@ struct Account
     QList<MessageOutcome> outcomes;
     /// Failures as the engine told them, in the order of telling.
     QList<MessageOutcome> told;
+    Reports reports = Reports::MayBeUnderway;
+    QList<Mail> mailGiven; ///< whole messages that the network has handed to the device
+    QList<Mail> mailKept;  ///< as the store shows them
 };
 
 struct Tally
@@ -64,6 +78,8 @@ struct Tally
     int failed = 0;
     int arrived = 0; ///< of the failed ones with -39: received whole all the same
     int waiting = 0;
+    int delivered = 0; ///< of the sent ones: a report says so
+    int mail = 0;      ///< messages that the device was given
 
     // What must not be.
     int twice = 0;   ///< received twice, in two places, or about to be sent again
@@ -71,8 +87,13 @@ struct Tally
     int untrue = 0;  ///< received whole and told as failed for good, or received with another text
     int strange = 0; ///< received, waiting or told, and never queued
     int untold = 0;  ///< failures that the engine told never, twice, or with another code
-    int uncommitted = 0; ///< left for the network before the store knew
-    int stuck = 0;       ///< what was waited for did not come
+    int uncommitted = 0;  ///< left for the network before the store knew
+    int reportsLost = 0;  ///< sent, reported on by the network, and not told as delivered
+    int reportsWrong = 0; ///< told as delivered, and not received whole
+    int mailLost = 0;     ///< given to the device, and not in the store
+    int mailDoubled = 0;  ///< in the store more than once
+    int mailTorn = 0;     ///< in the store with another text, or given by nobody
+    int stuck = 0;        ///< what was waited for did not come
 
     int cycles = 0;
     QStringList faults; ///< what must not be, in words

@@ -64,6 +64,7 @@ std::optional<bool> StoreReader::isLeaving(const QByteArray &partHash) const
 
 bool StoreReader::read(Account &account) const
 {
+    constexpr int delivered = 2; // in the column of that name
     const Look look(m_file);
     QSqlQuery waiting = look.ask(u"SELECT phone, state, parts_sent FROM message"_s);
     if (!waiting.isActive())
@@ -71,11 +72,17 @@ bool StoreReader::read(Account &account) const
     while (waiting.next())
         account.waiting.append(
             {waiting.value(0).toString(), waiting.value(1).toInt(), waiting.value(2).toInt()});
-    QSqlQuery outcomes = look.ask(u"SELECT phone, code FROM outcome ORDER BY id"_s);
+    QSqlQuery outcomes = look.ask(u"SELECT phone, code, delivery FROM outcome ORDER BY id"_s);
     if (!outcomes.isActive())
         return false;
     while (outcomes.next())
-        account.outcomes.append({outcomes.value(0).toString(), outcomes.value(1).toInt()});
+        account.outcomes.append({outcomes.value(0).toString(), outcomes.value(1).toInt(),
+                                 outcomes.value(2).toInt() == delivered});
+    QSqlQuery mail = look.ask(u"SELECT phone, text FROM received ORDER BY id"_s);
+    if (!mail.isActive())
+        return false;
+    while (mail.next())
+        account.mailKept.append({mail.value(0).toString(), mail.value(1).toString()});
     return true;
 }
 

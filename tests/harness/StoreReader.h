@@ -18,7 +18,7 @@ public:
     /// Whether a part with this SHA-256 is noted as leaving.
     /// @return nothing when the store can't be read
     std::optional<bool> isLeaving(const QByteArray &partHash) const;
-    /// Adds what waits and what became of the others.
+    /// Adds what waits, what became of the others, and what was received.
     /// @return false when the store can't be read
     bool read(Account &account) const;
     /// Messages that are due by `moment` ("yyyy-MM-ddTHH:mm:ss"), -1 when the store can't be read.
