@@ -13,6 +13,9 @@ Tally runKill(const RunOptions &options);
 /// Cuts the line at every byte of handing a message to the device; the engine lives on.
 Tally runCut(const RunOptions &options);
 
+/// Ends the engine, or cuts the line, while messages and status reports come in.
+Tally runMail(const RunOptions &options);
+
 /// The disk is full from each write on that sending needs, and has room again afterwards.
 Tally runFullDisk(const RunOptions &options);
 

@@ -6,6 +6,9 @@
 #include <QCryptographicHash>
 #include <QDBusError>
 #include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 
@@ -58,6 +61,33 @@ QString textOf(Shape shape, int number)
         return start + u"Пароль изменён. "_s.repeated(6);
     }
     return start;
+}
+
+int partsOf(MailShape shape)
+{
+    switch (shape) {
+    case MailShape::TwoParts:
+        return 2;
+    case MailShape::ThreeParts:
+    case MailShape::ThreeUnicodeParts:
+        return 3;
+    default:
+        return 1;
+    }
+}
+
+/// A text of so many parts, none of which is like another.
+QString mailTextOf(MailShape shape, int number)
+{
+    constexpr int shortLength = 30;
+    const bool isUnicode = shape == MailShape::Unicode || shape == MailShape::ThreeUnicodeParts;
+    const int partLength = isUnicode ? 67 : 153;
+    const int parts = partsOf(shape);
+    const qsizetype length = parts == 1 ? shortLength : parts * partLength - shortLength;
+    QString text;
+    for (int word = 0; text.size() < length; ++word)
+        text += (isUnicode ? u"слово %1.%2, "_s : u"palabra %1.%2, "_s).arg(number).arg(word);
+    return text.left(length - 1) + u'!';
 }
 
 } // namespace
@@ -143,6 +173,67 @@ void World::queue(const QList<Shape> &shapes)
     m_account.queued += messages;
 }
 
+QList<int> World::someOrder(int parts)
+{
+    QList<int> order;
+    for (int part = 1; part <= parts; ++part)
+        order.append(part);
+    if (parts > 1)
+        order.append(random(1, parts));
+    std::shuffle(order.begin(), order.end(), m_random);
+    return order;
+}
+
+QByteArray World::askDevice(const QByteArray &command) const
+{
+    return ControlClient(m_device->controlPath()).ask(command);
+}
+
+void World::deliver(MailShape shape, std::chrono::milliseconds delay)
+{
+    constexpr int firstSender = 700'000'000;
+    constexpr int references = 256;
+    const int number = m_options.lane * phonesOfLane + m_mailMade++;
+    const Mail mail{u"+34"_s + QString::number(firstSender + number), mailTextOf(shape, number)};
+    QJsonObject request{{u"from"_s, mail.phone},
+                        {u"text"_s, mail.text},
+                        {u"reference"_s, number % references},
+                        {u"delay"_s, static_cast<qint64>(delay.count())}};
+    if (const int parts = partsOf(shape); parts > 1) {
+        QJsonArray order;
+        for (const int part : someOrder(parts))
+            order.append(part);
+        request.insert(u"order"_s, order);
+    }
+    const QByteArray answer =
+        askDevice("deliver " + QJsonDocument(request).toJson(QJsonDocument::Compact));
+    if (answer.startsWith("ok"))
+        m_account.mailGiven.append(mail);
+    else
+        stuck(u"a message to the network: "_s + QString::fromUtf8(answer));
+}
+
+bool World::isSilent() const
+{
+    if (StoreReader(sandbox.storeFile()).due(engineMoment(0)) != 0)
+        return false;
+    for (const char *const memory : {"SM", "ME", "SR"}) {
+        const QByteArray places = askDevice(QByteArray("memory ") + memory);
+        if (!places.startsWith("ok 0 ") && !places.startsWith("error"))
+            return false;
+    }
+    return askDevice("count reports") == "ok 0" && askDevice("count messages") == "ok 0";
+}
+
+QString World::remains() const
+{
+    QStringList words{u"%1 due"_s.arg(StoreReader(sandbox.storeFile()).due(engineMoment(0)))};
+    for (const char *const question :
+         {"memory SM", "memory ME", "memory SR", "count reports", "count messages"})
+        words << QLatin1String(question) + u": "_s + QString::fromUtf8(askDevice(question));
+    return words.join(u", "_s);
+}
+
 void World::stuck(const QString &what)
 {
     m_problems.fault(&Tally::stuck, u"did not come: "_s + what);
@@ -179,8 +270,9 @@ void World::hearFailures(Account &account)
     account.told = listener.heard;
 }
 
-Tally World::close(int cycles)
+Tally World::close(int cycles, Reports reports)
 {
+    m_account.reports = reports;
     line.disarm();
     line.flow();
     const StoreReader store(sandbox.storeFile());

@@ -33,6 +33,9 @@ struct RunOptions
 
 enum class Shape { Short, OnePart, TwoParts, ThreeParts, Unicode };
 
+/// What somebody sends to the device.
+enum class MailShape { Short, Unicode, TwoParts, ThreeParts, ThreeUnicodeParts };
+
 /// An engine, a simulated device and the line between them; and the account of what was queued.
 class World
 {
@@ -51,6 +54,13 @@ public:
 
     /// Queues messages that are due, in one call.
     void queue(const QList<Shape> &shapes);
+    /// Hands a message to the network, which hands it to the device. The parts of a long one come
+    /// in any order, and one of them twice.
+    void deliver(MailShape shape, std::chrono::milliseconds delay);
+    /// Whether nothing is due, nor left in the device's memories or in the network.
+    bool isSilent() const;
+    /// What is left where, for a fault's text.
+    QString remains() const;
     /// Whether nothing waits any more.
     bool isDone() const { return sandbox.queueSize() == 0; }
     /// Notes something that was waited for and did not come.
@@ -59,11 +69,14 @@ public:
     int random(int least, int max);
 
     /// Lets the engine finish what is due, ends it, and counts.
-    Tally close(int cycles);
+    /// @param reports  whether all of them have been handed over
+    Tally close(int cycles, Reports reports = Reports::MayBeUnderway);
 
 private:
     void checkCommitted(const QByteArray &payload);
     QueuedMessage makeMessage(Shape shape);
+    QList<int> someOrder(int parts);
+    QByteArray askDevice(const QByteArray &command) const;
     void collectReceived();
     void hearFailures(Account &account);
 
@@ -73,6 +86,7 @@ private:
     Tally m_problems;
     std::atomic<int> m_uncommitted = 0;
     int m_made = 0;
+    int m_mailMade = 0;
     std::mt19937 m_random;
 };
 

@@ -35,11 +35,9 @@ struct NamedScenario
     Scenario run;
 };
 
-constexpr NamedScenario scenarios[] = {{"kill", always<runKill>},
-                                       {"cut", always<runCut>},
-                                       {"disk", always<runFullDisk>},
-                                       {"smalldisk", runSmallDisk},
-                                       {"weather", always<runWeather>}};
+constexpr NamedScenario scenarios[] = {
+    {"kill", always<runKill>},     {"cut", always<runCut>},     {"mail", always<runMail>},
+    {"disk", always<runFullDisk>}, {"smalldisk", runSmallDisk}, {"weather", always<runWeather>}};
 
 Scenario scenarioOf(const QString &name)
 {
@@ -133,7 +131,7 @@ int main(int argc, char **argv)
         u"Ends, cuts off, starves and disturbs an engine with a simulated device, and "
         "counts what became of every message."_s);
     parser.addHelpOption();
-    parser.addPositionalArgument(u"scenario"_s, u"kill, cut, disk, smalldisk or weather"_s);
+    parser.addPositionalArgument(u"scenario"_s, u"kill, cut, mail, disk, smalldisk or weather"_s);
     const QString number = u"n"_s;
     parser.addOptions({{u"cycles"_s, u"how often; 0 for all places"_s, number, u"0"_s},
                        {u"lanes"_s, u"how many engines side by side"_s, number, u"1"_s},
