@@ -37,7 +37,8 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     });
 
     connect(&modem, &Modem::mailDue, this, &Dispatcher::workLater);
-    connect(&m_mail, &MailKeeper::taken, this, &Dispatcher::work);
+    // What was routed is taken while work() is still on the stack.
+    connect(&m_mail, &MailKeeper::taken, this, &Dispatcher::workLater);
     connect(&m_mail, &MailKeeper::deliveryChanged, this, &Dispatcher::deliveryChanged);
     connect(&m_mail, &MailKeeper::received, this, &Dispatcher::received);
 

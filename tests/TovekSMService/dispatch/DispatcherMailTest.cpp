@@ -204,6 +204,51 @@ TEST_F(DispatcherMail, aListOfWhichNobodyOptedOutIsQueuedWithoutAWord)
     EXPECT_EQ(m_store->queue().size(), 2);
 }
 
+const QByteArray acknowledge = "AT+CNMA";
+
+/// A device that routes status reports and waits for our word.
+class DispatcherRoutedReports : public DispatcherFixture
+{
+protected:
+    DispatcherRoutedReports()
+    {
+        m_line->answers.insert("AT+CNMI=?", FakeModemLine::info("+CNMI: (2),(1),(0),(1)"));
+        for (const QByteArray &command : {"AT+CSMS=1"_ba, "AT+CNMI=2,1,0,1,0"_ba, acknowledge})
+            m_line->answers.insert(command, FakeModemLine::answer("OK"));
+    }
+
+    void report()
+    {
+        m_line->say("\r\n+CDS: 25\r\n"
+                    "0006000B914306101122F24270501121318042705011213180"
+                    "00\r\n");
+    }
+};
+
+TEST_F(DispatcherRoutedReports, areAcknowledgedWithoutAnotherEvent)
+{
+    startReady();
+    for (int count = 1; count <= 2; ++count) {
+        report();
+        ASSERT_TRUE(until([&] { return m_line->commands.count(acknowledge) == count; })) << count;
+    }
+}
+
+TEST_F(DispatcherRoutedReports, holdUpNothingThatIsDue)
+{
+    startReady();
+    m_line->onCommand = [this](const QByteArray &command) -> std::optional<QByteArray> {
+        if (command.startsWith("AT+CMGS="))
+            report();
+        return std::nullopt;
+    };
+    for (int i = 0; i < 3; ++i)
+        add(u"60%1"_s.arg(i));
+    m_dispatcher->noticeQueueChange();
+    ASSERT_TRUE(until([&] { return m_store->queue().size() == 0; }));
+    EXPECT_EQ(m_line->payloads.size(), 3);
+}
+
 } // namespace
 
 } // namespace norvane
