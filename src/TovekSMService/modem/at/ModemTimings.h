@@ -34,6 +34,9 @@ struct ModemTimings
     /// is looked at again.
     int mailDelayMs = 200;
     int mailAgainMs = 10000;
+    /// Between two looks whether the device still routes to us. It waits for an acknowledgement for
+    /// about as long as the network does, 12 to 20 seconds (3GPP TS 24.011, TR2M).
+    int routesCheckMs = 20000;
     /// From opening to ready, all in all.
     int initialisationMs = 100000;
     /// The search for a device under another name: for one port, and all in all.

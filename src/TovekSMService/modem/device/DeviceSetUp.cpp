@@ -42,7 +42,7 @@ QList<AtDialogue::Question> messages(const ModemTimings &timings)
 {
     Question pduMode = preference("AT+CMGF=0", timings);
     pduMode.take = takePduMode;
-    return {pduMode, preference("AT+CSMS=0", timings)};
+    return {pduMode};
 }
 
 } // namespace DeviceSetUp

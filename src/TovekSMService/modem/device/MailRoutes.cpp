@@ -33,6 +33,15 @@ QList<MailRoutes> MailRoutes::candidates()
     return {{2, 1, 2}, {2, 1, 1}, {2, 1, -1}, {1, 1, -1}};
 }
 
+bool MailRoutes::areIn(const QList<QByteArray> &lines) const
+{
+    const QList<QByteArray> inForce = AnswerParsers::fields(lines, "+CNMI");
+    const auto isInForce = [&inForce](qsizetype place, int value) {
+        return value < 0 || inForce.value(place) == QByteArray::number(value);
+    };
+    return isInForce(0, mode) && isInForce(1, message) && isInForce(3, report);
+}
+
 QByteArray MailRoutes::command() const
 {
     if (mode < 0)

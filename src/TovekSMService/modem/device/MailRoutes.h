@@ -21,6 +21,8 @@ struct MailRoutes
 
     /// Whether something would come that has to be acknowledged where the service asks for it.
     bool routes() const { return message == 2 || report == 1; }
+    /// Whether these are the modes in force (the lines of the answer to AT+CNMI?).
+    bool areIn(const QList<QByteArray> &lines) const;
     /// "AT+CNMI=2,1,0,2,0", as far as the modes are known; empty where not even the first is.
     QByteArray command() const;
 };

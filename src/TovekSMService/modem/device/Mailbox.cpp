@@ -47,7 +47,7 @@ QList<Arrival> arrivalsOf(const QList<QByteArray> &lines, QByteArrayView tag,
 
 Mailbox::Mailbox(AtDialogue &dialogue, const ModemTimings &timings, std::function<void()> due,
                  TimeSource &time)
-    : m_dialogue(dialogue), m_timings(timings), m_delay(time), m_again(time)
+    : m_dialogue(dialogue), m_timings(timings), m_delay(time), m_again(time), m_check(time)
 {
     QObject::connect(&m_delay, &Timer::timeout, &m_delay, [this, due] {
         m_due = true;
@@ -55,6 +55,11 @@ Mailbox::Mailbox(AtDialogue &dialogue, const ModemTimings &timings, std::functio
     });
     QObject::connect(&m_again, &Timer::timeout, &m_again, [this, due] {
         lookAgain();
+        due();
+    });
+    QObject::connect(&m_check, &Timer::timeout, &m_check, [this, due] {
+        m_checkDue = true;
+        m_due = true;
         due();
     });
 }
@@ -88,29 +93,35 @@ void Mailbox::tryRoutes(QList<MailRoutes> candidates)
         return;
     }
     const MailRoutes routes = candidates.takeFirst();
-    m_dialogue.ask({routes.command(), m_timings.commandMs, {}},
-                   [this, routes, candidates](const AtAnswer &answer) {
-                       if (!answer.isOk()) {
-                           tryRoutes(candidates);
-                           return;
-                       }
-                       m_routes = routes;
-                       askService();
-                   });
+    askService(routes, [this, routes, candidates] { askFor(routes, candidates); });
 }
 
 /// What is routed to us is lost with a crash unless the service waits for our word
-/// (3GPP TS 27.005, 3.2.1).
-void Mailbox::askService()
+/// (3GPP TS 27.005, 3.2.1). It does so from the first report on, which may follow the routes at
+/// once; and a service that was left waiting by an engine before us is not let off.
+void Mailbox::askService(const MailRoutes &routes, const std::function<void()> &then)
 {
-    if (!m_routes.routes()) {
-        finishSetUp();
-        return;
-    }
-    m_dialogue.ask({"AT+CSMS=1"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-        m_acknowledges = answer.isOk();
-        finishSetUp();
-    });
+    const bool routed = routes.routes();
+    m_dialogue.ask({routed ? "AT+CSMS=1"_ba : "AT+CSMS=0"_ba, m_timings.commandMs, {}},
+                   [this, routed, then](const AtAnswer &answer) {
+                       m_acknowledges = routed && answer.isOk();
+                       then();
+                   });
+}
+
+void Mailbox::askFor(const MailRoutes &routes, const QList<MailRoutes> &others)
+{
+    m_dialogue.ask({routes.command(), m_timings.commandMs, {}},
+                   [this, routes, others](const AtAnswer &answer) {
+                       if (!answer.isOk()) {
+                           tryRoutes(others);
+                           return;
+                       }
+                       m_routes = routes;
+                       if (m_acknowledges)
+                           m_check.start(m_timings.routesCheckMs);
+                       finishSetUp();
+                   });
 }
 
 void Mailbox::finishSetUp()
@@ -181,6 +192,8 @@ void Mailbox::reset()
 {
     m_delay.stop();
     m_again.stop();
+    m_check.stop();
+    m_checkDue = false;
     m_setUp = nullptr;
     m_read = nullptr;
     m_memories.clear();
@@ -213,6 +226,8 @@ void Mailbox::step()
 {
     if (!m_toDiscard.isEmpty())
         discardNext();
+    else if (std::exchange(m_checkDue, false))
+        checkRoutes();
     else if (!m_toList.isEmpty() && m_noticesLeft == maxSingleReads)
         listMemory(m_toList.takeFirst());
     else if (m_notices.size() > m_noticesLeft && m_noticesLeft == maxSingleReads)
@@ -254,9 +269,30 @@ void Mailbox::acknowledge()
         }
         // Our word came too late: the device routes nothing any more, and the network sends again
         // what it holds (3GPP TS 27.005, 3.4.1).
-        m_dialogue.ask({m_routes.command(), m_timings.commandMs, {}},
-                       [this](const AtAnswer &) { step(); });
+        restoreRoutes();
     });
+}
+
+/// A device that waited for our word in vain announces nothing any more. That may come about after
+/// the routes were set: it was an engine before us that owed the word, or the line lost what the
+/// device said.
+void Mailbox::checkRoutes()
+{
+    m_check.start(m_timings.routesCheckMs);
+    m_dialogue.ask({"AT+CNMI?"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
+        if (answer.isOk() && !m_routes.areIn(answer.lines))
+            restoreRoutes();
+        else
+            step();
+    });
+}
+
+/// What was stored meanwhile has not been announced.
+void Mailbox::restoreRoutes()
+{
+    lookAgain();
+    m_dialogue.ask({m_routes.command(), m_timings.commandMs, {}},
+                   [this](const AtAnswer &) { step(); });
 }
 
 void Mailbox::onDeleted(const Place &place, const AtAnswer &answer)

@@ -67,8 +67,11 @@ private:
 
     void askRoutes();
     void tryRoutes(QList<MailRoutes> candidates);
-    void askService();
+    void askService(const MailRoutes &routes, const std::function<void()> &then);
+    void askFor(const MailRoutes &routes, const QList<MailRoutes> &others);
     void finishSetUp();
+    void checkRoutes();
+    void restoreRoutes();
 
     void announce(const QByteArray &line);
     void step();
@@ -85,12 +88,14 @@ private:
     const ModemTimings m_timings;
     Timer m_delay; ///< of what was announced
     Timer m_again; ///< until what could not be read or stored is looked at again
+    Timer m_check; ///< until the routes are looked at again
 
     std::function<void()> m_setUp;
     QList<QByteArray> m_memories; ///< that hold messages or reports
     QByteArray m_selected;        ///< the memory that the device reads from
     MailRoutes m_routes;
     bool m_acknowledges = false; ///< the device waits for +CNMA
+    bool m_checkDue = false;
 
     QByteArray m_routedTag; ///< of the line whose second one is due
     QList<Arrival> m_routed;

@@ -28,6 +28,8 @@ public:
         if (command == "AT+CNMI=?")
             return routesOffered.isEmpty() ? FakeModemLine::answer("ERROR")
                                            : FakeModemLine::info(routesOffered);
+        if (command == "AT+CNMI?")
+            return FakeModemLine::info(routesInForce);
         if (command.startsWith("AT+CNMI=") || command == "AT+CSMS=1" || command == "AT+CNMA")
             return FakeModemLine::answer(refused.contains(command) ? "ERROR" : "OK");
         if (command.startsWith("AT+CPMS=\"")) {
@@ -55,6 +57,7 @@ public:
 
     QByteArray memoriesOffered = "+CPMS: (\"SM\",\"ME\",\"SR\"),(\"SM\",\"ME\"),(\"SM\",\"ME\")";
     QByteArray routesOffered = "+CNMI: (0-2),(0-3),(0,2),(0-2),(0,1)";
+    QByteArray routesInForce = "+CNMI: 2,1,0,1,0";
     QSet<QByteArray> refused;
     QMap<QByteArray, QMap<int, Kept>> memories{{"SM", {}}, {"ME", {}}, {"SR", {}}};
     bool isDeleting = true;

@@ -63,6 +63,14 @@ TEST_F(ModemMail, reportsAreTakenAsTheyComeWhereTheDeviceStoresNone)
     EXPECT_EQ(countOf("AT+CSMS=1"), 1) << "without our word a report would be lost with a crash";
 }
 
+TEST_F(ModemMail, theServiceAsksForOurWordBeforeAnythingIsRouted)
+{
+    m_mailbox.routesOffered = "+CNMI: (2),(1),(0),(1)";
+    openReady();
+    EXPECT_EQ(countOf("AT+CSMS=0"), 0) << "what an engine before us left waiting would be let off";
+    EXPECT_LT(m_line->commands.indexOf("AT+CSMS=1"), m_line->commands.indexOf("AT+CNMI=2,1,0,1,0"));
+}
+
 TEST_F(ModemMail, messagesAreTakenAsTheyComeWhereTheDeviceAnnouncesNone)
 {
     m_mailbox.routesOffered = "+CNMI: (2),(0,2),(0),(0)";
@@ -216,12 +224,41 @@ TEST_F(ModemMail, aWordThatCameTooLateLetsTheDeviceRouteAgain)
     openReady();
     fetchAll();
     ASSERT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 1);
+    m_mailbox.memories["SM"] = {{1, {0, message}}};
     m_line->say("\r\n+CDS: 21\r\n" + report + "\r\n");
     ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
     fetchAll();
     m_modem->dismissMail(m_read);
     fetchAll();
     EXPECT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 2);
+    EXPECT_EQ(m_read.constLast(), (Arrival{message, "SM", 1})) << "nobody announced it";
+}
+
+TEST_F(ModemMail, aDeviceThatHasStoppedRoutingIsMadeToRouteAgain)
+{
+    m_mailbox.routesOffered = "+CNMI: (2),(1),(0),(1)";
+    openReady();
+    fetchAll();
+    ASSERT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 1);
+    m_mailbox.routesInForce = "+CNMI: 2,0,0,0,0"; // an engine before us owed it a word
+    m_mailbox.memories["SM"] = {{1, {0, message}}};
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 2);
+    EXPECT_EQ(m_read, (QList<Arrival>{{message, "SM", 1}})) << "nobody announced it";
+}
+
+TEST_F(ModemMail, routesThatAreInForceAreLeftAlone)
+{
+    m_mailbox.routesOffered = "+CNMI: (2),(1),(0),(1)";
+    openReady();
+    fetchAll();
+    for (int look = 1; look <= 2; ++look) {
+        ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+        fetchAll();
+        EXPECT_EQ(countOf("AT+CNMI?"), look);
+    }
+    EXPECT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 1);
 }
 
 TEST_F(ModemMail, whatTheDeviceWillNotDeleteIsNotReadAgainAndAgain)
