@@ -184,7 +184,7 @@ protected:
 
     void bringReports(qsizetype maxLeft)
     {
-        while (m_underway.size() > maxLeft) {
+        while (m_underway.size() > maxLeft && !HasFailure()) {
             m_underway.swapItemsAt(below(m_underway.size()), m_underway.size() - 1);
             bring(m_underway.takeLast());
         }
@@ -284,7 +284,7 @@ TEST_F(ReportMatching, everyReportGoesToTheLatestPartOfItsRecipientThatWaitsForO
     constexpr qsizetype maxUnderway = 1500; // reports that the network holds back
     while (m_parts < maxParts) {
         done(m_store.database().together([&]() -> StoreResult<> {
-            for (const int end = m_parts + batch; m_parts < end;) {
+            for (const int end = m_parts + batch; m_parts < end && !HasFailure();) {
                 sendMessage();
                 bringReports(maxUnderway);
             }
