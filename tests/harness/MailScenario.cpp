@@ -28,6 +28,8 @@ struct Device
 {
     Way way;
     std::vector<const char *> options;
+    /// ms; an engine that starts again is usually ready later.
+    int ackTimeout = 300;
 };
 
 const std::vector<Device> &devices()
@@ -41,6 +43,8 @@ const std::vector<Device> &devices()
         {Way::Stored,
          {"--memories", "ME", "--report-delay", "60", "--report-first", "48", "--report-order",
           "reversed"}},
+        // The next engine is there before the device has waited in vain, and stops routing.
+        {Way::Routed, {}, 900},
     };
     return all;
 }
