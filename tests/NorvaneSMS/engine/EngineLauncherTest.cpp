@@ -156,22 +156,40 @@ TEST(EngineLauncherTest, programThatEndsBecauseAnotherEngineIsUpIsNoFailure)
 class NotedEngineWait : public EngineWait
 {
 public:
-    void waiting(qint64 milliseconds) override { times << milliseconds; }
+    void waiting(qint64 milliseconds) override
+    {
+        times << milliseconds;
+        QFile mark(markFile());
+        EXPECT_TRUE(mark.open(QIODevice::WriteOnly));
+    }
     void ended() override { ++ends; }
+
+    /// A program that becomes the fake engine once somebody has been told that it is waited for.
+    QByteArray engineThatIsWaitedFor() const
+    {
+        return "while [ ! -e '" + QFile::encodeName(markFile()) +
+               "' ]; do sleep 0.02; done\n"
+               "exec '" NORVANE_FAKE_ENGINE "'";
+    }
 
     QList<qint64> times;
     int ends = 0;
+
+private:
+    QString markFile() const { return m_folder.filePath(u"waited"_s); }
+
+    QTemporaryDir m_folder;
 };
 
 TEST(EngineLauncherTest, theWaitIsToldUntilItEndsWhetherTheBusStartsTheEngineOrTheLauncher)
 {
     for (const bool activated : {true, false}) {
-        const PrivateBus bus(activated ? QStringLiteral(NORVANE_FAKE_ENGINE) : QString());
         NotedEngineWait wait;
-        ProcessEngineLauncher launcher(bus.connection(), QStringLiteral(NORVANE_FAKE_ENGINE),
-                                       longLimit, &wait);
+        const Script engine(wait.engineThatIsWaitedFor());
+        const PrivateBus bus(activated ? engine.path() : QString());
+        ProcessEngineLauncher launcher(bus.connection(), engine.path(), longLimit, &wait);
         launcher.ensureRunning();
-        EXPECT_FALSE(wait.times.isEmpty()) << "a program takes its time to come up";
+        EXPECT_FALSE(wait.times.isEmpty());
         EXPECT_TRUE(std::is_sorted(wait.times.cbegin(), wait.times.cend()));
         EXPECT_EQ(wait.ends, 1);
         launcher.ensureRunning();
