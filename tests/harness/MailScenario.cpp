@@ -29,7 +29,7 @@ struct Device
     Way way;
     std::vector<const char *> options;
     /// ms; an engine that starts again is usually ready later.
-    int ackTimeout = 300;
+    int ackTimeout = 150;
 };
 
 const std::vector<Device> &devices()
@@ -44,7 +44,7 @@ const std::vector<Device> &devices()
          {"--memories", "ME", "--report-delay", "60", "--report-first", "48", "--report-order",
           "reversed"}},
         // The next engine is there before the device has waited in vain, and stops routing.
-        {Way::Routed, {}, 900},
+        {Way::Routed, {"--report-delay", "40"}, 900},
     };
     return all;
 }
