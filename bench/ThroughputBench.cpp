@@ -14,6 +14,7 @@
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -142,12 +143,16 @@ Run modemLoop(const QStringList &options, int messages)
     return {static_cast<double>(timer.nsecsElapsed()) / 1e9, 0};
 }
 
+/// Whether the network is asked to report what becomes of each message.
+enum class Reports { Off, On };
+
 /// An engine with a store of its own, which has a queue and isn't started yet.
 class Engine
 {
 public:
-    Engine(const RunningSimulator &simulator, int messages)
+    Engine(const RunningSimulator &simulator, int messages, Reports reports)
     {
+        writeSettings(simulator.folder() + u"/config/Norvane"_s, reports);
         qputenv("XDG_DATA_HOME", QFile::encodeName(simulator.folder() + u"/data"_s));
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(simulator.folder() + u"/config"_s));
         const QString program = QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
@@ -202,18 +207,27 @@ public:
     }
 
 private:
+    static void writeSettings(const QString &folder, Reports reports)
+    {
+        QDir().mkpath(folder);
+        QFile file(folder + u"/TovekSMService.ini"_s);
+        if (file.open(QIODevice::WriteOnly))
+            file.write(reports == Reports::On ? "[Reports]\nDelivery=true\n"
+                                              : "[Reports]\nDelivery=false\n");
+    }
+
     std::unique_ptr<ProcessEngineLauncher> m_launcher;
     std::unique_ptr<SMSManagerProxy> m_proxy;
     uint m_pid = 0;
 };
 
-double engineSeconds(const QStringList &options, int messages)
+double engineSeconds(const QStringList &options, int messages, Reports reports)
 {
     const RunningSimulator simulator(options);
     LineCount log(simulator.logPath());
     // The first message ends the talk that opens the device.
     constexpr int warmUp = 1;
-    Engine engine(simulator, messages + warmUp);
+    Engine engine(simulator, messages + warmUp, reports);
     engine.startAlone();
     waitForLines(log, warmUp);
     QElapsedTimer timer;
@@ -251,10 +265,12 @@ void compare(const char *what, const QStringList &options, int messages, int rou
     std::vector<double> bare;
     std::vector<double> modem;
     std::vector<double> engine;
+    std::vector<double> reporting;
     for (int round = 0; round < rounds; ++round) {
         bare.push_back(messages / bareLoop(options, messages).seconds);
         modem.push_back(messages / modemLoop(options, messages).seconds);
-        engine.push_back(messages / engineSeconds(options, messages));
+        engine.push_back(messages / engineSeconds(options, messages, Reports::Off));
+        reporting.push_back(messages / engineSeconds(options, messages, Reports::On));
     }
     const auto number = [](double value) { return QString::number(value, 'f', 1); };
     out() << what << ": bare loop of reads and writes " << number(median(bare))
@@ -262,14 +278,16 @@ void compare(const char *what, const QStringList &options, int messages, int rou
           << number(median(engine))
           << " messages a second: " << number(100 * median(engine) / median(bare))
           << " % of the first, " << number(100 * median(engine) / median(modem))
-          << " % of the second" << Qt::endl;
+          << " % of the second; with status reports " << number(median(reporting)) << ", "
+          << number(100 * median(reporting) / median(engine)) << " % of that" << Qt::endl;
 }
 
 void compareWithLine(int baud, int messages)
 {
     const QStringList options = {u"--baud"_s, QString::number(baud)};
     const Run bare = bareLoop(options, messages);
-    const double engine = engineSeconds(options, messages);
+    const double engine = engineSeconds(options, messages, Reports::Off);
+    const double reporting = engineSeconds(options, messages, Reports::On);
     constexpr double bitsOfAByte = 10; // 8N1
     const double line = static_cast<double>(bare.bytes) * bitsOfAByte / baud;
     const auto over = [&](double seconds) {
@@ -277,7 +295,8 @@ void compareWithLine(int baud, int messages)
     };
     out() << "--baud " << baud << ": the line's own time " << QString::number(line, 'f', 2)
           << " s, bare loop " << over(bare.seconds) << " % over it, engine " << over(engine)
-          << " % over it" << Qt::endl;
+          << " % over it, with status reports, which pass the line too, " << over(reporting) << " %"
+          << Qt::endl;
 }
 
 void measureMemory()
@@ -286,7 +305,7 @@ void measureMemory()
     const int step = benchSize(10'000);
     const RunningSimulator simulator;
     LineCount log(simulator.logPath());
-    Engine engine(simulator, messages);
+    Engine engine(simulator, messages, Reports::Off);
     engine.startAlone();
     QElapsedTimer timer;
     timer.start();
