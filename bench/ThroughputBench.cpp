@@ -332,6 +332,7 @@ int main(int argc, char **argv)
     out() << "flushes of a page: " << QString::number(flushesASecond(), 'f', 0) << " a second"
           << Qt::endl;
     compare("zero latency", {}, benchSize(5000), benchSize(5));
+    compare("--latency 20", {u"--latency"_s, u"20"_s}, benchSize(200), 1);
     compare("--latency 200", {u"--latency"_s, u"200"_s}, benchSize(50), 1);
     compareWithLine(9600, benchSize(50));
     return 0;
