@@ -6,6 +6,8 @@
 #include "TovekSMService/reports/PhoneNumber.h"
 #include "TovekSMService/store/Store.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace norvane {
@@ -17,6 +19,15 @@ namespace {
 QString localText(const QDateTime &moment, const QString &now)
 {
     return moment.isValid() ? moment.toLocalTime().toString(u"yyyy-MM-ddTHH:mm:ss"_s) : now;
+}
+
+/// Whether no part is missing: one that left without the request is not among them.
+bool areAll(const QList<PartState> &parts)
+{
+    QSet<int> numbers;
+    for (const PartState &part : parts)
+        numbers.insert(part.number);
+    return numbers.size() >= parts.constFirst().total;
 }
 
 /// What the parts of a message make of it: one that was refused is enough, and all must be
@@ -42,7 +53,7 @@ Summary summaryOf(const QList<PartState> &parts)
         summary.state = DeliveryState::Refused;
     else if (any(DeliveryState::Pending))
         summary = {DeliveryState::Pending, {}};
-    else if (any(DeliveryState::Unknown))
+    else if (any(DeliveryState::Unknown) || !areAll(parts))
         summary.state = DeliveryState::Unknown;
     else
         summary.state = DeliveryState::Delivered;

@@ -54,12 +54,13 @@ ReceivedPart partOf(const QByteArray &pdu, const std::optional<DeliverPdu> &mess
     return part;
 }
 
-/// The first of the parts with that number.
+/// The latest of the parts with that number: an older one was left behind by another message of the
+/// same reference.
 const ReceivedPart *partWith(const QList<ReceivedPart> &parts, int number)
 {
-    const auto found = std::find_if(parts.begin(), parts.end(),
+    const auto found = std::find_if(parts.rbegin(), parts.rend(),
                                     [number](const auto &part) { return part.number == number; });
-    return found == parts.end() ? nullptr : &*found;
+    return found == parts.rend() ? nullptr : &*found;
 }
 
 bool isWhole(const QList<ReceivedPart> &parts)
@@ -127,8 +128,11 @@ StoreResult<ReceivedMessage> Inbox::show(const QList<ReceivedPart> &parts, const
     const ReceivedPart &first = parts.constFirst();
     ReceivedMessage message{0, now, first.sentAt, first.group.phone, joined(parts), false};
     QList<qint64> ids;
-    for (const ReceivedPart &part : parts)
-        ids.append(part.id);
+    for (const ReceivedPart &part : parts) {
+        // One that says something else belongs to another message, and goes on waiting.
+        if (part.text == partWith(parts, part.number)->text)
+            ids.append(part.id);
+    }
     return m_store.received().addMessage(message, ids).map([&message](qint64 id) {
         message.id = id;
         return message;

@@ -28,8 +28,13 @@ QString PhoneNumber::key(const QString &phone, const QString &countryPrefix)
     const bool dialled = !international && digits.startsWith("00"_L1);
     if (dialled)
         digits.remove(0, 2);
-    if (!international && !dialled)
-        return digits;
+    if (!international && !dialled) {
+        // Lists often have the prefix without its plus sign; what follows is a whole number then.
+        constexpr qsizetype minNational = 9;
+        const bool isPrefixed = !countryPrefix.isEmpty() && digits.startsWith(countryPrefix) &&
+                                digits.size() - countryPrefix.size() >= minNational;
+        return isPrefixed ? digits.mid(countryPrefix.size()) : digits;
+    }
     if (!countryPrefix.isEmpty() && digits.startsWith(countryPrefix))
         return digits.mid(countryPrefix.size());
     return u'+' + digits;

@@ -112,6 +112,15 @@ TEST_F(DeliveryReportsTest, aMessageIsDeliveredWhenAllItsPartsAre)
     EXPECT_EQ(deliveryOf(id), u"delivered"_s);
 }
 
+TEST_F(DeliveryReportsTest, aPartThatLeftWithoutTheRequestLeavesTheMessageUnknown)
+{
+    const qint64 id = add(noon());
+    send(id, 1, u"612345678"_s, 1, 2); // the network refused the request for the second one
+    finish(id);
+    EXPECT_EQ(report(1, delivered)->state, DeliveryState::Unknown);
+    EXPECT_EQ(deliveryOf(id), u"unknown"_s);
+}
+
 TEST_F(DeliveryReportsTest, onePartThatWasRefusedIsEnough)
 {
     const qint64 id = add(noon());
@@ -238,7 +247,7 @@ TEST_F(DeliveryReportsTest, aStoreThatFailsKeepsNothing)
     sent(42);
     OtherConnection other(file());
     other.run(u"CREATE TRIGGER refuse BEFORE UPDATE ON outcome "
-                          "BEGIN SELECT RAISE(FAIL, 'refused'); END"_s);
+              "BEGIN SELECT RAISE(FAIL, 'refused'); END"_s);
     StatusReportPdu pdu;
     pdu.reference = 42;
     pdu.recipient = u"612345678"_s;

@@ -199,6 +199,17 @@ TEST_F(InboxTest, whatCannotBeReadIsKeptAsItCame)
     EXPECT_EQ(shown->sentAt, QString());
 }
 
+TEST_F(InboxTest, aPartThatAnotherMessageOfItsReferenceLeftBehindIsShownLater)
+{
+    take(part(1, 2, u"old "_s), now(8)); // its second part was lost
+    take(part(1, 2, u"new "_s), now(9));
+    EXPECT_EQ(take(part(2, 2, u"end"_s), now(10))->text, u"new end"_s);
+    EXPECT_EQ(texts(), QStringList{u"new end"_s});
+    const auto shown = Inbox(*m_store).showIncomplete(now(23), now(23));
+    ASSERT_TRUE(shown && *shown);
+    EXPECT_EQ((*shown)->text, u"old [...]"_s);
+}
+
 TEST_F(InboxTest, messagesAreListedLatestFirstByPageMomentAndText)
 {
     take(text(u"uno"_s), now(8));

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/codec/AnswerParsers.h"
+#include "TovekSMService/modem/codec/Hexadecimal.h"
 
 namespace norvane {
 
@@ -25,22 +26,38 @@ constexpr int receivedRead = 1;
 constexpr QByteArrayView knownMemories[] = {"SR", "SM", "ME"};
 
 /// Pairs of lines: what stands behind the tag, and the PDU.
-QList<Arrival> arrivalsOf(const QList<QByteArray> &lines, QByteArrayView tag,
-                          const QByteArray &memory, int index)
+/// @param index  of what was read alone; -1 where each tag names its own
+Mailbox::Listing listingOf(const QList<QByteArray> &lines, QByteArrayView tag,
+                           const QByteArray &memory, int index)
 {
-    QList<Arrival> arrivals;
-    for (qsizetype i = 0; i + 1 < lines.size(); ++i) {
+    Mailbox::Listing listing;
+    for (qsizetype i = 0; i < lines.size(); ++i) {
         QList<QByteArray> fields = AnswerParsers::fields({lines.at(i)}, tag);
         if (fields.isEmpty())
             continue;
-        const int place = index >= 0 ? index : fields.takeFirst().toInt();
+        bool isPlace = true;
+        const int place = index >= 0 ? index : fields.takeFirst().toInt(&isPlace);
+        const QByteArray pdu = lines.value(i + 1).trimmed();
+        if (isPlace && fields.value(fields.size() - 1) == "0")
+            continue; // an empty place
+        if (!isPlace || place < 0 || fields.isEmpty() || !isHexadecimal(pdu)) {
+            listing.isGarbled = true;
+            continue;
+        }
         bool isNumber = false;
         const int kind = fields.constFirst().toInt(&isNumber);
         if (isNumber && kind >= 0 && kind <= receivedRead)
-            arrivals.append({lines.at(i + 1).trimmed(), memory, place});
+            listing.arrivals.append({pdu, memory, place});
         ++i;
     }
-    return arrivals;
+    return listing;
+}
+
+/// Whether a message was asked for that isn't there (3GPP TS 27.005, 3.2.5: invalid memory index).
+bool isEmptyPlace(const AtAnswer &answer)
+{
+    constexpr int invalidIndex = 321;
+    return answer.result.kind == AtResult::Kind::CmsError && answer.result.number == invalidIndex;
 }
 
 } // namespace
@@ -118,6 +135,8 @@ void Mailbox::askFor(const MailRoutes &routes, const QList<MailRoutes> &others)
                            return;
                        }
                        m_routes = routes;
+                       if (routes.report <= 0)
+                           qCInfo(logDevice) << "the device announces no status reports";
                        if (m_acknowledges)
                            m_check.start(m_timings.routesCheckMs);
                        finishSetUp();
@@ -132,7 +151,8 @@ void Mailbox::finishSetUp()
 
 void Mailbox::takeLine(const QByteArray &line)
 {
-    if (!std::exchange(m_routedTag, QByteArray()).isEmpty()) {
+    // Where the line lost the PDU, the next one stands for itself.
+    if (!std::exchange(m_routedTag, QByteArray()).isEmpty() && isHexadecimal(line)) {
         m_routed.append({line, {}, -1});
         m_due = true;
         return;
@@ -321,19 +341,29 @@ void Mailbox::readNotice(const Place &place)
 {
     select(place.first, [this, place](bool selected) {
         if (!selected) {
+            defer();
             step();
             return;
         }
         m_dialogue.ask({"AT+CMGR=" + QByteArray::number(place.second), m_timings.slowCommandMs, {}},
                        [this, place](const AtAnswer &answer) {
                            if (answer.isOk())
-                               m_arrivals +=
-                                   arrivalsOf(answer.lines, "+CMGR", place.first, place.second);
-                           else if (answer.end == AtAnswer::End::TimedOut)
+                               take(listingOf(answer.lines, "+CMGR", place.first, place.second));
+                           else if (!isEmptyPlace(answer))
                                defer();
                            step();
                        });
     });
+}
+
+/// What can't be understood is looked at again later.
+void Mailbox::take(const Listing &listing)
+{
+    for (const Arrival &arrival : listing.arrivals)
+        if (!m_kept.contains({arrival.memory, arrival.index}))
+            m_arrivals.append(arrival);
+    if (listing.isGarbled)
+        defer();
 }
 
 void Mailbox::listMemory(const QByteArray &memory)
@@ -347,17 +377,15 @@ void Mailbox::listMemory(const QByteArray &memory)
         }
         // What is announced from now on may not be in the listing.
         m_notices.removeIf([&](const Place &place) { return place.first == memory; });
-        m_dialogue.ask(
-            {"AT+CMGL=4"_ba, m_timings.listMs, {}}, [this, memory](const AtAnswer &answer) {
-                for (const Arrival &arrival : arrivalsOf(answer.lines, "+CMGL", memory, -1))
-                    if (!m_kept.contains({memory, arrival.index}))
-                        m_arrivals.append(arrival);
-                if (!answer.isOk())
-                    defer();
-                else if (answer.lines.size() >= fullListing && !m_arrivals.isEmpty())
-                    m_toList.append(memory);
-                step();
-            });
+        m_dialogue.ask({"AT+CMGL=4"_ba, m_timings.listMs, {}},
+                       [this, memory](const AtAnswer &answer) {
+                           take(listingOf(answer.lines, "+CMGL", memory, -1));
+                           if (!answer.isOk())
+                               defer();
+                           else if (answer.lines.size() >= fullListing && !m_arrivals.isEmpty())
+                               m_toList.append(memory);
+                           step();
+                       });
     });
 }
 

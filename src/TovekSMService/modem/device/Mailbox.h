@@ -62,6 +62,13 @@ public:
     /// The device has been closed.
     void reset();
 
+    /// What an answer shows of a memory.
+    struct Listing
+    {
+        QList<Arrival> arrivals;
+        bool isGarbled = false; ///< something stands there that can't be understood
+    };
+
 private:
     using Place = std::pair<QByteArray, int>;
 
@@ -74,6 +81,7 @@ private:
     void restoreRoutes();
 
     void announce(const QByteArray &line);
+    void take(const Listing &listing);
     void step();
     void discardNext();
     void acknowledge();

@@ -261,6 +261,65 @@ TEST_F(ModemMail, routesThatAreInForceAreLeftAlone)
     EXPECT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 1);
 }
 
+TEST_F(ModemMail, aGarbledLineOfAListingTouchesNothingAndIsLookedAtAgain)
+{
+    for (const char *const garbled : {"+CMGL: 5", "+CMGL:", "+CMGL: x,0,,17", "+CMGL: 1,0,,17"}) {
+        m_line->onCommand = [&](const QByteArray &command) -> std::optional<QByteArray> {
+            if (command == "AT+CMGL=4")
+                return FakeModemLine::info(garbled);
+            return m_mailbox.answerTo(command);
+        };
+        openReady();
+        fetchAll();
+        EXPECT_TRUE(m_read.isEmpty()) << garbled;
+        m_line->onCommand = [&](const QByteArray &command) { return m_mailbox.answerTo(command); };
+        m_mailbox.memories["SM"] = {{1, {0, message}}};
+        ASSERT_TRUE(until([&] { return m_modem->hasMail(); })) << garbled;
+        fetchAll();
+        EXPECT_EQ(m_read, (QList<Arrival>{{message, "SM", 1}})) << garbled;
+        EXPECT_FALSE(std::any_of(m_line->commands.cbegin(), m_line->commands.cend(),
+                                 [](const auto &command) { return command.startsWith("AT+CMGD"); }))
+            << garbled;
+        m_read.clear();
+        m_mailbox.memories["SM"].clear();
+        m_modem->close();
+    }
+}
+
+TEST_F(ModemMail, whatCannotBeReadAtPresentIsReadLater)
+{
+    openReady();
+    fetchAll();
+    m_mailbox.memories["SM"] = {{1, {0, message}}};
+    m_line->onCommand = [&](const QByteArray &command) -> std::optional<QByteArray> {
+        if (command.startsWith("AT+CMGR="))
+            return FakeModemLine::answer("+CMS ERROR: 314"); // the SIM is busy
+        return m_mailbox.answerTo(command);
+    };
+    m_line->say("\r\n+CMTI: \"SM\",1\r\n");
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_TRUE(m_read.isEmpty());
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(m_read, (QList<Arrival>{{message, "SM", 1}}));
+}
+
+TEST_F(ModemMail, anAnnouncementBehindARoutedReportWhosePduWasLostStands)
+{
+    m_mailbox.routesOffered = "+CNMI: (2),(1),(0),(1)";
+    openReady();
+    fetchAll();
+    m_mailbox.memories["SM"] = {{3, {0, message}}};
+    m_line->say("\r\n+CDS: 25\r\n\r\n+CMTI: \"SM\",3\r\n");
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(m_read, (QList<Arrival>{{message, "SM", 3}}));
+    m_modem->dismissMail(m_read);
+    fetchAll();
+    EXPECT_EQ(countOf("AT+CNMA"), 0);
+}
+
 TEST_F(ModemMail, whatTheDeviceWillNotDeleteIsNotReadAgainAndAgain)
 {
     m_mailbox.memories["SM"] = {{1, {0, message}}};
