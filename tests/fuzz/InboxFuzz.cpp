@@ -140,11 +140,13 @@ private:
     QString show(const Part &part)
     {
         QStringList pieces(part.total());
-        // Of a part that came twice with other words, the first counts.
-        for (qsizetype i = m_waiting.size() - 1; i >= 0; --i)
-            if (m_waiting.at(i).group == part.group)
-                pieces[m_waiting.at(i).number - 1] = u"+"_s + m_waiting.at(i).text;
-        m_waiting.removeIf([&part](const Part &each) { return each.group == part.group; });
+        // Of a part that came twice with other words, the last counts, and the others wait.
+        for (const Part &each : std::as_const(m_waiting))
+            if (each.group == part.group)
+                pieces[each.number - 1] = u"+"_s + each.text;
+        m_waiting.removeIf([&](const Part &each) {
+            return each.group == part.group && pieces.at(each.number - 1) == u"+"_s + each.text;
+        });
         QString text;
         for (qsizetype i = 0; i < pieces.size(); ++i) {
             if (!pieces.at(i).isEmpty())
