@@ -9,7 +9,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-tools/install-packages.sh
+tools/install-packages.sh run
 cmake --preset release >/dev/null
 cmake --build --preset release --target NorvaneSMS TovekSMService gsm-simulator norvane_language_files
 

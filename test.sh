@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 preset=${1:-release}
-tools/install-packages.sh
+tools/install-packages.sh tests
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"
 exec ctest --preset "$preset"

@@ -4,6 +4,17 @@
 set(norvane_standard_headers
     <algorithm> <array> <functional> <map> <memory> <optional> <string> <utility> <variant> <vector>)
 
+# What many sources include; a header more makes each compilation slower that doesn't ask for it.
+set(norvane_core_headers
+    <QByteArray> <QCoreApplication> <QDateTime> <QDir> <QFile> <QFileInfo> <QHash> <QList>
+    <QLoggingCategory> <QMap> <QObject> <QPointer> <QRegularExpression> <QSet> <QSettings> <QString>
+    <QStringList> <QTimer> <QVariant>)
+set(norvane_widget_headers
+    ${norvane_core_headers}
+    <QAbstractTableModel> <QApplication> <QBoxLayout> <QComboBox> <QDialog> <QFileDialog> <QGridLayout>
+    <QHeaderView> <QIcon> <QKeyEvent> <QLabel> <QLineEdit> <QMainWindow> <QMessageBox> <QPainter>
+    <QPushButton> <QStyle> <QTableView> <QWidget>)
+
 # norvane_precompiled_set(<name> OPTIONS ... LINK ... HEADERS ...)
 function(norvane_precompiled_set name)
     cmake_parse_arguments(ARG "" "" "OPTIONS;LINK;HEADERS" ${ARGN})
@@ -16,8 +27,8 @@ function(norvane_precompiled_set name)
         ${norvane_standard_headers} ${ARG_HEADERS})
 endfunction()
 
-norvane_precompiled_set(core LINK Qt6::Core HEADERS <QtCore>)
-norvane_precompiled_set(widgets LINK Qt6::Widgets HEADERS <QtWidgets>)
+norvane_precompiled_set(core LINK Qt6::Core HEADERS ${norvane_core_headers})
+norvane_precompiled_set(widgets LINK Qt6::Widgets HEADERS ${norvane_widget_headers})
 
 # norvane_precompiled(<target> <name of a set>)
 function(norvane_precompiled target name)

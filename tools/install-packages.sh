@@ -2,8 +2,9 @@
 # Installs the Debian packages that Norvane SMS is built, run and tested with.
 # This file is the only place where they are listed; run.sh and test.sh call it.
 #
-#   tools/install-packages.sh          install what is missing
-#   tools/install-packages.sh --list   print the list, one package a line
+#   tools/install-packages.sh run      install what is missing to build it and run it
+#   tools/install-packages.sh tests    and what the tests ask for beside
+#   tools/install-packages.sh tests --list   print that list, one package a line
 set -euo pipefail
 
 packages=(
@@ -16,15 +17,26 @@ packages=(
     libqt6sql6-sqlite libqt6svg6 qt6-translations-l10n fonts-liberation2 dbus dbus-daemon
     # a display of its own where there is none, and hands to drive the window with
     xvfb xauth openbox xdotool x11-utils imagemagick
-    # tests: the bus that a screen reader asks over
+)
+packages_of_tests=(
+    # the bus that a screen reader asks over
     at-spi2-core
-    # tests: a general modem tool as an independent judge of the simulated modem
+    # a general modem tool as an independent judge of the simulated modem
     gammu
-    # tests: judges of what the package brings to the desktop
+    # judges of what the package brings to the desktop
     desktop-file-utils appstream
 )
 
-if [[ ${1:-} == --list ]]; then
+case ${1:-} in
+run) ;;
+tests) packages+=("${packages_of_tests[@]}") ;;
+*)
+    echo "usage: tools/install-packages.sh run|tests [--list]" >&2
+    exit 2
+    ;;
+esac
+
+if [[ ${2:-} == --list ]]; then
     printf '%s\n' "${packages[@]}"
     exit 0
 fi
