@@ -53,7 +53,7 @@ void MailKeeper::onMailRead(const QList<Arrival> &arrivals)
         qCWarning(logDispatch) << "what the network sent can't be kept for now:"
                                << kept.error().text();
         m_outbox.noteStoreFailure(kept.error());
-        m_modem.deferMail();
+        m_modem.deferMail(arrivals);
     }
     Q_EMIT taken();
 }

@@ -34,6 +34,8 @@ struct ModemTimings
     /// is looked at again.
     int mailDelayMs = 200;
     int mailAgainMs = 10000;
+    /// Between two looks into the memories of a device that doesn't announce what comes.
+    int mailPollMs = 60000;
     /// Between two looks whether the device still routes to us. It waits for an acknowledgement for
     /// about as long as the network does, 12 to 20 seconds (3GPP TS 24.011, TR2M).
     int routesCheckMs = 20000;

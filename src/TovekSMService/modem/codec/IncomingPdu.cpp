@@ -175,7 +175,7 @@ Result<StatusReportPdu, PduFailure> parseStatusReport(const QByteArray &hex)
     StatusReportPdu report;
     report.reference = cursor.octet();
     report.recipient = cursor.address();
-    report.sentAt = cursor.timestamp();
+    cursor.timestamp(); // when the service centre got the part
     report.at = cursor.timestamp();
     report.status = cursor.octet();
     if (cursor.failure())

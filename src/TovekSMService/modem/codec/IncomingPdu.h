@@ -46,7 +46,6 @@ struct StatusReportPdu
 {
     quint8 reference = 0; ///< TP-MR
     QString recipient;
-    QDateTime sentAt;  ///< when the service centre got the part; invalid where it makes no sense
     QDateTime at;      ///< of delivery or of the last attempt
     quint8 status = 0; ///< TP-ST
 };

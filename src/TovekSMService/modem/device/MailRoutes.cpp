@@ -25,7 +25,7 @@ MailRoutes MailRoutes::bestOf(const QList<QByteArray> &lines)
 {
     const QList<QList<int>> values = AnswerParsers::valueLists(lines, "+CNMI");
     return {firstOf({2, 1, 3, 0}, values.value(0)), firstOf({1, 2, 3}, values.value(1)),
-            firstOf({2, 1}, values.value(3))};
+            firstOf({2, 1}, values.value(3)), std::max(firstOf({0, 1}, values.value(4)), 0)};
 }
 
 QList<MailRoutes> MailRoutes::candidates()
@@ -49,7 +49,7 @@ QByteArray MailRoutes::command() const
     QByteArray text = "AT+CNMI=" + QByteArray::number(mode);
     text += ',' + QByteArray::number(std::max(message, 0));
     if (report >= 0)
-        text += ",0," + QByteArray::number(report) + ",0";
+        text += ",0," + QByteArray::number(report) + ',' + QByteArray::number(buffer);
     return text;
 }
 

@@ -12,6 +12,9 @@ struct MailRoutes
     int mode = -1;    ///< 2 where the device has it
     int message = -1; ///< 1 stored and announced, 2 routed to us
     int report = -1;  ///< 2 stored and announced, 1 routed to us
+    int buffer = 0;   ///< what becomes of what waits in the device: 0 handed over, 1 dropped
+
+    bool operator==(const MailRoutes &) const = default;
 
     /// What is best of what the device says that it has (the lines of the answer to AT+CNMI=?):
     /// stored before routed, as what is stored waits for us.

@@ -4,6 +4,9 @@
 #include "TovekSMService/modem/codec/AnswerParsers.h"
 #include "TovekSMService/modem/codec/Hexadecimal.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -17,41 +20,14 @@ constexpr qsizetype maxWaiting = 16;
 /// Lines of a listing behind which there may be more than an answer may have.
 constexpr qsizetype fullListing = 200;
 
-/// Kinds of +CMGL and +CMGR in PDU mode (3GPP TS 27.005, 3.1): received, unread and read. Others
-/// are messages that somebody wrote with the device.
-constexpr int receivedRead = 1;
-
-/// Memories that hold what comes (3GPP TS 27.005, 3.1), in the order in which they are looked at.
-/// "MT" is no place of its own but several of the others together.
-constexpr QByteArrayView knownMemories[] = {"SR", "SM", "ME"};
-
-/// Pairs of lines: what stands behind the tag, and the PDU.
-/// @param index  of what was read alone; -1 where each tag names its own
-Mailbox::Listing listingOf(const QList<QByteArray> &lines, QByteArrayView tag,
-                           const QByteArray &memory, int index)
-{
-    Mailbox::Listing listing;
-    for (qsizetype i = 0; i < lines.size(); ++i) {
-        QList<QByteArray> fields = AnswerParsers::fields({lines.at(i)}, tag);
-        if (fields.isEmpty())
-            continue;
-        bool isPlace = true;
-        const int place = index >= 0 ? index : fields.takeFirst().toInt(&isPlace);
-        const QByteArray pdu = lines.value(i + 1).trimmed();
-        if (isPlace && fields.value(fields.size() - 1) == "0")
-            continue; // an empty place
-        if (!isPlace || place < 0 || fields.isEmpty() || !isHexadecimal(pdu)) {
-            listing.isGarbled = true;
-            continue;
-        }
-        bool isNumber = false;
-        const int kind = fields.constFirst().toInt(&isNumber);
-        if (isNumber && kind >= 0 && kind <= receivedRead)
-            listing.arrivals.append({pdu, memory, place});
-        ++i;
-    }
-    return listing;
-}
+/// Where devices keep status reports. What is deleted there unread is no message of anybody's.
+constexpr QByteArrayView memoryOfReports = "SR";
+/// Reports in a listing that are deleted by one command. Fewer are deleted one by one.
+constexpr qsizetype minDeletedTogether = 4;
+/// What was routed to us and waits for the disk.
+constexpr qsizetype maxRouted = 1000;
+/// PDUs that came too short, and are remembered.
+constexpr qsizetype maxDoubted = 100;
 
 /// Whether a message was asked for that isn't there (3GPP TS 27.005, 3.2.5: invalid memory index).
 bool isEmptyPlace(const AtAnswer &answer)
@@ -64,7 +40,14 @@ bool isEmptyPlace(const AtAnswer &answer)
 
 Mailbox::Mailbox(AtDialogue &dialogue, const ModemTimings &timings, std::function<void()> due,
                  TimeSource &time)
-    : m_dialogue(dialogue), m_timings(timings), m_delay(time), m_again(time), m_check(time)
+    : m_dialogue(dialogue), m_timings(timings), m_subscription(
+                                                    dialogue, timings,
+                                                    [this, due] {
+                                                        m_due = true;
+                                                        due();
+                                                    },
+                                                    time),
+      m_delay(time), m_again(time)
 {
     QObject::connect(&m_delay, &Timer::timeout, &m_delay, [this, due] {
         m_due = true;
@@ -74,93 +57,56 @@ Mailbox::Mailbox(AtDialogue &dialogue, const ModemTimings &timings, std::functio
         lookAgain();
         due();
     });
-    QObject::connect(&m_check, &Timer::timeout, &m_check, [this, due] {
-        m_checkDue = true;
-        m_due = true;
-        due();
-    });
 }
 
 void Mailbox::setUp(std::function<void()> done)
 {
     reset();
-    m_setUp = std::move(done);
-    m_dialogue.ask({"AT+CPMS=?"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-        const QList<QByteArray> offered = AnswerParsers::textLists(answer.lines, "+CPMS").value(0);
-        for (const QByteArrayView memory : knownMemories)
-            if (offered.contains(memory))
-                m_memories.append(memory.toByteArray());
-        askRoutes();
+    m_subscription.setUp([this, done = std::move(done)](const QList<QByteArray> &memories) {
+        m_memories = memories;
+        lookAgain();
+        done();
     });
-}
-
-void Mailbox::askRoutes()
-{
-    m_dialogue.ask({"AT+CNMI=?"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-        const MailRoutes best = MailRoutes::bestOf(answer.lines);
-        tryRoutes(best.mode < 0 ? MailRoutes::candidates() : QList{best});
-    });
-}
-
-void Mailbox::tryRoutes(QList<MailRoutes> candidates)
-{
-    if (candidates.isEmpty()) {
-        qCInfo(logDevice) << "the device doesn't announce what comes: its memories are looked into";
-        finishSetUp();
-        return;
-    }
-    const MailRoutes routes = candidates.takeFirst();
-    askService(routes, [this, routes, candidates] { askFor(routes, candidates); });
-}
-
-/// What is routed to us is lost with a crash unless the service waits for our word
-/// (3GPP TS 27.005, 3.2.1). It does so from the first report on, which may follow the routes at
-/// once; and a service that was left waiting by an engine before us is not let off.
-void Mailbox::askService(const MailRoutes &routes, const std::function<void()> &then)
-{
-    const bool routed = routes.routes();
-    m_dialogue.ask({routed ? "AT+CSMS=1"_ba : "AT+CSMS=0"_ba, m_timings.commandMs, {}},
-                   [this, routed, then](const AtAnswer &answer) {
-                       m_acknowledges = routed && answer.isOk();
-                       then();
-                   });
-}
-
-void Mailbox::askFor(const MailRoutes &routes, const QList<MailRoutes> &others)
-{
-    m_dialogue.ask({routes.command(), m_timings.commandMs, {}},
-                   [this, routes, others](const AtAnswer &answer) {
-                       if (!answer.isOk()) {
-                           tryRoutes(others);
-                           return;
-                       }
-                       m_routes = routes;
-                       if (routes.report <= 0)
-                           qCInfo(logDevice) << "the device announces no status reports";
-                       if (m_acknowledges)
-                           m_check.start(m_timings.routesCheckMs);
-                       finishSetUp();
-                   });
-}
-
-void Mailbox::finishSetUp()
-{
-    lookAgain();
-    std::exchange(m_setUp, nullptr)();
 }
 
 void Mailbox::takeLine(const QByteArray &line)
 {
     // Where the line lost the PDU, the next one stands for itself.
-    if (!std::exchange(m_routedTag, QByteArray()).isEmpty() && isHexadecimal(line)) {
-        m_routed.append({line, {}, -1});
-        m_due = true;
+    if (!m_routedTag.isEmpty() && isHexadecimal(line)) {
+        takeRouted(line);
         return;
     }
+    m_routedTag.clear();
     if (line.startsWith("+CMT:") || line.startsWith("+CDS:"))
-        m_routedTag = line.left(4);
+        m_routedTag = line;
     else if (line.startsWith("+CMTI:") || line.startsWith("+CDSI:"))
         announce(line);
+}
+
+/// What came too short is not acknowledged, and comes again. Where nothing is acknowledged, a part
+/// of it is better than none.
+void Mailbox::takeRouted(const QByteArray &pdu)
+{
+    const QByteArray tag = std::exchange(m_routedTag, QByteArray());
+    const QList<QByteArray> fields = AnswerParsers::fields({tag}, tag.left(4));
+    if (m_subscription.isAcknowledged() && isTruncated(pdu, fields.value(fields.size() - 1)) &&
+        !isTrusted(pdu))
+        return;
+    m_routed.append({pdu, {}, -1});
+    m_due = true;
+}
+
+/// A line that lost something loses something else the next time: what comes twice is what the
+/// device has, though it counts its octets in another way.
+bool Mailbox::isTrusted(const QByteArray &pdu)
+{
+    if (m_doubted.remove(pdu))
+        return true;
+    qCWarning(logDevice) << "the device handed over fewer octets than it says";
+    if (m_doubted.size() >= maxDoubted)
+        m_doubted.clear();
+    m_doubted.insert(pdu);
+    return false;
 }
 
 void Mailbox::announce(const QByteArray &line)
@@ -197,7 +143,16 @@ void Mailbox::dismiss(const QList<Arrival> &arrivals)
     m_due = m_due || !arrivals.isEmpty();
 }
 
-void Mailbox::defer()
+void Mailbox::defer(const QList<Arrival> &arrivals)
+{
+    QList<Arrival> routed;
+    std::copy_if(arrivals.begin(), arrivals.end(), std::back_inserter(routed),
+                 [](const Arrival &arrival) { return arrival.isRouted(); });
+    m_routed = (routed + m_routed).mid(0, maxRouted);
+    retryLater();
+}
+
+void Mailbox::retryLater()
 {
     m_again.start(m_timings.mailAgainMs);
 }
@@ -205,27 +160,27 @@ void Mailbox::defer()
 void Mailbox::lookAgain()
 {
     m_toList = m_memories;
-    m_due = m_due || !m_toList.isEmpty();
+    m_due = m_due || !m_toList.isEmpty() || !m_routed.isEmpty();
 }
 
 void Mailbox::reset()
 {
     m_delay.stop();
     m_again.stop();
-    m_check.stop();
-    m_checkDue = false;
-    m_setUp = nullptr;
+    m_subscription.reset();
     m_read = nullptr;
     m_memories.clear();
     m_selected.clear();
-    m_routes = {};
-    m_acknowledges = false;
     m_routedTag.clear();
     m_routed.clear();
     m_notices.clear();
     m_toList.clear();
     m_toDiscard.clear();
     m_kept.clear();
+    m_doubted.clear();
+    m_listed.clear();
+    m_deleted.clear();
+    m_deletesRead = true;
     m_arrivals.clear();
     m_due = false;
 }
@@ -246,8 +201,8 @@ void Mailbox::step()
 {
     if (!m_toDiscard.isEmpty())
         discardNext();
-    else if (std::exchange(m_checkDue, false))
-        checkRoutes();
+    else if (m_subscription.isCheckDue())
+        m_subscription.check([this](bool isRestored) { stepAfter(isRestored); });
     else if (!m_toList.isEmpty() && m_noticesLeft == maxSingleReads)
         listMemory(m_toList.takeFirst());
     else if (m_notices.size() > m_noticesLeft && m_noticesLeft == maxSingleReads)
@@ -258,15 +213,33 @@ void Mailbox::step()
         endTurn();
 }
 
+void Mailbox::stepAfter(bool mayHaveMore)
+{
+    if (mayHaveMore)
+        lookAgain();
+    step();
+}
+
 void Mailbox::discardNext()
 {
-    const Arrival arrival = m_toDiscard.takeFirst();
-    if (arrival.isRouted()) {
-        acknowledge();
+    const QList<Arrival> listed = std::exchange(m_listed, {});
+    const bool areAllStored =
+        std::all_of(listed.begin(), listed.end(),
+                    [this](const Arrival &arrival) { return m_toDiscard.contains(arrival); });
+    if (!listed.isEmpty() && areAllStored) {
+        deleteRead(listed);
         return;
     }
-    const Place place(arrival.memory, arrival.index);
-    select(arrival.memory, [this, place](bool selected) {
+    const Arrival arrival = m_toDiscard.takeFirst();
+    if (arrival.isRouted())
+        m_subscription.acknowledge([this](bool isRestored) { stepAfter(isRestored); });
+    else
+        deleteOne({arrival.memory, arrival.index});
+}
+
+void Mailbox::deleteOne(const Place &place)
+{
+    select(place.first, [this, place](bool selected) {
         if (!selected) {
             step();
             return;
@@ -276,43 +249,28 @@ void Mailbox::discardNext()
     });
 }
 
-void Mailbox::acknowledge()
+/// Deletes what was read of a memory by one command, and leaves what came since (3GPP TS 27.005,
+/// 3.5.4: <delflag> 1). Where the device doesn't, the next listing shows it.
+void Mailbox::deleteRead(const QList<Arrival> &listed)
 {
-    if (!m_acknowledges) {
-        step();
-        return;
-    }
-    m_dialogue.ask({"AT+CNMA"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-        if (answer.isOk()) {
+    select(listed.constFirst().memory, [this, listed](bool selected) {
+        if (!selected) {
             step();
             return;
         }
-        // Our word came too late: the device routes nothing any more, and the network sends again
-        // what it holds (3GPP TS 27.005, 3.4.1).
-        restoreRoutes();
+        const QByteArray place = QByteArray::number(listed.constFirst().index);
+        m_dialogue.ask({"AT+CMGD=" + place + ",1", m_timings.slowCommandMs, {}},
+                       [this, listed](const AtAnswer &answer) {
+                           m_deletesRead = answer.isOk();
+                           if (m_deletesRead) {
+                               m_toDiscard.removeIf([&listed](const Arrival &arrival) {
+                                   return listed.contains(arrival);
+                               });
+                               m_deleted = listed;
+                           }
+                           step();
+                       });
     });
-}
-
-/// A device that waited for our word in vain announces nothing any more. That may come about after
-/// the routes were set: it was an engine before us that owed the word, or the line lost what the
-/// device said.
-void Mailbox::checkRoutes()
-{
-    m_check.start(m_timings.routesCheckMs);
-    m_dialogue.ask({"AT+CNMI?"_ba, m_timings.commandMs, {}}, [this](const AtAnswer &answer) {
-        if (answer.isOk() && !m_routes.areIn(answer.lines))
-            restoreRoutes();
-        else
-            step();
-    });
-}
-
-/// What was stored meanwhile has not been announced.
-void Mailbox::restoreRoutes()
-{
-    lookAgain();
-    m_dialogue.ask({m_routes.command(), m_timings.commandMs, {}},
-                   [this](const AtAnswer &) { step(); });
 }
 
 void Mailbox::onDeleted(const Place &place, const AtAnswer &answer)
@@ -332,6 +290,12 @@ void Mailbox::select(const QByteArray &memory, const std::function<void(bool)> &
     }
     m_dialogue.ask({"AT+CPMS=\"" + memory + '"', m_timings.slowCommandMs, {}},
                    [this, memory, then](const AtAnswer &answer) {
+                       bool isNumber = false;
+                       const QList<QByteArray> fields =
+                           AnswerParsers::fields(answer.lines, "+CPMS");
+                       m_used = fields.value(0).toInt(&isNumber);
+                       if (!isNumber)
+                           m_used = -1;
                        m_selected = answer.isOk() ? memory : QByteArray();
                        then(answer.isOk());
                    });
@@ -341,52 +305,77 @@ void Mailbox::readNotice(const Place &place)
 {
     select(place.first, [this, place](bool selected) {
         if (!selected) {
-            defer();
+            retryLater();
             step();
             return;
         }
-        m_dialogue.ask({"AT+CMGR=" + QByteArray::number(place.second), m_timings.slowCommandMs, {}},
-                       [this, place](const AtAnswer &answer) {
-                           if (answer.isOk())
-                               take(listingOf(answer.lines, "+CMGR", place.first, place.second));
-                           else if (!isEmptyPlace(answer))
-                               defer();
-                           step();
-                       });
+        m_dialogue.ask(
+            {"AT+CMGR=" + QByteArray::number(place.second), m_timings.slowCommandMs, {}},
+            [this, place](const AtAnswer &answer) {
+                if (answer.isOk())
+                    take(MailListing::of(answer.lines, "+CMGR", place.first, place.second));
+                else if (!isEmptyPlace(answer))
+                    retryLater();
+                step();
+            });
     });
 }
 
 /// What can't be understood is looked at again later.
-void Mailbox::take(const Listing &listing)
+void Mailbox::take(const MailListing &listing)
 {
-    for (const Arrival &arrival : listing.arrivals)
+    QList<Arrival> arrivals = listing.arrivals;
+    bool isDoubtful = listing.isGarbled;
+    for (const Arrival &arrival : listing.truncated) {
+        if (isTrusted(arrival.pdu))
+            arrivals.append(arrival);
+        else
+            isDoubtful = true;
+    }
+    for (const Arrival &arrival : arrivals)
         if (!m_kept.contains({arrival.memory, arrival.index}))
             m_arrivals.append(arrival);
-    if (listing.isGarbled)
-        defer();
+    if (isDoubtful)
+        retryLater();
 }
 
+/// The memory is selected anew, as the answer tells how much it holds.
 void Mailbox::listMemory(const QByteArray &memory)
 {
     m_noticesLeft = 0;
+    m_selected.clear();
     select(memory, [this, memory](bool selected) {
+        // What is announced from now on may not be in the listing.
+        m_notices.removeIf([&](const Place &place) { return place.first == memory; });
         if (!selected) {
-            m_notices.removeIf([&](const Place &place) { return place.first == memory; });
             step();
             return;
         }
-        // What is announced from now on may not be in the listing.
-        m_notices.removeIf([&](const Place &place) { return place.first == memory; });
         m_dialogue.ask({"AT+CMGL=4"_ba, m_timings.listMs, {}},
-                       [this, memory](const AtAnswer &answer) {
-                           take(listingOf(answer.lines, "+CMGL", memory, -1));
-                           if (!answer.isOk())
-                               defer();
-                           else if (answer.lines.size() >= fullListing && !m_arrivals.isEmpty())
-                               m_toList.append(memory);
+                       [this, memory, used = m_used](const AtAnswer &answer) {
+                           onListed(memory, used, answer);
                            step();
                        });
     });
+}
+
+void Mailbox::onListed(const QByteArray &memory, int used, const AtAnswer &answer)
+{
+    const MailListing listing = MailListing::of(answer.lines, "+CMGL", memory, -1);
+    take(listing);
+    const bool isLong = answer.lines.size() >= fullListing;
+    if (!answer.isOk())
+        retryLater();
+    else if (isLong && !m_arrivals.isEmpty())
+        m_toList.append(memory);
+
+    const qsizetype count = listing.arrivals.size();
+    for (const Arrival &arrival : listing.arrivals)
+        m_deletesRead = m_deletesRead && !m_deleted.contains(arrival);
+    m_deleted.clear();
+    const bool isAll = answer.isOk() && !isLong && listing.isWhole() && used >= 0 && count >= used;
+    if (memory == memoryOfReports && m_deletesRead && isAll && count >= minDeletedTogether)
+        m_listed = listing.arrivals;
 }
 
 void Mailbox::endTurn()
@@ -394,6 +383,8 @@ void Mailbox::endTurn()
     m_due = m_due || !m_toDiscard.isEmpty() || !m_toList.isEmpty() || !m_routed.isEmpty();
     if (!m_notices.isEmpty())
         wait();
+    if (!m_subscription.announces() && !m_again.isActive())
+        m_again.start(m_timings.mailPollMs);
     const QList<Arrival> arrivals = std::exchange(m_arrivals, {});
     std::exchange(m_read, nullptr)(arrivals);
 }

@@ -1,31 +1,18 @@
 #pragma once
 
 #include "TovekSMService/modem/at/AtDialogue.h"
-#include "TovekSMService/modem/device/MailRoutes.h"
+#include "TovekSMService/modem/device/MailListing.h"
+#include "TovekSMService/modem/device/MailSubscription.h"
 #include "TovekSMService/time/Timer.h"
 
 #include <QByteArray>
 #include <QList>
-#include <QMetaType>
 #include <QSet>
 
 #include <functional>
 #include <utility>
 
 namespace norvane {
-
-/// Something that came from the network, as the device handed it over.
-struct Arrival
-{
-    /// Service centre address and TPDU, hexadecimal.
-    QByteArray pdu;
-    /// Where the device keeps it; empty for what was routed to us and is kept nowhere.
-    QByteArray memory;
-    int index = -1;
-
-    bool isRouted() const { return memory.isEmpty(); }
-    bool operator==(const Arrival &) const = default;
-};
 
 /// What the network sent to a device: messages and status reports, in its memories or routed to us.
 /// Nothing is deleted or acknowledged before whoever took it has said that it is stored.
@@ -46,7 +33,7 @@ public:
     void takeLine(const QByteArray &line);
 
     /// Whether the device hands over status reports.
-    bool takesReports() const { return m_routes.report > 0; }
+    bool takesReports() const { return m_subscription.takesReports(); }
     /// Whether something is to be read, deleted or acknowledged now. What was announced waits a
     /// little for others, so that one look serves them all.
     bool isDue() const;
@@ -54,63 +41,56 @@ public:
     void work(Read read);
     /// These are stored: the device needn't keep them.
     void dismiss(const QList<Arrival> &arrivals);
-    /// What was read could not be stored: it is read again later, where the device has it still.
-    void defer();
+    /// What was read could not be stored: it is read again later, and what the device doesn't keep
+    /// is handed out again.
+    void defer(const QList<Arrival> &arrivals);
     /// Looks into all memories again.
     void lookAgain();
 
     /// The device has been closed.
     void reset();
 
-    /// What an answer shows of a memory.
-    struct Listing
-    {
-        QList<Arrival> arrivals;
-        bool isGarbled = false; ///< something stands there that can't be understood
-    };
-
 private:
     using Place = std::pair<QByteArray, int>;
 
-    void askRoutes();
-    void tryRoutes(QList<MailRoutes> candidates);
-    void askService(const MailRoutes &routes, const std::function<void()> &then);
-    void askFor(const MailRoutes &routes, const QList<MailRoutes> &others);
-    void finishSetUp();
-    void checkRoutes();
-    void restoreRoutes();
-
     void announce(const QByteArray &line);
-    void take(const Listing &listing);
+    void takeRouted(const QByteArray &pdu);
+    bool isTrusted(const QByteArray &pdu);
+    void take(const MailListing &listing);
+    void retryLater();
     void step();
+    void stepAfter(bool mayHaveMore);
     void discardNext();
-    void acknowledge();
+    void deleteOne(const Place &place);
+    void deleteRead(const QList<Arrival> &listed);
     void onDeleted(const Place &place, const AtAnswer &answer);
     void readNotice(const Place &place);
     void listMemory(const QByteArray &memory);
+    void onListed(const QByteArray &memory, int used, const AtAnswer &answer);
     void select(const QByteArray &memory, const std::function<void(bool)> &then);
     void endTurn();
     void wait();
 
     AtDialogue &m_dialogue;
     const ModemTimings m_timings;
+    MailSubscription m_subscription;
     Timer m_delay; ///< of what was announced
     Timer m_again; ///< until what could not be read or stored is looked at again
-    Timer m_check; ///< until the routes are looked at again
 
-    std::function<void()> m_setUp;
     QList<QByteArray> m_memories; ///< that hold messages or reports
     QByteArray m_selected;        ///< the memory that the device reads from
-    MailRoutes m_routes;
-    bool m_acknowledges = false; ///< the device waits for +CNMA
-    bool m_checkDue = false;
+    int m_used = -1;              ///< how many it held then; -1 where the device doesn't say
 
-    QByteArray m_routedTag; ///< of the line whose second one is due
+    QByteArray m_routedTag; ///< the line whose second one is due
     QList<Arrival> m_routed;
     QList<Place> m_notices;
     QList<QByteArray> m_toList;
     QList<Arrival> m_toDiscard;
-    QSet<Place> m_kept; ///< read already, and the device won't delete them
+    QSet<Place> m_kept;         ///< read already, and the device won't delete them
+    QSet<QByteArray> m_doubted; ///< PDUs that came too short once
+    QList<Arrival> m_listed;    ///< all that a memory of reports held when it was listed last
+    QList<Arrival> m_deleted;   ///< by one command
+    bool m_deletesRead = true;  ///< one command deletes all that was read
     bool m_due = false;
 
     Read m_read;
@@ -119,5 +99,3 @@ private:
 };
 
 } // namespace norvane
-
-Q_DECLARE_METATYPE(norvane::Arrival)

@@ -92,7 +92,7 @@ public:
     /// These are stored: the device needn't keep them any longer.
     void dismissMail(const QList<Arrival> &arrivals) { m_mailbox.dismiss(arrivals); }
     /// What was read could not be stored.
-    void deferMail() { m_mailbox.defer(); }
+    void deferMail(const QList<Arrival> &arrivals) { m_mailbox.defer(arrivals); }
 
     /// Asks the device whether it answers and whether its SIM is unlocked, and for its details:
     /// `tested`.

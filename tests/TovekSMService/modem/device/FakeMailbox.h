@@ -18,6 +18,7 @@ public:
     {
         int kind = 0;
         QByteArray pdu;
+        int lost = 0; ///< octets that the device counts and doesn't hand over
     };
 
     /// The answer to a command about messages that were received; nothing for any other.
@@ -34,14 +35,18 @@ public:
             return FakeModemLine::answer(refused.contains(command) ? "ERROR" : "OK");
         if (command.startsWith("AT+CPMS=\"")) {
             m_selected = command.mid(9).chopped(1);
-            return memories.contains(m_selected) ? FakeModemLine::info("+CPMS: 1,20,1,20,1,20")
-                                                 : FakeModemLine::answer("+CMS ERROR: 302");
+            const auto used = QByteArray::number(memories.value(m_selected).size());
+            return memories.contains(m_selected)
+                       ? FakeModemLine::info("+CPMS: " + used + ",20,1,20,1,20")
+                       : FakeModemLine::answer("+CMS ERROR: 302");
         }
         QMap<int, Kept> &memory = memories[m_selected];
-        const int index = command.mid(8).toInt();
+        const int index = command.mid(8).split(',').value(0).toInt();
         if (command.startsWith("AT+CMGR="))
             return memory.contains(index) ? read("+CMGR: ", memory.value(index))
                                           : FakeModemLine::answer("+CMS ERROR: 321");
+        if (command.startsWith("AT+CMGD=") && command.endsWith(",1") && isDeleting)
+            return deleteRead(index);
         if (command.startsWith("AT+CMGD="))
             return FakeModemLine::answer(!isDeleting                ? "+CMS ERROR: 500"
                                          : memory.remove(index) > 0 ? "OK"
@@ -50,6 +55,8 @@ public:
             QByteArray listing;
             for (auto it = memory.cbegin(); it != memory.cend(); ++it)
                 listing += line("+CMGL: " + QByteArray::number(it.key()) + ',', it.value());
+            for (Kept &kept : memory)
+                kept.kind = kept.kind == 0 ? 1 : kept.kind;
             return listing + FakeModemLine::answer("OK");
         }
         return std::nullopt;
@@ -61,12 +68,27 @@ public:
     QSet<QByteArray> refused;
     QMap<QByteArray, QMap<int, Kept>> memories{{"SM", {}}, {"ME", {}}, {"SR", {}}};
     bool isDeleting = true;
+    /// What becomes of +CMGD with 1 behind the place (3GPP TS 27.005, 3.5.4).
+    enum class DeletesRead { Yes, OneAlone, Refused } deletesRead = DeletesRead::Yes;
 
 private:
+    QByteArray deleteRead(int index)
+    {
+        if (deletesRead == DeletesRead::Refused)
+            return FakeModemLine::answer("+CMS ERROR: 303");
+        if (deletesRead == DeletesRead::OneAlone)
+            memories[m_selected].remove(index);
+        else
+            memories[m_selected].removeIf([](const auto &kept) { return kept->kind == 1; });
+        return FakeModemLine::answer("OK");
+    }
+
     static QByteArray line(const QByteArray &beginning, const Kept &kept)
     {
         return "\r\n" + beginning + QByteArray::number(kept.kind) + ",," +
-               QByteArray::number(kept.pdu.size() / 2 - 1) + "\r\n" + kept.pdu;
+               QByteArray::number(kept.pdu.size() / 2 - 1 - kept.pdu.left(2).toInt(nullptr, 16) +
+                                  kept.lost) +
+               "\r\n" + kept.pdu;
     }
     static QByteArray read(const QByteArray &beginning, const Kept &kept)
     {

@@ -46,6 +46,46 @@ protected:
 const QByteArray message = "0004039121F30000622190011203800141";
 const QByteArray report = "00062A039121F3622190011203806221900112038000";
 
+/// A device that keeps reports.
+class ModemReports : public ModemMail
+{
+protected:
+    ModemReports() { openReady(); }
+
+    /// The device gets reports at these places, and announces them.
+    void keepReports(int first, int last)
+    {
+        for (int place = first; place <= last; ++place) {
+            m_mailbox.memories["SR"].insert(place, {0, reportOf(place)});
+            m_line->say("\r\n+CDSI: \"SR\"," + QByteArray::number(place) + "\r\n");
+        }
+        ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    }
+
+    /// Reads what is there, says that it is stored, and lets it be deleted.
+    void fetchAndDismiss()
+    {
+        const qsizetype before = m_read.size();
+        fetchAll();
+        m_modem->dismissMail(m_read.mid(before));
+        fetchAll();
+    }
+
+    int deletions() const
+    {
+        return static_cast<int>(
+            std::count_if(m_line->commands.cbegin(), m_line->commands.cend(),
+                          [](const auto &command) { return command.startsWith("AT+CMGD"); }));
+    }
+    qsizetype left() { return m_mailbox.memories["SR"].size(); }
+
+    static QByteArray reportOf(int reference)
+    {
+        return "0006" + QByteArray::number(reference, 16).rightJustified(2, '0') +
+               "039121F3622190011203806221900112038000";
+    }
+};
+
 } // namespace
 
 TEST_F(ModemMail, whatIsStoredIsPreferredToWhatIsRouted)
@@ -329,7 +369,7 @@ TEST_F(ModemMail, whatTheDeviceWillNotDeleteIsNotReadAgainAndAgain)
     m_modem->dismissMail(m_read);
     fetchAll();
     EXPECT_EQ(countOf("AT+CMGD=1"), 1);
-    m_modem->deferMail();
+    m_modem->deferMail(m_read);
     ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
     fetchAll();
     EXPECT_EQ(m_read.size(), 1);
@@ -340,7 +380,7 @@ TEST_F(ModemMail, whatCouldNotBeStoredIsReadAgainLater)
     m_mailbox.memories["SM"] = {{1, {0, message}}};
     openReady();
     fetchAll();
-    m_modem->deferMail();
+    m_modem->deferMail(m_read);
     EXPECT_FALSE(m_modem->hasMail());
     ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
     fetchAll();
@@ -374,6 +414,164 @@ TEST_F(ModemMail, aMemoryLargerThanAnAnswerIsReadInSeveralTurns)
     }
     EXPECT_TRUE(m_mailbox.memories["SM"].isEmpty());
     EXPECT_EQ(m_read.size(), 150);
+}
+
+TEST_F(ModemMail, aDeviceThatRefusesWhatItSaysThatItHasIsAskedForSomethingElse)
+{
+    m_mailbox.refused = {"AT+CNMI=2,1,0,2,0"};
+    openReady();
+    EXPECT_EQ(countOf("AT+CNMI=2,1,0,1,0"), 1);
+}
+
+TEST_F(ModemMail, aDeviceThatKnowsOnlyToDropWhatWaitedIsAskedForThat)
+{
+    m_mailbox.routesOffered = "+CNMI: (0-2),(0-3),(0,2),(0-2),(1)";
+    openReady();
+    EXPECT_EQ(countOf("AT+CNMI=2,1,0,2,1"), 1);
+}
+
+TEST_F(ModemMail, theMemoriesOfADeviceThatAnnouncesNothingAreLookedIntoAgain)
+{
+    m_mailbox.routesOffered.clear();
+    m_mailbox.refused = {"AT+CNMI=2,1,0,2,0", "AT+CNMI=2,1,0,1,0", "AT+CNMI=2,1", "AT+CNMI=1,1"};
+    openReady();
+    fetchAll();
+    for (int round = 1; round <= 2; ++round) {
+        m_mailbox.memories["SM"] = {{round, {0, message}}};
+        ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+        fetchAll();
+        EXPECT_EQ(m_read.size(), round);
+        m_modem->dismissMail(m_read);
+        fetchAll();
+    }
+}
+
+TEST_F(ModemMail, whatIsShorterThanTheDeviceSaysIsReadAgainBeforeItIsTaken)
+{
+    m_mailbox.memories["SM"] = {{1, {0, message.chopped(4), 2}}};
+    openReady();
+    fetchAll();
+    EXPECT_TRUE(m_read.isEmpty()) << "the line lost two octets";
+    m_mailbox.memories["SM"] = {{1, {0, message}}};
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(m_read, (QList<Arrival>{{message, "SM", 1}}));
+}
+
+TEST_F(ModemMail, whatIsShorterThanTheDeviceSaysTimeAndAgainIsTakenAsItIs)
+{
+    m_mailbox.memories["SM"] = {{1, {0, message, 1}}};
+    openReady();
+    fetchAll();
+    EXPECT_TRUE(m_read.isEmpty());
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(m_read, (QList<Arrival>{{message, "SM", 1}}));
+}
+
+TEST_F(ModemMail, aRoutedReportThatIsTooShortIsNotAcknowledged)
+{
+    m_mailbox.routesOffered = "+CNMI: (2),(1),(0),(1)";
+    openReady();
+    fetchAll();
+    m_line->say("\r\n+CDS: 21\r\n" + report.chopped(2) + "\r\n");
+    m_line->say("\r\n+CDS: 21\r\n" + report + "\r\n");
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(m_read, (QList<Arrival>{{report, {}, -1}}));
+}
+
+TEST_F(ModemMail, whatWasRoutedAndCouldNotBeStoredIsHandedOutAgain)
+{
+    m_mailbox.routesOffered = "+CNMI: (2),(2),(0),(1)";
+    m_mailbox.refused = {"AT+CSMS=1"};
+    openReady();
+    fetchAll();
+    m_line->say("\r\n+CMT: ,16\r\n" + message + "\r\n");
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    ASSERT_EQ(m_read.size(), 1);
+    m_modem->deferMail(m_read);
+    EXPECT_FALSE(m_modem->hasMail());
+    ASSERT_TRUE(until([&] { return m_modem->hasMail(); }));
+    fetchAll();
+    EXPECT_EQ(m_read, (QList<Arrival>{{message, {}, -1}, {message, {}, -1}}));
+}
+
+TEST_F(ModemReports, areDeletedByOneCommandBehindAListing)
+{
+    keepReports(1, 16);
+    fetchAndDismiss();
+    EXPECT_EQ(m_read.size(), 16);
+    EXPECT_EQ(left(), 0);
+    EXPECT_EQ(deletions(), 1);
+}
+
+TEST_F(ModemReports, thatCameBehindTheListingStay)
+{
+    keepReports(1, 16);
+    fetchAll();
+    m_mailbox.memories["SR"].insert(17, {0, reportOf(17)});
+    m_modem->dismissMail(m_read);
+    fetchAll();
+    EXPECT_EQ(left(), 1);
+    EXPECT_EQ(deletions(), 1);
+}
+
+TEST_F(ModemReports, areDeletedOneByOneWhereTheListingLeftSomethingOut)
+{
+    keepReports(1, 16);
+    m_line->onCommand = [&](const QByteArray &command) -> std::optional<QByteArray> {
+        std::optional<QByteArray> answer = m_mailbox.answerTo(command);
+        if (command == "AT+CMGL=4") // the line lost an entry
+            answer->remove(0, answer->indexOf("\r\n+CMGL: 2,"));
+        return answer;
+    };
+    fetchAndDismiss();
+    EXPECT_EQ(m_read.size(), 15);
+    EXPECT_EQ(left(), 1);
+    EXPECT_EQ(deletions(), 15);
+}
+
+TEST_F(ModemReports, areDeletedOneByOneWhereTheListingIsGarbled)
+{
+    keepReports(1, 16);
+    m_mailbox.memories["SR"][3].lost = 1;
+    fetchAndDismiss();
+    EXPECT_EQ(m_read.size(), 15);
+    EXPECT_EQ(left(), 1);
+}
+
+TEST_F(ModemReports, areDeletedOneByOneWhereTheDeviceRefusesTheOneCommand)
+{
+    m_mailbox.deletesRead = FakeMailbox::DeletesRead::Refused;
+    keepReports(1, 16);
+    fetchAndDismiss();
+    EXPECT_EQ(left(), 0);
+    EXPECT_EQ(deletions(), 17);
+    keepReports(1, 16);
+    fetchAndDismiss();
+    EXPECT_EQ(deletions(), 33) << "it isn't asked again";
+}
+
+TEST_F(ModemReports, areDeletedOneByOneOnceTheDeviceIsSeenToDeleteOneAlone)
+{
+    m_mailbox.deletesRead = FakeMailbox::DeletesRead::OneAlone;
+    keepReports(1, 16);
+    fetchAndDismiss();
+    EXPECT_EQ(left(), 15);
+    keepReports(17, 32);
+    fetchAndDismiss();
+    EXPECT_EQ(left(), 0);
+}
+
+TEST_F(ModemReports, thatAreNotStoredYetAreNotDeleted)
+{
+    keepReports(1, 16);
+    fetchAll();
+    m_modem->dismissMail(m_read.mid(0, 15));
+    fetchAll();
+    EXPECT_EQ(left(), 1);
 }
 
 } // namespace norvane
