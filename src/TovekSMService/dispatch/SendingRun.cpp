@@ -18,10 +18,8 @@ StoreResult<> SendingRun::keep(MessageQueue &queue, DeliveryReports &reports) co
             queue.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
         if (!outcome)
             return failed(outcome.error());
-        if (StoreResult<> kept = reports.keepSent(taken.lastPart); !kept)
+        if (StoreResult<> kept = reports.keepLastSent(taken.message.id, taken.lastPart); !kept)
             return kept;
-        if (const auto state = reports.refresh(taken.message.id); !state)
-            return failed(state.error());
     }
     for (const LeavingMessage &left : m_ahead) {
         if (StoreResult<> cancelled = queue.cancelPart(left.message.id); !cancelled)

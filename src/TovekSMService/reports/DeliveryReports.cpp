@@ -67,20 +67,29 @@ StoreResult<> DeliveryReports::keepSent(const std::optional<SentPart> &part)
     return part ? m_store.sentParts().add(*part) : StoreResult<>();
 }
 
-StoreResult<std::optional<qint64>> DeliveryReports::partOf(const StatusReportPdu &report,
-                                                           const QString &sim) const
+StoreResult<> DeliveryReports::keepLastSent(qint64 message, const std::optional<SentPart> &part)
 {
-    return m_store.sentParts().open(sim, report.reference).map([&](const QList<OpenPart> &parts) {
-        // A number that is the same to the letter goes before one that has a prefix more or less.
-        const auto find = [&parts](const auto &matches) {
-            return std::find_if(parts.begin(), parts.end(), matches);
-        };
-        auto found = find([&](const OpenPart &part) { return part.phone == report.recipient; });
-        if (found == parts.end())
-            found = find([&](const OpenPart &part) {
-                return PhoneNumber::isSameRecipient(part.phone, report.recipient);
-            });
-        return found == parts.end() ? std::nullopt : std::optional(found->id);
+    return keepSent(part).and_then([&]() -> StoreResult<> {
+        const StoreResult<std::optional<DeliveryChange>> change =
+            part && part->total == 1 ? put(message, {PartState()}) : refresh(message);
+        return change ? StoreResult<>() : failed(change.error());
+    });
+}
+
+StoreResult<std::optional<OpenPart>> DeliveryReports::partOf(const StatusReportPdu &report,
+                                                             const QString &sim) const
+{
+    // A number that is the same to the letter goes before one that has a prefix more or less.
+    SentParts &parts = m_store.sentParts();
+    StoreResult<std::optional<OpenPart>> part =
+        parts.latestOpen(sim, report.reference, report.recipient);
+    if (!part || *part)
+        return part;
+    return parts.open(sim, report.reference).map([&](const QList<OpenPart> &others) {
+        const auto found = std::find_if(others.begin(), others.end(), [&](const OpenPart &other) {
+            return PhoneNumber::isSameRecipient(other.phone, report.recipient);
+        });
+        return found == others.end() ? std::nullopt : std::optional(*found);
     });
 }
 
@@ -90,12 +99,13 @@ StoreResult<std::optional<DeliveryChange>> DeliveryReports::take(const QByteArra
                                                                  const QString &now)
 {
     using Change = std::optional<DeliveryChange>;
-    SentParts &parts = m_store.sentParts();
     return m_store.database().together([&]() -> StoreResult<Change> {
-        const StoreResult<std::optional<qint64>> part = partOf(report, sim);
+        const StoreResult<std::optional<OpenPart>> part = partOf(report, sim);
         if (!part)
             return failed(part.error());
-        const StoreResult<bool> isNew = parts.keepReport(pduDigest(pdu, sim), now, *part, pdu);
+        const std::optional<qint64> id = *part ? std::optional((*part)->id) : std::nullopt;
+        const StoreResult<bool> isNew =
+            m_store.sentParts().keepReport(pduDigest(pdu, sim), now, id, pdu);
         if (!isNew)
             return failed(isNew.error());
         if (!*isNew)
@@ -105,26 +115,39 @@ StoreResult<std::optional<DeliveryChange>> DeliveryReports::take(const QByteArra
                                 << report.reference << "status" << report.status;
             return Change();
         }
-        const DeliveryStatus status = DeliveryStatus::of(report.status);
-        return parts
-            .setState(**part, status.state, status.isFinal(), report.status,
-                      localText(report.at, now))
-            .and_then([&] { return parts.messageOf(**part); })
-            .and_then([this](qint64 message) { return refresh(message); });
+        return takeFor(**part, report, now);
     });
+}
+
+StoreResult<std::optional<DeliveryChange>>
+DeliveryReports::takeFor(const OpenPart &part, const StatusReportPdu &report, const QString &now)
+{
+    const DeliveryStatus status = DeliveryStatus::of(report.status);
+    const QString at = localText(report.at, now);
+    const StoreResult<> set =
+        m_store.sentParts().setState(part.id, status.state, status.isFinal(), report.status, at);
+    if (!set)
+        return failed(set.error());
+    if (part.total > 1)
+        return refresh(part.message);
+    return put(part.message, {{1, 1, status.state, report.status, at}});
 }
 
 StoreResult<std::optional<DeliveryChange>> DeliveryReports::refresh(qint64 message)
 {
-    using Change = std::optional<DeliveryChange>;
     return m_store.sentParts().ofMessage(message).and_then(
-        [&](const QList<PartState> &parts) -> StoreResult<Change> {
-            const Summary summary = summaryOf(parts);
-            return m_store.outcomes()
-                .setDelivery(message, summary.state, summary.at)
-                .map([&](bool changed) {
-                    return changed ? Change({message, summary.state, summary.at}) : Change();
-                });
+        [&](const QList<PartState> &parts) { return put(message, parts); });
+}
+
+StoreResult<std::optional<DeliveryChange>> DeliveryReports::put(qint64 message,
+                                                                const QList<PartState> &parts)
+{
+    using Change = std::optional<DeliveryChange>;
+    const Summary summary = summaryOf(parts);
+    return m_store.outcomes()
+        .setDelivery(message, summary.state, summary.at)
+        .map([&](bool changed) {
+            return changed ? Change({message, summary.state, summary.at}) : Change();
         });
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "TovekSMService/modem/codec/IncomingPdu.h"
-#include "contract/DeliveryState.h"
 #include "TovekSMService/store/SentParts.h"
 #include "TovekSMService/store/StoreFailure.h"
+#include "contract/DeliveryState.h"
 
 #include <QByteArray>
 #include <QList>
@@ -38,6 +38,10 @@ public:
     /// Notes that a part left about which the network will report; nothing for none.
     [[nodiscard]] StoreResult<> keepSent(const std::optional<SentPart> &part);
 
+    /// The same for the last part of a message that has its outcome now, and puts on that what is
+    /// known by then.
+    [[nodiscard]] StoreResult<> keepLastSent(qint64 message, const std::optional<SentPart> &part);
+
     /// Keeps a report and what it says. One that came before changes nothing; one for nothing that
     /// we sent is kept as it is, and logged.
     /// @param pdu  that `report` was read from
@@ -56,8 +60,11 @@ public:
                                                             const QString &now, int max);
 
 private:
-    StoreResult<std::optional<qint64>> partOf(const StatusReportPdu &report,
-                                              const QString &sim) const;
+    StoreResult<std::optional<OpenPart>> partOf(const StatusReportPdu &report,
+                                                const QString &sim) const;
+    StoreResult<std::optional<DeliveryChange>>
+    takeFor(const OpenPart &part, const StatusReportPdu &report, const QString &now);
+    StoreResult<std::optional<DeliveryChange>> put(qint64 message, const QList<PartState> &parts);
 
     Store &m_store;
 };

@@ -10,7 +10,8 @@ namespace {
 
 OpenPart openPartOf(const Statement &row)
 {
-    return {row.value(0).toLongLong(), row.value(1).toLongLong(), row.value(2).toString()};
+    return {row.value(0).toLongLong(), row.value(1).toLongLong(), row.value(2).toInt(),
+            row.value(3).toString()};
 }
 
 PartState stateOf(const Statement &row)
@@ -36,9 +37,17 @@ StoreResult<> SentParts::add(const SentPart &part)
 StoreResult<QList<OpenPart>> SentParts::open(const QString &sim, int reference) const
 {
     // A reference comes again with every 256th part.
-    return m_database.rows("SELECT id, message_id, phone FROM sent_part WHERE final = 0 AND "
-                           "reference = ? AND sim = ? ORDER BY id DESC",
+    return m_database.rows("SELECT id, message_id, total, phone FROM sent_part WHERE final = 0 "
+                           "AND reference = ? AND sim = ? ORDER BY id DESC",
                            {reference, notNull(sim)}, openPartOf);
+}
+
+StoreResult<std::optional<OpenPart>> SentParts::latestOpen(const QString &sim, int reference,
+                                                           const QString &phone) const
+{
+    return m_database.row("SELECT id, message_id, total, phone FROM sent_part WHERE final = 0 AND "
+                          "reference = ? AND sim = ? AND phone = ? ORDER BY id DESC LIMIT 1",
+                          {reference, notNull(sim), notNull(phone)}, openPartOf);
 }
 
 StoreResult<> SentParts::setState(qint64 part, DeliveryState state, bool isFinal, int status,
@@ -47,14 +56,6 @@ StoreResult<> SentParts::setState(qint64 part, DeliveryState state, bool isFinal
     return m_database.write(
         "UPDATE sent_part SET state = ?, final = ?, status = ?, reported_at = ? WHERE id = ?",
         {static_cast<int>(state), isFinal ? 1 : 0, status, at, part});
-}
-
-StoreResult<qint64> SentParts::messageOf(qint64 part) const
-{
-    return m_database
-        .row("SELECT message_id FROM sent_part WHERE id = ?", {part},
-             [](const Statement &row) { return row.value(0).toLongLong(); })
-        .map([](std::optional<qint64> message) { return message.value_or(0); });
 }
 
 StoreResult<QList<PartState>> SentParts::ofMessage(qint64 message) const

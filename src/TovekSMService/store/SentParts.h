@@ -31,6 +31,7 @@ struct OpenPart
 {
     qint64 id = 0;
     qint64 message = 0;
+    int total = 1; ///< parts of the message
     QString phone;
 };
 
@@ -54,12 +55,13 @@ public:
     [[nodiscard]] StoreResult<> add(const SentPart &part);
     /// Those of a SIM with that reference of which no final report has come, the latest first.
     [[nodiscard]] StoreResult<QList<OpenPart>> open(const QString &sim, int reference) const;
+    /// The latest of them that went to this number, to the letter.
+    [[nodiscard]] StoreResult<std::optional<OpenPart>> latestOpen(const QString &sim, int reference,
+                                                                  const QString &phone) const;
     /// Keeps what a report says of a part.
     /// @param isFinal  whether no further report is expected
     [[nodiscard]] StoreResult<> setState(qint64 part, DeliveryState state, bool isFinal, int status,
                                          const QString &at);
-    /// The message of a part.
-    [[nodiscard]] StoreResult<qint64> messageOf(qint64 part) const;
     [[nodiscard]] StoreResult<QList<PartState>> ofMessage(qint64 message) const;
     /// Messages with pending parts that left before this moment, `max` at most.
     [[nodiscard]] StoreResult<QList<qint64>> overdue(const QString &before, int max) const;
