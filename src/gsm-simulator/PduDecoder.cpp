@@ -149,17 +149,22 @@ std::optional<PduFault> readSubmit(OctetReader &reader, SubmittedPart &part)
     UserData data;
     data.coding = *coding;
     data.hasHeader = (firstOctet & headerIndicator) != 0;
+    if (const auto fault = readUserData(reader, data))
+        return fault;
+    return decodeUserData(data, part);
+}
+
+} // namespace
+
+std::optional<PduFault> readUserData(OctetReader &reader, UserData &data)
+{
     data.length = reader.octet();
     data.octets =
         reader.octets(data.coding == Coding::Gsm7 ? (data.length * 7 + 7) / 8 : data.length);
     if (reader.failed())
         return PduFault::Truncated;
-    if (!reader.atEnd())
-        return PduFault::TrailingOctets;
-    return decodeUserData(data, part);
+    return reader.atEnd() ? std::nullopt : std::optional(PduFault::TrailingOctets);
 }
-
-} // namespace
 
 std::optional<Coding> codingOf(int dataCodingScheme)
 {

@@ -2,6 +2,7 @@
 
 #include "gsm-simulator/Address.h"
 #include "gsm-simulator/GsmAlphabet.h"
+#include "gsm-simulator/OctetReader.h"
 #include "gsm-simulator/PduFault.h"
 
 #include <QByteArray>
@@ -53,6 +54,9 @@ struct UserData
 
     int maxLength() const { return coding == Coding::Gsm7 ? maxSeptets : maxOctets; }
 };
+
+/// Reads the user data that a PDU ends with, by the coding that `data` has already.
+std::optional<PduFault> readUserData(OctetReader &reader, UserData &data);
 
 /// Reads what AT+CMGS takes in PDU mode: the service centre's address and the SMS-SUBMIT.
 /// Nothing is forgiven: lengths have to agree, and nothing may follow the user data.

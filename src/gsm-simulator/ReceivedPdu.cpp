@@ -33,13 +33,8 @@ std::optional<PduFault> readDeliver(OctetReader &reader, ReceivedPdu &pdu)
     UserData &data = pdu.userData;
     data.coding = *coding;
     data.hasHeader = (pdu.firstOctet & headerIndicator) != 0;
-    data.length = reader.octet();
-    data.octets =
-        reader.octets(data.coding == Coding::Gsm7 ? (data.length * 7 + 7) / 8 : data.length);
-    if (reader.failed())
-        return PduFault::Truncated;
-    if (!reader.atEnd())
-        return PduFault::TrailingOctets;
+    if (const auto fault = readUserData(reader, data))
+        return fault;
     if (data.length > data.maxLength())
         return PduFault::BadUserData;
     return headerOctetsOf(data) ? std::nullopt : std::optional(PduFault::BadHeader);

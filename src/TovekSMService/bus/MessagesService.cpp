@@ -16,6 +16,9 @@ qint64 pageLength(uint limit)
     return limit == 0 ? Bus::maxPageRows : std::min(limit, Bus::maxPageRows);
 }
 
+/// Nobody types more of a message to find it.
+constexpr qsizetype maxSearchedText = 200;
+
 /// The output of a call that has one argument.
 template <typename Value>
 QVariantList output(const Value &value)
@@ -43,6 +46,8 @@ MessagesService::MessagesService(const QDBusConnection &bus, Store &store, Dispa
 BusOutcomeRows MessagesService::GetOutcomes(const QString &from, const QString &to,
                                             const QString &text, uint offset, uint limit)
 {
+    if (!isSearchable(text))
+        return {};
     carryOut([this, filter = MessageFilter{from, to, text}, offset, limit] {
         return m_store.outcomes()
             .list(filter, offset, pageLength(limit))
@@ -54,12 +59,22 @@ BusOutcomeRows MessagesService::GetOutcomes(const QString &from, const QString &
 BusReceivedMessages MessagesService::GetReceived(const QString &from, const QString &to,
                                                  const QString &text, uint offset, uint limit)
 {
+    if (!isSearchable(text))
+        return {};
     carryOut([this, filter = MessageFilter{from, to, text}, offset, limit] {
         return m_store.received()
             .list(filter, offset, pageLength(limit))
             .map(output<BusReceivedMessages>);
     });
     return {}; // not sent
+}
+
+bool MessagesService::isSearchable(const QString &text) const
+{
+    if (text.size() <= maxSearchedText)
+        return true;
+    sendErrorReply(QDBusError::InvalidArgs, u"the text to look for is too long"_s);
+    return false;
 }
 
 void MessagesService::MarkRead(const QList<qlonglong> &ids)

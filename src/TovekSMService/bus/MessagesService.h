@@ -48,6 +48,9 @@ protected:
     const Clock &m_clock;
 
 private:
+    /// Whether a text isn't too long to be looked for; a call with one that is has its answer.
+    bool isSearchable(const QString &text) const;
+
     StoreCalls m_calls;
 };
 

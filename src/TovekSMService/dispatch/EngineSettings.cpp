@@ -90,7 +90,7 @@ void readOptOut(const SettingsText &text, EngineSettings &settings)
     settings.optOutWords = text.value(u"OptOut"_s, u"Words"_s).value_or(settings.optOutWords);
     settings.optInWords = text.value(u"OptOut"_s, u"OptIn"_s).value_or(settings.optInWords);
     const QString prefix =
-        text.value(u"OptOut"_s, u"CountryPrefix"_s).value_or(QString()).trimmed();
+        text.value(u"OptOut"_s, u"CountryPrefix"_s).value_or(settings.countryPrefix).trimmed();
     static const QRegularExpression digits(u"\\A[1-9][0-9]{0,3}\\z"_s);
     if (prefix.isEmpty() || digits.match(prefix).hasMatch())
         settings.countryPrefix = prefix;

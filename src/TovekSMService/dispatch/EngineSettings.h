@@ -39,7 +39,8 @@ struct EngineSettings
     // [OptOut]
     QString optOutWords = defaultOptOutWords(); ///< parted by commas
     QString optInWords = defaultOptInWords();
-    QString countryPrefix; ///< digits; numbers are compared with and without it
+    QString countryPrefix =
+        QStringLiteral("34"); ///< digits; numbers are compared with and without it
 
     // [Hooks], paths of executables; empty for none
     QString onReceived; ///< runs with each message that is received

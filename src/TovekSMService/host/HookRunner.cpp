@@ -4,6 +4,8 @@
 
 #include <QProcessEnvironment>
 
+#include <csignal>
+#include <unistd.h>
 #include <utility>
 
 namespace norvane {
@@ -25,19 +27,29 @@ HookRunner::HookRunner(TimeSource &time, QObject *parent) : QObject(parent), m_l
     m_process.setStandardInputFile(QProcess::nullDevice());
     m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.setStandardErrorFile(QProcess::nullDevice());
+    // What the command starts is ended with it.
+    m_process.setChildProcessModifier([] { ::setsid(); });
     connect(&m_process, &QProcess::finished, this, &HookRunner::onFinished);
     connect(&m_process, &QProcess::errorOccurred, this, &HookRunner::onErrorOccurred);
     connect(&m_limit, &Timer::timeout, this, [this] {
         m_isOverdue = true;
-        m_process.kill();
+        killAll();
     });
 }
 
 HookRunner::~HookRunner()
 {
     m_process.disconnect(this);
-    m_process.kill();
+    killAll();
     m_process.waitForFinished(1000);
+}
+
+/// Ends the command and whatever it started.
+void HookRunner::killAll()
+{
+    if (const auto leader = static_cast<pid_t>(m_process.processId()); leader > 0)
+        ::kill(-leader, SIGKILL);
+    m_process.kill();
 }
 
 void HookRunner::run(const QString &command, const Facts &facts)

@@ -46,6 +46,7 @@ private:
     };
 
     void startNext();
+    void killAll();
     void onFinished(int exitCode, QProcess::ExitStatus status);
     void onErrorOccurred(QProcess::ProcessError error);
     void end(const QString &fault);

@@ -38,7 +38,7 @@ TEST(EngineSettings, defaultsStandForAFileThatHoldsNothing)
     EXPECT_TRUE(settings.delivery);
     EXPECT_EQ(settings.optOutWords, u"BAJA,STOP,SAIR,REMOVER,PARAR"_s);
     EXPECT_EQ(settings.optInWords, u"ALTA,START"_s);
-    EXPECT_EQ(settings.countryPrefix, QString());
+    EXPECT_EQ(settings.countryPrefix, u"34"_s);
     EXPECT_EQ(settings.onReceived, QString());
     EXPECT_EQ(settings.onDelivery, QString());
 }
@@ -179,7 +179,7 @@ TEST(EngineSettings, thePrefixOfACountryIsItsDigitsAlone)
     EXPECT_EQ(prefixFrom(""), QString());
     EXPECT_EQ(log.count(u"settings"_s), 0);
     for (const char *const odd : {"+34", "0034", "0", "34567", "3 4", "ES", "\xD9\xA3\xD9\xA4"})
-        EXPECT_EQ(prefixFrom(odd), QString()) << odd;
+        EXPECT_EQ(prefixFrom(odd), u"34"_s) << odd;
     EXPECT_EQ(log.count(u"OptOut/CountryPrefix"_s), 7);
 }
 

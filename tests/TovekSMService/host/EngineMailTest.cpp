@@ -289,6 +289,12 @@ TEST_F(EngineMail, pagesAreFilteredByText)
     EXPECT_TRUE(page("GetReceived", {}, 1, 1).value(0).contains(u"|two|"_s));
     EXPECT_EQ(page("GetReceived", u"TH"_s).size(), 1);
     EXPECT_EQ(rows(ask("GetReceived", {u"2999"_s, QString(), QString(), 0U, 0U})).size(), 0);
+    EXPECT_EQ(page("GetReceived", QString(200, u't')).size(), 0);
+    for (const char *const method : {"GetReceived", "GetOutcomes"}) {
+        const QDBusMessage refused =
+            ask(method, {QString(), QString(), QString(201, u't'), 0U, 0U});
+        EXPECT_EQ(refused.errorName(), QDBusError::errorString(QDBusError::InvalidArgs)) << method;
+    }
 }
 
 TEST_F(EngineMail, whoAnswersWithTheWordGetsNoMoreLists)

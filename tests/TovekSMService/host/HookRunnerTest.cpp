@@ -186,6 +186,17 @@ TEST_F(HookRunnerTest, aCommandThatTakesTooLongIsKilledAndTheNextOneRuns)
     EXPECT_EQ(contents(u"order"_s), "begun\nnext\n");
 }
 
+TEST_F(HookRunnerTest, whatACommandStartedIsKilledWithIt)
+{
+    run(script(u"parent"_s, "\"${0%/*}/block\" &\nwait"));
+    blockingScript();
+    const pid_t child = blocked();
+    m_time.pass(HookRunner::limitMs);
+    ASSERT_TRUE(hasEnded());
+    EXPECT_TRUE(waitUntil([&] { return ::kill(child, 0) != 0; }));
+    EXPECT_EQ(contents(u"order"_s), "begun\n");
+}
+
 TEST_F(HookRunnerTest, theLimitBeginsAnewWithEachCommand)
 {
     const NotedLog log;
