@@ -119,6 +119,11 @@ QString EngineSettings::defaultOptInWords()
     return u"ALTA,START"_s;
 }
 
+QString EngineSettings::defaultCountryPrefix()
+{
+    return u"34"_s;
+}
+
 std::span<const EngineNumber> engineNumbers()
 {
     return numbers;

@@ -39,8 +39,7 @@ struct EngineSettings
     // [OptOut]
     QString optOutWords = defaultOptOutWords(); ///< parted by commas
     QString optInWords = defaultOptInWords();
-    QString countryPrefix =
-        QStringLiteral("34"); ///< digits; numbers are compared with and without it
+    QString countryPrefix = defaultCountryPrefix(); ///< digits; numbers are the same without it
 
     // [Hooks], paths of executables; empty for none
     QString onReceived; ///< runs with each message that is received
@@ -50,6 +49,7 @@ struct EngineSettings
 
     static QString defaultOptOutWords();
     static QString defaultOptInWords();
+    static QString defaultCountryPrefix();
 
     RetryTimes retryTimes() const;
     ModemTimings modemTimings() const;

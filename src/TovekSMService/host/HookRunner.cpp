@@ -1,11 +1,10 @@
 #include "TovekSMService/host/HookRunner.h"
 
 #include "TovekSMService/log/Categories.h"
+#include "TovekSMService/platform/ProcessGroup.h"
 
 #include <QProcessEnvironment>
 
-#include <csignal>
-#include <unistd.h>
 #include <utility>
 
 namespace norvane {
@@ -28,7 +27,7 @@ HookRunner::HookRunner(TimeSource &time, QObject *parent) : QObject(parent), m_l
     m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.setStandardErrorFile(QProcess::nullDevice());
     // What the command starts is ended with it.
-    m_process.setChildProcessModifier([] { ::setsid(); });
+    m_process.setChildProcessModifier(ProcessGroup::lead);
     connect(&m_process, &QProcess::finished, this, &HookRunner::onFinished);
     connect(&m_process, &QProcess::errorOccurred, this, &HookRunner::onErrorOccurred);
     connect(&m_limit, &Timer::timeout, this, [this] {
@@ -47,8 +46,7 @@ HookRunner::~HookRunner()
 /// Ends the command and whatever it started.
 void HookRunner::killAll()
 {
-    if (const auto leader = static_cast<pid_t>(m_process.processId()); leader > 0)
-        ::kill(-leader, SIGKILL);
+    ProcessGroup::kill(m_process.processId());
     m_process.kill();
 }
 
