@@ -8,7 +8,7 @@
 #include "NorvaneSMS/engine/SMSManagerProxy.h"
 #include "TovekSMService/modem/at/QtSerialPortLine.h"
 #include "TovekSMService/modem/codec/SubmitPdu.h"
-#include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/modem/device/AtModem.h"
 #include "contract/BusTypes.h"
 #include "gsm-simulator/RunningSimulator.h"
 
@@ -120,7 +120,7 @@ Run modemLoop(const QStringList &options, int messages)
 
     const RunningSimulator simulator(options);
     OpenGate gate;
-    Modem modem(std::make_unique<QtSerialPortLine>(), gate, ModemTimings());
+    AtModem modem(std::make_unique<QtSerialPortLine>(), gate, ModemTimings());
     QEventLoop loop;
     QElapsedTimer timer;
     int sent = 0;
@@ -138,7 +138,7 @@ Run modemLoop(const QStringList &options, int messages)
             sendNext();
     });
     QObject::connect(&modem, &Modem::partFailed, &loop, [] { qFatal("a part was not taken"); });
-    modem.open({simulator.link(), 115200}, QString());
+    modem.open(PortParameter{simulator.link(), 115200}, QString());
     loop.exec();
     return {static_cast<double>(timer.nsecsElapsed()) / 1e9, 0};
 }

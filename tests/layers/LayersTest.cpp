@@ -48,6 +48,7 @@ const std::map<std::string, std::vector<Folders>> levels = {
       {"log"},
       {"store", "modem/codec"},
       {"modem/at"},
+      {"modem/manager"},
       {"modem/device", "reports"},
       {"dispatch"},
       {"bus"},

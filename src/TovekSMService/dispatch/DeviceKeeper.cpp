@@ -19,16 +19,24 @@ namespace {
 
 constexpr qint32 atProtocol = 1;
 constexpr qint32 lastKnownProtocol = 3;
+constexpr qint32 infraredMode = 2;
 
 /// What stands in the way of these settings, whatever the device does.
 std::optional<ModemFailure> faultOf(const DeviceSettings &settings)
 {
+    // A device of the modem manager is reached in its own way, whatever the rest says.
+    const std::optional<DeviceParameter> parameter = parseDeviceParameter(settings.Parameter);
+    if (parameter && std::holds_alternative<ManagerParameter>(*parameter))
+        return std::nullopt;
     if (settings.Protocol > atProtocol && settings.Protocol <= lastKnownProtocol)
         return ModemFailure{ErrorCode::notSupported,
                             u"of the protocols, only AT commands are supported"_s, true};
     if (settings.Protocol != atProtocol)
         return ModemFailure{ErrorCode::portProperty, u"no protocol is set"_s, true};
-    if (!parsePortParameter(settings.Parameter))
+    if (settings.ConnectionMode == infraredMode)
+        return ModemFailure{ErrorCode::notSupported,
+                            u"infrared: this platform has no such port any more"_s, true};
+    if (!parameter)
         return ModemFailure{ErrorCode::portProperty, settings.Parameter, true};
     return std::nullopt;
 }
@@ -154,7 +162,7 @@ void DeviceKeeper::open()
     if (const std::optional<ModemFailure> fault = faultOf(settings))
         onFailed(*fault);
     else
-        m_modem.open(*parsePortParameter(settings.Parameter), settings.PINCode, openMode(),
+        m_modem.open(*parseDeviceParameter(settings.Parameter), settings.PINCode, openMode(),
                      knownImei());
 }
 

@@ -16,7 +16,7 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     : QObject(parent), m_store(store),
       m_outbox(store.database(), store.outcomes(), timings, clock.time()),
       m_device(store.settings(), modem, clock, m_outbox, m_state, retries, timings, settings),
-      m_scheduler(store, clock, settings, std::move(encode)),
+      m_scheduler(store, clock, settings, std::move(encode), [&modem] { return modem.unit(); }),
       m_optOuts(store.optOuts(), settings.countryPrefix),
       m_lists(store, m_optOuts, clock, m_outbox), m_reports(store),
       m_sender(store.queue(), m_reports, modem, clock, m_outbox, m_device, m_scheduler, m_state,

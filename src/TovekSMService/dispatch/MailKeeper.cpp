@@ -43,7 +43,7 @@ void MailKeeper::onMailRead(const QList<Arrival> &arrivals)
     const StoreResult<> kept = m_store.database().together([&] {
         StoreResult<> result;
         for (auto arrival = arrivals.cbegin(); result && arrival != arrivals.cend(); ++arrival)
-            result = keep(arrival->pdu, news);
+            result = keep(*arrival, news);
         return result;
     });
     if (kept) {
@@ -58,32 +58,36 @@ void MailKeeper::onMailRead(const QList<Arrival> &arrivals)
     Q_EMIT taken();
 }
 
-StoreResult<> MailKeeper::keep(const QByteArray &pdu, News &news)
+StoreResult<> MailKeeper::keep(const Arrival &arrival, News &news)
 {
-    return kindOf(pdu) == IncomingKind::StatusReport ? keepReport(pdu, news)
-                                                     : keepMessage(pdu, news);
+    const QByteArray &pdu = arrival.pdu;
+    if (const auto *const report = std::get_if<StatusReportPdu>(&arrival.contents))
+        return keepReport(pdu, *report, news);
+    if (const auto *const message = std::get_if<DeliverPdu>(&arrival.contents))
+        return keepMessage(pdu, *message, news);
+    if (kindOf(pdu) == IncomingKind::StatusReport) {
+        if (const Result<StatusReportPdu, PduFailure> report = parseStatusReport(pdu))
+            return keepReport(pdu, *report, news);
+        qCWarning(logDispatch) << "a status report can't be read; it is kept with the messages";
+    }
+    const Result<DeliverPdu, PduFailure> message = parseDeliver(pdu);
+    return keepMessage(pdu, message ? std::optional(*message) : std::nullopt, news);
 }
 
-StoreResult<> MailKeeper::keepReport(const QByteArray &pdu, News &news)
+StoreResult<> MailKeeper::keepReport(const QByteArray &pdu, const StatusReportPdu &report,
+                                     News &news)
 {
-    const Result<StatusReportPdu, PduFailure> report = parseStatusReport(pdu);
-    if (!report) {
-        qCWarning(logDispatch) << "a status report can't be read; it is kept with the messages";
-        return keepMessage(pdu, news);
-    }
-    return m_reports.take(pdu, *report, m_modem.details().simId, m_clock.wallClockText())
+    return m_reports.take(pdu, report, m_modem.details().simId, m_clock.wallClockText())
         .map([&news](const std::optional<DeliveryChange> &change) {
             if (change)
                 news.deliveries.append(*change);
         });
 }
 
-StoreResult<> MailKeeper::keepMessage(const QByteArray &pdu, News &news)
+StoreResult<> MailKeeper::keepMessage(const QByteArray &pdu,
+                                      const std::optional<DeliverPdu> &message, News &news)
 {
-    const Result<DeliverPdu, PduFailure> message = parseDeliver(pdu);
-    return m_inbox
-        .take(pdu, message ? std::optional(*message) : std::nullopt, m_modem.details().simId,
-              m_clock.wallClockText())
+    return m_inbox.take(pdu, message, m_modem.details().simId, m_clock.wallClockText())
         .and_then([&](const std::optional<ReceivedMessage> &shown) -> StoreResult<> {
             if (!shown)
                 return {};

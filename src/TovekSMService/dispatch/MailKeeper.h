@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TovekSMService/modem/device/Mailbox.h"
+#include "TovekSMService/modem/device/Arrival.h"
 #include "TovekSMService/reports/DeliveryReports.h"
 #include "TovekSMService/reports/Inbox.h"
 #include "TovekSMService/reports/OptOutWords.h"
@@ -45,9 +45,10 @@ private:
     };
 
     void onMailRead(const QList<Arrival> &arrivals);
-    StoreResult<> keep(const QByteArray &pdu, News &news);
-    StoreResult<> keepReport(const QByteArray &pdu, News &news);
-    StoreResult<> keepMessage(const QByteArray &pdu, News &news);
+    StoreResult<> keep(const Arrival &arrival, News &news);
+    StoreResult<> keepReport(const QByteArray &pdu, const StatusReportPdu &report, News &news);
+    StoreResult<> keepMessage(const QByteArray &pdu, const std::optional<DeliverPdu> &message,
+                              News &news);
     StoreResult<> heed(const ReceivedMessage &message);
     void giveUpLate();
     StoreResult<> giveUpLate(News &news);

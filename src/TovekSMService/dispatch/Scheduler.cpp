@@ -12,10 +12,11 @@
 namespace norvane {
 
 Scheduler::Scheduler(Store &store, const Clock &clock, const EngineSettings &settings,
-                     PartEncoder::Encode encode)
+                     PartEncoder::Encode encode, Unit unit)
     : m_store(store), m_clock(clock), m_settings(settings),
       m_encoder(relativeValidity(settings.validityPeriod), std::move(encode),
-                settings.delivery ? PartEncoder::Reports::Asked : PartEncoder::Reports::None)
+                settings.delivery ? PartEncoder::Reports::Asked : PartEncoder::Reports::None),
+      m_unit(std::move(unit))
 {}
 
 bool Scheduler::isDue(const StoredMessage &message) const
@@ -39,13 +40,16 @@ bool Scheduler::isLimited() const
     return m_settings.partsPerMinute > 0 || m_settings.partsPerDay > 0;
 }
 
-StoreResult<bool> Scheduler::limitsAllowPart() const
+StoreResult<bool> Scheduler::limitsAllow(int parts) const
 {
     if (!isLimited())
         return true;
-    return m_store.parts().counts(m_clock.wallClockText()).map([this](const PartCounts &counts) {
-        return (m_settings.partsPerMinute == 0 || counts.inMinute < m_settings.partsPerMinute) &&
-               (m_settings.partsPerDay == 0 || counts.inDay < m_settings.partsPerDay);
+    const auto fits = [parts](qint64 count, qint64 max) {
+        return max == 0 || count == 0 || count + parts <= max;
+    };
+    return m_store.parts().counts(m_clock.wallClockText()).map([&](const PartCounts &counts) {
+        return fits(counts.inMinute, m_settings.partsPerMinute) &&
+               fits(counts.inDay, m_settings.partsPerDay);
     });
 }
 
@@ -60,7 +64,21 @@ std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &mes
     const auto parts = m_encoder.parts(message);
     if (!parts)
         return errorCode(parts.error());
-    return LeavingMessage{message, *parts, {}};
+    const bool isWhole = m_unit() == Modem::Unit::Message;
+    return LeavingMessage{message, isWhole ? QList{wholeOf(message, *parts)} : *parts, {}};
+}
+
+SubmitPart Scheduler::wholeOf(const StoredMessage &message, const QList<SubmitPart> &parts) const
+{
+    const std::optional<quint8> validity = relativeValidity(m_settings.validityPeriod);
+    SubmitPart whole;
+    for (const SubmitPart &part : parts)
+        whole.hex += part.hex;
+    whole.asksForReport = m_settings.delivery;
+    whole.whole =
+        WholeMessage{message.phone, message.text, validity ? validityMinutes(*validity) : 0,
+                     static_cast<int>(parts.size())};
+    return whole;
 }
 
 StoreResult<QList<LeavingMessage>> Scheduler::beginRun(const LeavingMessage &first, int maxLength)
@@ -111,7 +129,7 @@ StoreResult<> Scheduler::begin(LeavingMessage &leaving)
             if (!isLimited())
                 return {};
             leaving.begunAt = m_clock.wallClockText();
-            return m_store.parts().count(leaving.begunAt);
+            return m_store.parts().count(leaving.begunAt, leaving.part().count());
         });
 }
 
@@ -125,9 +143,10 @@ StoreResult<> Scheduler::tieParts(LeavingMessage &leaving)
     });
 }
 
-StoreResult<> Scheduler::uncountPart(const QString &begunAt)
+StoreResult<> Scheduler::uncount(const LeavingMessage &leaving)
 {
-    return isLimited() ? m_store.parts().uncount(begunAt) : StoreResult<>();
+    return isLimited() ? m_store.parts().uncount(leaving.begunAt, leaving.part().count())
+                       : StoreResult<>();
 }
 
 } // namespace norvane

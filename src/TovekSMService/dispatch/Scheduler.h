@@ -3,10 +3,12 @@
 #include "TovekSMService/dispatch/EngineSettings.h"
 #include "TovekSMService/dispatch/PartEncoder.h"
 #include "TovekSMService/dispatch/SendingRun.h"
+#include "TovekSMService/modem/device/Modem.h"
 
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <variant>
 
 namespace norvane {
@@ -20,14 +22,19 @@ struct StoredMessage;
 class Scheduler
 {
 public:
+    /// What the device takes at a time, at present.
+    using Unit = std::function<Modem::Unit()>;
+
     /// @param store, clock  must outlive this object
-    Scheduler(Store &store, const Clock &clock, const EngineSettings &settings,
-              PartEncoder::Encode encode);
+    Scheduler(
+        Store &store, const Clock &clock, const EngineSettings &settings,
+        PartEncoder::Encode encode, Unit unit = [] { return Modem::Unit::Part; });
 
     bool isDue(const StoredMessage &message) const;
     /// Whether the message is to be given up by that moment, "yyyy-MM-ddTHH:mm:ss".
     bool isTooLate(const StoredMessage &message, const QString &at) const;
-    [[nodiscard]] StoreResult<bool> limitsAllowPart() const;
+    /// Whether as many parts may leave now. More than are ever allowed may leave behind none.
+    [[nodiscard]] StoreResult<bool> limitsAllow(int parts) const;
     /// The message in the device's form, or the code with which it fails.
     std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
 
@@ -36,8 +43,8 @@ public:
     /// @param maxLength  of the run, in messages
     [[nodiscard]] StoreResult<QList<LeavingMessage>> beginRun(const LeavingMessage &first,
                                                               int maxLength);
-    /// The part that was counted at that moment did not leave.
-    [[nodiscard]] StoreResult<> uncountPart(const QString &begunAt);
+    /// What was counted with that one did not leave.
+    [[nodiscard]] StoreResult<> uncount(const LeavingMessage &leaving);
 
     /// @param id  of the message of which the last part that left was not its last; 0 for none
     void setUnfinished(qint64 id) { m_unfinished = id; }
@@ -47,12 +54,14 @@ private:
     bool isLimited() const;
     StoreResult<> begin(LeavingMessage &leaving);
     StoreResult<> beginSingles(QList<LeavingMessage> &run, int max);
+    SubmitPart wholeOf(const StoredMessage &message, const QList<SubmitPart> &parts) const;
     StoreResult<> tieParts(LeavingMessage &leaving);
 
     Store &m_store;
     const Clock &m_clock;
     const EngineSettings m_settings;
     PartEncoder m_encoder;
+    const Unit m_unit;
     qint64 m_unfinished = 0;
 };
 

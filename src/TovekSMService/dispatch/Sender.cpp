@@ -49,14 +49,15 @@ StoreResult<> Sender::sendIfDue(const StoredMessage &message)
         fail(message, *code);
         return {};
     }
-    const StoreResult<bool> isAllowed = m_scheduler.limitsAllowPart();
+    const auto &leaving = std::get<LeavingMessage>(result);
+    const StoreResult<bool> isAllowed = m_scheduler.limitsAllow(leaving.part().count());
     if (!isAllowed)
         return failed(isAllowed.error());
     if (!*isAllowed) {
         m_wake.start(m_maxSleepMs);
         return {};
     }
-    return m_scheduler.beginRun(std::get<LeavingMessage>(result), m_run.maxLength())
+    return m_scheduler.beginRun(leaving, m_run.maxLength())
         .map([this](const QList<LeavingMessage> &run) { startRun(run); });
 }
 
@@ -88,15 +89,14 @@ StoreResult<QList<LeavingMessage>> Sender::beginFollowing()
         return failed(first.error());
     if (!*first || !m_scheduler.isDue(**first))
         return QList<LeavingMessage>();
-    const StoreResult<bool> isAllowed = m_scheduler.limitsAllowPart();
-    if (!isAllowed)
-        return failed(isAllowed.error());
-    if (!*isAllowed)
-        return QList<LeavingMessage>();
     const auto result = m_scheduler.encoded(**first);
     const auto *const message = std::get_if<LeavingMessage>(&result);
-    return message == nullptr ? QList<LeavingMessage>()
-                              : m_scheduler.beginRun(*message, m_run.maxLength());
+    if (message == nullptr)
+        return QList<LeavingMessage>();
+    const StoreResult<bool> isAllowed = m_scheduler.limitsAllow(message->part().count());
+    if (!isAllowed)
+        return failed(isAllowed.error());
+    return *isAllowed ? m_scheduler.beginRun(*message, m_run.maxLength()) : QList<LeavingMessage>();
 }
 
 void Sender::startRun(const QList<LeavingMessage> &messages)
@@ -213,12 +213,13 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
     const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen;
     if (makesWay)
         m_refused.insert(message.id, false);
-    commit({[this, message, makesWay, begunAt = current.begunAt] {
+    commit({[this, current, makesWay] {
+                const StoredMessage &message = current.message;
                 const StoreResult<> waits =
                     makesWay ? m_queue.postpone(message.id, message.attempts,
                                                 m_clock.wallClockText(m_retries.messageDelay(1)))
                              : m_queue.cancelPart(message.id);
-                return waits.and_then([&] { return m_scheduler.uncountPart(begunAt); });
+                return waits.and_then([&] { return m_scheduler.uncount(current); });
             },
             [this, makesWay] {
                 if (makesWay)

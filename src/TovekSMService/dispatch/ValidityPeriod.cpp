@@ -29,4 +29,15 @@ std::optional<quint8> relativeValidity(int minutes)
     return static_cast<quint8>(value);
 }
 
+int validityMinutes(quint8 period)
+{
+    if (period <= 143)
+        return (period + 1) * 5;
+    if (period <= 167)
+        return 12 * hour + (period - 143) * 30;
+    if (period <= 196)
+        return (period - 166) * day;
+    return (period - 192) * week;
+}
+
 } // namespace norvane

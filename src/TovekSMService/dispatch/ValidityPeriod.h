@@ -11,4 +11,7 @@ namespace norvane {
 /// @param minutes  less than 5, the shortest, gives 5; 0 gives none
 std::optional<quint8> relativeValidity(int minutes);
 
+/// The minutes of a relative validity period.
+int validityMinutes(quint8 period);
+
 } // namespace norvane

@@ -7,6 +7,9 @@
 #include "TovekSMService/host/StoredPinGate.h"
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/modem/at/SerialLine.h"
+#include "TovekSMService/modem/device/AtModem.h"
+#include "TovekSMService/modem/device/ManagedModem.h"
+#include "TovekSMService/modem/device/SelectedModem.h"
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/store/DamagedStore.h"
 #include "TovekSMService/store/EngineFolder.h"
@@ -106,9 +109,12 @@ void EngineHost::makeParts(const QString &storeFile)
     m_pinGate = std::make_unique<StoredPinGate>(
         m_store->pins(), [this] { return m_clock.wallClockText(); }, m_clock.time());
     const EngineSettings settings = EngineSettings::load();
-    m_modem = std::make_unique<Modem>(
-        std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
-        [] { return SerialDevices::serialPorts(); }, m_clock.time());
+    m_modem = std::make_unique<SelectedModem>(
+        std::make_unique<AtModem>(
+            std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
+            [] { return SerialDevices::serialPorts(); }, m_clock.time()),
+        std::make_unique<ManagedModem>([] { return QDBusConnection::systemBus(); }, *m_pinGate,
+                                       settings.modemTimings(), m_clock.time()));
     const RetryPolicy retries([] { return QRandomGenerator::global()->generateDouble(); },
                               settings.retryTimes());
     m_dispatcher = std::make_unique<Dispatcher>(*m_store, *m_modem, m_clock, retries,

@@ -38,12 +38,12 @@ StoreResult<PartCounts> PartCounter::counts(const QString &at) const
         });
 }
 
-StoreResult<> PartCounter::count(const QString &at)
+StoreResult<> PartCounter::count(const QString &at, int parts)
 {
-    const auto countIn = [this, &at](int length) {
-        return m_database.write("INSERT INTO part_count (period, parts) VALUES (?, 1) "
-                                "ON CONFLICT (period) DO UPDATE SET parts = parts + 1",
-                                {at.left(length)});
+    const auto countIn = [this, &at, parts](int length) {
+        return m_database.write("INSERT INTO part_count (period, parts) VALUES (?, ?) "
+                                "ON CONFLICT (period) DO UPDATE SET parts = parts + excluded.parts",
+                                {at.left(length), parts});
     };
     return m_database.together([&] {
         return forgetOthers(at).and_then([&] { return countIn(minuteLength); }).and_then([&] {
@@ -62,11 +62,11 @@ StoreResult<> PartCounter::forgetOthers(const QString &at)
                             {at.left(minuteLength), day.addDays(-keptDays).toString(Qt::ISODate)});
 }
 
-StoreResult<> PartCounter::uncount(const QString &at)
+StoreResult<> PartCounter::uncount(const QString &at, int parts)
 {
     return m_database.write(
-        "UPDATE part_count SET parts = parts - 1 WHERE period IN (?, ?) AND parts > 0",
-        {at.left(minuteLength), at.left(dayLength)});
+        "UPDATE part_count SET parts = max(parts - ?, 0) WHERE period IN (?, ?)",
+        {parts, at.left(minuteLength), at.left(dayLength)});
 }
 
 } // namespace norvane

@@ -24,9 +24,9 @@ public:
     explicit PartCounter(StoreDatabase &database) : m_database(database) {}
 
     [[nodiscard]] StoreResult<PartCounts> counts(const QString &at) const;
-    [[nodiscard]] StoreResult<> count(const QString &at);
-    /// Takes back count(): the part did not leave.
-    [[nodiscard]] StoreResult<> uncount(const QString &at);
+    [[nodiscard]] StoreResult<> count(const QString &at, int parts = 1);
+    /// Takes back count(): the parts did not leave.
+    [[nodiscard]] StoreResult<> uncount(const QString &at, int parts = 1);
 
 private:
     StoreResult<> forgetOthers(const QString &at);

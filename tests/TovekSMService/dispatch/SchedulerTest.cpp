@@ -14,7 +14,8 @@ class SchedulerTest : public testing::Test
 protected:
     void makeScheduler()
     {
-        m_scheduler = std::make_unique<Scheduler>(*m_store, m_clock, m_settings, encodeSubmit);
+        m_scheduler = std::make_unique<Scheduler>(*m_store, m_clock, m_settings, encodeSubmit,
+                                                  [this] { return m_unit; });
     }
     static StoredMessage message(const QString &date, const QString &phone = u"600"_s,
                                  const QString &text = u"text"_s)
@@ -61,8 +62,9 @@ protected:
     SetClock m_clock{m_time};
     std::unique_ptr<Store> m_store = openStore(m_folder);
     EngineSettings m_settings;
-    std::unique_ptr<Scheduler> m_scheduler =
-        std::make_unique<Scheduler>(*m_store, m_clock, m_settings, encodeSubmit);
+    Modem::Unit m_unit = Modem::Unit::Part;
+    std::unique_ptr<Scheduler> m_scheduler = std::make_unique<Scheduler>(
+        *m_store, m_clock, m_settings, encodeSubmit, [this] { return m_unit; });
 };
 
 TEST_F(SchedulerTest, aMessageIsDueFromItsDateOn)
@@ -176,18 +178,56 @@ TEST_F(SchedulerTest, aLimitHoldsBackWhatGoesBeyondIt)
         m_settings.*limit = 2;
         makeScheduler();
         add(u"601"_s);
-        QString counted;
+        LeavingMessage counted;
         for (int part = 0; part < 2; ++part) {
-            EXPECT_TRUE(given(m_scheduler->limitsAllowPart()));
+            EXPECT_TRUE(given(m_scheduler->limitsAllow(1)));
             auto first = m_scheduler->encoded(*given(m_store->queue().first()));
-            counted =
-                given(m_scheduler->beginRun(std::get<LeavingMessage>(first), 1)).first().begunAt;
+            counted = given(m_scheduler->beginRun(std::get<LeavingMessage>(first), 1)).first();
             release();
         }
-        EXPECT_FALSE(given(m_scheduler->limitsAllowPart()));
-        done(m_scheduler->uncountPart(counted));
-        EXPECT_TRUE(given(m_scheduler->limitsAllowPart())) << "one of them did not leave";
+        EXPECT_FALSE(given(m_scheduler->limitsAllow(1)));
+        done(m_scheduler->uncount(counted));
+        EXPECT_TRUE(given(m_scheduler->limitsAllow(1))) << "one of them did not leave";
     }
+}
+
+TEST_F(SchedulerTest, aMessageThatGoesAsAWholeCountsAsManyPartsAsItHas)
+{
+    m_settings.partsPerDay = 5;
+    m_unit = Modem::Unit::Message;
+    makeScheduler();
+    add(u"601"_s, QString(400, u'a')); // three parts
+    auto first = m_scheduler->encoded(*given(m_store->queue().first()));
+    const LeavingMessage message = std::get<LeavingMessage>(first);
+    ASSERT_EQ(message.parts.size(), 1);
+    EXPECT_EQ(message.part().count(), 3);
+    EXPECT_EQ(message.part().whole->text.size(), 400);
+    EXPECT_TRUE(given(m_scheduler->limitsAllow(3)));
+    const LeavingMessage begun = given(m_scheduler->beginRun(message, 1)).first();
+    EXPECT_TRUE(given(m_scheduler->limitsAllow(2)));
+    EXPECT_FALSE(given(m_scheduler->limitsAllow(3)));
+    done(m_scheduler->uncount(begun));
+    EXPECT_TRUE(given(m_scheduler->limitsAllow(3)));
+}
+
+TEST_F(SchedulerTest, aMessageOfMorePartsThanAreEverAllowedLeavesBehindNone)
+{
+    m_settings.partsPerDay = 2;
+    makeScheduler();
+    add(u"601"_s);
+    EXPECT_TRUE(given(m_scheduler->limitsAllow(3)));
+    beginRun(1);
+    EXPECT_FALSE(given(m_scheduler->limitsAllow(3)));
+}
+
+TEST_F(SchedulerTest, aWholeMessageHasTheValidityThatTheNetworkWouldGet)
+{
+    m_settings.validityPeriod = 63;
+    m_unit = Modem::Unit::Message;
+    makeScheduler();
+    add(u"601"_s);
+    auto first = m_scheduler->encoded(*given(m_store->queue().first()));
+    EXPECT_EQ(std::get<LeavingMessage>(first).part().whole->validityMinutes, 60);
 }
 
 TEST_F(SchedulerTest, theNextMinuteHasALimitOfItsOwn)
@@ -196,9 +236,9 @@ TEST_F(SchedulerTest, theNextMinuteHasALimitOfItsOwn)
     makeScheduler();
     add(u"601"_s);
     beginRun(1);
-    EXPECT_FALSE(given(m_scheduler->limitsAllowPart()));
+    EXPECT_FALSE(given(m_scheduler->limitsAllow(1)));
     m_clock.now = m_clock.now.addSecs(60);
-    EXPECT_TRUE(given(m_scheduler->limitsAllowPart()));
+    EXPECT_TRUE(given(m_scheduler->limitsAllow(1)));
 }
 
 TEST_F(SchedulerTest, withoutLimitsNothingIsCounted)
@@ -207,7 +247,7 @@ TEST_F(SchedulerTest, withoutLimitsNothingIsCounted)
     beginRun(1);
     m_settings.partsPerDay = 1;
     makeScheduler();
-    EXPECT_TRUE(given(m_scheduler->limitsAllowPart()));
+    EXPECT_TRUE(given(m_scheduler->limitsAllow(1)));
 }
 
 } // namespace

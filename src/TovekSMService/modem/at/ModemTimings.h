@@ -39,6 +39,8 @@ struct ModemTimings
     /// Between two looks whether the device still routes to us. It waits for an acknowledgement for
     /// about as long as the network does, 12 to 20 seconds (3GPP TS 24.011, TR2M).
     int routesCheckMs = 20000;
+    /// For how long a modem manager may look for its devices.
+    int managerMs = 20000;
     /// From opening to ready, all in all.
     int initialisationMs = 100000;
     /// The search for a device under another name: for one port, and all in all.

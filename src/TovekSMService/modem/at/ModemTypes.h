@@ -46,6 +46,9 @@ struct ModemFailure
 /// Whether a step with the device has come to a good end.
 using ModemResult = Result<void, ModemFailure>;
 
+/// What is to be sent behind a part, as far as it is known.
+enum class Followers { None, Some };
+
 /// Whether the network was asked to report what becomes of a part.
 enum class ReportRequest { None, Asked };
 

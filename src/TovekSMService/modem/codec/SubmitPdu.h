@@ -24,6 +24,15 @@ struct EncodeRequest
     bool statusReport = false;
 };
 
+/// A message for an owner of devices that encodes it and cuts it by itself.
+struct WholeMessage
+{
+    QString phone;
+    QString text;
+    int validityMinutes = 0; ///< 0 for the network's own
+    int parts = 1;           ///< that our own encoding makes of it
+};
+
 /// One SMS-SUBMIT as a device takes it.
 struct SubmitPart
 {
@@ -38,6 +47,11 @@ struct SubmitPart
     qsizetype referenceAt = -1;
     /// Whether the network is asked to report what becomes of the part.
     bool asksForReport = false;
+    /// The message that this stands for as its only part; `hex` is all of our own parts then.
+    std::optional<WholeMessage> whole = {};
+
+    /// Parts that the network gets.
+    int count() const { return whole ? whole->parts : 1; }
 };
 
 enum class EncodeError { EmptyPhone, NumberTooLong, InvalidCharacters, TextTooLong };

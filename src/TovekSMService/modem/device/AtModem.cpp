@@ -1,4 +1,4 @@
-#include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/modem/device/AtModem.h"
 
 #include "TovekSMService/modem/device/DeviceQueries.h"
 #include "TovekSMService/modem/device/DeviceSetUp.h"
@@ -10,9 +10,9 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
-             QObject *parent, PortSearch::Ports ports, TimeSource &time)
-    : QObject(parent), m_line(std::move(line)), m_timings(timings),
+AtModem::AtModem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings &timings,
+                 QObject *parent, PortSearch::Ports ports, TimeSource &time)
+    : Modem(parent), m_line(std::move(line)), m_timings(timings),
       m_channel(m_line.get(), timings, time),
       m_dialogue(m_channel, timings, [this](const ModemFailure &failure) { fail(failure); }),
       m_flightMode(m_dialogue, timings, time),
@@ -29,7 +29,7 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
           m_dialogue, timings, [this] { Q_EMIT mailDue(); }, time),
       m_search(*m_line, m_channel, timings, std::move(ports), time), m_initialisationLimit(time)
 {
-    connect(&m_initialisationLimit, &Timer::timeout, this, &Modem::onLate);
+    connect(&m_initialisationLimit, &Timer::timeout, this, &AtModem::onLate);
     connect(&m_channel, &AtChannel::unsolicited, this, [this](const QByteArray &said) {
         const bool hadMail = hasMail();
         m_mailbox.takeLine(said);
@@ -37,25 +37,25 @@ Modem::Modem(std::unique_ptr<SerialLine> line, PinGate &gate, const ModemTimings
             Q_EMIT mailDue();
         Q_EMIT unsolicited(said);
     });
-    connect(&m_channel, &AtChannel::broken, this, &Modem::onBroken);
+    connect(&m_channel, &AtChannel::broken, this, &AtModem::onBroken);
 }
 
-Modem::~Modem()
+AtModem::~AtModem()
 {
     // Whoever listens may be on the way out too.
     blockSignals(true);
     shutDown();
 }
 
-void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mode,
-                 const QString &imei)
+void AtModem::open(const DeviceParameter &parameter, const QString &pin, OpenMode mode,
+                   const QString &imei)
 {
     close();
     m_state = State::Opening;
     m_mode = mode;
     m_pin = pin;
     m_imei = imei;
-    m_parameter = parameter;
+    m_parameter = std::get<PortParameter>(parameter);
     m_searched = false;
     m_submission.reset();
     m_details = {};
@@ -69,7 +69,7 @@ void Modem::open(const PortParameter &parameter, const QString &pin, OpenMode mo
         Qt::QueuedConnection);
 }
 
-void Modem::openLine()
+void AtModem::openLine()
 {
     const QString &device = m_parameter.device;
     const Result<void, LineFailure> opened = m_line->open(device, m_parameter.baud);
@@ -81,7 +81,7 @@ void Modem::openLine()
         failToOpen(opened.error(), device);
 }
 
-void Modem::failToOpen(const LineFailure &failure, const QString &device)
+void AtModem::failToOpen(const LineFailure &failure, const QString &device)
 {
     const bool hasDetail = !failure.detail.isEmpty() && failure.detail != device;
     fail({failureRule(failure.error).code,
@@ -90,7 +90,7 @@ void Modem::failToOpen(const LineFailure &failure, const QString &device)
 
 /// The device may have come back under another name, and the old one be nobody's or another port's.
 /// @param failure  what is told if it hasn't, or isn't known
-void Modem::searchOrFail(const ModemFailure &failure)
+void AtModem::searchOrFail(const ModemFailure &failure)
 {
     if (m_imei.isEmpty() || std::exchange(m_searched, true)) {
         fail(failure);
@@ -106,14 +106,14 @@ void Modem::searchOrFail(const ModemFailure &failure)
     });
 }
 
-void Modem::startDialogue()
+void AtModem::startDialogue()
 {
     m_state = State::Initialising;
     m_initialisationLimit.start(m_timings.initialisationMs);
     m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) { onFound(outcome); });
 }
 
-void Modem::onLate()
+void AtModem::onLate()
 {
     // The talk with a SIM about its PIN has limits of its own and is not cut off.
     if (m_unlock.awaitsPinOutcome())
@@ -122,7 +122,7 @@ void Modem::onLate()
         fail({ErrorCode::phoneInit, u"the device isn't ready within its time"_s, false});
 }
 
-void Modem::onFound(SyncOutcome outcome)
+void AtModem::onFound(SyncOutcome outcome)
 {
     if (outcome == SyncOutcome::LineBroken)
         return;
@@ -134,7 +134,7 @@ void Modem::onFound(SyncOutcome outcome)
         setUp();
 }
 
-void Modem::resetFunctionality()
+void AtModem::resetFunctionality()
 {
     Q_EMIT functionalityReset();
     m_dialogue.ask({"AT+CFUN=1,1"_ba, m_timings.slowCommandMs, {}}, [this](const AtAnswer &) {
@@ -144,13 +144,13 @@ void Modem::resetFunctionality()
     });
 }
 
-void Modem::setUp()
+void AtModem::setUp()
 {
     m_dialogue.askAll(DeviceSetUp::dialogue(m_timings),
                       [this](const ModemResult &) { m_flightMode.leave([this] { unlock(); }); });
 }
 
-void Modem::unlock()
+void AtModem::unlock()
 {
     m_unlock.start(
         std::exchange(m_pin, QString()), &m_details,
@@ -163,7 +163,7 @@ void Modem::unlock()
         m_flightMode.wasLeft() ? SimPresence::JustPowered : SimPresence::Told);
 }
 
-void Modem::setUpMessages()
+void AtModem::setUpMessages()
 {
     m_dialogue.askAll(DeviceSetUp::messages(m_timings), [this](const ModemResult &setUp) {
         if (setUp)
@@ -173,7 +173,7 @@ void Modem::setUpMessages()
     });
 }
 
-void Modem::readDetails()
+void AtModem::readDetails()
 {
     m_dialogue.askAll(DeviceQueries::identity(&m_details, m_timings) +
                           DeviceQueries::condition(&m_details, m_timings),
@@ -184,14 +184,14 @@ void Modem::readDetails()
                       });
 }
 
-void Modem::becomeReady()
+void AtModem::becomeReady()
 {
     m_initialisationLimit.stop();
     m_state = State::Ready;
     Q_EMIT ready(m_details);
 }
 
-void Modem::send(const SubmitPart &part, Followers followers)
+void AtModem::send(const SubmitPart &part, Followers followers)
 {
     if (m_state != State::Ready) {
         QMetaObject::invokeMethod(
@@ -209,7 +209,7 @@ void Modem::send(const SubmitPart &part, Followers followers)
     submit(part.asksForReport && !mayAsk ? withoutStatusReport(part) : part);
 }
 
-void Modem::submit(const SubmitPart &part)
+void AtModem::submit(const SubmitPart &part)
 {
     m_part = part;
     m_submission.start(part, m_followers,
@@ -218,7 +218,7 @@ void Modem::submit(const SubmitPart &part)
 
 /// An error means that the part was not taken. Where it may be the request that was refused, the
 /// part goes again without it, and the SIM is asked no more.
-bool Modem::sendWithoutReport(const PartSubmission::Outcome &outcome)
+bool AtModem::sendWithoutReport(const PartSubmission::Outcome &outcome)
 {
     if (outcome.accepted || !m_part.asksForReport || !ReportRefusals::mayBeRefusal(outcome.failure))
         return false;
@@ -227,7 +227,7 @@ bool Modem::sendWithoutReport(const PartSubmission::Outcome &outcome)
     return true;
 }
 
-void Modem::onSubmitted(const PartSubmission::Outcome &outcome)
+void AtModem::onSubmitted(const PartSubmission::Outcome &outcome)
 {
     using Device = PartSubmission::Outcome::Device;
     if (outcome.device == Device::Lost) {
@@ -243,7 +243,7 @@ void Modem::onSubmitted(const PartSubmission::Outcome &outcome)
 
 /// Finds the device in command mode again before the outcome is told, so that whoever hears of it
 /// can send at once.
-void Modem::recoverThen(const std::function<void()> &tell)
+void AtModem::recoverThen(const std::function<void()> &tell)
 {
     m_channel.synchronise(m_timings.probeTries, [this, tell](SyncOutcome outcome) {
         if (outcome == SyncOutcome::Answered)
@@ -257,7 +257,7 @@ void Modem::recoverThen(const std::function<void()> &tell)
     });
 }
 
-void Modem::reportPart(const PartSubmission::Outcome &outcome)
+void AtModem::reportPart(const PartSubmission::Outcome &outcome)
 {
     if (outcome.accepted)
         Q_EMIT partAccepted(outcome.reference,
@@ -266,7 +266,7 @@ void Modem::reportPart(const PartSubmission::Outcome &outcome)
         Q_EMIT partFailed(outcome.failure);
 }
 
-void Modem::refreshDetails()
+void AtModem::refreshDetails()
 {
     if (m_state != State::Ready)
         return;
@@ -277,7 +277,7 @@ void Modem::refreshDetails()
     });
 }
 
-void Modem::fetchMail()
+void AtModem::fetchMail()
 {
     if (m_state != State::Ready)
         return;
@@ -288,7 +288,7 @@ void Modem::fetchMail()
     });
 }
 
-void Modem::test()
+void AtModem::test()
 {
     if (m_state != State::Ready) {
         const int code =
@@ -310,7 +310,7 @@ void Modem::test()
 }
 
 /// The device is there, but not where the talk had left it.
-void Modem::testAfterFindingBack()
+void AtModem::testAfterFindingBack()
 {
     m_channel.synchronise(m_timings.probeTries, [this](SyncOutcome outcome) {
         if (outcome == SyncOutcome::Answered)
@@ -320,14 +320,14 @@ void Modem::testAfterFindingBack()
     });
 }
 
-void Modem::testSim()
+void AtModem::testSim()
 {
     // No PIN is tried here: a SIM that asks for one now has been changed or taken out.
     m_unlock.start(QString(), &m_details,
                    [this](const ModemResult &unlocked) { onTested(unlocked); });
 }
 
-void Modem::onTested(const ModemResult &unlocked)
+void AtModem::onTested(const ModemResult &unlocked)
 {
     m_dialogue.askAll(
         DeviceQueries::condition(&m_details, m_timings), [this, unlocked](const ModemResult &) {
@@ -340,7 +340,7 @@ void Modem::onTested(const ModemResult &unlocked)
         });
 }
 
-void Modem::onBroken(const LineFailure &failure)
+void AtModem::onBroken(const LineFailure &failure)
 {
     if (m_state == State::Closed || m_state == State::Opening)
         return;
@@ -348,13 +348,13 @@ void Modem::onBroken(const LineFailure &failure)
           failure.detail.isEmpty() ? u"the line broke"_s : failure.detail, false});
 }
 
-void Modem::close()
+void AtModem::close()
 {
     shutDown();
 }
 
 /// Closes everything and answers a part or a test in progress.
-void Modem::shutDown()
+void AtModem::shutDown()
 {
     const bool testing = std::exchange(m_testing, false);
     m_state = State::Closed;
@@ -372,7 +372,7 @@ void Modem::shutDown()
                       u"the device was closed"_s);
 }
 
-void Modem::fail(const ModemFailure &failure)
+void AtModem::fail(const ModemFailure &failure)
 {
     const quint64 opening = m_opening;
     const bool testing = std::exchange(m_testing, false);

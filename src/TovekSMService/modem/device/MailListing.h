@@ -1,23 +1,11 @@
 #pragma once
 
+#include "TovekSMService/modem/device/Arrival.h"
+
 #include <QByteArray>
 #include <QList>
-#include <QMetaType>
 
 namespace norvane {
-
-/// Something that came from the network, as the device handed it over.
-struct Arrival
-{
-    /// Service centre address and TPDU, hexadecimal.
-    QByteArray pdu;
-    /// Where the device keeps it; empty for what was routed to us and is kept nowhere.
-    QByteArray memory;
-    int index = -1;
-
-    bool isRouted() const { return memory.isEmpty(); }
-    bool operator==(const Arrival &) const = default;
-};
 
 /// What an answer shows of a memory.
 struct MailListing
@@ -41,5 +29,3 @@ struct MailListing
 bool isTruncated(const QByteArray &pdu, const QByteArray &length);
 
 } // namespace norvane
-
-Q_DECLARE_METATYPE(norvane::Arrival)

@@ -13,8 +13,7 @@ namespace norvane {
 class PartSubmission
 {
 public:
-    /// What is to be sent behind a part, as far as it is known.
-    enum class Followers { None, Some };
+    using Followers = norvane::Followers;
 
     struct Outcome
     {

@@ -2,9 +2,8 @@
 
 #include "TovekSMService/modem/codec/AnswerParsers.h"
 #include "TovekSMService/modem/device/DeviceQueries.h"
+#include "TovekSMService/modem/device/PinText.h"
 #include "contract/ErrorCodes.h"
-
-#include <QRegularExpression>
 
 #include <memory>
 #include <utility>
@@ -60,13 +59,6 @@ SimState stateOfError(const AtResult &result)
                    ? SimState::DeviceLocked
                    : SimState::Busy;
     }
-}
-
-/// A PIN is 4 to 8 digits (3GPP TS 31.101, 9.5.1). Nothing else may get between the quotes.
-bool isPin(const QString &text)
-{
-    static const QRegularExpression digits(u"\\A[0-9]{4,8}\\z"_s);
-    return digits.match(text).hasMatch();
 }
 
 } // namespace

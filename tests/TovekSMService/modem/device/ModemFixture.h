@@ -2,7 +2,7 @@
 
 #include "TovekSMService/host/PinRule.h"
 #include "TovekSMService/modem/at/FakeModemLine.h"
-#include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/modem/device/AtModem.h"
 #include "support/TurnedTime.h"
 
 #include <QSignalSpy>
@@ -78,7 +78,7 @@ protected:
         auto line = std::make_unique<FakeModemLine>();
         m_line = line.get();
         makeOrdinary(*m_line);
-        m_modem = std::make_unique<Modem>(
+        m_modem = std::make_unique<AtModem>(
             std::move(line), m_gate, timings, nullptr, [this] { return m_ports; }, m_time);
         m_ready = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::ready);
         m_changed = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::detailsChanged);
@@ -93,7 +93,7 @@ protected:
     void open(const QString &pin = {}, Modem::OpenMode mode = Modem::OpenMode::Plain)
     {
         const qsizetype before = m_ready->count() + m_failed->count();
-        m_modem->open({u"/dev/fake"_s, 9600}, pin, mode);
+        m_modem->open(PortParameter{u"/dev/fake"_s, 9600}, pin, mode);
         EXPECT_TRUE(until([&] { return m_ready->count() + m_failed->count() > before; }));
     }
 
@@ -134,7 +134,7 @@ protected:
     QStringList m_ports;
     FakePinGate m_gate;
     FakeModemLine *m_line = nullptr;
-    std::unique_ptr<Modem> m_modem;
+    std::unique_ptr<AtModem> m_modem;
     std::unique_ptr<QSignalSpy> m_ready;
     std::unique_ptr<QSignalSpy> m_changed;
     std::unique_ptr<QSignalSpy> m_accepted;

@@ -128,7 +128,7 @@ TEST_F(ModemInFlight, aPinIsOnRecordBeforeItLeavesAndLeavesOnce)
 TEST_F(ModemInFlight, closedWhileItsNetworkIsAwaitedItSaysNothingMore)
 {
     m_looksNeeded = anHourMs;
-    m_modem->open({u"/dev/fake"_s, 9600}, {});
+    m_modem->open(PortParameter{u"/dev/fake"_s, 9600}, {});
     ASSERT_TRUE(until([this] { return count("AT+CREG?") == 3; }));
     m_modem->close();
     m_looksNeeded = 0;

@@ -35,7 +35,7 @@ protected:
     void search(const QString &pin = {}, const QString &imei = knownImei)
     {
         const qsizetype before = m_ready->count() + m_failed->count();
-        m_modem->open({configured, 9600}, pin, Modem::OpenMode::Plain, imei);
+        m_modem->open(PortParameter{configured, 9600}, pin, Modem::OpenMode::Plain, imei);
         EXPECT_TRUE(until([&] { return m_ready->count() + m_failed->count() > before; }));
     }
 
@@ -150,7 +150,7 @@ TEST_F(SearchingModem, closedWhileItSearchesSaysNothing)
 {
     m_ports = {u"/dev/a"_s};
     m_line->silent = true;
-    m_modem->open({configured, 9600}, {}, Modem::OpenMode::Plain, knownImei);
+    m_modem->open(PortParameter{configured, 9600}, {}, Modem::OpenMode::Plain, knownImei);
     ASSERT_TRUE(until([this] { return m_line->openings == 2; }));
     m_modem->close();
     EXPECT_FALSE(m_line->isOpen());
@@ -175,7 +175,7 @@ protected:
         m_line = line.get();
         m_line->openErrors.insert(configured, LineError::NoSuchDevice);
         m_line->silent = true;
-        m_modem = std::make_unique<Modem>(
+        m_modem = std::make_unique<AtModem>(
             std::move(line), m_gate, timings, nullptr, [this] { return m_ports; }, m_time);
         m_ready = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::ready);
         m_failed = std::make_unique<QSignalSpy>(m_modem.get(), &Modem::failed);

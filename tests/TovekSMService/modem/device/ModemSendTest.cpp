@@ -276,7 +276,7 @@ TEST_F(ModemFixture, reopenedOnTheNewsOfAFailedPartItGoesOnWithTheNewOpening)
 {
     openReady();
     QObject::connect(m_modem.get(), &Modem::partFailed, m_modem.get(), [this] {
-        m_modem->open({u"/dev/again"_s, 9600}, {});
+        m_modem->open(PortParameter{u"/dev/again"_s, 9600}, {});
     });
     m_line->breakAfterSaid = 2;
     m_modem->send(part());
