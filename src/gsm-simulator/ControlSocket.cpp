@@ -1,16 +1,12 @@
 #include "gsm-simulator/ControlSocket.h"
 
-#include <QFile>
 #include <QSocketNotifier>
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace norvane {
@@ -22,39 +18,6 @@ namespace simulator {
 namespace {
 
 constexpr std::size_t maxClients = 16;
-
-QString systemError(const QByteArray &path)
-{
-    return QFile::decodeName(path) + u": "_s + QString::fromLocal8Bit(std::strerror(errno));
-}
-
-sockaddr_un addressOf(const QByteArray &path)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
-    return address;
-}
-
-const sockaddr *generic(const sockaddr_un &address)
-{
-    return reinterpret_cast<const sockaddr *>(&address);
-}
-
-/// Whether a socket stands there that nobody listens at any more.
-bool isAbandoned(const QByteArray &path)
-{
-    struct stat status
-    {};
-    if (::lstat(path.constData(), &status) != 0 || !S_ISSOCK(status.st_mode))
-        return false;
-    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const sockaddr_un address = addressOf(path);
-    const bool refused =
-        ::connect(probe, generic(address), sizeof address) != 0 && errno == ECONNREFUSED;
-    ::close(probe);
-    return refused;
-}
 
 bool isOurUser(int socket)
 {
@@ -76,7 +39,9 @@ bool sendLine(int socket, const QByteArray &line)
 
 ControlSocket::ControlSocket(Handler handler, QObject *parent)
     : QObject(parent), m_handler(std::move(handler))
-{}
+{
+    connect(&m_listener, &SocketListener::clientWaiting, this, &ControlSocket::accept);
+}
 
 ControlSocket::~ControlSocket()
 {
@@ -85,45 +50,19 @@ ControlSocket::~ControlSocket()
 
 QString ControlSocket::open(const QString &path)
 {
-    const QByteArray name = QFile::encodeName(path);
-    if (name.size() >= static_cast<qsizetype>(sizeof(sockaddr_un::sun_path)))
-        return path + u": the path is too long for a socket"_s;
-    if (isAbandoned(name))
-        ::unlink(name.constData());
-    m_listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    const sockaddr_un address = addressOf(name);
-    constexpr mode_t ownerOnly = 0177;
-    const mode_t before = ::umask(ownerOnly);
-    const bool isBound = ::bind(m_listener, generic(address), sizeof address) == 0;
-    ::umask(before);
-    if (isBound)
-        m_path = name;
-    if (!isBound || ::listen(m_listener, maxClients) != 0) {
-        const QString failure = systemError(name);
-        close();
-        return failure;
-    }
-    m_notifier = std::make_unique<QSocketNotifier>(m_listener, QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &ControlSocket::accept);
-    return {};
+    return m_listener.open(path, static_cast<int>(maxClients));
 }
 
 void ControlSocket::close()
 {
-    m_notifier.reset();
+    m_listener.close();
     while (!m_clients.empty())
         drop(m_clients.begin()->first);
-    if (m_listener >= 0)
-        ::close(m_listener);
-    m_listener = -1;
-    if (!m_path.isEmpty())
-        ::unlink(m_path.constData());
-    m_path.clear();
 }
 
 void ControlSocket::accept()
 {
-    const int socket = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    const int socket = m_listener.accept();
     if (socket < 0)
         return;
     if (m_clients.size() >= maxClients || !isOurUser(socket)) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gsm-simulator/SocketListener.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QString>
@@ -51,9 +53,7 @@ private:
     void drop(int socket);
 
     Handler m_handler;
-    int m_listener = -1;
-    QByteArray m_path;
-    std::unique_ptr<QSocketNotifier> m_notifier;
+    SocketListener m_listener;
     std::map<int, Client> m_clients; ///< by their sockets
 };
 

@@ -25,9 +25,6 @@ namespace simulator {
 
 namespace {
 
-/// Beyond this the client has to read before the modem listens to it again.
-constexpr qsizetype maxUnwritten = 65536;
-
 QString systemError(const char *what)
 {
     return QString::fromLatin1(what) + u": "_s + QString::fromLocal8Bit(std::strerror(errno));
@@ -60,7 +57,7 @@ void closeDescriptor(int &descriptor)
 
 } // namespace
 
-PseudoTerminal::PseudoTerminal(QObject *parent) : QObject(parent) {}
+PseudoTerminal::PseudoTerminal(QObject *parent) : ModemPort(parent) {}
 
 PseudoTerminal::~PseudoTerminal()
 {
@@ -78,11 +75,7 @@ QString PseudoTerminal::open(const QString &link)
         close();
         return failure;
     }
-    m_readNotifier = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Read);
-    m_writeNotifier = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Write);
-    m_writeNotifier->setEnabled(false);
-    connect(m_readNotifier.get(), &QSocketNotifier::activated, this, &PseudoTerminal::readClient);
-    connect(m_writeNotifier.get(), &QSocketNotifier::activated, this, &PseudoTerminal::writeMore);
+    attach(m_master);
     return {};
 }
 
@@ -124,13 +117,11 @@ QString PseudoTerminal::makeLink(const QString &link)
 
 void PseudoTerminal::close()
 {
-    m_readNotifier.reset();
-    m_writeNotifier.reset();
+    detach();
     m_watchNotifier.reset();
     if (!m_link.isEmpty() && linkTarget(m_link) == m_slaveName)
         ::unlink(m_link.constData());
     m_link.clear();
-    m_unwritten.clear();
     closeDescriptor(m_watch);
     closeDescriptor(m_slave);
     closeDescriptor(m_master);
@@ -176,66 +167,30 @@ void PseudoTerminal::countClients()
 void PseudoTerminal::forgetClient()
 {
     m_clients = 0;
-    m_unwritten.clear();
-    m_writeNotifier->setEnabled(false);
+    dropUnwritten();
     ::ioctl(m_slave, TIOCNXCL);
     ::tcflush(m_master, TCOFLUSH);
     ::tcflush(m_slave, TCIFLUSH);
     Q_EMIT abandoned();
 }
 
-void PseudoTerminal::setReading(bool reading)
+bool PseudoTerminal::findClient()
 {
-    m_reading = reading;
-    if (m_readNotifier)
-        m_readNotifier->setEnabled(m_reading && m_unwritten.size() < maxUnwritten);
+    countClients();
+    return m_watch < 0 || m_clients != 0;
 }
 
-qsizetype PseudoTerminal::unreadByClient() const
+ssize_t PseudoTerminal::writeSome(int descriptor, const QByteArray &bytes)
+{
+    return ::write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
+
+int PseudoTerminal::countUnderway() const
 {
     int waiting = 0;
     if (m_slave < 0 || ::ioctl(m_slave, FIONREAD, &waiting) != 0)
         waiting = 0;
-    return m_unwritten.size() + waiting;
-}
-
-void PseudoTerminal::readClient()
-{
-    countClients();
-    std::array<char, 16384> buffer;
-    const ssize_t length = ::read(m_master, buffer.data(), buffer.size());
-    if (length > 0)
-        Q_EMIT received(QByteArray(buffer.data(), length));
-}
-
-void PseudoTerminal::write(const QByteArray &bytes)
-{
-    if (m_master < 0 || bytes.isEmpty())
-        return;
-    countClients();
-    if (m_watch >= 0 && m_clients == 0)
-        return;
-    const bool wasWaiting = !m_unwritten.isEmpty();
-    m_unwritten += bytes;
-    if (!wasWaiting)
-        writeMore();
-}
-
-void PseudoTerminal::writeMore()
-{
-    qsizetype done = 0;
-    while (done < m_unwritten.size()) {
-        const ssize_t length = ::write(m_master, m_unwritten.constData() + done,
-                                       static_cast<std::size_t>(m_unwritten.size() - done));
-        if (length < 0 && errno == EINTR)
-            continue;
-        if (length <= 0)
-            break;
-        done += length;
-    }
-    m_unwritten.remove(0, done);
-    m_writeNotifier->setEnabled(!m_unwritten.isEmpty());
-    setReading(m_reading);
+    return waiting;
 }
 
 } // namespace simulator

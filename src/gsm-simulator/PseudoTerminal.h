@@ -1,7 +1,8 @@
 #pragma once
 
+#include "gsm-simulator/ModemPort.h"
+
 #include <QByteArray>
-#include <QObject>
 #include <QString>
 
 #include <memory>
@@ -12,10 +13,9 @@ namespace norvane {
 
 namespace simulator {
 
-/// The modem's end of a pseudo-terminal, and the link under which clients find the other end.
-/// Clients may come and go: as on a real port, what the modem says while nobody has the port open
-/// is lost, and a client leaves neither its exclusive mode nor its unread bytes to the next one.
-class PseudoTerminal : public QObject
+/// A pseudo-terminal as the modem's port, and the link under which clients find their end of it. A
+/// client doesn't leave its exclusive mode to the next one.
+class PseudoTerminal : public ModemPort
 {
     Q_OBJECT
 
@@ -29,28 +29,18 @@ public:
     QString open(const QString &link);
 
     /// Hangs up and removes the link, unless it has become somebody else's.
-    void close();
+    void close() override;
 
-    void write(const QByteArray &bytes);
-
-    /// Stops taking bytes from the client, who then meets a full line, or goes on.
-    void setReading(bool reading);
-
-    /// Bytes that the client hasn't taken yet.
-    qsizetype unreadByClient() const;
-
-Q_SIGNALS:
-    void received(const QByteArray &bytes);
-
-    /// The last client has closed the port.
-    void abandoned();
+protected:
+    bool findClient() override;
+    ssize_t writeSome(int descriptor, const QByteArray &bytes) override;
+    int countUnderway() const override;
+    void handleHangUp() override {}
 
 private:
     QString openTerminal();
     QString makeLink(const QString &link);
     void watchClients();
-    void readClient();
-    void writeMore();
     void countClients();
     void forgetClient();
 
@@ -58,12 +48,8 @@ private:
     int m_slave = -1;
     int m_watch = -1;
     int m_clients = 0;
-    bool m_reading = true;
     QByteArray m_slaveName;
     QByteArray m_link;
-    QByteArray m_unwritten;
-    std::unique_ptr<QSocketNotifier> m_readNotifier;
-    std::unique_ptr<QSocketNotifier> m_writeNotifier;
     std::unique_ptr<QSocketNotifier> m_watchNotifier;
 };
 

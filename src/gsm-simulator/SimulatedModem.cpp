@@ -19,10 +19,9 @@ constexpr qsizetype maxUnderway = 4096;
 
 } // namespace
 
-SimulatedModem::SimulatedModem(PseudoTerminal &terminal, MessageLog &log,
-                               const ModemSettings &modem, const LineSettings &line,
-                               QObject *parent)
-    : QObject(parent), m_terminal(terminal), m_log(log), m_interpreter(modem), m_clock(modem.clock)
+SimulatedModem::SimulatedModem(ModemPort &port, MessageLog &log, const ModemSettings &modem,
+                               const LineSettings &line, QObject *parent)
+    : QObject(parent), m_port(port), m_log(log), m_interpreter(modem), m_clock(modem.clock)
 {
     m_uptime.start();
     m_pauseTimer.setSingleShot(true);
@@ -35,11 +34,11 @@ SimulatedModem::SimulatedModem(PseudoTerminal &terminal, MessageLog &log,
     connect(&m_wakeTimer, &QTimer::timeout, this, [this] { handle(m_interpreter.wake()); });
     connect(&m_paceTimer, &QTimer::timeout, this, &SimulatedModem::movePacedBytes);
     connect(&m_unplugTimer, &QTimer::timeout, this, &SimulatedModem::waitForClientToRead);
-    connect(&m_terminal, &PseudoTerminal::received, this, &SimulatedModem::take);
+    connect(&m_port, &ModemPort::received, this, &SimulatedModem::take);
     if (line.bitsPerSecond > 0) {
         m_toModem.emplace(line.bitsPerSecond);
         m_toClient.emplace(line.bitsPerSecond);
-        connect(&m_terminal, &PseudoTerminal::abandoned, this, [this] { m_toClient->clear(); });
+        connect(&m_port, &ModemPort::abandoned, this, [this] { m_toClient->clear(); });
     }
     if (modem.unsolicited) {
         connect(&m_unsolicitedTimer, &QTimer::timeout, this,
@@ -57,7 +56,7 @@ void SimulatedModem::take(const QByteArray &bytes)
         return;
     }
     m_toModem->push(bytes, now());
-    m_terminal.setReading(m_toModem->size() < maxUnderway && !m_interpreter.isPaused());
+    m_port.setReading(m_toModem->size() < maxUnderway && !m_interpreter.isPaused());
     schedulePacedBytes();
 }
 
@@ -91,8 +90,8 @@ void SimulatedModem::handle(const Step &step)
         m_unplugTimer.start(unplugPollInterval);
     }
     // The line is stopped while an answer is being waited for, as a modem's flow control does.
-    m_terminal.setReading(!m_interpreter.isPaused() &&
-                          !(m_toModem && m_toModem->size() >= maxUnderway));
+    m_port.setReading(!m_interpreter.isPaused() &&
+                      !(m_toModem && m_toModem->size() >= maxUnderway));
     scheduleWake();
 }
 
@@ -113,7 +112,7 @@ void SimulatedModem::send(const QByteArray &bytes)
     if (bytes.isEmpty())
         return;
     if (!m_toClient) {
-        m_terminal.write(bytes);
+        m_port.write(bytes);
         return;
     }
     m_toClient->push(bytes, now());
@@ -123,7 +122,7 @@ void SimulatedModem::send(const QByteArray &bytes)
 void SimulatedModem::movePacedBytes()
 {
     const PacedLine::Time moment = now();
-    m_terminal.write(m_toClient->pop(moment));
+    m_port.write(m_toClient->pop(moment));
     const QByteArray arrived = m_toModem->pop(moment);
     if (!arrived.isEmpty() && !m_stopped)
         handle(m_interpreter.take(arrived));
@@ -147,8 +146,8 @@ void SimulatedModem::schedulePacedBytes()
 void SimulatedModem::waitForClientToRead()
 {
     const bool underway = m_toClient && m_toClient->size() > 0;
-    const bool unread = underway || m_terminal.unreadByClient() > 0;
-    // Bytes between both ends of a pseudo-terminal are in neither's count for a moment.
+    const bool unread = underway || m_port.unreadByClient() > 0;
+    // Bytes between both ends of a line are in neither's count for a moment.
     constexpr int pollsNeeded = 2;
     m_idlePolls = unread ? 0 : m_idlePolls + 1;
     if (m_idlePolls < pollsNeeded && !m_unplugDeadline.hasExpired())
@@ -156,7 +155,7 @@ void SimulatedModem::waitForClientToRead()
     m_unplugTimer.stop();
     m_unsolicitedTimer.stop();
     m_paceTimer.stop();
-    m_terminal.close();
+    m_port.close();
     Q_EMIT unplugged();
 }
 

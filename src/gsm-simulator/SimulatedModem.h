@@ -2,8 +2,8 @@
 
 #include "gsm-simulator/AtInterpreter.h"
 #include "gsm-simulator/MessageLog.h"
+#include "gsm-simulator/ModemPort.h"
 #include "gsm-simulator/PacedLine.h"
-#include "gsm-simulator/PseudoTerminal.h"
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
@@ -23,20 +23,20 @@ struct LineSettings
     std::chrono::milliseconds unsolicitedInterval{400};
 };
 
-/// The interpreter on its terminal: lets the delays pass, paces the line, keeps the log.
+/// The interpreter on its port: lets the delays pass, paces the line, keeps the log.
 class SimulatedModem : public QObject
 {
     Q_OBJECT
 
 public:
-    SimulatedModem(PseudoTerminal &terminal, MessageLog &log, const ModemSettings &modem,
+    SimulatedModem(ModemPort &port, MessageLog &log, const ModemSettings &modem,
                    const LineSettings &line, QObject *parent = nullptr);
 
     /// Runs a command of the simulator's own.
     ControlCommands::Outcome control(const QByteArray &line);
 
 Q_SIGNALS:
-    /// The modem has been unplugged; its terminal is closed.
+    /// The modem has been unplugged; its port is closed.
     void unplugged();
 
     /// The log couldn't be written; the modem answers no more.
@@ -52,7 +52,7 @@ private:
     void waitForClientToRead();
     PacedLine::Time now() const;
 
-    PseudoTerminal &m_terminal;
+    ModemPort &m_port;
     MessageLog &m_log;
     AtInterpreter m_interpreter;
     std::function<QDateTime()> m_clock;

@@ -30,6 +30,7 @@ struct OptionText
 
 constexpr OptionText optionTexts[] = {
     {"link", "path", "make this symbolic link to the modem's port"},
+    {"socket", "path", "in its place: listen on this socket, for one client at a time"},
     {"log", "file", "append a line of JSON to this file for each part that is accepted"},
     {"pin", "code", "the SIM asks for this PIN (three tries)"},
     {"puk", "code", "what unblocks the SIM afterwards (12345678)"},
@@ -76,7 +77,7 @@ constexpr OptionText optionTexts[] = {
 
 void addOptions(QCommandLineParser &parser)
 {
-    parser.setApplicationDescription(u"A simulated GSM modem on a pseudo-terminal."_s);
+    parser.setApplicationDescription(u"A simulated GSM modem on a pseudo-terminal or a socket."_s);
     for (const OptionText &option : optionTexts) {
         parser.addOption({QString::fromLatin1(option.name), QString::fromLatin1(option.text),
                           QString::fromLatin1(option.value)});
@@ -327,11 +328,12 @@ SimulatorOptions parseOptions(const QStringList &arguments)
         return refused(
             u"Unexpected argument: \"%1\"."_s.arg(parser.positionalArguments().constFirst()));
     options.link = parser.value(u"link"_s);
+    options.socket = parser.value(u"socket"_s);
     options.log = parser.value(u"log"_s);
     options.control = parser.value(u"control"_s);
     options.incoming = parser.value(u"incoming"_s);
-    if (options.link.isEmpty() || options.log.isEmpty())
-        return refused(u"Both --link and --log are needed."_s);
+    if (options.link.isEmpty() == options.socket.isEmpty() || options.log.isEmpty())
+        return refused(u"--log and either --link or --socket are needed."_s);
     const QString refusal = readValues(parser, options);
     return refusal.isEmpty() ? options : refused(refusal);
 }

@@ -17,7 +17,8 @@ struct SimulatorOptions
     Action action = Action::Run;
     QString refusal; ///< what is wrong, for Action::Refused
     QString help;    ///< for Action::ShowHelp
-    QString link;
+    QString link;    ///< path of the link to the port; empty: the port is a socket
+    QString socket;  ///< path of that socket
     QString log;
     QString control;  ///< path of the control socket; empty: none
     QString incoming; ///< file of control commands for the start; empty: none

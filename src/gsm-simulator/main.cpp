@@ -1,4 +1,6 @@
 #include "gsm-simulator/ControlSocket.h"
+#include "gsm-simulator/ModemSocket.h"
+#include "gsm-simulator/PseudoTerminal.h"
 #include "gsm-simulator/SimulatorOptions.h"
 
 #include <QCoreApplication>
@@ -61,15 +63,18 @@ int run(const simulator::SimulatorOptions &options)
     const int requests = endRequests();
     simulator::MessageLog log;
     simulator::PseudoTerminal terminal;
+    simulator::ModemSocket socket;
+    const bool hasSocket = !options.socket.isEmpty();
     QString failure = log.open(options.log);
     if (failure.isEmpty())
-        failure = terminal.open(options.link);
+        failure = hasSocket ? socket.open(options.socket) : terminal.open(options.link);
     if (!failure.isEmpty()) {
         print(stderr, program + failure + u'\n');
         return Failed;
     }
 
-    simulator::SimulatedModem modem(terminal, log, options.modem, options.line);
+    simulator::ModemPort &port = hasSocket ? static_cast<simulator::ModemPort &>(socket) : terminal;
+    simulator::SimulatedModem modem(port, log, options.modem, options.line);
     simulator::ControlSocket control(
         [&modem](const QByteArray &line) { return modem.control(line).answer; });
     if (!options.control.isEmpty())
@@ -91,7 +96,7 @@ int run(const simulator::SimulatorOptions &options)
                          print(stderr, program + reason + u'\n');
                          QCoreApplication::exit(Failed);
                      });
-    print(stdout, u"ready "_s + options.link + u'\n');
+    print(stdout, u"ready "_s + (hasSocket ? options.socket : options.link) + u'\n');
     return QCoreApplication::exec();
 }
 

@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -17,19 +18,47 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-RunningSimulator::RunningSimulator(const QStringList &options)
+namespace {
+
+int connectTo(const QByteArray &name)
 {
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, name.constData(), sizeof address.sun_path - 1);
+    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0)
+        return socket;
+    ::close(socket);
+    return -1;
+}
+
+int openPort(const QByteArray &name)
+{
+    struct stat status
+    {};
+    if (::stat(name.constData(), &status) != 0 || !S_ISSOCK(status.st_mode))
+        return ::open(name.constData(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    const int socket = connectTo(name);
+    ::fcntl(socket, F_SETFL, O_NONBLOCK);
+    return socket;
+}
+
+} // namespace
+
+RunningSimulator::RunningSimulator(const QStringList &options, Port port)
+{
+    const QString path = port == Port::Terminal ? link() : socketPath();
     m_process.setProgram(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"));
-    m_process.setArguments(
-        QStringList{u"--link"_s, link(), u"--log"_s, logPath(), u"--control"_s, controlPath()} +
-        options);
+    m_process.setArguments(QStringList{port == Port::Terminal ? u"--link"_s : u"--socket"_s, path,
+                                       u"--log"_s, logPath(), u"--control"_s, controlPath()} +
+                           options);
     m_process.start();
     const QDeadlineTimer deadline(hangMs);
     while (!m_process.canReadLine() && !deadline.hasExpired()) {
         if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
             break;
     }
-    m_ready = m_process.readLine() == "ready " + link().toLocal8Bit() + '\n';
+    m_ready = m_process.readLine() == "ready " + path.toLocal8Bit() + '\n';
 }
 
 RunningSimulator::~RunningSimulator()
@@ -54,10 +83,7 @@ QList<QJsonObject> RunningSimulator::messages() const
     return found;
 }
 
-PortClient::PortClient(const QString &path)
-    : m_port(
-          ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK))
-{}
+PortClient::PortClient(const QString &path) : m_port(openPort(QFile::encodeName(path))) {}
 
 PortClient::~PortClient()
 {
@@ -121,18 +147,7 @@ QByteArray PortClient::submitHello()
     return readUntil("\r\nOK\r\n");
 }
 
-ControlClient::ControlClient(const QString &path)
-    : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
-{
-    const QByteArray name = QFile::encodeName(path);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, name.constData(), sizeof address.sun_path - 1);
-    if (::connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-        ::close(m_socket);
-        m_socket = -1;
-    }
-}
+ControlClient::ControlClient(const QString &path) : m_socket(connectTo(QFile::encodeName(path))) {}
 
 ControlClient::~ControlClient()
 {

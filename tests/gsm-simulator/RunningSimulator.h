@@ -17,12 +17,15 @@ using namespace Qt::StringLiterals;
 class RunningSimulator
 {
 public:
+    enum class Port { Terminal, Socket };
+
     /// Starts it with a control socket and waits until it is ready.
-    explicit RunningSimulator(const QStringList &options = {});
+    explicit RunningSimulator(const QStringList &options = {}, Port port = Port::Terminal);
     ~RunningSimulator();
 
     bool isReady() const { return m_ready; }
     QString link() const { return m_folder.filePath(u"port"_s); }
+    QString socketPath() const { return m_folder.filePath(u"socket"_s); }
     QString controlPath() const { return m_folder.filePath(u"control"_s); }
     QString logPath() const { return m_folder.filePath(u"log"_s); }
     QString folder() const { return m_folder.path(); }
@@ -41,6 +44,7 @@ private:
 class PortClient
 {
 public:
+    /// @param path  of a terminal or a socket
     explicit PortClient(const QString &path);
     ~PortClient();
     PortClient(const PortClient &) = delete;

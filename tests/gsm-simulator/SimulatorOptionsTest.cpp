@@ -42,6 +42,19 @@ TEST(SimulatorOptions, linkAndLogAreEnough)
     EXPECT_EQ(options.line.bitsPerSecond, 0);
 }
 
+TEST(SimulatorOptions, thePortIsEitherALinkOrASocket)
+{
+    const auto parsed = [](const QString &line) {
+        return parseOptions(u"gsm-simulator --log /f "_s.append(line).split(u' '));
+    };
+    const SimulatorOptions options = parsed(u"--socket /s"_s);
+    EXPECT_EQ(options.action, Action::Run);
+    EXPECT_EQ(options.socket, u"/s"_s);
+    EXPECT_EQ(options.link, QString());
+    EXPECT_EQ(parsed(u"--urc"_s).action, Action::Refused);
+    EXPECT_EQ(parsed(u"--socket /s --link /l"_s).action, Action::Refused);
+}
+
 TEST(SimulatorOptions, everyValueArrives)
 {
     const SimulatorOptions options =
