@@ -40,7 +40,8 @@ qsizetype findAttention(const QByteArray &line)
 } // namespace
 
 AtInterpreter::AtInterpreter(const ModemSettings &settings)
-    : m_modem(settings), m_noise(settings.seed), m_reference(settings.firstReference)
+    : m_modem(settings), m_statusWatch(m_modem), m_noise(settings.seed),
+      m_reference(settings.firstReference)
 {}
 
 Step AtInterpreter::take(const QByteArray &bytes)
@@ -87,7 +88,7 @@ std::optional<QDateTime> AtInterpreter::nextWake() const
     if (isBeingWritten())
         return next;
     std::optional<QDateTime> due = m_modem.network.nextDue();
-    if (due && !m_modem.isRegistered())
+    if (!m_modem.isRegistered() && (due || m_statusWatch.isAsked(m_modem)))
         due = m_modem.registrationDue();
     if (due)
         next = next ? std::min(*next, *due) : due;
@@ -102,7 +103,10 @@ void AtInterpreter::receive(Step &step)
     m_modem.reception.expire(m_modem);
     if (isBeingWritten())
         return;
-    for (const QByteArray &line : m_modem.reception.receive(m_modem)) {
+    QByteArrayList lines = m_statusWatch.changes(m_modem);
+    lines += m_modem.reception.receive(m_modem);
+    lines += m_statusWatch.changes(m_modem); // a message that has come is one
+    for (const QByteArray &line : lines) {
         if (m_modem.settings.noise)
             step.output += m_noise.burst();
         step.output += "\r\n" + line + "\r\n";

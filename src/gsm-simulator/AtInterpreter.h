@@ -5,6 +5,7 @@
 #include "gsm-simulator/LineNoise.h"
 #include "gsm-simulator/ModemState.h"
 #include "gsm-simulator/PduDecoder.h"
+#include "gsm-simulator/StatusWatch.h"
 
 #include <chrono>
 #include <optional>
@@ -92,6 +93,7 @@ private:
     QByteArray nextUnsolicited();
 
     ModemState m_modem;
+    StatusWatch m_statusWatch;
     LineNoise m_noise;
     Reading m_reading = Reading::Command;
     QByteArray m_input;

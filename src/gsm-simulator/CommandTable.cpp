@@ -14,8 +14,8 @@ QHash<QByteArray, CommandHandler> allCommands()
 {
     QHash<QByteArray, CommandHandler> commands;
     for (const CommandEntries &entries :
-         {basicCommands(), identityCommands(), simCommands(), networkCommands(), messageCommands(),
-          receptionCommands()}) {
+         {basicCommands(), identityCommands(), simCommands(), networkCommands(), statusCommands(),
+          packetCommands(), settingCommands(), messageCommands(), receptionCommands()}) {
         for (const CommandEntry &entry : entries)
             commands.insert(QByteArray(entry.name), entry.handler);
     }

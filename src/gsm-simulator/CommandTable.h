@@ -25,8 +25,14 @@ CommandEntries basicCommands();
 CommandEntries identityCommands();
 CommandEntries simCommands();
 CommandEntries networkCommands();
+CommandEntries statusCommands();
+CommandEntries packetCommands();
+CommandEntries settingCommands();
 CommandEntries messageCommands();
 CommandEntries receptionCommands();
+
+/// A number of one of settingCommands().
+int settingOf(const Profile &profile, const QByteArray &name, std::size_t field);
 
 /// Takes the PDU that +CNMA opened its prompt for.
 AtAnswer acknowledgeWithPdu(ModemState &modem, const QByteArray &hexadecimal);

@@ -63,6 +63,8 @@ ControlCommands::Answer ControlCommands::answerTo(const QByteArray &name,
         return memory(arguments);
     if (name == "registered")
         return setRegistered(words);
+    if (name == "signal")
+        return setSignal(words);
     if (name == "unplug" && words.isEmpty())
         return QByteArray();
     return ControlFault{"unknown command"_ba};
@@ -143,6 +145,17 @@ ControlCommands::Answer ControlCommands::setRegistered(const QByteArrayList &wor
     if (!numbers)
         return ControlFault{"a state from 0 to 5 is needed"_ba};
     m_modem.settings.registered = numbers->front();
+    return QByteArray();
+}
+
+ControlCommands::Answer ControlCommands::setSignal(const QByteArrayList &words)
+{
+    constexpr int max = 31;
+    constexpr int unknown = 99;
+    const auto numbers = numbersIn(words, {unknown});
+    if (!numbers || (numbers->front() > max && numbers->front() != unknown))
+        return ControlFault{"a quality from 0 to 31, or 99, is needed"_ba};
+    m_modem.settings.signal = numbers->front();
     return QByteArray();
 }
 

@@ -19,6 +19,7 @@ namespace simulator {
 ///   count WHAT         sent: parts accepted; messages, reports: waiting in the network
 ///   memory NAME        places that are taken, and places, of a memory
 ///   registered N       the state of the registration, 0 to 5
+///   signal N           the signal quality, 0 to 31, or 99 for unknown
 ///   unplug             takes the modem away
 /// Each is answered "ok", with numbers where it asks for them, or "error" and the reason.
 class ControlCommands
@@ -45,6 +46,7 @@ private:
     Answer count(const QByteArray &what) const;
     Answer memory(const QByteArray &name);
     Answer setRegistered(const QByteArrayList &words);
+    Answer setSignal(const QByteArrayList &words);
 
     ModemState &m_modem;
 };

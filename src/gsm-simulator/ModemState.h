@@ -11,6 +11,8 @@
 #include <QByteArray>
 
 #include <array>
+#include <map>
+#include <vector>
 
 namespace norvane {
 
@@ -41,6 +43,14 @@ struct Profile
     int protocol = 0;
     int dataCodingScheme = 0;
     QByteArray serviceCentre = "+34600000000"_ba;
+    std::map<QByteArray, std::vector<int>> settings; ///< of settingCommands(), where not default
+};
+
+/// +CGDCONT
+struct PacketContext
+{
+    QByteArray type;
+    QByteArray accessPoint;
 };
 
 struct ModemState
@@ -123,6 +133,7 @@ struct ModemState
     MessageMemories memories;
     ServiceCentre network;
     Reception reception;
+    std::map<int, PacketContext> packetContexts; ///< by their numbers
     int functionality = noFunctionality;
     QDateTime radioSince; ///< kept where the registration takes its time
     int entryLength = 0;  ///< octets of the PDU that the prompt is open for

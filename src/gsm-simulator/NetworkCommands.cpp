@@ -1,6 +1,8 @@
 #include "gsm-simulator/CommandTable.h"
 #include "gsm-simulator/TextCoding.h"
 
+#include <algorithm>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -10,27 +12,6 @@ namespace simulator {
 namespace {
 
 const AtAnswer badParametersError = equipmentError(EquipmentFailure::badParameters);
-
-AtAnswer registrationState(ModemState &modem, const AtCommand &command, int &reports)
-{
-    if (command.form != Form::Read)
-        return choice(command, reports, {0, 1, 2}, badParametersError);
-    QByteArray line = command.name + ": " + QByteArray::number(reports) + ',' +
-                      QByteArray::number(modem.registration());
-    if (reports == 2 && modem.isRegistered())
-        line += ",\"00A1\",\"0000C3D4\"";
-    return ok(line);
-}
-
-AtAnswer registration(ModemState &modem, const AtCommand &command)
-{
-    return registrationState(modem, command, modem.profile.registrationReports);
-}
-
-AtAnswer packetRegistration(ModemState &modem, const AtCommand &command)
-{
-    return registrationState(modem, command, modem.profile.packetRegistrationReports);
-}
 
 QByteArray operatorName(const Profile &profile)
 {
@@ -93,6 +74,20 @@ AtAnswer signal(ModemState &modem, const AtCommand &command)
     return ok("+CSQ: " + QByteArray::number(modem.settings.signal) + ",99");
 }
 
+/// +CESQ (3GPP TS 27.007, 8.69): the level of a GSM cell begins 3 dB higher, in steps of 1 dB.
+AtAnswer extendedSignal(ModemState &modem, const AtCommand &command)
+{
+    constexpr int unknown = 99;
+    constexpr int maxLevel = 63;
+    if (command.form == Form::Test)
+        return ok("+CESQ: (0-63,99),(0-7,99),(0-96,255),(0-49,255),(0-34,255),(0-97,255)");
+    if (command.form != Form::Execute)
+        return error();
+    const int signal = modem.settings.signal;
+    const int level = signal == unknown ? unknown : std::clamp(2 * signal - 2, 0, maxLevel);
+    return ok("+CESQ: " + QByteArray::number(level) + ",99,255,255,255,255");
+}
+
 AtAnswer battery(ModemState &, const AtCommand &command)
 {
     if (command.form == Form::Test)
@@ -133,6 +128,43 @@ AtAnswer functionality(ModemState &modem, const AtCommand &command)
     return ok();
 }
 
+/// +WS46 (3GPP TS 27.007, 5.9), whose answers have no name in front.
+AtAnswer accessTechnology(ModemState &, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("(12)");
+    if (command.form == Form::Read)
+        return ok("12");
+    return command.form == Form::Set && command.arguments == "12" ? ok() : badParametersError;
+}
+
+/// The list of preferred networks: there are places for it, and the card lets nobody write them.
+AtAnswer preferredNetworks(ModemState &, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok("+CPOL: (1-8),(0-2)");
+    if (command.form == Form::Read)
+        return ok();
+    const auto numbers = numbersOf(command.arguments);
+    const bool setsFormat = numbers && numbers->size() == 2 && numbers->front() < 0 &&
+                            numbers->back() >= 0 && numbers->back() <= 2;
+    return command.form == Form::Set && setsFormat ? ok()
+                                                   : equipmentError(EquipmentFailure::notAllowed);
+}
+
+/// There are no calls.
+AtAnswer currentCalls(ModemState &, const AtCommand &command)
+{
+    return command.form == Form::Test || command.form == Form::Execute ? ok() : error();
+}
+
+AtAnswer errorReport(ModemState &, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok();
+    return command.form == Form::Execute ? ok("+CEER: No report available") : error();
+}
+
 AtAnswer activity(ModemState &, const AtCommand &command)
 {
     if (command.form == Form::Test)
@@ -144,10 +176,17 @@ AtAnswer activity(ModemState &, const AtCommand &command)
 
 CommandEntries networkCommands()
 {
-    return {{"+CREG", registration},    {"+CGREG", packetRegistration},
-            {"+COPS", networkOperator}, {"+CSQ", signal},
-            {"+CBC", battery},          {"+CCLK", clockTime},
-            {"+CFUN", functionality},   {"+CPAS", activity}};
+    return {{"+COPS", networkOperator},
+            {"+CSQ", signal},
+            {"+CBC", battery},
+            {"+CCLK", clockTime},
+            {"+CFUN", functionality},
+            {"+CPAS", activity},
+            {"+CESQ", extendedSignal},
+            {"+WS46", accessTechnology},
+            {"+CPOL", preferredNetworks},
+            {"+CLCC", currentCalls},
+            {"+CEER", errorReport}};
 }
 
 } // namespace simulator

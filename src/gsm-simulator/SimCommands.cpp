@@ -1,4 +1,6 @@
+#include "gsm-simulator/CardFiles.h"
 #include "gsm-simulator/CommandTable.h"
+#include "gsm-simulator/PduDecoder.h"
 
 namespace norvane {
 
@@ -132,14 +134,73 @@ AtAnswer facilityLock(ModemState &modem, const AtCommand &command)
     return ok(modem.sim.asksForPin() ? "+CLCK: 1" : "+CLCK: 0");
 }
 
+/// The card holds no number of its own.
+AtAnswer ownNumbers(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok();
+    if (command.form != Form::Execute)
+        return error();
+    return modem.sim.state() == SimCard::State::Ready ? ok() : lockedAnswer(modem.sim.state());
+}
+
+/// +CRSM (3GPP TS 27.007, 8.18), of which READ BINARY is known.
+AtAnswer restrictedAccess(ModemState &modem, const AtCommand &command)
+{
+    constexpr int readBinary = 176;
+    constexpr int maxOctet = 255;
+    constexpr int unknownInstruction = 0x6D00;
+    if (command.form == Form::Test)
+        return ok();
+    const auto numbers = numbersOf(command.arguments);
+    if (command.form != Form::Set || !numbers || numbers->front() < 0)
+        return equipmentError(EquipmentFailure::badParameters);
+    CardAnswer answer{unknownInstruction, {}};
+    if (numbers->front() == readBinary) {
+        for (std::size_t i = 2; i < numbers->size(); ++i) {
+            if (numbers->at(i) < 0 || numbers->at(i) > maxOctet)
+                return equipmentError(EquipmentFailure::badParameters);
+        }
+        if (numbers->size() != 5)
+            return equipmentError(EquipmentFailure::badParameters);
+        answer = readCardFile(modem, numbers->at(1), numbers->at(2) * 256 + numbers->at(3),
+                              numbers->at(4));
+    }
+    QByteArray line = "+CRSM: " + QByteArray::number(answer.status >> 8) + ',' +
+                      QByteArray::number(answer.status & maxOctet);
+    if (!answer.data.isEmpty())
+        line += ",\"" + answer.data.toHex().toUpper() + '"';
+    return ok(line);
+}
+
+/// +CSIM (3GPP TS 27.007, 8.17): the length tells the digits of the command.
+AtAnswer genericAccess(ModemState &modem, const AtCommand &command)
+{
+    if (command.form == Form::Test)
+        return ok();
+    const std::vector<AtArgument> arguments = splitArguments(command.arguments);
+    if (command.form != Form::Set || arguments.size() != 2)
+        return equipmentError(EquipmentFailure::badParameters);
+    const auto length = numbersOf(arguments.front().text);
+    const QByteArray &digits = arguments.back().text;
+    const auto octets = octetsOfHexadecimal(digits);
+    if (!length || length->front() != digits.size() || !octets)
+        return equipmentError(EquipmentFailure::badParameters);
+    const CardAnswer answer = runCardCommand(modem, *octets);
+    const QByteArray response =
+        (answer.data.toHex() + QByteArray::number(answer.status, 16)).toUpper();
+    return ok("+CSIM: " + QByteArray::number(response.size()) + ",\"" + response + '"');
+}
+
 } // namespace
 
 CommandEntries simCommands()
 {
-    return {{"+CIMI", powered<subscriber>},  {"+CCID", powered<cardNumber>},
-            {"+ICCID", powered<cardNumber>}, {"^ICCID", powered<cardNumber>},
-            {"+CPIN", powered<pin>},         {"+CPINR", powered<triesLeft>},
-            {"+CLCK", powered<facilityLock>}};
+    return {{"+CIMI", powered<subscriber>},    {"+CCID", powered<cardNumber>},
+            {"+ICCID", powered<cardNumber>},   {"^ICCID", powered<cardNumber>},
+            {"+CPIN", powered<pin>},           {"+CPINR", powered<triesLeft>},
+            {"+CLCK", powered<facilityLock>},  {"+CRSM", powered<restrictedAccess>},
+            {"+CSIM", powered<genericAccess>}, {"+CNUM", powered<ownNumbers>}};
 }
 
 } // namespace simulator

@@ -87,6 +87,61 @@ INSTANTIATE_TEST_SUITE_P(
         Exchange{"AT+CFUN=1,2", "ERROR"}, Exchange{"AT+CFUN=1,1,1", "ERROR"}));
 
 INSTANTIATE_TEST_SUITE_P(
+    Services, FreshModem,
+    testing::Values(
+        Exchange{"AT+CESQ", "+CESQ: 38,99,255,255,255,255|OK"}, Exchange{"AT+CESQ?", "ERROR"},
+        Exchange{"AT+WS46?", "12|OK"}, Exchange{"AT+WS46=?", "(12)|OK"},
+        Exchange{"AT+WS46=12", "OK"}, Exchange{"AT+WS46=28", "ERROR"}, Exchange{"AT+CPOL?", "OK"},
+        Exchange{"AT+CPOL=,2", "OK"}, Exchange{"AT+CPOL=,3", "ERROR"},
+        Exchange{"AT+CPOL=1,2,\"00101\"", "ERROR"}, Exchange{"AT+CLCC", "OK"},
+        Exchange{"AT+CEER", "+CEER: No report available|OK"}, Exchange{"AT+CNUM", "OK"},
+        Exchange{"AT+CLIP=1;+CLIP?", "+CLIP: 1,1|OK"}, Exchange{"AT+CLIP=2", "ERROR"},
+        Exchange{"AT+CRC=?", "+CRC: (0,1)|OK"}, Exchange{"AT+CCWA?", "+CCWA: 0|OK"},
+        Exchange{"AT+CUSD=1;+CUSD?", "+CUSD: 1|OK"}, Exchange{"AT+CUSD=1,\"*100#\",15", "ERROR"},
+        Exchange{"AT+CTZU=1;+CTZU?", "+CTZU: 1|OK"}, Exchange{"AT+CTZR=3", "ERROR"},
+        Exchange{"AT+CPLS=?", "+CPLS: (0)|OK"}, Exchange{"AT+IFC?", "+IFC: 2,2|OK"},
+        Exchange{"AT+IFC=?", "+IFC: (0,2),(0,2)|OK"}, Exchange{"AT+IFC=0;+IFC?", "+IFC: 0,2|OK"},
+        Exchange{"AT+IFC=,0;+IFC?", "+IFC: 2,0|OK"}, Exchange{"AT+IFC=1", "ERROR"},
+        Exchange{"AT+IFC=0,0,0", "ERROR"}, Exchange{"AT+IFC", "ERROR"},
+        Exchange{"AT+CGEREP=2;&F;E0;+CGEREP?", "+CGEREP: 0,0|OK"},
+        Exchange{"AT+CMER=3,0,0,1;+CMER?", "+CMER: 3,0,0,1,0|OK"}, Exchange{"AT+CMER=2", "ERROR"},
+        Exchange{"AT+CIND?", "+CIND: 5,4,1,0,0,0,0|OK"}, Exchange{"AT+CIND=1", "ERROR"},
+        Exchange{"AT+CIND=?", "+CIND: (\"battchg\",(0-5)),(\"signal\",(0-5)),(\"service\",(0,1)),"
+                              "(\"message\",(0,1)),(\"call\",(0,1)),(\"roam\",(0,1)),"
+                              "(\"smsfull\",(0,1))|OK"},
+        Exchange{"AT+CGDCONT=?;+CGDCONT?",
+                 "+CGDCONT: (1-3),\"IP\",,,(0),(0)|+CGDCONT: (1-3),\"IPV6\",,,(0),(0)|"
+                 "+CGDCONT: (1-3),\"IPV4V6\",,,(0),(0)|OK"},
+        Exchange{"AT+CGDCONT=2,\"ip\",\"internet\";+CGDCONT?;+CGACT?",
+                 "+CGDCONT: 2,\"IP\",\"internet\",\"\",0,0|+CGACT: 2,0|OK"},
+        Exchange{"AT+CGDCONT=1,\"IPV6\";+CGDCONT=1;+CGDCONT?", "OK"},
+        Exchange{"AT+CGDCONT=4,\"IP\"", "ERROR"}, Exchange{"AT+CGDCONT=1,\"PPP\"", "ERROR"},
+        Exchange{"AT+CGDCONT=", "ERROR"}, Exchange{"AT+CGACT=1,1", "ERROR"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Card, FreshModem,
+    testing::Values(Exchange{"AT+CRSM=176,12258,0,0,10",
+                             "+CRSM: 144,0,\"988812010000000000F5\"|OK"},
+                    Exchange{"AT+CRSM=176,12258,0,8,0", "+CRSM: 144,0,\"00F5\"|OK"},
+                    Exchange{"AT+CRSM=176,12258,0,0,11", "+CRSM: 108,10|OK"},
+                    Exchange{"AT+CRSM=176,12258,0,11,0", "+CRSM: 107,0|OK"},
+                    Exchange{"AT+CRSM=176,28423,0,0,9", "+CRSM: 144,0,\"080910101032547698\"|OK"},
+                    Exchange{"AT+CRSM=176,28589,0,0,4", "+CRSM: 144,0,\"00000002\"|OK"},
+                    Exchange{"AT+CRSM=176,28486,0,0,17", "+CRSM: 106,130|OK"},
+                    Exchange{"AT+CRSM=242", "+CRSM: 109,0|OK"},
+                    Exchange{"AT+CRSM=176,12258", "ERROR"},
+                    Exchange{"AT+CRSM=176,12258,0,256,1", "ERROR"}, Exchange{"AT+CRSM=", "ERROR"},
+                    Exchange{"AT+CSIM=10,\"0020000100\"", "+CSIM: 4,\"63C3\"|OK"},
+                    Exchange{"AT+CSIM=10,\"002C000100\"", "+CSIM: 4,\"63CA\"|OK"},
+                    Exchange{"AT+CSIM=10,\"0020008100\"", "+CSIM: 4,\"6A88\"|OK"},
+                    Exchange{"AT+CSIM=26,\"002000010831323334FFFFFFFF\"", "+CSIM: 4,\"6700\"|OK"},
+                    Exchange{"AT+CSIM=10,\"00A4000400\"", "+CSIM: 4,\"6D00\"|OK"},
+                    Exchange{"AT+CSIM=10,\"A020000100\"", "+CSIM: 4,\"6E00\"|OK"},
+                    Exchange{"AT+CSIM=8,\"00200001\"", "+CSIM: 4,\"6700\"|OK"},
+                    Exchange{"AT+CSIM=8,\"0020000100\"", "ERROR"},
+                    Exchange{"AT+CSIM=2,\"0x\"", "ERROR"}, Exchange{"AT+CSIM=10", "ERROR"}));
+
+INSTANTIATE_TEST_SUITE_P(
     Messages, FreshModem,
     testing::Values(
         Exchange{"AT+CSMS?", "+CSMS: 0,1,1,1|OK"}, Exchange{"AT+CSMS=1", "+CSMS: 1,1,1|OK"},

@@ -72,6 +72,14 @@ TEST_F(Control, setsTheRegistration)
     EXPECT_EQ(modem.submitHello(), "+CMS ERROR: 331");
 }
 
+TEST_F(Control, setsTheSignal)
+{
+    EXPECT_EQ(modem.control("signal 3"), "ok");
+    EXPECT_EQ(modem.ask("AT+CSQ"), "+CSQ: 3,99|OK");
+    EXPECT_EQ(modem.control("signal 99"), "ok");
+    EXPECT_EQ(modem.ask("AT+CSQ"), "+CSQ: 99,99|OK");
+}
+
 TEST_F(Control, whatIsNoCommandIsAnError)
 {
     for (const char *line : {"",
@@ -85,6 +93,9 @@ TEST_F(Control, whatIsNoCommandIsAnError)
                              "raw 00zz",
                              "raw 00",
                              "raw 0100",
+                             "signal",
+                             "signal 32",
+                             "signal 100",
                              "report",
                              "report 1",
                              "report 1 2 3",

@@ -105,6 +105,30 @@ TEST(SimPin, tenWrongUnblockingCodesEndTheCard)
     EXPECT_EQ(modem.ask("AT+CMGS=23"), "+CMS ERROR: 313");
 }
 
+TEST(SimPin, theCardItselfTellsTheTriesThatAreLeft)
+{
+    TalkingModem modem = lockedModem();
+    const QByteArray pin = "AT+CSIM=10,\"0020000100\"";
+    const QByteArray puk = "AT+CSIM=10,\"002C000100\"";
+    modem.ask("AT+CPIN=\"9999\"");
+    EXPECT_EQ(modem.ask(pin), "+CSIM: 4,\"63C2\"|OK");
+    modem.ask("AT+CPIN=\"9999\"");
+    modem.ask("AT+CPIN=\"9999\"");
+    EXPECT_EQ(modem.ask(pin), "+CSIM: 4,\"6983\"|OK");
+    modem.ask("AT+CPIN=\"00000000\",\"1111\"");
+    EXPECT_EQ(modem.ask(puk), "+CSIM: 4,\"63C9\"|OK");
+}
+
+TEST(SimPin, aLockedCardShowsItsNumberAndNotItsSubscriber)
+{
+    TalkingModem modem = lockedModem();
+    EXPECT_EQ(modem.ask("AT+CRSM=176,12258,0,0,2"), "+CRSM: 144,0,\"9888\"|OK");
+    EXPECT_EQ(modem.ask("AT+CRSM=176,28423,0,0,9"), "+CRSM: 105,130|OK");
+    EXPECT_EQ(modem.ask("AT+CNUM"), "+CME ERROR: 11");
+    modem.ask("AT+CPIN=\"1234\"");
+    EXPECT_EQ(modem.ask("AT+CRSM=176,28423,0,0,1"), "+CRSM: 144,0,\"08\"|OK");
+}
+
 TEST(SimPin, aRestartAsksAgainAndKeepsUsedTriesUsed)
 {
     TalkingModem modem = lockedModem();
