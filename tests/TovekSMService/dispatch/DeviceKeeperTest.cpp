@@ -152,6 +152,29 @@ TEST_F(DeviceKeeperTest, settingsThatNoDeviceHasAreWarnedOfWithoutTouchingOne)
     EXPECT_EQ(m_line->openings, 0);
 }
 
+TEST_F(DeviceKeeperTest, eachModeAndProtocolOfTheDialogEndsInADeviceOrInAClearCode)
+{
+    m_state.running = true;
+    for (int mode = 1; mode <= 3; ++mode) {
+        for (int protocol = 1; protocol <= 3; ++protocol) {
+            SCOPED_TRACE(testing::Message() << "mode " << mode << ", protocol " << protocol);
+            DeviceSettings settings = device(u"/dev/fake, 9600"_s, protocol);
+            settings.ConnectionMode = mode;
+            m_events.clear();
+            m_keeper.putInForce(settings, DeviceKeeper::Reopening::Always);
+            keep();
+            const bool works = protocol == 1 && mode != 2;
+            if (works) {
+                EXPECT_TRUE(until([this] { return m_modem->state() == State::Ready; }));
+                m_modem->close();
+            } else {
+                EXPECT_EQ(m_events, QStringList{u"warned %1"_s.arg(ErrorCode::notSupported)});
+                EXPECT_EQ(m_keeper.fault().text.contains("infrared"_L1), protocol == 1);
+            }
+        }
+    }
+}
+
 TEST_F(DeviceKeeperTest, theConditionIsRefreshedBeforeMessages)
 {
     startReady();

@@ -22,6 +22,14 @@ int minutesOf(int value)
     return (value - 192) * week;
 }
 
+TEST(ValidityPeriod, eachValueStandsForTheMinutesOfTheTable)
+{
+    for (int value = 0; value <= 255; ++value) {
+        EXPECT_EQ(validityMinutes(static_cast<quint8>(value)), minutesOf(value)) << value;
+        EXPECT_EQ(relativeValidity(minutesOf(value)), value) << value;
+    }
+}
+
 TEST(ValidityPeriod, nothingIsAskedForZero)
 {
     EXPECT_FALSE(relativeValidity(0));

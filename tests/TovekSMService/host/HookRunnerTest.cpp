@@ -188,8 +188,8 @@ TEST_F(HookRunnerTest, aCommandThatTakesTooLongIsKilledAndTheNextOneRuns)
 
 TEST_F(HookRunnerTest, whatACommandStartedIsKilledWithIt)
 {
-    run(script(u"parent"_s, "\"${0%/*}/block\" &\nwait"));
     blockingScript();
+    run(script(u"parent"_s, "\"${0%/*}/block\" &\nwait"));
     const pid_t child = blocked();
     m_time.pass(HookRunner::limitMs);
     ASSERT_TRUE(hasEnded());

@@ -84,8 +84,10 @@ void AtModem::openLine()
 void AtModem::failToOpen(const LineFailure &failure, const QString &device)
 {
     const bool hasDetail = !failure.detail.isEmpty() && failure.detail != device;
-    fail({failureRule(failure.error).code,
-          hasDetail ? u"%1: %2"_s.arg(device, failure.detail) : device, false});
+    QString text = hasDetail ? u"%1: %2"_s.arg(device, failure.detail) : device;
+    if (failure.error == LineError::HeldByAnother && failure.detail.startsWith("ModemManager"_L1))
+        text += u"; \"ModemManager\" as the parameter would use the device through it"_s;
+    fail({failureRule(failure.error).code, text, false});
 }
 
 /// The device may have come back under another name, and the old one be nobody's or another port's.
