@@ -33,8 +33,9 @@ installation, see README.Debian.")
 # Beside the libraries: the database driver, the toolkit's own texts, the console's font.
 set(CPACK_DEBIAN_MAIN_PACKAGE_DEPENDS "libqt6sql6-sqlite, qt6-translations-l10n, \
 fonts-liberation2 | fonts-liberation, default-dbus-session-bus | dbus-session-bus")
-# What tells the operator that a queue folder is to be chosen.
-set(CPACK_DEBIAN_MAIN_PACKAGE_RECOMMENDS libnotify-bin)
+# What tells the operator that a queue folder is to be chosen, and what owns the devices that no
+# port is spoken to.
+set(CPACK_DEBIAN_MAIN_PACKAGE_RECOMMENDS "libnotify-bin, modemmanager")
 set(CPACK_DEBIAN_MAIN_PACKAGE_SUGGESTS norvane-sms-simulator)
 configure_file(debian/prerm.in debian/prerm @ONLY
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ

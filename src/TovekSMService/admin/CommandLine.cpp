@@ -196,7 +196,7 @@ Noted checkLists(const QCommandLineParser &parser, const CommandLine &commandLin
 
 Noted check(const QCommandLineParser &parser, const CommandLine &commandLine)
 {
-    if (commandLine.device && !parsePortParameter(*commandLine.device))
+    if (commandLine.device && !parseDeviceParameter(*commandLine.device))
         return failed(AdminFailure{u"not a device and a speed: \"%1\""_s.arg(*commandLine.device)});
     for (const Option &option : options) {
         if (const Noted checked = checkCompanions(parser, option); !checked)
