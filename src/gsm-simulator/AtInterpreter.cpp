@@ -228,6 +228,7 @@ void AtInterpreter::closeEntry(Step &step)
     m_entry.clear();
     m_overlong = false;
     if (m_modem.settings.latency.count() > 0 && m_pending->fromNetwork) {
+        m_modem.isSubmitting = true;
         step.pause = m_modem.settings.latency;
         return;
     }
@@ -274,6 +275,7 @@ void AtInterpreter::finishSubmission(Step &step)
 {
     Pending pending = std::move(*m_pending);
     m_pending.reset();
+    m_modem.isSubmitting = false;
     if (pending.fromNetwork)
         m_modem.link.answered(m_modem.settings.clock());
     if (pending.part) {

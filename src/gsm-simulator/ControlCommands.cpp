@@ -124,11 +124,13 @@ ControlCommands::Answer ControlCommands::count(const QByteArray &what) const
 {
     if (what == "sent")
         return QByteArray::number(m_modem.network.acceptedCount());
+    if (what == "submitting")
+        return QByteArray::number(m_modem.isSubmitting ? 1 : 0);
     if (what == "messages")
         return QByteArray::number(m_modem.waitingCount(ServiceCentre::Messages));
     if (what == "reports")
         return QByteArray::number(m_modem.waitingCount(ServiceCentre::Reports));
-    return ControlFault{"sent, messages or reports can be counted"_ba};
+    return ControlFault{"sent, submitting, messages or reports can be counted"_ba};
 }
 
 ControlCommands::Answer ControlCommands::memory(const QByteArray &name)

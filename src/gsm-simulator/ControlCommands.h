@@ -16,7 +16,8 @@ namespace simulator {
 ///   deliver {...}      a message arrives in the network (see DeliverRequest)
 ///   raw HEX            so does this SMS-DELIVER or SMS-STATUS-REPORT, without a service centre
 ///   report N S         a report with the status S on the last message of the reference N
-///   count WHAT         sent: parts accepted; messages, reports: waiting in the network
+///   count WHAT         sent: parts accepted; submitting: parts whose answer is still to come;
+///                      messages, reports: waiting in the network
 ///   memory NAME        places that are taken, and places, of a memory
 ///   registered N       the state of the registration, 0 to 5
 ///   signal N           the signal quality, 0 to 31, or 99 for unknown

@@ -16,20 +16,19 @@ namespace {
 /// Beyond this the client has to read before the modem listens to it again.
 constexpr qsizetype maxUnwritten = 65536;
 
-/// Within its own notification a notifier has to outlive the call.
-void dismiss(std::unique_ptr<QSocketNotifier> &notifier)
+} // namespace
+
+ModemPort::ModemPort(QObject *parent) : QObject(parent) {}
+
+ModemPort::~ModemPort() = default;
+
+void ModemPort::dismiss(std::unique_ptr<QSocketNotifier> &notifier)
 {
     if (!notifier)
         return;
     notifier->setEnabled(false);
     notifier.release()->deleteLater();
 }
-
-} // namespace
-
-ModemPort::ModemPort(QObject *parent) : QObject(parent) {}
-
-ModemPort::~ModemPort() = default;
 
 void ModemPort::attach(int descriptor)
 {
@@ -78,6 +77,12 @@ void ModemPort::readClient()
         Q_EMIT received(QByteArray(buffer.data(), length));
     else if (length == 0 || (errno != EAGAIN && errno != EINTR))
         handleHangUp();
+}
+
+void ModemPort::readToTheEnd()
+{
+    while (m_descriptor >= 0)
+        readClient();
 }
 
 void ModemPort::write(const QByteArray &bytes)

@@ -46,6 +46,9 @@ protected:
     void detach();
     void dropUnwritten();
 
+    /// Reads what is left of a client that has gone, even while the line is stopped.
+    void readToTheEnd();
+
     /// Looks whether there is a client at this moment.
     virtual bool findClient() = 0;
 
@@ -56,6 +59,9 @@ protected:
 
     /// The line has ended at the client's side.
     virtual void handleHangUp() = 0;
+
+    /// Lets a notifier go, which has to outlive the call within its own notification.
+    static void dismiss(std::unique_ptr<QSocketNotifier> &notifier);
 
 private:
     void readClient();

@@ -1,6 +1,9 @@
 #include "gsm-simulator/ModemSocket.h"
 
+#include <QSocketNotifier>
+
 #include <linux/sockios.h>
+#include <sys/epoll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -38,6 +41,19 @@ void ModemSocket::accept()
         return;
     m_listener.setAccepting(false);
     attach(m_client);
+    watchForHangUp();
+}
+
+/// A client may go while the line is stopped and nobody reads: an epoll descriptor of its own is
+/// readable from then on.
+void ModemSocket::watchForHangUp()
+{
+    m_watch = ::epoll_create1(EPOLL_CLOEXEC);
+    epoll_event event{};
+    event.events = EPOLLRDHUP;
+    ::epoll_ctl(m_watch, EPOLL_CTL_ADD, m_client, &event);
+    m_watchNotifier = std::make_unique<QSocketNotifier>(m_watch, QSocketNotifier::Read);
+    connect(m_watchNotifier.get(), &QSocketNotifier::activated, this, &ModemSocket::readToTheEnd);
 }
 
 void ModemSocket::handleHangUp()
@@ -50,9 +66,12 @@ void ModemSocket::handleHangUp()
 void ModemSocket::dropClient()
 {
     detach();
-    if (m_client >= 0)
-        ::close(m_client);
-    m_client = -1;
+    dismiss(m_watchNotifier);
+    for (int *descriptor : {&m_watch, &m_client}) {
+        if (*descriptor >= 0)
+            ::close(*descriptor);
+        *descriptor = -1;
+    }
 }
 
 ssize_t ModemSocket::writeSome(int descriptor, const QByteArray &bytes)

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <memory>
+
 namespace norvane {
 
 namespace simulator {
@@ -34,10 +36,13 @@ protected:
 
 private:
     void accept();
+    void watchForHangUp();
     void dropClient();
 
     SocketListener m_listener;
     int m_client = -1;
+    int m_watch = -1;
+    std::unique_ptr<QSocketNotifier> m_watchNotifier;
 };
 
 } // namespace simulator

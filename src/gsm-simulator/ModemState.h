@@ -135,8 +135,9 @@ struct ModemState
     Reception reception;
     std::map<int, PacketContext> packetContexts; ///< by their numbers
     int functionality = noFunctionality;
-    QDateTime radioSince; ///< kept where the registration takes its time
-    int entryLength = 0;  ///< octets of the PDU that the prompt is open for
+    QDateTime radioSince;      ///< kept where the registration takes its time
+    bool isSubmitting = false; ///< a submission's answer is still to come
+    int entryLength = 0;       ///< octets of the PDU that the prompt is open for
     /// +CNMA: what the PDU acknowledges that the prompt is open for; nothing for +CMGS
     std::optional<Reception::Acknowledgement> entryAcknowledges;
     Address entryAddress; ///< +CMGS: the recipient of the text that the prompt is open for

@@ -24,6 +24,18 @@ TEST(Latency, theAnswerComesWhenThePauseHasPassed)
     EXPECT_EQ(modem.accepted.size(), 1U);
 }
 
+TEST(ModemBehaviour, tellsThatAnAnswerIsStillToCome)
+{
+    ModemSettings settings;
+    settings.latency = milliseconds(250);
+    TalkingModem modem(settings);
+    EXPECT_EQ(modem.control("count submitting"), "ok 0");
+    modem.submitHello();
+    EXPECT_EQ(modem.control("count submitting"), "ok 1");
+    modem.resume();
+    EXPECT_EQ(modem.control("count submitting"), "ok 0");
+}
+
 TEST(Latency, whatIsWrittenMeanwhileIsReadAfterTheAnswer)
 {
     ModemSettings settings;

@@ -160,6 +160,29 @@ TEST_F(ModemSocketTest, aStoppedLineTakesNothingUntilItGoesOn)
     EXPECT_TRUE(waitForBytes(2));
 }
 
+TEST_F(ModemSocketTest, aClientMayGoWhileTheLineIsStopped)
+{
+    ASSERT_EQ(socket.open(path()), QString());
+    auto first = std::make_unique<PortClient>(path());
+    first->write("x");
+    ASSERT_TRUE(waitForBytes(1));
+    socket.setReading(false);
+    first->write("last");
+    QSignalSpy abandoned(&socket, &ModemPort::abandoned);
+    first.reset();
+    ASSERT_TRUE(waitUntil([&] { return abandoned.count() == 1; }));
+    EXPECT_EQ(received, "xlast");
+    PortClient second(path());
+    second.write("y");
+    for (int i = 0; i < 100; ++i)
+        QCoreApplication::processEvents();
+    EXPECT_EQ(received, "xlast");
+    socket.write("served\r");
+    EXPECT_EQ(second.readUntil("\r"), "served\r");
+    socket.setReading(true);
+    EXPECT_TRUE(waitForBytes(6));
+}
+
 TEST(SimulatorOnASocket, keepsItsStateFromClientToClient)
 {
     RunningSimulator simulator({u"--pin"_s, u"1234"_s}, onSocket);

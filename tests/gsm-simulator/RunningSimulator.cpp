@@ -46,19 +46,32 @@ int openPort(const QByteArray &name)
 } // namespace
 
 RunningSimulator::RunningSimulator(const QStringList &options, Port port)
+    : m_port(port == Port::Terminal ? link() : socketPath())
 {
-    const QString path = port == Port::Terminal ? link() : socketPath();
     m_process.setProgram(QStringLiteral(NORVANE_BIN_DIR "/gsm-simulator"));
-    m_process.setArguments(QStringList{port == Port::Terminal ? u"--link"_s : u"--socket"_s, path,
+    m_process.setArguments(QStringList{port == Port::Terminal ? u"--link"_s : u"--socket"_s, m_port,
                                        u"--log"_s, logPath(), u"--control"_s, controlPath()} +
                            options);
+    start();
+}
+
+void RunningSimulator::start()
+{
     m_process.start();
     const QDeadlineTimer deadline(hangMs);
     while (!m_process.canReadLine() && !deadline.hasExpired()) {
         if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
             break;
     }
-    m_ready = m_process.readLine() == "ready " + path.toLocal8Bit() + '\n';
+    m_ready = m_process.readLine() == "ready " + m_port.toLocal8Bit() + '\n';
+}
+
+bool RunningSimulator::restart()
+{
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(hangMs))
+        return false;
+    start();
+    return m_ready;
 }
 
 RunningSimulator::~RunningSimulator()

@@ -23,6 +23,9 @@ public:
     explicit RunningSimulator(const QStringList &options = {}, Port port = Port::Terminal);
     ~RunningSimulator();
 
+    /// Starts it again where it was, with the same options, when it has ended.
+    bool restart();
+
     bool isReady() const { return m_ready; }
     QString link() const { return m_folder.filePath(u"port"_s); }
     QString socketPath() const { return m_folder.filePath(u"socket"_s); }
@@ -35,7 +38,10 @@ public:
     QList<QJsonObject> messages() const;
 
 private:
+    void start();
+
     QTemporaryDir m_folder;
+    QString m_port;
     QProcess m_process;
     bool m_ready = false;
 };
