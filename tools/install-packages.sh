@@ -21,8 +21,9 @@ packages=(
 packages_of_tests=(
     # the bus that a screen reader asks over
     at-spi2-core
-    # a general modem tool as an independent judge of the simulated modem
-    gammu
+    # general modem tools as independent judges of the simulated modem; the second one is what the
+    # engine sends through where it is asked to
+    gammu modemmanager
     # judges of what the package brings to the desktop
     desktop-file-utils appstream
 )

@@ -1,6 +1,6 @@
 #include "TovekSMService/admin/CommandLine.h"
 
-#include "TovekSMService/modem/at/PortParameter.h"
+#include "TovekSMService/modem/device/DeviceParameter.h"
 
 #include <QCommandLineParser>
 

@@ -79,6 +79,7 @@ ManagedMailbox::ManagedMailbox(const ModemTimings &timings, std::function<void()
 {
     QObject::connect(&m_again, &Timer::timeout, &m_again, [this] {
         m_toRead += std::exchange(m_later, {});
+        m_toDelete += std::exchange(m_toDeleteLater, {});
         setDue();
     });
 }
@@ -126,6 +127,7 @@ void ManagedMailbox::reset()
     m_toRead.clear();
     m_later.clear();
     m_toDelete.clear();
+    m_toDeleteLater.clear();
     m_kept.clear();
     m_isDue = false;
     m_read = nullptr;
@@ -179,17 +181,29 @@ void ManagedMailbox::step()
 
 void ManagedMailbox::deleteNext()
 {
-    const QString message = QString::fromUtf8(m_toDelete.takeFirst().memory);
+    const Arrival arrival = m_toDelete.takeFirst();
+    const QString message = QString::fromUtf8(arrival.memory);
     m_bus->call(m_device, Manager::messaging, u"Delete"_s,
                 {QVariant::fromValue(QDBusObjectPath(message))}, m_timings.slowCommandMs,
-                [this, message](const QDBusMessage &reply) {
-                    if (reply.type() == QDBusMessage::ErrorMessage) {
-                        qCWarning(logDevice).noquote() << "the modem manager doesn't delete"
-                                                       << message << ':' << reply.errorMessage();
-                        m_kept.insert(message);
-                    }
+                [this, arrival](const QDBusMessage &reply) {
+                    if (reply.type() == QDBusMessage::ErrorMessage)
+                        onNotDeleted(arrival, reply);
                     step();
                 });
+}
+
+/// While it reads what came, the manager deletes nothing.
+void ManagedMailbox::onNotDeleted(const Arrival &arrival, const QDBusMessage &error)
+{
+    if (error.errorName() == Manager::errors + "Core.Retry"_L1) {
+        m_toDeleteLater.append(arrival);
+        m_again.start(m_timings.simPollMs);
+        return;
+    }
+    const QString message = QString::fromUtf8(arrival.memory);
+    qCWarning(logDevice).noquote() << "the modem manager doesn't delete" << message << ':'
+                                   << error.errorName() << error.errorMessage();
+    m_kept.insert(message);
 }
 
 void ManagedMailbox::readNext()

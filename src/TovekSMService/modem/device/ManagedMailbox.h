@@ -46,6 +46,7 @@ private:
     void setDue();
     void step();
     void deleteNext();
+    void onNotDeleted(const Arrival &arrival, const QDBusMessage &error);
     void readNext();
     void endTurn();
 
@@ -57,6 +58,7 @@ private:
     QList<QString> m_toRead;
     QList<QString> m_later; ///< that could not be read or stored
     QList<Arrival> m_toDelete;
+    QList<Arrival> m_toDeleteLater;
     QSet<QString> m_kept; ///< read already, and the manager won't delete them
     bool m_isDue = false;
     Read m_read;
