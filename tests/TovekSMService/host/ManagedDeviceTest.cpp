@@ -352,6 +352,19 @@ TEST_F(ManagedDeviceProcess, aDeviceThatAnotherProgramKeepsForItselfComesBackByI
     EXPECT_TRUE(hears(u"DeviceInfo "_s)) << qPrintable(m_listener->heard.join(u'\n'));
 }
 
+TEST_F(ManagedDeviceProcess, aDeviceThatAnotherProgramSwitchesOffIsSwitchedOnAgain)
+{
+    beginReady();
+    m_listener->heard.clear();
+    QDBusMessage off = QDBusMessage::createMethodCall(
+        Manager::service, s_daemon->modemPath(m_names.constLast()), Manager::modem, u"Enable"_s);
+    off << false;
+    EXPECT_EQ(s_daemon->connection().call(off, QDBus::Block, hangMs).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(hears(u"WarningError -5"_s)) << qPrintable(m_listener->heard.join(u'\n'));
+    EXPECT_TRUE(hears(u"DeviceInfo "_s)) << qPrintable(m_listener->heard.join(u'\n'));
+}
+
 TEST_F(ManagedDeviceProcess, anAccountThatMayNotUseTheDeviceIsToldSo)
 {
     plugInManaged();

@@ -168,6 +168,8 @@ void ManagedModem::onPropertiesChanged(const QString &path, const QString &inter
         look();
     else if (state == Manager::ModemState::Failed || state == Manager::ModemState::Locked)
         onLost(u"the SIM or the device has changed"_s);
+    else if (state == Manager::ModemState::Disabled)
+        onLost(u"another program has switched the device off"_s);
 }
 
 void ManagedModem::onLost(const QString &text)
