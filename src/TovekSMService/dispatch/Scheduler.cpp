@@ -65,6 +65,8 @@ std::variant<LeavingMessage, qint32> Scheduler::encoded(const StoredMessage &mes
     if (!parts)
         return errorCode(parts.error());
     const bool isWhole = m_unit() == Modem::Unit::Message;
+    if (isWhole && message.partsSent > 0) // another device sent some of it
+        return ErrorCode::noRespond;
     return LeavingMessage{message, isWhole ? QList{wholeOf(message, *parts)} : *parts, {}};
 }
 

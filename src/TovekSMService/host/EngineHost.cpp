@@ -34,6 +34,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A connection that is made anew where an earlier one has ended, as the shared one isn't.
+QDBusConnection connectToSystemBus()
+{
+    const QString name = u"modem manager"_s;
+    QDBusConnection::disconnectFromBus(name);
+    return QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
+}
+
 bool otherEngineIsOnBus()
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
@@ -113,8 +121,8 @@ void EngineHost::makeParts(const QString &storeFile)
         std::make_unique<AtModem>(
             std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
             [] { return SerialDevices::serialPorts(); }, m_clock.time()),
-        std::make_unique<ManagedModem>([] { return QDBusConnection::systemBus(); }, *m_pinGate,
-                                       settings.modemTimings(), m_clock.time()));
+        std::make_unique<ManagedModem>(connectToSystemBus, *m_pinGate, settings.modemTimings(),
+                                       m_clock.time()));
     const RetryPolicy retries([] { return QRandomGenerator::global()->generateDouble(); },
                               settings.retryTimes());
     m_dispatcher = std::make_unique<Dispatcher>(*m_store, *m_modem, m_clock, retries,

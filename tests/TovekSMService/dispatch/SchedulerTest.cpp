@@ -210,6 +210,17 @@ TEST_F(SchedulerTest, aMessageThatGoesAsAWholeCountsAsManyPartsAsItHas)
     EXPECT_TRUE(given(m_scheduler->limitsAllow(3)));
 }
 
+TEST_F(SchedulerTest, aMessageThatAnotherDeviceSentInPartIsNotSentAgainAsAWhole)
+{
+    m_unit = Modem::Unit::Message;
+    makeScheduler();
+    StoredMessage begun = message(noon(), u"600"_s, QString(400, u'a'));
+    begun.partsSent = 1;
+    EXPECT_EQ(codeOf(begun), ErrorCode::noRespond);
+    begun.partsSent = 0;
+    EXPECT_EQ(codeOf(begun), 0);
+}
+
 TEST_F(SchedulerTest, aMessageOfMorePartsThanAreEverAllowedLeavesBehindNone)
 {
     m_settings.partsPerDay = 2;

@@ -378,6 +378,19 @@ TEST_F(ManagedDeviceProcess, anAccountThatMayNotUseTheDeviceIsToldSo)
                     .contains(u"doesn't let this account use the device"_s));
 }
 
+TEST_F(ManagedDeviceProcess, aPinIsNotUsedUpByAnAccountThatMayNotGiveIt)
+{
+    plugInManaged({u"--pin"_s, u"4711"_s});
+    s_daemon->setPermission(ModemManagerDaemon::Permission::Denied);
+    startHeard();
+    useManaged(u"4711"_s);
+    call("StartEngine");
+    ASSERT_TRUE(hears(u"WarningError -5"_s)) << qPrintable(m_listener->heard.join(u'\n'));
+    s_daemon->setPermission(ModemManagerDaemon::Permission::Granted);
+    useManaged(u"4711"_s);
+    EXPECT_TRUE(hears(u"DeviceInfo "_s)) << qPrintable(m_listener->heard.join(u'\n'));
+}
+
 TEST_F(ManagedDeviceProcess, aMachineWithoutAModemManagerIsToldSo)
 {
     ASSERT_TRUE(s_daemon->kill());

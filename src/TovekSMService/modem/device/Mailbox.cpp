@@ -241,6 +241,7 @@ void Mailbox::deleteOne(const Place &place)
 {
     select(place.first, [this, place](bool selected) {
         if (!selected) {
+            retryLater();
             step();
             return;
         }
@@ -267,6 +268,7 @@ void Mailbox::deleteRead(const QList<Arrival> &listed)
                                    return listed.contains(arrival);
                                });
                                m_deleted = listed;
+                               m_toList.append(listed.constFirst().memory); // is it empty?
                            }
                            step();
                        });
@@ -364,7 +366,9 @@ void Mailbox::onListed(const QByteArray &memory, int used, const AtAnswer &answe
     const MailListing listing = MailListing::of(answer.lines, "+CMGL", memory, -1);
     take(listing);
     const bool isLong = answer.lines.size() >= fullListing;
-    if (!answer.isOk())
+    if (answer.end == AtAnswer::End::Final && !answer.isOk())
+        m_again.start(m_timings.mailPollMs); // it may always refuse
+    else if (!answer.isOk())
         retryLater();
     else if (isLong && !m_arrivals.isEmpty())
         m_toList.append(memory);

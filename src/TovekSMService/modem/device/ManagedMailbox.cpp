@@ -71,11 +71,18 @@ std::optional<StatusReportPdu> reportOf(const QVariantMap &properties)
     return report;
 }
 
+bool isReceivedReport(const QVariantMap &properties)
+{
+    return properties.value(u"State"_s).toInt() == static_cast<int>(Manager::SmsState::Received) &&
+           properties.value(u"PduType"_s).toInt() ==
+               static_cast<int>(Manager::PduType::StatusReport);
+}
+
 } // namespace
 
 ManagedMailbox::ManagedMailbox(const ModemTimings &timings, std::function<void()> due,
                                TimeSource &time)
-    : m_timings(timings), m_due(std::move(due)), m_again(time)
+    : m_timings(timings), m_due(std::move(due)), m_again(time), m_deleteAgain(time)
 {
     QObject::connect(&m_again, &Timer::timeout, &m_again, [this] {
         m_toRead += std::exchange(m_later, {});
@@ -110,18 +117,30 @@ void ManagedMailbox::setUp(ManagerBus &bus, const QString &device)
     reset();
     m_bus = &bus;
     m_device = device;
-    bus.call(device, Manager::messaging, u"List"_s, {}, m_timings.slowCommandMs,
-             [this](const QDBusMessage &reply) {
-                 const auto messages =
-                     qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().value(0));
-                 for (const QDBusObjectPath &message : messages)
-                     note(message.path());
-             });
+    list();
+}
+
+void ManagedMailbox::list()
+{
+    m_bus->call(m_device, Manager::messaging, u"List"_s, {}, m_timings.slowCommandMs,
+                [this](const QDBusMessage &reply) {
+                    if (reply.type() == QDBusMessage::ErrorMessage) {
+                        m_isListDue = true;
+                        m_again.start(m_timings.mailAgainMs);
+                    }
+                    const auto messages =
+                        qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().value(0));
+                    for (const QDBusObjectPath &message : messages)
+                        note(message.path());
+                });
 }
 
 void ManagedMailbox::reset()
 {
     m_again.stop();
+    m_deleteAgain.stop();
+    m_isListDue = false;
+    m_known.clear();
     m_bus = nullptr;
     m_device.clear();
     m_toRead.clear();
@@ -138,8 +157,15 @@ void ManagedMailbox::note(const QString &message)
 {
     if (m_bus == nullptr || m_toRead.contains(message) || m_kept.contains(message))
         return;
+    m_known.insert(message);
     m_toRead.append(message);
     setDue();
+}
+
+void ManagedMailbox::noteComplete(const QString &message)
+{
+    if (m_known.contains(message))
+        note(message);
 }
 
 void ManagedMailbox::setDue()
@@ -197,7 +223,7 @@ void ManagedMailbox::onNotDeleted(const Arrival &arrival, const QDBusMessage &er
 {
     if (error.errorName() == Manager::errors + "Core.Retry"_L1) {
         m_toDeleteLater.append(arrival);
-        m_again.start(m_timings.simPollMs);
+        m_deleteAgain.start(m_timings.simPollMs);
         return;
     }
     const QString message = QString::fromUtf8(arrival.memory);
@@ -219,6 +245,8 @@ void ManagedMailbox::readNext()
                     const auto properties = qdbus_cast<QVariantMap>(reply.arguments().value(0));
                     if (const auto arrival = arrivalOf(message, properties))
                         m_arrivals.append(*arrival);
+                    else if (isReceivedReport(properties))
+                        m_toDelete.append({{}, message.toUtf8(), 0, {}}); // it says nothing
                     step();
                 });
 }

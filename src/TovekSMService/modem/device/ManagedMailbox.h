@@ -29,8 +29,10 @@ public:
     void setUp(ManagerBus &bus, const QString &device);
     void reset();
 
-    /// A message came, or has changed: its last part may have come.
+    /// A message came.
     void note(const QString &message);
+    /// The last part of a message came, perhaps of another device's.
+    void noteComplete(const QString &message);
     bool isDue() const { return m_isDue; }
     /// Deletes what is stored, and reads some of what waits.
     void work(Read read);
@@ -43,6 +45,7 @@ public:
     static std::optional<Arrival> arrivalOf(const QString &message, const QVariantMap &properties);
 
 private:
+    void list();
     void setDue();
     void step();
     void deleteNext();
@@ -52,9 +55,12 @@ private:
 
     const ModemTimings m_timings;
     const std::function<void()> m_due;
-    Timer m_again; ///< until what could not be stored is looked at again
+    Timer m_again;       ///< until what could not be stored or read is looked at again
+    Timer m_deleteAgain; ///< until what could not be deleted is tried again
+    bool m_isListDue = false;
     ManagerBus *m_bus = nullptr;
     QString m_device;
+    QSet<QString> m_known; ///< messages of this device
     QList<QString> m_toRead;
     QList<QString> m_later; ///< that could not be read or stored
     QList<Arrival> m_toDelete;

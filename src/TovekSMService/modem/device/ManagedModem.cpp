@@ -99,11 +99,32 @@ void ManagedModem::look()
     m_poll.stop();
     if (m_state != State::Initialising || std::exchange(m_isLooking, true))
         return;
-    m_bus->askObjects(m_timings.slowCommandMs,
-                      [this](const ManagedObjects &objects, const QDBusMessage &error) {
-                          m_isLooking = false;
-                          onObjects(objects, error);
-                      });
+    askObjects([this](const ManagedObjects &objects, const QDBusMessage &error) {
+        m_isLooking = false;
+        onObjects(objects, error);
+    });
+}
+
+/// The SIM of a device is no object among the others and is asked for by itself.
+void ManagedModem::askObjects(const ObjectsDone &done)
+{
+    m_bus->askObjects(m_timings.slowCommandMs, [this, done](const ManagedObjects &objects,
+                                                            const QDBusMessage &error) {
+        const auto device = ManagedDevice::find(objects, m_parameter.imei);
+        const QString sim = device ? device->simPath() : QString();
+        if (sim.size() < 2) { // "/" is for none
+            done(objects, error);
+            return;
+        }
+        m_bus->call(sim, Manager::properties, u"GetAll"_s, {QString(Manager::sim)},
+                    m_timings.commandMs, [objects, sim, done](const QDBusMessage &reply) {
+                        ManagedObjects all = objects;
+                        if (reply.type() == QDBusMessage::ReplyMessage)
+                            all[QDBusObjectPath(sim)][Manager::sim] =
+                                qdbus_cast<QVariantMap>(reply.arguments().value(0));
+                        done(all, {});
+                    });
+    });
 }
 
 void ManagedModem::onObjects(const ManagedObjects &objects, const QDBusMessage &error)
@@ -148,6 +169,7 @@ void ManagedModem::becomeReady(const ManagedDevice &device)
     m_initialisationLimit.stop();
     m_poll.stop();
     m_details = device.details();
+    m_isRegistered = device.isRegistered();
     m_mailbox.setUp(*m_bus, m_device);
     m_state = State::Ready;
     Q_EMIT ready(m_details);
@@ -158,18 +180,17 @@ void ManagedModem::onPropertiesChanged(const QString &path, const QString &inter
 {
     if (interface == Manager::sms && changed.contains(u"State"_s)) {
         if (changed.value(u"State"_s).toInt() == static_cast<int>(Manager::SmsState::Received))
-            m_mailbox.note(path);
+            m_mailbox.noteComplete(path);
         return;
     }
     if (path != m_device || interface != Manager::modem || !changed.contains(u"State"_s))
         return;
     const auto state = static_cast<Manager::ModemState>(changed.value(u"State"_s).toInt());
+    m_isRegistered = state >= Manager::ModemState::Registered;
     if (m_state == State::Initialising)
         look();
-    else if (state == Manager::ModemState::Failed || state == Manager::ModemState::Locked)
-        onLost(u"the SIM or the device has changed"_s);
-    else if (state == Manager::ModemState::Disabled)
-        onLost(u"another program has switched the device off"_s);
+    else if (state <= Manager::ModemState::Disabling)
+        onLost(u"the device was switched off or has changed"_s);
 }
 
 void ManagedModem::onLost(const QString &text)
@@ -180,8 +201,11 @@ void ManagedModem::onLost(const QString &text)
         m_bus->forgetCalls();
         m_poll.start(m_timings.simPollMs);
     } else if (isInUse()) {
+        // Nothing else is to begin on the news of what was under way.
+        m_state = State::Opening;
+        const quint64 opening = m_opening;
         m_submission.stop(text);
-        if (isInUse()) // whoever heard it may have closed the modem
+        if (m_state == State::Opening && m_opening == opening)
             fail({ErrorCode::portClosed, text, false});
     }
 }
@@ -195,16 +219,24 @@ void ManagedModem::onLate()
         fail({ErrorCode::phoneInit, u"the device isn't ready within its time"_s, false});
 }
 
+void ManagedModem::refuse(const SendFailure &failure)
+{
+    QMetaObject::invokeMethod(
+        this, [this, failure] { Q_EMIT partFailed(failure); }, Qt::QueuedConnection);
+}
+
 void ManagedModem::send(const SubmitPart &part, Followers)
 {
     if (m_state != State::Ready || !part.whole) {
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                Q_EMIT partFailed({SendProblem::NotSent, -1, u"the modem isn't ready"_s,
-                                   failureRule(SendProblem::NotSent), false});
-            },
-            Qt::QueuedConnection);
+        refuse({SendProblem::NotSent, -1, u"the modem isn't ready"_s,
+                failureRule(SendProblem::NotSent), false});
+        return;
+    }
+    // A failure of the first of several parts would look like one in the middle.
+    if (!m_isRegistered && part.count() > 1) {
+        constexpr int noNetwork = 331; // 3GPP TS 27.005, 3.2.5
+        refuse({SendProblem::CmsError, noNetwork, u"no network"_s,
+                failureRule(FailureSpace::Cms, noNetwork), false});
         return;
     }
     m_state = State::Busy;
@@ -221,7 +253,8 @@ void ManagedModem::onSubmitted(const ManagedSubmission::Outcome &outcome)
         m_refusals.add(m_details.simId);
         m_asksForReport = false;
     }
-    m_state = State::Ready;
+    if (m_state == State::Busy)
+        m_state = State::Ready;
     if (outcome.isAccepted)
         Q_EMIT partAccepted(outcome.reference,
                             m_asksForReport ? ReportRequest::Asked : ReportRequest::None);
@@ -233,12 +266,11 @@ void ManagedModem::onSubmitted(const ManagedSubmission::Outcome &outcome)
 void ManagedModem::askDevice(const std::function<void(const std::optional<ManagedDevice> &)> &then)
 {
     m_state = State::Busy;
-    m_bus->askObjects(
-        m_timings.slowCommandMs, [this, then](const ManagedObjects &objects, const QDBusMessage &) {
-            m_state = State::Ready;
-            const bool isThere = objects.contains(QDBusObjectPath(m_device));
-            then(isThere ? std::optional(ManagedDevice(m_device, objects)) : std::nullopt);
-        });
+    askObjects([this, then](const ManagedObjects &objects, const QDBusMessage &) {
+        m_state = State::Ready;
+        const bool isThere = objects.contains(QDBusObjectPath(m_device));
+        then(isThere ? std::optional(ManagedDevice(m_device, objects)) : std::nullopt);
+    });
 }
 
 void ManagedModem::refreshDetails()

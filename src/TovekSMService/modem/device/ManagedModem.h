@@ -55,9 +55,12 @@ public:
     void test() override;
 
 private:
+    using ObjectsDone = std::function<void(const ManagedObjects &, const QDBusMessage &error)>;
+
     void begin();
     void connectBus();
     void look();
+    void askObjects(const ObjectsDone &done);
     void onObjects(const ManagedObjects &objects, const QDBusMessage &error);
     void onMissing();
     void becomeReady(const ManagedDevice &device);
@@ -65,6 +68,7 @@ private:
                              const QVariantMap &changed);
     void onLost(const QString &text);
     void onLate();
+    void refuse(const SendFailure &failure);
     void onSubmitted(const ManagedSubmission::Outcome &outcome);
     void askDevice(const std::function<void(const std::optional<ManagedDevice> &)> &then);
     void onTested(const std::optional<ManagedDevice> &device);
@@ -89,6 +93,7 @@ private:
     QString m_device; ///< its path
     DeviceDetails m_details;
     bool m_isLooking = false;
+    bool m_isRegistered = false; ///< the network has taken the device in
     bool m_isTesting = false;
     bool m_asksForReport = false; ///< of the message that is being sent
     /// Counts the openings, so that a postponed step can be told from a later opening's.

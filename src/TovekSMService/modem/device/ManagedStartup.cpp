@@ -53,7 +53,8 @@ ManagedStartup::Outcome ManagedStartup::advance(ManagerBus &bus, const ManagedDe
 {
     if (m_refusal)
         return failed(*m_refusal);
-    if (device.state() == Manager::ModemState::Failed && device.lock() != Manager::Lock::SimPuk)
+    if (device.state() == Manager::ModemState::Failed && !m_unlock.awaitsPinOutcome() &&
+        device.lock() != Manager::Lock::SimPuk)
         return failed(failureOf(device.failedReason()));
     const auto step = m_unlock.advance(bus, device);
     if (!step)

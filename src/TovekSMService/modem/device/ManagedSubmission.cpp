@@ -143,7 +143,7 @@ void ManagedSubmission::finish(const Outcome &outcome)
 
 void ManagedSubmission::fail(const SendFailure &failure)
 {
-    finish({false, -1, failure, false});
+    finish({false, -1, failure, m_isReportRefused});
 }
 
 } // namespace norvane

@@ -30,13 +30,23 @@ void ManagedUnlock::stop()
     m_pin.clear();
     m_isAttempted = false;
     m_refusal.reset();
+    m_isPermitted = false;
+    m_isAsking = false;
 }
 
 ManagedUnlock::Outcome ManagedUnlock::advance(ManagerBus &bus, const ManagedDevice &device)
 {
     using Manager::Lock;
-    if (m_refusal)
-        return refuse(m_refusal->code, m_refusal->text);
+    if (m_refusal) {
+        if (std::exchange(m_isAttempted, false))
+            m_gate.refused(m_sim, m_pin);
+        return failed(*m_refusal);
+    }
+    if (m_isAttempted && device.imei() != m_sim.imei) {
+        if (!m_deadline.hasExpired())
+            return Step::Wait;
+        return failed(ModemFailure{ErrorCode::portClosed, u"the device has gone"_s, false});
+    }
     switch (device.lock()) {
     case Lock::Unknown:
         return Step::Wait;
@@ -76,13 +86,15 @@ ManagedUnlock::Outcome ManagedUnlock::onPinAsked(ManagerBus &bus, const ManagedD
 ManagedUnlock::Outcome ManagedUnlock::decide(ManagerBus &bus, const ManagedDevice &device)
 {
     m_sim = {device.iccid(), device.imei()};
-    const bool isSettled = device.state() == Manager::ModemState::Locked;
+    const bool isSettled = device.state() == Manager::ModemState::Locked && device.hasSimFacts();
     if (!isSettled || m_sim.name().isEmpty()) {
         if (!m_deadline.hasExpired())
             return Step::Wait;
         return failed(ModemFailure{ErrorCode::simCommunication,
                                    u"neither the SIM nor the device tells its number"_s, false});
     }
+    if (!m_isPermitted)
+        return askPermission(bus, device.path());
     switch (m_gate.mayTry(m_sim, m_pin, device.pinTries())) {
     case PinGate::Decision::Try:
         tryPin(bus, device.simPath());
@@ -102,9 +114,28 @@ ManagedUnlock::Outcome ManagedUnlock::decide(ManagerBus &bus, const ManagedDevic
                                false});
 }
 
+/// A PIN that the manager doesn't hand on for want of a right would stay on record as tried. The
+/// same right is asked for by a call that a locked device only refuses.
+ManagedUnlock::Outcome ManagedUnlock::askPermission(ManagerBus &bus, const QString &device)
+{
+    if (std::exchange(m_isAsking, true))
+        return Step::Wait;
+    bus.call(device, Manager::modem, u"Enable"_s, {true}, m_timings.slowCommandMs,
+             [this](const QDBusMessage &reply) {
+                 m_isAsking = false;
+                 if (ManagerFailures::isDenied(reply))
+                     m_refusal = ManagerFailures::ofDevice(reply);
+                 else
+                     m_isPermitted = true;
+                 m_looked();
+             });
+    return Step::Wait;
+}
+
 void ManagedUnlock::tryPin(ManagerBus &bus, const QString &sim)
 {
     m_isAttempted = true;
+    m_deadline.setRemainingTime(m_timings.slowCommandMs + m_timings.simReadyMs);
     bus.call(sim, Manager::sim, u"SendPin"_s, {m_pin}, m_timings.slowCommandMs,
              [this](const QDBusMessage &reply) { onAnswered(reply); });
 }

@@ -27,7 +27,7 @@ public:
     void stop();
 
     /// A PIN has left, and what became of it isn't known yet.
-    bool awaitsPinOutcome() const { return m_isAttempted; }
+    bool awaitsPinOutcome() const { return m_isAttempted && !m_deadline.hasExpired(); }
 
     enum class Step { Open, Wait };
     /// What the SIM's lock asks for, by what the device shows now; a PIN may leave in the course.
@@ -37,6 +37,7 @@ private:
     using Outcome = Result<Step, ModemFailure>;
 
     Outcome onPinAsked(ManagerBus &bus, const ManagedDevice &device);
+    Outcome askPermission(ManagerBus &bus, const QString &device);
     Outcome decide(ManagerBus &bus, const ManagedDevice &device);
     void tryPin(ManagerBus &bus, const QString &sim);
     void onAnswered(const QDBusMessage &reply);
@@ -49,7 +50,9 @@ private:
     QString m_pin;
     SimIdentity m_sim; ///< on which the PIN is tried
     bool m_isAttempted = false;
-    std::optional<ModemFailure> m_refusal; ///< the answer to the PIN
+    std::optional<ModemFailure> m_refusal; ///< the answer to the PIN, or to the wish to give one
+    bool m_isPermitted = false;            ///< the account may unlock SIMs
+    bool m_isAsking = false;               ///< for that
     Deadline m_deadline;
 };
 

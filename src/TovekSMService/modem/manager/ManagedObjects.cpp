@@ -5,6 +5,7 @@
 #include <QDBusArgument>
 
 #include <algorithm>
+#include <tuple>
 
 namespace norvane {
 
@@ -48,7 +49,8 @@ std::optional<ManagedDevice> ManagedDevice::find(const ManagedObjects &objects, 
             continue;
         // One that can send goes before one that may never.
         const auto rank = [](const ManagedDevice &each) {
-            return std::pair(!each.canSend(), numberOf(each.path()));
+            return std::tuple(each.state() == Manager::ModemState::Failed, !each.canSend(),
+                              numberOf(each.path()));
         };
         if (!found || rank(device) < rank(*found))
             found = device;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TovekSMService/modem/at/ModemTypes.h"
+#include "TovekSMService/modem/manager/ManagerNames.h"
 #include "TovekSMService/modem/manager/ManagerStates.h"
 
 #include <QDBusObjectPath>
@@ -38,6 +39,8 @@ public:
     /// Tries that the SIM has left for its PIN, if the manager knows.
     std::optional<int> pinTries() const;
     QString simPath() const;
+    /// Whether the SIM's own properties are known; it isn't among the manager's objects.
+    bool hasSimFacts() const { return m_simInterfaces.contains(Manager::sim); }
     QString iccid() const;
     QString imei() const;
     bool canSend() const;

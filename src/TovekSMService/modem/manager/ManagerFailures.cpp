@@ -120,6 +120,13 @@ QString textOf(const QDBusMessage &error)
     return error.errorMessage().isEmpty() ? name : u"%1: %2"_s.arg(name, error.errorMessage());
 }
 
+/// There is no manager, nor can one be started.
+bool isUnstartable(const QString &name)
+{
+    return name.startsWith("org.freedesktop.DBus.Error.Spawn."_L1) ||
+           name.startsWith("org.freedesktop.systemd1."_L1);
+}
+
 /// There is nobody who could have taken the call.
 bool isUndelivered(const QString &name)
 {
@@ -131,25 +138,34 @@ bool isUndelivered(const QString &name)
         "org.freedesktop.DBus.Error.UnknownMethod"_L1,
         "org.freedesktop.DBus.Error.AccessDenied"_L1,
         "org.freedesktop.DBus.Error.InvalidArgs"_L1,
-        "org.freedesktop.DBus.Error.Disconnected"_L1,
     };
-    return std::find(names.begin(), names.end(), name) != names.end() ||
-           name.startsWith("org.freedesktop.DBus.Error.Spawn."_L1);
+    return std::find(names.begin(), names.end(), name) != names.end() || isUnstartable(name);
+}
+
+template <std::size_t size>
+bool isOneOf(const std::array<QLatin1StringView, size> &errors, const QString &name)
+{
+    return std::any_of(errors.begin(), errors.end(), [&name](QLatin1StringView error) {
+        return name == Manager::errors + error;
+    });
 }
 
 /// The manager refused before it turned to the device.
 bool isRefusal(const QString &name)
 {
-    if (!name.startsWith(Manager::errors))
-        return false;
-    static constexpr std::array refusals = {
-        "Core.Unauthorized"_L1,  "Core.WrongState"_L1,
-        "Core.WrongSimState"_L1, "Core.InvalidArgs"_L1,
-        "Core.NotFound"_L1,      "Serial.NotOpen"_L1,
-        "Serial.OpenFailed"_L1,  "Serial.OpenFailedNoDevice"_L1};
-    const QStringView rest = QStringView(name).sliced(Manager::errors.size());
-    return std::any_of(refusals.begin(), refusals.end(),
-                       [rest](QLatin1StringView refusal) { return rest == refusal; });
+    static constexpr std::array refusals = {"Core.Unauthorized"_L1, "Core.WrongState"_L1,
+                                            "Core.WrongSimState"_L1, "Core.InvalidArgs"_L1};
+    return isOneOf(refusals, name);
+}
+
+/// The port was not there any more when the manager turned to it: for the first part, or for one
+/// behind it.
+bool isPortLost(const QString &name)
+{
+    static constexpr std::array losses = {"Core.Connected"_L1, "Core.NotFound"_L1,
+                                          "Serial.NotOpen"_L1, "Serial.OpenFailed"_L1,
+                                          "Serial.OpenFailedNoDevice"_L1};
+    return isOneOf(losses, name);
 }
 
 SendFailure failureOf(SendProblem problem, int number, const QDBusMessage &error,
@@ -194,19 +210,24 @@ ManagerFailures::Number ManagerFailures::numberOf(const QDBusMessage &error)
     return {};
 }
 
+bool ManagerFailures::isDenied(const QDBusMessage &reply)
+{
+    const QString name = reply.errorName();
+    return name == "org.freedesktop.DBus.Error.AccessDenied"_L1 ||
+           name == Manager::errors + "Core.Unauthorized"_L1 ||
+           reply.errorMessage().contains("PolicyKit"_L1);
+}
+
 ModemFailure ManagerFailures::ofDevice(const QDBusMessage &error)
 {
     const QString name = error.errorName();
     if (const Number number = numberOf(error); number.isKnown())
         return {failureRule(number.space, number.number).code, textOf(error), false};
     if (name == "org.freedesktop.DBus.Error.ServiceUnknown"_L1 ||
-        name == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1 ||
-        name.startsWith("org.freedesktop.DBus.Error.Spawn."_L1))
+        name == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1 || isUnstartable(name))
         return {ErrorCode::portNotFound,
                 u"no modem manager runs on this machine: "_s + textOf(error), false};
-    if (name == "org.freedesktop.DBus.Error.AccessDenied"_L1 ||
-        name == Manager::errors + "Core.Unauthorized"_L1 ||
-        error.errorMessage().contains("PolicyKit"_L1))
+    if (isDenied(error))
         return {ErrorCode::portClosed,
                 u"the modem manager doesn't let this account use the device: "_s + textOf(error),
                 false};
@@ -217,9 +238,8 @@ SendFailure ManagerFailures::ofMessage(const QDBusMessage &error, Stage stage, i
 {
     const QString name = error.errorName();
     // Of several parts, the first may have left before the port was lost.
-    const bool isPortLost = parts == 1 && name == Manager::errors + "Core.Connected"_L1;
-    const bool hasStayed =
-        stage == Stage::Creating || isUndelivered(name) || isRefusal(name) || isPortLost;
+    const bool hasStayed = stage == Stage::Creating || isUndelivered(name) || isRefusal(name) ||
+                           (parts == 1 && isPortLost(name));
     const Number number = numberOf(error);
     if (number.isKnown() && (hasStayed || parts == 1))
         return answerOf(number, error);

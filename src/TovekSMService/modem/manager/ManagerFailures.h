@@ -18,6 +18,9 @@ struct Number
 };
 Number numberOf(const QDBusMessage &error);
 
+/// Whether the account isn't allowed to do what the call asked for.
+bool isDenied(const QDBusMessage &reply);
+
 /// Why the device can't be used, by the error of a call that was to bring it up.
 ModemFailure ofDevice(const QDBusMessage &error);
 

@@ -133,6 +133,27 @@ TEST_F(ManagedModemTest, aDeviceWithoutANetworkIsReadyAfterAWhileAndSaysWhyNothi
     EXPECT_EQ(failure.rule.treatment, Treatment::Device);
     EXPECT_FALSE(failure.mayBeDelivered);
     EXPECT_EQ(m_modem.state(), Modem::State::Ready);
+
+    whole.whole->parts = 3;
+    m_modem.send(whole);
+    ASSERT_TRUE(waitUntil([this] { return m_partFailed.count() == 2; }));
+    EXPECT_FALSE(m_partFailed.last().first().value<SendFailure>().mayBeDelivered)
+        << "none of the parts has left";
+}
+
+TEST_F(ManagedModemTest, theSimIsKnownByItsNumber)
+{
+    plugIn({u"--iccid"_s, u"8934071100275844103"_s, u"--imei"_s, u"490154203237518"_s});
+    enable();
+    m_modem.open(ManagerParameter{}, {});
+    while (passOneLook())
+        continue;
+    ASSERT_EQ(m_ready.count(), 1);
+    EXPECT_EQ(m_modem.details().simId, u"8934071100275844103"_s);
+    const QSignalSpy changed(&m_modem, &Modem::detailsChanged);
+    m_modem.refreshDetails();
+    ASSERT_TRUE(waitUntil([&] { return changed.count() == 1; }));
+    EXPECT_EQ(m_modem.details().simId, u"8934071100275844103"_s);
 }
 
 TEST_F(ManagedModemTest, aMessageThatIsCutOffByClosingIsInDoubt)

@@ -64,6 +64,14 @@ TEST_F(ManagedObjectsTest, oneWhoseSimIsLockedMayTurnOutToBeAbleTo)
     EXPECT_EQ(found(), open) << "one that is able to goes first";
 }
 
+TEST_F(ManagedObjectsTest, oneThatHasFailedIsTakenOnlyWhereThereIsNoOther)
+{
+    const QString broken = add(0, u"1"_s, failedState, Messages::None);
+    EXPECT_EQ(found(), broken) << "so that its reason is told";
+    const QString lockedOne = add(1, u"2"_s, locked, Messages::None);
+    EXPECT_EQ(found(), lockedOne);
+}
+
 TEST_F(ManagedObjectsTest, aDeviceIsFoundByItsImeiWhateverItsState)
 {
     add(1, u"111"_s, registered);

@@ -99,7 +99,7 @@ TEST(ManagerFailures, whatGivesNoAnswerIsInDoubt)
 TEST(ManagerFailures, whatTheManagerRefusesHasNotLeft)
 {
     for (const char *const name :
-         {"Core.Unauthorized", "Core.WrongState", "Serial.NotOpen", "Serial.OpenFailedNoDevice",
+         {"Core.Unauthorized", "Core.WrongState", "Core.WrongSimState",
           "org.freedesktop.DBus.Error.ServiceUnknown", "org.freedesktop.DBus.Error.UnknownObject",
           "org.freedesktop.DBus.Error.AccessDenied"})
         for (const int parts : {1, 3}) {
@@ -107,7 +107,15 @@ TEST(ManagerFailures, whatTheManagerRefusesHasNotLeft)
             EXPECT_FALSE(failure.mayBeDelivered) << name;
             EXPECT_EQ(failure.rule.treatment, Treatment::DeviceOrMessage) << name;
         }
-    EXPECT_FALSE(sending("Core.Connected").mayBeDelivered) << "the port was lost before";
+}
+
+TEST(ManagerFailures, aPortThatWasLostBeforeIsInDoubtOnlyBehindTheFirstPart)
+{
+    for (const char *const name : {"Core.Connected", "Core.NotFound", "Serial.NotOpen",
+                                   "Serial.OpenFailed", "Serial.OpenFailedNoDevice"}) {
+        EXPECT_FALSE(sending(name).mayBeDelivered) << name;
+        EXPECT_TRUE(sending(name, 3).mayBeDelivered) << name;
+    }
 }
 
 TEST(ManagerFailures, nothingLeavesBeforeTheMessageIsCreated)
@@ -135,6 +143,7 @@ TEST(ManagerFailures, eachWayInWhichTheDeviceCannotBeUsedHasItsCode)
     } rows[] = {
         {"org.freedesktop.DBus.Error.ServiceUnknown", "no such name", ErrorCode::portNotFound},
         {"org.freedesktop.DBus.Error.Spawn.ChildExited", "", ErrorCode::portNotFound},
+        {"org.freedesktop.systemd1.UnitMasked", "", ErrorCode::portNotFound},
         {"org.freedesktop.DBus.Error.AccessDenied", "", ErrorCode::portClosed},
         {"Core.Unauthorized", "", ErrorCode::portClosed},
         {"Core.Failed", "PolicyKit authorization failed", ErrorCode::portClosed},
