@@ -19,6 +19,10 @@ Tally runMail(const RunOptions &options);
 /// The disk is full from each write on that sending needs, and has room again afterwards.
 Tally runFullDisk(const RunOptions &options);
 
+/// Ends the engine, the modem manager or the device while the manager is sending.
+/// @return nothing where there is no modem manager
+std::optional<Tally> runManaged(const RunOptions &options);
+
 /// A small disk that is really full.
 /// @return nothing where this process may not mount one
 std::optional<Tally> runSmallDisk(const RunOptions &options);

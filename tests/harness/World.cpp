@@ -112,9 +112,23 @@ void World::checkCommitted(const QByteArray &payload)
 
 bool World::begin(const QStringList &simulatorOptions)
 {
-    if (!plugInAnother(simulatorOptions) ||
-        !sandbox.storeDevice(sandbox.path(u"modem"_s) + u", 115200"_s)) {
-        stuck(u"the device or its settings"_s);
+    if (!plugInAnother(simulatorOptions)) {
+        stuck(u"the device"_s);
+        return false;
+    }
+    return startEngine(sandbox.path(u"modem"_s) + u", 115200"_s);
+}
+
+bool World::plugInSocket(const QStringList &simulatorOptions)
+{
+    m_device = std::make_unique<RunningSimulator>(simulatorOptions, RunningSimulator::Port::Socket);
+    return m_device->isReady();
+}
+
+bool World::startEngine(const QString &deviceParameter)
+{
+    if (!sandbox.storeDevice(deviceParameter)) {
+        stuck(u"the device's settings"_s);
         return false;
     }
     sandbox.start();

@@ -47,9 +47,13 @@ public:
 
     /// Plugs in a device, stores where it is, and starts the engine.
     bool begin(const QStringList &simulatorOptions = {});
+    /// Plugs in a device by its socket, where a modem manager is to find it.
+    bool plugInSocket(const QStringList &simulatorOptions);
+    /// Stores where the device is, and starts the engine.
+    bool startEngine(const QString &deviceParameter);
     /// A device that follows one that has ended.
     bool plugInAnother(const QStringList &simulatorOptions);
-    const RunningSimulator &device() const { return *m_device; }
+    RunningSimulator &device() { return *m_device; }
     bool deviceHasGone();
 
     /// Queues messages that are due, in one call.

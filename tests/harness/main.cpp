@@ -35,9 +35,10 @@ struct NamedScenario
     Scenario run;
 };
 
-constexpr NamedScenario scenarios[] = {
-    {"kill", always<runKill>},     {"cut", always<runCut>},     {"mail", always<runMail>},
-    {"disk", always<runFullDisk>}, {"smalldisk", runSmallDisk}, {"weather", always<runWeather>}};
+constexpr NamedScenario scenarios[] = {{"kill", always<runKill>},   {"cut", always<runCut>},
+                                       {"mail", always<runMail>},   {"disk", always<runFullDisk>},
+                                       {"smalldisk", runSmallDisk}, {"weather", always<runWeather>},
+                                       {"managed", runManaged}};
 
 Scenario scenarioOf(const QString &name)
 {
@@ -79,7 +80,7 @@ int runLane(const RunOptions &options)
 
 int notHere(const RunOptions &options)
 {
-    QTextStream(stdout) << options.scenario << ": this process may not mount a disk\n";
+    QTextStream(stdout) << options.scenario << ": not possible here\n";
     return exitNotHere;
 }
 
@@ -131,7 +132,8 @@ int main(int argc, char **argv)
         u"Ends, cuts off, starves and disturbs an engine with a simulated device, and "
         "counts what became of every message."_s);
     parser.addHelpOption();
-    parser.addPositionalArgument(u"scenario"_s, u"kill, cut, mail, disk, smalldisk or weather"_s);
+    parser.addPositionalArgument(u"scenario"_s,
+                                 u"kill, cut, mail, disk, smalldisk, weather or managed"_s);
     const QString number = u"n"_s;
     parser.addOptions({{u"cycles"_s, u"how often; 0 for all places"_s, number, u"0"_s},
                        {u"lanes"_s, u"how many engines side by side"_s, number, u"1"_s},
