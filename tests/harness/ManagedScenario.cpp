@@ -95,10 +95,18 @@ void endSomething(World &world, ModemManagerDaemon &daemon, Victim victim)
     world.sandbox.kill();
 }
 
+/// A device whose port is closed leaves a submission that was begun, by the line that says so. A
+/// socket has no such line.
+void endEntry(World &world)
+{
+    PortClient(world.device().socketPath()).write("\x1B");
+}
+
 bool bringBack(World &world, ModemManagerDaemon &daemon, Victim victim)
 {
     switch (victim) {
     case Victim::Manager:
+        endEntry(world);
         return daemon.restart();
     case Victim::Device:
         return daemon.detach(deviceName) && world.device().restart() &&
