@@ -196,13 +196,7 @@ void AtModem::becomeReady()
 void AtModem::send(const SubmitPart &part, Followers followers)
 {
     if (m_state != State::Ready) {
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                Q_EMIT partFailed(
-                    PartSubmission::failureOf(SendProblem::NotSent, u"the modem isn't ready"_s));
-            },
-            Qt::QueuedConnection);
+        refusePart(PartSubmission::failureOf(SendProblem::NotSent, u"the modem isn't ready"_s));
         return;
     }
     m_state = State::Busy;
@@ -293,12 +287,7 @@ void AtModem::fetchMail()
 void AtModem::test()
 {
     if (m_state != State::Ready) {
-        const int code =
-            m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::phoneBusy;
-        QMetaObject::invokeMethod(
-            this,
-            [this, code] { Q_EMIT tested(false, code, m_details, u"the modem isn't ready"_s); },
-            Qt::QueuedConnection);
+        refuseTest();
         return;
     }
     m_state = State::Busy;

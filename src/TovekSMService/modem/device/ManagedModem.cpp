@@ -219,24 +219,18 @@ void ManagedModem::onLate()
         fail({ErrorCode::phoneInit, u"the device isn't ready within its time"_s, false});
 }
 
-void ManagedModem::refuse(const SendFailure &failure)
-{
-    QMetaObject::invokeMethod(
-        this, [this, failure] { Q_EMIT partFailed(failure); }, Qt::QueuedConnection);
-}
-
 void ManagedModem::send(const SubmitPart &part, Followers)
 {
     if (m_state != State::Ready || !part.whole) {
-        refuse({SendProblem::NotSent, -1, u"the modem isn't ready"_s,
-                failureRule(SendProblem::NotSent), false});
+        refusePart({SendProblem::NotSent, -1, u"the modem isn't ready"_s,
+                    failureRule(SendProblem::NotSent), false});
         return;
     }
     // A failure of the first of several parts would look like one in the middle.
     if (!m_isRegistered && part.count() > 1) {
         constexpr int noNetwork = 331; // 3GPP TS 27.005, 3.2.5
-        refuse({SendProblem::CmsError, noNetwork, u"no network"_s,
-                failureRule(FailureSpace::Cms, noNetwork), false});
+        refusePart({SendProblem::CmsError, noNetwork, u"no network"_s,
+                    failureRule(FailureSpace::Cms, noNetwork), false});
         return;
     }
     m_state = State::Busy;
@@ -298,12 +292,7 @@ void ManagedModem::fetchMail()
 void ManagedModem::test()
 {
     if (m_state != State::Ready) {
-        const int code =
-            m_state == State::Closed ? failureRule(LineError::NotOpen).code : ErrorCode::phoneBusy;
-        QMetaObject::invokeMethod(
-            this,
-            [this, code] { Q_EMIT tested(false, code, m_details, u"the modem isn't ready"_s); },
-            Qt::QueuedConnection);
+        refuseTest();
         return;
     }
     m_isTesting = true;

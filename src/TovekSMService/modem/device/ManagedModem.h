@@ -68,7 +68,6 @@ private:
                              const QVariantMap &changed);
     void onLost(const QString &text);
     void onLate();
-    void refuse(const SendFailure &failure);
     void onSubmitted(const ManagedSubmission::Outcome &outcome);
     void askDevice(const std::function<void(const std::optional<ManagedDevice> &)> &then);
     void onTested(const std::optional<ManagedDevice> &device);

@@ -108,6 +108,12 @@ Q_SIGNALS:
     void pinResolved();
     /// The device was told to restart its radio part.
     void functionalityReset();
+
+protected:
+    /// Answers a part that isn't sent, behind the call.
+    void refusePart(const SendFailure &failure);
+    /// Answers a test of a modem that isn't ready, behind the call.
+    void refuseTest();
 };
 
 } // namespace norvane
