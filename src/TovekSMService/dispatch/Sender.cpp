@@ -214,11 +214,11 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
     if (makesWay)
         m_refused.insert(message.id, false);
     commit({[this, current, makesWay] {
-                const StoredMessage &message = current.message;
+                const StoredMessage &held = current.message;
                 const StoreResult<> waits =
-                    makesWay ? m_queue.postpone(message.id, message.attempts,
+                    makesWay ? m_queue.postpone(held.id, held.attempts,
                                                 m_clock.wallClockText(m_retries.messageDelay(1)))
-                             : m_queue.cancelPart(message.id);
+                             : m_queue.cancelPart(held.id);
                 return waits.and_then([&] { return m_scheduler.uncount(current); });
             },
             [this, makesWay] {

@@ -5,6 +5,8 @@
 #include "TovekSMService/modem/manager/ManagerNames.h"
 #include "contract/ErrorCodes.h"
 
+#include <QDBusArgument>
+
 #include <utility>
 
 namespace norvane {
