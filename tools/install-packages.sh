@@ -12,6 +12,7 @@ packages=(
     g++ cmake ninja-build
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-serialport-dev libicu-dev
     libquazip1-qt6-dev libexpected-dev libxcb1-dev
+    libpq-dev pkg-config
     libgtest-dev libgmock-dev libbenchmark-dev
     # run: database driver, drawings, the toolkit's own texts, the console's font, the session bus
     libqt6sql6-sqlite libqt6svg6 qt6-translations-l10n fonts-liberation2 dbus dbus-daemon
@@ -24,6 +25,8 @@ packages_of_tests=(
     # general modem tools as independent judges of the simulated modem; the second one is what the
     # engine sends through where it is asked to
     gammu modemmanager
+    # the database that several engines share
+    postgresql-15
     # judges of what the package brings to the desktop
     desktop-file-utils appstream
 )
