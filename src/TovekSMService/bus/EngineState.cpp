@@ -77,7 +77,7 @@ QStringList storeFault(const Store &store)
 {
     switch (store.database().access()) {
     case StoreDatabase::Access::None:
-        return {u"the store is not open"_s};
+        return {store.isShared() ? u"the database can't be reached"_s : u"the store is not open"_s};
     case StoreDatabase::Access::Reading:
         return {u"the store can't be written"_s};
     case StoreDatabase::Access::Whole:

@@ -1,5 +1,6 @@
 #include "TovekSMService/dispatch/Dispatcher.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "contract/ErrorCodes.h"
 
 #include <QScopeGuard>
@@ -14,13 +15,14 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
                        const DispatcherTimings &timings, const EngineSettings &settings,
                        PartEncoder::Encode encode, QObject *parent)
     : QObject(parent), m_store(store),
-      m_outbox(store.database(), store.outcomes(), timings, clock.time()),
+      m_outbox(store.database(), store.outcomes(), timings, clock.time(), store.keptSettlements()),
       m_device(store.settings(), modem, clock, m_outbox, m_state, retries, timings, settings),
       m_scheduler(store, clock, settings, std::move(encode), [&modem] { return modem.unit(); }),
       m_optOuts(store.optOuts(), settings.countryPrefix),
       m_lists(store, m_optOuts, clock, m_outbox), m_reports(store),
       m_sender(store.queue(), m_reports, modem, clock, m_outbox, m_device, m_scheduler, m_state,
                retries, timings),
+      m_presence(store, clock, m_outbox, m_device, m_state, timings),
       m_mail(store, m_reports, m_optOuts, modem, clock, m_outbox, settings),
       m_pruner(store, clock, settings.keepDays, timings.pruning)
 {
@@ -35,6 +37,9 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
         else
             m_device.endFault();
     });
+
+    connect(&m_presence, &EnginePresence::changed, this, &Dispatcher::work);
+    connect(&m_outbox, &Outbox::queueChanged, &m_presence, &EnginePresence::passOnNews);
 
     connect(&modem, &Modem::mailDue, this, &Dispatcher::workLater);
     // What was routed is taken while work() is still on the stack.
@@ -63,6 +68,8 @@ StoreResult<> Dispatcher::resume()
         return failed(run.error());
     if (StoreResult<> recalled = m_device.recallReset(); !recalled)
         return recalled;
+    if (StoreResult<> settled = settleKept(); !settled)
+        return settled;
     m_state.running = *run;
     if (m_state.running) {
         m_sender.cancelRelease();
@@ -75,6 +82,17 @@ StoreResult<> Dispatcher::resume()
     return {};
 }
 
+/// What an earlier run of the program could not hand over goes before everything else.
+StoreResult<> Dispatcher::settleKept()
+{
+    if (m_store.keptSettlements() == nullptr)
+        return {};
+    return m_store.keptSettlements()->all().map([this](const QList<Settlement> &kept) {
+        if (!kept.isEmpty())
+            m_sender.settleKept(kept);
+    });
+}
+
 StoreResult<> Dispatcher::start()
 {
     const StoreResult<DeviceSettings> settings = m_store.settings().deviceSettings();
@@ -82,17 +100,27 @@ StoreResult<> Dispatcher::start()
         return failed(settings.error());
     if (m_state.running && m_device.isInForce(*settings))
         return {};
-    const StoreResult<> noted = m_store.database().together([this] {
-        return m_store.settings().setToRun(true).and_then(
-            [this] { return m_store.queue().holdPartlySent(); });
-    });
-    if (!noted)
+    if (const StoreResult<> noted = noteStart(); !noted)
         return noted;
     m_device.putInForce(*settings, DeviceKeeper::Reopening::IfChanged);
     m_state.running = true;
     Q_EMIT statusChanged(status());
     work();
     return {};
+}
+
+StoreResult<> Dispatcher::noteStart()
+{
+    const auto hold = [this] { return m_store.queue().holdPartlySent(); };
+    if (!m_store.isShared())
+        return m_store.database().together(
+            [&] { return m_store.settings().setToRun(true).and_then(hold); });
+    // An engine can be started while the database is away. What it holds shows in the grids as in
+    // progress a little later then: nobody else sends it.
+    return m_store.settings().setToRun(true).map([&] {
+        if (const StoreResult<> held = hold(); !held)
+            qCInfo(logDispatch) << "messages in progress are not marked:" << held.error().text();
+    });
 }
 
 StoreResult<> Dispatcher::stop()
@@ -173,6 +201,9 @@ void Dispatcher::work()
         }
         return;
     }
+    m_sender.setHeldBack(m_presence.isHeldBack());
+    if (m_outbox.isEmpty() && !m_sender.recover())
+        return;
     if (!m_state.running && m_outbox.isEmpty())
         m_sender.release();
     if (m_device.keep() && m_outbox.isEmpty())
@@ -186,6 +217,8 @@ QList<Dispatcher::Warning> Dispatcher::activeFaults() const
         faults.append(m_device.fault());
     if (const QString fault = m_outbox.storeMonitor().fault(); !fault.isEmpty())
         faults.append({ErrorCode::mapFile, fault});
+    if (m_presence.isHeldBack())
+        faults.append({ErrorCode::fail, m_presence.fault()});
     return faults;
 }
 

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/dispatch/DeviceKeeper.h"
 #include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/dispatch/EnginePresence.h"
 #include "TovekSMService/dispatch/EngineSettings.h"
 #include "TovekSMService/dispatch/ListIntake.h"
 #include "TovekSMService/dispatch/MailKeeper.h"
@@ -135,6 +136,8 @@ Q_SIGNALS:
 
 private:
     void workLater();
+    StoreResult<> settleKept();
+    StoreResult<> noteStart();
 
     Store &m_store;
     RunState m_state;
@@ -145,6 +148,7 @@ private:
     ListIntake m_lists;
     DeliveryReports m_reports;
     Sender m_sender;
+    EnginePresence m_presence;
     MailKeeper m_mail;
     OutcomePruner m_pruner;
     bool m_working = false; ///< work() is on the stack

@@ -27,6 +27,10 @@ struct DispatcherTimings
     int conditionMs = 60'000;
     /// After this time, what a run has not handed over waits again: the device has become slow.
     int runLateMs = 20;
+    /// Of engines that share a queue: between two signs of life, and from a change until the others
+    /// are told of it.
+    int lifeMs = 5000;
+    int newsMs = 50;
     RunPace::Limits run;
     /// At which old outcomes are forgotten.
     OutcomePruner::Pace pruning;

@@ -1,10 +1,12 @@
 #include "TovekSMService/dispatch/EngineSettings.h"
 
 #include "TovekSMService/log/Categories.h"
+#include "TovekSMService/store/PostgresText.h"
 #include "common/SettingsText.h"
 #include "common/platform/PlatformFiles.h"
 #include "contract/BusTypes.h"
 
+#include <QFile>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
@@ -18,6 +20,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 maxFileBytes = 1024 * 1024;
+constexpr qsizetype maxNameLength = 200;
 constexpr int second = 1000;
 constexpr int hour = 3600;
 constexpr int day = 24 * hour;
@@ -43,6 +46,7 @@ constexpr EngineNumber numbers[] = {
     {"Limits", "PartsPerMinute", &Settings::partsPerMinute, 1, 100'000, true},
     {"Limits", "PartsPerDay", &Settings::partsPerDay, 1, 100'000'000, true},
     {"Outcomes", "KeepDays", &Settings::keepDays, 1, 36'500, false},
+    {"Queue", "SameSender", &Settings::sameSender, 1, day, true},
 };
 
 void read(const SettingsText &text, const EngineNumber &number, EngineSettings &settings)
@@ -107,6 +111,28 @@ QString readHook(const SettingsText &text, const char *key)
     return {};
 }
 
+void readQueue(const SettingsText &text, EngineSettings &settings)
+{
+    settings.queueDatabase = text.value(u"Queue"_s, u"Database"_s).value_or(QString()).trimmed();
+    const QString name = text.value(u"Queue"_s, u"Name"_s).value_or(QString()).trimmed();
+    if (name.size() <= maxNameLength)
+        settings.queueName = name;
+    else
+        warnOf("Queue", "Name", name, u"too long"_s);
+}
+
+/// A password lies in a file that others can't read, or nowhere.
+void refuseOpenPassword(const QString &file, EngineSettings &settings)
+{
+    constexpr QFile::Permissions others =
+        QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+    if (PostgresText::hasPassword(settings.queueDatabase) &&
+        (QFile::permissions(file) & others) != QFile::Permissions())
+        settings.queueRefusal =
+            u"the password in %1 is not used: the file can be read or written by others"_s.arg(
+                file);
+}
+
 } // namespace
 
 QString EngineSettings::defaultOptOutWords()
@@ -156,8 +182,11 @@ EngineSettings EngineSettings::load()
 {
     QByteArray bytes;
     const int error = platformFiles().read(file(), maxFileBytes, bytes);
-    if (error == 0)
-        return parse(bytes);
+    if (error == 0) {
+        EngineSettings settings = parse(bytes);
+        refuseOpenPassword(file(), settings);
+        return settings;
+    }
     if (error != ENOENT && error != ENOTDIR)
         qCWarning(logDispatch).noquote()
             << "settings:" << file() << "can't be read:" << std::strerror(error);
@@ -176,6 +205,7 @@ EngineSettings EngineSettings::parse(const QByteArray &bytes)
         read(*text, number, settings);
     readReports(*text, settings);
     readOptOut(*text, settings);
+    readQueue(*text, settings);
     settings.onReceived = readHook(*text, "OnReceived");
     settings.onDelivery = readHook(*text, "OnDelivery");
     if (settings.maxDelay < settings.firstDelay) {

@@ -45,6 +45,12 @@ struct EngineSettings
     QString onReceived; ///< runs with each message that is received
     QString onDelivery; ///< runs with each change of what the network says of a message
 
+    // [Queue]
+    QString queueDatabase; ///< that several engines share, as libpq takes it; empty for none
+    QString queueName;     ///< of this engine among them; empty for the host's and the account's
+    int sameSender = 0;    ///< s for which a message waits for its recipient's engine; 0 not at all
+    QString queueRefusal;  ///< why queueDatabase is not to be used; empty if it is
+
     bool operator==(const EngineSettings &) const = default;
 
     static QString defaultOptOutWords();

@@ -12,7 +12,6 @@ namespace norvane {
 
 namespace {
 
-constexpr qint64 secondsOfDay = 24 * 60 * 60;
 constexpr int lateMs = 60'000;       ///< between two looks at what is late
 constexpr int maxLateMessages = 200; ///< in one look
 
@@ -111,7 +110,10 @@ StoreResult<> MailKeeper::heed(const ReceivedMessage &message)
 void MailKeeper::giveUpLate()
 {
     News news;
-    const StoreResult<> given = m_store.database().together([&] { return giveUpLate(news); });
+    const StoreResult<> given = m_store.database().together([&] {
+        return m_store.database().mayDoChores().and_then(
+            [&](bool isMine) { return isMine ? giveUpLate(news) : StoreResult<>(); });
+    });
     if (given)
         tell(news);
     else

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/dispatch/DispatcherTimings.h"
 #include "TovekSMService/log/Categories.h"
+#include "TovekSMService/store/KeptSettlements.h"
 #include "TovekSMService/store/MessageQueue.h"
 #include "TovekSMService/store/StoreDatabase.h"
 #include "contract/ErrorCodes.h"
@@ -23,16 +24,16 @@ Outbox::Entry Outbox::Entry::then(const Entry &next) const
         if (other)
             other();
     };
-    return {writeBoth, reportBoth};
+    return {writeBoth, reportBoth, settlements + next.settlements};
 }
 
 Outbox::Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimings &timings,
-               TimeSource &time)
-    : m_database(database), m_retryMs(timings.storeRetryMs), m_retry(time),
+               TimeSource &time, KeptSettlements *home)
+    : m_database(database), m_home(home), m_retryMs(timings.storeRetryMs), m_retry(time),
       m_acknowledgedOutcomes(outcomes, timings.storeRetryMs, time),
       m_storeMonitor(database, timings, time)
 {
-    connect(&m_retry, &Timer::timeout, this, [this] { flush({}); });
+    connect(&m_retry, &Timer::timeout, this, &Outbox::retry);
     connect(&m_storeMonitor, &StoreMonitor::warning, this,
             [this](const QString &text) { warn(ErrorCode::mapFile, text); });
 }
@@ -46,13 +47,17 @@ void Outbox::commit(const Entry &entry, const FollowUp &next)
 void Outbox::flush(const FollowUp &next)
 {
     const Entry entry = *m_pending;
+    // What is kept at home would be settled once more behind a sudden end: nothing may begin before
+    // it is gone from there.
+    const bool mayFollow = m_keptAtHome == 0 && next.begin;
     const StoreResult<bool> isFollowed = m_database.together([&] {
         return entry.write().and_then(
-            [&] { return next.begin ? next.begin() : StoreResult<bool>(false); });
+            [&] { return mayFollow ? next.begin() : StoreResult<bool>(false); });
     });
     if (!isFollowed) {
         qCWarning(logDispatch) << "an outcome waits for the store:" << isFollowed.error().text();
         noteStoreFailure(isFollowed.error());
+        keepAtHome(entry);
         m_retry.start(m_retryMs);
         return;
     }
@@ -62,7 +67,45 @@ void Outbox::flush(const FollowUp &next)
         next.start();
     entry.report();
     if (!*isFollowed)
-        Q_EMIT committed();
+        clearHome();
+}
+
+void Outbox::retry()
+{
+    if (m_pending)
+        flush({});
+    else
+        clearHome();
+}
+
+void Outbox::commitKept(const Entry &entry)
+{
+    m_keptAtHome = entry.settlements.size();
+    commit(entry, {});
+}
+
+void Outbox::keepAtHome(const Entry &entry)
+{
+    if (m_home == nullptr || entry.settlements.size() == m_keptAtHome)
+        return;
+    if (const StoreResult<> kept = m_home->keep(entry.settlements))
+        m_keptAtHome = entry.settlements.size();
+    else
+        qCWarning(logDispatch) << "an outcome can't be kept at home:" << kept.error().text();
+}
+
+/// Nothing of the outbox is pending any more when that is done.
+void Outbox::clearHome()
+{
+    if (m_keptAtHome > 0) {
+        if (const StoreResult<> cleared = m_home->clear(); !cleared) {
+            qCWarning(logDispatch) << "what was kept at home stays:" << cleared.error().text();
+            m_retry.start(m_retryMs);
+            return;
+        }
+        m_keptAtHome = 0;
+    }
+    Q_EMIT committed();
 }
 
 void Outbox::warn(qint32 code, const QString &text)

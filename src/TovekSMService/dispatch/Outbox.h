@@ -3,8 +3,10 @@
 #include "TovekSMService/dispatch/AcknowledgedOutcomes.h"
 #include "TovekSMService/dispatch/StoreMonitor.h"
 #include "TovekSMService/dispatch/UnacknowledgedWarnings.h"
+#include "TovekSMService/store/Settlement.h"
 #include "TovekSMService/time/Timer.h"
 
+#include <QList>
 #include <QObject>
 
 #include <functional>
@@ -13,6 +15,7 @@
 namespace norvane {
 
 struct DispatcherTimings;
+class KeptSettlements;
 class Outcomes;
 class StoreDatabase;
 struct StoredMessage;
@@ -31,6 +34,8 @@ public:
     {
         std::function<StoreResult<>()> write; ///< may be empty
         std::function<void()> report;         ///< may be empty
+        /// What `write` settles: while the queue's database can't be reached it is kept at home.
+        QList<Settlement> settlements = {};
 
         /// This entry and the next one as one.
         Entry then(const Entry &next) const;
@@ -44,14 +49,19 @@ public:
     };
 
     /// @param database, outcomes, time  must outlive this object
+    /// @param home  where settlements are kept that can't be written; null for a queue that lies in
+    ///              the engine's own file. Must outlive this object.
     Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimings &timings,
-           TimeSource &time);
+           TimeSource &time, KeptSettlements *home = nullptr);
 
     /// Commits the entry behind what waits for the store already. Where the store fails, both are
     /// retried, and nothing follows in their commit.
     void commit(const Entry &entry, const FollowUp &next);
+    /// Takes an entry whose settlements are kept at home already, as an earlier run of the program
+    /// left them.
+    void commitKept(const Entry &entry);
     /// Whether every outcome is on disk.
-    bool isEmpty() const { return !m_pending; }
+    bool isEmpty() const { return !m_pending && m_keptAtHome == 0; }
 
     /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
     /// not raised.
@@ -92,11 +102,17 @@ Q_SIGNALS:
 
 private:
     void flush(const FollowUp &next);
+    void retry();
+    void keepAtHome(const Entry &entry);
+    void clearHome();
 
     StoreDatabase &m_database;
+    KeptSettlements *const m_home;
     const int m_retryMs;
     bool m_hasListeners = false;
     std::optional<Entry> m_pending; ///< not on disk yet
+    /// Settlements that are, of m_pending or of what was written last.
+    qsizetype m_keptAtHome = 0;
     Timer m_retry;
     UnacknowledgedWarnings m_warnings;
     AcknowledgedOutcomes m_acknowledgedOutcomes;

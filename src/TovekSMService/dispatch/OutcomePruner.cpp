@@ -8,12 +8,6 @@
 
 namespace norvane {
 
-namespace {
-
-constexpr qint64 secondsOfDay = 24 * 60 * 60;
-
-} // namespace
-
 OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace)
     : m_store(store), m_clock(clock), m_keepSeconds(keepDays * secondsOfDay), m_pace(pace),
       m_timer(clock.time())
@@ -34,7 +28,9 @@ void OutcomePruner::step()
 /// Gives how much was forgotten of what there is most of.
 StoreResult<int> OutcomePruner::forget(const QString &before)
 {
-    return m_store.database().together([&] {
+    return m_store.database().together([&]() -> StoreResult<int> {
+        if (const StoreResult<bool> isMine = m_store.database().mayDoChores(); !isMine || !*isMine)
+            return isMine.map([](bool) { return 0; });
         return m_store.outcomes().prune(before, m_pace.rows).and_then([&](int outcomes) {
             return m_store.sentParts().prune(before, m_pace.rows).and_then([&](int parts) {
                 return m_store.received().prune(before, m_pace.rows).map([&](int received) {

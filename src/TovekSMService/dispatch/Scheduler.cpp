@@ -7,6 +7,7 @@
 
 #include <QCryptographicHash>
 
+#include <algorithm>
 #include <utility>
 
 namespace norvane {
@@ -83,56 +84,81 @@ SubmitPart Scheduler::wholeOf(const StoredMessage &message, const QList<SubmitPa
     return whole;
 }
 
-StoreResult<QList<LeavingMessage>> Scheduler::beginRun(const LeavingMessage &first, int maxLength)
+StoreResult<Scheduler::Next> Scheduler::beginNext(int maxLength)
 {
-    QList<LeavingMessage> run = {first};
-    // Parts that are counted, or that others follow, begin one at a time.
-    const bool isAlone = isLimited() || first.parts.size() > 1;
-    return m_store.database()
-        .together([&] {
-            return begin(run.first()).and_then([&] {
-                return isAlone ? StoreResult<>() : beginSingles(run, maxLength - 1);
-            });
-        })
-        .map([&] { return run; });
+    return m_store.database().together([&] {
+        return m_store.queue()
+            .first(isLimited() ? 1 : std::max(maxLength, 1))
+            .and_then([&](const QList<StoredMessage> &messages) { return chosen(messages); })
+            .and_then([&](Next next) { return begin(next.run).map([&] { return next; }); });
+    });
 }
 
-/// Adds those messages to the run, `max` at most, that go next, are due and of one part.
-StoreResult<> Scheduler::beginSingles(QList<LeavingMessage> &run, int max)
+StoreResult<Scheduler::Next> Scheduler::chosen(const QList<StoredMessage> &messages)
 {
-    if (max < 1)
-        return {};
-    const StoreResult<QList<StoredMessage>> messages = m_store.queue().first(max);
-    if (!messages)
-        return failed(messages.error());
+    Next next;
+    if (messages.isEmpty())
+        return next;
+    next.first = messages.constFirst();
+    next.isDue = isDue(*next.first);
+    if (!next.isDue)
+        return next;
+    const auto result = encoded(*next.first);
+    if (const auto *const code = std::get_if<qint32>(&result)) {
+        next.failure = *code;
+        return next;
+    }
+    const auto &leaving = std::get<LeavingMessage>(result);
+    return limitsAllow(leaving.part().count()).map([&](bool isAllowed) {
+        next.isLimited = !isAllowed;
+        if (isAllowed)
+            next.run.append(leaving);
+        // Parts that are counted, or that others follow, begin one at a time.
+        if (isAllowed && !isLimited() && leaving.parts.size() == 1)
+            addSingles(next.run, messages);
+        return next;
+    });
+}
+
+/// Adds those messages to the run, behind the first, that go next, are due and of one part.
+void Scheduler::addSingles(QList<LeavingMessage> &run, const QList<StoredMessage> &messages)
+{
     const QString now = m_clock.wallClockText();
-    for (const StoredMessage &message : *messages) {
-        auto result = encoded(message);
+    for (qsizetype at = 1; at < messages.size(); ++at) {
+        auto result = encoded(messages.at(at));
         auto *const next = std::get_if<LeavingMessage>(&result);
-        if (!isDue(message, now) || next == nullptr || next->parts.size() > 1)
+        if (!isDue(messages.at(at), now) || next == nullptr || next->parts.size() > 1)
             break;
-        if (StoreResult<> begun = begin(*next); !begun)
-            return begun;
         run.append(*next);
     }
-    return {};
 }
 
-StoreResult<> Scheduler::begin(LeavingMessage &leaving)
+StoreResult<> Scheduler::begin(QList<LeavingMessage> &run)
 {
-    return tieParts(leaving)
-        .and_then([&] {
-            const StoredMessage &message = leaving.message;
-            const QByteArray hash =
-                QCryptographicHash::hash(leaving.part().hex, QCryptographicHash::Sha256);
-            return m_store.queue().beginPart(message.id, message.reference, hash);
-        })
-        .and_then([&]() -> StoreResult<> {
-            if (!isLimited())
-                return {};
-            leaving.begunAt = m_clock.wallClockText();
-            return m_store.parts().count(leaving.begunAt, leaving.part().count());
+    QList<BegunPart> parts;
+    for (LeavingMessage &leaving : run) {
+        if (StoreResult<> tied = tieParts(leaving); !tied)
+            return tied;
+        if (StoreResult<> counted = count(leaving); !counted)
+            return counted;
+        parts.append({leaving.message.id, leaving.message.reference,
+                      QCryptographicHash::hash(leaving.part().hex, QCryptographicHash::Sha256)});
+    }
+    return parts.isEmpty() ? StoreResult<>() : m_store.queue().begin(parts);
+}
+
+StoreResult<> Scheduler::count(LeavingMessage &leaving)
+{
+    if (!isLimited())
+        return {};
+    leaving.begunAt = m_clock.wallClockText();
+    const int parts = leaving.part().count();
+    // Counts lie in the engine's own file, which a shared database knows nothing of.
+    if (m_store.isShared())
+        m_store.database().onRollback([this, at = leaving.begunAt, parts] {
+            static_cast<void>(m_store.parts().uncount(at, parts));
         });
+    return m_store.parts().count(leaving.begunAt, parts);
 }
 
 StoreResult<> Scheduler::tieParts(LeavingMessage &leaving)
@@ -147,8 +173,14 @@ StoreResult<> Scheduler::tieParts(LeavingMessage &leaving)
 
 StoreResult<> Scheduler::uncount(const LeavingMessage &leaving)
 {
-    return isLimited() ? m_store.parts().uncount(leaving.begunAt, leaving.part().count())
-                       : StoreResult<>();
+    if (!isLimited())
+        return {};
+    const int parts = leaving.part().count();
+    if (m_store.isShared())
+        m_store.database().onRollback([this, at = leaving.begunAt, parts] {
+            static_cast<void>(m_store.parts().count(at, parts));
+        });
+    return m_store.parts().uncount(leaving.begunAt, parts);
 }
 
 } // namespace norvane

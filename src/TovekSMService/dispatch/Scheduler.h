@@ -4,18 +4,20 @@
 #include "TovekSMService/dispatch/PartEncoder.h"
 #include "TovekSMService/dispatch/SendingRun.h"
 #include "TovekSMService/modem/device/Modem.h"
+#include "TovekSMService/store/MessageQueue.h"
+#include "TovekSMService/store/StoreFailure.h"
 
 #include <QList>
 #include <QString>
 
 #include <functional>
+#include <optional>
 #include <variant>
 
 namespace norvane {
 
 class Clock;
 class Store;
-struct StoredMessage;
 
 /// Decides which messages may leave: those that are due and not too late, that can be encoded, and
 /// whose parts the limits of the settings allow. Notes them as leaving.
@@ -38,11 +40,21 @@ public:
     /// The message in the device's form, or the code with which it fails.
     std::variant<LeavingMessage, qint32> encoded(const StoredMessage &message);
 
-    /// What leaves next: the first message, and behind it those that are due and of one part. They
-    /// are noted as leaving, all or none of them.
+    /// What goes next, if it may.
+    struct Next
+    {
+        std::optional<StoredMessage> first; ///< of the queue
+        bool isDue = false;
+        std::optional<qint32> failure; ///< of the first message, that can't be sent
+        bool isLimited = false;        ///< the limits hold back the first message
+        /// What leaves, noted as such: the first message, and behind it those that are due and of
+        /// one part.
+        QList<LeavingMessage> run;
+    };
+
+    /// Begins what goes next, all of the run or none of it.
     /// @param maxLength  of the run, in messages
-    [[nodiscard]] StoreResult<QList<LeavingMessage>> beginRun(const LeavingMessage &first,
-                                                              int maxLength);
+    [[nodiscard]] StoreResult<Next> beginNext(int maxLength);
     /// What was counted with that one did not leave.
     [[nodiscard]] StoreResult<> uncount(const LeavingMessage &leaving);
 
@@ -52,8 +64,10 @@ public:
 private:
     static bool isDue(const StoredMessage &message, const QString &at);
     bool isLimited() const;
-    StoreResult<> begin(LeavingMessage &leaving);
-    StoreResult<> beginSingles(QList<LeavingMessage> &run, int max);
+    StoreResult<Next> chosen(const QList<StoredMessage> &messages);
+    void addSingles(QList<LeavingMessage> &run, const QList<StoredMessage> &messages);
+    StoreResult<> begin(QList<LeavingMessage> &run);
+    StoreResult<> count(LeavingMessage &leaving);
     SubmitPart wholeOf(const StoredMessage &message, const QList<SubmitPart> &parts) const;
     StoreResult<> tieParts(LeavingMessage &leaving);
 

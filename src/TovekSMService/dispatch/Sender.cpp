@@ -18,7 +18,7 @@ namespace norvane {
 Sender::Sender(MessageQueue &queue, DeliveryReports &reports, Modem &modem, const Clock &clock,
                Outbox &outbox, DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
                const RetryPolicy &retries, const DispatcherTimings &timings)
-    : m_queue(queue), m_reports(reports), m_modem(modem), m_clock(clock), m_outbox(outbox),
+    : m_queue(queue), m_settler(queue, reports), m_modem(modem), m_clock(clock), m_outbox(outbox),
       m_device(device), m_scheduler(scheduler), m_state(state), m_retries(retries),
       m_storeRetryMs(timings.storeRetryMs), m_maxSleepMs(timings.maxSleepMs),
       m_run(timings, clock.time()), m_wake(clock.time())
@@ -31,34 +31,46 @@ Sender::Sender(MessageQueue &queue, DeliveryReports &reports, Modem &modem, cons
 
 void Sender::sendFirst()
 {
+    if (m_isHeldBack)
+        return;
     const StoreResult<> tried = m_queue.first().and_then(
-        [this](const auto &message) { return message ? sendIfDue(*message) : StoreResult<>(); });
+        [this](const std::optional<StoredMessage> &message) -> StoreResult<> {
+            if (!message)
+                return {};
+            if (m_scheduler.isDue(*message))
+                return sendNext();
+            waitFor(*message);
+            return {};
+        });
     // Nothing leaves without its commit: the store is looked at again shortly.
     if (!tried)
         retryLater("the queue can't be used:", tried.error());
 }
 
-StoreResult<> Sender::sendIfDue(const StoredMessage &message)
+bool Sender::recover()
 {
-    if (!m_scheduler.isDue(message)) {
-        waitFor(message);
-        return {};
+    if (!m_queue.needsRecovery())
+        return true;
+    if (const StoreResult<> recovered = m_queue.recover(); !recovered) {
+        retryLater("the queue can't be used:", recovered.error());
+        return false;
     }
-    const auto result = m_scheduler.encoded(message);
-    if (const auto *const code = std::get_if<qint32>(&result)) {
-        fail(message, *code);
-        return {};
-    }
-    const auto &leaving = std::get<LeavingMessage>(result);
-    const StoreResult<bool> isAllowed = m_scheduler.limitsAllow(leaving.part().count());
-    if (!isAllowed)
-        return failed(isAllowed.error());
-    if (!*isAllowed) {
-        m_wake.start(m_maxSleepMs);
-        return {};
-    }
-    return m_scheduler.beginRun(leaving, m_run.maxLength())
-        .map([this](const QList<LeavingMessage> &run) { startRun(run); });
+    return !reportInterrupted();
+}
+
+/// Others may have begun meanwhile what was the first.
+StoreResult<> Sender::sendNext()
+{
+    return m_scheduler.beginNext(m_run.maxLength()).map([this](const Scheduler::Next &next) {
+        if (!next.run.isEmpty())
+            startRun(next.run);
+        else if (next.failure)
+            failWaiting(*next.first, *next.failure);
+        else if (next.isLimited || !next.first)
+            m_wake.start(m_maxSleepMs);
+        else
+            waitFor(*next.first);
+    });
 }
 
 void Sender::retryLater(const char *words, const StoreFailure &failure)
@@ -82,21 +94,11 @@ bool Sender::mayBegin() const
 
 StoreResult<QList<LeavingMessage>> Sender::beginFollowing()
 {
-    if (!mayBegin() || m_current)
+    if (!mayBegin() || m_current || m_isHeldBack || m_queue.needsRecovery())
         return QList<LeavingMessage>();
-    const StoreResult<std::optional<StoredMessage>> first = m_queue.first();
-    if (!first)
-        return failed(first.error());
-    if (!*first || !m_scheduler.isDue(**first))
-        return QList<LeavingMessage>();
-    const auto result = m_scheduler.encoded(**first);
-    const auto *const message = std::get_if<LeavingMessage>(&result);
-    if (message == nullptr)
-        return QList<LeavingMessage>();
-    const StoreResult<bool> isAllowed = m_scheduler.limitsAllow(message->part().count());
-    if (!isAllowed)
-        return failed(isAllowed.error());
-    return *isAllowed ? m_scheduler.beginRun(*message, m_run.maxLength()) : QList<LeavingMessage>();
+    return m_scheduler.beginNext(m_run.maxLength()).map([](const Scheduler::Next &next) {
+        return next.run;
+    });
 }
 
 void Sender::startRun(const QList<LeavingMessage> &messages)
@@ -155,13 +157,10 @@ void Sender::onPartAccepted(int reference, ReportRequest report)
     m_device.endFault();
     if (partsSent < current.parts.size()) {
         m_scheduler.setUnfinished(message.id);
-        commit(
-            {[this, id = message.id, partsSent, part = reportedPart(current, reference, report)] {
-                 return m_queue.endPart(id, partsSent).and_then([&] {
-                     return m_reports.keepSent(part);
-                 });
-             },
-             {}});
+        Settlement taken = settlementOf(message, Settlement::Fate::PartTaken);
+        taken.partsSent = partsSent;
+        taken.part = reportedPart(current, reference, report);
+        commit(entryOf({taken}, {}));
         return;
     }
     m_scheduler.setUnfinished(0);
@@ -188,11 +187,11 @@ void Sender::onPartFailed(const SendFailure &failure)
     m_device.noteFailed(failure, isOfDevice(failure, message.id));
 
     if (failure.mayBeDelivered)
-        fail(message, ErrorCode::noRespond);
+        failLeaving(message, ErrorCode::noRespond);
     else if (isOfDevice(failure, message.id))
         giveUpDevice(current, failure);
     else if (failure.rule.treatment == Treatment::Permanent || !retry(message))
-        fail(message, code);
+        failLeaving(message, code);
 }
 
 /// Whether the failure says that the device would take no message. One that has taken others since
@@ -213,18 +212,56 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
     const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen;
     if (makesWay)
         m_refused.insert(message.id, false);
-    commit({[this, current, makesWay] {
-                const StoredMessage &held = current.message;
-                const StoreResult<> waits =
-                    makesWay ? m_queue.postpone(held.id, held.attempts,
-                                                m_clock.wallClockText(m_retries.messageDelay(1)))
-                             : m_queue.cancelPart(held.id);
-                return waits.and_then([&] { return m_scheduler.uncount(current); });
+    const Settlement settlement = makesWay ? postponed(message, Settlement::Fate::MadeWay,
+                                                       message.attempts, m_retries.messageDelay(1))
+                                           : settlementOf(message, Settlement::Fate::Returned);
+    Outbox::Entry entry = entryOf({settlement}, [this, makesWay](const QList<qint64> &) {
+        if (makesWay)
+            m_outbox.reportQueueChange();
+    });
+    entry.write = [this, current, write = entry.write] {
+        return write().and_then([&] { return m_scheduler.uncount(current); });
+    };
+    commit(entry);
+}
+
+Settlement Sender::settlementOf(const StoredMessage &message, Settlement::Fate fate) const
+{
+    Settlement settlement;
+    settlement.message = message.id;
+    settlement.fate = fate;
+    settlement.epoch = m_queue.epoch();
+    settlement.phone = message.phone;
+    settlement.text = message.text;
+    settlement.at = m_clock.wallClockText();
+    return settlement;
+}
+
+/// @param delay  s
+Settlement Sender::postponed(const StoredMessage &message, Settlement::Fate fate, int attempts,
+                             qint64 delay) const
+{
+    Settlement settlement = settlementOf(message, fate);
+    settlement.attempts = attempts;
+    settlement.nextAttempt = m_clock.wallClockText(delay);
+    return settlement;
+}
+
+/// @param report  gets the outcomes of those that failed, as Settler::settle() gives them
+Outbox::Entry Sender::entryOf(QList<Settlement> settlements,
+                              const std::function<void(const QList<qint64> &outcomes)> &report)
+{
+    const auto outcomes = std::make_shared<QList<qint64>>();
+    return {[this, settlements, outcomes] {
+                return m_settler.settle(settlements).map([&](const QList<qint64> &kept) {
+                    *outcomes = kept;
+                });
             },
-            [this, makesWay] {
-                if (makesWay)
-                    m_outbox.reportQueueChange();
-            }});
+            [report, outcomes] {
+                if (report)
+                    report(*outcomes);
+            },
+            settlements};
 }
 
 /// Reschedules the message.
@@ -237,14 +274,24 @@ bool Sender::retry(const StoredMessage &message)
     const qint64 delay = m_retries.messageDelay(attempts);
     if (m_scheduler.isTooLate(message, m_clock.wallClockText(delay)))
         return false;
-    commit({[this, id = message.id, attempts, delay] {
-                return m_queue.postpone(id, attempts, m_clock.wallClockText(delay));
-            },
-            [this] { m_outbox.reportQueueChange(); }});
+    commit(entryOf({postponed(message, Settlement::Fate::Postponed, attempts, delay)},
+                   [this](const QList<qint64> &) { m_outbox.reportQueueChange(); }));
     return true;
 }
 
-void Sender::fail(const StoredMessage &message, qint32 code)
+/// Of a message of which a part was leaving.
+void Sender::failLeaving(const StoredMessage &message, qint32 code)
+{
+    m_refused.remove(message.id);
+    Settlement failed = settlementOf(message, Settlement::Fate::Failed);
+    failed.code = code;
+    commit(entryOf({failed}, [this, message, code](const QList<qint64> &outcomes) {
+        m_outbox.reportFailed(message, outcomes.constFirst(), code);
+    }));
+}
+
+/// Of a message that can't leave. Where others finished it meanwhile, they report it.
+void Sender::failWaiting(const StoredMessage &message, qint32 code)
 {
     m_refused.remove(message.id);
     const auto outcome = std::make_shared<qint64>(0);
@@ -252,7 +299,25 @@ void Sender::fail(const StoredMessage &message, qint32 code)
                 return m_queue.finish(id, code, std::nullopt, m_clock.wallClockText(), false)
                     .map([&](qint64 kept) { *outcome = kept; });
             },
-            [this, message, code, outcome] { m_outbox.reportFailed(message, *outcome, code); }});
+            [this, message, code, outcome] {
+                if (*outcome != 0)
+                    m_outbox.reportFailed(message, *outcome, code);
+            }});
+}
+
+void Sender::settleKept(const QList<Settlement> &settlements)
+{
+    m_outbox.commitKept(entryOf(settlements, [this, settlements](const QList<qint64> &outcomes) {
+        for (qsizetype at = 0; at < settlements.size(); ++at) {
+            StoredMessage message;
+            message.phone = settlements.at(at).phone;
+            message.text = settlements.at(at).text;
+            if (settlements.at(at).fate == Settlement::Fate::Sent)
+                m_outbox.reportSent(message, m_queue.size());
+            else if (outcomes.at(at) != 0)
+                m_outbox.reportFailed(message, outcomes.at(at), settlements.at(at).code);
+        }
+    }));
 }
 
 bool Sender::mayBeInterrupted() const
@@ -314,12 +379,14 @@ void Sender::forgetMessages()
 
 Outbox::Entry Sender::entryOf(const SendingRun &run)
 {
-    return {[this, run] { return run.keep(m_queue, m_reports); },
-            [this, taken = run.taken()] {
-                auto others = m_queue.size() + static_cast<int>(taken.size());
-                for (const SendingRun::Taken &each : taken)
-                    m_outbox.reportSent(each.message, --others);
-            }};
+    QList<Settlement> settlements = run.settlements();
+    for (Settlement &settlement : settlements)
+        settlement.epoch = m_queue.epoch();
+    return entryOf(settlements, [this, taken = run.taken()](const QList<qint64> &) {
+        auto others = m_queue.size() + static_cast<int>(taken.size());
+        for (const SendingRun::Taken &each : taken)
+            m_outbox.reportSent(each.message, --others);
+    });
 }
 
 /// What the run leaves behind goes first.

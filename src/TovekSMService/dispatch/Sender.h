@@ -4,12 +4,15 @@
 #include "TovekSMService/dispatch/PacedRun.h"
 #include "TovekSMService/dispatch/RetryPolicy.h"
 #include "TovekSMService/dispatch/SendingRun.h"
+#include "TovekSMService/dispatch/Settler.h"
 #include "TovekSMService/modem/device/Modem.h"
 #include "TovekSMService/time/Timer.h"
 
 #include <QHash>
+#include <QList>
 #include <QObject>
 
+#include <functional>
 #include <optional>
 
 namespace norvane {
@@ -35,8 +38,16 @@ public:
            Outbox &outbox, DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
            const RetryPolicy &retries, const DispatcherTimings &timings);
 
+    /// Settles what an earlier run of the program kept at home.
+    void settleKept(const QList<Settlement> &settlements);
+    /// The queue can't be used at present, for another reason than its own.
+    void setHeldBack(bool isHeldBack) { m_isHeldBack = isHeldBack; }
+
     /// Whether the device has a part whose outcome isn't known yet.
     bool isSending() const { return m_current.has_value(); }
+    /// Makes sure that what the queue holds as leaving is on its way. Needs an empty outbox.
+    /// @return false where the store must be waited for, or an outcome
+    bool recover();
     /// Sends the first message, if it is due. Needs a device that is free, and an empty outbox.
     void sendFirst();
 
@@ -64,12 +75,17 @@ private:
         qint64 outcome = 0;
     };
 
-    StoreResult<> sendIfDue(const StoredMessage &message);
+    StoreResult<> sendNext();
     /// The store has failed: looks at the queue again shortly.
     void retryLater(const char *words, const StoreFailure &failure);
     bool mayBegin() const;
     void waitFor(const StoredMessage &message);
     StoreResult<QList<LeavingMessage>> beginFollowing();
+    Settlement settlementOf(const StoredMessage &message, Settlement::Fate fate) const;
+    Settlement postponed(const StoredMessage &message, Settlement::Fate fate, int attempts,
+                         qint64 delay) const;
+    Outbox::Entry entryOf(QList<Settlement> settlements,
+                          const std::function<void(const QList<qint64> &outcomes)> &report);
     void startRun(const QList<LeavingMessage> &messages);
     void send(const LeavingMessage &message);
     Modem::Followers followersOf(const LeavingMessage &message) const;
@@ -80,14 +96,15 @@ private:
     bool isOfDevice(const SendFailure &failure, qint64 id) const;
     void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
     bool retry(const StoredMessage &message);
-    void fail(const StoredMessage &message, qint32 code);
+    void failLeaving(const StoredMessage &message, qint32 code);
+    void failWaiting(const StoredMessage &message, qint32 code);
     bool mayBeInterrupted() const;
     StoreResult<QList<Interrupted>> finishInterrupted();
     Outbox::Entry entryOf(const SendingRun &run);
     void commit(const Outbox::Entry &entry);
 
     MessageQueue &m_queue;
-    DeliveryReports &m_reports;
+    Settler m_settler;
     Modem &m_modem;
     const Clock &m_clock;
     Outbox &m_outbox;
@@ -102,6 +119,7 @@ private:
     /// Messages that the device refused, and whether it has taken another one since.
     QHash<qint64, bool> m_refused;
     bool m_releaseDue = false;
+    bool m_isHeldBack = false;
     Timer m_wake; ///< runs until the first message may be due
 };
 

@@ -1,7 +1,5 @@
 #include "TovekSMService/dispatch/SendingRun.h"
 
-#include "contract/ErrorCodes.h"
-
 #include <algorithm>
 
 namespace norvane {
@@ -11,21 +9,26 @@ const SubmitPart &LeavingMessage::part() const
     return parts.at(std::min<qsizetype>(message.partsSent, parts.size() - 1));
 }
 
-StoreResult<> SendingRun::keep(MessageQueue &queue, DeliveryReports &reports) const
+QList<Settlement> SendingRun::settlements() const
 {
+    QList<Settlement> settlements;
     for (const Taken &taken : m_taken) {
-        const StoreResult<qint64> outcome =
-            queue.finish(taken.message.id, ErrorCode::ok, taken.reference, taken.at, true);
-        if (!outcome)
-            return failed(outcome.error());
-        if (StoreResult<> kept = reports.keepLastSent(taken.message.id, taken.lastPart); !kept)
-            return kept;
+        Settlement sent;
+        sent.message = taken.message.id;
+        sent.fate = Settlement::Fate::Sent;
+        sent.phone = taken.message.phone;
+        sent.text = taken.message.text;
+        sent.networkReference = taken.reference;
+        sent.at = taken.at;
+        sent.part = taken.lastPart;
+        settlements.append(sent);
     }
     for (const LeavingMessage &left : m_ahead) {
-        if (StoreResult<> cancelled = queue.cancelPart(left.message.id); !cancelled)
-            return cancelled;
+        Settlement returned;
+        returned.message = left.message.id;
+        settlements.append(returned);
     }
-    return {};
+    return settlements;
 }
 
 } // namespace norvane

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "TovekSMService/modem/codec/SubmitPdu.h"
-#include "TovekSMService/reports/DeliveryReports.h"
 #include "TovekSMService/store/MessageQueue.h"
-#include "TovekSMService/store/SentParts.h"
+#include "TovekSMService/store/Settlement.h"
 
 #include <QList>
 #include <QString>
@@ -45,8 +44,8 @@ public:
     void recordTaken(const Taken &taken) { m_taken.append(taken); }
     const QList<Taken> &taken() const { return m_taken; }
 
-    /// Keeps the outcomes of what was taken, and lets what was not handed over wait again.
-    [[nodiscard]] StoreResult<> keep(MessageQueue &queue, DeliveryReports &reports) const;
+    /// What was taken is sent, and what was not handed over waits again.
+    QList<Settlement> settlements() const;
 
 private:
     QList<LeavingMessage> m_ahead;

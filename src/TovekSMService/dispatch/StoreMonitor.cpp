@@ -57,12 +57,13 @@ void StoreMonitor::probe()
 
 void StoreMonitor::reportLasting(const StoreFailure &failure)
 {
-    if (m_database.access() != StoreDatabase::Access::Whole)
+    const bool reopensItself = m_database.reopening() == StoreDatabase::Reopening::ByItself;
+    if (m_database.access() != StoreDatabase::Access::Whole && !reopensItself)
         return;
     if (m_fault.isEmpty())
         warn(failure.text());
     // A file that was taken away and brought back is another one than that which is open.
-    if (failure.kind() != StoreFailure::Kind::Busy && mayReportLoss())
+    if (!reopensItself && failure.kind() != StoreFailure::Kind::Busy && mayReportLoss())
         reportLoss(false);
 }
 

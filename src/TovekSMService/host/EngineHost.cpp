@@ -13,6 +13,7 @@
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/store/DamagedStore.h"
 #include "TovekSMService/store/EngineFolder.h"
+#include "TovekSMService/store/PostgresDatabase.h"
 #include "TovekSMService/store/Store.h"
 #include "contract/BusTypes.h"
 #include "contract/ErrorCodes.h"
@@ -23,7 +24,9 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QRandomGenerator>
+#include <QSysInfo>
 #include <QThread>
 
 #include <utility>
@@ -40,6 +43,18 @@ QDBusConnection connectToSystemBus()
     const QString name = u"modem manager"_s;
     QDBusConnection::disconnectFromBus(name);
     return QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
+}
+
+/// Of the engines on a machine, each has a folder of its own.
+SharedStore sharedStoreOf(const EngineSettings &settings, const QString &folder, const Clock &clock)
+{
+    const QString host = QSysInfo::machineHostName();
+    const QString account = QFileInfo(folder).owner();
+    const QString name = settings.queueName.isEmpty() ? host + u':' + account : settings.queueName;
+    return {settings.queueDatabase,
+            {name, host + u':' + folder},
+            settings.sameSender,
+            [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
 }
 
 bool otherEngineIsOnBus()
@@ -88,7 +103,19 @@ EngineHost::Start EngineHost::start()
     if (!enterBus())
         return Start::Failed;
     resume();
+    openShared();
     return Start::Running;
+}
+
+/// The database comes when it does: the engine is up without it.
+void EngineHost::openShared()
+{
+    if (!m_store->isShared())
+        return;
+    if (const QString refusal = EngineSettings::load().queueRefusal; !refusal.isEmpty())
+        m_store->sharedDatabase()->refuse(StoreFailure(StoreFailure::Kind::Other, refusal));
+    else
+        m_store->sharedDatabase()->keepOpen();
 }
 
 EngineHost::Start EngineHost::lockStore(const QString &folder)
@@ -113,10 +140,13 @@ EngineHost::Start EngineHost::lockStore(const QString &folder)
 
 void EngineHost::makeParts(const QString &storeFile)
 {
-    m_store = std::make_unique<Store>(storeFile);
+    const EngineSettings settings = EngineSettings::load();
+    m_store = settings.queueDatabase.isEmpty()
+                  ? std::make_unique<Store>(storeFile)
+                  : std::make_unique<Store>(storeFile, sharedStoreOf(settings, m_folder, m_clock),
+                                            m_clock.time());
     m_pinGate = std::make_unique<StoredPinGate>(
         m_store->pins(), [this] { return m_clock.wallClockText(); }, m_clock.time());
-    const EngineSettings settings = EngineSettings::load();
     m_modem = std::make_unique<SelectedModem>(
         std::make_unique<AtModem>(
             std::move(m_line), *m_pinGate, settings.modemTimings(), nullptr,
@@ -186,7 +216,7 @@ bool EngineHost::enterBus()
 
 bool EngineHost::openStore()
 {
-    DamagedStore::finishMove(m_store->database().file());
+    DamagedStore::finishMove(m_store->file().file());
     const StoreResult<> opened = m_store->open();
     if (opened) {
         storeIsBack();
@@ -224,13 +254,13 @@ void EngineHost::reopenStore(bool damaged)
 bool EngineHost::beginAnew(const QString &reason)
 {
     qCCritical(logStore).noquote() << "the store is damaged and is set aside:" << reason;
-    if (!DamagedStore::setAside(m_store->database().file(), m_clock.wallClock(), reason))
+    if (!DamagedStore::setAside(m_store->file().file(), m_clock.wallClock(), reason))
         return false;
     m_damageMet = false;
     reportDamage();
     const StoreResult<> begun = m_store->open().and_then([this] {
         // Beyond every id that a console may still know of the old one.
-        return m_store->database().beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
+        return m_store->file().beginIdsAt(m_clock.wallClock().toMSecsSinceEpoch());
     });
     if (!begun) {
         qCCritical(logStore).noquote() << "no new store can be begun:" << begun.error().text();
@@ -271,7 +301,7 @@ void EngineHost::reportDamage()
 
 void EngineHost::resume()
 {
-    if (m_resumed || m_store->database().access() == StoreDatabase::Access::None)
+    if (m_resumed || m_store->file().access() == StoreDatabase::Access::None)
         return;
     const StoreResult<> resumed = m_dispatcher->resume();
     m_resumed = resumed.has_value();

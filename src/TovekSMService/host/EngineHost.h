@@ -59,6 +59,7 @@ private:
     /// @return false for one that this program must leave alone
     bool openStore();
     void reopenStore(bool damaged);
+    void openShared();
     bool beginAnew(const QString &reason);
     void waitForStore(const StoreFailure &failure);
     void storeIsBack();

@@ -1,7 +1,5 @@
 #include "TovekSMService/store/FilteredPage.h"
 
-#include "TovekSMService/store/Sql.h"
-
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -22,14 +20,7 @@ QString containing(const QString &text)
 QVariantList filteredPage(const MessageFilter &filter, qint64 offset, qint64 limit)
 {
     const QString pattern = containing(filter.text);
-    return {notNull(filter.from),
-            notNull(filter.to),
-            notNull(filter.to),
-            notNull(filter.text),
-            pattern,
-            pattern,
-            limit,
-            offset};
+    return {filter.from, filter.to, filter.to, filter.text, pattern, pattern, limit, offset};
 }
 
 } // namespace norvane

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "TovekSMService/store/QueueJournal.h"
-#include "TovekSMService/store/SettingTable.h"
+#include "TovekSMService/store/SentParts.h"
+#include "TovekSMService/store/StoreFailure.h"
 #include "contract/QueueRecordSet.h"
 #include "contract/SMSList.h"
 
@@ -9,12 +10,13 @@
 #include <QList>
 #include <QString>
 
+#include <algorithm>
 #include <optional>
 
 namespace norvane {
 
-class Outcomes;
 class StoreDatabase;
+class StoreRow;
 
 /// A message of the queue as the dispatcher sees it.
 struct StoredMessage
@@ -30,17 +32,35 @@ struct StoredMessage
     QString originalDate;             ///< deliveryDate as it was given, whatever came since
 };
 
+/// A part that is about to leave.
+struct BegunPart
+{
+    qint64 message = 0;
+    std::optional<quint16> reference; ///< of a message of several parts; is kept for the others
+    QByteArray hash;
+};
+
+/// A message of which the device has taken the last part.
+struct SentMessage
+{
+    qint64 id = 0;
+    std::optional<int> networkReference; ///< of the last part
+    QString at;                          ///< "yyyy-MM-ddTHH:mm:ss"
+};
+
 /// The messages that are to be sent, in the order in which they are. What is being sent belongs to
 /// them. What fails has changed nothing.
 class MessageQueue
 {
 public:
     /// @param database  must outlive this object
-    /// @param outcomes  of the same database; must outlive this object
-    MessageQueue(StoreDatabase &database, Outcomes &outcomes);
+    explicit MessageQueue(StoreDatabase &database) : m_database(database) {}
+    MessageQueue(const MessageQueue &) = delete;
+    MessageQueue &operator=(const MessageQueue &) = delete;
+    virtual ~MessageQueue() = default;
 
     /// Takes over what the database holds, now that it was opened.
-    [[nodiscard]] StoreResult<> load();
+    [[nodiscard]] virtual StoreResult<> load() = 0;
     /// The database is being closed: until load() nothing is known of it.
     void forget();
 
@@ -51,16 +71,17 @@ public:
     [[nodiscard]] StoreResult<> add(const QList<QueueRow> &messages);
     /// Keeps the outcome of a message that is not to be queued, see Outcomes::keep().
     /// @return the outcome's id
-    [[nodiscard]] StoreResult<qint64> refuse(const QueueRow &message, qint32 code,
-                                             const QString &at);
-    qint32 size() const { return m_size; }
+    [[nodiscard]] virtual StoreResult<qint64> refuse(const QueueRow &message, qint32 code,
+                                                     const QString &at) = 0;
+    /// Of a queue that others change too, as far as is known here.
+    qint32 size() const { return std::max(m_size, 0); }
     [[nodiscard]] StoreResult<QList<QueueRow>> rows() const;
     /// Those of the messages `ids` that are in the queue, in no order.
-    [[nodiscard]] StoreResult<QList<QueueRow>> rows(const QList<qint64> &ids) const;
+    [[nodiscard]] virtual StoreResult<QList<QueueRow>> rows(const QList<qint64> &ids) const = 0;
     /// What became different in rows().
     const QueueJournal &journal() const { return m_journal; }
-    /// Removes every message but the one in progress.
-    [[nodiscard]] StoreResult<> clear();
+    /// Removes every message but those in progress.
+    [[nodiscard]] virtual StoreResult<> clear() = 0;
     /// Changes phone and text of the rows that still wait, and removes those of `deleted` that do.
     /// A row that gets another phone or text begins anew, with all its parts and attempts.
     /// @return false when a change or a deletion came too late: its message is being sent, or was,
@@ -75,43 +96,69 @@ public:
     // As the dispatcher sees it.
     /// The message that goes first: by delivery date, then by order of queueing.
     [[nodiscard]] StoreResult<std::optional<StoredMessage>> first() const;
-    /// The messages that go first, `max` at most, in their order.
-    [[nodiscard]] StoreResult<QList<StoredMessage>> first(int max) const;
+    /// The messages that go first, `max` at most, in their order. Within a transaction nobody else
+    /// can begin them until it ends.
+    [[nodiscard]] virtual StoreResult<QList<StoredMessage>> first(int max) const = 0;
     /// The moment at which first() is due, empty for a message with an odd date.
-    [[nodiscard]] StoreResult<std::optional<QString>> firstDue() const;
-    /// Notes that a part is about to leave. `reference`, of a message of several parts, is kept for
-    /// the others.
-    [[nodiscard]] StoreResult<> beginPart(qint64 id, std::optional<quint16> reference,
-                                          const QByteArray &partHash);
+    [[nodiscard]] virtual StoreResult<std::optional<QString>> firstDue() const = 0;
+    /// Whether recover() is to be called before another part begins.
+    virtual bool needsRecovery() const { return false; }
+    /// Lets those parts wait again of which the database alone says that they are leaving. To be
+    /// called when nothing is on its way, and what became of everything that was is settled.
+    [[nodiscard]] virtual StoreResult<> recover() { return {}; }
+    /// The epoch in which parts begin now, see SharedQueue.
+    virtual qint64 epoch() const { return 0; }
+    /// What is settled from now on began to leave in that epoch; 0 for the present one.
+    virtual void settleAs(qint64 /*epoch*/) {}
+    /// Notes that parts are about to leave.
+    [[nodiscard]] virtual StoreResult<> begin(const QList<BegunPart> &parts) = 0;
     /// Notes that the part was accepted and others follow: the message stays in progress.
-    [[nodiscard]] StoreResult<> endPart(qint64 id, int partsSent);
-    /// Takes back beginPart: the part did not leave, and the message waits again, in progress if
-    /// other parts of it were accepted.
-    [[nodiscard]] StoreResult<> cancelPart(qint64 id);
+    [[nodiscard]] virtual StoreResult<> endPart(qint64 id, int partsSent) = 0;
+    /// Takes back begin(): the parts did not leave, and the messages wait again, in progress if
+    /// other parts of them were accepted.
+    [[nodiscard]] virtual StoreResult<> cancel(const QList<qint64> &ids) = 0;
     /// Lets every message that is in progress between two of its parts wait again.
-    [[nodiscard]] StoreResult<> releaseBetweenParts();
+    [[nodiscard]] virtual StoreResult<> releaseBetweenParts() = 0;
     /// Holds those messages as in progress of which parts were accepted.
-    [[nodiscard]] StoreResult<> holdPartlySent();
+    [[nodiscard]] virtual StoreResult<> holdPartlySent() = 0;
     /// Moves the message to its next attempt, in progress if parts of it were accepted.
-    [[nodiscard]] StoreResult<> postpone(qint64 id, int attempts, const QString &nextAttempt);
+    [[nodiscard]] virtual StoreResult<> postpone(qint64 id, int attempts,
+                                                 const QString &nextAttempt) = 0;
+    /// Lets the message make way for others until that moment: the device refuses it, for its own
+    /// sake or the message's.
+    [[nodiscard]] virtual StoreResult<> makeWay(qint64 id, int attempts, const QString &until) = 0;
     /// Takes the message out of the queue and keeps its outcome, see Outcomes::keep().
     /// @return the outcome's id
-    [[nodiscard]] StoreResult<qint64> finish(qint64 id, qint32 code,
-                                             std::optional<int> networkReference, const QString &at,
-                                             bool reported);
+    [[nodiscard]] virtual StoreResult<qint64> finish(qint64 id, qint32 code,
+                                                     std::optional<int> networkReference,
+                                                     const QString &at, bool reported) = 0;
+    /// The same for messages that were sent.
+    [[nodiscard]] virtual StoreResult<> finishSent(const QList<SentMessage> &messages) = 0;
     /// Messages of which a part was about to leave when the engine ended.
-    [[nodiscard]] StoreResult<QList<StoredMessage>> interrupted() const;
+    [[nodiscard]] virtual StoreResult<QList<StoredMessage>> interrupted() const = 0;
 
-private:
-    StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages);
-    StoreResult<bool> change(const QueueRow &row);
-    StoreResult<bool> remove(qint64 id);
+protected:
+    /// Inserts messages, and gives their ids.
+    virtual StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages) = 0;
+    virtual StoreResult<bool> change(const QueueRow &row) = 0;
+    virtual StoreResult<bool> remove(qint64 id) = 0;
+    /// The name of the value that recentBatches() keeps.
+    virtual QString batchesSetting() const = 0;
+    /// What other sessions are to hear of, once the transaction is committed.
+    virtual void announce(const QList<qint64> & /*ids*/) {}
+
+    static QString dueOf(const QString &deliveryDate);
+    static QueueRow rowOf(const StoreRow &row);
+    static StoredMessage messageOf(const StoreRow &row);
     StoreResult<bool> isOrWasInProgress(qint64 id) const;
     void resize(qsizetype change);
+    void setSize(qint32 size) { m_size = size; }
+    void note(const QList<qint64> &ids);
+    void noteAll() { m_journal.noteAll(); }
 
     StoreDatabase &m_database;
-    Outcomes &m_outcomes;
-    SettingTable m_settings;
+
+private:
     qint32 m_size = 0;
     QueueJournal m_journal;
 };

@@ -8,13 +8,13 @@ namespace norvane {
 
 namespace {
 
-Outcome outcomeOf(const Statement &row)
+Outcome outcomeOf(const StoreRow &row)
 {
     return {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toString(),
             row.value(3).toInt()};
 }
 
-OutcomeRow outcomeRowOf(const Statement &row)
+OutcomeRow outcomeRowOf(const StoreRow &row)
 {
     OutcomeRow outcome{row.value(0).toLongLong(),
                        row.value(1).toString(),
@@ -30,7 +30,7 @@ OutcomeRow outcomeRowOf(const Statement &row)
     return outcome;
 }
 
-LastFailure failureOf(const Statement &row)
+LastFailure failureOf(const StoreRow &row)
 {
     return {row.value(0).toString(), row.value(1).toInt()};
 }
@@ -50,12 +50,16 @@ StoreResult<bool> Outcomes::setDelivery(qint64 message, DeliveryState state, con
     return m_database
         .writeAndCount("UPDATE outcome SET delivery = ?, delivered_at = ? WHERE message_id = ? AND "
                        "code = 1 AND delivery <> ?",
-                       {static_cast<int>(state), notNull(at), message, static_cast<int>(state)})
+                       {static_cast<int>(state), at, message, static_cast<int>(state)})
         .map([](int rows) { return rows > 0; });
 }
 
 StoreResult<QList<Outcome>> Outcomes::unreportedFailures() const
 {
+    if (m_reporter)
+        return m_database.rows("SELECT id, phone, text, code FROM outcome "
+                               "WHERE reported = 0 AND reporter = ? ORDER BY id",
+                               {m_reporter()}, outcomeOf);
     return m_database.rows(StoreQueries::unreportedFailures, {}, outcomeOf);
 }
 
@@ -98,7 +102,7 @@ StoreResult<int> Outcomes::count(DeliveryState state) const
     // The index holds what was asked about alone; the second condition tells that it will do.
     return m_database
         .row("SELECT COUNT(*) FROM outcome WHERE delivery = ? AND delivery > 1",
-             {static_cast<int>(state)}, [](const Statement &row) { return row.value(0).toInt(); })
+             {static_cast<int>(state)}, [](const StoreRow &row) { return row.value(0).toInt(); })
         .map([](std::optional<int> count) { return count.value_or(0); });
 }
 

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace norvane {
@@ -34,6 +35,10 @@ class Outcomes
 public:
     /// @param database  must outlive this object
     explicit Outcomes(StoreDatabase &database) : m_database(database) {}
+
+    /// Of outcomes that several engines leave: the id of the one whose failures
+    /// unreportedFailures() gives.
+    void setReporter(const std::function<int()> &reporter) { m_reporter = reporter; }
 
     /// Keeps the outcome of a message that is in the queue.
     /// @param networkReference  of the last part, for a message that was sent
@@ -70,6 +75,7 @@ public:
 
 private:
     StoreDatabase &m_database;
+    std::function<int()> m_reporter; ///< empty: there is one engine
 };
 
 } // namespace norvane

@@ -18,7 +18,7 @@ struct Count
     qint64 parts;
 };
 
-Count countOf(const Statement &row)
+Count countOf(const StoreRow &row)
 {
     return {row.value(0).toString().size() == dayLength, row.value(1).toLongLong()};
 }

@@ -13,7 +13,7 @@ QByteArray pinDigest(const QString &simId, const QString &pin)
     return QCryptographicHash::hash((simId + u'\0' + pin).toUtf8(), QCryptographicHash::Sha256);
 }
 
-PinHistory historyOf(const Statement &row)
+PinHistory historyOf(const StoreRow &row)
 {
     return static_cast<PinHistory>(row.value(0).toInt());
 }

@@ -28,7 +28,7 @@ QString textOf(const QByteArray &units)
     return text;
 }
 
-ReceivedPart partOf(const Statement &row)
+ReceivedPart partOf(const StoreRow &row)
 {
     return {row.value(0).toLongLong(),
             {row.value(1).toString(), row.value(2).toString(), row.value(3).toInt(),
@@ -38,7 +38,7 @@ ReceivedPart partOf(const Statement &row)
             textOf(row.value(8).toByteArray())};
 }
 
-ReceivedMessage messageOf(const Statement &row)
+ReceivedMessage messageOf(const StoreRow &row)
 {
     return {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toString(),
             row.value(3).toString(),   row.value(4).toString(), row.value(5).toInt() != 0};
@@ -53,7 +53,7 @@ ReceivedMessages::addPart(const QByteArray &digest, const ReceivedPart &part, co
     return m_database.together([&]() -> StoreResult<Id> {
         const auto known =
             m_database.row("SELECT id FROM received_part WHERE digest = ?", {digest},
-                           [](const Statement &row) { return row.value(0).toLongLong(); });
+                           [](const StoreRow &row) { return row.value(0).toLongLong(); });
         if (!known)
             return failed(known.error());
         if (*known)
@@ -61,21 +61,20 @@ ReceivedMessages::addPart(const QByteArray &digest, const ReceivedPart &part, co
         return m_database
             .insert("INSERT INTO received_part (digest, at, sim, phone, reference, wide, total, "
                     "number, sent_at, text) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-                    {digest, at, notNull(part.group.sim), notNull(part.group.phone),
-                     part.group.reference, part.group.isWide ? 1 : 0, part.group.total, part.number,
-                     notNull(part.sentAt), unitsOf(part.text)})
+                    {digest, at, part.group.sim, part.group.phone, part.group.reference,
+                     part.group.isWide ? 1 : 0, part.group.total, part.number, part.sentAt,
+                     unitsOf(part.text)})
             .map([](qint64 id) { return Id(id); });
     });
 }
 
 StoreResult<QList<ReceivedPart>> ReceivedMessages::waiting(const ReceivedGroup &group) const
 {
-    return m_database.rows(NORVANE_RECEIVED_PART
-                           "WHERE message_id IS NULL AND phone = ? AND reference = ? AND wide = ? "
-                           "AND total = ? AND sim = ? ORDER BY id",
-                           {notNull(group.phone), group.reference, group.isWide ? 1 : 0,
-                            group.total, notNull(group.sim)},
-                           partOf);
+    return m_database.rows(
+        NORVANE_RECEIVED_PART
+        "WHERE message_id IS NULL AND phone = ? AND reference = ? AND wide = ? "
+        "AND total = ? AND sim = ? ORDER BY id",
+        {group.phone, group.reference, group.isWide ? 1 : 0, group.total, group.sim}, partOf);
 }
 
 StoreResult<QList<ReceivedPart>> ReceivedMessages::waitingSince(const QString &before,
@@ -90,15 +89,16 @@ StoreResult<qint64> ReceivedMessages::addMessage(const ReceivedMessage &message,
                                                  const QList<qint64> &parts)
 {
     return m_database.together([&]() -> StoreResult<qint64> {
-        const StoreResult<qint64> id = m_database.insert(
-            "INSERT INTO received (at, sent_at, phone, text) VALUES (?, ?, ?, ?)",
-            {message.at, notNull(message.sentAt), notNull(message.phone), notNull(message.text)});
+        const StoreResult<qint64> id =
+            m_database.insert("INSERT INTO received (at, sent_at, phone, text) VALUES (?, ?, ?, ?)",
+                              {message.at, message.sentAt, message.phone, message.text});
         if (!id)
             return id;
         for (const qint64 part : parts) {
             // The message has the text now.
-            const StoreResult<> kept = m_database.write(
-                "UPDATE received_part SET message_id = ?, text = x'' WHERE id = ?", {*id, part});
+            const StoreResult<> kept =
+                m_database.write("UPDATE received_part SET message_id = ?, text = ? WHERE id = ?",
+                                 {*id, QByteArray(""), part});
             if (!kept)
                 return failed(kept.error());
         }
@@ -131,7 +131,7 @@ StoreResult<int> ReceivedMessages::unread() const
 {
     return m_database
         .row("SELECT COUNT(*) FROM received WHERE read = 0", {},
-             [](const Statement &row) { return row.value(0).toInt(); })
+             [](const StoreRow &row) { return row.value(0).toInt(); })
         .map([](std::optional<int> count) { return count.value_or(0); });
 }
 

@@ -8,13 +8,13 @@ namespace norvane {
 
 namespace {
 
-OpenPart openPartOf(const Statement &row)
+OpenPart openPartOf(const StoreRow &row)
 {
     return {row.value(0).toLongLong(), row.value(1).toLongLong(), row.value(2).toInt(),
             row.value(3).toString()};
 }
 
-PartState stateOf(const Statement &row)
+PartState stateOf(const StoreRow &row)
 {
     return {row.value(0).toInt(), row.value(1).toInt(),
             static_cast<DeliveryState>(row.value(2).toInt()),
@@ -30,8 +30,8 @@ StoreResult<> SentParts::add(const SentPart &part)
         "INSERT INTO sent_part (message_id, number, total, reference, phone, sim, at, state) "
         "VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
         {part.message, part.number, part.total,
-         part.reference ? QVariant(*part.reference) : QVariant(), notNull(part.phone),
-         notNull(part.sim), part.at, static_cast<int>(DeliveryState::Pending)});
+         part.reference ? QVariant(*part.reference) : QVariant(), part.phone, part.sim, part.at,
+         static_cast<int>(DeliveryState::Pending)});
 }
 
 StoreResult<QList<OpenPart>> SentParts::open(const QString &sim, int reference) const
@@ -39,7 +39,7 @@ StoreResult<QList<OpenPart>> SentParts::open(const QString &sim, int reference) 
     // A reference comes again with every 256th part.
     return m_database.rows("SELECT id, message_id, total, phone FROM sent_part WHERE final = 0 "
                            "AND reference = ? AND sim = ? ORDER BY id DESC",
-                           {reference, notNull(sim)}, openPartOf);
+                           {reference, sim}, openPartOf);
 }
 
 StoreResult<std::optional<OpenPart>> SentParts::latestOpen(const QString &sim, int reference,
@@ -47,7 +47,7 @@ StoreResult<std::optional<OpenPart>> SentParts::latestOpen(const QString &sim, i
 {
     return m_database.row("SELECT id, message_id, total, phone FROM sent_part WHERE final = 0 AND "
                           "reference = ? AND sim = ? AND phone = ? ORDER BY id DESC LIMIT 1",
-                          {reference, notNull(sim), notNull(phone)}, openPartOf);
+                          {reference, sim, phone}, openPartOf);
 }
 
 StoreResult<> SentParts::setState(qint64 part, DeliveryState state, bool isFinal, int status,
@@ -69,7 +69,7 @@ StoreResult<QList<qint64>> SentParts::overdue(const QString &before, int max) co
 {
     return m_database.rows(
         "SELECT DISTINCT message_id FROM sent_part WHERE state = 1 AND at < ? LIMIT ?",
-        {before, max}, [](const Statement &row) { return row.value(0).toLongLong(); });
+        {before, max}, [](const StoreRow &row) { return row.value(0).toLongLong(); });
 }
 
 StoreResult<> SentParts::giveUp(qint64 message, const QString &at)
@@ -84,8 +84,8 @@ StoreResult<bool> SentParts::keepReport(const QByteArray &digest, const QString 
 {
     return m_database
         .writeAndCount(
-            "INSERT OR IGNORE INTO status_report (digest, at, part_id, pdu) "
-            "VALUES (?, ?, ?, ?)",
+            "INSERT INTO status_report (digest, at, part_id, pdu) "
+            "VALUES (?, ?, ?, ?) ON CONFLICT DO NOTHING",
             {digest, at, part ? QVariant(*part) : QVariant(), part ? QVariant() : QVariant(pdu)})
         .map([](int rows) { return rows > 0; });
 }
@@ -94,7 +94,7 @@ StoreResult<bool> SentParts::hasReport(const QByteArray &digest) const
 {
     return m_database
         .row("SELECT 1 FROM status_report WHERE digest = ?", {digest},
-             [](const Statement &) { return true; })
+             [](const StoreRow &) { return true; })
         .map([](std::optional<bool> found) { return found.has_value(); });
 }
 

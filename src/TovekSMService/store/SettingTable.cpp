@@ -1,6 +1,5 @@
 #include "TovekSMService/store/SettingTable.h"
 
-#include "TovekSMService/store/Sql.h"
 #include "TovekSMService/store/StoreDatabase.h"
 
 namespace norvane {
@@ -9,7 +8,7 @@ StoreResult<QString> SettingTable::value(const QString &name, const QString &abs
 {
     return m_database
         .row("SELECT value FROM setting WHERE name = ?", {name},
-             [](const Statement &row) { return row.value(0).toString(); })
+             [](const StoreRow &row) { return row.value(0).toString(); })
         .map([&](const std::optional<QString> &value) { return value.value_or(absent); });
 }
 
@@ -17,7 +16,7 @@ StoreResult<> SettingTable::write(const QString &name, const QString &value)
 {
     return m_database.write("INSERT INTO setting (name, value) VALUES (?, ?) "
                             "ON CONFLICT (name) DO UPDATE SET value = excluded.value",
-                            {name, notNull(value)});
+                            {name, value});
 }
 
 } // namespace norvane

@@ -30,7 +30,7 @@ StoreResult<QSqlQuery> prepared(const QSqlDatabase &database, const QString &sta
     return query;
 }
 
-QString notNull(const QString &text)
+QString boundText(const QString &text)
 {
     if (text.startsWith(QChar::ByteOrderMark) || text.startsWith(QChar::ByteOrderSwapped))
         return QChar(QChar::ByteOrderMark) + text;

@@ -15,7 +15,7 @@ namespace norvane {
 /// `text` as the value of a column: an empty one for null, which the database would take for its
 /// own NULL. One that begins with a byte order mark, in either order, gets another in front: the
 /// database takes a mark for itself, and turns all bytes round behind one of the other order.
-QString notNull(const QString &text);
+QString boundText(const QString &text);
 
 /// Runs a prepared statement with its bound values.
 [[nodiscard]] StoreResult<> execute(QSqlQuery &query);

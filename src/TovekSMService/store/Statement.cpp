@@ -37,8 +37,12 @@ StoreResult<> Statement::run(const QVariantList &values)
 {
     if (StoreResult<> ready = prepare(); !ready)
         return ready;
-    for (int place = 0; place < values.size(); ++place)
-        m_query->bindValue(place, values.at(place));
+    for (int place = 0; place < values.size(); ++place) {
+        const QVariant &value = values.at(place);
+        m_query->bindValue(place, value.typeId() == QMetaType::QString
+                                      ? QVariant(boundText(value.toString()))
+                                      : value);
+    }
     return execute(*m_query);
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "TovekSMService/store/StoreFailure.h"
+#include "TovekSMService/store/StoreRow.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QString>
 #include <QVariant>
 
@@ -28,14 +30,14 @@ private:
 
 /// The use of a prepared statement: from binding its values to the last row, after which it holds
 /// nothing open. A statement is used once at a time.
-class Statement
+class Statement : public StoreRow
 {
 public:
     /// @param text  lives as long as the program
     Statement(Statements &statements, const char *text) : m_statements(statements), m_text(text) {}
     Statement(const Statement &) = delete;
     Statement &operator=(const Statement &) = delete;
-    ~Statement();
+    ~Statement() override;
 
     /// Runs it with these values in the places of its question marks.
     [[nodiscard]] StoreResult<> run(const QVariantList &values = {});
@@ -43,7 +45,8 @@ public:
     /// Goes to the next row.
     /// @return false if there is none
     [[nodiscard]] StoreResult<bool> next();
-    QVariant value(int column) const { return m_query->value(column); }
+    int columns() const override { return m_query->record().count(); }
+    QVariant value(int column) const override { return m_query->value(column); }
     /// The id of the row that the last run inserted; to be asked at once.
     qint64 lastId() const { return m_query->lastInsertId().toLongLong(); }
     /// How many rows the last run changed; to be asked at once.

@@ -1,14 +1,53 @@
 #include "TovekSMService/store/Store.h"
 
+#include "TovekSMService/store/LocalQueue.h"
+#include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/SharedQueue.h"
+
+#include <utility>
+
 namespace norvane {
+
+namespace {
+
+StoreDatabase &eitherOf(SqliteDatabase &file, PostgresDatabase *shared)
+{
+    if (shared != nullptr)
+        return *shared;
+    return file;
+}
+
+} // namespace
+
+Store::Store(const QString &file, std::unique_ptr<PostgresDatabase> shared)
+    : m_file(file), m_shared(std::move(shared)), m_database(eitherOf(m_file, m_shared.get()))
+{}
+
+Store::Store(const QString &file) : Store(file, nullptr)
+{
+    m_queue = std::make_unique<LocalQueue>(m_database, m_outcomes);
+}
+
+Store::Store(const QString &file, const SharedStore &shared, TimeSource &time)
+    : Store(file, std::make_unique<PostgresDatabase>(shared.conninfo, time))
+{
+    m_engines = std::make_unique<EngineRegister>(m_database, shared.engine);
+    auto queue =
+        std::make_unique<SharedQueue>(*m_shared, *m_engines, shared.now, shared.sameSenderSeconds);
+    m_sharedQueue = queue.get();
+    m_queue = std::move(queue);
+    m_outcomes.setReporter([this] { return m_engines->id(); });
+}
+
+Store::~Store() = default;
 
 StoreResult<> Store::open()
 {
     close();
-    StoreResult<> opened = m_database.open();
-    if (m_database.access() == StoreDatabase::Access::None)
+    StoreResult<> opened = m_file.open();
+    if (m_file.access() == StoreDatabase::Access::None || isShared())
         return opened;
-    if (const StoreResult<> loaded = m_queue.load(); !loaded) {
+    if (const StoreResult<> loaded = m_queue->load(); !loaded) {
         close();
         return opened ? loaded : opened;
     }
@@ -17,8 +56,9 @@ StoreResult<> Store::open()
 
 void Store::close()
 {
-    m_queue.forget();
-    m_database.close();
+    if (!isShared())
+        m_queue->forget();
+    m_file.close();
 }
 
 } // namespace norvane

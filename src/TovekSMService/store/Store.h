@@ -1,6 +1,8 @@
 #pragma once
 
+#include "TovekSMService/store/EngineRegister.h"
 #include "TovekSMService/store/EngineSettingsStore.h"
+#include "TovekSMService/store/KeptSettlements.h"
 #include "TovekSMService/store/MessageQueue.h"
 #include "TovekSMService/store/OptOutList.h"
 #include "TovekSMService/store/Outcomes.h"
@@ -8,26 +10,59 @@
 #include "TovekSMService/store/PinRecord.h"
 #include "TovekSMService/store/ReceivedMessages.h"
 #include "TovekSMService/store/SentParts.h"
-#include "TovekSMService/store/StoreDatabase.h"
+#include "TovekSMService/store/SqliteDatabase.h"
+
+#include <functional>
+#include <memory>
 
 namespace norvane {
 
+class PostgresDatabase;
+class SharedQueue;
+class TimeSource;
+
+/// A queue that an engine shares with others.
+struct SharedStore
+{
+    QString conninfo; ///< of the database, as libpq takes it
+    EngineRegister::Identity engine;
+    int sameSenderSeconds = 0; ///< see SharedQueue
+    /// The wall clock so many seconds from now, "yyyy-MM-ddTHH:mm:ss".
+    std::function<QString(qint64 seconds)> now;
+};
+
 /// Everything that the engine keeps. Each operation of its parts is one transaction, unless it is
 /// one of several that are carried out together.
+///
+/// What is the engine's own, its settings, PINs and counts, lies in its own file. The queue and
+/// what belongs to its messages lies there too, or in a database that other engines use as well.
 class Store
 {
 public:
     /// It is not open yet.
-    explicit Store(const QString &file) : m_database(file) {}
+    explicit Store(const QString &file);
+    Store(const QString &file, const SharedStore &shared, TimeSource &time);
+    ~Store();
 
-    /// Opens the database anew, and all parts with it, see StoreDatabase::open().
+    /// Opens the engine's own file anew, and all parts with it, see SqliteDatabase::open(). A
+    /// database that is shared is opened by itself.
     [[nodiscard]] StoreResult<> open();
     void close();
 
+    SqliteDatabase &file() { return m_file; }
+    const SqliteDatabase &file() const { return m_file; }
+    /// Where the queue is.
     StoreDatabase &database() { return m_database; }
     const StoreDatabase &database() const { return m_database; }
-    MessageQueue &queue() { return m_queue; }
-    const MessageQueue &queue() const { return m_queue; }
+    bool isShared() const { return m_shared != nullptr; }
+    /// Of a queue that is shared; null for one that isn't.
+    PostgresDatabase *sharedDatabase() { return m_shared.get(); }
+    SharedQueue *sharedQueue() { return m_sharedQueue; }
+    EngineRegister *engines() { return m_engines.get(); }
+    KeptSettlements *keptSettlements() { return isShared() ? &m_keptSettlements : nullptr; }
+
+    MessageQueue &queue() { return *m_queue; }
+    const MessageQueue &queue() const { return *m_queue; }
     Outcomes &outcomes() { return m_outcomes; }
     const Outcomes &outcomes() const { return m_outcomes; }
     EngineSettingsStore &settings() { return m_settings; }
@@ -40,15 +75,22 @@ public:
     OptOutList &optOuts() { return m_optOuts; }
 
 private:
-    StoreDatabase m_database;
+    Store(const QString &file, std::unique_ptr<PostgresDatabase> shared);
+
+    SqliteDatabase m_file;
+    std::unique_ptr<PostgresDatabase> m_shared;
+    StoreDatabase &m_database;
     Outcomes m_outcomes{m_database};
-    MessageQueue m_queue{m_database, m_outcomes};
-    EngineSettingsStore m_settings{m_database};
-    PartCounter m_parts{m_database};
-    PinRecord m_pins{m_database};
+    EngineSettingsStore m_settings{m_file};
+    PartCounter m_parts{m_file};
+    PinRecord m_pins{m_file};
+    KeptSettlements m_keptSettlements{m_file};
     SentParts m_sentParts{m_database};
     ReceivedMessages m_received{m_database};
     OptOutList m_optOuts{m_database};
+    std::unique_ptr<EngineRegister> m_engines;
+    SharedQueue *m_sharedQueue = nullptr; ///< m_queue, if that is shared
+    std::unique_ptr<MessageQueue> m_queue;
 };
 
 } // namespace norvane

@@ -1,132 +1,6 @@
 #include "TovekSMService/store/StoreDatabase.h"
 
-#include "TovekSMService/store/SettingTable.h"
-#include "TovekSMService/store/StoreSchema.h"
-
-#include <QFile>
-#include <QFileInfo>
-#include <QUrl>
-#include <QUuid>
-
-#include <utility>
-
 namespace norvane {
-
-using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Makes the file, before anything is written to it, with the rights of its owner alone.
-StoreResult<> makeForOwner(const QString &file)
-{
-    // One that is there isn't opened: closing it would give up this process's locks on it, the
-    // database library's too.
-    QFile made(file);
-    if (!made.exists() && !made.open(QIODevice::ReadWrite))
-        return failed(
-            StoreFailure(StoreFailure::Kind::ReadOnly, file + u": "_s + made.errorString()));
-    made.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    return {};
-}
-
-StoreResult<> refuseDamaged(const QSqlDatabase &database)
-{
-    StoreResult<QSqlQuery> check = prepared(database, u"PRAGMA quick_check(1)"_s);
-    if (!check)
-        return failed(check.error());
-    if (StoreResult<> ran = execute(*check); !ran)
-        return ran;
-    const QString found = check->next() ? check->value(0).toString() : QString();
-    if (found != "ok"_L1)
-        return failed(StoreFailure(StoreFailure::Kind::Corrupt, found));
-    return {};
-}
-
-bool isOfTheFileItself(StoreFailure::Kind kind)
-{
-    return kind == StoreFailure::Kind::Corrupt || kind == StoreFailure::Kind::TooNew;
-}
-
-} // namespace
-
-StoreDatabase::StoreDatabase(const QString &file)
-    : m_file(file), m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
-{}
-
-StoreDatabase::~StoreDatabase()
-{
-    close();
-}
-
-StoreResult<> StoreDatabase::open()
-{
-    close();
-    StoreResult<> opened = openForWriting();
-    if (opened) {
-        m_access = Access::Whole;
-        return opened;
-    }
-    close();
-    if (isOfTheFileItself(opened.error().kind()))
-        return opened;
-    if (openForReading())
-        m_access = Access::Reading;
-    else
-        close();
-    return opened;
-}
-
-StoreResult<> StoreDatabase::openForWriting()
-{
-    const auto run = [this](const QString &statement) {
-        return [this, statement] { return execute(m_database, statement); };
-    };
-    return makeForOwner(m_file)
-        .and_then([this] { return openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s); })
-        .and_then([this] { return StoreSchema::refuseLater(m_database); })
-        .and_then(run(u"PRAGMA journal_mode = WAL"_s))
-        .and_then([this] { return refuseDamaged(m_database); })
-        .and_then(run(u"PRAGMA synchronous = FULL"_s))
-        // Fewer of the moments in which the log is brought into the file; 16 MB of it are no
-        // burden.
-        .and_then(run(u"PRAGMA wal_autocheckpoint = 4000"_s))
-        .and_then([this] { return StoreSchema::migrate(m_database); });
-}
-
-StoreResult<> StoreDatabase::openForReading()
-{
-    if (QFileInfo(m_file + u"-wal"_s).size() > 0)
-        return failed(StoreFailure(StoreFailure::Kind::ReadOnly,
-                                   u"what is in the log only would not be seen"_s));
-    const QString name =
-        QString::fromLatin1(QUrl::fromLocalFile(m_file).toEncoded()) + u"?immutable=1"_s;
-    return openFile(name, u"QSQLITE_OPEN_URI;QSQLITE_OPEN_READONLY"_s).and_then([this] {
-        return StoreSchema::refuseOther(m_database);
-    });
-}
-
-StoreResult<> StoreDatabase::openFile(const QString &name, const QString &options)
-{
-    m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-    m_database.setDatabaseName(name);
-    // A lock is waited for by the callers' timers, not here, where it would hold up everything.
-    m_database.setConnectOptions(options);
-    if (!m_database.open())
-        return failed(StoreFailure(m_database.lastError()));
-    m_statements.setDatabase(m_database);
-    return {};
-}
-
-void StoreDatabase::close()
-{
-    m_access = Access::None;
-    if (!m_database.isValid())
-        return;
-    m_statements.drop();
-    m_database.close();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_connection);
-}
 
 void StoreDatabase::endTogether(bool isKept)
 {
@@ -146,48 +20,17 @@ void StoreDatabase::onRollback(const std::function<void()> &undo)
 
 StoreResult<> StoreDatabase::write(const char *text, const QVariantList &values)
 {
-    return together([&] { return Statement(m_statements, text).run(values); });
+    return together([&] { return carryOut(text, values); });
 }
 
 StoreResult<int> StoreDatabase::writeAndCount(const char *text, const QVariantList &values)
 {
-    return together([&] {
-        Statement statement(m_statements, text);
-        return statement.run(values).map([&] { return statement.changedRows(); });
-    });
+    return together([&] { return carryOutAndCount(text, values); });
 }
 
 StoreResult<qint64> StoreDatabase::insert(const char *text, const QVariantList &values)
 {
-    return together([&] {
-        Statement statement(m_statements, text);
-        return statement.run(values).map([&] { return statement.lastId(); });
-    });
-}
-
-StoreResult<> StoreDatabase::probe()
-{
-    const QString name = u"probe"_s;
-    SettingTable settings(*this);
-    return together([&] {
-        return settings.value(name).and_then([&](const QString &last) {
-            return settings.write(name, last == "even"_L1 ? u"odd"_s : u"even"_s);
-        });
-    });
-}
-
-StoreResult<> StoreDatabase::beginIdsAt(qint64 id)
-{
-    const auto beginIn = [this, id](QLatin1String table) {
-        return write("DELETE FROM sqlite_sequence WHERE name = ? AND seq < ?", {table, id})
-            .and_then([=, this] {
-                return write("INSERT INTO sqlite_sequence (name, seq) SELECT ?, ? WHERE NOT EXISTS "
-                             "(SELECT 1 FROM sqlite_sequence WHERE name = ?)",
-                             {table, id, table});
-            });
-    };
-    return together(
-        [&] { return beginIn("message"_L1).and_then([&] { return beginIn("outcome"_L1); }); });
+    return together([&] { return carryOutInsert(text, values); });
 }
 
 } // namespace norvane

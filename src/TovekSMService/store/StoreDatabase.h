@@ -1,44 +1,42 @@
 #pragma once
 
-#include "TovekSMService/store/Sql.h"
-#include "TovekSMService/store/Statement.h"
 #include "TovekSMService/store/StoreFailure.h"
+#include "TovekSMService/store/StoreRow.h"
 
 #include <QList>
-#include <QSqlDatabase>
-#include <QString>
 #include <QVariant>
 
 #include <functional>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace norvane {
 
-/// The SQLite file that everything is kept in: opens and closes it, and carries out statements and
-/// transactions. What was written has reached the disk when the call returns. What fails has
-/// changed nothing.
+/// A database that messages are kept in: carries out statements and transactions. What was written
+/// is durable when the outermost call returns. What fails has changed nothing.
 class StoreDatabase
 {
 public:
-    /// What can be done with the file at present.
+    /// What can be done with the database at present.
     enum class Access {
         None,    ///< it is not open: every operation fails
         Reading, ///< the disk can't be written: every operation that changes something fails
         Whole,
     };
+    /// Whose work it is to open a database that was lost.
+    enum class Reopening {
+        ByHost, ///< it stays as it is until it is opened anew
+        ByItself,
+    };
 
-    explicit StoreDatabase(const QString &file);
+    StoreDatabase() = default;
     StoreDatabase(const StoreDatabase &) = delete;
     StoreDatabase &operator=(const StoreDatabase &) = delete;
-    ~StoreDatabase();
+    virtual ~StoreDatabase() = default;
 
-    /// Opens the file anew, making it and its schema where there is none. Where that fails for the
-    /// disk and not for the file, it is open for reading afterwards if it can be.
-    [[nodiscard]] StoreResult<> open();
-    void close();
-    Access access() const { return m_access; }
-    QString file() const { return m_file; }
+    virtual Access access() const = 0;
+    virtual Reopening reopening() const = 0;
 
     /// Carries out several operations, which give a StoreResult, as one: with one commit, all of
     /// them or, where they fail, none. Within another one it is a part of that.
@@ -48,42 +46,52 @@ public:
     /// Takes back a change in memory if the transaction that is open now, if any, is rolled back.
     void onRollback(const std::function<void()> &undo);
 
-    /// One statement that writes, as an operation.
+    // The statements. Their values stand in the places of question marks.
+
+    /// One that writes, as an operation. Within a transaction its failure may show in a later
+    /// statement, or in the commit.
     [[nodiscard]] StoreResult<> write(const char *text, const QVariantList &values = {});
     /// The same.
     /// @return how many rows it changed
     [[nodiscard]] StoreResult<int> writeAndCount(const char *text, const QVariantList &values = {});
-    /// One statement that inserts a row, as an operation.
+    /// One that inserts a row with an id, as an operation.
     /// @return the row's id
     [[nodiscard]] StoreResult<qint64> insert(const char *text, const QVariantList &values);
     /// What `read` makes of each row of a query.
     template <typename Read>
     [[nodiscard]] auto rows(const char *text, const QVariantList &values, Read read) const
-        -> StoreResult<QList<std::invoke_result_t<Read, const Statement &>>>;
+        -> StoreResult<QList<std::invoke_result_t<Read, const StoreRow &>>>;
     /// What `read` makes of a query's first row, nothing if it has none.
     template <typename Read>
     [[nodiscard]] auto row(const char *text, const QVariantList &values, Read read) const
-        -> StoreResult<std::optional<std::invoke_result_t<Read, const Statement &>>>;
+        -> StoreResult<std::optional<std::invoke_result_t<Read, const StoreRow &>>>;
 
-    /// Writes something of no meaning, to find out whether the disk can be written.
-    [[nodiscard]] StoreResult<> probe();
-    /// Lets the ids of messages and outcomes to come begin here at least: no id of a store that was
-    /// set aside is to come again while someone may remember it.
-    [[nodiscard]] StoreResult<> beginIdsAt(qint64 id);
+    /// Writes something of no meaning, to find out whether the database can be written.
+    [[nodiscard]] virtual StoreResult<> probe() = 0;
+    /// Within a transaction: whether the chores that concern everybody's messages are this
+    /// engine's, until the transaction ends.
+    [[nodiscard]] virtual StoreResult<bool> mayDoChores() = 0;
+
+    /// Whether a transaction is open.
+    bool isTogether() const { return m_isTogether; }
+
+protected:
+    /// Takes a row, and gives whether it wants the next one.
+    using Take = std::function<bool(const StoreRow &)>;
 
 private:
-    StoreResult<> openForWriting();
-    StoreResult<> openForReading();
-    StoreResult<> openFile(const QString &name, const QString &options);
+    virtual StoreResult<> begin() = 0;
+    virtual StoreResult<> commit() = 0;
+    virtual void rollBack() = 0;
+    virtual StoreResult<> carryOut(const char *text, const QVariantList &values) = 0;
+    virtual StoreResult<int> carryOutAndCount(const char *text, const QVariantList &values) = 0;
+    virtual StoreResult<qint64> carryOutInsert(const char *text, const QVariantList &values) = 0;
+    virtual StoreResult<> query(const char *text, const QVariantList &values,
+                                const Take &take) const = 0;
     void endTogether(bool isKept);
 
-    QString m_file;
-    QString m_connection;
-    QSqlDatabase m_database;
-    mutable Statements m_statements;
     bool m_isTogether = false;
     QList<std::function<void()>> m_undo; ///< of the transaction that is open
-    Access m_access = Access::None;
 };
 
 template <typename Operations>
@@ -91,36 +99,44 @@ std::invoke_result_t<Operations> StoreDatabase::together(Operations operations)
 {
     if (m_isTogether)
         return operations();
+    if (const StoreResult<> begun = begin(); !begun)
+        return failed(begun.error());
     m_isTogether = true;
-    std::invoke_result_t<Operations> result = inTransaction(m_database, operations);
+    std::invoke_result_t<Operations> result = operations();
+    if (result) {
+        if (const StoreResult<> committed = commit(); !committed)
+            result = failed(committed.error());
+    }
+    if (!result)
+        rollBack();
     endTogether(result.has_value());
     return result;
 }
 
 template <typename Read>
 auto StoreDatabase::rows(const char *text, const QVariantList &values, Read read) const
-    -> StoreResult<QList<std::invoke_result_t<Read, const Statement &>>>
+    -> StoreResult<QList<std::invoke_result_t<Read, const StoreRow &>>>
 {
-    QList<std::invoke_result_t<Read, const Statement &>> rows;
-    Statement query(m_statements, text);
-    if (const StoreResult<> ran = query.run(values); !ran)
-        return failed(ran.error());
-    StoreResult<bool> isRow = query.next();
-    for (; isRow && *isRow; isRow = query.next())
-        rows.append(read(query));
-    if (!isRow)
-        return failed(isRow.error());
-    return rows;
+    QList<std::invoke_result_t<Read, const StoreRow &>> rows;
+    return query(text, values,
+                 [&](const StoreRow &row) {
+                     rows.append(read(row));
+                     return true;
+                 })
+        .map([&] { return std::move(rows); });
 }
 
 template <typename Read>
 auto StoreDatabase::row(const char *text, const QVariantList &values, Read read) const
-    -> StoreResult<std::optional<std::invoke_result_t<Read, const Statement &>>>
+    -> StoreResult<std::optional<std::invoke_result_t<Read, const StoreRow &>>>
 {
-    Statement query(m_statements, text);
-    return query.run(values).and_then([&] { return query.next(); }).map([&](bool isRow) {
-        return isRow ? std::optional(read(query)) : std::nullopt;
-    });
+    std::optional<std::invoke_result_t<Read, const StoreRow &>> first;
+    return query(text, values,
+                 [&](const StoreRow &row) {
+                     first = read(row);
+                     return false;
+                 })
+        .map([&] { return std::move(first); });
 }
 
 } // namespace norvane

@@ -17,6 +17,7 @@ public:
         ReadOnly, ///< the file or its folder can't be written
         Corrupt,  ///< the file is no database, or a damaged one
         TooNew,   ///< the file was written by a later version
+        Away,     ///< the database can't be reached
         Other,
     };
 

@@ -65,7 +65,7 @@ StoreResult<> StoreReader::each(const QString &text, const QString &since,
                                 const std::function<void(const QSqlQuery &)> &take) const
 {
     return prepared(m_database, text).and_then([&](QSqlQuery query) {
-        query.bindValue(0, notNull(since));
+        query.bindValue(0, boundText(since));
         return execute(query).map([&] {
             while (query.next())
                 take(query);

@@ -125,8 +125,13 @@ constexpr const char *version3[] = {
     " id INTEGER PRIMARY KEY AUTOINCREMENT, phone TEXT NOT NULL UNIQUE, at TEXT NOT NULL)",
 };
 
+// contents: a Settlement, as KeptSettlements writes it.
+constexpr const char *version4[] = {
+    "CREATE TABLE kept_settlement (id INTEGER PRIMARY KEY, contents BLOB NOT NULL)",
+};
+
 constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {
-    version1, version2, version3};
+    version1, version2, version3, version4};
 
 StoreResult<int> versionOf(const QSqlDatabase &database)
 {

@@ -7,6 +7,8 @@
 
 namespace norvane {
 
+inline constexpr qint64 secondsOfDay = 24 * 60 * 60;
+
 /// The engine's clocks.
 class Clock
 {

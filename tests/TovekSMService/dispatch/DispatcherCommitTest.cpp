@@ -13,12 +13,11 @@ protected:
     /// No part to this phone can be noted as leaving.
     void refuse(const QString &phone)
     {
-        m_other.run(u"CREATE TRIGGER refuse BEFORE UPDATE OF state ON message WHEN "
-                    "NEW.state = 1 AND OLD.phone = '%1' BEGIN SELECT "
-                    "RAISE(ABORT, 'refused'); END"_s.arg(phone));
+        m_other.refuse(u"UPDATE OF state"_s, u"message"_s,
+                       u"NEW.state = 1 AND OLD.phone = '%1'"_s.arg(phone));
     }
 
-    void allow() { m_other.run(u"DROP TRIGGER refuse"_s); }
+    void allow() { m_other.allow(u"message"_s); }
 
     NotedLog m_log;
     OtherConnection m_other{file()};
@@ -57,9 +56,7 @@ TEST_F(DispatcherCommit, theOutcomeAndTheNextPartsNoteAreTriedInOneCommit)
 
 TEST_F(DispatcherCommit, theSameHoldsBetweenThePartsOfOneMessage)
 {
-    m_other.run(u"CREATE TRIGGER refuse BEFORE UPDATE OF state ON message WHEN "
-                "NEW.state = 1 AND OLD.parts_sent = 1 BEGIN SELECT "
-                "RAISE(ABORT, 'refused'); END"_s);
+    m_other.refuse(u"UPDATE OF state"_s, u"message"_s, u"NEW.state = 1 AND OLD.parts_sent = 1"_s);
     add(u"600"_s, longText(2));
     done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_log.count(u"can't be used"_s) >= 1; }));

@@ -1,6 +1,7 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
 #include "TovekSMService/modem/codec/SubmitDecoder.h"
+#include "TovekSMService/store/TestStore.h"
 
 namespace norvane {
 
@@ -38,6 +39,7 @@ DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFi
     m_timings.storeRetryMs = 20;
     m_timings.maxSleepMs = 20;
     m_timings.keepTestedMs = 20;
+    m_timings.lifeMs = 1'000'000'000; // the database's clock is not the test's
     // Like a device that needs the air to send: one message leaves at a time.
     m_timings.run.max = 1;
     m_retryTimes.minReopenMs = 20;
@@ -51,8 +53,7 @@ DispatcherFixture::DispatcherFixture(const ModemTimings &modemTimings) : ModemFi
             m_onSubmission();
         return std::nullopt;
     };
-    m_store = std::make_unique<Store>(file());
-    done(m_store->open());
+    m_store = openTestStore(file(), m_clock);
     makeDispatcher();
 }
 

@@ -77,8 +77,7 @@ TEST_F(DispatcherMail, whatWasReceivedIsStoredToldAndThenDeleted)
 TEST_F(DispatcherMail, whatCannotBeStoredStaysOnTheDeviceUntilItCan)
 {
     OtherConnection other(file());
-    other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON received BEGIN "
-              "SELECT RAISE(ABORT, 'refused'); END"_s);
+    other.refuse(u"INSERT"_s, u"received"_s);
     receive(whole);
     const NotedLog log;
     begin();
@@ -87,7 +86,7 @@ TEST_F(DispatcherMail, whatCannotBeStoredStaysOnTheDeviceUntilItCan)
     EXPECT_EQ(countOf(u"received_part"_s), 0);
     EXPECT_EQ(count(u"received A"_s), 0);
 
-    other.run(u"DROP TRIGGER refuse"_s);
+    other.allow(u"received"_s);
     ASSERT_TRUE(until([this] { return isEmptied(); }));
     EXPECT_EQ(count(u"received A"_s), 1);
     EXPECT_EQ(countOf(u"received"_s), 1);
@@ -96,8 +95,7 @@ TEST_F(DispatcherMail, whatCannotBeStoredStaysOnTheDeviceUntilItCan)
 TEST_F(DispatcherMail, messagesAreSentAlthoughWhatWasReceivedCannotBeStored)
 {
     OtherConnection other(file());
-    other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON received BEGIN "
-              "SELECT RAISE(ABORT, 'refused'); END"_s);
+    other.refuse(u"INSERT"_s, u"received"_s);
     receive(whole);
     add(u"600"_s);
     begin();
@@ -162,8 +160,8 @@ TEST_F(DispatcherMail, aReportThatComesAfterAllStillCounts)
     ASSERT_TRUE(until([this] { return has(u"sent 123 text 0"_s); }));
     pass(3 * 3600);
     ASSERT_EQ(deliveryOnDisk(), u"unknown"_s);
-    const QByteArray reference =
-        onDisk(u"SELECT printf('%02X', reference) FROM sent_part"_s).toByteArray();
+    const int number = onDisk(u"SELECT reference FROM sent_part"_s).toInt();
+    const QByteArray reference = QByteArray(1, static_cast<char>(number)).toHex().toUpper();
     m_mailbox.memories["SR"].insert(
         1, {0, "0006" + reference + "038121F3622190011203806221900112038000"});
     m_line->say("\r\n+CDSI: \"SR\",1\r\n");
@@ -187,8 +185,7 @@ TEST_F(DispatcherMail, aListThatTheStoreDoesNotTakeIsNeitherQueuedNorReported)
 {
     done(m_dispatcher->optOuts().add(u"600"_s, noon()).map([](bool) {}));
     OtherConnection other(file());
-    other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN "
-              "SELECT RAISE(ABORT, 'refused'); END"_s);
+    other.refuse(u"INSERT"_s, u"outcome"_s);
     EXPECT_FALSE(m_dispatcher->addList({{u"601"_s, u"a"_s}, {u"600"_s, u"b"_s}}, noon()));
     EXPECT_EQ(m_store->queue().size(), 0);
     EXPECT_EQ(countOf(u"message"_s), 0);

@@ -184,16 +184,13 @@ TEST_F(DispatcherRun, ofAnEngineThatWasKilledIsInDoubtAndNeverSentAgain)
 
 TEST_F(DispatcherRun, keepsItsOutcomesUntilTheStoreTakesThem)
 {
-    inTheMiddle([this] {
-        m_other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
-                    "RAISE(ABORT, 'refused'); END"_s);
-    });
+    inTheMiddle([this] { m_other.refuse(u"INSERT"_s, u"outcome"_s); });
     addMany(9);
     done(m_dispatcher->start());
     ASSERT_TRUE(until([this] { return m_log.count(u"outcome waits"_s) >= 2; }));
     EXPECT_EQ(submissions(), 7);
     EXPECT_EQ(disk(), u"4 3"_s);
-    m_other.run(u"DROP TRIGGER refuse"_s);
+    m_other.allow(u"outcome"_s);
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(disk(), u"0 9"_s);
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6, 7, 8}));
@@ -206,8 +203,7 @@ TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
     makeDispatcher();
     inTheMiddle([this] {
         m_line->promptHeldBack = true;
-        m_other.run(u"CREATE TRIGGER refuse BEFORE INSERT ON outcome BEGIN SELECT "
-                    "RAISE(ABORT, 'refused'); END"_s);
+        m_other.refuse(u"INSERT"_s, u"outcome"_s);
     });
     addMany(7);
     done(m_dispatcher->start());
@@ -217,7 +213,7 @@ TEST_F(DispatcherRun, keepsWhatItTookBeforeTheDeviceBecameSlowWithWhatCameAfter)
     ASSERT_TRUE(until([this] { return m_line->payloads.size() == middle + 1; }));
     takeTurns();
     EXPECT_EQ(submissions(), middle + 1);
-    m_other.run(u"DROP TRIGGER refuse"_s);
+    m_other.allow(u"outcome"_s);
     ASSERT_TRUE(until([this] { return m_store->queue().size() == 0; }));
     EXPECT_EQ(taken(), takenOf({0, 1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(disk(), u"0 7"_s);

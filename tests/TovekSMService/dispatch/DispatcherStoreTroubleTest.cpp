@@ -187,7 +187,7 @@ TEST_F(DispatcherStoreTrouble, anEngineComesUpAndReportsWhatWasInterruptedWhenTh
 {
     done(m_store->settings().setToRun(true));
     done(m_store->queue().add({{u"600"_s, u"text"_s}, {u"601"_s, u"text"_s}}, noon()));
-    done(m_store->queue().beginPart(given(m_store->queue().first())->id, std::nullopt, {}));
+    done(m_store->queue().begin({{given(m_store->queue().first())->id, std::nullopt, {}}}));
     m_other.lock();
     done(m_dispatcher->resume());
     EXPECT_EQ(m_dispatcher->status(), 1);
@@ -278,7 +278,7 @@ TEST_F(DispatcherStoreTrouble, messagesOfAnEngineThatComesUpStoppedAreLetGoWhenT
 {
     done(m_store->queue().add({{u"600"_s, longText(2)}}, noon()));
     const qint64 id = given(m_store->queue().first())->id;
-    done(m_store->queue().beginPart(id, 1, {}));
+    done(m_store->queue().begin({{id, 1, {}}}));
     done(m_store->queue().endPart(id, 1));
     m_other.lock();
     done(m_dispatcher->resume());

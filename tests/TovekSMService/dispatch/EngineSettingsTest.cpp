@@ -66,6 +66,7 @@ TEST(EngineSettings, everyNumberHasItsNameAndBounds)
         {"Limits/PartsPerMinute", 1, 100'000, true},
         {"Limits/PartsPerDay", 1, 100'000'000, true},
         {"Outcomes/KeepDays", 1, 36'500, false},
+        {"Queue/SameSender", 1, 86'400, true},
     };
     ASSERT_EQ(engineNumbers().size(), std::size(expected));
     for (size_t i = 0; i < std::size(expected); ++i) {

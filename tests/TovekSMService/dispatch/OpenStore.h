@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/store/StoreResults.h"
+#include "TovekSMService/store/TestStore.h"
 
 #include <QTemporaryDir>
 
@@ -12,9 +13,7 @@ namespace norvane {
 /// A store in a folder of the test's own.
 inline std::unique_ptr<Store> openStore(const QTemporaryDir &folder)
 {
-    auto store = std::make_unique<Store>(folder.filePath(QStringLiteral("queue.sqlite")));
-    done(store->open());
-    return store;
+    return openTestStore(folder.filePath(QStringLiteral("queue.sqlite")));
 }
 
 } // namespace norvane

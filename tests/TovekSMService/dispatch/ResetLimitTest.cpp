@@ -87,7 +87,7 @@ TEST_F(ResetLimitTest, aResetInTheFutureOfTheWallClockIsNoReason)
 TEST_F(ResetLimitTest, aResetThatCannotBeNotedCountsAllTheSame)
 {
     const NotedLog log;
-    OtherConnection other(m_store->database().file());
+    OtherConnection other(m_store->file().file());
     other.lock();
     m_limit.noteReset();
     EXPECT_FALSE(m_limit.allowsReset());

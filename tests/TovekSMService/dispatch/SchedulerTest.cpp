@@ -43,9 +43,8 @@ protected:
     QStringList beginRun(int maxLength)
     {
         QStringList phones;
-        auto first = m_scheduler->encoded(*given(m_store->queue().first()));
-        for (const LeavingMessage &leaving :
-             given(m_scheduler->beginRun(std::get<LeavingMessage>(first), maxLength)))
+        const Scheduler::Next next = given(m_scheduler->beginNext(maxLength));
+        for (const LeavingMessage &leaving : next.run)
             phones.append(leaving.message.phone);
         return phones;
     }
@@ -53,7 +52,7 @@ protected:
     void release()
     {
         for (const StoredMessage &message : given(m_store->queue().interrupted()))
-            done(m_store->queue().cancelPart(message.id));
+            done(m_store->queue().cancel({message.id}));
     }
 
     const QString m_later = u"2024-05-01T12:00:01"_s;
@@ -143,9 +142,7 @@ TEST_F(SchedulerTest, aMessageOfSeveralPartsGoesAloneWithAReference)
 {
     add(u"601"_s, QString(200, u'a'));
     add(u"602"_s);
-    auto first = m_scheduler->encoded(*given(m_store->queue().first()));
-    const QList<LeavingMessage> run =
-        given(m_scheduler->beginRun(std::get<LeavingMessage>(first), 10));
+    const QList<LeavingMessage> run = given(m_scheduler->beginNext(10)).run;
     ASSERT_EQ(run.size(), 1);
     EXPECT_TRUE(run.first().message.reference.has_value());
     EXPECT_EQ(given(m_store->queue().interrupted()).first().reference,
@@ -181,8 +178,7 @@ TEST_F(SchedulerTest, aLimitHoldsBackWhatGoesBeyondIt)
         LeavingMessage counted;
         for (int part = 0; part < 2; ++part) {
             EXPECT_TRUE(given(m_scheduler->limitsAllow(1)));
-            auto first = m_scheduler->encoded(*given(m_store->queue().first()));
-            counted = given(m_scheduler->beginRun(std::get<LeavingMessage>(first), 1)).first();
+            counted = given(m_scheduler->beginNext(1)).run.first();
             release();
         }
         EXPECT_FALSE(given(m_scheduler->limitsAllow(1)));
@@ -203,7 +199,7 @@ TEST_F(SchedulerTest, aMessageThatGoesAsAWholeCountsAsManyPartsAsItHas)
     EXPECT_EQ(message.part().count(), 3);
     EXPECT_EQ(message.part().whole->text.size(), 400);
     EXPECT_TRUE(given(m_scheduler->limitsAllow(3)));
-    const LeavingMessage begun = given(m_scheduler->beginRun(message, 1)).first();
+    const LeavingMessage begun = given(m_scheduler->beginNext(1)).run.first();
     EXPECT_TRUE(given(m_scheduler->limitsAllow(2)));
     EXPECT_FALSE(given(m_scheduler->limitsAllow(3)));
     done(m_scheduler->uncount(begun));

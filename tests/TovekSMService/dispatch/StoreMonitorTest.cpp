@@ -41,8 +41,8 @@ protected:
     }
     void fail(Kind kind = Kind::Busy) { m_monitor.noteFailure(StoreFailure(kind, u"reason"_s)); }
     /// Forbids the store to write, and allows it again.
-    void forbid() { runOnStoreConnection(m_store->database().file(), u"PRAGMA query_only = ON"_s); }
-    void allow() { runOnStoreConnection(m_store->database().file(), u"PRAGMA query_only = OFF"_s); }
+    void forbid() { runOnStoreConnection(m_store->file().file(), u"PRAGMA query_only = ON"_s); }
+    void allow() { runOnStoreConnection(m_store->file().file(), u"PRAGMA query_only = OFF"_s); }
     qsizetype count(const QString &event) const { return m_events.filter(event).size(); }
 
     QTemporaryDir m_folder;
@@ -83,7 +83,7 @@ TEST_F(StoreMonitorTest, furtherFailuresDoNotPutOffTheProbe)
 
 TEST_F(StoreMonitorTest, aFailureThatLastsIsWarnedOfOnce)
 {
-    OtherConnection other(m_store->database().file());
+    OtherConnection other(m_store->file().file());
     other.lock();
     fail();
     m_time.pass(lastingMs - 1);
@@ -105,7 +105,7 @@ TEST_F(StoreMonitorTest, theNextFailureLastsFromItsOwnBeginning)
     fail();
     m_time.pass(lastingMs);
     m_events.clear();
-    OtherConnection other(m_store->database().file());
+    OtherConnection other(m_store->file().file());
     other.lock();
     fail();
     m_time.pass(lastingMs - 1);

@@ -216,7 +216,7 @@ TEST_F(EngineOnBus, aMessageInDoubtIsToldWithItsWarningAlsoAfterAnotherRestart)
         Store store(storeFile());
         done(store.open());
         done(store.queue().add({{u"601"_s, u"more"_s}}, QString()));
-        done(store.queue().beginPart(given(store.queue().first())->id, std::nullopt, {}));
+        done(store.queue().begin({{given(store.queue().first())->id, std::nullopt, {}}}));
     }
     start(); // writes the failure down, with nobody there to hear it
     ASSERT_TRUE(until([&] { return callForNumber("GetQueueSize") == 0; }));
@@ -248,7 +248,7 @@ TEST_F(EngineOnBus, failuresAndWarningsThatNobodyHeardAreToldToTheFirstWhoAsks)
         done(store.queue().finish(given(store.queue().first())->id, -17, std::nullopt, u"then"_s,
                                   false));
         done(store.queue().add({{u"601"_s, u"more"_s}}, QString()));
-        done(store.queue().beginPart(given(store.queue().first())->id, std::nullopt, {}));
+        done(store.queue().begin({{given(store.queue().first())->id, std::nullopt, {}}}));
         done(store.settings().setDeviceSettings({0, QString(), 1, 1, u"/no/such/device, 9600"_s}));
         done(store.settings().setToRun(true));
     }

@@ -150,7 +150,7 @@ TEST_F(EngineReports, theWarningOfAMessageInDoubtComesBeforeItsNumber)
         Store store(storeFile());
         done(store.open());
         done(store.queue().add({{u"601"_s, u"more"_s}}, QString()));
-        done(store.queue().beginPart(given(store.queue().first())->id, std::nullopt, {}));
+        done(store.queue().begin({{given(store.queue().first())->id, std::nullopt, {}}}));
     }
     start();
     ASSERT_TRUE(until([] { return callForNumber("GetQueueSize") == 0; }));

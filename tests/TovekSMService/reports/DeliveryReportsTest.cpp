@@ -246,8 +246,7 @@ TEST_F(DeliveryReportsTest, aStoreThatFailsKeepsNothing)
 {
     sent(42);
     OtherConnection other(file());
-    other.run(u"CREATE TRIGGER refuse BEFORE UPDATE ON outcome "
-              "BEGIN SELECT RAISE(FAIL, 'refused'); END"_s);
+    other.refuse(u"UPDATE"_s, u"outcome"_s);
     StatusReportPdu pdu;
     pdu.reference = 42;
     pdu.recipient = u"612345678"_s;

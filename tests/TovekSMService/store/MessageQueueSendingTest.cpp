@@ -42,7 +42,7 @@ TEST_F(MessageQueueSending, firstIsTheEarliestAndAmongEqualsTheOneQueuedFirst)
 TEST_F(MessageQueueSending, aPartAboutToLeaveIsOnDiskWithItsHash)
 {
     const qint64 id = add(noon());
-    done(m_store->queue().beginPart(id, 300, "hash"));
+    done(m_store->queue().begin({{id, 300, "hash"}}));
     EXPECT_EQ(stored(id, "state").toInt(), 1);
     EXPECT_EQ(stored(id, "part_hash").toByteArray(), "hash");
     reopen();
@@ -57,7 +57,7 @@ TEST_F(MessageQueueSending, aPartAboutToLeaveIsOnDiskWithItsHash)
 TEST_F(MessageQueueSending, whatIsInDoubtIsNeverTheOneToGoNext)
 {
     const qint64 id = add(noon());
-    done(m_store->queue().beginPart(id, std::nullopt, {}));
+    done(m_store->queue().begin({{id, std::nullopt, {}}}));
     EXPECT_FALSE(given(m_store->queue().first()));
     const qint64 other = add(u"2024-05-02T00:00:00"_s);
     ASSERT_TRUE(given(m_store->queue().first()));
@@ -68,13 +68,13 @@ TEST_F(MessageQueueSending, aMessageSentInPartStaysInProgressWhileItWaits)
 {
     const qint64 id = add(noon());
     for (const bool isPostponed : {false, true}) {
-        done(m_store->queue().beginPart(id, 7, {}));
+        done(m_store->queue().begin({{id, 7, {}}}));
         done(m_store->queue().endPart(id, 1));
-        done(m_store->queue().beginPart(id, 7, {}));
+        done(m_store->queue().begin({{id, 7, {}}}));
         if (isPostponed)
             done(m_store->queue().postpone(id, 1, noon()));
         else
-            done(m_store->queue().cancelPart(id));
+            done(m_store->queue().cancel({id}));
         done(m_store->queue().clear());
         EXPECT_FALSE(given(m_store->queue().update({{noon(), u"9"_s, QString(), id}}, {id})));
         EXPECT_EQ(m_store->queue().size(), 1);
@@ -90,8 +90,8 @@ TEST_F(MessageQueueSending, aMessageSentInPartStaysInProgressWhileItWaits)
 TEST_F(MessageQueueSending, aMessageOfOnePartKeepsNoReference)
 {
     const qint64 id = add(noon());
-    done(m_store->queue().beginPart(id, std::nullopt, {}));
-    done(m_store->queue().cancelPart(id));
+    done(m_store->queue().begin({{id, std::nullopt, {}}}));
+    done(m_store->queue().cancel({id}));
     EXPECT_TRUE(stored(id, "reference").isNull());
     EXPECT_FALSE(given(m_store->queue().first())->reference);
 }
@@ -99,7 +99,7 @@ TEST_F(MessageQueueSending, aMessageOfOnePartKeepsNoReference)
 TEST_F(MessageQueueSending, aMessageBetweenItsPartsIsNotInterrupted)
 {
     const qint64 id = add(noon());
-    done(m_store->queue().beginPart(id, 0xFFFF, {}));
+    done(m_store->queue().begin({{id, 0xFFFF, {}}}));
     done(m_store->queue().endPart(id, 2));
     reopen();
     EXPECT_TRUE(given(m_store->queue().interrupted()).isEmpty());
@@ -110,8 +110,8 @@ TEST_F(MessageQueueSending, aMessageBetweenItsPartsIsNotInterrupted)
 TEST_F(MessageQueueSending, aPartTakenBackWaitsAgain)
 {
     const qint64 id = add(noon());
-    done(m_store->queue().beginPart(id, 5, {}));
-    done(m_store->queue().cancelPart(id));
+    done(m_store->queue().begin({{id, 5, {}}}));
+    done(m_store->queue().cancel({id}));
     EXPECT_TRUE(given(m_store->queue().interrupted()).isEmpty());
     EXPECT_EQ(given(m_store->queue().first())->reference, quint16{5});
     EXPECT_TRUE(given(m_store->queue().update({}, {id})));
@@ -122,9 +122,9 @@ TEST_F(MessageQueueSending, releaseLetsMessagesBetweenPartsWaitAndNotOneThatIsLe
 {
     const qint64 between = add(noon());
     const qint64 leaving = add(noon());
-    done(m_store->queue().beginPart(between, 5, {}));
+    done(m_store->queue().begin({{between, 5, {}}}));
     done(m_store->queue().endPart(between, 1));
-    done(m_store->queue().beginPart(leaving, std::nullopt, {}));
+    done(m_store->queue().begin({{leaving, std::nullopt, {}}}));
     done(m_store->queue().releaseBetweenParts());
     EXPECT_EQ(stored(between, "state").toInt(), 0);
     EXPECT_EQ(stored(between, "parts_sent").toInt(), 1);
@@ -135,9 +135,9 @@ TEST_F(MessageQueueSending, aPostponedMessageGoesBehindTheOthersAndKeepsItsParts
 {
     const qint64 id = add(noon(), u"postponed"_s);
     add(u"2024-05-01T12:00:30"_s, u"other"_s);
-    done(m_store->queue().beginPart(id, 9, {}));
+    done(m_store->queue().begin({{id, 9, {}}}));
     done(m_store->queue().endPart(id, 1));
-    done(m_store->queue().beginPart(id, 9, {}));
+    done(m_store->queue().begin({{id, 9, {}}}));
     done(m_store->queue().postpone(id, 3, u"2024-05-01T12:00:31"_s));
     reopen();
     EXPECT_TRUE(given(m_store->queue().interrupted()).isEmpty());
@@ -154,7 +154,7 @@ TEST_F(MessageQueueSending, aMessageThatWasSentLeavesAnOutcome)
 {
     const qint64 id = add(noon(), u"600"_s, u"words"_s);
     add(noon());
-    done(m_store->queue().beginPart(id, std::nullopt, {}));
+    done(m_store->queue().begin({{id, std::nullopt, {}}}));
     done(m_store->queue().finish(id, 1, 255, u"2024-05-01T12:00:07"_s, true));
     EXPECT_EQ(m_store->queue().size(), 1);
     EXPECT_NE(given(m_store->queue().first())->id, id);
@@ -177,6 +177,7 @@ TEST_F(MessageQueueSending, thePlaceInTheQueueMovesAndTheOriginalDateStays)
 {
     const qint64 id = add(noon(), u"600"_s);
     const QString later = u"2024-05-01T13:00:00"_s;
+    done(m_store->queue().begin({{id, std::nullopt, {}}}));
     done(m_store->queue().postpone(id, 1, later));
     reopen();
     EXPECT_EQ(given(m_store->queue().first())->deliveryDate, later);

@@ -95,8 +95,8 @@ TEST_F(MessageQueueTest, clearLeavesTheMessageInProgress)
     const qint64 leaving = add(noon(), u"leaving"_s);
     const qint64 between = add(noon(), u"between"_s);
     add(noon(), u"waiting"_s);
-    done(m_store->queue().beginPart(leaving, std::nullopt, {}));
-    done(m_store->queue().beginPart(between, 7, {}));
+    done(m_store->queue().begin({{leaving, std::nullopt, {}}}));
+    done(m_store->queue().begin({{between, 7, {}}}));
     done(m_store->queue().endPart(between, 1));
     done(m_store->queue().clear());
     EXPECT_EQ(m_store->queue().size(), 2);
@@ -131,7 +131,7 @@ TEST_F(MessageQueueTest, updateNeverTouchesTheMessageInProgress)
     for (const bool isBetweenParts : {false, true}) {
         SCOPED_TRACE(isBetweenParts);
         const qint64 id = add(noon(), u"600"_s, u"told"_s);
-        done(m_store->queue().beginPart(id, 3, {}));
+        done(m_store->queue().begin({{id, 3, {}}}));
         if (isBetweenParts)
             done(m_store->queue().endPart(id, 1));
         EXPECT_FALSE(given(m_store->queue().update({row(id, u"9"_s, u"new"_s)}, {})));
@@ -149,7 +149,7 @@ TEST_F(MessageQueueTest, rowsInTimeAreChangedBesideThoseTooLate)
     const qint64 late = add(noon(), u"late"_s);
     const qint64 gone = add(noon(), u"gone"_s);
     const qint64 edited = add(noon(), u"edited"_s);
-    done(m_store->queue().beginPart(late, std::nullopt, {}));
+    done(m_store->queue().begin({{late, std::nullopt, {}}}));
     EXPECT_FALSE(given(
         m_store->queue().update({row(late, {}, {}), row(edited, u"new"_s, {})}, {late, gone})));
     EXPECT_EQ(phones(), QStringList({u"late"_s, u"new"_s}));
@@ -180,8 +180,9 @@ TEST_F(MessageQueueTest, deletingWhatSomeoneElseDeletedIsInTimeAndChangingItIsNo
 TEST_F(MessageQueueTest, aMessageSentInPartBeginsAnewOnlyWhenItSaysSomethingElse)
 {
     const qint64 id = add(noon(), u"600"_s, u"told"_s);
-    done(m_store->queue().beginPart(id, 3, {}));
+    done(m_store->queue().begin({{id, 3, {}}}));
     done(m_store->queue().endPart(id, 1));
+    done(m_store->queue().begin({{id, 3, {}}}));
     done(m_store->queue().postpone(id, 2, noon()));
     done(m_store->queue().releaseBetweenParts());
 

@@ -61,6 +61,18 @@ QVariant OtherConnection::value(const QString &query)
     return found.isEmpty() ? QVariant() : found.constFirst().constFirst();
 }
 
+void OtherConnection::refuse(const QString &event, const QString &table, const QString &condition)
+{
+    run(u"CREATE TRIGGER refuse_%2 BEFORE %1 ON %2 WHEN %3 BEGIN "
+        "SELECT RAISE(ABORT, 'refused'); END"_s.arg(event, table,
+                                                    condition.isEmpty() ? u"1 = 1"_s : condition));
+}
+
+void OtherConnection::allow(const QString &table)
+{
+    run(u"DROP TRIGGER refuse_%1"_s.arg(table));
+}
+
 void OtherConnection::lock()
 {
     run(u"BEGIN IMMEDIATE"_s);

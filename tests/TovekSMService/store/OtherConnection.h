@@ -23,6 +23,11 @@ public:
     /// The first column of a query's first row.
     QVariant value(const QString &query);
 
+    /// Lets everything fail that does this to the table ("INSERT", "UPDATE") where the condition
+    /// on OLD and NEW holds, and lets it be done again.
+    void refuse(const QString &event, const QString &table, const QString &condition = {});
+    void allow(const QString &table);
+
     /// Takes the lock for writing, and gives it back.
     void lock();
     void unlock();

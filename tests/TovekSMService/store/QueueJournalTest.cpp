@@ -130,7 +130,7 @@ TEST_F(StoreJournalTest, aPartThatLeavesChangesNoRow)
 {
     const qint64 id = add(noon());
     mark();
-    done(m_store->queue().beginPart(id, std::nullopt, {}));
+    done(m_store->queue().begin({{id, std::nullopt, {}}}));
     done(m_store->queue().endPart(id, 1));
     done(m_store->queue().releaseBetweenParts());
     EXPECT_TRUE(noted().isEmpty());
@@ -144,6 +144,7 @@ TEST_F(StoreJournalTest, aClearedQueueAndAnotherFileAreChangesOfEverything)
     EXPECT_FALSE(m_store->queue().journal().since(before));
     before = m_store->queue().journal().revision();
     done(m_store->open());
+    done(m_store->queue().load());
     EXPECT_FALSE(m_store->queue().journal().since(before));
 }
 

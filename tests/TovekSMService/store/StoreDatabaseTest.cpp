@@ -121,11 +121,11 @@ TEST_F(StoreDatabaseTest, commitsReachTheDiskBeforeTheyReturn)
 
 TEST_F(StoreDatabaseTest, idsCanBeginBeyondThoseOfAnotherStore)
 {
-    done(m_store->database().beginIdsAt(1000));
+    done(m_store->file().beginIdsAt(1000));
     EXPECT_EQ(add(noon()), 1001);
-    done(m_store->database().beginIdsAt(500));
+    done(m_store->file().beginIdsAt(500));
     EXPECT_EQ(add(noon()), 1002);
-    done(m_store->database().beginIdsAt(2000));
+    done(m_store->file().beginIdsAt(2000));
     EXPECT_EQ(add(noon()), 2001);
 }
 
@@ -135,7 +135,7 @@ TEST_F(StoreDatabaseTest, idsOfOutcomesCanBeginThereToo)
         return given(m_store->queue().finish(add(noon()), -36, std::nullopt, noon(), false));
     };
     EXPECT_EQ(fail(), 1);
-    done(m_store->database().beginIdsAt(1000));
+    done(m_store->file().beginIdsAt(1000));
     EXPECT_EQ(fail(), 1001);
 }
 
@@ -153,7 +153,7 @@ TEST_F(StoreTogether, severalOperationsAreOneCommit)
         done(m_store->queue().finish(first, 1, 1, noon(), true));
         EXPECT_EQ(given(m_store->queue().first())->id, second);
         done(
-            m_store->queue().beginPart(second, given(m_store->settings().nextReference()), "hash"));
+            m_store->queue().begin({{second, given(m_store->settings().nextReference()), "hash"}}));
         done(m_store->parts().count(noon()));
         EXPECT_EQ(other.value(seen), u"0 0"_s);
         return StoreResult<>();

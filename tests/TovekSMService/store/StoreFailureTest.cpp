@@ -107,12 +107,15 @@ INSTANTIATE_TEST_SUITE_P(
         Writing{"remove", [](Store &store,
                              qint64 id) { return store.queue().update({}, {id}).map(ignored); }},
         Writing{"beginPart",
-                [](Store &store, qint64 id) { return store.queue().beginPart(id, 1, "hash"); }},
+                [](Store &store, qint64 id) {
+                    return store.queue().begin({{id, 1, "hash"}});
+                }},
         Writing{"endPart", [](Store &store, qint64 id) { return store.queue().endPart(id, 1); }},
         Writing{"cancelPart",
                 [](Store &store, qint64 id) {
-                    return store.queue().cancelPart(id).and_then(
-                        [&] { return store.queue().beginPart(id, 1, "hash"); });
+                    return store.queue().cancel({id}).and_then([&] {
+                        return store.queue().begin({{id, 1, "hash"}});
+                    });
                 }},
         Writing{"postpone",
                 [](Store &store, qint64 id) { return store.queue().postpone(id, 1, noon()); }},

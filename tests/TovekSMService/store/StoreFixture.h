@@ -5,6 +5,7 @@
 
 #include "TovekSMService/store/OtherConnection.h"
 #include "TovekSMService/store/StoreResults.h"
+#include "TovekSMService/store/TestStore.h"
 
 #include <QTemporaryDir>
 
@@ -27,8 +28,7 @@ protected:
     void reopen()
     {
         m_store.reset();
-        m_store = std::make_unique<Store>(file());
-        done(m_store->open());
+        m_store = openTestStore(file());
     }
 
     /// Queues one message.

@@ -32,9 +32,9 @@ TEST_F(StoreMany, amongWaitingMessagesTheOneThatIsDueTakesItsWay)
         const std::optional<StoredMessage> first = given(m_store->queue().first());
         ASSERT_TRUE(first);
         ASSERT_EQ(first->phone, u"due"_s);
-        done(m_store->queue().beginPart(first->id, std::nullopt, "hash"));
+        done(m_store->queue().begin({{first->id, std::nullopt, "hash"}}));
         EXPECT_EQ(given(m_store->queue().interrupted()).size(), 1);
-        done(m_store->queue().cancelPart(first->id));
+        done(m_store->queue().cancel({first->id}));
         done(m_store->queue().releaseBetweenParts());
         done(m_store->queue().finish(first->id, 1, 1, noon(), true));
     }

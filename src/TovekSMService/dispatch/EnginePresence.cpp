@@ -1,0 +1,136 @@
+#include "TovekSMService/dispatch/EnginePresence.h"
+
+#include "TovekSMService/dispatch/DeviceKeeper.h"
+#include "TovekSMService/dispatch/DispatcherTimings.h"
+#include "TovekSMService/dispatch/Outbox.h"
+#include "TovekSMService/dispatch/RunState.h"
+#include "TovekSMService/log/Categories.h"
+#include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/SharedQueue.h"
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/time/Clock.h"
+#include "contract/ErrorCodes.h"
+
+#include <cstdlib>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
+EnginePresence::EnginePresence(Store &store, const Clock &clock, Outbox &outbox,
+                               const DeviceKeeper &device, const RunState &state,
+                               const DispatcherTimings &timings)
+    : m_store(store), m_clock(clock), m_outbox(outbox), m_device(device), m_state(state),
+      m_lifeMs(timings.lifeMs), m_newsMs(timings.newsMs), m_life(clock.time()), m_news(clock.time())
+{
+    if (!store.isShared())
+        return;
+    connect(&m_life, &Timer::timeout, this, &EnginePresence::showLife);
+    connect(&m_news, &Timer::timeout, this, &EnginePresence::announceNews);
+    PostgresDatabase &database = *store.sharedDatabase();
+    database.onOpened([this] { return onOpened(); });
+    database.onNotified([this](const QStringList &news) { takeNews(news); });
+    m_life.start(m_lifeMs);
+}
+
+StoreResult<> EnginePresence::onOpened()
+{
+    return m_store.queue().load().and_then([this] { return tryShowLife(); }).map([this] {
+        m_news.start(0); // what was not passed on before
+        m_outbox.reportQueueChange();
+        QMetaObject::invokeMethod(this, &EnginePresence::changed, Qt::QueuedConnection);
+    });
+}
+
+void EnginePresence::showLife()
+{
+    m_life.start(m_lifeMs);
+    if (m_store.database().access() != StoreDatabase::Access::Whole)
+        return;
+    const bool wasHeldBack = isHeldBack();
+    if (const StoreResult<> shown = tryShowLife(); !shown)
+        m_outbox.noteStoreFailure(shown.error());
+    else if (wasHeldBack && !isHeldBack())
+        Q_EMIT changed();
+}
+
+StoreResult<> EnginePresence::tryShowLife()
+{
+    return m_store.settings()
+        .deviceSettings()
+        .and_then([this](const DeviceSettings &settings) {
+            return m_store.engines()->showLife(settings.Parameter, deviceState());
+        })
+        .and_then([this](bool isAlive) {
+            if (!isAlive)
+                m_store.sharedQueue()->noteEpochEnded();
+            return checkClock();
+        })
+        .and_then([this] { return takeOver(); });
+}
+
+QString EnginePresence::deviceState() const
+{
+    if (!m_state.running || m_state.finishing)
+        return u"stopped"_s;
+    return m_device.fault().code != 0 || isHeldBack() ? u"fault"_s : u"running"_s;
+}
+
+/// Dates have no zone: where the clocks differ, so do the moments at which messages are due.
+StoreResult<> EnginePresence::checkClock()
+{
+    return m_store.engines()->clockDifference(m_clock.wallClockText()).map([this](qint64 ahead) {
+        if (std::abs(ahead) <= maxClockDifference) {
+            m_fault.clear();
+            return;
+        }
+        const bool isNew = !isHeldBack();
+        m_fault = u"this computer's clock or time zone is %1 s off the database's; nothing is sent "
+                  "until they agree"_s.arg(ahead);
+        if (isNew)
+            m_outbox.warn(ErrorCode::fail, m_fault);
+    });
+}
+
+StoreResult<> EnginePresence::takeOver()
+{
+    return m_store.engines()
+        ->takeOver(ErrorCode::noRespond, m_clock.wallClockText())
+        .and_then([this](const QList<TakenOver> &taken) -> StoreResult<> {
+            QList<qint64> ids;
+            for (const TakenOver &each : taken) {
+                qCWarning(logDispatch).noquote()
+                    << "an engine is silent, and what it was sending is in doubt:" << each.engine;
+                StoredMessage message;
+                message.phone = each.phone;
+                message.text = each.text;
+                m_outbox.reportFailed(message, each.outcome, ErrorCode::noRespond);
+                ids.append(each.message);
+            }
+            return ids.isEmpty() ? StoreResult<>() : m_store.sharedQueue()->noteTakenOver(ids);
+        });
+}
+
+void EnginePresence::passOnNews()
+{
+    if (m_store.isShared() && m_store.sharedQueue()->hasNews() && !m_news.isActive())
+        m_news.start(m_newsMs);
+}
+
+void EnginePresence::announceNews()
+{
+    if (m_store.database().access() != StoreDatabase::Access::Whole)
+        return;
+    if (const StoreResult<> announced = m_store.sharedQueue()->announceNews(); !announced)
+        m_outbox.noteStoreFailure(announced.error());
+}
+
+void EnginePresence::takeNews(const QStringList &news)
+{
+    if (const StoreResult<> taken = m_store.sharedQueue()->takeNews(news); !taken)
+        m_outbox.noteStoreFailure(taken.error());
+    m_outbox.reportQueueChange();
+    Q_EMIT changed();
+}
+
+} // namespace norvane

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "TovekSMService/time/Timer.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+namespace norvane {
+
+class Clock;
+class DeviceKeeper;
+class Outbox;
+class Store;
+struct DispatcherTimings;
+struct RunState;
+
+/// This engine among those that share its queue: shows the others that it lives, reports in their
+/// place what dead ones left in the middle, and passes on what became different in the queue, both
+/// ways. Does nothing for a queue that isn't shared.
+class EnginePresence : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// How far the clocks of engine and database may differ, in seconds.
+    static constexpr qint64 maxClockDifference = 5;
+
+    /// @param store, clock, outbox, device, state  must outlive this object
+    EnginePresence(Store &store, const Clock &clock, Outbox &outbox, const DeviceKeeper &device,
+                   const RunState &state, const DispatcherTimings &timings);
+
+    /// Whether nothing may begin: the clocks differ.
+    bool isHeldBack() const { return !m_fault.isEmpty(); }
+    /// What keeps the engine from its work; empty for nothing.
+    const QString &fault() const { return m_fault; }
+    /// Tells the others what became different here, soon.
+    void passOnNews();
+
+Q_SIGNALS:
+    /// The queue can be used, or was changed by other engines.
+    void changed();
+
+private:
+    StoreResult<> onOpened();
+    void showLife();
+    StoreResult<> tryShowLife();
+    StoreResult<> checkClock();
+    StoreResult<> takeOver();
+    void announceNews();
+    void takeNews(const QStringList &news);
+    QString deviceState() const;
+
+    Store &m_store;
+    const Clock &m_clock;
+    Outbox &m_outbox;
+    const DeviceKeeper &m_device;
+    const RunState &m_state;
+    const int m_lifeMs;
+    const int m_newsMs;
+    QString m_fault;
+    Timer m_life;
+    Timer m_news;
+};
+
+} // namespace norvane

@@ -1,0 +1,373 @@
+#include "TovekSMService/store/SharedQueue.h"
+
+#include "TovekSMService/store/EngineRegister.h"
+#include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/PostgresText.h"
+#include "TovekSMService/store/QueueNews.h"
+#include "TovekSMService/store/SharedQueries.h"
+
+#include <algorithm>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype maxRows = 5000; ///< that one statement inserts
+
+QString textOf(std::optional<int> number)
+{
+    return number ? QString::number(*number) : u""_s;
+}
+
+qint64 idOf(const StoreRow &row)
+{
+    return row.value(0).toLongLong();
+}
+
+} // namespace
+
+SharedQueue::SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
+                         int sameSenderSeconds)
+    : MessageQueue(database), m_shared(database), m_engines(engines), m_now(now),
+      m_sameSenderSeconds(sameSenderSeconds)
+{}
+
+StoreResult<> SharedQueue::load()
+{
+    m_needsRecovery = true;
+    noteAll();
+    return (m_engines.isEnrolled() ? StoreResult<>() : m_engines.enroll()).and_then([this] {
+        return refreshSize();
+    });
+}
+
+/// Behind a lost connection, or a lost epoch: with nothing on its way, what is noted as leaving in
+/// this epoch did not leave.
+StoreResult<> SharedQueue::recover()
+{
+    const StoreResult<> recovered =
+        m_isEpochOver ? m_engines.enroll()
+                      : m_shared.write(SharedQueries::releaseLeaving, {m_engines.id(), epoch()});
+    if (recovered) {
+        m_isEpochOver = false;
+        m_needsRecovery = false;
+    }
+    return recovered;
+}
+
+void SharedQueue::noteEpochEnded()
+{
+    m_isEpochOver = true;
+    m_needsRecovery = true;
+}
+
+StoreResult<> SharedQueue::noteTakenOver(const QList<qint64> &ids)
+{
+    noteToAll(ids);
+    return refreshSize();
+}
+
+qint64 SharedQueue::epoch() const
+{
+    return m_engines.epoch();
+}
+
+void SharedQueue::settleAs(qint64 epoch)
+{
+    m_settlingEpoch = epoch;
+}
+
+qint64 SharedQueue::settlingEpoch() const
+{
+    return m_settlingEpoch != 0 ? m_settlingEpoch : epoch();
+}
+
+StoreResult<> SharedQueue::refreshSize()
+{
+    return m_shared.row("SELECT coalesce(sum(queued), 0) FROM engine", {}, idOf)
+        .map(
+            [this](std::optional<qint64> size) { setSize(static_cast<qint32>(size.value_or(0))); });
+}
+
+StoreResult<> SharedQueue::count(qint64 change)
+{
+    if (change == 0)
+        return {};
+    resize(change);
+    return m_shared.write("UPDATE engine SET queued = queued + ? WHERE id = ?",
+                          {change, m_engines.id()});
+}
+
+QString SharedQueue::batchesSetting() const
+{
+    return u"recent_batches "_s + m_engines.name();
+}
+
+StoreResult<QList<qint64>> SharedQueue::insert(const QList<QueueRow> &messages)
+{
+    QList<qint64> ids;
+    ids.reserve(messages.size());
+    for (qsizetype at = 0; at < messages.size(); at += maxRows) {
+        const StoreResult<QList<qint64>> some =
+            insertSome(messages.mid(at, std::min(maxRows, messages.size() - at)));
+        if (!some)
+            return some;
+        ids += *some;
+    }
+    // The size in memory is the caller's to change.
+    return m_shared
+        .write("UPDATE engine SET queued = queued + ? WHERE id = ?", {ids.size(), m_engines.id()})
+        .map([&] { return ids; });
+}
+
+StoreResult<QList<qint64>> SharedQueue::insertSome(const QList<QueueRow> &messages)
+{
+    QStringList dates;
+    QStringList dues;
+    QStringList phones;
+    QStringList texts;
+    for (const QueueRow &message : messages) {
+        dates.append(message.deliveryDate);
+        dues.append(dueOf(message.deliveryDate));
+        phones.append(message.phone);
+        texts.append(message.message);
+    }
+    using PostgresText::array;
+    return m_shared.rows(SharedQueries::insert,
+                         {array(dates), array(dues), array(phones), array(texts)}, idOf);
+}
+
+StoreResult<qint64> SharedQueue::refuse(const QueueRow &message, qint32 code, const QString &at)
+{
+    return m_shared.together([&] {
+        return insert({message}).and_then([&](const QList<qint64> &ids) {
+            resize(1);
+            return finish(ids.constFirst(), code, std::nullopt, at, false);
+        });
+    });
+}
+
+StoreResult<QList<QueueRow>> SharedQueue::rows(const QList<qint64> &ids) const
+{
+    return m_shared.rows("SELECT delivery_date, phone, text, id FROM message "
+                         "WHERE id = ANY (?::bigint[])",
+                         {PostgresText::array(ids)}, rowOf);
+}
+
+StoreResult<> SharedQueue::clear()
+{
+    return m_shared.together([this] {
+        return m_shared.writeAndCount("DELETE FROM message WHERE state = 0")
+            .and_then([this](int removed) { return count(-removed); })
+            .map([this] {
+                m_hasAllChanged = true;
+                noteAll();
+            });
+    });
+}
+
+/// Gives whether it was in time, as remove() does.
+StoreResult<bool> SharedQueue::change(const QueueRow &row)
+{
+    return m_shared.writeAndCount(SharedQueries::change, {row.id, row.phone, row.message})
+        .map([](int rows) { return rows > 0; });
+}
+
+StoreResult<bool> SharedQueue::remove(qint64 id)
+{
+    return m_shared.writeAndCount("DELETE FROM message WHERE id = ? AND state = 0", {id})
+        .and_then([&](int removed) -> StoreResult<bool> {
+            if (removed > 0)
+                return count(-removed).map([] { return true; });
+            return isOrWasInProgress(id).map([](bool isTooLate) { return !isTooLate; });
+        });
+}
+
+QVariantList SharedQueue::valuesOfFirst(int max) const
+{
+    QVariantList values = {m_engines.id(), m_engines.id(), m_now(0)};
+    if (m_sameSenderSeconds > 0)
+        values += {m_engines.id(), EngineRegister::silentSeconds, m_now(-m_sameSenderSeconds)};
+    values.append(max);
+    return values;
+}
+
+StoreResult<QList<StoredMessage>> SharedQueue::first(int max) const
+{
+    const QVariantList values = valuesOfFirst(max);
+    if (!m_shared.isTogether())
+        return m_shared.rows(m_sameSenderSeconds > 0 ? SharedQueries::firstOfSender
+                                                     : SharedQueries::first,
+                             values, messageOf);
+    // What is begun now must be of an epoch that holds until the commit.
+    bool isHeld = false;
+    m_shared.ask(SharedQueries::fence, {m_engines.id(), epoch()}, [&isHeld](const StoreRow &) {
+        isHeld = true;
+        return false;
+    });
+    StoreResult<QList<StoredMessage>> messages = m_shared.rows(
+        m_sameSenderSeconds > 0 ? SharedQueries::firstOfSenderToBegin : SharedQueries::firstToBegin,
+        values, messageOf);
+    if (!messages || isHeld)
+        return messages;
+    m_isEpochOver = true;
+    m_needsRecovery = true;
+    return QList<StoredMessage>();
+}
+
+StoreResult<std::optional<QString>> SharedQueue::firstDue() const
+{
+    return m_shared.row(SharedQueries::firstDue, {},
+                        [](const StoreRow &row) { return row.value(0).toString(); });
+}
+
+StoreResult<> SharedQueue::begin(const QList<BegunPart> &parts)
+{
+    QList<qint64> ids;
+    QStringList references;
+    QStringList hashes;
+    for (const BegunPart &part : parts) {
+        ids.append(part.message);
+        references.append(textOf(part.reference));
+        hashes.append(u"\\x"_s + QString::fromLatin1(part.hash.toHex()));
+    }
+    using PostgresText::array;
+    return m_shared.write(SharedQueries::begin,
+                          {m_engines.id(), epoch(), array(ids), array(references), array(hashes)});
+}
+
+StoreResult<> SharedQueue::endPart(qint64 id, int partsSent)
+{
+    return m_shared.write(SharedQueries::endPart, {partsSent, id, m_engines.id(), settlingEpoch()});
+}
+
+StoreResult<> SharedQueue::cancel(const QList<qint64> &ids)
+{
+    if (ids.isEmpty())
+        return {};
+    return m_shared.write(SharedQueries::cancel,
+                          {PostgresText::array(ids), m_engines.id(), settlingEpoch()});
+}
+
+StoreResult<> SharedQueue::releaseBetweenParts()
+{
+    return m_shared.write("UPDATE message SET state = 0 WHERE engine = ? AND state = 2",
+                          {m_engines.id()});
+}
+
+StoreResult<> SharedQueue::holdPartlySent()
+{
+    return m_shared.write("UPDATE message SET state = 2 WHERE engine = ? AND state = 0 "
+                          "AND parts_sent > 0",
+                          {m_engines.id()});
+}
+
+StoreResult<> SharedQueue::postpone(qint64 id, int attempts, const QString &nextAttempt)
+{
+    return m_shared
+        .write(SharedQueries::postpone,
+               {attempts, nextAttempt, nextAttempt, id, m_engines.id(), settlingEpoch()})
+        .map([&] { noteToAll({id}); });
+}
+
+/// Other engines may send it at once.
+StoreResult<> SharedQueue::makeWay(qint64 id, int /*attempts*/, const QString &until)
+{
+    return m_shared.write(SharedQueries::makeWay,
+                          {m_engines.id(), until, id, m_engines.id(), settlingEpoch()});
+}
+
+StoreResult<qint64> SharedQueue::finish(qint64 id, qint32 code, std::optional<int> networkReference,
+                                        const QString &at, bool reported)
+{
+    bool wasThere = false;
+    const QVariant reference = networkReference ? QVariant(*networkReference) : QVariant();
+    return m_shared.together([&] {
+        return m_shared
+            .row(SharedQueries::finish,
+                 {id, m_engines.id(), settlingEpoch(), m_engines.id(), code, reference, at,
+                  reported ? 1 : 0, m_engines.id(), settlingEpoch(), m_engines.id(), m_engines.id(),
+                  id, m_engines.id()},
+                 [&](const StoreRow &row) {
+                     wasThere = row.value(1).toInt() != 0;
+                     return idOf(row);
+                 })
+            .map([&](std::optional<qint64> outcome) {
+                if (wasThere)
+                    resize(-1);
+                noteToAll({id});
+                return outcome.value_or(0);
+            });
+    });
+}
+
+StoreResult<> SharedQueue::finishSent(const QList<SentMessage> &messages)
+{
+    if (messages.isEmpty())
+        return {};
+    QList<qint64> ids;
+    QStringList references;
+    QStringList moments;
+    for (const SentMessage &sent : messages) {
+        ids.append(sent.id);
+        references.append(textOf(sent.networkReference));
+        moments.append(sent.at);
+    }
+    using PostgresText::array;
+    const char *const statement =
+        m_sameSenderSeconds > 0 ? SharedQueries::finishServed : SharedQueries::finishSent;
+    return m_shared
+        .write(statement, {array(ids), array(references), array(moments), m_engines.id(),
+                           settlingEpoch(), m_engines.id(), settlingEpoch(), m_engines.id(),
+                           m_engines.id(), settlingEpoch(), m_engines.id()})
+        .map([&] {
+            resize(-ids.size());
+            noteToAll(ids);
+        });
+}
+
+StoreResult<QList<StoredMessage>> SharedQueue::interrupted() const
+{
+    return m_shared.rows(SharedQueries::interrupted, {m_engines.id(), epoch()}, messageOf);
+}
+
+/// In the transaction that changes it: a console of another engine misses nothing, whatever
+/// becomes of this one.
+void SharedQueue::announce(const QList<qint64> &ids)
+{
+    static_cast<void>(m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::of(ids)}));
+}
+
+/// What was sent is told now and then, not with each commit: those who notify commit one behind
+/// the other.
+void SharedQueue::noteToAll(const QList<qint64> &ids)
+{
+    note(ids);
+    m_unannounced += ids;
+}
+
+StoreResult<> SharedQueue::announceNews()
+{
+    if (!hasNews())
+        return {};
+    const QString news = m_hasAllChanged ? QueueNews::ofAll() : QueueNews::of(m_unannounced);
+    return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {news}).map([this] {
+        m_unannounced.clear();
+        m_hasAllChanged = false;
+    });
+}
+
+StoreResult<> SharedQueue::takeNews(const QStringList &news)
+{
+    for (const QString &each : news) {
+        if (const std::optional<QList<qint64>> ids = QueueNews::idsOf(each))
+            note(*ids);
+        else
+            noteAll();
+    }
+    return refreshSize();
+}
+
+} // namespace norvane

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "TovekSMService/store/MessageQueue.h"
+#include "TovekSMService/store/Settlement.h"
+
+#include <functional>
+
+namespace norvane {
+
+class EngineRegister;
+class PostgresDatabase;
+
+/// The queue in a database that several engines send from. A message is held by the engine that
+/// begins it, in that engine's epoch; what an engine says of a message that it doesn't hold any
+/// more changes nothing but one thing: one that was reported as in doubt and was sent is sent.
+class SharedQueue : public MessageQueue
+{
+public:
+    using Now = std::function<QString(qint64 seconds)>;
+
+    /// @param database, engines  must outlive this object
+    /// @param now                the wall clock so many seconds from now
+    /// @param sameSenderSeconds  for which a due message waits for the engine that served its
+    ///                           recipient last; 0 for none
+    SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
+                int sameSenderSeconds);
+
+    /// Also begins the engine's first epoch.
+    StoreResult<> load() override;
+    StoreResult<qint64> refuse(const QueueRow &message, qint32 code, const QString &at) override;
+    using MessageQueue::rows;
+    StoreResult<QList<QueueRow>> rows(const QList<qint64> &ids) const override;
+    StoreResult<> clear() override;
+    using MessageQueue::first;
+    StoreResult<QList<StoredMessage>> first(int max) const override;
+    StoreResult<std::optional<QString>> firstDue() const override;
+    StoreResult<> begin(const QList<BegunPart> &parts) override;
+    StoreResult<> endPart(qint64 id, int partsSent) override;
+    StoreResult<> cancel(const QList<qint64> &ids) override;
+    StoreResult<> releaseBetweenParts() override;
+    StoreResult<> holdPartlySent() override;
+    StoreResult<> postpone(qint64 id, int attempts, const QString &nextAttempt) override;
+    StoreResult<> makeWay(qint64 id, int attempts, const QString &until) override;
+    StoreResult<qint64> finish(qint64 id, qint32 code, std::optional<int> networkReference,
+                               const QString &at, bool reported) override;
+    StoreResult<> finishSent(const QList<SentMessage> &messages) override;
+    StoreResult<QList<StoredMessage>> interrupted() const override;
+    bool needsRecovery() const override { return m_needsRecovery; }
+    StoreResult<> recover() override;
+    void settleAs(qint64 epoch) override;
+    qint64 epoch() const override;
+
+    /// The engine's epoch is over: another one has taken over what it held.
+    void noteEpochEnded();
+    /// These left the queue as another engine's were taken over.
+    [[nodiscard]] StoreResult<> noteTakenOver(const QList<qint64> &ids);
+
+    // The consoles of other engines
+    /// Whether there is something that they have not been told of.
+    bool hasNews() const { return m_hasAllChanged || !m_unannounced.isEmpty(); }
+    /// Tells the other engines what changed here.
+    [[nodiscard]] StoreResult<> announceNews();
+    /// Notes what other engines told.
+    [[nodiscard]] StoreResult<> takeNews(const QStringList &news);
+
+private:
+    StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages) override;
+    StoreResult<QList<qint64>> insertSome(const QList<QueueRow> &messages);
+    StoreResult<bool> change(const QueueRow &row) override;
+    StoreResult<bool> remove(qint64 id) override;
+    QString batchesSetting() const override;
+    void announce(const QList<qint64> &ids) override;
+    void noteToAll(const QList<qint64> &ids);
+    StoreResult<> count(qint64 change);
+    StoreResult<> refreshSize();
+    qint64 settlingEpoch() const;
+    QVariantList valuesOfFirst(int max) const;
+
+    PostgresDatabase &m_shared;
+    EngineRegister &m_engines;
+    const Now m_now;
+    const int m_sameSenderSeconds;
+    mutable bool m_isEpochOver = false;
+    mutable bool m_needsRecovery = false;
+    qint64 m_settlingEpoch = 0;
+    QList<qint64> m_unannounced;
+    bool m_hasAllChanged = false;
+};
+
+} // namespace norvane
