@@ -7,20 +7,13 @@
 #include <QFile>
 #include <QStandardPaths>
 
-#include <libpq-fe.h>
-
 #include <algorithm>
 #include <csignal>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 
-#include <arpa/inet.h>
 #include <grp.h>
-#include <netinet/in.h>
 #include <pwd.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace norvane {
@@ -30,10 +23,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto superuser = "norvane"_L1;
-constexpr int defaultPort = 5432; // a part of the socket's name
-
-using Connection = std::unique_ptr<PGconn, decltype(&PQfinish)>;
-using Answer = std::unique_ptr<PGresult, decltype(&PQclear)>;
 
 /// The programs of the newest version that is installed.
 QString programPath(const QString &name)
@@ -94,48 +83,16 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// A port that was free a moment ago.
-int freePort()
-{
-    const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = ::htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto *const generic = reinterpret_cast<sockaddr *>(&address);
-    if (probe < 0 || ::bind(probe, generic, length) != 0 ||
-        ::getsockname(probe, generic, &length) != 0)
-        qFatal("no free port");
-    ::close(probe);
-    return ::ntohs(address.sin_port);
-}
-
 QString quoted(const QString &name)
 {
     return u'"' + QString(name).replace(u'"', u"\"\""_s) + u'"';
 }
 
-PostgresServer::Rows rowsOf(const PGresult *answer)
-{
-    PostgresServer::Rows rows;
-    for (int row = 0; row < PQntuples(answer); ++row) {
-        QStringList values;
-        for (int column = 0; column < PQnfields(answer); ++column)
-            values += PQgetisnull(answer, row, column)
-                          ? QString()
-                          : QString::fromUtf8(PQgetvalue(answer, row, column),
-                                              PQgetlength(answer, row, column));
-        rows += values;
-    }
-    return rows;
-}
-
 } // namespace
 
 PostgresServer::PostgresServer(Durability durability, Listen listen)
-    : m_listen(listen),
-      m_folder(u"/tmp/norvane-pg-XXXXXX"_s), // the path of a socket has 107 bytes at most
-      m_port(defaultPort)
+    : m_folder(u"/tmp/norvane-pg-XXXXXX"_s), // the path of a socket has 107 bytes at most
+      m_port(listen == Listen::SocketAndLoopback ? std::make_unique<ReservedPort>() : nullptr)
 {
     const QString flushed = durability == Durability::Flushed ? u"on"_s : u"off"_s;
     m_settings = {{u"fsync"_s, flushed},
@@ -183,27 +140,11 @@ void PostgresServer::run(const QString &program, const QStringList &arguments) c
 
 bool PostgresServer::start()
 {
-    if (m_listen == Listen::SocketOnly)
-        return launch();
-    // Clients keep the address if they can; a port may have been taken by somebody else.
-    constexpr int maxAttempts = 10;
-    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
-        if (m_port == defaultPort)
-            m_port = freePort();
-        if (launch())
-            return true;
-        m_port = defaultPort;
-    }
-    return false;
-}
-
-bool PostgresServer::launch()
-{
     if (isRunning())
         return true;
     QStringList arguments{u"-D"_s, dataFolder(),
-                          u"-p"_s, QString::number(m_port),
-                          u"-h"_s, m_listen == Listen::SocketOnly ? QString() : u"127.0.0.1"_s};
+                          u"-p"_s, QString::number(port()),
+                          u"-h"_s, m_port ? u"127.0.0.1"_s : QString()};
     for (auto setting = m_settings.cbegin(); setting != m_settings.cend(); ++setting)
         arguments << u"-c"_s << setting.key() + u'=' + setting.value();
     tame(m_process, SIGQUIT);
@@ -216,7 +157,7 @@ bool PostgresServer::launch()
     constexpr int betweenLooks = 10; // ms
     const QDeadlineTimer deadline(hangMs);
     while (!isReady()) {
-        if (m_process.waitForFinished(betweenLooks) || deadline.hasExpired())
+        if (m_process.waitForFinished(betweenLooks) || !isRunning() || deadline.hasExpired())
             return false;
     }
     return true;
@@ -269,33 +210,36 @@ QString PostgresServer::freshDatabase(const QString &name)
     return connection(name);
 }
 
+QString PostgresServer::login(const QString &database)
+{
+    return u"dbname=%1 user=%2"_s.arg(database, superuser);
+}
+
 QString PostgresServer::connection(const QString &database) const
 {
-    return u"host=%1 port=%2 dbname=%3 user=%4"_s.arg(m_folder.path(), QString::number(m_port),
-                                                      database, superuser);
+    return u"host=%1 port=%2 %3"_s.arg(m_folder.path(), QString::number(port()), login(database));
 }
 
 QString PostgresServer::loopbackConnection(const QString &database) const
 {
-    return u"host=127.0.0.1 port=%1 dbname=%2"_s.arg(QString::number(m_port), database);
+    return u"host=127.0.0.1 port=%1 dbname=%2"_s.arg(QString::number(port()), database);
+}
+
+int PostgresServer::port() const
+{
+    constexpr int defaultPort = 5432; // the socket's name contains it
+    return m_port ? m_port->number() : defaultPort;
 }
 
 QString PostgresServer::socketPath() const
 {
-    return m_folder.filePath(u".s.PGSQL.%1"_s.arg(m_port));
+    return m_folder.filePath(u".s.PGSQL.%1"_s.arg(port()));
 }
 
 PostgresServer::Rows PostgresServer::sql(const QString &statements, const QString &database) const
 {
-    const QString quiet = connection(database) + u" options='-c client_min_messages=warning'"_s;
-    const Connection connected(PQconnectdb(quiet.toUtf8().constData()), &PQfinish);
-    if (PQstatus(connected.get()) != CONNECTION_OK)
-        throw std::runtime_error(PQerrorMessage(connected.get()));
-    const Answer answer(PQexec(connected.get(), statements.toUtf8().constData()), &PQclear);
-    const ExecStatusType status = PQresultStatus(answer.get());
-    if (status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK)
-        throw std::runtime_error(PQerrorMessage(connected.get()));
-    return rowsOf(answer.get());
+    const QString quiet = u" options='-c client_min_messages=warning'"_s;
+    return PostgresClient(connection(database) + quiet).query(statements);
 }
 
 } // namespace norvane

@@ -1,11 +1,14 @@
 #pragma once
 
-#include <QList>
+#include "support/PostgresClient.h"
+#include "support/ReservedPort.h"
+
 #include <QMap>
 #include <QProcess>
 #include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
+
+#include <memory>
 
 namespace norvane {
 
@@ -22,7 +25,7 @@ public:
         SocketOnly,
         SocketAndLoopback ///< and on 127.0.0.1, where each role needs its password
     };
-    using Rows = QList<QStringList>; ///< a null value is a null string
+    using Rows = PostgresClient::Rows;
 
     /// Sets up the data folder and starts the server.
     explicit PostgresServer(Durability durability = Durability::Unflushed,
@@ -57,10 +60,12 @@ public:
 
     /// For libpq, by the socket and as the role that may do everything.
     QString connection(const QString &database = defaultDatabase()) const;
+    /// The part of it that isn't the address, for other ways to the server.
+    static QString login(const QString &database = defaultDatabase());
     /// By 127.0.0.1, without role and password.
     QString loopbackConnection(const QString &database = defaultDatabase()) const;
     QString socketPath() const;
-    int port() const { return m_port; }
+    int port() const;
 
     /// Runs one or several statements on a connection of its own.
     /// @return the rows of the last one
@@ -73,16 +78,14 @@ private:
     static QString defaultDatabase() { return QStringLiteral("postgres"); }
 
     void setUpFolder();
-    bool launch();
     bool isReady() const;
     bool signalAndWait(int signal);
     void run(const QString &program, const QStringList &arguments) const;
     QString dataFolder() const { return m_folder.filePath(QStringLiteral("data")); }
 
-    const Listen m_listen;
     QTemporaryDir m_folder;
     QMap<QString, QString> m_settings;
-    int m_port;
+    const std::unique_ptr<ReservedPort> m_port; ///< none where there is the socket alone
     QProcess m_process;
 };
 

@@ -1,12 +1,11 @@
 #include "support/PostgresServer.h"
+#include "support/PostgresClient.h"
 #include "support/WaitUntil.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
-
-#include <libpq-fe.h>
 
 #include <csignal>
 #include <memory>
@@ -24,27 +23,29 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using Durability = PostgresServer::Durability;
+using Listen = PostgresServer::Listen;
 using Rows = PostgresServer::Rows;
-using Client = std::unique_ptr<PGconn, decltype(&PQfinish)>;
-
-Client clientOf(const QString &connection)
-{
-    return {PQconnectdb(connection.toUtf8().constData()), &PQfinish};
-}
-
-bool hasRun(const Client &client, const char *statement)
-{
-    PGresult *const answer = PQexec(client.get(), statement);
-    const bool done = PQresultStatus(answer) == PGRES_COMMAND_OK;
-    PQclear(answer);
-    return done;
-}
 
 } // namespace
 
-TEST(PostgresServer, databasesOfOneServerDoNotSeeEachOther)
+/// A server that all tests share; each leaves it running.
+class PostgresServerTest : public testing::Test
 {
-    PostgresServer server;
+protected:
+    static void SetUpTestSuite()
+    {
+        shared = std::make_unique<PostgresServer>(Durability::Unflushed, Listen::SocketAndLoopback);
+        shared->sql(u"CREATE ROLE shop LOGIN PASSWORD 'secret'"_s);
+    }
+    static void TearDownTestSuite() { shared.reset(); }
+
+    static inline std::unique_ptr<PostgresServer> shared;
+    PostgresServer &server = *shared;
+};
+
+TEST_F(PostgresServerTest, databasesOfOneServerDoNotSeeEachOther)
+{
     server.freshDatabase(u"one"_s);
     server.freshDatabase(u"two"_s);
     server.sql(u"CREATE TABLE only_here (id integer)"_s, u"one"_s);
@@ -53,38 +54,35 @@ TEST(PostgresServer, databasesOfOneServerDoNotSeeEachOther)
     EXPECT_EQ(server.sql(tables, u"two"_s), Rows());
 }
 
-TEST(PostgresServer, aFreshDatabaseReplacesOneThatIsInUse)
+TEST_F(PostgresServerTest, aFreshDatabaseReplacesOneThatIsInUse)
 {
-    PostgresServer server;
-    const Client client = clientOf(server.freshDatabase(u"shop"_s));
-    ASSERT_TRUE(hasRun(client, "CREATE TABLE former (id integer)"));
+    PostgresClient client(server.freshDatabase(u"shop"_s));
+    ASSERT_TRUE(client.run(u"CREATE TABLE former (id integer)"_s));
     server.freshDatabase(u"shop"_s);
-    EXPECT_FALSE(hasRun(client, "INSERT INTO former VALUES (1)"));
+    EXPECT_FALSE(client.run(u"INSERT INTO former VALUES (1)"_s));
     EXPECT_EQ(server.sql(u"SELECT count(*) FROM pg_class WHERE relname = 'former'"_s, u"shop"_s),
               Rows{{u"0"_s}});
 }
 
-TEST(PostgresServer, rowsAreThoseOfTheLastStatement)
+TEST_F(PostgresServerTest, rowsAreThoseOfTheLastStatement)
 {
-    PostgresServer server;
     EXPECT_EQ(server.sql(u"SELECT 1; SELECT 'año', NULL, '' UNION ALL SELECT 'b', '2', 'c'"_s),
               (Rows{{u"año"_s, QString(), u""_s}, {u"b"_s, u"2"_s, u"c"_s}}));
     EXPECT_TRUE(server.sql(u"SELECT NULL"_s)[0][0].isNull());
     EXPECT_FALSE(server.sql(u"SELECT ''"_s)[0][0].isNull());
 }
 
-TEST(PostgresServer, statementsThatFailThrow)
+TEST_F(PostgresServerTest, statementsThatFailThrow)
 {
-    PostgresServer server;
     EXPECT_THROW(server.sql(u"SELECT 1/0"_s), std::runtime_error);
     EXPECT_THROW(server.sql(u"SELECT 1"_s, u"missing"_s), std::runtime_error);
     ASSERT_TRUE(server.stop());
     EXPECT_THROW(server.sql(u"SELECT 1"_s), std::runtime_error);
+    EXPECT_TRUE(server.start());
 }
 
-TEST(PostgresServer, aRestartKeepsTheDataAndTheAddress)
+TEST_F(PostgresServerTest, aRestartKeepsTheDataAndTheAddress)
 {
-    PostgresServer server;
     const QString connection = server.freshDatabase(u"shop"_s);
     server.sql(u"CREATE TABLE kept (id integer); INSERT INTO kept VALUES (7)"_s, u"shop"_s);
     ASSERT_TRUE(server.restart());
@@ -92,83 +90,77 @@ TEST(PostgresServer, aRestartKeepsTheDataAndTheAddress)
     EXPECT_EQ(server.sql(u"SELECT id FROM kept"_s, u"shop"_s), Rows{{u"7"_s}});
 }
 
-class KilledPostgresServer : public testing::TestWithParam<PostgresServer::Durability>
+class KilledPostgresServer : public testing::TestWithParam<Durability>
 {};
 
 TEST_P(KilledPostgresServer, recoversWhatWasCommittedAndNothingElse)
 {
     PostgresServer server(GetParam());
     server.sql(u"CREATE TABLE kept (id integer)"_s);
-    const Client client = clientOf(server.connection());
-    ASSERT_TRUE(hasRun(client, "INSERT INTO kept VALUES (1)"));
-    ASSERT_TRUE(hasRun(client, "BEGIN"));
-    ASSERT_TRUE(hasRun(client, "INSERT INTO kept VALUES (2)"));
+    PostgresClient client(server.connection());
+    ASSERT_TRUE(client.run(u"INSERT INTO kept VALUES (1)"_s));
+    ASSERT_TRUE(client.run(u"BEGIN"_s));
+    ASSERT_TRUE(client.run(u"INSERT INTO kept VALUES (2)"_s));
     ASSERT_TRUE(server.killNow());
     EXPECT_FALSE(server.isRunning());
-    EXPECT_FALSE(hasRun(client, "COMMIT"));
+    EXPECT_FALSE(client.run(u"COMMIT"_s));
     ASSERT_TRUE(server.start());
     EXPECT_EQ(server.sql(u"SELECT id FROM kept"_s), Rows{{u"1"_s}});
 }
 
 INSTANTIATE_TEST_SUITE_P(Durabilities, KilledPostgresServer,
-                         testing::Values(PostgresServer::Durability::Unflushed,
-                                         PostgresServer::Durability::Flushed));
+                         testing::Values(Durability::Unflushed, Durability::Flushed));
 
-TEST(PostgresServer, durabilityDecidesWhatIsFlushed)
+TEST_F(PostgresServerTest, durabilityDecidesWhatIsFlushed)
 {
     const QString setting = u"SHOW fsync"_s;
-    EXPECT_EQ(PostgresServer().sql(setting), Rows{{u"off"_s}});
-    EXPECT_EQ(PostgresServer(PostgresServer::Durability::Flushed).sql(setting), Rows{{u"on"_s}});
+    EXPECT_EQ(server.sql(setting), Rows{{u"off"_s}});
+    EXPECT_EQ(PostgresServer(Durability::Flushed).sql(setting), Rows{{u"on"_s}});
 }
 
-TEST(PostgresServer, settingsAreInForceFromTheNextStart)
+TEST_F(PostgresServerTest, settingsAreInForceFromTheNextStart)
 {
-    PostgresServer server;
-    server.setSetting(u"max_connections"_s, u"20"_s);
-    EXPECT_EQ(server.sql(u"SHOW max_connections"_s), Rows{{u"50"_s}});
+    server.setSetting(u"max_locks_per_transaction"_s, u"20"_s);
+    EXPECT_EQ(server.sql(u"SHOW max_locks_per_transaction"_s), Rows{{u"64"_s}});
     ASSERT_TRUE(server.restart());
-    EXPECT_EQ(server.sql(u"SHOW max_connections"_s), Rows{{u"20"_s}});
+    EXPECT_EQ(server.sql(u"SHOW max_locks_per_transaction"_s), Rows{{u"20"_s}});
+    server.setSetting(u"max_locks_per_transaction"_s, u"64"_s);
+    EXPECT_TRUE(server.restart());
 }
 
-TEST(PostgresServer, aServerThatRefusesItsSettingsDoesNotStart)
+TEST_F(PostgresServerTest, aServerThatRefusesItsSettingsDoesNotStart)
 {
-    PostgresServer server;
     ASSERT_TRUE(server.stop());
     server.setSetting(u"max_connections"_s, u"none"_s);
     EXPECT_FALSE(server.start());
-    server.setSetting(u"max_connections"_s, u"10"_s);
+    server.setSetting(u"max_connections"_s, u"50"_s);
     EXPECT_TRUE(server.start());
 }
 
-TEST(PostgresServer, theLoopbackAsksForAPassword)
+TEST_F(PostgresServerTest, theLoopbackAsksForAPassword)
 {
-    PostgresServer server(PostgresServer::Durability::Unflushed,
-                          PostgresServer::Listen::SocketAndLoopback);
-    server.sql(u"CREATE ROLE shop LOGIN PASSWORD 'secret'"_s);
     const QString shop = server.loopbackConnection() + u" user=shop"_s;
-    EXPECT_EQ(PQstatus(clientOf(shop + u" password=secret"_s).get()), CONNECTION_OK);
-    EXPECT_EQ(PQstatus(clientOf(shop + u" password=other"_s).get()), CONNECTION_BAD);
+    EXPECT_TRUE(PostgresClient(shop + u" password=secret"_s).isConnected());
+    EXPECT_FALSE(PostgresClient(shop + u" password=other"_s).isConnected());
     const int port = server.port();
     ASSERT_TRUE(server.restart());
     EXPECT_EQ(server.port(), port);
 }
 
-TEST(PostgresServer, aClientCanCheckTheCertificate)
+TEST_F(PostgresServerTest, aClientCanCheckTheCertificate)
 {
-    PostgresServer server(PostgresServer::Durability::Unflushed,
-                          PostgresServer::Listen::SocketAndLoopback);
-    server.sql(u"CREATE ROLE shop LOGIN PASSWORD 'secret'"_s);
-    const QString checked =
-        server.loopbackConnection() + u" user=shop password=secret sslmode=verify-full"_s;
-    EXPECT_EQ(PQstatus(clientOf(checked).get()), CONNECTION_BAD);
+    const QString shop = server.loopbackConnection() + u" user=shop password=secret"_s;
+    EXPECT_FALSE(PostgresClient(shop + u" sslmode=require"_s).isConnected());
     const QString certificate = server.setUpTls();
     ASSERT_TRUE(server.restart());
-    const Client client = clientOf(checked + u" sslrootcert="_s + certificate);
-    EXPECT_EQ(PQstatus(client.get()), CONNECTION_OK) << PQerrorMessage(client.get());
+    const PostgresClient client(shop + u" sslmode=verify-full sslrootcert="_s + certificate);
+    EXPECT_TRUE(client.isConnected()) << qPrintable(client.error());
     EXPECT_TRUE(PQsslInUse(client.get()));
+    server.setSetting(u"ssl"_s, u"off"_s);
+    EXPECT_TRUE(server.restart());
 }
 
-TEST(PostgresServer, endsWithATestProgramThatIsKilled)
+TEST(OwnPostgresServer, endsWithATestProgramThatIsKilled)
 {
     int ends[2] = {};
     ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
