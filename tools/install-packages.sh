@@ -66,4 +66,14 @@ echo "Installing: ${missing[*]}"
 # sudo drops the environment: the frontend is named on its far side.
 apt_get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq)
 "${apt_get[@]}" update
+
+# The tests run database servers of their own; the package's default one, which would be started and
+# listen, is not set up. Where somebody else wants one later: pg_createcluster.
+if [[ " ${missing[*]} " == *" postgresql-15 "* ]]; then
+    settings=/etc/postgresql-common/createcluster.d
+    no_cluster=$settings/norvane-tests.conf
+    "${as_root[@]}" mkdir -p "$settings"
+    "${as_root[@]}" tee "$no_cluster" >/dev/null <<<'create_main_cluster = false'
+    trap '"${as_root[@]}" rm -f "$no_cluster"' EXIT
+fi
 "${apt_get[@]}" install -y --no-install-recommends "${missing[@]}" >/dev/null

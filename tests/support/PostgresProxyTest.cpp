@@ -3,6 +3,8 @@
 #include "support/ProxyFixture.h"
 #include "support/WaitUntil.h"
 
+#include <QProcess>
+
 #include <array>
 
 namespace norvane {
@@ -60,6 +62,55 @@ TEST_F(PostgresProxyAtLoopback, declinesEncryption)
     const QString way = proxy.address() + u' ' + PostgresServer::login();
     EXPECT_TRUE(PostgresClient(way + u" sslmode=prefer"_s).isConnected());
     EXPECT_FALSE(PostgresClient(way + u" sslmode=require"_s).isConnected());
+}
+
+class PostgresProxyProgram : public ProxyFixture
+{
+protected:
+    PostgresProxyProgram()
+    {
+        program.start(QStringLiteral(NORVANE_PROGRAM_DIR "/postgres_proxy"),
+                      {u"--loopback"_s, u"--delay"_s, u"0.5"_s, server->socketPath()});
+    }
+
+    ~PostgresProxyProgram() override
+    {
+        program.closeWriteChannel();
+        EXPECT_TRUE(program.waitForFinished(hangMs));
+        EXPECT_EQ(program.exitCode(), 0);
+    }
+
+    QString line()
+    {
+        EXPECT_TRUE(program.canReadLine() || program.waitForReadyRead(hangMs));
+        return QString::fromUtf8(program.readLine()).trimmed();
+    }
+
+    QString obeyed(const QByteArray &command)
+    {
+        program.write(command + '\n');
+        return line();
+    }
+
+    QProcess program;
+};
+
+TEST_F(PostgresProxyProgram, tellsItsAddressAndObeys)
+{
+    const QString way = line() + u' ' + PostgresServer::login();
+    PostgresClient client(way);
+    EXPECT_TRUE(client.run(u"SELECT 1"_s));
+    EXPECT_EQ(obeyed("refuse"), u"ok"_s);
+    EXPECT_FALSE(PostgresClient(way).isConnected());
+    EXPECT_EQ(obeyed("accept"), u"ok"_s);
+    EXPECT_EQ(obeyed("delay 1"), u"ok"_s);
+    EXPECT_EQ(obeyed("delay soon"), u"no such command"_s);
+    const QString counts = obeyed("count");
+    EXPECT_TRUE(counts.startsWith(u"to server 1 (0 waiting), "_s)) << qPrintable(counts);
+    EXPECT_TRUE(counts.endsWith(u", answers 2, connections 1 (1 open)"_s)) << qPrintable(counts);
+    EXPECT_EQ(line(), u"ok"_s);
+    EXPECT_EQ(obeyed("cut"), u"ok"_s);
+    EXPECT_FALSE(client.run(u"SELECT 1"_s));
 }
 
 class PostgresProxyTest : public ProxyFixture

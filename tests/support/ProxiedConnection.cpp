@@ -10,8 +10,8 @@
 namespace norvane {
 
 ProxiedConnection::ProxiedConnection(int client, int server)
-    : m_lanes{Lane(client, server, PostgresFraming::Side::Client),
-              Lane(server, client, PostgresFraming::Side::Server)}
+    : m_lanes{Lane{client, server, PostgresFraming(PostgresFraming::Side::Client)},
+              Lane{server, client, PostgresFraming(PostgresFraming::Side::Server)}}
 {}
 
 void ProxiedConnection::close()

@@ -53,13 +53,11 @@ public:
 private:
     struct Lane
     {
-        Lane(int from, int to, PostgresFraming::Side side) : from(from), to(to), framing(side) {}
-
         int from;
         int to;
         PostgresFraming framing;
-        DelayedMessages waiting;
-        QByteArray outgoing;
+        DelayedMessages waiting = {};
+        QByteArray outgoing = {};
         bool hasEnded = false; ///< nothing more comes
         bool isEnding = false; ///< the end was passed on
         bool isBlocked = false;
