@@ -8,6 +8,7 @@
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QUuid>
 
 namespace norvane {
 
@@ -19,6 +20,12 @@ namespace {
 QVariantList noArguments()
 {
     return {};
+}
+
+/// Of a call that adds messages: however often it is tried, they are added once.
+QString newToken()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
 }
 
 } // namespace
@@ -74,18 +81,20 @@ int EngineService::GetEngineStatus() const
 void EngineService::AddSMS(const QString &phone, const QString &message,
                            const QString &deliveryDate)
 {
-    carryOut([this, row = QueueRow{deliveryDate, phone, message, 0}] {
-        return m_store.queue().add(QList<QueueRow>{row}).map([this] {
-            m_dispatcher.noticeQueueChange();
-            return QVariantList();
-        });
+    carryOut([this, token = newToken(), row = QueueRow{deliveryDate, phone, message, 0}] {
+        return m_store.queue()
+            .once(token, [&] { return m_store.queue().add(QList<QueueRow>{row}); })
+            .map([this] {
+                m_dispatcher.noticeQueueChange();
+                return QVariantList();
+            });
     });
 }
 
 void EngineService::AddSMSList(const BusSMSList &list, const QString &deliveryDate)
 {
-    carryOut([this, list, deliveryDate] {
-        return m_dispatcher.addList(list, deliveryDate).map(noArguments);
+    carryOut([this, token = newToken(), list, deliveryDate] {
+        return m_dispatcher.addList(token, list, deliveryDate).map(noArguments);
     });
 }
 

@@ -150,9 +150,10 @@ void Dispatcher::testDevice(TestAnswer answer)
     work();
 }
 
-StoreResult<> Dispatcher::addList(const QList<SMSList::Entry> &list, const QString &deliveryDate)
+StoreResult<> Dispatcher::addList(const QString &token, const QList<SMSList::Entry> &list,
+                                  const QString &deliveryDate)
 {
-    return m_lists.add(list, deliveryDate).map([&] {
+    return m_lists.add(token, list, deliveryDate).map([&] {
         if (!list.isEmpty())
             noticeQueueChange();
     });

@@ -63,7 +63,7 @@ public:
     void testDevice(TestAnswer answer);
 
     /// Queues the messages of a list, see ListIntake::add().
-    [[nodiscard]] StoreResult<> addList(const QList<SMSList::Entry> &list,
+    [[nodiscard]] StoreResult<> addList(const QString &token, const QList<SMSList::Entry> &list,
                                         const QString &deliveryDate);
     OptOuts &optOuts() { return m_optOuts; }
     /// The queue was changed from outside. What is to be done about it begins from the event loop.

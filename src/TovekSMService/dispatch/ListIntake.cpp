@@ -10,11 +10,18 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-StoreResult<> ListIntake::add(const QList<SMSList::Entry> &list, const QString &deliveryDate)
+StoreResult<> ListIntake::add(const QString &token, const QList<SMSList::Entry> &list,
+                              const QString &deliveryDate)
 {
-    return m_store.database()
-        .together([&] { return keep(list, deliveryDate); })
-        .map([this](const QList<Refused> &refused) { report(refused); });
+    QList<Refused> refused;
+    return m_store.queue()
+        .once(token,
+              [&] {
+                  return m_store.database()
+                      .together([&] { return keep(list, deliveryDate); })
+                      .map([&](const QList<Refused> &kept) { refused = kept; });
+              })
+        .map([&] { report(refused); });
 }
 
 StoreResult<QList<ListIntake::Refused>> ListIntake::keep(const QList<SMSList::Entry> &list,

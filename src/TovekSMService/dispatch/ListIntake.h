@@ -25,7 +25,9 @@ public:
 
     /// All of them are in the store when it returns, or none. What failed is reported, with one
     /// warning for the list.
-    [[nodiscard]] StoreResult<> add(const QList<SMSList::Entry> &list, const QString &deliveryDate);
+    /// @param token  see MessageQueue::once()
+    [[nodiscard]] StoreResult<> add(const QString &token, const QList<SMSList::Entry> &list,
+                                    const QString &deliveryDate);
 
 private:
     /// A message that isn't sent, and its outcome.

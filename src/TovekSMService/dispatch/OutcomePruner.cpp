@@ -31,6 +31,8 @@ StoreResult<int> OutcomePruner::forget(const QString &before)
     return m_store.database().together([&]() -> StoreResult<int> {
         if (const StoreResult<bool> isMine = m_store.database().mayDoChores(); !isMine || !*isMine)
             return isMine.map([](bool) { return 0; });
+        if (const StoreResult<> pruned = m_store.queue().prune(m_pace.rows); !pruned)
+            return failed(pruned.error());
         return m_store.outcomes().prune(before, m_pace.rows).and_then([&](int outcomes) {
             return m_store.sentParts().prune(before, m_pace.rows).and_then([&](int parts) {
                 return m_store.received().prune(before, m_pace.rows).map([&](int received) {

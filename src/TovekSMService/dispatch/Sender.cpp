@@ -230,7 +230,7 @@ Settlement Sender::settlementOf(const StoredMessage &message, Settlement::Fate f
     Settlement settlement;
     settlement.message = message.id;
     settlement.fate = fate;
-    settlement.epoch = m_queue.epoch();
+    settlement.epoch = message.epoch;
     settlement.phone = message.phone;
     settlement.text = message.text;
     settlement.at = m_clock.wallClockText();
@@ -379,10 +379,7 @@ void Sender::forgetMessages()
 
 Outbox::Entry Sender::entryOf(const SendingRun &run)
 {
-    QList<Settlement> settlements = run.settlements();
-    for (Settlement &settlement : settlements)
-        settlement.epoch = m_queue.epoch();
-    return entryOf(settlements, [this, taken = run.taken()](const QList<qint64> &) {
+    return entryOf(run.settlements(), [this, taken = run.taken()](const QList<qint64> &) {
         auto others = m_queue.size() + static_cast<int>(taken.size());
         for (const SendingRun::Taken &each : taken)
             m_outbox.reportSent(each.message, --others);

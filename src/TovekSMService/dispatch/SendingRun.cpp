@@ -16,6 +16,7 @@ QList<Settlement> SendingRun::settlements() const
         Settlement sent;
         sent.message = taken.message.id;
         sent.fate = Settlement::Fate::Sent;
+        sent.epoch = taken.message.epoch;
         sent.phone = taken.message.phone;
         sent.text = taken.message.text;
         sent.networkReference = taken.reference;
@@ -26,6 +27,7 @@ QList<Settlement> SendingRun::settlements() const
     for (const LeavingMessage &left : m_ahead) {
         Settlement returned;
         returned.message = left.message.id;
+        returned.epoch = left.message.epoch;
         settlements.append(returned);
     }
     return settlements;

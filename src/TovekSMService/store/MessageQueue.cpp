@@ -135,9 +135,11 @@ StoreResult<QString> MessageQueue::recentBatches() const
 
 StoreResult<> MessageQueue::addBatch(const QList<QueueRow> &messages, const QString &recentBatches)
 {
-    return m_database.together([&] {
-        return add(messages).and_then(
-            [&] { return SettingTable(m_database).write(batchesSetting(), recentBatches); });
+    return once(u"batches "_s + recentBatches, [&] {
+        return m_database.together([&] {
+            return add(messages).and_then(
+                [&] { return SettingTable(m_database).write(batchesSetting(), recentBatches); });
+        });
     });
 }
 

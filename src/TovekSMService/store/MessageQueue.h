@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 namespace norvane {
@@ -30,6 +31,7 @@ struct StoredMessage
     int partsSent = 0;
     std::optional<quint16> reference; ///< that ties its parts together, once one was sent
     QString originalDate;             ///< deliveryDate as it was given, whatever came since
+    qint64 epoch = 0;                 ///< in which it was begun, see SharedQueue
 };
 
 /// A part that is about to leave.
@@ -69,6 +71,13 @@ public:
                                     const QString &deliveryDate);
     /// Messages with a date each, in the order of `messages`; their ids are not looked at.
     [[nodiscard]] StoreResult<> add(const QList<QueueRow> &messages);
+    /// Carries out what adds messages, once for each token: where the answer to an earlier time was
+    /// lost, and that has been carried out, nothing is.
+    [[nodiscard]] virtual StoreResult<> once(const QString & /*token*/,
+                                             const std::function<StoreResult<>()> &operations)
+    {
+        return operations();
+    }
     /// Keeps the outcome of a message that is not to be queued, see Outcomes::keep().
     /// @return the outcome's id
     [[nodiscard]] virtual StoreResult<qint64> refuse(const QueueRow &message, qint32 code,
@@ -106,8 +115,6 @@ public:
     /// Lets those parts wait again of which the database alone says that they are leaving. To be
     /// called when nothing is on its way, and what became of everything that was is settled.
     [[nodiscard]] virtual StoreResult<> recover() { return {}; }
-    /// The epoch in which parts begin now, see SharedQueue.
-    virtual qint64 epoch() const { return 0; }
     /// What is settled from now on began to leave in that epoch; 0 for the present one.
     virtual void settleAs(qint64 /*epoch*/) {}
     /// Notes that parts are about to leave.
@@ -134,6 +141,8 @@ public:
                                                      const QString &at, bool reported) = 0;
     /// The same for messages that were sent.
     [[nodiscard]] virtual StoreResult<> finishSent(const QList<SentMessage> &messages) = 0;
+    /// Forgets what served its turn, in a step of so many rows.
+    [[nodiscard]] virtual StoreResult<> prune(int /*max*/) { return {}; }
     /// Messages of which a part was about to leave when the engine ended.
     [[nodiscard]] virtual StoreResult<QList<StoredMessage>> interrupted() const = 0;
 

@@ -72,6 +72,8 @@ StoreFailure::Kind kindOf(const QByteArray &sqlState)
         return StoreFailure::Kind::Full;
     if (sqlState.startsWith("40") || sqlState.startsWith("55") || sqlState == "57014")
         return StoreFailure::Kind::Busy; // serialization, lock not available, query canceled
+    if (sqlState == "23505") // unique violation
+        return StoreFailure::Kind::Exists;
     if (sqlState == "25006")             // read-only transaction
         return StoreFailure::Kind::ReadOnly;
     if (sqlState.startsWith("57P") || sqlState.startsWith("08"))

@@ -60,6 +60,10 @@ CREATE TABLE recipient (
  phone text PRIMARY KEY, engine integer NOT NULL, at timestamptz NOT NULL);
 CREATE INDEX recipient_by_time ON recipient (at);
 
+CREATE TABLE done_once (
+ token text PRIMARY KEY, at timestamptz NOT NULL DEFAULT clock_timestamp());
+CREATE INDEX done_once_by_time ON done_once (at);
+
 CREATE TABLE setting (name text PRIMARY KEY, value text NOT NULL);
 
 CREATE TABLE outcome (

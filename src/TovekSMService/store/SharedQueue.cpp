@@ -38,23 +38,41 @@ StoreResult<> SharedQueue::load()
 {
     m_needsRecovery = true;
     noteAll();
-    return (m_engines.isEnrolled() ? StoreResult<>() : m_engines.enroll()).and_then([this] {
-        return refreshSize();
+    return enroll().and_then([this] { return refreshSize(); });
+}
+
+StoreResult<> SharedQueue::enroll()
+{
+    return m_engines.enroll().map([this] {
+        m_isEpochOver = false;
+        if (m_firstEpoch == 0)
+            m_firstEpoch = m_engines.epoch();
     });
 }
 
-/// Behind a lost connection, or a lost epoch: with nothing on its way, what is noted as leaving in
-/// this epoch did not leave.
+/// With nothing on its way, what this run of the program began in an epoch that is over did not
+/// leave: its commit was not known of.
 StoreResult<> SharedQueue::recover()
 {
-    const StoreResult<> recovered =
-        m_isEpochOver ? m_engines.enroll()
-                      : m_shared.write(SharedQueries::releaseLeaving, {m_engines.id(), epoch()});
-    if (recovered) {
-        m_isEpochOver = false;
-        m_needsRecovery = false;
-    }
-    return recovered;
+    return (m_isEpochOver ? enroll() : StoreResult<>())
+        .and_then([this] {
+            return m_shared.write(SharedQueries::releaseLeaving,
+                                  {m_engines.id(), m_firstEpoch, m_engines.epoch()});
+        })
+        .map([this] { m_needsRecovery = false; });
+}
+
+StoreResult<> SharedQueue::once(const QString &token,
+                                const std::function<StoreResult<>()> &operations)
+{
+    const StoreResult<> done = m_shared.together([&] {
+        return m_shared
+            .write("INSERT INTO done_once (token) VALUES (?)",
+                   {m_engines.name() + u' ' + token})
+            .and_then(operations);
+    });
+    const bool wasDone = !done && done.error().kind() == StoreFailure::Kind::Exists;
+    return wasDone ? StoreResult<>() : done;
 }
 
 void SharedQueue::noteEpochEnded()
@@ -69,11 +87,6 @@ StoreResult<> SharedQueue::noteTakenOver(const QList<qint64> &ids)
     return refreshSize();
 }
 
-qint64 SharedQueue::epoch() const
-{
-    return m_engines.epoch();
-}
-
 void SharedQueue::settleAs(qint64 epoch)
 {
     m_settlingEpoch = epoch;
@@ -81,7 +94,7 @@ void SharedQueue::settleAs(qint64 epoch)
 
 qint64 SharedQueue::settlingEpoch() const
 {
-    return m_settlingEpoch != 0 ? m_settlingEpoch : epoch();
+    return m_settlingEpoch != 0 ? m_settlingEpoch : m_engines.epoch();
 }
 
 StoreResult<> SharedQueue::refreshSize()
@@ -203,13 +216,17 @@ StoreResult<QList<StoredMessage>> SharedQueue::first(int max) const
                              values, messageOf);
     // What is begun now must be of an epoch that holds until the commit.
     bool isHeld = false;
-    m_shared.ask(SharedQueries::fence, {m_engines.id(), epoch()}, [&isHeld](const StoreRow &) {
+    m_shared.ask(SharedQueries::fence, {m_engines.id(), m_engines.epoch()}, [&isHeld](const StoreRow &) {
         isHeld = true;
         return false;
     });
     StoreResult<QList<StoredMessage>> messages = m_shared.rows(
         m_sameSenderSeconds > 0 ? SharedQueries::firstOfSenderToBegin : SharedQueries::firstToBegin,
         values, messageOf);
+    if (messages && isHeld) {
+        for (StoredMessage &message : *messages)
+            message.epoch = m_engines.epoch();
+    }
     if (!messages || isHeld)
         return messages;
     m_isEpochOver = true;
@@ -235,7 +252,7 @@ StoreResult<> SharedQueue::begin(const QList<BegunPart> &parts)
     }
     using PostgresText::array;
     return m_shared.write(SharedQueries::begin,
-                          {m_engines.id(), epoch(), array(ids), array(references), array(hashes)});
+                          {m_engines.id(), m_engines.epoch(), array(ids), array(references), array(hashes)});
 }
 
 StoreResult<> SharedQueue::endPart(qint64 id, int partsSent)
@@ -328,9 +345,24 @@ StoreResult<> SharedQueue::finishSent(const QList<SentMessage> &messages)
         });
 }
 
+/// A call is repeated for seconds, and a recipient comes back for months.
+StoreResult<> SharedQueue::prune(int max)
+{
+    return m_shared
+        .write("DELETE FROM done_once WHERE token IN (SELECT token FROM done_once "
+               "WHERE at < clock_timestamp() - interval '1 day' LIMIT ?)",
+               {max})
+        .and_then([&] {
+            return m_shared.write("DELETE FROM recipient WHERE phone IN (SELECT phone FROM "
+                                  "recipient WHERE at < clock_timestamp() - interval '90 days' "
+                                  "LIMIT ?)",
+                                  {max});
+        });
+}
+
 StoreResult<QList<StoredMessage>> SharedQueue::interrupted() const
 {
-    return m_shared.rows(SharedQueries::interrupted, {m_engines.id(), epoch()}, messageOf);
+    return m_shared.rows(SharedQueries::interrupted, {m_engines.id(), m_engines.epoch()}, messageOf);
 }
 
 /// In the transaction that changes it: a console of another engine misses nothing, whatever

@@ -25,8 +25,11 @@ public:
     SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
                 int sameSenderSeconds);
 
-    /// Also begins the engine's first epoch.
+    /// Also begins an epoch of the engine: what is carried out late of an earlier connection finds
+    /// nothing that it could change.
     StoreResult<> load() override;
+    StoreResult<> once(const QString &token,
+                       const std::function<StoreResult<>()> &operations) override;
     StoreResult<qint64> refuse(const QueueRow &message, qint32 code, const QString &at) override;
     using MessageQueue::rows;
     StoreResult<QList<QueueRow>> rows(const QList<qint64> &ids) const override;
@@ -44,11 +47,11 @@ public:
     StoreResult<qint64> finish(qint64 id, qint32 code, std::optional<int> networkReference,
                                const QString &at, bool reported) override;
     StoreResult<> finishSent(const QList<SentMessage> &messages) override;
+    StoreResult<> prune(int max) override;
     StoreResult<QList<StoredMessage>> interrupted() const override;
     bool needsRecovery() const override { return m_needsRecovery; }
     StoreResult<> recover() override;
     void settleAs(qint64 epoch) override;
-    qint64 epoch() const override;
 
     /// The engine's epoch is over: another one has taken over what it held.
     void noteEpochEnded();
@@ -72,6 +75,7 @@ private:
     void announce(const QList<qint64> &ids) override;
     void noteToAll(const QList<qint64> &ids);
     StoreResult<> count(qint64 change);
+    StoreResult<> enroll();
     StoreResult<> refreshSize();
     qint64 settlingEpoch() const;
     QVariantList valuesOfFirst(int max) const;
@@ -82,6 +86,7 @@ private:
     const int m_sameSenderSeconds;
     mutable bool m_isEpochOver = false;
     mutable bool m_needsRecovery = false;
+    qint64 m_firstEpoch = 0; ///< of this run of the program
     qint64 m_settlingEpoch = 0;
     QList<qint64> m_unannounced;
     bool m_hasAllChanged = false;

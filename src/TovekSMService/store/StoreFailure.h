@@ -18,6 +18,7 @@ public:
         Corrupt,  ///< the file is no database, or a damaged one
         TooNew,   ///< the file was written by a later version
         Away,     ///< the database can't be reached
+        Exists,   ///< what was to be added is there
         Other,
     };
 

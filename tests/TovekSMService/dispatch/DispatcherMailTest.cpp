@@ -172,7 +172,7 @@ TEST_F(DispatcherMail, aReportThatComesAfterAllStillCounts)
 TEST_F(DispatcherMail, aListIsQueuedWithoutThoseWhoOptedOut)
 {
     done(m_dispatcher->optOuts().add(u"600 111"_s, noon()).map([](bool) {}));
-    done(m_dispatcher->addList({{u"600111"_s, u"offer"_s}, {u"601"_s, u"offer"_s}}, noon()));
+    done(m_dispatcher->addList(u"token"_s, {{u"600111"_s, u"offer"_s}, {u"601"_s, u"offer"_s}}, noon()));
     EXPECT_EQ(m_store->queue().size(), 1);
     EXPECT_EQ(eventsButQueue(), (QStringList{u"failed 600111 offer -51"_s, u"warning -51"_s}));
     EXPECT_EQ(
@@ -186,7 +186,7 @@ TEST_F(DispatcherMail, aListThatTheStoreDoesNotTakeIsNeitherQueuedNorReported)
     done(m_dispatcher->optOuts().add(u"600"_s, noon()).map([](bool) {}));
     OtherConnection other(file());
     other.refuse(u"INSERT"_s, u"outcome"_s);
-    EXPECT_FALSE(m_dispatcher->addList({{u"601"_s, u"a"_s}, {u"600"_s, u"b"_s}}, noon()));
+    EXPECT_FALSE(m_dispatcher->addList(u"token"_s, {{u"601"_s, u"a"_s}, {u"600"_s, u"b"_s}}, noon()));
     EXPECT_EQ(m_store->queue().size(), 0);
     EXPECT_EQ(countOf(u"message"_s), 0);
     EXPECT_TRUE(eventsButQueue().isEmpty());
@@ -194,10 +194,10 @@ TEST_F(DispatcherMail, aListThatTheStoreDoesNotTakeIsNeitherQueuedNorReported)
 
 TEST_F(DispatcherMail, aListOfWhichNobodyOptedOutIsQueuedWithoutAWord)
 {
-    done(m_dispatcher->addList({{u"600"_s, u"a"_s}, {u"601"_s, u"b"_s}}, noon()));
+    done(m_dispatcher->addList(u"token"_s, {{u"600"_s, u"a"_s}, {u"601"_s, u"b"_s}}, noon()));
     EXPECT_EQ(m_store->queue().size(), 2);
     EXPECT_TRUE(eventsButQueue().isEmpty());
-    done(m_dispatcher->addList({}, noon()));
+    done(m_dispatcher->addList(u"token"_s, {}, noon()));
     EXPECT_EQ(m_store->queue().size(), 2);
 }
 
