@@ -13,6 +13,7 @@
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/reports/OptOuts.h"
 #include "TovekSMService/store/EngineFolder.h"
+#include "TovekSMService/store/EngineName.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/BusTypes.h"
@@ -135,7 +136,7 @@ StoreResult<> doOptOut(Store &store, const CommandLine &commandLine)
     using Task = CommandLine::OptOutTask;
     if (!commandLine.optOut)
         return {};
-    OptOuts optOuts(store.optOuts(), EngineSettings::load().countryPrefix);
+    OptOuts optOuts(store.optOuts(), EngineSettings::load(EngineName()).countryPrefix);
     switch (*commandLine.optOut) {
     case Task::List:
         break;
@@ -217,14 +218,14 @@ StoreResult<int> printAsked(const Store &store, const CommandLine &commandLine)
 
 int carryOutInStore(const CommandLine &commandLine)
 {
-    const QString folder = EngineFolder::make();
-    if (folder.isEmpty())
+    const EngineFolder folder{EngineName()};
+    if (!folder.make())
         return failInStore(commandLine, u"the folder of the engine's data can't be made"_s);
-    const auto lock = FileLock::open(EngineFolder::lockFile(folder));
+    const auto lock = FileLock::open(folder.lockFile());
     if (!lock || !(*lock)->tryLock())
         return failInStore(commandLine,
                            u"an engine runs that can't be reached over this session's bus"_s);
-    Store store(EngineFolder::storeFile(folder));
+    Store store(folder.storeFile());
     const StoreResult<int> done =
         store.open()
             .and_then([&] { return change(store.settings(), commandLine); })
@@ -236,7 +237,7 @@ int carryOutInStore(const CommandLine &commandLine)
 /// Outcomes and received messages are read from the file, beside an engine that may run.
 int report(const CommandLine &commandLine)
 {
-    StoreReader store(EngineFolder::storeFile(EngineFolder::path()));
+    StoreReader store(EngineFolder(EngineName()).storeFile());
     const auto write = commandLine.inbox ? InboxReport::write : OutcomeReport::write;
     const StoreResult<> written = store.open().and_then(
         [&] { return write(store, commandLine.since, commandLine.format, out()); });
@@ -245,7 +246,7 @@ int report(const CommandLine &commandLine)
 
 int backUp(const QString &target)
 {
-    const auto copied = norvane::backUp(EngineFolder::storeFile(EngineFolder::path()), target);
+    const auto copied = norvane::backUp(EngineFolder(EngineName()).storeFile(), target);
     return copied ? ExitCode::done : fail(u"no backup: "_s + copied.error().text);
 }
 

@@ -1,6 +1,7 @@
 #include "TovekSMService/dispatch/EngineSettings.h"
 
 #include "TovekSMService/log/Categories.h"
+#include "TovekSMService/store/EngineName.h"
 #include "TovekSMService/store/PostgresText.h"
 #include "common/SettingsText.h"
 #include "common/platform/PlatformFiles.h"
@@ -172,24 +173,28 @@ ModemTimings EngineSettings::modemTimings() const
     return timings;
 }
 
-QString EngineSettings::file()
+QString EngineSettings::file(const EngineName &name)
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           u"/Norvane/TovekSMService.ini"_s;
+    const QString common = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                           u"/Norvane/TovekSMService"_s;
+    const QString own = common + u'@' + name.text() + u".ini"_s;
+    const bool hasOwn = name.isNamed() && platformFiles().kind(own) != PlatformFiles::Kind::None;
+    return hasOwn ? own : common + u".ini"_s;
 }
 
-EngineSettings EngineSettings::load()
+EngineSettings EngineSettings::load(const EngineName &name)
 {
     QByteArray bytes;
-    const int error = platformFiles().read(file(), maxFileBytes, bytes);
+    const QString path = file(name);
+    const int error = platformFiles().read(path, maxFileBytes, bytes);
     if (error == 0) {
         EngineSettings settings = parse(bytes);
-        refuseOpenPassword(file(), settings);
+        refuseOpenPassword(path, settings);
         return settings;
     }
     if (error != ENOENT && error != ENOTDIR)
         qCWarning(logDispatch).noquote()
-            << "settings:" << file() << "can't be read:" << std::strerror(error);
+            << "settings:" << path << "can't be read:" << std::strerror(error);
     return {};
 }
 

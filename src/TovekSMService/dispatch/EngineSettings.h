@@ -10,6 +10,8 @@
 
 namespace norvane {
 
+class EngineName;
+
 /// What an administrator sets in the engine's settings file.
 struct EngineSettings
 {
@@ -60,11 +62,12 @@ struct EngineSettings
     RetryTimes retryTimes() const;
     ModemTimings modemTimings() const;
 
-    /// `$XDG_CONFIG_HOME/Norvane/TovekSMService.ini`
-    static QString file();
+    /// `TovekSMService@NAME.ini` in `$XDG_CONFIG_HOME/Norvane` for a named engine that has such a
+    /// file, else `TovekSMService.ini` there.
+    static QString file(const EngineName &name);
     /// The settings of that file. What is missing has its default, and so has what is no number or
     /// out of its bounds, which is logged.
-    static EngineSettings load();
+    static EngineSettings load(const EngineName &name);
     /// The settings in the text of such a file.
     static EngineSettings parse(const QByteArray &bytes);
 };

@@ -3,6 +3,7 @@
 #include "TovekSMService/admin/ExitCodes.h"
 #include "TovekSMService/bus/EngineService.h"
 #include "TovekSMService/dispatch/Dispatcher.h"
+#include "TovekSMService/dispatch/StoreMaker.h"
 #include "TovekSMService/host/HookRunner.h"
 #include "TovekSMService/host/StoredPinGate.h"
 #include "TovekSMService/log/Categories.h"
@@ -12,7 +13,6 @@
 #include "TovekSMService/modem/device/SelectedModem.h"
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/store/DamagedStore.h"
-#include "TovekSMService/store/EngineFolder.h"
 #include "TovekSMService/store/PostgresDatabase.h"
 #include "TovekSMService/store/Store.h"
 #include "contract/BusTypes.h"
@@ -24,9 +24,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QRandomGenerator>
-#include <QSysInfo>
 #include <QThread>
 
 #include <utility>
@@ -45,31 +43,13 @@ QDBusConnection connectToSystemBus()
     return QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
 }
 
-/// Of the engines on a machine, each has a folder of its own.
-SharedStore sharedStoreOf(const EngineSettings &settings, const QString &folder, const Clock &clock)
-{
-    const QString host = QSysInfo::machineHostName();
-    const QString account = QFileInfo(folder).owner();
-    const QString name = settings.queueName.isEmpty() ? host + u':' + account : settings.queueName;
-    return {settings.queueDatabase,
-            {name, host + u':' + folder},
-            settings.sameSender,
-            [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
-}
-
-bool otherEngineIsOnBus()
-{
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.isConnected() &&
-           bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
-}
-
 } // namespace
 
-EngineHost::EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
+EngineHost::EngineHost(const EngineName &name, const Clock &clock, std::unique_ptr<SerialLine> line,
                        const EngineLimits &limits, QObject *parent)
-    : QObject(parent), m_limits(limits), m_clock(clock), m_line(std::move(line)),
-      m_openAgain(clock.time()), m_reopenAgain(clock.time()), m_endLimit(clock.time())
+    : QObject(parent), m_name(name), m_folder(name), m_limits(limits), m_clock(clock),
+      m_line(std::move(line)), m_openAgain(clock.time()), m_reopenAgain(clock.time()),
+      m_endLimit(clock.time())
 {
     connect(&m_endLimit, &Timer::timeout, qApp, [] {
         qCWarning(logHost) << "the part in progress did not end within its time and is left";
@@ -90,14 +70,13 @@ EngineHost::~EngineHost() = default;
 EngineHost::Start EngineHost::start()
 {
     Bus::registerTypes();
-    m_folder = EngineFolder::make();
-    if (m_folder.isEmpty()) {
+    if (!m_folder.make()) {
         qCCritical(logHost) << "the folder of the engine's data can't be made";
         return Start::Failed;
     }
-    if (const Start locked = lockStore(m_folder); locked != Start::Running)
+    if (const Start locked = lockStore(); locked != Start::Running)
         return locked;
-    makeParts(EngineFolder::storeFile(m_folder));
+    makeParts();
     if (!openStore())
         return Start::StoreTooNew;
     if (!enterBus())
@@ -112,17 +91,17 @@ void EngineHost::openShared()
 {
     if (!m_store->isShared())
         return;
-    if (const QString refusal = EngineSettings::load().queueRefusal; !refusal.isEmpty())
+    if (const QString refusal = EngineSettings::load(m_name).queueRefusal; !refusal.isEmpty())
         m_store->sharedDatabase()->refuse(StoreFailure(StoreFailure::Kind::Other, refusal));
     else
         m_store->sharedDatabase()->keepOpen();
 }
 
-EngineHost::Start EngineHost::lockStore(const QString &folder)
+EngineHost::Start EngineHost::lockStore()
 {
-    auto lock = FileLock::open(EngineFolder::lockFile(folder));
+    auto lock = FileLock::open(m_folder.lockFile());
     if (!lock) {
-        qCCritical(logHost).noquote() << "the lock in" << folder << "can't be made";
+        qCCritical(logHost).noquote() << "the lock in" << m_folder.path() << "can't be made";
         return Start::Failed;
     }
     m_lock = *std::move(lock);
@@ -131,20 +110,24 @@ EngineHost::Start EngineHost::lockStore(const QString &folder)
     // An engine that has the lock and no name on this bus is on its way out, or on its way up. The
     // one of a session that has ended may be sending still.
     while (!m_lock->tryLock()) {
-        if (otherEngineIsOnBus() || waited.hasExpired(m_limits.lockMs))
+        if (isOnBus() || waited.hasExpired(m_limits.lockMs))
             return Start::AlreadyThere;
         QThread::msleep(static_cast<unsigned long>(m_limits.lockIntervalMs));
     }
     return Start::Running;
 }
 
-void EngineHost::makeParts(const QString &storeFile)
+/// True while an engine of this name is there, which before enterBus() is another one.
+bool EngineHost::isOnBus() const
 {
-    const EngineSettings settings = EngineSettings::load();
-    m_store = settings.queueDatabase.isEmpty()
-                  ? std::make_unique<Store>(storeFile)
-                  : std::make_unique<Store>(storeFile, sharedStoreOf(settings, m_folder, m_clock),
-                                            m_clock.time());
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    return bus.isConnected() && bus.interface()->isServiceRegistered(m_name.busName());
+}
+
+void EngineHost::makeParts()
+{
+    const EngineSettings settings = EngineSettings::load(m_name);
+    m_store = makeStore(settings, m_name, m_folder, m_clock);
     m_pinGate = std::make_unique<StoredPinGate>(
         m_store->pins(), [this] { return m_clock.wallClockText(); }, m_clock.time());
     m_modem = std::make_unique<SelectedModem>(
@@ -165,7 +148,7 @@ void EngineHost::makeParts(const QString &storeFile)
     connect(m_dispatcher.get(), &Dispatcher::warningHandled, this,
             [this](int, const QString &text) {
                 if (text == m_reportedDamage)
-                    DamagedStore::markAcknowledged(m_folder);
+                    DamagedStore::markAcknowledged(m_folder.path());
             });
     connect(m_dispatcher.get(), &Dispatcher::storeLost, this, &EngineHost::reopenStore,
             Qt::QueuedConnection);
@@ -206,7 +189,7 @@ bool EngineHost::enterBus()
                 u"Disconnected"_s, this, SLOT(busLost()));
     // The object stands before the name is there, so that the first call finds it.
     if (!bus.registerObject(QLatin1String(Bus::objectPath), m_service.get()) ||
-        !bus.registerService(QLatin1String(Bus::serviceName))) {
+        !bus.registerService(m_name.busName())) {
         qCCritical(logBus).noquote()
             << "the name on the bus can't be had:" << bus.lastError().message();
         return false;
@@ -292,7 +275,7 @@ void EngineHost::storeIsBack()
 
 void EngineHost::reportDamage()
 {
-    const std::optional<QString> damage = DamagedStore::unacknowledged(m_folder);
+    const std::optional<QString> damage = DamagedStore::unacknowledged(m_folder.path());
     if (!damage || *damage == m_reportedDamage)
         return;
     m_reportedDamage = *damage;
@@ -319,7 +302,7 @@ void EngineHost::busLost()
 /// engine.
 void EngineHost::leaveBus()
 {
-    QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::serviceName));
+    QDBusConnection::sessionBus().unregisterService(m_name.busName());
     QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "TovekSMService/host/EngineLimits.h"
+#include "TovekSMService/store/EngineFolder.h"
+#include "TovekSMService/store/EngineName.h"
 #include "TovekSMService/time/Timer.h"
 
 #include <QObject>
@@ -22,7 +24,7 @@ class StoreFailure;
 class StoredPinGate;
 struct EngineSettings;
 
-/// The engine as it runs: the one of its user, on the session bus.
+/// The engine as it runs: the one of its user and its name, on the session bus.
 class EngineHost : public QObject
 {
     Q_OBJECT
@@ -30,14 +32,14 @@ class EngineHost : public QObject
 public:
     enum class Start {
         Running,
-        AlreadyThere, ///< another engine of this user has the store
+        AlreadyThere, ///< another engine of this user and name has the store
         StoreTooNew,
         Failed,
     };
 
     /// @param clock  must outlive this object
     /// @param line   to the device
-    EngineHost(const Clock &clock, std::unique_ptr<SerialLine> line,
+    EngineHost(const EngineName &name, const Clock &clock, std::unique_ptr<SerialLine> line,
                const EngineLimits &limits = {}, QObject *parent = nullptr);
     ~EngineHost() override;
 
@@ -49,8 +51,9 @@ public:
     void end();
 
 private:
-    Start lockStore(const QString &folder);
-    void makeParts(const QString &storeFile);
+    Start lockStore();
+    bool isOnBus() const;
+    void makeParts();
     void runHooks(const EngineSettings &settings);
     bool enterBus();
     void leaveBus();
@@ -70,6 +73,8 @@ private Q_SLOTS:
     void busLost();
 
 private:
+    const EngineName m_name;
+    const EngineFolder m_folder;
     const EngineLimits m_limits;
     std::unique_ptr<FileLock> m_lock;
     const Clock &m_clock;
@@ -80,7 +85,6 @@ private:
     std::unique_ptr<Dispatcher> m_dispatcher;
     std::unique_ptr<EngineService> m_service;
     std::unique_ptr<HookRunner> m_hooks;
-    QString m_folder;
     bool m_resumed = false;
     bool m_storeMissed = false; ///< the trouble with the store was told
     bool m_damageMet = false;   ///< of the store that is open, which was then found to be whole

@@ -29,11 +29,11 @@ std::optional<EngineLog::Level> LogLevelSetting::parse(const QByteArray &setting
     return level;
 }
 
-std::optional<EngineLog::Level> LogLevelSetting::load()
+std::optional<EngineLog::Level> LogLevelSetting::load(const EngineName &name)
 {
     QByteArray bytes;
-    return platformFiles().read(EngineSettings::file(), maxFile, bytes) == 0 ? parse(bytes)
-                                                                             : std::nullopt;
+    return platformFiles().read(EngineSettings::file(name), maxFile, bytes) == 0 ? parse(bytes)
+                                                                                 : std::nullopt;
 }
 
 } // namespace norvane

@@ -1,5 +1,7 @@
 #include "TovekSMService/store/EngineFolder.h"
 
+#include "TovekSMService/store/EngineName.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -8,34 +10,38 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-QString EngineFolder::path()
+EngineFolder::EngineFolder(const EngineName &name)
+    : m_folders(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                u"/TovekSMService"_s)
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-           u"/TovekSMService"_s;
+    if (!name.isNamed())
+        return;
+    m_folders << path() + u"/engines"_s;
+    m_folders << path() + u'/' + name.text();
 }
 
-QString EngineFolder::make()
+bool EngineFolder::make() const
 {
-    const QString folder = path();
-    if (!QDir().mkpath(folder))
-        return {};
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return folder;
+    if (!QDir().mkpath(path()))
+        return false;
+    for (const QString &folder : m_folders)
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return true;
 }
 
-QString EngineFolder::storeFile(const QString &folder)
+QString EngineFolder::storeFile() const
 {
-    return folder + u"/queue.sqlite"_s;
+    return path() + u"/queue.sqlite"_s;
 }
 
-QString EngineFolder::lockFile(const QString &folder)
+QString EngineFolder::lockFile() const
 {
-    return folder + u"/engine.lock"_s;
+    return path() + u"/engine.lock"_s;
 }
 
-QString EngineFolder::logFile(const QString &folder)
+QString EngineFolder::logFile() const
 {
-    return folder + u"/engine.log"_s;
+    return path() + u"/engine.log"_s;
 }
 
 } // namespace norvane

@@ -1,23 +1,31 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace norvane {
 
-/// Where the engine keeps what is its own: `$XDG_DATA_HOME/TovekSMService`, for its owner alone.
-namespace EngineFolder {
+class EngineName;
 
-QString path();
+/// Where an engine keeps what is its own, for its owner alone: `$XDG_DATA_HOME/TovekSMService`, or
+/// `engines/NAME` in there for a named one.
+class EngineFolder
+{
+public:
+    explicit EngineFolder(const EngineName &name);
 
-/// Makes the folder if need be.
-/// @return its path; empty when it can't be made
-QString make();
+    const QString &path() const { return m_folders.constLast(); }
+    /// Makes the folder if need be.
+    /// @return false when it can't be made
+    [[nodiscard]] bool make() const;
 
-QString storeFile(const QString &folder);
-QString lockFile(const QString &folder);
-/// Where a console that starts the engine leads its standard error.
-QString logFile(const QString &folder);
+    QString storeFile() const;
+    QString lockFile() const;
+    /// Where a console that starts the engine leads its standard error.
+    QString logFile() const;
 
-} // namespace EngineFolder
+private:
+    QStringList m_folders; ///< from that of all engines down to that of this one
+};
 
 } // namespace norvane

@@ -1,7 +1,7 @@
 #include "TovekSMService/dispatch/EngineSettings.h"
 
 #include "TovekSMService/dispatch/DispatcherFixture.h"
-
+#include "TovekSMService/store/EngineName.h"
 #include "contract/BusTypes.h"
 
 #include <QDir>
@@ -211,12 +211,12 @@ TEST(EngineSettings, whatIsNoSettingsTextIsLogged)
 
 TEST(EngineSettings, theFileStandsBesideTheConsolesSettings)
 {
-    const QString file = EngineSettings::file();
+    const QString file = EngineSettings::file(EngineName());
     EXPECT_TRUE(file.endsWith(u"/Norvane/TovekSMService.ini"_s));
     EXPECT_TRUE(file.startsWith(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))));
     const NotedLog log;
     QFile::remove(file);
-    EXPECT_EQ(EngineSettings::load(), EngineSettings());
+    EXPECT_EQ(EngineSettings::load(EngineName()), EngineSettings());
     EXPECT_EQ(log.count(u"settings"_s), 0);
 
     ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
@@ -224,16 +224,40 @@ TEST(EngineSettings, theFileStandsBesideTheConsolesSettings)
     ASSERT_TRUE(written.open(QIODevice::WriteOnly));
     written.write("[Limits]\nPartsPerDay=500\n");
     written.close();
-    EXPECT_EQ(EngineSettings::load().partsPerDay, 500);
+    EXPECT_EQ(EngineSettings::load(EngineName()).partsPerDay, 500);
     QFile::remove(file);
+}
+
+TEST(EngineSettings, aNamedEngineHasAFileOfItsOwnOrThatOfAll)
+{
+    const EngineName second = EngineName::parse(u"second"_s).value();
+    const QString common = EngineSettings::file(EngineName());
+    EXPECT_EQ(EngineSettings::file(second), common);
+    const QString own = QFileInfo(common).path() + u"/TovekSMService@second.ini"_s;
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(common).path()));
+    for (const QString &path : {common, own}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(path == own ? "[Limits]\nPartsPerDay=2\n"
+                               : "[Limits]\nPartsPerDay=1\nPartsPerMinute=1\n");
+    }
+    EXPECT_EQ(EngineSettings::file(second), own);
+    EXPECT_EQ(EngineSettings::load(second).partsPerDay, 2);
+    // It holds alone: what it doesn't name has its default.
+    EXPECT_EQ(EngineSettings::load(second).partsPerMinute, 0);
+    EXPECT_EQ(EngineSettings::load(EngineName()).partsPerDay, 1);
+    EXPECT_EQ(EngineSettings::load(EngineName::parse(u"third"_s).value()).partsPerDay, 1);
+    QFile::remove(own);
+    EXPECT_EQ(EngineSettings::load(second).partsPerDay, 1);
+    QFile::remove(common);
 }
 
 TEST(EngineSettings, aFileThatCannotBeReadIsLogged)
 {
-    const QString file = EngineSettings::file();
+    const QString file = EngineSettings::file(EngineName());
     ASSERT_TRUE(QDir().mkpath(file));
     const NotedLog log;
-    EXPECT_EQ(EngineSettings::load(), EngineSettings());
+    EXPECT_EQ(EngineSettings::load(EngineName()), EngineSettings());
     EXPECT_EQ(log.count(u"can't be read"_s), 1);
     EXPECT_TRUE(QDir().rmdir(file));
 }

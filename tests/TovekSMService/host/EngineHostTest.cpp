@@ -37,8 +37,8 @@ class EngineHostTest : public testing::Test
 protected:
     EngineHostTest()
     {
-        QDir(EngineFolder::make()).removeRecursively();
-        m_folder = EngineFolder::make();
+        QDir(m_folder.path()).removeRecursively();
+        EXPECT_TRUE(m_folder.make());
     }
     ~EngineHostTest() override
     {
@@ -46,7 +46,7 @@ protected:
         QDBusConnection::sessionBus().unregisterService(QLatin1String(Bus::serviceName));
     }
 
-    QString file() const { return EngineFolder::storeFile(m_folder); }
+    QString file() const { return m_folder.storeFile(); }
     int number(const char *query) const
     {
         return OtherConnection(file()).value(QLatin1String(query)).toInt();
@@ -66,7 +66,7 @@ protected:
         m_line = line.get();
         makeOrdinary(*m_line);
         m_line->submitAnswer.clear();
-        m_host = std::make_unique<EngineHost>(m_clock, std::move(line));
+        m_host = std::make_unique<EngineHost>(EngineName(), m_clock, std::move(line));
         ASSERT_EQ(static_cast<int>(m_host->start()), static_cast<int>(EngineHost::Start::Running));
     }
     /// Queues two messages and waits until the first one has left.
@@ -91,7 +91,7 @@ protected:
         QCoreApplication::exec();
     }
 
-    QString m_folder;
+    const EngineFolder m_folder{EngineName()};
     TurnedTime m_time;
     SetClock m_clock{m_time};
     EndWatch m_watch;

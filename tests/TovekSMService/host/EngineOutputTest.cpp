@@ -2,6 +2,7 @@
 #include "gsm-simulator/RunningSimulator.h"
 
 #include "TovekSMService/dispatch/EngineSettings.h"
+#include "TovekSMService/store/EngineName.h"
 #include "TovekSMService/store/OtherConnection.h"
 
 #include <QDir>
@@ -121,11 +122,11 @@ TEST_F(EngineOutput, theLevelLeavesOutWhatIsLess)
 class EngineLogLevel : public EngineOutput
 {
 protected:
-    ~EngineLogLevel() override { QFile::remove(EngineSettings::file()); }
+    ~EngineLogLevel() override { QFile::remove(EngineSettings::file(EngineName())); }
 
     void runWith(const QByteArray &level)
     {
-        const QString settings = EngineSettings::file();
+        const QString settings = EngineSettings::file(EngineName());
         ASSERT_TRUE(QDir().mkpath(QFileInfo(settings).path()));
         QFile file(settings);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
