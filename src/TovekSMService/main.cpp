@@ -9,7 +9,6 @@
 #include "TovekSMService/platform/EndSignals.h"
 #include "TovekSMService/platform/FileRights.h"
 #include "TovekSMService/store/EngineFolder.h"
-#include "TovekSMService/store/EngineName.h"
 #include "TovekSMService/time/Clock.h"
 
 #include <QCoreApplication>
@@ -29,14 +28,15 @@ int main(int argc, char **argv)
     if (!commandLine)
         return report(commandLine.error());
     EngineLog::install(commandLine->logLevel.value_or(EngineLog::Level::Info),
-                       EngineFolder(EngineName()).logFile());
+                       EngineFolder(commandLine->name).logFile());
     if (commandLine->isQuery)
         return carryOut(*commandLine);
     if (!commandLine->logLevel)
-        EngineLog::setLevel(LogLevelSetting::load(EngineName()).value_or(EngineLog::Level::Info));
+        EngineLog::setLevel(
+            LogLevelSetting::load(commandLine->name).value_or(EngineLog::Level::Info));
 
     const SystemClock clock;
-    EngineHost host(EngineName(), clock, std::make_unique<QtSerialPortLine>());
+    EngineHost host(commandLine->name, clock, std::make_unique<QtSerialPortLine>());
     // A wish to end that comes while the engine is coming up is followed once it is.
     const EndSignals signals;
     QObject::connect(&signals, &EndSignals::endWanted, &host, &EngineHost::end);

@@ -48,6 +48,16 @@ Noted parsed(CommandLine &commandLine, const Given &given)
     return {};
 }
 
+Noted engineName(CommandLine &commandLine, const Given &given)
+{
+    const auto name = EngineName::parse(given.value);
+    if (!name)
+        return failed(AdminFailure{u"--%1 can't be \"%2\": a name is %3"_s.arg(
+            given.name, given.value, QLatin1String(EngineName::rule))});
+    commandLine.name = *name;
+    return {};
+}
+
 std::optional<CommandLine::OptOutTask> optOutTaskNamed(const QString &name)
 {
     using Task = CommandLine::OptOutTask;
@@ -75,6 +85,10 @@ struct Option
 };
 
 constexpr Option options[] = {
+    {"name", "NAME",
+     "Be the engine of that name beside the unnamed one; with an option that asks or stores, mean "
+     "that one.",
+     Use::Setting, nullptr, engineName},
     {"device", "PATH, SPEED",
      "Store where the device is, as in \"COM1, 9600\" or \"/dev/ttyUSB0, 115200\".", Use::Task,
      nullptr, text<&CommandLine::device>},

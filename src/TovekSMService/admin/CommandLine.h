@@ -3,6 +3,7 @@
 #include "TovekSMService/admin/AdminFailure.h"
 #include "TovekSMService/admin/ReportLines.h"
 #include "TovekSMService/log/EngineLog.h"
+#include "TovekSMService/store/EngineName.h"
 #include "common/Result.h"
 
 #include <QString>
@@ -18,6 +19,7 @@ struct CommandLine
     /// What is to be done with the list of those who want no campaigns.
     enum class OptOutTask { List, Add, Remove };
 
+    EngineName name;      ///< the engine that everything else is for
     bool isQuery = false; ///< there is something to do other than to run the engine
     bool status = false;
     bool json = false; ///< the status for a monitor

@@ -13,7 +13,6 @@
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/reports/OptOuts.h"
 #include "TovekSMService/store/EngineFolder.h"
-#include "TovekSMService/store/EngineName.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/BusTypes.h"
@@ -136,7 +135,7 @@ StoreResult<> doOptOut(Store &store, const CommandLine &commandLine)
     using Task = CommandLine::OptOutTask;
     if (!commandLine.optOut)
         return {};
-    OptOuts optOuts(store.optOuts(), EngineSettings::load(EngineName()).countryPrefix);
+    OptOuts optOuts(store.optOuts(), EngineSettings::load(commandLine.name).countryPrefix);
     switch (*commandLine.optOut) {
     case Task::List:
         break;
@@ -149,9 +148,8 @@ StoreResult<> doOptOut(Store &store, const CommandLine &commandLine)
 }
 
 /// @return the program's exit code
-Result<int, AdminFailure> askEngine(const CommandLine &commandLine)
+Result<int, AdminFailure> askEngine(const RunningEngine &engine, const CommandLine &commandLine)
 {
-    const RunningEngine engine;
     Result<void, AdminFailure> done;
     if (commandLine.device || commandLine.pin)
         done = storeOverBus(engine, commandLine);
@@ -167,9 +165,9 @@ Result<int, AdminFailure> askEngine(const CommandLine &commandLine)
     return done.map([] { return ExitCode::done; });
 }
 
-int carryOutOverBus(const CommandLine &commandLine)
+int carryOutOverBus(const RunningEngine &engine, const CommandLine &commandLine)
 {
-    const Result<int, AdminFailure> exitCode = askEngine(commandLine);
+    const Result<int, AdminFailure> exitCode = askEngine(engine, commandLine);
     if (exitCode)
         return *exitCode;
     const QString &reason = exitCode.error().text;
@@ -218,7 +216,7 @@ StoreResult<int> printAsked(const Store &store, const CommandLine &commandLine)
 
 int carryOutInStore(const CommandLine &commandLine)
 {
-    const EngineFolder folder{EngineName()};
+    const EngineFolder folder(commandLine.name);
     if (!folder.make())
         return failInStore(commandLine, u"the folder of the engine's data can't be made"_s);
     const auto lock = FileLock::open(folder.lockFile());
@@ -237,16 +235,17 @@ int carryOutInStore(const CommandLine &commandLine)
 /// Outcomes and received messages are read from the file, beside an engine that may run.
 int report(const CommandLine &commandLine)
 {
-    StoreReader store(EngineFolder(EngineName()).storeFile());
+    StoreReader store(EngineFolder(commandLine.name).storeFile());
     const auto write = commandLine.inbox ? InboxReport::write : OutcomeReport::write;
     const StoreResult<> written = store.open().and_then(
         [&] { return write(store, commandLine.since, commandLine.format, out()); });
     return written ? ExitCode::done : fail(written.error().text());
 }
 
-int backUp(const QString &target)
+int backUp(const CommandLine &commandLine)
 {
-    const auto copied = norvane::backUp(EngineFolder(EngineName()).storeFile(), target);
+    const auto copied =
+        norvane::backUp(EngineFolder(commandLine.name).storeFile(), *commandLine.backup);
     return copied ? ExitCode::done : fail(u"no backup: "_s + copied.error().text);
 }
 
@@ -263,10 +262,12 @@ int carryOut(const CommandLine &commandLine)
     Bus::registerTypes();
     int result = ExitCode::done;
     if (commandLine.backup)
-        result = backUp(*commandLine.backup);
-    if (result == ExitCode::done && usesEngine(commandLine))
+        result = backUp(commandLine);
+    if (result == ExitCode::done && usesEngine(commandLine)) {
+        const RunningEngine engine(commandLine.name);
         result =
-            RunningEngine::isThere() ? carryOutOverBus(commandLine) : carryOutInStore(commandLine);
+            engine.isThere() ? carryOutOverBus(engine, commandLine) : carryOutInStore(commandLine);
+    }
     if (result == ExitCode::done && (commandLine.report || commandLine.inbox))
         result = report(commandLine);
     out().flush();

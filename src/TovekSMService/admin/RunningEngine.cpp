@@ -5,20 +5,19 @@
 
 namespace norvane {
 
-bool RunningEngine::isThere()
+bool RunningEngine::isThere() const
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.isConnected() &&
-           bus.interface()->isServiceRegistered(QLatin1String(Bus::serviceName));
+    return bus.isConnected() && bus.interface()->isServiceRegistered(m_busName);
 }
 
 Result<QDBusMessage, AdminFailure> RunningEngine::callOn(const char *interface,
                                                          const char *operation,
                                                          const QVariantList &arguments) const
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath), QLatin1String(interface),
-        QLatin1String(operation));
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(m_busName, QLatin1String(Bus::objectPath),
+                                       QLatin1String(interface), QLatin1String(operation));
     message.setArguments(arguments);
     message.setAutoStartService(false);
     const QDBusMessage answer =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TovekSMService/admin/AdminFailure.h"
+#include "TovekSMService/store/EngineName.h"
 #include "common/Result.h"
 #include "contract/BusTypes.h"
 
@@ -9,11 +10,13 @@
 
 namespace norvane {
 
-/// The engine that runs, over the bus. It is never started by a call.
+/// The engine of a name that runs, over the bus. It is never started by a call.
 class RunningEngine
 {
 public:
-    static bool isThere();
+    explicit RunningEngine(const EngineName &name) : m_busName(name.busName()) {}
+
+    bool isThere() const;
 
     [[nodiscard]] Result<QDBusMessage, AdminFailure> call(const char *operation,
                                                           const QVariantList &arguments = {}) const
@@ -44,6 +47,8 @@ public:
 private:
     Result<QDBusMessage, AdminFailure> callOn(const char *interface, const char *operation,
                                               const QVariantList &arguments) const;
+
+    QString m_busName;
 };
 
 } // namespace norvane

@@ -54,6 +54,29 @@ TEST(CommandLineOptions, eachOptionSetsWhatItIsFor)
     EXPECT_TRUE(monitored->status && monitored->json);
 }
 
+TEST(CommandLineOptions, aNameTellsWhichEngineIsToRunOrIsMeant)
+{
+    EXPECT_EQ(parse({})->name, EngineName());
+    const auto engine = parse({u"--name"_s, u"second"_s});
+    ASSERT_TRUE(engine.has_value());
+    EXPECT_EQ(engine->name.text(), u"second"_s);
+    EXPECT_FALSE(engine->isQuery);
+    const QStringList queries[] = {{u"--device"_s, u"COM2, 9600"_s},
+                                   {u"--pin"_s, u"1234"_s},
+                                   {u"--status"_s, u"--json"_s},
+                                   {u"--queue"_s},
+                                   {u"--report"_s, u"--since"_s, u"2026-05-01"_s},
+                                   {u"--inbox"_s, u"--format"_s, u"csv"_s},
+                                   {u"--opt-out"_s, u"add"_s, u"600"_s},
+                                   {u"--backup"_s, u"copy"_s}};
+    for (const QStringList &query : queries) {
+        const auto parsed = parse(query + QStringList{u"--name"_s, u"second"_s});
+        ASSERT_TRUE(parsed.has_value()) << query.constFirst().toStdString();
+        EXPECT_TRUE(parsed->isQuery) << query.constFirst().toStdString();
+        EXPECT_EQ(parsed->name.text(), u"second"_s) << query.constFirst().toStdString();
+    }
+}
+
 TEST(CommandLineOptions, whateverAsksOrStoresIsDoneInsteadOfRunning)
 {
     const QStringList queries[] = {{u"--device"_s, u"COM2, 9600"_s},
@@ -144,6 +167,11 @@ TEST(CommandLineOptions, aRefusalTellsWhatIsWrong)
         {{u"--report"_s, u"--since"_s, u"May"_s}, u"--since can't be \"May\""_s},
         {{u"--report"_s, u"--format"_s, u"xml"_s}, u"--format can't be \"xml\""_s},
         {{u"--log-level"_s, u"loud"_s}, u"--log-level can't be \"loud\""_s},
+        {{u"--name"_s}, u"Missing value after '--name'."_s},
+        {{u"--name"_s, u"Second"_s},
+         u"--name can't be \"Second\": a name is 1 to 32 of a-z, 0-9 and _, a letter first"_s},
+        {{u"--name"_s, QString(), u"--status"_s},
+         u"--name can't be \"\": a name is 1 to 32 of a-z, 0-9 and _, a letter first"_s},
         {{u"--json"_s}, u"--json goes with --status"_s},
         {{u"--format"_s, u"csv"_s}, u"--since and --format go with --report or --inbox"_s},
         {{u"--status"_s, u"--since"_s, u"2024-05-01"_s},

@@ -25,8 +25,8 @@ TEST_F(CommandLineOfEngine, helpNamesEveryOption)
     const Ended help = run({u"--help"_s});
     EXPECT_EQ(help.exitCode, 0);
     for (const char *const option :
-         {"--help", "--version", "--device", "--pin", "--status", "--json", "--queue", "--report",
-          "--inbox", "--since", "--format", "--opt-out", "--backup", "--log-level"})
+         {"--help", "--version", "--name", "--device", "--pin", "--status", "--json", "--queue",
+          "--report", "--inbox", "--since", "--format", "--opt-out", "--backup", "--log-level"})
         EXPECT_TRUE(help.out.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(isOnBus());
 }

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -79,17 +81,17 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, WireRow &row)
     return argument;
 }
 
-Listener::Listener(const QDBusConnection &bus)
+Listener::Listener(const QDBusConnection &bus, const QString &service)
 {
     for (const char *const event : {"DeviceInfo", "EngineStatus", "SMSQueueChanged", "SMSSent",
                                     "SMSSentFailed", "WarningError"})
-        EXPECT_TRUE(QDBusConnection(bus).connect(busName(), objectPath(), interfaceName(),
+        EXPECT_TRUE(QDBusConnection(bus).connect(service, objectPath(), interfaceName(),
                                                  QLatin1String(event), this,
                                                  SLOT(hear(QDBusMessage))));
     for (const char *const event : {"DeliveryChanged", "Received"})
-        EXPECT_TRUE(QDBusConnection(bus).connect(
-            busName(), objectPath(), u"com.tovek.SMService.Messages1"_s, QLatin1String(event), this,
-            SLOT(hear(QDBusMessage))));
+        EXPECT_TRUE(
+            QDBusConnection(bus).connect(service, objectPath(), u"com.tovek.SMService.Messages1"_s,
+                                         QLatin1String(event), this, SLOT(hear(QDBusMessage))));
 }
 
 bool Listener::has(const QString &beginning) const
@@ -138,6 +140,13 @@ QString EngineProcess::folder()
 QString EngineProcess::storeFile()
 {
     return folder() + u"/queue.sqlite"_s;
+}
+
+unsigned EngineProcess::rightsOf(const QString &path)
+{
+    struct stat info = {};
+    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &info), 0) << path.toStdString();
+    return info.st_mode & 07777;
 }
 
 void EngineProcess::start()

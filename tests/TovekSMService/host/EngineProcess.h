@@ -52,13 +52,15 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, WireEntry &entry)
 QDBusArgument &operator<<(QDBusArgument &argument, const WireRow &row);
 const QDBusArgument &operator>>(const QDBusArgument &argument, WireRow &row);
 
-/// Notes the engine's events on one connection, as "Name argument argument".
+/// Notes an engine's events on one connection, as "Name argument argument".
 class Listener : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit Listener(const QDBusConnection &bus);
+    /// @param service  of the engine
+    explicit Listener(const QDBusConnection &bus,
+                      const QString &service = QStringLiteral("com.tovek.SMService"));
 
     /// Whether an event was heard that begins so.
     bool has(const QString &beginning) const;
@@ -87,6 +89,8 @@ protected:
     /// The engine's folder, and the store in it.
     static QString folder();
     static QString storeFile();
+    /// Who may do what with a file or folder, as 0600.
+    static unsigned rightsOf(const QString &path);
 
     /// Starts the engine and waits until it is on the bus.
     void start();

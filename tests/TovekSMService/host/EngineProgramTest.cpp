@@ -17,13 +17,6 @@ namespace {
 class EngineProgram : public EngineProcess
 {};
 
-unsigned rightsOf(const QString &path)
-{
-    struct stat info = {};
-    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &info), 0) << path.toStdString();
-    return info.st_mode & 07777;
-}
-
 QProcessEnvironment with(const char *variable, const QString &value)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
