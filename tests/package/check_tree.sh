@@ -13,8 +13,8 @@ fail() {
     echo "check_tree $package: $*" >&2
     exit 1
 }
-# value FILE KEY: of a line KEY=value, without quotes.
-value() { sed -n "s/^$2=\"\{0,1\}\([^\"]*\)\"\{0,1\}\$/\1/p" "$1"; }
+# value FILE KEY: of a line KEY=value, without quotes and what stands behind them.
+value() { sed -n "s/^$2=\"\([^\"]*\)\".*\$/\1/p;s/^$2=\([^\"]*\)\$/\1/p" "$1"; }
 
 # Exactly the files that are listed, and no others; the guides are those of docs/.
 guides=share/doc/norvane-sms/docs
@@ -45,11 +45,12 @@ diff -r "$here/../../docs" "$tree/$guides" || fail "the guides differ"
 
 # What names a program by its full path names one that is there.
 activation=$tree/share/dbus-1/services/com.tovek.SMService.service
-unit=$tree/lib/systemd/user/tovek-sms.service
-for program in "$(value "$activation" Exec)" "$(value "$unit" ExecStart)"; do
+units=$tree/lib/systemd/user
+for program in "$(value "$activation" Exec)" "$(value "$units/tovek-sms.service" ExecStart)" \
+    "$(value "$units/tovek-sms@.service" ExecStart)"; do
     [[ -x $root$program && $program == */norvane-sms/TovekSMService ]] || fail "no program $program"
 done
-[[ -f $tree/lib/systemd/user/$(value "$activation" SystemdService) ]] || fail "the bus names no unit of ours"
+[[ -f $units/$(value "$activation" SystemdService) ]] || fail "the bus names no unit of ours"
 
 # The desktop: the menu's entry starts a program that is there, and its icon exists in each size.
 entry=$tree/share/applications/com.tovek.norvanesms.desktop

@@ -140,7 +140,8 @@ install_packages() {
     [[ -z $missing ]] || fail "libraries are missing: $missing"
     in_root dpkg --verify norvane-sms | grep . && fail "the installed files differ from the package's"
     missing=$(in_root env XDG_RUNTIME_DIR=/run systemd-analyze verify --user \
-        /usr/lib/systemd/user/tovek-sms.service 2>&1) || fail "the unit: $missing"
+        /usr/lib/systemd/user/tovek-sms.service /usr/lib/systemd/user/tovek-sms@.service 2>&1) ||
+        fail "the units: $missing"
     say "installed norvane-sms with what it depends on, and nothing else: no library is missing"
 
     # With nothing that a test brings along: the console comes up, and the bus starts the engine.

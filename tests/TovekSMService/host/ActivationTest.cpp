@@ -55,26 +55,38 @@ TEST(Packaging, theUnitIsOfTheBusNameAndComesBackAfterAFailure)
     EXPECT_FALSE(file.contains(u'@'));
 }
 
-TEST(Packaging, theServiceManagerTakesTheUnit)
+TEST(Packaging, aNamedEngineHasAUnitOfItsOwnThatDiffersInItsNamesAlone)
+{
+    const QString file = packaged("tovek-sms@.service");
+    for (const char *const line : {"Description=SMS engine %i", "BusName=com.tovek.SMService.%i",
+                                   "ExecStart=\"" NORVANE_INSTALLED_ENGINE "\" --name %i"})
+        EXPECT_TRUE(hasLine(file, line)) << line;
+    EXPECT_EQ(QString(file).remove(u" %i"_s).remove(u".%i"_s).remove(u" --name"_s),
+              packaged("tovek-sms.service"));
+}
+
+TEST(Packaging, theServiceManagerTakesTheUnits)
 {
     const QString checker = QStandardPaths::findExecutable(u"systemd-analyze"_s);
     if (checker.isEmpty())
         GTEST_SKIP() << "there is no systemd-analyze here";
-    // With a program that is there, as the engine isn't installed.
-    const QTemporaryDir folder;
-    QFile unit(folder.filePath(u"tovek-sms.service"_s));
-    ASSERT_TRUE(unit.open(QIODevice::WriteOnly));
-    unit.write(packaged("tovek-sms.service")
-                   .replace(QStringLiteral(NORVANE_INSTALLED_ENGINE),
-                            QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"))
-                   .toUtf8());
-    unit.close();
-    QProcess check;
-    check.setProcessChannelMode(QProcess::MergedChannels);
-    check.start(checker, {u"--user"_s, u"--man=no"_s, u"verify"_s, unit.fileName()});
-    ASSERT_TRUE(check.waitForFinished(hangMs));
-    const QString said = QString::fromUtf8(check.readAll());
-    EXPECT_FALSE(said.contains("tovek-sms.service"_L1)) << said.toStdString();
+    for (const char *const name : {"tovek-sms.service", "tovek-sms@.service"}) {
+        // With a program that is there, as the engine isn't installed.
+        const QTemporaryDir folder;
+        QFile unit(folder.filePath(QLatin1String(name)));
+        ASSERT_TRUE(unit.open(QIODevice::WriteOnly));
+        unit.write(packaged(name)
+                       .replace(QStringLiteral(NORVANE_INSTALLED_ENGINE),
+                                QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"))
+                       .toUtf8());
+        unit.close();
+        QProcess check;
+        check.setProcessChannelMode(QProcess::MergedChannels);
+        check.start(checker, {u"--user"_s, u"--man=no"_s, u"verify"_s, unit.fileName()});
+        ASSERT_TRUE(check.waitForFinished(hangMs));
+        const QString said = QString::fromUtf8(check.readAll());
+        EXPECT_FALSE(said.contains("tovek-sms"_L1)) << said.toStdString();
+    }
 }
 
 /// A bus that knows the engine by its activation file.
