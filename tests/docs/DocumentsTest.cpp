@@ -174,7 +174,7 @@ TEST(Documents, theExamplesOnTheBusCallWhatTheInterfaceDeclares)
     ASSERT_FALSE(declared.isEmpty());
     const QString text = Markdown::textOf(u"docs/administration.md"_s);
     const QStringList called =
-        Markdown::captured(u"(?:^sms |^tell |SMSManager1\\.)([A-Z]\\w+)"_s, text);
+        Markdown::captured(u"(?:^sms |^orders |^tell |SMSManager1\\.)([A-Z]\\w+)"_s, text);
     EXPECT_GT(called.size(), 10);
     for (const QString &name : called)
         EXPECT_TRUE(declared.contains(name)) << qPrintable(name);
