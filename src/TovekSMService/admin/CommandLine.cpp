@@ -68,6 +68,13 @@ std::optional<CommandLine::OptOutTask> optOutTaskNamed(const QString &name)
     return name == "remove"_L1 ? std::optional(Task::Remove) : std::nullopt;
 }
 
+std::optional<CommandLine::QueueTarget> queueTargetNamed(const QString &name)
+{
+    if (name == "database"_L1)
+        return CommandLine::QueueTarget::Database;
+    return name == "file"_L1 ? std::optional(CommandLine::QueueTarget::File) : std::nullopt;
+}
+
 enum class Use {
     Setting, ///< of the engine, or of the option that it goes with
     Task,    ///< something to do other than to run the engine
@@ -117,6 +124,15 @@ constexpr Option options[] = {
     {"backup", "FILE",
      "Copy the store, running or not, to a new file. It holds every text and the PIN.", Use::Task,
      nullptr, text<&CommandLine::backup>},
+    {"engines", nullptr, "Print the engines that share the queue of a database, one a line.",
+     Use::List, nullptr, flag<&CommandLine::engines>},
+    {"retire", "NAME",
+     "Give up an engine of that list which won't come back: what it left in the middle fails.",
+     Use::Task, nullptr, text<&CommandLine::retire>},
+    {"move-queue", "database|file",
+     "Carry the waiting messages from the engine's own file into the database of its settings, or "
+     "back. The engine must not be up.",
+     Use::Task, nullptr, parsed<&CommandLine::moveQueue, queueTargetNamed>},
     {"log-level", "LEVEL",
      "Log errors, warnings too, what happens too (default), or every line to and from the device "
      "too, without PINs and messages: error, warning, info, debug.",

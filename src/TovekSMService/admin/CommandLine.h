@@ -18,6 +18,8 @@ struct CommandLine
 {
     /// What is to be done with the list of those who want no campaigns.
     enum class OptOutTask { List, Add, Remove };
+    /// Where the waiting messages are to be moved.
+    enum class QueueTarget { Database, File };
 
     EngineName name;      ///< the engine that everything else is for
     bool isQuery = false; ///< there is something to do other than to run the engine
@@ -33,6 +35,9 @@ struct CommandLine
     std::optional<QString> device;
     std::optional<QString> pin;
     std::optional<QString> backup;
+    bool engines = false;          ///< list those that share the queue
+    std::optional<QString> retire; ///< the name of one that won't come back
+    std::optional<QueueTarget> moveQueue;
     std::optional<EngineLog::Level> logLevel;
 
     /// Reads the arguments; ends the program for --help and --version.

@@ -14,7 +14,7 @@ QString InboxReport::line(const ReceivedMessage &message, ReportLines::Format fo
                              format);
 }
 
-StoreResult<> InboxReport::write(const StoreReader &store, const QString &since,
+StoreResult<> InboxReport::write(const ReportSource &store, const QString &since,
                                  ReportLines::Format format, QTextStream &out)
 {
     if (format == ReportLines::Format::Csv)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TovekSMService/admin/ReportLines.h"
-#include "TovekSMService/store/StoreReader.h"
+#include "TovekSMService/store/ReportSource.h"
 
 #include <QString>
 #include <QTextStream>
@@ -15,7 +15,7 @@ namespace InboxReport {
 QString line(const ReceivedMessage &message, ReportLines::Format format);
 
 /// Writes what `store` received from `since` on.
-[[nodiscard]] StoreResult<> write(const StoreReader &store, const QString &since,
+[[nodiscard]] StoreResult<> write(const ReportSource &store, const QString &since,
                                   ReportLines::Format format, QTextStream &out);
 
 } // namespace InboxReport

@@ -35,7 +35,7 @@ QString OutcomeReport::line(const OutcomeRow &row, ReportLines::Format format)
                              format);
 }
 
-StoreResult<> OutcomeReport::write(const StoreReader &store, const QString &since,
+StoreResult<> OutcomeReport::write(const ReportSource &store, const QString &since,
                                    ReportLines::Format format, QTextStream &out)
 {
     if (format == ReportLines::Format::Csv)

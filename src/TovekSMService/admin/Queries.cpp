@@ -6,19 +6,25 @@
 #include "TovekSMService/admin/InboxReport.h"
 #include "TovekSMService/admin/OutcomeReport.h"
 #include "TovekSMService/admin/RunningEngine.h"
+#include "TovekSMService/admin/SharedEngines.h"
 #include "TovekSMService/admin/StatusReport.h"
 #include "TovekSMService/bus/EngineState.h"
 #include "TovekSMService/dispatch/EngineSettings.h"
+#include "TovekSMService/dispatch/StoreMaker.h"
 #include "TovekSMService/log/OneLine.h"
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/reports/OptOuts.h"
 #include "TovekSMService/store/EngineFolder.h"
+#include "TovekSMService/store/SharedReportSource.h"
 #include "TovekSMService/store/Store.h"
+#include "TovekSMService/store/StoreReader.h"
 #include "TovekSMService/time/Clock.h"
 #include "contract/BusTypes.h"
 #include "contract/SMSManager.h"
 
 #include <QTextStream>
+
+#include <memory>
 
 namespace norvane {
 
@@ -214,6 +220,11 @@ StoreResult<int> printAsked(const Store &store, const CommandLine &commandLine)
         .map([] { return ExitCode::done; });
 }
 
+bool asksForQueue(const CommandLine &commandLine)
+{
+    return commandLine.status || commandLine.queue || commandLine.optOut || commandLine.moveQueue;
+}
+
 int carryOutInStore(const CommandLine &commandLine)
 {
     const EngineFolder folder(commandLine.name);
@@ -223,22 +234,40 @@ int carryOutInStore(const CommandLine &commandLine)
     if (!lock || !(*lock)->tryLock())
         return failInStore(commandLine,
                            u"an engine runs that can't be reached over this session's bus"_s);
-    Store store(folder.storeFile());
+    const SystemClock clock;
+    const EngineSettings settings = EngineSettings::load(commandLine.name);
+    const std::unique_ptr<Store> store = makeStore(settings, commandLine.name, folder, clock);
     const StoreResult<int> done =
-        store.open()
-            .and_then([&] { return change(store.settings(), commandLine); })
-            .and_then([&] { return doOptOut(store, commandLine); })
-            .and_then([&] { return printAsked(store, commandLine); });
+        store->open()
+            .and_then([&] { return change(store->settings(), commandLine); })
+            .and_then([&] {
+                return asksForQueue(commandLine) ? openQueue(*store, settings) : StoreResult<>();
+            })
+            .and_then([&] { return doOptOut(*store, commandLine); })
+            .and_then([&] { return moveQueue(*store, commandLine, out()); })
+            .and_then([&] { return printAsked(*store, commandLine); });
     return done ? *done : failInStore(commandLine, done.error().text());
 }
 
 /// Outcomes and received messages are read from the file, beside an engine that may run.
 int report(const CommandLine &commandLine)
 {
-    StoreReader store(EngineFolder(commandLine.name).storeFile());
     const auto write = commandLine.inbox ? InboxReport::write : OutcomeReport::write;
-    const StoreResult<> written = store.open().and_then(
-        [&] { return write(store, commandLine.since, commandLine.format, out()); });
+    const EngineSettings settings = EngineSettings::load(commandLine.name);
+    StoreResult<> written;
+    if (settings.queueDatabase.isEmpty()) {
+        StoreReader store(EngineFolder(commandLine.name).storeFile());
+        written = store.open().and_then(
+            [&] { return write(store, commandLine.since, commandLine.format, out()); });
+    } else {
+        const SystemClock clock;
+        const std::unique_ptr<Store> store =
+            makeStore(settings, commandLine.name, EngineFolder(commandLine.name), clock);
+        written = openShared(*store, settings).and_then([&] {
+            return write(SharedReportSource(store->database()), commandLine.since,
+                         commandLine.format, out());
+        });
+    }
     return written ? ExitCode::done : fail(written.error().text());
 }
 
@@ -252,7 +281,7 @@ int backUp(const CommandLine &commandLine)
 bool usesEngine(const CommandLine &commandLine)
 {
     return commandLine.status || commandLine.queue || commandLine.device || commandLine.pin ||
-           commandLine.optOut;
+           commandLine.optOut || commandLine.moveQueue;
 }
 
 } // namespace
@@ -268,6 +297,8 @@ int carryOut(const CommandLine &commandLine)
         result =
             engine.isThere() ? carryOutOverBus(engine, commandLine) : carryOutInStore(commandLine);
     }
+    if (result == ExitCode::done && (commandLine.engines || commandLine.retire))
+        result = askEngines(commandLine, out());
     if (result == ExitCode::done && (commandLine.report || commandLine.inbox))
         result = report(commandLine);
     out().flush();

@@ -10,6 +10,8 @@
 #include <QDBusPendingReply>
 #include <QUuid>
 
+#include <utility>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -45,6 +47,7 @@ EngineService::EngineService(const QDBusConnection &bus, Store &store, Dispatche
             [this](const DeviceDetails &details) { reportDevice(QString(), details); });
     connect(&dispatcher, &Dispatcher::statusChanged, this, &EngineService::EngineStatus);
     connect(&dispatcher, &Dispatcher::queueChanged, &m_pacer, &QueueChangePacer::queueChanged);
+    connect(&dispatcher, &Dispatcher::queueOpened, this, &EngineService::reportAwaitedFailures);
     connect(&dispatcher, &Dispatcher::sent, this, &EngineService::SMSSent);
     connect(&dispatcher, &Dispatcher::sendingFailed, this, &EngineService::SMSSentFailed);
     connect(&dispatcher, &Dispatcher::warning, this, &EngineService::WarningError);
@@ -263,8 +266,9 @@ void EngineService::reportFailures(const QString &listener)
 {
     const StoreResult<QList<Outcome>> failures = m_store.outcomes().unreportedFailures();
     if (!failures) {
-        // They are kept, and told to the next one who asks.
+        // They are kept, and told when they can be read, or to the next one who asks.
         qCWarning(logBus) << "failures could not be reported:" << failures.error().text();
+        m_awaitingFailures.insert(listener);
         return;
     }
     for (const Outcome &outcome : *failures) {
@@ -277,6 +281,13 @@ void EngineService::reportFailures(const QString &listener)
                      {outcome.code, Dispatcher::doubtOf(outcome.phone)});
         numberReport(listener, outcome.id);
     }
+}
+
+void EngineService::reportAwaitedFailures()
+{
+    const QSet<QString> listeners = std::exchange(m_awaitingFailures, {});
+    for (const QString &listener : listeners)
+        reportFailures(listener);
 }
 
 /// Those that nobody has handled yet, and those of a fault that is still active, whoever handled
@@ -338,6 +349,7 @@ void EngineService::watch(const QString &caller)
 
 void EngineService::listenerLeft(const QString &listener)
 {
+    m_awaitingFailures.remove(listener);
     m_callers.removeWatchedService(listener);
     m_acknowledgements.removeCaller(listener);
     m_pacer.listenerLeft(listener);

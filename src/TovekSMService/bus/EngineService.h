@@ -9,6 +9,8 @@
 
 #include <QDBusServiceWatcher>
 
+#include <QSet>
+
 #include <optional>
 
 namespace norvane {
@@ -65,6 +67,7 @@ private:
     void reportTo(const QString &listener, const QString &event, const QVariantList &arguments);
     void reportDevice(const QString &listener, const DeviceDetails &details);
     void reportFailures(const QString &listener);
+    void reportAwaitedFailures();
     void reportWarnings(const QString &listener);
     void reportWarning(const QString &listener, const UnacknowledgedWarnings::Warning &warning);
     /// Tells the number of the report that was raised to this listener alone.
@@ -79,6 +82,8 @@ private:
     QueueChangePacer m_pacer;
     QueueSnapshots m_snapshots;
     std::optional<EngineState::LastError> m_lastError;
+    /// Who came while failures could not be read.
+    QSet<QString> m_awaitingFailures;
 };
 
 } // namespace norvane

@@ -39,6 +39,7 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     });
 
     connect(&m_presence, &EnginePresence::changed, this, &Dispatcher::work);
+    connect(&m_presence, &EnginePresence::opened, this, &Dispatcher::queueOpened);
     connect(&m_outbox, &Outbox::queueChanged, &m_presence, &EnginePresence::passOnNews);
 
     connect(&modem, &Modem::mailDue, this, &Dispatcher::workLater);

@@ -116,6 +116,8 @@ Q_SIGNALS:
     void statusChanged(int status);
     void deviceInfo(const DeviceDetails &details);
     void queueChanged();
+    /// The queue can be used, if it is shared.
+    void queueOpened();
     void sent(const QString &phone, const QString &text, int queueCount);
     void sendingFailed(const QString &phone, const QString &text, int code);
     void warning(int code, const QString &text);

@@ -38,7 +38,13 @@ StoreResult<> EnginePresence::onOpened()
     return m_store.queue().load().and_then([this] { return tryShowLife(); }).map([this] {
         m_news.start(0); // what was not passed on before
         m_outbox.reportQueueChange();
-        QMetaObject::invokeMethod(this, &EnginePresence::changed, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                Q_EMIT opened();
+                Q_EMIT changed();
+            },
+            Qt::QueuedConnection);
     });
 }
 

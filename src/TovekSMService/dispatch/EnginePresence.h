@@ -38,6 +38,8 @@ public:
     void passOnNews();
 
 Q_SIGNALS:
+    /// The database can be used.
+    void opened();
     /// The queue can be used, or was changed by other engines.
     void changed();
 

@@ -14,6 +14,7 @@
 #include "TovekSMService/platform/FileLock.h"
 #include "TovekSMService/store/DamagedStore.h"
 #include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/QueueMove.h"
 #include "TovekSMService/store/Store.h"
 #include "contract/BusTypes.h"
 #include "contract/ErrorCodes.h"
@@ -91,10 +92,21 @@ void EngineHost::openShared()
 {
     if (!m_store->isShared())
         return;
+    warnOfLeftQueue();
     if (const QString refusal = EngineSettings::load(m_name).queueRefusal; !refusal.isEmpty())
         m_store->sharedDatabase()->refuse(StoreFailure(StoreFailure::Kind::Other, refusal));
     else
         m_store->sharedDatabase()->keepOpen();
+}
+
+/// What waits in the file is not sent from there any more.
+void EngineHost::warnOfLeftQueue()
+{
+    const int left = QueueMove::left(*m_store).value_or(0);
+    if (left > 0)
+        m_dispatcher->warn(ErrorCode::fail,
+                           u"%1 messages wait in the engine's own file; --move-queue database "
+                           "carries them into the database"_s.arg(left));
 }
 
 EngineHost::Start EngineHost::lockStore()

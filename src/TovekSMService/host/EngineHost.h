@@ -63,6 +63,7 @@ private:
     bool openStore();
     void reopenStore(bool damaged);
     void openShared();
+    void warnOfLeftQueue();
     bool beginAnew(const QString &reason);
     void waitForStore(const StoreFailure &failure);
     void storeIsBack();

@@ -49,13 +49,12 @@ StoreResult<bool> EngineRegister::showLife(const QString &device, const QString 
         .map([](int rows) { return rows > 0; });
 }
 
-StoreResult<bool> EngineRegister::isAlone() const
+StoreResult<> EngineRegister::lookUp()
 {
     return m_database
-        .row("SELECT 1 FROM engine WHERE id <> ? AND state = 'running' AND "
-             "seen > clock_timestamp() - make_interval(secs => ?) LIMIT 1",
-             {m_id, silentSeconds}, [](const StoreRow &) { return false; })
-        .map([](std::optional<bool> found) { return found.value_or(true); });
+        .row("SELECT id FROM engine WHERE name = ?", {m_identity.name},
+             [](const StoreRow &row) { return row.value(0).toInt(); })
+        .map([this](std::optional<int> id) { m_id = id.value_or(0); });
 }
 
 StoreResult<qint64> EngineRegister::clockDifference(const QString &wallClock) const

@@ -58,7 +58,8 @@ public:
 
     /// Begins an epoch of this engine. Fails where another one of that name is at work.
     [[nodiscard]] StoreResult<> enroll();
-    bool isEnrolled() const { return m_epoch > 0; }
+    /// Takes over which one this engine is, without a sign of life; nothing if it never came up.
+    [[nodiscard]] StoreResult<> lookUp();
     int id() const { return m_id; }
     qint64 epoch() const { return m_epoch; }
     const QString &name() const { return m_identity.name; }
@@ -66,8 +67,6 @@ public:
     /// Shows that this engine lives.
     /// @return false if its epoch is over
     [[nodiscard]] StoreResult<bool> showLife(const QString &device, const QString &state);
-    /// Whether another engine lives and runs.
-    [[nodiscard]] StoreResult<bool> isAlone() const;
     /// How far the database's clock, in its zone, is ahead of `wallClock`, in seconds.
     [[nodiscard]] StoreResult<qint64> clockDifference(const QString &wallClock) const;
 

@@ -2,8 +2,7 @@
 
 #include "TovekSMService/platform/SocketWait.h"
 #include "TovekSMService/store/PostgresText.h"
-
-#include <QDeadlineTimer>
+#include "TovekSMService/time/Deadline.h"
 
 #include <libpq-fe.h>
 
@@ -27,11 +26,6 @@ struct ResultDeleter
     void operator()(PGresult *result) const { PQclear(result); }
 };
 using ResultPointer = std::unique_ptr<PGresult, ResultDeleter>;
-
-qint64 now()
-{
-    return QDeadlineTimer::current().deadline();
-}
 
 /// A row of a result in text format.
 class ResultRow : public StoreRow
@@ -121,7 +115,7 @@ private:
 
 } // namespace
 
-StoreResult<std::unique_ptr<PostgresConnection>> PostgresConnection::open(const QString &conninfo)
+StoreResult<std::unique_ptr<PostgresConnection>> PostgresConnection::open(const QString &conninfo, TimeSource &time)
 {
     // Those of the string win. A server that is gone shows by keepalives where no word was owed.
     const char *const names[] = {
@@ -131,7 +125,7 @@ StoreResult<std::unique_ptr<PostgresConnection>> PostgresConnection::open(const 
     const char *const values[] = {info.constData(), "5",    "10",   "5", "3",
                                   "TovekSMService", "UTF8", nullptr};
     PGconn *const connection = PQconnectdbParams(names, values, 1);
-    std::unique_ptr<PostgresConnection> opened(new PostgresConnection(connection));
+    std::unique_ptr<PostgresConnection> opened(new PostgresConnection(connection, time));
     if (PQstatus(connection) != CONNECTION_OK)
         return failed(opened->lost(u"the database can't be reached"_s));
     PQsetNoticeReceiver(connection, ignoreNotice, nullptr);
@@ -179,14 +173,14 @@ void PostgresConnection::send(const QByteArray &text, const QVariantList &values
     m_isPreparation.append(false);
 }
 
-bool PostgresConnection::wait(bool forWriting, qint64 until)
+bool PostgresConnection::wait(bool forWriting, const Deadline &deadline)
 {
-    const qint64 left = until - now();
+    const qint64 left = deadline.remainingTime();
     return left > 0 && waitForSocket(PQsocket(m_connection), forWriting, static_cast<int>(left));
 }
 
 /// The next result; null for the end of one statement's, and with a connection that is lost.
-PGresult *PostgresConnection::nextResult(qint64 until)
+PGresult *PostgresConnection::nextResult(const Deadline &deadline)
 {
     for (;;) {
         const int unsent = PQflush(m_connection);
@@ -196,7 +190,7 @@ PGresult *PostgresConnection::nextResult(qint64 until)
         }
         if (unsent == 0 && PQisBusy(m_connection) == 0)
             return PQgetResult(m_connection);
-        if (!wait(unsent != 0, until)) {
+        if (!wait(unsent != 0, deadline)) {
             m_isLost = true;
             return nullptr;
         }
@@ -207,14 +201,15 @@ StoreResult<PostgresConnection::Answer> PostgresConnection::sync()
 {
     if (m_isLost)
         return failed(lost(u"the database can't be reached"_s));
-    const qint64 until = now() + m_timeoutMs;
+    Deadline deadline(m_time);
+    deadline.setRemainingTime(m_timeoutMs);
     PQpipelineSync(m_connection);
     const QList<Take> sent = std::exchange(m_sent, {});
     const QList<bool> isPreparation = std::exchange(m_isPreparation, {});
     Answer answer;
     std::optional<StoreFailure> failure;
     for (qsizetype at = 0; at < sent.size() && !m_isLost; ++at) {
-        while (const ResultPointer result{nextResult(until)}) {
+        while (const ResultPointer result{nextResult(deadline)}) {
             const ExecStatusType status = PQresultStatus(result.get());
             if (status == PGRES_FATAL_ERROR && !failure)
                 failure = failureOf(result.get());
@@ -230,7 +225,7 @@ StoreResult<PostgresConnection::Answer> PostgresConnection::sync()
         }
     }
     if (!m_isLost)
-        ResultPointer(nextResult(until)); // that of the synchronization
+        ResultPointer(nextResult(deadline)); // that of the synchronization
     collectNotifications();
     if (PQstatus(m_connection) == CONNECTION_BAD)
         m_isLost = true;

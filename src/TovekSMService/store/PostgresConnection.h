@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/store/StoreRow.h"
+#include "TovekSMService/time/TimeSource.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -14,10 +15,12 @@
 #include <memory>
 #include <utility>
 
-using PGconn = struct pg_conn;
-using PGresult = struct pg_result;
+struct pg_conn;
+struct pg_result;
 
 namespace norvane {
+
+class Deadline;
 
 /// A connection to a PostgreSQL server. Statements are sent one behind the other and carried out in
 /// their order; only sync() waits for the server, and no longer than its time limit: a connection
@@ -39,8 +42,9 @@ public:
 
     /// Connects, and waits for it: DNS, the server and its authentication.
     /// @param conninfo  as libpq takes it: "host=... dbname=..."
+    /// @param time      must outlive the connection
     [[nodiscard]] static StoreResult<std::unique_ptr<PostgresConnection>>
-    open(const QString &conninfo);
+    open(const QString &conninfo, TimeSource &time = TimeSource::system());
 
     PostgresConnection(const PostgresConnection &) = delete;
     PostgresConnection &operator=(const PostgresConnection &) = delete;
@@ -70,16 +74,18 @@ public:
     int socket() const;
 
 private:
-    explicit PostgresConnection(PGconn *connection) : m_connection(connection) {}
+    PostgresConnection(pg_conn *connection, TimeSource &time)
+        : m_connection(connection), m_time(time)
+    {}
 
     QByteArray prepared(const QByteArray &text);
-    bool flush();
-    bool wait(bool forWriting, qint64 until);
-    PGresult *nextResult(qint64 until);
+    bool wait(bool forWriting, const Deadline &deadline);
+    pg_result *nextResult(const Deadline &deadline);
     void collectNotifications();
     StoreFailure lost(const QString &reason);
 
-    PGconn *m_connection = nullptr;
+    pg_conn *m_connection = nullptr;
+    TimeSource &m_time;
     int m_timeoutMs = statementMs;
     bool m_isLost = false;
     QHash<QByteArray, QByteArray> m_names; ///< of the statements that the server has prepared

@@ -24,12 +24,16 @@ constexpr char sessionSettings[] =
     "WHERE current_setting('synchronous_commit') = 'off'; "
     "SET idle_in_transaction_session_timeout = '10s'; SET lock_timeout = '3s'; "
     "SET client_min_messages = error; SET standard_conforming_strings = on; "
+    // A queue grows and shrinks faster than the server's statistics: every statement goes by an
+    // index, whatever they say.
+    "SET enable_seqscan = off; SET enable_hashjoin = off; SET enable_mergejoin = off; "
+    "SET plan_cache_mode = force_generic_plan; SET jit = off; "
     "LISTEN norvane_queue";
 
-StoreResult<std::unique_ptr<PostgresConnection>> connected(const QString &conninfo)
+StoreResult<std::unique_ptr<PostgresConnection>> connected(const QString &conninfo, TimeSource &time)
 {
     StoreResult<std::unique_ptr<PostgresConnection>> connection =
-        PostgresConnection::open(conninfo);
+        PostgresConnection::open(conninfo, time);
     if (!connection)
         return connection;
     (*connection)->setTimeout(migrationMs);
@@ -53,7 +57,7 @@ struct PostgresDatabase::Attempt
 };
 
 PostgresDatabase::PostgresDatabase(const QString &conninfo, TimeSource &time)
-    : m_conninfo(conninfo), m_again(time), m_lookSoon(time)
+    : m_conninfo(conninfo), m_time(time), m_again(time), m_lookSoon(time)
 {
     QObject::connect(&m_again, &Timer::timeout, &m_context, [this] { connectInThread(); });
     QObject::connect(&m_lookSoon, &Timer::timeout, &m_context, [this] { look(); });
@@ -69,7 +73,7 @@ StoreResult<> PostgresDatabase::open()
     if (m_isRefused)
         return failed(*m_openFailure);
     close();
-    return take(connected(m_conninfo));
+    return take(connected(m_conninfo, m_time));
 }
 
 void PostgresDatabase::keepOpen()
@@ -100,7 +104,7 @@ void PostgresDatabase::connectInThread()
     endThread();
     m_attempt = std::make_shared<Attempt>();
     m_thread.reset(QThread::create(
-        [conninfo = m_conninfo, attempt = m_attempt] { attempt->result = connected(conninfo); }));
+        [conninfo = m_conninfo, attempt = m_attempt, &time = m_time] { attempt->result = connected(conninfo, time); }));
     QObject::connect(m_thread.get(), &QThread::finished, &m_context, [this] { takeAttempt(); });
     m_thread->start();
 }

@@ -82,6 +82,7 @@ private:
     void lose(const StoreFailure &failure);
 
     const QString m_conninfo;
+    TimeSource &m_time;
     QObject m_context; ///< of what is called from the event loop
     mutable std::unique_ptr<PostgresConnection> m_connection;
     std::optional<StoreFailure> m_openFailure;

@@ -19,6 +19,7 @@ constexpr char lockSchema[] = "SELECT pg_advisory_xact_lock(5656801310453396051)
 // engine: that which holds the message, or, of an outcome, which had it; epoch: of that engine at
 // that time. refused_by: the engine whose device refused the message, which leaves it to the
 // others until refused_until. reporter: the engine whose consoles are to hear of the outcome.
+// moved_out: messages on their way into the file of an engine.
 // queued: messages that the engine put in the queue, less those that it took out; the sum over all
 // engines is the size of the queue, and no two engines ever wait for one counter.
 constexpr char version1[] = R"(
@@ -63,6 +64,18 @@ CREATE INDEX recipient_by_time ON recipient (at);
 CREATE TABLE done_once (
  token text PRIMARY KEY, at timestamptz NOT NULL DEFAULT clock_timestamp());
 CREATE INDEX done_once_by_time ON done_once (at);
+
+CREATE TABLE moved_out (
+ token text NOT NULL,
+ engine integer NOT NULL,
+ id bigint NOT NULL,
+ delivery_date text NOT NULL,
+ original_date text NOT NULL,
+ due text COLLATE "C" NOT NULL,
+ phone text NOT NULL,
+ text text NOT NULL,
+ attempts integer NOT NULL,
+ PRIMARY KEY (token, id));
 
 CREATE TABLE setting (name text PRIMARY KEY, value text NOT NULL);
 

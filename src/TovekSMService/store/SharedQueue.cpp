@@ -113,6 +113,12 @@ StoreResult<> SharedQueue::count(qint64 change)
                           {change, m_engines.id()});
 }
 
+StoreResult<> SharedQueue::countMoved(qint64 change)
+{
+    m_hasAllChanged = true;
+    return count(change);
+}
+
 QString SharedQueue::batchesSetting() const
 {
     return u"recent_batches "_s + m_engines.name();
@@ -345,12 +351,14 @@ StoreResult<> SharedQueue::finishSent(const QList<SentMessage> &messages)
         });
 }
 
-/// A call is repeated for seconds, and a recipient comes back for months.
+/// A call is repeated for seconds, a move for as long as an administrator likes, and a recipient
+/// comes back for months.
 StoreResult<> SharedQueue::prune(int max)
 {
     return m_shared
         .write("DELETE FROM done_once WHERE token IN (SELECT token FROM done_once "
-               "WHERE at < clock_timestamp() - interval '1 day' LIMIT ?)",
+               "WHERE at < clock_timestamp() - interval '1 day' AND "
+               "position(' move ' IN token) = 0 LIMIT ?)",
                {max})
         .and_then([&] {
             return m_shared.write("DELETE FROM recipient WHERE phone IN (SELECT phone FROM "
@@ -389,6 +397,12 @@ StoreResult<> SharedQueue::announceNews()
         m_unannounced.clear();
         m_hasAllChanged = false;
     });
+}
+
+StoreResult<> SharedQueue::announceAll()
+{
+    m_hasAllChanged = true;
+    return announceNews();
 }
 
 StoreResult<> SharedQueue::takeNews(const QStringList &news)

@@ -58,11 +58,16 @@ public:
     /// These left the queue as another engine's were taken over.
     [[nodiscard]] StoreResult<> noteTakenOver(const QList<qint64> &ids);
 
+    /// Messages came into the queue, or left it, by another way than this one.
+    [[nodiscard]] StoreResult<> countMoved(qint64 change);
+
     // The consoles of other engines
     /// Whether there is something that they have not been told of.
     bool hasNews() const { return m_hasAllChanged || !m_unannounced.isEmpty(); }
     /// Tells the other engines what changed here.
     [[nodiscard]] StoreResult<> announceNews();
+    /// Tells them that any message may be different.
+    [[nodiscard]] StoreResult<> announceAll();
     /// Notes what other engines told.
     [[nodiscard]] StoreResult<> takeNews(const QStringList &news);
 

@@ -36,6 +36,7 @@ Store::Store(const QString &file, const SharedStore &shared, TimeSource &time)
         std::make_unique<SharedQueue>(*m_shared, *m_engines, shared.now, shared.sameSenderSeconds);
     m_sharedQueue = queue.get();
     m_queue = std::move(queue);
+    m_now = shared.now;
     m_outcomes.setReporter([this] { return m_engines->id(); });
 }
 

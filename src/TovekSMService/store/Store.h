@@ -59,6 +59,8 @@ public:
     PostgresDatabase *sharedDatabase() { return m_shared.get(); }
     SharedQueue *sharedQueue() { return m_sharedQueue; }
     EngineRegister *engines() { return m_engines.get(); }
+    /// The wall clock, "yyyy-MM-ddTHH:mm:ss"; of a store that is shared.
+    QString now() const { return m_now(0); }
     KeptSettlements *keptSettlements() { return isShared() ? &m_keptSettlements : nullptr; }
 
     MessageQueue &queue() { return *m_queue; }
@@ -89,6 +91,7 @@ private:
     ReceivedMessages m_received{m_database};
     OptOutList m_optOuts{m_database};
     std::unique_ptr<EngineRegister> m_engines;
+    std::function<QString(qint64 seconds)> m_now;
     SharedQueue *m_sharedQueue = nullptr; ///< m_queue, if that is shared
     std::unique_ptr<MessageQueue> m_queue;
 };

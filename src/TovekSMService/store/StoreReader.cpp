@@ -37,28 +37,15 @@ StoreResult<> StoreReader::open()
 StoreResult<> StoreReader::outcomes(const QString &since,
                                     const std::function<void(const OutcomeRow &)> &take) const
 {
-    return each(u"SELECT message_id, at, delivery_date, phone, text, code, network_reference, "
-                "delivery, CASE WHEN delivery = 2 THEN delivered_at ELSE '' END "
-                "FROM outcome WHERE at >= ? ORDER BY id"_s,
-                since, [&take](const QSqlQuery &row) {
-                    take({row.value(0).toLongLong(), row.value(1).toString(),
-                          row.value(2).toString(), row.value(3).toString(), row.value(4).toString(),
-                          row.value(5).toInt(), row.value(6).toString(),
-                          static_cast<DeliveryState>(row.value(7).toInt()),
-                          row.value(8).toString()});
-                });
+    return each(QString::fromLatin1(outcomesSince), since,
+                [&take](const QSqlQuery &row) { take(outcomeOf(row)); });
 }
 
 StoreResult<> StoreReader::received(const QString &since,
                                     const std::function<void(const ReceivedMessage &)> &take) const
 {
-    return each(u"SELECT id, at, sent_at, phone, text, read FROM received "
-                "WHERE at >= ? ORDER BY id"_s,
-                since, [&take](const QSqlQuery &row) {
-                    take({row.value(0).toLongLong(), row.value(1).toString(),
-                          row.value(2).toString(), row.value(3).toString(), row.value(4).toString(),
-                          row.value(5).toInt() != 0});
-                });
+    return each(QString::fromLatin1(receivedSince), since,
+                [&take](const QSqlQuery &row) { take(receivedOf(row)); });
 }
 
 StoreResult<> StoreReader::each(const QString &text, const QString &since,

@@ -128,6 +128,13 @@ constexpr const char *version3[] = {
 // contents: a Settlement, as KeptSettlements writes it.
 constexpr const char *version4[] = {
     "CREATE TABLE kept_settlement (id INTEGER PRIMARY KEY, contents BLOB NOT NULL)",
+
+    // Messages on their way into a database that is shared, and the moves out of one that are done.
+    "CREATE TABLE outgoing ("
+    " id INTEGER PRIMARY KEY, delivery_date TEXT NOT NULL, original_date TEXT NOT NULL,"
+    " due TEXT NOT NULL, phone TEXT NOT NULL, text TEXT NOT NULL, state INTEGER NOT NULL,"
+    " attempts INTEGER NOT NULL, reference INTEGER, parts_sent INTEGER NOT NULL)",
+    "CREATE TABLE done_move (token TEXT PRIMARY KEY) WITHOUT ROWID",
 };
 
 constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {

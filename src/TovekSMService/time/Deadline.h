@@ -16,6 +16,8 @@ public:
     {
         m_at = m_time->nanoseconds() + milliseconds * 1'000'000;
     }
+    /// In milliseconds; 0 or less once it has expired.
+    qint64 remainingTime() const { return (m_at - m_time->nanoseconds()) / 1'000'000; }
     bool hasExpired() const { return m_time->nanoseconds() >= m_at; }
 
 private:

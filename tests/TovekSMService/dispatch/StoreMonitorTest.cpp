@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int retryMs = 20;
+constexpr int monitorRetryMs = 20;
 constexpr int lastingMs = 60;
 
 class StoreMonitorTest : public testing::Test
@@ -35,7 +35,7 @@ protected:
     static DispatcherTimings timings()
     {
         DispatcherTimings timings;
-        timings.storeRetryMs = retryMs;
+        timings.storeRetryMs = monitorRetryMs;
         timings.storeFaultMs = lastingMs;
         return timings;
     }
@@ -63,7 +63,7 @@ TEST_F(StoreMonitorTest, aFailureStandsUntilTheStoreCanBeWritten)
 {
     fail();
     EXPECT_EQ(m_monitor.failure(), u"reason"_s);
-    m_time.pass(retryMs - 1);
+    m_time.pass(monitorRetryMs - 1);
     EXPECT_TRUE(m_events.isEmpty());
     m_time.pass(1);
     EXPECT_EQ(m_events, QStringList{u"writable"_s});
@@ -75,9 +75,9 @@ TEST_F(StoreMonitorTest, aFailureStandsUntilTheStoreCanBeWritten)
 TEST_F(StoreMonitorTest, furtherFailuresDoNotPutOffTheProbe)
 {
     fail();
-    m_time.pass(retryMs / 2);
+    m_time.pass(monitorRetryMs / 2);
     fail();
-    m_time.pass(retryMs / 2);
+    m_time.pass(monitorRetryMs / 2);
     EXPECT_EQ(count(u"writable"_s), 1);
 }
 
@@ -95,7 +95,7 @@ TEST_F(StoreMonitorTest, aFailureThatLastsIsWarnedOfOnce)
     m_time.pass(2 * lastingMs);
     EXPECT_EQ(m_events.size(), 1) << "and another program's lock is no lost store";
     other.unlock();
-    m_time.pass(retryMs);
+    m_time.pass(monitorRetryMs);
     EXPECT_EQ(m_events.last(), u"writable"_s);
     EXPECT_TRUE(m_monitor.fault().isEmpty());
 }
@@ -127,7 +127,7 @@ TEST_F(StoreMonitorTest, aStoreThatStaysUnwritableIsLostAgainAndAgain)
     EXPECT_EQ(count(u"lost"_s), 2);
     EXPECT_EQ(count(u"warning"_s), 1);
     allow();
-    m_time.pass(retryMs);
+    m_time.pass(monitorRetryMs);
     EXPECT_EQ(m_events.last(), u"writable"_s);
 }
 
@@ -142,7 +142,7 @@ TEST_F(StoreMonitorTest, aDamagedStoreIsLostAtOnce)
     fail(Kind::Corrupt);
     EXPECT_TRUE(m_events.isEmpty()) << "the probe has reported that shortly before";
     allow();
-    m_time.pass(retryMs);
+    m_time.pass(monitorRetryMs);
     fail(Kind::Corrupt);
     EXPECT_EQ(m_events.last(), u"damaged"_s) << "of a store that could be written meanwhile";
 }

@@ -1,0 +1,213 @@
+#include "TovekSMService/store/QueueMove.h"
+
+#include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/SharedQueue.h"
+#include "TovekSMService/store/Store.h"
+#include "contract/ErrorCodes.h"
+
+#include <QUuid>
+
+namespace norvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int stateLeaving = 1;
+
+QVariantList valuesOf(const StoreRow &row)
+{
+    QVariantList values;
+    for (int column = 0; column < row.columns(); ++column)
+        values.append(row.value(column));
+    return values;
+}
+
+int numberOf(const StoreRow &row)
+{
+    return row.value(0).toInt();
+}
+
+} // namespace
+
+StoreResult<int> QueueMove::left(const Store &store)
+{
+    return store.file()
+        .row("SELECT (SELECT COUNT(*) FROM message) + (SELECT COUNT(*) FROM outgoing)", {},
+             numberOf)
+        .map([](std::optional<int> count) { return count.value_or(0); });
+}
+
+StoreResult<int> QueueMove::intoDatabase()
+{
+    int moved = 0;
+    if (const StoreResult<> copied = copyOptOuts(m_store.file(), m_store.database()); !copied)
+        return failed(copied.error());
+    for (;;) {
+        // What an earlier move left on its way goes first.
+        const StoreResult<int> put = putIn();
+        if (!put)
+            return put;
+        moved += *put;
+        const StoreResult<int> taken = takeOut();
+        if (!taken || *taken == 0)
+            return taken.map([moved](int) { return moved; });
+    }
+}
+
+/// Out of the file's queue.
+StoreResult<int> QueueMove::takeOut()
+{
+#define NORVANE_BATCH "(SELECT id FROM message ORDER BY id LIMIT ?)"
+    return m_store.file().together([&] {
+        return m_store.file()
+            .writeAndCount("INSERT INTO outgoing SELECT id, delivery_date, original_date, due, "
+                           "phone, text, state, attempts, reference, parts_sent FROM message "
+                           "WHERE id IN " NORVANE_BATCH,
+                           {batchRows})
+            .and_then([&](int rows) {
+                return m_store.file()
+                    .write("DELETE FROM message WHERE id IN " NORVANE_BATCH, {batchRows})
+                    .map([rows] { return rows; });
+            });
+    });
+#undef NORVANE_BATCH
+}
+
+/// Into the database, and out of the place between. The rows there are the token: they stay the
+/// same until the database is known to have them.
+StoreResult<int> QueueMove::putIn()
+{
+    const auto rows = m_store.file().rows(
+        "SELECT delivery_date, original_date, due, phone, text, attempts, reference, parts_sent, "
+        "state, id FROM outgoing ORDER BY id",
+        {}, valuesOf);
+    if (!rows || rows->isEmpty())
+        return rows.map([](const auto &) { return 0; });
+    const QString token = u"move %1-%2 %3"_s.arg(rows->constFirst().constLast().toString(),
+                                                 rows->constLast().constLast().toString(),
+                                                 m_store.file().file());
+    return m_store.queue()
+        .once(token,
+              [&] {
+                  StoreResult<> put;
+                  for (auto row = rows->cbegin(); put && row != rows->cend(); ++row)
+                      put = insert(*row);
+                  return put;
+              })
+        .and_then([&] { return m_store.file().write("DELETE FROM outgoing"); })
+        .map([&] { return static_cast<int>(rows->size()); });
+}
+
+StoreResult<> QueueMove::insert(const QVariantList &row)
+{
+    EngineRegister &engines = *m_store.engines();
+    const bool isInDoubt = row.at(8).toInt() == stateLeaving;
+    if (isInDoubt)
+        return m_store.database().write(
+            "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, "
+            "engine, epoch, reporter) VALUES (0, ?, ?, ?, ?, ?, 0, ?, 0, ?)",
+            {row.at(1), row.at(3), row.at(4), ErrorCode::noRespond, m_store.now(), engines.id(),
+             engines.id()});
+    const bool isPartlySent = row.at(7).toInt() > 0;
+    return m_store.database()
+        .write("INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
+               "reference, parts_sent, engine, epoch, state) "
+               "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+               row.mid(0, 8) + QVariantList{isPartlySent ? QVariant(engines.id()) : QVariant(),
+                                            isPartlySent ? QVariant(engines.epoch()) : QVariant(),
+                                            isPartlySent ? 2 : 0})
+        .and_then([&] { return m_store.sharedQueue()->countMoved(1); });
+}
+
+StoreResult<int> QueueMove::intoFile()
+{
+    int moved = 0;
+    if (const StoreResult<> copied = copyOptOuts(m_store.database(), m_store.file()); !copied)
+        return failed(copied.error());
+    for (;;) {
+        const StoreResult<QString> pending = pendingToken();
+        if (!pending)
+            return failed(pending.error());
+        if (pending->isEmpty()) {
+            const StoreResult<int> taken = takeFromDatabase();
+            if (!taken || *taken == 0)
+                return taken.map([moved](int) { return moved; });
+            continue;
+        }
+        const StoreResult<int> put = putIntoFile(*pending);
+        if (!put)
+            return put;
+        moved += *put;
+    }
+}
+
+StoreResult<QString> QueueMove::pendingToken() const
+{
+    return m_store.database()
+        .row("SELECT token FROM moved_out WHERE engine = ? LIMIT 1", {m_store.engines()->id()},
+             [](const StoreRow &row) { return row.value(0).toString(); })
+        .map([](const std::optional<QString> &token) { return token.value_or(QString()); });
+}
+
+/// Out of the database's queue.
+StoreResult<int> QueueMove::takeFromDatabase()
+{
+    return m_store.database().together([&] {
+        return m_store.database()
+            .writeAndCount(
+                "WITH gone AS (DELETE FROM message WHERE id IN (SELECT id FROM message WHERE "
+                "state = 0 AND engine IS NULL ORDER BY id LIMIT ? FOR UPDATE SKIP LOCKED) "
+                "RETURNING *) INSERT INTO moved_out SELECT ?::text, ?::int, id, delivery_date, "
+                "original_date, due, phone, text, attempts FROM gone",
+                {batchRows, QUuid::createUuid().toString(QUuid::WithoutBraces),
+                 m_store.engines()->id()})
+            .and_then([&](int rows) {
+                return m_store.sharedQueue()->countMoved(-rows).map([rows] { return rows; });
+            });
+    });
+}
+
+/// Into the file, once, and out of the place between.
+StoreResult<int> QueueMove::putIntoFile(const QString &token)
+{
+    const auto rows = m_store.database().rows(
+        "SELECT delivery_date, original_date, due, phone, text, attempts FROM moved_out "
+        "WHERE token = ? ORDER BY id",
+        {token}, valuesOf);
+    if (!rows)
+        return failed(rows.error());
+    const StoreResult<> put = m_store.file().together([&]() -> StoreResult<> {
+        const StoreResult<int> isNew = m_store.file().writeAndCount(
+            "INSERT INTO done_move (token) VALUES (?) ON CONFLICT DO NOTHING", {token});
+        if (!isNew || *isNew == 0)
+            return isNew.map([](int) {});
+        StoreResult<> inserted;
+        for (auto row = rows->cbegin(); inserted && row != rows->cend(); ++row)
+            inserted = m_store.file().write("INSERT INTO message (delivery_date, original_date, "
+                                            "due, phone, text, attempts) VALUES (?, ?, ?, ?, ?, ?)",
+                                            *row);
+        return inserted;
+    });
+    return put
+        .and_then(
+            [&] { return m_store.database().write("DELETE FROM moved_out WHERE token = ?", {token}); })
+        .map([&] { return static_cast<int>(rows->size()); });
+}
+
+StoreResult<> QueueMove::copyOptOuts(const StoreDatabase &from, StoreDatabase &to)
+{
+    const auto optOuts =
+        from.rows("SELECT phone, at FROM opt_out ORDER BY id", {}, valuesOf);
+    if (!optOuts)
+        return failed(optOuts.error());
+    return to.together([&] {
+        StoreResult<> copied;
+        for (auto each = optOuts->cbegin(); copied && each != optOuts->cend(); ++each)
+            copied = to.write("INSERT INTO opt_out (phone, at) VALUES (?, ?) ON CONFLICT DO NOTHING",
+                              *each);
+        return copied;
+    });
+}
+
+} // namespace norvane
