@@ -15,12 +15,13 @@ constexpr int sentCode = 1;
 constexpr int mayBeDelivered = -39;
 constexpr int leaving = 1;
 
-constexpr std::array<std::pair<const char *, int Tally::*>, 20> numbers = {
+constexpr std::array<std::pair<const char *, int Tally::*>, 21> numbers = {
     {{"cycles", &Tally::cycles},
      {"queued", &Tally::queued},
      {"sent", &Tally::sent},
      {"failed", &Tally::failed},
      {"arrived", &Tally::arrived},
+     {"corrected", &Tally::corrected},
      {"waiting", &Tally::waiting},
      {"delivered", &Tally::delivered},
      {"mail", &Tally::mail},
@@ -127,7 +128,7 @@ private:
         for (const WaitingMessage &message : m_story.waiting)
             judgeWaiting(message);
         for (const MessageOutcome &outcome : m_story.outcomes)
-            judgeOutcome(outcome.code);
+            judgeOutcome(outcome);
         for (const MessageOutcome &outcome : m_story.outcomes)
             judgeReports(outcome);
     }
@@ -157,16 +158,18 @@ private:
             fault(&Tally::lost, "waits with a part counted as sent that was not received");
     }
 
-    void judgeOutcome(int code)
+    void judgeOutcome(const MessageOutcome &outcome)
     {
-        if (code == sentCode) {
+        if (outcome.code == sentCode) {
             ++m_tally.sent;
             if (!m_story.isWhole())
                 fault(&Tally::lost, "is told as sent and was not received whole");
             return;
         }
         ++m_tally.failed;
-        if (m_story.isWhole() && code == mayBeDelivered)
+        if (m_story.isWhole() && outcome.isKnown)
+            fault(&Tally::untrue, "is told as failed and is known to be received");
+        else if (m_story.isWhole() && outcome.code == mayBeDelivered)
             ++m_tally.arrived;
         else if (m_story.isWhole())
             fault(&Tally::untrue, "is told as failed for good and was received");

@@ -45,6 +45,8 @@ struct MessageOutcome
     QString phone;
     int code = 0; ///< 1 sent, else the error code
     bool isDelivered = false;
+    /// Its engine has learnt of each part that the device took, and was not killed before.
+    bool isKnown = false;
 };
 
 /// A message that somebody sent to the device, or that the store has as received.
@@ -76,17 +78,20 @@ struct Tally
     int queued = 0;
     int sent = 0;
     int failed = 0;
-    int arrived = 0; ///< of the failed ones with -39: received whole all the same
+    int arrived = 0;   ///< of the failed ones with -39: received whole all the same
+    int corrected = 0; ///< of the sent ones: were in doubt before, for another engine
     int waiting = 0;
     int delivered = 0; ///< of the sent ones: a report says so
     int mail = 0;      ///< messages that the device was given
 
     // What must not be.
-    int twice = 0;   ///< received twice, in two places, or about to be sent again
-    int lost = 0;    ///< nowhere, or told as sent and not received
-    int untrue = 0;  ///< received whole and told as failed for good, or received with another text
-    int strange = 0; ///< received, waiting or told, and never queued
-    int untold = 0;  ///< failures that the engine told never, twice, or with another code
+    int twice = 0; ///< received twice, in two places, or about to be sent again
+    int lost = 0;  ///< nowhere, or told as sent and not received
+    /// Received whole and told as failed for good, or as in doubt by an engine that knew; or
+    /// received with another text; or told as sent and not so.
+    int untrue = 0;
+    int strange = 0;      ///< received, waiting or told, and never queued
+    int untold = 0;       ///< failures that the engine told never, twice, or with another code
     int uncommitted = 0;  ///< left for the network before the store knew
     int reportsLost = 0;  ///< sent, reported on by the network, and not told as delivered
     int reportsWrong = 0; ///< told as delivered, and not received whole

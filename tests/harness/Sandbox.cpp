@@ -26,6 +26,17 @@ QString engineProgram()
     return QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
 }
 
+QDBusMessage callOf(const char *operation, const QVariantList &arguments)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+        QLatin1String(Bus::interfaceName), QLatin1String(operation));
+    message.setArguments(arguments);
+    // An engine that has ended is not to be started by the bus.
+    message.setAutoStartService(false);
+    return message;
+}
+
 } // namespace
 
 bool eventually(const std::function<bool()> &condition, int limitMs)
@@ -154,13 +165,13 @@ QDBusMessage Sandbox::call(const char *operation, const QVariantList &arguments)
 QDBusMessage Sandbox::callFrom(const QDBusConnection &bus, const char *operation,
                                const QVariantList &arguments)
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
-        QLatin1String(Bus::interfaceName), QLatin1String(operation));
-    message.setArguments(arguments);
-    // An engine that has ended is not to be started by the bus.
-    message.setAutoStartService(false);
-    return bus.call(message);
+    return bus.call(callOf(operation, arguments));
+}
+
+QDBusPendingCall Sandbox::send(const char *operation, const QVariantList &arguments) const
+{
+    constexpr int limit = 1'200'000; // ms
+    return m_bus.connection().asyncCall(callOf(operation, arguments), limit);
 }
 
 int Sandbox::queueSize() const

@@ -4,6 +4,7 @@
 #include "support/PrivateBus.h"
 
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDeadlineTimer>
 #include <QObject>
 #include <QProcess>
@@ -65,6 +66,8 @@ public:
     bool stop();
 
     QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const;
+    /// As call(), without waiting for the answer, which may take any time.
+    QDBusPendingCall send(const char *operation, const QVariantList &arguments = {}) const;
     /// As call(), from another connection to the same bus.
     static QDBusMessage callFrom(const QDBusConnection &bus, const char *operation,
                                  const QVariantList &arguments = {});

@@ -23,6 +23,9 @@ Tally runFullDisk(const RunOptions &options);
 /// @return nothing where there is no modem manager
 std::optional<Tally> runManaged(const RunOptions &options);
 
+/// Ends, stops and cuts off engines that share a queue, and their database.
+Tally runEngines(const RunOptions &options);
+
 /// A small disk that is really full.
 /// @return nothing where this process may not mount one
 std::optional<Tally> runSmallDisk(const RunOptions &options);

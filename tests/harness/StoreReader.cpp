@@ -1,5 +1,7 @@
 #include "harness/StoreReader.h"
 
+#include <QCborArray>
+#include <QCborValue>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QUuid>
@@ -91,6 +93,23 @@ int StoreReader::due(const QString &moment) const
     const Look look(m_file);
     QSqlQuery query = look.ask(u"SELECT COUNT(*) FROM message WHERE due <= ?"_s, {moment});
     return query.next() ? query.value(0).toInt() : -1;
+}
+
+std::optional<StoreReader::Kept> StoreReader::kept() const
+{
+    constexpr int sent = 0; // the fate of that name
+    const Look look(m_file);
+    QSqlQuery query = look.ask(u"SELECT contents FROM kept_settlement"_s);
+    if (!query.isActive())
+        return std::nullopt;
+    Kept kept;
+    while (query.next()) {
+        const QCborArray fields = QCborValue::fromCbor(query.value(0).toByteArray()).toArray();
+        ++kept.count;
+        if (fields.at(1).toInteger() == sent)
+            kept.sent.append(fields.at(0).toInteger());
+    }
+    return kept;
 }
 
 QString StoreReader::check() const

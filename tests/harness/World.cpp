@@ -34,35 +34,6 @@ struct BriefConnection
     QDBusConnection bus;
 };
 
-Queued howQueued(const QDBusMessage &answer)
-{
-    if (answer.type() == QDBusMessage::ReplyMessage)
-        return Queued::Answered;
-    const QDBusError::ErrorType error = QDBusError(answer).type();
-    const bool gone = error == QDBusError::NoReply || error == QDBusError::ServiceUnknown ||
-                      error == QDBusError::Disconnected || error == QDBusError::Timeout ||
-                      error == QDBusError::TimedOut;
-    return gone ? Queued::Unanswered : Queued::Refused;
-}
-
-QString textOf(Shape shape, int number)
-{
-    const QString start = u"Aviso %1. "_s.arg(number, 7, 10, QChar(u'0'));
-    switch (shape) {
-    case Shape::Short:
-        return start.trimmed();
-    case Shape::OnePart:
-        return start + u"Su pedido está listo: 10 € [taller 3]"_s;
-    case Shape::TwoParts:
-        return start + u"Le recordamos su cita de mañana. "_s.repeated(6);
-    case Shape::ThreeParts:
-        return start + u"Traiga los papeles del coche. "_s.repeated(13);
-    case Shape::Unicode:
-        return start + u"Пароль изменён. "_s.repeated(6);
-    }
-    return start;
-}
-
 int partsOf(MailShape shape)
 {
     switch (shape) {
@@ -91,6 +62,35 @@ QString mailTextOf(MailShape shape, int number)
 }
 
 } // namespace
+
+Queued howQueued(const QDBusMessage &answer)
+{
+    if (answer.type() == QDBusMessage::ReplyMessage)
+        return Queued::Answered;
+    const QDBusError::ErrorType error = QDBusError(answer).type();
+    const bool gone = error == QDBusError::NoReply || error == QDBusError::ServiceUnknown ||
+                      error == QDBusError::Disconnected || error == QDBusError::Timeout ||
+                      error == QDBusError::TimedOut;
+    return gone ? Queued::Unanswered : Queued::Refused;
+}
+
+QString textOf(Shape shape, int number)
+{
+    const QString start = u"Aviso %1. "_s.arg(number, 7, 10, QChar(u'0'));
+    switch (shape) {
+    case Shape::Short:
+        return start.trimmed();
+    case Shape::OnePart:
+        return start + u"Su pedido está listo: 10 € [taller 3]"_s;
+    case Shape::TwoParts:
+        return start + u"Le recordamos su cita de mañana. "_s.repeated(6);
+    case Shape::ThreeParts:
+        return start + u"Traiga los papeles del coche. "_s.repeated(13);
+    case Shape::Unicode:
+        return start + u"Пароль изменён. "_s.repeated(6);
+    }
+    return start;
+}
 
 QString engineMoment(int secondsFromNow)
 {

@@ -94,6 +94,10 @@ private:
     std::mt19937 m_random;
 };
 
+/// A text of that shape that no other number has.
+QString textOf(Shape shape, int number);
+/// What an answer to a call says of the messages that it was to queue.
+Queued howQueued(const QDBusMessage &answer);
 /// The moment as the engine reads it.
 QString engineMoment(int secondsFromNow);
 

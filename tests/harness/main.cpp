@@ -35,10 +35,10 @@ struct NamedScenario
     Scenario run;
 };
 
-constexpr NamedScenario scenarios[] = {{"kill", always<runKill>},   {"cut", always<runCut>},
-                                       {"mail", always<runMail>},   {"disk", always<runFullDisk>},
-                                       {"smalldisk", runSmallDisk}, {"weather", always<runWeather>},
-                                       {"managed", runManaged}};
+constexpr NamedScenario scenarios[] = {
+    {"kill", always<runKill>},     {"cut", always<runCut>},        {"mail", always<runMail>},
+    {"disk", always<runFullDisk>}, {"smalldisk", runSmallDisk},    {"weather", always<runWeather>},
+    {"managed", runManaged},       {"engines", always<runEngines>}};
 
 Scenario scenarioOf(const QString &name)
 {
@@ -132,8 +132,8 @@ int main(int argc, char **argv)
         u"Ends, cuts off, starves and disturbs an engine with a simulated device, and "
         "counts what became of every message."_s);
     parser.addHelpOption();
-    parser.addPositionalArgument(u"scenario"_s,
-                                 u"kill, cut, mail, disk, smalldisk, weather or managed"_s);
+    parser.addPositionalArgument(
+        u"scenario"_s, u"kill, cut, mail, disk, smalldisk, weather, managed or engines"_s);
     const QString number = u"n"_s;
     parser.addOptions({{u"cycles"_s, u"how often; 0 for all places"_s, number, u"0"_s},
                        {u"lanes"_s, u"how many engines side by side"_s, number, u"1"_s},

@@ -1,0 +1,58 @@
+#include "harness/SharingEngine.h"
+
+#include <csignal>
+
+namespace norvane {
+
+SharingEngine::SharingEngine(QString name, const QString &serverSocket, Console console)
+    : proxy(serverSocket), m_name(std::move(name)),
+      m_device({u"--latency"_s, QString::number(networkMs), u"--report"_s, u"never"_s})
+{
+    if (console == Console::Open)
+        m_console = std::make_unique<EngineConsole>(sandbox.bus());
+}
+
+bool SharingEngine::begin(const QString &login)
+{
+    const QString settings =
+        u"[Sending]\nFirstDelay=1\nLongestDelay=2\n[Queue]\nDatabase=%1 %2\nName=%3\n"_s.arg(
+            proxy.address(), login, m_name);
+    return m_device.isReady() && sandbox.writeSettings(settings.toUtf8()) &&
+           sandbox.storeDevice(m_device.link() + u", 115200"_s) && start() &&
+           sandbox.call("StartEngine").type() == QDBusMessage::ReplyMessage;
+}
+
+bool SharingEngine::start()
+{
+    sandbox.start();
+    if (!sandbox.waitForBus())
+        return false;
+    if (m_console)
+        sandbox.send("ReportState");
+    return true;
+}
+
+void SharingEngine::freeze()
+{
+    if (!sandbox.isUp() || m_isFrozen)
+        return;
+    m_isFrozen = true;
+    ::kill(static_cast<pid_t>(sandbox.pid()), SIGSTOP);
+}
+
+void SharingEngine::thaw()
+{
+    if (std::exchange(m_isFrozen, false) && sandbox.isUp())
+        ::kill(static_cast<pid_t>(sandbox.pid()), SIGCONT);
+}
+
+const EngineConsole &SharingEngine::console()
+{
+    if (!m_console) {
+        m_console = std::make_unique<EngineConsole>(sandbox.bus());
+        sandbox.send("ReportState");
+    }
+    return *m_console;
+}
+
+} // namespace norvane
