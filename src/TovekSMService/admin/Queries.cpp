@@ -294,8 +294,11 @@ int carryOut(const CommandLine &commandLine)
         result = backUp(commandLine);
     if (result == ExitCode::done && usesEngine(commandLine)) {
         const RunningEngine engine(commandLine.name);
-        result =
-            engine.isThere() ? carryOutOverBus(engine, commandLine) : carryOutInStore(commandLine);
+        if (engine.isThere() && commandLine.moveQueue)
+            result = fail(u"the engine is up: its queue is moved when it has ended"_s);
+        else
+            result = engine.isThere() ? carryOutOverBus(engine, commandLine)
+                                      : carryOutInStore(commandLine);
     }
     if (result == ExitCode::done && (commandLine.engines || commandLine.retire))
         result = askEngines(commandLine, out());

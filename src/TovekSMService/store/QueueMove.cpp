@@ -18,8 +18,11 @@ constexpr int stateLeaving = 1;
 QVariantList valuesOf(const StoreRow &row)
 {
     QVariantList values;
-    for (int column = 0; column < row.columns(); ++column)
-        values.append(row.value(column));
+    for (int column = 0; column < row.columns(); ++column) {
+        const QVariant value = row.value(column);
+        // An empty text is a value, and a null of whatever type none.
+        values.append(value.isNull() ? QVariant() : value);
+    }
     return values;
 }
 

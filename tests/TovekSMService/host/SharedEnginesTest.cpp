@@ -472,7 +472,10 @@ TEST_F(SharedEngines, moveTheirQueueIntoTheDatabaseAndBackOnceEachWhateverInterr
     QList<WireEntry> list;
     for (int number = 0; number < messages; ++number)
         list.append({u"600111222"_s, u"m"_s + QString::number(number)});
-    m_first->call("AddSMSList", {QVariant::fromValue(list), u"2999-01-01T00:00:00"_s});
+    EXPECT_EQ(m_first->call("AddSMSList", {QVariant::fromValue(list), u"2999-01-01T00:00:00"_s})
+                  .type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_EQ(m_first->queueSize(), messages);
     m_first->writeSettings(m_conninfo);
     EXPECT_NE(m_first->run({u"--move-queue"_s, u"database"_s}).exitCode, 0) << "it is up";
     m_first->stop();
@@ -480,6 +483,7 @@ TEST_F(SharedEngines, moveTheirQueueIntoTheDatabaseAndBackOnceEachWhateverInterr
     for (const QString &target : {u"database"_s, u"file"_s, u"database"_s}) {
         for (int delay = 1;; delay *= 2) {
             QProcess moving;
+            moving.setProcessChannelMode(QProcess::ForwardedChannels);
             moving.start(SharingEngine::program(), {u"--move-queue"_s, target});
             ASSERT_TRUE(moving.waitForStarted(hangMs));
             // Killed earlier and later, until it has had the time that it needs.
