@@ -39,47 +39,125 @@ void report(Message &message, Code code)
 
 } // namespace
 
-bool ClaimDatabase::fence(std::uint8_t engine)
+bool ClaimDatabase::fence(std::uint8_t engine, std::uint8_t epoch)
 {
     Engine &row = m_state.engines[engine];
-    if (row.epoch != row.knownEpoch)
+    if (row.epoch != epoch)
         return false;
     row.isSilent = false;
     return true;
 }
 
-void ClaimDatabase::registerEngine(std::uint8_t engine)
+void ClaimDatabase::run(const Transaction &transaction, std::uint8_t engine)
 {
-    applyKept(engine);
-    for (Message &message : m_state.messages) {
-        if (isClaimedBy(message, engine) && m_rules.holds(Rule::RestartReportsClaims))
-            report(message, Code::InDoubt);
+    const std::uint8_t other = 1 - engine;
+    switch (transaction.kind) {
+    case TransactionKind::Claim:
+    case TransactionKind::ClaimWithLocks:
+        return claim(transaction.fact, engine);
+    case TransactionKind::Apply:
+        return apply(transaction.fact, engine);
+    case TransactionKind::Enroll:
+        return enroll(engine, transaction.fact.epoch);
+    case TransactionKind::Release:
+        return release(transaction, engine);
+    case TransactionKind::ReportLeft:
+        return reportLeft(transaction, engine);
+    case TransactionKind::TakeOver:
+    case TransactionKind::TakeOverBegun:
+        if (m_state.engines[other].isSilent)
+            takeOver(other, transaction.kind == TransactionKind::TakeOverBegun);
+        return;
+    case TransactionKind::None:
+        return;
     }
-    Engine &row = m_state.engines[engine];
-    ++row.epoch;
-    row.isSilent = false;
+}
+
+bool ClaimDatabase::isLocked(std::uint8_t engine) const
+{
+    const auto &late = m_state.engines[engine].late;
+    return std::any_of(late.begin(), late.end(), [](const Transaction &transaction) {
+        return transaction.kind == TransactionKind::ClaimWithLocks;
+    });
+}
+
+bool ClaimDatabase::isBlocked(const Transaction &transaction, std::uint8_t engine) const
+{
+    switch (transaction.kind) {
+    case TransactionKind::Claim:
+    case TransactionKind::Enroll:
+        return isLocked(engine);
+    case TransactionKind::TakeOver:
+    case TransactionKind::TakeOverBegun:
+        return isLocked(1 - engine);
+    default:
+        return false;
+    }
 }
 
 bool ClaimDatabase::isClaimable(std::uint8_t message, std::uint8_t engine) const
 {
+    for (const Engine &other : m_state.engines) {
+        for (const Transaction &late : other.late) {
+            if (late.kind == TransactionKind::ClaimWithLocks && late.fact.message == message)
+                return false;
+        }
+    }
     const Message &row = m_state.messages[message];
     return row.row == Row::Waiting || (row.row == Row::BetweenParts && row.holder == engine);
 }
 
-void ClaimDatabase::claim(std::uint8_t message, std::uint8_t engine, std::uint8_t epoch)
+void ClaimDatabase::claim(const Fact &claim, std::uint8_t engine)
 {
-    Message &row = m_state.messages[message];
+    if (!fence(engine, claim.epoch) && m_rules.holds(Rule::ClaimIsFenced))
+        return;
+    Message &row = m_state.messages[claim.message];
     row.row = Row::Leaving;
     row.holder = engine;
-    row.epoch = epoch;
+    row.epoch = claim.epoch;
 }
 
-void ClaimDatabase::release(std::uint8_t engine)
+void ClaimDatabase::enroll(std::uint8_t engine, std::uint8_t keptEpoch)
 {
-    for (Message &message : m_state.messages) {
-        if (isClaimedBy(message, engine) && message.epoch == m_state.engines[engine].knownEpoch)
-            putBack(message);
+    Engine &row = m_state.engines[engine];
+    if (keptEpoch == 0 || keptEpoch != row.epoch)
+        ++row.epoch;
+    row.isSilent = false;
+}
+
+bool ClaimDatabase::concerns(const Transaction &transaction, std::uint8_t engine,
+                             std::uint8_t message) const
+{
+    const Message &row = m_state.messages[message];
+    if (!isClaimedBy(row, engine))
+        return false;
+    const bool endsAtPresent =
+        transaction.kind == TransactionKind::Release && !m_rules.holds(Rule::ReleaseHasFixedEnd);
+    const int end = endsAtPresent ? m_state.engines[engine].epoch + 1 : transaction.endEpoch;
+    return row.epoch >= transaction.firstEpoch && row.epoch < end;
+}
+
+void ClaimDatabase::release(const Transaction &transaction, std::uint8_t engine)
+{
+    for (std::uint8_t message = 0; message < messageCount; ++message) {
+        if (concerns(transaction, engine, message))
+            putBack(m_state.messages[message]);
     }
+}
+
+void ClaimDatabase::reportLeft(const Transaction &transaction, std::uint8_t engine)
+{
+    for (std::uint8_t message = 0; message < messageCount; ++message) {
+        if (concerns(transaction, engine, message) && m_rules.holds(Rule::LeftClaimIsInDoubt))
+            report(m_state.messages[message], Code::InDoubt);
+    }
+}
+
+bool ClaimDatabase::matches(const Fact &fact, std::uint8_t engine) const
+{
+    const Message &message = m_state.messages[fact.message];
+    return isClaimedBy(message, engine) &&
+           (message.epoch == fact.epoch || !m_rules.holds(Rule::FactMatchesEpoch));
 }
 
 void ClaimDatabase::apply(const Fact &fact, std::uint8_t engine)
@@ -87,30 +165,10 @@ void ClaimDatabase::apply(const Fact &fact, std::uint8_t engine)
     if (fact.fate == Fate::Moot)
         return;
     Message &message = m_state.messages[fact.message];
-    const bool matches = message.epoch == fact.epoch || !m_rules.holds(Rule::FactMatchesEpoch);
-    if (isClaimedBy(message, engine) && matches)
+    if (matches(fact, engine))
         applyToRow(message, fact.fate);
     else
         applyLateTruth(message, fact, engine);
-}
-
-void ClaimDatabase::applyKept(std::uint8_t engine)
-{
-    const Engine &row = m_state.engines[engine];
-    for (std::uint8_t index = 0; index < row.keptCount; ++index)
-        apply(row.kept[index], engine);
-}
-
-void ClaimDatabase::runLate(std::uint8_t engine)
-{
-    Engine &row = m_state.engines[engine];
-    const Fact late = row.late;
-    row.hasLate = false;
-    row.late = {};
-    if (late.fate != Fate::Open)
-        apply(late, engine);
-    else if (row.epoch == late.epoch && isClaimable(late.message, engine))
-        claim(late.message, engine, late.epoch);
 }
 
 void ClaimDatabase::takeOver(std::uint8_t engine, bool begun)
@@ -130,7 +188,7 @@ bool ClaimDatabase::isWorthTakingOver(std::uint8_t engine, bool begun) const
         return isClaimedBy(message, engine) || (begun && message.holder == engine);
     };
     const Engine &row = m_state.engines[engine];
-    return row.knownEpoch == row.epoch ||
+    return (row.knownEpoch != 0 && row.knownEpoch == row.epoch) ||
            std::any_of(m_state.messages.begin(), m_state.messages.end(), isTaken);
 }
 

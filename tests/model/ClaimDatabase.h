@@ -12,32 +12,34 @@ class ClaimDatabase
 public:
     ClaimDatabase(State &state, const Rules &rules) : m_state(state), m_rules(rules) {}
 
-    /// @return false if the engine was taken over since it registered
-    bool fence(std::uint8_t engine);
+    /// @return false if the engine's epoch isn't this one any more
+    bool fence(std::uint8_t engine, std::uint8_t epoch);
 
-    /// Applies what the engine's file holds, reports what else it had claimed, and raises its
-    /// epoch.
-    void registerEngine(std::uint8_t engine);
+    /// Does nothing where what the transaction asks for isn't there.
+    void run(const Transaction &transaction, std::uint8_t engine);
 
+    /// Whether the transaction waits for a claim that holds the row of an engine.
+    bool isBlocked(const Transaction &transaction, std::uint8_t engine) const;
+    bool isLocked(std::uint8_t engine) const;
+
+    /// A message that another claim has locked is passed over.
     bool isClaimable(std::uint8_t message, std::uint8_t engine) const;
-    void claim(std::uint8_t message, std::uint8_t engine, std::uint8_t epoch);
 
-    /// What the engine claimed without knowing it waits again.
-    void release(std::uint8_t engine);
-
-    void apply(const Fact &fact, std::uint8_t engine);
-    void applyKept(std::uint8_t engine);
-
-    /// Runs what the engine's process gave up.
-    void runLate(std::uint8_t engine);
-
-    /// @param begun  also the messages that the engine has begun and not claimed
-    void takeOver(std::uint8_t engine, bool begun);
+    /// Whether the row has this epoch, or the rule that it must is broken.
+    bool matches(const Fact &fact, std::uint8_t engine) const;
+    /// Whether a transaction would put the message back, or report it as left behind.
+    bool concerns(const Transaction &transaction, std::uint8_t engine, std::uint8_t message) const;
 
     /// Whether such a takeover would do more than raise a number.
     bool isWorthTakingOver(std::uint8_t engine, bool begun) const;
+    void takeOver(std::uint8_t engine, bool begun);
 
 private:
+    void claim(const Fact &claim, std::uint8_t engine);
+    void apply(const Fact &fact, std::uint8_t engine);
+    void enroll(std::uint8_t engine, std::uint8_t keptEpoch);
+    void release(const Transaction &transaction, std::uint8_t engine);
+    void reportLeft(const Transaction &transaction, std::uint8_t engine);
     void applyToRow(Message &message, Fate fate) const;
     void applyLateTruth(Message &message, const Fact &fact, std::uint8_t engine) const;
     void putBack(Message &message) const;

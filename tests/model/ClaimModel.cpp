@@ -14,17 +14,21 @@ namespace {
 class Moves
 {
 public:
-    Moves(const State &state, const Rules &rules) : m_from(state), m_rules(rules) {}
+    Moves(const State &state, const Rules &rules)
+        : m_from(state), m_rules(rules), m_database(m_from, m_rules)
+    {}
 
     std::vector<Move> all();
 
 private:
     void addTransactions(std::uint8_t engine);
+    void addEnroll(std::uint8_t engine);
+    void addRecovery(std::uint8_t engine);
     void addReports(std::uint8_t engine);
     void addFences(std::uint8_t engine);
     void addClaims(std::uint8_t engine);
-    void addRelease(std::uint8_t engine);
     void addTakeovers(std::uint8_t engine);
+    void addLate(std::uint8_t engine);
     void addWork(std::uint8_t engine);
     void addDeviceAnswers(std::uint8_t engine);
     void addFileSteps(std::uint8_t engine);
@@ -32,18 +36,24 @@ private:
     void addEnds(std::uint8_t engine);
     void addOtherFaults(std::uint8_t engine);
 
+    bool isAtWork(const Engine &engine) const;
     bool mayClaim(const Engine &engine) const;
+    Transaction report(Fact fact, std::uint8_t engine) const;
 
-    /// @param commit  changes the database
-    /// @param learn   what the process does with the answer
-    /// @param lose    what it does without an answer, whether the database changed or not
-    template <typename Commit, typename Learn, typename Lose>
-    void addTransaction(Step step, Commit commit, Learn learn, Lose lose);
+    /// @param learn  what the process does with the answer
+    template <typename Learn>
+    void addKnown(Step step, const Transaction &transaction, Learn learn);
+    /// @param lose  what it does without one, apart from losing its connection
+    template <typename Lose>
+    void addLost(Step step, const Transaction &transaction, Lose lose);
+    template <typename Learn>
+    void addTransaction(Step step, const Transaction &transaction, Learn learn);
     template <typename Change>
     void add(Step step, Change change);
 
-    const State &m_from;
+    State m_from;
     const Rules &m_rules;
+    const ClaimDatabase m_database; ///< asked, not changed
     std::vector<Move> m_moves;
 };
 
@@ -73,95 +83,128 @@ void Moves::add(Step step, Change change)
     m_moves.push_back(move);
 }
 
-template <typename Commit, typename Learn, typename Lose>
-void Moves::addTransaction(Step step, Commit commit, Learn learn, Lose lose)
+template <typename Learn>
+void Moves::addKnown(Step step, const Transaction &transaction, Learn learn)
 {
-    const auto addWith = [&](Answer answer, auto change) {
-        step.answer = answer;
-        add(step, change);
-    };
-    addWith(Answer::Known, [&](State &state) {
-        commit(state);
+    if (m_database.isBlocked(transaction, step.engine))
+        return;
+    add(step, [&](State &state) {
+        ClaimDatabase(state, m_rules).run(transaction, step.engine);
         learn(state.engines[step.engine]);
     });
-    addWith(Answer::LostAfterCommit, [&](State &state) {
-        commit(state);
-        lose(state.engines[step.engine]);
-    });
-    addWith(Answer::LostWithoutCommit, [&](State &state) { lose(state.engines[step.engine]); });
-    const bool writesWork = step.kind == StepKind::Claim || step.kind == StepKind::Apply;
-    if (m_rules.holds(Rule::NothingRunsLate) || !writesWork)
-        return;
-    addWith(Answer::LostBeforeRun, [&](State &state) {
+}
+
+template <typename Lose>
+void Moves::addLost(Step step, const Transaction &transaction, Lose lose)
+{
+    const bool hasLocks = transaction.kind == TransactionKind::ClaimWithLocks;
+    step.answer = hasLocks ? Answer::LostWithLocks : Answer::Lost;
+    add(step, [&](State &state) {
         Engine &losing = state.engines[step.engine];
+        leaveLate(losing, transaction);
+        loseConnection(losing, m_rules);
         lose(losing);
-        losing.late = losing.work;
-        losing.hasLate = true;
     });
+    step.answer = hasLocks ? Answer::KilledWithLocks : Answer::Killed;
+    add(step, [&](State &state) {
+        leaveLate(state.engines[step.engine], transaction);
+        endProcess(state, step.engine);
+    });
+}
+
+template <typename Learn>
+void Moves::addTransaction(Step step, const Transaction &transaction, Learn learn)
+{
+    addKnown(step, transaction, learn);
+    addLost(step, transaction, doNothing);
 }
 
 void Moves::addTransactions(std::uint8_t engine)
 {
-    const Engine &from = m_from.engines[engine];
-    if (!from.isConnected)
+    if (!m_from.engines[engine].isConnected) {
+        addEnroll(engine);
         return;
+    }
+    addRecovery(engine);
     addReports(engine);
     addFences(engine);
-    if (from.knownEpoch == 0)
-        return;
     addClaims(engine);
-    addRelease(engine);
     addTakeovers(engine);
+}
+
+void Moves::addEnroll(std::uint8_t engine)
+{
+    Transaction enroll;
+    enroll.kind = TransactionKind::Enroll;
+    if (!m_rules.holds(Rule::EpochPerConnection))
+        enroll.fact.epoch = m_from.engines[engine].knownEpoch;
+    addTransaction({StepKind::Enroll, engine}, enroll, connect);
+}
+
+/// Whether a part is on its way, or what became of one isn't in the database for certain.
+bool Moves::isAtWork(const Engine &engine) const
+{
+    return engine.activity != Activity::Idle || engine.keptCount > 0;
+}
+
+void Moves::addRecovery(std::uint8_t engine)
+{
+    const Engine &from = m_from.engines[engine];
+    if (isAtWork(from) && m_rules.holds(Rule::FactsBeforeRelease))
+        return;
+    if (from.recovery == Recovery::Release) {
+        Transaction release{TransactionKind::Release, from.firstEpoch, from.knownEpoch, {}};
+        if (!m_rules.holds(Rule::ReleaseHasFixedStart))
+            release.firstEpoch = 0;
+        if (!m_rules.holds(Rule::EpochPerConnection))
+            ++release.endEpoch;
+        addTransaction({StepKind::Release, engine}, release,
+                       [](Engine &learning) { learning.recovery = Recovery::ReportLeft; });
+    }
+    if (from.recovery == Recovery::ReportLeft)
+        addTransaction({StepKind::ReportLeft, engine},
+                       {TransactionKind::ReportLeft, 0, from.firstEpoch, {}},
+                       [](Engine &learning) { learning.recovery = Recovery::Done; });
+}
+
+Transaction Moves::report(Fact fact, std::uint8_t engine) const
+{
+    if (!m_rules.holds(Rule::FactHasEpochOfClaim))
+        fact.epoch = m_from.engines[engine].knownEpoch;
+    return {TransactionKind::Apply, 0, 0, fact};
 }
 
 void Moves::addReports(std::uint8_t engine)
 {
     const Engine &from = m_from.engines[engine];
     if (from.activity == Activity::Learned)
-        addTransaction(
-            {StepKind::Apply, engine},
-            [&](State &state) { ClaimDatabase(state, m_rules).apply(from.work, engine); },
-            finishWork, [](Engine &losing) { losing.activity = Activity::Keeping; });
-    if (from.keptCount > 0 && !from.isHandedOver && m_rules.holds(Rule::HandOverBeforeDeletion))
-        addTransaction(
-            {StepKind::HandOver, engine},
-            [&](State &state) { ClaimDatabase(state, m_rules).applyKept(engine); },
-            [](Engine &learning) { learning.isHandedOver = true; }, doNothing);
+        addTransaction({StepKind::Apply, engine}, report(from.work, engine), finishWork);
+    if (from.handedOver < from.keptCount && m_rules.holds(Rule::HandOverBeforeDeletion))
+        addTransaction({StepKind::HandOver, engine}, report(from.kept[from.handedOver], engine),
+                       [](Engine &learning) { ++learning.handedOver; });
 }
 
 void Moves::addFences(std::uint8_t engine)
 {
     const Engine &from = m_from.engines[engine];
-    if (from.knownEpoch == 0)
-        addTransaction(
-            {StepKind::Register, engine},
-            [&](State &state) { ClaimDatabase(state, m_rules).registerEngine(engine); },
-            [](Engine &learning) {
-                learning.knownEpoch = learning.epoch;
-                learning.isHandedOver = learning.keptCount > 0;
-            },
-            doNothing);
-    else if (from.knownEpoch != from.epoch)
+    if (m_database.isLocked(engine))
+        return;
+    if (from.knownEpoch != from.epoch)
         add({StepKind::LearnTakeover, engine},
-            [&](State &state) { state.engines[engine].knownEpoch = 0; });
+            [&](State &state) { loseConnection(state.engines[engine], m_rules); });
     else
         add({StepKind::Heartbeat, engine},
-            [&](State &state) { ClaimDatabase(state, m_rules).fence(engine); });
+            [&](State &state) { ClaimDatabase(state, m_rules).fence(engine, from.knownEpoch); });
 }
 
 bool Moves::mayClaim(const Engine &engine) const
 {
     if (m_rules.holds(Rule::ClaimIsFenced) && engine.epoch != engine.knownEpoch)
         return false;
-    if (engine.activity != Activity::Idle || engine.keptCount == maxKeptFacts)
+    if (engine.activity != Activity::Idle || engine.recovery != Recovery::Done)
         return false;
-    const auto end = engine.kept.begin() + engine.keptCount;
-    const bool isHandedOver =
-        engine.keptCount == 0 ||
-        (engine.isHandedOver && std::none_of(engine.kept.begin(), end, [&](const Fact &fact) {
-             return fact.epoch == engine.knownEpoch;
-         }));
-    return isHandedOver || !m_rules.holds(Rule::FactsBeforeClaims);
+    return engine.keptCount == 0 ||
+           (engine.keptCount < maxKeptFacts && !m_rules.holds(Rule::FactsBeforeRelease));
 }
 
 void Moves::addClaims(std::uint8_t engine)
@@ -169,11 +212,8 @@ void Moves::addClaims(std::uint8_t engine)
     const Engine &from = m_from.engines[engine];
     if (!mayClaim(from))
         return;
-    const Activity lost =
-        m_rules.holds(Rule::CommitBeforeSubmit) ? Activity::ClaimLost : Activity::Submitting;
     for (std::uint8_t message = 0; message < messageCount; ++message) {
-        State state = m_from;
-        if (!ClaimDatabase(state, m_rules).isClaimable(message, engine))
+        if (!m_database.isClaimable(message, engine))
             continue;
         const Fact work{message, m_from.messages[message].partsSent, from.knownEpoch, Fate::Open};
         const auto beginAs = [work](Activity activity) {
@@ -182,42 +222,53 @@ void Moves::addClaims(std::uint8_t engine)
                 claiming.work = work;
             };
         };
-        addTransaction(
-            {StepKind::Claim, engine, message},
-            [&](State &claimed) {
-                ClaimDatabase database(claimed, m_rules);
-                database.fence(engine);
-                database.claim(message, engine, from.knownEpoch);
-            },
-            beginAs(Activity::Claimed), beginAs(lost));
+        const Step step{StepKind::Claim, engine, message};
+        Transaction claim{TransactionKind::Claim, 0, 0, {message, 0, from.knownEpoch, Fate::Open}};
+        addKnown(step, claim, beginAs(Activity::Claimed));
+        if (m_rules.holds(Rule::CommitBeforeSubmit))
+            addLost(step, claim, doNothing);
+        else
+            addLost(step, claim, beginAs(Activity::Submitting));
+        claim.kind = TransactionKind::ClaimWithLocks;
+        addLost(step, claim, doNothing);
     }
-}
-
-void Moves::addRelease(std::uint8_t engine)
-{
-    const Engine &from = m_from.engines[engine];
-    if (from.activity != Activity::ClaimLost || from.epoch != from.knownEpoch)
-        return;
-    addTransaction(
-        {StepKind::Release, engine},
-        [&](State &state) {
-            ClaimDatabase database(state, m_rules);
-            database.fence(engine);
-            database.release(engine);
-        },
-        finishWork, doNothing);
 }
 
 void Moves::addTakeovers(std::uint8_t engine)
 {
     const std::uint8_t other = 1 - engine;
-    if (!m_from.engines[other].isSilent)
-        return;
     for (const bool begun : {false, true}) {
-        State from = m_from;
-        if (ClaimDatabase(from, m_rules).isWorthTakingOver(other, begun))
-            add({begun ? StepKind::TakeOverBegun : StepKind::TakeOver, engine},
-                [&](State &state) { ClaimDatabase(state, m_rules).takeOver(other, begun); });
+        const Step step{begun ? StepKind::TakeOverBegun : StepKind::TakeOver, engine};
+        const Transaction takeover{
+            begun ? TransactionKind::TakeOverBegun : TransactionKind::TakeOver, 0, 0, {}};
+        if (m_from.engines[other].isSilent && m_database.isWorthTakingOver(other, begun))
+            addKnown(step, takeover, doNothing);
+        addLost(step, takeover, doNothing);
+    }
+}
+
+/// A claim takes what it finds when it runs, unless its statements ran before.
+void Moves::addLate(std::uint8_t engine)
+{
+    for (std::size_t index = 0; index < maxLate; ++index) {
+        Transaction late = m_from.engines[engine].late[index];
+        if (late.kind == TransactionKind::None || m_database.isBlocked(late, engine))
+            continue;
+        const auto runLate = [&](std::uint8_t message) {
+            add({stepKindOf(late.kind), engine, message, Answer::Late}, [&](State &state) {
+                ClaimDatabase(state, m_rules).run(late, engine);
+                forgetLate(state.engines[engine], index);
+            });
+        };
+        if (late.kind != TransactionKind::Claim) {
+            runLate(late.kind == TransactionKind::ClaimWithLocks ? late.fact.message
+                                                                 : messageCount);
+            continue;
+        }
+        for (late.fact.message = 0; late.fact.message < messageCount; ++late.fact.message) {
+            if (m_database.isClaimable(late.fact.message, engine))
+                runLate(late.fact.message);
+        }
     }
 }
 
@@ -231,8 +282,6 @@ void Moves::addWork(std::uint8_t engine)
         goOn(StepKind::Submit, Activity::Submitting);
     if (from.activity == Activity::Submitting)
         addDeviceAnswers(engine);
-    if (from.activity == Activity::Learned && !from.isConnected)
-        goOn(StepKind::GiveUpApply, Activity::Keeping);
 }
 
 void Moves::addDeviceAnswers(std::uint8_t engine)
@@ -243,7 +292,7 @@ void Moves::addDeviceAnswers(std::uint8_t engine)
         add({kind, engine}, [&](State &state) {
             if (kind == StepKind::Accepted || kind == StepKind::AcceptedWithoutAnswer)
                 leave(state, engine);
-            learnFate(state, engine, fate, m_rules);
+            learnFate(state, engine, fate);
         });
     };
     learnFrom(StepKind::Accepted, isLast ? Fate::Sent : Fate::PartAccepted);
@@ -256,9 +305,9 @@ void Moves::addDeviceAnswers(std::uint8_t engine)
 void Moves::addFileSteps(std::uint8_t engine)
 {
     const Engine &from = m_from.engines[engine];
-    if (from.activity == Activity::Keeping)
+    if (from.activity == Activity::Learned && !from.isConnected)
         add({StepKind::Keep, engine}, [&](State &state) { keepFact(state, engine); });
-    if (from.isHandedOver)
+    if (from.keptCount > 0 && from.handedOver == from.keptCount)
         add({StepKind::DeleteKept, engine},
             [&](State &state) { deleteKeptFacts(state.engines[engine]); });
     else if (from.activity == Activity::Idle && from.keptCount > 0 &&
@@ -275,15 +324,11 @@ void Moves::addReturns(std::uint8_t engine)
         add({StepKind::Restart, engine}, run);
     if (from.life == Life::Stopped)
         add({StepKind::Continue, engine}, run);
-    if (!from.isConnected && from.life != Life::Gone)
-        add({StepKind::Reconnect, engine}, [&](State &state) {
-            state.engines[engine].isConnected = true;
-            if (!m_rules.holds(Rule::EpochOutlivesCut))
-                state.engines[engine].knownEpoch = 0;
-        });
-    if (from.hasLate)
-        add({StepKind::RunLate, engine},
-            [&](State &state) { ClaimDatabase(state, m_rules).runLate(engine); });
+    for (std::size_t index = 0; index < maxLate; ++index) {
+        if (from.late[index].kind == TransactionKind::ClaimWithLocks)
+            add({StepKind::EndLocks, engine},
+                [&](State &state) { forgetLate(state.engines[engine], index); });
+    }
 }
 
 void Moves::addEnds(std::uint8_t engine)
@@ -306,15 +351,18 @@ void Moves::addEnds(std::uint8_t engine)
 void Moves::addOtherFaults(std::uint8_t engine)
 {
     const Engine &from = m_from.engines[engine];
-    for (const bool begun : {false, true})
+    for (const bool begun : {false, true}) {
+        if (m_database.isLocked(engine))
+            break;
         add({begun ? StepKind::RetireBegun : StepKind::Retire, engine},
             [&](State &state) { ClaimDatabase(state, m_rules).takeOver(engine, begun); });
+    }
     if (from.life == Life::Running)
         add({StepKind::Stop, engine},
             [&](State &state) { state.engines[engine].life = Life::Stopped; });
-    if (from.life != Life::Gone)
+    if (from.isConnected)
         add({StepKind::CutOff, engine},
-            [&](State &state) { state.engines[engine].isConnected = false; });
+            [&](State &state) { loseConnection(state.engines[engine], m_rules); });
 }
 
 std::vector<Move> Moves::all()
@@ -327,13 +375,14 @@ std::vector<Move> Moves::all()
             addWork(engine);
             addFileSteps(engine);
         }
+        addLate(engine);
         addReturns(engine);
         addEnds(engine);
         addOtherFaults(engine);
     }
-    add({StepKind::DatabaseAway, nobody}, [](State &state) {
+    add({StepKind::DatabaseAway, nobody}, [&](State &state) {
         for (Engine &engine : state.engines)
-            engine.isConnected = false;
+            loseConnection(engine, m_rules);
     });
     return std::move(m_moves);
 }

@@ -38,18 +38,44 @@ std::string_view violationOfTruth(const Message &message, std::uint8_t parts)
     return {};
 }
 
+/// Whether the engine has yet to report the message as sent.
+bool isKnownToBeSent(const Engine &engine, std::uint8_t message)
+{
+    const auto tells = [message](const Fact &fact) {
+        return fact.message == message && fact.fate == Fate::Sent;
+    };
+    return tells(engine.work) ||
+           std::any_of(engine.kept.begin(), engine.kept.begin() + engine.keptCount, tells);
+}
+
+/// Whether it was kept, and is neither in the file nor in the database.
+bool isFactLost(const State &state, std::uint8_t message)
+{
+    const Message &row = state.messages[message];
+    return row.knowledge == Knowledge::InFile && row.code != Code::Sent &&
+           std::none_of(
+               state.engines.begin(), state.engines.end(),
+               [message](const Engine &engine) { return isKnownToBeSent(engine, message); });
+}
+
+bool isKill(const Step &step)
+{
+    return step.kind == StepKind::Kill || step.kind == StepKind::KillWhileLeaving ||
+           step.answer == Answer::Killed || step.answer == Answer::KilledWithLocks;
+}
+
 bool isAllowedChange(Code from, Code to)
 {
     return from == to || from == Code::None || (from == Code::InDoubt && to == Code::Sent);
 }
 
-/// Only what a process before this one had claimed is in doubt when an engine registers.
-bool isOwnWork(const Move &move, const State &before, std::uint8_t message)
+/// Only what an earlier process had claimed is in doubt because the engine comes back.
+bool isOwnClaim(const Move &move, const State &before, std::uint8_t message)
 {
-    if (move.step.kind != StepKind::Register)
+    if (move.step.kind != StepKind::ReportLeft)
         return false;
     const Engine &engine = before.engines[move.step.engine];
-    return engine.activity != Activity::Idle && engine.work.message == message;
+    return engine.firstEpoch != 0 && before.messages[message].epoch >= engine.firstEpoch;
 }
 
 } // namespace
@@ -74,8 +100,10 @@ std::string_view violationBy(const Move &move, const State &before)
         const Code to = move.state.messages[message].code;
         if (!isAllowedChange(from, to))
             return "a report is changed otherwise than from doubt to sent";
-        if (from == Code::None && to == Code::InDoubt && isOwnWork(move, before, message))
-            return "an engine reports as in doubt what it has at work";
+        if (isKill(move.step) && isFactLost(move.state, message) && !isFactLost(before, message))
+            return "a fact that was kept is lost without its file";
+        if (from == Code::None && to == Code::InDoubt && isOwnClaim(move, before, message))
+            return "an engine reports as left behind what its own process claimed";
     }
     return {};
 }

@@ -27,11 +27,24 @@ enum class Life : std::uint8_t { Running, Stopped, Killed, Gone };
 /// What the process of an engine does.
 enum class Activity : std::uint8_t {
     Idle,
-    ClaimLost,  ///< doesn't know whether its claim was committed
     Claimed,    ///< knows that its claim was committed
     Submitting, ///< the device has the part
     Learned,    ///< knows what became of the part
-    Keeping,    ///< doesn't know whether the database does
+};
+
+/// What an engine still has to do behind a new connection before it claims anything.
+enum class Recovery : std::uint8_t { Done, Release, ReportLeft };
+
+enum class TransactionKind : std::uint8_t {
+    None,
+    Claim,
+    ClaimWithLocks, ///< its statements ran, its commit is on its way
+    Apply,
+    Enroll,
+    Release,
+    ReportLeft,
+    TakeOver,
+    TakeOverBegun,
 };
 
 constexpr std::uint8_t engineCount = 2;
@@ -39,7 +52,8 @@ constexpr std::uint8_t nobody = engineCount;
 constexpr std::uint8_t messageCount = 2;
 constexpr std::uint8_t maxParts = 2;
 constexpr std::array<std::uint8_t, messageCount> partsOf{1, 2};
-constexpr std::uint8_t maxKeptFacts = 3;
+constexpr std::uint8_t maxKeptFacts = 2;
+constexpr std::uint8_t maxLate = 3; ///< each is a fault
 
 /// What an engine knows of a part that it claimed.
 struct Fact
@@ -48,6 +62,17 @@ struct Fact
     std::uint8_t part = 0;  ///< while it is open
     std::uint8_t epoch = 0; ///< that of the claim
     Fate fate = Fate::Open;
+};
+
+/// What a process sends to the database in one transaction.
+struct Transaction
+{
+    TransactionKind kind = TransactionKind::None;
+    // The epochs of the rows that are released, or reported as left.
+    std::uint8_t firstEpoch = 0;
+    std::uint8_t endEpoch = 0; ///< the one behind the last
+    // Of a claim its message and epoch; of an enrollment the epoch that it may keep.
+    Fact fact;
 };
 
 struct Message
@@ -71,16 +96,18 @@ struct Engine
 {
     // What the database holds of it.
     std::uint8_t epoch = 0;
-    bool isSilent = false; ///< for as long as a takeover waits
-    bool hasLate = false;  ///< a transaction that the process gave up may still run
-    Fact late;             ///< what that writes: a claim if it is open, else a fact
+    bool isSilent = true; ///< for as long as a takeover waits
+    // What is still on its way from connections that are lost.
+    std::array<Transaction, maxLate> late{};
     // Its machine and its process.
     Life life = Life::Running;
-    bool isConnected = true;
-    std::uint8_t knownEpoch = 0; ///< 0: it has to register
+    bool isConnected = false;
+    std::uint8_t knownEpoch = 0; ///< that of the connection
+    std::uint8_t firstEpoch = 0; ///< that of the first connection; 0: there was none
+    Recovery recovery = Recovery::Done;
     Activity activity = Activity::Idle;
     Fact work;
-    bool isHandedOver = false; ///< knows that the database has all facts of the file
+    std::uint8_t handedOver = 0; ///< the facts of the file that the database is known to have
     // Its file.
     std::uint8_t keptCount = 0;
     std::array<Fact, maxKeptFacts> kept{};

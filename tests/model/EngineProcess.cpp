@@ -1,11 +1,56 @@
 #include "model/EngineProcess.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace norvane::model {
+
+namespace {
+
+/// An order that puts what isn't there last: in which order transactions were left is no matter.
+void sortLate(Engine &engine)
+{
+    const auto isFirst = [](const Transaction &one, const Transaction &other) {
+        return std::memcmp(&one, &other, sizeof(Transaction)) > 0;
+    };
+    std::sort(engine.late.begin(), engine.late.end(), isFirst);
+}
+
+} // namespace
 
 void finishWork(Engine &engine)
 {
     engine.activity = Activity::Idle;
     engine.work = {};
+}
+
+void connect(Engine &engine)
+{
+    engine.isConnected = true;
+    engine.knownEpoch = engine.epoch;
+    if (engine.firstEpoch == 0)
+        engine.firstEpoch = engine.epoch;
+    engine.recovery = Recovery::Release;
+}
+
+void loseConnection(Engine &engine, const Rules &rules)
+{
+    engine.isConnected = false;
+    engine.recovery = Recovery::Done;
+    if (rules.holds(Rule::EpochPerConnection))
+        engine.knownEpoch = 0;
+}
+
+void leaveLate(Engine &engine, const Transaction &transaction)
+{
+    engine.late.back() = transaction;
+    sortLate(engine);
+}
+
+void forgetLate(Engine &engine, std::size_t index)
+{
+    engine.late[index] = {};
+    sortLate(engine);
 }
 
 void leave(State &state, std::uint8_t engine)
@@ -16,14 +61,12 @@ void leave(State &state, std::uint8_t engine)
     message.leftThrough |= static_cast<std::uint8_t>(1U << engine);
 }
 
-void learnFate(State &state, std::uint8_t engine, Fate fate, const Rules &rules)
+void learnFate(State &state, std::uint8_t engine, Fate fate)
 {
     Engine &learning = state.engines[engine];
     learning.activity = Activity::Learned;
     learning.work.fate = fate;
     learning.work.part = 0;
-    if (!rules.holds(Rule::FactHasEpochOfClaim))
-        learning.work.epoch = learning.knownEpoch;
     if (fate == Fate::Sent)
         state.messages[learning.work.message].knowledge = Knowledge::InProcess;
 }
@@ -35,7 +78,7 @@ void keepFact(State &state, std::uint8_t engine)
         state.messages[keeping.work.message].knowledge = Knowledge::InFile;
     keeping.kept[keeping.keptCount] = keeping.work;
     ++keeping.keptCount;
-    keeping.isHandedOver = false;
+    keeping.handedOver = 0;
     finishWork(keeping);
 }
 
@@ -43,7 +86,7 @@ void deleteKeptFacts(Engine &engine)
 {
     engine.kept = {};
     engine.keptCount = 0;
-    engine.isHandedOver = false;
+    engine.handedOver = 0;
 }
 
 void takeKeptFact(Engine &engine)
@@ -61,22 +104,26 @@ void endProcess(State &state, std::uint8_t engine)
     if (ended.work.fate == Fate::Sent && knowledge == Knowledge::InProcess)
         knowledge = Knowledge::Nowhere;
     finishWork(ended);
+    ended.isConnected = false;
     ended.knownEpoch = 0;
-    ended.isHandedOver = false;
+    ended.firstEpoch = 0;
+    ended.recovery = Recovery::Done;
+    ended.handedOver = 0;
     ended.life = Life::Killed;
 }
 
 void endMachine(State &state, std::uint8_t engine)
 {
-    endProcess(state, engine);
     Engine &ended = state.engines[engine];
+    if (ended.work.fate == Fate::Sent)
+        state.messages[ended.work.message].knowledge = Knowledge::Nowhere;
+    endProcess(state, engine);
     for (const Fact &fact : ended.kept) {
         if (fact.fate == Fate::Sent)
             state.messages[fact.message].knowledge = Knowledge::Nowhere;
     }
     deleteKeptFacts(ended);
     ended.life = Life::Gone;
-    ended.isConnected = false;
 }
 
 } // namespace norvane::model

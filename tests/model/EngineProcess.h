@@ -9,11 +9,19 @@ namespace norvane::model {
 
 void finishWork(Engine &engine);
 
+/// The process knows that it is enrolled.
+void connect(Engine &engine);
+void loseConnection(Engine &engine, const Rules &rules);
+
+/// The transaction may run from now on without anyone waiting for it.
+void leaveLate(Engine &engine, const Transaction &transaction);
+void forgetLate(Engine &engine, std::size_t index);
+
 /// The part that the engine's device has leaves.
 void leave(State &state, std::uint8_t engine);
 
 /// The process learns what became of its part.
-void learnFate(State &state, std::uint8_t engine, Fate fate, const Rules &rules);
+void learnFate(State &state, std::uint8_t engine, Fate fate);
 
 /// Adds what the process learned to its file. All that stands there counts as not handed over.
 void keepFact(State &state, std::uint8_t engine);

@@ -98,7 +98,8 @@ void Explorer::expand(Index index)
 {
     bool isEnd = true;
     for (const Move &move : movesFrom(m_visits[index].state, m_rules)) {
-        m_result.taken[static_cast<std::size_t>(move.step.kind)] = true;
+        const auto kind = static_cast<std::size_t>(move.step.kind);
+        (move.step.answer == Answer::Late ? m_result.takenLate : m_result.taken)[kind] = true;
         judge(move, index);
         if (!m_result.violation.empty())
             return;

@@ -12,9 +12,10 @@ namespace norvane::model {
 struct Exploration
 {
     std::size_t states = 0;
-    std::array<bool, stepKindCount> taken{}; ///< the kinds of steps that were taken
-    std::string violation;                   ///< empty if there is none
-    std::string trace;                       ///< a shortest way to it, a line for each step
+    std::array<bool, stepKindCount> taken{};     ///< the kinds of steps that were taken
+    std::array<bool, stepKindCount> takenLate{}; ///< those that nobody waited for any more
+    std::string violation;                       ///< empty if there is none
+    std::string trace;                           ///< a shortest way to it, a line for each step
 };
 
 /// Looks at every state that can be reached until a violation is found. Without one, every message

@@ -12,14 +12,15 @@ enum class Rule : std::uint8_t {
     CommitBeforeSubmit,     ///< the device gets a part when its claim is known to be committed
     HandOverBeforeDeletion, ///< a kept fact is in the database before it leaves the file
     FactMatchesEpoch,       ///< a fact is applied to a row of its own epoch alone
-    RestartReportsClaims,   ///< what the process before had claimed is reported
+    LeftClaimIsInDoubt,     ///< what an earlier process had claimed is reported
     LateTruthIsSending,     ///< behind a takeover only "sent" is applied
     LateTruthEndsDoubt,     ///< behind a takeover only a doubt is overwritten
-    FactsBeforeClaims,      ///< nothing is claimed while facts wait to be handed over
     BegunStaysWithEngine,   ///< all parts of a message leave through one device
-    FactHasEpochOfClaim,    ///< not that of the moment when it was learned
-    EpochOutlivesCut,       ///< an engine that reaches the database again doesn't register anew
-    NothingRunsLate,        ///< a transaction that was given up takes effect at once or never
+    FactHasEpochOfClaim,    ///< not that of the connection through which it is reported
+    EpochPerConnection,     ///< an engine that is connected again gets another epoch
+    FactsBeforeRelease,     ///< nothing is released while a part is at work or a fact is kept
+    ReleaseHasFixedStart,   ///< what an earlier process had claimed isn't released
+    ReleaseHasFixedEnd,     ///< a release ends at the epoch in which it was begun, when it runs too
 };
 
 struct Rules

@@ -9,16 +9,16 @@ namespace norvane::model {
 
 enum class StepKind : std::uint8_t {
     // Transactions.
-    Register,
-    Heartbeat,
-    LearnTakeover,
+    Enroll,
     Claim,
     Release,
+    ReportLeft,
     Apply,
     HandOver,
     TakeOver,
     TakeOverBegun,
-    RunLate,
+    Heartbeat,
+    LearnTakeover,
     // What a process does by itself, and its device.
     Submit,
     Accepted,
@@ -26,14 +26,13 @@ enum class StepKind : std::uint8_t {
     LostWithoutAnswer,
     Refused,
     Returned,
-    GiveUpApply,
     Keep,
     DeleteKept,
     TakeKept,
-    // What comes back.
+    // What comes back, and what the database ends.
     Restart,
     Continue,
-    Reconnect,
+    EndLocks,
     // Faults.
     Stop,
     Kill,
@@ -46,10 +45,17 @@ enum class StepKind : std::uint8_t {
     RetireBegun,
 };
 
-constexpr std::size_t stepKindCount = 32;
+constexpr std::size_t stepKindCount = 31;
 
-/// How a transaction ends for the engine that began it.
-enum class Answer : std::uint8_t { Known, LostAfterCommit, LostWithoutCommit, LostBeforeRun };
+/// How a transaction goes on. One that is lost on its way runs late, or never.
+enum class Answer : std::uint8_t {
+    Known,
+    Late,            ///< it runs, and nobody waits for it
+    Lost,            ///< with the connection
+    LostWithLocks,   ///< its statements ran, it waits for its commit
+    Killed,          ///< with the process
+    KilledWithLocks, ///< its statements ran, it waits for its commit
+};
 
 struct Step
 {
@@ -58,6 +64,9 @@ struct Step
     std::uint8_t message = messageCount; ///< that of a claim
     Answer answer = Answer::Known;
 };
+
+/// That of a claim where there is no transaction.
+StepKind stepKindOf(TransactionKind kind);
 
 /// Faults happen a few times in all, everything else as often as it can.
 bool isFault(const Step &step);
