@@ -72,6 +72,11 @@ StoreResult<> EnginePresence::tryShowLife()
                 m_store.sharedQueue()->noteEpochEnded();
             return checkClock();
         })
+        .and_then([this] { return m_store.sharedQueue()->checkSize(); })
+        .map([this](bool isChanged) {
+            if (isChanged)
+                m_outbox.reportQueueChange();
+        })
         .and_then([this] { return takeOver(); });
 }
 

@@ -95,11 +95,11 @@ inline constexpr char interrupted[] =
 inline constexpr char finish[] =
     "WITH gone AS (DELETE FROM message WHERE id = ? AND ((state = 1 AND engine = ? AND "
     "epoch <= ?) OR (state <> 1 AND (engine IS NULL OR engine = ?))) "
-    "RETURNING id, original_date, phone, text), "
+    "RETURNING id, original_date, phone, text, epoch), "
     "kept AS (INSERT INTO outcome (message_id, delivery_date, phone, text, code, "
     "network_reference, at, reported, engine, epoch, reporter) "
     "SELECT id, original_date, phone, text, ?::int, ?::int, ?::text, ?::smallint, ?::int, "
-    "?::bigint, ?::int FROM gone RETURNING id), "
+    "coalesce(epoch, ?::bigint), ?::int FROM gone RETURNING id), "
     "counted AS (UPDATE engine SET " NORVANE_COUNT_GONE " WHERE id = ?) "
     "SELECT id, 1 FROM kept UNION ALL "
     "SELECT id, 0 FROM outcome WHERE message_id = ? AND engine = ? LIMIT 1";

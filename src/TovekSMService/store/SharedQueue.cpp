@@ -37,6 +37,7 @@ SharedQueue::SharedQueue(PostgresDatabase &database, EngineRegister &engines, co
 StoreResult<> SharedQueue::load()
 {
     m_needsRecovery = true;
+    m_hasAllChanged = true; // what an earlier run of the program could not tell
     noteAll();
     return enroll().and_then([this] { return refreshSize(); });
 }
@@ -396,6 +397,17 @@ StoreResult<> SharedQueue::announceNews()
     return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {news}).map([this] {
         m_unannounced.clear();
         m_hasAllChanged = false;
+    });
+}
+
+StoreResult<bool> SharedQueue::checkSize()
+{
+    const qint32 known = size();
+    return refreshSize().map([this, known] {
+        if (size() == known)
+            return false;
+        noteAll();
+        return true;
     });
 }
 

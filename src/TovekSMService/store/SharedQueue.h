@@ -64,6 +64,10 @@ public:
     // The consoles of other engines
     /// Whether there is something that they have not been told of.
     bool hasNews() const { return m_hasAllChanged || !m_unannounced.isEmpty(); }
+    /// Looks whether the queue is as large as is known here: the news of an engine that was killed
+    /// right behind a commit come from nobody.
+    /// @return whether it isn't; then any message may be different
+    [[nodiscard]] StoreResult<bool> checkSize();
     /// Tells the other engines what changed here.
     [[nodiscard]] StoreResult<> announceNews();
     /// Tells them that any message may be different.

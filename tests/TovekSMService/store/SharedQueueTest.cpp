@@ -349,6 +349,9 @@ TEST_F(SharedQueueTest, aRecipientIsServedByTheEngineThatServedItLast)
 TEST_F(SharedQueueTest, othersHearOfEachChange)
 {
     QStringList heard;
+    done(m_one->sharedQueue()->announceNews());
+    done(m_two->sharedQueue()->announceNews());
+    QCoreApplication::processEvents();
     m_two->sharedDatabase()->onNotified([&](const QStringList &news) { heard += news; });
     const auto listen = [&] {
         done(m_two->sharedDatabase()->probe());
