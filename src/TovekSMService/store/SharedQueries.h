@@ -10,6 +10,9 @@ namespace SharedQueries {
 inline constexpr char fence[] =
     "UPDATE engine SET seen = clock_timestamp() WHERE id = ? AND epoch = ? RETURNING 1";
 
+/// Waits for whoever is taking over what the engine holds.
+inline constexpr char awaitTakeover[] = "SELECT 1 FROM engine WHERE id = ? FOR NO KEY UPDATE";
+
 #define NORVANE_FIRST                                                                              \
     "SELECT id, delivery_date, due, phone, text, attempts, parts_sent, reference, original_date "  \
     "FROM message WHERE state <> 1 AND (engine IS NULL OR engine = ?) "                            \

@@ -342,14 +342,20 @@ StoreResult<> SharedQueue::finishSent(const QList<SentMessage> &messages)
     using PostgresText::array;
     const char *const statement =
         m_sameSenderSeconds > 0 ? SharedQueries::finishServed : SharedQueries::finishSent;
-    return m_shared
-        .write(statement, {array(ids), array(references), array(moments), m_engines.id(),
-                           settlingEpoch(), m_engines.id(), settlingEpoch(), m_engines.id(),
-                           m_engines.id(), settlingEpoch(), m_engines.id()})
-        .map([&] {
-            resize(-ids.size());
-            noteToAll(ids);
-        });
+    // A statement doesn't see the outcomes of a takeover that ends while it waits for the rows.
+    return m_shared.together([&] {
+        return m_shared.write(SharedQueries::awaitTakeover, {m_engines.id()})
+            .and_then([&] {
+                return m_shared.write(statement, {array(ids), array(references), array(moments),
+                                                  m_engines.id(), settlingEpoch(), m_engines.id(),
+                                                  settlingEpoch(), m_engines.id(), m_engines.id(),
+                                                  settlingEpoch(), m_engines.id()});
+            })
+            .map([&] {
+                resize(-ids.size());
+                noteToAll(ids);
+            });
+    });
 }
 
 /// A call is repeated for seconds, a move for as long as an administrator likes, and a recipient

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -206,6 +208,30 @@ TEST_F(SharedQueueTest, whatWasTakenOverAndWasSentIsSentAfterAll)
     EXPECT_EQ(value(u"SELECT network_reference FROM outcome"_s), 77);
     EXPECT_EQ(value(u"SELECT count(*) FROM outcome"_s), 1);
     EXPECT_EQ(value(u"SELECT sum(queued)::bigint FROM engine"_s), 0);
+}
+
+TEST_F(SharedQueueTest, whatIsBeingTakenOverWhileItIsSettledIsSentAllTheSame)
+{
+    add(*m_one, u"1"_s);
+    begin(*m_one, 1);
+    PostgresClient taker(connectionOf(file()));
+    ASSERT_TRUE(taker.run(
+        u"BEGIN; UPDATE engine SET epoch = epoch + 1 WHERE name = 'one'; "
+        "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, engine, "
+        "epoch) SELECT id, original_date, phone, text, -39, '', 0, engine, epoch FROM message; "
+        "DELETE FROM message"_s));
+    std::thread commit([&] {
+        PostgresClient watch(connectionOf(file()));
+        while (watch
+                   .query(u"SELECT 1 FROM pg_stat_activity WHERE wait_event_type = 'Lock' AND "
+                          "datname = current_database()"_s)
+                   .isEmpty())
+            std::this_thread::yield();
+        taker.run(u"COMMIT"_s);
+    });
+    done(m_one->queue().finishSent({{m_begun.constFirst().id, 77, noon()}}));
+    commit.join();
+    EXPECT_EQ(value(u"SELECT code FROM outcome"_s), 1);
 }
 
 TEST_F(SharedQueueTest, nothingElseOfAnEpochThatIsOverChangesAnything)
