@@ -23,11 +23,15 @@ Fleet::Fleet(const RunOptions &options)
     : m_options(options), m_random(options.seed + static_cast<quint32>(options.lane))
 {
     server.freshDatabase(databaseName);
-    constexpr std::array names = {"one"_L1, "two"_L1, "three"_L1, "four"_L1};
-    for (std::size_t at = 0; at < names.size(); ++at)
-        m_engines.at(at) = std::make_unique<SharingEngine>(
-            names.at(at), server.socketPath(),
-            at % 2 == 0 ? SharingEngine::Console::Open : SharingEngine::Console::None);
+    // Two of the devices refuse some parts: one for the message's sake, one for a while.
+    using Console = SharingEngine::Console;
+    const auto make = [&](const QString &name, Console console, const QStringList &options = {}) {
+        return std::make_unique<SharingEngine>(name, server.socketPath(), console, options);
+    };
+    m_engines = {
+        make(u"one"_s, Console::Open, {u"--fail-every"_s, u"11"_s, u"--fail-code"_s, u"1"_s}),
+        make(u"two"_s, Console::None), make(u"three"_s, Console::Open),
+        make(u"four"_s, Console::None, {u"--fail-every"_s, u"7"_s})};
 }
 
 bool Fleet::begin()
@@ -116,12 +120,18 @@ void Fleet::waitForTakeover(int index)
 {
     const QString &name = engine(index).name();
     const QString silence =
-        u"UPDATE engine SET seen = clock_timestamp() - interval '31 s' WHERE "
-        "name = '%1' AND seen > clock_timestamp() - interval '31 s'"_s.arg(name);
-    const QString held =
-        u"SELECT count(*) FROM message JOIN engine ON engine.id = message.engine WHERE "
-        "message.state = 1 AND name = '%1'"_s.arg(name);
-    const bool isTaken = eventually([&] { return ask(silence) && number(held) == 0; }, drainLimit);
+        u"UPDATE engine SET seen = clock_timestamp() - interval '31 s' WHERE id IN (SELECT id FROM "
+        "engine WHERE name = '%1' AND seen > clock_timestamp() - interval '31 s' "
+        "FOR NO KEY UPDATE SKIP LOCKED)"_s.arg(name);
+    // A session that is cut off in the middle of a statement keeps its locks until the server finds
+    // out that nobody is there, which it does by the signs of life of TCP, and not on a socket.
+    const QString end = u"SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE state = "
+                        "'active' AND wait_event = 'ClientRead' AND "
+                        "state_change < clock_timestamp() - interval '10 s'"_s;
+    const QString held = u"SELECT count(*) FROM message JOIN engine ON engine.id = message.engine "
+                         "WHERE message.state = 1 AND name = '%1'"_s.arg(name);
+    const bool isTaken =
+        eventually([&] { return ask(silence) && ask(end) && number(held) == 0; }, drainLimit);
     if (!isTaken)
         stuck(u"the takeover of engine "_s + name);
 }

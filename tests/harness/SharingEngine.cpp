@@ -4,9 +4,11 @@
 
 namespace norvane {
 
-SharingEngine::SharingEngine(QString name, const QString &serverSocket, Console console)
+SharingEngine::SharingEngine(QString name, const QString &serverSocket, Console console,
+                             const QStringList &deviceOptions)
     : proxy(serverSocket), m_name(std::move(name)),
-      m_device({u"--latency"_s, QString::number(networkMs), u"--report"_s, u"never"_s})
+      m_device(QStringList{u"--latency"_s, QString::number(networkMs), u"--report"_s, u"never"_s} +
+               deviceOptions)
 {
     if (console == Console::Open)
         m_console = std::make_unique<EngineConsole>(sandbox.bus());

@@ -17,7 +17,9 @@ public:
     /// Whether a console is open all the time.
     enum class Console { None, Open };
 
-    SharingEngine(QString name, const QString &serverSocket, Console console);
+    /// @param deviceOptions  of the simulated device, beside the usual ones
+    SharingEngine(QString name, const QString &serverSocket, Console console,
+                  const QStringList &deviceOptions);
 
     Sandbox sandbox;
     PostgresProxy proxy;
