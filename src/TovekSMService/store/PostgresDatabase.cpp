@@ -18,11 +18,14 @@ constexpr int reconnectMs = 1000;
 constexpr int migrationMs = 60'000;
 
 /// What every session is set to. A server that was told to answer before its disk has the commit is
-/// told otherwise, and an engine that stands still lets go of its locks.
+/// told otherwise. An engine that stands still, or that the network has cut off, lets go of its
+/// locks: in the middle of a statement that shows by keepalives alone, and before it no other
+/// engine can take over.
 constexpr char sessionSettings[] =
     "SELECT set_config('synchronous_commit', 'on', false) "
     "WHERE current_setting('synchronous_commit') = 'off'; "
     "SET idle_in_transaction_session_timeout = '10s'; SET lock_timeout = '3s'; "
+    "SET tcp_keepalives_idle = 10; SET tcp_keepalives_interval = 5; SET tcp_keepalives_count = 3; "
     "SET client_min_messages = error; SET standard_conforming_strings = on; "
     // A queue grows and shrinks faster than the server's statistics: every statement goes by an
     // index, whatever they say.
