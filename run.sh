@@ -5,9 +5,34 @@
 # With a display the console is left open. Without one a virtual display is used: a message is sent
 # through the real window, what the simulated device received is printed, and a screenshot is saved.
 #
+#   ./run.sh --engines 4   runs so many engines in its place, with one queue in a private database
+#
 # How the program is installed and set up for real work is told in README.md.
 set -euo pipefail
 cd "$(dirname "$0")"
+
+engines=0
+case ${1:-} in
+'') ;;
+--engines)
+    engines=${2:-}
+    [[ $engines =~ ^[1-9][0-9]?$ ]] || {
+        echo "usage: ./run.sh [--engines 1..99]" >&2
+        exit 2
+    }
+    ;;
+*)
+    echo "usage: ./run.sh [--engines 1..99]" >&2
+    exit 2
+    ;;
+esac
+
+if ((engines > 0)); then
+    tools/install-packages.sh engines
+    cmake --preset release >/dev/null
+    cmake --build --preset release --target TovekSMService gsm-simulator
+    exec tools/demo-engines.sh "$engines"
+fi
 
 tools/install-packages.sh run
 cmake --preset release >/dev/null

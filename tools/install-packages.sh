@@ -3,6 +3,7 @@
 # This file is the only place where they are listed; run.sh and test.sh call it.
 #
 #   tools/install-packages.sh run      install what is missing to build it and run it
+#   tools/install-packages.sh engines  and the database server that several engines share
 #   tools/install-packages.sh tests    and what the tests ask for beside
 #   tools/install-packages.sh tests --list   print that list, one package a line
 set -euo pipefail
@@ -19,23 +20,23 @@ packages=(
     # a display of its own where there is none, and hands to drive the window with
     xvfb xauth openbox xdotool x11-utils imagemagick
 )
+packages_of_engines=(postgresql-15)
 packages_of_tests=(
     # the bus that a screen reader asks over
     at-spi2-core
     # general modem tools as independent judges of the simulated modem; the second one is what the
     # engine sends through where it is asked to
     gammu modemmanager
-    # the database that several engines share
-    postgresql-15
     # judges of what the package brings to the desktop
     desktop-file-utils appstream
 )
 
 case ${1:-} in
 run) ;;
-tests) packages+=("${packages_of_tests[@]}") ;;
+engines) packages+=("${packages_of_engines[@]}") ;;
+tests) packages+=("${packages_of_engines[@]}" "${packages_of_tests[@]}") ;;
 *)
-    echo "usage: tools/install-packages.sh run|tests [--list]" >&2
+    echo "usage: tools/install-packages.sh run|engines|tests [--list]" >&2
     exit 2
     ;;
 esac

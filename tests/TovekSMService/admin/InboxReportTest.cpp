@@ -1,5 +1,7 @@
 #include "TovekSMService/admin/InboxReport.h"
 
+#include "TovekSMService/store/StoreReader.h"
+
 #include "TovekSMService/store/StoreFixture.h"
 
 namespace norvane {
