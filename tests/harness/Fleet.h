@@ -63,6 +63,7 @@ private:
     bool isQuiet();
     QSet<QString> knownInDoubt();
     QHash<QString, QSet<int>> receivedParts() const;
+    void restartWithConsoles();
     void hearRest();
     void account();
     void accountTold();
