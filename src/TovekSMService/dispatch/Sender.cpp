@@ -286,7 +286,9 @@ void Sender::failLeaving(const StoredMessage &message, qint32 code)
     Settlement failed = settlementOf(message, Settlement::Fate::Failed);
     failed.code = code;
     commit(entryOf({failed}, [this, message, code](const QList<qint64> &outcomes) {
-        m_outbox.reportFailed(message, outcomes.constFirst(), code);
+        // Whoever has taken over from this engine reports it.
+        if (outcomes.constFirst() != 0)
+            m_outbox.reportFailed(message, outcomes.constFirst(), code);
     }));
 }
 

@@ -187,6 +187,8 @@ StoreResult<PostgresConnection::Answer> PostgresDatabase::sync() const
     StoreResult<PostgresConnection::Answer> answer = m_connection->sync();
     m_isFailed = m_isFailed || !answer;
     // What came on the way is looked at from the event loop, and a lost connection given up there.
+    if (m_connection->isLost())
+        m_notifier->setEnabled(false); // its socket is closed already
     if (m_connection->isLost() || m_connection->hasNotifications())
         m_lookSoon.start(0);
     return answer;

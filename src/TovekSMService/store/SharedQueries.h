@@ -105,7 +105,7 @@ inline constexpr char finish[] =
     "coalesce(epoch, ?::bigint), ?::int FROM gone RETURNING id), "
     "counted AS (UPDATE engine SET " NORVANE_COUNT_GONE " WHERE id = ?) "
     "SELECT id, 1 FROM kept UNION ALL "
-    "SELECT id, 0 FROM outcome WHERE message_id = ? AND engine = ? LIMIT 1";
+    "SELECT id, 0 FROM outcome WHERE message_id = ? AND engine = ? AND reporter = engine LIMIT 1";
 
 // Of those that the engine doesn't hold any more, those that were reported as in doubt for its
 // sake, in the epoch in which they began to leave, are sent all the same.
