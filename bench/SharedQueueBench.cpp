@@ -1,6 +1,6 @@
-// A queue in a database: how fast one engine and four send from it, with a device that answers at once and with
-// one that takes its time, nearby and at a distance, and how long a claim takes in a long queue. Everything is
-// durable. To be run under dbus-run-session.
+// A queue in a database: how fast one engine and four send from it, with a device that answers at
+// once and with one that takes its time, nearby and at a distance, and how long a claim takes in a
+// long queue. Everything is durable. To be run under dbus-run-session.
 //
 //     shared_queue_bench [smallest]
 
@@ -54,8 +54,8 @@ public:
                            "\n[Reports]\nDelivery=false\n");
         settings.close();
         const QString program = QStringLiteral(NORVANE_BIN_DIR "/TovekSMService");
-        QProcess::execute(program, {u"--name"_s, name, u"--device"_s,
-                                    m_device.link() + u", 115200"_s});
+        QProcess::execute(program,
+                          {u"--name"_s, name, u"--device"_s, m_device.link() + u", 115200"_s});
         m_process.setStandardErrorFile(QProcess::nullDevice());
         m_process.start(program, {u"--name"_s, name});
         while (!bus().interface()->isServiceRegistered(busName()))
@@ -122,8 +122,7 @@ double messagesASecond(PostgresServer &server, int engines, int messages, const 
     }
     std::vector<std::unique_ptr<Engine>> all;
     for (int number = 1; number <= engines; ++number)
-        all.push_back(
-            std::make_unique<Engine>(u"e%1"_s.arg(number), conninfo, way.simulator));
+        all.push_back(std::make_unique<Engine>(u"e%1"_s.arg(number), conninfo, way.simulator));
     while (server.sql(u"SELECT to_regclass('engine') IS NOT NULL"_s, database)
                    .constFirst()
                    .constFirst() != "t"_L1 ||
@@ -152,8 +151,8 @@ void compare(PostgresServer &server, const char *what, int each, const Way &way)
     const int many = 4;
     const double four = messagesASecond(server, many, many * each, way);
     out() << what << ": one engine " << QString::number(one, 'f', 1) << ", four "
-          << QString::number(four, 'f', 1) << " messages a second: "
-          << QString::number(four / one, 'f', 2) << " times" << Qt::endl;
+          << QString::number(four, 'f', 1)
+          << " messages a second: " << QString::number(four / one, 'f', 2) << " times" << Qt::endl;
 }
 
 /// A claim as the engine makes it: a transaction of two exchanges with the server.

@@ -47,8 +47,7 @@ StoreResult<> retire(Store &store, const QString &name, QTextStream &out)
 {
     return store.engines()
         ->lookUp()
-        .and_then(
-            [&] { return store.engines()->retire(name, ErrorCode::noRespond, store.now()); })
+        .and_then([&] { return store.engines()->retire(name, ErrorCode::noRespond, store.now()); })
         .and_then([&](const std::optional<QList<TakenOver>> &taken) -> StoreResult<> {
             if (!taken)
                 return failed(StoreFailure(StoreFailure::Kind::Other,

@@ -7,7 +7,8 @@
 
 namespace norvane {
 
-/// The platform's request that a program end (SIGTERM, SIGINT, SIGHUP), as a signal of the event loop.
+/// The platform's request that a program end (SIGTERM, SIGINT, SIGHUP), as a signal of the event
+/// loop.
 class EndSignals : public QObject
 {
     Q_OBJECT

@@ -66,9 +66,9 @@ StoreFailure::Kind kindOf(const QByteArray &sqlState)
         return StoreFailure::Kind::Full;
     if (sqlState.startsWith("40") || sqlState.startsWith("55") || sqlState == "57014")
         return StoreFailure::Kind::Busy; // serialization, lock not available, query canceled
-    if (sqlState == "23505") // unique violation
+    if (sqlState == "23505")             // unique violation
         return StoreFailure::Kind::Exists;
-    if (sqlState == "25006")             // read-only transaction
+    if (sqlState == "25006") // read-only transaction
         return StoreFailure::Kind::ReadOnly;
     if (sqlState.startsWith("57P") || sqlState.startsWith("08"))
         return StoreFailure::Kind::Away; // shut down, connection
@@ -115,7 +115,8 @@ private:
 
 } // namespace
 
-StoreResult<std::unique_ptr<PostgresConnection>> PostgresConnection::open(const QString &conninfo, TimeSource &time)
+StoreResult<std::unique_ptr<PostgresConnection>> PostgresConnection::open(const QString &conninfo,
+                                                                          TimeSource &time)
 {
     // Those of the string win. A server that is gone shows by keepalives where no word was owed.
     const char *const names[] = {

@@ -33,7 +33,8 @@ constexpr char sessionSettings[] =
     "SET plan_cache_mode = force_generic_plan; SET jit = off; "
     "LISTEN norvane_queue";
 
-StoreResult<std::unique_ptr<PostgresConnection>> connected(const QString &conninfo, TimeSource &time)
+StoreResult<std::unique_ptr<PostgresConnection>> connected(const QString &conninfo,
+                                                           TimeSource &time)
 {
     StoreResult<std::unique_ptr<PostgresConnection>> connection =
         PostgresConnection::open(conninfo, time);
@@ -106,8 +107,9 @@ void PostgresDatabase::connectInThread()
 {
     endThread();
     m_attempt = std::make_shared<Attempt>();
-    m_thread.reset(QThread::create(
-        [conninfo = m_conninfo, attempt = m_attempt, &time = m_time] { attempt->result = connected(conninfo, time); }));
+    m_thread.reset(QThread::create([conninfo = m_conninfo, attempt = m_attempt, &time = m_time] {
+        attempt->result = connected(conninfo, time);
+    }));
     QObject::connect(m_thread.get(), &QThread::finished, &m_context, [this] { takeAttempt(); });
     m_thread->start();
 }

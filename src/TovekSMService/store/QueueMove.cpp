@@ -87,9 +87,9 @@ StoreResult<int> QueueMove::putIn()
         {}, valuesOf);
     if (!rows || rows->isEmpty())
         return rows.map([](const auto &) { return 0; });
-    const QString token = u"move %1-%2 %3"_s.arg(rows->constFirst().constLast().toString(),
-                                                 rows->constLast().constLast().toString(),
-                                                 m_store.file().file());
+    const QString token =
+        u"move %1-%2 %3"_s.arg(rows->constFirst().constLast().toString(),
+                               rows->constLast().constLast().toString(), m_store.file().file());
     return m_store.queue()
         .once(token,
               [&] {
@@ -193,22 +193,22 @@ StoreResult<int> QueueMove::putIntoFile(const QString &token)
         return inserted;
     });
     return put
-        .and_then(
-            [&] { return m_store.database().write("DELETE FROM moved_out WHERE token = ?", {token}); })
+        .and_then([&] {
+            return m_store.database().write("DELETE FROM moved_out WHERE token = ?", {token});
+        })
         .map([&] { return static_cast<int>(rows->size()); });
 }
 
 StoreResult<> QueueMove::copyOptOuts(const StoreDatabase &from, StoreDatabase &to)
 {
-    const auto optOuts =
-        from.rows("SELECT phone, at FROM opt_out ORDER BY id", {}, valuesOf);
+    const auto optOuts = from.rows("SELECT phone, at FROM opt_out ORDER BY id", {}, valuesOf);
     if (!optOuts)
         return failed(optOuts.error());
     return to.together([&] {
         StoreResult<> copied;
         for (auto each = optOuts->cbegin(); copied && each != optOuts->cend(); ++each)
-            copied = to.write("INSERT INTO opt_out (phone, at) VALUES (?, ?) ON CONFLICT DO NOTHING",
-                              *each);
+            copied = to.write(
+                "INSERT INTO opt_out (phone, at) VALUES (?, ?) ON CONFLICT DO NOTHING", *each);
         return copied;
     });
 }

@@ -9,8 +9,8 @@ namespace norvane {
 class Store;
 
 /// Carries the waiting messages between the engine's own file and the database that it shares. Each
-/// is in one of them, or on its way: a move that was cut short, at whatever point, loses nothing and
-/// sends nothing twice, and is finished by the next one.
+/// is in one of them, or on its way: a move that was cut short, at whatever point, loses nothing
+/// and sends nothing twice, and is finished by the next one.
 ///
 /// A message goes in steps, a batch at a time: out of the queue and into a place where nothing is
 /// sent from; into the other queue, once; out of that place.
@@ -23,8 +23,8 @@ public:
     /// @param store  is shared, open, and of an engine that doesn't run; must outlive this object
     explicit QueueMove(Store &store) : m_store(store) {}
 
-    /// Moves the file's messages, and copies its list of opt-outs. One of which a part may have left
-    /// when the engine ended fails by that.
+    /// Moves the file's messages, and copies its list of opt-outs. One of which a part may have
+    /// left when the engine ended fails by that.
     /// @return how many messages
     [[nodiscard]] StoreResult<int> intoDatabase();
     /// Moves the messages of the database that wait and that no engine holds into the file, and

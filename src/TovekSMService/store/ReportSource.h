@@ -35,8 +35,9 @@ protected:
     template <typename Row>
     static OutcomeRow outcomeOf(const Row &row)
     {
-        return {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toString(),
-                row.value(3).toString(),   row.value(4).toString(), row.value(5).toInt(),
+        return {row.value(0).toLongLong(), row.value(1).toString(),
+                row.value(2).toString(),   row.value(3).toString(),
+                row.value(4).toString(),   row.value(5).toInt(),
                 row.value(6).toString(),   static_cast<DeliveryState>(row.value(7).toInt()),
                 row.value(8).toString()};
     }

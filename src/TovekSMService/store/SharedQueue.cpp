@@ -68,8 +68,7 @@ StoreResult<> SharedQueue::once(const QString &token,
 {
     const StoreResult<> done = m_shared.together([&] {
         return m_shared
-            .write("INSERT INTO done_once (token) VALUES (?)",
-                   {m_engines.name() + u' ' + token})
+            .write("INSERT INTO done_once (token) VALUES (?)", {m_engines.name() + u' ' + token})
             .and_then(operations);
     });
     const bool wasDone = !done && done.error().kind() == StoreFailure::Kind::Exists;
@@ -223,10 +222,11 @@ StoreResult<QList<StoredMessage>> SharedQueue::first(int max) const
                              values, messageOf);
     // What is begun now must be of an epoch that holds until the commit.
     bool isHeld = false;
-    m_shared.ask(SharedQueries::fence, {m_engines.id(), m_engines.epoch()}, [&isHeld](const StoreRow &) {
-        isHeld = true;
-        return false;
-    });
+    m_shared.ask(SharedQueries::fence, {m_engines.id(), m_engines.epoch()},
+                 [&isHeld](const StoreRow &) {
+                     isHeld = true;
+                     return false;
+                 });
     StoreResult<QList<StoredMessage>> messages = m_shared.rows(
         m_sameSenderSeconds > 0 ? SharedQueries::firstOfSenderToBegin : SharedQueries::firstToBegin,
         values, messageOf);
@@ -258,8 +258,8 @@ StoreResult<> SharedQueue::begin(const QList<BegunPart> &parts)
         hashes.append(u"\\x"_s + QString::fromLatin1(part.hash.toHex()));
     }
     using PostgresText::array;
-    return m_shared.write(SharedQueries::begin,
-                          {m_engines.id(), m_engines.epoch(), array(ids), array(references), array(hashes)});
+    return m_shared.write(SharedQueries::begin, {m_engines.id(), m_engines.epoch(), array(ids),
+                                                 array(references), array(hashes)});
 }
 
 StoreResult<> SharedQueue::endPart(qint64 id, int partsSent)
@@ -377,7 +377,8 @@ StoreResult<> SharedQueue::prune(int max)
 
 StoreResult<QList<StoredMessage>> SharedQueue::interrupted() const
 {
-    return m_shared.rows(SharedQueries::interrupted, {m_engines.id(), m_engines.epoch()}, messageOf);
+    return m_shared.rows(SharedQueries::interrupted, {m_engines.id(), m_engines.epoch()},
+                         messageOf);
 }
 
 /// In the transaction that changes it: a console of another engine misses nothing, whatever

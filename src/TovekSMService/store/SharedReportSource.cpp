@@ -4,8 +4,9 @@
 
 namespace norvane {
 
-StoreResult<> SharedReportSource::outcomes(
-    const QString &since, const std::function<void(const OutcomeRow &)> &take) const
+StoreResult<>
+SharedReportSource::outcomes(const QString &since,
+                             const std::function<void(const OutcomeRow &)> &take) const
 {
     return m_database
         .rows(outcomesSince, {since},
@@ -16,8 +17,9 @@ StoreResult<> SharedReportSource::outcomes(
         .map([](const QList<int> &) {});
 }
 
-StoreResult<> SharedReportSource::received(
-    const QString &since, const std::function<void(const ReceivedMessage &)> &take) const
+StoreResult<>
+SharedReportSource::received(const QString &since,
+                             const std::function<void(const ReceivedMessage &)> &take) const
 {
     return m_database
         .rows(receivedSince, {since},

@@ -29,8 +29,8 @@ QString settingsFile(const QString &engine)
 {
     const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + u"/Norvane"_s;
     QDir().mkpath(folder);
-    return folder + (engine.isEmpty() ? u"/TovekSMService.ini"_s
-                                      : u"/TovekSMService@%1.ini"_s.arg(engine));
+    return folder +
+           (engine.isEmpty() ? u"/TovekSMService.ini"_s : u"/TovekSMService@%1.ini"_s.arg(engine));
 }
 
 /// Hears the events of one engine, as "Name argument argument".
@@ -127,9 +127,9 @@ public:
 
     QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const
     {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            busName(), u"/com/tovek/SMService"_s, u"com.tovek.SMService.SMSManager1"_s,
-            QLatin1String(operation));
+        QDBusMessage message = QDBusMessage::createMethodCall(busName(), u"/com/tovek/SMService"_s,
+                                                              u"com.tovek.SMService.SMSManager1"_s,
+                                                              QLatin1String(operation));
         message.setArguments(arguments);
         message.setAutoStartService(false);
         return QDBusConnection::sessionBus().call(message, QDBus::BlockWithGui, hangMs);
@@ -221,9 +221,9 @@ protected:
     /// Lets an engine look as if it had been silent for long enough.
     static void silence(const QString &engine)
     {
-        server().sql(u"UPDATE engine SET seen = seen - interval '31 s' WHERE name = '%1'"_s.arg(
-                         engine),
-                     u"shared"_s);
+        server().sql(
+            u"UPDATE engine SET seen = seen - interval '31 s' WHERE name = '%1'"_s.arg(engine),
+            u"shared"_s);
     }
     /// Lets the second engine begin to send a message, and stand still in the middle.
     void sendAndSuspendSecond()
@@ -350,8 +350,8 @@ TEST_F(SharedEngines, comeUpWithoutTheDatabaseAndSendWhenItIsThere)
     EXPECT_EQ(refused.type(), QDBusMessage::ErrorMessage);
     EXPECT_TRUE(m_first->hears(u"WarningError -57"_s));
     ASSERT_TRUE(server().start());
-    ASSERT_TRUE(waitUntil(
-        [this] { return m_first->add(u"kept"_s).type() == QDBusMessage::ReplyMessage; }));
+    ASSERT_TRUE(
+        waitUntil([this] { return m_first->add(u"kept"_s).type() == QDBusMessage::ReplyMessage; }));
     EXPECT_TRUE(eventually(outcomes(), u"1x1"_s));
     EXPECT_EQ(m_first->received(), QStringList{u"kept"_s});
 }
@@ -446,8 +446,8 @@ TEST_F(SharedEngines, doNotUseAPasswordThatOthersCanRead)
 {
     makeBoth();
     m_first->writeSettings(m_conninfo + u" password=secret"_s);
-    QFile::setPermissions(settingsFile({}), QFile::ReadOwner | QFile::WriteOwner |
-                                                QFile::ReadOther);
+    QFile::setPermissions(settingsFile({}),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
     const Ended refused = m_first->run({u"--engines"_s});
     EXPECT_NE(refused.exitCode, 0);
     EXPECT_TRUE(refused.err.contains(u"can be read or written by others"_s));
@@ -472,9 +472,9 @@ TEST_F(SharedEngines, moveTheirQueueIntoTheDatabaseAndBackOnceEachWhateverInterr
     QList<WireEntry> list;
     for (int number = 0; number < messages; ++number)
         list.append({u"600111222"_s, u"m"_s + QString::number(number)});
-    EXPECT_EQ(m_first->call("AddSMSList", {QVariant::fromValue(list), u"2999-01-01T00:00:00"_s})
-                  .type(),
-              QDBusMessage::ReplyMessage);
+    EXPECT_EQ(
+        m_first->call("AddSMSList", {QVariant::fromValue(list), u"2999-01-01T00:00:00"_s}).type(),
+        QDBusMessage::ReplyMessage);
     EXPECT_EQ(m_first->queueSize(), messages);
     m_first->writeSettings(m_conninfo);
     EXPECT_NE(m_first->run({u"--move-queue"_s, u"database"_s}).exitCode, 0) << "it is up";
