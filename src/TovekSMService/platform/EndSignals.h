@@ -7,8 +7,7 @@
 
 namespace norvane {
 
-/// The platform's request that a program end (SIGTERM, SIGINT, SIGHUP), as a signal of the event
-/// loop.
+/// The platform's request that a program end (SIGTERM, SIGINT, SIGHUP), as a signal of the event loop.
 class EndSignals : public QObject
 {
     Q_OBJECT

@@ -458,6 +458,51 @@ TEST_F(SharedEngines, doNotUseAPasswordThatOthersCanRead)
     EXPECT_EQ(m_first->run({u"--engines"_s}).exitCode, 0);
 }
 
+TEST_F(SharedEngines, workByARoleThatMayDoNothingButThat)
+{
+    makeBoth();
+    m_second->start(); // makes the tables
+    ASSERT_TRUE(eventually(u"SELECT to_regclass('engine') IS NOT NULL"_s, u"t"_s));
+    for (
+        const QString &statement :
+        {u"DROP ROLE IF EXISTS norvane_engine"_s, u"CREATE ROLE norvane_engine LOGIN"_s,
+         u"REVOKE ALL ON DATABASE shared FROM PUBLIC"_s,
+         u"GRANT CONNECT ON DATABASE shared TO norvane_engine"_s,
+         u"GRANT USAGE ON SCHEMA public TO norvane_engine"_s,
+         u"GRANT SELECT, INSERT, UPDATE, DELETE ON ALL TABLES IN SCHEMA public TO norvane_engine"_s})
+        server().sql(statement, u"shared"_s);
+    m_first->writeSettings(
+        QString(m_conninfo).replace(u"user=norvane"_s, u"user=norvane_engine"_s));
+    m_first->start();
+    EXPECT_EQ(m_first->add(u"m"_s).type(), QDBusMessage::ReplyMessage);
+    m_first->call("StartEngine");
+    EXPECT_TRUE(eventually(outcomes(), u"1x1"_s));
+    m_first->call("ClearQueue");
+    EXPECT_EQ(m_first->run({u"--opt-out"_s, u"add"_s, u"600"_s}).exitCode, 0);
+    EXPECT_EQ(m_first->run({u"--engines"_s}).out.count(u'\n'), 2);
+    m_first.reset();
+    server().sql(u"DROP OWNED BY norvane_engine"_s, u"shared"_s);
+    server().sql(u"DROP ROLE norvane_engine"_s, u"shared"_s);
+}
+
+TEST_F(SharedEngines, takeNoServerForTheirsThatCannotProveIt)
+{
+    makeBoth();
+    const QString certificate = server().setUpTls();
+    ASSERT_TRUE(server().restart());
+    server().sql(u"ALTER ROLE norvane PASSWORD 'secret'"_s);
+    const QString login = server().loopbackConnection(u"shared"_s) +
+                          u" user=norvane password=secret sslmode=verify-full sslrootcert="_s;
+    QFile other(qEnvironmentVariable("XDG_CONFIG_HOME") + u"/other.crt"_s);
+    ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+    other.close();
+    for (const bool isRight : {true, false}) {
+        m_first->writeSettings(login + (isRight ? certificate : other.fileName()));
+        QFile::setPermissions(settingsFile({}), QFile::ReadOwner | QFile::WriteOwner);
+        EXPECT_EQ(m_first->run({u"--engines"_s}).exitCode == 0, isRight);
+    }
+}
+
 TEST_F(SharedEngines, moveTheirQueueIntoTheDatabaseAndBackOnceEachWhateverInterruptsIt)
 {
     makeBoth();
