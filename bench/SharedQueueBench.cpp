@@ -162,7 +162,7 @@ void measureClaims(PostgresServer &server, int waiting, int claims)
     const QTemporaryDir folder;
     const SystemClock clock;
     const SharedStore shared = {server.freshDatabase(database),
-                                {u"bench"_s, u"bench"_s},
+                                {u"bench"_s, u"bench"_s, u"bench"_s},
                                 0,
                                 [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
     Store store(folder.filePath(u"own.sqlite"_s), shared, clock.time());

@@ -47,6 +47,13 @@ StoreResult<> retire(Store &store, const QString &name, QTextStream &out)
 {
     return store.engines()
         ->lookUp()
+        .and_then([&]() -> StoreResult<> {
+            if (store.engines()->id() != 0)
+                return {};
+            return failed(StoreFailure(StoreFailure::Kind::Other,
+                                       u"the engine of this account, which is to tell what failed, "
+                                       "has never been up with this database"_s));
+        })
         .and_then([&] { return store.engines()->retire(name, ErrorCode::noRespond, store.now()); })
         .and_then([&](const std::optional<QList<TakenOver>> &taken) -> StoreResult<> {
             if (!taken)
@@ -57,6 +64,16 @@ StoreResult<> retire(Store &store, const QString &name, QTextStream &out)
                 out << onOneLine(each.phone) << '\t' << onOneLine(each.text) << '\n';
             return store.sharedQueue()->announceAll();
         });
+}
+
+/// What no console has heard of stays in the database: it is told here.
+StoreResult<> printUntold(Store &store, QTextStream &out)
+{
+    return store.outcomes().unreportedFailures().map([&](const QList<Outcome> &failures) {
+        for (const Outcome &failure : failures)
+            out << "failed, and not told yet: " << failure.code << '\t' << onOneLine(failure.phone)
+                << '\t' << onOneLine(failure.text) << '\n';
+    });
 }
 
 } // namespace
@@ -84,7 +101,7 @@ StoreResult<> openQueue(Store &store, const EngineSettings &settings)
 {
     if (!store.isShared())
         return {};
-    return openShared(store, settings).and_then([&] { return store.queue().load(); });
+    return openShared(store, settings).and_then([&] { return store.sharedQueue()->look(); });
 }
 
 StoreResult<> moveQueue(Store &store, const CommandLine &commandLine, QTextStream &out)
@@ -95,10 +112,14 @@ StoreResult<> moveQueue(Store &store, const CommandLine &commandLine, QTextStrea
         return failed(notShared());
     QueueMove move(store);
     const bool isIntoFile = *commandLine.moveQueue == CommandLine::QueueTarget::File;
-    return (isIntoFile ? move.intoFile() : move.intoDatabase()).and_then([&](int moved) {
-        out << "moved: " << moved << '\n';
-        return store.sharedQueue()->announceNews();
-    });
+    return store.queue()
+        .load()
+        .and_then([&] { return isIntoFile ? move.intoFile() : move.intoDatabase(); })
+        .and_then([&](int moved) {
+            out << "moved: " << moved << '\n';
+            return store.sharedQueue()->announceNews();
+        })
+        .and_then([&] { return isIntoFile ? printUntold(store, out) : StoreResult<>(); });
 }
 
 } // namespace norvane

@@ -233,6 +233,7 @@ void EngineService::ReportState()
     const QString listener = message().service();
     watch(listener);
     m_acknowledgements.addListener(listener);
+    m_listeners.insert(listener);
     m_pacer.listenerCame(listener);
     m_dispatcher.setHasListeners(true);
 
@@ -285,7 +286,8 @@ void EngineService::reportFailures(const QString &listener)
 
 void EngineService::reportAwaitedFailures()
 {
-    const QSet<QString> listeners = std::exchange(m_awaitingFailures, {});
+    // Failures may have come to this engine from one that was given up.
+    const QSet<QString> listeners = std::exchange(m_awaitingFailures, {}) | m_listeners;
     for (const QString &listener : listeners)
         reportFailures(listener);
 }
@@ -350,6 +352,7 @@ void EngineService::watch(const QString &caller)
 void EngineService::listenerLeft(const QString &listener)
 {
     m_awaitingFailures.remove(listener);
+    m_listeners.remove(listener);
     m_callers.removeWatchedService(listener);
     m_acknowledgements.removeCaller(listener);
     m_pacer.listenerLeft(listener);

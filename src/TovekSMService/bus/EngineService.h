@@ -84,6 +84,7 @@ private:
     std::optional<EngineState::LastError> m_lastError;
     /// Who came while failures could not be read.
     QSet<QString> m_awaitingFailures;
+    QSet<QString> m_listeners;
 };
 
 } // namespace norvane

@@ -41,6 +41,7 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(&m_presence, &EnginePresence::changed, this, &Dispatcher::work);
     connect(&m_presence, &EnginePresence::opened, this, &Dispatcher::queueOpened);
     connect(&m_outbox, &Outbox::queueChanged, &m_presence, &EnginePresence::passOnNews);
+    connect(&m_outbox, &Outbox::committed, &m_presence, &EnginePresence::passOnNews);
 
     connect(&modem, &Modem::mailDue, this, &Dispatcher::workLater);
     // What was routed is taken while work() is still on the stack.
@@ -189,6 +190,7 @@ void Dispatcher::workLater()
 
 void Dispatcher::work()
 {
+    m_sender.setHeldBack(m_presence.isHeldBack());
     if (m_working || m_sender.isSending())
         return;
     m_working = true;
@@ -197,13 +199,12 @@ void Dispatcher::work()
     if (!m_device.mayClose())
         return;
     if (m_state.finishing) {
-        if (m_outbox.isEmpty()) {
+        if (m_outbox.isSafe()) {
             m_device.shutDown();
             Q_EMIT finished();
         }
         return;
     }
-    m_sender.setHeldBack(m_presence.isHeldBack());
     if (m_outbox.isEmpty() && !m_sender.recover())
         return;
     if (!m_state.running && m_outbox.isEmpty())

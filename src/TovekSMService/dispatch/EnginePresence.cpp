@@ -6,6 +6,7 @@
 #include "TovekSMService/dispatch/RunState.h"
 #include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/QueueNews.h"
 #include "TovekSMService/store/SharedQueue.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
@@ -51,13 +52,16 @@ StoreResult<> EnginePresence::onOpened()
 void EnginePresence::showLife()
 {
     m_life.start(m_lifeMs);
-    if (m_store.database().access() != StoreDatabase::Access::Whole)
+    if (m_store.database().access() != StoreDatabase::Access::Whole) {
+        // Whoever has nothing to do hears of it too.
+        m_outbox.noteStoreFailure(m_store.sharedDatabase()->openFailure().value_or(
+            StoreFailure(StoreFailure::Kind::Away, u"the database can't be reached"_s)));
         return;
-    const bool wasHeldBack = isHeldBack();
+    }
     if (const StoreResult<> shown = tryShowLife(); !shown)
         m_outbox.noteStoreFailure(shown.error());
-    else if (wasHeldBack && !isHeldBack())
-        Q_EMIT changed();
+    else
+        Q_EMIT changed(); // what was left to other engines may be due for this one
 }
 
 StoreResult<> EnginePresence::tryShowLife()
@@ -91,6 +95,7 @@ QString EnginePresence::deviceState() const
 StoreResult<> EnginePresence::checkClock()
 {
     return m_store.engines()->clockDifference(m_clock.wallClockText()).map([this](qint64 ahead) {
+        m_store.sharedDatabase()->allowChores(std::abs(ahead) <= maxClockDifference);
         if (std::abs(ahead) <= maxClockDifference) {
             m_fault.clear();
             return;
@@ -108,18 +113,25 @@ StoreResult<> EnginePresence::takeOver()
     return m_store.engines()
         ->takeOver(ErrorCode::noRespond, m_clock.wallClockText())
         .and_then([this](const QList<TakenOver> &taken) -> StoreResult<> {
+            if (taken.isEmpty())
+                return {};
             QList<qint64> ids;
-            for (const TakenOver &each : taken) {
-                qCWarning(logDispatch).noquote()
-                    << "an engine is silent, and what it was sending is in doubt:" << each.engine;
-                StoredMessage message;
-                message.phone = each.phone;
-                message.text = each.text;
-                m_outbox.reportFailed(message, each.outcome, ErrorCode::noRespond);
+            for (const TakenOver &each : taken)
                 ids.append(each.message);
-            }
-            return ids.isEmpty() ? StoreResult<>() : m_store.sharedQueue()->noteTakenOver(ids);
+            return m_store.sharedQueue()->noteTakenOver(ids).map([&] { report(taken); });
         });
+}
+
+void EnginePresence::report(const QList<TakenOver> &taken)
+{
+    for (const TakenOver &each : taken) {
+        qCWarning(logDispatch).noquote()
+            << "an engine is silent, and what it was sending is in doubt:" << each.engine;
+        StoredMessage message;
+        message.phone = each.phone;
+        message.text = each.text;
+        m_outbox.reportFailed(message, each.outcome, ErrorCode::noRespond);
+    }
 }
 
 void EnginePresence::passOnNews()
@@ -141,6 +153,8 @@ void EnginePresence::takeNews(const QStringList &news)
     if (const StoreResult<> taken = m_store.sharedQueue()->takeNews(news); !taken)
         m_outbox.noteStoreFailure(taken.error());
     m_outbox.reportQueueChange();
+    if (news.contains(QueueNews::ofAll()))
+        Q_EMIT opened(); // failures may have come to this engine, too
     Q_EMIT changed();
 }
 

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/time/Timer.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -14,6 +15,7 @@ class Outbox;
 class Store;
 struct DispatcherTimings;
 struct RunState;
+struct TakenOver;
 
 /// This engine among those that share its queue: shows the others that it lives, reports in their
 /// place what dead ones left in the middle, and passes on what became different in the queue, both
@@ -49,6 +51,7 @@ private:
     StoreResult<> tryShowLife();
     StoreResult<> checkClock();
     StoreResult<> takeOver();
+    void report(const QList<TakenOver> &taken);
     void announceNews();
     void takeNews(const QStringList &news);
     QString deviceState() const;

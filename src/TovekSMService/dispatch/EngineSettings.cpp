@@ -190,6 +190,9 @@ EngineSettings EngineSettings::load(const EngineName &name)
     if (error == 0) {
         EngineSettings settings = parse(bytes);
         refuseOpenPassword(path, settings);
+        const bool isCommon = name.isNamed() && path == file(EngineName());
+        if (isCommon && !settings.queueName.isEmpty())
+            settings.queueName += u':' + name.text(); // no two engines have one name
         return settings;
     }
     if (error != ENOENT && error != ENOTDIR)

@@ -62,6 +62,11 @@ public:
     void commitKept(const Entry &entry);
     /// Whether every outcome is on disk.
     bool isEmpty() const { return !m_pending && m_keptAtHome == 0; }
+    /// Whether the program may end: what isn't written is kept at home.
+    bool isSafe() const
+    {
+        return !m_pending || (m_home != nullptr && m_pending->settlements.size() == m_keptAtHome);
+    }
 
     /// Whether someone listens to the events. Where nobody does, failures and warnings are kept and
     /// not raised.

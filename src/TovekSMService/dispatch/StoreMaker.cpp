@@ -33,7 +33,8 @@ std::unique_ptr<Store> makeStore(const EngineSettings &settings, const EngineNam
     const SharedStore shared = {
         settings.queueDatabase,
         {settings.queueName.isEmpty() ? defaultName(host, name, folder) : settings.queueName,
-         host + u':' + folder.path()},
+         host + u':' + folder.path(),
+         QString::fromLatin1(QSysInfo::machineUniqueId()) + u':' + folder.path()},
         settings.sameSender,
         [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
     return std::make_unique<Store>(folder.storeFile(), shared, clock.time());

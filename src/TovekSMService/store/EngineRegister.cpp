@@ -20,10 +20,12 @@ StoreResult<> EngineRegister::enroll()
                    {m_identity.name, m_identity.host})
             .and_then([&] {
                 return m_database.row(
-                    "UPDATE engine SET epoch = epoch + 1, host = ?::text, retired = false, "
-                    "seen = clock_timestamp() WHERE name = ? AND (host = ? OR "
+                    "UPDATE engine SET epoch = epoch + 1, host = ?, instance = ?::text, "
+                    "retired = false, seen = clock_timestamp() WHERE name = ? AND "
+                    "(instance = ? OR instance = '' OR "
                     "seen < clock_timestamp() - make_interval(secs => ?)) RETURNING id, epoch",
-                    {m_identity.host, m_identity.name, m_identity.host, silentSeconds},
+                    {m_identity.host, m_identity.instance, m_identity.name, m_identity.instance,
+                     silentSeconds},
                     [](const StoreRow &row) {
                         return Epoch{row.value(0).toInt(), row.value(1).toLongLong()};
                     });
@@ -73,9 +75,11 @@ StoreResult<QList<EngineRegister::Silent>> EngineRegister::silentOnes() const
     return m_database.rows(
         "SELECT id, name, seen < clock_timestamp() - make_interval(secs => ?) FROM engine "
         "WHERE id <> ? AND seen < clock_timestamp() - make_interval(secs => ?) AND "
-        "EXISTS (SELECT 1 FROM message WHERE message.engine = engine.id) "
+        "(EXISTS (SELECT 1 FROM message WHERE message.engine = engine.id) OR "
+        "(seen < clock_timestamp() - make_interval(secs => ?) AND EXISTS (SELECT 1 FROM outcome "
+        "WHERE reporter = engine.id AND reported = 0))) "
         "ORDER BY id FOR UPDATE SKIP LOCKED",
-        {lostSeconds, m_id, silentSeconds}, [](const StoreRow &row) {
+        {lostSeconds, m_id, silentSeconds, lostSeconds}, [](const StoreRow &row) {
             return Silent{row.value(0).toInt(), row.value(1).toString(), row.value(2).toBool()};
         });
 }

@@ -44,7 +44,8 @@ public:
     struct Identity
     {
         QString name;
-        QString host; ///< and folder: no two engines have the same
+        QString host;     ///< and folder, to be shown
+        QString instance; ///< by which an engine that comes back is told from another of its name
     };
     /// An engine is held for dead when it has been silent for this long.
     static constexpr int silentSeconds = 30;

@@ -104,19 +104,27 @@ StoreResult<bool> MessageQueue::update(const QList<QueueRow> &changed, const QLi
                     return inTime;
                 isAllInTime = isAllInTime && *inTime;
             }
-            for (const qint64 id : deleted) {
-                const StoreResult<bool> inTime = remove(id);
-                if (!inTime)
-                    return inTime;
-                isAllInTime = isAllInTime && *inTime;
-            }
-            announce(touched);
-            return isAllInTime;
+            return removeAll(deleted).map([&](bool inTime) {
+                announce(touched);
+                return isAllInTime && inTime;
+            });
         })
         .map([&](bool isAllInTime) {
             note(touched);
             return isAllInTime;
         });
+}
+
+StoreResult<bool> MessageQueue::removeAll(const QList<qint64> &ids)
+{
+    bool isAllInTime = true;
+    for (const qint64 id : ids) {
+        const StoreResult<bool> inTime = remove(id);
+        if (!inTime)
+            return inTime;
+        isAllInTime = isAllInTime && *inTime;
+    }
+    return isAllInTime;
 }
 
 StoreResult<bool> MessageQueue::isOrWasInProgress(qint64 id) const

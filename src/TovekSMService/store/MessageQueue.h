@@ -151,6 +151,7 @@ protected:
     virtual StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages) = 0;
     virtual StoreResult<bool> change(const QueueRow &row) = 0;
     virtual StoreResult<bool> remove(qint64 id) = 0;
+    virtual StoreResult<bool> removeAll(const QList<qint64> &ids);
     /// The name of the value that recentBatches() keeps.
     virtual QString batchesSetting() const = 0;
     /// What other sessions are to hear of, once the transaction is committed.

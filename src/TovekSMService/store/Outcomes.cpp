@@ -49,8 +49,9 @@ StoreResult<bool> Outcomes::setDelivery(qint64 message, DeliveryState state, con
 {
     return m_database
         .writeAndCount("UPDATE outcome SET delivery = ?, delivered_at = ? WHERE message_id = ? AND "
-                       "code = 1 AND delivery <> ?",
-                       {static_cast<int>(state), at, message, static_cast<int>(state)})
+                       "code = 1 AND delivery <> ? AND (delivery = 0 OR ? <> 1)",
+                       {static_cast<int>(state), at, message, static_cast<int>(state),
+                        static_cast<int>(state)})
         .map([](int rows) { return rows > 0; });
 }
 

@@ -15,6 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int reconnectMs = 1000;
+constexpr int attemptEndMs = 100; ///< for which the end of an attempt to connect is waited for
 constexpr int migrationMs = 60'000;
 
 /// What every session is set to. A server that was told to answer before its disk has the commit is
@@ -119,8 +120,13 @@ void PostgresDatabase::endThread()
     if (!m_thread)
         return;
     QObject::disconnect(m_thread.get(), nullptr, &m_context, nullptr);
-    m_thread->wait();
-    m_thread.reset();
+    if (m_thread->wait(attemptEndMs)) {
+        m_thread.reset();
+        return;
+    }
+    // It has what it needs, and nobody waits for a server that doesn't answer.
+    QThread *const left = m_thread.release();
+    QObject::connect(left, &QThread::finished, left, &QObject::deleteLater);
 }
 
 void PostgresDatabase::takeAttempt()
@@ -130,7 +136,8 @@ void PostgresDatabase::takeAttempt()
     const StoreResult<> taken = take(std::move(attempt->result));
     if (taken)
         return;
-    qCWarning(logStore).noquote() << taken.error().text();
+    if (std::exchange(m_loggedFailure, taken.error().text()) != taken.error().text())
+        qCWarning(logStore).noquote() << taken.error().text();
     m_again.start(reconnectMs);
 }
 
@@ -273,6 +280,8 @@ StoreResult<> PostgresDatabase::probe()
 /// Of those who ask at a time, one has them: the key is "chores" in ASCII.
 StoreResult<bool> PostgresDatabase::mayDoChores()
 {
+    if (!m_areChoresAllowed)
+        return false;
     return row("SELECT pg_try_advisory_xact_lock(109270229214579)", {},
                [](const StoreRow &row) { return row.value(0).toBool(); })
         .map([](std::optional<bool> isMine) { return isMine.value_or(false); });

@@ -47,6 +47,8 @@ public:
     void close();
     /// Gives up the connection for good: nothing connects any more.
     void refuse(const StoreFailure &reason);
+    /// Whether mayDoChores() may say so: not where the clock can't be trusted.
+    void allowChores(bool areAllowed) { m_areChoresAllowed = areAllowed; }
     /// Why there is no connection.
     const std::optional<StoreFailure> &openFailure() const { return m_openFailure; }
 
@@ -86,9 +88,11 @@ private:
     QObject m_context; ///< of what is called from the event loop
     mutable std::unique_ptr<PostgresConnection> m_connection;
     std::optional<StoreFailure> m_openFailure;
+    QString m_loggedFailure;
     mutable bool m_isFailed = false; ///< the transaction that is open can't be committed
     bool m_isKeptOpen = false;
     bool m_isRefused = false;
+    bool m_areChoresAllowed = true;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::unique_ptr<QThread> m_thread;
     std::shared_ptr<Attempt> m_attempt;

@@ -27,6 +27,7 @@ CREATE TABLE engine (
  id integer GENERATED ALWAYS AS IDENTITY PRIMARY KEY,
  name text NOT NULL UNIQUE,
  host text NOT NULL DEFAULT '',
+ instance text NOT NULL DEFAULT '',
  device text NOT NULL DEFAULT '',
  state text NOT NULL DEFAULT '',
  epoch bigint NOT NULL DEFAULT 0,
@@ -75,6 +76,8 @@ CREATE TABLE moved_out (
  phone text NOT NULL,
  text text NOT NULL,
  attempts integer NOT NULL,
+ reference integer,
+ parts_sent integer NOT NULL,
  PRIMARY KEY (token, id));
 
 CREATE TABLE setting (name text PRIMARY KEY, value text NOT NULL);
@@ -112,6 +115,7 @@ CREATE TABLE sent_part (
  final smallint NOT NULL DEFAULT 0,
  status integer,
  reported_at text COLLATE "C" NOT NULL DEFAULT '');
+CREATE UNIQUE INDEX sent_part_once ON sent_part (message_id, number, sim, at);
 CREATE INDEX sent_part_open ON sent_part (reference, sim) WHERE final = 0;
 CREATE INDEX sent_part_by_message ON sent_part (message_id);
 CREATE INDEX sent_part_pending ON sent_part (at) WHERE state = 1;
@@ -211,7 +215,9 @@ StoreResult<bool> isLatest(PostgresConnection &connection)
     return connection.sync().and_then([&](const auto &) -> StoreResult<bool> {
         if (!isThere)
             return false;
-        return versionOf(connection).map([](int version) {
+        return versionOf(connection).and_then([](int version) -> StoreResult<bool> {
+            if (version > PostgresSchema::latestVersion)
+                return failed(tooNew(version));
             return version == PostgresSchema::latestVersion;
         });
     });
@@ -227,7 +233,9 @@ StoreResult<> PostgresSchema::migrate(PostgresConnection &connection)
     if (*isDone)
         return {};
     StoreResult<> migrated =
-        connection.execute("BEGIN").and_then([&] { return migrateLocked(connection); });
+        connection.execute("BEGIN; SET LOCAL lock_timeout = '5s'").and_then([&] {
+            return migrateLocked(connection);
+        });
     if (migrated)
         migrated = connection.execute("COMMIT");
     if (!migrated && !connection.isLost())

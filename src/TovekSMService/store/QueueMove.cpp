@@ -1,6 +1,7 @@
 #include "TovekSMService/store/QueueMove.h"
 
 #include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/SettingTable.h"
 #include "TovekSMService/store/SharedQueue.h"
 #include "TovekSMService/store/Store.h"
 #include "contract/ErrorCodes.h"
@@ -24,6 +25,16 @@ QVariantList valuesOf(const StoreRow &row)
         values.append(value.isNull() ? QVariant() : value);
     }
     return values;
+}
+
+QString tokenSetting()
+{
+    return u"outgoing_token"_s;
+}
+
+QString newToken()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
 }
 
 int numberOf(const StoreRow &row)
@@ -71,14 +82,17 @@ StoreResult<int> QueueMove::takeOut()
             .and_then([&](int rows) {
                 return m_store.file()
                     .write("DELETE FROM message WHERE id IN " NORVANE_BATCH, {batchRows})
+                    .and_then([&] {
+                        return SettingTable(m_store.file()).write(tokenSetting(), newToken());
+                    })
                     .map([rows] { return rows; });
             });
     });
 #undef NORVANE_BATCH
 }
 
-/// Into the database, and out of the place between. The rows there are the token: they stay the
-/// same until the database is known to have them.
+/// Into the database, and out of the place between. The rows there have a token, and stay the same
+/// until the database is known to have them.
 StoreResult<int> QueueMove::putIn()
 {
     const auto rows = m_store.file().rows(
@@ -87,11 +101,11 @@ StoreResult<int> QueueMove::putIn()
         {}, valuesOf);
     if (!rows || rows->isEmpty())
         return rows.map([](const auto &) { return 0; });
-    const QString token =
-        u"move %1-%2 %3"_s.arg(rows->constFirst().constLast().toString(),
-                               rows->constLast().constLast().toString(), m_store.file().file());
+    const StoreResult<QString> token = SettingTable(m_store.file()).value(tokenSetting());
+    if (!token)
+        return failed(token.error());
     return m_store.queue()
-        .once(token,
+        .once(u"move "_s + *token,
               [&] {
                   StoreResult<> put;
                   for (auto row = rows->cbegin(); put && row != rows->cend(); ++row)
@@ -128,6 +142,8 @@ StoreResult<int> QueueMove::intoFile()
     int moved = 0;
     if (const StoreResult<> copied = copyOptOuts(m_store.database(), m_store.file()); !copied)
         return failed(copied.error());
+    if (const StoreResult<> finished = finishInterrupted(); !finished)
+        return failed(finished.error());
     for (;;) {
         const StoreResult<QString> pending = pendingToken();
         if (!pending)
@@ -145,6 +161,20 @@ StoreResult<int> QueueMove::intoFile()
     }
 }
 
+/// What was leaving when this engine ended may have left.
+StoreResult<> QueueMove::finishInterrupted()
+{
+    return m_store.queue().interrupted().and_then([&](const QList<StoredMessage> &messages) {
+        StoreResult<> finished;
+        for (auto each = messages.cbegin(); finished && each != messages.cend(); ++each)
+            finished =
+                m_store.queue()
+                    .finish(each->id, ErrorCode::noRespond, std::nullopt, m_store.now(), false)
+                    .map([](qint64) {});
+        return finished;
+    });
+}
+
 StoreResult<QString> QueueMove::pendingToken() const
 {
     return m_store.database()
@@ -160,11 +190,11 @@ StoreResult<int> QueueMove::takeFromDatabase()
         return m_store.database()
             .writeAndCount(
                 "WITH gone AS (DELETE FROM message WHERE id IN (SELECT id FROM message WHERE "
-                "state = 0 AND engine IS NULL ORDER BY id LIMIT ? FOR UPDATE SKIP LOCKED) "
+                "state <> 1 AND (engine IS NULL OR engine = ?) ORDER BY id LIMIT ? FOR UPDATE SKIP "
+                "LOCKED) "
                 "RETURNING *) INSERT INTO moved_out SELECT ?::text, ?::int, id, delivery_date, "
-                "original_date, due, phone, text, attempts FROM gone",
-                {batchRows, QUuid::createUuid().toString(QUuid::WithoutBraces),
-                 m_store.engines()->id()})
+                "original_date, due, phone, text, attempts, reference, parts_sent FROM gone",
+                {m_store.engines()->id(), batchRows, newToken(), m_store.engines()->id()})
             .and_then([&](int rows) {
                 return m_store.sharedQueue()->countMoved(-rows).map([rows] { return rows; });
             });
@@ -175,8 +205,8 @@ StoreResult<int> QueueMove::takeFromDatabase()
 StoreResult<int> QueueMove::putIntoFile(const QString &token)
 {
     const auto rows = m_store.database().rows(
-        "SELECT delivery_date, original_date, due, phone, text, attempts FROM moved_out "
-        "WHERE token = ? ORDER BY id",
+        "SELECT delivery_date, original_date, due, phone, text, attempts, reference, parts_sent "
+        "FROM moved_out WHERE token = ? ORDER BY id",
         {token}, valuesOf);
     if (!rows)
         return failed(rows.error());
@@ -188,7 +218,8 @@ StoreResult<int> QueueMove::putIntoFile(const QString &token)
         StoreResult<> inserted;
         for (auto row = rows->cbegin(); inserted && row != rows->cend(); ++row)
             inserted = m_store.file().write("INSERT INTO message (delivery_date, original_date, "
-                                            "due, phone, text, attempts) VALUES (?, ?, ?, ?, ?, ?)",
+                                            "due, phone, text, attempts, reference, parts_sent) "
+                                            "VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
                                             *row);
         return inserted;
     });

@@ -27,8 +27,8 @@ public:
     /// left when the engine ended fails by that.
     /// @return how many messages
     [[nodiscard]] StoreResult<int> intoDatabase();
-    /// Moves the messages of the database that wait and that no engine holds into the file, and
-    /// copies the list of opt-outs.
+    /// Moves the messages of the database that wait, and that no other engine holds, into the file,
+    /// and copies the list of opt-outs. One of this engine's that may have left fails by that.
     [[nodiscard]] StoreResult<int> intoFile();
 
     /// Messages of the file that are not moved, and those that are on their way into the database.
@@ -40,6 +40,7 @@ private:
     StoreResult<> insert(const QVariantList &row);
     StoreResult<int> takeFromDatabase();
     StoreResult<int> putIntoFile(const QString &token);
+    StoreResult<> finishInterrupted();
     StoreResult<QString> pendingToken() const;
     StoreResult<> copyOptOuts(const StoreDatabase &from, StoreDatabase &to);
 

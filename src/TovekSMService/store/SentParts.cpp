@@ -28,7 +28,7 @@ StoreResult<> SentParts::add(const SentPart &part)
 {
     return m_database.write(
         "INSERT INTO sent_part (message_id, number, total, reference, phone, sim, at, state) "
-        "VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT DO NOTHING",
         {part.message, part.number, part.total,
          part.reference ? QVariant(*part.reference) : QVariant(), part.phone, part.sim, part.at,
          static_cast<int>(DeliveryState::Pending)});

@@ -76,7 +76,7 @@ inline constexpr char cancel[] =
     "UPDATE message SET " NORVANE_WAITING " WHERE id = ANY (?::bigint[]) AND " NORVANE_LEAVING;
 inline constexpr char releaseLeaving[] =
     "UPDATE message SET " NORVANE_WAITING
-    " WHERE engine = ? AND state = 1 AND epoch >= ? AND epoch < ?";
+    " WHERE engine = ? AND state = 1 AND epoch = ANY (?::bigint[]) AND epoch < ?";
 inline constexpr char postpone[] =
     "UPDATE message SET " NORVANE_WAITING ", attempts = ?, delivery_date = ?, due = ? "
     "WHERE id = ? AND " NORVANE_LEAVING;

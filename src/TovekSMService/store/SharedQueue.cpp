@@ -6,7 +6,10 @@
 #include "TovekSMService/store/QueueNews.h"
 #include "TovekSMService/store/SharedQueries.h"
 
+#include <QSet>
+
 #include <algorithm>
+#include <utility>
 
 namespace norvane {
 
@@ -42,12 +45,16 @@ StoreResult<> SharedQueue::load()
     return enroll().and_then([this] { return refreshSize(); });
 }
 
+StoreResult<> SharedQueue::look()
+{
+    return m_engines.lookUp().and_then([this] { return refreshSize(); });
+}
+
 StoreResult<> SharedQueue::enroll()
 {
     return m_engines.enroll().map([this] {
         m_isEpochOver = false;
-        if (m_firstEpoch == 0)
-            m_firstEpoch = m_engines.epoch();
+        m_epochs.append(m_engines.epoch());
     });
 }
 
@@ -57,8 +64,9 @@ StoreResult<> SharedQueue::recover()
 {
     return (m_isEpochOver ? enroll() : StoreResult<>())
         .and_then([this] {
-            return m_shared.write(SharedQueries::releaseLeaving,
-                                  {m_engines.id(), m_firstEpoch, m_engines.epoch()});
+            return m_shared.write(
+                SharedQueries::releaseLeaving,
+                {m_engines.id(), PostgresText::array(m_epochs), m_engines.epoch()});
         })
         .map([this] { m_needsRecovery = false; });
 }
@@ -108,6 +116,7 @@ StoreResult<> SharedQueue::count(qint64 change)
 {
     if (change == 0)
         return {};
+    m_isQuiet = false;
     resize(change);
     return m_shared.write("UPDATE engine SET queued = queued + ? WHERE id = ?",
                           {change, m_engines.id()});
@@ -180,10 +189,10 @@ StoreResult<> SharedQueue::clear()
     return m_shared.together([this] {
         return m_shared.writeAndCount("DELETE FROM message WHERE state = 0")
             .and_then([this](int removed) { return count(-removed); })
-            .map([this] {
-                m_hasAllChanged = true;
-                noteAll();
-            });
+            .and_then([this] {
+                return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::ofAll()});
+            })
+            .map([this] { noteAll(); });
     });
 }
 
@@ -196,12 +205,30 @@ StoreResult<bool> SharedQueue::change(const QueueRow &row)
 
 StoreResult<bool> SharedQueue::remove(qint64 id)
 {
-    return m_shared.writeAndCount("DELETE FROM message WHERE id = ? AND state = 0", {id})
-        .and_then([&](int removed) -> StoreResult<bool> {
-            if (removed > 0)
-                return count(-removed).map([] { return true; });
-            return isOrWasInProgress(id).map([](bool isTooLate) { return !isTooLate; });
-        });
+    return removeAll({id});
+}
+
+/// However many they are, by two statements.
+StoreResult<bool> SharedQueue::removeAll(const QList<qint64> &ids)
+{
+    if (ids.isEmpty())
+        return true;
+    const StoreResult<QList<qint64>> removed =
+        m_shared.rows("DELETE FROM message WHERE id = ANY (?::bigint[]) AND state = 0 RETURNING id",
+                      {PostgresText::array(ids)}, idOf);
+    if (!removed)
+        return failed(removed.error());
+    return count(-removed->size()).and_then([&] {
+        QSet<qint64> others(ids.cbegin(), ids.cend());
+        for (const qint64 id : *removed)
+            others.remove(id);
+        const QString rest = PostgresText::array(others.values());
+        return m_shared
+            .row("SELECT 1 FROM message WHERE id = ANY (?::bigint[]) UNION ALL "
+                 "SELECT 1 FROM outcome WHERE message_id = ANY (?::bigint[]) LIMIT 1",
+                 {rest, rest}, [](const StoreRow &) { return true; })
+            .map([](std::optional<bool> tooLate) { return !tooLate; });
+    });
 }
 
 QVariantList SharedQueue::valuesOfFirst(int max) const
@@ -271,8 +298,9 @@ StoreResult<> SharedQueue::cancel(const QList<qint64> &ids)
 {
     if (ids.isEmpty())
         return {};
-    return m_shared.write(SharedQueries::cancel,
-                          {PostgresText::array(ids), m_engines.id(), settlingEpoch()});
+    return m_shared
+        .write(SharedQueries::cancel, {PostgresText::array(ids), m_engines.id(), settlingEpoch()})
+        .map([&] { noteToAll(ids); }); // others may take them
 }
 
 StoreResult<> SharedQueue::releaseBetweenParts()
@@ -299,8 +327,9 @@ StoreResult<> SharedQueue::postpone(qint64 id, int attempts, const QString &next
 /// Other engines may send it at once.
 StoreResult<> SharedQueue::makeWay(qint64 id, int /*attempts*/, const QString &until)
 {
-    return m_shared.write(SharedQueries::makeWay,
-                          {m_engines.id(), until, id, m_engines.id(), settlingEpoch()});
+    return m_shared
+        .write(SharedQueries::makeWay, {m_engines.id(), until, id, m_engines.id(), settlingEpoch()})
+        .map([&] { noteToAll({id}); });
 }
 
 StoreResult<qint64> SharedQueue::finish(qint64 id, qint32 code, std::optional<int> networkReference,
@@ -393,6 +422,7 @@ void SharedQueue::announce(const QList<qint64> &ids)
 void SharedQueue::noteToAll(const QList<qint64> &ids)
 {
     note(ids);
+    m_isQuiet = false;
     m_unannounced += ids;
 }
 
@@ -411,7 +441,9 @@ StoreResult<bool> SharedQueue::checkSize()
 {
     const qint32 known = size();
     return refreshSize().map([this, known] {
-        if (size() == known)
+        // What is on its way as news is told by them.
+        const bool wasQuiet = std::exchange(m_isQuiet, true);
+        if (size() == known || !wasQuiet)
             return false;
         noteAll();
         return true;
@@ -426,6 +458,7 @@ StoreResult<> SharedQueue::announceAll()
 
 StoreResult<> SharedQueue::takeNews(const QStringList &news)
 {
+    m_isQuiet = false;
     for (const QString &each : news) {
         if (const std::optional<QList<qint64>> ids = QueueNews::idsOf(each))
             note(*ids);

@@ -25,6 +25,9 @@ public:
     SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
                 int sameSenderSeconds);
 
+    /// Takes over what the database holds, for somebody who only looks: the engine itself shows no
+    /// sign of life.
+    [[nodiscard]] StoreResult<> look();
     /// Also begins an epoch of the engine: what is carried out late of an earlier connection finds
     /// nothing that it could change.
     StoreResult<> load() override;
@@ -80,6 +83,7 @@ private:
     StoreResult<QList<qint64>> insertSome(const QList<QueueRow> &messages);
     StoreResult<bool> change(const QueueRow &row) override;
     StoreResult<bool> remove(qint64 id) override;
+    StoreResult<bool> removeAll(const QList<qint64> &ids) override;
     QString batchesSetting() const override;
     void announce(const QList<qint64> &ids) override;
     void noteToAll(const QList<qint64> &ids);
@@ -95,10 +99,11 @@ private:
     const int m_sameSenderSeconds;
     mutable bool m_isEpochOver = false;
     mutable bool m_needsRecovery = false;
-    qint64 m_firstEpoch = 0; ///< of this run of the program
+    QList<qint64> m_epochs; ///< that this run of the program has had, with the present one
     qint64 m_settlingEpoch = 0;
     QList<qint64> m_unannounced;
     bool m_hasAllChanged = false;
+    bool m_isQuiet = false; ///< nothing has changed since the size was looked at
 };
 
 } // namespace norvane

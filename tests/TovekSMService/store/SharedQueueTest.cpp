@@ -332,7 +332,7 @@ TEST_F(SharedQueueTest, aRetiredEngineIsGivenUpAtOnceWithWhatItCouldNotTell)
 
 TEST_F(SharedQueueTest, twoEnginesOfOneNameAreNotLetInTogether)
 {
-    EngineRegister other(m_two->database(), {u"one"_s, u"elsewhere"_s});
+    EngineRegister other(m_two->database(), {u"one"_s, u"host"_s, u"elsewhere"_s});
     const StoreResult<> refused = other.enroll();
     ASSERT_FALSE(refused);
     EXPECT_TRUE(refused.error().text().contains(u"one"_s));

@@ -36,7 +36,7 @@ std::unique_ptr<Store> openStoreOf(const QString &engine, const QString &file, c
                                    int sameSenderSeconds)
 {
     const SharedStore shared = {connectionOf(file),
-                                {engine, u"test:"_s + engine},
+                                {engine, u"test"_s, u"test:"_s + engine},
                                 sameSenderSeconds,
                                 [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
     auto store = std::make_unique<Store>(file, shared, clock.time());
