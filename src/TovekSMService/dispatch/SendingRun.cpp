@@ -17,6 +17,7 @@ QList<Settlement> SendingRun::settlements() const
         sent.message = taken.message.id;
         sent.fate = Settlement::Fate::Sent;
         sent.epoch = taken.message.epoch;
+        sent.partsSent = taken.message.partsSent;
         sent.phone = taken.message.phone;
         sent.text = taken.message.text;
         sent.networkReference = taken.reference;

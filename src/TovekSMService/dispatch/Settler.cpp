@@ -54,7 +54,8 @@ StoreResult<> Settler::settleSent(const QList<Settlement> &settlements)
         sent.append({each.message, each.networkReference, each.at});
     StoreResult<> settled = m_queue.finishSent(sent);
     for (auto each = settlements.cbegin(); settled && each != settlements.cend(); ++each)
-        settled = m_reports.keepLastSent(each->message, each->part);
+        settled = each->partsSent > 0 ? m_reports.keepLastSent(each->message, each->part)
+                                      : m_reports.keepOnlySent(each->message, each->part);
     return settled;
 }
 

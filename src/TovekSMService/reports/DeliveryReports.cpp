@@ -67,6 +67,13 @@ StoreResult<> DeliveryReports::keepSent(const std::optional<SentPart> &part)
     return part ? m_store.sentParts().add(*part) : StoreResult<>();
 }
 
+StoreResult<> DeliveryReports::keepOnlySent(qint64 message, const std::optional<SentPart> &part)
+{
+    if (!part)
+        return {};
+    return keepSent(part).and_then([&] { return m_store.outcomes().setPending(message); });
+}
+
 StoreResult<> DeliveryReports::keepLastSent(qint64 message, const std::optional<SentPart> &part)
 {
     return keepSent(part).and_then([&]() -> StoreResult<> {

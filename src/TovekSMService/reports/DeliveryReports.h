@@ -38,6 +38,9 @@ public:
     /// Notes that a part left about which the network will report; nothing for none.
     [[nodiscard]] StoreResult<> keepSent(const std::optional<SentPart> &part);
 
+    /// The same for a message of one part, which has its outcome now.
+    [[nodiscard]] StoreResult<> keepOnlySent(qint64 message, const std::optional<SentPart> &part);
+
     /// The same for the last part of a message that has its outcome now, and puts on that what is
     /// known by then.
     [[nodiscard]] StoreResult<> keepLastSent(qint64 message, const std::optional<SentPart> &part);

@@ -55,6 +55,13 @@ StoreResult<bool> Outcomes::setDelivery(qint64 message, DeliveryState state, con
         .map([](int rows) { return rows > 0; });
 }
 
+StoreResult<> Outcomes::setPending(qint64 message)
+{
+    return m_database.write(
+        "UPDATE outcome SET delivery = ? WHERE message_id = ? AND code = 1 AND delivery = 0",
+        {static_cast<int>(DeliveryState::Pending), message});
+}
+
 StoreResult<QList<Outcome>> Outcomes::unreportedFailures() const
 {
     if (m_reporter)

@@ -54,6 +54,9 @@ public:
     [[nodiscard]] StoreResult<bool> setDelivery(qint64 message, DeliveryState state,
                                                 const QString &at);
 
+    /// The same for a message of which nothing is known yet.
+    [[nodiscard]] StoreResult<> setPending(qint64 message);
+
     /// Failures that no console has heard of yet.
     [[nodiscard]] StoreResult<QList<Outcome>> unreportedFailures() const;
     [[nodiscard]] StoreResult<> markReported(const QList<qint64> &outcomes);

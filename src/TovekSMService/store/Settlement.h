@@ -28,7 +28,7 @@ struct Settlement
     qint32 code = 0;                     ///< of a failure
     std::optional<int> networkReference; ///< of the last part of one that was sent
     QString at;                          ///< "yyyy-MM-ddTHH:mm:ss"
-    int partsSent = 0;
+    int partsSent = 0; ///< with a part that was taken; of one that was sent, before its last part
     int attempts = 0;
     QString nextAttempt;
     std::optional<SentPart> part; ///< that was taken, if the network will report about it
