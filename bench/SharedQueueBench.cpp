@@ -2,7 +2,7 @@
 // once and with one that takes its time, nearby and at a distance, and how long a claim takes in a
 // long queue. Everything is durable. To be run under dbus-run-session.
 //
-//     shared_queue_bench [smallest]
+//     shared_queue_bench [claims] [smallest]
 
 #include "BenchSize.h"
 
@@ -206,6 +206,10 @@ int main(int argc, char **argv)
         qputenv(QByteArray("XDG_") + folder + "_HOME",
                 QFile::encodeName(sandbox.filePath(QLatin1String(folder))));
     PostgresServer server(PostgresServer::Durability::Flushed);
+    if (QCoreApplication::arguments().contains("claims"_L1)) {
+        measureClaims(server, benchSize(1'000'000, 100), benchSize(1000, 3));
+        return 0;
+    }
     compare(server, "zero latency", benchSize(8000, 5), {});
     compare(server, "--latency 50", benchSize(300, 2), {{u"--latency"_s, u"50"_s}});
     compare(server, "zero latency, 5 ms to the database and back", benchSize(4000, 5),
