@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Timer.h"
 
 #include <QList>

@@ -3,10 +3,12 @@
 #include "TovekSMService/store/StoreFailure.h"
 
 #include <QString>
+#include <QVariant>
 
 namespace norvane {
 
 class Store;
+class StoreDatabase;
 
 /// Carries the waiting messages between the engine's own file and the database that it shares. Each
 /// is in one of them, or on its way: a move that was cut short, at whatever point, loses nothing
