@@ -1,8 +1,8 @@
 #include "NorvaneSMS/console/QueueGridModel.h"
 #include "NorvaneSMS/console/SentGridModel.h"
 #include "NorvaneSMS/console/TerminalView.h"
-#include "NorvaneSMS/queue/Normalisation.h"
 #include "contract/QueueRecordSet.h"
+#include "foundation/Normalisation.h"
 
 #include <QApplication>
 #include <QTableView>

@@ -4,7 +4,6 @@
 
 #include "BenchSize.h"
 
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/console/frmSMSClient.h"
 #include "NorvaneSMS/engine/SMSManagerProxy.h"
 #include "NorvaneSMS/import/frmImport.h"
@@ -15,6 +14,7 @@
 #include "foundation/MessageBoxes.h"
 #include "foundation/StoredSettings.h"
 #include "foundation/ui/Application.h"
+#include "foundation/ui/MessageEdit.h"
 
 #include <QDateEdit>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #include "docs/Markdown.h"
 
-#include "NorvaneSMS/engine/ErrorText.h"
+#include "foundation/ErrorText.h"
 
 #include <QDir>
 #include <QDirIterator>

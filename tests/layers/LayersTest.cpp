@@ -22,7 +22,7 @@ using Folders = std::vector<std::string>;
 const std::map<std::string, std::set<std::string>> mayInclude = {
     {"common", {}},
     {"contract", {"common"}},
-    {"foundation", {"common"}},
+    {"foundation", {"common", "contract"}},
     {"NorvaneSMS", {"common", "contract", "foundation"}},
     {"NorvaneSheetReader", {"common"}},
     {"TovekSMService", {"common", "contract"}},

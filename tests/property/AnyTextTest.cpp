@@ -1,4 +1,4 @@
-#include "NorvaneSMS/queue/Normalisation.h"
+#include "foundation/Normalisation.h"
 #include "property/Arrival.h"
 #include "property/Texts.h"
 

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "NorvaneSMS/app/modSMSClient.h"
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/console/TerminalView.h"
 #include "NorvaneSMS/console/frmSMSClient.h"
 #include "NorvaneSMS/import/readers/HelperConnection.h"
 #include "foundation/Globals.h"
 #include "foundation/StoredSettings.h"
+#include "foundation/ui/MessageEdit.h"
 #include "support/RecordingMessageBoxes.h"
 #include "system/EngineProcess.h"
 

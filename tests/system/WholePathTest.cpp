@@ -1,6 +1,6 @@
 #include "system/WholePath.h"
 
-#include "NorvaneSMS/queue/Normalisation.h"
+#include "foundation/Normalisation.h"
 #include "foundation/ui/CaptionedFrame.h"
 
 namespace norvane {

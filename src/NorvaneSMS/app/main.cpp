@@ -1,4 +1,3 @@
-#include "NorvaneSMS/app/EngineWaitNotice.h"
 #include "NorvaneSMS/app/modSMSClient.h"
 #include "NorvaneSMS/console/frmSMSClient.h"
 #include "NorvaneSMS/device/DocumentsFolder.h"
@@ -9,6 +8,7 @@
 #include "foundation/StoredSettings.h"
 #include "foundation/platform/LinuxPlatform.h"
 #include "foundation/ui/Application.h"
+#include "foundation/ui/EngineWaitNotice.h"
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/Look.h"
 #include "foundation/ui/WidgetMessageBoxes.h"

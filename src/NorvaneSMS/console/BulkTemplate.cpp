@@ -1,7 +1,7 @@
 #include "NorvaneSMS/console/BulkTemplate.h"
 
 #include "NorvaneSMS/import/readers/RecipientReaders.h"
-#include "NorvaneSMS/queue/Normalisation.h"
+#include "foundation/Normalisation.h"
 #include "foundation/clsCollection.h"
 
 namespace norvane {

@@ -1,7 +1,7 @@
 #include "NorvaneSMS/console/QueueCellDelegate.h"
 
-#include "NorvaneSMS/console/PhoneEdit.h"
 #include "NorvaneSMS/console/QueueGridModel.h"
+#include "foundation/ui/PhoneEdit.h"
 
 #include <QKeyEvent>
 

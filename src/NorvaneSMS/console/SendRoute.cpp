@@ -1,8 +1,8 @@
 #include "NorvaneSMS/console/SendRoute.h"
 
-#include "NorvaneSMS/queue/Normalisation.h"
 #include "NorvaneSMS/queue/QueueFileWriter.h"
 #include "foundation/FileSystem.h"
+#include "foundation/Normalisation.h"
 
 namespace norvane {
 

@@ -3,8 +3,6 @@
 #include "NorvaneSMS/console/BulkTemplate.h"
 #include "NorvaneSMS/console/ConsoleDesign.h"
 #include "NorvaneSMS/console/DeviceTestRun.h"
-#include "NorvaneSMS/console/MessageEdit.h"
-#include "NorvaneSMS/console/PhoneEdit.h"
 #include "NorvaneSMS/console/QueueGrid.h"
 #include "NorvaneSMS/console/SendRoute.h"
 #include "NorvaneSMS/console/TerminalView.h"
@@ -18,7 +16,9 @@
 #include "foundation/ui/FatalReport.h"
 #include "foundation/ui/FormSetUp.h"
 #include "foundation/ui/ImageControl.h"
+#include "foundation/ui/MessageEdit.h"
 #include "foundation/ui/PendingInput.h"
+#include "foundation/ui/PhoneEdit.h"
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/WaitPointer.h"
 

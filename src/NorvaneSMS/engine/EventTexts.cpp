@@ -1,7 +1,7 @@
 #include "NorvaneSMS/engine/EventTexts.h"
 
-#include "NorvaneSMS/engine/ErrorText.h"
 #include "contract/SMSManager.h"
+#include "foundation/ErrorText.h"
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "NorvaneSMS/engine/EngineLauncher.h"
 #include "NorvaneSMS/engine/QueueReplica.h"
 #include "contract/SMSManager.h"
+#include "foundation/EngineLauncher.h"
 
 #include <memory>
 #include <optional>

@@ -1,11 +1,11 @@
 #include "NorvaneSMS/queue/QueueFileWriter.h"
 
-#include "NorvaneSMS/queue/Normalisation.h"
 #include "NorvaneSMS/queue/QueueDropFile.h"
 #include "common/FailureNumbers.h"
 #include "foundation/FileSystem.h"
 #include "foundation/Globals.h"
 #include "foundation/MessageBoxes.h"
+#include "foundation/Normalisation.h"
 
 #include <cerrno>
 #include <exception>

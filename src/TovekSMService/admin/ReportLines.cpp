@@ -1,12 +1,11 @@
 #include "TovekSMService/admin/ReportLines.h"
 
 #include "TovekSMService/log/OneLine.h"
+#include "common/Csv.h"
 
 #include <QDate>
 #include <QStringList>
 #include <QTime>
-
-#include <algorithm>
 
 namespace norvane {
 
@@ -15,24 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype dayLength = 10; // "yyyy-MM-dd"
-
-bool isPhoneNumber(const QString &text)
-{
-    return text.size() > 1 && text.front() == u'+' &&
-           std::all_of(text.cbegin() + 1, text.cend(),
-                       [](QChar unit) { return unit >= u'0' && unit <= u'9'; });
-}
-
-bool looksLikeFormula(const QString &text)
-{
-    static const QString beginnings = u"=+-@\uFF1D\uFF0B\uFF0D\uFF20"_s;
-    if (text.isEmpty() || isPhoneNumber(text))
-        return false;
-    if (text.front() == u'\t' || text.front() == u'\r' || text.front() == u'\n')
-        return true;
-    const QString begun = text.trimmed();
-    return !begun.isEmpty() && beginnings.contains(begun.front());
-}
 
 } // namespace
 
@@ -56,19 +37,6 @@ std::optional<QString> ReportLines::moment(const QString &text)
     return time.isValid() ? std::optional(text) : std::nullopt;
 }
 
-QString ReportLines::csvField(const QString &text)
-{
-    QString field = looksLikeFormula(text) ? u'\'' + text : text;
-    const bool needsQuotes = std::any_of(field.cbegin(), field.cend(), [](QChar unit) {
-        return unit == u',' || unit == u'"' || unit == u'\r' || unit == u'\n' || unit == u';' ||
-               unit == u'\t';
-    });
-    if (!needsQuotes)
-        return field;
-    field.replace(u'"', u"\"\""_s);
-    return u'"' + field + u'"';
-}
-
 QString ReportLines::line(const QList<Field> &fields, Format format)
 {
     QStringList written;
@@ -76,7 +44,7 @@ QString ReportLines::line(const QList<Field> &fields, Format format)
         if (format == Format::Text)
             written << onOneLine(field.text);
         else
-            written << (field.isOurs ? field.text : csvField(field.text));
+            written << (field.isOurs ? field.text : Csv::field(field.text));
     }
     return format == Format::Text ? written.join(u'\t') + u'\n' : written.join(u',') + u"\r\n"_s;
 }

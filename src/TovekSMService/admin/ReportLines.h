@@ -24,10 +24,6 @@ std::optional<Format> formatNamed(const QString &name);
 /// A day or a moment, "yyyy-MM-dd" or "yyyy-MM-ddTHH:mm:ss", as the store writes it.
 std::optional<QString> moment(const QString &text);
 
-/// A field of a CSV record (RFC 4180). What a spreadsheet would take for a formula begins with an
-/// apostrophe; a phone number with its plus sign is none.
-QString csvField(const QString &text);
-
 /// One line with its end.
 QString line(const QList<Field> &fields, Format format);
 

@@ -1,9 +1,9 @@
 #include "NorvaneSMS/console/QueueGridFixture.h"
 
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/import/frmImport.h"
 #include "NorvaneSMS/queue/Fixture.h"
 #include "foundation/ui/FatalReport.h"
+#include "foundation/ui/MessageEdit.h"
 
 #include <QPushButton>
 #include <QTemporaryDir>

@@ -1,11 +1,11 @@
 #include "NorvaneSMS/console/ConsoleFixture.h"
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/import/ScriptedImport.h"
 #include "NorvaneSMS/import/frmImport.h"
 #include "NorvaneSMS/queue/Fixture.h"
-#include "NorvaneSMS/queue/Normalisation.h"
 #include "common/CodePages.h"
 #include "foundation/Globals.h"
+#include "foundation/Normalisation.h"
+#include "foundation/ui/MessageEdit.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 #include "NorvaneSMS/console/ConsoleFixture.h"
 
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/queue/Fixture.h"
 #include "NorvaneSMS/queue/QueueFileReader.h"
 #include "foundation/Globals.h"
+#include "foundation/ui/MessageEdit.h"
 
 #include <QClipboard>
 #include <QDateEdit>

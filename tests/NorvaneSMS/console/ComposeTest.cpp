@@ -1,9 +1,9 @@
 #include "NorvaneSMS/console/ConsoleFixture.h"
 
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "common/NumberedFailure.h"
 #include "foundation/Globals.h"
 #include "foundation/ui/FatalReport.h"
+#include "foundation/ui/MessageEdit.h"
 
 #include <QDateEdit>
 #include <QLineEdit>

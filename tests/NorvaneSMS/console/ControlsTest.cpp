@@ -1,9 +1,9 @@
 #include "NorvaneSMS/console/ConsoleFixture.h"
 
 #include "NorvaneSMS/console/ConsoleDesign.h"
-#include "NorvaneSMS/console/MessageEdit.h"
 #include "NorvaneSMS/console/TerminalView.h"
 #include "foundation/ui/CaptionedFrame.h"
+#include "foundation/ui/MessageEdit.h"
 #include "foundation/ui/PictureButton.h"
 #include "foundation/ui/SvgPicture.h"
 

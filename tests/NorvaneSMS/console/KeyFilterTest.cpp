@@ -1,4 +1,4 @@
-#include "NorvaneSMS/console/PhoneEdit.h"
+#include "foundation/ui/PhoneEdit.h"
 
 #include <QApplication>
 #include <QClipboard>

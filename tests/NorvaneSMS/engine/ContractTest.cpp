@@ -1,7 +1,7 @@
-#include "NorvaneSMS/engine/ErrorText.h"
 #include "contract/BusTypes.h"
 #include "contract/ErrorCodes.h"
 #include "contract/SMSManager.h"
+#include "foundation/ErrorText.h"
 
 #include <QDBusMetaType>
 #include <QFile>

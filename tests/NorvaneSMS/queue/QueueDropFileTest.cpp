@@ -1,7 +1,7 @@
 #include "NorvaneSMS/queue/QueueDropFile.h"
 
 #include "NorvaneSMS/queue/Fixture.h"
-#include "NorvaneSMS/queue/Normalisation.h"
+#include "foundation/Normalisation.h"
 #include "support/RaisedFailure.h"
 
 #include <gtest/gtest.h>

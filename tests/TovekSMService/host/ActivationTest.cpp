@@ -1,6 +1,6 @@
 #include "TovekSMService/host/EngineProcess.h"
 
-#include "NorvaneSMS/engine/EngineLauncher.h"
+#include "foundation/EngineLauncher.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusReply>

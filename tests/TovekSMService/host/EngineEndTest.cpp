@@ -1,11 +1,11 @@
 #include "TovekSMService/host/EngineProcess.h"
 #include "gsm-simulator/RunningSimulator.h"
 
-#include "NorvaneSMS/engine/EngineLauncher.h"
-#include "NorvaneSMS/engine/EngineWait.h"
 #include "TovekSMService/host/EngineLimits.h"
 #include "TovekSMService/store/OtherConnection.h"
 #include "contract/EngineStartLimits.h"
+#include "foundation/EngineLauncher.h"
+#include "foundation/EngineWait.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusReply>

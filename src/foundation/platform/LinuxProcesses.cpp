@@ -1,4 +1,4 @@
-#include "NorvaneSMS/platform/Processes.h"
+#include "foundation/platform/Processes.h"
 
 #include <QFile>
 

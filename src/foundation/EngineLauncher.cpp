@@ -1,10 +1,10 @@
-#include "NorvaneSMS/engine/EngineLauncher.h"
+#include "foundation/EngineLauncher.h"
 
-#include "NorvaneSMS/engine/EngineWait.h"
-#include "NorvaneSMS/platform/Processes.h"
 #include "common/FailureNumbers.h"
 #include "contract/BusTypes.h"
+#include "foundation/EngineWait.h"
 #include "foundation/FailureTexts.h"
+#include "foundation/platform/Processes.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusPendingReply>

@@ -1,4 +1,4 @@
-#include "NorvaneSMS/engine/ErrorText.h"
+#include "foundation/ErrorText.h"
 
 #include "common/NumberedFailure.h"
 #include "foundation/Globals.h"

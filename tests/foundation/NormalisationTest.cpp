@@ -1,4 +1,4 @@
-#include "NorvaneSMS/queue/Normalisation.h"
+#include "foundation/Normalisation.h"
 
 #include "common/CodePages.h"
 

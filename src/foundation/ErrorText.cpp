@@ -1,4 +1,4 @@
-#include "NorvaneSMS/engine/ErrorText.h"
+#include "foundation/ErrorText.h"
 
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "NorvaneSMS/engine/EngineWait.h"
+#include "foundation/EngineWait.h"
 #include "foundation/ui/WaitPointer.h"
 
 #include <QWidget>

@@ -1,4 +1,4 @@
-#include "NorvaneSMS/app/EngineWaitNotice.h"
+#include "foundation/ui/EngineWaitNotice.h"
 
 #include "foundation/Globals.h"
 #include "support/LoadedLanguage.h"

@@ -1,7 +1,7 @@
-#include "NorvaneSMS/engine/EngineLauncher.h"
+#include "foundation/EngineLauncher.h"
 
-#include "NorvaneSMS/engine/EngineWait.h"
 #include "contract/BusTypes.h"
+#include "foundation/EngineWait.h"
 #include "foundation/FailureTexts.h"
 #include "support/PrivateBus.h"
 #include "support/RaisedFailure.h"

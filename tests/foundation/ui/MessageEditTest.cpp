@@ -1,4 +1,4 @@
-#include "NorvaneSMS/console/MessageEdit.h"
+#include "foundation/ui/MessageEdit.h"
 
 #include "support/Allocations.h"
 
