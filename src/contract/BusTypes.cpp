@@ -14,6 +14,11 @@ void Bus::registerTypes()
     qRegisterMetaType<BusOutcomeRows>("norvane::BusOutcomeRows");
     qRegisterMetaType<BusReceivedMessages>("norvane::BusReceivedMessages");
     qRegisterMetaType<BusOptOuts>("norvane::BusOptOuts");
+    qRegisterMetaType<BusHistoryRows>("norvane::BusHistoryRows");
+    qRegisterMetaType<BusHistoryEvents>("norvane::BusHistoryEvents");
+    qRegisterMetaType<BusHistoryDays>("norvane::BusHistoryDays");
+    qRegisterMetaType<BusDeliveryDelays>("norvane::BusDeliveryDelays");
+    qRegisterMetaType<BusFailureReasons>("norvane::BusFailureReasons");
     qDBusRegisterMetaType<DeviceSettings>();
     qDBusRegisterMetaType<SMSList::Entry>();
     qDBusRegisterMetaType<BusSMSList>();
@@ -25,6 +30,16 @@ void Bus::registerTypes()
     qDBusRegisterMetaType<BusReceivedMessages>();
     qDBusRegisterMetaType<OptOut>();
     qDBusRegisterMetaType<BusOptOuts>();
+    qDBusRegisterMetaType<HistoryRow>();
+    qDBusRegisterMetaType<BusHistoryRows>();
+    qDBusRegisterMetaType<HistoryEvent>();
+    qDBusRegisterMetaType<BusHistoryEvents>();
+    qDBusRegisterMetaType<HistoryDay>();
+    qDBusRegisterMetaType<BusHistoryDays>();
+    qDBusRegisterMetaType<DeliveryDelay>();
+    qDBusRegisterMetaType<BusDeliveryDelays>();
+    qDBusRegisterMetaType<FailureReason>();
+    qDBusRegisterMetaType<BusFailureReasons>();
     qDBusRegisterMetaType<QList<qlonglong>>();
 }
 
@@ -140,6 +155,96 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, OptOut &optOut)
     argument.beginStructure();
     argument >> optOut.phone >> optOut.at;
     argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const HistoryRow &row)
+{
+    argument.beginStructure();
+    argument << row.id << row.at << Bus::withoutNul(row.deliveryDate) << Bus::withoutNul(row.phone)
+             << Bus::withoutNul(row.text) << static_cast<quint32>(row.state) << row.code
+             << row.deliveredAt;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, HistoryRow &row)
+{
+    quint32 state = 0;
+    argument.beginStructure();
+    argument >> row.id >> row.at >> row.deliveryDate >> row.phone >> row.text >> state >>
+        row.code >> row.deliveredAt;
+    argument.endStructure();
+    row.state = static_cast<MessageState>(state);
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const HistoryEvent &event)
+{
+    argument.beginStructure();
+    argument << event.at << static_cast<quint32>(event.step) << event.part << event.code
+             << event.reference;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, HistoryEvent &event)
+{
+    quint32 step = 0;
+    argument.beginStructure();
+    argument >> event.at >> step >> event.part >> event.code >> event.reference;
+    argument.endStructure();
+    event.step = static_cast<HistoryStep>(step);
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const HistoryDay &day)
+{
+    argument.beginStructure();
+    argument << day.day << day.sent << day.delivered << day.refused << day.failed << day.inDoubt;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, HistoryDay &day)
+{
+    argument.beginStructure();
+    argument >> day.day >> day.sent >> day.delivered >> day.refused >> day.failed >> day.inDoubt;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const DeliveryDelay &delay)
+{
+    argument.beginStructure();
+    argument << delay.upTo << delay.count;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, DeliveryDelay &delay)
+{
+    argument.beginStructure();
+    argument >> delay.upTo >> delay.count;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const FailureReason &reason)
+{
+    argument.beginStructure();
+    argument << static_cast<quint32>(reason.state) << reason.code << reason.count;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, FailureReason &reason)
+{
+    quint32 state = 0;
+    argument.beginStructure();
+    argument >> state >> reason.code >> reason.count;
+    argument.endStructure();
+    reason.state = static_cast<MessageState>(state);
     return argument;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "contract/DeviceSettings.h"
+#include "contract/History.h"
 #include "contract/Messages.h"
 #include "contract/QueueRecordSet.h"
 #include "contract/SMSList.h"
@@ -24,7 +25,7 @@ inline constexpr char messagesInterfaceName[] = "com.tovek.SMService.Messages1";
 
 /// Rows in one page of GetQueue.
 inline constexpr quint32 queuePageRows = 4000;
-/// Rows in one page of GetOutcomes and GetReceived at most.
+/// Rows in one page of GetOutcomes, GetReceived, GetHistory and GetInbox at most.
 inline constexpr quint32 maxPageRows = 1000;
 
 /// How long a call may take before it counts as failed, in milliseconds.
@@ -59,6 +60,16 @@ QDBusArgument &operator<<(QDBusArgument &argument, const ReceivedMessage &messag
 const QDBusArgument &operator>>(const QDBusArgument &argument, ReceivedMessage &message);
 QDBusArgument &operator<<(QDBusArgument &argument, const OptOut &optOut);
 const QDBusArgument &operator>>(const QDBusArgument &argument, OptOut &optOut);
+QDBusArgument &operator<<(QDBusArgument &argument, const HistoryRow &row);
+const QDBusArgument &operator>>(const QDBusArgument &argument, HistoryRow &row);
+QDBusArgument &operator<<(QDBusArgument &argument, const HistoryEvent &event);
+const QDBusArgument &operator>>(const QDBusArgument &argument, HistoryEvent &event);
+QDBusArgument &operator<<(QDBusArgument &argument, const HistoryDay &day);
+const QDBusArgument &operator>>(const QDBusArgument &argument, HistoryDay &day);
+QDBusArgument &operator<<(QDBusArgument &argument, const DeliveryDelay &delay);
+const QDBusArgument &operator>>(const QDBusArgument &argument, DeliveryDelay &delay);
+QDBusArgument &operator<<(QDBusArgument &argument, const FailureReason &reason);
+const QDBusArgument &operator>>(const QDBusArgument &argument, FailureReason &reason);
 
 } // namespace norvane
 
@@ -68,3 +79,8 @@ Q_DECLARE_METATYPE(norvane::QueueRow)
 Q_DECLARE_METATYPE(norvane::OutcomeRow)
 Q_DECLARE_METATYPE(norvane::ReceivedMessage)
 Q_DECLARE_METATYPE(norvane::OptOut)
+Q_DECLARE_METATYPE(norvane::HistoryRow)
+Q_DECLARE_METATYPE(norvane::HistoryEvent)
+Q_DECLARE_METATYPE(norvane::HistoryDay)
+Q_DECLARE_METATYPE(norvane::DeliveryDelay)
+Q_DECLARE_METATYPE(norvane::FailureReason)

@@ -49,7 +49,7 @@ const std::map<std::string, std::vector<Folders>> levels = {
       {"store", "modem/codec"},
       {"modem/at"},
       {"modem/manager"},
-      {"modem/device", "reports"},
+      {"modem/device", "history", "reports"},
       {"dispatch"},
       {"bus"},
       {"admin"},

@@ -1,6 +1,11 @@
 #include "TovekSMService/bus/MessagesService.h"
 
 #include "TovekSMService/dispatch/Dispatcher.h"
+#include "TovekSMService/history/HistoryPages.h"
+#include "TovekSMService/history/HistorySteps.h"
+#include "TovekSMService/history/HistorySummary.h"
+#include "TovekSMService/history/InboxPages.h"
+#include "TovekSMService/history/QueryLimit.h"
 #include "TovekSMService/store/Store.h"
 
 #include <algorithm>
@@ -31,8 +36,11 @@ QVariantList output(const Value &value)
 MessagesService::MessagesService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
                                  const Clock &clock, QObject *parent)
     : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
-      m_calls(bus, dispatcher, clock)
+      m_calls(bus, dispatcher, clock), m_historyPacer(clock.time())
 {
+    connect(&m_historyPacer, &HistoryChangePacer::report, this, &MessagesService::HistoryChanged);
+    connect(&dispatcher, &Dispatcher::historyChanged, &m_historyPacer,
+            &HistoryChangePacer::historyChanged);
     connect(&dispatcher, &Dispatcher::deliveryChanged, this, [this](const DeliveryChange &change) {
         Q_EMIT DeliveryChanged(change.message, QString::fromLatin1(nameOf(change.state)),
                                change.at);
@@ -80,7 +88,10 @@ bool MessagesService::isSearchable(const QString &text) const
 void MessagesService::MarkRead(const QList<qlonglong> &ids)
 {
     carryOut([this, ids] {
-        return m_store.received().markRead(ids).map([] { return QVariantList(); });
+        return m_store.received().markRead(ids).map([this] {
+            m_dispatcher.noticeHistoryChange();
+            return QVariantList();
+        });
     });
 }
 
@@ -97,15 +108,119 @@ bool MessagesService::AddOptOut(const QString &phone)
         return {};
     }
     carryOut([this, phone] {
-        return m_dispatcher.optOuts().add(phone, m_clock.wallClockText()).map(output<bool>);
+        return m_dispatcher.optOuts().add(phone, m_clock.wallClockText()).map([this](bool added) {
+            return changed(added);
+        });
     });
+    return {}; // not sent
+}
+
+/// The output of a call by which the history may have changed.
+QVariantList MessagesService::changed(bool hasChanged)
+{
+    if (hasChanged)
+        m_dispatcher.noticeHistoryChange();
+    return {hasChanged};
+}
+
+bool MessagesService::IsOptedOut(const QString &phone)
+{
+    carryOut([this, phone] { return m_dispatcher.optOuts().contains(phone).map(output<bool>); });
     return {}; // not sent
 }
 
 bool MessagesService::RemoveOptOut(const QString &phone)
 {
-    carryOut([this, phone] { return m_dispatcher.optOuts().remove(phone).map(output<bool>); });
+    carryOut([this, phone] {
+        return m_dispatcher.optOuts().remove(phone).map(
+            [this](bool removed) { return changed(removed); });
+    });
     return {}; // not sent
+}
+
+BusHistoryRows MessagesService::GetHistory(const QString &from, const QString &to,
+                                           const QString &text, uint states, const QString &after,
+                                           const QString &until, uint limit, QString & /*next*/)
+{
+    const auto begin = HistoryCursor::of(after);
+    const auto end = HistoryCursor::of(until);
+    if (!isSearchable(text) || !isUnderstood((states & ~allMessageStates) == 0 && begin && end))
+        return {};
+    carryOut([this, filter = HistoryFilter{from, to, text, MessageStates::fromInt(states)}, begin,
+              end = until.isEmpty() ? std::nullopt : end, limit] {
+        return HistoryPages(m_store.database(), QueryLimit(m_clock.time()))
+            .page(filter, *begin, end, static_cast<int>(pageLength(limit)))
+            .map([](const HistoryPage &page) {
+                return QVariantList{QVariant::fromValue(page.rows),
+                                    page.next ? page.next->text() : QString()};
+            });
+    });
+    return {}; // not sent
+}
+
+BusHistoryRows MessagesService::GetHistoryOf(const QList<qlonglong> &ids)
+{
+    if (!isUnderstood(ids.size() <= qsizetype{Bus::maxPageRows}))
+        return {};
+    carryOut([this, ids] {
+        return HistoryPages(m_store.database(), QueryLimit(m_clock.time()))
+            .of(ids)
+            .map(output<BusHistoryRows>);
+    });
+    return {}; // not sent
+}
+
+BusHistoryEvents MessagesService::GetSteps(qlonglong id)
+{
+    carryOut([this, id] {
+        return HistorySteps(m_store.database()).of(id).map(output<BusHistoryEvents>);
+    });
+    return {}; // not sent
+}
+
+BusHistoryDays MessagesService::GetSummary(const QString &from, const QString &to,
+                                           BusDeliveryDelays & /*delays*/,
+                                           BusFailureReasons & /*reasons*/)
+{
+    carryOut([this, from, to] {
+        return HistorySummary(m_store.database(), QueryLimit(m_clock.time()))
+            .of(from, to)
+            .map([](const HistoryNumbers &numbers) {
+                return QVariantList{QVariant::fromValue(numbers.days),
+                                    QVariant::fromValue(numbers.delays),
+                                    QVariant::fromValue(numbers.reasons)};
+            });
+    });
+    return {}; // not sent
+}
+
+BusReceivedMessages MessagesService::GetInbox(const QString &from, const QString &to,
+                                              const QString &text, bool unreadOnly,
+                                              const QString &after, const QString &until,
+                                              uint limit, QString & /*next*/)
+{
+    const auto begin = InboxCursor::of(after);
+    const auto end = InboxCursor::of(until);
+    if (!isSearchable(text) || !isUnderstood(begin && end))
+        return {};
+    carryOut([this, filter = InboxFilter{from, to, text, unreadOnly}, begin,
+              end = until.isEmpty() ? std::nullopt : end, limit] {
+        return InboxPages(m_store.database(), QueryLimit(m_clock.time()))
+            .page(filter, *begin, end, static_cast<int>(pageLength(limit)))
+            .map([](const InboxPage &page) {
+                return QVariantList{QVariant::fromValue(page.rows),
+                                    page.next ? page.next->text() : QString()};
+            });
+    });
+    return {}; // not sent
+}
+
+/// A call that isn't has its answer.
+bool MessagesService::isUnderstood(bool isValid) const
+{
+    if (!isValid)
+        sendErrorReply(QDBusError::InvalidArgs, u"an argument is none that may be given"_s);
+    return isValid;
 }
 
 void MessagesService::carryOut(const StoreCalls::Step &step, const StoreCalls::Refusal &refusal)

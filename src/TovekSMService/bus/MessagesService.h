@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/bus/HistoryChangePacer.h"
 #include "TovekSMService/bus/StoreCalls.h"
 #include "contract/BusTypes.h"
 
@@ -32,8 +33,20 @@ public:
     BusOptOuts GetOptOuts();
     bool AddOptOut(const QString &phone);
     bool RemoveOptOut(const QString &phone);
+    BusHistoryRows GetHistory(const QString &from, const QString &to, const QString &text,
+                              uint states, const QString &after, const QString &until, uint limit,
+                              QString &next);
+    BusHistoryRows GetHistoryOf(const QList<qlonglong> &ids);
+    BusHistoryEvents GetSteps(qlonglong id);
+    BusHistoryDays GetSummary(const QString &from, const QString &to, BusDeliveryDelays &delays,
+                              BusFailureReasons &reasons);
+    BusReceivedMessages GetInbox(const QString &from, const QString &to, const QString &text,
+                                 bool unreadOnly, const QString &after, const QString &until,
+                                 uint limit, QString &next);
+    bool IsOptedOut(const QString &phone);
 
 Q_SIGNALS:
+    void HistoryChanged();
     void DeliveryChanged(qlonglong id, const QString &state, const QString &at);
     void Received(qlonglong id, const QString &phone, const QString &text, const QString &at);
 
@@ -51,7 +64,11 @@ private:
     /// Whether a text isn't too long to be looked for; a call with one that is has its answer.
     bool isSearchable(const QString &text) const;
 
+    QVariantList changed(bool hasChanged);
+    bool isUnderstood(bool isValid) const;
+
     StoreCalls m_calls;
+    HistoryChangePacer m_historyPacer;
 };
 
 } // namespace norvane

@@ -50,6 +50,11 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(&m_mail, &MailKeeper::received, this, &Dispatcher::received);
 
     connect(&m_outbox, &Outbox::queueChanged, this, &Dispatcher::queueChanged);
+    connect(this, &Dispatcher::queueChanged, this, &Dispatcher::historyChanged);
+    connect(&m_mail, &MailKeeper::deliveryChanged, this, &Dispatcher::noticeHistoryChange);
+    connect(&m_mail, &MailKeeper::received, this, &Dispatcher::noticeHistoryChange);
+    connect(&m_pruner, &OutcomePruner::forgotten, this, &Dispatcher::historyChanged);
+    connect(&m_presence, &EnginePresence::historyChanged, this, &Dispatcher::historyChanged);
     connect(&m_outbox, &Outbox::sent, this, &Dispatcher::sent);
     connect(&m_outbox, &Outbox::sendingFailed, this, &Dispatcher::sendingFailed);
     connect(&m_outbox, &Outbox::warning, this, &Dispatcher::warning);
@@ -167,6 +172,12 @@ void Dispatcher::noticeQueueChange()
     // Whoever changed the queue is answered first: what begins now has a commit and a line of its
     // own to wait for.
     workLater();
+}
+
+void Dispatcher::noticeHistoryChange()
+{
+    Q_EMIT historyChanged();
+    m_presence.passOnHistoryChange();
 }
 
 void Dispatcher::warnTooLate()

@@ -68,6 +68,8 @@ public:
     OptOuts &optOuts() { return m_optOuts; }
     /// The queue was changed from outside. What is to be done about it begins from the event loop.
     void noticeQueueChange();
+    /// Received messages or the list of opt-outs were changed from outside.
+    void noticeHistoryChange();
     /// Tells that an edit or a deletion came after its message had begun to be sent.
     void warnTooLate();
     /// Raises a warning where someone listens, and keeps it until it is acknowledged.
@@ -116,6 +118,8 @@ Q_SIGNALS:
     void statusChanged(int status);
     void deviceInfo(const DeviceDetails &details);
     void queueChanged();
+    /// Something in queue, outcomes, received messages or opt-outs became different.
+    void historyChanged();
     /// The queue can be used, if it is shared.
     void queueOpened();
     void sent(const QString &phone, const QString &text, int queueCount);

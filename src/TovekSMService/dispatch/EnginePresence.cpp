@@ -13,6 +13,7 @@
 #include "contract/ErrorCodes.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace norvane {
 
@@ -140,16 +141,35 @@ void EnginePresence::passOnNews()
         m_news.start(m_newsMs);
 }
 
+void EnginePresence::passOnHistoryChange()
+{
+    m_hasHistoryChanged = m_store.isShared();
+    if (m_hasHistoryChanged && !m_news.isActive())
+        m_news.start(m_newsMs);
+}
+
 void EnginePresence::announceNews()
 {
     if (m_store.database().access() != StoreDatabase::Access::Whole)
         return;
-    if (const StoreResult<> announced = m_store.sharedQueue()->announceNews(); !announced)
+    const bool withHistory = std::exchange(m_hasHistoryChanged, false);
+    const StoreResult<> announced =
+        m_store.sharedQueue()->announceNews().and_then([&]() -> StoreResult<> {
+            return withHistory ? m_store.sharedQueue()->announceHistory() : StoreResult<>();
+        });
+    if (!announced) {
+        m_hasHistoryChanged = withHistory;
         m_outbox.noteStoreFailure(announced.error());
+    }
 }
 
 void EnginePresence::takeNews(const QStringList &news)
 {
+    if (news.contains(QueueNews::ofHistory())) {
+        Q_EMIT historyChanged();
+        if (news.count(QueueNews::ofHistory()) == news.size())
+            return;
+    }
     if (const StoreResult<> taken = m_store.sharedQueue()->takeNews(news); !taken)
         m_outbox.noteStoreFailure(taken.error());
     m_outbox.reportQueueChange();

@@ -39,12 +39,16 @@ public:
     const QString &fault() const { return m_fault; }
     /// Tells the others what became different here, soon.
     void passOnNews();
+    /// The same of what isn't in the queue.
+    void passOnHistoryChange();
 
 Q_SIGNALS:
     /// The database can be used.
     void opened();
     /// The queue can be used, or was changed by other engines.
     void changed();
+    /// Other engines changed what isn't in the queue.
+    void historyChanged();
 
 private:
     StoreResult<> onOpened();
@@ -65,6 +69,7 @@ private:
     const int m_lifeMs;
     const int m_newsMs;
     QString m_fault;
+    bool m_hasHistoryChanged = false; ///< and the others haven't been told
     Timer m_life;
     Timer m_news;
 };

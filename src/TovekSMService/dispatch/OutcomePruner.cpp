@@ -18,11 +18,12 @@ OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, con
 
 void OutcomePruner::step()
 {
-    const StoreResult<int> forgotten = forget(m_clock.wallClockText(-m_keepSeconds));
-    if (!forgotten)
-        qCWarning(logDispatch).noquote()
-            << "old outcomes stay for now:" << forgotten.error().text();
-    m_timer.start(forgotten.value_or(0) < m_pace.rows ? m_pace.restMs : m_pace.stepMs);
+    const StoreResult<int> rows = forget(m_clock.wallClockText(-m_keepSeconds));
+    if (!rows)
+        qCWarning(logDispatch).noquote() << "old outcomes stay for now:" << rows.error().text();
+    if (rows.value_or(0) > 0)
+        Q_EMIT forgotten();
+    m_timer.start(rows.value_or(0) < m_pace.rows ? m_pace.restMs : m_pace.stepMs);
 }
 
 /// Gives how much was forgotten of what there is most of.
@@ -35,9 +36,13 @@ StoreResult<int> OutcomePruner::forget(const QString &before)
             return failed(pruned.error());
         return m_store.outcomes().prune(before, m_pace.rows).and_then([&](int outcomes) {
             return m_store.sentParts().prune(before, m_pace.rows).and_then([&](int parts) {
-                return m_store.received().prune(before, m_pace.rows).map([&](int received) {
-                    return std::max({outcomes, parts, received});
-                });
+                return m_store.queue()
+                    .pruneAttempts(before, m_pace.rows)
+                    .and_then([&](int attempts) {
+                        return m_store.received().prune(before, m_pace.rows).map([&](int received) {
+                            return std::max({outcomes, parts, attempts, received});
+                        });
+                    });
             });
         });
     });

@@ -27,6 +27,10 @@ public:
     /// @param store, clock  must outlive this object
     OutcomePruner(Store &store, const Clock &clock, int keepDays, const Pace &pace);
 
+Q_SIGNALS:
+    /// A step has forgotten something.
+    void forgotten();
+
 private:
     void step();
     StoreResult<int> forget(const QString &before);

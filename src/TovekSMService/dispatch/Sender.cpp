@@ -190,7 +190,7 @@ void Sender::onPartFailed(const SendFailure &failure)
         failLeaving(message, ErrorCode::noRespond);
     else if (isOfDevice(failure, message.id))
         giveUpDevice(current, failure);
-    else if (failure.rule.treatment == Treatment::Permanent || !retry(message))
+    else if (failure.rule.treatment == Treatment::Permanent || !retry(message, code))
         failLeaving(message, code);
 }
 
@@ -212,9 +212,10 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
     const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen;
     if (makesWay)
         m_refused.insert(message.id, false);
-    const Settlement settlement = makesWay ? postponed(message, Settlement::Fate::MadeWay,
-                                                       message.attempts, m_retries.messageDelay(1))
-                                           : settlementOf(message, Settlement::Fate::Returned);
+    Settlement settlement = makesWay ? postponed(message, Settlement::Fate::MadeWay,
+                                                 message.attempts, m_retries.messageDelay(1))
+                                     : settlementOf(message, Settlement::Fate::Returned);
+    settlement.code = failure.rule.code;
     Outbox::Entry entry = entryOf({settlement}, [this, makesWay](const QList<qint64> &) {
         if (makesWay)
             m_outbox.reportQueueChange();
@@ -243,6 +244,7 @@ Settlement Sender::postponed(const StoredMessage &message, Settlement::Fate fate
 {
     Settlement settlement = settlementOf(message, fate);
     settlement.attempts = attempts;
+    settlement.partsSent = message.partsSent;
     settlement.nextAttempt = m_clock.wallClockText(delay);
     return settlement;
 }
@@ -266,7 +268,7 @@ Outbox::Entry Sender::entryOf(QList<Settlement> settlements,
 
 /// Reschedules the message.
 /// @return false where it has no attempt or no time left
-bool Sender::retry(const StoredMessage &message)
+bool Sender::retry(const StoredMessage &message, qint32 code)
 {
     const int attempts = message.attempts + 1;
     if (!m_retries.mayRetry(attempts))
@@ -274,8 +276,9 @@ bool Sender::retry(const StoredMessage &message)
     const qint64 delay = m_retries.messageDelay(attempts);
     if (m_scheduler.isTooLate(message, m_clock.wallClockText(delay)))
         return false;
-    commit(entryOf({postponed(message, Settlement::Fate::Postponed, attempts, delay)},
-                   [this](const QList<qint64> &) { m_outbox.reportQueueChange(); }));
+    Settlement later = postponed(message, Settlement::Fate::Postponed, attempts, delay);
+    later.code = code;
+    commit(entryOf({later}, [this](const QList<qint64> &) { m_outbox.reportQueueChange(); }));
     return true;
 }
 

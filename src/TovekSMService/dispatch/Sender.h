@@ -95,7 +95,7 @@ private:
     void onPartFailed(const SendFailure &failure);
     bool isOfDevice(const SendFailure &failure, qint64 id) const;
     void giveUpDevice(const LeavingMessage &current, const SendFailure &failure);
-    bool retry(const StoredMessage &message);
+    bool retry(const StoredMessage &message, qint32 code);
     void failLeaving(const StoredMessage &message, qint32 code);
     void failWaiting(const StoredMessage &message, qint32 code);
     bool mayBeInterrupted() const;

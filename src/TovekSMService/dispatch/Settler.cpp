@@ -59,6 +59,15 @@ StoreResult<> Settler::settleSent(const QList<Settlement> &settlements)
     return settled;
 }
 
+/// One that was kept at home by an earlier version doesn't say why.
+StoreResult<> Settler::keepAttempt(const Settlement &settlement)
+{
+    if (settlement.code == 0)
+        return {};
+    return m_queue.keepAttempt(settlement.message,
+                               {settlement.at, settlement.partsSent + 1, settlement.code});
+}
+
 StoreResult<qint64> Settler::settleOther(const Settlement &settlement)
 {
     const auto noOutcome = [] { return qint64{0}; };
@@ -73,9 +82,13 @@ StoreResult<qint64> Settler::settleOther(const Settlement &settlement)
     case Fate::Failed:
         return m_queue.finish(id, settlement.code, std::nullopt, settlement.at, false);
     case Fate::Postponed:
-        return m_queue.postpone(id, settlement.attempts, settlement.nextAttempt).map(noOutcome);
+        return m_queue.postpone(id, settlement.attempts, settlement.nextAttempt)
+            .and_then([&] { return keepAttempt(settlement); })
+            .map(noOutcome);
     case Fate::MadeWay:
-        return m_queue.makeWay(id, settlement.attempts, settlement.nextAttempt).map(noOutcome);
+        return m_queue.makeWay(id, settlement.attempts, settlement.nextAttempt)
+            .and_then([&] { return keepAttempt(settlement); })
+            .map(noOutcome);
     case Fate::Returned:
         return m_queue.cancel({id}).map(noOutcome);
     }

@@ -23,6 +23,7 @@ public:
 
 private:
     StoreResult<> settleSent(const QList<Settlement> &settlements);
+    StoreResult<> keepAttempt(const Settlement &settlement);
     StoreResult<qint64> settleOther(const Settlement &settlement);
 
     MessageQueue &m_queue;

@@ -27,8 +27,9 @@ QString defaultName(const QString &host, const EngineName &name, const EngineFol
 std::unique_ptr<Store> makeStore(const EngineSettings &settings, const EngineName &name,
                                  const EngineFolder &folder, const Clock &clock)
 {
+    const auto now = [&clock](qint64 seconds) { return clock.wallClockText(seconds); };
     if (settings.queueDatabase.isEmpty())
-        return std::make_unique<Store>(folder.storeFile());
+        return std::make_unique<Store>(folder.storeFile(), now);
     const QString host = QSysInfo::machineHostName();
     const SharedStore shared = {
         settings.queueDatabase,
@@ -36,7 +37,7 @@ std::unique_ptr<Store> makeStore(const EngineSettings &settings, const EngineNam
          host + u':' + folder.path(),
          QString::fromLatin1(QSysInfo::machineUniqueId()) + u':' + folder.path()},
         settings.sameSender,
-        [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
+        now};
     return std::make_unique<Store>(folder.storeFile(), shared, clock.time());
 }
 

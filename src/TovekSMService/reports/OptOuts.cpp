@@ -42,6 +42,14 @@ StoreResult<QSet<QString>> OptOuts::keys() const
     });
 }
 
+StoreResult<bool> OptOuts::contains(const QString &phone) const
+{
+    return keys().map([&](const QSet<QString> &present) {
+        const QString key = keyOf(phone);
+        return !key.isEmpty() && present.contains(key);
+    });
+}
+
 QString OptOuts::keyOf(const QString &phone) const
 {
     return PhoneNumber::key(phone, m_countryPrefix);

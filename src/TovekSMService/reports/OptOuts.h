@@ -24,6 +24,7 @@ public:
     [[nodiscard]] StoreResult<bool> remove(const QString &phone);
     /// In the order in which they came.
     [[nodiscard]] StoreResult<QList<OptOut>> all() const { return m_list.all(); }
+    [[nodiscard]] StoreResult<bool> contains(const QString &phone) const;
     /// What keyOf() gives for each of them.
     [[nodiscard]] StoreResult<QSet<QString>> keys() const;
     /// The form in which a number is compared.

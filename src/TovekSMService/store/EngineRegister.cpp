@@ -108,12 +108,13 @@ StoreResult<QList<TakenOver>> EngineRegister::finishHeld(const Silent &engine, q
 {
     const auto taken = m_database.rows(
         "WITH gone AS (DELETE FROM message WHERE engine = ? AND (state = 1 OR ?) "
-        "RETURNING id, original_date, phone, text, engine, epoch), "
+        "RETURNING id, original_date, phone, text, engine, epoch, queued_at), "
         "ended AS (UPDATE engine SET epoch = epoch + 1, queued = queued - (SELECT count(*) FROM "
         "gone) WHERE id = ? AND EXISTS (SELECT 1 FROM gone)), "
         "kept AS (INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, "
-        "engine, epoch, reporter) SELECT id, original_date, phone, text, ?::int, ?::text, 0, "
-        "engine, epoch, ?::int FROM gone ORDER BY id RETURNING id, phone, text, message_id) "
+        "engine, epoch, reporter, queued_at) SELECT id, original_date, phone, text, ?::int, "
+        "?::text, 0, engine, epoch, ?::int, queued_at FROM gone ORDER BY id RETURNING id, phone, "
+        "text, message_id) "
         "SELECT phone, text, id, message_id FROM kept ORDER BY id",
         {engine.id, engine.isLost, engine.id, code, at, m_id}, [&](const StoreRow &row) {
             return TakenOver{engine.name, row.value(0).toString(), row.value(1).toString(),

@@ -36,6 +36,7 @@ StoreResult<QList<qint64>> LocalQueue::insert(const QList<QueueRow> &messages)
 {
     QList<qint64> ids;
     ids.reserve(messages.size());
+    const QString now = m_now(0);
     QString given;
     QString due;
     for (const QueueRow &message : messages) {
@@ -45,8 +46,8 @@ StoreResult<QList<qint64>> LocalQueue::insert(const QList<QueueRow> &messages)
         }
         const StoreResult<qint64> id =
             m_database.insert("INSERT INTO message (delivery_date, original_date, due, phone, "
-                              "text) VALUES (?, ?, ?, ?, ?)",
-                              {given, given, due, message.phone, message.message});
+                              "text, queued_at) VALUES (?, ?, ?, ?, ?, ?)",
+                              {given, given, due, message.phone, message.message, now});
         if (!id)
             return failed(id.error());
         ids.append(*id);

@@ -12,8 +12,9 @@ class LocalQueue : public MessageQueue
 public:
     /// @param database  must outlive this object
     /// @param outcomes  of the same database; must outlive this object
-    LocalQueue(StoreDatabase &database, Outcomes &outcomes)
-        : MessageQueue(database), m_outcomes(outcomes)
+    /// @param now       see MessageQueue
+    LocalQueue(StoreDatabase &database, Outcomes &outcomes, const Now &now)
+        : MessageQueue(database, now), m_outcomes(outcomes)
     {}
 
     StoreResult<> load() override;

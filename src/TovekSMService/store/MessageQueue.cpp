@@ -151,6 +151,24 @@ StoreResult<> MessageQueue::addBatch(const QList<QueueRow> &messages, const QStr
     });
 }
 
+StoreResult<> MessageQueue::keepAttempt(StoreDatabase &database, qint64 id,
+                                        const FailedAttempt &attempt)
+{
+    return database.write("INSERT INTO attempt (message_id, at, part, code) VALUES (?, ?, ?, ?) "
+                          "ON CONFLICT DO NOTHING",
+                          {id, attempt.at, attempt.part, attempt.code});
+}
+
+StoreResult<int> MessageQueue::pruneAttempts(const QString &before, int max)
+{
+    return m_database.writeAndCount(
+        "DELETE FROM attempt WHERE (message_id, at, part) IN (SELECT message_id, at, part "
+        "FROM attempt WHERE at < ? AND NOT EXISTS (SELECT 1 FROM outcome "
+        "WHERE outcome.message_id = attempt.message_id) AND NOT EXISTS (SELECT 1 FROM message "
+        "WHERE message.id = attempt.message_id) LIMIT ?)",
+        {before, max});
+}
+
 StoreResult<std::optional<StoredMessage>> MessageQueue::first() const
 {
     return first(1).map([](const QList<StoredMessage> &messages) {

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace norvane {
 
@@ -50,13 +51,24 @@ struct SentMessage
     QString at;                          ///< "yyyy-MM-ddTHH:mm:ss"
 };
 
+/// An attempt to send a part that failed, and that another one follows.
+struct FailedAttempt
+{
+    QString at; ///< "yyyy-MM-ddTHH:mm:ss"
+    int part = 1;
+    qint32 code = 0; ///< why
+};
+
 /// The messages that are to be sent, in the order in which they are. What is being sent belongs to
 /// them. What fails has changed nothing.
 class MessageQueue
 {
 public:
+    using Now = std::function<QString(qint64 seconds)>;
+
     /// @param database  must outlive this object
-    explicit MessageQueue(StoreDatabase &database) : m_database(database) {}
+    /// @param now       the wall clock so many seconds from now, "yyyy-MM-ddTHH:mm:ss"
+    MessageQueue(StoreDatabase &database, Now now) : m_database(database), m_now(std::move(now)) {}
     MessageQueue(const MessageQueue &) = delete;
     MessageQueue &operator=(const MessageQueue &) = delete;
     virtual ~MessageQueue() = default;
@@ -134,6 +146,14 @@ public:
     /// Lets the message make way for others until that moment: the device refuses it, for its own
     /// sake or the message's.
     [[nodiscard]] virtual StoreResult<> makeWay(qint64 id, int attempts, const QString &until) = 0;
+    /// Keeps, once, what postpone() or makeWay() followed.
+    [[nodiscard]] StoreResult<> keepAttempt(qint64 id, const FailedAttempt &attempt)
+    {
+        return keepAttempt(m_database, id, attempt);
+    }
+    /// The same in either place that a queue can be in.
+    [[nodiscard]] static StoreResult<> keepAttempt(StoreDatabase &database, qint64 id,
+                                                   const FailedAttempt &attempt);
     /// Takes the message out of the queue and keeps its outcome, see Outcomes::keep().
     /// @return the outcome's id
     [[nodiscard]] virtual StoreResult<qint64> finish(qint64 id, qint32 code,
@@ -143,6 +163,10 @@ public:
     [[nodiscard]] virtual StoreResult<> finishSent(const QList<SentMessage> &messages) = 0;
     /// Forgets what served its turn, in a step of so many rows.
     [[nodiscard]] virtual StoreResult<> prune(int /*max*/) { return {}; }
+    /// Forgets attempts from before this moment whose messages are gone, and their outcomes too.
+    /// @param max  attempts to forget in this step
+    /// @return how many were forgotten
+    [[nodiscard]] StoreResult<int> pruneAttempts(const QString &before, int max);
     /// Messages of which a part was about to leave when the engine ended.
     [[nodiscard]] virtual StoreResult<QList<StoredMessage>> interrupted() const = 0;
 
@@ -167,6 +191,7 @@ protected:
     void noteAll() { m_journal.noteAll(); }
 
     StoreDatabase &m_database;
+    const Now m_now;
 
 private:
     qint32 m_size = 0;

@@ -85,7 +85,11 @@ StoreResult<> Outcomes::markReported(const QList<qint64> &outcomes)
 
 StoreResult<int> Outcomes::prune(const QString &before, int max)
 {
-    return m_database.writeAndCount(StoreQueries::pruneOutcomes, {before, max});
+    return m_database.together([&] {
+        return m_database.write(StoreQueries::noteForgotten, {before, max}).and_then([&] {
+            return m_database.writeAndCount(StoreQueries::pruneOutcomes, {before, max});
+        });
+    });
 }
 
 StoreResult<std::optional<LastFailure>> Outcomes::lastFailure() const

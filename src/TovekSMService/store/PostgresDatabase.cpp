@@ -203,12 +203,12 @@ StoreResult<PostgresConnection::Answer> PostgresDatabase::sync() const
     return answer;
 }
 
-StoreResult<> PostgresDatabase::begin()
+StoreResult<> PostgresDatabase::begin(const char *statement)
 {
     if (!m_connection || m_connection->isLost())
         return failed(notOpen());
     m_isFailed = false;
-    m_connection->send("BEGIN");
+    m_connection->send(statement);
     return {};
 }
 

@@ -56,6 +56,7 @@ public:
     /// answered before that.
     void ask(const char *text, const QVariantList &values, const PostgresConnection::Take &take);
 
+    Kind kind() const override { return Kind::Server; }
     Access access() const override { return m_connection ? Access::Whole : Access::None; }
     Reopening reopening() const override { return Reopening::ByItself; }
     StoreResult<> probe() override;
@@ -65,7 +66,12 @@ private:
     /// What a thread that connects gives.
     struct Attempt;
 
-    StoreResult<> begin() override;
+    StoreResult<> begin() override { return begin("BEGIN"); }
+    StoreResult<> beginLook() override
+    {
+        return begin("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
+    }
+    StoreResult<> begin(const char *statement);
     StoreResult<> commit() override;
     void rollBack() override;
     StoreResult<> carryOut(const char *text, const QVariantList &values) override;

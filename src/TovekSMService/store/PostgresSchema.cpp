@@ -156,7 +156,48 @@ CREATE TABLE opt_out (
  phone text NOT NULL UNIQUE,
  at text NOT NULL))";
 
-constexpr std::array<const char *, PostgresSchema::latestVersion> migrations = {version1};
+// outcome_search: the texts in which outcomes are looked for, as TextFold makes them; its index is
+// made by whoever may.
+constexpr char version2[] = R"(
+ALTER TABLE message ADD COLUMN queued_at text COLLATE "C" NOT NULL DEFAULT '';
+ALTER TABLE outcome ADD COLUMN queued_at text COLLATE "C" NOT NULL DEFAULT '';
+ALTER TABLE moved_out ADD COLUMN queued_at text NOT NULL DEFAULT '',
+ ADD COLUMN failures text NOT NULL DEFAULT '';
+
+DROP INDEX outcome_by_time;
+CREATE INDEX outcome_by_time ON outcome (at, reported, id);
+CREATE INDEX outcome_unsuccessful ON outcome (id) WHERE code <> 1 OR delivery = 3;
+
+CREATE TABLE attempt (
+ message_id bigint NOT NULL,
+ at text COLLATE "C" NOT NULL,
+ part integer NOT NULL,
+ code integer NOT NULL,
+ PRIMARY KEY (message_id, at, part));
+CREATE INDEX attempt_by_time ON attempt (at);
+
+CREATE TABLE outcome_search (id bigint PRIMARY KEY, folded text COLLATE "C" NOT NULL);
+CREATE TABLE outcome_forgotten (
+ id bigint PRIMARY KEY, phone text NOT NULL, text text NOT NULL))";
+
+// Roles that work with the tables of the first version work with these as well.
+constexpr char grantsOfVersion2[] = R"(
+DO $$ DECLARE role text; BEGIN
+ FOR role IN SELECT DISTINCT CASE grantee WHEN 'PUBLIC' THEN 'PUBLIC' ELSE quote_ident(grantee) END
+  FROM information_schema.role_table_grants
+  WHERE table_schema = current_schema() AND table_name = 'outcome' AND privilege_type = 'INSERT'
+  AND grantee <> current_user
+ LOOP
+  EXECUTE 'GRANT SELECT, INSERT, UPDATE, DELETE ON attempt, outcome_search, outcome_forgotten TO '
+   || role;
+ END LOOP;
+END $$)";
+
+constexpr std::array<const char *, PostgresSchema::latestVersion> migrations = {version1, version2};
+
+/// What follows a step and is one statement, whatever it holds.
+constexpr std::array<const char *, PostgresSchema::latestVersion> followUps = {nullptr,
+                                                                               grantsOfVersion2};
 
 StoreResult<int> versionOf(PostgresConnection &connection)
 {
@@ -181,7 +222,10 @@ StoreResult<> migrateFrom(PostgresConnection &connection, int version)
 {
     StoreResult<> done;
     for (; done && version < PostgresSchema::latestVersion; ++version) {
-        done = connection.execute(migrations.at(static_cast<std::size_t>(version))).and_then([&] {
+        const auto step = static_cast<std::size_t>(version);
+        done = connection.execute(migrations.at(step)).and_then([&] {
+            if (followUps.at(step) != nullptr)
+                connection.send(followUps.at(step));
             return connection.execute("INSERT INTO schema_version VALUES (" +
                                       QByteArray::number(version + 1) + ")");
         });

@@ -6,6 +6,7 @@
 #include "TovekSMService/store/Store.h"
 #include "contract/ErrorCodes.h"
 
+#include <QStringList>
 #include <QUuid>
 
 namespace norvane {
@@ -15,6 +16,25 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int stateLeaving = 1;
+
+/// The attempts of a message of `table` as one text, with the function that joins texts.
+#define NORVANE_FAILURES(join, table)                                                              \
+    "coalesce((SELECT " join "(at || ' ' || code || ' ' || part, ',') FROM attempt "               \
+    "WHERE message_id = " table ".id), '')"
+
+/// Keeps the attempts of such a text.
+StoreResult<> keepAttempts(StoreDatabase &database, qint64 message, const QString &failures)
+{
+    StoreResult<> kept;
+    const QStringList attempts = failures.split(u',', Qt::SkipEmptyParts);
+    for (auto each = attempts.cbegin(); kept && each != attempts.cend(); ++each) {
+        const QStringList fields = each->split(u' ');
+        if (fields.size() == 3)
+            kept = MessageQueue::keepAttempt(
+                database, message, {fields.at(0), fields.at(2).toInt(), fields.at(1).toInt()});
+    }
+    return kept;
+}
 
 QVariantList valuesOf(const StoreRow &row)
 {
@@ -75,10 +95,12 @@ StoreResult<int> QueueMove::takeOut()
 #define NORVANE_BATCH "(SELECT id FROM message ORDER BY id LIMIT ?)"
     return m_store.file().together([&] {
         return m_store.file()
-            .writeAndCount("INSERT INTO outgoing SELECT id, delivery_date, original_date, due, "
-                           "phone, text, state, attempts, reference, parts_sent FROM message "
-                           "WHERE id IN " NORVANE_BATCH,
-                           {batchRows})
+            .writeAndCount(
+                "INSERT INTO outgoing SELECT id, delivery_date, original_date, due, "
+                "phone, text, state, attempts, reference, parts_sent, queued_at, " NORVANE_FAILURES(
+                    "group_concat", "message") " FROM message "
+                                               "WHERE id IN " NORVANE_BATCH,
+                {batchRows})
             .and_then([&](int rows) {
                 return m_store.file()
                     .write("DELETE FROM message WHERE id IN " NORVANE_BATCH, {batchRows})
@@ -97,7 +119,7 @@ StoreResult<int> QueueMove::putIn()
 {
     const auto rows = m_store.file().rows(
         "SELECT delivery_date, original_date, due, phone, text, attempts, reference, parts_sent, "
-        "state, id FROM outgoing ORDER BY id",
+        "state, id, queued_at, failures FROM outgoing ORDER BY id",
         {}, valuesOf);
     if (!rows || rows->isEmpty())
         return rows.map([](const auto &) { return 0; });
@@ -123,17 +145,19 @@ StoreResult<> QueueMove::insert(const QVariantList &row)
     if (isInDoubt)
         return m_store.database().write(
             "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, "
-            "engine, epoch, reporter) VALUES (0, ?, ?, ?, ?, ?, 0, ?, 0, ?)",
+            "engine, epoch, reporter, queued_at) VALUES (0, ?, ?, ?, ?, ?, 0, ?, 0, ?, ?)",
             {row.at(1), row.at(3), row.at(4), ErrorCode::noRespond, m_store.now(), engines.id(),
-             engines.id()});
+             engines.id(), row.at(10)});
     const bool isPartlySent = row.at(7).toInt() > 0;
     return m_store.database()
-        .write("INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
-               "reference, parts_sent, engine, epoch, state) "
-               "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-               row.mid(0, 8) + QVariantList{isPartlySent ? QVariant(engines.id()) : QVariant(),
-                                            isPartlySent ? QVariant(engines.epoch()) : QVariant(),
-                                            isPartlySent ? 2 : 0})
+        .insert("INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
+                "reference, parts_sent, engine, epoch, state, queued_at) "
+                "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                row.mid(0, 8) + QVariantList{isPartlySent ? QVariant(engines.id()) : QVariant(),
+                                             isPartlySent ? QVariant(engines.epoch()) : QVariant(),
+                                             isPartlySent ? 2 : 0, row.at(10)})
+        .and_then(
+            [&](qint64 id) { return keepAttempts(m_store.database(), id, row.at(11).toString()); })
         .and_then([&] { return m_store.sharedQueue()->countMoved(1); });
 }
 
@@ -193,7 +217,8 @@ StoreResult<int> QueueMove::takeFromDatabase()
                 "state <> 1 AND (engine IS NULL OR engine = ?) ORDER BY id LIMIT ? FOR UPDATE SKIP "
                 "LOCKED) "
                 "RETURNING *) INSERT INTO moved_out SELECT ?::text, ?::int, id, delivery_date, "
-                "original_date, due, phone, text, attempts, reference, parts_sent FROM gone",
+                "original_date, due, phone, text, attempts, reference, parts_sent, "
+                "queued_at, " NORVANE_FAILURES("string_agg", "gone") " FROM gone",
                 {m_store.engines()->id(), batchRows, newToken(), m_store.engines()->id()})
             .and_then([&](int rows) {
                 return m_store.sharedQueue()->countMoved(-rows).map([rows] { return rows; });
@@ -205,8 +230,8 @@ StoreResult<int> QueueMove::takeFromDatabase()
 StoreResult<int> QueueMove::putIntoFile(const QString &token)
 {
     const auto rows = m_store.database().rows(
-        "SELECT delivery_date, original_date, due, phone, text, attempts, reference, parts_sent "
-        "FROM moved_out WHERE token = ? ORDER BY id",
+        "SELECT delivery_date, original_date, due, phone, text, attempts, reference, parts_sent, "
+        "queued_at, failures FROM moved_out WHERE token = ? ORDER BY id",
         {token}, valuesOf);
     if (!rows)
         return failed(rows.error());
@@ -217,10 +242,7 @@ StoreResult<int> QueueMove::putIntoFile(const QString &token)
             return isNew.map([](int) {});
         StoreResult<> inserted;
         for (auto row = rows->cbegin(); inserted && row != rows->cend(); ++row)
-            inserted = m_store.file().write("INSERT INTO message (delivery_date, original_date, "
-                                            "due, phone, text, attempts, reference, parts_sent) "
-                                            "VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
-                                            *row);
+            inserted = insertIntoFile(*row);
         return inserted;
     });
     return put
@@ -228,6 +250,16 @@ StoreResult<int> QueueMove::putIntoFile(const QString &token)
             return m_store.database().write("DELETE FROM moved_out WHERE token = ?", {token});
         })
         .map([&] { return static_cast<int>(rows->size()); });
+}
+
+StoreResult<> QueueMove::insertIntoFile(const QVariantList &row)
+{
+    return m_store.file()
+        .insert("INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
+                "reference, parts_sent, queued_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                row.mid(0, 9))
+        .and_then(
+            [&](qint64 id) { return keepAttempts(m_store.file(), id, row.at(9).toString()); });
 }
 
 StoreResult<> QueueMove::copyOptOuts(const StoreDatabase &from, StoreDatabase &to)

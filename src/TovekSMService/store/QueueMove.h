@@ -40,6 +40,7 @@ private:
     StoreResult<int> takeOut();
     StoreResult<int> putIn();
     StoreResult<> insert(const QVariantList &row);
+    StoreResult<> insertIntoFile(const QVariantList &row);
     StoreResult<int> takeFromDatabase();
     StoreResult<int> putIntoFile(const QString &token);
     StoreResult<> finishInterrupted();

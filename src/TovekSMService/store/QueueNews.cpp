@@ -15,6 +15,11 @@ QString QueueNews::ofAll()
     return u"*"_s;
 }
 
+QString QueueNews::ofHistory()
+{
+    return u"history"_s;
+}
+
 QString QueueNews::of(QList<qint64> ids)
 {
     std::sort(ids.begin(), ids.end());

@@ -16,6 +16,8 @@ inline constexpr int maxBytes = 7900;
 
 QString of(QList<qint64> ids);
 QString ofAll();
+/// What is no news of messages in the queue: of deliveries, received messages or opt-outs.
+QString ofHistory();
 
 /// @return the ids; nothing if any message may be different, and for what can't be read
 std::optional<QList<qint64>> idsOf(const QString &news);

@@ -25,10 +25,12 @@ struct Settlement
     qint64 epoch = 0; ///< in which the part began to leave; 0 for the present one
     QString phone;
     QString text;
-    qint32 code = 0;                     ///< of a failure
+    qint32 code = 0;                     ///< of a failure, or of an attempt that failed
     std::optional<int> networkReference; ///< of the last part of one that was sent
     QString at;                          ///< "yyyy-MM-ddTHH:mm:ss"
-    int partsSent = 0; ///< with a part that was taken; of one that was sent, before its last part
+    /// With a part that was taken; of one that was sent, before its last part; of one that is sent
+    /// later, so far.
+    int partsSent = 0;
     int attempts = 0;
     QString nextAttempt;
     std::optional<SentPart> part; ///< that was taken, if the network will report about it

@@ -40,8 +40,9 @@ inline constexpr char firstDue[] =
     "SELECT due FROM message WHERE state <> 1 ORDER BY due, id LIMIT 1";
 
 inline constexpr char insert[] =
-    "INSERT INTO message (delivery_date, original_date, due, phone, text) "
-    "SELECT date, date, due, phone, text FROM unnest(?::text[], ?::text[], ?::text[], ?::text[]) "
+    "INSERT INTO message (delivery_date, original_date, due, phone, text, queued_at) "
+    "SELECT date, date, due, phone, text, ?::text FROM unnest(?::text[], ?::text[], ?::text[], "
+    "?::text[]) "
     "WITH ORDINALITY AS new(date, due, phone, text, number) ORDER BY number RETURNING id";
 
 /// A row that gets another phone or text begins anew, and is anybody's.
@@ -98,11 +99,11 @@ inline constexpr char interrupted[] =
 inline constexpr char finish[] =
     "WITH gone AS (DELETE FROM message WHERE id = ? AND ((state = 1 AND engine = ? AND "
     "epoch <= ?) OR (state <> 1 AND (engine IS NULL OR engine = ?))) "
-    "RETURNING id, original_date, phone, text, epoch), "
+    "RETURNING id, original_date, phone, text, epoch, queued_at), "
     "kept AS (INSERT INTO outcome (message_id, delivery_date, phone, text, code, "
-    "network_reference, at, reported, engine, epoch, reporter) "
+    "network_reference, at, reported, engine, epoch, reporter, queued_at) "
     "SELECT id, original_date, phone, text, ?::int, ?::int, ?::text, ?::smallint, ?::int, "
-    "coalesce(epoch, ?::bigint), ?::int FROM gone RETURNING id), "
+    "coalesce(epoch, ?::bigint), ?::int, queued_at FROM gone RETURNING id), "
     "counted AS (UPDATE engine SET " NORVANE_COUNT_GONE " WHERE id = ?) "
     "SELECT id, 1 FROM kept UNION ALL "
     "SELECT id, 0 FROM outcome WHERE message_id = ? AND engine = ? AND reporter = engine LIMIT 1";
@@ -113,14 +114,15 @@ inline constexpr char finish[] =
     "WITH sent AS (SELECT * FROM unnest(?::bigint[], ?::text[], ?::text[]) "                       \
     "AS sent(id, reference, at)), "                                                                \
     "gone AS (DELETE FROM message USING sent WHERE message.id = sent.id AND " NORVANE_LEAVING      \
-    " RETURNING message.id, original_date, phone, text, sent.reference, sent.at), "                \
+    " RETURNING message.id, original_date, phone, text, queued_at, sent.reference, sent.at), "     \
     "late AS (UPDATE outcome SET code = 1, reported = 1, at = sent.at, "                           \
     "network_reference = nullif(sent.reference, '')::int FROM sent "                               \
     "WHERE message_id = sent.id AND code = -39 AND engine = ? AND epoch = ?), "                    \
     "served AS (SELECT DISTINCT phone, ?::int AS engine FROM gone), "                              \
     "kept AS (INSERT INTO outcome (message_id, delivery_date, phone, text, code, "                 \
-    "network_reference, at, reported, engine, epoch, reporter) "                                   \
-    "SELECT id, original_date, phone, text, 1, nullif(reference, '')::int, at, 1, me, epoch, me "  \
+    "network_reference, at, reported, engine, epoch, reporter, queued_at) "                        \
+    "SELECT id, original_date, phone, text, 1, nullif(reference, '')::int, at, 1, me, epoch, me, " \
+    "queued_at "                                                                                   \
     "FROM gone, (SELECT ?::int AS me, ?::bigint AS epoch) this ORDER BY id) "
 #define NORVANE_COUNT_SENT                                                                         \
     "UPDATE engine SET " NORVANE_COUNT_GONE ", sent_day = CURRENT_DATE, "                          \

@@ -33,7 +33,7 @@ qint64 idOf(const StoreRow &row)
 
 SharedQueue::SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
                          int sameSenderSeconds)
-    : MessageQueue(database), m_shared(database), m_engines(engines), m_now(now),
+    : MessageQueue(database, now), m_shared(database), m_engines(engines),
       m_sameSenderSeconds(sameSenderSeconds)
 {}
 
@@ -164,7 +164,7 @@ StoreResult<QList<qint64>> SharedQueue::insertSome(const QList<QueueRow> &messag
     }
     using PostgresText::array;
     return m_shared.rows(SharedQueries::insert,
-                         {array(dates), array(dues), array(phones), array(texts)}, idOf);
+                         {m_now(0), array(dates), array(dues), array(phones), array(texts)}, idOf);
 }
 
 StoreResult<qint64> SharedQueue::refuse(const QueueRow &message, qint32 code, const QString &at)
@@ -456,10 +456,17 @@ StoreResult<> SharedQueue::announceAll()
     return announceNews();
 }
 
+StoreResult<> SharedQueue::announceHistory()
+{
+    return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::ofHistory()});
+}
+
 StoreResult<> SharedQueue::takeNews(const QStringList &news)
 {
     m_isQuiet = false;
     for (const QString &each : news) {
+        if (each == QueueNews::ofHistory())
+            continue;
         if (const std::optional<QList<qint64>> ids = QueueNews::idsOf(each))
             note(*ids);
         else

@@ -16,10 +16,8 @@ class PostgresDatabase;
 class SharedQueue : public MessageQueue
 {
 public:
-    using Now = std::function<QString(qint64 seconds)>;
-
     /// @param database, engines  must outlive this object
-    /// @param now                the wall clock so many seconds from now
+    /// @param now                see MessageQueue
     /// @param sameSenderSeconds  for which a due message waits for the engine that served its
     ///                           recipient last; 0 for none
     SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
@@ -75,6 +73,8 @@ public:
     [[nodiscard]] StoreResult<> announceNews();
     /// Tells them that any message may be different.
     [[nodiscard]] StoreResult<> announceAll();
+    /// Tells them that something became different beside the queue.
+    [[nodiscard]] StoreResult<> announceHistory();
     /// Notes what other engines told.
     [[nodiscard]] StoreResult<> takeNews(const QStringList &news);
 
@@ -95,7 +95,6 @@ private:
 
     PostgresDatabase &m_shared;
     EngineRegister &m_engines;
-    const Now m_now;
     const int m_sameSenderSeconds;
     mutable bool m_isEpochOver = false;
     mutable bool m_needsRecovery = false;

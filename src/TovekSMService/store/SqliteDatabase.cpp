@@ -132,6 +132,11 @@ StoreResult<> SqliteDatabase::begin()
     return beginTransaction(m_database);
 }
 
+StoreResult<> SqliteDatabase::beginLook()
+{
+    return execute(m_database, u"BEGIN"_s);
+}
+
 StoreResult<> SqliteDatabase::commit()
 {
     return commitTransaction(m_database);

@@ -19,6 +19,7 @@ public:
     /// disk and not for the file, it is open for reading afterwards if it can be.
     [[nodiscard]] StoreResult<> open();
     void close();
+    Kind kind() const override { return Kind::File; }
     Access access() const override { return m_access; }
     Reopening reopening() const override { return Reopening::ByHost; }
     QString file() const { return m_file; }
@@ -31,6 +32,7 @@ public:
 
 private:
     StoreResult<> begin() override;
+    StoreResult<> beginLook() override;
     StoreResult<> commit() override;
     void rollBack() override;
     StoreResult<> carryOut(const char *text, const QVariantList &values) override;

@@ -3,6 +3,7 @@
 #include "TovekSMService/store/LocalQueue.h"
 #include "TovekSMService/store/PostgresDatabase.h"
 #include "TovekSMService/store/SharedQueue.h"
+#include "TovekSMService/time/Clock.h"
 
 #include <utility>
 
@@ -19,24 +20,33 @@ StoreDatabase &eitherOf(SqliteDatabase &file, PostgresDatabase *shared)
 
 } // namespace
 
-Store::Store(const QString &file, std::unique_ptr<PostgresDatabase> shared)
-    : m_file(file), m_shared(std::move(shared)), m_database(eitherOf(m_file, m_shared.get()))
+Store::Store(const QString &file, std::unique_ptr<PostgresDatabase> shared,
+             const MessageQueue::Now &now)
+    : m_file(file), m_shared(std::move(shared)), m_database(eitherOf(m_file, m_shared.get())),
+      m_now(now)
 {}
 
-Store::Store(const QString &file) : Store(file, nullptr)
+MessageQueue::Now Store::systemNow()
 {
-    m_queue = std::make_unique<LocalQueue>(m_database, m_outcomes);
+    return [](qint64 seconds) {
+        static const SystemClock clock;
+        return clock.wallClockText(seconds);
+    };
+}
+
+Store::Store(const QString &file, const MessageQueue::Now &now) : Store(file, nullptr, now)
+{
+    m_queue = std::make_unique<LocalQueue>(m_database, m_outcomes, now);
 }
 
 Store::Store(const QString &file, const SharedStore &shared, TimeSource &time)
-    : Store(file, std::make_unique<PostgresDatabase>(shared.conninfo, time))
+    : Store(file, std::make_unique<PostgresDatabase>(shared.conninfo, time), shared.now)
 {
     m_engines = std::make_unique<EngineRegister>(m_database, shared.engine);
     auto queue =
         std::make_unique<SharedQueue>(*m_shared, *m_engines, shared.now, shared.sameSenderSeconds);
     m_sharedQueue = queue.get();
     m_queue = std::move(queue);
-    m_now = shared.now;
     m_outcomes.setReporter([this] { return m_engines->id(); });
 }
 

@@ -28,7 +28,7 @@ struct SharedStore
     EngineRegister::Identity engine;
     int sameSenderSeconds = 0; ///< see SharedQueue
     /// The wall clock so many seconds from now, "yyyy-MM-ddTHH:mm:ss".
-    std::function<QString(qint64 seconds)> now;
+    MessageQueue::Now now;
 };
 
 /// Everything that the engine keeps. Each operation of its parts is one transaction, unless it is
@@ -40,7 +40,8 @@ class Store
 {
 public:
     /// It is not open yet.
-    explicit Store(const QString &file);
+    /// @param now  see MessageQueue
+    explicit Store(const QString &file, const MessageQueue::Now &now = systemNow());
     Store(const QString &file, const SharedStore &shared, TimeSource &time);
     ~Store();
 
@@ -59,7 +60,7 @@ public:
     PostgresDatabase *sharedDatabase() { return m_shared.get(); }
     SharedQueue *sharedQueue() { return m_sharedQueue; }
     EngineRegister *engines() { return m_engines.get(); }
-    /// The wall clock, "yyyy-MM-ddTHH:mm:ss"; of a store that is shared.
+    /// The wall clock, "yyyy-MM-ddTHH:mm:ss".
     QString now() const { return m_now(0); }
     KeptSettlements *keptSettlements() { return isShared() ? &m_keptSettlements : nullptr; }
 
@@ -77,7 +78,9 @@ public:
     OptOutList &optOuts() { return m_optOuts; }
 
 private:
-    Store(const QString &file, std::unique_ptr<PostgresDatabase> shared);
+    Store(const QString &file, std::unique_ptr<PostgresDatabase> shared,
+          const MessageQueue::Now &now);
+    static MessageQueue::Now systemNow();
 
     SqliteDatabase m_file;
     std::unique_ptr<PostgresDatabase> m_shared;
@@ -91,7 +94,7 @@ private:
     ReceivedMessages m_received{m_database};
     OptOutList m_optOuts{m_database};
     std::unique_ptr<EngineRegister> m_engines;
-    std::function<QString(qint64 seconds)> m_now;
+    const MessageQueue::Now m_now;
     SharedQueue *m_sharedQueue = nullptr; ///< m_queue, if that is shared
     std::unique_ptr<MessageQueue> m_queue;
 };

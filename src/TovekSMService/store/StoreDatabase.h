@@ -18,6 +18,8 @@ namespace norvane {
 class StoreDatabase
 {
 public:
+    /// What kind of place it is, for statements that can't be written alike for both.
+    enum class Kind { File, Server };
     /// What can be done with the database at present.
     enum class Access {
         None,    ///< it is not open: every operation fails
@@ -35,6 +37,7 @@ public:
     StoreDatabase &operator=(const StoreDatabase &) = delete;
     virtual ~StoreDatabase() = default;
 
+    virtual Kind kind() const = 0;
     virtual Access access() const = 0;
     virtual Reopening reopening() const = 0;
 
@@ -43,6 +46,13 @@ public:
     /// @return what the operations give, or the failure of the transaction
     template <typename Operations>
     [[nodiscard]] std::invoke_result_t<Operations> together(Operations operations);
+    /// Carries out several operations that only read, which then see the database as it is at one
+    /// moment. Within another one it is a part of that.
+    template <typename Operations>
+    [[nodiscard]] std::invoke_result_t<Operations> look(Operations operations)
+    {
+        return m_isTogether ? operations() : end(beginLook(), operations);
+    }
     /// Takes back a change in memory if the transaction that is open now, if any, is rolled back.
     void onRollback(const std::function<void()> &undo);
 
@@ -66,6 +76,16 @@ public:
     [[nodiscard]] auto row(const char *text, const QVariantList &values, Read read) const
         -> StoreResult<std::optional<std::invoke_result_t<Read, const StoreRow &>>>;
 
+    /// Takes a row, and gives whether it wants the next one.
+    using Take = std::function<bool(const StoreRow &)>;
+
+    /// Gives each row of a query to `take`.
+    [[nodiscard]] StoreResult<> each(const char *text, const QVariantList &values,
+                                     const Take &take) const
+    {
+        return query(text, values, take);
+    }
+
     /// Writes something of no meaning, to find out whether the database can be written.
     [[nodiscard]] virtual StoreResult<> probe() = 0;
     /// Within a transaction: whether the chores that concern everybody's messages are this
@@ -75,12 +95,12 @@ public:
     /// Whether a transaction is open.
     bool isTogether() const { return m_isTogether; }
 
-protected:
-    /// Takes a row, and gives whether it wants the next one.
-    using Take = std::function<bool(const StoreRow &)>;
-
 private:
+    template <typename Operations>
+    std::invoke_result_t<Operations> end(const StoreResult<> &begun, Operations operations);
+
     virtual StoreResult<> begin() = 0;
+    virtual StoreResult<> beginLook() = 0;
     virtual StoreResult<> commit() = 0;
     virtual void rollBack() = 0;
     virtual StoreResult<> carryOut(const char *text, const QVariantList &values) = 0;
@@ -97,9 +117,15 @@ private:
 template <typename Operations>
 std::invoke_result_t<Operations> StoreDatabase::together(Operations operations)
 {
-    if (m_isTogether)
-        return operations();
-    if (const StoreResult<> begun = begin(); !begun)
+    return m_isTogether ? operations() : end(begin(), operations);
+}
+
+/// The transaction that was begun.
+template <typename Operations>
+std::invoke_result_t<Operations> StoreDatabase::end(const StoreResult<> &begun,
+                                                    Operations operations)
+{
+    if (!begun)
         return failed(begun.error());
     m_isTogether = true;
     std::invoke_result_t<Operations> result = operations();

@@ -34,13 +34,19 @@ inline constexpr char postpone[] =
 #undef NORVANE_WAITING
 inline constexpr char keepOutcome[] =
     "INSERT INTO outcome (message_id, delivery_date, phone, text, code, network_reference, at, "
-    "reported) SELECT id, original_date, phone, text, ?, ?, ?, ? FROM message WHERE id = ?";
+    "reported, queued_at) SELECT id, original_date, phone, text, ?, ?, ?, ?, queued_at FROM "
+    "message "
+    "WHERE id = ?";
 inline constexpr char removeMessage[] = "DELETE FROM message WHERE id = ?";
 inline constexpr char unreportedFailures[] =
     "SELECT id, phone, text, code FROM outcome WHERE reported = 0 ORDER BY id";
-inline constexpr char pruneOutcomes[] =
-    "DELETE FROM outcome WHERE id IN "
-    "(SELECT id FROM outcome WHERE reported = 1 AND at < ? ORDER BY at LIMIT ?)";
+#define NORVANE_OLD "(SELECT id FROM outcome WHERE reported = 1 AND at < ? ORDER BY at, id LIMIT ?)"
+// The search index is rid of them later.
+inline constexpr char noteForgotten[] = "INSERT INTO outcome_forgotten (id, phone, text) "
+                                        "SELECT id, phone, text FROM outcome "
+                                        "WHERE id IN " NORVANE_OLD;
+inline constexpr char pruneOutcomes[] = "DELETE FROM outcome WHERE id IN " NORVANE_OLD;
+#undef NORVANE_OLD
 
 } // namespace StoreQueries
 

@@ -137,8 +137,28 @@ constexpr const char *version4[] = {
     "CREATE TABLE done_move (token TEXT PRIMARY KEY) WITHOUT ROWID",
 };
 
+// queued_at: empty for a message from before. outcome_forgotten: what the search index still has.
+constexpr const char *version5[] = {
+    "ALTER TABLE message ADD COLUMN queued_at TEXT NOT NULL DEFAULT ''",
+    "ALTER TABLE outcome ADD COLUMN queued_at TEXT NOT NULL DEFAULT ''",
+    "DROP INDEX outcome_by_time",
+    "CREATE INDEX outcome_by_time ON outcome (at, reported)",
+    "CREATE INDEX outcome_unsuccessful ON outcome (id) WHERE code <> 1 OR delivery = 3",
+
+    "CREATE TABLE attempt ("
+    " message_id INTEGER NOT NULL, at TEXT NOT NULL, part INTEGER NOT NULL, code INTEGER NOT NULL,"
+    " PRIMARY KEY (message_id, at, part)) WITHOUT ROWID",
+    "CREATE INDEX attempt_by_time ON attempt (at)",
+
+    "CREATE TABLE outcome_forgotten ("
+    " id INTEGER PRIMARY KEY, phone TEXT NOT NULL, text TEXT NOT NULL)",
+
+    "ALTER TABLE outgoing ADD COLUMN queued_at TEXT NOT NULL DEFAULT ''",
+    "ALTER TABLE outgoing ADD COLUMN failures TEXT NOT NULL DEFAULT ''",
+};
+
 constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {
-    version1, version2, version3, version4};
+    version1, version2, version3, version4, version5};
 
 StoreResult<int> versionOf(const QSqlDatabase &database)
 {

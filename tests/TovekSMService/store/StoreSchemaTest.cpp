@@ -57,7 +57,8 @@ TEST_F(StoreSchemaTest, aFileOfTheFirstVersionKeepsAllThatItHolds)
 {
     Store store(oldFile());
     done(store.open());
-    EXPECT_EQ(OtherConnection(oldFile()).value(u"PRAGMA user_version"_s).toInt(), 4);
+    EXPECT_EQ(OtherConnection(oldFile()).value(u"PRAGMA user_version"_s).toInt(),
+              StoreSchema::latestVersion);
     EXPECT_EQ(store.queue().size(), 3);
     const QList<QueueRow> expected = {{u"tomorrow"_s, u"601"_s, u"odd"_s, 8},
                                       {noon(), u"602"_s, u"leaving"_s, 9},

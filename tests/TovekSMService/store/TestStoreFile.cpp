@@ -11,9 +11,12 @@ std::unique_ptr<Store> openTestStore(const QString &file)
     return store;
 }
 
-std::unique_ptr<Store> openTestStore(const QString &file, const Clock & /*clock*/)
+std::unique_ptr<Store> openTestStore(const QString &file, const Clock &clock)
 {
-    return openTestStore(file);
+    auto store = std::make_unique<Store>(
+        file, [&clock](qint64 seconds) { return clock.wallClockText(seconds); });
+    done(store->open());
+    return store;
 }
 
 } // namespace norvane
