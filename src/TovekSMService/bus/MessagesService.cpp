@@ -24,6 +24,12 @@ qint64 pageLength(uint limit)
 /// Nobody types more of a message to find it.
 constexpr qsizetype maxSearchedText = 200;
 
+/// What a call looks for, as one text; no value on the bus holds NUL.
+QString keyOf(const QStringList &values)
+{
+    return values.join(QChar(QChar::Null));
+}
+
 /// The output of a call that has one argument.
 template <typename Value>
 QVariantList output(const Value &value)
@@ -36,7 +42,13 @@ QVariantList output(const Value &value)
 MessagesService::MessagesService(const QDBusConnection &bus, Store &store, Dispatcher &dispatcher,
                                  const Clock &clock, QObject *parent)
     : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
-      m_calls(bus, dispatcher, clock), m_historyPacer(clock.time())
+      m_calls(bus, dispatcher, clock), m_historyPacer(clock.time()),
+      m_history(bus, {store.file().file(), store.conninfo()}, clock.time(),
+                [this](const StoreFailure &failure) {
+                    // What opening the file anew may find.
+                    if (failure.kind() == StoreFailure::Kind::Corrupt)
+                        m_dispatcher.noticeStoreFailure(failure);
+                })
 {
     connect(&m_historyPacer, &HistoryChangePacer::report, this, &MessagesService::HistoryChanged);
     connect(&dispatcher, &Dispatcher::historyChanged, &m_historyPacer,
@@ -146,15 +158,17 @@ BusHistoryRows MessagesService::GetHistory(const QString &from, const QString &t
     const auto end = HistoryCursor::of(until);
     if (!isSearchable(text) || !isUnderstood((states & ~allMessageStates) == 0 && begin && end))
         return {};
-    carryOut([this, filter = HistoryFilter{from, to, text, MessageStates::fromInt(states)}, begin,
-              end = until.isEmpty() ? std::nullopt : end, limit] {
-        return HistoryPages(m_store.database(), QueryLimit(m_clock.time()))
-            .page(filter, *begin, end, static_cast<int>(pageLength(limit)))
-            .map([](const HistoryPage &page) {
-                return QVariantList{QVariant::fromValue(page.rows),
-                                    page.next ? page.next->text() : QString()};
-            });
-    });
+    askHistory(keyOf({from, to, text, QString::number(states)}),
+               [filter = HistoryFilter{from, to, text, MessageStates::fromInt(states)}, begin,
+                end = until.isEmpty() ? std::nullopt : end,
+                limit](StoreDatabase &database, const QueryLimit &queryLimit) {
+                   return HistoryPages(database, queryLimit)
+                       .page(filter, *begin, end, static_cast<int>(pageLength(limit)))
+                       .map([](const HistoryPage &page) {
+                           return QVariantList{QVariant::fromValue(page.rows),
+                                               page.next ? page.next->text() : QString()};
+                       });
+               });
     return {}; // not sent
 }
 
@@ -162,18 +176,16 @@ BusHistoryRows MessagesService::GetHistoryOf(const QList<qlonglong> &ids)
 {
     if (!isUnderstood(ids.size() <= qsizetype{Bus::maxPageRows}))
         return {};
-    carryOut([this, ids] {
-        return HistoryPages(m_store.database(), QueryLimit(m_clock.time()))
-            .of(ids)
-            .map(output<BusHistoryRows>);
+    askHistory({}, [ids](StoreDatabase &database, const QueryLimit &queryLimit) {
+        return HistoryPages(database, queryLimit).of(ids).map(output<BusHistoryRows>);
     });
     return {}; // not sent
 }
 
 BusHistoryEvents MessagesService::GetSteps(qlonglong id)
 {
-    carryOut([this, id] {
-        return HistorySteps(m_store.database()).of(id).map(output<BusHistoryEvents>);
+    askHistory({}, [id](StoreDatabase &database, const QueryLimit & /*limit*/) {
+        return HistorySteps(database).of(id).map(output<BusHistoryEvents>);
     });
     return {}; // not sent
 }
@@ -182,8 +194,8 @@ BusHistoryDays MessagesService::GetSummary(const QString &from, const QString &t
                                            BusDeliveryDelays & /*delays*/,
                                            BusFailureReasons & /*reasons*/)
 {
-    carryOut([this, from, to] {
-        return HistorySummary(m_store.database(), QueryLimit(m_clock.time()))
+    askHistory({}, [from, to](StoreDatabase &database, const QueryLimit &queryLimit) {
+        return HistorySummary(database, queryLimit)
             .of(from, to)
             .map([](const HistoryNumbers &numbers) {
                 return QVariantList{QVariant::fromValue(numbers.days),
@@ -203,16 +215,24 @@ BusReceivedMessages MessagesService::GetInbox(const QString &from, const QString
     const auto end = InboxCursor::of(until);
     if (!isSearchable(text) || !isUnderstood(begin && end))
         return {};
-    carryOut([this, filter = InboxFilter{from, to, text, unreadOnly}, begin,
-              end = until.isEmpty() ? std::nullopt : end, limit] {
-        return InboxPages(m_store.database(), QueryLimit(m_clock.time()))
-            .page(filter, *begin, end, static_cast<int>(pageLength(limit)))
-            .map([](const InboxPage &page) {
-                return QVariantList{QVariant::fromValue(page.rows),
-                                    page.next ? page.next->text() : QString()};
-            });
-    });
+    askHistory(keyOf({from, to, text, QString::number(unreadOnly)}),
+               [filter = InboxFilter{from, to, text, unreadOnly}, begin,
+                end = until.isEmpty() ? std::nullopt : end,
+                limit](StoreDatabase &database, const QueryLimit &queryLimit) {
+                   return InboxPages(database, queryLimit)
+                       .page(filter, *begin, end, static_cast<int>(pageLength(limit)))
+                       .map([](const InboxPage &page) {
+                           return QVariantList{QVariant::fromValue(page.rows),
+                                               page.next ? page.next->text() : QString()};
+                       });
+               });
     return {}; // not sent
+}
+
+void MessagesService::askHistory(const QString &filter, const HistoryThread::Query &query)
+{
+    setDelayedReply(true);
+    m_history.carryOut(message(), filter, query);
 }
 
 /// A call that isn't has its answer.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TovekSMService/bus/HistoryCalls.h"
 #include "TovekSMService/bus/HistoryChangePacer.h"
 #include "TovekSMService/bus/StoreCalls.h"
 #include "contract/BusTypes.h"
@@ -15,7 +16,8 @@ class Store;
 
 /// The part of the engine's object on the bus that tells what became of messages, what was received
 /// and who has opted out. A generated adaptor stands before it. What the store can't do at once is
-/// retried for ten seconds before the call fails.
+/// retried for ten seconds before the call fails; the history is read in a thread of its own, and
+/// fails at once.
 class MessagesService : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -45,6 +47,10 @@ public:
                                  uint limit, QString &next);
     bool IsOptedOut(const QString &phone);
 
+    /// Lets go of the store's file, which is set aside, and takes the next one.
+    void suspendHistory() { m_history.suspend(); }
+    void resumeHistory() { m_history.resume(); }
+
 Q_SIGNALS:
     void HistoryChanged();
     void DeliveryChanged(qlonglong id, const QString &state, const QString &at);
@@ -64,11 +70,13 @@ private:
     /// Whether a text isn't too long to be looked for; a call with one that is has its answer.
     bool isSearchable(const QString &text) const;
 
+    void askHistory(const QString &filter, const HistoryThread::Query &query);
     QVariantList changed(bool hasChanged);
     bool isUnderstood(bool isValid) const;
 
     StoreCalls m_calls;
     HistoryChangePacer m_historyPacer;
+    HistoryCalls m_history;
 };
 
 } // namespace norvane

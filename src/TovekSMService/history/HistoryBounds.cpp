@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Statements
+struct BoundStatements
 {
     const char *earliest; ///< the moment of the first row from a moment on
     const char *latest;   ///< the moment of the last row before a moment
@@ -27,11 +27,11 @@ struct Statements
             "SELECT min(id + 0) FROM " table " WHERE at >= ? AND at <= ?",                         \
             "SELECT max(id + 0) FROM " table " WHERE at >= ? AND at <= ?"                          \
     }
-constexpr Statements ofOutcomes = NORVANE_BOUNDS("outcome");
-constexpr Statements ofReceived = NORVANE_BOUNDS("received");
+constexpr BoundStatements ofOutcomes = NORVANE_BOUNDS("outcome");
+constexpr BoundStatements ofReceived = NORVANE_BOUNDS("received");
 #undef NORVANE_BOUNDS
 
-const Statements &statementsOf(HistoryBounds::Table table)
+const BoundStatements &statementsOf(HistoryBounds::Table table)
 {
     return table == HistoryBounds::Table::Outcomes ? ofOutcomes : ofReceived;
 }
@@ -75,7 +75,7 @@ StoreResult<NewestFirst::Range> HistoryBounds::of(const QString &from, const QSt
 
 StoreResult<qint64> HistoryBounds::lowest(const QString &from) const
 {
-    const Statements &statements = statementsOf(m_table);
+    const BoundStatements &statements = statementsOf(m_table);
     const auto earliest = m_database.row(statements.earliest, {from}, textOf);
     if (!earliest)
         return failed(earliest.error());
@@ -91,7 +91,7 @@ StoreResult<qint64> HistoryBounds::lowest(const QString &from) const
 /// Gives the id behind the highest.
 StoreResult<qint64> HistoryBounds::highest(const QString &to) const
 {
-    const Statements &statements = statementsOf(m_table);
+    const BoundStatements &statements = statementsOf(m_table);
     const auto latest = m_database.row(statements.latest, {to}, textOf);
     if (!latest)
         return failed(latest.error());

@@ -1,6 +1,9 @@
 #include "TovekSMService/history/HistoryPages.h"
 
 #include "TovekSMService/history/HistoryBounds.h"
+#include "TovekSMService/history/HistoryStatements.h"
+#include "TovekSMService/history/IndexMark.h"
+#include "TovekSMService/history/IndexedSearch.h"
 #include "TovekSMService/history/SearchedText.h"
 #include "contract/DeliveryState.h"
 
@@ -10,21 +13,14 @@ namespace norvane {
 
 namespace {
 
-// The state of an outcome, as MessageState.
-#define NORVANE_STATE                                                                              \
-    "CASE WHEN code = -39 THEN 32 WHEN code <> 1 THEN 16 WHEN delivery = 2 THEN 4 "                \
-    "WHEN delivery = 3 THEN 8 ELSE 2 END"
 #define NORVANE_WINDOW(table, more)                                                                \
     "SELECT min(id), count(*) FROM (SELECT id FROM " table " WHERE id < ? AND id >= ?" more        \
     " ORDER BY id DESC LIMIT ?) AS newest"
 #define NORVANE_WAITING                                                                            \
     "SELECT id, id, queued_at, delivery_date, phone, text, 1, 0, '' FROM message WHERE "
-#define NORVANE_OUTCOME                                                                            \
-    "SELECT id, message_id, at, delivery_date, phone, text, " NORVANE_STATE                        \
-    ", code, delivered_at FROM outcome WHERE "
 #define NORVANE_OUTCOMES(more)                                                                     \
-    NORVANE_OUTCOME "id < ? AND id >= ? AND at >= ? AND (? = '' OR at < ?) AND (" NORVANE_STATE    \
-                    ") & ? <> 0" more " ORDER BY id DESC"
+    "SELECT " NORVANE_OUTCOME " FROM outcome WHERE id < ? AND id >= ? "                            \
+    "AND " NORVANE_OUTCOME_FILTER more " ORDER BY id DESC"
 // As the index has it that holds these alone.
 #define NORVANE_UNSUCCESSFUL " AND (code <> 1 OR delivery = 3)"
 
@@ -38,7 +34,11 @@ constexpr NewestFirst::Statements unsuccessfulOutcomes = {
     NORVANE_WINDOW("outcome", NORVANE_UNSUCCESSFUL), NORVANE_OUTCOMES(NORVANE_UNSUCCESSFUL)};
 
 constexpr char waitingMessage[] = NORVANE_WAITING "id = ?";
-constexpr char outcomeOfMessage[] = NORVANE_OUTCOME "message_id = ?";
+constexpr char outcomeOfMessage[] = "SELECT " NORVANE_OUTCOME " FROM outcome WHERE message_id = ?";
+
+constexpr qint64 scannedRows = 5000;       ///< before the index is asked
+constexpr qint64 manyOf = 50;              ///< every so many rows
+constexpr qint64 maxScannedRows = 100'000; ///< of a text that many have
 
 constexpr MessageStates unsuccessful =
     MessageStates(MessageState::Refused) | MessageState::Failed | MessageState::InDoubt;
@@ -136,19 +136,53 @@ StoreResult<HistoryPages::Finds> HistoryPages::outcomes(const HistoryFilter &fil
         HistoryBounds(m_database, HistoryBounds::Table::Outcomes).of(filter.from, filter.to);
     if (!bounds)
         return failed(bounds.error());
+    return find(filter, states, cut(range, *bounds),
+                [&finds, maxRows](const Found &found) {
+                    finds.rows.append(found);
+                    return finds.rows.size() < maxRows;
+                })
+        .map([&] { return finds; });
+}
+
+/// The newest ones are looked at one by one, in which a text that is in most of them is found at
+/// once, and so are those that aren't in the index yet. The index gives the others.
+StoreResult<> HistoryPages::find(const HistoryFilter &filter, MessageStates states,
+                                 NewestFirst::Range range,
+                                 const std::function<bool(const Found &)> &take) const
+{
     const SearchedText text(filter.text);
-    const NewestFirst scan(m_database,
-                           (states & ~unsuccessful) ? allOutcomes : unsuccessfulOutcomes,
-                           {filter.from, filter.to, filter.to, states.toInt()}, m_limit);
-    return scan
-        .walk(cut(range, *bounds),
-              [&](const StoreRow &row) {
-                  Found found = foundOf(row);
-                  if (text.isIn(found.row.phone, found.row.text))
-                      finds.rows.append(std::move(found));
-                  return finds.rows.size() < maxRows;
-              })
-        .map([&](const auto &) { return finds; });
+    const QVariantList values = {filter.from, filter.to, filter.to, states.toInt()};
+    const NewestFirst scan(
+        m_database, (states & ~unsuccessful) ? allOutcomes : unsuccessfulOutcomes, values, m_limit);
+    qint64 found = 0;
+    bool wantsMore = true;
+    const auto compare = [&](const StoreRow &row) {
+        if (!text.isIn(row.value(4).toString(), row.value(5).toString()))
+            return true;
+        ++found;
+        return wantsMore = take(foundOf(row));
+    };
+    const StoreResult<qint64> mark = IndexMark(m_database).value();
+    if (!mark)
+        return failed(mark.error());
+    if (text.isEmpty() || !IndexedSearch::canFind(text) || *mark == 0)
+        return scan.walk(range, compare).map([](const auto &) {});
+    return scan.walk({range.below, std::max(range.low, *mark + 1)}, compare)
+        .and_then([&](const auto &) {
+            found = 0;
+            return scan.walk({std::min(range.below, *mark + 1), range.low}, compare, scannedRows);
+        })
+        .and_then([&](const NewestFirst::Range &rest) {
+            // Many, and the server would gather all of them before it gave the first one.
+            const bool areMany =
+                m_database.kind() == StoreDatabase::Kind::Server && found > scannedRows / manyOf;
+            return wantsMore && areMany ? scan.walk(rest, compare, maxScannedRows)
+                                        : StoreResult<NewestFirst::Range>(rest);
+        })
+        .and_then([&](const NewestFirst::Range &rest) {
+            return wantsMore ? IndexedSearch(m_database, values, m_limit).walk(text, rest, compare)
+                             : StoreResult<>();
+        });
 }
 
 StoreResult<QList<HistoryRow>> HistoryPages::of(const QList<qint64> &ids) const
@@ -173,9 +207,7 @@ StoreResult<QList<HistoryRow>> HistoryPages::of(const QList<qint64> &ids) const
 
 #undef NORVANE_UNSUCCESSFUL
 #undef NORVANE_OUTCOMES
-#undef NORVANE_OUTCOME
 #undef NORVANE_WAITING
 #undef NORVANE_WINDOW
-#undef NORVANE_STATE
 
 } // namespace norvane

@@ -7,6 +7,7 @@
 
 #include <QList>
 
+#include <functional>
 #include <optional>
 
 namespace norvane {
@@ -58,6 +59,8 @@ private:
                                int maxRows) const;
     StoreResult<Finds> outcomes(const HistoryFilter &filter, NewestFirst::Range range,
                                 int maxRows) const;
+    StoreResult<> find(const HistoryFilter &filter, MessageStates states, NewestFirst::Range range,
+                       const std::function<bool(const Found &)> &take) const;
     static HistoryRow rowOf(const StoreRow &row);
     static Found foundOf(const StoreRow &row);
 

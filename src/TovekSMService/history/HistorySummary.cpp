@@ -1,6 +1,7 @@
 #include "TovekSMService/history/HistorySummary.h"
 
 #include "TovekSMService/history/HistoryBounds.h"
+#include "TovekSMService/history/HistoryStatements.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +14,6 @@ namespace {
 /// Ends of the classes of delays, in seconds; 0 for the last one.
 constexpr std::array<quint32, 9> classes = {10, 30, 60, 300, 900, 3600, 21'600, 86'400, 0};
 
-#define NORVANE_STATE                                                                              \
-    "CASE WHEN code = -39 THEN 32 WHEN code <> 1 THEN 16 WHEN delivery = 2 THEN 4 "                \
-    "WHEN delivery = 3 THEN 8 ELSE 2 END"
 #define NORVANE_WINDOW(more)                                                                       \
     "SELECT min(id), count(*) FROM (SELECT id FROM outcome WHERE id < ? AND id >= ?" more          \
     " ORDER BY id DESC LIMIT ?) AS newest"
@@ -51,7 +49,6 @@ constexpr NewestFirst::Statements reasons = {
 #undef NORVANE_UNSUCCESSFUL
 #undef NORVANE_RANGE
 #undef NORVANE_WINDOW
-#undef NORVANE_STATE
 
 quint32 &countOf(HistoryDay &day, MessageState state)
 {

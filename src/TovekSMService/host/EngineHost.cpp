@@ -26,6 +26,7 @@
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QThread>
 
 #include <utility>
@@ -249,6 +250,9 @@ void EngineHost::reopenStore(bool damaged)
 bool EngineHost::beginAnew(const QString &reason)
 {
     qCCritical(logStore).noquote() << "the store is damaged and is set aside:" << reason;
+    // A file that is open goes on being written to under its new name.
+    m_service->suspendHistory();
+    const auto goOn = qScopeGuard([this] { m_service->resumeHistory(); });
     if (!DamagedStore::setAside(m_store->file().file(), m_clock.wallClock(), reason))
         return false;
     m_damageMet = false;

@@ -92,6 +92,23 @@ StoreResult<> SqliteDatabase::openForWriting()
         .and_then([this] { return StoreSchema::migrate(m_database); });
 }
 
+StoreResult<> SqliteDatabase::openBeside()
+{
+    close();
+    if (!QFile::exists(m_file))
+        return failed(StoreFailure(StoreFailure::Kind::ReadOnly, u"there is no store yet"_s));
+    const StoreResult<> opened =
+        openFile(m_file, u"QSQLITE_BUSY_TIMEOUT=50"_s)
+            .and_then([this] { return StoreSchema::refuseOther(m_database); })
+            // What it writes can be made anew.
+            .and_then([this] { return execute(m_database, u"PRAGMA synchronous = NORMAL"_s); });
+    if (opened)
+        m_access = Access::Whole;
+    else
+        close();
+    return opened;
+}
+
 StoreResult<> SqliteDatabase::openForReading()
 {
     if (QFileInfo(m_file + u"-wal"_s).size() > 0)

@@ -18,6 +18,8 @@ public:
     /// Opens the file anew, making it and its schema where there is none. Where that fails for the
     /// disk and not for the file, it is open for reading afterwards if it can be.
     [[nodiscard]] StoreResult<> open();
+    /// Opens the file as a second connection to one that is open, which makes and mends nothing.
+    [[nodiscard]] StoreResult<> openBeside();
     void close();
     Kind kind() const override { return Kind::File; }
     Access access() const override { return m_access; }

@@ -55,6 +55,8 @@ public:
     /// Where the queue is.
     StoreDatabase &database() { return m_database; }
     const StoreDatabase &database() const { return m_database; }
+    /// Of the database that is shared, as libpq takes it; empty for none.
+    QString conninfo() const { return m_conninfo; }
     bool isShared() const { return m_shared != nullptr; }
     /// Of a queue that is shared; null for one that isn't.
     PostgresDatabase *sharedDatabase() { return m_shared.get(); }
@@ -83,6 +85,7 @@ private:
     static MessageQueue::Now systemNow();
 
     SqliteDatabase m_file;
+    QString m_conninfo;
     std::unique_ptr<PostgresDatabase> m_shared;
     StoreDatabase &m_database;
     Outcomes m_outcomes{m_database};

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "TovekSMService/history/OutcomeIndex.h"
+#include "TovekSMService/store/StoreFailure.h"
+#include "TovekSMService/time/Deadline.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace norvane {
+
+class StoreDatabase;
+
+/// Where messages are kept, for a connection beside the engine's own.
+struct HistorySource
+{
+    QString file;     ///< of a queue that is the engine's own
+    QString conninfo; ///< of one that is shared, as libpq takes it; empty for none
+};
+
+/// A connection of its own to where messages are kept. Belongs to the thread that opens it.
+class HistoryConnection
+{
+public:
+    /// @param time  must outlive this object
+    HistoryConnection(const HistorySource &source, TimeSource &time);
+    ~HistoryConnection();
+
+    /// Opens it where it isn't open, but not at once again where that failed.
+    /// @return the database, until close()
+    [[nodiscard]] StoreResult<StoreDatabase *> open();
+    void close();
+    /// Of the database that is open; null for none.
+    OutcomeIndex *index() { return m_index.get(); }
+
+private:
+    StoreResult<> connect();
+
+    const HistorySource m_source;
+    TimeSource &m_time;
+    std::unique_ptr<StoreDatabase> m_database;
+    std::unique_ptr<OutcomeIndex> m_index;
+    std::optional<StoreFailure> m_failure; ///< of the last attempt
+    Deadline m_again;
+};
+
+} // namespace norvane
