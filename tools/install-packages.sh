@@ -11,7 +11,7 @@ set -euo pipefail
 packages=(
     # build
     g++ cmake ninja-build
-    qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-serialport-dev libicu-dev
+    qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-charts-dev libqt6opengl6-dev qt6-serialport-dev libicu-dev
     libquazip1-qt6-dev libexpected-dev libxcb1-dev
     libpq-dev pkg-config
     libgtest-dev libgmock-dev libbenchmark-dev

@@ -23,6 +23,9 @@ inline constexpr char objectPath[] = "/com/tovek/SMService";
 inline constexpr char interfaceName[] = "com.tovek.SMService.SMSManager1";
 inline constexpr char messagesInterfaceName[] = "com.tovek.SMService.Messages1";
 
+/// The error of a question that a newer one of the same caller has taken the place of.
+inline constexpr char supersededError[] = "com.tovek.SMService.Messages1.Superseded";
+
 /// Rows in one page of GetQueue.
 inline constexpr quint32 queuePageRows = 4000;
 /// Rows in one page of GetOutcomes, GetReceived, GetHistory and GetInbox at most.

@@ -1,6 +1,6 @@
 // Prints what a screen reader meets in a program's windows: a line of role and name for each
 // control that shows, and whether it is disabled, asked over the bus of the assistive technologies.
-//   accessible_window PROGRAM
+//   accessible_window PROGRAM [--cells]   with the cells of its tables
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -57,7 +57,13 @@ QDBusConnection assistiveBus()
 class Walker
 {
 public:
-    explicit Walker(QDBusConnection bus) : m_bus(std::move(bus)) {}
+    enum class Tables { Closed, Open };
+
+    Walker(QDBusConnection bus, Tables tables) : m_bus(std::move(bus))
+    {
+        if (tables == Tables::Open)
+            m_holders << u"layered pane"_s << u"page tab list"_s << u"splitter"_s << u"table"_s;
+    }
 
     QList<Accessible> children(const Accessible &object) const
     {
@@ -94,10 +100,8 @@ public:
             if (!name.isEmpty() || role != u"filler"_s)
                 out << role << ": " << (name.isEmpty() ? u"-"_s : name)
                     << (is(child, enabled) ? "" : " (disabled)") << '\n';
-            for (const char *const holder : {"frame", "dialog", "filler", "panel"}) {
-                if (role == QLatin1String(holder))
-                    print(child, out);
-            }
+            if (m_holders.contains(role))
+                print(child, out);
         }
     }
 
@@ -112,6 +116,7 @@ private:
     }
 
     QDBusConnection m_bus;
+    QStringList m_holders = {u"frame"_s, u"dialog"_s, u"filler"_s, u"panel"_s};
 };
 
 } // namespace
@@ -131,7 +136,9 @@ int main(int argc, char **argv)
     qDBusRegisterMetaType<Accessible>();
     qDBusRegisterMetaType<QList<Accessible>>();
 
-    const Walker walker(assistiveBus());
+    const Walker walker(assistiveBus(), arguments.value(2) == u"--cells"_s
+                                            ? Walker::Tables::Open
+                                            : Walker::Tables::Closed);
     const Accessible desktop{u"org.a11y.atspi.Registry"_s,
                              QDBusObjectPath(u"/org/a11y/atspi/accessible/root"_s)};
     QTextStream out(stdout);

@@ -46,7 +46,8 @@ QString ReportLines::line(const QList<Field> &fields, Format format)
         else
             written << (field.isOurs ? field.text : Csv::field(field.text));
     }
-    return format == Format::Text ? written.join(u'\t') + u'\n' : written.join(u',') + u"\r\n"_s;
+    return format == Format::Text ? written.join(u'\t') + u'\n'
+                                  : written.join(u',') + QString::fromUtf16(Csv::lineEnd);
 }
 
 } // namespace norvane

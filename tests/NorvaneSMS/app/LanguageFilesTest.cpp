@@ -71,7 +71,7 @@ QStringList placeholdersOf(const QString &text)
 /// The ids that the sources name: 0, 14 and 16 as arguments of GS, all others wherever they stand.
 QSet<qint32> idsInUse()
 {
-    static const QRegularExpression large(u"\\b(376\\d{4})\\b"_s);
+    static const QRegularExpression large(u"\\b(37[67]\\d{4})\\b"_s);
     static const QRegularExpression small(u"\\bGS\\((0|14|16)\\b"_s);
     QSet<qint32> result;
     QDirIterator files(QStringLiteral(NORVANE_SOURCE_DIR "/src"), {u"*.cpp"_s, u"*.h"_s},
@@ -115,7 +115,8 @@ TEST_P(LanguageFilesTest, everyIdThatTheSourcesNameHasAText)
 {
     const QSet<qint32> used = idsInUse();
     // The search found what it has to find.
-    for (const qint32 id : {3760000, 3760003, 3760023, 3760032, 3760054, 3760090})
+    for (const qint32 id :
+         {3760000, 3760003, 3760023, 3760032, 3760054, 3760090, 3770001, 3770046, 3770090})
         ASSERT_TRUE(used.contains(id)) << id;
     const QMap<qint32, QString> have = texts();
     for (const qint32 id : used)
@@ -133,6 +134,13 @@ TEST_P(LanguageFilesTest, everyTextThatTheConsoleAndItsDialogsShowIsThere)
     EXPECT_FALSE(have.contains(3760091)); // stays free, as a number without a text
 }
 
+TEST_P(LanguageFilesTest, everyTextThatTheHistoryShowsIsThere)
+{
+    const QMap<qint32, QString> have = texts();
+    for (qint32 id = 3770001; id <= 3770090; ++id)
+        EXPECT_FALSE(have.value(id).isEmpty()) << id;
+}
+
 TEST_P(LanguageFilesTest, titleOfBoxesIsTheProgramNameAlone)
 {
     EXPECT_EQ(texts().value(0), u"%1"_s);
@@ -140,10 +148,12 @@ TEST_P(LanguageFilesTest, titleOfBoxesIsTheProgramNameAlone)
 
 TEST_P(LanguageFilesTest, placeholdersAreThoseThatTheProgramFills)
 {
-    const QMap<qint32, int> arguments{{0, 1},       {3760017, 1}, {3760023, 1}, {3760024, 3},
-                                      {3760025, 1}, {3760027, 2}, {3760053, 1}, {3760054, 3},
-                                      {3760120, 1}, {3760121, 1}, {3760122, 1}, {3760123, 1},
-                                      {3760124, 1}, {3760126, 1}, {3760128, 1}};
+    const QMap<qint32, int> arguments{
+        {0, 1},       {3760017, 1}, {3760023, 1}, {3760024, 3}, {3760025, 1}, {3760027, 2},
+        {3760053, 1}, {3760054, 3}, {3760120, 1}, {3760121, 1}, {3760122, 1}, {3760123, 1},
+        {3760124, 1}, {3760126, 1}, {3760128, 1}, {3770045, 2}, {3770046, 1}, {3770049, 1},
+        {3770061, 1}, {3770062, 1}, {3770063, 1}, {3770064, 1}, {3770065, 1}, {3770067, 2},
+        {3770069, 1}, {3770070, 1}, {3770071, 1}, {3770076, 1}, {3770077, 1}};
     const QMap<qint32, QString> have = texts();
     for (auto text = have.cbegin(); text != have.cend(); ++text) {
         QStringList expected;
@@ -185,7 +195,9 @@ TEST_P(LanguageFilesTest, onlyCaptionsThatCanTakeItHaveAMnemonic)
 {
     const QSet<qint32> captions{14,      16,      3760001, 3760002, 3760003, 3760004, 3760006,
                                 3760007, 3760037, 3760038, 3760039, 3760040, 3760043, 3760044,
-                                3760045, 3760046, 3760047, 3760048, 3760049};
+                                3760045, 3760046, 3760047, 3760048, 3760049, 3770002, 3770003,
+                                3770004, 3770005, 3770007, 3770014, 3770015, 3770052, 3770053,
+                                3770054, 3770055, 3770056, 3770057, 3770058, 3770059, 3770072};
     const QMap<qint32, QString> have = texts();
     for (auto text = have.cbegin(); text != have.cend(); ++text) {
         EXPECT_EQ(text.value().count(u'&'), captions.contains(text.key()) ? 1 : 0) << text.key();

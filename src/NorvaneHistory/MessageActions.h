@@ -1,0 +1,42 @@
+#pragma once
+
+#include "NorvaneHistory/HistorySource.h"
+
+#include <QObject>
+
+class QWidget;
+
+namespace norvane {
+
+/// What can be done about a message, each after a question.
+class MessageActions : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param source  must outlive this object
+    /// @param window  in front of which the questions stand
+    MessageActions(HistorySource &source, QWidget *window);
+
+    /// Whether a message can be sent again: it failed, was refused, or nobody knows.
+    static bool canSendAgain(MessageState state);
+
+    /// Queues the message as it was queued before: its text has been normalised then.
+    void sendAgain(const HistoryRow &message);
+    /// Lets the operator write to that number.
+    void answer(const QString &phone);
+    void setOptedOut(const QString &phone, bool isOptedOut);
+
+Q_SIGNALS:
+    /// The list of those who want no campaigns has changed.
+    void optOutsChanged();
+
+private:
+    void send(const QString &phone, const QString &text);
+    void showFailure(const SourceFailure &failure);
+
+    HistorySource &m_source;
+    QWidget *m_window;
+};
+
+} // namespace norvane

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "contract/History.h"
+
+#include <QIcon>
+#include <QPalette>
+
+namespace norvane {
+
+/// Drawings of what became of a message: each has a shape of its own, so that they can be told
+/// apart without their colours.
+namespace StateSymbol {
+
+/// @param palette  the colours of the list that it stands in
+QIcon icon(MessageState state, const QPalette &palette);
+
+/// The symbol's colour, which can be seen on `ground`.
+QColor colour(MessageState state, const QColor &ground);
+
+} // namespace StateSymbol
+
+} // namespace norvane
