@@ -11,8 +11,8 @@ bool SearchedText::isIn(const QString &phone, const QString &text) const
     if (m_folded.isEmpty())
         return true;
     const QString foldedPhone = TextFold::fold(phone);
-    return foldedPhone.contains(m_folded) || TextFold::dialled(foldedPhone).contains(m_folded) ||
-           TextFold::fold(text).contains(m_folded);
+    return foldedPhone.contains(m_folded) || TextFold::fold(text).contains(m_folded) ||
+           TextFold::dialled(foldedPhone).contains(m_folded);
 }
 
 QString SearchedText::folded(const QString &phone, const QString &text)

@@ -1,25 +1,11 @@
 #include "TovekSMService/history/TextFold.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace norvane {
 
 namespace {
-
-bool isPlain(QChar character)
-{
-    return character.unicode() > 0 && character.unicode() < 0x80;
-}
-
-QString foldedPlain(const QString &text)
-{
-    QString folded = text;
-    for (QChar &character : folded) {
-        if (character >= u'A' && character <= u'Z')
-            character = QChar(character.unicode() + (u'a' - u'A'));
-    }
-    return folded;
-}
 
 /// With U+FFFD in the place of what is no character.
 QString wellFormed(const QString &text)
@@ -51,16 +37,53 @@ QString withoutMarks(const QString &text)
     return bare;
 }
 
-} // namespace
-
-QString TextFold::fold(const QString &text)
+QString foldedSlowly(const QString &text)
 {
-    if (std::all_of(text.cbegin(), text.cend(), isPlain))
-        return foldedPlain(text);
     const QString folded =
         withoutMarks(wellFormed(text).normalized(QString::NormalizationForm_KD)).toCaseFolded();
     // Folding may compose what was apart.
     return withoutMarks(folded.normalized(QString::NormalizationForm_KD));
+}
+
+/// Characters below this one are folded by a table: those of the Latin, Greek and Cyrillic scripts
+/// and the usual punctuation.
+constexpr char16_t tableEnd = 0x2100;
+
+/// A character is folded alone as it is among others.
+const std::vector<QString> &foldedCharacters()
+{
+    static const std::vector<QString> table = [] {
+        std::vector<QString> characters;
+        characters.reserve(tableEnd);
+        for (char16_t character = 0; character < tableEnd; ++character)
+            characters.push_back(foldedSlowly(QString(QChar(character))));
+        return characters;
+    }();
+    return table;
+}
+
+bool isInTable(QChar character)
+{
+    return character.unicode() < tableEnd;
+}
+
+} // namespace
+
+QString TextFold::fold(const QString &text)
+{
+    if (!std::all_of(text.cbegin(), text.cend(), isInTable))
+        return foldedSlowly(text);
+    const std::vector<QString> &table = foldedCharacters();
+    QString folded;
+    folded.reserve(text.size());
+    for (const QChar character : text) {
+        const char16_t unit = character.unicode();
+        if (unit > 0 && unit < 0x80)
+            folded += unit >= u'A' && unit <= u'Z' ? QChar(unit + (u'a' - u'A')) : character;
+        else
+            folded += table[unit];
+    }
+    return folded;
 }
 
 QString TextFold::dialled(const QString &phone)

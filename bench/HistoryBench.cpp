@@ -1,0 +1,305 @@
+// The history of many messages, in a file and in a database: how long a page, a search and the
+// numbers of a year take, and what filling the search index costs the messages that are sent.
+//
+//     history_bench [smallest]
+
+#include "BenchSize.h"
+
+#include "TovekSMService/history/HistoryPages.h"
+#include "TovekSMService/history/HistorySummary.h"
+#include "TovekSMService/history/HistoryThread.h"
+#include "TovekSMService/history/InboxPages.h"
+#include "TovekSMService/history/OutcomeIndex.h"
+#include "TovekSMService/history/QueryLimit.h"
+#include "TovekSMService/store/PostgresDatabase.h"
+#include "TovekSMService/store/Store.h"
+#include "TovekSMService/time/Clock.h"
+#include "support/PostgresServer.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace norvane {
+
+namespace {
+
+constexpr int pageRows = 100;
+constexpr int rowsOfCommit = 1000;
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+/// The machine's time, but that a minute passes with each look at the index.
+class HurriedTime : public TimeSource
+{
+public:
+    qint64 nanoseconds() const override { return system().nanoseconds() + m_ahead; }
+    std::unique_ptr<Alarm> makeAlarm(std::function<void()> due) override
+    {
+        return system().makeAlarm(std::move(due));
+    }
+    void hurry() { m_ahead += qint64{OutcomeIndex::settleMs} * 1'000'000; }
+
+private:
+    qint64 m_ahead = 0;
+};
+
+template <typename Value>
+Value must(const StoreResult<Value> &result)
+{
+    if (!result)
+        qFatal("%s", qPrintable(result.error().text()));
+    if constexpr (!std::is_void_v<Value>)
+        return *result;
+}
+
+const QDateTime &lastMoment()
+{
+    static const QDateTime moment(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC);
+    return moment;
+}
+
+QString momentOfRow(int row, int rows)
+{
+    constexpr qint64 secondsOfYear = 365 * secondsOfDay;
+    return lastMoment()
+        .addSecs(-secondsOfYear + secondsOfYear * row / rows)
+        .toString(u"yyyy-MM-ddTHH:mm:ss"_s);
+}
+
+/// The same for each run.
+quint32 scattered(int number)
+{
+    return static_cast<quint32>((static_cast<quint64>(number) * 2'654'435'761U) % 100'000'000U);
+}
+
+QVariantList outcomeOf(int row, int rows)
+{
+    const QString at = momentOfRow(row, rows);
+    const int kind = row % 100;
+    return {row + 1,
+            u"6%1"_s.arg(scattered(row), 8, 10, QChar(u'0')),
+            u"Estimado cliente: su pedido %1 está listo para recoger en nuestra tienda de Málaga. "
+            "Gracias por su confianza."_s.arg(scattered(row * 7 + 1), 8, 10, QChar(u'0')),
+            kind < 97 ? 1 : -36,
+            at,
+            kind < 90 ? 2 : 0,
+            kind < 90 ? at : QString()};
+}
+
+void fill(StoreDatabase &database, int rows)
+{
+    for (int first = 0; first < rows; first += rowsOfCommit) {
+        must(database.together([&] {
+            StoreResult<> filled;
+            for (int row = first; filled && row < std::min(first + rowsOfCommit, rows); ++row)
+                filled = database.write(
+                    "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, "
+                    "reported, delivery, delivered_at) VALUES (?, '2025-01-01', ?, ?, ?, ?, 1, ?, "
+                    "?)",
+                    outcomeOf(row, rows));
+            return filled;
+        }));
+    }
+}
+
+void fillInbox(StoreDatabase &database, int rows)
+{
+    must(database.together([&] {
+        StoreResult<> filled;
+        for (int row = 0; filled && row < rows; ++row)
+            filled = database.write(
+                "INSERT INTO received (at, sent_at, phone, text) "
+                "VALUES (?, '', ?, ?)",
+                {momentOfRow(row, rows), outcomeOf(row, rows).at(1), outcomeOf(row, rows).at(2)});
+        return filled;
+    }));
+}
+
+void index(StoreDatabase &database)
+{
+    HurriedTime time;
+    OutcomeIndex index(database, time);
+    index.prepare();
+    QElapsedTimer timer;
+    timer.start();
+    qint64 worst = 0;
+    int rows = 0;
+    for (int idle = 0; idle < 2;) {
+        QElapsedTimer step;
+        step.start();
+        const int taken = must(index.step(HistoryThread::Pace().rows));
+        worst = std::max(worst, step.elapsed());
+        rows += taken;
+        idle = taken == 0 ? idle + 1 : 0;
+        if (taken == 0)
+            time.hurry();
+    }
+    out() << "  index of " << rows << " rows: " << static_cast<double>(timer.elapsed()) / 1000
+          << " s, the longest step " << worst << " ms\n";
+    out().flush();
+}
+
+void measure(const char *name, const std::function<qsizetype()> &query)
+{
+    QList<double> times;
+    qsizetype rows = 0;
+    QElapsedTimer all;
+    all.start();
+    const int rounds = benchSize(100);
+    while (times.size() < rounds && (times.size() < 3 || all.elapsed() < 20'000)) {
+        QElapsedTimer timer;
+        timer.start();
+        rows = query();
+        times.append(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+        if (times.size() == rounds)
+            break;
+    }
+    std::sort(times.begin(), times.end());
+    out() << "  " << QString::fromLatin1(name).leftJustified(44)
+          << QString::number(times.at(times.size() / 2), 'f', 1).rightJustified(8) << " ms, "
+          << QString::number(times.at((times.size() * 99 - 1) / 100), 'f', 1).rightJustified(8)
+          << " ms at 99 of 100 (" << rows << " rows)\n";
+    out().flush();
+}
+
+void ask(StoreDatabase &database)
+{
+    const auto page = [&database](const HistoryFilter &filter) {
+        const QueryLimit limit(TimeSource::system());
+        return must(HistoryPages(database, limit).page(filter, {}, {}, pageRows)).rows.size();
+    };
+    const auto search = [&page](const QString &text) {
+        HistoryFilter filter;
+        filter.text = text;
+        return page(filter);
+    };
+    HistoryFilter past;
+    past.from = u"2025-02-03"_s;
+    past.to = u"2025-02-04"_s;
+    HistoryFilter failures;
+    failures.states = MessageState::Failed;
+    measure("first page", [&] { return page({}); });
+    measure("a day deep in the past", [&] { return page(past); });
+    measure("failures", [&] { return page(failures); });
+    measure("nearly all have it: \"6\"", [&] { return search(u"6"_s); });
+    measure("all have it: \"malaga\"", [&] { return search(u"malaga"_s); });
+    measure("some have it: \"1234\"", [&] { return search(u"1234"_s); });
+    measure("few have it: a whole phone",
+            [&] { return search(outcomeOf(777, 1).at(1).toString()); });
+    measure("none has it: \"xyzzy\"", [&] { return search(u"xyzzy"_s); });
+    measure("three characters of a phone", [&] { return search(u"612"_s); });
+    measure("two characters", [&] { return search(u"77"_s); });
+    measure("two characters that none has", [&] { return search(u"qq"_s); });
+    measure("numbers of 365 days", [&] {
+        const QueryLimit limit(TimeSource::system());
+        return must(HistorySummary(database, limit).of(u"2025-01-01"_s, u"2026-01-01"_s))
+            .days.size();
+    });
+    measure("received: none has it", [&] {
+        const QueryLimit limit(TimeSource::system());
+        return must(InboxPages(database, limit).page({{}, {}, u"xyzzy"_s, false}, {}, {}, pageRows))
+            .rows.size();
+    });
+}
+
+double settledASecond(Store &store, int messages)
+{
+    must(store.queue().add(QList<QueueRow>(
+        messages, {u"2020-01-01T00:00:00"_s, u"600112233"_s, u"Su pedido está listo"_s, 0})));
+    QElapsedTimer timer;
+    timer.start();
+    for (int number = 0; number < messages; ++number) {
+        for (;;) {
+            const StoreResult<> settled = store.database().together([&] {
+                return store.queue().first().and_then([&](const std::optional<StoredMessage>
+                                                              &first) {
+                    return store.queue().begin({{first->id, std::nullopt, "hash"}}).and_then([&] {
+                        return store.queue().finishSent({{first->id, 7, u"2026-01-01T00:00:00"_s}});
+                    });
+                });
+            });
+            if (settled)
+                break;
+            if (settled.error().kind() != StoreFailure::Kind::Busy)
+                must(settled);
+        }
+    }
+    return messages * 1000.0 / static_cast<double>(timer.elapsed() + 1);
+}
+
+void settle(Store &store, const HistorySource &source)
+{
+    const int messages = benchSize(5000, 20);
+    out() << "  settled alone: " << qRound(settledASecond(store, messages)) << " a second\n";
+    // Everything is to be indexed anew.
+    must(store.database().write("DELETE FROM setting WHERE name = 'history_index'"));
+    const HistoryThread thread(source, TimeSource::system(), {});
+    out() << "  settled beside the index: " << qRound(settledASecond(store, messages))
+          << " a second\n";
+    out().flush();
+}
+
+void measureStore(Store &store, const HistorySource &source, int rows)
+{
+    fill(store.database(), rows);
+    fillInbox(store.database(), benchSize(100'000, 100));
+    index(store.database());
+    ask(store.database());
+    settle(store, source);
+}
+
+void measureFile(int rows)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"queue.sqlite"_s);
+    out() << "In a file, " << rows << " outcomes:\n";
+    Store store(file);
+    must(store.open());
+    measureStore(store, {file, {}}, rows);
+    out() << "  the file has " << QFileInfo(file).size() / 1'000'000 << " MB\n";
+}
+
+void measureServer(int rows)
+{
+    const QTemporaryDir folder;
+    const SystemClock clock;
+    PostgresServer server(PostgresServer::Durability::Flushed);
+    if (!server.start())
+        qFatal("no server");
+    const QString conninfo = server.freshDatabase(u"bench"_s);
+    const SharedStore shared = {conninfo,
+                                {u"bench"_s, u"bench"_s, u"bench"_s},
+                                0,
+                                [&clock](qint64 seconds) { return clock.wallClockText(seconds); }};
+    Store store(folder.filePath(u"queue.sqlite"_s), shared, clock.time());
+    must(store.open());
+    must(store.sharedDatabase()->open());
+    must(store.queue().load());
+    out() << "In a database, " << rows << " outcomes:\n";
+    measureStore(store, {{}, conninfo}, rows);
+}
+
+} // namespace
+
+} // namespace norvane
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const int rows = norvane::benchSize(1'000'000, 2000);
+    norvane::measureFile(rows);
+    norvane::measureServer(rows);
+    return 0;
+}
