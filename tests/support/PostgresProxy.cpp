@@ -257,11 +257,12 @@ void PostgresProxy::spring(const Connection &connection)
     connection->setBlocked(Direction::ToServer, true);
     connection->setBlocked(Direction::ToClient,
                            m_trap->moment == PostgresTrap::Moment::AfterMessage);
+    m_hasTrapActed = m_trap->act == PostgresTrap::Act::HoldClient;
 }
 
 bool PostgresProxy::isActDue() const
 {
-    if (!m_sprung)
+    if (!m_sprung || m_trap->act == PostgresTrap::Act::HoldClient)
         return false;
     const ProxiedConnection &connection = *m_sprung->connection;
     const bool isAnswerAwaited = m_trap->moment == PostgresTrap::Moment::AfterAnswer;

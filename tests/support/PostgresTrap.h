@@ -13,8 +13,11 @@ struct PostgresTrap
         AfterAnswer,   ///< the client has got the answer
     };
     enum class Act {
-        Cut, ///< the connection
-        Hold ///< everything, as PostgresProxy::hold()
+        Cut,  ///< the connection
+        Hold, ///< everything, as PostgresProxy::hold()
+        /// What this client says from there on, even behind its end, until the trap is cleared.
+        /// Other connections go on.
+        HoldClient
     };
 
     /// Which one: clients' messages are counted from setTrap(), over all connections. A query of

@@ -129,6 +129,20 @@ TEST_F(PostgresTrapTest, aMessageCanBeHeld)
     EXPECT_EQ(keptRows(), Rows{{u"1"_s}});
 }
 
+TEST_F(PostgresTrapTest, aClientThatIsHeldIsCarriedOutBehindItsEnd)
+{
+    ASSERT_TRUE(client.run(u"BEGIN; INSERT INTO kept VALUES (1)"_s));
+    proxy.setTrap({.moment = Moment::BeforeMessage, .act = Act::HoldClient});
+    ASSERT_TRUE(client.send(u"COMMIT"_s));
+    ASSERT_TRUE(hasTrapActed());
+    PQreset(client.get());
+    EXPECT_TRUE(client.run(u"INSERT INTO kept VALUES (2)"_s));
+    EXPECT_EQ(keptRows(), Rows{{u"2"_s}});
+
+    proxy.clearTrap();
+    EXPECT_TRUE(waitUntil([] { return keptRows() == Rows{{u"1"_s}, {u"2"_s}}; }));
+}
+
 TEST_F(PostgresTrapTest, aClearedTrapDoesNotAct)
 {
     proxy.setTrap({.moment = Moment::BeforeMessage});
