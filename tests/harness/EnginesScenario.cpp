@@ -1,6 +1,8 @@
 #include "harness/Fleet.h"
 #include "harness/Scenarios.h"
 
+#include <QSet>
+
 #include <array>
 #include <thread>
 
@@ -14,10 +16,12 @@ using std::chrono::microseconds;
 enum class Deed {
     Kill,           ///< and start it again
     KillUntilTaken, ///< and start it when others have taken over
+    KillTwice,      ///< the second time before it can hand over what it kept at home
     Freeze,
     FreezeUntilTaken,
     Hold, ///< its connection, silently
     HoldUntilTaken,
+    HoldBeginning, ///< in the middle, and go on when it has another connection
     Cut,
     KillDatabase,
     StopDatabase, ///< in order
@@ -25,10 +29,12 @@ enum class Deed {
 
 constexpr std::array deedNames = {"kill"_L1,
                                   "kill until taken"_L1,
+                                  "kill twice"_L1,
                                   "freeze"_L1,
                                   "freeze until taken"_L1,
                                   "hold"_L1,
                                   "hold until taken"_L1,
+                                  "hold beginning"_L1,
                                   "cut"_L1,
                                   "kill the database"_L1,
                                   "stop the database"_L1};
@@ -57,7 +63,7 @@ void setTrap(Fleet &fleet, int index)
         fleet.engine(index).name(), trap.act == PostgresTrap::Act::Hold ? u"hold"_s : u"cut"_s,
         isAtEnd ? u"end"_s : u"message"_s, QString::number(trap.message),
         QString::number(static_cast<int>(trap.moment))));
-    fleet.engine(index).proxy.setTrap(trap);
+    fleet.engine(index).setTrap(trap);
 }
 
 void disturb(Fleet &fleet)
@@ -96,6 +102,9 @@ void harm(Fleet &fleet, int index, Deed deed)
     case Deed::KillUntilTaken:
         fleet.kill(index);
         break;
+    case Deed::KillTwice:
+        fleet.killTwice(index);
+        break;
     case Deed::Freeze:
     case Deed::FreezeUntilTaken:
         engine.freeze();
@@ -103,6 +112,9 @@ void harm(Fleet &fleet, int index, Deed deed)
     case Deed::Hold:
     case Deed::HoldUntilTaken:
         engine.proxy.hold();
+        break;
+    case Deed::HoldBeginning:
+        fleet.holdBeginning(index);
         break;
     case Deed::Cut:
         engine.proxy.cut();
@@ -126,10 +138,17 @@ bool isUntilTaken(Deed deed)
 Deed someDeed(Fleet &fleet)
 {
     constexpr std::array deeds = {
-        Deed::Kill,        Deed::Kill, Deed::KillUntilTaken, Deed::Freeze, Deed::FreezeUntilTaken,
-        Deed::Hold,        Deed::Hold, Deed::HoldUntilTaken, Deed::Cut,    Deed::KillDatabase,
-        Deed::StopDatabase};
+        Deed::Kill,         Deed::Kill,           Deed::KillUntilTaken,   Deed::KillTwice,
+        Deed::KillTwice,    Deed::Freeze,         Deed::FreezeUntilTaken, Deed::Hold,
+        Deed::Hold,         Deed::HoldUntilTaken, Deed::HoldBeginning,    Deed::Cut,
+        Deed::KillDatabase, Deed::StopDatabase};
     return deeds.at(static_cast<std::size_t>(fleet.random(0, deeds.size() - 1)));
+}
+
+/// Whether it needs an engine that is well.
+bool isOfHealthy(Deed deed)
+{
+    return isUntilTaken(deed) || deed == Deed::KillTwice || deed == Deed::HoldBeginning;
 }
 
 /// One engine that is given up in a cycle at most: others must be left to take over.
@@ -140,21 +159,26 @@ void runCycle(Fleet &fleet)
     queueSome(fleet);
     const int deeds = fleet.random(1, 2);
     int given = -1;
+    QSet<int> harmed;
     for (int i = 0; i < deeds; ++i) {
         const int victim = fleet.random(0, Fleet::size - 1);
         const Deed deed = someDeed(fleet);
         if (given >= 0 && (isUntilTaken(deed) || victim == given))
+            continue;
+        if (isOfHealthy(deed) && harmed.contains(victim))
             continue;
         letPass(fleet, longestStart);
         if (isUntilTaken(deed)) {
             fleet.waitForPart(victim);
             given = victim;
         }
+        harmed.insert(victim);
         harm(fleet, victim, deed);
     }
     if (given >= 0) {
         fleet.letGo(given);
         fleet.waitForTakeover(given);
+        queueSome(fleet); // that it could begin, were its epoch not over
     }
     fleet.recover();
 }
@@ -172,6 +196,8 @@ Tally runEngines(const RunOptions &options)
             ++cycles;
             fleet.beginCycle(cycle);
             runCycle(fleet);
+            if (fleet.isStuck())
+                break;
         }
     }
     return fleet.close(cycles);

@@ -4,25 +4,25 @@
 
 #include <QCoreApplication>
 #include <QJsonObject>
+#include <QThread>
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace norvane {
 
 namespace {
 
-constexpr auto databaseName = "queue"_L1;
 constexpr int sentCode = 1;
 constexpr int phonesOfLane = 1'000'000;
-constexpr int tellLimit = 20'000; // ms, until an engine has told and corrected what it knows
+constexpr int tellLimit = 20'000;  // ms, until an engine has told and corrected what it knows
+constexpr int hangLimit = 120'000; // ms; what only a hang takes
+constexpr int shortLimit = 3000;   // ms, where something else is known to hang
 
 } // namespace
 
 Fleet::Fleet(const RunOptions &options)
     : m_options(options), m_random(options.seed + static_cast<quint32>(options.lane))
 {
-    server.freshDatabase(databaseName);
     // Some devices refuse some parts: for the message's sake, or for a while.
     using Console = SharingEngine::Console;
     const auto make = [&](const QString &name, Console console, const QStringList &options = {}) {
@@ -37,12 +37,12 @@ Fleet::Fleet(const RunOptions &options)
 bool Fleet::begin()
 {
     for (const auto &engine : m_engines) {
-        if (!engine->begin(PostgresServer::login(databaseName))) {
+        if (!engine->begin(QueueDatabase::login())) {
             stuck(u"the first start of engine "_s + engine->name());
             return false;
         }
     }
-    return true;
+    return await(u"the tables"_s, [this] { return m_database.watchEpochs(); });
 }
 
 int Fleet::random(int least, int max)
@@ -50,36 +50,28 @@ int Fleet::random(int least, int max)
     return std::uniform_int_distribution(least, max)(m_random);
 }
 
-/// @return nothing while the server is away
-std::optional<PostgresServer::Rows> Fleet::ask(const QString &statements)
-{
-    if (m_client && m_client->isConnected()) {
-        try {
-            return m_client->query(statements);
-        } catch (const std::runtime_error &) { // the server was killed since
-        }
-    }
-    m_client = std::make_unique<PostgresClient>(server.connection(databaseName));
-    if (!m_client->isConnected())
-        return std::nullopt;
-    return m_client->query(statements);
-}
-
-/// @return -1 while the server is away
-int Fleet::number(const QString &query)
-{
-    const auto rows = ask(query);
-    return rows && !rows->isEmpty() ? rows->constFirst().constFirst().toInt() : -1;
-}
-
 void Fleet::stuck(const QString &what)
 {
     m_problems.fault(&Tally::stuck, u"did not come: "_s + what + u" ("_s + m_deeds + u')');
 }
 
+int Fleet::limit() const
+{
+    return isStuck() ? shortLimit : hangLimit;
+}
+
+bool Fleet::await(const QString &what, const std::function<bool()> &condition)
+{
+    if (eventually(condition, limit()))
+        return true;
+    stuck(what);
+    return false;
+}
+
 void Fleet::beginCycle(int cycle)
 {
     m_deeds = u"cycle %1:"_s.arg(cycle);
+    m_doubts.beginCycle();
 }
 
 void Fleet::queue(int index, const QList<Shape> &shapes)
@@ -104,16 +96,53 @@ void Fleet::queue(int index, const QList<Shape> &shapes)
 
 void Fleet::waitForPart(int index)
 {
+    SharingEngine &victim = engine(index);
     const QString query =
-        u"SELECT count(*) = 0 OR coalesce(bool_or(message.state = 1 AND name = '%1'), "
-        "false) FROM message LEFT JOIN engine ON engine.id = message.engine"_s.arg(
-            engine(index).name());
-    eventually(
-        [&] {
-            const auto rows = ask(query);
-            return !rows || rows->constFirst().constFirst() == "t"_L1;
-        },
-        drainLimit);
+        u"SELECT NOT EXISTS (SELECT 1 FROM message WHERE state <> 1 AND (engine IS NULL OR engine "
+        "= me.id)) OR EXISTS (SELECT 1 FROM message WHERE state = 1 AND engine = me.id) "
+        "FROM engine me WHERE name = '%1'"_s.arg(victim.name());
+    await(u"a part of engine "_s + victim.name(), [&] {
+        const auto rows = m_database.ask(query);
+        return !rows || rows->isEmpty() || rows->constFirst().constFirst() == "t"_L1 ||
+               victim.isHeldByTrap();
+    });
+}
+
+void Fleet::holdBeginning(int index)
+{
+    constexpr int beginLimit = 2000; // ms; the others may have been quicker
+    SharingEngine &victim = engine(index);
+    // A connection prepares the statement when it begins its first part.
+    victim.setTrap({.containing = "SET state = 1, engine",
+                    .moment = PostgresTrap::Moment::BeforeMessage,
+                    .act = PostgresTrap::Act::HoldClient});
+    victim.proxy.cut();
+    queue((index + 1) % size, QList<Shape>(12, Shape::TwoParts));
+    if (!eventually([&] { return victim.proxy.hasTrapActed(); }, beginLimit))
+        return;
+    note(u"[held]"_s);
+    const QString epoch = u"SELECT epoch FROM engine WHERE name = '%1'"_s.arg(victim.name());
+    const int before = m_database.number(epoch);
+    await(u"another connection of engine "_s + victim.name(),
+          [&] { return m_database.number(epoch) > before; });
+    victim.proxy.clearTrap();
+}
+
+void Fleet::killTwice(int index)
+{
+    constexpr int keepLimit = 1000; // ms; there may be nothing to be kept
+    constexpr int longestLife = 900;
+    SharingEngine &victim = engine(index);
+    waitForPart(index);
+    victim.cutOff();
+    if (victim.sandbox.isUp() &&
+        eventually([&] { return m_doubts.noteKept(victim) > 0; }, keepLimit))
+        note(u"[kept]"_s);
+    kill(index);
+    if (!victim.start())
+        stuck(u"the start of engine %1 by itself"_s.arg(victim.name()));
+    QThread::msleep(static_cast<unsigned long>(random(0, longestLife)));
+    kill(index);
 }
 
 void Fleet::waitForTakeover(int index)
@@ -130,34 +159,16 @@ void Fleet::waitForTakeover(int index)
                         "state_change < clock_timestamp() - interval '10 s'"_s;
     const QString held = u"SELECT count(*) FROM message JOIN engine ON engine.id = message.engine "
                          "WHERE message.state = 1 AND name = '%1'"_s.arg(name);
-    const bool isTaken =
-        eventually([&] { return ask(silence) && ask(end) && number(held) == 0; }, drainLimit);
-    if (!isTaken)
-        stuck(u"the takeover of engine "_s + name);
+    m_doubts.noteSilent(engine(index));
+    await(u"the takeover of engine "_s + name, [&] {
+        return m_database.ask(silence) && m_database.ask(end) && m_database.number(held) == 0;
+    });
 }
 
 void Fleet::kill(int index)
 {
     engine(index).thaw();
     engine(index).sandbox.kill();
-}
-
-/// What an engine that was killed was about to learn of its messages, it doesn't know. What it had
-/// written down at home it knows.
-void Fleet::excuse(int index)
-{
-    const auto kept = StoreReader(engine(index).sandbox.storeFile()).kept();
-    const auto rows =
-        ask(u"SELECT phone, message.id FROM message JOIN engine ON engine.id = message.engine "
-            "WHERE name = '%1' AND message.state = 1 UNION ALL "
-            "SELECT phone, message_id FROM outcome JOIN engine ON engine.id = outcome.engine "
-            "WHERE name = '%1' AND code = -39"_s.arg(engine(index).name()));
-    if (!kept || !rows)
-        stuck(u"a look at what a killed engine left"_s);
-    for (const QStringList &row : rows.value_or(PostgresServer::Rows())) {
-        if (!kept || !kept->sent.contains(row.at(1).toLongLong()))
-            m_excused.insert(row.at(0));
-    }
 }
 
 void Fleet::letGo(int except)
@@ -175,7 +186,8 @@ void Fleet::letGo(int except)
         engine(index).thaw();
         if (engine(index).sandbox.isUp())
             continue;
-        excuse(index);
+        if (!m_doubts.noteKilled(engine(index)))
+            stuck(u"a look at what a killed engine left"_s);
         if (!engine(index).start())
             stuck(u"the start of engine "_s + engine(index).name());
     }
@@ -184,8 +196,7 @@ void Fleet::letGo(int except)
 void Fleet::takeAnswers()
 {
     for (const Call &call : std::exchange(m_calls, {})) {
-        if (!eventually([&] { return call.answer.isFinished(); }, drainLimit))
-            stuck(u"the answer to a call"_s);
+        await(u"the answer to a call"_s, [&] { return call.answer.isFinished(); });
         // A call that fails because the database went away may have been carried out.
         const bool isAnswered = howQueued(call.answer.reply()) == Queued::Answered;
         for (qsizetype at = call.first; isAnswered && at < call.first + call.count; ++at)
@@ -195,11 +206,11 @@ void Fleet::takeAnswers()
 
 bool Fleet::isQuiet()
 {
-    if (number(u"SELECT count(*) FROM message"_s) != 0)
+    if (m_database.number(u"SELECT count(*) FROM message"_s) != 0)
         return false;
     return std::all_of(m_engines.cbegin(), m_engines.cend(), [](const auto &engine) {
         const auto kept = StoreReader(engine->sandbox.storeFile()).kept();
-        return kept && kept->count == 0;
+        return kept && kept->isEmpty();
     });
 }
 
@@ -223,9 +234,9 @@ QHash<QString, QSet<int>> Fleet::receivedParts() const
 QSet<QString> Fleet::knownInDoubt()
 {
     QSet<QString> phones;
-    for (const QStringList &row :
-         ask(u"SELECT phone FROM outcome WHERE code = -39"_s).value_or(PostgresServer::Rows())) {
-        if (!m_excused.contains(row.constFirst()) && !m_known.contains(row.constFirst()))
+    const auto doubts = m_database.ask(u"SELECT phone FROM outcome WHERE code = -39"_s);
+    for (const QStringList &row : doubts.value_or(QueueDatabase::Rows())) {
+        if (!m_doubts.isExcused(row.constFirst()) && !m_known.contains(row.constFirst()))
             phones.insert(row.constFirst());
     }
     if (phones.isEmpty())
@@ -243,18 +254,19 @@ void Fleet::recover()
         if (!m_deedsOf.contains(message.phone))
             m_deedsOf.insert(message.phone, m_deeds);
     }
-    if (!eventually([this] { return isQuiet(); }, drainLimit))
-        stuck(u"the end of the queue"_s);
+    if (!eventually([this] { return isQuiet(); }, limit()))
+        stuck(u"the end of the queue, left: "_s + m_database.remains());
+    m_doubts.judge();
     if (!eventually([this] { return knownInDoubt().isEmpty(); }, tellLimit))
         m_known += knownInDoubt();
     const QString untold = u"SELECT count(*) FROM outcome JOIN engine ON engine.id = reporter "
                            "WHERE reported = 0 AND name IN ('one', 'three')"_s;
-    if (!eventually([&] { return number(untold) == 0; }, tellLimit)) {
+    if (!eventually([&] { return m_database.number(untold) == 0; }, tellLimit)) {
         m_problems.fault(&Tally::untold,
                          u"a failure is not told to a console that is open ("_s + m_deeds + u')');
         // Once, and not in each of the cycles that follow.
-        ask(u"UPDATE outcome SET reported = 2 WHERE reported = 0 AND reporter IN "
-            "(SELECT id FROM engine WHERE name IN ('one', 'three'))"_s);
+        m_database.ask(u"UPDATE outcome SET reported = 2 WHERE reported = 0 AND reporter IN "
+                       "(SELECT id FROM engine WHERE name IN ('one', 'three'))"_s);
     }
 }
 
@@ -263,6 +275,8 @@ void Fleet::restartWithConsoles()
 {
     for (int index = 0; index < size; ++index) {
         kill(index);
+        if (!m_doubts.noteKilled(engine(index)))
+            stuck(u"a look at what a killed engine left"_s);
         engine(index).proxy.setRefusing(true);
         if (!engine(index).start())
             stuck(u"the last start of engine "_s + engine(index).name());
@@ -278,16 +292,19 @@ void Fleet::hearRest()
         const EngineConsole &console = engine->console();
         const QString untold = u"SELECT count(*) FROM outcome JOIN engine ON engine.id = reporter "
                                "WHERE reported = 0 AND name = '%1'"_s.arg(engine->name());
-        if (!eventually([&] { return number(untold) == 0; }, tellLimit))
+        if (!eventually([&] { return m_database.number(untold) == 0; }, tellLimit))
             stuck(u"a failure to the last console"_s);
         // The engine's own count, behind every word of the others.
-        if (!eventually([&] { return engine->sandbox.queueSize() == 0; }, tellLimit))
-            stuck(u"engine %1 counts %2 messages in an empty queue"_s.arg(
-                engine->name(), QString::number(engine->sandbox.queueSize())));
+        const int left = m_database.number(u"SELECT count(*) FROM message"_s);
+        if (!eventually([&] { return engine->sandbox.queueSize() == left; }, tellLimit))
+            stuck(u"engine %1 counts %2 messages in a queue of %3"_s.arg(
+                engine->name(), QString::number(engine->sandbox.queueSize()),
+                QString::number(left)));
         QCoreApplication::processEvents();
         for (const QString &phone : console.sent()) {
-            if (number(u"SELECT count(*) FROM outcome WHERE phone = '%1' AND code = 1"_s.arg(
-                    phone)) == 0)
+            if (m_database.number(
+                    u"SELECT count(*) FROM outcome WHERE phone = '%1' AND code = 1"_s.arg(phone)) ==
+                0)
                 m_problems.fault(&Tally::untrue, phone + u" is told as sent and is not"_s);
         }
     }
@@ -301,9 +318,9 @@ void Fleet::account()
                 {entry.value(u"number").toString(), entry.value(u"text").toString(),
                  entry.value(u"part").toInt(1), entry.value(u"parts").toInt(1)});
     }
-    const auto waiting = ask(u"SELECT phone, state, parts_sent FROM message"_s);
-    const auto outcomes = ask(u"SELECT phone, code, code = 1 AND reporter <> engine AND "
-                              "reporter IS NOT NULL FROM outcome ORDER BY id"_s);
+    const auto waiting = m_database.ask(u"SELECT phone, state, parts_sent FROM message"_s);
+    const auto outcomes = m_database.ask(u"SELECT phone, code, code = 1 AND reporter <> engine AND "
+                                         "reporter IS NOT NULL FROM outcome ORDER BY id"_s);
     if (!waiting || !outcomes) {
         stuck(u"the database"_s);
         return;
@@ -312,7 +329,7 @@ void Fleet::account()
         m_account.waiting.append({row.at(0), row.at(1).toInt(), row.at(2).toInt()});
     for (const QStringList &row : *outcomes) {
         const QString &phone = row.at(0);
-        const bool isKnown = m_known.contains(phone) || !m_excused.contains(phone);
+        const bool isKnown = m_known.contains(phone) || !m_doubts.isExcused(phone);
         m_account.outcomes.append({phone, row.at(1).toInt(), false, isKnown});
         m_problems.corrected += row.at(2) == "t"_L1 ? 1 : 0;
     }
@@ -351,16 +368,19 @@ Tally Fleet::close(int cycles)
     restartWithConsoles();
     hearRest();
     for (const auto &engine : m_engines) {
-        if (!engine->sandbox.stop())
+        if (!engine->sandbox.stop(hangLimit))
             stuck(u"the own end of engine "_s + engine->name());
     }
     account();
     accountTold();
+    for (const QString &phone : m_database.begunLate())
+        m_problems.fault(&Tally::unfenced, phone + u" began in an epoch that was over"_s);
     Tally tally = count(m_account);
     tally.faults += m_problems.faults;
     tally.stuck += m_problems.stuck;
     tally.untold += m_problems.untold;
     tally.untrue += m_problems.untrue;
+    tally.unfenced += m_problems.unfenced;
     tally.corrected = m_problems.corrected;
     tally.cycles = cycles;
     explain(tally);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "harness/DoubtJudge.h"
+#include "harness/QueueDatabase.h"
 #include "harness/SharingEngine.h"
 #include "harness/World.h"
 #include "support/PostgresServer.h"
@@ -8,7 +10,7 @@
 #include <QSet>
 
 #include <array>
-#include <optional>
+#include <functional>
 
 namespace norvane {
 
@@ -33,8 +35,14 @@ public:
     void note(const QString &deed) { m_deeds += u' ' + deed; }
     /// Queues messages that are due, in one call, and doesn't wait for the answer.
     void queue(int index, const QList<Shape> &shapes);
-    /// Waits until a part of the engine's is leaving, or nothing waits any more.
+    /// Waits until a part of the engine's is leaving, or nothing waits that it could send.
     void waitForPart(int index);
+    /// Holds what the engine says in the middle of beginning a part, until it has come back by
+    /// another connection, and carries it out then.
+    void holdBeginning(int index);
+    /// Cuts the engine off until it keeps at home what became of a part, and kills it twice before
+    /// it can hand that over.
+    void killTwice(int index);
     /// Makes an engine look as if it had been silent until others have taken over what it holds.
     void waitForTakeover(int index);
     void kill(int index);
@@ -42,6 +50,8 @@ public:
     void letGo(int except = -1);
     /// Lets everything go, and waits until the queue is worked off.
     void recover();
+    /// Whether something did not come that was waited for. Nothing is worth waiting for then.
+    bool isStuck() const { return m_problems.stuck > 0; }
 
     /// Ends all engines, and counts.
     Tally close(int cycles);
@@ -55,10 +65,10 @@ private:
         qsizetype count = 0;
     };
 
-    std::optional<PostgresServer::Rows> ask(const QString &statements);
-    int number(const QString &query);
     void stuck(const QString &what);
-    void excuse(int index);
+    int limit() const;
+    /// Waits for what only a hang keeps from coming. That it did not come is a fault.
+    bool await(const QString &what, const std::function<bool()> &condition);
     void takeAnswers();
     bool isQuiet();
     QSet<QString> knownInDoubt();
@@ -70,15 +80,15 @@ private:
     void explain(Tally &tally) const;
 
     const RunOptions m_options;
+    QueueDatabase m_database{server};
     std::array<std::unique_ptr<SharingEngine>, size> m_engines;
-    std::unique_ptr<PostgresClient> m_client;
     Account m_account;
     Tally m_problems;
+    DoubtJudge m_doubts{m_database, m_problems};
     QList<Call> m_calls;
     QString m_deeds;
     QHash<QString, QString> m_deedsOf; ///< of each message's cycle, by its phone
-    QSet<QString> m_excused; ///< messages whose engine was killed before it could know of them
-    QSet<QString> m_known;   ///< and in doubt all the same
+    QSet<QString> m_known;             ///< messages in doubt whose engine knows that they were sent
     int m_made = 0;
     std::mt19937 m_random;
 };

@@ -15,7 +15,7 @@ constexpr int sentCode = 1;
 constexpr int mayBeDelivered = -39;
 constexpr int leaving = 1;
 
-constexpr std::array<std::pair<const char *, int Tally::*>, 21> numbers = {
+constexpr std::array<std::pair<const char *, int Tally::*>, 22> numbers = {
     {{"cycles", &Tally::cycles},
      {"queued", &Tally::queued},
      {"sent", &Tally::sent},
@@ -31,6 +31,7 @@ constexpr std::array<std::pair<const char *, int Tally::*>, 21> numbers = {
      {"strange", &Tally::strange},
      {"untold", &Tally::untold},
      {"uncommitted", &Tally::uncommitted},
+     {"unfenced", &Tally::unfenced},
      {"reports-lost", &Tally::reportsLost},
      {"reports-wrong", &Tally::reportsWrong},
      {"mail-lost", &Tally::mailLost},
@@ -226,8 +227,8 @@ void judgeMail(const Account &account, Tally &tally)
 
 bool Tally::isClean() const
 {
-    return twice + lost + untrue + strange + untold + uncommitted + reportsLost + reportsWrong +
-               mailLost + mailDoubled + mailTorn + stuck ==
+    return twice + lost + untrue + strange + untold + uncommitted + unfenced + reportsLost +
+               reportsWrong + mailLost + mailDoubled + mailTorn + stuck ==
            0;
 }
 

@@ -93,6 +93,7 @@ struct Tally
     int strange = 0;      ///< received, waiting or told, and never queued
     int untold = 0;       ///< failures that the engine told never, twice, or with another code
     int uncommitted = 0;  ///< left for the network before the store knew
+    int unfenced = 0;     ///< parts that an engine began in an epoch that was over
     int reportsLost = 0;  ///< sent, reported on by the network, and not told as delivered
     int reportsWrong = 0; ///< told as delivered, and not received whole
     int mailLost = 0;     ///< given to the device, and not in the store

@@ -52,8 +52,8 @@ TEST(Ledger, aSoundAccountIsClean)
     EXPECT_EQ(
         tally.line().toStdString(),
         "cycles=0 queued=9 sent=2 failed=3 arrived=1 corrected=0 waiting=2 delivered=2 mail=2 "
-        "twice=0 lost=0 untrue=0 strange=0 untold=0 uncommitted=0 reports-lost=0 "
-        "reports-wrong=0 mail-lost=0 mail-doubled=0 mail-torn=0 stuck=0");
+        "twice=0 lost=0 untrue=0 strange=0 untold=0 uncommitted=0 unfenced=0 "
+        "reports-lost=0 reports-wrong=0 mail-lost=0 mail-doubled=0 mail-torn=0 stuck=0");
 }
 
 struct Doctored
@@ -211,25 +211,25 @@ TEST(Ledger, lanesAreAddedUpWithEveryNumber)
     Tally all;
     all.addLine(u"cycles=1 queued=2 sent=3 failed=4 arrived=5 corrected=6 waiting=7 "
                 "delivered=8 mail=9 twice=10 lost=11 untrue=12 strange=13 untold=14 "
-                "uncommitted=15 reports-lost=16 reports-wrong=17 mail-lost=18 "
-                "mail-doubled=19 mail-torn=20 stuck=21"_s);
+                "uncommitted=15 unfenced=16 reports-lost=17 reports-wrong=18 mail-lost=19 "
+                "mail-doubled=20 mail-torn=21 stuck=22"_s);
     all.addLine(u"cycles=1 queued=1 sent=1 failed=1 arrived=1 corrected=1 waiting=1 "
                 "delivered=1 mail=1 twice=1 lost=1 untrue=1 strange=1 untold=1 "
-                "uncommitted=1 reports-lost=1 reports-wrong=1 mail-lost=1 "
+                "uncommitted=1 unfenced=1 reports-lost=1 reports-wrong=1 mail-lost=1 "
                 "mail-doubled=1 mail-torn=1 stuck=1"_s);
     EXPECT_EQ(
         all.line().toStdString(),
         "cycles=2 queued=3 sent=4 failed=5 arrived=6 corrected=7 waiting=8 delivered=9 mail=10 "
-        "twice=11 lost=12 untrue=13 strange=14 untold=15 uncommitted=16 reports-lost=17 "
-        "reports-wrong=18 mail-lost=19 mail-doubled=20 mail-torn=21 stuck=22");
+        "twice=11 lost=12 untrue=13 strange=14 untold=15 uncommitted=16 unfenced=17 "
+        "reports-lost=18 reports-wrong=19 mail-lost=20 mail-doubled=21 mail-torn=22 stuck=23");
 }
 
 TEST(Ledger, eachKindOfFaultAloneIsNotClean)
 {
     for (int Tally::*const kind :
          {&Tally::twice, &Tally::lost, &Tally::untrue, &Tally::strange, &Tally::untold,
-          &Tally::uncommitted, &Tally::reportsLost, &Tally::reportsWrong, &Tally::mailLost,
-          &Tally::mailDoubled, &Tally::mailTorn, &Tally::stuck}) {
+          &Tally::uncommitted, &Tally::unfenced, &Tally::reportsLost, &Tally::reportsWrong,
+          &Tally::mailLost, &Tally::mailDoubled, &Tally::mailTorn, &Tally::stuck}) {
         Tally tally;
         EXPECT_TRUE(tally.isClean());
         tally.fault(kind, u"what"_s);

@@ -148,12 +148,12 @@ void Sandbox::kill()
     m_engine.waitForFinished(1'200'000);
 }
 
-bool Sandbox::stop()
+bool Sandbox::stop(int limitMs)
 {
     if (!isUp())
         return true;
     m_engine.terminate();
-    return m_engine.waitForFinished(1'200'000) && m_engine.exitStatus() == QProcess::NormalExit &&
+    return m_engine.waitForFinished(limitMs) && m_engine.exitStatus() == QProcess::NormalExit &&
            m_engine.exitCode() == 0;
 }
 

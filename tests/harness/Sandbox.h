@@ -63,7 +63,7 @@ public:
     bool waitForEnd(int limitMs = 1'200'000) { return m_engine.waitForFinished(limitMs); }
     void kill();
     /// Ends the engine as the system does.
-    bool stop();
+    bool stop(int limitMs = 1'200'000);
 
     QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const;
     /// As call(), without waiting for the answer, which may take any time.

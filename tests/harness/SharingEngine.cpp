@@ -27,11 +27,23 @@ bool SharingEngine::begin(const QString &login)
 bool SharingEngine::start()
 {
     sandbox.start();
-    if (!sandbox.waitForBus())
+    if (!sandbox.waitForBus(startLimit))
         return false;
     if (m_console)
         sandbox.send("ReportState");
     return true;
+}
+
+void SharingEngine::cutOff()
+{
+    proxy.setRefusing(true);
+    proxy.cut();
+}
+
+void SharingEngine::setTrap(const PostgresTrap &trap)
+{
+    m_trapHolds = trap.act == PostgresTrap::Act::Hold;
+    proxy.setTrap(trap);
 }
 
 void SharingEngine::freeze()

@@ -95,21 +95,16 @@ int StoreReader::due(const QString &moment) const
     return query.next() ? query.value(0).toInt() : -1;
 }
 
-std::optional<StoreReader::Kept> StoreReader::kept() const
+std::optional<QList<qint64>> StoreReader::kept() const
 {
-    constexpr int sent = 0; // the fate of that name
     const Look look(m_file);
     QSqlQuery query = look.ask(u"SELECT contents FROM kept_settlement"_s);
     if (!query.isActive())
         return std::nullopt;
-    Kept kept;
-    while (query.next()) {
-        const QCborArray fields = QCborValue::fromCbor(query.value(0).toByteArray()).toArray();
-        ++kept.count;
-        if (fields.at(1).toInteger() == sent)
-            kept.sent.append(fields.at(0).toInteger());
-    }
-    return kept;
+    QList<qint64> ids;
+    while (query.next())
+        ids.append(QCborValue::fromCbor(query.value(0).toByteArray()).toArray().at(0).toInteger());
+    return ids;
 }
 
 QString StoreReader::check() const

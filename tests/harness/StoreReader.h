@@ -23,14 +23,9 @@ public:
     bool read(Account &account) const;
     /// Messages that are due by `moment` ("yyyy-MM-ddTHH:mm:ss"), -1 when the store can't be read.
     int due(const QString &moment) const;
-    /// What became of messages of a shared queue and is still to be handed over.
-    struct Kept
-    {
-        int count = 0;
-        QList<qint64> sent; ///< the messages of which the device has taken the last part
-    };
-    /// @return nothing when the store can't be read
-    std::optional<Kept> kept() const;
+    /// Messages of a shared queue of which is kept what became of them, to be handed over.
+    /// @return their ids; nothing when the store can't be read
+    std::optional<QList<qint64>> kept() const;
     /// What SQLite finds wrong with the file, "ok" for nothing.
     QString check() const;
 
