@@ -169,6 +169,9 @@ public:
     [[nodiscard]] StoreResult<int> pruneAttempts(const QString &before, int max);
     /// Messages of which a part was about to leave when the engine ended.
     [[nodiscard]] virtual StoreResult<QList<StoredMessage>> interrupted() const = 0;
+    /// Of a row of id, delivery_date, due, phone, text, attempts, parts_sent, reference and
+    /// original_date.
+    static StoredMessage messageOf(const StoreRow &row);
 
 protected:
     /// Inserts messages, and gives their ids.
@@ -183,7 +186,6 @@ protected:
 
     static QString dueOf(const QString &deliveryDate);
     static QueueRow rowOf(const StoreRow &row);
-    static StoredMessage messageOf(const StoreRow &row);
     StoreResult<bool> isOrWasInProgress(qint64 id) const;
     void resize(qsizetype change);
     void setSize(qint32 size) { m_size = size; }

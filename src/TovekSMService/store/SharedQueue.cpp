@@ -19,11 +19,6 @@ namespace {
 
 constexpr qsizetype maxRows = 5000; ///< that one statement inserts
 
-QString textOf(std::optional<int> number)
-{
-    return number ? QString::number(*number) : u""_s;
-}
-
 qint64 idOf(const StoreRow &row)
 {
     return row.value(0).toLongLong();
@@ -34,41 +29,20 @@ qint64 idOf(const StoreRow &row)
 SharedQueue::SharedQueue(PostgresDatabase &database, EngineRegister &engines, const Now &now,
                          int sameSenderSeconds)
     : MessageQueue(database, now), m_shared(database), m_engines(engines),
-      m_sameSenderSeconds(sameSenderSeconds)
+      m_claims(database, engines, now, sameSenderSeconds)
 {}
 
 StoreResult<> SharedQueue::load()
 {
-    m_needsRecovery = true;
+    m_claims.requireRecovery();
     m_hasAllChanged = true; // what an earlier run of the program could not tell
     noteAll();
-    return enroll().and_then([this] { return refreshSize(); });
+    return m_claims.enroll().and_then([this] { return refreshSize(); });
 }
 
 StoreResult<> SharedQueue::look()
 {
     return m_engines.lookUp().and_then([this] { return refreshSize(); });
-}
-
-StoreResult<> SharedQueue::enroll()
-{
-    return m_engines.enroll().map([this] {
-        m_isEpochOver = false;
-        m_epochs.append(m_engines.epoch());
-    });
-}
-
-/// With nothing on its way, what this run of the program began in an epoch that is over did not
-/// leave: its commit was not known of.
-StoreResult<> SharedQueue::recover()
-{
-    return (m_isEpochOver ? enroll() : StoreResult<>())
-        .and_then([this] {
-            return m_shared.write(
-                SharedQueries::releaseLeaving,
-                {m_engines.id(), PostgresText::array(m_epochs), m_engines.epoch()});
-        })
-        .map([this] { m_needsRecovery = false; });
 }
 
 StoreResult<> SharedQueue::once(const QString &token,
@@ -83,26 +57,10 @@ StoreResult<> SharedQueue::once(const QString &token,
     return wasDone ? StoreResult<>() : done;
 }
 
-void SharedQueue::noteEpochEnded()
-{
-    m_isEpochOver = true;
-    m_needsRecovery = true;
-}
-
 StoreResult<> SharedQueue::noteTakenOver(const QList<qint64> &ids)
 {
     noteToAll(ids);
     return refreshSize();
-}
-
-void SharedQueue::settleAs(qint64 epoch)
-{
-    m_settlingEpoch = epoch;
-}
-
-qint64 SharedQueue::settlingEpoch() const
-{
-    return m_settlingEpoch != 0 ? m_settlingEpoch : m_engines.epoch();
 }
 
 StoreResult<> SharedQueue::refreshSize()
@@ -231,127 +189,40 @@ StoreResult<bool> SharedQueue::removeAll(const QList<qint64> &ids)
     });
 }
 
-QVariantList SharedQueue::valuesOfFirst(int max) const
-{
-    QVariantList values = {m_engines.id(), m_engines.id(), m_now(0)};
-    if (m_sameSenderSeconds > 0)
-        values += {m_engines.id(), EngineRegister::silentSeconds, m_now(-m_sameSenderSeconds)};
-    values.append(max);
-    return values;
-}
-
-StoreResult<QList<StoredMessage>> SharedQueue::first(int max) const
-{
-    const QVariantList values = valuesOfFirst(max);
-    if (!m_shared.isTogether())
-        return m_shared.rows(m_sameSenderSeconds > 0 ? SharedQueries::firstOfSender
-                                                     : SharedQueries::first,
-                             values, messageOf);
-    // What is begun now must be of an epoch that holds until the commit.
-    bool isHeld = false;
-    m_shared.ask(SharedQueries::fence, {m_engines.id(), m_engines.epoch()},
-                 [&isHeld](const StoreRow &) {
-                     isHeld = true;
-                     return false;
-                 });
-    StoreResult<QList<StoredMessage>> messages = m_shared.rows(
-        m_sameSenderSeconds > 0 ? SharedQueries::firstOfSenderToBegin : SharedQueries::firstToBegin,
-        values, messageOf);
-    if (messages && isHeld) {
-        for (StoredMessage &message : *messages)
-            message.epoch = m_engines.epoch();
-    }
-    if (!messages || isHeld)
-        return messages;
-    m_isEpochOver = true;
-    m_needsRecovery = true;
-    return QList<StoredMessage>();
-}
-
 StoreResult<std::optional<QString>> SharedQueue::firstDue() const
 {
     return m_shared.row(SharedQueries::firstDue, {},
                         [](const StoreRow &row) { return row.value(0).toString(); });
 }
 
-StoreResult<> SharedQueue::begin(const QList<BegunPart> &parts)
-{
-    QList<qint64> ids;
-    QStringList references;
-    QStringList hashes;
-    for (const BegunPart &part : parts) {
-        ids.append(part.message);
-        references.append(textOf(part.reference));
-        hashes.append(u"\\x"_s + QString::fromLatin1(part.hash.toHex()));
-    }
-    using PostgresText::array;
-    return m_shared.write(SharedQueries::begin, {m_engines.id(), m_engines.epoch(), array(ids),
-                                                 array(references), array(hashes)});
-}
-
-StoreResult<> SharedQueue::endPart(qint64 id, int partsSent)
-{
-    return m_shared.write(SharedQueries::endPart, {partsSent, id, m_engines.id(), settlingEpoch()});
-}
-
 StoreResult<> SharedQueue::cancel(const QList<qint64> &ids)
 {
     if (ids.isEmpty())
         return {};
-    return m_shared
-        .write(SharedQueries::cancel, {PostgresText::array(ids), m_engines.id(), settlingEpoch()})
-        .map([&] { noteToAll(ids); }); // others may take them
-}
-
-StoreResult<> SharedQueue::releaseBetweenParts()
-{
-    return m_shared.write("UPDATE message SET state = 0 WHERE engine = ? AND state = 2",
-                          {m_engines.id()});
-}
-
-StoreResult<> SharedQueue::holdPartlySent()
-{
-    return m_shared.write("UPDATE message SET state = 2 WHERE engine = ? AND state = 0 "
-                          "AND parts_sent > 0",
-                          {m_engines.id()});
+    return m_claims.cancel(ids).map([&] { noteToAll(ids); }); // others may take them
 }
 
 StoreResult<> SharedQueue::postpone(qint64 id, int attempts, const QString &nextAttempt)
 {
-    return m_shared
-        .write(SharedQueries::postpone,
-               {attempts, nextAttempt, nextAttempt, id, m_engines.id(), settlingEpoch()})
-        .map([&] { noteToAll({id}); });
+    return m_claims.postpone(id, attempts, nextAttempt).map([&] { noteToAll({id}); });
 }
 
 /// Other engines may send it at once.
 StoreResult<> SharedQueue::makeWay(qint64 id, int /*attempts*/, const QString &until)
 {
-    return m_shared
-        .write(SharedQueries::makeWay, {m_engines.id(), until, id, m_engines.id(), settlingEpoch()})
-        .map([&] { noteToAll({id}); });
+    return m_claims.makeWay(id, until).map([&] { noteToAll({id}); });
 }
 
 StoreResult<qint64> SharedQueue::finish(qint64 id, qint32 code, std::optional<int> networkReference,
                                         const QString &at, bool reported)
 {
-    bool wasThere = false;
-    const QVariant reference = networkReference ? QVariant(*networkReference) : QVariant();
     return m_shared.together([&] {
-        return m_shared
-            .row(SharedQueries::finish,
-                 {id, m_engines.id(), settlingEpoch(), m_engines.id(), code, reference, at,
-                  reported ? 1 : 0, m_engines.id(), settlingEpoch(), m_engines.id(), m_engines.id(),
-                  id, m_engines.id()},
-                 [&](const StoreRow &row) {
-                     wasThere = row.value(1).toInt() != 0;
-                     return idOf(row);
-                 })
-            .map([&](std::optional<qint64> outcome) {
-                if (wasThere)
+        return m_claims.finish(id, code, networkReference, at, reported)
+            .map([&](const SharedClaims::Finished &finished) {
+                if (finished.wasInQueue)
                     resize(-1);
                 noteToAll({id});
-                return outcome.value_or(0);
+                return finished.outcome;
             });
     });
 }
@@ -361,29 +232,13 @@ StoreResult<> SharedQueue::finishSent(const QList<SentMessage> &messages)
     if (messages.isEmpty())
         return {};
     QList<qint64> ids;
-    QStringList references;
-    QStringList moments;
-    for (const SentMessage &sent : messages) {
+    for (const SentMessage &sent : messages)
         ids.append(sent.id);
-        references.append(textOf(sent.networkReference));
-        moments.append(sent.at);
-    }
-    using PostgresText::array;
-    const char *const statement =
-        m_sameSenderSeconds > 0 ? SharedQueries::finishServed : SharedQueries::finishSent;
-    // A statement doesn't see the outcomes of a takeover that ends while it waits for the rows.
     return m_shared.together([&] {
-        return m_shared.write(SharedQueries::awaitTakeover, {m_engines.id()})
-            .and_then([&] {
-                return m_shared.write(statement, {array(ids), array(references), array(moments),
-                                                  m_engines.id(), settlingEpoch(), m_engines.id(),
-                                                  settlingEpoch(), m_engines.id(), m_engines.id(),
-                                                  settlingEpoch(), m_engines.id()});
-            })
-            .map([&] {
-                resize(-ids.size());
-                noteToAll(ids);
-            });
+        return m_claims.finishSent(messages).map([&] {
+            resize(-ids.size());
+            noteToAll(ids);
+        });
     });
 }
 
@@ -402,12 +257,6 @@ StoreResult<> SharedQueue::prune(int max)
                                   "LIMIT ?)",
                                   {max});
         });
-}
-
-StoreResult<QList<StoredMessage>> SharedQueue::interrupted() const
-{
-    return m_shared.rows(SharedQueries::interrupted, {m_engines.id(), m_engines.epoch()},
-                         messageOf);
 }
 
 /// In the transaction that changes it: a console of another engine misses nothing, whatever

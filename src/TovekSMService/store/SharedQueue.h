@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TovekSMService/store/MessageQueue.h"
-#include "TovekSMService/store/Settlement.h"
+#include "TovekSMService/store/SharedClaims.h"
 
 #include <functional>
 
@@ -36,26 +36,32 @@ public:
     StoreResult<QList<QueueRow>> rows(const QList<qint64> &ids) const override;
     StoreResult<> clear() override;
     using MessageQueue::first;
-    StoreResult<QList<StoredMessage>> first(int max) const override;
+    StoreResult<QList<StoredMessage>> first(int max) const override { return m_claims.first(max); }
     StoreResult<std::optional<QString>> firstDue() const override;
-    StoreResult<> begin(const QList<BegunPart> &parts) override;
-    StoreResult<> endPart(qint64 id, int partsSent) override;
+    StoreResult<> begin(const QList<BegunPart> &parts) override { return m_claims.begin(parts); }
+    StoreResult<> endPart(qint64 id, int partsSent) override
+    {
+        return m_claims.endPart(id, partsSent);
+    }
     StoreResult<> cancel(const QList<qint64> &ids) override;
-    StoreResult<> releaseBetweenParts() override;
-    StoreResult<> holdPartlySent() override;
+    StoreResult<> releaseBetweenParts() override { return m_claims.releaseBetweenParts(); }
+    StoreResult<> holdPartlySent() override { return m_claims.holdPartlySent(); }
     StoreResult<> postpone(qint64 id, int attempts, const QString &nextAttempt) override;
     StoreResult<> makeWay(qint64 id, int attempts, const QString &until) override;
     StoreResult<qint64> finish(qint64 id, qint32 code, std::optional<int> networkReference,
                                const QString &at, bool reported) override;
     StoreResult<> finishSent(const QList<SentMessage> &messages) override;
     StoreResult<> prune(int max) override;
-    StoreResult<QList<StoredMessage>> interrupted() const override;
-    bool needsRecovery() const override { return m_needsRecovery; }
-    StoreResult<> recover() override;
-    void settleAs(qint64 epoch) override;
+    StoreResult<QList<StoredMessage>> interrupted() const override
+    {
+        return m_claims.interrupted();
+    }
+    bool needsRecovery() const override { return m_claims.needsRecovery(); }
+    StoreResult<> recover() override { return m_claims.recover(); }
+    void settleAs(qint64 epoch) override { m_claims.settleAs(epoch); }
 
     /// The engine's epoch is over: another one has taken over what it held.
-    void noteEpochEnded();
+    void noteEpochEnded() { m_claims.noteEpochEnded(); }
     /// These left the queue as another engine's were taken over.
     [[nodiscard]] StoreResult<> noteTakenOver(const QList<qint64> &ids);
 
@@ -88,18 +94,11 @@ private:
     void announce(const QList<qint64> &ids) override;
     void noteToAll(const QList<qint64> &ids);
     StoreResult<> count(qint64 change);
-    StoreResult<> enroll();
     StoreResult<> refreshSize();
-    qint64 settlingEpoch() const;
-    QVariantList valuesOfFirst(int max) const;
 
     PostgresDatabase &m_shared;
     EngineRegister &m_engines;
-    const int m_sameSenderSeconds;
-    mutable bool m_isEpochOver = false;
-    mutable bool m_needsRecovery = false;
-    QList<qint64> m_epochs; ///< that this run of the program has had, with the present one
-    qint64 m_settlingEpoch = 0;
+    SharedClaims m_claims;
     QList<qint64> m_unannounced;
     bool m_hasAllChanged = false;
     bool m_isQuiet = false; ///< nothing has changed since the size was looked at
