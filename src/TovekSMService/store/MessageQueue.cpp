@@ -96,23 +96,30 @@ StoreResult<bool> MessageQueue::update(const QList<QueueRow> &changed, const QLi
     for (const QueueRow &row : changed)
         touched.append(row.id);
     return m_database
-        .together([&]() -> StoreResult<bool> {
-            bool isAllInTime = true;
-            for (const QueueRow &row : changed) {
-                const StoreResult<bool> inTime = change(row);
-                if (!inTime)
-                    return inTime;
-                isAllInTime = isAllInTime && *inTime;
-            }
-            return removeAll(deleted).map([&](bool inTime) {
-                announce(touched);
-                return isAllInTime && inTime;
+        .together([&] {
+            return changeAll(changed).and_then([&](bool isChangedInTime) {
+                return removeAll(deleted).map([&](bool isRemovedInTime) {
+                    announce(touched);
+                    return isChangedInTime && isRemovedInTime;
+                });
             });
         })
         .map([&](bool isAllInTime) {
             note(touched);
             return isAllInTime;
         });
+}
+
+StoreResult<bool> MessageQueue::changeAll(const QList<QueueRow> &rows)
+{
+    bool isAllInTime = true;
+    for (const QueueRow &row : rows) {
+        const StoreResult<bool> inTime = change(row);
+        if (!inTime)
+            return inTime;
+        isAllInTime = isAllInTime && *inTime;
+    }
+    return isAllInTime;
 }
 
 StoreResult<bool> MessageQueue::removeAll(const QList<qint64> &ids)

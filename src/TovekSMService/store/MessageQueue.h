@@ -177,6 +177,7 @@ protected:
     /// Inserts messages, and gives their ids.
     virtual StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages) = 0;
     virtual StoreResult<bool> change(const QueueRow &row) = 0;
+    virtual StoreResult<bool> changeAll(const QList<QueueRow> &rows);
     virtual StoreResult<bool> remove(qint64 id) = 0;
     virtual StoreResult<bool> removeAll(const QList<qint64> &ids);
     /// The name of the value that recentBatches() keeps.

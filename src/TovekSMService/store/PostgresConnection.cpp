@@ -174,14 +174,18 @@ void PostgresConnection::send(const QByteArray &text, const QVariantList &values
     m_isPreparation.append(false);
 }
 
-bool PostgresConnection::wait(bool forWriting, const Deadline &deadline)
+/// Whatever comes, or can be sent, puts the deadline off.
+bool PostgresConnection::wait(bool forWriting, Deadline &deadline)
 {
     const qint64 left = deadline.remainingTime();
-    return left > 0 && waitForSocket(PQsocket(m_connection), forWriting, static_cast<int>(left));
+    if (left <= 0 || !waitForSocket(PQsocket(m_connection), forWriting, static_cast<int>(left)))
+        return false;
+    deadline.setRemainingTime(m_timeoutMs);
+    return true;
 }
 
 /// The next result; null for the end of one statement's, and with a connection that is lost.
-PGresult *PostgresConnection::nextResult(const Deadline &deadline)
+PGresult *PostgresConnection::nextResult(Deadline &deadline)
 {
     for (;;) {
         const int unsent = PQflush(m_connection);

@@ -23,12 +23,12 @@ namespace norvane {
 class Deadline;
 
 /// A connection to a PostgreSQL server. Statements are sent one behind the other and carried out in
-/// their order; only sync() waits for the server, and no longer than its time limit: a connection
-/// on which that passes is lost.
+/// their order; only sync() waits for the server, and no longer than its time limit without a word
+/// of it: a connection on which that passes is lost.
 class PostgresConnection
 {
 public:
-    /// For how long a statement is waited for, in milliseconds.
+    /// For how long the server may be silent while it is waited for, in milliseconds.
     static constexpr int statementMs = 5000;
 
     /// Takes a row, and gives whether it wants the next one.
@@ -79,8 +79,8 @@ private:
     {}
 
     QByteArray prepared(const QByteArray &text);
-    bool wait(bool forWriting, const Deadline &deadline);
-    pg_result *nextResult(const Deadline &deadline);
+    bool wait(bool forWriting, Deadline &deadline);
+    pg_result *nextResult(Deadline &deadline);
     void collectNotifications();
     StoreFailure lost(const QString &reason);
 

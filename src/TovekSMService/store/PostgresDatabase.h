@@ -18,9 +18,9 @@ class QThread;
 namespace norvane {
 
 /// A PostgreSQL database that several engines share. What was written is durable on the server when
-/// the call returns. No statement is waited for longer than five seconds: a connection on which one
-/// takes longer is given up, and everything fails at once until another one stands. Connections are
-/// made in a thread of their own.
+/// the call returns. No statement is waited for through more than five seconds of silence: a
+/// connection on which one takes longer is given up, and everything fails at once until another one
+/// stands. Connections are made in a thread of their own.
 class PostgresDatabase : public StoreDatabase
 {
 public:

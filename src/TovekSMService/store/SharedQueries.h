@@ -56,7 +56,15 @@ inline constexpr char change[] =
     "FROM (SELECT given.id, given.phone, given.text, "
     "given.phone <> present.phone OR given.text <> present.text AS differs "
     "FROM (SELECT ?::bigint AS id, ?::text AS phone, ?::text AS text) given "
-    "JOIN message present USING (id)) new WHERE message.id = new.id AND state = 0";
+    "JOIN message present USING (id)) new WHERE message.id = new.id AND state = 0 "
+    "RETURNING 1";
+
+/// Removes the next messages that wait behind an id, so many at most. Gives the last of those that
+/// it looked at, nothing behind the end, and how many it removed.
+inline constexpr char removeSome[] =
+    "WITH next AS (SELECT id FROM message WHERE state = 0 AND id > ? ORDER BY id LIMIT ?), "
+    "gone AS (DELETE FROM message USING next WHERE message.id = next.id AND state = 0 "
+    "RETURNING 1) SELECT (SELECT max(id) FROM next), (SELECT count(*) FROM gone)";
 
 inline constexpr char begin[] =
     "UPDATE message SET state = 1, engine = ?, epoch = ?, "

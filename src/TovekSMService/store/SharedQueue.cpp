@@ -17,7 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype maxRows = 5000; ///< that one statement inserts
+constexpr qsizetype maxRows = 5000;    ///< that one statement inserts
+constexpr int maxRemovedRows = 50'000; ///< that one statement removes
 
 qint64 idOf(const StoreRow &row)
 {
@@ -145,8 +146,8 @@ StoreResult<QList<QueueRow>> SharedQueue::rows(const QList<qint64> &ids) const
 StoreResult<> SharedQueue::clear()
 {
     return m_shared.together([this] {
-        return m_shared.writeAndCount("DELETE FROM message WHERE state = 0")
-            .and_then([this](int removed) { return count(-removed); })
+        return removeWaiting()
+            .and_then([this](qint64 removed) { return count(-removed); })
             .and_then([this] {
                 return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::ofAll()});
             })
@@ -154,11 +155,53 @@ StoreResult<> SharedQueue::clear()
     });
 }
 
+/// By statements each of which is short, however long the queue is.
+StoreResult<qint64> SharedQueue::removeWaiting()
+{
+    struct Batch
+    {
+        qint64 last = 0; ///< 0 behind the last row
+        int removed = 0;
+    };
+    qint64 removed = 0;
+    for (qint64 last = 0;;) {
+        const auto batch = m_shared.row(
+            SharedQueries::removeSome, {last, maxRemovedRows}, [](const StoreRow &row) {
+                return Batch{row.value(0).toLongLong(), row.value(1).toInt()};
+            });
+        if (!batch)
+            return failed(batch.error());
+        removed += batch->value_or(Batch()).removed;
+        last = batch->value_or(Batch()).last;
+        if (last == 0)
+            return removed;
+    }
+}
+
 /// Gives whether it was in time, as remove() does.
 StoreResult<bool> SharedQueue::change(const QueueRow &row)
 {
-    return m_shared.writeAndCount(SharedQueries::change, {row.id, row.phone, row.message})
-        .map([](int rows) { return rows > 0; });
+    return m_shared
+        .row(SharedQueries::change, {row.id, row.phone, row.message},
+             [](const StoreRow &) { return true; })
+        .map([](std::optional<bool> inTime) { return inTime.has_value(); });
+}
+
+/// All of them are on their way before the last one is waited for.
+StoreResult<bool> SharedQueue::changeAll(const QList<QueueRow> &rows)
+{
+    if (rows.isEmpty())
+        return true;
+    qsizetype inTime = 0;
+    for (const QueueRow &row : rows.first(rows.size() - 1))
+        m_shared.ask(SharedQueries::change, {row.id, row.phone, row.message},
+                     [&inTime](const StoreRow &) {
+                         ++inTime;
+                         return false;
+                     });
+    return change(rows.constLast()).map([&](bool isLastInTime) {
+        return isLastInTime && inTime == rows.size() - 1;
+    });
 }
 
 StoreResult<bool> SharedQueue::remove(qint64 id)

@@ -88,11 +88,13 @@ private:
     StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages) override;
     StoreResult<QList<qint64>> insertSome(const QList<QueueRow> &messages);
     StoreResult<bool> change(const QueueRow &row) override;
+    StoreResult<bool> changeAll(const QList<QueueRow> &rows) override;
     StoreResult<bool> remove(qint64 id) override;
     StoreResult<bool> removeAll(const QList<qint64> &ids) override;
     QString batchesSetting() const override;
     void announce(const QList<qint64> &ids) override;
     void noteToAll(const QList<qint64> &ids);
+    StoreResult<qint64> removeWaiting();
     StoreResult<> count(qint64 change);
     StoreResult<> refreshSize();
 

@@ -16,6 +16,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A clock on which a second passes with each look at it.
+class SteppingTime : public TimeSource
+{
+public:
+    static constexpr qint64 msInNs = 1'000'000;
+
+    qint64 nanoseconds() const override { return m_now += 1000 * msInNs; }
+    std::unique_ptr<Alarm> makeAlarm(std::function<void()> due) override
+    {
+        return TimeSource::system().makeAlarm(std::move(due));
+    }
+
+private:
+    mutable qint64 m_now = 0;
+};
+
 class PostgresDatabaseTest : public testing::Test
 {
 protected:
@@ -120,6 +136,24 @@ TEST_F(PostgresDatabaseTest, aServerThatDoesNotAnswerIsGivenUp)
     EXPECT_EQ(held.error().kind(), StoreFailure::Kind::Away);
     EXPECT_FALSE(add(u"b"_s)) << "and not waited for again";
     m_proxy.release();
+}
+
+TEST_F(PostgresDatabaseTest, anAnswerMayTakeAnyTimeAsLongAsItComes)
+{
+    SteppingTime time;
+    const auto opened = PostgresConnection::open(testServer().connection(name()), time);
+    ASSERT_TRUE(opened);
+    PostgresConnection &connection = **opened;
+    constexpr int rows = 20'000;
+    int got = 0;
+    connection.send("SELECT repeat('x', 1000) FROM generate_series(1, ?::int)", {rows},
+                    [&got](const StoreRow &) {
+                        ++got;
+                        return true;
+                    });
+    EXPECT_TRUE(connection.sync());
+    EXPECT_EQ(got, rows);
+    EXPECT_GT(time.nanoseconds(), 2 * PostgresConnection::statementMs * SteppingTime::msInNs);
 }
 
 TEST_F(PostgresDatabaseTest, aCommitWhoseAnswerIsLostFailsAlthoughItWasCarriedOut)

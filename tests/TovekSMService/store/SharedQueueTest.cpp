@@ -6,6 +6,7 @@
 #include "TovekSMService/store/StoreResults.h"
 #include "TovekSMService/store/TestStoreShared.h"
 #include "contract/ErrorCodes.h"
+#include "support/PostgresProxy.h"
 
 #include <QTemporaryDir>
 
@@ -161,6 +162,55 @@ TEST_F(SharedQueueTest, whatIsBeingSentCannotBeEditedFromAnyConsole)
     EXPECT_FALSE(given(m_two->queue().update({}, {id})));
     done(m_two->queue().clear());
     EXPECT_EQ(given(m_two->queue().rows()).size(), 1);
+}
+
+TEST_F(SharedQueueTest, editsOfManyRowsTakeOneTurnOverTheNetwork)
+{
+    const PostgresProxy proxy(testServer().socketPath());
+    Store distant(file(),
+                  {proxy.address() + u' ' + PostgresServer::login(databaseOf(file())),
+                   {u"distant"_s, u"test"_s, u"test:distant"_s},
+                   0,
+                   [this](qint64 seconds) { return m_clock.wallClockText(seconds); }},
+                  m_clock.time());
+    done(distant.open());
+    done(distant.sharedDatabase()->open());
+    done(distant.queue().load());
+    done(m_one->queue().add(QList<SMSList::Entry>(40, {u"600"_s, u"text"_s}), noon()));
+    QList<QueueRow> rows = given(m_one->queue().rows());
+    for (QueueRow &row : rows)
+        row.phone = u"700"_s;
+
+    const int before = proxy.answers();
+    EXPECT_TRUE(given(distant.queue().update(rows, {})));
+    EXPECT_LT(proxy.answers() - before, 4);
+    EXPECT_EQ(value(u"SELECT count(*) FROM message WHERE phone = '700'"_s), rows.size());
+
+    ASSERT_EQ(begin(*m_one, 1).size(), 1);
+    EXPECT_FALSE(given(distant.queue().update(rows, {}))) << "the first of them is leaving";
+    distant.close();
+}
+
+TEST_F(SharedQueueTest, aQueueOfAnyLengthIsClearedAsAWhole)
+{
+    constexpr int rows = 100'001;
+    add(*m_one, u"600"_s);
+    ASSERT_EQ(begin(*m_one, 1), QStringList{u"600"_s});
+    run(u"INSERT INTO message (delivery_date, original_date, due, phone, text) "
+        "SELECT '%1', '%1', '%1', '700', 'text' FROM generate_series(1, %2)"_s.arg(noon())
+            .arg(rows));
+    run(u"UPDATE engine SET queued = queued + %1 WHERE name = 'two'"_s.arg(rows));
+    const QString waiting = u"SELECT count(*) FROM message WHERE phone = '700'"_s;
+
+    OtherConnection(file()).refuse(u"DELETE"_s, u"message"_s,
+                                   u"OLD.id > %1"_s.arg(m_begun.constFirst().id + rows - 1));
+    EXPECT_FALSE(m_two->queue().clear());
+    EXPECT_EQ(value(waiting), rows);
+    OtherConnection(file()).allow(u"message"_s);
+    done(m_two->queue().clear());
+    EXPECT_EQ(value(waiting), 0);
+    EXPECT_EQ(value(u"SELECT phone FROM message"_s), u"600"_s) << "which is leaving";
+    EXPECT_EQ(value(u"SELECT sum(queued)::int FROM engine"_s), 1);
 }
 
 TEST_F(SharedQueueTest, aSilentEngineIsTakenOver)
