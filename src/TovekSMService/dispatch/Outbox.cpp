@@ -31,7 +31,8 @@ Outbox::Outbox(StoreDatabase &database, Outcomes &outcomes, const DispatcherTimi
                TimeSource &time, KeptSettlements *home)
     : m_database(database), m_home(home), m_retryMs(timings.storeRetryMs), m_retry(time),
       m_acknowledgedOutcomes(outcomes, timings.storeRetryMs, time),
-      m_storeMonitor(database, timings, time)
+      m_storeMonitor(home == nullptr ? QList{&database} : QList{&database, &home->database()},
+                     timings, time)
 {
     connect(&m_retry, &Timer::timeout, this, &Outbox::retry);
     connect(&m_storeMonitor, &StoreMonitor::warning, this,
@@ -88,10 +89,12 @@ void Outbox::keepAtHome(const Entry &entry)
 {
     if (m_home == nullptr || entry.settlements.size() == m_keptAtHome)
         return;
-    if (const StoreResult<> kept = m_home->keep(entry.settlements))
-        m_keptAtHome = entry.settlements.size();
-    else
+    if (const StoreResult<> kept = m_home->keep(entry.settlements); !kept) {
         qCWarning(logDispatch) << "an outcome can't be kept at home:" << kept.error().text();
+        noteStoreFailure(kept.error());
+        return;
+    }
+    m_keptAtHome = entry.settlements.size();
 }
 
 /// Nothing of the outbox is pending any more when that is done.
@@ -100,6 +103,7 @@ void Outbox::clearHome()
     if (m_keptAtHome > 0) {
         if (const StoreResult<> cleared = m_home->clear(); !cleared) {
             qCWarning(logDispatch) << "what was kept at home stays:" << cleared.error().text();
+            noteStoreFailure(cleared.error());
             m_retry.start(m_retryMs);
             return;
         }

@@ -8,12 +8,12 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-StoreMonitor::StoreMonitor(StoreDatabase &database, const DispatcherTimings &timings,
-                           TimeSource &time)
-    : m_database(database), m_retryMs(timings.storeRetryMs), m_lastingMs(timings.storeFaultMs),
+StoreMonitor::StoreMonitor(const QList<StoreDatabase *> &databases,
+                           const DispatcherTimings &timings, TimeSource &time)
+    : m_databases(databases), m_retryMs(timings.storeRetryMs), m_lastingMs(timings.storeFaultMs),
       m_failingFor(time), m_lostFor(time), m_probe(time)
 {
-    connect(&m_probe, &Timer::timeout, this, &StoreMonitor::probe);
+    connect(&m_probe, &Timer::timeout, this, [this] { probe(); });
 }
 
 void StoreMonitor::noteFailure(const StoreFailure &failure)
@@ -41,10 +41,10 @@ void StoreMonitor::reportLoss(bool damaged)
 /// Only a write shows whether the failure is over.
 void StoreMonitor::probe()
 {
-    if (const StoreResult<> written = m_database.probe(); !written) {
-        noteFailure(written.error());
-        if (m_failingFor.hasExpired(m_lastingMs))
-            reportLasting(written.error());
+    bool isWritable = true;
+    for (StoreDatabase *const database : m_databases)
+        isWritable = probe(*database) && isWritable;
+    if (!isWritable) {
         m_probe.start(m_retryMs);
         return;
     }
@@ -55,10 +55,21 @@ void StoreMonitor::probe()
     Q_EMIT writable();
 }
 
-void StoreMonitor::reportLasting(const StoreFailure &failure)
+StoreResult<> StoreMonitor::probe(StoreDatabase &database)
 {
-    const bool reopensItself = m_database.reopening() == StoreDatabase::Reopening::ByItself;
-    if (m_database.access() != StoreDatabase::Access::Whole && !reopensItself)
+    StoreResult<> written = database.probe();
+    if (!written) {
+        noteFailure(written.error());
+        if (m_failingFor.hasExpired(m_lastingMs))
+            reportLasting(database, written.error());
+    }
+    return written;
+}
+
+void StoreMonitor::reportLasting(const StoreDatabase &database, const StoreFailure &failure)
+{
+    const bool reopensItself = database.reopening() == StoreDatabase::Reopening::ByItself;
+    if (database.access() != StoreDatabase::Access::Whole && !reopensItself)
         return;
     if (m_fault.isEmpty())
         warn(failure.text());

@@ -4,6 +4,7 @@
 #include "TovekSMService/time/Stopwatch.h"
 #include "TovekSMService/time/Timer.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 
@@ -12,15 +13,17 @@ namespace norvane {
 struct DispatcherTimings;
 class StoreDatabase;
 
-/// Decides whether the store can be written: probes it from its first failure until it succeeds. A
-/// failure that lasts is warned of once, and asks for the store to be opened anew.
+/// Decides whether the store can be written: probes all of its databases from the first failure
+/// until they succeed together. A failure that lasts is warned of once, and asks for the store to
+/// be opened anew.
 class StoreMonitor : public QObject
 {
     Q_OBJECT
 
 public:
-    /// @param database, time  must outlive this object
-    StoreMonitor(StoreDatabase &database, const DispatcherTimings &timings, TimeSource &time);
+    /// @param databases, time  must outlive this object
+    StoreMonitor(const QList<StoreDatabase *> &databases, const DispatcherTimings &timings,
+                 TimeSource &time);
 
     /// Whoever meets a failure of the store reports it here.
     void noteFailure(const StoreFailure &failure);
@@ -41,11 +44,12 @@ Q_SIGNALS:
 
 private:
     void probe();
-    void reportLasting(const StoreFailure &failure);
+    StoreResult<> probe(StoreDatabase &database);
+    void reportLasting(const StoreDatabase &database, const StoreFailure &failure);
     bool mayReportLoss() const;
     void reportLoss(bool damaged);
 
-    StoreDatabase &m_database;
+    const QList<StoreDatabase *> m_databases;
     const int m_retryMs;
     const int m_lastingMs; ///< after which a failure is warned of
     QString m_failure;

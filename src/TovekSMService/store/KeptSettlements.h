@@ -17,6 +17,9 @@ public:
     /// @param database  the engine's own; must outlive this object
     explicit KeptSettlements(StoreDatabase &database) : m_database(database) {}
 
+    /// The engine's own.
+    StoreDatabase &database() { return m_database; }
+
     /// Keeps these in place of what was kept before.
     [[nodiscard]] StoreResult<> keep(const QList<Settlement> &settlements);
     [[nodiscard]] StoreResult<QList<Settlement>> all() const;

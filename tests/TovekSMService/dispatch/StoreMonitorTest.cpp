@@ -48,8 +48,10 @@ protected:
     QTemporaryDir m_folder;
     TurnedTime m_time;
     std::unique_ptr<Store> m_store = openStore(m_folder);
+    /// Of an engine whose queue lies elsewhere.
+    std::unique_ptr<Store> m_ownFile = openTestStore(m_folder.filePath(u"own.sqlite"_s));
     QStringList m_events;
-    StoreMonitor m_monitor{m_store->database(), timings(), m_time};
+    StoreMonitor m_monitor{{&m_store->database(), &m_ownFile->database()}, timings(), m_time};
 };
 
 TEST_F(StoreMonitorTest, looksAtNothingBeforeTheFirstFailure)
@@ -113,6 +115,37 @@ TEST_F(StoreMonitorTest, theNextFailureLastsFromItsOwnBeginning)
     m_time.pass(1);
     EXPECT_EQ(count(u"warning"_s), 1);
     other.unlock();
+}
+
+TEST_F(StoreMonitorTest, aFailureOfTheOwnFileLastsAlthoughTheQueueCanBeWritten)
+{
+    const QString file = m_ownFile->file().file();
+    runOnStoreConnection(file, u"PRAGMA query_only = ON"_s);
+    fail(Kind::Full);
+    m_time.pass(lastingMs);
+    EXPECT_EQ(count(u"warning"_s), 1);
+    EXPECT_EQ(count(u"lost"_s), 1);
+    EXPECT_EQ(count(u"writable"_s), 0);
+    m_time.pass(2 * lastingMs);
+    EXPECT_EQ(count(u"warning"_s), 1);
+    runOnStoreConnection(file, u"PRAGMA query_only = OFF"_s);
+    m_time.pass(monitorRetryMs);
+    EXPECT_EQ(m_events.last(), u"writable"_s);
+    EXPECT_TRUE(m_monitor.fault().isEmpty());
+}
+
+TEST_F(StoreMonitorTest, failuresOfBothAreWarnedOfOnce)
+{
+    OtherConnection other(m_store->file().file());
+    other.lock();
+    runOnStoreConnection(m_ownFile->file().file(), u"PRAGMA query_only = ON"_s);
+    fail();
+    m_time.pass(lastingMs);
+    EXPECT_EQ(count(u"warning"_s), 1);
+    other.unlock();
+    m_time.pass(2 * lastingMs);
+    EXPECT_EQ(count(u"warning"_s), 1);
+    EXPECT_EQ(count(u"writable"_s), 0);
 }
 
 TEST_F(StoreMonitorTest, aStoreThatStaysUnwritableIsLostAgainAndAgain)
