@@ -225,13 +225,24 @@ protected:
             u"UPDATE engine SET seen = seen - interval '31 s' WHERE name = '%1'"_s.arg(engine),
             u"shared"_s);
     }
+    /// Starts both, and lets the second one begin to send a message.
+    void startBothAndSubmitBySecond()
+    {
+        m_first->start();
+        m_second->start();
+        submitBySecond();
+    }
+    void submitBySecond()
+    {
+        EXPECT_EQ(m_second->add(u"held"_s).type(), QDBusMessage::ReplyMessage);
+        m_second->call("StartEngine");
+        ASSERT_TRUE(waitUntil([this] { return m_second->isSubmitting(); }));
+    }
     /// Lets the second engine begin to send a message, and stand still in the middle.
     void sendAndSuspendSecond()
     {
         m_second->start();
-        EXPECT_EQ(m_second->add(u"held"_s).type(), QDBusMessage::ReplyMessage);
-        m_second->call("StartEngine");
-        ASSERT_TRUE(waitUntil([this] { return m_second->isSubmitting(); }));
+        ASSERT_NO_FATAL_FAILURE(submitBySecond());
         m_second->suspend();
     }
 
@@ -280,11 +291,7 @@ TEST_F(SharedEngines, tellTheirConsolesWhatChangedAnywhere)
 TEST_F(SharedEngines, tellThatAnEditCameTooLateWhileAnotherOneSends)
 {
     makeBoth({u"--latency"_s, u"2000"_s});
-    m_first->start();
-    m_second->start();
-    EXPECT_EQ(m_first->add(u"held"_s).type(), QDBusMessage::ReplyMessage);
-    m_second->call("StartEngine");
-    ASSERT_TRUE(waitUntil([this] { return m_second->isSubmitting(); }));
+    ASSERT_NO_FATAL_FAILURE(startBothAndSubmitBySecond());
     const qlonglong id = value(u"SELECT id FROM message"_s).toLongLong();
     m_first->call("UpdateQueue", {QVariant::fromValue(QList<WireRow>()),
                                   QVariant::fromValue(QList<qlonglong>{id})});
@@ -311,11 +318,7 @@ TEST_F(SharedEngines, leaveToTheOthersWhatTheirDeviceFailsFor)
 TEST_F(SharedEngines, reportWhatAKilledOneLeftInTheMiddle)
 {
     makeBoth({u"--latency"_s, u"600000"_s});
-    m_first->start();
-    m_second->start();
-    EXPECT_EQ(m_second->add(u"held"_s).type(), QDBusMessage::ReplyMessage);
-    m_second->call("StartEngine");
-    ASSERT_TRUE(waitUntil([this] { return m_second->isSubmitting(); }));
+    ASSERT_NO_FATAL_FAILURE(startBothAndSubmitBySecond());
     m_second->kill();
     silence(u"second"_s);
     EXPECT_TRUE(m_first->hears(u"SMSSentFailed 600111222 held -39"_s));
@@ -410,11 +413,7 @@ TEST_F(SharedEngines, beginNothingWhileTheClocksDiffer)
 TEST_F(SharedEngines, areListedAndGivenUpByTheCommandLine)
 {
     makeBoth({u"--latency"_s, u"600000"_s});
-    m_first->start();
-    m_second->start();
-    EXPECT_EQ(m_second->add(u"held"_s).type(), QDBusMessage::ReplyMessage);
-    m_second->call("StartEngine");
-    ASSERT_TRUE(waitUntil([this] { return m_second->isSubmitting(); }));
+    ASSERT_NO_FATAL_FAILURE(startBothAndSubmitBySecond());
     m_second->kill();
     const Ended listed = m_first->run({u"--engines"_s});
     EXPECT_EQ(listed.exitCode, 0);

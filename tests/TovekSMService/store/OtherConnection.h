@@ -1,7 +1,8 @@
 #pragma once
 
+#include "TovekSMService/store/FileConnection.h"
+
 #include <QList>
-#include <QSqlDatabase>
 #include <QVariant>
 
 namespace norvane {
@@ -11,10 +12,7 @@ namespace norvane {
 class OtherConnection
 {
 public:
-    explicit OtherConnection(const QString &file);
-    OtherConnection(const OtherConnection &) = delete;
-    OtherConnection &operator=(const OtherConnection &) = delete;
-    ~OtherConnection();
+    explicit OtherConnection(const QString &file) : m_file(file) {}
 
     /// Runs a statement, and fails the test if that can't be done.
     void run(const QString &statement);
@@ -36,15 +34,7 @@ public:
     QList<QVariantList> contents();
 
 private:
-    QString m_name;
-    QSqlDatabase m_database;
+    FileConnection m_file;
 };
-
-/// Runs a statement on the one connection that a store has open: for settings that a connection
-/// keeps to itself, like the most pages that a file may have.
-void runOnStoreConnection(const QString &file, const QString &statement);
-/// Lets the store's file grow no further, as if the disk were full, and lets it grow again.
-void fillDisk(const QString &file);
-void freeDisk(const QString &file);
 
 } // namespace norvane

@@ -4,10 +4,6 @@
 #include "TovekSMService/store/TestStoreShared.h"
 
 #include <QRegularExpression>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
-#include <QUuid>
 
 #include <gtest/gtest.h>
 
@@ -50,21 +46,6 @@ QList<QVariantList> rowsOfServer(const QString &file, const QString &text)
 
 } // namespace
 
-OtherConnection::OtherConnection(const QString &file)
-    : m_name(QUuid::createUuid().toString()),
-      m_database(QSqlDatabase::addDatabase(u"QSQLITE"_s, m_name))
-{
-    m_database.setDatabaseName(file);
-    EXPECT_TRUE(m_database.open());
-}
-
-OtherConnection::~OtherConnection()
-{
-    m_database.close();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_name);
-}
-
 void OtherConnection::run(const QString &statement)
 {
     rows(statement);
@@ -85,18 +66,7 @@ void OtherConnection::allow(const QString &table)
 
 QList<QVariantList> OtherConnection::rows(const QString &text)
 {
-    if (!isOfFile(text))
-        return rowsOfServer(m_database.databaseName(), text);
-    QSqlQuery query(m_database);
-    EXPECT_TRUE(query.exec(text)) << query.lastError().text().toStdString();
-    QList<QVariantList> rows;
-    while (query.next()) {
-        QVariantList row;
-        for (int column = 0; column < query.record().count(); ++column)
-            row.append(query.value(column));
-        rows.append(row);
-    }
-    return rows;
+    return isOfFile(text) ? m_file.rows(text) : rowsOfServer(m_file.file(), text);
 }
 
 QVariant OtherConnection::value(const QString &query)
