@@ -10,7 +10,6 @@
 #include "contract/ErrorCodes.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace norvane {
@@ -18,9 +17,9 @@ namespace norvane {
 Sender::Sender(MessageQueue &queue, DeliveryReports &reports, Modem &modem, const Clock &clock,
                Outbox &outbox, DeviceKeeper &device, Scheduler &scheduler, const RunState &state,
                const RetryPolicy &retries, const DispatcherTimings &timings)
-    : m_queue(queue), m_settler(queue, reports), m_modem(modem), m_clock(clock), m_outbox(outbox),
-      m_device(device), m_scheduler(scheduler), m_state(state), m_retries(retries),
-      m_storeRetryMs(timings.storeRetryMs), m_maxSleepMs(timings.maxSleepMs),
+    : m_queue(queue), m_entries(queue, reports, clock, outbox), m_modem(modem), m_clock(clock),
+      m_outbox(outbox), m_device(device), m_scheduler(scheduler), m_state(state),
+      m_retries(retries), m_storeRetryMs(timings.storeRetryMs), m_maxSleepMs(timings.maxSleepMs),
       m_run(timings, clock.time()), m_wake(clock.time())
 {
     connect(&m_run, &PacedRun::late, this, [this] { commit({}); });
@@ -157,10 +156,10 @@ void Sender::onPartAccepted(int reference, ReportRequest report)
     m_device.endFault();
     if (partsSent < current.parts.size()) {
         m_scheduler.setUnfinished(message.id);
-        Settlement taken = settlementOf(message, Settlement::Fate::PartTaken);
+        Settlement taken = m_entries.settlementOf(message, Settlement::Fate::PartTaken);
         taken.partsSent = partsSent;
         taken.part = reportedPart(current, reference, report);
-        commit(entryOf({taken}, {}));
+        commit(m_entries.entryOf({taken}, {}));
         return;
     }
     m_scheduler.setUnfinished(0);
@@ -212,11 +211,12 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
     const bool makesWay = failure.rule.treatment == Treatment::DeviceOrMessage && breakerIsOpen;
     if (makesWay)
         m_refused.insert(message.id, false);
-    Settlement settlement = makesWay ? postponed(message, Settlement::Fate::MadeWay,
-                                                 message.attempts, m_retries.messageDelay(1))
-                                     : settlementOf(message, Settlement::Fate::Returned);
+    Settlement settlement = makesWay
+                                ? m_entries.postponed(message, Settlement::Fate::MadeWay,
+                                                      message.attempts, m_retries.messageDelay(1))
+                                : m_entries.settlementOf(message, Settlement::Fate::Returned);
     settlement.code = failure.rule.code;
-    Outbox::Entry entry = entryOf({settlement}, [this, makesWay](const QList<qint64> &) {
+    Outbox::Entry entry = m_entries.entryOf({settlement}, [this, makesWay](const QList<qint64> &) {
         if (makesWay)
             m_outbox.reportQueueChange();
     });
@@ -224,46 +224,6 @@ void Sender::giveUpDevice(const LeavingMessage &current, const SendFailure &fail
         return write().and_then([&] { return m_scheduler.uncount(current); });
     };
     commit(entry);
-}
-
-Settlement Sender::settlementOf(const StoredMessage &message, Settlement::Fate fate) const
-{
-    Settlement settlement;
-    settlement.message = message.id;
-    settlement.fate = fate;
-    settlement.epoch = message.epoch;
-    settlement.phone = message.phone;
-    settlement.text = message.text;
-    settlement.at = m_clock.wallClockText();
-    return settlement;
-}
-
-/// @param delay  s
-Settlement Sender::postponed(const StoredMessage &message, Settlement::Fate fate, int attempts,
-                             qint64 delay) const
-{
-    Settlement settlement = settlementOf(message, fate);
-    settlement.attempts = attempts;
-    settlement.partsSent = message.partsSent;
-    settlement.nextAttempt = m_clock.wallClockText(delay);
-    return settlement;
-}
-
-/// @param report  gets the outcomes of those that failed, as Settler::settle() gives them
-Outbox::Entry Sender::entryOf(QList<Settlement> settlements,
-                              const std::function<void(const QList<qint64> &outcomes)> &report)
-{
-    const auto outcomes = std::make_shared<QList<qint64>>();
-    return {[this, settlements, outcomes] {
-                return m_settler.settle(settlements).map([&](const QList<qint64> &kept) {
-                    *outcomes = kept;
-                });
-            },
-            [report, outcomes] {
-                if (report)
-                    report(*outcomes);
-            },
-            settlements};
 }
 
 /// Reschedules the message.
@@ -276,53 +236,28 @@ bool Sender::retry(const StoredMessage &message, qint32 code)
     const qint64 delay = m_retries.messageDelay(attempts);
     if (m_scheduler.isTooLate(message, m_clock.wallClockText(delay)))
         return false;
-    Settlement later = postponed(message, Settlement::Fate::Postponed, attempts, delay);
+    Settlement later = m_entries.postponed(message, Settlement::Fate::Postponed, attempts, delay);
     later.code = code;
-    commit(entryOf({later}, [this](const QList<qint64> &) { m_outbox.reportQueueChange(); }));
+    commit(m_entries.entryOf({later},
+                             [this](const QList<qint64> &) { m_outbox.reportQueueChange(); }));
     return true;
 }
 
-/// Of a message of which a part was leaving.
 void Sender::failLeaving(const StoredMessage &message, qint32 code)
 {
     m_refused.remove(message.id);
-    Settlement failed = settlementOf(message, Settlement::Fate::Failed);
-    failed.code = code;
-    commit(entryOf({failed}, [this, message, code](const QList<qint64> &outcomes) {
-        // Whoever has taken over from this engine reports it.
-        if (outcomes.constFirst() != 0)
-            m_outbox.reportFailed(message, outcomes.constFirst(), code);
-    }));
+    commit(m_entries.entryOfFailed(message, code));
 }
 
-/// Of a message that can't leave. Where others finished it meanwhile, they report it.
 void Sender::failWaiting(const StoredMessage &message, qint32 code)
 {
     m_refused.remove(message.id);
-    const auto outcome = std::make_shared<qint64>(0);
-    commit({[this, id = message.id, code, outcome] {
-                return m_queue.finish(id, code, std::nullopt, m_clock.wallClockText(), false)
-                    .map([&](qint64 kept) { *outcome = kept; });
-            },
-            [this, message, code, outcome] {
-                if (*outcome != 0)
-                    m_outbox.reportFailed(message, *outcome, code);
-            }});
+    commit(m_entries.entryOfUnsendable(message, code));
 }
 
 void Sender::settleKept(const QList<Settlement> &settlements)
 {
-    m_outbox.commitKept(entryOf(settlements, [this, settlements](const QList<qint64> &outcomes) {
-        for (qsizetype at = 0; at < settlements.size(); ++at) {
-            StoredMessage message;
-            message.phone = settlements.at(at).phone;
-            message.text = settlements.at(at).text;
-            if (settlements.at(at).fate == Settlement::Fate::Sent)
-                m_outbox.reportSent(message, m_queue.size());
-            else if (outcomes.at(at) != 0)
-                m_outbox.reportFailed(message, outcomes.at(at), settlements.at(at).code);
-        }
-    }));
+    m_outbox.commitKept(m_entries.entryOfKept(settlements));
 }
 
 bool Sender::mayBeInterrupted() const
@@ -335,32 +270,8 @@ bool Sender::reportInterrupted()
 {
     if (!mayBeInterrupted())
         return false;
-    const auto ended = std::make_shared<QList<Interrupted>>();
-    commit({[this, ended] {
-                return finishInterrupted().map(
-                    [&](const QList<Interrupted> &finished) { *ended = finished; });
-            },
-            [this, ended] {
-                for (const Interrupted &each : *ended)
-                    m_outbox.reportFailed(each.message, each.outcome, ErrorCode::noRespond);
-            }});
+    commit(m_entries.entryOfInterrupted());
     return true;
-}
-
-StoreResult<QList<Sender::Interrupted>> Sender::finishInterrupted()
-{
-    const StoreResult<QList<StoredMessage>> messages = m_queue.interrupted();
-    if (!messages)
-        return failed(messages.error());
-    QList<Interrupted> finished;
-    for (const StoredMessage &message : *messages) {
-        const StoreResult<qint64> outcome = m_queue.finish(
-            message.id, ErrorCode::noRespond, std::nullopt, m_clock.wallClockText(), false);
-        if (!outcome)
-            return failed(outcome.error());
-        finished.append({message, *outcome});
-    }
-    return finished;
 }
 
 void Sender::release()
@@ -382,15 +293,6 @@ void Sender::forgetMessages()
     m_scheduler.setUnfinished(0);
 }
 
-Outbox::Entry Sender::entryOf(const SendingRun &run)
-{
-    return entryOf(run.settlements(), [this, taken = run.taken()](const QList<qint64> &) {
-        auto others = m_queue.size() + static_cast<int>(taken.size());
-        for (const SendingRun::Taken &each : taken)
-            m_outbox.reportSent(each.message, --others);
-    });
-}
-
 /// What the run leaves behind goes first.
 void Sender::commit(const Outbox::Entry &entry)
 {
@@ -403,7 +305,7 @@ void Sender::commit(const Outbox::Entry &entry)
                                                });
                                        },
                                        [&] { startRun(next); }};
-    m_outbox.commit(entryOf(m_run.end()).then(entry), followUp);
+    m_outbox.commit(m_entries.entryOf(m_run.end()).then(entry), followUp);
 }
 
 } // namespace norvane

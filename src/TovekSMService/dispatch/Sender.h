@@ -1,10 +1,9 @@
 #pragma once
 
-#include "TovekSMService/dispatch/Outbox.h"
+#include "TovekSMService/dispatch/OutcomeEntries.h"
 #include "TovekSMService/dispatch/PacedRun.h"
 #include "TovekSMService/dispatch/RetryPolicy.h"
 #include "TovekSMService/dispatch/SendingRun.h"
-#include "TovekSMService/dispatch/Settler.h"
 #include "TovekSMService/modem/device/Modem.h"
 #include "TovekSMService/time/Timer.h"
 
@@ -12,7 +11,6 @@
 #include <QList>
 #include <QObject>
 
-#include <functional>
 #include <optional>
 
 namespace norvane {
@@ -67,25 +65,12 @@ Q_SIGNALS:
     void wake();
 
 private:
-    /// A message that the last run of the program left in the middle, and the failure that it is
-    /// now.
-    struct Interrupted
-    {
-        StoredMessage message;
-        qint64 outcome = 0;
-    };
-
     StoreResult<> sendNext();
     /// The store has failed: looks at the queue again shortly.
     void retryLater(const char *words, const StoreFailure &failure);
     bool mayBegin() const;
     void waitFor(const StoredMessage &message);
     StoreResult<QList<LeavingMessage>> beginFollowing();
-    Settlement settlementOf(const StoredMessage &message, Settlement::Fate fate) const;
-    Settlement postponed(const StoredMessage &message, Settlement::Fate fate, int attempts,
-                         qint64 delay) const;
-    Outbox::Entry entryOf(QList<Settlement> settlements,
-                          const std::function<void(const QList<qint64> &outcomes)> &report);
     void startRun(const QList<LeavingMessage> &messages);
     void send(const LeavingMessage &message);
     Modem::Followers followersOf(const LeavingMessage &message) const;
@@ -99,12 +84,10 @@ private:
     void failLeaving(const StoredMessage &message, qint32 code);
     void failWaiting(const StoredMessage &message, qint32 code);
     bool mayBeInterrupted() const;
-    StoreResult<QList<Interrupted>> finishInterrupted();
-    Outbox::Entry entryOf(const SendingRun &run);
     void commit(const Outbox::Entry &entry);
 
     MessageQueue &m_queue;
-    Settler m_settler;
+    OutcomeEntries m_entries;
     Modem &m_modem;
     const Clock &m_clock;
     Outbox &m_outbox;
