@@ -138,10 +138,10 @@ bool isUntilTaken(Deed deed)
 Deed someDeed(Fleet &fleet)
 {
     constexpr std::array deeds = {
-        Deed::Kill,         Deed::Kill,           Deed::KillUntilTaken,   Deed::KillTwice,
-        Deed::KillTwice,    Deed::Freeze,         Deed::FreezeUntilTaken, Deed::Hold,
-        Deed::Hold,         Deed::HoldUntilTaken, Deed::HoldBeginning,    Deed::Cut,
-        Deed::KillDatabase, Deed::StopDatabase};
+        Deed::Kill,      Deed::Kill,         Deed::KillUntilTaken, Deed::KillTwice,
+        Deed::KillTwice, Deed::KillTwice,    Deed::Freeze,         Deed::FreezeUntilTaken,
+        Deed::Hold,      Deed::Hold,         Deed::HoldUntilTaken, Deed::HoldBeginning,
+        Deed::Cut,       Deed::KillDatabase, Deed::StopDatabase};
     return deeds.at(static_cast<std::size_t>(fleet.random(0, deeds.size() - 1)));
 }
 

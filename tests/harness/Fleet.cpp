@@ -133,7 +133,12 @@ void Fleet::killTwice(int index)
     constexpr int keepLimit = 1000; // ms; there may be nothing to be kept
     constexpr int longestLife = 900;
     SharingEngine &victim = engine(index);
-    waitForPart(index);
+    victim.proxy.clearTrap();
+    queue((index + 1) % size, QList<Shape>(12, Shape::TwoParts));
+    const QString leaving =
+        u"SELECT count(*) FROM message JOIN engine ON engine.id = message.engine WHERE "
+        "message.state = 1 AND name = '%1'"_s.arg(victim.name());
+    eventually([&] { return m_database.number(leaving) > 0; }, keepLimit);
     victim.cutOff();
     if (victim.sandbox.isUp() &&
         eventually([&] { return m_doubts.noteKept(victim) > 0; }, keepLimit))

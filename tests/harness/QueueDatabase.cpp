@@ -71,7 +71,7 @@ QStringList QueueDatabase::begunLate()
 QString QueueDatabase::remains()
 {
     QStringList words;
-    const auto rows = ask(u"SELECT phone, state, name, message.epoch, engine.epoch FROM message "
+    const auto rows = ask(u"SELECT phone, message.state, name, message.epoch, engine.epoch FROM message "
                           "LEFT JOIN engine ON engine.id = message.engine LIMIT 5"_s);
     for (const QStringList &row : rows.value_or(Rows()))
         words << u"%1 in state %2 of engine %3 in epoch %4 of %5"_s.arg(
