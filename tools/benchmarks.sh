@@ -25,4 +25,5 @@ on_own_bus build/release/bench/throughput_bench memory
 on_own_bus build/release/bench/queue_latency_bench
 on_own_bus build/release/bench/shared_queue_bench
 on_own_bus build/release/bench/history_bench
+on_own_bus build/release/bench/history_window_bench
 on_own_bus build/release/bench/import_bench
