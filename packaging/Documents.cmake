@@ -37,6 +37,8 @@ endfunction()
 
 install_manual(console norvane-sms)
 install_link(console norvane-sms.1.gz share/man/man1/NorvaneSMS.1.gz)
+install_manual(console norvane-sms-history)
+install_link(console norvane-sms-history.1.gz share/man/man1/NorvaneHistory.1.gz)
 install_manual(console NorvaneSheetReader)
 install_manual(engine TovekSMService)
 install_manual(simulator gsm-simulator)

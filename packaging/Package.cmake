@@ -25,7 +25,8 @@ set(CPACK_DEBIAN_MAIN_PACKAGE_NAME norvane-sms)
 set(CPACK_DEBIAN_MAIN_DESCRIPTION "console and engine that send SMS through a GSM device
 An operator writes a message, gives a number and a delivery date and time, and
 queues it; or has it sent to each recipient of a text file or spreadsheet. The
-engine, a process of its own, owns the device and keeps the queue.
+engine, a process of its own, owns the device and keeps the queue. A second
+window shows what became of every message and what was answered.
 
 One machine has the device and is the server. The others are clients, which
 hand their messages over in a shared folder; it is to be chosen after the
@@ -59,8 +60,8 @@ add_custom_target(package_checked
     COMMAND "${CMAKE_CPACK_COMMAND}" --config "${CMAKE_BINARY_DIR}/CPackConfig.cmake"
     COMMAND "${PROJECT_SOURCE_DIR}/tests/package/check_packages.sh" "${CPACK_PACKAGE_DIRECTORY}"
         "${CMAKE_CXX_FLAGS}"
-    DEPENDS NorvaneSMS NorvaneSheetReader TovekSMService gsm-simulator norvane_icons
-        norvane_documents
+    DEPENDS NorvaneSMS NorvaneHistory NorvaneSheetReader TovekSMService gsm-simulator
+        norvane_icons norvane_documents
     WORKING_DIRECTORY "${CMAKE_BINARY_DIR}"
     USES_TERMINAL
     VERBATIM)

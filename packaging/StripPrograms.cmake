@@ -2,6 +2,7 @@
 # own stripping leaves the compiler's remarks in.
 find_program(STRIP strip REQUIRED)
 file(GLOB_RECURSE programs "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/NorvaneSMS"
+    "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/NorvaneHistory"
     "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/NorvaneSheetReader"
     "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/TovekSMService"
     "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/gsm-simulator")

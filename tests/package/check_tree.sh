@@ -52,11 +52,23 @@ for program in "$(value "$activation" Exec)" "$(value "$units/tovek-sms.service"
 done
 [[ -f $units/$(value "$activation" SystemdService) ]] || fail "the bus names no unit of ours"
 
-# The desktop: the menu's entry starts a program that is there, and its icon exists in each size.
-entry=$tree/share/applications/com.tovek.norvanesms.desktop
-desktop-file-validate "$entry" || fail "desktop-file-validate"
-[[ -x $tree/bin/$(value "$entry" Exec) ]] || fail "the menu starts no program of ours"
-icon=$(value "$entry" Icon)
+# The desktop: each entry of the menu, and each action of one, starts a program that is there and tells
+# by which windows it is known. They share an icon, which exists in each size.
+metainfo=$tree/share/metainfo/com.tovek.norvanesms.metainfo.xml
+for entry in "$tree"/share/applications/*.desktop; do
+    desktop-file-validate "$entry" || fail "desktop-file-validate"
+    for program in $(value "$entry" Exec); do
+        [[ -x $tree/bin/$program ]] || fail "the menu starts no program of ours: $program"
+        grep -q "<binary>$program</binary>" "$metainfo" || fail "the metainfo does not name $program"
+    done
+    [[ -x $tree/lib/norvane-sms/$(value "$entry" StartupWMClass) ]] || fail "windows of no program of ours"
+    [[ $(value "$entry" Icon | sort -u) == norvane-sms ]] || fail "another icon in $entry"
+    grep -q "<launchable type=\"desktop-id\">$(basename "$entry")</launchable>" "$metainfo" ||
+        fail "the metainfo does not name $entry"
+done
+[[ $(value "$tree/share/applications/com.tovek.norvanesms.desktop" Exec | tail -n 1) == norvane-sms-history ]] ||
+    fail "the console's entry does not lead to the history"
+icon=norvane-sms
 for size in 16 22 24 32 48 64 128 256 512; do
     picture=$tree/share/icons/hicolor/${size}x$size/apps/$icon.png
     # Width, height and whether corner and middle are transparent: a picture, and not an empty sheet.
@@ -64,10 +76,7 @@ for size in 16 22 24 32 48 64 128 256 512; do
     [[ $seen == "$size $size 1 0" ]] || fail "$picture is no icon of that size ($seen)"
 done
 
-metainfo=$tree/share/metainfo/com.tovek.norvanesms.metainfo.xml
 appstreamcli validate --no-net --pedantic "$metainfo" || fail "appstreamcli validate"
-grep -q "<launchable type=\"desktop-id\">$(basename "$entry")</launchable>" "$metainfo" ||
-    fail "the metainfo names no entry of the menu"
 version=$(zcat "$tree/share/doc/norvane-sms/changelog.gz" | sed -n '1s/.*(\(.*\)).*/\1/p')
 grep -m 1 '<release ' "$metainfo" | grep -q "version=\"$version\"" ||
     fail "the newest release of the metainfo is not $version"

@@ -120,6 +120,29 @@ case_launcher() {
     start env -u HOME -u XDG_CONFIG_HOME "$launcher"
 }
 
+# The launcher of the history says nothing of folders.
+case_history_launcher() {
+    local root=$sandbox/here program launcher
+    program=$root/lib/norvane-sms/NorvaneHistory
+    launcher=$root/bin/norvane-sms-history
+    mkdir -p "$root/bin" "$(dirname "$program")"
+    cp "$here/../../packaging/desktop/norvane-sms-history" "$launcher"
+    printf '#!/bin/sh\necho "history $0 $# $QT_QPA_PLATFORM"\n' >"$program"
+    chmod +x "$program"
+    unset QT_QPA_PLATFORM
+
+    start() {
+        [[ $("$@" 2>"$sandbox/said") == "history $program 0 ${display:-xcb}" ]] ||
+            fail "no history, or not on an X display"
+        [[ ! -s $sandbox/said ]] || fail "something is said: $(cat "$sandbox/said")"
+    }
+    start "$launcher"
+    display=offscreen start env QT_QPA_PLATFORM=offscreen "$launcher"
+    ln -s "$launcher" "$sandbox/link"
+    start "$sandbox/link"
+    start env -u HOME -u XDG_CONFIG_HOME "$launcher" an argument
+}
+
 # A console or a notifier that leads back to the launcher ends there, instead of going round for ever. The
 # one that is used here would give up by itself after five rounds.
 case_launcher_in_a_circle() {
