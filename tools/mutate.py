@@ -2,8 +2,8 @@
 """Mutation testing, by hand: does a test fail when a line of a pure function is wrong?
 
     tools/mutate.py                              every file of SUBJECTS below
-    tools/mutate.py src/NorvaneSMS/queue/Normalisation.cpp  that file alone; several may be named
-    tools/mutate.py --line 52 --line 53 src/NorvaneSMS/queue/Normalisation.cpp  no more than these lines
+    tools/mutate.py src/foundation/Normalisation.cpp  that file alone; several may be named
+    tools/mutate.py --line 52 --line 53 src/foundation/Normalisation.cpp  no more than these lines
 
 Makes one small fault at a time (tools/mutants.py), compiles that one file, links it with its tests
 and runs them. Prints the faults that no test noticed, and ends with 1 if there are any but those that
@@ -51,7 +51,7 @@ QUICK = "-SubmitPdu.everyCodePointArrives:*.everyTextOfTwoBytesConvertsOrFails"
 CODEC = ("GsmAlphabetTest", "MessageTextTest", "SubmitDecoder", "SubmitPduTest")
 
 SUBJECTS = {
-    "src/NorvaneSMS/queue/Normalisation.cpp": Tests("NorvaneSMS_test", ("NormalisationTest",)),
+    "src/foundation/Normalisation.cpp": Tests("foundation_test", ("NormalisationTest",)),
     "src/NorvaneSMS/queue/QueueDropFile.cpp": Tests("NorvaneSMS_test", ("QueueDropFileTest",)),
     "src/NorvaneSMS/console/BulkTemplate.cpp": Tests(
         "NorvaneSMS_test", ("BulkTemplateTest",)),

@@ -22,16 +22,13 @@ struct Guide
 {
     const char *document;
     const char *language; ///< of the captions
+    QList<int> (*captions)();
 };
 
 void PrintTo(const Guide &guide, std::ostream *out)
 {
     *out << guide.document;
 }
-
-/// The console has no English texts: that guide names the Spanish ones.
-const Guide guides[] = {
-    {"docs/guia-es.md", "ESN"}, {"docs/guia-pt.md", "PTG"}, {"docs/guide-en.md", "ESN"}};
 
 /// What the windows show without a language file.
 const QStringList fixedTexts{u"Modo de funcionamento"_s,
@@ -47,8 +44,8 @@ const QStringList fixedTexts{u"Modo de funcionamento"_s,
                              u"Nokia MBus"_s,
                              u"Localização da pasta de envio de SMS"_s};
 
-/// Captions of the three windows, which each guide has to name.
-QList<int> captionIds()
+/// Captions of the console and its dialogs, which each of their guides has to name.
+QList<int> consoleCaptions()
 {
     QList<int> ids{14, 16, 3760011, 3760012, 3760035, 3760090};
     for (int id = 3760001; id <= 3760009; ++id)
@@ -59,6 +56,31 @@ QList<int> captionIds()
         ids.append(id);
     return ids + QList<int>{3760055, 3760056};
 }
+
+/// Those of the history: title, tabs, search, states, steps, buttons, boxes to tick and charts.
+QList<int> historyCaptions()
+{
+    QList<int> ids{3770016, 3770047, 3770052, 3770072};
+    for (int id = 3770001; id <= 3770015; ++id) {
+        if (id != 3770006) // the hint in the empty search field
+            ids.append(id);
+    }
+    for (int id = 3770029; id <= 3770044; ++id)
+        ids.append(id);
+    for (int id = 3770053; id <= 3770059; ++id)
+        ids.append(id);
+    for (int id = 3770073; id <= 3770075; ++id)
+        ids.append(id);
+    return ids;
+}
+
+/// There are no English texts: the guides in that language name the Spanish ones.
+const Guide guides[] = {{"docs/guia-es.md", "ESN", consoleCaptions},
+                        {"docs/guia-pt.md", "PTG", consoleCaptions},
+                        {"docs/guide-en.md", "ESN", consoleCaptions},
+                        {"docs/historial-es.md", "ESN", historyCaptions},
+                        {"docs/historico-pt.md", "PTG", historyCaptions},
+                        {"docs/history-en.md", "ESN", historyCaptions}};
 
 QMap<int, QString> textsOf(const char *language)
 {
@@ -97,7 +119,7 @@ protected:
     const QMap<int, QString> m_texts = textsOf(GetParam().language);
 };
 
-TEST_P(Captions, whatAGuideSetsInBoldIsATextOfTheConsole)
+TEST_P(Captions, whatAGuideSetsInBoldIsATextOfItsWindows)
 {
     EXPECT_GT(m_bold.size(), 40);
     for (const QString &bold : m_bold) {
@@ -111,7 +133,7 @@ TEST_P(Captions, whatAGuideSetsInBoldIsATextOfTheConsole)
 
 TEST_P(Captions, aGuideNamesEveryCaption)
 {
-    for (const int id : captionIds()) {
+    for (const int id : GetParam().captions()) {
         ASSERT_TRUE(m_texts.contains(id)) << id;
         EXPECT_TRUE(m_bold.contains(m_texts.value(id))) << id << qPrintable(m_texts.value(id));
     }

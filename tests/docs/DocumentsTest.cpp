@@ -132,7 +132,7 @@ TEST(Documents, everyPathTheyNameIsThere)
     static const QRegularExpression path(
         u"\\A(?:src|tests|tools|docs|resources|packaging|bench|cmake)/[\\w./-]*\\w/?\\z"_s);
     static const QRegularExpression source(
-        u"\\A(?:common|contract|foundation|NorvaneSMS|NorvaneSheetReader|TovekSMService|gsm-simulator)/[\\w./-]+\\z"_s);
+        u"\\A(?:common|contract|foundation|NorvaneSMS|NorvaneHistory|NorvaneSheetReader|TovekSMService|gsm-simulator)/[\\w./-]+\\z"_s);
     int paths = 0;
     for (const QString &document : Markdown::documents()) {
         for (const QString &span : Markdown::codeSpans(Markdown::textOf(document))) {
