@@ -2,8 +2,9 @@
 # Builds Norvane SMS and runs it against a simulated GSM device, in a sandbox of its own below
 # build/demo: nothing of the user's own settings, queue or devices is touched.
 #
-# With a display the console is left open. Without one a virtual display is used: a message is sent
-# through the real window, what the simulated device received is printed, and a screenshot is saved.
+# With a display the console is left open, and how to open the history beside it is printed. Without
+# one a virtual display is used: a message is sent through the real window, what the simulated device
+# received is printed, and a screenshot is saved.
 #
 #   ./run.sh --engines 4   runs so many engines in its place, with one queue in a private database
 #
@@ -36,7 +37,9 @@ fi
 
 tools/install-packages.sh run
 cmake --preset release >/dev/null
-cmake --build --preset release --target NorvaneSMS TovekSMService gsm-simulator norvane_language_files
+targets=(NorvaneSMS TovekSMService gsm-simulator norvane_language_files)
+[[ -z ${DISPLAY:-} ]] || targets+=(NorvaneHistory)
+cmake --build --preset release --target "${targets[@]}"
 
 demo=$PWD/build/demo
 bin=$PWD/build/release/bin

@@ -27,6 +27,11 @@ plug_in_simulator "$bin" "$link" "$log" "$demo/simulator.out"
 
 if [[ $1 == interactive ]]; then
     echo "The simulated device notes what it receives in $log"
+    echo "The history opens beside the console, from another terminal, by"
+    printf '  env'
+    printf ' %q' "DBUS_SESSION_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS" "XDG_CONFIG_HOME=$XDG_CONFIG_HOME" \
+        "XDG_DATA_HOME=$XDG_DATA_HOME" "XDG_RUNTIME_DIR=$XDG_RUNTIME_DIR" "$bin/NorvaneHistory"
+    printf '\n'
     "${open_console[@]}"
     exit 0
 fi
