@@ -153,7 +153,7 @@ void waitForIndex(int rows)
         return query.next() && query.value(0).toString().section(u':', -1).toLongLong() >= rows;
     });
     out() << "index of " << rows
-          << " rows, while the engine idles: " << QString::number(timer.elapsed() / 1000.0, 'f', 1)
+          << " rows, while the engine idles: " << QString::number(millisecondsOf(timer) / 1000, 'f', 1)
           << " s" << Qt::endl;
 }
 

@@ -9,6 +9,7 @@
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QSplitter>
@@ -103,14 +104,28 @@ QWidget *MessagesTab::makeStates()
         const MessageState state = HistoryTexts::states.at(at);
         auto *const box = new QCheckBox(HistoryTexts::stateName(state), group);
         box->setObjectName(u"chkState(%1)"_s.arg(static_cast<quint32>(state)));
-        box->setIcon(StateSymbol::icon(state, palette()));
         box->setChecked(true);
         connect(box, &QCheckBox::toggled, this, &MessagesTab::applyFilter);
         layout->addWidget(box);
         m_states.at(at) = box;
     }
     layout->addStretch();
+    drawStates();
     return group;
+}
+
+void MessagesTab::drawStates()
+{
+    for (std::size_t at = 0; at < m_states.size(); ++at)
+        m_states.at(at)->setIcon(
+            StateSymbol::icon(HistoryTexts::states.at(at), palette(), QPalette::Window));
+}
+
+void MessagesTab::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_states.front())
+        drawStates();
 }
 
 void MessagesTab::applyFilter()

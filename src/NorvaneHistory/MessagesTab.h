@@ -39,8 +39,12 @@ Q_SIGNALS:
     /// Whether the list has rows, when it was fetched from its beginning.
     void loaded(int rows);
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     QWidget *makeStates();
+    void drawStates();
     void choose(int row);
     void showChosen(const HistoryRow &row);
     void fetchSteps();

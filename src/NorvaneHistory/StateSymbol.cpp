@@ -90,13 +90,14 @@ QColor hueOf(MessageState state)
 class SymbolEngine : public QIconEngine
 {
 public:
-    SymbolEngine(MessageState state, const QPalette &palette) : m_state(state), m_palette(palette)
+    SymbolEngine(MessageState state, const QPalette &palette, QPalette::ColorRole ground)
+        : m_state(state), m_palette(palette), m_ground(ground)
     {}
 
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode,
                QIcon::State /*state*/) override
     {
-        const auto role = mode == QIcon::Selected ? QPalette::Highlight : QPalette::Base;
+        const auto role = mode == QIcon::Selected ? QPalette::Highlight : m_ground;
         const QColor ground = m_palette.color(QPalette::Active, role);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
@@ -122,13 +123,14 @@ public:
 private:
     MessageState m_state;
     QPalette m_palette;
+    QPalette::ColorRole m_ground;
 };
 
 } // namespace
 
-QIcon StateSymbol::icon(MessageState state, const QPalette &palette)
+QIcon StateSymbol::icon(MessageState state, const QPalette &palette, QPalette::ColorRole ground)
 {
-    return QIcon(new SymbolEngine(state, palette));
+    return QIcon(new SymbolEngine(state, palette, ground));
 }
 
 QColor StateSymbol::colour(MessageState state, const QColor &ground)

@@ -12,7 +12,9 @@ namespace norvane {
 namespace StateSymbol {
 
 /// @param palette  the colours of the list that it stands in
-QIcon icon(MessageState state, const QPalette &palette);
+/// @param ground   what it stands on there while it isn't selected
+QIcon icon(MessageState state, const QPalette &palette,
+           QPalette::ColorRole ground = QPalette::Base);
 
 /// The symbol's colour, which can be seen on `ground`.
 QColor colour(MessageState state, const QColor &ground);

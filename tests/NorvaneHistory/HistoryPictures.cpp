@@ -101,7 +101,7 @@ void choose(const HistoryWindow &window, const QString &list, int row)
     view->setCurrentIndex(view->model()->index(row, 0));
 }
 
-int draw(const QString &folder, const QString &ending)
+int draw(const QStringList &wanted, const QString &folder, const QString &ending)
 {
     FakeSource source;
     fill(source);
@@ -111,16 +111,17 @@ int draw(const QString &folder, const QString &ending)
     settle();
     choose(window, u"grdMessages"_s, 2);
     auto *const tabs = window.findChild<QTabWidget *>(u"tabs"_s);
-    int drawn = 0;
+    int tab = 0;
     for (const char *const name : {"messages", "inbox", "summary"}) {
-        tabs->setCurrentIndex(drawn);
-        if (drawn == 1)
+        tabs->setCurrentIndex(tab);
+        if (tab++ == 1)
             choose(window, u"grdInbox"_s, 1);
         settle();
+        if (!wanted.contains(QLatin1String(name)))
+            continue;
         const QString file = u"%1/history-%2-%3.png"_s.arg(folder, QLatin1String(name), ending);
         if (!window.grab().save(file))
             return EXIT_FAILURE;
-        ++drawn;
     }
     return EXIT_SUCCESS;
 }
@@ -132,7 +133,7 @@ int draw(const QString &folder, const QString &ending)
 int main(int argc, char **argv)
 {
     using namespace norvane;
-    if (argc != 5)
+    if (argc < 6)
         return EXIT_FAILURE;
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_SCALE_FACTOR", argv[3]);

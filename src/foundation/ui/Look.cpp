@@ -71,8 +71,13 @@ QPalette readable(QPalette colours)
                                     TextOnGround{QPalette::ButtonText, QPalette::Button}})
         fadeDisabled(colours, pair);
     for (const QPalette::ColorGroup group :
-         {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+         {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         partSelection(colours, group);
+        // What tells how to fill an empty field.
+        colours.setColor(group, QPalette::PlaceholderText,
+                         Contrast::faded(colours.color(group, QPalette::Text),
+                                         colours.color(group, QPalette::Base)));
+    }
     return colours;
 }
 
