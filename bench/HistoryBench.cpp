@@ -131,7 +131,7 @@ void index(StoreDatabase &database)
 {
     HurriedTime time;
     OutcomeIndex index(database, time);
-    index.prepare();
+    must(index.prepare());
     QElapsedTimer timer;
     timer.start();
     qint64 worst = 0;
@@ -178,7 +178,8 @@ void ask(StoreDatabase &database)
 {
     const auto page = [&database](const HistoryFilter &filter) {
         const QueryLimit limit(TimeSource::system());
-        return must(HistoryPages(database, limit).page(filter, {}, {}, pageRows)).rows.size();
+        const auto found = HistoryPages(database, limit).page(filter, {}, {}, pageRows);
+        return found ? found->rows.size() : -1; // -1: given up
     };
     const auto search = [&page](const QString &text) {
         HistoryFilter filter;

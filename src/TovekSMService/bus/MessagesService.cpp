@@ -43,7 +43,7 @@ MessagesService::MessagesService(const QDBusConnection &bus, Store &store, Dispa
                                  const Clock &clock, QObject *parent)
     : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
       m_calls(bus, dispatcher, clock), m_historyPacer(clock.time()),
-      m_history(bus, {store.file().file(), store.conninfo()}, clock.time(),
+      m_history(bus, {store.file().file(), store.conninfo()}, TimeSource::system(),
                 [this](const StoreFailure &failure) {
                     // What opening the file anew may find.
                     if (failure.kind() == StoreFailure::Kind::Corrupt)

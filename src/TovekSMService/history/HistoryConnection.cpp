@@ -1,7 +1,10 @@
 #include "TovekSMService/history/HistoryConnection.h"
 
+#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/PostgresDatabase.h"
 #include "TovekSMService/store/SqliteDatabase.h"
+
+#include <utility>
 
 namespace norvane {
 
@@ -38,8 +41,27 @@ StoreResult<StoreDatabase *> HistoryConnection::open()
         return failed(connected.error());
     }
     m_index = std::make_unique<OutcomeIndex>(*m_database, m_time);
-    m_index->prepare();
+    m_isPrepared = false;
     return m_database.get();
+}
+
+StoreResult<int> HistoryConnection::index(int maxRows)
+{
+    return open().and_then([&](StoreDatabase *) {
+        if (!m_isPrepared)
+            prepareIndex();
+        return m_index->step(maxRows);
+    });
+}
+
+/// One that can't be made is not tried again while the connection stands.
+void HistoryConnection::prepareIndex()
+{
+    const StoreResult<> prepared = m_index->prepare();
+    m_isPrepared = prepared || prepared.error().kind() != StoreFailure::Kind::Busy;
+    if (!prepared && m_isPrepared && !std::exchange(m_isWarned, true))
+        qCWarning(logStore).noquote()
+            << "messages are looked for without an index:" << prepared.error().text();
 }
 
 StoreResult<> HistoryConnection::connect()

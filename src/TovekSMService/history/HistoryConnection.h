@@ -32,11 +32,13 @@ public:
     /// @return the database, until close()
     [[nodiscard]] StoreResult<StoreDatabase *> open();
     void close();
-    /// Of the database that is open; null for none.
-    OutcomeIndex *index() { return m_index.get(); }
+    bool isOpen() const { return m_database != nullptr; }
+    /// A step of OutcomeIndex.
+    [[nodiscard]] StoreResult<int> index(int maxRows);
 
 private:
     StoreResult<> connect();
+    void prepareIndex();
 
     const HistorySource m_source;
     TimeSource &m_time;
@@ -44,6 +46,8 @@ private:
     std::unique_ptr<OutcomeIndex> m_index;
     std::optional<StoreFailure> m_failure; ///< of the last attempt
     Deadline m_again;
+    bool m_isPrepared = false; ///< the index, or it can't be
+    bool m_isWarned = false;   ///< that there is no index
 };
 
 } // namespace norvane

@@ -18,8 +18,8 @@ namespace {
     " ORDER BY id DESC LIMIT ?) AS newest"
 #define NORVANE_WAITING                                                                            \
     "SELECT id, id, queued_at, delivery_date, phone, text, 1, 0, '' FROM message WHERE "
-#define NORVANE_OUTCOMES(more)                                                                     \
-    "SELECT " NORVANE_OUTCOME " FROM outcome WHERE id < ? AND id >= ? "                            \
+#define NORVANE_OUTCOMES(columns, more)                                                            \
+    "SELECT " columns " FROM outcome WHERE id < ? AND id >= ? "                                    \
     "AND " NORVANE_OUTCOME_FILTER more " ORDER BY id DESC"
 // As the index has it that holds these alone.
 #define NORVANE_UNSUCCESSFUL " AND (code <> 1 OR delivery = 3)"
@@ -28,10 +28,22 @@ constexpr NewestFirst::Statements waitingMessages = {
     NORVANE_WINDOW("message", ""),
     NORVANE_WAITING "id < ? AND id >= ? AND queued_at >= ? AND (? = '' OR queued_at < ?) "
                     "ORDER BY id DESC"};
-constexpr NewestFirst::Statements allOutcomes = {NORVANE_WINDOW("outcome", ""),
-                                                 NORVANE_OUTCOMES("")};
-constexpr NewestFirst::Statements unsuccessfulOutcomes = {
-    NORVANE_WINDOW("outcome", NORVANE_UNSUCCESSFUL), NORVANE_OUTCOMES(NORVANE_UNSUCCESSFUL)};
+// With what is compared, or with everything.
+#define NORVANE_LOOKS(more)                                                                        \
+    {                                                                                              \
+        {NORVANE_WINDOW("outcome", more), NORVANE_OUTCOMES(NORVANE_COMPARED, more)},               \
+        {                                                                                          \
+            NORVANE_WINDOW("outcome", more), NORVANE_OUTCOMES(NORVANE_OUTCOME, more)               \
+        }                                                                                          \
+    }
+struct Looks
+{
+    NewestFirst::Statements forText;
+    NewestFirst::Statements forAll;
+};
+constexpr Looks allOutcomes = NORVANE_LOOKS("");
+constexpr Looks unsuccessfulOutcomes = NORVANE_LOOKS(NORVANE_UNSUCCESSFUL);
+constexpr char outcome[] = "SELECT " NORVANE_OUTCOME " FROM outcome WHERE id = ?";
 
 constexpr char waitingMessage[] = NORVANE_WAITING "id = ?";
 constexpr char outcomeOfMessage[] = "SELECT " NORVANE_OUTCOME " FROM outcome WHERE message_id = ?";
@@ -136,41 +148,70 @@ StoreResult<HistoryPages::Finds> HistoryPages::outcomes(const HistoryFilter &fil
         HistoryBounds(m_database, HistoryBounds::Table::Outcomes).of(filter.from, filter.to);
     if (!bounds)
         return failed(bounds.error());
-    return find(filter, states, cut(range, *bounds),
-                [&finds, maxRows](const Found &found) {
-                    finds.rows.append(found);
-                    return finds.rows.size() < maxRows;
+    const NewestFirst::Range looked = cut(range, *bounds);
+    const QVariantList values = {filter.from, filter.to, filter.to, states.toInt()};
+    const Looks &looks = (states & ~unsuccessful) ? allOutcomes : unsuccessfulOutcomes;
+    const SearchedText text(filter.text);
+    if (text.isEmpty())
+        return NewestFirst(m_database, looks.forAll, values, m_limit)
+            .walk(looked,
+                  [&finds, maxRows](const StoreRow &row) {
+                      finds.rows.append(foundOf(row));
+                      return finds.rows.size() < maxRows;
+                  })
+            .map([&](const auto &) { return finds; });
+    QList<qint64> places;
+    const NewestFirst scan(m_database, looks.forText, values, m_limit);
+    return find(text, scan, values, looked,
+                [&places, maxRows](qint64 place) {
+                    places.append(place);
+                    return places.size() < maxRows;
                 })
-        .map([&] { return finds; });
+        .and_then([&] { return outcomesAt(places); })
+        .map([&](const QList<Found> &rows) {
+            finds.rows = rows;
+            return finds;
+        });
+}
+
+StoreResult<QList<HistoryPages::Found>> HistoryPages::outcomesAt(const QList<qint64> &places) const
+{
+    QList<Found> rows;
+    for (const qint64 place : places) {
+        const auto row = m_database.row(outcome, {place}, foundOf);
+        if (!row)
+            return failed(row.error());
+        if (*row)
+            rows.append(**row);
+    }
+    return rows;
 }
 
 /// The newest ones are looked at one by one, in which a text that is in most of them is found at
 /// once, and so are those that aren't in the index yet. The index gives the others.
-StoreResult<> HistoryPages::find(const HistoryFilter &filter, MessageStates states,
-                                 NewestFirst::Range range,
-                                 const std::function<bool(const Found &)> &take) const
+StoreResult<> HistoryPages::find(const SearchedText &text, const NewestFirst &scan,
+                                 const QVariantList &filter, NewestFirst::Range range,
+                                 const std::function<bool(qint64 place)> &take) const
 {
-    const SearchedText text(filter.text);
-    const QVariantList values = {filter.from, filter.to, filter.to, states.toInt()};
-    const NewestFirst scan(
-        m_database, (states & ~unsuccessful) ? allOutcomes : unsuccessfulOutcomes, values, m_limit);
     qint64 found = 0;
     bool wantsMore = true;
     const auto compare = [&](const StoreRow &row) {
-        if (!text.isIn(row.value(4).toString(), row.value(5).toString()))
+        if (!text.isIn(row.value(1).toString(), row.value(2).toString()))
             return true;
         ++found;
-        return wantsMore = take(foundOf(row));
+        return wantsMore = take(row.value(0).toLongLong());
     };
     const StoreResult<qint64> mark = IndexMark(m_database).value();
     if (!mark)
         return failed(mark.error());
-    if (text.isEmpty() || !IndexedSearch::canFind(text) || *mark == 0)
+    if (!IndexedSearch::canFind(text) || *mark == 0)
         return scan.walk(range, compare).map([](const auto &) {});
     return scan.walk({range.below, std::max(range.low, *mark + 1)}, compare)
-        .and_then([&](const auto &) {
+        .and_then([&](const auto &) -> StoreResult<NewestFirst::Range> {
             found = 0;
-            return scan.walk({std::min(range.below, *mark + 1), range.low}, compare, scannedRows);
+            const NewestFirst::Range indexed{std::min(range.below, *mark + 1), range.low};
+            return wantsMore ? scan.walk(indexed, compare, scannedRows)
+                             : StoreResult<NewestFirst::Range>(indexed);
         })
         .and_then([&](const NewestFirst::Range &rest) {
             // Many, and the server would gather all of them before it gave the first one.
@@ -180,7 +221,7 @@ StoreResult<> HistoryPages::find(const HistoryFilter &filter, MessageStates stat
                                         : StoreResult<NewestFirst::Range>(rest);
         })
         .and_then([&](const NewestFirst::Range &rest) {
-            return wantsMore ? IndexedSearch(m_database, values, m_limit).walk(text, rest, compare)
+            return wantsMore ? IndexedSearch(m_database, filter, m_limit).walk(text, rest, compare)
                              : StoreResult<>();
         });
 }
@@ -205,6 +246,7 @@ StoreResult<QList<HistoryRow>> HistoryPages::of(const QList<qint64> &ids) const
     });
 }
 
+#undef NORVANE_LOOKS
 #undef NORVANE_UNSUCCESSFUL
 #undef NORVANE_OUTCOMES
 #undef NORVANE_WAITING

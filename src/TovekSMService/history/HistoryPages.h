@@ -59,8 +59,10 @@ private:
                                int maxRows) const;
     StoreResult<Finds> outcomes(const HistoryFilter &filter, NewestFirst::Range range,
                                 int maxRows) const;
-    StoreResult<> find(const HistoryFilter &filter, MessageStates states, NewestFirst::Range range,
-                       const std::function<bool(const Found &)> &take) const;
+    StoreResult<> find(const SearchedText &text, const NewestFirst &scan,
+                       const QVariantList &filter, NewestFirst::Range range,
+                       const std::function<bool(qint64 place)> &take) const;
+    StoreResult<QList<Found>> outcomesAt(const QList<qint64> &places) const;
     static HistoryRow rowOf(const StoreRow &row);
     static Found foundOf(const StoreRow &row);
 

@@ -9,6 +9,8 @@
 /// The columns of a row of the history.
 #define NORVANE_OUTCOME                                                                            \
     "outcome.id, message_id, at, delivery_date, phone, text, " NORVANE_STATE ", code, "            \
-                                                                             "delivered_at"
+    "delivered_at"
+/// What a text is looked for in.
+#define NORVANE_COMPARED "outcome.id, phone, text"
 /// From, to, to, states.
 #define NORVANE_OUTCOME_FILTER "at >= ? AND (? = '' OR at < ?) AND (" NORVANE_STATE ") & ? <> 0"

@@ -65,7 +65,7 @@ void HistoryThread::resume()
 void HistoryThread::run()
 {
     std::unique_lock lock(m_mutex);
-    int restMs = m_pace.stepMs;
+    int restMs = m_pace.restMs;
     while (!m_isEnding) {
         if (m_isSuspended) {
             m_connection.close();
@@ -117,7 +117,7 @@ StoreResult<QVariantList> HistoryThread::carryOut(const Job &job)
     const bool isSound = result || result.error().kind() == StoreFailure::Kind::Busy;
     if (isSound)
         return result;
-    const bool isLost = m_connection.index() != nullptr;
+    const bool isLost = m_connection.isOpen();
     m_connection.close();
     return isLost ? attempt() : result;
 }
@@ -127,8 +127,7 @@ int HistoryThread::index()
 {
     Stopwatch taken(m_time);
     taken.start();
-    const StoreResult<int> rows = m_connection.open().and_then(
-        [this](StoreDatabase *) { return m_connection.index()->step(m_pace.rows); });
+    const StoreResult<int> rows = m_connection.index(m_pace.rows);
     if (!rows) {
         qCDebug(logStore) << "the search index waits:" << rows.error().text();
         if (rows.error().kind() != StoreFailure::Kind::Busy)

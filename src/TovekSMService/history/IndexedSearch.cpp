@@ -18,7 +18,7 @@ constexpr qsizetype maxPieces = 24; ///< that are asked for; the rest is left to
 constexpr int rowsAtOnce = 2000;    ///< of the server
 
 constexpr char inFile[] =
-    "SELECT " NORVANE_OUTCOME " FROM outcome_search CROSS JOIN outcome "
+    "SELECT " NORVANE_COMPARED " FROM outcome_search CROSS JOIN outcome "
     "ON outcome.id = outcome_search.rowid WHERE outcome_search MATCH ? "
     "AND outcome_search.rowid < ? AND outcome_search.rowid >= ? AND " NORVANE_OUTCOME_FILTER
     " ORDER BY outcome_search.rowid DESC";
@@ -27,7 +27,7 @@ constexpr char inFile[] =
 constexpr char inServer[] =
     "WITH found AS MATERIALIZED (SELECT id FROM outcome_search WHERE folded ~~ ? "
     "AND id + 0 < ? AND id + 0 >= ?), newest AS MATERIALIZED (SELECT id FROM found "
-    "ORDER BY id DESC) SELECT " NORVANE_OUTCOME " FROM newest JOIN outcome "
+    "ORDER BY id DESC) SELECT " NORVANE_COMPARED " FROM newest JOIN outcome "
     "ON outcome.id = newest.id WHERE " NORVANE_OUTCOME_FILTER " ORDER BY outcome.id DESC LIMIT ?";
 
 /// The text as the index's language has it: all of its pieces, whatever characters they are of.

@@ -2,7 +2,6 @@
 
 #include "TovekSMService/history/IndexMark.h"
 #include "TovekSMService/history/SearchedText.h"
-#include "TovekSMService/log/Categories.h"
 #include "TovekSMService/store/StoreDatabase.h"
 
 #include <algorithm>
@@ -33,25 +32,22 @@ qint64 lastIdOf(const StoreRow &row)
 
 } // namespace
 
-void OutcomeIndex::prepare()
+StoreResult<> OutcomeIndex::prepare()
 {
     const bool isFile = m_database.kind() == StoreDatabase::Kind::File;
-    const StoreResult<> prepared = isFile ? prepareFile() : prepareServer();
+    StoreResult<> prepared = isFile ? prepareFile() : prepareServer();
     m_isUsable = prepared.has_value();
-    if (!prepared)
-        qCWarning(logStore).noquote()
-            << "messages are looked for without an index:" << prepared.error().text();
+    return prepared;
 }
 
 /// Without contents: what is found is looked at once more. The texts are folded already.
 StoreResult<> OutcomeIndex::prepareFile()
 {
     return IndexMark(m_database).value().and_then([this](qint64 mark) -> StoreResult<> {
+        if (mark > 0) // it is there
+            return {};
         return m_database.together([&] {
-            const StoreResult<> cleared =
-                mark > 0 ? StoreResult<>()
-                         : m_database.write("DROP TABLE IF EXISTS outcome_search");
-            return cleared.and_then([this] {
+            return m_database.write("DROP TABLE IF EXISTS outcome_search").and_then([this] {
                 return m_database.write(
                     "CREATE VIRTUAL TABLE IF NOT EXISTS outcome_search USING fts5(folded, "
                     "content='', detail='none', columnsize=0, tokenize='trigram case_sensitive "

@@ -23,7 +23,7 @@ public:
     {}
 
     /// Makes what is missing of the index. Where that can't be, messages are looked for without it.
-    void prepare();
+    [[nodiscard]] StoreResult<> prepare();
     bool isUsable() const { return m_isUsable; }
 
     /// Takes in the next outcomes, and lets go of those that were forgotten.
