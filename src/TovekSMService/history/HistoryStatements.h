@@ -1,5 +1,7 @@
 #pragma once
 
+namespace norvane {
+
 // What the statements about outcomes have in common.
 
 /// The state of an outcome, as MessageState.
@@ -14,3 +16,5 @@
 #define NORVANE_COMPARED "outcome.id, phone, text"
 /// From, to, to, states.
 #define NORVANE_OUTCOME_FILTER "at >= ? AND (? = '' OR at < ?) AND (" NORVANE_STATE ") & ? <> 0"
+
+} // namespace norvane

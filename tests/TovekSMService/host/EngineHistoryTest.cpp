@@ -60,8 +60,11 @@ TEST_F(EngineHistory, aMessageIsFollowedFromTheQueueToTheNetwork)
 {
     plugIn({});
     startHeard();
+    EXPECT_TRUE(QDBusConnection::sessionBus().connect(
+        u"com.tovek.SMService"_s, u"/com/tovek/SMService"_s, u"com.tovek.SMService.Messages1"_s,
+        u"HistoryChanged"_s, m_listener.get(), SLOT(hear(QDBusMessage))));
     use(m_device->link());
-    addSMS(u"600 11 22 33"_s, u"Mañana"_s, then());
+    addSMS(u"+34600112233"_s, u"Mañana"_s, then());
     ASSERT_TRUE(hears(u"HistoryChanged"_s));
     const QStringList waiting = rows(ask("GetHistory", history(u"MANANA"_s)));
     ASSERT_EQ(waiting.size(), 1);
@@ -69,10 +72,9 @@ TEST_F(EngineHistory, aMessageIsFollowedFromTheQueueToTheNetwork)
     ASSERT_EQ(fields.size(), 8);
     EXPECT_EQ(fields.at(1).size(), 19) << "when it was queued";
     EXPECT_EQ(fields.mid(2),
-              (QStringList{then(), u"600 11 22 33"_s, u"Mañana"_s, u"1"_s, u"0"_s, QString()}));
+              (QStringList{then(), u"+34600112233"_s, u"Mañana"_s, u"1"_s, u"0"_s, QString()}));
     call("StartEngine");
-    ASSERT_TRUE(
-        until([] { return !rows(ask("GetHistory", history(u"6001122"_s, 62))).isEmpty(); }));
+    ASSERT_TRUE(until([] { return !rows(ask("GetHistory", history(u"6001122"_s, 6))).isEmpty(); }));
     EXPECT_TRUE(rows(ask("GetHistory", history({}, 1))).isEmpty());
     const qlonglong id = fields.constFirst().toLongLong();
     EXPECT_EQ(rows(ask("GetHistoryOf", {QVariant::fromValue(QList<qlonglong>{id, 99})})).size(), 1);
