@@ -60,7 +60,7 @@ QList<int> consoleCaptions()
 /// Those of the history: title, tabs, search, states, steps, buttons, boxes to tick and charts.
 QList<int> historyCaptions()
 {
-    QList<int> ids{3770016, 3770047, 3770052, 3770072};
+    QList<int> ids{3770016, 3770019, 3770020, 3770052, 3770072};
     for (int id = 3770001; id <= 3770015; ++id) {
         if (id != 3770006) // the hint in the empty search field
             ids.append(id);
