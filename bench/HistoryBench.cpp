@@ -240,7 +240,7 @@ double settledASecond(Store &store, int messages)
     return messages * 1000.0 / static_cast<double>(timer.elapsed() + 1);
 }
 
-void settle(Store &store, const HistorySource &source)
+void settle(Store &store, const HistoryStorage &source)
 {
     const int messages = benchSize(5000, 20);
     out() << "  settled alone: " << qRound(settledASecond(store, messages)) << " a second\n";
@@ -252,7 +252,7 @@ void settle(Store &store, const HistorySource &source)
     out().flush();
 }
 
-void measureStore(Store &store, const HistorySource &source, int rows)
+void measureStore(Store &store, const HistoryStorage &source, int rows)
 {
     fill(store.database(), rows);
     fillInbox(store.database(), benchSize(100'000, 100));

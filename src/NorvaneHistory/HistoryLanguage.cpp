@@ -35,7 +35,7 @@ QString HistoryLanguage::toolkitName(const QString &language)
 {
     if (language == "CAT"_L1)
         return u"ca"_s;
-    return language == "PTG"_L1 ? u"pt_PT"_s : u"es"_s;
+    return language == "PTG"_L1 ? u"pt_BR"_s : u"es"_s;
 }
 
 } // namespace norvane

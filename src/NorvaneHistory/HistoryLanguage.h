@@ -15,7 +15,7 @@ QString chosen(const PlatformHelpers &helpers);
 /// Loads that language's file; a failure is shown in a box.
 bool load(const PlatformHelpers &helpers);
 
-/// The toolkit's name for a language: "es", "ca" or "pt_PT".
+/// The toolkit's name for a language: "es", "ca" or "pt_BR", the one Portuguese that it has.
 QString toolkitName(const QString &language);
 
 } // namespace HistoryLanguage

@@ -44,9 +44,9 @@ InboxTab::InboxTab(HistorySource &source, const FilterBar &filter, MessageAction
                    QWidget *parent)
     : QWidget(parent), m_source(source), m_filter(filter), m_actions(actions),
       m_model(new InboxModel(source, this)),
+      m_unreadOnly(new QCheckBox(GS(TextId::UnreadOnlyBox), this)),
       m_list(new SteadyTableView(GS(TextId::InboxTab).remove(u'&'), this)),
-      m_details(new DetailsPane(DetailsPane::Kind::Received, this)),
-      m_unreadOnly(new QCheckBox(GS(TextId::UnreadOnlyBox), this))
+      m_details(new DetailsPane(DetailsPane::Kind::Received, this))
 {
     constexpr int listShare = 3;
     m_unreadOnly->setObjectName(u"chkUnreadOnly"_s);

@@ -42,9 +42,9 @@ private:
     const FilterBar &m_filter;
     MessageActions &m_actions;
     InboxModel *m_model;
+    QCheckBox *m_unreadOnly;
     SteadyTableView *m_list;
     DetailsPane *m_details;
-    QCheckBox *m_unreadOnly;
     ReceivedMessage m_chosen; ///< its id is 0 while none is chosen
 };
 

@@ -61,11 +61,13 @@ void setWidths(QHeaderView &header, const QFontMetrics &metrics)
 MessagesTab::MessagesTab(HistorySource &source, const FilterBar &filter, MessageActions &actions,
                          QWidget *parent)
     : QWidget(parent), m_source(source), m_filter(filter), m_actions(actions),
-      m_model(new HistoryModel(source, this)),
-      m_list(new SteadyTableView(GS(TextId::MessagesTab).remove(u'&'), this)),
-      m_details(new DetailsPane(DetailsPane::Kind::Sent, this))
+      m_model(new HistoryModel(source, this))
 {
     constexpr int listShare = 3;
+    // The Tab key goes from one to the next as they are made.
+    QWidget *const states = makeStates();
+    m_list = new SteadyTableView(GS(TextId::MessagesTab).remove(u'&'), this);
+    m_details = new DetailsPane(DetailsPane::Kind::Sent, this);
     m_list->setObjectName(u"grdMessages"_s);
     m_list->setModel(m_model);
     setWidths(*m_list->horizontalHeader(), m_list->fontMetrics());
@@ -77,7 +79,7 @@ MessagesTab::MessagesTab(HistorySource &source, const FilterBar &filter, Message
     splitter->setStretchFactor(0, listShare);
     splitter->setStretchFactor(1, 1);
     auto *const layout = new QVBoxLayout(this);
-    layout->addWidget(makeStates());
+    layout->addWidget(states);
     layout->addWidget(splitter, 1);
 
     connect(m_list, &SteadyTableView::rowChosen, this, &MessagesTab::choose);

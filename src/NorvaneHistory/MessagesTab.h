@@ -57,8 +57,8 @@ private:
     const FilterBar &m_filter;
     MessageActions &m_actions;
     HistoryModel *m_model;
-    SteadyTableView *m_list;
-    DetailsPane *m_details;
+    SteadyTableView *m_list = nullptr;
+    DetailsPane *m_details = nullptr;
     std::array<QCheckBox *, 6> m_states{};
     HistoryRow m_chosen; ///< its id is 0 while none is chosen
     QList<DetailsPane::Step> m_steps;

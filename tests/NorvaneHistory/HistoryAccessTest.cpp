@@ -126,6 +126,30 @@ TEST_P(HistoryAccessTest, everyActionIsReachedByTheTabKey)
     }
 }
 
+TEST_P(HistoryAccessTest, theTabKeyGoesFromTheTopToTheBottom)
+{
+    const QStringList expected[] = {
+        {u"txtSearch"_s, u"cboRange"_s, u"qt_tabwidget_tabbar"_s, u"chkState(1)"_s,
+         u"chkState(2)"_s, u"chkState(4)"_s, u"chkState(8)"_s, u"chkState(16)"_s, u"chkState(32)"_s,
+         u"grdMessages"_s, u"txtMessage"_s, u"tblSteps"_s, u"btnSendAgain"_s, u"btnAnswer"_s,
+         u"btnOptOut"_s, u"btnExport"_s, u"btnPrint"_s, u"txtSearch"_s},
+        {u"txtSearch"_s, u"cboRange"_s, u"qt_tabwidget_tabbar"_s, u"chkUnreadOnly"_s, u"grdInbox"_s,
+         u"txtMessage"_s, u"btnAnswer"_s, u"btnOptOut"_s, u"btnExport"_s, u"btnPrint"_s,
+         u"txtSearch"_s}};
+    for (int tab = 0; tab < 2; ++tab) {
+        showTab(tab);
+        control("txtSearch")->setFocus();
+        QStringList reached;
+        for (qsizetype press = 0; press < expected[tab].size(); ++press) {
+            QWidget *const focus = QApplication::focusWidget();
+            ASSERT_NE(focus, nullptr);
+            reached << focus->objectName();
+            QTest::keyClick(focus, Qt::Key_Tab);
+        }
+        EXPECT_EQ(reached, expected[tab]);
+    }
+}
+
 TEST_P(HistoryAccessTest, noTwoControlsOfATabShareAMnemonic)
 {
     for (int tab = 0; tab < tabs; ++tab) {

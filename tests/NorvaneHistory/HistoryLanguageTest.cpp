@@ -71,7 +71,7 @@ TEST_F(HistoryLanguageTest, theToolkitSpeaksTheSameLanguage)
 {
     EXPECT_EQ(HistoryLanguage::toolkitName(u"ESN"_s), u"es"_s);
     EXPECT_EQ(HistoryLanguage::toolkitName(u"CAT"_s), u"ca"_s);
-    EXPECT_EQ(HistoryLanguage::toolkitName(u"PTG"_s), u"pt_PT"_s);
+    EXPECT_EQ(HistoryLanguage::toolkitName(u"PTG"_s), u"pt_BR"_s);
 }
 
 } // namespace

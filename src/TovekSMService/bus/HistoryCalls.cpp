@@ -8,7 +8,7 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-HistoryCalls::HistoryCalls(const QDBusConnection &bus, const HistorySource &source,
+HistoryCalls::HistoryCalls(const QDBusConnection &bus, const HistoryStorage &source,
                            TimeSource &time, const FailureHandler &onFailure,
                            const HistoryThread::Pace &pace)
     : m_bus(bus), m_onFailure(onFailure), m_thread(source, time, pace)

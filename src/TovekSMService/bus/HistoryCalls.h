@@ -24,7 +24,7 @@ public:
     using FailureHandler = std::function<void(const StoreFailure &)>;
 
     /// @param time  must outlive this object
-    HistoryCalls(const QDBusConnection &bus, const HistorySource &source, TimeSource &time,
+    HistoryCalls(const QDBusConnection &bus, const HistoryStorage &source, TimeSource &time,
                  const FailureHandler &onFailure, const HistoryThread::Pace &pace = {});
 
     /// Answers the call with what the query gives.

@@ -14,7 +14,7 @@ constexpr qint64 againMs = 1000;
 
 } // namespace
 
-HistoryConnection::HistoryConnection(const HistorySource &source, TimeSource &time)
+HistoryConnection::HistoryConnection(const HistoryStorage &source, TimeSource &time)
     : m_source(source), m_time(time), m_again(time)
 {}
 

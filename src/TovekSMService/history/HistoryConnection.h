@@ -14,7 +14,7 @@ namespace norvane {
 class StoreDatabase;
 
 /// Where messages are kept, for a connection beside the engine's own.
-struct HistorySource
+struct HistoryStorage
 {
     QString file;     ///< of a queue that is the engine's own
     QString conninfo; ///< of one that is shared, as libpq takes it; empty for none
@@ -25,7 +25,7 @@ class HistoryConnection
 {
 public:
     /// @param time  must outlive this object
-    HistoryConnection(const HistorySource &source, TimeSource &time);
+    HistoryConnection(const HistoryStorage &source, TimeSource &time);
     ~HistoryConnection();
 
     /// Opens it where it isn't open, but not at once again where that failed.
@@ -40,7 +40,7 @@ private:
     StoreResult<> connect();
     void prepareIndex();
 
-    const HistorySource m_source;
+    const HistoryStorage m_source;
     TimeSource &m_time;
     std::unique_ptr<StoreDatabase> m_database;
     std::unique_ptr<OutcomeIndex> m_index;

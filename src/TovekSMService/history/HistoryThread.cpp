@@ -12,7 +12,7 @@
 
 namespace norvane {
 
-HistoryThread::HistoryThread(const HistorySource &source, TimeSource &time, const Pace &pace,
+HistoryThread::HistoryThread(const HistoryStorage &source, TimeSource &time, const Pace &pace,
                              QObject *parent)
     : QObject(parent), m_source(source), m_time(time), m_pace(pace), m_connection(source, time),
       m_thread(QThread::create([this] { run(); }))

@@ -39,7 +39,7 @@ public:
     using Cancelled = std::shared_ptr<std::atomic<bool>>;
 
     /// @param time  must outlive this object
-    HistoryThread(const HistorySource &source, TimeSource &time, const Pace &pace,
+    HistoryThread(const HistoryStorage &source, TimeSource &time, const Pace &pace,
                   QObject *parent = nullptr);
     /// Ends what is being asked. Nobody is answered any more.
     ~HistoryThread() override;
@@ -63,7 +63,7 @@ private:
     StoreResult<QVariantList> carryOut(const Job &job);
     int index();
 
-    const HistorySource m_source;
+    const HistoryStorage m_source;
     TimeSource &m_time;
     const Pace m_pace;
     std::mutex m_mutex;

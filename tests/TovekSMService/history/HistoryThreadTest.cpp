@@ -21,7 +21,7 @@ protected:
 
     void begin()
     {
-        m_thread = std::make_unique<HistoryThread>(HistorySource{file(), {}}, TimeSource::system(),
+        m_thread = std::make_unique<HistoryThread>(HistoryStorage{file(), {}}, TimeSource::system(),
                                                    HistoryThread::Pace());
     }
 
