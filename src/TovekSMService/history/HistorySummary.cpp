@@ -20,21 +20,33 @@ constexpr std::array<quint32, 9> classes = {10, 30, 60, 300, 900, 3600, 21'600, 
 #define NORVANE_RANGE "id < ? AND id >= ? AND at >= ? AND (? = '' OR at < ?)"
 #define NORVANE_UNSUCCESSFUL " AND (code <> 1 OR delivery = 3)"
 
-// Day, state, class of the delay (-1 for none), how many.
-#define NORVANE_DAYS(seconds)                                                                      \
-    "SELECT day, state, CASE WHEN state <> 4 OR delivered_at = '' THEN -1 "                        \
-    "WHEN delay <= 10 THEN 10 WHEN delay <= 30 THEN 30 WHEN delay <= 60 THEN 60 "                  \
-    "WHEN delay <= 300 THEN 300 WHEN delay <= 900 THEN 900 WHEN delay <= 3600 THEN 3600 "          \
-    "WHEN delay <= 21600 THEN 21600 WHEN delay <= 86400 THEN 86400 ELSE 0 END, count(*) "          \
-    "FROM (SELECT substr(at, 1, 10) AS day, " NORVANE_STATE " AS state, delivered_at, "            \
-    "CASE WHEN delivered_at <> '' THEN " seconds " END AS delay "                                  \
-    "FROM outcome WHERE " NORVANE_RANGE ") AS seen GROUP BY 1, 2, 3"
+#define NORVANE_COUNT(condition) "sum(CASE WHEN " condition " THEN 1 ELSE 0 END)"
+#define NORVANE_UP_TO(seconds) NORVANE_COUNT("delay <= " seconds)
 
-constexpr NewestFirst::Statements daysOfFile = {
-    NORVANE_WINDOW(""), NORVANE_DAYS("unixepoch(delivered_at) - unixepoch(at)")};
-constexpr NewestFirst::Statements daysOfServer = {
+// Day, how many, and of them delivered, refused, failed, in doubt.
+constexpr NewestFirst::
+    Statements
+        days = {NORVANE_WINDOW(""),
+                "SELECT substr(at, 1, 10), count(*), " NORVANE_COUNT("code = 1 AND delivery = 2") ", " NORVANE_COUNT("code = 1 AND delivery = 3") ", " NORVANE_COUNT(
+                    "code <> 1 AND code <> -39") ", " NORVANE_COUNT("code = -39") " FROM outcome "
+                                                                                  "WHERE"
+                                                                                  " " NORVANE_RANGE
+                                                                                  " GROUP BY 1"};
+
+// How many up to the end of each class, and in all. The limit is beyond a window, and keeps the
+// delay from being made anew for each class.
+#define NORVANE_DELAYS(seconds)                                                                                                                                                                   \
+    "SELECT " NORVANE_UP_TO("10") ", " NORVANE_UP_TO("30") ", " NORVANE_UP_TO(                                                                                                                    \
+        "60") ", " NORVANE_UP_TO("300") ", " NORVANE_UP_TO("900") ", " NORVANE_UP_TO("3600") ","                                                                                                  \
+                                                                                             " " NORVANE_UP_TO("21600") ", " NORVANE_UP_TO("86400") ", count(*) FROM (SELECT " seconds            \
+                                                                                                                                                    " AS delay FROM outcome WHERE " NORVANE_RANGE \
+                                                                                                                                                    " AND code = 1 AND delivery = 2 "             \
+                                                                                                                                                    "AND delivered_at <> '' LIMIT 1000000) AS seen"
+constexpr NewestFirst::Statements delaysOfFile = {
+    NORVANE_WINDOW(""), NORVANE_DELAYS("unixepoch(delivered_at) - unixepoch(at)")};
+constexpr NewestFirst::Statements delaysOfServer = {
     NORVANE_WINDOW(""),
-    NORVANE_DAYS("extract(epoch FROM delivered_at::timestamp - at::timestamp)")};
+    NORVANE_DELAYS("extract(epoch FROM delivered_at::timestamp - at::timestamp)")};
 
 // State, code, how many. Of one that was refused the network's status of the first such part.
 constexpr NewestFirst::Statements reasons = {
@@ -45,28 +57,12 @@ constexpr NewestFirst::Statements reasons = {
     "ORDER BY number LIMIT 1), -1) END AS code FROM outcome WHERE " NORVANE_RANGE
         NORVANE_UNSUCCESSFUL ") AS seen GROUP BY 1, 2"};
 
-#undef NORVANE_DAYS
+#undef NORVANE_DELAYS
+#undef NORVANE_UP_TO
+#undef NORVANE_COUNT
 #undef NORVANE_UNSUCCESSFUL
 #undef NORVANE_RANGE
 #undef NORVANE_WINDOW
-
-quint32 &countOf(HistoryDay &day, MessageState state)
-{
-    switch (state) {
-    case MessageState::Delivered:
-        return day.delivered;
-    case MessageState::Refused:
-        return day.refused;
-    case MessageState::Failed:
-        return day.failed;
-    case MessageState::InDoubt:
-        return day.inDoubt;
-    case MessageState::Waiting:
-    case MessageState::Sent:
-        break;
-    }
-    return day.sent;
-}
 
 } // namespace
 
@@ -80,17 +76,17 @@ StoreResult<HistoryNumbers> HistorySummary::of(const QString &from, const QStrin
         Counts counts;
         for (const quint32 upTo : classes)
             counts.delays.append({upTo, 0});
-        return count(*range, from, to, counts)
+        return countDays(*range, from, to, counts)
+            .and_then([&] { return countDelays(*range, from, to, counts); })
             .and_then([&] { return countReasons(*range, from, to, counts); })
             .map([&] { return numbersOf(counts); });
     });
 }
 
-StoreResult<> HistorySummary::count(NewestFirst::Range range, const QString &from,
-                                    const QString &to, Counts &counts) const
+StoreResult<> HistorySummary::countDays(NewestFirst::Range range, const QString &from,
+                                        const QString &to, Counts &counts) const
 {
-    const bool isFile = m_database.kind() == StoreDatabase::Kind::File;
-    return NewestFirst(m_database, isFile ? daysOfFile : daysOfServer, {from, to, to}, m_limit)
+    return NewestFirst(m_database, days, {from, to, to}, m_limit)
         .walk(range,
               [&counts](const StoreRow &row) {
                   addDay(row, counts);
@@ -101,15 +97,37 @@ StoreResult<> HistorySummary::count(NewestFirst::Range range, const QString &fro
 
 void HistorySummary::addDay(const StoreRow &row, Counts &counts)
 {
-    const QString day = row.value(0).toString();
-    const auto count = row.value(3).toUInt();
-    HistoryDay &numbers = counts.days[day];
-    numbers.day = day;
-    countOf(numbers, static_cast<MessageState>(row.value(1).toUInt())) += count;
-    for (DeliveryDelay &delay : counts.delays) {
-        if (row.value(2).toLongLong() == delay.upTo)
-            delay.count += count;
-    }
+    HistoryDay &day = counts.days[row.value(0).toString()];
+    day.day = row.value(0).toString();
+    const HistoryDay more{day.day,
+                          0,
+                          row.value(2).toUInt(),
+                          row.value(3).toUInt(),
+                          row.value(4).toUInt(),
+                          row.value(5).toUInt()};
+    day.sent += row.value(1).toUInt() - more.delivered - more.refused - more.failed - more.inDoubt;
+    day.delivered += more.delivered;
+    day.refused += more.refused;
+    day.failed += more.failed;
+    day.inDoubt += more.inDoubt;
+}
+
+StoreResult<> HistorySummary::countDelays(NewestFirst::Range range, const QString &from,
+                                          const QString &to, Counts &counts) const
+{
+    const bool isFile = m_database.kind() == StoreDatabase::Kind::File;
+    return NewestFirst(m_database, isFile ? delaysOfFile : delaysOfServer, {from, to, to}, m_limit)
+        .walk(range,
+              [&counts](const StoreRow &row) {
+                  quint32 counted = 0;
+                  for (int number = 0; number < counts.delays.size(); ++number) {
+                      const quint32 upTo = row.value(number).toUInt();
+                      counts.delays[number].count += upTo - counted;
+                      counted = upTo;
+                  }
+                  return true;
+              })
+        .map([](const auto &) {});
 }
 
 StoreResult<> HistorySummary::countReasons(NewestFirst::Range range, const QString &from,

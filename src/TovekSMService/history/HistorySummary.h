@@ -42,8 +42,10 @@ private:
         QHash<QPair<quint32, qint32>, quint32> reasons; ///< by state and code
     };
 
-    StoreResult<> count(NewestFirst::Range range, const QString &from, const QString &to,
-                        Counts &counts) const;
+    StoreResult<> countDays(NewestFirst::Range range, const QString &from, const QString &to,
+                            Counts &counts) const;
+    StoreResult<> countDelays(NewestFirst::Range range, const QString &from, const QString &to,
+                              Counts &counts) const;
     StoreResult<> countReasons(NewestFirst::Range range, const QString &from, const QString &to,
                                Counts &counts) const;
     static void addDay(const StoreRow &row, Counts &counts);
