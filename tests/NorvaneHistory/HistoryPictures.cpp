@@ -147,6 +147,6 @@ int main(int argc, char **argv)
             QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_%1.XML").arg(arguments.at(1)),
             arguments.at(1)))
         return EXIT_FAILURE;
-    return draw(arguments.at(4),
+    return draw(arguments.mid(5), arguments.at(4),
                 arguments.at(1).toLower() + u'-' + arguments.at(2) + u'-' + arguments.at(3));
 }

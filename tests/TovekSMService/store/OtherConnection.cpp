@@ -46,10 +46,10 @@ QList<QVariantList> OtherConnection::contents()
 {
     QList<QVariantList> all;
     for (const QVariantList &table :
-         rows(u"SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT "
-              "LIKE 'sqlite_%' ORDER BY name"_s))
+         rows(u"SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite_%' "
+              "AND name NOT LIKE 'outcome_search%' AND name <> 'setting' ORDER BY name"_s))
         all += rows(u"SELECT '%1', * FROM %1"_s.arg(table.constFirst().toString()));
-    return all;
+    return all + rows(u"SELECT * FROM setting WHERE name <> 'history_index' ORDER BY name"_s);
 }
 
 } // namespace norvane

@@ -30,7 +30,8 @@ public:
     void lock();
     void unlock();
 
-    /// Everything that the file holds, to be compared.
+    /// Everything that the file holds, to be compared; without the search index, which an engine at
+    /// rest fills, and can make anew.
     QList<QVariantList> contents();
 
 private:
