@@ -12,6 +12,7 @@
 #include <QDBusServiceWatcher>
 #include <QDateTime>
 #include <QPointer>
+#include <QUuid>
 
 namespace norvane {
 
@@ -30,11 +31,27 @@ SourceFailure failureOf(const QDBusError &error)
             FailureText::engineDoesNotAnswer(error.message())};
 }
 
+using InboxReply = QDBusPendingReply<BusReceivedMessages, QString>;
+
+InboxReply askInbox(MessagesBusInterface &messages, const InboxFilter &filter,
+                    const PageRequest &request)
+{
+    return messages.GetInbox(Bus::withoutNul(filter.from), Bus::withoutNul(filter.to),
+                             Bus::withoutNul(filter.text), filter.unreadOnly, request.after,
+                             request.until, request.limit);
+}
+
+Page<ReceivedMessage> inboxPage(const InboxReply &reply)
+{
+    return {reply.argumentAt<0>(), reply.argumentAt<1>()};
+}
+
 } // namespace
 
 BusHistorySource::BusHistorySource(const QDBusConnection &bus, EngineLauncher &launcher,
                                    QObject *parent)
-    : HistorySource(parent), m_bus(bus), m_launcher(launcher)
+    : HistorySource(parent), m_bus(bus), m_launcher(launcher),
+      m_besideName(QUuid::createUuid().toString(QUuid::WithoutBraces))
 {
     Bus::registerTypes();
     auto *const owners = new QDBusServiceWatcher(QLatin1String(Bus::serviceName), m_bus,
@@ -44,7 +61,11 @@ BusHistorySource::BusHistorySource(const QDBusConnection &bus, EngineLauncher &l
         [this](const QString &, const QString &, const QString &owner) { engineChanged(owner); });
 }
 
-BusHistorySource::~BusHistorySource() = default;
+BusHistorySource::~BusHistorySource()
+{
+    m_beside.reset();
+    QDBusConnection::disconnectFromBus(m_besideName);
+}
 
 SourceResult<bool> BusHistorySource::ensureRunning()
 {
@@ -57,6 +78,10 @@ SourceResult<bool> BusHistorySource::ensureRunning()
         m_messages = std::make_unique<MessagesBusInterface>(QLatin1String(Bus::serviceName),
                                                             QLatin1String(Bus::objectPath), m_bus);
         m_messages->setTimeout(Bus::callTimeout);
+        m_beside = std::make_unique<MessagesBusInterface>(
+            QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_besideName));
+        m_beside->setTimeout(Bus::callTimeout);
         connect(m_messages.get(), &MessagesBusInterface::HistoryChanged, this,
                 &HistorySource::changed);
     }
@@ -159,17 +184,19 @@ void BusHistorySource::fetchInbox(QObject *context, const InboxFilter &filter,
                                   const PageRequest &request,
                                   const SourceAnswer<Page<ReceivedMessage>> &answer)
 {
-    using Reply = QDBusPendingReply<BusReceivedMessages, QString>;
+    ask(
+        context, answer, [&] { return askInbox(*m_messages, filter, request); }, inboxPage);
+}
+
+void BusHistorySource::fetchAnswers(QObject *context, const InboxFilter &filter, quint32 limit,
+                                    const SourceAnswer<Page<ReceivedMessage>> &answer)
+{
     ask(
         context, answer,
         [&] {
-            return m_messages->GetInbox(Bus::withoutNul(filter.from), Bus::withoutNul(filter.to),
-                                        Bus::withoutNul(filter.text), filter.unreadOnly,
-                                        request.after, request.until, request.limit);
+            return askInbox(*m_beside, filter, {{}, {}, limit});
         },
-        [](const Reply &reply) {
-            return Page<ReceivedMessage>{reply.argumentAt<0>(), reply.argumentAt<1>()};
-        });
+        inboxPage);
 }
 
 void BusHistorySource::markRead(const QList<qint64> &ids)

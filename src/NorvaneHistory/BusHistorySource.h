@@ -35,6 +35,8 @@ public:
                       const SourceAnswer<Summary> &answer) override;
     void fetchInbox(QObject *context, const InboxFilter &filter, const PageRequest &request,
                     const SourceAnswer<Page<ReceivedMessage>> &answer) override;
+    void fetchAnswers(QObject *context, const InboxFilter &filter, quint32 limit,
+                      const SourceAnswer<Page<ReceivedMessage>> &answer) override;
     void markRead(const QList<qint64> &ids) override;
     void fetchOptedOut(QObject *context, const QString &phone,
                        const SourceAnswer<bool> &answer) override;
@@ -59,6 +61,9 @@ private:
     QDBusConnection m_bus;
     EngineLauncher &m_launcher;
     std::unique_ptr<MessagesBusInterface> m_messages;
+    /// Another caller to the engine, whose questions don't take the place of those for the lists.
+    const QString m_besideName;
+    std::unique_ptr<MessagesBusInterface> m_beside;
 };
 
 } // namespace norvane

@@ -89,6 +89,10 @@ public:
                               const SourceAnswer<Summary> &answer) = 0;
     virtual void fetchInbox(QObject *context, const InboxFilter &filter, const PageRequest &request,
                             const SourceAnswer<Page<ReceivedMessage>> &answer) = 0;
+    /// The same for a question that is asked beside those for the list, and takes the place of none
+    /// of them.
+    virtual void fetchAnswers(QObject *context, const InboxFilter &filter, quint32 limit,
+                              const SourceAnswer<Page<ReceivedMessage>> &answer) = 0;
     virtual void markRead(const QList<qint64> &ids) = 0;
     virtual void fetchOptedOut(QObject *context, const QString &phone,
                                const SourceAnswer<bool> &answer) = 0;

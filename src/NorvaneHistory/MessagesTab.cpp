@@ -210,8 +210,8 @@ void MessagesTab::fetchAnswers()
 {
     constexpr quint32 maxAnswers = 20;
     const InboxFilter fromPhone{m_chosen.at, {}, lastDigits(m_chosen.phone), false};
-    m_source.fetchInbox(
-        this, fromPhone, {{}, {}, maxAnswers},
+    m_source.fetchAnswers(
+        this, fromPhone, maxAnswers,
         [this, id = m_chosen.id](const SourceResult<Page<ReceivedMessage>> &page) {
             if (!page || id != m_chosen.id)
                 return;

@@ -24,7 +24,7 @@ inline constexpr char interfaceName[] = "com.tovek.SMService.SMSManager1";
 inline constexpr char messagesInterfaceName[] = "com.tovek.SMService.Messages1";
 
 /// The error of a question that a newer one of the same caller has taken the place of.
-inline constexpr char supersededError[] = "com.tovek.SMService.Messages1.Superseded";
+inline constexpr char supersededError[] = "com.tovek.SMService.Error.Superseded";
 
 /// Rows in one page of GetQueue.
 inline constexpr quint32 queuePageRows = 4000;

@@ -56,6 +56,11 @@ public:
                       const SourceAnswer<Summary> &answer) override;
     void fetchInbox(QObject *context, const InboxFilter &filter, const PageRequest &request,
                     const SourceAnswer<Page<ReceivedMessage>> &answer) override;
+    void fetchAnswers(QObject *context, const InboxFilter &filter, quint32 limit,
+                      const SourceAnswer<Page<ReceivedMessage>> &answer) override
+    {
+        fetchInbox(context, filter, {{}, {}, limit}, answer);
+    }
     void markRead(const QList<qint64> &ids) override;
     void fetchOptedOut(QObject *context, const QString &phone,
                        const SourceAnswer<bool> &answer) override;

@@ -196,6 +196,24 @@ TEST_F(HistoryOnEngine, aNumberIsPutOnTheListOfOptOutsAndTakenOff)
     EXPECT_FALSE(isOut());
 }
 
+TEST_F(HistoryOnEngine, aQuestionBesideTheListsTakesThePlaceOfNoneOfThem)
+{
+    source.connectToEngine();
+    InboxFilter ofList;
+    ofList.text = u"one"_s;
+    InboxFilter other;
+    other.text = u"two"_s;
+    std::optional<bool> isListed;
+    std::optional<bool> isBeside;
+    source.fetchInbox(&context, ofList, {{}, {}, 10},
+                      [&](const auto &page) { isListed = page.has_value(); });
+    source.fetchAnswers(&context, other, 10,
+                        [&](const auto &page) { isBeside = page.has_value(); });
+    EXPECT_TRUE(eventually([&] { return isListed && isBeside; }));
+    EXPECT_TRUE(isListed.value_or(false));
+    EXPECT_TRUE(isBeside.value_or(false));
+}
+
 TEST_F(HistoryOnEngine, anEngineThatComesBackIsToldAndOneThatWentIsStartedByTheNextQuestion)
 {
     source.connectToEngine();

@@ -1,5 +1,7 @@
 #include "TovekSMService/bus/HistoryCalls.h"
 
+#include "contract/BusTypes.h"
+
 #include <QDBusError>
 
 #include <algorithm>
@@ -54,7 +56,7 @@ void HistoryCalls::answerFirst(const StoreResult<QVariantList> &result)
 {
     const Waiting waiting = m_waiting.takeFirst();
     if (waiting.isSuperseded)
-        m_bus.send(waiting.call.createErrorReply(QLatin1String(supersededError),
+        m_bus.send(waiting.call.createErrorReply(QLatin1String(Bus::supersededError),
                                                  u"a later call looks for something else"_s));
     else if (result)
         m_bus.send(waiting.call.createReply(*result));

@@ -18,7 +18,6 @@ class HistoryCalls
 public:
     static constexpr qsizetype maxOfCaller = 16;
     static constexpr qsizetype maxOfAll = 64;
-    static constexpr char supersededError[] = "com.tovek.SMService.Error.Superseded";
 
     /// Is told of failures of the store.
     using FailureHandler = std::function<void(const StoreFailure &)>;

@@ -2,6 +2,9 @@
 
 #include "TovekSMService/history/HistoryBounds.h"
 #include "TovekSMService/history/HistoryStatements.h"
+#include "TovekSMService/history/QueryLimit.h"
+
+#include <QDate>
 
 #include <algorithm>
 #include <array>
@@ -14,55 +17,71 @@ namespace {
 /// Ends of the classes of delays, in seconds; 0 for the last one.
 constexpr std::array<quint32, 9> classes = {10, 30, 60, 300, 900, 3600, 21'600, 86'400, 0};
 
-#define NORVANE_WINDOW(more)                                                                       \
-    "SELECT min(id), count(*) FROM (SELECT id FROM outcome WHERE id < ? AND id >= ?" more          \
-    " ORDER BY id DESC LIMIT ?) AS newest"
-#define NORVANE_RANGE "id < ? AND id >= ? AND at >= ? AND (? = '' OR at < ?)"
-#define NORVANE_UNSUCCESSFUL " AND (code <> 1 OR delivery = 3)"
+// clang-format off
+#define NORVANE_COUNT(condition) "sum(CASE WHEN " condition " THEN 1 ELSE 0 END), "
 
-#define NORVANE_COUNT(condition) "sum(CASE WHEN " condition " THEN 1 ELSE 0 END)"
-#define NORVANE_UP_TO(seconds) NORVANE_COUNT("delay <= " seconds)
-
-// Day, how many, and of them delivered, refused, failed, in doubt.
-constexpr NewestFirst::
-    Statements
-        days = {NORVANE_WINDOW(""),
-                "SELECT substr(at, 1, 10), count(*), " NORVANE_COUNT("code = 1 AND delivery = 2") ", " NORVANE_COUNT("code = 1 AND delivery = 3") ", " NORVANE_COUNT(
-                    "code <> 1 AND code <> -39") ", " NORVANE_COUNT("code = -39") " FROM outcome "
-                                                                                  "WHERE"
-                                                                                  " " NORVANE_RANGE
-                                                                                  " GROUP BY 1"};
-
-// How many up to the end of each class, and in all. The limit is beyond a window, and keeps the
+// How many there are between two moments; of them delivered, refused, failed, in doubt; delivered
+// up to the end of each class, and in all. The limit is beyond what there can be, and keeps the
 // delay from being made anew for each class.
-#define NORVANE_DELAYS(seconds)                                                                                                                                                                   \
-    "SELECT " NORVANE_UP_TO("10") ", " NORVANE_UP_TO("30") ", " NORVANE_UP_TO(                                                                                                                    \
-        "60") ", " NORVANE_UP_TO("300") ", " NORVANE_UP_TO("900") ", " NORVANE_UP_TO("3600") ","                                                                                                  \
-                                                                                             " " NORVANE_UP_TO("21600") ", " NORVANE_UP_TO("86400") ", count(*) FROM (SELECT " seconds            \
-                                                                                                                                                    " AS delay FROM outcome WHERE " NORVANE_RANGE \
-                                                                                                                                                    " AND code = 1 AND delivery = 2 "             \
-                                                                                                                                                    "AND delivered_at <> '' LIMIT 1000000) AS seen"
-constexpr NewestFirst::Statements delaysOfFile = {
-    NORVANE_WINDOW(""), NORVANE_DELAYS("unixepoch(delivered_at) - unixepoch(at)")};
-constexpr NewestFirst::Statements delaysOfServer = {
-    NORVANE_WINDOW(""),
-    NORVANE_DELAYS("extract(epoch FROM delivered_at::timestamp - at::timestamp)")};
+#define NORVANE_NUMBERS(seconds)                                                                   \
+    "SELECT count(*), "                                                                            \
+    NORVANE_COUNT("code = 1 AND delivery = 2")                                                     \
+    NORVANE_COUNT("code = 1 AND delivery = 3")                                                     \
+    NORVANE_COUNT("code <> 1 AND code <> -39")                                                     \
+    NORVANE_COUNT("code = -39")                                                                    \
+    NORVANE_COUNT("delay <= 10")                                                                   \
+    NORVANE_COUNT("delay <= 30")                                                                   \
+    NORVANE_COUNT("delay <= 60")                                                                   \
+    NORVANE_COUNT("delay <= 300")                                                                  \
+    NORVANE_COUNT("delay <= 900")                                                                  \
+    NORVANE_COUNT("delay <= 3600")                                                                 \
+    NORVANE_COUNT("delay <= 21600")                                                                \
+    NORVANE_COUNT("delay <= 86400")                                                                \
+    "count(delay) FROM (SELECT code, delivery, CASE WHEN code = 1 AND delivery = 2 AND "           \
+    "delivered_at <> '' THEN " seconds " END AS delay FROM outcome "                               \
+    "WHERE at >= ? AND at < ? LIMIT 1000000000) AS seen"
+constexpr const char *numbersOfFile =
+    NORVANE_NUMBERS("unixepoch(delivered_at) - unixepoch(at)");
+constexpr const char *numbersOfServer =
+    NORVANE_NUMBERS("extract(epoch FROM delivered_at::timestamp - at::timestamp)");
+// clang-format on
+#undef NORVANE_NUMBERS
+#undef NORVANE_COUNT
 
 // State, code, how many. Of one that was refused the network's status of the first such part.
+#define NORVANE_UNSUCCESSFUL " AND (code <> 1 OR delivery = 3)"
 constexpr NewestFirst::Statements reasons = {
-    NORVANE_WINDOW(NORVANE_UNSUCCESSFUL),
+    "SELECT min(id), count(*) FROM (SELECT id FROM outcome WHERE id < ? AND id >= "
+    "?" NORVANE_UNSUCCESSFUL " ORDER BY id DESC LIMIT ?) AS newest",
     "SELECT state, code, count(*) FROM (SELECT " NORVANE_STATE " AS state, "
     "CASE WHEN code <> 1 THEN code ELSE coalesce((SELECT status FROM sent_part "
     "WHERE sent_part.message_id = outcome.message_id AND sent_part.state = 3 "
-    "ORDER BY number LIMIT 1), -1) END AS code FROM outcome WHERE " NORVANE_RANGE
-        NORVANE_UNSUCCESSFUL ") AS seen GROUP BY 1, 2"};
-
-#undef NORVANE_DELAYS
-#undef NORVANE_UP_TO
-#undef NORVANE_COUNT
+    "ORDER BY number LIMIT 1), -1) END AS code FROM outcome WHERE id < ? AND id >= ? AND at >= ? "
+    "AND (? = '' OR at < ?)" NORVANE_UNSUCCESSFUL ") AS seen GROUP BY 1, 2"};
 #undef NORVANE_UNSUCCESSFUL
-#undef NORVANE_RANGE
-#undef NORVANE_WINDOW
+
+/// The first and the last moment of the messages that have left the queue.
+struct Span
+{
+    QString first;
+    QString last;
+};
+
+Span spanOf(const StoreRow &row)
+{
+    return {row.value(0).toString(), row.value(1).toString()};
+}
+
+QDate dayOf(const QString &moment)
+{
+    constexpr qsizetype length = 10;
+    return QDate::fromString(moment.left(length), Qt::ISODate);
+}
+
+QString textOf(const QDate &day)
+{
+    return day.toString(Qt::ISODate);
+}
 
 } // namespace
 
@@ -76,58 +95,67 @@ StoreResult<HistoryNumbers> HistorySummary::of(const QString &from, const QStrin
         Counts counts;
         for (const quint32 upTo : classes)
             counts.delays.append({upTo, 0});
-        return countDays(*range, from, to, counts)
-            .and_then([&] { return countDelays(*range, from, to, counts); })
+        return countDays(from, to, counts)
             .and_then([&] { return countReasons(*range, from, to, counts); })
             .map([&] { return numbersOf(counts); });
     });
 }
 
-StoreResult<> HistorySummary::countDays(NewestFirst::Range range, const QString &from,
-                                        const QString &to, Counts &counts) const
+/// A day at a time, so that it can end between any two of them.
+StoreResult<> HistorySummary::countDays(const QString &from, const QString &to,
+                                        Counts &counts) const
 {
-    return NewestFirst(m_database, days, {from, to, to}, m_limit)
-        .walk(range,
-              [&counts](const StoreRow &row) {
-                  addDay(row, counts);
-                  return true;
-              })
-        .map([](const auto &) {});
+    const auto span = m_database.row(
+        "SELECT (SELECT min(at) FROM outcome), (SELECT max(at) FROM outcome)", {}, spanOf);
+    if (!span)
+        return failed(span.error());
+    const QDate last = dayOf(span->value_or(Span()).last);
+    StoreResult<> counted;
+    QDate day = dayOf(std::max(from, span->value_or(Span()).first));
+    for (; counted && day.isValid() && day <= last; day = day.addDays(1)) {
+        const QString begin = std::max(from, textOf(day));
+        const QString next = textOf(day.addDays(1));
+        const QString end = to.isEmpty() ? next : std::min(to, next);
+        if (begin >= end)
+            break;
+        counted = m_limit.check().and_then([&] { return countDay(begin, end, counts); });
+    }
+    return counted;
 }
 
-void HistorySummary::addDay(const StoreRow &row, Counts &counts)
-{
-    HistoryDay &day = counts.days[row.value(0).toString()];
-    day.day = row.value(0).toString();
-    const HistoryDay more{day.day,
-                          0,
-                          row.value(2).toUInt(),
-                          row.value(3).toUInt(),
-                          row.value(4).toUInt(),
-                          row.value(5).toUInt()};
-    day.sent += row.value(1).toUInt() - more.delivered - more.refused - more.failed - more.inDoubt;
-    day.delivered += more.delivered;
-    day.refused += more.refused;
-    day.failed += more.failed;
-    day.inDoubt += more.inDoubt;
-}
-
-StoreResult<> HistorySummary::countDelays(NewestFirst::Range range, const QString &from,
-                                          const QString &to, Counts &counts) const
+StoreResult<> HistorySummary::countDay(const QString &begin, const QString &end,
+                                       Counts &counts) const
 {
     const bool isFile = m_database.kind() == StoreDatabase::Kind::File;
-    return NewestFirst(m_database, isFile ? delaysOfFile : delaysOfServer, {from, to, to}, m_limit)
-        .walk(range,
-              [&counts](const StoreRow &row) {
-                  quint32 counted = 0;
-                  for (int number = 0; number < counts.delays.size(); ++number) {
-                      const quint32 upTo = row.value(number).toUInt();
-                      counts.delays[number].count += upTo - counted;
-                      counted = upTo;
-                  }
-                  return true;
-              })
+    return m_database
+        .row(isFile ? numbersOfFile : numbersOfServer, {begin, end},
+             [&](const StoreRow &row) {
+                 addDay(textOf(dayOf(begin)), row, counts);
+                 return true;
+             })
         .map([](const auto &) {});
+}
+
+void HistorySummary::addDay(const QString &name, const StoreRow &row, Counts &counts)
+{
+    const quint32 all = row.value(0).toUInt();
+    if (all == 0)
+        return;
+    HistoryDay day;
+    day.day = name;
+    day.delivered = row.value(1).toUInt();
+    day.refused = row.value(2).toUInt();
+    day.failed = row.value(3).toUInt();
+    day.inDoubt = row.value(4).toUInt();
+    day.sent = all - day.delivered - day.refused - day.failed - day.inDoubt;
+    counts.days.append(day);
+    constexpr int firstOfDelays = 5;
+    quint32 counted = 0;
+    for (int at = 0; at < counts.delays.size(); ++at) {
+        const quint32 upTo = row.value(firstOfDelays + at).toUInt();
+        counts.delays[at].count += upTo - counted;
+        counted = upTo;
+    }
 }
 
 StoreResult<> HistorySummary::countReasons(NewestFirst::Range range, const QString &from,
@@ -145,7 +173,7 @@ StoreResult<> HistorySummary::countReasons(NewestFirst::Range range, const QStri
 
 HistoryNumbers HistorySummary::numbersOf(const Counts &counts)
 {
-    HistoryNumbers numbers{counts.days.values(), counts.delays, {}};
+    HistoryNumbers numbers{counts.days, counts.delays, {}};
     for (auto each = counts.reasons.cbegin(); each != counts.reasons.cend(); ++each)
         numbers.reasons.append(
             {static_cast<MessageState>(each.key().first), each.key().second, each.value()});

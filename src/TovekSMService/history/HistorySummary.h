@@ -6,7 +6,6 @@
 
 #include <QHash>
 #include <QList>
-#include <QMap>
 #include <QPair>
 #include <QString>
 
@@ -37,18 +36,16 @@ public:
 private:
     struct Counts
     {
-        QMap<QString, HistoryDay> days;
+        QList<HistoryDay> days;
         QList<DeliveryDelay> delays;
         QHash<QPair<quint32, qint32>, quint32> reasons; ///< by state and code
     };
 
-    StoreResult<> countDays(NewestFirst::Range range, const QString &from, const QString &to,
-                            Counts &counts) const;
-    StoreResult<> countDelays(NewestFirst::Range range, const QString &from, const QString &to,
-                              Counts &counts) const;
+    StoreResult<> countDays(const QString &from, const QString &to, Counts &counts) const;
+    StoreResult<> countDay(const QString &begin, const QString &end, Counts &counts) const;
     StoreResult<> countReasons(NewestFirst::Range range, const QString &from, const QString &to,
                                Counts &counts) const;
-    static void addDay(const StoreRow &row, Counts &counts);
+    static void addDay(const QString &name, const StoreRow &row, Counts &counts);
     static HistoryNumbers numbersOf(const Counts &counts);
 
     StoreDatabase &m_database;

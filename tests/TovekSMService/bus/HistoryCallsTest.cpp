@@ -2,6 +2,7 @@
 
 #include "TovekSMService/history/QueryLimit.h"
 #include "TovekSMService/store/StoreFixture.h"
+#include "contract/BusTypes.h"
 #include "support/WaitUntil.h"
 
 #include <QDBusError>
@@ -91,7 +92,7 @@ protected:
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"history of the test"_s);
     QList<QDBusConnection> m_callers;
     std::unique_ptr<Answering> m_object = std::make_unique<Answering>(m_bus, file());
-    const QString m_superseded = QLatin1String(HistoryCalls::supersededError);
+    const QString m_superseded = QLatin1String(Bus::supersededError);
 };
 
 TEST_F(HistoryCallsTest, whoeverAsksForSomethingElseIsAnsweredForThatAlone)
