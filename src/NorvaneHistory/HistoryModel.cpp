@@ -111,9 +111,12 @@ void HistoryModel::fetchPage(const PageRequest &request, const Answer &answer)
     m_source.fetchHistory(this, m_filter, request, answer);
 }
 
-void HistoryModel::loaded(const SourceResult<Page<HistoryRow>> & /*page*/)
+void HistoryModel::loaded(const SourceResult<Page<HistoryRow>> &page)
 {
-    Q_EMIT reloaded();
+    if (page)
+        Q_EMIT reloaded();
+    else
+        Q_EMIT reloadFailed(page.error());
 }
 
 } // namespace norvane

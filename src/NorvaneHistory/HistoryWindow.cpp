@@ -48,6 +48,9 @@ HistoryWindow::HistoryWindow(HistorySource &source, const OutputChoices &choices
     connect(&m_source, &HistorySource::connected, this, &HistoryWindow::connected);
     connect(&m_source, &HistorySource::failed, this, &HistoryWindow::failed);
     connect(&m_source, &HistorySource::changed, this, &HistoryWindow::refresh);
+    connect(m_messages, &MessagesTab::loaded, this, &HistoryWindow::clearStatus);
+    connect(m_messages, &MessagesTab::failed, this, &HistoryWindow::failed);
+    connect(m_inbox, &InboxTab::failed, this, &HistoryWindow::failed);
     connect(m_tabs, &QTabWidget::currentChanged, this, [this] {
         m_filter->setEnabled(hasList());
         m_export->setEnabled(hasList());
@@ -98,10 +101,15 @@ void HistoryWindow::applyFilter()
     m_inbox->applyFilter();
 }
 
-void HistoryWindow::connected()
+void HistoryWindow::clearStatus()
 {
     m_status->clear();
     m_retry->hide();
+}
+
+void HistoryWindow::connected()
+{
+    clearStatus();
     applyFilter();
     m_messages->reload();
     m_inbox->reload();
@@ -110,6 +118,8 @@ void HistoryWindow::connected()
 
 void HistoryWindow::failed(const SourceFailure &failure)
 {
+    if (failure.kind == SourceFailure::Kind::Superseded)
+        return;
     m_status->setText(failure.text);
     m_retry->show();
 }

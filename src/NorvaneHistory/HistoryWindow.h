@@ -31,6 +31,7 @@ private:
     QWidget *makeBottom();
     void makeShortcuts();
     void applyFilter();
+    void clearStatus();
     void connected();
     void failed(const SourceFailure &failure);
     void refresh();

@@ -114,9 +114,12 @@ void InboxModel::complete(QList<ReceivedMessage> &top, bool isWhole) const
     });
 }
 
-void InboxModel::loaded(const SourceResult<Page<ReceivedMessage>> & /*page*/)
+void InboxModel::loaded(const SourceResult<Page<ReceivedMessage>> &page)
 {
-    Q_EMIT reloaded();
+    if (page)
+        Q_EMIT reloaded();
+    else
+        Q_EMIT reloadFailed(page.error());
 }
 
 } // namespace norvane

@@ -27,8 +27,10 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 Q_SIGNALS:
-    /// The list was fetched from its beginning, or couldn't be.
+    /// The list was fetched from its beginning.
     void reloaded();
+    /// It couldn't be; the rows are those of before.
+    void reloadFailed(const SourceFailure &failure);
 
 protected:
     void fetchPage(const PageRequest &request, const Answer &answer) override;

@@ -67,6 +67,7 @@ InboxTab::InboxTab(HistorySource &source, const FilterBar &filter, MessageAction
     connect(m_unreadOnly, &QCheckBox::toggled, this, &InboxTab::applyFilter);
     connect(m_list, &SteadyTableView::rowChosen, this, &InboxTab::choose);
     connect(m_model, &InboxModel::modelReset, this, [this] { choose(-1); });
+    connect(m_model, &InboxModel::reloadFailed, this, &InboxTab::failed);
     connect(m_model, &InboxModel::reloaded, this, [this] { Q_EMIT loaded(m_model->rowCount()); });
     connect(m_details, &DetailsPane::answerRequested, this,
             [this] { m_actions.answer(m_chosen.phone); });

@@ -32,7 +32,9 @@ public:
     SteadyTableView &list() { return *m_list; }
 
 Q_SIGNALS:
+    /// The list was fetched from its beginning.
     void loaded(int rows);
+    void failed(const SourceFailure &failure);
 
 private:
     void choose(int row);

@@ -87,6 +87,7 @@ MessagesTab::MessagesTab(HistorySource &source, const FilterBar &filter, Message
             [this] { m_model->refreshRows(m_list->firstVisibleRow(), m_list->lastVisibleRow()); });
     connect(m_model, &HistoryModel::dataChanged, this, &MessagesTab::refreshChosen);
     connect(m_model, &HistoryModel::modelReset, this, [this] { choose(-1); });
+    connect(m_model, &HistoryModel::reloadFailed, this, &MessagesTab::failed);
     connect(m_model, &HistoryModel::reloaded, this, [this] { Q_EMIT loaded(m_model->rowCount()); });
     connect(m_details, &DetailsPane::sendAgainRequested, this,
             [this] { m_actions.sendAgain(m_chosen); });

@@ -36,8 +36,9 @@ public:
     SteadyTableView &list() { return *m_list; }
 
 Q_SIGNALS:
-    /// Whether the list has rows, when it was fetched from its beginning.
+    /// The list was fetched from its beginning.
     void loaded(int rows);
+    void failed(const SourceFailure &failure);
 
 protected:
     void changeEvent(QEvent *event) override;

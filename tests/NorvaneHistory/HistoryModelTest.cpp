@@ -199,7 +199,7 @@ TEST_F(HistoryModelTest, aFailureLeavesTheRows)
 {
     load(20);
     source.isAway = true;
-    QSignalSpy answers(&model, &HistoryModel::reloaded);
+    QSignalSpy answers(&model, &HistoryModel::reloadFailed);
     model.reload();
     ASSERT_TRUE(waitUntil([&] { return answers.count() == 1; }));
     EXPECT_EQ(model.rowCount(), 20);

@@ -273,6 +273,21 @@ TEST_F(HistoryWindowTest, anEngineThatIsNotThereIsToldAndAskedForAgain)
     EXPECT_TRUE(status()->text().isEmpty());
 }
 
+TEST_F(HistoryWindowTest, aSearchThatFailsIsToldAndTheNextOneClearsThat)
+{
+    openWithOneOfEach();
+    source.isAway = true;
+    control<QLineEdit>("txtSearch")->setText(u"qq"_s);
+    EXPECT_TRUE(
+        waitUntil([&] { return control<QLabel>("lblStatus")->text() == u"the engine is away"_s; }));
+    EXPECT_FALSE(control("btnRetry")->isHidden());
+    source.isAway = false;
+    control<QLineEdit>("txtSearch")->setText(u"605"_s);
+    ASSERT_TRUE(hasPhones({u"605"_s}));
+    EXPECT_TRUE(control<QLabel>("lblStatus")->text().isEmpty());
+    EXPECT_TRUE(control("btnRetry")->isHidden());
+}
+
 TEST_F(HistoryWindowTest, withNothingChosenNothingCanBeDone)
 {
     openWithOneOfEach();
