@@ -132,16 +132,8 @@ OutputList InboxTab::outputList() const
     list.widths = {14, 18, 14, 8, 46};
     list.areOurs = {true, false, false, true, false};
     list.fetch = [this, filter = m_model->filter()](QObject *context, const PageRequest &request,
-                                                    const auto &answer) {
-        m_source.fetchInbox(context, filter, request,
-                            [answer](const SourceResult<Page<ReceivedMessage>> &page) {
-                                answer(page.map([](const Page<ReceivedMessage> &rows) {
-                                    Page<QStringList> fields{{}, rows.next};
-                                    for (const ReceivedMessage &row : rows.rows)
-                                        fields.rows.append(fieldsOf(row));
-                                    return fields;
-                                }));
-                            });
+                                                    const SourceAnswer<Page<QStringList>> &answer) {
+        m_source.fetchInbox(context, filter, request, asFields<ReceivedMessage>(answer, fieldsOf));
     };
     return list;
 }

@@ -26,6 +26,21 @@ struct OutputList
         fetch;
 };
 
+/// Takes a page of rows for who wants it as fields.
+template <typename Row>
+SourceAnswer<Page<Row>> asFields(const SourceAnswer<Page<QStringList>> &answer,
+                                 QStringList (*fieldsOf)(const Row &))
+{
+    return [answer, fieldsOf](const SourceResult<Page<Row>> &page) {
+        answer(page.map([fieldsOf](const Page<Row> &rows) {
+            Page<QStringList> fields{{}, rows.next};
+            for (const Row &row : rows.rows)
+                fields.rows.append(fieldsOf(row));
+            return fields;
+        }));
+    };
+}
+
 /// Walks through a list from its beginning, page by page.
 class ListWalk : public QObject
 {

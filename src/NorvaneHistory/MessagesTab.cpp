@@ -253,16 +253,8 @@ OutputList MessagesTab::outputList() const
     list.widths = {13, 13, 11, 9, 5, 36, 13};
     list.areOurs = {true, false, false, true, true, false, true};
     list.fetch = [this, filter = m_model->filter()](QObject *context, const PageRequest &request,
-                                                    const auto &answer) {
-        m_source.fetchHistory(context, filter, request,
-                              [answer](const SourceResult<Page<HistoryRow>> &page) {
-                                  answer(page.map([](const Page<HistoryRow> &rows) {
-                                      Page<QStringList> fields{{}, rows.next};
-                                      for (const HistoryRow &row : rows.rows)
-                                          fields.rows.append(fieldsOf(row));
-                                      return fields;
-                                  }));
-                              });
+                                                    const SourceAnswer<Page<QStringList>> &answer) {
+        m_source.fetchHistory(context, filter, request, asFields<HistoryRow>(answer, fieldsOf));
     };
     return list;
 }
