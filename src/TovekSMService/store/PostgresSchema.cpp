@@ -165,8 +165,7 @@ ALTER TABLE moved_out ADD COLUMN queued_at text NOT NULL DEFAULT '',
  ADD COLUMN failures text NOT NULL DEFAULT '';
 
 DROP INDEX outcome_by_time;
-CREATE INDEX outcome_by_time ON outcome (at, reported, id)
- INCLUDE (code, delivery, delivered_at);
+CREATE INDEX outcome_by_time ON outcome (at, reported, id);
 CREATE INDEX outcome_unsuccessful ON outcome (id) WHERE code <> 1 OR delivery = 3;
 
 CREATE TABLE attempt (

@@ -142,8 +142,7 @@ constexpr const char *version5[] = {
     "ALTER TABLE message ADD COLUMN queued_at TEXT NOT NULL DEFAULT ''",
     "ALTER TABLE outcome ADD COLUMN queued_at TEXT NOT NULL DEFAULT ''",
     "DROP INDEX outcome_by_time",
-    // With what is counted of a day, so that this is read alone.
-    "CREATE INDEX outcome_by_time ON outcome (at, reported, code, delivery, delivered_at)",
+    "CREATE INDEX outcome_by_time ON outcome (at, reported)",
     "CREATE INDEX outcome_unsuccessful ON outcome (id) WHERE code <> 1 OR delivery = 3",
 
     "CREATE TABLE attempt ("
