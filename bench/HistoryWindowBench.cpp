@@ -131,7 +131,7 @@ void fill(const QString &file, int rows)
          "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, "
          "delivery, delivered_at, queued_at) "
          "SELECT i + 10000000, '2025-01-01T00:00:00', 600000000 + (i * 2654435761) % 100000000, "
-         "'Estimado cliente: su pedido ' || (i * 7919) % 1000003 || ' está listo para recoger en "
+         "'Estimado cliente: su pedido ' || ((i * 7919) % 1000003) || ' está listo para recoger en "
          "nuestra tienda de Málaga. Gracias por su confianza.', "
          "CASE WHEN i % 100 < 97 THEN 1 ELSE -36 END, "
          "strftime('%Y-%m-%dT%H:%M:%S', '2025-01-01', '+' || (i * 31536000 / %1) || ' seconds'), "
