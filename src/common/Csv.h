@@ -8,7 +8,8 @@ namespace norvane {
 namespace Csv {
 
 /// A field of a record (RFC 4180), quoted where that is needed. What a spreadsheet would take for a
-/// formula begins with an apostrophe; a phone number with its plus sign is none.
+/// formula begins with an apostrophe, also behind what a spreadsheet of another country might end a
+/// cell at; a phone number with its plus sign is none.
 QString field(const QString &text);
 
 /// What ends a record.

@@ -10,7 +10,11 @@ class MessageBoxes
 {
 public:
     enum class Icon { None, Critical, Question, Exclamation, Information };
-    enum class Buttons { Ok, YesNo };
+    enum class Buttons {
+        Ok,
+        YesNo,
+        YesNoDefaultNo, ///< the Enter key answers No
+    };
     enum class Answer { Ok, Yes, No };
 
     MessageBoxes() = default;

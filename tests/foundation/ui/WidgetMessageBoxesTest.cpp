@@ -123,6 +123,16 @@ TEST(WidgetMessageBoxesTest, questionIsAnsweredByItsKeys)
         Answer::Yes);
 }
 
+TEST(WidgetMessageBoxesTest, riskyQuestionIsAnsweredNoByTheEnterKey)
+{
+    EXPECT_EQ(answerOf(Buttons::YesNoDefaultNo,
+                       [](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); }),
+              Answer::No);
+    EXPECT_EQ(answerOf(Buttons::YesNoDefaultNo,
+                       [](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); }),
+              Answer::Yes);
+}
+
 TEST(WidgetMessageBoxesTest, buttonThatIsPressedHasTheFocus)
 {
     answerOf(Buttons::YesNo, [](QMessageBox &box) {
