@@ -9,8 +9,8 @@
 #include "TovekSMService/history/HistorySummary.h"
 #include "TovekSMService/history/HistoryThread.h"
 #include "TovekSMService/history/InboxPages.h"
-#include "TovekSMService/history/OutcomeIndex.h"
 #include "TovekSMService/history/QueryLimit.h"
+#include "TovekSMService/history/TextIndex.h"
 #include "TovekSMService/store/PostgresDatabase.h"
 #include "TovekSMService/store/Store.h"
 #include "TovekSMService/time/Clock.h"
@@ -49,7 +49,7 @@ public:
     {
         return system().makeAlarm(std::move(due));
     }
-    void hurry() { m_ahead += qint64{OutcomeIndex::settleMs} * 1'000'000; }
+    void hurry() { m_ahead += qint64{TextIndex::settleMs} * 1'000'000; }
 
 private:
     qint64 m_ahead = 0;
@@ -84,6 +84,20 @@ quint32 scattered(int number)
     return static_cast<quint32>((static_cast<quint64>(number) * 2'654'435'761U) % 100'000'000U);
 }
 
+/// At the end of each 200,000th text.
+QString rarePair()
+{
+    return u"zw"_s;
+}
+
+/// What else a text ends with.
+QString endOf(int row, int rows)
+{
+    if (row % 200'000 == 777)
+        return u' ' + rarePair();
+    return row < rows / 10 ? u" ~old"_s : QString();
+}
+
 QVariantList outcomeOf(int row, int rows)
 {
     const QString at = momentOfRow(row, rows);
@@ -91,7 +105,8 @@ QVariantList outcomeOf(int row, int rows)
     return {row + 1,
             u"6%1"_s.arg(scattered(row), 8, 10, QChar(u'0')),
             u"Estimado cliente: su pedido %1 está listo para recoger en nuestra tienda de Málaga. "
-            "Gracias por su confianza."_s.arg(scattered(row * 7 + 1), 8, 10, QChar(u'0')),
+            "Gracias por su confianza.%2"_s.arg(scattered(row * 7 + 1), 8, 10, QChar(u'0'))
+                .arg(endOf(row, rows)),
             kind < 97 ? 1 : -36,
             at,
             kind < 90 ? 2 : 0,
@@ -127,10 +142,10 @@ void fillInbox(StoreDatabase &database, int rows)
     }));
 }
 
-void index(StoreDatabase &database)
+void index(StoreDatabase &database, HistoryTable table)
 {
     HurriedTime time;
-    OutcomeIndex index(database, time);
+    TextIndex index(database, table, time);
     must(index.prepare());
     QElapsedTimer timer;
     timer.start();
@@ -146,9 +161,24 @@ void index(StoreDatabase &database)
         if (taken == 0)
             time.hurry();
     }
-    out() << "  index of " << rows << " rows: " << static_cast<double>(timer.elapsed()) / 1000
-          << " s, the longest step " << worst << " ms\n";
+    out() << "  index of " << rows
+          << (table == HistoryTable::Outcomes ? " outcomes: " : " received: ")
+          << static_cast<double>(timer.elapsed()) / 1000 << " s, the longest step " << worst
+          << " ms\n";
     out().flush();
+}
+
+void writeSizes(const StoreDatabase &database)
+{
+    if (database.kind() == StoreDatabase::Kind::File)
+        return;
+    must(database.each("SELECT relname, pg_total_relation_size(oid) FROM pg_class "
+                       "WHERE relname IN ('outcome', 'outcome_search', 'outcome_search_pieces')",
+                       {}, [](const StoreRow &row) {
+                           out() << "  " << row.value(0).toString() << ": "
+                                 << row.value(1).toLongLong() / 1'000'000 << " MB\n";
+                           return true;
+                       }));
 }
 
 void measure(const char *name, const std::function<qsizetype()> &query)
@@ -174,18 +204,28 @@ void measure(const char *name, const std::function<qsizetype()> &query)
     out().flush();
 }
 
+/// The rows of the first page; -1 for one that was given up.
+qsizetype page(StoreDatabase &database, const HistoryFilter &filter,
+               const HistoryCursor &after = {})
+{
+    const QueryLimit limit(TimeSource::system());
+    const auto found = HistoryPages(database, limit).page(filter, after, {}, pageRows);
+    return found ? found->rows.size() : -1;
+}
+
+HistoryFilter filterOf(const QString &text)
+{
+    HistoryFilter filter;
+    filter.text = text;
+    return filter;
+}
+
 void ask(StoreDatabase &database)
 {
     const auto page = [&database](const HistoryFilter &filter) {
-        const QueryLimit limit(TimeSource::system());
-        const auto found = HistoryPages(database, limit).page(filter, {}, {}, pageRows);
-        return found ? found->rows.size() : -1; // -1: given up
+        return norvane::page(database, filter);
     };
-    const auto search = [&page](const QString &text) {
-        HistoryFilter filter;
-        filter.text = text;
-        return page(filter);
-    };
+    const auto search = [&page](const QString &text) { return page(filterOf(text)); };
     HistoryFilter past;
     past.from = u"2025-02-03"_s;
     past.to = u"2025-02-04"_s;
@@ -202,17 +242,33 @@ void ask(StoreDatabase &database)
     measure("none has it: \"xyzzy\"", [&] { return search(u"xyzzy"_s); });
     measure("three characters of a phone", [&] { return search(u"612"_s); });
     measure("two characters", [&] { return search(u"77"_s); });
+    measure("two characters that few have", [&] { return search(rarePair()); });
     measure("two characters that none has", [&] { return search(u"qq"_s); });
+    measure("two characters that only the oldest have", [&] { return search(u"~o"_s); });
+    measure("a character that few have", [&] { return search(rarePair().last(1)); });
+    measure("a character that none has", [&] { return search(u"q"_s); });
+    measure("a character that only the oldest have", [&] { return search(u"~"_s); });
     measure("numbers of 365 days", [&] {
         const QueryLimit limit(TimeSource::system());
         const auto numbers = HistorySummary(database, limit).of(u"2025-01-01"_s, u"2026-01-01"_s);
         return numbers ? numbers->days.size() : -1;
     });
-    measure("received: none has it", [&] {
+}
+
+void askInbox(StoreDatabase &database)
+{
+    const auto search = [&database](const QString &text) {
         const QueryLimit limit(TimeSource::system());
-        return must(InboxPages(database, limit).page({{}, {}, u"xyzzy"_s, false}, {}, {}, pageRows))
-            .rows.size();
-    });
+        const auto found =
+            InboxPages(database, limit).page({{}, {}, text, false}, {}, {}, pageRows);
+        return found ? found->rows.size() : -1; // -1: given up
+    };
+    measure("received: all have it", [&] { return search(u"malaga"_s); });
+    measure("received: few have it", [&] { return search(outcomeOf(777, 1).at(1).toString()); });
+    measure("received: none has it", [&] { return search(u"xyzzy"_s); });
+    measure("received: two characters that few have", [&] { return search(rarePair()); });
+    measure("received: two characters that none has", [&] { return search(u"qq"_s); });
+    measure("received: a character that none has", [&] { return search(u"q"_s); });
 }
 
 double settledASecond(Store &store, int messages)
@@ -245,20 +301,71 @@ void settle(Store &store, const HistoryStorage &source)
     const int messages = benchSize(5000, 20);
     out() << "  settled alone: " << qRound(settledASecond(store, messages)) << " a second\n";
     // Everything is to be indexed anew.
-    must(store.database().write("DELETE FROM setting WHERE name = 'history_index'"));
+    must(store.database().write(
+        "DELETE FROM setting WHERE name IN ('history_index', 'inbox_index')"));
     const HistoryThread thread(source, TimeSource::system(), {});
     out() << "  settled beside the index: " << qRound(settledASecond(store, messages))
           << " a second\n";
     out().flush();
 }
 
+/// A queue that is as long as the list of what left it.
+void askWithQueue(Store &store, int rows)
+{
+    for (int first = 0; first < rows; first += rowsOfCommit) {
+        QList<QueueRow> batch;
+        for (int row = first; row < std::min(first + rowsOfCommit, rows); ++row)
+            batch.append({u"2100-01-01T00:00:00"_s, outcomeOf(row, rows).at(1).toString(),
+                          outcomeOf(row, rows).at(2).toString(), 0});
+        must(store.queue().add(batch));
+    }
+    out() << "  and " << rows << " that wait:\n";
+    const auto search = [&store](const QString &text) {
+        return page(store.database(), filterOf(text));
+    };
+    measure("first page", [&] { return page(store.database(), {}); });
+    measure("all have it: \"malaga\"", [&] { return search(u"malaga"_s); });
+    measure("few have it: a whole phone",
+            [&] { return search(outcomeOf(777, 1).at(1).toString()); });
+    measure("none has it: \"xyzzy\"", [&] { return search(u"xyzzy"_s); });
+}
+
+/// Everything of a campaign leaves the queue on one day, and its pages are looked at one by one.
+void askForDay(StoreDatabase &database, int rows)
+{
+    constexpr int step = 10 * rowsOfCommit;
+    for (int first = 0; first <= 2 * rows; first += step)
+        must(database.write("UPDATE outcome SET at = '2026-02-01T12:00:00' "
+                            "WHERE id >= ? AND id < ?",
+                            {first, first + step}));
+    must(database.write(
+        "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, "
+        "reported) VALUES (1000000000, '', '600', '', 1, '2026-02-02T00:00:00', 1)"));
+    HistoryFilter day;
+    day.from = u"2026-02-01"_s;
+    day.to = u"2026-02-02"_s;
+    const HistoryCursor middle{0, rows / 2};
+    out() << "  all of one day:\n";
+    measure("its first page", [&] { return page(database, day); });
+    measure("a page in its middle", [&] { return page(database, day, middle); });
+    measure("a page in the middle of all", [&] { return page(database, {}, middle); });
+    HistoryFilter failures = day;
+    failures.states = MessageState::InDoubt;
+    measure("none in doubt", [&] { return page(database, failures); });
+}
+
 void measureStore(Store &store, const HistoryStorage &source, int rows)
 {
     fill(store.database(), rows);
     fillInbox(store.database(), benchSize(100'000, 100));
-    index(store.database());
+    for (const HistoryTable table : {HistoryTable::Outcomes, HistoryTable::Received})
+        index(store.database(), table);
+    writeSizes(store.database());
     ask(store.database());
+    askInbox(store.database());
     settle(store, source);
+    askWithQueue(store, rows);
+    askForDay(store.database(), rows);
 }
 
 void measureFile(int rows)
@@ -268,7 +375,7 @@ void measureFile(int rows)
     out() << "In a file, " << rows << " outcomes:\n";
     Store store(file);
     must(store.open());
-    measureStore(store, {file, {}}, rows);
+    measureStore(store, {file}, rows);
     out() << "  the file has " << QFileInfo(file).size() / 1'000'000 << " MB\n";
 }
 

@@ -25,6 +25,8 @@ inline constexpr char messagesInterfaceName[] = "com.tovek.SMService.Messages1";
 
 /// The error of a question that a newer one of the same caller has taken the place of.
 inline constexpr char supersededError[] = "com.tovek.SMService.Error.Superseded";
+/// The error of a question that took too long, or whose store another process had locked.
+inline constexpr char busyError[] = "com.tovek.SMService.Error.Busy";
 
 /// Rows in one page of GetQueue.
 inline constexpr quint32 queuePageRows = 4000;

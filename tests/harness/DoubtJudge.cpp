@@ -53,7 +53,11 @@ void DoubtJudge::judge()
         m_database.ask(u"SELECT outcome.id, phone, message_id, name, outcome.epoch, "
                        "reporter = engine FROM outcome JOIN engine ON engine.id = outcome.engine "
                        "WHERE code = -39"_s);
-    for (const QStringList &row : doubts.value_or(QueueDatabase::Rows())) {
+    if (!doubts) {
+        m_problems.fault(&Tally::stuck, u"did not come: the messages in doubt"_s);
+        return;
+    }
+    for (const QStringList &row : *doubts) {
         const QString &phone = row.at(1);
         const QString &engine = row.at(3);
         if (m_judged.contains(row.at(0)))

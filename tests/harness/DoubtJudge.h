@@ -31,7 +31,7 @@ public:
     /// The engine was killed, and was not started since.
     /// @return false where its file or the database can't be read
     bool noteKilled(const SharingEngine &engine);
-    /// Reports the messages in doubt that may not be.
+    /// Reports the messages in doubt that may not be, and that the database can't be asked.
     void judge();
 
     /// Whether the engine could not know what became of the message.

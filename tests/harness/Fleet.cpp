@@ -236,11 +236,13 @@ QHash<QString, QSet<int>> Fleet::receivedParts() const
 }
 
 /// Messages that the devices took whole, and that are in doubt although their engines live on.
-QSet<QString> Fleet::knownInDoubt()
+std::optional<QSet<QString>> Fleet::knownInDoubt()
 {
     QSet<QString> phones;
     const auto doubts = m_database.ask(u"SELECT phone FROM outcome WHERE code = -39"_s);
-    for (const QStringList &row : doubts.value_or(QueueDatabase::Rows())) {
+    if (!doubts)
+        return std::nullopt;
+    for (const QStringList &row : *doubts) {
         if (!m_doubts.isExcused(row.constFirst()) && !m_known.contains(row.constFirst()))
             phones.insert(row.constFirst());
     }
@@ -262,8 +264,16 @@ void Fleet::recover()
     if (!eventually([this] { return isQuiet(); }, limit()))
         stuck(u"the end of the queue, left: "_s + m_database.remains());
     m_doubts.judge();
-    if (!eventually([this] { return knownInDoubt().isEmpty(); }, tellLimit))
-        m_known += knownInDoubt();
+    const auto isNoneInDoubt = [this] {
+        const auto phones = knownInDoubt();
+        return phones && phones->isEmpty();
+    };
+    if (!eventually(isNoneInDoubt, tellLimit)) {
+        const auto phones = knownInDoubt();
+        if (!phones)
+            stuck(u"the messages in doubt"_s);
+        m_known += phones.value_or(QSet<QString>());
+    }
     const QString untold = u"SELECT count(*) FROM outcome JOIN engine ON engine.id = reporter "
                            "WHERE reported = 0 AND name IN ('one', 'three')"_s;
     if (!eventually([&] { return m_database.number(untold) == 0; }, tellLimit)) {
@@ -378,7 +388,10 @@ Tally Fleet::close(int cycles)
     }
     account();
     accountTold();
-    for (const QString &phone : m_database.begunLate())
+    const auto begunLate = m_database.begunLate();
+    if (!begunLate)
+        stuck(u"what began too late"_s);
+    for (const QString &phone : begunLate.value_or(QStringList()))
         m_problems.fault(&Tally::unfenced, phone + u" began in an epoch that was over"_s);
     Tally tally = count(m_account);
     tally.faults += m_problems.faults;

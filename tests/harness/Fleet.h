@@ -11,6 +11,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 
 namespace norvane {
 
@@ -71,7 +72,8 @@ private:
     bool await(const QString &what, const std::function<bool()> &condition);
     void takeAnswers();
     bool isQuiet();
-    QSet<QString> knownInDoubt();
+    /// @return nothing while the database is away
+    std::optional<QSet<QString>> knownInDoubt();
     QHash<QString, QSet<int>> receivedParts() const;
     void restartWithConsoles();
     void hearRest();

@@ -60,10 +60,13 @@ bool QueueDatabase::watchEpochs()
         .has_value();
 }
 
-QStringList QueueDatabase::begunLate()
+std::optional<QStringList> QueueDatabase::begunLate()
 {
+    const auto rows = ask(u"SELECT phone FROM begun_late"_s);
+    if (!rows)
+        return std::nullopt;
     QStringList phones;
-    for (const QStringList &row : ask(u"SELECT phone FROM begun_late"_s).value_or(Rows()))
+    for (const QStringList &row : *rows)
         phones.append(row.constFirst());
     return phones;
 }
@@ -71,9 +74,12 @@ QStringList QueueDatabase::begunLate()
 QString QueueDatabase::remains()
 {
     QStringList words;
-    const auto rows = ask(u"SELECT phone, message.state, name, message.epoch, engine.epoch FROM message "
-                          "LEFT JOIN engine ON engine.id = message.engine LIMIT 5"_s);
-    for (const QStringList &row : rows.value_or(Rows()))
+    const auto rows =
+        ask(u"SELECT phone, message.state, name, message.epoch, engine.epoch FROM message "
+            "LEFT JOIN engine ON engine.id = message.engine LIMIT 5"_s);
+    if (!rows)
+        return u"what can't be asked for"_s;
+    for (const QStringList &row : *rows)
         words << u"%1 in state %2 of engine %3 in epoch %4 of %5"_s.arg(
             row.at(0), row.at(1), row.at(2), row.at(3), row.at(4));
     return words.join(u", "_s);

@@ -31,8 +31,8 @@ public:
     /// Notes from here on each part that begins in an epoch of its engine that is over.
     /// @return false where the tables aren't there yet
     bool watchEpochs();
-    /// The phones of their messages.
-    QStringList begunLate();
+    /// @return the phones of their messages; nothing while the server is away
+    std::optional<QStringList> begunLate();
     /// What is in the queue, in words.
     QString remains();
 

@@ -10,6 +10,16 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QString errorName(const StoreFailure &failure)
+{
+    return failure.kind() == StoreFailure::Kind::Busy ? QString::fromLatin1(Bus::busyError)
+                                                      : u"com.tovek.SMService.Error.Store"_s;
+}
+
+} // namespace
+
 HistoryCalls::HistoryCalls(const QDBusConnection &bus, const HistoryStorage &source,
                            TimeSource &time, const FailureHandler &onFailure,
                            const HistoryThread::Pace &pace)
@@ -61,8 +71,7 @@ void HistoryCalls::answerFirst(const StoreResult<QVariantList> &result)
     else if (result)
         m_bus.send(waiting.call.createReply(*result));
     else
-        m_bus.send(waiting.call.createErrorReply(u"com.tovek.SMService.Error.Store"_s,
-                                                 result.error().text()));
+        m_bus.send(waiting.call.createErrorReply(errorName(result.error()), result.error().text()));
     if (!result && !waiting.isSuperseded)
         m_onFailure(result.error());
 }

@@ -6,6 +6,7 @@
 #include "TovekSMService/history/HistorySummary.h"
 #include "TovekSMService/history/InboxPages.h"
 #include "TovekSMService/history/QueryLimit.h"
+#include "TovekSMService/reports/OptOuts.h"
 #include "TovekSMService/store/Store.h"
 
 #include <algorithm>
@@ -23,6 +24,8 @@ qint64 pageLength(uint limit)
 
 /// Nobody types more of a message to find it.
 constexpr qsizetype maxSearchedText = 200;
+constexpr qsizetype maxMoment = 19; ///< "yyyy-MM-ddTHH:mm:ss"
+constexpr qsizetype maxPhone = 100;
 
 /// What a call looks for, as one text; no value on the bus holds NUL.
 QString keyOf(const QStringList &values)
@@ -43,7 +46,7 @@ MessagesService::MessagesService(const QDBusConnection &bus, Store &store, Dispa
                                  const Clock &clock, QObject *parent)
     : QObject(parent), m_bus(bus), m_store(store), m_dispatcher(dispatcher), m_clock(clock),
       m_calls(bus, dispatcher, clock), m_historyPacer(clock.time()),
-      m_history(bus, {store.file().file(), store.conninfo()}, TimeSource::system(),
+      m_history(bus, {store.file().file(), store.conninfo(), store.refusal()}, TimeSource::system(),
                 [this](const StoreFailure &failure) {
                     // What opening the file anew may find.
                     if (failure.kind() == StoreFailure::Kind::Corrupt)
@@ -66,7 +69,7 @@ MessagesService::MessagesService(const QDBusConnection &bus, Store &store, Dispa
 BusOutcomeRows MessagesService::GetOutcomes(const QString &from, const QString &to,
                                             const QString &text, uint offset, uint limit)
 {
-    if (!isSearchable(text))
+    if (!isSearchable(from, to, text))
         return {};
     carryOut([this, filter = MessageFilter{from, to, text}, offset, limit] {
         return m_store.outcomes()
@@ -79,7 +82,7 @@ BusOutcomeRows MessagesService::GetOutcomes(const QString &from, const QString &
 BusReceivedMessages MessagesService::GetReceived(const QString &from, const QString &to,
                                                  const QString &text, uint offset, uint limit)
 {
-    if (!isSearchable(text))
+    if (!isSearchable(from, to, text))
         return {};
     carryOut([this, filter = MessageFilter{from, to, text}, offset, limit] {
         return m_store.received()
@@ -89,16 +92,18 @@ BusReceivedMessages MessagesService::GetReceived(const QString &from, const QStr
     return {}; // not sent
 }
 
-bool MessagesService::isSearchable(const QString &text) const
+bool MessagesService::isSearchable(const QString &from, const QString &to,
+                                   const QString &text) const
 {
-    if (text.size() <= maxSearchedText)
-        return true;
-    sendErrorReply(QDBusError::InvalidArgs, u"the text to look for is too long"_s);
-    return false;
+    return accepts(from.size() <= maxMoment && to.size() <= maxMoment,
+                   u"a bound of the range is too long"_s) &&
+           accepts(text.size() <= maxSearchedText, u"the text to look for is too long"_s);
 }
 
 void MessagesService::MarkRead(const QList<qlonglong> &ids)
 {
+    if (!isUnderstood(ids.size() <= qsizetype{Bus::maxPageRows}))
+        return;
     carryOut([this, ids] {
         return m_store.received().markRead(ids).map([this] {
             m_dispatcher.noticeHistoryChange();
@@ -115,10 +120,9 @@ BusOptOuts MessagesService::GetOptOuts()
 
 bool MessagesService::AddOptOut(const QString &phone)
 {
-    if (phone.trimmed().isEmpty()) {
-        sendErrorReply(QDBusError::InvalidArgs, u"no phone"_s);
+    if (!accepts(!phone.trimmed().isEmpty(), u"no phone"_s) ||
+        !accepts(phone.size() <= maxPhone, u"the phone is too long"_s))
         return {};
-    }
     carryOut([this, phone] {
         return m_dispatcher.optOuts().add(phone, m_clock.wallClockText()).map([this](bool added) {
             return changed(added);
@@ -137,7 +141,12 @@ QVariantList MessagesService::changed(bool hasChanged)
 
 bool MessagesService::IsOptedOut(const QString &phone)
 {
-    carryOut([this, phone] { return m_dispatcher.optOuts().contains(phone).map(output<bool>); });
+    // The list may be long, and is read where nothing else waits for it.
+    askHistory({}, [phone, prefix = m_dispatcher.optOuts().countryPrefix()](
+                       StoreDatabase &database, const QueryLimit & /*limit*/) {
+        OptOutList list(database);
+        return OptOuts(list, prefix).contains(phone).map(output<bool>);
+    });
     return {}; // not sent
 }
 
@@ -156,7 +165,8 @@ BusHistoryRows MessagesService::GetHistory(const QString &from, const QString &t
 {
     const auto begin = HistoryCursor::of(after);
     const auto end = HistoryCursor::of(until);
-    if (!isSearchable(text) || !isUnderstood((states & ~allMessageStates) == 0 && begin && end))
+    if (!isSearchable(from, to, text) ||
+        !isUnderstood((states & ~allMessageStates) == 0 && begin && end))
         return {};
     askHistory(keyOf({from, to, text, QString::number(states)}),
                [filter = HistoryFilter{from, to, text, MessageStates::fromInt(states)}, begin,
@@ -194,6 +204,8 @@ BusHistoryDays MessagesService::GetSummary(const QString &from, const QString &t
                                            BusDeliveryDelays & /*delays*/,
                                            BusFailureReasons & /*reasons*/)
 {
+    if (!isSearchable(from, to, {}))
+        return {};
     askHistory({}, [from, to](StoreDatabase &database, const QueryLimit &queryLimit) {
         return HistorySummary(database, queryLimit)
             .of(from, to)
@@ -213,7 +225,7 @@ BusReceivedMessages MessagesService::GetInbox(const QString &from, const QString
 {
     const auto begin = InboxCursor::of(after);
     const auto end = InboxCursor::of(until);
-    if (!isSearchable(text) || !isUnderstood(begin && end))
+    if (!isSearchable(from, to, text) || !isUnderstood(begin && end))
         return {};
     askHistory(keyOf({from, to, text, QString::number(unreadOnly)}),
                [filter = InboxFilter{from, to, text, unreadOnly}, begin,
@@ -235,11 +247,16 @@ void MessagesService::askHistory(const QString &filter, const HistoryThread::Que
     m_history.carryOut(message(), filter, query);
 }
 
-/// A call that isn't has its answer.
 bool MessagesService::isUnderstood(bool isValid) const
 {
+    return accepts(isValid, u"invalid state, cursor or number of ids"_s);
+}
+
+/// A call that isn't accepted has its answer.
+bool MessagesService::accepts(bool isValid, const QString &reason) const
+{
     if (!isValid)
-        sendErrorReply(QDBusError::InvalidArgs, u"an argument is none that may be given"_s);
+        sendErrorReply(QDBusError::InvalidArgs, reason);
     return isValid;
 }
 

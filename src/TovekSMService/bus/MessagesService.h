@@ -67,12 +67,13 @@ protected:
     const Clock &m_clock;
 
 private:
-    /// Whether a text isn't too long to be looked for; a call with one that is has its answer.
-    bool isSearchable(const QString &text) const;
+    /// Whether nothing of it is too long to be looked for.
+    bool isSearchable(const QString &from, const QString &to, const QString &text) const;
+    bool isUnderstood(bool isValid) const;
+    bool accepts(bool isValid, const QString &reason) const;
 
     void askHistory(const QString &filter, const HistoryThread::Query &query);
     QVariantList changed(bool hasChanged);
-    bool isUnderstood(bool isValid) const;
 
     StoreCalls m_calls;
     HistoryChangePacer m_historyPacer;

@@ -53,7 +53,7 @@ Dispatcher::Dispatcher(Store &store, Modem &modem, const Clock &clock, const Ret
     connect(this, &Dispatcher::queueChanged, this, &Dispatcher::historyChanged);
     connect(&m_mail, &MailKeeper::deliveryChanged, this, &Dispatcher::noticeHistoryChange);
     connect(&m_mail, &MailKeeper::received, this, &Dispatcher::noticeHistoryChange);
-    connect(&m_pruner, &OutcomePruner::forgotten, this, &Dispatcher::historyChanged);
+    connect(&m_pruner, &OutcomePruner::forgotten, this, &Dispatcher::noticeHistoryChange);
     connect(&m_presence, &EnginePresence::historyChanged, this, &Dispatcher::historyChanged);
     connect(&m_outbox, &Outbox::sent, this, &Dispatcher::sent);
     connect(&m_outbox, &Outbox::sendingFailed, this, &Dispatcher::sendingFailed);

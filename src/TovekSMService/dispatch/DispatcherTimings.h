@@ -26,11 +26,14 @@ struct DispatcherTimings
     /// Between two questions for the signal and the like, while the device is ready.
     int conditionMs = 60'000;
     /// After this time, what a run has not handed over waits again: the device has become slow.
+    /// Where commits are slow, and runs longer therefore, it is longer.
     int runLateMs = 20;
     /// Of engines that share a queue: between two signs of life, and from a change until the others
     /// are told of it.
     int lifeMs = 5000;
     int newsMs = 50;
+    /// For which the database is waited for at most: an engine that shows no life is taken over.
+    int callMs = 20'000;
     RunPace::Limits run;
     /// At which old outcomes are forgotten.
     OutcomePruner::Pace pruning;

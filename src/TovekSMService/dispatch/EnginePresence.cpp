@@ -30,6 +30,7 @@ EnginePresence::EnginePresence(Store &store, const Clock &clock, Outbox &outbox,
     connect(&m_life, &Timer::timeout, this, &EnginePresence::showLife);
     connect(&m_news, &Timer::timeout, this, &EnginePresence::announceNews);
     PostgresDatabase &database = *store.sharedDatabase();
+    database.limitCalls(timings.callMs);
     database.onOpened([this] { return onOpened(); });
     database.onNotified([this](const QStringList &news) { takeNews(news); });
     m_life.start(m_lifeMs);
@@ -38,7 +39,9 @@ EnginePresence::EnginePresence(Store &store, const Clock &clock, Outbox &outbox,
 StoreResult<> EnginePresence::onOpened()
 {
     return m_store.queue().load().and_then([this] { return tryShowLife(); }).map([this] {
-        m_news.start(0); // what was not passed on before
+        m_news.start(0);       // what was not passed on before
+        m_isSizeAsked = false; // who was asked is gone
+        m_taken = {};
         m_outbox.reportQueueChange();
         QMetaObject::invokeMethod(
             this,
@@ -148,19 +151,28 @@ void EnginePresence::passOnHistoryChange()
         m_news.start(m_newsMs);
 }
 
+/// Nobody waits for the server meanwhile: messages may be on their way to the device.
 void EnginePresence::announceNews()
 {
     if (m_store.database().access() != StoreDatabase::Access::Whole)
         return;
-    const bool withHistory = std::exchange(m_hasHistoryChanged, false);
-    const StoreResult<> announced =
-        m_store.sharedQueue()->announceNews().and_then([&]() -> StoreResult<> {
-            return withHistory ? m_store.sharedQueue()->announceHistory() : StoreResult<>();
+    m_store.sharedQueue()->announceNews([this](const StoreResult<> &told) {
+        if (!told)
+            announceAgain(told.error());
+    });
+    if (std::exchange(m_hasHistoryChanged, false))
+        m_store.sharedQueue()->announceHistory([this](const StoreResult<> &told) {
+            m_hasHistoryChanged = m_hasHistoryChanged || !told;
+            if (!told)
+                announceAgain(told.error());
         });
-    if (!announced) {
-        m_hasHistoryChanged = withHistory;
-        m_outbox.noteStoreFailure(announced.error());
-    }
+}
+
+void EnginePresence::announceAgain(const StoreFailure &failure)
+{
+    m_outbox.noteStoreFailure(failure);
+    if (!m_news.isActive())
+        m_news.start(m_newsMs);
 }
 
 void EnginePresence::takeNews(const QStringList &news)
@@ -170,12 +182,29 @@ void EnginePresence::takeNews(const QStringList &news)
         if (news.count(QueueNews::ofHistory()) == news.size())
             return;
     }
-    if (const StoreResult<> taken = m_store.sharedQueue()->takeNews(news); !taken)
-        m_outbox.noteStoreFailure(taken.error());
-    m_outbox.reportQueueChange();
-    if (news.contains(QueueNews::ofAll()))
-        Q_EMIT opened(); // failures may have come to this engine, too
-    Q_EMIT changed();
+    m_store.sharedQueue()->takeNews(news);
+    m_taken.isSome = true;
+    m_taken.isOfAll = m_taken.isOfAll || news.contains(QueueNews::ofAll());
+    if (!m_isSizeAsked)
+        passOnToConsoles();
+}
+
+/// What others tell while the size is asked for is passed on behind that.
+void EnginePresence::passOnToConsoles()
+{
+    const News news = std::exchange(m_taken, {});
+    m_isSizeAsked = true;
+    m_store.sharedQueue()->refreshSize([this, news](const StoreResult<> &known) {
+        m_isSizeAsked = false;
+        if (!known)
+            m_outbox.noteStoreFailure(known.error());
+        m_outbox.reportQueueChange();
+        if (news.isOfAll)
+            Q_EMIT opened(); // failures may have come to this engine, too
+        Q_EMIT changed();
+        if (m_taken.isSome && !m_isSizeAsked)
+            passOnToConsoles();
+    });
 }
 
 } // namespace norvane

@@ -58,7 +58,9 @@ private:
     StoreResult<> takeOver();
     void report(const QList<TakenOver> &taken);
     void announceNews();
+    void announceAgain(const StoreFailure &failure);
     void takeNews(const QStringList &news);
+    void passOnToConsoles();
     QString deviceState() const;
 
     Store &m_store;
@@ -70,6 +72,14 @@ private:
     const int m_newsMs;
     QString m_fault;
     bool m_hasHistoryChanged = false; ///< and the others haven't been told
+    /// What other engines told since the size of the queue was asked for.
+    struct News
+    {
+        bool isSome = false;
+        bool isOfAll = false;
+    };
+    News m_taken;
+    bool m_isSizeAsked = false;
     Timer m_life;
     Timer m_news;
 };

@@ -17,6 +17,7 @@ Settlement OutcomeEntries::settlementOf(const StoredMessage &message, Settlement
     settlement.epoch = message.epoch;
     settlement.phone = message.phone;
     settlement.text = message.text;
+    settlement.partsSent = message.partsSent;
     settlement.at = m_clock.wallClockText();
     return settlement;
 }

@@ -7,7 +7,8 @@
 namespace norvane {
 
 PacedRun::PacedRun(const DispatcherTimings &timings, TimeSource &time)
-    : m_lateMs(timings.runLateMs), m_pace(timings.run), m_elapsed(time), m_late(time)
+    : m_lateMs(timings.runLateMs), m_pace(timings.run), m_elapsed(time), m_committing(time),
+      m_late(time)
 {
     connect(&m_late, &Timer::timeout, this, [this] {
         forgetPace();
@@ -17,10 +18,13 @@ PacedRun::PacedRun(const DispatcherTimings &timings, TimeSource &time)
 
 void PacedRun::start(const QList<LeavingMessage> &messages)
 {
+    if (m_committing.isValid())
+        m_pace.recordCommit(m_committing.nsecsElapsed());
+    m_committing.invalidate();
     m_run = SendingRun(messages);
     m_length = static_cast<int>(messages.size());
     if (m_length > 1)
-        m_late.start(m_lateMs);
+        m_late.start(static_cast<int>(m_pace.stretched(m_lateMs)));
     m_elapsed.start();
 }
 
@@ -34,6 +38,7 @@ void PacedRun::recordTaken(const SendingRun::Taken &taken)
 SendingRun PacedRun::end()
 {
     m_late.stop();
+    m_committing.start();
     return std::exchange(m_run, {});
 }
 

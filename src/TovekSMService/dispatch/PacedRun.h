@@ -30,6 +30,8 @@ public:
     void recordTaken(const SendingRun::Taken &taken);
     /// @return what was taken, and what was not handed over
     SendingRun end();
+    /// What has ended is committed. A run that was started meanwhile followed with that commit.
+    void noteCommitted() { m_committing.invalidate(); }
     void forgetPace() { m_pace.forget(); }
 
 Q_SIGNALS:
@@ -42,7 +44,8 @@ private:
     RunPace m_pace;
     int m_length = 0;
     Stopwatch m_elapsed;
-    Timer m_late; ///< runs until the rest of the run is late
+    Stopwatch m_committing; ///< runs from the end of a run until that is committed
+    Timer m_late;           ///< runs until the rest of the run is late
 };
 
 } // namespace norvane

@@ -306,6 +306,7 @@ void Sender::commit(const Outbox::Entry &entry)
                                        },
                                        [&] { startRun(next); }};
     m_outbox.commit(m_entries.entryOf(m_run.end()).then(entry), followUp);
+    m_run.noteCommitted();
 }
 
 } // namespace norvane

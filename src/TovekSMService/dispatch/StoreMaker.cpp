@@ -37,7 +37,8 @@ std::unique_ptr<Store> makeStore(const EngineSettings &settings, const EngineNam
          host + u':' + folder.path(),
          QString::fromLatin1(QSysInfo::machineUniqueId()) + u':' + folder.path()},
         settings.sameSender,
-        now};
+        now,
+        settings.queueRefusal};
     return std::make_unique<Store>(folder.storeFile(), shared, clock.time());
 }
 

@@ -31,9 +31,9 @@ constexpr BoundStatements ofOutcomes = NORVANE_BOUNDS("outcome");
 constexpr BoundStatements ofReceived = NORVANE_BOUNDS("received");
 #undef NORVANE_BOUNDS
 
-const BoundStatements &statementsOf(HistoryBounds::Table table)
+const BoundStatements &statementsOf(HistoryTable table)
 {
-    return table == HistoryBounds::Table::Outcomes ? ofOutcomes : ofReceived;
+    return table == HistoryTable::Outcomes ? ofOutcomes : ofReceived;
 }
 
 QString textOf(const StoreRow &row)
@@ -57,24 +57,15 @@ QString dayFrom(const QString &at, int days)
 
 StoreResult<NewestFirst::Range> HistoryBounds::of(const QString &from, const QString &to) const
 {
-    NewestFirst::Range range;
-    if (!from.isEmpty()) {
-        const StoreResult<qint64> low = lowest(from);
-        if (!low)
-            return failed(low.error());
-        range.low = *low;
-    }
-    if (!to.isEmpty()) {
-        const StoreResult<qint64> high = highest(to);
-        if (!high)
-            return failed(high.error());
-        range.below = *high;
-    }
-    return range;
+    return begin(from).and_then([&](qint64 low) {
+        return end(to).map([low](qint64 below) { return NewestFirst::Range{below, low}; });
+    });
 }
 
-StoreResult<qint64> HistoryBounds::lowest(const QString &from) const
+StoreResult<qint64> HistoryBounds::begin(const QString &from) const
 {
+    if (from.isEmpty())
+        return 0;
     const BoundStatements &statements = statementsOf(m_table);
     const auto earliest = m_database.row(statements.earliest, {from}, textOf);
     if (!earliest)
@@ -88,10 +79,17 @@ StoreResult<qint64> HistoryBounds::lowest(const QString &from) const
         .map([](std::optional<qint64> id) { return id.value_or(0); });
 }
 
-/// Gives the id behind the highest.
-StoreResult<qint64> HistoryBounds::highest(const QString &to) const
+StoreResult<qint64> HistoryBounds::end(const QString &to) const
 {
+    constexpr qint64 unbounded = NewestFirst::Range().below;
+    if (to.isEmpty())
+        return unbounded;
     const BoundStatements &statements = statementsOf(m_table);
+    const auto behind = m_database.row(statements.earliest, {to}, textOf);
+    if (!behind)
+        return failed(behind.error());
+    if (!*behind)
+        return unbounded;
     const auto latest = m_database.row(statements.latest, {to}, textOf);
     if (!latest)
         return failed(latest.error());
@@ -99,7 +97,7 @@ StoreResult<qint64> HistoryBounds::highest(const QString &to) const
         return 0;
     const QString begin = dayFrom(**latest, -1);
     if (begin.isEmpty())
-        return std::numeric_limits<qint64>::max();
+        return unbounded;
     return m_database.row(statements.highest, {begin, **latest}, idOf)
         .map([](std::optional<qint64> id) { return id.value_or(0) + 1; });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TovekSMService/history/OutcomeIndex.h"
+#include "TovekSMService/history/TextIndex.h"
 #include "TovekSMService/store/StoreFailure.h"
 #include "TovekSMService/time/Deadline.h"
 
@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace norvane {
 
@@ -16,8 +17,12 @@ class StoreDatabase;
 /// Where messages are kept, for a connection beside the engine's own.
 struct HistoryStorage
 {
-    QString file;     ///< of a queue that is the engine's own
-    QString conninfo; ///< of one that is shared, as libpq takes it; empty for none
+    QString file;          ///< of a queue that is the engine's own
+    QString conninfo = {}; ///< of one that is shared, as libpq takes it; empty for none
+    QString refusal = {};  ///< why there is to be no connection to a shared one; empty if there is
+
+    /// Whether it is the file that is read.
+    bool isFile() const { return conninfo.isEmpty() && refusal.isEmpty(); }
 };
 
 /// A connection of its own to where messages are kept. Belongs to the thread that opens it.
@@ -32,22 +37,28 @@ public:
     /// @return the database, until close()
     [[nodiscard]] StoreResult<StoreDatabase *> open();
     void close();
+    /// Closes one that has failed. Where it could not be opened it is left alone for a while.
+    void giveUp();
     bool isOpen() const { return m_database != nullptr; }
-    /// A step of OutcomeIndex.
+    /// A step of TextIndex for each table.
+    /// @return the rows of the larger one
     [[nodiscard]] StoreResult<int> index(int maxRows);
+    /// The file is damaged somewhere: its search indexes are made anew.
+    /// @return whether they were in use, and may be what is damaged
+    bool giveUpIndexes();
 
 private:
     StoreResult<> connect();
-    void prepareIndex();
+    StoreResult<> prepareIndexes();
 
     const HistoryStorage m_source;
     TimeSource &m_time;
     std::unique_ptr<StoreDatabase> m_database;
-    std::unique_ptr<OutcomeIndex> m_index;
+    std::vector<TextIndex> m_indexes;
     std::optional<StoreFailure> m_failure; ///< of the last attempt
     Deadline m_again;
-    bool m_isPrepared = false; ///< the index, or it can't be
-    bool m_isWarned = false;   ///< that there is no index
+    Deadline m_prepareAgain; ///< the indexes, where that was refused
+    bool m_isWarned = false; ///< that there is none
 };
 
 } // namespace norvane

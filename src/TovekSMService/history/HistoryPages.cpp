@@ -2,9 +2,10 @@
 
 #include "TovekSMService/history/HistoryBounds.h"
 #include "TovekSMService/history/HistoryStatements.h"
-#include "TovekSMService/history/IndexMark.h"
-#include "TovekSMService/history/IndexedSearch.h"
+#include "TovekSMService/history/QueryLimit.h"
+#include "TovekSMService/history/RowsByIds.h"
 #include "TovekSMService/history/SearchedText.h"
+#include "TovekSMService/history/TextSearch.h"
 #include "contract/DeliveryState.h"
 
 #include <algorithm>
@@ -16,22 +17,19 @@ namespace {
 #define NORVANE_WINDOW(table, more)                                                                \
     "SELECT min(id), count(*) FROM (SELECT id FROM " table " WHERE id < ? AND id >= ?" more        \
     " ORDER BY id DESC LIMIT ?) AS newest"
-#define NORVANE_WAITING                                                                            \
-    "SELECT id, id, queued_at, delivery_date, phone, text, 1, 0, '' FROM message WHERE "
+#define NORVANE_QUEUE(columns)                                                                     \
+    "SELECT " columns " FROM message WHERE id < ? AND id >= ? AND queued_at >= ? "                 \
+    "AND (? = '' OR queued_at < ?) ORDER BY id DESC"
 #define NORVANE_OUTCOMES(columns, more)                                                            \
     "SELECT " columns " FROM outcome WHERE id < ? AND id >= ? "                                    \
     "AND " NORVANE_OUTCOME_FILTER more " ORDER BY id DESC"
 // As the index has it that holds these alone.
 #define NORVANE_UNSUCCESSFUL " AND (code <> 1 OR delivery = 3)"
 
-constexpr NewestFirst::Statements waitingMessages = {
-    NORVANE_WINDOW("message", ""),
-    NORVANE_WAITING "id < ? AND id >= ? AND queued_at >= ? AND (? = '' OR queued_at < ?) "
-                    "ORDER BY id DESC"};
 // With what is compared, or with everything.
 #define NORVANE_LOOKS(more)                                                                        \
     {                                                                                              \
-        {NORVANE_WINDOW("outcome", more), NORVANE_OUTCOMES(NORVANE_COMPARED, more)},               \
+        {NORVANE_WINDOW("outcome", more), NORVANE_OUTCOMES("outcome" NORVANE_COMPARED, more)},     \
         {                                                                                          \
             NORVANE_WINDOW("outcome", more), NORVANE_OUTCOMES(NORVANE_OUTCOME, more)               \
         }                                                                                          \
@@ -43,42 +41,46 @@ struct Looks
 };
 constexpr Looks allOutcomes = NORVANE_LOOKS("");
 constexpr Looks unsuccessfulOutcomes = NORVANE_LOOKS(NORVANE_UNSUCCESSFUL);
-constexpr char outcome[] = "SELECT " NORVANE_OUTCOME " FROM outcome WHERE id = ?";
+constexpr Looks waitingMessages = {
+    {NORVANE_WINDOW("message", ""), NORVANE_QUEUE("id, phone, text")},
+    {NORVANE_WINDOW("message", ""), NORVANE_QUEUE(NORVANE_WAITING)}};
 
-constexpr char waitingMessage[] = NORVANE_WAITING "id = ?";
-constexpr char outcomeOfMessage[] = "SELECT " NORVANE_OUTCOME " FROM outcome WHERE message_id = ?";
-
-constexpr qint64 scannedRows = 5000;       ///< before the index is asked
-constexpr qint64 manyOf = 50;              ///< every so many rows
-constexpr qint64 maxScannedRows = 100'000; ///< of a text that many have
+constexpr qint64 scannedRows = 5000; ///< before the beginning of the range is looked for
 
 constexpr MessageStates unsuccessful =
     MessageStates(MessageState::Refused) | MessageState::Failed | MessageState::InDoubt;
 
 constexpr MessageStates left = unsuccessful | MessageState::Sent | MessageState::Delivered;
 
-NewestFirst::Range cut(NewestFirst::Range range, const NewestFirst::Range &other)
-{
-    return {std::min(range.below, other.below), std::max(range.low, other.low)};
-}
-
 } // namespace
 
-HistoryRow HistoryPages::rowOf(const StoreRow &row)
+/// What still goes into a page.
+class HistoryPages::Room
 {
-    HistoryRow message{row.value(1).toLongLong(), row.value(2).toString(),
-                       row.value(3).toString(),   row.value(4).toString(),
-                       row.value(5).toString(),   static_cast<MessageState>(row.value(6).toUInt()),
-                       row.value(7).toInt(),      {}};
-    if (message.state == MessageState::Delivered)
-        message.deliveredAt = row.value(8).toString();
-    return message;
-}
+public:
+    explicit Room(int rows) : m_rows(rows) {}
 
-HistoryPages::Found HistoryPages::foundOf(const StoreRow &row)
-{
-    return {row.value(0).toLongLong(), rowOf(row)};
-}
+    /// Takes a row.
+    /// @return whether there is room for another one
+    bool take(qint64 place, const QString &text)
+    {
+        m_last = place;
+        --m_rows;
+        m_text -= text.size();
+        return m_rows > 0 && m_text > 0;
+    }
+    /// Gives the rows, with a place behind which there is more where texts took all the room.
+    Finds with(QList<PlacedRow> rows, qint64 end) const
+    {
+        const bool isCut = m_text <= 0;
+        return {std::move(rows), isCut ? m_last : end, isCut};
+    }
+
+private:
+    int m_rows;
+    qsizetype m_text = maxText;
+    qint64 m_last = 0;
+};
 
 StoreResult<HistoryPage> HistoryPages::page(const HistoryFilter &filter, const HistoryCursor &after,
                                             const std::optional<HistoryCursor> &until,
@@ -106,12 +108,14 @@ StoreResult<HistoryPage> HistoryPages::merged(const HistoryFilter &filter,
     auto first = queue->rows.cbegin();
     auto second = gone->rows.cbegin();
     const auto ended = [&] { return first == queue->rows.cend() && second == gone->rows.cend(); };
-    while (page.rows.size() < maxRows && !ended()) {
+    qsizetype text = 0;
+    while (page.rows.size() < maxRows && text < maxText && !ended()) {
         const bool isWaiting = second == gone->rows.cend() ||
                                (first != queue->rows.cend() && first->row.at >= second->row.at);
         page.rows.append(isWaiting ? (first++)->row : (second++)->row);
+        text += page.rows.constLast().text.size();
     }
-    if (!ended())
+    if (!ended() || queue->isCut || gone->isCut)
         page.next = HistoryCursor{first == queue->rows.cend() ? queue->end : first->place + 1,
                                   second == gone->rows.cend() ? gone->end : second->place + 1};
     return page;
@@ -120,136 +124,115 @@ StoreResult<HistoryPage> HistoryPages::merged(const HistoryFilter &filter,
 StoreResult<HistoryPages::Finds> HistoryPages::waiting(const HistoryFilter &filter,
                                                        NewestFirst::Range range, int maxRows) const
 {
-    Finds finds{{}, range.low};
     if (!filter.states.testFlag(MessageState::Waiting))
-        return finds;
+        return Finds{{}, range.low};
+    const QVariantList values = {filter.from, filter.to, filter.to};
     const SearchedText text(filter.text);
-    const NewestFirst scan(m_database, waitingMessages, {filter.from, filter.to, filter.to},
-                           m_limit);
-    return scan
+    Room room(maxRows);
+    if (text.isEmpty()) {
+        QList<PlacedRow> rows;
+        return NewestFirst(m_database, waitingMessages.forAll, values, m_limit)
+            .walk(range, appendTo(rows, room))
+            .map([&](const auto &) { return room.with(rows, range.low); });
+    }
+    QList<qint64> places;
+    return NewestFirst(m_database, waitingMessages.forText, values, m_limit)
         .walk(range,
-              [&](const StoreRow &row) {
-                  Found found = foundOf(row);
-                  if (text.isIn(found.row.phone, found.row.text))
-                      finds.rows.append(std::move(found));
-                  return finds.rows.size() < maxRows;
-              })
-        .map([&](const auto &) { return finds; });
+              [&](const StoreRow &row) { return !isIn(text, row) || note(row, places, room); })
+        .and_then([&](const auto &) { return RowsByIds(m_database, m_limit).waiting(places); })
+        .map([&](const QList<PlacedRow> &rows) { return room.with(rows, range.low); });
 }
 
 StoreResult<HistoryPages::Finds> HistoryPages::outcomes(const HistoryFilter &filter,
                                                         NewestFirst::Range range, int maxRows) const
 {
-    Finds finds{{}, range.low};
     const MessageStates states = filter.states & left;
     if (!states)
-        return finds;
-    const StoreResult<NewestFirst::Range> bounds =
-        HistoryBounds(m_database, HistoryBounds::Table::Outcomes).of(filter.from, filter.to);
-    if (!bounds)
-        return failed(bounds.error());
-    const NewestFirst::Range looked = cut(range, *bounds);
+        return Finds{{}, range.low};
+    const bool isFirstPage = range.below == NewestFirst::Range().below;
+    const HistoryBounds bounds(m_database, HistoryTable::Outcomes);
+    if (isFirstPage) { // the end of another one lies in the range already
+        const StoreResult<qint64> end =
+            m_limit.check().and_then([&] { return bounds.end(filter.to); });
+        if (!end)
+            return failed(end.error());
+        range.below = *end;
+    }
     const QVariantList values = {filter.from, filter.to, filter.to, states.toInt()};
     const Looks &looks = (states & ~unsuccessful) ? allOutcomes : unsuccessfulOutcomes;
     const SearchedText text(filter.text);
-    if (text.isEmpty())
-        return NewestFirst(m_database, looks.forAll, values, m_limit)
-            .walk(looked,
-                  [&finds, maxRows](const StoreRow &row) {
-                      finds.rows.append(foundOf(row));
-                      return finds.rows.size() < maxRows;
-                  })
-            .map([&](const auto &) { return finds; });
-    QList<qint64> places;
-    const NewestFirst scan(m_database, looks.forText, values, m_limit);
-    return find(text, scan, values, looked,
-                [&places, maxRows](qint64 place) {
-                    places.append(place);
-                    return places.size() < maxRows;
-                })
-        .and_then([&] { return outcomesAt(places); })
-        .map([&](const QList<Found> &rows) {
-            finds.rows = rows;
-            return finds;
-        });
-}
-
-StoreResult<QList<HistoryPages::Found>> HistoryPages::outcomesAt(const QList<qint64> &places) const
-{
-    QList<Found> rows;
-    for (const qint64 place : places) {
-        const auto row = m_database.row(outcome, {place}, foundOf);
-        if (!row)
-            return failed(row.error());
-        if (*row)
-            rows.append(**row);
-    }
-    return rows;
-}
-
-/// The newest ones are looked at one by one, in which a text that is in most of them is found at
-/// once, and so are those that aren't in the index yet. The index gives the others.
-StoreResult<> HistoryPages::find(const SearchedText &text, const NewestFirst &scan,
-                                 const QVariantList &filter, NewestFirst::Range range,
-                                 const std::function<bool(qint64 place)> &take) const
-{
-    qint64 found = 0;
-    bool wantsMore = true;
-    const auto compare = [&](const StoreRow &row) {
-        if (!text.isIn(row.value(1).toString(), row.value(2).toString()))
-            return true;
-        ++found;
-        return wantsMore = take(row.value(0).toLongLong());
+    const auto bounded = [&](NewestFirst::Range rest) {
+        return m_limit.check()
+            .and_then([&] { return bounds.begin(filter.from); })
+            .map([rest](qint64 begin) {
+                return NewestFirst::Range{rest.below, std::max(rest.low, begin)};
+            });
     };
-    const StoreResult<qint64> mark = IndexMark(m_database).value();
-    if (!mark)
-        return failed(mark.error());
-    if (!IndexedSearch::canFind(text) || *mark == 0)
-        return scan.walk(range, compare).map([](const auto &) {});
-    return scan.walk({range.below, std::max(range.low, *mark + 1)}, compare)
-        .and_then([&](const auto &) -> StoreResult<NewestFirst::Range> {
-            found = 0;
-            const NewestFirst::Range indexed{std::min(range.below, *mark + 1), range.low};
-            return wantsMore ? scan.walk(indexed, compare, scannedRows)
-                             : StoreResult<NewestFirst::Range>(indexed);
+    Room room(maxRows);
+    if (text.isEmpty())
+        return allOf(NewestFirst(m_database, looks.forAll, values, m_limit), range, bounded, room);
+    QList<qint64> places;
+    const TextSearch search(m_database, HistoryTable::Outcomes, looks.forText, values, m_limit);
+    return bounded(range)
+        .and_then([&](NewestFirst::Range looked) {
+            return search.find(text, looked,
+                               [&](const StoreRow &row) { return note(row, places, room); });
+        })
+        .and_then([&] { return RowsByIds(m_database, m_limit).outcomes(places); })
+        .map([&](const QList<PlacedRow> &rows) { return room.with(rows, range.low); });
+}
+
+/// Where the filter's range begins is looked for when the page isn't full soon: it takes a look at
+/// the moments of a whole day.
+StoreResult<HistoryPages::Finds> HistoryPages::allOf(const NewestFirst &scan,
+                                                     NewestFirst::Range range,
+                                                     const Bounded &bounded, Room &room) const
+{
+    QList<PlacedRow> rows;
+    bool wantsMore = true;
+    const auto take = [&, append = appendTo(rows, room)](const StoreRow &row) {
+        return wantsMore = append(row);
+    };
+    return scan.walk(range, take, scannedRows)
+        .and_then([&](const NewestFirst::Range &rest) {
+            return wantsMore && !rest.isEmpty() ? bounded(rest)
+                                                : StoreResult<NewestFirst::Range>(rest);
         })
         .and_then([&](const NewestFirst::Range &rest) {
-            // Many, and the server would gather all of them before it gave the first one.
-            const bool areMany =
-                m_database.kind() == StoreDatabase::Kind::Server && found > scannedRows / manyOf;
-            return wantsMore && areMany ? scan.walk(rest, compare, maxScannedRows)
-                                        : StoreResult<NewestFirst::Range>(rest);
+            return wantsMore ? scan.walk(rest, take) : StoreResult<NewestFirst::Range>(rest);
         })
-        .and_then([&](const NewestFirst::Range &rest) {
-            return wantsMore ? IndexedSearch(m_database, filter, m_limit).walk(text, rest, compare)
-                             : StoreResult<>();
-        });
+        .map([&](const auto &) { return room.with(rows, range.low); });
+}
+
+/// Notes where a row is that was found.
+bool HistoryPages::note(const StoreRow &row, QList<qint64> &places, Room &room)
+{
+    places.append(row.value(0).toLongLong());
+    return room.take(places.constLast(), row.value(2).toString());
+}
+
+NewestFirst::Take HistoryPages::appendTo(QList<PlacedRow> &rows, Room &room)
+{
+    return [&rows, &room](const StoreRow &row) {
+        rows.append(PlacedRow::of(row));
+        return room.take(rows.constLast().place, rows.constLast().row.text);
+    };
+}
+
+bool HistoryPages::isIn(const SearchedText &text, const StoreRow &row)
+{
+    return text.isIn(row.value(1).toString(), row.value(2).toString());
 }
 
 StoreResult<QList<HistoryRow>> HistoryPages::of(const QList<qint64> &ids) const
 {
-    return m_database.look([&]() -> StoreResult<QList<HistoryRow>> {
-        QList<HistoryRow> rows;
-        for (const qint64 id : ids) {
-            if (id <= 0) // of messages that never had one here
-                continue;
-            StoreResult<std::optional<HistoryRow>> row =
-                m_database.row(waitingMessage, {id}, rowOf);
-            if (row && !*row)
-                row = m_database.row(outcomeOfMessage, {id}, rowOf);
-            if (!row)
-                return failed(row.error());
-            if (*row)
-                rows.append(**row);
-        }
-        return rows;
-    });
+    return m_database.look([&] { return RowsByIds(m_database, m_limit).of(ids); });
 }
 
 #undef NORVANE_LOOKS
 #undef NORVANE_UNSUCCESSFUL
 #undef NORVANE_OUTCOMES
-#undef NORVANE_WAITING
+#undef NORVANE_QUEUE
 #undef NORVANE_WINDOW
 
 } // namespace norvane

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/history/HistoryCursor.h"
 #include "TovekSMService/history/NewestFirst.h"
+#include "TovekSMService/history/PlacedRow.h"
 #include "TovekSMService/store/StoreFailure.h"
 #include "contract/History.h"
 
@@ -26,6 +27,9 @@ struct HistoryPage
 class HistoryPages
 {
 public:
+    /// Characters of the texts of a page: it ends early where they are more.
+    static constexpr qsizetype maxText = 4'000'000;
+
     /// @param database, limit  must outlive this object
     HistoryPages(StoreDatabase &database, const QueryLimit &limit)
         : m_database(database), m_limit(limit)
@@ -42,16 +46,15 @@ public:
     [[nodiscard]] StoreResult<QList<HistoryRow>> of(const QList<qint64> &ids) const;
 
 private:
-    struct Found
-    {
-        qint64 place = 0; ///< its id in its table
-        HistoryRow row;
-    };
     struct Finds
     {
-        QList<Found> rows;
-        qint64 end = 0; ///< below which there may be more
+        QList<PlacedRow> rows;
+        qint64 end = 0;     ///< below which there may be more
+        bool isCut = false; ///< these are not as many as were asked for: there is too much text
     };
+    class Room;
+    /// Leaves away what lies before the range of a filter.
+    using Bounded = std::function<StoreResult<NewestFirst::Range>(NewestFirst::Range)>;
 
     StoreResult<HistoryPage> merged(const HistoryFilter &filter, const HistoryCursor &after,
                                     const HistoryCursor &until, int maxRows) const;
@@ -59,12 +62,11 @@ private:
                                int maxRows) const;
     StoreResult<Finds> outcomes(const HistoryFilter &filter, NewestFirst::Range range,
                                 int maxRows) const;
-    StoreResult<> find(const SearchedText &text, const NewestFirst &scan,
-                       const QVariantList &filter, NewestFirst::Range range,
-                       const std::function<bool(qint64 place)> &take) const;
-    StoreResult<QList<Found>> outcomesAt(const QList<qint64> &places) const;
-    static HistoryRow rowOf(const StoreRow &row);
-    static Found foundOf(const StoreRow &row);
+    StoreResult<Finds> allOf(const NewestFirst &scan, NewestFirst::Range range,
+                             const Bounded &bounded, Room &room) const;
+    static bool note(const StoreRow &row, QList<qint64> &places, Room &room);
+    static NewestFirst::Take appendTo(QList<PlacedRow> &rows, Room &room);
+    static bool isIn(const SearchedText &text, const StoreRow &row);
 
     StoreDatabase &m_database;
     const QueryLimit &m_limit;

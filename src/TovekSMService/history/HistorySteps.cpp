@@ -5,6 +5,7 @@
 #include "contract/ErrorCodes.h"
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 
 namespace norvane {
@@ -43,9 +44,10 @@ HistoryEvent queuedAt(const StoreRow &row)
 
 StoreResult<QList<HistoryEvent>> HistorySteps::of(qint64 message) const
 {
-    if (message <= 0) // of messages that never had an id here
+    if (message == 0 || message == std::numeric_limits<qint64>::min())
         return QList<HistoryEvent>();
-    return m_database.look([&] { return collected(message); }).map([](QList<HistoryEvent> events) {
+    const auto steps = [&] { return message > 0 ? collected(message) : ofOutcome(-message); };
+    return m_database.look(steps).map([](QList<HistoryEvent> events) {
         std::stable_sort(events.begin(), events.end(),
                          [](const HistoryEvent &one, const HistoryEvent &other) {
                              return std::tie(one.at, one.step, one.part) <
@@ -68,7 +70,29 @@ StoreResult<QList<HistoryEvent>> HistorySteps::collected(qint64 message) const
     events.append(**queued);
     return addAttempts(message, events)
         .and_then([&] { return addParts(message, events); })
-        .and_then([&] { return addOutcome(message, events); })
+        .and_then([&] {
+            return addOutcome("SELECT at, code, network_reference FROM outcome "
+                              "WHERE message_id = ?",
+                              message, events);
+        })
+        .map([&] { return events; });
+}
+
+/// Of a message that never had an id here nothing else is known.
+StoreResult<QList<HistoryEvent>> HistorySteps::ofOutcome(qint64 outcome) const
+{
+    QList<HistoryEvent> events;
+    return m_database
+        .each("SELECT queued_at FROM outcome WHERE id = ? AND message_id = 0", {outcome},
+              [&events](const StoreRow &row) {
+                  events.append(queuedAt(row));
+                  return true;
+              })
+        .and_then([&] {
+            return addOutcome("SELECT at, code, network_reference FROM outcome "
+                              "WHERE id = ? AND message_id = 0",
+                              outcome, events);
+        })
         .map([&] { return events; });
 }
 
@@ -104,17 +128,16 @@ StoreResult<> HistorySteps::addParts(qint64 message, QList<HistoryEvent> &events
         });
 }
 
-StoreResult<> HistorySteps::addOutcome(qint64 message, QList<HistoryEvent> &events) const
+StoreResult<> HistorySteps::addOutcome(const char *statement, qint64 id,
+                                       QList<HistoryEvent> &events) const
 {
-    return m_database.each("SELECT at, code, network_reference FROM outcome WHERE message_id = ?",
-                           {message}, [&events](const StoreRow &row) {
-                               const qint32 code = row.value(1).toInt();
-                               events.append(
-                                   {row.value(0).toString(),
-                                    code == ErrorCode::ok ? HistoryStep::Sent : HistoryStep::Failed,
-                                    0, code, numberOf(row.value(2))});
-                               return true;
-                           });
+    return m_database.each(statement, {id}, [&events](const StoreRow &row) {
+        const qint32 code = row.value(1).toInt();
+        events.append({row.value(0).toString(),
+                       code == ErrorCode::ok ? HistoryStep::Sent : HistoryStep::Failed, 0, code,
+                       numberOf(row.value(2))});
+        return true;
+    });
 }
 
 } // namespace norvane

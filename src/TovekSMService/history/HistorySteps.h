@@ -18,11 +18,13 @@ public:
 
     /// By their moments, the first one first, and those of one moment in the order of HistoryStep;
     /// none for a message that isn't known.
+    /// @param message  its id in the history
     [[nodiscard]] StoreResult<QList<HistoryEvent>> of(qint64 message) const;
 
 private:
     StoreResult<QList<HistoryEvent>> collected(qint64 message) const;
-    StoreResult<> addOutcome(qint64 message, QList<HistoryEvent> &events) const;
+    StoreResult<QList<HistoryEvent>> ofOutcome(qint64 outcome) const;
+    StoreResult<> addOutcome(const char *statement, qint64 id, QList<HistoryEvent> &events) const;
     StoreResult<> addAttempts(qint64 message, QList<HistoryEvent> &events) const;
     StoreResult<> addParts(qint64 message, QList<HistoryEvent> &events) const;
 

@@ -17,12 +17,17 @@ namespace {
 /// Ends of the classes of delays, in seconds; 0 for the last one.
 constexpr std::array<quint32, 9> classes = {10, 30, 60, 300, 900, 3600, 21'600, 86'400, 0};
 
+// Columns of the numbers of a day.
+constexpr int firstDelayColumn = 5;
+constexpr int followingColumn = firstDelayColumn + int{classes.size()};
+
 // clang-format off
 #define NORVANE_COUNT(condition) "sum(CASE WHEN " condition " THEN 1 ELSE 0 END), "
 
 // How many there are between two moments; of them delivered, refused, failed, in doubt; delivered
-// up to the end of each class, and in all. The limit is beyond what there can be, and keeps the
-// delay from being made anew for each class.
+// up to the end of each class, and in all; and the first moment behind them. A delay below zero is
+// one of clocks that differ, and none. The limit is beyond what there can be, and keeps the delay
+// from being made anew for each class.
 #define NORVANE_NUMBERS(seconds)                                                                   \
     "SELECT count(*), "                                                                            \
     NORVANE_COUNT("code = 1 AND delivery = 2")                                                     \
@@ -37,8 +42,9 @@ constexpr std::array<quint32, 9> classes = {10, 30, 60, 300, 900, 3600, 21'600, 
     NORVANE_COUNT("delay <= 3600")                                                                 \
     NORVANE_COUNT("delay <= 21600")                                                                \
     NORVANE_COUNT("delay <= 86400")                                                                \
-    "count(delay) FROM (SELECT code, delivery, CASE WHEN code = 1 AND delivery = 2 AND "           \
-    "delivered_at <> '' THEN " seconds " END AS delay FROM outcome "                               \
+    "count(delay), (SELECT min(at) FROM outcome WHERE at >= ?) "                                   \
+    "FROM (SELECT code, delivery, CASE WHEN code = 1 AND delivery = 2 AND "                        \
+    "delivered_at >= at THEN " seconds " END AS delay FROM outcome "                               \
     "WHERE at >= ? AND at < ? LIMIT 1000000000) AS seen"
 constexpr const char *numbersOfFile =
     NORVANE_NUMBERS("unixepoch(delivered_at) - unixepoch(at)");
@@ -60,16 +66,9 @@ constexpr NewestFirst::Statements reasons = {
     "AND (? = '' OR at < ?)" NORVANE_UNSUCCESSFUL ") AS seen GROUP BY 1, 2"};
 #undef NORVANE_UNSUCCESSFUL
 
-/// The first and the last moment of the messages that have left the queue.
-struct Span
+QString firstOf(const StoreRow &row)
 {
-    QString first;
-    QString last;
-};
-
-Span spanOf(const StoreRow &row)
-{
-    return {row.value(0).toString(), row.value(1).toString()};
+    return row.value(0).toString();
 }
 
 QDate dayOf(const QString &moment)
@@ -89,7 +88,7 @@ StoreResult<HistoryNumbers> HistorySummary::of(const QString &from, const QStrin
 {
     return m_database.look([&]() -> StoreResult<HistoryNumbers> {
         const StoreResult<NewestFirst::Range> range =
-            HistoryBounds(m_database, HistoryBounds::Table::Outcomes).of(from, to);
+            HistoryBounds(m_database, HistoryTable::Outcomes).of(from, to);
         if (!range)
             return failed(range.error());
         Counts counts;
@@ -101,46 +100,46 @@ StoreResult<HistoryNumbers> HistorySummary::of(const QString &from, const QStrin
     });
 }
 
-/// A day at a time, so that it can end between any two of them.
+/// A day at a time, so that it can end between any two of them, from one that has messages to the
+/// next one.
 StoreResult<> HistorySummary::countDays(const QString &from, const QString &to,
                                         Counts &counts) const
 {
-    const auto span = m_database.row(
-        "SELECT (SELECT min(at) FROM outcome), (SELECT max(at) FROM outcome)", {}, spanOf);
-    if (!span)
-        return failed(span.error());
-    const QDate last = dayOf(span->value_or(Span()).last);
-    StoreResult<> counted;
-    QDate day = dayOf(std::max(from, span->value_or(Span()).first));
-    for (; counted && day.isValid() && day <= last; day = day.addDays(1)) {
-        const QString begin = std::max(from, textOf(day));
-        const QString next = textOf(day.addDays(1));
-        const QString end = to.isEmpty() ? next : std::min(to, next);
-        if (begin >= end)
+    const auto first = m_database.row("SELECT min(at) FROM outcome WHERE at >= ?", {from}, firstOf);
+    if (!first)
+        return failed(first.error());
+    QString begin = first->value_or(QString());
+    while (!begin.isEmpty() && (to.isEmpty() || begin < to)) {
+        const QString next = textOf(dayOf(begin).addDays(1));
+        if (next <= begin) // what is no moment, behind all others
             break;
-        counted = m_limit.check().and_then([&] { return countDay(begin, end, counts); });
+        const StoreResult<QString> following =
+            m_limit.check().and_then([&] { return countDay(begin, next, to, counts); });
+        if (!following)
+            return failed(following.error());
+        begin = *following;
     }
-    return counted;
+    return {};
 }
 
-StoreResult<> HistorySummary::countDay(const QString &begin, const QString &end,
-                                       Counts &counts) const
+/// Gives the first moment from `next` on; nothing for none.
+StoreResult<QString> HistorySummary::countDay(const QString &begin, const QString &next,
+                                              const QString &to, Counts &counts) const
 {
     const bool isFile = m_database.kind() == StoreDatabase::Kind::File;
+    const QString end = to.isEmpty() ? next : std::min(to, next);
     return m_database
-        .row(isFile ? numbersOfFile : numbersOfServer, {begin, end},
+        .row(isFile ? numbersOfFile : numbersOfServer, {next, begin, end},
              [&](const StoreRow &row) {
                  addDay(textOf(dayOf(begin)), row, counts);
-                 return true;
+                 return row.value(followingColumn).toString();
              })
-        .map([](const auto &) {});
+        .map([](const std::optional<QString> &following) { return following.value_or(QString()); });
 }
 
 void HistorySummary::addDay(const QString &name, const StoreRow &row, Counts &counts)
 {
     const quint32 all = row.value(0).toUInt();
-    if (all == 0)
-        return;
     HistoryDay day;
     day.day = name;
     day.delivered = row.value(1).toUInt();
@@ -149,10 +148,9 @@ void HistorySummary::addDay(const QString &name, const StoreRow &row, Counts &co
     day.inDoubt = row.value(4).toUInt();
     day.sent = all - day.delivered - day.refused - day.failed - day.inDoubt;
     counts.days.append(day);
-    constexpr int firstOfDelays = 5;
     quint32 counted = 0;
     for (int at = 0; at < counts.delays.size(); ++at) {
-        const quint32 upTo = row.value(firstOfDelays + at).toUInt();
+        const quint32 upTo = row.value(firstDelayColumn + at).toUInt();
         counts.delays[at].count += upTo - counted;
         counted = upTo;
     }

@@ -42,7 +42,8 @@ private:
     };
 
     StoreResult<> countDays(const QString &from, const QString &to, Counts &counts) const;
-    StoreResult<> countDay(const QString &begin, const QString &end, Counts &counts) const;
+    StoreResult<QString> countDay(const QString &begin, const QString &next, const QString &to,
+                                  Counts &counts) const;
     StoreResult<> countReasons(NewestFirst::Range range, const QString &from, const QString &to,
                                Counts &counts) const;
     static void addDay(const QString &name, const StoreRow &row, Counts &counts);

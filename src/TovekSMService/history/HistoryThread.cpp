@@ -1,142 +1,52 @@
 #include "TovekSMService/history/HistoryThread.h"
 
-#include "TovekSMService/history/QueryLimit.h"
-#include "TovekSMService/log/Categories.h"
-#include "TovekSMService/time/Stopwatch.h"
-
 #include <QThread>
-
-#include <algorithm>
-#include <chrono>
-#include <utility>
 
 namespace norvane {
 
+namespace {
+
+constexpr int serverEndMs = 100; ///< for which the end of a question to a server is waited for
+
+} // namespace
+
 HistoryThread::HistoryThread(const HistoryStorage &source, TimeSource &time, const Pace &pace,
                              QObject *parent)
-    : QObject(parent), m_source(source), m_time(time), m_pace(pace), m_connection(source, time),
-      m_thread(QThread::create([this] { run(); }))
+    : QObject(parent), m_isOfFile(source.isFile()),
+      m_worker(std::make_shared<HistoryWorker>(source, time, pace, this)),
+      m_thread(QThread::create([worker = m_worker] { worker->run(); }))
 {
     m_thread->start();
 }
 
 HistoryThread::~HistoryThread()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_isEnding = true;
-        if (m_current)
-            m_current->store(true);
+    m_worker->end();
+    if (m_isOfFile) { // it answers within a moment, and is closed when this returns
+        m_thread->wait();
+        return;
     }
-    m_changed.notify_all();
-    m_thread->wait();
+    if (m_thread->wait(serverEndMs))
+        return;
+    QThread *const left = m_thread.release();
+    QObject::connect(left, &QThread::finished, left, &QObject::deleteLater);
 }
 
 HistoryThread::Cancelled HistoryThread::ask(const Query &query, const Answer &answer)
 {
-    auto cancelled = std::make_shared<std::atomic<bool>>(false);
-    {
-        const std::lock_guard lock(m_mutex);
-        m_jobs.push_back({query, answer, cancelled});
-    }
-    m_changed.notify_all();
-    return cancelled;
+    return m_worker->ask(query, answer);
 }
 
 void HistoryThread::suspend()
 {
-    std::unique_lock lock(m_mutex);
-    m_isSuspended = true;
-    if (m_current)
-        m_current->store(true);
-    m_changed.notify_all();
-    m_changed.wait(lock, [this] { return m_isClosed; });
+    if (m_isOfFile)
+        m_worker->suspend();
 }
 
 void HistoryThread::resume()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_isSuspended = false;
-    }
-    m_changed.notify_all();
-}
-
-void HistoryThread::run()
-{
-    std::unique_lock lock(m_mutex);
-    int restMs = m_pace.restMs;
-    while (!m_isEnding) {
-        if (m_isSuspended) {
-            m_connection.close();
-            m_isClosed = true;
-            m_changed.notify_all();
-            m_changed.wait(lock);
-            continue;
-        }
-        const bool isAsked = waitForWork(lock, restMs);
-        if (m_isSuspended || m_isEnding)
-            continue;
-        m_isClosed = false;
-        if (!isAsked) {
-            lock.unlock();
-            restMs = index();
-            lock.lock();
-            continue;
-        }
-        const Job job = std::move(m_jobs.front());
-        m_jobs.pop_front();
-        m_current = job.cancelled;
-        lock.unlock();
-        const StoreResult<QVariantList> result = carryOut(job);
-        QMetaObject::invokeMethod(this, [answer = job.answer, result] { answer(result); });
-        lock.lock();
-        m_current.reset();
-    }
-    m_connection.close();
-}
-
-/// Gives whether something was asked, and not that the time is over.
-bool HistoryThread::waitForWork(std::unique_lock<std::mutex> &lock, int ms)
-{
-    m_changed.wait_for(lock, std::chrono::milliseconds(ms),
-                       [this] { return !m_jobs.empty() || m_isSuspended || m_isEnding; });
-    return !m_jobs.empty();
-}
-
-/// A connection that is found to be lost is made once more.
-StoreResult<QVariantList> HistoryThread::carryOut(const Job &job)
-{
-    const QueryLimit limit(m_time, job.cancelled.get());
-    const auto attempt = [&] {
-        return limit.check()
-            .and_then([this] { return m_connection.open(); })
-            .and_then([&](StoreDatabase *database) { return job.query(*database, limit); });
-    };
-    StoreResult<QVariantList> result = attempt();
-    const bool isSound = result || result.error().kind() == StoreFailure::Kind::Busy;
-    if (isSound)
-        return result;
-    const bool isLost = m_connection.isOpen();
-    m_connection.close();
-    return isLost ? attempt() : result;
-}
-
-/// Gives for how long the index is left alone then, in milliseconds.
-int HistoryThread::index()
-{
-    Stopwatch taken(m_time);
-    taken.start();
-    const StoreResult<int> rows = m_connection.index(m_pace.rows);
-    if (!rows) {
-        qCDebug(logStore) << "the search index waits:" << rows.error().text();
-        if (rows.error().kind() != StoreFailure::Kind::Busy)
-            m_connection.close();
-        return m_pace.restMs;
-    }
-    if (*rows < m_pace.rows)
-        return m_pace.restMs;
-    return std::max(m_pace.stepMs, static_cast<int>(taken.elapsed()) * m_pace.busyFactor);
+    if (m_isOfFile)
+        m_worker->resume();
 }
 
 } // namespace norvane

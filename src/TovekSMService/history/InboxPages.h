@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TovekSMService/history/HistoryCursor.h"
+#include "TovekSMService/history/NewestFirst.h"
 #include "TovekSMService/store/StoreFailure.h"
 #include "contract/Messages.h"
 
@@ -11,7 +12,6 @@
 namespace norvane {
 
 class QueryLimit;
-class StoreDatabase;
 
 /// Which received messages are asked for.
 struct InboxFilter
@@ -45,8 +45,13 @@ public:
                                               int maxRows) const;
 
 private:
+    using Messages = QList<ReceivedMessage>;
+
     StoreResult<InboxPage> found(const InboxFilter &filter, const InboxCursor &after,
                                  const InboxCursor &until, int maxRows) const;
+    StoreResult<Messages> messages(const InboxFilter &filter, NewestFirst::Range range,
+                                   int maxRows) const;
+    StoreResult<Messages> messagesAt(const QList<qint64> &ids) const;
 
     StoreDatabase &m_database;
     const QueryLimit &m_limit;

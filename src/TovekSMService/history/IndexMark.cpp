@@ -10,29 +10,39 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString settingName()
+QString settingOf(HistoryTable table)
 {
-    return u"history_index"_s;
+    return table == HistoryTable::Outcomes ? u"history_index"_s : u"inbox_index"_s;
 }
+
+constexpr QLatin1StringView foldingPrefix = "1."_L1;
 
 /// Stands before the id. Texts are folded otherwise with another version of Unicode.
 QString folding()
 {
-    return u"1.%1:"_s.arg(static_cast<int>(QChar::currentUnicodeVersion()));
+    return foldingPrefix + QString::number(static_cast<int>(QChar::currentUnicodeVersion())) + u':';
 }
 
 } // namespace
 
 StoreResult<qint64> IndexMark::value() const
 {
-    return SettingTable(m_database).value(settingName()).map([](const QString &text) {
+    return SettingTable(m_database).value(settingOf(m_table)).map([](const QString &text) {
         return text.startsWith(folding()) ? text.mid(folding().size()).toLongLong() : 0;
+    });
+}
+
+StoreResult<bool> IndexMark::isOfLaterFolding() const
+{
+    return SettingTable(m_database).value(settingOf(m_table)).map([](const QString &text) {
+        const QString version = text.section(u':', 0, 0).mid(foldingPrefix.size());
+        return text.startsWith(foldingPrefix) && version.toInt() > QChar::currentUnicodeVersion();
     });
 }
 
 StoreResult<> IndexMark::set(qint64 id)
 {
-    return SettingTable(m_database).write(settingName(), folding() + QString::number(id));
+    return SettingTable(m_database).write(settingOf(m_table), folding() + QString::number(id));
 }
 
 } // namespace norvane

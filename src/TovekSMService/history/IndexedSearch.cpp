@@ -7,6 +7,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -15,68 +17,136 @@ namespace {
 
 constexpr qsizetype pieceLength = 3;
 constexpr qsizetype maxPieces = 24; ///< that are asked for; the rest is left to the comparison
+constexpr int maxTerms = 1000;      ///< of a file's index that begin with a shorter text
 constexpr int rowsAtOnce = 2000;    ///< of the server
 
-constexpr char inFile[] =
-    "SELECT " NORVANE_COMPARED " FROM outcome_search CROSS JOIN outcome "
-    "ON outcome.id = outcome_search.rowid WHERE outcome_search MATCH ? "
-    "AND outcome_search.rowid < ? AND outcome_search.rowid >= ? AND " NORVANE_OUTCOME_FILTER
-    " ORDER BY outcome_search.rowid DESC";
-
-// "+ 0" leaves the choice to the index of texts; the operator is that of LIKE.
-constexpr char inServer[] =
-    "WITH found AS MATERIALIZED (SELECT id FROM outcome_search WHERE folded ~~ ? "
-    "AND id + 0 < ? AND id + 0 >= ?), newest AS MATERIALIZED (SELECT id FROM found "
-    "ORDER BY id DESC) SELECT " NORVANE_COMPARED " FROM newest JOIN outcome "
-    "ON outcome.id = newest.id WHERE " NORVANE_OUTCOME_FILTER " ORDER BY outcome.id DESC LIMIT ?";
-
-/// The text as the index's language has it: all of its pieces, whatever characters they are of.
-QString piecesOf(const QString &folded)
+struct SearchStatements
 {
-    const QList<uint> characters = folded.toUcs4();
-    QStringList pieces;
-    for (qsizetype at = 0; at + pieceLength <= characters.size() && pieces.size() < maxPieces;
-         ++at) {
-        QString piece;
-        for (qsizetype next = at; next < at + pieceLength; ++next)
-            piece += QString::fromUcs4(reinterpret_cast<const char32_t *>(&characters.at(next)), 1);
-        pieces.append(u'"' + piece.replace(u'"', u"\"\""_s) + u'"');
+    const char *terms;
+    const char *inFile;
+    const char *inServer;
+};
+
+// Terms are looked up one behind the other, as each of them stands there once for each of its rows.
+// They are of three characters: no other one is between one of them and the same with a fourth.
+// "+ 0" leaves the choice to the server's index of texts. As what that gives is in order, for which
+// "OFFSET 0" stands, no more rows are looked up than are wanted. A text that is too long for it is
+// compared in each search.
+#define NORVANE_SEARCH(table, filter)                                                              \
+    {                                                                                              \
+        "WITH RECURSIVE found(term) AS (SELECT (SELECT term FROM " table "_search_terms "          \
+        "WHERE term >= ? AND term <= ? ORDER BY term LIMIT 1) UNION ALL "                          \
+        "SELECT (SELECT term FROM " table "_search_terms "                                         \
+        "WHERE term >= found.term || char(1) AND term <= ? ORDER BY term LIMIT 1) FROM found "     \
+        "WHERE found.term IS NOT NULL) SELECT term FROM found WHERE term IS NOT NULL LIMIT ?",     \
+            "SELECT " table NORVANE_COMPARED " FROM " table "_search CROSS JOIN " table " "        \
+            "ON " table ".id = " table "_search.rowid WHERE " table "_search MATCH ? "             \
+            "AND " table "_search.rowid < ? AND " table "_search.rowid >= ? AND " filter           \
+            " ORDER BY " table "_search.rowid DESC",                                               \
+            "SELECT " table NORVANE_COMPARED " FROM (SELECT id + 0 AS id FROM " table "_search "   \
+            "WHERE search_pieces(folded) @@ ?::tsquery AND id + 0 < ? AND id + 0 >= ? "            \
+            "ORDER BY id + 0 DESC OFFSET 0) AS newest JOIN " table " ON " table ".id = newest.id " \
+            "WHERE " filter " ORDER BY " table ".id DESC LIMIT ?"                                  \
     }
-    pieces.removeDuplicates();
-    return pieces.join(u" AND "_s);
+constexpr SearchStatements outcomeSearch = NORVANE_SEARCH("outcome", NORVANE_OUTCOME_FILTER);
+constexpr SearchStatements receivedSearch = NORVANE_SEARCH("received", NORVANE_RECEIVED_FILTER);
+#undef NORVANE_SEARCH
+
+const SearchStatements &searchOf(HistoryTable table)
+{
+    return table == HistoryTable::Outcomes ? outcomeSearch : receivedSearch;
 }
 
-/// A pattern for what contains the text as it is.
-QString patternOf(const QString &folded)
+/// The pieces of a text, whatever characters they are of; of a shorter one itself.
+QStringList piecesOf(const QString &text)
 {
-    QString pattern = folded;
-    for (const QChar special : {u'\\', u'%', u'_'})
-        pattern.replace(special, u"\\"_s + special);
-    return u'%' + pattern + u'%';
+    const QList<uint> characters = text.toUcs4();
+    const qsizetype pieces =
+        std::clamp(characters.size() - pieceLength + 1, qsizetype{1}, maxPieces);
+    QStringList all;
+    for (qsizetype at = 0; at < pieces; ++at) {
+        const QList<uint> piece = characters.mid(at, pieceLength);
+        all.append(
+            QString::fromUcs4(reinterpret_cast<const char32_t *>(piece.constData()), piece.size()));
+    }
+    all.removeDuplicates();
+    return all;
+}
+
+bool isWhole(const QString &piece)
+{
+    return piece.toUcs4().size() == pieceLength;
+}
+
+/// As the index of a file has it.
+QString quotedInFile(QString piece)
+{
+    return u'"' + piece.replace(u'"', u"\"\""_s) + u'"';
+}
+
+/// As the index of a server has it, with what a shorter text is the beginning of.
+QString quotedInServer(QString piece)
+{
+    const QString end = isWhole(piece) ? u"'"_s : u"':*"_s;
+    for (const QChar special : {u'\\', u'\''})
+        piece.replace(special, QString(2, special));
+    return u'\'' + piece + end;
+}
+
+QString joined(const QStringList &pieces, const QString &word, QString (*quoted)(QString))
+{
+    QStringList all;
+    for (const QString &piece : pieces)
+        all.append(quoted(piece));
+    return all.join(word);
 }
 
 } // namespace
 
-bool IndexedSearch::canFind(const SearchedText &text)
+StoreResult<std::optional<QString>> IndexedSearch::questionOf(const SearchedText &text) const
 {
-    return text.folded().toUcs4().size() >= pieceLength;
+    using Question = std::optional<QString>;
+    const QStringList pieces = piecesOf(text.inIndex());
+    if (m_database.kind() == StoreDatabase::Kind::Server)
+        return Question(u'(' + joined(pieces, u" & "_s, quotedInServer) + u") | 'long'"_s);
+    if (isWhole(pieces.constFirst()))
+        return Question(joined(pieces, u" AND "_s, quotedInFile));
+    return beginningWith(pieces.constFirst());
 }
 
-StoreResult<> IndexedSearch::walk(const SearchedText &text, NewestFirst::Range range,
+/// What a file's index is asked for a text that is shorter than its terms.
+StoreResult<std::optional<QString>> IndexedSearch::beginningWith(const QString &piece) const
+{
+    const QString last = piece + QString::fromUcs4(U"\U0010FFFF\U0010FFFF");
+    QStringList terms;
+    StoreResult<> goesOn;
+    const StoreResult<> found = m_database.each(
+        searchOf(m_table).terms, {piece, last, last, maxTerms + 1}, [&](const StoreRow &row) {
+            terms.append(row.value(0).toString());
+            goesOn = m_limit.check();
+            return goesOn.has_value();
+        });
+    if (!found || !goesOn)
+        return failed(found ? goesOn.error() : found.error());
+    return terms.size() > maxTerms ? std::nullopt
+                                   : std::optional(joined(terms, u" OR "_s, quotedInFile));
+}
+
+StoreResult<> IndexedSearch::walk(const QString &question, NewestFirst::Range range,
                                   const NewestFirst::Take &take) const
 {
-    if (range.isEmpty())
+    if (range.isEmpty() || question.isEmpty())
         return {};
-    return m_database.kind() == StoreDatabase::Kind::File ? walkFile(text, range, take)
-                                                          : walkServer(text, range, take);
+    return m_database.kind() == StoreDatabase::Kind::File ? walkFile(question, range, take)
+                                                          : walkServer(question, range, take);
 }
 
-StoreResult<> IndexedSearch::walkFile(const SearchedText &text, NewestFirst::Range range,
+StoreResult<> IndexedSearch::walkFile(const QString &question, NewestFirst::Range range,
                                       const NewestFirst::Take &take) const
 {
     StoreResult<> goesOn = m_limit.check();
     const StoreResult<> walked = m_database.each(
-        inFile, QVariantList{piecesOf(text.folded()), range.below, range.low} + m_filter,
+        searchOf(m_table).inFile, QVariantList{question, range.below, range.low} + m_filter,
         [&](const StoreRow &row) {
             goesOn = m_limit.check();
             return goesOn && take(row);
@@ -84,7 +154,7 @@ StoreResult<> IndexedSearch::walkFile(const SearchedText &text, NewestFirst::Ran
     return walked ? goesOn : walked;
 }
 
-StoreResult<> IndexedSearch::walkServer(const SearchedText &text, NewestFirst::Range range,
+StoreResult<> IndexedSearch::walkServer(const QString &question, NewestFirst::Range range,
                                         const NewestFirst::Take &take) const
 {
     for (;;) {
@@ -92,15 +162,14 @@ StoreResult<> IndexedSearch::walkServer(const SearchedText &text, NewestFirst::R
             return goesOn;
         int rows = 0;
         bool wantsMore = true;
-        const StoreResult<> walked =
-            m_database.each(inServer,
-                            QVariantList{patternOf(text.folded()), range.below, range.low} +
-                                m_filter + QVariantList{rowsAtOnce},
-                            [&](const StoreRow &row) {
-                                ++rows;
-                                range.below = row.value(0).toLongLong();
-                                return wantsMore = take(row);
-                            });
+        const StoreResult<> walked = m_database.each(
+            searchOf(m_table).inServer,
+            QVariantList{question, range.below, range.low} + m_filter + QVariantList{rowsAtOnce},
+            [&](const StoreRow &row) {
+                ++rows;
+                range.below = row.value(0).toLongLong();
+                return wantsMore = take(row);
+            });
         if (!walked || !wantsMore || rows < rowsAtOnce)
             return walked;
     }

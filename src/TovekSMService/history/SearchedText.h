@@ -12,11 +12,13 @@ public:
 
     /// Whether it is in everything.
     bool isEmpty() const { return m_folded.isEmpty(); }
-    const QString &folded() const { return m_folded; }
+    /// The text as it is in what index() makes of a message that it is in.
+    QString inIndex() const;
     bool isIn(const QString &phone, const QString &text) const;
 
-    /// All of a message in which one is looked for, as one folded text.
-    static QString folded(const QString &phone, const QString &text);
+    /// All of a message in which one is looked for, as one folded text to be indexed. As two
+    /// characters follow, a piece of three begins with each of its own.
+    static QString index(const QString &phone, const QString &text);
 
 private:
     QString m_folded;

@@ -67,21 +67,35 @@ bool isInTable(QChar character)
     return character.unicode() < tableEnd;
 }
 
+/// What is folded by its case alone.
+bool isPlain(QChar character)
+{
+    return character.unicode() > 0 && character.unicode() < 0x80;
+}
+
+QChar plainFold(QChar character)
+{
+    const char16_t unit = character.unicode();
+    return unit >= u'A' && unit <= u'Z' ? QChar(char16_t(unit + (u'a' - u'A'))) : character;
+}
+
 } // namespace
 
+/// Nearly all characters of a text are plain ones, which are folded a run at a time.
 QString TextFold::fold(const QString &text)
 {
     if (!std::all_of(text.cbegin(), text.cend(), isInTable))
         return foldedSlowly(text);
-    const std::vector<QString> &table = foldedCharacters();
     QString folded;
     folded.reserve(text.size());
-    for (const QChar character : text) {
-        const char16_t unit = character.unicode();
-        if (unit > 0 && unit < 0x80)
-            folded += unit >= u'A' && unit <= u'Z' ? QChar(unit + (u'a' - u'A')) : character;
-        else
-            folded += table[unit];
+    for (auto at = text.cbegin(); at != text.cend();) {
+        const auto end = std::find_if_not(at, text.cend(), isPlain);
+        const qsizetype before = folded.size();
+        folded.resize(before + (end - at));
+        std::transform(at, end, folded.begin() + before, plainFold);
+        at = end;
+        for (; at != text.cend() && !isPlain(*at); ++at)
+            folded += foldedCharacters()[at->unicode()];
     }
     return folded;
 }

@@ -94,7 +94,7 @@ void EngineHost::openShared()
     if (!m_store->isShared())
         return;
     warnOfLeftQueue();
-    if (const QString refusal = EngineSettings::load(m_name).queueRefusal; !refusal.isEmpty())
+    if (const QString refusal = m_store->refusal(); !refusal.isEmpty())
         m_store->sharedDatabase()->refuse(StoreFailure(StoreFailure::Kind::Other, refusal));
     else
         m_store->sharedDatabase()->keepOpen();

@@ -29,6 +29,7 @@ public:
     [[nodiscard]] StoreResult<QSet<QString>> keys() const;
     /// The form in which a number is compared.
     QString keyOf(const QString &phone) const;
+    const QString &countryPrefix() const { return m_countryPrefix; }
 
 private:
     OptOutList &m_list;

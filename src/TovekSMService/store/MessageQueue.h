@@ -189,6 +189,8 @@ protected:
     static QueueRow rowOf(const StoreRow &row);
     StoreResult<bool> isOrWasInProgress(qint64 id) const;
     void resize(qsizetype change);
+    /// As far as it is known: below 0 while others have sent more than is known to have come.
+    qint32 exactSize() const { return m_size; }
     void setSize(qint32 size) { m_size = size; }
     void note(const QList<qint64> &ids);
     void noteAll() { m_journal.noteAll(); }

@@ -1,12 +1,12 @@
 #include "TovekSMService/store/PostgresConnection.h"
 
 #include "TovekSMService/platform/SocketWait.h"
+#include "TovekSMService/store/PostgresExchange.h"
 #include "TovekSMService/store/PostgresText.h"
-#include "TovekSMService/time/Deadline.h"
 
 #include <libpq-fe.h>
 
-#include <optional>
+#include <algorithm>
 
 namespace norvane {
 
@@ -14,74 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// pg_type.dat
-constexpr Oid boolType = 16;
-constexpr Oid byteaType = 17;
-constexpr Oid int8Type = 20;
-constexpr Oid int2Type = 21;
-constexpr Oid int4Type = 23;
-
 struct ResultDeleter
 {
     void operator()(PGresult *result) const { PQclear(result); }
 };
 using ResultPointer = std::unique_ptr<PGresult, ResultDeleter>;
-
-/// A row of a result in text format.
-class ResultRow : public StoreRow
-{
-public:
-    ResultRow(const PGresult *result, int row) : m_result(result), m_row(row) {}
-
-    int columns() const override { return PQnfields(m_result); }
-
-    QVariant value(int column) const override
-    {
-        if (PQgetisnull(m_result, m_row, column) != 0)
-            return {};
-        const char *const text = PQgetvalue(m_result, m_row, column);
-        const int length = PQgetlength(m_result, m_row, column);
-        switch (PQftype(m_result, column)) {
-        case boolType:
-            return *text == 't';
-        case int2Type:
-        case int4Type:
-        case int8Type:
-            return QByteArray::fromRawData(text, length).toLongLong();
-        case byteaType: // "\x..."
-            return QByteArray::fromHex(QByteArray::fromRawData(text + 2, length - 2));
-        default:
-            return QString::fromUtf8(text, length);
-        }
-    }
-
-private:
-    const PGresult *m_result;
-    const int m_row;
-};
-
-StoreFailure::Kind kindOf(const QByteArray &sqlState)
-{
-    if (sqlState.startsWith("53")) // insufficient resources
-        return StoreFailure::Kind::Full;
-    if (sqlState.startsWith("40") || sqlState.startsWith("55") || sqlState == "57014")
-        return StoreFailure::Kind::Busy; // serialization, lock not available, query canceled
-    if (sqlState == "23505")             // unique violation
-        return StoreFailure::Kind::Exists;
-    if (sqlState == "25006") // read-only transaction
-        return StoreFailure::Kind::ReadOnly;
-    if (sqlState.startsWith("57P") || sqlState.startsWith("08"))
-        return StoreFailure::Kind::Away; // shut down, connection
-    return StoreFailure::Kind::Other;
-}
-
-StoreFailure failureOf(const PGresult *result)
-{
-    const char *const state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
-    const char *const text = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
-    return {kindOf(state), text ? QString::fromUtf8(text)
-                                : QString::fromUtf8(PQresultErrorMessage(result)).trimmed()};
-}
 
 void ignoreNotice(void * /*context*/, const PGresult * /*result*/) {}
 
@@ -118,13 +55,19 @@ private:
 StoreResult<std::unique_ptr<PostgresConnection>> PostgresConnection::open(const QString &conninfo,
                                                                           TimeSource &time)
 {
-    // Those of the string win. A server that is gone shows by keepalives where no word was owed.
-    const char *const names[] = {
-        "dbname",           "connect_timeout",  "keepalives_idle", "keepalives_interval",
-        "keepalives_count", "application_name", "client_encoding", nullptr};
+    // Those of the string win, as it is read last. A server that is gone shows by keepalives where
+    // no word was owed.
+    const char *const names[] = {"connect_timeout",
+                                 "keepalives_idle",
+                                 "keepalives_interval",
+                                 "keepalives_count",
+                                 "application_name",
+                                 "client_encoding",
+                                 "dbname",
+                                 nullptr};
     const QByteArray info = conninfo.toUtf8();
-    const char *const values[] = {info.constData(), "5",    "10",   "5", "3",
-                                  "TovekSMService", "UTF8", nullptr};
+    const char *const values[] = {
+        "5", "10", "5", "3", "TovekSMService", "UTF8", info.constData(), nullptr};
     PGconn *const connection = PQconnectdbParams(names, values, 1);
     std::unique_ptr<PostgresConnection> opened(new PostgresConnection(connection, time));
     if (PQstatus(connection) != CONNECTION_OK)
@@ -144,10 +87,13 @@ PostgresConnection::~PostgresConnection()
 StoreFailure PostgresConnection::lost(const QString &reason)
 {
     m_isLost = true;
-    m_sent.clear();
-    m_isPreparation.clear();
+    m_sent = {};
     const QString words = QString::fromUtf8(PQerrorMessage(m_connection)).simplified();
-    return {StoreFailure::Kind::Away, words.isEmpty() ? reason : reason + u": "_s + words};
+    const StoreFailure failure(StoreFailure::Kind::Away,
+                               words.isEmpty() ? reason : reason + u": "_s + words);
+    for (const Posted &posted : std::exchange(m_posted, {}))
+        m_finished.append([done = posted.done, failure] { done(failed(failure)); });
+    return failure;
 }
 
 /// The name under which the server knows the statement.
@@ -159,8 +105,7 @@ QByteArray PostgresConnection::prepared(const QByteArray &text)
     name = "s" + QByteArray::number(++m_lastName);
     const QByteArray numbered = PostgresText::withNumberedPlaces(text);
     PQsendPrepare(m_connection, name.constData(), numbered.constData(), 0, nullptr);
-    m_sent.append(Take());
-    m_isPreparation.append(true);
+    m_sent.addPreparation(text);
     return name;
 }
 
@@ -170,14 +115,14 @@ void PostgresConnection::send(const QByteArray &text, const QVariantList &values
     const Parameters parameters(values);
     PQsendQueryPrepared(m_connection, name.constData(), parameters.count(), parameters.values(),
                         parameters.lengths(), parameters.formats(), 0);
-    m_sent.append(take);
-    m_isPreparation.append(false);
+    m_sent.addStatement(take);
 }
 
 /// Whatever comes, or can be sent, puts the deadline off.
 bool PostgresConnection::wait(bool forWriting, Deadline &deadline)
 {
-    const qint64 left = deadline.remainingTime();
+    const qint64 left = m_end ? std::min(deadline.remainingTime(), m_end->remainingTime())
+                              : deadline.remainingTime();
     if (left <= 0 || !waitForSocket(PQsocket(m_connection), forWriting, static_cast<int>(left)))
         return false;
     deadline.setRemainingTime(m_timeoutMs);
@@ -202,6 +147,15 @@ PGresult *PostgresConnection::nextResult(Deadline &deadline)
     }
 }
 
+void PostgresConnection::await(PostgresExchange &exchange, Deadline &deadline)
+{
+    while (!m_isLost && !exchange.isWhole()) {
+        const ResultPointer result{nextResult(deadline)};
+        if (!m_isLost)
+            exchange.take(result.get());
+    }
+}
+
 StoreResult<PostgresConnection::Answer> PostgresConnection::sync()
 {
     if (m_isLost)
@@ -209,38 +163,46 @@ StoreResult<PostgresConnection::Answer> PostgresConnection::sync()
     Deadline deadline(m_time);
     deadline.setRemainingTime(m_timeoutMs);
     PQpipelineSync(m_connection);
-    const QList<Take> sent = std::exchange(m_sent, {});
-    const QList<bool> isPreparation = std::exchange(m_isPreparation, {});
-    Answer answer;
-    std::optional<StoreFailure> failure;
-    for (qsizetype at = 0; at < sent.size() && !m_isLost; ++at) {
-        while (const ResultPointer result{nextResult(deadline)}) {
-            const ExecStatusType status = PQresultStatus(result.get());
-            if (status == PGRES_FATAL_ERROR && !failure)
-                failure = failureOf(result.get());
-            if (status == PGRES_FATAL_ERROR || status == PGRES_PIPELINE_ABORTED)
-                continue;
-            const Take &take = sent.at(at);
-            for (int row = 0; take && row < PQntuples(result.get()); ++row) {
-                if (!take(ResultRow(result.get(), row)))
-                    break;
-            }
-            if (!isPreparation.at(at))
-                answer.changedRows = QByteArray(PQcmdTuples(result.get())).toInt();
-        }
-    }
-    if (!m_isLost)
-        ResultPointer(nextResult(deadline)); // that of the synchronization
+    PostgresExchange exchange = std::exchange(m_sent, {});
+    for (Posted &posted : m_posted)
+        await(posted.exchange, deadline);
+    finishPosted();
+    await(exchange, deadline);
     collectNotifications();
     if (PQstatus(m_connection) == CONNECTION_BAD)
         m_isLost = true;
     if (m_isLost)
         return failed(lost(u"the database doesn't answer"_s));
-    if (failure) {
-        m_names.clear(); // a statement behind the failure may not have been prepared
-        return failed(*failure);
+    forgetUnprepared(exchange);
+    return exchange.result();
+}
+
+void PostgresConnection::post(const Done &done)
+{
+    PQpipelineSync(m_connection);
+    m_posted.append({std::exchange(m_sent, {}), done});
+    // What can't be sent at once leaves with what is waited for next.
+    m_isLost = m_isLost || PQflush(m_connection) < 0;
+    if (m_isLost)
+        lost(u"the database can't be reached"_s);
+}
+
+/// The others stay known: a server keeps them as long as the connection lasts, however often what
+/// they do fails.
+void PostgresConnection::forgetUnprepared(const PostgresExchange &exchange)
+{
+    for (const QByteArray &text : exchange.unprepared())
+        m_names.remove(text);
+}
+
+void PostgresConnection::finishPosted()
+{
+    while (!m_posted.isEmpty() && m_posted.constFirst().exchange.isWhole()) {
+        const Posted posted = m_posted.takeFirst();
+        forgetUnprepared(posted.exchange);
+        const StoreResult<Answer> result = posted.exchange.result();
+        m_finished.append([done = posted.done, result] { done(result.map([](Answer) {})); });
     }
-    return answer;
 }
 
 StoreResult<> PostgresConnection::execute(const QByteArray &commands)
@@ -258,9 +220,16 @@ void PostgresConnection::read()
 {
     if (m_isLost)
         return;
-    if (PQconsumeInput(m_connection) == 0 || PQstatus(m_connection) == CONNECTION_BAD)
+    if (PQconsumeInput(m_connection) == 0)
         m_isLost = true;
+    while (!m_isLost && !m_posted.isEmpty() && PQisBusy(m_connection) == 0) {
+        const ResultPointer result(PQgetResult(m_connection));
+        m_posted.first().exchange.take(result.get());
+        finishPosted();
+    }
     collectNotifications();
+    if (m_isLost || PQstatus(m_connection) == CONNECTION_BAD)
+        lost(u"the connection to the database is lost"_s);
 }
 
 void PostgresConnection::collectNotifications()

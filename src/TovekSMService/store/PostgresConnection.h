@@ -1,7 +1,8 @@
 #pragma once
 
+#include "TovekSMService/store/PostgresExchange.h"
 #include "TovekSMService/store/StoreFailure.h"
-#include "TovekSMService/store/StoreRow.h"
+#include "TovekSMService/time/Deadline.h"
 #include "TovekSMService/time/TimeSource.h"
 
 #include <QByteArray>
@@ -13,14 +14,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 struct pg_conn;
 struct pg_result;
 
 namespace norvane {
-
-class Deadline;
 
 /// A connection to a PostgreSQL server. Statements are sent one behind the other and carried out in
 /// their order; only sync() waits for the server, and no longer than its time limit without a word
@@ -31,14 +31,10 @@ public:
     /// For how long the server may be silent while it is waited for, in milliseconds.
     static constexpr int statementMs = 5000;
 
-    /// Takes a row, and gives whether it wants the next one.
-    using Take = std::function<bool(const StoreRow &)>;
-
-    /// The answer to a statement.
-    struct Answer
-    {
-        int changedRows = 0;
-    };
+    using Take = PostgresExchange::Take;
+    using Answer = PostgresExchange::Answer;
+    /// Is given what became of statements that nobody waited for.
+    using Done = std::function<void(const StoreResult<> &)>;
 
     /// Connects, and waits for it: DNS, the server and its authentication.
     /// @param conninfo  as libpq takes it: "host=... dbname=..."
@@ -51,6 +47,9 @@ public:
     ~PostgresConnection();
 
     void setTimeout(int ms) { m_timeoutMs = ms; }
+    /// From now on, until it is set anew, so much is waited for at most in all, however much the
+    /// server has to say.
+    void setTimeLeft(int ms) { m_end.emplace(m_time).setRemainingTime(ms); }
 
     /// Sends a statement with values in the places of its question marks. What becomes of it shows
     /// in sync().
@@ -60,13 +59,21 @@ public:
     /// is.
     /// @return the answer to the last statement, or the first failure
     [[nodiscard]] StoreResult<Answer> sync();
+    /// Parts what was sent from what is sent next, as sync() does, without waiting: it is carried
+    /// out, or fails, for itself.
+    /// @param done  is among the takeFinished() when the server has answered, or the connection is
+    ///              lost
+    void post(const Done &done);
     /// Runs commands without values, parted by semicolons, and waits.
     [[nodiscard]] StoreResult<> execute(const QByteArray &commands);
 
     /// The payloads of the notifications of other sessions that came meanwhile, in their order.
     bool hasNotifications() const { return !m_notifications.isEmpty(); }
     QStringList takeNotifications() { return std::exchange(m_notifications, {}); }
-    /// Takes in what the server has sent on its own.
+    /// Calls what waited for an answer that is there. They may use the connection.
+    bool hasFinished() const { return !m_finished.isEmpty(); }
+    QList<std::function<void()>> takeFinished() { return std::exchange(m_finished, {}); }
+    /// Takes in what the server has sent, without waiting.
     void read();
 
     bool isLost() const { return m_isLost; }
@@ -74,6 +81,13 @@ public:
     int socket() const;
 
 private:
+    /// What the server was asked without waiting.
+    struct Posted
+    {
+        PostgresExchange exchange;
+        Done done;
+    };
+
     PostgresConnection(pg_conn *connection, TimeSource &time)
         : m_connection(connection), m_time(time)
     {}
@@ -81,18 +95,22 @@ private:
     QByteArray prepared(const QByteArray &text);
     bool wait(bool forWriting, Deadline &deadline);
     pg_result *nextResult(Deadline &deadline);
+    void await(PostgresExchange &exchange, Deadline &deadline);
+    void finishPosted();
+    void forgetUnprepared(const PostgresExchange &exchange);
     void collectNotifications();
     StoreFailure lost(const QString &reason);
 
     pg_conn *m_connection = nullptr;
     TimeSource &m_time;
     int m_timeoutMs = statementMs;
+    std::optional<Deadline> m_end; ///< of all that is waited for
     bool m_isLost = false;
     QHash<QByteArray, QByteArray> m_names; ///< of the statements that the server has prepared
     int m_lastName = 0;
-    /// Of each statement that was sent and not waited for; nothing for one that only prepares.
-    QList<Take> m_sent;
-    QList<bool> m_isPreparation;
+    PostgresExchange m_sent; ///< behind the last sync() or post()
+    QList<Posted> m_posted;  ///< of which the answers aren't whole
+    QList<std::function<void()>> m_finished;
     QStringList m_notifications;
 };
 

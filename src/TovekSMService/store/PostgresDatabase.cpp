@@ -16,7 +16,6 @@ namespace {
 
 constexpr int reconnectMs = 1000;
 constexpr int attemptEndMs = 100; ///< for which the end of an attempt to connect is waited for
-constexpr int migrationMs = 60'000;
 
 /// What every session is set to. A server that was told to answer before its disk has the commit is
 /// told otherwise. An engine that stands still, or that the network has cut off, lets go of its
@@ -41,7 +40,6 @@ StoreResult<std::unique_ptr<PostgresConnection>> connected(const QString &connin
         PostgresConnection::open(conninfo, time);
     if (!connection)
         return connection;
-    (*connection)->setTimeout(migrationMs);
     const StoreResult<> prepared =
         (*connection)
             ->execute("SET client_min_messages = error")
@@ -49,7 +47,6 @@ StoreResult<std::unique_ptr<PostgresConnection>> connected(const QString &connin
             .and_then([&] { return (*connection)->execute(sessionSettings); });
     if (!prepared)
         return failed(prepared.error());
-    (*connection)->setTimeout(PostgresConnection::statementMs);
     return connection;
 }
 
@@ -160,25 +157,27 @@ StoreResult<> PostgresDatabase::take(StoreResult<std::unique_ptr<PostgresConnect
     return begun;
 }
 
-/// Takes in what the server sent on its own.
+/// Takes in what the server sent without being waited for.
 void PostgresDatabase::look()
 {
     if (!m_connection || isTogether())
         return;
     m_connection->read();
     const QStringList payloads = m_connection->takeNotifications();
+    const QList<std::function<void()>> finished = m_connection->takeFinished();
+    if (m_connection->isLost())
+        lose();
     if (!payloads.isEmpty() && m_onNotified)
         m_onNotified(payloads);
-    if (m_connection && m_connection->isLost())
-        lose(StoreFailure(StoreFailure::Kind::Away, u"the connection to the database is lost"_s));
+    for (const std::function<void()> &finish : finished)
+        finish();
 }
 
-void PostgresDatabase::lose(const StoreFailure &failure)
+void PostgresDatabase::lose()
 {
-    if (!m_connection)
-        return;
-    qCWarning(logStore).noquote() << failure.text();
-    m_openFailure = failure;
+    m_openFailure =
+        StoreFailure(StoreFailure::Kind::Away, u"the connection to the database is lost"_s);
+    qCWarning(logStore).noquote() << m_openFailure->text();
     m_notifier.reset();
     m_connection.reset();
     if (m_isKeptOpen)
@@ -198,9 +197,15 @@ StoreResult<PostgresConnection::Answer> PostgresDatabase::sync() const
     // What came on the way is looked at from the event loop, and a lost connection given up there.
     if (m_connection->isLost())
         m_notifier->setEnabled(false); // its socket is closed already
-    if (m_connection->isLost() || m_connection->hasNotifications())
+    if (m_connection->isLost() || m_connection->hasNotifications() || m_connection->hasFinished())
         m_lookSoon.start(0);
     return answer;
+}
+
+void PostgresDatabase::startCall() const
+{
+    if (m_callMs > 0)
+        m_connection->setTimeLeft(m_callMs);
 }
 
 StoreResult<> PostgresDatabase::begin(const char *statement)
@@ -208,6 +213,7 @@ StoreResult<> PostgresDatabase::begin(const char *statement)
     if (!m_connection || m_connection->isLost())
         return failed(notOpen());
     m_isFailed = false;
+    startCall();
     m_connection->send(statement);
     return {};
 }
@@ -240,6 +246,23 @@ void PostgresDatabase::ask(const char *text, const QVariantList &values,
     m_connection->send(text, values, take);
 }
 
+void PostgresDatabase::post(const char *text, const QVariantList &values,
+                            const PostgresConnection::Take &take,
+                            const PostgresConnection::Done &done)
+{
+    Q_ASSERT(!isTogether());
+    if (!m_connection || m_connection->isLost()) {
+        QMetaObject::invokeMethod(
+            &m_context, [done, failure = notOpen()] { done(failed(failure)); },
+            Qt::QueuedConnection);
+        return;
+    }
+    m_connection->send(text, values, take);
+    m_connection->post(done);
+    if (m_connection->isLost())
+        m_lookSoon.start(0);
+}
+
 StoreResult<int> PostgresDatabase::carryOutAndCount(const char *text, const QVariantList &values)
 {
     m_connection->send(text, values);
@@ -261,6 +284,8 @@ StoreResult<> PostgresDatabase::query(const char *text, const QVariantList &valu
 {
     if (!m_connection || m_connection->isLost())
         return failed(notOpen());
+    if (!isTogether())
+        startCall();
     m_connection->send(text, values, take);
     return sync().map([](const auto &) {});
 }

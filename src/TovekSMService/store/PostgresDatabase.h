@@ -40,6 +40,11 @@ public:
         m_onNotified = notified;
     }
 
+    /// For how long a transaction, or a query, is waited for in all, in milliseconds; a connection
+    /// on which one takes longer is given up. Without that, for as long as the server goes on
+    /// answering.
+    void limitCalls(int ms) { m_callMs = ms; }
+
     /// Connects, and waits for it.
     [[nodiscard]] StoreResult<> open();
     /// Connects without waiting, now and whenever the connection is lost.
@@ -55,6 +60,11 @@ public:
     /// Within a transaction: a statement that is sent with the next one that is waited for, and
     /// answered before that.
     void ask(const char *text, const QVariantList &values, const PostgresConnection::Take &take);
+
+    /// Outside of a transaction: a statement that nobody waits for. `done` is called from the event
+    /// loop when it is carried out or has failed, unless the database is closed before.
+    void post(const char *text, const QVariantList &values, const PostgresConnection::Take &take,
+              const PostgresConnection::Done &done);
 
     Kind kind() const override { return Kind::Server; }
     Access access() const override { return m_connection ? Access::Whole : Access::None; }
@@ -81,13 +91,14 @@ private:
                         const Take &take) const override;
 
     StoreFailure notOpen() const;
+    void startCall() const;
     StoreResult<PostgresConnection::Answer> sync() const;
     StoreResult<> take(StoreResult<std::unique_ptr<PostgresConnection>> connection);
     void connectInThread();
     void endThread();
     void takeAttempt();
     void look();
-    void lose(const StoreFailure &failure);
+    void lose();
 
     const QString m_conninfo;
     TimeSource &m_time;
@@ -96,6 +107,7 @@ private:
     std::optional<StoreFailure> m_openFailure;
     QString m_loggedFailure;
     mutable bool m_isFailed = false; ///< the transaction that is open can't be committed
+    int m_callMs = 0;                ///< without a limit
     bool m_isKeptOpen = false;
     bool m_isRefused = false;
     bool m_areChoresAllowed = true;

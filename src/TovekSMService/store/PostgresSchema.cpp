@@ -10,6 +10,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// For how long the server may be silent over one statement of a migration.
+constexpr int migrationMs = 60'000;
+
 /// The key of the advisory lock that migrations are made under: "NorvaneS" in ASCII.
 constexpr char lockSchema[] = "SELECT pg_advisory_xact_lock(5656801310453396051)";
 
@@ -156,8 +159,7 @@ CREATE TABLE opt_out (
  phone text NOT NULL UNIQUE,
  at text NOT NULL))";
 
-// outcome_search: the texts in which outcomes are looked for, as TextFold makes them; its index is
-// made by whoever may.
+// outcome_search: the texts in which outcomes are looked for, as TextFold makes them.
 constexpr char version2[] = R"(
 ALTER TABLE message ADD COLUMN queued_at text COLLATE "C" NOT NULL DEFAULT '';
 ALTER TABLE outcome ADD COLUMN queued_at text COLLATE "C" NOT NULL DEFAULT '';
@@ -180,24 +182,50 @@ CREATE TABLE outcome_search (id bigint PRIMARY KEY, folded text COLLATE "C" NOT 
 CREATE TABLE outcome_forgotten (
  id bigint PRIMARY KEY, phone text NOT NULL, text text NOT NULL))";
 
-// Roles that work with the tables of the first version work with these as well.
-constexpr char grantsOfVersion2[] = R"(
-DO $$ DECLARE role text; BEGIN
- FOR role IN SELECT DISTINCT CASE grantee WHEN 'PUBLIC' THEN 'PUBLIC' ELSE quote_ident(grantee) END
-  FROM information_schema.role_table_grants
-  WHERE table_schema = current_schema() AND table_name = 'outcome' AND privilege_type = 'INSERT'
-  AND grantee <> current_user
- LOOP
-  EXECUTE 'GRANT SELECT, INSERT, UPDATE, DELETE ON attempt, outcome_search, outcome_forgotten TO '
-   || role;
- END LOOP;
-END $$)";
+// search_pieces: the pieces of three characters that a text consists of, and what is left of it at
+// its end. \1 parts them, which no indexed text holds. What an index entry can't hold is 'long'. As
+// the server is never asked for many rows that have a piece, it needs no statistics of them.
+// The index is filled anew, a few rows at a time.
+constexpr char version3[] = R"(
+CREATE FUNCTION search_pieces(folded text) RETURNS tsvector
+ LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
+ SELECT CASE WHEN length(folded) > 80000 THEN array_to_tsvector(ARRAY['long'])
+ ELSE array_to_tsvector(array_remove(string_to_array(
+  regexp_replace(folded, '...', E'\\&\001', 'g') || E'\001'
+  || regexp_replace(substr(folded, 2), '...', E'\\&\001', 'g') || E'\001'
+  || regexp_replace(substr(folded, 3), '...', E'\\&\001', 'g'), E'\001'), '')) END $$;
 
-constexpr std::array<const char *, PostgresSchema::latestVersion> migrations = {version1, version2};
+DELETE FROM setting WHERE name = 'history_index';
+TRUNCATE outcome_search;
+DROP INDEX IF EXISTS outcome_search_trigrams;
+CREATE INDEX outcome_search_pieces ON outcome_search USING gin (search_pieces(folded));
+ALTER INDEX outcome_search_pieces ALTER COLUMN 1 SET STATISTICS 0;
+
+CREATE TABLE received_search (id bigint PRIMARY KEY, folded text COLLATE "C" NOT NULL);
+CREATE INDEX received_search_pieces ON received_search USING gin (search_pieces(folded));
+ALTER INDEX received_search_pieces ALTER COLUMN 1 SET STATISTICS 0;
+CREATE TABLE received_forgotten (
+ id bigint PRIMARY KEY, phone text NOT NULL, text text NOT NULL))";
+
+// Roles that work with the tables of the first version work with these as well.
+#define NORVANE_GRANTS(tables)                                                                     \
+    "DO $$ DECLARE role text; BEGIN FOR role IN "                                                  \
+    "SELECT DISTINCT CASE grantee WHEN 'PUBLIC' THEN 'PUBLIC' ELSE quote_ident(grantee) END "      \
+    "FROM information_schema.role_table_grants "                                                   \
+    "WHERE table_schema = current_schema() AND table_name = 'outcome' "                            \
+    "AND privilege_type = 'INSERT' AND grantee <> current_user "                                   \
+    "LOOP EXECUTE 'GRANT SELECT, INSERT, UPDATE, DELETE ON " tables " TO ' || role; "              \
+    "END LOOP; END $$"
+constexpr char grantsOfVersion2[] = NORVANE_GRANTS("attempt, outcome_search, outcome_forgotten");
+constexpr char grantsOfVersion3[] = NORVANE_GRANTS("received_search, received_forgotten");
+#undef NORVANE_GRANTS
+
+constexpr std::array<const char *, PostgresSchema::latestVersion> migrations = {version1, version2,
+                                                                                version3};
 
 /// What follows a step and is one statement, whatever it holds.
-constexpr std::array<const char *, PostgresSchema::latestVersion> followUps = {nullptr,
-                                                                               grantsOfVersion2};
+constexpr std::array<const char *, PostgresSchema::latestVersion> followUps = {
+    nullptr, grantsOfVersion2, grantsOfVersion3};
 
 StoreResult<int> versionOf(PostgresConnection &connection)
 {
@@ -276,6 +304,7 @@ StoreResult<> PostgresSchema::migrate(PostgresConnection &connection)
         return failed(isDone.error());
     if (*isDone)
         return {};
+    connection.setTimeout(migrationMs);
     StoreResult<> migrated =
         connection.execute("BEGIN; SET LOCAL lock_timeout = '5s'").and_then([&] {
             return migrateLocked(connection);
@@ -284,6 +313,7 @@ StoreResult<> PostgresSchema::migrate(PostgresConnection &connection)
         migrated = connection.execute("COMMIT");
     if (!migrated && !connection.isLost())
         static_cast<void>(connection.execute("ROLLBACK"));
+    connection.setTimeout(PostgresConnection::statementMs);
     return migrated;
 }
 

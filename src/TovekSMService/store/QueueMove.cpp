@@ -6,8 +6,11 @@
 #include "TovekSMService/store/Store.h"
 #include "contract/ErrorCodes.h"
 
+#include <QHash>
 #include <QStringList>
 #include <QUuid>
+
+#include <array>
 
 namespace norvane {
 
@@ -45,6 +48,61 @@ QVariantList valuesOf(const StoreRow &row)
         values.append(value.isNull() ? QVariant() : value);
     }
     return values;
+}
+
+// Messages on their way, by which what belongs to them is found.
+#define NORVANE_INTO_DATABASE "(SELECT id FROM outgoing)"
+#define NORVANE_INTO_FILE "(SELECT id FROM moved_out WHERE token = ?)"
+
+#define NORVANE_PARTS(messages)                                                                    \
+    "SELECT message_id, number, total, reference, phone, sim, at, state, final, status, "          \
+    "reported_at FROM sent_part WHERE message_id IN " messages " ORDER BY id"
+
+/// The parts that were sent of each message.
+using Parts = QHash<qint64, QList<QVariantList>>;
+
+StoreResult<Parts> partsOf(const StoreDatabase &database, const char *query,
+                           const QVariantList &values)
+{
+    return database.rows(query, values, valuesOf).map([](const QList<QVariantList> &rows) {
+        Parts parts;
+        for (const QVariantList &row : rows)
+            parts[row.constFirst().toLongLong()].append(row.sliced(1));
+        return parts;
+    });
+}
+
+StoreResult<> keepParts(StoreDatabase &database, qint64 message, const QList<QVariantList> &parts)
+{
+    StoreResult<> kept;
+    for (auto part = parts.cbegin(); kept && part != parts.cend(); ++part)
+        kept = database.write(
+            "INSERT INTO sent_part (message_id, number, total, reference, phone, sim, at, state, "
+            "final, status, reported_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
+            "ON CONFLICT DO NOTHING",
+            QVariantList{message} + *part);
+    return kept;
+}
+
+/// Statements that rid a queue of messages that the other one has.
+using Removal = std::array<const char *, 3>;
+constexpr Removal removalFromFile = {
+    "DELETE FROM sent_part WHERE message_id IN " NORVANE_INTO_DATABASE,
+    "DELETE FROM attempt WHERE message_id IN " NORVANE_INTO_DATABASE, "DELETE FROM outgoing"};
+constexpr Removal removalFromDatabase = {
+    "DELETE FROM sent_part WHERE message_id IN " NORVANE_INTO_FILE,
+    "DELETE FROM attempt WHERE message_id IN " NORVANE_INTO_FILE,
+    "DELETE FROM moved_out WHERE token = ?"};
+
+StoreResult<> remove(StoreDatabase &database, const Removal &removal,
+                     const QVariantList &values = {})
+{
+    return database.together([&] {
+        StoreResult<> removed;
+        for (auto statement = removal.cbegin(); removed && statement != removal.cend(); ++statement)
+            removed = database.write(*statement, values);
+        return removed;
+    });
 }
 
 QString tokenSetting()
@@ -123,6 +181,10 @@ StoreResult<int> QueueMove::putIn()
         {}, valuesOf);
     if (!rows || rows->isEmpty())
         return rows.map([](const auto &) { return 0; });
+    const StoreResult<Parts> parts =
+        partsOf(m_store.file(), NORVANE_PARTS(NORVANE_INTO_DATABASE), {});
+    if (!parts)
+        return failed(parts.error());
     const StoreResult<QString> token = SettingTable(m_store.file()).value(tokenSetting());
     if (!token)
         return failed(token.error());
@@ -131,34 +193,44 @@ StoreResult<int> QueueMove::putIn()
               [&] {
                   StoreResult<> put;
                   for (auto row = rows->cbegin(); put && row != rows->cend(); ++row)
-                      put = insert(*row);
+                      put = insert(*row, parts->value(row->at(9).toLongLong()));
                   return put;
               })
-        .and_then([&] { return m_store.file().write("DELETE FROM outgoing"); })
+        .and_then([&] { return remove(m_store.file(), removalFromFile); })
         .map([&] { return static_cast<int>(rows->size()); });
 }
 
-StoreResult<> QueueMove::insert(const QVariantList &row)
+StoreResult<> QueueMove::insert(const QVariantList &row, const QList<QVariantList> &parts)
 {
     EngineRegister &engines = *m_store.engines();
     const bool isInDoubt = row.at(8).toInt() == stateLeaving;
-    if (isInDoubt)
-        return m_store.database().write(
-            "INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, "
-            "engine, epoch, reporter, queued_at) VALUES (0, ?, ?, ?, ?, ?, 0, ?, 0, ?, ?)",
-            {row.at(1), row.at(3), row.at(4), ErrorCode::noRespond, m_store.now(), engines.id(),
-             engines.id(), row.at(10)});
     const bool isPartlySent = row.at(7).toInt() > 0;
-    return m_store.database()
-        .insert("INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
-                "reference, parts_sent, engine, epoch, state, queued_at) "
-                "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-                row.mid(0, 8) + QVariantList{isPartlySent ? QVariant(engines.id()) : QVariant(),
-                                             isPartlySent ? QVariant(engines.epoch()) : QVariant(),
-                                             isPartlySent ? 2 : 0, row.at(10)})
+    const StoreResult<qint64> id = m_store.database().insert(
+        "INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
+        "reference, parts_sent, engine, epoch, state, queued_at) "
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+        row.mid(0, 8) + QVariantList{isPartlySent ? QVariant(engines.id()) : QVariant(),
+                                     isPartlySent ? QVariant(engines.epoch()) : QVariant(),
+                                     isPartlySent ? 2 : 0, row.at(10)});
+    if (!id)
+        return failed(id.error());
+    return keepAttempts(m_store.database(), *id, row.at(11).toString())
+        .and_then([&] { return keepParts(m_store.database(), *id, parts); })
         .and_then(
-            [&](qint64 id) { return keepAttempts(m_store.database(), id, row.at(11).toString()); })
-        .and_then([&] { return m_store.sharedQueue()->countMoved(1); });
+            [&] { return isInDoubt ? failInDoubt(*id) : m_store.sharedQueue()->countMoved(1); });
+}
+
+/// Out of the database's queue again, with what is known of the message.
+StoreResult<> QueueMove::failInDoubt(qint64 id)
+{
+    const int engine = m_store.engines()->id();
+    return m_store.database()
+        .write("INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported, "
+               "engine, epoch, reporter, queued_at) SELECT id, original_date, phone, text, ?, ?, "
+               "0, ?, 0, ?, queued_at FROM message WHERE id = ?",
+               {ErrorCode::noRespond, m_store.now(), engine, engine, id})
+        .and_then(
+            [&] { return m_store.database().write("DELETE FROM message WHERE id = ?", {id}); });
 }
 
 StoreResult<int> QueueMove::intoFile()
@@ -231,10 +303,14 @@ StoreResult<int> QueueMove::putIntoFile(const QString &token)
 {
     const auto rows = m_store.database().rows(
         "SELECT delivery_date, original_date, due, phone, text, attempts, reference, parts_sent, "
-        "queued_at, failures FROM moved_out WHERE token = ? ORDER BY id",
+        "queued_at, failures, id FROM moved_out WHERE token = ? ORDER BY id",
         {token}, valuesOf);
     if (!rows)
         return failed(rows.error());
+    const StoreResult<Parts> parts =
+        partsOf(m_store.database(), NORVANE_PARTS(NORVANE_INTO_FILE), {token});
+    if (!parts)
+        return failed(parts.error());
     const StoreResult<> put = m_store.file().together([&]() -> StoreResult<> {
         const StoreResult<int> isNew = m_store.file().writeAndCount(
             "INSERT INTO done_move (token) VALUES (?) ON CONFLICT DO NOTHING", {token});
@@ -242,24 +318,24 @@ StoreResult<int> QueueMove::putIntoFile(const QString &token)
             return isNew.map([](int) {});
         StoreResult<> inserted;
         for (auto row = rows->cbegin(); inserted && row != rows->cend(); ++row)
-            inserted = insertIntoFile(*row);
+            inserted = insertIntoFile(*row, parts->value(row->at(10).toLongLong()));
         return inserted;
     });
-    return put
-        .and_then([&] {
-            return m_store.database().write("DELETE FROM moved_out WHERE token = ?", {token});
-        })
+    return put.and_then([&] { return remove(m_store.database(), removalFromDatabase, {token}); })
         .map([&] { return static_cast<int>(rows->size()); });
 }
 
-StoreResult<> QueueMove::insertIntoFile(const QVariantList &row)
+StoreResult<> QueueMove::insertIntoFile(const QVariantList &row, const QList<QVariantList> &parts)
 {
-    return m_store.file()
-        .insert("INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
-                "reference, parts_sent, queued_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)",
-                row.mid(0, 9))
-        .and_then(
-            [&](qint64 id) { return keepAttempts(m_store.file(), id, row.at(9).toString()); });
+    const StoreResult<qint64> id = m_store.file().insert(
+        "INSERT INTO message (delivery_date, original_date, due, phone, text, attempts, "
+        "reference, parts_sent, queued_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)",
+        row.mid(0, 9));
+    if (!id)
+        return failed(id.error());
+    return keepAttempts(m_store.file(), *id, row.at(9).toString()).and_then([&] {
+        return keepParts(m_store.file(), *id, parts);
+    });
 }
 
 StoreResult<> QueueMove::copyOptOuts(const StoreDatabase &from, StoreDatabase &to)
@@ -275,5 +351,10 @@ StoreResult<> QueueMove::copyOptOuts(const StoreDatabase &from, StoreDatabase &t
         return copied;
     });
 }
+
+#undef NORVANE_PARTS
+#undef NORVANE_INTO_FILE
+#undef NORVANE_INTO_DATABASE
+#undef NORVANE_FAILURES
 
 } // namespace norvane

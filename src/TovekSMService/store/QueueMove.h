@@ -2,6 +2,7 @@
 
 #include "TovekSMService/store/StoreFailure.h"
 
+#include <QList>
 #include <QString>
 #include <QVariant>
 
@@ -15,7 +16,8 @@ class StoreDatabase;
 /// and sends nothing twice, and is finished by the next one.
 ///
 /// A message goes in steps, a batch at a time: out of the queue and into a place where nothing is
-/// sent from; into the other queue, once; out of that place.
+/// sent from; into the other queue, once; out of that place. It takes with it when it was queued,
+/// its attempts, and what is known of parts that were sent.
 class QueueMove
 {
 public:
@@ -39,8 +41,9 @@ public:
 private:
     StoreResult<int> takeOut();
     StoreResult<int> putIn();
-    StoreResult<> insert(const QVariantList &row);
-    StoreResult<> insertIntoFile(const QVariantList &row);
+    StoreResult<> insert(const QVariantList &row, const QList<QVariantList> &parts);
+    StoreResult<> failInDoubt(qint64 id);
+    StoreResult<> insertIntoFile(const QVariantList &row, const QList<QVariantList> &parts);
     StoreResult<int> takeFromDatabase();
     StoreResult<int> putIntoFile(const QString &token);
     StoreResult<> finishInterrupted();

@@ -142,6 +142,13 @@ StoreResult<int> ReceivedMessages::prune(const QString &before, int max)
         return m_database
             .write("DELETE FROM received_part WHERE message_id IN " NORVANE_OLD, {before, max})
             .and_then([&] {
+                // The search index is rid of them later.
+                return m_database.write("INSERT INTO received_forgotten (id, phone, text) "
+                                        "SELECT id, phone, text FROM received "
+                                        "WHERE id IN " NORVANE_OLD,
+                                        {before, max});
+            })
+            .and_then([&] {
                 return m_database.writeAndCount("DELETE FROM received WHERE id IN " NORVANE_OLD,
                                                 {before, max});
             });

@@ -41,7 +41,10 @@ StoreResult<> SharedClaims::recover()
                 SharedQueries::releaseLeaving,
                 {m_engines.id(), PostgresText::array(m_epochs), m_engines.epoch()});
         })
-        .map([this] { m_needsRecovery = false; });
+        .map([this] {
+            m_needsRecovery = false;
+            m_epochs = {m_engines.epoch()}; // of those before, nothing leaves any more
+        });
 }
 
 void SharedClaims::noteEpochEnded()

@@ -17,7 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype maxRows = 5000;    ///< that one statement inserts
+constexpr qsizetype maxRows = 5000; ///< that one statement inserts
+constexpr char sizeOfAll[] = "SELECT coalesce(sum(queued), 0) FROM engine";
+constexpr char notify[] = "SELECT pg_notify('norvane_queue', ?)";
 constexpr int maxRemovedRows = 50'000; ///< that one statement removes
 
 qint64 idOf(const StoreRow &row)
@@ -66,9 +68,28 @@ StoreResult<> SharedQueue::noteTakenOver(const QList<qint64> &ids)
 
 StoreResult<> SharedQueue::refreshSize()
 {
-    return m_shared.row("SELECT coalesce(sum(queued), 0) FROM engine", {}, idOf)
-        .map(
-            [this](std::optional<qint64> size) { setSize(static_cast<qint32>(size.value_or(0))); });
+    ++m_sizeLooks;
+    return m_shared.row(sizeOfAll, {}, idOf).map([this](std::optional<qint64> size) {
+        setSize(static_cast<qint32>(size.value_or(0)));
+    });
+}
+
+/// The server answers as of when it is asked: what changed here since then comes on top.
+void SharedQueue::refreshSize(const Done &done)
+{
+    const auto answered = std::make_shared<qint64>(0);
+    m_shared.post(
+        sizeOfAll, {},
+        [answered](const StoreRow &row) {
+            *answered = idOf(row);
+            return false;
+        },
+        [this, answered, done, known = exactSize(),
+         look = ++m_sizeLooks](const StoreResult<> &looked) {
+            if (looked && look == m_sizeLooks)
+                setSize(static_cast<qint32>(*answered) + exactSize() - known);
+            done(looked);
+        });
 }
 
 StoreResult<> SharedQueue::count(qint64 change)
@@ -148,9 +169,7 @@ StoreResult<> SharedQueue::clear()
     return m_shared.together([this] {
         return removeWaiting()
             .and_then([this](qint64 removed) { return count(-removed); })
-            .and_then([this] {
-                return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::ofAll()});
-            })
+            .and_then([this] { return m_shared.write(notify, {QueueNews::ofAll()}); })
             .map([this] { noteAll(); });
     });
 }
@@ -306,7 +325,7 @@ StoreResult<> SharedQueue::prune(int max)
 /// becomes of this one.
 void SharedQueue::announce(const QList<qint64> &ids)
 {
-    static_cast<void>(m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::of(ids)}));
+    static_cast<void>(m_shared.write(notify, {QueueNews::of(ids)}));
 }
 
 /// What was sent is told now and then, not with each commit: those who notify commit one behind
@@ -318,14 +337,28 @@ void SharedQueue::noteToAll(const QList<qint64> &ids)
     m_unannounced += ids;
 }
 
+QString SharedQueue::takeUnannounced()
+{
+    const QList<qint64> ids = std::exchange(m_unannounced, {});
+    return std::exchange(m_hasAllChanged, false) ? QueueNews::ofAll() : QueueNews::of(ids);
+}
+
 StoreResult<> SharedQueue::announceNews()
 {
     if (!hasNews())
         return {};
-    const QString news = m_hasAllChanged ? QueueNews::ofAll() : QueueNews::of(m_unannounced);
-    return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {news}).map([this] {
-        m_unannounced.clear();
-        m_hasAllChanged = false;
+    StoreResult<> told = m_shared.write(notify, {takeUnannounced()});
+    m_hasAllChanged = m_hasAllChanged || !told;
+    return told;
+}
+
+void SharedQueue::announceNews(const Done &done)
+{
+    if (!hasNews())
+        return;
+    m_shared.post(notify, {takeUnannounced()}, {}, [this, done](const StoreResult<> &told) {
+        m_hasAllChanged = m_hasAllChanged || !told;
+        done(told);
     });
 }
 
@@ -348,12 +381,12 @@ StoreResult<> SharedQueue::announceAll()
     return announceNews();
 }
 
-StoreResult<> SharedQueue::announceHistory()
+void SharedQueue::announceHistory(const Done &done)
 {
-    return m_shared.write("SELECT pg_notify('norvane_queue', ?)", {QueueNews::ofHistory()});
+    m_shared.post(notify, {QueueNews::ofHistory()}, {}, done);
 }
 
-StoreResult<> SharedQueue::takeNews(const QStringList &news)
+void SharedQueue::takeNews(const QStringList &news)
 {
     m_isQuiet = false;
     for (const QString &each : news) {
@@ -364,7 +397,6 @@ StoreResult<> SharedQueue::takeNews(const QStringList &news)
         else
             noteAll();
     }
-    return refreshSize();
 }
 
 } // namespace norvane

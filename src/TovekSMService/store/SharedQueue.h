@@ -75,14 +75,22 @@ public:
     /// right behind a commit come from nobody.
     /// @return whether it isn't; then any message may be different
     [[nodiscard]] StoreResult<bool> checkSize();
+    /// Is called from the event loop when something is done that wasn't waited for.
+    using Done = std::function<void(const StoreResult<> &)>;
     /// Tells the other engines what changed here.
     [[nodiscard]] StoreResult<> announceNews();
+    /// The same, without waiting. What can't be told is news again.
+    void announceNews(const Done &done);
     /// Tells them that any message may be different.
     [[nodiscard]] StoreResult<> announceAll();
-    /// Tells them that something became different beside the queue.
-    [[nodiscard]] StoreResult<> announceHistory();
-    /// Notes what other engines told.
-    [[nodiscard]] StoreResult<> takeNews(const QStringList &news);
+    /// Tells them that something became different beside the queue, without waiting.
+    void announceHistory(const Done &done);
+    /// Notes what other engines told. The size isn't known before it is looked at.
+    void takeNews(const QStringList &news);
+    /// Looks how large the queue is.
+    [[nodiscard]] StoreResult<> refreshSize();
+    /// The same, without waiting.
+    void refreshSize(const Done &done);
 
 private:
     StoreResult<QList<qint64>> insert(const QList<QueueRow> &messages) override;
@@ -96,13 +104,14 @@ private:
     void noteToAll(const QList<qint64> &ids);
     StoreResult<qint64> removeWaiting();
     StoreResult<> count(qint64 change);
-    StoreResult<> refreshSize();
+    QString takeUnannounced();
 
     PostgresDatabase &m_shared;
     EngineRegister &m_engines;
     SharedClaims m_claims;
     QList<qint64> m_unannounced;
     bool m_hasAllChanged = false;
+    int m_sizeLooks = 0;    ///< that were begun
     bool m_isQuiet = false; ///< nothing has changed since the size was looked at
 };
 

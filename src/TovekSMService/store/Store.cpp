@@ -42,7 +42,9 @@ Store::Store(const QString &file, const MessageQueue::Now &now) : Store(file, nu
 Store::Store(const QString &file, const SharedStore &shared, TimeSource &time)
     : Store(file, std::make_unique<PostgresDatabase>(shared.conninfo, time), shared.now)
 {
-    m_conninfo = shared.conninfo;
+    m_refusal = shared.refusal;
+    if (m_refusal.isEmpty())
+        m_conninfo = shared.conninfo;
     m_engines = std::make_unique<EngineRegister>(m_database, shared.engine);
     auto queue =
         std::make_unique<SharedQueue>(*m_shared, *m_engines, shared.now, shared.sameSenderSeconds);

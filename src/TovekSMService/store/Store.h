@@ -29,6 +29,7 @@ struct SharedStore
     int sameSenderSeconds = 0; ///< see SharedQueue
     /// The wall clock so many seconds from now, "yyyy-MM-ddTHH:mm:ss".
     MessageQueue::Now now;
+    QString refusal = {}; ///< why nobody may connect to it; empty if one may
 };
 
 /// Everything that the engine keeps. Each operation of its parts is one transaction, unless it is
@@ -55,8 +56,11 @@ public:
     /// Where the queue is.
     StoreDatabase &database() { return m_database; }
     const StoreDatabase &database() const { return m_database; }
-    /// Of the database that is shared, as libpq takes it; empty for none.
+    /// Of the database that is shared, as libpq takes it; empty for none, and for one that is
+    /// refused.
     QString conninfo() const { return m_conninfo; }
+    /// Why nobody may connect to the database that is shared; empty if one may.
+    QString refusal() const { return m_refusal; }
     bool isShared() const { return m_shared != nullptr; }
     /// Of a queue that is shared; null for one that isn't.
     PostgresDatabase *sharedDatabase() { return m_shared.get(); }
@@ -86,6 +90,7 @@ private:
 
     SqliteDatabase m_file;
     QString m_conninfo;
+    QString m_refusal;
     std::unique_ptr<PostgresDatabase> m_shared;
     StoreDatabase &m_database;
     Outcomes m_outcomes{m_database};

@@ -157,8 +157,17 @@ constexpr const char *version5[] = {
     "ALTER TABLE outgoing ADD COLUMN failures TEXT NOT NULL DEFAULT ''",
 };
 
+// The search index is made anew, a few rows at a time: it holds one or two characters at the end of
+// a text as well.
+constexpr const char *version6[] = {
+    "CREATE TABLE received_forgotten ("
+    " id INTEGER PRIMARY KEY, phone TEXT NOT NULL, text TEXT NOT NULL)",
+    "DELETE FROM setting WHERE name = 'history_index'",
+    "DROP TABLE IF EXISTS outcome_search",
+};
+
 constexpr std::array<std::span<const char *const>, StoreSchema::latestVersion> migrations = {
-    version1, version2, version3, version4, version5};
+    version1, version2, version3, version4, version5, version6};
 
 StoreResult<int> versionOf(const QSqlDatabase &database)
 {

@@ -9,7 +9,7 @@ namespace norvane {
 namespace StoreSchema {
 
 /// The version that this program writes, kept in the database's user_version.
-inline constexpr int latestVersion = 5;
+inline constexpr int latestVersion = 6;
 
 /// To be called before anything that writes to the file. Fails with TooNew for a database of a
 /// later version.

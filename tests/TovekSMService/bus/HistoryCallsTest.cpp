@@ -33,16 +33,28 @@ public:
         m_calls.carryOut(call, call.arguments().at(1).toString(),
                          [this, text](StoreDatabase &, const QueryLimit &limit) {
                              m_released.acquire();
-                             return limit.check().map([&] { return QVariantList{text}; });
+                             return answer(text, limit);
                          });
         ++m_handled;
         return true;
     }
 
+    inline static const QString tooLong = u"takes too long"_s;
+    inline static const QString damaged = u"is damaged"_s;
+
     QSemaphore m_released;
     int m_handled = 0;
 
 private:
+    static StoreResult<QVariantList> answer(const QString &text, const QueryLimit &limit)
+    {
+        if (text == tooLong)
+            return failed(StoreFailure(StoreFailure::Kind::Busy, text));
+        if (text == damaged)
+            return failed(StoreFailure(StoreFailure::Kind::Corrupt, text));
+        return limit.check().map([&] { return QVariantList{text}; });
+    }
+
     HistoryCalls m_calls;
 };
 
@@ -106,6 +118,15 @@ TEST_F(HistoryCallsTest, whoeverAsksForSomethingElseIsAnsweredForThatAlone)
     EXPECT_EQ(answerTo(waiting), m_superseded);
     EXPECT_EQ(answerTo(last), u"3"_s);
     EXPECT_EQ(answerTo(nextPage), u"4"_s);
+}
+
+TEST_F(HistoryCallsTest, aQuestionThatTakesTooLongIsAnErrorOfItsOwn)
+{
+    const QDBusPendingCall failing = ask(Answering::tooLong, u"a"_s);
+    const QDBusPendingCall damaged = ask(Answering::damaged, u"a"_s);
+    m_object->m_released.release(10);
+    EXPECT_EQ(answerTo(failing), QLatin1String(Bus::busyError));
+    EXPECT_EQ(answerTo(damaged), u"com.tovek.SMService.Error.Store"_s);
 }
 
 TEST_F(HistoryCallsTest, othersAndOtherCallsAreNotSuperseded)

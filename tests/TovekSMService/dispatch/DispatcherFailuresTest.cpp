@@ -69,6 +69,18 @@ TEST_F(DispatcherFailures, aMessageThatWaitsForItsRetryHoldsUpNobodyAndTellsOfIt
     ASSERT_TRUE(until([this] { return has(u"sent 600 text 0"_s); }));
 }
 
+TEST_F(DispatcherFailures, anAttemptIsNotedWithItsPart)
+{
+    const QByteArray taken = FakeModemLine::info("+CMGS: 1");
+    m_submitAnswers = {taken, taken, cmsError(41)};
+    add(u"600"_s, longText(3));
+    done(m_dispatcher->start());
+    ASSERT_TRUE(
+        until([this] { return onDisk(dateOnDisk(u"2024-05-01T12:00:30"_s)).toInt() == 1; }));
+    EXPECT_EQ(onDisk(u"SELECT at || ' ' || part || ' ' || code FROM attempt"_s).toString(),
+              u"2024-05-01T12:00:00 3 -36"_s);
+}
+
 TEST_F(DispatcherFailures, partsThatWereAcceptedAreNotRepeatedByARetry)
 {
     m_submitAnswers = {FakeModemLine::info("+CMGS: 1"), cmsError(41),

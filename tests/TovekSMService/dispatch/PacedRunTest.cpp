@@ -137,6 +137,45 @@ TEST_F(PacedRunTest, thePaceIsThatOfTheWholeRun)
     EXPECT_EQ(m_run.maxLength(), 2) << "2 ms a message are 2 in a moment of 5";
 }
 
+TEST_F(PacedRunTest, isLongerWhereItsCommitTakesLonger)
+{
+    runOf(1);
+    runOf(2);
+    m_time.pass(16); // until that is committed with what follows
+    m_run.start(messages(4));
+    for (int message = 0; message < 4; ++message) {
+        m_time.pass(2);
+        takeOne();
+    }
+    EXPECT_EQ(m_run.maxLength(), 8) << "2 ms a message are 8 in 16";
+}
+
+TEST_F(PacedRunTest, anIdleTimeIsNoCommit)
+{
+    runOf(1);
+    runOf(2);
+    m_run.noteCommitted();
+    m_time.pass(16);
+    m_run.start(messages(4));
+    for (int message = 0; message < 4; ++message) {
+        m_time.pass(2);
+        takeOne();
+    }
+    EXPECT_EQ(m_run.maxLength(), 2);
+}
+
+TEST_F(PacedRunTest, isLateLaterWhereItsCommitTakesLonger)
+{
+    runOf(1);
+    m_time.pass(16);
+    m_run.start(messages(2));
+    takeOne();
+    m_time.pass(63);
+    EXPECT_EQ(m_late.count(), 0);
+    m_time.pass(1);
+    EXPECT_EQ(m_late.count(), 1);
+}
+
 TEST_F(PacedRunTest, forgetsThePace)
 {
     runOf(1);

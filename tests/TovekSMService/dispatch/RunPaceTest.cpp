@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace norvane {
 
 namespace {
@@ -30,6 +32,26 @@ TEST(RunPace, neverGoesBeyondWhatTheDeviceTakesInAMoment)
     EXPECT_EQ(pace.length(), 5);
     pace.recordTaken(1, ms + 1); // a nanosecond more, and the fifth one is over the moment
     EXPECT_EQ(pace.length(), 4);
+}
+
+TEST(RunPace, aMomentIsAsLongAsACommitTakes)
+{
+    RunPace pace({5, 32, 50});
+    for (const auto &[commit, messages] : {std::pair(3, 2), {12, 6}, {4000, 25}, {1, 2}}) {
+        pace.recordCommit(commit * ms);
+        for (int run = 0; run < 6; ++run)
+            pace.recordTaken(pace.length(), pace.length() * 2 * ms);
+        EXPECT_EQ(pace.length(), messages) << commit;
+    }
+}
+
+TEST(RunPace, stretchesTimesByTheCommit)
+{
+    RunPace pace({5, 32, 50});
+    for (const auto &[commit, stretched] : {std::pair(3, 20), {15, 60}, {4000, 200}}) {
+        pace.recordCommit(commit * ms);
+        EXPECT_EQ(pace.stretched(20), stretched) << commit;
+    }
 }
 
 TEST(RunPace, isOneMessageForADeviceThatNeedsTheMomentForOne)

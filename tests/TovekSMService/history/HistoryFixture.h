@@ -36,6 +36,17 @@ protected:
         return id;
     }
 
+    /// A message that was in doubt as it was carried into a database, without an id there.
+    /// @return its id in the history
+    qint64 leaveWithoutId(const QString &at)
+    {
+        OtherConnection other(file());
+        other.run(u"INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, "
+                  "reported, queued_at) VALUES (0, '', '600', 'text', -39, '%1', 1, "
+                  "'2025-12-31T00:00:00')"_s.arg(at));
+        return -other.value(u"SELECT max(id) FROM outcome"_s).toLongLong();
+    }
+
     HistoryPage page(const HistoryFilter &filter = {}, const HistoryCursor &after = {},
                      const std::optional<HistoryCursor> &until = {}, int maxRows = 1000)
     {

@@ -21,7 +21,7 @@ protected:
     {
         Ids ids;
         HistoryCursor after;
-        for (;;) {
+        for (int pages = 0; pages < 10'000; ++pages) {
             const HistoryPage next = page(filter, after, {}, maxRows);
             EXPECT_LE(next.rows.size(), maxRows);
             ids += idsOf(next);
@@ -30,6 +30,8 @@ protected:
             after = *next.next;
             between();
         }
+        ADD_FAILURE() << "the list has no end";
+        return ids;
     }
 };
 
@@ -300,6 +302,81 @@ TEST_F(HistoryPagesTest, rowsAreGivenAgainByTheirIds)
     EXPECT_EQ(rows.at(1).id, gone);
     EXPECT_EQ(rows.at(1).state, MessageState::Sent);
     EXPECT_TRUE(given(pages.of({})).isEmpty());
+}
+
+TEST_F(HistoryPagesTest, messagesThatNeverHadAnIdAreToldApart)
+{
+    const qint64 gone = leave(u"2026-01-01"_s);
+    const qint64 one = leaveWithoutId(u"2026-01-02"_s);
+    const qint64 two = leaveWithoutId(u"2026-01-03"_s);
+    EXPECT_LT(one, 0);
+    EXPECT_EQ(idsOf(page()), Ids({two, one, gone}));
+    EXPECT_EQ(found(u"TEXT"_s), Ids({two, one, gone}));
+    const QueryLimit limit(TimeSource::system());
+    const HistoryPages pages(m_store->database(), limit);
+    const auto rows = given(pages.of({one}));
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows.constFirst().id, one);
+    EXPECT_EQ(rows.constFirst().at, u"2026-01-02"_s);
+    const qint64 ofGone =
+        -OtherConnection(file()).value(u"SELECT min(id) FROM outcome"_s).toLongLong();
+    EXPECT_TRUE(given(pages.of({ofGone})).isEmpty()) << "that message has an id";
+    EXPECT_TRUE(given(pages.of({std::numeric_limits<qint64>::min(), 0})).isEmpty());
+}
+
+TEST_F(HistoryPagesTest, whatIsFoundByItsTextIsTheWholeRow)
+{
+    leave(u"2026-01-01T10:00:00"_s, 1, DeliveryState::Delivered, u"601"_s, u"uno"_s,
+          u"2026-01-01T10:00:05"_s);
+    wait(u"2026-01-01T12:00:00"_s, u"602"_s, u"unos"_s);
+    wait(u"2026-01-01T12:00:01"_s, u"603"_s, u"dos"_s);
+    HistoryFilter filter;
+    filter.text = u"UNO"_s;
+    QList<HistoryRow> expected = page().rows;
+    ASSERT_EQ(expected.size(), 3);
+    expected.removeFirst();
+    EXPECT_EQ(page(filter).rows, expected);
+}
+
+TEST_F(HistoryPagesTest, aPageEndsEarlyWhereTextsAreVeryLong)
+{
+    const QString much(HistoryPages::maxText / 2, u'x');
+    Ids ids;
+    for (const QString &at : {u"2026-01-01"_s, u"2026-01-02"_s, u"2026-01-03"_s}) {
+        ids.prepend(leave(at, 1, DeliveryState::None, u"600"_s, much));
+        ids.prepend(wait(at, u"600"_s, much));
+    }
+    HistoryFilter found;
+    found.text = u"xxx"_s;
+    HistoryFilter gone;
+    gone.states = MessageState::Sent;
+    for (const HistoryFilter &filter : {HistoryFilter(), found}) {
+        EXPECT_EQ(page(filter).rows.size(), 2);
+        EXPECT_EQ(walked(filter, 1000), ids);
+        EXPECT_EQ(walked(filter, 1), ids);
+    }
+    EXPECT_EQ(page(gone).rows.size(), 2);
+    EXPECT_EQ(walked(gone, 1000), Ids({ids.at(1), ids.at(3), ids.at(5)}));
+}
+
+TEST_F(HistoryPagesTest, theBeginningOfARangeIsFoundBehindManyRowsToo)
+{
+    QList<QueueRow> rows(6000, {noon(), u"600"_s, u"text"_s, 0});
+    done(m_store->queue().add(rows));
+    OtherConnection(file()).run(
+        u"INSERT INTO outcome (message_id, delivery_date, phone, text, code, at, reported) "
+        "SELECT id, '', phone, text, 1, '2026-01-01', 1 FROM message"_s);
+    OtherConnection(file()).run(u"DELETE FROM message"_s);
+    const qint64 wanted = leave(u"2026-01-02"_s, -36);
+    leave(u"2026-01-03"_s);
+    HistoryFilter filter;
+    filter.from = u"2026-01-02"_s;
+    filter.to = u"2026-01-03"_s;
+    EXPECT_EQ(walked(filter, 100), Ids({wanted}));
+    filter.from = u"2026-01-01"_s;
+    EXPECT_EQ(walked(filter, 1000).size(), 6001);
+    filter.states = MessageState::Failed;
+    EXPECT_EQ(walked(filter, 1), Ids({wanted}));
 }
 
 TEST_F(HistoryPagesTest, aQueryThatNobodyWantsEnds)

@@ -142,6 +142,16 @@ TEST_F(HistoryStepsTest, attemptsAreForgottenWithTheirMessages)
     EXPECT_EQ(steps(waiting).size(), 2);
 }
 
+TEST_F(HistoryStepsTest, ofAMessageThatNeverHadAnIdTheEndIsKnown)
+{
+    const qint64 one = leaveWithoutId(u"2026-01-02T00:00:00"_s);
+    leaveWithoutId(u"2026-01-03T00:00:00"_s);
+    EXPECT_EQ(steps(one),
+              (QList<HistoryEvent>{{u"2025-12-31T00:00:00"_s, Step::Queued, 0, 0, {}},
+                                   {u"2026-01-02T00:00:00"_s, Step::Failed, 0, -39, {}}}));
+    EXPECT_TRUE(steps(std::numeric_limits<qint64>::min()).isEmpty());
+}
+
 } // namespace
 
 } // namespace norvane

@@ -41,6 +41,33 @@ TEST_F(HistorySummaryTest, outcomesAreCountedByTheirDays)
     EXPECT_TRUE(summary(u"2027"_s).days.isEmpty());
 }
 
+TEST_F(HistorySummaryTest, aMonthAndAYearAreBoundsToo)
+{
+    deliver(u"2026-01-01T10:00:05"_s); // at 10:00
+    leave(u"2025-12-31T23:59:59"_s, -36);
+    leave(u"2026-06-30T23:59:59"_s, -36);
+    leave(u"2026-07-01T00:00:00"_s, -36);
+    leave(u"2026-12-31T23:59:59"_s, -36);
+    leave(u"2027-01-01T00:00:00"_s, -36);
+    const auto daysOf = [this](const QString &from, const QString &to) {
+        QStringList days;
+        for (const HistoryDay &day : summary(from, to).days)
+            days.append(day.day);
+        return days;
+    };
+    const QStringList year = {u"2026-01-01"_s, u"2026-06-30"_s, u"2026-07-01"_s, u"2026-12-31"_s};
+    EXPECT_EQ(daysOf(u"2026"_s, u"2027"_s), year);
+    EXPECT_EQ(daysOf(u"2026-"_s, u"2026-7"_s), year);
+    EXPECT_EQ(daysOf(u"2026-07"_s, u"2026-08"_s), QStringList{u"2026-07-01"_s});
+    EXPECT_EQ(daysOf({}, u"2026-07"_s),
+              (QStringList{u"2025-12-31"_s, u"2026-01-01"_s, u"2026-06-30"_s}));
+    EXPECT_EQ(daysOf(u"2026-07"_s, {}),
+              (QStringList{u"2026-07-01"_s, u"2026-12-31"_s, u"2027-01-01"_s}));
+    EXPECT_EQ(summary(u"2026"_s, u"2026-02"_s).delays.constFirst().count, 1U);
+    EXPECT_EQ(summary(u"2026"_s, u"2027"_s).reasons,
+              (QList<FailureReason>{{MessageState::Failed, -36, 3}}));
+}
+
 TEST_F(HistorySummaryTest, aDelayBelongsToTheFirstClassThatIsLongEnough)
 {
     const struct
@@ -48,7 +75,7 @@ TEST_F(HistorySummaryTest, aDelayBelongsToTheFirstClassThatIsLongEnough)
         const char *deliveredAt;
         quint32 upTo;
     } rows[] = {
-        {"2026-01-01T09:59:00", 10},     {"2026-01-01T10:00:00", 10},
+        {"2026-01-01T10:00:00", 10},     {"2026-01-01T10:00:01", 10},
         {"2026-01-01T10:00:10", 10},     {"2026-01-01T10:00:11", 30},
         {"2026-01-01T10:00:30", 30},     {"2026-01-01T10:00:31", 60},
         {"2026-01-01T10:01:00", 60},     {"2026-01-01T10:01:01", 300},
@@ -57,7 +84,7 @@ TEST_F(HistorySummaryTest, aDelayBelongsToTheFirstClassThatIsLongEnough)
         {"2026-01-01T11:00:00", 3600},   {"2026-01-01T11:00:01", 21'600},
         {"2026-01-01T16:00:00", 21'600}, {"2026-01-01T16:00:01", 86'400},
         {"2026-01-02T10:00:00", 86'400}, {"2026-01-02T10:00:01", 0},
-        {"2026-03-01T00:00:00", 0},      {"2025-12-31T00:00:00", 10},
+        {"2026-03-01T00:00:00", 0},
     };
     QMap<quint32, quint32> expected;
     for (const auto &row : rows) {
@@ -77,6 +104,8 @@ TEST_F(HistorySummaryTest, onlyWhatWasDeliveredHasADelay)
     leave(u"2026-01-01"_s);
     leave(u"2026-01-01"_s, -36);
     leave(u"2026-01-01"_s, 1, DeliveryState::Refused, u"600"_s, u"t"_s, u"2026-01-01T00:00:09"_s);
+    deliver(u"2026-01-01T09:59:59"_s); // by a clock that was put back meanwhile
+    deliver(u"2025-12-31T00:00:00"_s);
     for (const DeliveryDelay &delay : summary().delays)
         EXPECT_EQ(delay.count, 0U);
 }

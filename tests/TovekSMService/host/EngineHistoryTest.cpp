@@ -127,11 +127,30 @@ TEST_F(EngineHistory, whatMakesNoSenseIsRefused)
         {"no ids", "GetHistoryOf", {QVariant::fromValue(QList<qlonglong>())}, {}},
         {"inbox", "GetInbox", inbox, {}},
         {"unknown message", "GetSteps", {qlonglong{-5}}, {}},
+        {"ids to mark", "MarkRead", {QVariant::fromValue(QList<qlonglong>(1000, 1))}, {}},
+        {"too many to mark", "MarkRead", {QVariant::fromValue(QList<qlonglong>(1001, 1))}, invalid},
+        {"a phone", "AddOptOut", {QString(100, u'6')}, {}},
+        {"too long a phone", "AddOptOut", {QString(101, u'6')}, invalid},
+        {"no phone", "AddOptOut", {u" "_s}, invalid},
+        {"a moment", "GetSummary", {then(), later()}, {}},
     };
     for (const auto &row : calls) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(errorOf(ask(row.operation, row.arguments)), row.error);
     }
+    const QString tooLong = then() + u'0';
+    for (const int bound : {0, 1}) {
+        QVariantList range = {QString(), QString()};
+        range[bound] = tooLong;
+        EXPECT_EQ(errorOf(ask("GetSummary", range)), invalid);
+        EXPECT_EQ(errorOf(ask("GetHistory", range + history().mid(2))), invalid);
+        EXPECT_EQ(errorOf(ask("GetInbox", range + inbox.mid(2))), invalid);
+        const QVariantList whole = range + QVariantList{QString(), 0U, 0U};
+        EXPECT_EQ(errorOf(ask("GetOutcomes", whole)), invalid);
+        EXPECT_EQ(errorOf(ask("GetReceived", whole)), invalid);
+    }
+    EXPECT_EQ(ask("GetHistory", history({}, 64)).errorMessage(),
+              u"invalid state, cursor or number of ids"_s);
     QVariantList until = history();
     until[5] = u"h.1"_s;
     EXPECT_EQ(errorOf(ask("GetHistory", until)), invalid);

@@ -1,260 +1,16 @@
-#include "TovekSMService/host/EngineProcess.h"
-#include "gsm-simulator/RunningSimulator.h"
-#include "support/PostgresServer.h"
+#include "TovekSMService/host/SharedEngines.h"
+#include "support/PostgresProxy.h"
 
-#include <QDBusConnectionInterface>
-#include <QDBusMetaType>
-#include <QDir>
+#include <QDBusPendingCall>
 #include <QFile>
-#include <QFileInfo>
-
-#include <algorithm>
-#include <csignal>
-#include <memory>
 
 namespace norvane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-PostgresServer &server()
+QVariantList firstPage()
 {
-    static PostgresServer one(PostgresServer::Durability::Unflushed,
-                              PostgresServer::Listen::SocketAndLoopback);
-    return one;
-}
-
-QString settingsFile(const QString &engine)
-{
-    const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME") + u"/Norvane"_s;
-    QDir().mkpath(folder);
-    return folder +
-           (engine.isEmpty() ? u"/TovekSMService.ini"_s : u"/TovekSMService@%1.ini"_s.arg(engine));
-}
-
-/// Hears the events of one engine, as "Name argument argument".
-class EngineListener : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit EngineListener(const QString &busName)
-    {
-        QDBusConnection::sessionBus().connect(busName, u"/com/tovek/SMService"_s,
-                                              u"com.tovek.SMService.SMSManager1"_s, QString(), this,
-                                              SLOT(hear(QDBusMessage)));
-    }
-
-    QStringList heard;
-
-private Q_SLOTS:
-    void hear(const QDBusMessage &event)
-    {
-        QStringList words = {event.member()};
-        for (const QVariant &argument : event.arguments())
-            words << argument.toString();
-        heard << words.join(u' ');
-    }
-};
-
-/// One of the engines that share the queue: its program, with a simulated device.
-class SharingEngine
-{
-public:
-    /// @param name  of the engine of its user; empty for the unnamed one
-    SharingEngine(const QString &name, const QString &database, const QStringList &simulator,
-                  const QByteArray &more = {})
-        : m_name(name), m_device(simulator), m_listener(busName())
-    {
-        writeSettings(database, more);
-        EXPECT_EQ(run({u"--device"_s, m_device.link() + u", 115200"_s}).exitCode, 0);
-    }
-    ~SharingEngine()
-    {
-        resume();
-        m_process.kill();
-        m_process.waitForFinished(hangMs);
-        EXPECT_TRUE(waitUntil([this] { return !isUp(); }));
-        QFile::remove(settingsFile(m_name));
-    }
-
-    void writeSettings(const QString &database, const QByteArray &more = {}) const
-    {
-        QFile file(settingsFile(m_name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("[Queue]\nDatabase=" + database.toUtf8() + "\nName=" + label().toUtf8() + '\n' +
-                   more + "\n[Reports]\nDelivery=false\n");
-    }
-    QString label() const { return m_name.isEmpty() ? u"first"_s : m_name; }
-    QString busName() const
-    {
-        return m_name.isEmpty() ? u"com.tovek.SMService"_s : u"com.tovek.SMService."_s + m_name;
-    }
-    bool isUp() const
-    {
-        return QDBusConnection::sessionBus().interface()->isServiceRegistered(busName());
-    }
-
-    void start()
-    {
-        m_process.setProgram(program());
-        m_process.setArguments(arguments());
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start();
-        ASSERT_TRUE(m_process.waitForStarted(hangMs));
-        ASSERT_TRUE(waitUntil([this] { return isUp(); }));
-        call("ReportState");
-    }
-    void kill()
-    {
-        m_process.kill();
-        ASSERT_TRUE(m_process.waitForFinished(hangMs));
-        ASSERT_TRUE(waitUntil([this] { return !isUp(); }));
-    }
-    void stop()
-    {
-        m_process.terminate();
-        ASSERT_TRUE(m_process.waitForFinished(hangMs));
-        ASSERT_TRUE(waitUntil([this] { return !isUp(); }));
-    }
-    void suspend() { ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP); }
-    void resume()
-    {
-        if (m_process.state() == QProcess::Running)
-            ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
-    }
-
-    QDBusMessage call(const char *operation, const QVariantList &arguments = {}) const
-    {
-        QDBusMessage message = QDBusMessage::createMethodCall(busName(), u"/com/tovek/SMService"_s,
-                                                              u"com.tovek.SMService.SMSManager1"_s,
-                                                              QLatin1String(operation));
-        message.setArguments(arguments);
-        message.setAutoStartService(false);
-        return QDBusConnection::sessionBus().call(message, QDBus::BlockWithGui, hangMs);
-    }
-    int queueSize() const { return call("GetQueueSize").arguments().value(0).toInt(); }
-    QDBusMessage add(const QString &text) const
-    {
-        return call("AddSMS", {u"600111222"_s, text, u"2020-01-01T00:00:00"_s});
-    }
-    void addMany(int messages, const QString &prefix) const
-    {
-        for (int number = 0; number < messages; ++number)
-            EXPECT_EQ(add(prefix + QString::number(number)).type(), QDBusMessage::ReplyMessage);
-    }
-    Ended run(const QStringList &options) const
-    {
-        QProcess process;
-        process.start(program(), arguments() + options);
-        EXPECT_TRUE(process.waitForFinished(hangMs));
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
-
-    QStringList received() const
-    {
-        QStringList texts;
-        for (const QJsonObject &message : m_device.messages())
-            texts << message[u"text"_s].toString();
-        return texts;
-    }
-    bool isSubmitting() const
-    {
-        return ControlClient(m_device.controlPath()).ask("count submitting").endsWith("1");
-    }
-    bool hears(const QString &event)
-    {
-        return waitUntil([&] {
-            return std::any_of(m_listener.heard.cbegin(), m_listener.heard.cend(),
-                               [&](const QString &heard) { return heard.startsWith(event); });
-        });
-    }
-    const QStringList &heard() const { return m_listener.heard; }
-    QStringList arguments() const
-    {
-        return m_name.isEmpty() ? QStringList() : QStringList{u"--name"_s, m_name};
-    }
-    static QString program() { return QStringLiteral(NORVANE_BIN_DIR "/TovekSMService"); }
-
-private:
-    const QString m_name;
-    RunningSimulator m_device;
-    EngineListener m_listener;
-    QProcess m_process;
-};
-
-class SharedEngines : public testing::Test
-{
-protected:
-    SharedEngines() : m_conninfo(server().freshDatabase(u"shared"_s))
-    {
-        qDBusRegisterMetaType<WireEntry>();
-        qDBusRegisterMetaType<QList<WireEntry>>();
-        qDBusRegisterMetaType<WireRow>();
-        qDBusRegisterMetaType<QList<WireRow>>();
-    }
-    ~SharedEngines() override
-    {
-        m_first.reset();
-        m_second.reset();
-        if (!server().isRunning())
-            server().start();
-        QDir(qEnvironmentVariable("XDG_DATA_HOME") + u"/TovekSMService"_s).removeRecursively();
-    }
-
-    void makeBoth(const QStringList &simulator = {}, const QByteArray &more = {})
-    {
-        m_first = std::make_unique<SharingEngine>(QString(), m_conninfo, simulator, more);
-        m_second = std::make_unique<SharingEngine>(u"second"_s, m_conninfo, simulator, more);
-    }
-    static QString value(const QString &query)
-    {
-        const PostgresServer::Rows rows = server().sql(query, u"shared"_s);
-        return rows.isEmpty() ? QString() : rows.constFirst().constFirst();
-    }
-    static bool eventually(const QString &query, const QString &expected)
-    {
-        return waitUntil([&] { return value(query) == expected; });
-    }
-    /// Lets an engine look as if it had been silent for long enough.
-    static void silence(const QString &engine)
-    {
-        server().sql(
-            u"UPDATE engine SET seen = seen - interval '31 s' WHERE name = '%1'"_s.arg(engine),
-            u"shared"_s);
-    }
-    /// Starts both, and lets the second one begin to send a message.
-    void startBothAndSubmitBySecond()
-    {
-        m_first->start();
-        m_second->start();
-        submitBySecond();
-    }
-    void submitBySecond()
-    {
-        EXPECT_EQ(m_second->add(u"held"_s).type(), QDBusMessage::ReplyMessage);
-        m_second->call("StartEngine");
-        ASSERT_TRUE(waitUntil([this] { return m_second->isSubmitting(); }));
-    }
-    /// Lets the second engine begin to send a message, and stand still in the middle.
-    void sendAndSuspendSecond()
-    {
-        m_second->start();
-        ASSERT_NO_FATAL_FAILURE(submitBySecond());
-        m_second->suspend();
-    }
-
-    QString m_conninfo;
-    std::unique_ptr<SharingEngine> m_first;
-    std::unique_ptr<SharingEngine> m_second;
-};
-
-QString outcomes()
-{
-    return u"SELECT string_agg(code || 'x' || n, ' ' ORDER BY code) FROM "
-           "(SELECT code, count(*) AS n FROM outcome GROUP BY code) each"_s;
+    return {QString(), QString(), QString(), 63U, QString(), QString(), 0U};
 }
 
 TEST_F(SharedEngines, sendOneQueueTogetherAndEachMessageOnce)
@@ -445,7 +201,7 @@ TEST_F(SharedEngines, doNotUseAPasswordThatOthersCanRead)
 {
     makeBoth();
     m_first->writeSettings(m_conninfo + u" password=secret"_s);
-    QFile::setPermissions(settingsFile({}),
+    QFile::setPermissions(m_first->settingsFile(),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
     const Ended refused = m_first->run({u"--engines"_s});
     EXPECT_NE(refused.exitCode, 0);
@@ -453,8 +209,46 @@ TEST_F(SharedEngines, doNotUseAPasswordThatOthersCanRead)
     m_first->start();
     EXPECT_TRUE(m_first->hears(u"WarningError -57"_s));
     m_first->stop();
-    QFile::setPermissions(settingsFile({}), QFile::ReadOwner | QFile::WriteOwner);
+    QFile::setPermissions(m_first->settingsFile(), QFile::ReadOwner | QFile::WriteOwner);
     EXPECT_EQ(m_first->run({u"--engines"_s}).exitCode, 0);
+}
+
+TEST_F(SharedEngines, doNotReadTheHistoryByAPasswordThatOthersCanRead)
+{
+    makeBoth();
+    PostgresProxy proxy(server().socketPath());
+    m_first->writeSettings(proxy.address() + u' ' + PostgresServer::login(u"shared"_s) +
+                           u" password=secret"_s);
+    const QString settings = m_first->settingsFile();
+    QFile::setPermissions(settings, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
+    m_first->start();
+    const QDBusMessage refused = m_first->ask("GetHistory", firstPage());
+    EXPECT_EQ(refused.errorName(), u"com.tovek.SMService.Error.Store"_s);
+    EXPECT_TRUE(refused.errorMessage().contains(u"can be read or written by others"_s));
+    EXPECT_EQ(proxy.connections(), 0);
+    m_first->stop();
+    QFile::setPermissions(settings, QFile::ReadOwner | QFile::WriteOwner);
+    m_first->start();
+    EXPECT_EQ(m_first->ask("GetHistory", firstPage()).type(), QDBusMessage::ReplyMessage);
+    EXPECT_GE(proxy.connections(), 1);
+}
+
+TEST_F(SharedEngines, endWhileTheirDatabaseIsSilent)
+{
+    makeBoth();
+    PostgresProxy proxy(server().socketPath());
+    proxy.hold();
+    // A server of many addresses, each of which takes its seconds.
+    const QStringList address = proxy.address().split(u' ');
+    const QStringList hosts(1000, address.constFirst().section(u'=', 1));
+    m_first->writeSettings(u"host="_s + hosts.join(u',') + u' ' + address.constLast() + u' ' +
+                           PostgresServer::login(u"shared"_s));
+    m_first->start();
+    QDBusConnection::sessionBus().asyncCall(m_first->question("GetHistory", firstPage()));
+    m_first->call("ReportState");
+    // The queue's and the history's.
+    ASSERT_TRUE(waitUntil([&proxy] { return proxy.connections() >= 2; }));
+    m_first->stop();
 }
 
 TEST_F(SharedEngines, workByARoleThatMayDoNothingButThat)
@@ -462,16 +256,7 @@ TEST_F(SharedEngines, workByARoleThatMayDoNothingButThat)
     makeBoth();
     m_second->start(); // makes the tables
     ASSERT_TRUE(eventually(u"SELECT to_regclass('engine') IS NOT NULL"_s, u"t"_s));
-    for (
-        const QString &statement :
-        {u"DROP ROLE IF EXISTS norvane_engine"_s, u"CREATE ROLE norvane_engine LOGIN"_s,
-         u"REVOKE ALL ON DATABASE shared FROM PUBLIC"_s,
-         u"GRANT CONNECT ON DATABASE shared TO norvane_engine"_s,
-         u"GRANT USAGE ON SCHEMA public TO norvane_engine"_s,
-         u"GRANT SELECT, INSERT, UPDATE, DELETE ON ALL TABLES IN SCHEMA public TO norvane_engine"_s})
-        server().sql(statement, u"shared"_s);
-    m_first->writeSettings(
-        QString(m_conninfo).replace(u"user=norvane"_s, u"user=norvane_engine"_s));
+    m_first->writeSettings(makeLeastRole());
     m_first->start();
     EXPECT_EQ(m_first->add(u"m"_s).type(), QDBusMessage::ReplyMessage);
     m_first->call("StartEngine");
@@ -480,8 +265,7 @@ TEST_F(SharedEngines, workByARoleThatMayDoNothingButThat)
     EXPECT_EQ(m_first->run({u"--opt-out"_s, u"add"_s, u"600"_s}).exitCode, 0);
     EXPECT_EQ(m_first->run({u"--engines"_s}).out.count(u'\n'), 2);
     m_first.reset();
-    server().sql(u"DROP OWNED BY norvane_engine"_s, u"shared"_s);
-    server().sql(u"DROP ROLE norvane_engine"_s, u"shared"_s);
+    dropLeastRole();
 }
 
 TEST_F(SharedEngines, takeNoServerForTheirsThatCannotProveIt)
@@ -497,7 +281,7 @@ TEST_F(SharedEngines, takeNoServerForTheirsThatCannotProveIt)
     other.close();
     for (const bool isRight : {true, false}) {
         m_first->writeSettings(login + (isRight ? certificate : other.fileName()));
-        QFile::setPermissions(settingsFile({}), QFile::ReadOwner | QFile::WriteOwner);
+        QFile::setPermissions(m_first->settingsFile(), QFile::ReadOwner | QFile::WriteOwner);
         EXPECT_EQ(m_first->run({u"--engines"_s}).exitCode == 0, isRight);
     }
 }
@@ -505,11 +289,11 @@ TEST_F(SharedEngines, takeNoServerForTheirsThatCannotProveIt)
 TEST_F(SharedEngines, moveTheirQueueIntoTheDatabaseAndBackOnceEachWhateverInterruptsIt)
 {
     makeBoth();
-    QFile::remove(settingsFile({}));
+    QFile::remove(m_first->settingsFile());
     constexpr int messages = 4000;
     {
         // The file's queue: with no database in the settings.
-        QFile file(settingsFile({}));
+        QFile file(m_first->settingsFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     }
     m_first->start();
@@ -547,5 +331,3 @@ TEST_F(SharedEngines, moveTheirQueueIntoTheDatabaseAndBackOnceEachWhateverInterr
 } // namespace
 
 } // namespace norvane
-
-#include "SharedEnginesTest.moc"

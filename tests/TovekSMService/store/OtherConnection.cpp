@@ -47,9 +47,11 @@ QList<QVariantList> OtherConnection::contents()
     QList<QVariantList> all;
     for (const QVariantList &table :
          rows(u"SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite_%' "
-              "AND name NOT LIKE 'outcome_search%' AND name <> 'setting' ORDER BY name"_s))
+              "AND name NOT LIKE 'outcome_search%' "
+              "AND name NOT LIKE 'received_search%' AND name <> 'setting' ORDER BY name"_s))
         all += rows(u"SELECT '%1', * FROM %1"_s.arg(table.constFirst().toString()));
-    return all + rows(u"SELECT * FROM setting WHERE name <> 'history_index' ORDER BY name"_s);
+    return all + rows(u"SELECT * FROM setting WHERE name NOT IN ('history_index', 'inbox_index') "
+                      "ORDER BY name"_s);
 }
 
 } // namespace norvane

@@ -86,6 +86,8 @@ TEST_F(ReceivedMessagesTest, whatIsReadAndOldIsForgottenOldestFirstAndAFewAtATim
     keep(u"2026-01-04T00:00:00"_s, true);
     const QString before = u"2026-01-04T00:00:00"_s;
     EXPECT_EQ(given(received().prune(before, 2)), 2);
+    EXPECT_EQ(OtherConnection(file()).rows(u"SELECT text FROM received_forgotten ORDER BY text"_s),
+              (QList<QVariantList>{{u"2026-01-01T00:00:00"_s}, {u"2026-01-02T00:00:00"_s}}));
     EXPECT_EQ(moments(), (QStringList{before, u"2026-01-03T00:00:00"_s}));
     EXPECT_EQ(parts(), 2);
     EXPECT_EQ(given(received().prune(before, 2)), 1);

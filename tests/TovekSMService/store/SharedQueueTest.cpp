@@ -7,6 +7,7 @@
 #include "TovekSMService/store/TestStoreShared.h"
 #include "contract/ErrorCodes.h"
 #include "support/PostgresProxy.h"
+#include "support/WaitUntil.h"
 
 #include <QTemporaryDir>
 
@@ -142,15 +143,64 @@ TEST_F(SharedQueueTest, theSizeIsThatOfAllEnginesTogether)
     add(*m_one, u"1"_s);
     add(*m_two, u"2"_s);
     EXPECT_EQ(m_one->queue().size(), 1) << "nobody told it";
-    done(m_one->sharedQueue()->takeNews({u"*"_s}));
+    m_one->sharedQueue()->takeNews({u"*"_s});
+    done(m_one->sharedQueue()->refreshSize());
     EXPECT_EQ(m_one->queue().size(), 2);
     begin(*m_two, 2);
     for (const StoredMessage &message : m_begun)
         done(m_two->queue().finishSent({{message.id, 7, noon()}}));
     EXPECT_EQ(m_two->queue().size(), 0) << "it had not heard of one of them";
-    done(m_one->sharedQueue()->takeNews({u"*"_s}));
+    m_one->sharedQueue()->takeNews({u"*"_s});
+    done(m_one->sharedQueue()->refreshSize());
     EXPECT_EQ(m_one->queue().size(), 0);
     EXPECT_EQ(value(u"SELECT sum(queued)::bigint FROM engine"_s), 0);
+}
+
+TEST_F(SharedQueueTest, aSizeThatIsNotWaitedForCountsWhatChangesMeanwhile)
+{
+    for (const QString &phone : {u"1"_s, u"2"_s, u"3"_s})
+        add(*m_two, phone);
+    bool isDone = false;
+    m_one->sharedQueue()->refreshSize(
+        [&isDone](const StoreResult<> &known) { isDone = known.has_value(); });
+    add(*m_one, u"4"_s);
+    EXPECT_FALSE(m_one->database().together([this]() -> StoreResult<> {
+        add(*m_one, u"5"_s);
+        return failed(StoreFailure(StoreFailure::Kind::Other, u"taken back"_s));
+    }));
+    ASSERT_TRUE(waitUntil([&isDone] { return isDone; }));
+    EXPECT_EQ(m_one->queue().size(), 4);
+}
+
+TEST_F(SharedQueueTest, aSizeThatIsOlderThanALaterLookIsDropped)
+{
+    add(*m_two, u"1"_s);
+    bool isDone = false;
+    m_one->sharedQueue()->refreshSize([&isDone](const StoreResult<> &) { isDone = true; });
+    done(m_one->database().probe()); // the answer is there, and not taken yet
+    add(*m_two, u"2"_s);
+    done(m_one->sharedQueue()->refreshSize());
+    ASSERT_TRUE(waitUntil([&isDone] { return isDone; }));
+    EXPECT_EQ(m_one->queue().size(), 2);
+}
+
+TEST_F(SharedQueueTest, newsThatCannotBeToldStaysNews)
+{
+    ASSERT_TRUE(m_one->sharedQueue()->hasNews());
+    m_one->sharedDatabase()->close();
+    bool hasFailed = false;
+    m_one->sharedQueue()->announceNews(
+        [&hasFailed](const StoreResult<> &told) { hasFailed = !told; });
+    EXPECT_FALSE(m_one->sharedQueue()->hasNews());
+    ASSERT_TRUE(waitUntil([&hasFailed] { return hasFailed; }));
+    EXPECT_TRUE(m_one->sharedQueue()->hasNews());
+    done(m_one->sharedDatabase()->open());
+    done(m_one->queue().load());
+    bool isTold = false;
+    m_one->sharedQueue()->announceNews(
+        [&isTold](const StoreResult<> &told) { isTold = told.has_value(); });
+    ASSERT_TRUE(waitUntil([&isTold] { return isTold; }));
+    EXPECT_FALSE(m_one->sharedQueue()->hasNews());
 }
 
 TEST_F(SharedQueueTest, whatIsBeingSentCannotBeEditedFromAnyConsole)

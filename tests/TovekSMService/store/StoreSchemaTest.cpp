@@ -111,6 +111,26 @@ TEST_F(StoreSchemaTest, aStepThatFailsLeavesTheFileAsItWas)
     EXPECT_EQ(store.queue().size(), 3);
 }
 
+TEST_F(StoreSchemaTest, aSearchIndexOfTheFifthVersionIsGivenUp)
+{
+    done(Store(oldFile()).open());
+    OtherConnection other(oldFile());
+    other.run(u"DROP TABLE received_forgotten"_s);
+    other.run(u"CREATE VIRTUAL TABLE outcome_search USING fts5(folded, content='', "
+              "detail='none', columnsize=0, tokenize='trigram case_sensitive 1')"_s);
+    other.run(u"INSERT INTO outcome_search (rowid, folded) VALUES (1, 'sent')"_s);
+    other.run(u"INSERT INTO setting VALUES ('history_index', '1.15:1')"_s);
+    other.run(u"PRAGMA user_version = 5"_s);
+    Store store(oldFile());
+    done(store.open());
+    EXPECT_EQ(other.value(u"PRAGMA user_version"_s).toInt(), StoreSchema::latestVersion);
+    EXPECT_TRUE(other.rows(u"SELECT name FROM sqlite_schema WHERE name LIKE 'outcome_search%'"_s)
+                    .isEmpty());
+    EXPECT_TRUE(other.rows(u"SELECT value FROM setting WHERE name = 'history_index'"_s).isEmpty());
+    EXPECT_TRUE(other.rows(u"SELECT * FROM received_forgotten"_s).isEmpty());
+    EXPECT_EQ(other.value(u"SELECT COUNT(*) FROM outcome"_s).toInt(), 2);
+}
+
 TEST_F(StoreSchemaTest, bothWaysLeadToTheSameTables)
 {
     const auto columns = [](const QString &name) {
