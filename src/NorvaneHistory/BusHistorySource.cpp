@@ -1,18 +1,16 @@
 #include "NorvaneHistory/BusHistorySource.h"
 
 #include "MessagesBusInterface.h"
-#include "common/NumberedFailure.h"
 #include "contract/BusTypes.h"
 #include "contract/SMSManager.h"
-#include "foundation/EngineLauncher.h"
-#include "foundation/FailureTexts.h"
+#include "foundation/Globals.h"
+#include "foundation/TextId.h"
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 #include <QDateTime>
+#include <QLoggingCategory>
 #include <QPointer>
-#include <QUuid>
 
 namespace norvane {
 
@@ -20,87 +18,80 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+Q_LOGGING_CATEGORY(logSource, "history.source", QtInfoMsg)
+
+bool isGone(const QDBusError &error)
+{
+    return error.type() == QDBusError::ServiceUnknown || error.type() == QDBusError::Disconnected ||
+           error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1;
+}
+
+bool isSilent(const QDBusError &error)
+{
+    return error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
+           error.type() == QDBusError::TimedOut || error.type() == QDBusError::UnknownMethod;
+}
+
+/// The reason goes to the log: it isn't in the operator's language.
 SourceFailure failureOf(const QDBusError &error)
 {
+    using Kind = SourceFailure::Kind;
     if (error.name() == QLatin1String(Bus::supersededError))
-        return {SourceFailure::Kind::Superseded, {}};
-    const bool isAway =
-        error.type() == QDBusError::ServiceUnknown || error.type() == QDBusError::NoReply ||
-        error.type() == QDBusError::Disconnected || error.type() == QDBusError::UnknownMethod;
-    return {isAway ? SourceFailure::Kind::NoEngine : SourceFailure::Kind::Refused,
-            FailureText::engineDoesNotAnswer(error.message())};
+        return {Kind::Superseded, {}};
+    qCWarning(logSource, "%s: %s", qPrintable(error.name()), qPrintable(error.message()));
+    if (isGone(error))
+        return {Kind::NoEngine, GS(TextId::EngineNotThere)};
+    if (isSilent(error))
+        return {Kind::NoEngine, GS(TextId::EngineSilent)};
+    const bool isBusy = error.name() == QLatin1String(Bus::busyError);
+    return {Kind::Refused, GS(isBusy ? TextId::QueryTooLong : TextId::RequestRefused)};
 }
 
-using InboxReply = QDBusPendingReply<BusReceivedMessages, QString>;
-
-InboxReply askInbox(MessagesBusInterface &messages, const InboxFilter &filter,
-                    const PageRequest &request)
+template <typename Value>
+void failLater(QObject *context, const SourceAnswer<Value> &answer, const SourceFailure &failure)
 {
-    return messages.GetInbox(Bus::withoutNul(filter.from), Bus::withoutNul(filter.to),
-                             Bus::withoutNul(filter.text), filter.unreadOnly, request.after,
-                             request.until, request.limit);
+    QMetaObject::invokeMethod(
+        context, [answer, failure] { answer(norvane::failed(failure)); }, Qt::QueuedConnection);
 }
 
-Page<ReceivedMessage> inboxPage(const InboxReply &reply)
+bool isAnswered(const QDBusPendingReply<> & /*reply*/)
 {
-    return {reply.argumentAt<0>(), reply.argumentAt<1>()};
+    return true;
 }
 
 } // namespace
 
 BusHistorySource::BusHistorySource(const QDBusConnection &bus, EngineLauncher &launcher,
                                    QObject *parent)
-    : HistorySource(parent), m_bus(bus), m_launcher(launcher),
-      m_besideName(QUuid::createUuid().toString(QUuid::WithoutBraces))
+    : HistorySource(parent), m_engine(bus, launcher)
 {
-    Bus::registerTypes();
-    auto *const owners = new QDBusServiceWatcher(QLatin1String(Bus::serviceName), m_bus,
-                                                 QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(
-        owners, &QDBusServiceWatcher::serviceOwnerChanged, this,
-        [this](const QString &, const QString &, const QString &owner) { engineChanged(owner); });
-}
-
-BusHistorySource::~BusHistorySource()
-{
-    m_beside.reset();
-    QDBusConnection::disconnectFromBus(m_besideName);
-}
-
-SourceResult<bool> BusHistorySource::ensureRunning()
-{
-    try {
-        m_launcher.ensureRunning();
-    } catch (const NumberedFailure &failure) {
-        return norvane::failed(SourceFailure{SourceFailure::Kind::NoEngine, failure.description()});
-    }
-    if (!m_messages) {
-        m_messages = std::make_unique<MessagesBusInterface>(QLatin1String(Bus::serviceName),
-                                                            QLatin1String(Bus::objectPath), m_bus);
-        m_messages->setTimeout(Bus::callTimeout);
-        m_beside = std::make_unique<MessagesBusInterface>(
-            QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
-            QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_besideName));
-        m_beside->setTimeout(Bus::callTimeout);
-        connect(m_messages.get(), &MessagesBusInterface::HistoryChanged, this,
-                &HistorySource::changed);
-    }
-    return true;
+    connect(&m_engine, &EngineConnection::appeared, this, &HistorySource::returned);
+    connect(&m_engine, &EngineConnection::gone, this,
+            [this] { Q_EMIT failed(m_engine.absence()); });
+    connect(&m_engine, &EngineConnection::historyChanged, this, &HistorySource::changed);
 }
 
 void BusHistorySource::connectToEngine()
 {
-    if (const auto isRunning = ensureRunning(); !isRunning)
+    if (const auto isRunning = m_engine.ensureRunning(); !isRunning)
         Q_EMIT failed(isRunning.error());
     else
         Q_EMIT connected();
 }
 
-/// One that has gone is not called back by itself: the operator may have wanted its end.
-void BusHistorySource::engineChanged(const QString &owner)
+template <typename Value>
+bool BusHistorySource::ensureRunning(QObject *context, const SourceAnswer<Value> &answer)
 {
-    if (!owner.isEmpty() && m_messages)
-        Q_EMIT connected();
+    const QString before = m_engine.owner();
+    const auto isRunning = m_engine.ensureRunning();
+    if (!isRunning) {
+        Q_EMIT failed(isRunning.error());
+        failLater(context, answer, isRunning.error());
+        return false;
+    }
+    if (before != m_engine.owner())
+        Q_EMIT returned();
+    return true;
 }
 
 template <typename Value, typename Read>
@@ -121,43 +112,71 @@ void BusHistorySource::await(const QDBusPendingCall &call, QObject *context,
 }
 
 template <typename Value, typename Start, typename Read>
-void BusHistorySource::ask(QObject *context, const SourceAnswer<Value> &answer, Start start,
-                           Read read)
+void BusHistorySource::ask(EngineConnection::Caller caller, QObject *context,
+                           const SourceAnswer<Value> &answer, Start start, Read read)
 {
-    const auto isRunning = ensureRunning();
-    if (isRunning) {
-        await(start(), context, answer, read);
-        return;
-    }
-    Q_EMIT failed(isRunning.error());
-    QMetaObject::invokeMethod(
-        context, [answer, failure = isRunning.error()] { answer(norvane::failed(failure)); },
-        Qt::QueuedConnection);
+    if (MessagesBusInterface *const messages = m_engine.messages(caller))
+        await(start(*messages), context, answer, read);
+    else
+        failLater(context, answer, m_engine.absence());
 }
 
-void BusHistorySource::fetchHistory(QObject *context, const HistoryFilter &filter,
-                                    const PageRequest &request,
-                                    const SourceAnswer<Page<HistoryRow>> &answer)
+void BusHistorySource::askHistory(EngineConnection::Caller caller, QObject *context,
+                                  const HistoryFilter &filter, const PageRequest &request,
+                                  const SourceAnswer<Page<HistoryRow>> &answer)
 {
     using Reply = QDBusPendingReply<BusHistoryRows, QString>;
     ask(
-        context, answer,
-        [&] {
-            return m_messages->GetHistory(Bus::withoutNul(filter.from), Bus::withoutNul(filter.to),
-                                          Bus::withoutNul(filter.text), filter.states.toInt(),
-                                          request.after, request.until, request.limit);
+        caller, context, answer,
+        [&](MessagesBusInterface &messages) {
+            return messages.GetHistory(Bus::withoutNul(filter.from), Bus::withoutNul(filter.to),
+                                       Bus::withoutNul(filter.text), filter.states.toInt(),
+                                       request.after, request.until, request.limit);
         },
         [](const Reply &reply) {
             return Page<HistoryRow>{reply.argumentAt<0>(), reply.argumentAt<1>()};
         });
 }
 
+void BusHistorySource::askInbox(EngineConnection::Caller caller, QObject *context,
+                                const InboxFilter &filter, const PageRequest &request,
+                                const SourceAnswer<Page<ReceivedMessage>> &answer)
+{
+    using Reply = QDBusPendingReply<BusReceivedMessages, QString>;
+    ask(
+        caller, context, answer,
+        [&](MessagesBusInterface &messages) {
+            return messages.GetInbox(Bus::withoutNul(filter.from), Bus::withoutNul(filter.to),
+                                     Bus::withoutNul(filter.text), filter.unreadOnly, request.after,
+                                     request.until, request.limit);
+        },
+        [](const Reply &reply) {
+            return Page<ReceivedMessage>{reply.argumentAt<0>(), reply.argumentAt<1>()};
+        });
+}
+
+void BusHistorySource::fetchHistory(QObject *context, const HistoryFilter &filter,
+                                    const PageRequest &request,
+                                    const SourceAnswer<Page<HistoryRow>> &answer)
+{
+    askHistory(EngineConnection::List, context, filter, request, answer);
+}
+
+void BusHistorySource::walkHistory(QObject *context, const HistoryFilter &filter,
+                                   const PageRequest &request,
+                                   const SourceAnswer<Page<HistoryRow>> &answer)
+{
+    askHistory(EngineConnection::Walk, context, filter, request, answer);
+}
+
 void BusHistorySource::fetchRows(QObject *context, const QList<qint64> &ids,
                                  const SourceAnswer<QList<HistoryRow>> &answer)
 {
     ask(
-        context, answer,
-        [&] { return m_messages->GetHistoryOf(QList<qlonglong>(ids.cbegin(), ids.cend())); },
+        EngineConnection::List, context, answer,
+        [&](MessagesBusInterface &messages) {
+            return messages.GetHistoryOf(QList<qlonglong>(ids.cbegin(), ids.cend()));
+        },
         [](const QDBusPendingReply<BusHistoryRows> &reply) { return reply.value(); });
 }
 
@@ -165,7 +184,8 @@ void BusHistorySource::fetchSteps(QObject *context, qint64 message,
                                   const SourceAnswer<QList<HistoryEvent>> &answer)
 {
     ask(
-        context, answer, [&] { return m_messages->GetSteps(message); },
+        EngineConnection::List, context, answer,
+        [&](MessagesBusInterface &messages) { return messages.GetSteps(message); },
         [](const QDBusPendingReply<BusHistoryEvents> &reply) { return reply.value(); });
 }
 
@@ -174,7 +194,8 @@ void BusHistorySource::fetchSummary(QObject *context, const QString &from, const
 {
     using Reply = QDBusPendingReply<BusHistoryDays, BusDeliveryDelays, BusFailureReasons>;
     ask(
-        context, answer, [&] { return m_messages->GetSummary(from, to); },
+        EngineConnection::List, context, answer,
+        [&](MessagesBusInterface &messages) { return messages.GetSummary(from, to); },
         [](const Reply &reply) {
             return Summary{reply.argumentAt<0>(), reply.argumentAt<1>(), reply.argumentAt<2>()};
         });
@@ -184,78 +205,89 @@ void BusHistorySource::fetchInbox(QObject *context, const InboxFilter &filter,
                                   const PageRequest &request,
                                   const SourceAnswer<Page<ReceivedMessage>> &answer)
 {
-    ask(
-        context, answer, [&] { return askInbox(*m_messages, filter, request); }, inboxPage);
+    askInbox(EngineConnection::List, context, filter, request, answer);
 }
 
 void BusHistorySource::fetchAnswers(QObject *context, const InboxFilter &filter, quint32 limit,
                                     const SourceAnswer<Page<ReceivedMessage>> &answer)
 {
-    ask(
-        context, answer,
-        [&] {
-            return askInbox(*m_beside, filter, {{}, {}, limit});
-        },
-        inboxPage);
+    askInbox(EngineConnection::Answers, context, filter, {{}, {}, limit}, answer);
 }
 
-void BusHistorySource::markRead(const QList<qint64> &ids)
+void BusHistorySource::walkInbox(QObject *context, const InboxFilter &filter,
+                                 const PageRequest &request,
+                                 const SourceAnswer<Page<ReceivedMessage>> &answer)
 {
-    if (ensureRunning())
-        m_messages->MarkRead(QList<qlonglong>(ids.cbegin(), ids.cend()));
+    askInbox(EngineConnection::Walk, context, filter, request, answer);
+}
+
+void BusHistorySource::markRead(QObject *context, const QList<qint64> &ids,
+                                const SourceAnswer<bool> &answer)
+{
+    ask(
+        EngineConnection::List, context, answer,
+        [&](MessagesBusInterface &messages) {
+            return messages.MarkRead(QList<qlonglong>(ids.cbegin(), ids.cend()));
+        },
+        isAnswered);
 }
 
 void BusHistorySource::fetchOptedOut(QObject *context, const QString &phone,
                                      const SourceAnswer<bool> &answer)
 {
     ask(
-        context, answer, [&] { return m_messages->IsOptedOut(Bus::withoutNul(phone)); },
+        EngineConnection::List, context, answer,
+        [&](MessagesBusInterface &messages) { return messages.IsOptedOut(Bus::withoutNul(phone)); },
         [](const QDBusPendingReply<bool> &reply) { return reply.value(); });
 }
 
 void BusHistorySource::setOptedOut(QObject *context, const QString &phone, bool isOptedOut,
                                    const SourceAnswer<bool> &answer)
 {
+    if (!ensureRunning(context, answer))
+        return;
     const QString number = Bus::withoutNul(phone);
     ask(
-        context, answer,
-        [&] {
-            return isOptedOut ? m_messages->AddOptOut(number) : m_messages->RemoveOptOut(number);
+        EngineConnection::List, context, answer,
+        [&](MessagesBusInterface &messages) {
+            return isOptedOut ? messages.AddOptOut(number) : messages.RemoveOptOut(number);
         },
         [](const QDBusPendingReply<bool> &reply) { return reply.value(); });
 }
 
 void BusHistorySource::send(QObject *context, const QString &phone, const QString &text,
-                            const SourceAnswer<bool> &answer)
+                            const SourceAnswer<Sending> &answer)
 {
-    ask(
-        context, answer,
-        [&] {
-            return callManager(u"AddSMS"_s, {Bus::withoutNul(phone), Bus::withoutNul(text),
-                                             Bus::dateText(QDateTime::currentDateTime())});
-        },
-        [this](const QDBusPendingReply<> &) {
-            startIfStopped();
-            return true;
-        });
+    if (!ensureRunning(context, answer))
+        return;
+    await(m_engine.callManager(u"AddSMS"_s, {Bus::withoutNul(phone), Bus::withoutNul(text),
+                                             Bus::dateText(QDateTime::currentDateTime())}),
+          context, SourceAnswer<bool>([this, context, answer](const SourceResult<bool> &isQueued) {
+              if (isQueued)
+                  startSending(context, answer);
+              else
+                  answer(norvane::failed(isQueued.error()));
+          }),
+          isAnswered);
 }
 
-QDBusPendingCall BusHistorySource::callManager(const QString &operation,
-                                               const QVariantList &arguments)
+void BusHistorySource::startSending(QObject *context, const SourceAnswer<Sending> &answer)
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QLatin1String(Bus::serviceName), QLatin1String(Bus::objectPath),
-        QLatin1String(Bus::interfaceName), operation);
-    call.setArguments(arguments);
-    return m_bus.asyncCall(call, Bus::callTimeout);
-}
-
-void BusHistorySource::startIfStopped()
-{
-    await(callManager(u"GetEngineStatus"_s), this,
-          SourceAnswer<qint32>([this](const SourceResult<qint32> &status) {
-              if (status && *status == SMSManager::stopped)
-                  callManager(u"StartEngine"_s);
+    const auto start = [this, context, answer] {
+        await(m_engine.callManager(u"StartEngine"_s), context,
+              SourceAnswer<bool>([answer](const SourceResult<bool> &isStarted) {
+                  answer(isStarted ? Sending::Underway : Sending::NotStarted);
+              }),
+              isAnswered);
+    };
+    await(m_engine.callManager(u"GetEngineStatus"_s), context,
+          SourceAnswer<qint32>([answer, start](const SourceResult<qint32> &status) {
+              if (!status)
+                  answer(Sending::NotStarted);
+              else if (*status == SMSManager::stopped)
+                  start();
+              else
+                  answer(Sending::Underway);
           }),
           [](const QDBusPendingReply<qint32> &reply) { return reply.value(); });
 }

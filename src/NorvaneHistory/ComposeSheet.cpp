@@ -14,7 +14,7 @@ namespace norvane {
 
 using namespace Qt::StringLiterals;
 
-ComposeSheet::ComposeSheet(const QString &phone, QWidget *parent)
+ComposeSheet::ComposeSheet(const QString &phone, const QString &text, QWidget *parent)
     : QDialog(parent), m_phone(new PhoneEdit(this)), m_text(new MessageEdit(this)),
       m_length(new QLabel(this))
 {
@@ -47,6 +47,7 @@ ComposeSheet::ComposeSheet(const QString &phone, QWidget *parent)
 
     connect(m_text, &MessageEdit::changed, this, &ComposeSheet::showLength);
     connect(m_phone, &QLineEdit::textChanged, this, &ComposeSheet::showLength);
+    m_text->setText(text);
     showLength();
     m_text->setFocus();
     resize(size);

@@ -16,7 +16,8 @@ class ComposeSheet : public QDialog
     Q_OBJECT
 
 public:
-    explicit ComposeSheet(const QString &phone, QWidget *parent = nullptr);
+    /// @param text  what is written already
+    ComposeSheet(const QString &phone, const QString &text, QWidget *parent = nullptr);
 
     QString phone() const;
     /// As it was typed.

@@ -1,45 +1,17 @@
 #include "NorvaneHistory/DetailsPane.h"
 
+#include "NorvaneHistory/ReadOnlyTable.h"
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
 
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QTableWidget>
 
 namespace norvane {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-enum StepColumn { MomentOfStep, WhatHappened, Detail, stepColumns };
-
-QTableWidget *makeSteps(QWidget *parent)
-{
-    auto *const steps = new QTableWidget(0, stepColumns, parent);
-    steps->setObjectName(u"tblSteps"_s);
-    steps->setAccessibleName(GS(TextId::StepsName));
-    steps->setHorizontalHeaderLabels(
-        {GS(TextId::MomentColumn), GS(TextId::StepColumn), GS(TextId::DetailColumn)});
-    steps->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    steps->setSelectionBehavior(QAbstractItemView::SelectRows);
-    steps->setSelectionMode(QAbstractItemView::SingleSelection);
-    steps->setTabKeyNavigation(false);
-    steps->setShowGrid(false);
-    steps->setWordWrap(false);
-    steps->verticalHeader()->hide();
-    steps->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    steps->horizontalHeader()->setSectionResizeMode(Detail, QHeaderView::Stretch);
-    steps->horizontalHeader()->setHighlightSections(false);
-    steps->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    return steps;
-}
-
-} // namespace
 
 DetailsPane::DetailsPane(Kind kind, QWidget *parent)
     : QWidget(parent), m_title(new QLabel(this)), m_text(new QPlainTextEdit(this))
@@ -60,7 +32,9 @@ DetailsPane::DetailsPane(Kind kind, QWidget *parent)
     auto *const parts = new QHBoxLayout;
     parts->addWidget(m_text, textShare);
     if (kind == Kind::Sent) {
-        m_steps = makeSteps(this);
+        m_steps = new ReadOnlyTable(this);
+        m_steps->setObjectName(u"tblSteps"_s);
+        m_steps->setAccessibleName(GS(TextId::StepsName));
         parts->addWidget(m_steps, stepsShare);
     }
     auto *const layout = new QVBoxLayout(this);
@@ -116,14 +90,11 @@ void DetailsPane::showSteps(const QList<Step> &steps)
 {
     if (!m_steps)
         return;
-    m_steps->setRowCount(static_cast<int>(steps.size()));
-    for (int row = 0; row < steps.size(); ++row) {
-        const Step &step = steps.at(row);
-        m_steps->setItem(row, MomentOfStep, new QTableWidgetItem(step.moment));
-        m_steps->setItem(row, WhatHappened, new QTableWidgetItem(step.what));
-        m_steps->setItem(row, Detail, new QTableWidgetItem(step.detail));
-    }
-    m_steps->resizeRowsToContents();
+    QList<QStringList> rows;
+    for (const Step &step : steps)
+        rows.append({step.moment, step.what, step.detail});
+    m_steps->showRows({GS(TextId::MomentColumn), GS(TextId::StepColumn), GS(TextId::DetailColumn)},
+                      rows);
 }
 
 void DetailsPane::setSendAgainEnabled(bool isEnabled)

@@ -9,9 +9,10 @@
 class QLabel;
 class QPlainTextEdit;
 class QPushButton;
-class QTableWidget;
 
 namespace norvane {
+
+class ReadOnlyTable;
 
 /// One message in full, what happened to it, and what can be done about it.
 class DetailsPane : public QWidget
@@ -49,7 +50,7 @@ private:
 
     QLabel *m_title;
     QPlainTextEdit *m_text;
-    QTableWidget *m_steps = nullptr; ///< null for received messages
+    ReadOnlyTable *m_steps = nullptr; ///< null for received messages
     QPushButton *m_sendAgain = nullptr;
     QPushButton *m_answer;
     QPushButton *m_optOut;

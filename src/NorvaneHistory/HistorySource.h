@@ -17,7 +17,7 @@ struct SourceFailure
 {
     enum class Kind {
         Superseded, ///< a newer question of the same kind took its place
-        NoEngine,   ///< it can't be started, or doesn't answer
+        NoEngine,   ///< it is down, can't be started, or doesn't answer
         Refused,    ///< it answers that it can't
     };
     Kind kind = Kind::NoEngine;
@@ -66,8 +66,16 @@ struct Summary
     QList<FailureReason> reasons;
 };
 
-/// What the window asks of the engine. No call blocks; an answer comes later, on this thread,
-/// unless its context is gone by then.
+/// What became of a message that was queued.
+enum class Sending {
+    Underway,
+    NotStarted, ///< it waits: the sending was stopped, and couldn't be started
+};
+
+/// What the window asks of the engine. An answer comes later, on this thread, unless its context is
+/// gone by then. While the engine is down, what only looks at something fails at once. What the
+/// operator decides (connectToEngine(), setOptedOut() and send()) starts it, and blocks until it is
+/// there.
 class HistorySource : public QObject
 {
     Q_OBJECT
@@ -93,7 +101,16 @@ public:
     /// of them.
     virtual void fetchAnswers(QObject *context, const InboxFilter &filter, quint32 limit,
                               const SourceAnswer<Page<ReceivedMessage>> &answer) = 0;
-    virtual void markRead(const QList<qint64> &ids) = 0;
+    /// As fetchHistory() and fetchInbox(), for a walk through a whole list: beside all others, and
+    /// takes the place of none of them.
+    virtual void walkHistory(QObject *context, const HistoryFilter &filter,
+                             const PageRequest &request,
+                             const SourceAnswer<Page<HistoryRow>> &answer) = 0;
+    virtual void walkInbox(QObject *context, const InboxFilter &filter, const PageRequest &request,
+                           const SourceAnswer<Page<ReceivedMessage>> &answer) = 0;
+    /// @param answer  gets true, or why they are still unread
+    virtual void markRead(QObject *context, const QList<qint64> &ids,
+                          const SourceAnswer<bool> &answer) = 0;
     virtual void fetchOptedOut(QObject *context, const QString &phone,
                                const SourceAnswer<bool> &answer) = 0;
     /// @param answer  gets whether the list has changed
@@ -102,12 +119,15 @@ public:
     /// Queues a message that is due at once, and starts the sending where it was stopped.
     /// @param text  as it is to be sent
     virtual void send(QObject *context, const QString &phone, const QString &text,
-                      const SourceAnswer<bool> &answer) = 0;
+                      const SourceAnswer<Sending> &answer) = 0;
 
 Q_SIGNALS:
-    /// The engine is there, perhaps another one than before.
+    /// connectToEngine() has found or started the engine.
     void connected();
+    /// The engine has gone, or can't be started.
     void failed(const SourceFailure &failure);
+    /// The engine is there again, or another one, without connectToEngine().
+    void returned();
     /// Something that was fetched is no longer true.
     void changed();
 };

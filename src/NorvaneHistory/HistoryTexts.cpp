@@ -1,10 +1,13 @@
 #include "NorvaneHistory/HistoryTexts.h"
 
+#include "contract/ErrorCodes.h"
 #include "foundation/ErrorText.h"
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
 
 #include <QDateTime>
+
+#include <algorithm>
 
 namespace norvane {
 
@@ -20,9 +23,12 @@ struct StatusWord
     qint32 textId;
 };
 
-// 3GPP TS 23.040, 9.2.3.15: permanent errors, where the service centre makes no more attempts, and
-// temporary ones after which it makes none.
+// 3GPP TS 23.040, 9.2.3.15: temporary errors after which the service centre goes on, permanent
+// ones where it makes no more attempts, and temporary ones after which it makes none.
 constexpr StatusWord statusWords[] = {
+    {0x20, TextId::StatusCongestion},     {0x21, TextId::StatusBusy},
+    {0x22, TextId::StatusNoResponse},     {0x23, TextId::StatusRejected},
+    {0x24, TextId::StatusNoQuality},      {0x25, TextId::StatusProcedureError},
     {0x40, TextId::StatusProcedureError}, {0x41, TextId::StatusIncompatible},
     {0x42, TextId::StatusRejected},       {0x43, TextId::StatusNotObtainable},
     {0x44, TextId::StatusNoQuality},      {0x45, TextId::StatusNoInterworking},
@@ -33,9 +39,9 @@ constexpr StatusWord statusWords[] = {
     {0x64, TextId::StatusNoQuality},      {0x65, TextId::StatusProcedureError},
 };
 
-qint32 stepTextId(HistoryStep step)
+qint32 stepTextId(const HistoryEvent &event)
 {
-    switch (step) {
+    switch (event.step) {
     case HistoryStep::Queued:
         return TextId::StepQueued;
     case HistoryStep::Attempt:
@@ -45,7 +51,7 @@ qint32 stepTextId(HistoryStep step)
     case HistoryStep::Sent:
         return TextId::StepSent;
     case HistoryStep::Failed:
-        return TextId::StepFailed;
+        return event.code == ErrorCode::noRespond ? TextId::StateInDoubt : TextId::StepFailed;
     case HistoryStep::Delivered:
         return TextId::StepDelivered;
     case HistoryStep::Refused:
@@ -56,6 +62,24 @@ qint32 stepTextId(HistoryStep step)
         return TextId::StepUnknown;
     }
     return TextId::StepUnknown;
+}
+
+/// Characters that turn the order of what follows them (Unicode Bidirectional Algorithm).
+bool isEmbedding(QChar unit)
+{
+    return (unit >= u'\u202A' && unit <= u'\u202E') || (unit >= u'\u2066' && unit <= u'\u2069');
+}
+
+bool isLeftToRight(QChar unit)
+{
+    switch (unit.direction()) {
+    case QChar::DirR:
+    case QChar::DirAL:
+    case QChar::DirAN:
+        return false;
+    default:
+        return !unit.isSurrogate();
+    }
 }
 
 bool breaksLine(QChar unit)
@@ -110,7 +134,7 @@ QString HistoryTexts::day(const QString &stored)
 
 QString HistoryTexts::stepName(const HistoryEvent &event)
 {
-    const QString name = GS(stepTextId(event.step));
+    const QString name = GS(stepTextId(event));
     return event.part > 0 ? GS(TextId::StepOfPart, name, event.part) : name;
 }
 
@@ -131,7 +155,9 @@ QString HistoryTexts::stepDetail(const HistoryEvent &event)
 
 QString HistoryTexts::errorText(qint32 code)
 {
-    const QString word = GetErrorText(code);
+    QString word = GetErrorText(code);
+    if (word.endsWith(u'.'))
+        word.chop(1); // a sentence, and the number belongs to it
     return word.isEmpty() ? QString::number(code) : u"%1 (%2)"_s.arg(word).arg(code);
 }
 
@@ -167,6 +193,17 @@ QString HistoryTexts::oneLine(const QString &text)
     QString line = text.left(maxShown);
     std::replace_if(line.begin(), line.end(), breaksLine, u' ');
     return line;
+}
+
+QString HistoryTexts::phone(const QString &text)
+{
+    constexpr QChar firstStrongIsolate = u'\u2068';
+    constexpr QChar popIsolate = u'\u2069';
+    QString line = oneLine(text);
+    line.removeIf(isEmbedding); // an isolate could be ended by one of them
+    if (std::all_of(line.cbegin(), line.cend(), isLeftToRight))
+        return line;
+    return firstStrongIsolate + line + popIsolate;
 }
 
 } // namespace norvane

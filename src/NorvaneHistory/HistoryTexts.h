@@ -41,6 +41,8 @@ QString delay(const QList<DeliveryDelay> &delays, qsizetype at);
 /// `text` as one line of a list: what would break the line is a blank, and nothing is longer than
 /// a list can show.
 QString oneLine(const QString &text);
+/// A phone, or a sender's name, as a part of a sentence, whose order it doesn't turn.
+QString phone(const QString &text);
 
 } // namespace HistoryTexts
 

@@ -3,8 +3,8 @@
 #include "NorvaneHistory/FilterBar.h"
 #include "NorvaneHistory/InboxTab.h"
 #include "NorvaneHistory/MessageActions.h"
+#include "NorvaneHistory/MessageTableModel.h"
 #include "NorvaneHistory/MessagesTab.h"
-#include "NorvaneHistory/SteadyTableView.h"
 #include "NorvaneHistory/SummaryTab.h"
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
@@ -47,10 +47,20 @@ HistoryWindow::HistoryWindow(HistorySource &source, const OutputChoices &choices
     connect(m_filter, &FilterBar::changed, &m_typing, qOverload<>(&QTimer::start));
     connect(&m_source, &HistorySource::connected, this, &HistoryWindow::connected);
     connect(&m_source, &HistorySource::failed, this, &HistoryWindow::failed);
+    connect(&m_source, &HistorySource::returned, this, &HistoryWindow::returned);
     connect(&m_source, &HistorySource::changed, this, &HistoryWindow::refresh);
-    connect(m_messages, &MessagesTab::loaded, this, &HistoryWindow::clearStatus);
-    connect(m_messages, &MessagesTab::failed, this, &HistoryWindow::failed);
-    connect(m_inbox, &InboxTab::failed, this, &HistoryWindow::failed);
+    connect(&m_messages->model(), &MessageTableModel::reloaded, this, &HistoryWindow::clearStatus);
+    for (const MessageTableModel *const model : {&m_messages->model(), &m_inbox->model()}) {
+        connect(model, &MessageTableModel::reloadFailed, this, &HistoryWindow::reloadFailed);
+        connect(model, &MessageTableModel::fetchFailed, this, &HistoryWindow::failed);
+        connect(model, &MessageTableModel::recovered, this, &HistoryWindow::clearStatus);
+    }
+    connect(&m_inbox->model(), &MessageTableModel::changeFailed, this,
+            [this](const SourceFailure &failure) {
+                this->failed({failure.kind, GS(TextId::NotMarkedRead, failure.text)});
+            });
+    connect(m_summary, &SummaryTab::fetched, this, &HistoryWindow::clearStatus);
+    connect(m_summary, &SummaryTab::failed, this, &HistoryWindow::failed);
     connect(m_tabs, &QTabWidget::currentChanged, this, [this] {
         m_filter->setEnabled(hasList());
         m_export->setEnabled(hasList());
@@ -79,8 +89,10 @@ QWidget *HistoryWindow::makeBottom()
     layout->addWidget(m_export);
     layout->addWidget(m_print);
     connect(m_retry, &QPushButton::clicked, &m_source, &HistorySource::connectToEngine);
-    connect(m_export, &QPushButton::clicked, this, [this] { m_output->exportCsv(outputList()); });
-    connect(m_print, &QPushButton::clicked, this, [this] { m_output->printList(outputList()); });
+    connect(m_export, &QPushButton::clicked, this,
+            [this] { m_output->exportCsv(outputList(OutputForm::Stored)); });
+    connect(m_print, &QPushButton::clicked, this,
+            [this] { m_output->printList(outputList(OutputForm::Shown)); });
     return bottom;
 }
 
@@ -110,10 +122,28 @@ void HistoryWindow::clearStatus()
 void HistoryWindow::connected()
 {
     clearStatus();
+    m_hasToReload = false;
     applyFilter();
     m_messages->reload();
     m_inbox->reload();
-    m_summary->refresh();
+    m_summary->reload();
+}
+
+/// Whoever reads on while the engine comes back stays where they are.
+void HistoryWindow::returned()
+{
+    if (m_hasToReload) {
+        connected();
+        return;
+    }
+    clearStatus();
+    refresh();
+}
+
+void HistoryWindow::reloadFailed(const SourceFailure &failure)
+{
+    m_hasToReload = true;
+    failed(failure);
 }
 
 void HistoryWindow::failed(const SourceFailure &failure)
@@ -137,9 +167,10 @@ bool HistoryWindow::hasList() const
     return m_tabs->currentWidget() != m_summary;
 }
 
-OutputList HistoryWindow::outputList() const
+OutputList HistoryWindow::outputList(OutputForm form) const
 {
-    return m_tabs->currentWidget() == m_inbox ? m_inbox->outputList() : m_messages->outputList();
+    return m_tabs->currentWidget() == m_inbox ? m_inbox->outputList(form)
+                                              : m_messages->outputList(form);
 }
 
 } // namespace norvane

@@ -33,9 +33,11 @@ private:
     void applyFilter();
     void clearStatus();
     void connected();
+    void returned();
+    void reloadFailed(const SourceFailure &failure);
     void failed(const SourceFailure &failure);
     void refresh();
-    OutputList outputList() const;
+    OutputList outputList(OutputForm form) const;
     bool hasList() const;
 
     HistorySource &m_source;
@@ -50,7 +52,8 @@ private:
     QPushButton *m_retry;
     QPushButton *m_export = nullptr;
     QPushButton *m_print = nullptr;
-    QTimer m_typing; ///< runs while the operator types
+    bool m_hasToReload = false; ///< rows are shown that the filter of now may not let through
+    QTimer m_typing;            ///< runs while the operator types
 };
 
 } // namespace norvane

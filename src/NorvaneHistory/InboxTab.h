@@ -9,11 +9,12 @@ class QCheckBox;
 
 namespace norvane {
 
-class DetailsPane;
+class ChosenPhone;
 class FilterBar;
 class InboxModel;
+class ListPane;
 class MessageActions;
-class SteadyTableView;
+class MessageTableModel;
 
 /// What was received.
 class InboxTab : public QWidget
@@ -28,26 +29,20 @@ public:
     void applyFilter();
     void refresh();
     void reload();
-    OutputList outputList() const;
-    SteadyTableView &list() { return *m_list; }
-
-Q_SIGNALS:
-    /// The list was fetched from its beginning.
-    void loaded(int rows);
-    void failed(const SourceFailure &failure);
+    OutputList outputList(OutputForm form) const;
+    /// Tells how its fetching went.
+    const MessageTableModel &model() const;
 
 private:
     void choose(int row);
-    void fetchOptedOut();
 
     HistorySource &m_source;
     const FilterBar &m_filter;
-    MessageActions &m_actions;
     InboxModel *m_model;
     QCheckBox *m_unreadOnly;
-    SteadyTableView *m_list;
-    DetailsPane *m_details;
-    ReceivedMessage m_chosen; ///< its id is 0 while none is chosen
+    ListPane *m_pane;
+    ChosenPhone *m_phone;
+    qint64 m_chosen = 0; ///< the id of the chosen message, 0 for none
 };
 
 } // namespace norvane

@@ -35,16 +35,19 @@ public:
 
     bool isActive() const { return m_painter.isActive(); }
 
-    void draw(const QList<QStringList> &rows)
+    /// @return false if the printer fails on the way
+    bool draw(const QList<QStringList> &rows)
     {
         beginPage();
         for (const QStringList &row : rows) {
             if (m_y + 2 * m_lineHeight > height()) {
-                m_printer.newPage();
+                if (!m_printer.newPage())
+                    return false;
                 beginPage();
             }
             drawLine(row);
         }
+        return m_painter.end();
     }
 
 private:
@@ -113,14 +116,17 @@ void ListWalk::cancel()
 
 void ListWalk::fetch(const QString &after)
 {
-    m_list.fetch(this, {after, {}, pageRows}, [this](const SourceResult<Page<QStringList>> &page) {
-        if (m_isCancelled)
-            return;
-        if (!page)
-            Q_EMIT failed(page.error());
-        else
-            take(*page);
-    });
+    m_list.fetch(this, {after, {}, pageRows},
+                 [this, after](const SourceResult<Page<QStringList>> &page) {
+                     if (m_isCancelled)
+                         return;
+                     if (page)
+                         take(*page);
+                     else if (page.error().kind == SourceFailure::Kind::Superseded)
+                         fetch(after); // by the question of a walk that was cancelled
+                     else
+                         Q_EMIT failed(page.error());
+                 });
 }
 
 void ListWalk::take(const Page<QStringList> &page)
@@ -152,10 +158,7 @@ QByteArray ListOutput::csvHead(const OutputList &list)
 bool ListOutput::print(const OutputList &list, const QList<QStringList> &rows, QPrinter &printer)
 {
     TablePainter painter(list, printer);
-    if (!painter.isActive())
-        return false;
-    painter.draw(rows);
-    return true;
+    return painter.isActive() && painter.draw(rows);
 }
 
 } // namespace norvane

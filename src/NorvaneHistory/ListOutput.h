@@ -12,6 +12,12 @@ class QPrinter;
 
 namespace norvane {
 
+/// How the fields of a row are given.
+enum class OutputForm {
+    Stored, ///< as the store has them, for other programs
+    Shown,  ///< as the window shows them
+};
+
 /// A list as it is written or printed: every row that its filter lets through, shown or not.
 struct OutputList
 {
@@ -86,7 +92,7 @@ QByteArray csvHead(const OutputList &list);
 inline constexpr qsizetype maxPrintedRows = 10'000;
 
 /// Prints rows as a table with the captions on each page.
-/// @return false if the printer took nothing
+/// @return false if the printer didn't take all of it
 bool print(const OutputList &list, const QList<QStringList> &rows, QPrinter &printer);
 
 } // namespace ListOutput

@@ -13,10 +13,11 @@ namespace norvane {
 
 namespace {
 
-bool isConfirmed(const QString &question)
+bool isConfirmed(const QString &question,
+                 MessageBoxes::Buttons buttons = MessageBoxes::Buttons::YesNo)
 {
-    return messageBoxes().show(question, MessageBoxes::Icon::Question, MessageBoxes::Buttons::YesNo,
-                               boxTitle()) == MessageBoxes::Answer::Yes;
+    return messageBoxes().show(question, MessageBoxes::Icon::Question, buttons, boxTitle()) ==
+           MessageBoxes::Answer::Yes;
 }
 
 } // namespace
@@ -35,29 +36,43 @@ void MessageActions::sendAgain(const HistoryRow &message)
 {
     if (!canSendAgain(message.state))
         return;
-    const qint32 question = message.state == MessageState::InDoubt ? TextId::SendDoubtfulQuestion
-                                                                   : TextId::SendAgainQuestion;
-    if (isConfirmed(GS(question, HistoryTexts::oneLine(message.phone))))
-        send(message.phone, message.text);
+    const QString phone = message.phone;
+    const QString text = message.text;
+    const QString shown = HistoryTexts::phone(phone);
+    const bool isAgreed = message.state == MessageState::InDoubt
+                              ? isConfirmed(GS(TextId::SendDoubtfulQuestion, shown),
+                                            MessageBoxes::Buttons::YesNoDefaultNo)
+                              : isConfirmed(GS(TextId::SendAgainQuestion, shown));
+    if (isAgreed)
+        send(phone, text, [] {});
 }
 
 void MessageActions::answer(const QString &phone)
 {
-    ComposeSheet sheet(phone, m_window);
+    compose(phone, {});
+}
+
+void MessageActions::compose(const QString &phone, const QString &text)
+{
+    ComposeSheet sheet(phone, text, m_window);
     while (sheet.exec() == QDialog::Accepted) {
-        if (!isConfirmed(GS(TextId::SendQuestion, HistoryTexts::oneLine(sheet.phone()))))
+        const QString receiver = sheet.phone();
+        const QString written = sheet.text();
+        if (!isConfirmed(GS(TextId::SendQuestion, HistoryTexts::phone(receiver))))
             continue; // back to what was written
-        send(sheet.phone(), NormalizeSMSText(false, sheet.text()));
+        send(receiver, NormalizeSMSText(false, written),
+             [this, receiver, written] { compose(receiver, written); });
         return;
     }
 }
 
 void MessageActions::setOptedOut(const QString &phone, bool isOptedOut)
 {
+    const QString named = phone;
     const qint32 question = isOptedOut ? TextId::OptOutQuestion : TextId::OptInQuestion;
-    if (!isConfirmed(GS(question, HistoryTexts::oneLine(phone))))
+    if (!isConfirmed(GS(question, HistoryTexts::phone(named))))
         return;
-    m_source.setOptedOut(this, phone, isOptedOut, [this](const SourceResult<bool> &changed) {
+    m_source.setOptedOut(this, named, isOptedOut, [this](const SourceResult<bool> &changed) {
         if (!changed)
             showFailure(changed.error());
         else
@@ -65,11 +80,17 @@ void MessageActions::setOptedOut(const QString &phone, bool isOptedOut)
     });
 }
 
-void MessageActions::send(const QString &phone, const QString &text)
+void MessageActions::send(const QString &phone, const QString &text,
+                          const std::function<void()> &onFailure)
 {
-    m_source.send(this, phone, text, [this](const SourceResult<bool> &sent) {
-        if (!sent)
-            showFailure(sent.error());
+    m_source.send(this, phone, text, [this, onFailure](const SourceResult<Sending> &sending) {
+        if (!sending) {
+            showFailure(sending.error());
+            onFailure();
+        } else if (*sending == Sending::NotStarted) {
+            messageBoxes().show(GS(TextId::SendingNotStarted), MessageBoxes::Icon::Exclamation,
+                                MessageBoxes::Buttons::Ok, boxTitle());
+        }
     });
 }
 

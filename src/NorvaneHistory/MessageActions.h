@@ -4,11 +4,14 @@
 
 #include <QObject>
 
+#include <functional>
+
 class QWidget;
 
 namespace norvane {
 
-/// What can be done about a message, each after a question.
+/// What can be done about a message, each after a question. It is done to the message that the
+/// question named, also if the caller's variable changes while that stands.
 class MessageActions : public QObject
 {
     Q_OBJECT
@@ -32,7 +35,10 @@ Q_SIGNALS:
     void optOutsChanged();
 
 private:
-    void send(const QString &phone, const QString &text);
+    /// Lets the operator write, beginning with `text`.
+    void compose(const QString &phone, const QString &text);
+    /// @param onFailure  is called behind the box that tells of a failure
+    void send(const QString &phone, const QString &text, const std::function<void()> &onFailure);
     void showFailure(const SourceFailure &failure);
 
     HistorySource &m_source;

@@ -1,8 +1,10 @@
 #include "NorvaneHistory/MessagesTab.h"
 
+#include "NorvaneHistory/ChosenPhone.h"
 #include "NorvaneHistory/FilterBar.h"
 #include "NorvaneHistory/HistoryModel.h"
 #include "NorvaneHistory/HistoryTexts.h"
+#include "NorvaneHistory/ListPane.h"
 #include "NorvaneHistory/MessageActions.h"
 #include "NorvaneHistory/StateSymbol.h"
 #include "NorvaneHistory/SteadyTableView.h"
@@ -12,7 +14,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QSplitter>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -31,7 +33,7 @@ QString lastDigits(const QString &phone)
     return digits.size() >= significant ? digits.right(significant) : phone;
 }
 
-QStringList fieldsOf(const HistoryRow &row)
+QStringList storedFields(const HistoryRow &row)
 {
     return {row.at,
             row.deliveryDate,
@@ -42,60 +44,68 @@ QStringList fieldsOf(const HistoryRow &row)
             row.deliveredAt};
 }
 
-void setWidths(QHeaderView &header, const QFontMetrics &metrics)
+/// Why a message didn't arrive; empty for one that did, or may yet.
+QString reasonOf(const HistoryRow &row)
 {
-    constexpr int margin = 24; // pixels around a text
-    header.resizeSection(HistoryModel::Moment,
-                         metrics.horizontalAdvance(u"00/00/0000 00:00:00"_s) + margin);
-    header.resizeSection(HistoryModel::Phone,
-                         metrics.horizontalAdvance(u"+34 600 000 000 0"_s) + margin);
-    int state = 0;
+    switch (row.state) {
+    case MessageState::Refused:
+        return HistoryTexts::networkStatus(row.code);
+    case MessageState::Failed:
+    case MessageState::InDoubt:
+        return HistoryTexts::errorText(row.code);
+    default:
+        return {};
+    }
+}
+
+QStringList shownFields(const HistoryRow &row)
+{
+    return {HistoryTexts::moment(row.at),
+            HistoryTexts::moment(row.deliveryDate),
+            row.phone,
+            HistoryTexts::stateName(row.state),
+            reasonOf(row),
+            row.text,
+            HistoryTexts::moment(row.deliveredAt)};
+}
+
+int stateWidth(const QFontMetrics &metrics)
+{
+    constexpr int margin = 48; // pixels around a text, with its drawing
+    int widest = 0;
     for (const MessageState each : HistoryTexts::states)
-        state = std::max(state, metrics.horizontalAdvance(HistoryTexts::stateName(each)));
-    header.resizeSection(HistoryModel::State, state + 2 * margin);
-    header.setSectionResizeMode(HistoryModel::Message, QHeaderView::Stretch);
+        widest = std::max(widest, metrics.horizontalAdvance(HistoryTexts::stateName(each)));
+    return widest + margin;
 }
 
 } // namespace
 
 MessagesTab::MessagesTab(HistorySource &source, const FilterBar &filter, MessageActions &actions,
                          QWidget *parent)
-    : QWidget(parent), m_source(source), m_filter(filter), m_actions(actions),
-      m_model(new HistoryModel(source, this))
+    : QWidget(parent), m_source(source), m_filter(filter), m_model(new HistoryModel(source, this))
 {
-    constexpr int listShare = 3;
     // The Tab key goes from one to the next as they are made.
     QWidget *const states = makeStates();
-    m_list = new SteadyTableView(GS(TextId::MessagesTab).remove(u'&'), this);
-    m_details = new DetailsPane(DetailsPane::Kind::Sent, this);
-    m_list->setObjectName(u"grdMessages"_s);
-    m_list->setModel(m_model);
-    setWidths(*m_list->horizontalHeader(), m_list->fontMetrics());
-
-    auto *const splitter = new QSplitter(Qt::Vertical, this);
-    splitter->setChildrenCollapsible(false);
-    splitter->addWidget(m_list);
-    splitter->addWidget(m_details);
-    splitter->setStretchFactor(0, listShare);
-    splitter->setStretchFactor(1, 1);
+    m_pane = new ListPane(*m_model, DetailsPane::Kind::Sent, GS(TextId::MessagesTab).remove(u'&'),
+                          QFont::Normal, this);
+    m_phone = new ChosenPhone(source, actions, m_pane->details(), this);
+    SteadyTableView &list = m_pane->list();
+    list.setObjectName(u"grdMessages"_s);
+    list.horizontalHeader()->resizeSection(HistoryModel::State, stateWidth(list.fontMetrics()));
     auto *const layout = new QVBoxLayout(this);
     layout->addWidget(states);
-    layout->addWidget(splitter, 1);
+    layout->addWidget(m_pane, 1);
 
-    connect(m_list, &SteadyTableView::rowChosen, this, &MessagesTab::choose);
-    connect(m_list, &SteadyTableView::scrolled, this,
-            [this] { m_model->refreshRows(m_list->firstVisibleRow(), m_list->lastVisibleRow()); });
+    connect(m_pane, &ListPane::rowChosen, this, &MessagesTab::choose);
+    connect(&list, &SteadyTableView::scrolled, this, &MessagesTab::refreshVisibleRows);
     connect(m_model, &HistoryModel::dataChanged, this, &MessagesTab::refreshChosen);
-    connect(m_model, &HistoryModel::modelReset, this, [this] { choose(-1); });
-    connect(m_model, &HistoryModel::reloadFailed, this, &MessagesTab::failed);
-    connect(m_model, &HistoryModel::reloaded, this, [this] { Q_EMIT loaded(m_model->rowCount()); });
-    connect(m_details, &DetailsPane::sendAgainRequested, this,
-            [this] { m_actions.sendAgain(m_chosen); });
-    connect(m_details, &DetailsPane::answerRequested, this,
-            [this] { m_actions.answer(m_chosen.phone); });
-    connect(m_details, &DetailsPane::optOutRequested, this,
-            [this](bool isOptedOut) { m_actions.setOptedOut(m_chosen.phone, isOptedOut); });
-    connect(&m_actions, &MessageActions::optOutsChanged, this, &MessagesTab::fetchOptedOut);
+    connect(&m_pane->details(), &DetailsPane::sendAgainRequested, this,
+            [this, &actions] { actions.sendAgain(m_chosen); });
+}
+
+const MessageTableModel &MessagesTab::model() const
+{
+    return *m_model;
 }
 
 QWidget *MessagesTab::makeStates()
@@ -142,11 +152,18 @@ void MessagesTab::applyFilter()
 void MessagesTab::refresh()
 {
     m_model->refresh();
-    m_model->refreshRows(m_list->firstVisibleRow(), m_list->lastVisibleRow());
+    refreshVisibleRows();
     if (m_chosen.id != 0) {
-        fetchSteps();
-        fetchAnswers();
+        m_stepsFlight.start([this] { fetchSteps(); });
+        m_answersFlight.start([this] { fetchAnswers(); });
+        m_phone->refresh();
     }
+}
+
+void MessagesTab::refreshVisibleRows()
+{
+    const SteadyTableView &list = m_pane->list();
+    m_model->refreshRows(list.firstVisibleRow(), list.lastVisibleRow());
 }
 
 void MessagesTab::reload()
@@ -159,9 +176,12 @@ void MessagesTab::choose(int row)
     const HistoryRow *const chosen = row >= 0 ? m_model->row(row) : nullptr;
     if (!chosen) {
         m_chosen = {};
-        m_details->showNothing();
+        m_phone->chooseNone();
+        m_pane->details().showNothing();
         return;
     }
+    if (*chosen == m_chosen)
+        return;
     const bool isOther = chosen->id != m_chosen.id;
     showChosen(*chosen);
     if (!isOther)
@@ -169,19 +189,19 @@ void MessagesTab::choose(int row)
     m_steps.clear();
     m_answers.clear();
     showSteps();
-    m_details->setOptedOut(std::nullopt);
-    fetchSteps();
-    fetchAnswers();
-    fetchOptedOut();
+    m_stepsFlight.start([this] { fetchSteps(); });
+    m_answersFlight.start([this] { fetchAnswers(); });
+    m_phone->choose(m_chosen.id, m_chosen.phone);
 }
 
 void MessagesTab::showChosen(const HistoryRow &row)
 {
     m_chosen = row;
-    m_details->showMessage(
-        u"%1 · %2"_s.arg(HistoryTexts::oneLine(row.phone), HistoryTexts::stateName(row.state)),
+    DetailsPane &details = m_pane->details();
+    details.showMessage(
+        u"%1 · %2"_s.arg(HistoryTexts::phone(row.phone), HistoryTexts::stateName(row.state)),
         row.text);
-    m_details->setSendAgainEnabled(MessageActions::canSendAgain(row.state));
+    details.setSendAgainEnabled(MessageActions::canSendAgain(row.state));
 }
 
 /// What is shown of the chosen message follows its row.
@@ -194,15 +214,21 @@ void MessagesTab::refreshChosen()
 
 void MessagesTab::fetchSteps()
 {
+    if (m_chosen.id == 0) {
+        m_stepsFlight.finish();
+        return;
+    }
     m_source.fetchSteps(this, m_chosen.id,
                         [this, id = m_chosen.id](const SourceResult<QList<HistoryEvent>> &events) {
+                            m_stepsFlight.finish();
                             if (!events || id != m_chosen.id)
                                 return;
                             m_steps.clear();
                             for (const HistoryEvent &event : *events)
-                                m_steps.append({HistoryTexts::moment(event.at),
-                                                HistoryTexts::stepName(event),
-                                                HistoryTexts::stepDetail(event)});
+                                m_steps.append(
+                                    {event.at,
+                                     {HistoryTexts::moment(event.at), HistoryTexts::stepName(event),
+                                      HistoryTexts::stepDetail(event)}});
                             showSteps();
                         });
 }
@@ -210,39 +236,45 @@ void MessagesTab::fetchSteps()
 void MessagesTab::fetchAnswers()
 {
     constexpr quint32 maxAnswers = 20;
+    if (m_chosen.id == 0) {
+        m_answersFlight.finish();
+        return;
+    }
     const InboxFilter fromPhone{m_chosen.at, {}, lastDigits(m_chosen.phone), false};
     m_source.fetchAnswers(
         this, fromPhone, maxAnswers,
         [this, id = m_chosen.id](const SourceResult<Page<ReceivedMessage>> &page) {
+            m_answersFlight.finish();
             if (!page || id != m_chosen.id)
                 return;
             m_answers.clear();
             for (const ReceivedMessage &message : page->rows) {
                 if (lastDigits(message.phone) == lastDigits(m_chosen.phone)) // and not in its text
-                    m_answers.prepend({HistoryTexts::moment(message.at), GS(TextId::StepAnswer),
-                                       HistoryTexts::oneLine(message.text)});
+                    m_answers.prepend({message.at,
+                                       {HistoryTexts::moment(message.at), GS(TextId::StepAnswer),
+                                        HistoryTexts::oneLine(message.text)}});
             }
             showSteps();
         });
 }
 
-void MessagesTab::fetchOptedOut()
-{
-    if (m_chosen.id == 0 || m_chosen.phone.trimmed().isEmpty())
-        return;
-    m_source.fetchOptedOut(this, m_chosen.phone,
-                           [this, id = m_chosen.id](const SourceResult<bool> &isOptedOut) {
-                               if (isOptedOut && id == m_chosen.id)
-                                   m_details->setOptedOut(*isOptedOut);
-                           });
-}
-
+/// Steps stay in the order in which they happened, whatever the clock did; an answer stands before
+/// the first of them that is later.
 void MessagesTab::showSteps()
 {
-    m_details->showSteps(m_steps + m_answers);
+    QList<DetailsPane::Step> shown;
+    auto answer = m_answers.cbegin();
+    for (const MomentAndStep &step : m_steps) {
+        for (; answer != m_answers.cend() && answer->at < step.at; ++answer)
+            shown.append(answer->step);
+        shown.append(step.step);
+    }
+    for (; answer != m_answers.cend(); ++answer)
+        shown.append(answer->step);
+    m_pane->details().showSteps(shown);
 }
 
-OutputList MessagesTab::outputList() const
+OutputList MessagesTab::outputList(OutputForm form) const
 {
     OutputList list;
     list.title = GS(TextId::MessagesTab).remove(u'&');
@@ -250,11 +282,13 @@ OutputList MessagesTab::outputList() const
                      GS(TextId::PhoneColumn),    GS(TextId::StateColumn),
                      GS(TextId::CodeColumn),     GS(TextId::MessageColumn),
                      GS(TextId::DeliveredColumn)};
-    list.widths = {13, 13, 11, 9, 5, 36, 13};
+    list.widths = {13, 13, 11, 9, 14, 27, 13};
     list.areOurs = {true, false, false, true, true, false, true};
-    list.fetch = [this, filter = m_model->filter()](QObject *context, const PageRequest &request,
-                                                    const SourceAnswer<Page<QStringList>> &answer) {
-        m_source.fetchHistory(context, filter, request, asFields<HistoryRow>(answer, fieldsOf));
+    const auto fields = form == OutputForm::Shown ? shownFields : storedFields;
+    list.fetch = [this, filter = m_model->filter(),
+                  fields](QObject *context, const PageRequest &request,
+                          const SourceAnswer<Page<QStringList>> &answer) {
+        m_source.walkHistory(context, filter, request, asFields<HistoryRow>(answer, fields));
     };
     return list;
 }

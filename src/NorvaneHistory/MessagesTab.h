@@ -3,6 +3,7 @@
 #include "NorvaneHistory/DetailsPane.h"
 #include "NorvaneHistory/HistorySource.h"
 #include "NorvaneHistory/ListOutput.h"
+#include "NorvaneHistory/SingleFlight.h"
 
 #include <QCheckBox>
 #include <QWidget>
@@ -11,10 +12,12 @@
 
 namespace norvane {
 
+class ChosenPhone;
 class FilterBar;
 class HistoryModel;
+class ListPane;
 class MessageActions;
-class SteadyTableView;
+class MessageTableModel;
 
 /// What became of every message.
 class MessagesTab : public QWidget
@@ -32,38 +35,41 @@ public:
     void refresh();
     /// Fetches the list from its beginning.
     void reload();
-    OutputList outputList() const;
-    SteadyTableView &list() { return *m_list; }
-
-Q_SIGNALS:
-    /// The list was fetched from its beginning.
-    void loaded(int rows);
-    void failed(const SourceFailure &failure);
+    OutputList outputList(OutputForm form) const;
+    /// Tells how its fetching went.
+    const MessageTableModel &model() const;
 
 protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    struct MomentAndStep
+    {
+        QString at; ///< as the store has it
+        DetailsPane::Step step;
+    };
+
     QWidget *makeStates();
     void drawStates();
     void choose(int row);
     void showChosen(const HistoryRow &row);
     void fetchSteps();
     void fetchAnswers();
-    void fetchOptedOut();
+    void refreshVisibleRows();
     void refreshChosen();
     void showSteps();
 
     HistorySource &m_source;
     const FilterBar &m_filter;
-    MessageActions &m_actions;
     HistoryModel *m_model;
-    SteadyTableView *m_list = nullptr;
-    DetailsPane *m_details = nullptr;
+    ListPane *m_pane = nullptr;
+    ChosenPhone *m_phone = nullptr;
     std::array<QCheckBox *, 6> m_states{};
     HistoryRow m_chosen; ///< its id is 0 while none is chosen
-    QList<DetailsPane::Step> m_steps;
-    QList<DetailsPane::Step> m_answers; ///< what came from that phone since
+    SingleFlight m_stepsFlight;
+    SingleFlight m_answersFlight;
+    QList<MomentAndStep> m_steps;
+    QList<MomentAndStep> m_answers; ///< what came from that phone since
 };
 
 } // namespace norvane

@@ -28,18 +28,25 @@ SteadyTableView::SteadyTableView(const QString &name, QWidget *parent) : QTableV
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + rowMargin);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SteadyTableView::fetchAhead);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SteadyTableView::scrolled);
 }
 
 void SteadyTableView::setModel(QAbstractItemModel *model)
 {
     QTableView::setModel(model);
-    connect(
-        model, &QAbstractItemModel::rowsInserted, this,
-        [this](const QModelIndex &, int first, int last) { keepPlace(first, last - first + 1); });
+    connect(model, &QAbstractItemModel::rowsInserted, this,
+            [this](const QModelIndex &, int first, int last) {
+                keepPlace(first, last - first + 1);
+                fetchAhead();
+            });
     connect(
         model, &QAbstractItemModel::rowsRemoved, this,
         [this](const QModelIndex &, int first, int last) { keepPlace(first, first - last - 1); });
+    connect(model, &QAbstractItemModel::rowsMoved, this,
+            [this](const QModelIndex &, int first, int last, const QModelIndex &, int to) {
+                keepPlaceOfMoved(first, last, to);
+            });
 }
 
 int SteadyTableView::firstVisibleRow() const
@@ -61,14 +68,40 @@ bool SteadyTableView::isRead() const
 /// Moves on by the rows that came (or left) above what is seen first.
 void SteadyTableView::keepPlace(int first, int rows)
 {
+    const int top = verticalScrollBar()->value();
+    // Of rows that leave, those count that stood above.
+    if (first <= top)
+        moveOn(rows < 0 ? -qMin(-rows, top - first) : rows);
+}
+
+/// @param to  before which row they went
+void SteadyTableView::keepPlaceOfMoved(int first, int last, int to)
+{
+    const int top = verticalScrollBar()->value();
+    if (first > top && to <= top)
+        moveOn(last - first + 1);
+    else if (last < top && to > top)
+        moveOn(first - last - 1);
+}
+
+void SteadyTableView::moveOn(int rows)
+{
+    if (!isRead())
+        return;
     QScrollBar *const bar = verticalScrollBar();
     const int top = bar->value();
-    if (!isRead() || first > top)
-        return;
-    // Of rows that leave, those count that stood above.
-    const int moved = rows < 0 ? -qMin(-rows, top - first) : rows;
     updateGeometries(); // the bar's range is that of the rows before
-    bar->setValue(top + moved);
+    bar->setValue(top + rows);
+}
+
+/// Who scrolls down meets rows that are there already.
+void SteadyTableView::fetchAhead()
+{
+    constexpr int rowsAhead = 250; // below the last one that is seen; a page of a long list
+    if (!model() || verticalScrollBar()->value() == 0)
+        return;
+    if (lastVisibleRow() + rowsAhead >= model()->rowCount() && model()->canFetchMore({}))
+        model()->fetchMore({});
 }
 
 void SteadyTableView::rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last)
@@ -77,6 +110,15 @@ void SteadyTableView::rowsAboutToBeRemoved(const QModelIndex &parent, int first,
     if (current.isValid() && current.row() >= first && current.row() <= last)
         setCurrentIndex({});
     QTableView::rowsAboutToBeRemoved(parent, first, last);
+}
+
+void SteadyTableView::dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                                  const QList<int> &roles)
+{
+    QTableView::dataChanged(topLeft, bottomRight, roles);
+    const QModelIndex current = currentIndex();
+    if (current.isValid() && current.row() >= topLeft.row() && current.row() <= bottomRight.row())
+        Q_EMIT rowChosen(current.row());
 }
 
 void SteadyTableView::currentChanged(const QModelIndex &current, const QModelIndex &previous)

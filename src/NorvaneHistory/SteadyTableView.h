@@ -21,7 +21,7 @@ public:
     int lastVisibleRow() const;
 
 Q_SIGNALS:
-    /// Another row was chosen, or none (-1).
+    /// Another row was chosen, or none (-1), or what is known of the chosen one has changed.
     void rowChosen(int row);
     /// Other rows can be seen.
     void scrolled();
@@ -29,6 +29,8 @@ Q_SIGNALS:
 protected:
     /// A chosen row that goes away is followed by none: nobody chose the next one.
     void rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last) override;
+    void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                     const QList<int> &roles) override;
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
     /// To pass through the list is not to choose from it.
     void focusInEvent(QFocusEvent *event) override;
@@ -37,6 +39,9 @@ protected:
 
 private:
     void keepPlace(int first, int rows);
+    void keepPlaceOfMoved(int first, int last, int to);
+    void moveOn(int rows);
+    void fetchAhead();
     bool isRead() const;
 
     bool m_isEntered = false; ///< the focus is just coming

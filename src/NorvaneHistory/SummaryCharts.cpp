@@ -85,25 +85,27 @@ std::unique_ptr<QChart> makeChart(const QString &title, const QPalette &palette)
     return chart;
 }
 
-/// The least of 1, 2, 5, 10, 20, 50, ... of which `steps` reach `max`.
-quint64 roundStep(quint32 max, quint64 steps)
+/// The least of 1, 2, 5, 10, 20, 50, ... of which `maxSteps` reach `max`.
+quint64 roundStep(quint32 max, quint64 maxSteps)
 {
     for (quint64 power = 1;; power *= 10) {
         for (const quint64 factor : {1, 2, 5}) {
-            if (factor * power * steps >= max)
+            if (factor * power * maxSteps >= max)
                 return factor * power;
         }
     }
 }
 
-/// Counts from 0 up to what holds `max`.
+/// Counts from 0 up to the first step that holds `max`.
 QValueAxis *makeCounts(quint32 max, const QPalette &palette)
 {
-    constexpr int steps = 4;
+    constexpr quint64 maxSteps = 4; // whose numbers have room side by side
+    const quint64 step = roundStep(max, maxSteps);
+    const quint64 steps = std::max<quint64>((max + step - 1) / step, 1);
     auto *const axis = new QValueAxis;
     axis->setLabelFormat(u"%d"_s);
-    axis->setRange(0, static_cast<qreal>(roundStep(max, steps) * steps));
-    axis->setTickCount(steps + 1);
+    axis->setRange(0, static_cast<qreal>(step * steps));
+    axis->setTickCount(static_cast<int>(steps) + 1);
     dress(*axis, palette);
     return axis;
 }
@@ -123,6 +125,8 @@ QCategoryAxis *makeDays(const QList<HistoryDay> &days, const QPalette &palette)
 {
     auto *const axis = new QCategoryAxis;
     axis->setLabelsPosition(QCategoryAxis::AxisLabelsPositionOnValue);
+    // The axis marks its start, which is that of the picture then.
+    axis->setStartValue(-0.5);
     axis->setRange(-0.5, static_cast<qreal>(days.size()) - 0.5);
     for (qsizetype at = 0; at < days.size(); ++at) {
         const QString label =
@@ -178,6 +182,7 @@ std::unique_ptr<QChart> barsChart(const QString &title, const QList<Bar> &bars, 
     auto *const counts = makeCounts(max, palette);
     dress(*names, palette);
     names->setGridLineVisible(false);
+    names->setVisible(!bars.isEmpty()); // a dot is drawn of an empty one
     chart->addAxis(names, Qt::AlignLeft);
     chart->addAxis(counts, Qt::AlignBottom);
     series->attachAxis(names);

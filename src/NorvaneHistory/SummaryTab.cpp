@@ -1,5 +1,6 @@
 #include "NorvaneHistory/SummaryTab.h"
 
+#include "NorvaneHistory/ReadOnlyTable.h"
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
 
@@ -10,10 +11,9 @@
 #include <QDate>
 #include <QEvent>
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QStackedWidget>
-#include <QTableWidget>
+#include <QTimer>
 
 #include <array>
 
@@ -39,10 +39,14 @@ QString inWords(const SummaryCharts::Table &table)
 SummaryTab::SummaryTab(HistorySource &source, QWidget *parent)
     : QWidget(parent), m_source(source), m_range(new QComboBox(this)),
       m_asTables(new QCheckBox(GS(TextId::AsTablesBox), this)), m_days(makePicture(u"Days"_s)),
-      m_delays(makePicture(u"Delays"_s)), m_reasons(makePicture(u"Reasons"_s))
+      m_delays(makePicture(u"Delays"_s)), m_reasons(makePicture(u"Reasons"_s)),
+      m_pause(new QTimer(this))
 {
+    constexpr int pause = 5'000; // ms; a summary of a year takes the engine a while
     constexpr int daysShare = 4; // of the height
     constexpr int othersShare = 5;
+    constexpr int delaysShare = 5;  // of the width
+    constexpr int reasonsShare = 9; // whose names are sentences
     m_range->setObjectName(u"cboDays"_s);
     for (const int days : ranges)
         m_range->addItem(GS(TextId::LastDays, days));
@@ -64,10 +68,14 @@ SummaryTab::SummaryTab(HistorySource &source, QWidget *parent)
     layout->addWidget(m_reasons.both, 2, 1);
     layout->setRowStretch(1, daysShare);
     layout->setRowStretch(2, othersShare);
-    layout->setColumnStretch(0, 1);
-    layout->setColumnStretch(1, 1);
+    layout->setColumnStretch(0, delaysShare);
+    layout->setColumnStretch(1, reasonsShare);
 
-    connect(m_range, &QComboBox::currentIndexChanged, this, &SummaryTab::refresh);
+    m_pause->setObjectName(u"tmrPause"_s);
+    m_pause->setSingleShot(true);
+    m_pause->setInterval(pause);
+    connect(m_pause, &QTimer::timeout, this, &SummaryTab::fetchIfStale);
+    connect(m_range, &QComboBox::currentIndexChanged, this, &SummaryTab::reload);
     connect(m_asTables, &QCheckBox::toggled, this, [this](bool areTables) {
         for (const Picture &picture : {m_days, m_delays, m_reasons})
             picture.both->setCurrentIndex(areTables ? 1 : 0);
@@ -76,20 +84,13 @@ SummaryTab::SummaryTab(HistorySource &source, QWidget *parent)
 
 SummaryTab::Picture SummaryTab::makePicture(const QString &name)
 {
-    Picture picture{new QStackedWidget(this), new QChartView, new QTableWidget};
+    Picture picture{new QStackedWidget(this), new QChartView, new ReadOnlyTable};
     picture.chart->setObjectName(u"cht"_s + name);
     picture.chart->setRenderHint(QPainter::Antialiasing);
     picture.chart->setFrameShape(QFrame::StyledPanel);
     picture.chart->setBackgroundBrush(palette().base());
     picture.chart->setFocusPolicy(Qt::NoFocus); // there is nothing to do with it
     picture.table->setObjectName(u"tbl"_s + name);
-    picture.table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    picture.table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    picture.table->setTabKeyNavigation(false);
-    picture.table->setShowGrid(false);
-    picture.table->verticalHeader()->hide();
-    picture.table->horizontalHeader()->setStretchLastSection(true);
-    picture.table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     picture.both->addWidget(picture.chart);
     picture.both->addWidget(picture.table);
     return picture;
@@ -101,18 +102,23 @@ QDate SummaryTab::firstDay() const
     return QDate::currentDate().addDays(1 - ranges.at(range));
 }
 
+void SummaryTab::reload()
+{
+    m_pause->stop();
+    refresh();
+}
+
 void SummaryTab::refresh()
 {
     m_isStale = true;
-    if (isVisible())
-        fetch();
+    fetchIfStale();
 }
 
 void SummaryTab::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (m_isStale)
-        fetch();
+    m_pause->stop();
+    fetchIfStale();
 }
 
 void SummaryTab::changeEvent(QEvent *event)
@@ -123,32 +129,47 @@ void SummaryTab::changeEvent(QEvent *event)
 }
 
 /// One question at a time: what changes meanwhile is asked for behind it.
+void SummaryTab::fetchIfStale()
+{
+    if (m_isStale && isVisible() && !m_isFetching && !m_pause->isActive())
+        fetch();
+}
+
 void SummaryTab::fetch()
 {
-    if (m_isFetching)
-        return;
     m_isFetching = true;
     m_isStale = false;
-    const QString first = firstDay().toString(u"yyyy-MM-dd"_s);
-    m_source.fetchSummary(this, first, {}, [this](const SourceResult<Summary> &summary) {
-        m_isFetching = false;
-        if (summary) {
-            m_summary = *summary;
-            draw();
-        }
-        if (m_isStale && isVisible())
-            fetch();
-    });
+    const QDate first = firstDay();
+    m_source.fetchSummary(
+        this, first.toString(u"yyyy-MM-dd"_s), {},
+        [this, first](const SourceResult<Summary> &summary) { take(summary, first); });
+}
+
+void SummaryTab::take(const SourceResult<Summary> &summary, const QDate &first)
+{
+    m_isFetching = false;
+    if (first == firstDay())
+        m_pause->start(); // another range is fetched at once
+    if (summary) {
+        m_summary = *summary;
+        m_first = first;
+        draw();
+        Q_EMIT fetched();
+    } else {
+        Q_EMIT failed(summary.error());
+    }
+    fetchIfStale();
 }
 
 void SummaryTab::draw()
 {
     using namespace SummaryCharts;
-    const QList<HistoryDay> days = everyDay(m_summary.days, firstDay(), QDate::currentDate());
+    if (!m_first.isValid())
+        return;
+    const QList<HistoryDay> days = everyDay(m_summary.days, m_first, QDate::currentDate());
     fill(m_days, daysChart(days, palette()), daysTable(days));
     fill(m_delays, delaysChart(m_summary.delays, palette()), delaysTable(m_summary.delays));
     fill(m_reasons, reasonsChart(m_summary.reasons, palette()), reasonsTable(m_summary.reasons));
-    Q_EMIT shown();
 }
 
 void SummaryTab::fill(const Picture &picture, std::unique_ptr<QChart> chart,
@@ -159,15 +180,7 @@ void SummaryTab::fill(const Picture &picture, std::unique_ptr<QChart> chart,
     picture.chart->setAccessibleName(table.title);
     picture.chart->setAccessibleDescription(inWords(table));
     picture.table->setAccessibleName(table.title);
-    picture.table->setColumnCount(static_cast<int>(table.captions.size()));
-    picture.table->setHorizontalHeaderLabels(table.captions);
-    picture.table->setRowCount(static_cast<int>(table.rows.size()));
-    for (int row = 0; row < table.rows.size(); ++row) {
-        for (int column = 0; column < table.captions.size(); ++column)
-            picture.table->setItem(row, column,
-                                   new QTableWidgetItem(table.rows.at(row).at(column)));
-    }
-    picture.table->resizeColumnsToContents();
+    picture.table->showRows(table.captions, table.rows);
 }
 
 } // namespace norvane

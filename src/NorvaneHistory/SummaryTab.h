@@ -3,15 +3,18 @@
 #include "NorvaneHistory/HistorySource.h"
 #include "NorvaneHistory/SummaryCharts.h"
 
+#include <QDate>
 #include <QWidget>
 
 class QChartView;
 class QCheckBox;
 class QComboBox;
 class QStackedWidget;
-class QTableWidget;
+class QTimer;
 
 namespace norvane {
+
+class ReadOnlyTable;
 
 /// What became of the messages of the last days, in numbers.
 class SummaryTab : public QWidget
@@ -23,10 +26,14 @@ public:
     explicit SummaryTab(HistorySource &source, QWidget *parent = nullptr);
 
     /// Fetches the numbers of the range that is chosen; while the tab isn't seen, when it is.
+    void reload();
+    /// The same for what has changed, every few seconds at most.
     void refresh();
 
 Q_SIGNALS:
-    void shown();
+    void fetched();
+    /// The numbers are those of before.
+    void failed(const SourceFailure &failure);
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -38,12 +45,14 @@ private:
     {
         QStackedWidget *both;
         QChartView *chart;
-        QTableWidget *table;
+        ReadOnlyTable *table;
     };
 
     Picture makePicture(const QString &name);
     QDate firstDay() const;
+    void fetchIfStale();
     void fetch();
+    void take(const SourceResult<Summary> &summary, const QDate &first);
     void draw();
     static void fill(const Picture &picture, std::unique_ptr<QChart> chart,
                      const SummaryCharts::Table &table);
@@ -55,6 +64,8 @@ private:
     Picture m_delays;
     Picture m_reasons;
     Summary m_summary;
+    QDate m_first;   ///< of the days of `m_summary`; invalid before there are any
+    QTimer *m_pause; ///< runs for a while behind an answer
     bool m_isStale = true;
     bool m_isFetching = false;
 };

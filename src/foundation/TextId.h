@@ -184,7 +184,12 @@ enum Value : qint32 {
     StatusBusy = 3770088,
     StatusNoResponse = 3770089,
     StatusUnknown = 3770090,
-
+    EngineNotThere = 3770091,
+    EngineSilent = 3770092,
+    QueryTooLong = 3770093,
+    RequestRefused = 3770094,
+    SendingNotStarted = 3770095,
+    NotMarkedRead = 3770096,
 
 };
 

@@ -98,6 +98,31 @@ TEST_F(HistoryComposeTest, nothingIsSentWithoutANumber)
     });
 }
 
+TEST_F(HistoryComposeTest, anAnswerThatIsNotTakenIsOpenedAgain)
+{
+    QStringList kept;
+    boxes.whileShown = [&] {
+        if (boxes.shown.size() != 2) // the first one asks whether to send
+            return;
+        QTimer::singleShot(0, window.get(), [&] {
+            QWidget *const sheet = QApplication::activeModalWidget();
+            ASSERT_NE(sheet, nullptr);
+            kept << controlOf<QLineEdit>(*sheet, "txtPhone")->text() << textOf(*sheet)->text();
+            press(*sheet, "btnCancel");
+        });
+    };
+    source.isAway = true;
+    answer([&](QWidget &sheet) {
+        controlOf<QLineEdit>(sheet, "txtPhone")->setText(u"600999"_s);
+        textOf(sheet)->setText(u"una respuesta larga, mañana"_s);
+        press(sheet, "btnSend");
+    });
+    EXPECT_TRUE(waitUntil([&] { return !kept.isEmpty(); }));
+    EXPECT_EQ(kept, (QStringList{u"600999"_s, u"una respuesta larga, mañana"_s}));
+    ASSERT_EQ(boxes.shown.size(), 2);
+    EXPECT_EQ(boxes.shown.at(1).text, u"the engine is away"_s);
+}
+
 TEST_F(HistoryComposeTest, aNoGoesBackToWhatWasWritten)
 {
     boxes.yesNoAnswer = MessageBoxes::Answer::No;

@@ -24,24 +24,41 @@ bool contains(const QString &text, const QString &phone, const QString &part)
     return phone.contains(part, Qt::CaseInsensitive) || text.contains(part, Qt::CaseInsensitive);
 }
 
-/// The part of a list that lies between two cursors, which are ids.
+/// Where a row stands, which a change of its moment moves.
+struct Place
+{
+    QString at;
+    qint64 id = 0;
+
+    static Place of(const QString &cursor)
+    {
+        return {cursor.section(u' ', 0, 0), cursor.section(u' ', 1).toLongLong()};
+    }
+    QString cursor() const { return u"%1 %2"_s.arg(at).arg(id); }
+    /// Whether a row comes later in the list.
+    template <typename Row>
+    bool isBefore(const Row &row) const
+    {
+        return row.at != at ? row.at < at : row.id < id;
+    }
+};
+
+/// The part of a list that lies between two cursors, each the place of the row that ended a page.
 template <typename Row>
 Page<Row> pageOf(const QList<Row> &rows, const PageRequest &request)
 {
     Page<Row> page;
-    auto at = rows.cbegin();
-    if (!request.after.isEmpty()) {
-        const qint64 after = request.after.toLongLong();
-        at = std::find_if(at, rows.cend(), [&](const Row &row) { return row.id < after; });
-    }
-    const qint64 until = request.until.toLongLong();
-    for (; at != rows.cend() && page.rows.size() < request.limit; ++at) {
-        if (at->id < until)
-            break;
+    const auto behind = [&rows](const QString &cursor) {
+        return std::find_if(
+            rows.cbegin(), rows.cend(),
+            [place = Place::of(cursor)](const Row &row) { return place.isBefore(row); });
+    };
+    auto at = request.after.isEmpty() ? rows.cbegin() : behind(request.after);
+    const auto end = request.until.isEmpty() ? rows.cend() : behind(request.until);
+    for (; at != end && page.rows.size() < request.limit; ++at)
         page.rows.append(*at);
-    }
-    if (at != rows.cend() && !page.rows.isEmpty())
-        page.next = QString::number(page.rows.constLast().id);
+    if (at != end)
+        page.next = Place{page.rows.constLast().at, page.rows.constLast().id}.cursor();
     return page;
 }
 
@@ -112,13 +129,19 @@ void FakeSource::fetchHistory(QObject *context, const HistoryFilter &filter,
 {
     calls << u"history"_s;
     requests << request;
+    answerLater(context, answer, historyPage(filter, request));
+}
+
+Page<HistoryRow> FakeSource::historyPage(const HistoryFilter &filter,
+                                         const PageRequest &request) const
+{
     QList<HistoryRow> found = rows;
     found.removeIf([&](const HistoryRow &row) {
         return !filter.states.testFlag(row.state) || row.at < filter.from ||
                (!filter.to.isEmpty() && row.at >= filter.to) ||
                !contains(row.text, row.phone, filter.text);
     });
-    answerLater(context, answer, pageOf(found, request));
+    return pageOf(found, request);
 }
 
 void FakeSource::fetchRows(QObject *context, const QList<qint64> &ids,
@@ -148,20 +171,55 @@ void FakeSource::fetchInbox(QObject *context, const InboxFilter &filter, const P
                             const SourceAnswer<Page<ReceivedMessage>> &answer)
 {
     calls << u"inbox"_s;
+    answerLater(context, answer, inboxPage(filter, request));
+}
+
+Page<ReceivedMessage> FakeSource::inboxPage(const InboxFilter &filter,
+                                            const PageRequest &request) const
+{
     QList<ReceivedMessage> found = inbox;
     found.removeIf([&](const ReceivedMessage &row) {
         return (filter.unreadOnly && row.isRead) || row.at < filter.from ||
                (!filter.to.isEmpty() && row.at >= filter.to) ||
                !contains(row.text, row.phone, filter.text);
     });
-    answerLater(context, answer, pageOf(found, request));
+    return pageOf(found, request);
 }
 
-void FakeSource::markRead(const QList<qint64> &ids)
+void FakeSource::walkHistory(QObject *context, const HistoryFilter &filter,
+                             const PageRequest &request,
+                             const SourceAnswer<Page<HistoryRow>> &answer)
 {
-    markedRead += ids;
-    for (ReceivedMessage &message : inbox)
-        message.isRead = message.isRead || ids.contains(message.id);
+    calls << u"walk"_s;
+    if (supersededPages > 0) {
+        --supersededPages;
+        QMetaObject::invokeMethod(
+            context,
+            [answer] {
+                answer(norvane::failed(SourceFailure{SourceFailure::Kind::Superseded, {}}));
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    answerLater(context, answer, historyPage(filter, request));
+}
+
+void FakeSource::walkInbox(QObject *context, const InboxFilter &filter, const PageRequest &request,
+                           const SourceAnswer<Page<ReceivedMessage>> &answer)
+{
+    calls << u"walk"_s;
+    answerLater(context, answer, inboxPage(filter, request));
+}
+
+void FakeSource::markRead(QObject *context, const QList<qint64> &ids,
+                          const SourceAnswer<bool> &answer)
+{
+    if (!isAway) {
+        markedRead += ids;
+        for (ReceivedMessage &message : inbox)
+            message.isRead = message.isRead || ids.contains(message.id);
+    }
+    answerLater(context, answer, true);
 }
 
 void FakeSource::fetchOptedOut(QObject *context, const QString &phone,
@@ -183,11 +241,11 @@ void FakeSource::setOptedOut(QObject *context, const QString &phone, bool isOpte
 }
 
 void FakeSource::send(QObject *context, const QString &phone, const QString &text,
-                      const SourceAnswer<bool> &answer)
+                      const SourceAnswer<Sending> &answer)
 {
     if (!isAway)
         sent.append({phone, text});
-    answerLater(context, answer, true);
+    answerLater(context, answer, sending);
 }
 
 } // namespace norvane

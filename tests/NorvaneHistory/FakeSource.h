@@ -23,6 +23,8 @@ public:
     QSet<QString> optOuts;
     bool isAway = false;      ///< every question fails
     bool isConnecting = true; ///< connectToEngine() succeeds
+    int supersededPages = 0;  ///< of the next walk's pages
+    Sending sending = Sending::Underway;
 
     struct Sent
     {
@@ -61,15 +63,22 @@ public:
     {
         fetchInbox(context, filter, {{}, {}, limit}, answer);
     }
-    void markRead(const QList<qint64> &ids) override;
+    void walkHistory(QObject *context, const HistoryFilter &filter, const PageRequest &request,
+                     const SourceAnswer<Page<HistoryRow>> &answer) override;
+    void walkInbox(QObject *context, const InboxFilter &filter, const PageRequest &request,
+                   const SourceAnswer<Page<ReceivedMessage>> &answer) override;
+    void markRead(QObject *context, const QList<qint64> &ids,
+                  const SourceAnswer<bool> &answer) override;
     void fetchOptedOut(QObject *context, const QString &phone,
                        const SourceAnswer<bool> &answer) override;
     void setOptedOut(QObject *context, const QString &phone, bool isOptedOut,
                      const SourceAnswer<bool> &answer) override;
     void send(QObject *context, const QString &phone, const QString &text,
-              const SourceAnswer<bool> &answer) override;
+              const SourceAnswer<Sending> &answer) override;
 
 private:
+    Page<HistoryRow> historyPage(const HistoryFilter &filter, const PageRequest &request) const;
+    Page<ReceivedMessage> inboxPage(const InboxFilter &filter, const PageRequest &request) const;
     template <typename Value>
     void answerLater(QObject *context, const SourceAnswer<Value> &answer, const Value &value);
 

@@ -70,10 +70,9 @@ TEST_P(HistoryAccessTest, everyControlHasANameForScreenReaders)
         for (QWidget *const each : controls) {
             const auto *const told = QAccessible::queryAccessibleInterface(each);
             ASSERT_NE(told, nullptr);
-            const bool isNamedByItsEntry = qobject_cast<QComboBox *>(each) != nullptr;
-            const QString name = isNamedByItsEntry || qobject_cast<QTabBar *>(each)
-                                     ? each->accessibleName() + u"tabs"_s
-                                     : told->text(QAccessible::Name);
+            // The toolkit may name a list to choose from by its entry.
+            const QString name = qobject_cast<QComboBox *>(each) ? each->accessibleName()
+                                                                 : told->text(QAccessible::Name);
             EXPECT_FALSE(name.isEmpty()) << tab << qPrintable(each->objectName());
             EXPECT_FALSE(name.contains(u'&')) << qPrintable(name);
         }
@@ -152,8 +151,10 @@ TEST_P(HistoryAccessTest, theTabKeyGoesFromTheTopToTheBottom)
 
 TEST_P(HistoryAccessTest, noTwoControlsOfATabShareAMnemonic)
 {
+    Q_EMIT source.failed({SourceFailure::Kind::NoEngine, u"gone"_s}); // which shows a button more
     for (int tab = 0; tab < tabs; ++tab) {
         showTab(tab);
+        ASSERT_TRUE(control("btnRetry")->isVisible());
         QStringList captions;
         for (const QLabel *const label : window->findChildren<QLabel *>()) {
             if (label->isVisible() && label->isEnabled() && label->buddy())

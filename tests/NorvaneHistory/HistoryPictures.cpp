@@ -1,5 +1,5 @@
 // Draws the history's window for the documentation, with messages that nobody sent:
-//   history_pictures LANGUAGE light|dark SCALE FOLDER
+//   history_pictures LANGUAGE light|dark SCALE FOLDER messages|inbox|summary...
 // The files are history-messages, -inbox and -summary, with language, scale and colours in their
 // names.
 
@@ -14,6 +14,7 @@
 #include <QTabWidget>
 #include <QTableView>
 
+#include <algorithm>
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -24,25 +25,64 @@ namespace {
 
 constexpr int settlingRounds = 50;
 
+/// What stands in the messages, in the language of the window.
+struct Words
+{
+    const char *language;
+    const char *order;
+    const char *nextOrder;
+    const char *appointment;
+    const char *nextAppointment;
+    const char *offer;
+    const char *repair;
+    const char *visit;
+    const char *answer;
+    const char *optOut;
+};
+
+constexpr std::array words = {
+    Words{"ESN", "Su pedido 4711 está listo. Gracias por su compra.", "Su pedido 4712 está listo.",
+          "Le esperamos mañana a las 10:00.", "Le esperamos mañana a las 11:00.",
+          "Hasta el domingo: 20 % en toda la tienda.", "Su reparación ha terminado.",
+          "Le esperamos el lunes a las 9:30.", "Gracias, allí estaré", "BAJA"},
+    Words{"PTG", "A sua encomenda 4711 está pronta. Obrigado pela sua compra.",
+          "A sua encomenda 4712 está pronta.", "Esperamos por si amanhã às 10:00.",
+          "Esperamos por si amanhã às 11:00.", "Até domingo: 20 % em toda a loja.",
+          "A sua reparação está concluída.", "Esperamos por si na segunda-feira às 9:30.",
+          "Obrigado, lá estarei", "BAIXA"},
+    Words{"CAT", "La seva comanda 4711 és a punt. Gràcies per la seva compra.",
+          "La seva comanda 4712 és a punt.", "L'esperem demà a les 10:00.",
+          "L'esperem demà a les 11:00.", "Fins diumenge: 20 % a tota la botiga.",
+          "La seva reparació està acabada.", "L'esperem dilluns a les 9:30.", "Gràcies, hi seré",
+          "BAIXA"},
+};
+
 struct Sample
 {
     MessageState state;
     const char *phone;
-    const char *text;
+    const char *Words::*text;
 };
 
 constexpr std::array samples = {
-    Sample{MessageState::Delivered, "600111222",
-           "Su pedido 4711 está listo. Gracias por su compra."},
-    Sample{MessageState::Sent, "+34600333444", "Le esperamos mañana a las 10:00."},
-    Sample{MessageState::Refused, "600555666", "Hasta el domingo: 20 % en toda la tienda."},
-    Sample{MessageState::Delivered, "600888999", "Hasta el domingo: 20 % en toda la tienda."},
-    Sample{MessageState::Failed, "60012", "Le esperamos mañana a las 11:00."},
-    Sample{MessageState::Delivered, "600444333", "Su reparación ha terminado."},
-    Sample{MessageState::InDoubt, "600777888", "Su reparación ha terminado."},
-    Sample{MessageState::Delivered, "600111222", "Su pedido 4712 está listo."},
-    Sample{MessageState::Waiting, "600999000", "Le esperamos el lunes a las 9:30."},
+    Sample{MessageState::Delivered, "600111222", &Words::order},
+    Sample{MessageState::Sent, "+34600333444", &Words::appointment},
+    Sample{MessageState::Refused, "600555666", &Words::offer},
+    Sample{MessageState::Delivered, "600888999", &Words::offer},
+    Sample{MessageState::Failed, "60012", &Words::nextAppointment},
+    Sample{MessageState::Delivered, "600444333", &Words::repair},
+    Sample{MessageState::InDoubt, "600777888", &Words::repair},
+    Sample{MessageState::Delivered, "600111222", &Words::nextOrder},
+    Sample{MessageState::Waiting, "600999000", &Words::visit},
 };
+
+const Words &wordsOf(const QString &language)
+{
+    const auto *const found = std::find_if(words.begin(), words.end(), [&](const Words &each) {
+        return language == QLatin1String(each.language);
+    });
+    return found == words.end() ? words.front() : *found;
+}
 
 QPalette darkPalette()
 {
@@ -57,13 +97,13 @@ QPalette darkPalette()
     return palette;
 }
 
-void fill(FakeSource &source)
+void fill(FakeSource &source, const Words &written)
 {
     const QString day = u"2026-11-20T"_s;
     int minute = 0;
     for (const Sample &sample : samples) {
         HistoryRow row = source.addRow(sample.state, QString::fromUtf8(sample.phone),
-                                       QString::fromUtf8(sample.text));
+                                       QString::fromUtf8(written.*sample.text));
         row.at = day + u"10:%1:07"_s.arg(++minute * 5, 2, 10, QChar(u'0'));
         source.rows.first() = row;
     }
@@ -72,8 +112,8 @@ void fill(FakeSource &source)
                          {day + u"10:35:03"_s, HistoryStep::Attempt, 0, -38, {}},
                          {day + u"10:35:07"_s, HistoryStep::Failed, 0, -39, {}}});
     source.inbox = {
-        {2, day + u"10:41:30"_s, {}, u"+34600333444"_s, u"Gracias, allí estaré"_s, false},
-        {1, day + u"10:19:02"_s, {}, u"600555666"_s, u"BAJA"_s, true}};
+        {2, day + u"10:41:30"_s, {}, u"+34600333444"_s, QString::fromUtf8(written.answer), false},
+        {1, day + u"10:19:02"_s, {}, u"600555666"_s, QString::fromUtf8(written.optOut), true}};
     const QDate today = QDate::currentDate();
     for (int before = 0; before < 30; ++before) {
         const auto some = static_cast<quint32>(before * 37 % 23);
@@ -101,10 +141,11 @@ void choose(const HistoryWindow &window, const QString &list, int row)
     view->setCurrentIndex(view->model()->index(row, 0));
 }
 
-int draw(const QStringList &wanted, const QString &folder, const QString &ending)
+int draw(const QStringList &wanted, const QString &language, const QString &folder,
+         const QString &ending)
 {
     FakeSource source;
-    fill(source);
+    fill(source, wordsOf(language));
     HistoryWindow window(source, OutputChoices{});
     window.show();
     source.connectToEngine();
@@ -147,6 +188,6 @@ int main(int argc, char **argv)
             QStringLiteral(NORVANE_LANGUAGE_DIR "/NorvaneSMS_%1.XML").arg(arguments.at(1)),
             arguments.at(1)))
         return EXIT_FAILURE;
-    return draw(arguments.mid(5), arguments.at(4),
+    return draw(arguments.mid(5), arguments.at(1), arguments.at(4),
                 arguments.at(1).toLower() + u'-' + arguments.at(2) + u'-' + arguments.at(3));
 }

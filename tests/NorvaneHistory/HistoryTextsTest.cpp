@@ -46,13 +46,20 @@ TEST_F(HistoryTextsTest, aStepNamesItsPartAndWhy)
         return HistoryTexts::stepDetail({{}, step, 1, code, reference});
     };
     EXPECT_EQ(detail(HistoryStep::Failed, -39), u"ERR_NO_RESPOND (-39)"_s);
-    EXPECT_EQ(detail(HistoryStep::Attempt, -35), u"No hay red GSM disponible. (-35)"_s);
+    EXPECT_EQ(detail(HistoryStep::Attempt, -35), u"No hay red GSM disponible (-35)"_s);
     EXPECT_EQ(detail(HistoryStep::Failed, -1234), u"-1234"_s);
     EXPECT_EQ(detail(HistoryStep::Refused, 0x46), u"Caducado antes de la entrega (0x46)"_s);
+    EXPECT_EQ(detail(HistoryStep::Pending, 0x22), u"El teléfono no responde (0x22)"_s);
     EXPECT_EQ(detail(HistoryStep::Refused, 0x5F), u"0x5F"_s);
     EXPECT_EQ(detail(HistoryStep::Refused, -1), u"Motivo desconocido"_s);
     EXPECT_EQ(detail(HistoryStep::Sent, 1, u"77"_s), u"Referencia de la red: 77"_s);
     EXPECT_EQ(detail(HistoryStep::Sent, 1), QString());
+}
+
+TEST_F(HistoryTextsTest, whatMayHaveBeenSentIsNotCalledUnsent)
+{
+    EXPECT_EQ(HistoryTexts::stepName({{}, HistoryStep::Failed, 0, -39, {}}), u"En duda"_s);
+    EXPECT_EQ(HistoryTexts::stepName({{}, HistoryStep::Failed, 0, -38, {}}), u"No enviado"_s);
 }
 
 TEST_F(HistoryTextsTest, theReasonOfARefusalIsTheNetworksAndThatOfAFailureOurs)

@@ -1,5 +1,6 @@
 #include "NorvaneHistory/HistoryFixture.h"
 
+#include "NorvaneHistory/SteadyTableView.h"
 #include "foundation/Globals.h"
 #include "foundation/TextId.h"
 
@@ -10,6 +11,8 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
 #include <QTableWidget>
 #include <QTest>
 
@@ -147,6 +150,35 @@ TEST_F(HistoryWindowTest, whatTheCustomerAnsweredStandsBehindTheSteps)
     EXPECT_EQ(steps()->item(1, 2)->text(), u"second"_s);
 }
 
+TEST_F(HistoryWindowTest, anAnswerStandsBeforeWhatCameAfterIt)
+{
+    const HistoryRow row = source.addRow(MessageState::Delivered, u"600111222"_s, u"question"_s);
+    source.steps.insert(row.id, {{u"2026-01-01T10:00:00"_s, HistoryStep::Queued, 0, 0, {}},
+                                 {u"2026-01-01T10:00:05"_s, HistoryStep::Sent, 0, 1, {}},
+                                 {u"2026-01-01T10:00:09"_s, HistoryStep::Delivered, 1, 0, {}}});
+    source.inbox = {{8, u"2026-01-01T10:00:09"_s, {}, u"600111222"_s, u"second"_s, false},
+                    {7, u"2026-01-01T10:00:07"_s, {}, u"600111222"_s, u"first"_s, true}};
+    open();
+    choose(messages(), 0);
+    ASSERT_TRUE(waitUntil([&] { return steps()->rowCount() == 5; }));
+    QStringList told;
+    for (int step = 0; step < 5; ++step)
+        told << steps()->item(step, 1)->text();
+    EXPECT_EQ(told, (QStringList{u"Puesto en cola"_s, u"Enviado"_s, u"Respuesta"_s,
+                                 u"Entregado (parte 1)"_s, u"Respuesta"_s}));
+    EXPECT_EQ(steps()->item(2, 2)->text(), u"first"_s);
+}
+
+TEST_F(HistoryWindowTest, whoWantsNoMoreIsShownSoAtOnce)
+{
+    openWithOneOfEach();
+    choose(messages(), 2);
+    ASSERT_TRUE(waitUntil([&] { return button("btnOptOut")->isEnabled(); }));
+    source.optOuts.insert(u"604"_s);
+    Q_EMIT source.changed();
+    EXPECT_TRUE(waitUntil([&] { return button("btnOptOut")->text() == GS(TextId::OptInButton); }));
+}
+
 TEST_F(HistoryWindowTest, stepsOfAMessageThatWasLeftAreDropped)
 {
     openWithOneOfEach();
@@ -180,6 +212,75 @@ TEST_F(HistoryWindowTest, theChosenMessageFollowsWhatBecomesOfIt)
     EXPECT_TRUE(waitUntil([&] { return steps()->rowCount() == 1; }));
 }
 
+TEST_F(HistoryWindowTest, aMessageThatMovesStaysChosenAndThePaneFollowsIt)
+{
+    openWithOneOfEach();
+    choose(messages(), 5); // waiting
+    const auto *const title = controlOf<QLabel>(*tabOf(messages()), "lblMessage");
+    ASSERT_EQ(title->text(), u"601 · En cola"_s);
+    QSignalSpy choices(static_cast<SteadyTableView *>(messages()), &SteadyTableView::rowChosen);
+    HistoryRow sent = source.rows.takeAt(5);
+    sent.state = MessageState::Sent;
+    sent.at = u"2026-02-01T00:00:00"_s;
+    source.rows.prepend(sent);
+    Q_EMIT source.changed();
+    ASSERT_TRUE(waitUntil([&] { return title->text() == u"601 · Enviado"_s; }));
+    EXPECT_EQ(messages()->currentIndex().row(), 0);
+    EXPECT_TRUE(messages()->selectionModel()->isRowSelected(0));
+    EXPECT_EQ(messages()->selectionModel()->selectedRows().size(), 1);
+    for (const QList<QVariant> &choice : choices)
+        EXPECT_EQ(choice.at(0).toInt(), 0);
+}
+
+TEST_F(HistoryWindowTest, manyChangesAskForTheStepsOneQuestionAtATime)
+{
+    openWithOneOfEach();
+    choose(messages(), 3);
+    ASSERT_TRUE(waitUntil([&] { return source.calls.contains(u"steps"_s); }));
+    QCoreApplication::processEvents();
+    source.calls.clear();
+    source.hold();
+    for (int change = 0; change < 20; ++change)
+        Q_EMIT source.changed();
+    EXPECT_EQ(source.calls.count(u"steps"_s), 1);
+    EXPECT_EQ(source.calls.count(u"rows"_s), 1);
+    EXPECT_EQ(source.calls.count(u"history"_s), 1);
+    source.steps.insert(source.rows.at(3).id,
+                        {{u"2026-01-01T10:00:09"_s, HistoryStep::Delivered, 1, 0, {}}});
+    source.release();
+    EXPECT_TRUE(waitUntil([&] { return steps()->rowCount() == 1; }));
+    EXPECT_EQ(source.calls.count(u"steps"_s), 2);
+}
+
+TEST_F(HistoryWindowTest, aNewSearchBeginsAtTheTopAndFetchingAnewDoesNot)
+{
+    source.addRows(200);
+    open();
+    QScrollBar *const bar = messages()->verticalScrollBar();
+    QSignalSpy resets(messages()->model(), &QAbstractItemModel::modelReset);
+    bar->setValue(50);
+    Q_EMIT source.connected(); // as F5
+    ASSERT_TRUE(waitUntil([&] { return resets.count() == 1; }));
+    EXPECT_EQ(bar->value(), 50);
+    control<QLineEdit>("txtSearch")->setText(u"text 1"_s);
+    ASSERT_TRUE(waitUntil([&] { return resets.count() == 2; }));
+    EXPECT_EQ(bar->value(), 0);
+}
+
+TEST_F(HistoryWindowTest, aPageThatFailsIsToldUntilRowsAreFetchedAgain)
+{
+    source.addRows(600);
+    open();
+    const auto *const status = control<QLabel>("lblStatus");
+    source.isAway = true;
+    messages()->verticalScrollBar()->setValue(100);
+    ASSERT_TRUE(waitUntil([&] { return status->text() == u"the engine is away"_s; }));
+    source.isAway = false;
+    messages()->verticalScrollBar()->setValue(101);
+    EXPECT_TRUE(waitUntil([&] { return messages()->model()->rowCount() == 500; }));
+    EXPECT_TRUE(status->text().isEmpty());
+}
+
 TEST_F(HistoryWindowTest, onlyWhatDidNotArriveForSureCanBeSentAgain)
 {
     openWithOneOfEach();
@@ -211,7 +312,27 @@ TEST_F(HistoryWindowTest, whatIsInDoubtMayHaveArrivedAndTheQuestionSaysSo)
     button("btnSendAgain")->click();
     ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_TRUE(boxes.shown.at(0).text.contains(u"puede haber llegado"_s));
+    EXPECT_EQ(boxes.shown.at(0).buttons, MessageBoxes::Buttons::YesNoDefaultNo);
+}
+
+TEST_F(HistoryWindowTest, whatFailedForSureIsSentAgainByTheEnterKey)
+{
+    openWithOneOfEach();
+    choose(messages(), 1);
+    button("btnSendAgain")->click();
+    ASSERT_EQ(boxes.shown.size(), 1);
     EXPECT_EQ(boxes.shown.at(0).buttons, MessageBoxes::Buttons::YesNo);
+}
+
+TEST_F(HistoryWindowTest, aMessageThatWaitsForAStoppedEngineIsTold)
+{
+    openWithOneOfEach();
+    choose(messages(), 1);
+    source.sending = Sending::NotStarted;
+    button("btnSendAgain")->click();
+    ASSERT_TRUE(waitUntil([&] { return boxes.shown.size() == 2; }));
+    EXPECT_EQ(boxes.shown.at(1).text, GS(TextId::SendingNotStarted));
+    EXPECT_EQ(boxes.shown.at(1).icon, MessageBoxes::Icon::Exclamation);
 }
 
 TEST_F(HistoryWindowTest, aMessageThatIsSentAgainIsNotNormalisedTwice)
@@ -255,6 +376,23 @@ TEST_F(HistoryWindowTest, aNumberIsPutOnTheListOfOptOutsAndTakenOffAgain)
     EXPECT_EQ(boxes.shown.size(), 3);
 }
 
+TEST_F(HistoryWindowTest, theAnswerToAQuestionIsForTheMessageThatItNamed)
+{
+    openWithOneOfEach();
+    // The list is fetched anew while the question stands, and nothing is chosen then.
+    boxes.whileShown = [&] {
+        source.connectToEngine();
+        EXPECT_TRUE(waitUntil([&] { return !button("btnAnswer")->isEnabled(); }));
+    };
+    choose(messages(), 1);
+    button("btnSendAgain")->click();
+    EXPECT_EQ(source.sent, (QList<FakeSource::Sent>{{u"605"_s, u"five"_s}}));
+    choose(messages(), 2);
+    ASSERT_TRUE(waitUntil([&] { return button("btnOptOut")->isEnabled(); }));
+    button("btnOptOut")->click();
+    EXPECT_EQ(source.optOuts, QSet<QString>{u"604"_s});
+}
+
 TEST_F(HistoryWindowTest, anEngineThatIsNotThereIsToldAndAskedForAgain)
 {
     source.isConnecting = false;
@@ -271,6 +409,40 @@ TEST_F(HistoryWindowTest, anEngineThatIsNotThereIsToldAndAskedForAgain)
     EXPECT_TRUE(waitUntil([&] { return messages()->model()->rowCount() == 3; }));
     EXPECT_TRUE(control("btnRetry")->isHidden());
     EXPECT_TRUE(status()->text().isEmpty());
+}
+
+TEST_F(HistoryWindowTest, anEngineThatGoesIsToldAndPlaceAndChoiceOutliveItsReturn)
+{
+    source.addRows(600);
+    open();
+    messages()->scrollToBottom();
+    ASSERT_TRUE(waitUntil([&] { return messages()->model()->rowCount() > 300; }));
+    choose(messages(), 300);
+    ASSERT_TRUE(waitUntil([&] { return messages()->model()->rowCount() == 600; }));
+    const int place = messages()->verticalScrollBar()->value();
+    ASSERT_GT(place, 0);
+    Q_EMIT source.failed({SourceFailure::Kind::NoEngine, u"gone"_s});
+    EXPECT_EQ(control<QLabel>("lblStatus")->text(), u"gone"_s);
+    EXPECT_FALSE(control("btnRetry")->isHidden());
+    source.addRow(MessageState::Waiting, u"699"_s, u"new"_s);
+    const int rows = messages()->model()->rowCount();
+    Q_EMIT source.returned();
+    ASSERT_TRUE(waitUntil([&] { return messages()->model()->rowCount() == rows + 1; }));
+    EXPECT_TRUE(control<QLabel>("lblStatus")->text().isEmpty());
+    EXPECT_TRUE(control("btnRetry")->isHidden());
+    EXPECT_EQ(messages()->currentIndex().row(), 301);
+    EXPECT_GE(messages()->verticalScrollBar()->value(), place);
+}
+
+TEST_F(HistoryWindowTest, whatWasSearchedForInVainIsFoundWhenTheEngineReturns)
+{
+    openWithOneOfEach();
+    source.isAway = true;
+    control<QLineEdit>("txtSearch")->setText(u"605"_s);
+    ASSERT_TRUE(waitUntil([&] { return !control<QLabel>("lblStatus")->text().isEmpty(); }));
+    source.isAway = false;
+    Q_EMIT source.returned();
+    EXPECT_TRUE(hasPhones({u"605"_s}));
 }
 
 TEST_F(HistoryWindowTest, aSearchThatFailsIsToldAndTheNextOneClearsThat)

@@ -86,6 +86,27 @@ TEST_F(HistoryHostileTextsTest, areAskedAboutOnOneLine)
     EXPECT_EQ(source.sent.size(), source.rows.size());
 }
 
+TEST_F(HistoryHostileTextsTest, aNameDoesNotTurnTheSentenceAroundIt)
+{
+    const QString turned = u"\u202E\u2069\u05D0b"_s;
+    source.addRow(MessageState::Failed, turned, u"x"_s);
+    source.inbox.prepend({1000, u"2030-01-01T00:00:00"_s, {}, turned, u"x"_s, true});
+    source.connectToEngine();
+    ASSERT_TRUE(
+        waitUntil([&] { return phones().value(0) == turned && cell(*inbox(), 0, 1) == turned; }));
+    choose(messages(), 0);
+    EXPECT_EQ(controlOf<QLabel>(*tabOf(messages()), "lblMessage")->text(),
+              u"\u2068\u05D0b\u2069 · Fallido"_s);
+    controlOf<QPushButton>(*tabOf(messages()), "btnSendAgain")->click();
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(boxes.shown.at(0).text, u"¿Enviar de nuevo el mensaje a \u2068\u05D0b\u2069?"_s);
+    EXPECT_EQ(source.sent.value(0).phone, turned);
+    choose(inbox(), 0);
+    EXPECT_TRUE(controlOf<QLabel>(*tabOf(inbox()), "lblMessage")
+                    ->text()
+                    .startsWith(u"\u2068\u05D0b\u2069 · "_s));
+}
+
 TEST_F(HistoryHostileTextsTest, aSignOfAPlaceholderInAPhoneIsNotFilled)
 {
     const auto row = std::find_if(source.rows.cbegin(), source.rows.cend(),

@@ -61,6 +61,30 @@ TEST_F(HistoryInboxTest, whatIsOpenedIsMarkedReadAndNothingElse)
               u"answer 2"_s);
 }
 
+TEST_F(HistoryInboxTest, whatCanNotBeMarkedStaysUnreadAndThatIsTold)
+{
+    source.isAway = true;
+    choose(inbox(), 1);
+    EXPECT_TRUE(waitUntil([&] { return isBold(1); }));
+    EXPECT_EQ(control<QLabel>("lblStatus")->text(),
+              u"El mensaje sigue sin leer. the engine is away"_s);
+    source.isAway = false;
+    choose(inbox(), 0);
+    choose(inbox(), 1);
+    EXPECT_EQ(source.markedRead, (QList<qint64>{4, 3}));
+}
+
+TEST_F(HistoryInboxTest, whoWantsNoMoreIsShownSoAtOnce)
+{
+    choose(inbox(), 3);
+    auto *const button = controlOf<QPushButton>(*tabOf(inbox()), "btnOptOut");
+    ASSERT_TRUE(waitUntil([&] { return button->isEnabled(); }));
+    const QString before = button->text();
+    source.optOuts.insert(u"601"_s);
+    Q_EMIT source.changed();
+    EXPECT_TRUE(waitUntil([&] { return button->text() != before; }));
+}
+
 TEST_F(HistoryInboxTest, theFirstMessageIsNotOpenedByItself)
 {
     EXPECT_TRUE(source.markedRead.isEmpty());
@@ -84,6 +108,48 @@ TEST_F(HistoryInboxTest, whatIsReadAmongTheUnreadOnesStaysUntilTheyAreAskedForAg
     control<QCheckBox>("chkUnreadOnly")->setChecked(false);
     control<QCheckBox>("chkUnreadOnly")->setChecked(true);
     EXPECT_TRUE(waitUntil([&] { return rows() == 3; }));
+}
+
+TEST_F(HistoryInboxTest, whatIsReadWhileTheListIsAskedForIsReadAndThereOnce)
+{
+    control<QCheckBox>("chkUnreadOnly")->setChecked(true);
+    ASSERT_TRUE(waitUntil([&] { return rows() == 3; }));
+    source.hold();
+    Q_EMIT source.changed();
+    choose(inbox(), 1);
+    source.release();
+    ASSERT_EQ(rows(), 3);
+    EXPECT_EQ(cell(*inbox(), 0, 2), u"answer 4"_s);
+    EXPECT_EQ(cell(*inbox(), 1, 2), u"answer 3"_s);
+    EXPECT_EQ(cell(*inbox(), 2, 2), u"answer 1"_s);
+    EXPECT_FALSE(isBold(1));
+    EXPECT_EQ(inbox()->currentIndex().row(), 1);
+}
+
+TEST_F(HistoryInboxTest, aMessageThatIsChosenBeforeItIsThereIsReadWhenItComes)
+{
+    constexpr int count = 40 * 250;
+    source.inbox.clear();
+    for (qint64 id = count; id >= 1; --id)
+        source.inbox.append({id,
+                             u"2026-01-01T%1"_s.arg(id, 6, 10, QChar(u'0')),
+                             {},
+                             u"600"_s,
+                             u"answer %1"_s.arg(id),
+                             false});
+    Q_EMIT source.connected();
+    ASSERT_TRUE(waitUntil([&] {
+        inbox()->model()->fetchMore({});
+        return rows() == count;
+    }));
+    constexpr int row = 7 * 250;
+    ASSERT_EQ(cell(*inbox(), row, 2), QString()); // let go
+    choose(inbox(), row);
+    const auto *const text = controlOf<QPlainTextEdit>(*tabOf(inbox()), "txtMessage");
+    EXPECT_TRUE(text->toPlainText().isEmpty());
+    ASSERT_TRUE(waitUntil([&] { return !text->toPlainText().isEmpty(); }));
+    EXPECT_EQ(text->toPlainText(), u"answer %1"_s.arg(count - row));
+    EXPECT_EQ(source.markedRead, QList<qint64>{count - row});
 }
 
 TEST_F(HistoryInboxTest, theSearchFieldSearchesWhatWasReceivedToo)

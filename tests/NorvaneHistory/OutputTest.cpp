@@ -1,4 +1,8 @@
+#include "NorvaneHistory/FailingPrinter.h"
 #include "NorvaneHistory/HistoryFixture.h"
+#include "NorvaneHistory/HistoryTexts.h"
+#include "NorvaneHistory/InboxTab.h"
+#include "NorvaneHistory/MessagesTab.h"
 
 #include <QFile>
 #include <QLineEdit>
@@ -34,6 +38,20 @@ protected:
     {
         QFile file(pickedFile);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    /// Every row of a list, as its fields.
+    static QList<QStringList> rowsOf(const OutputList &list)
+    {
+        QList<QStringList> all;
+        ListWalk walk(list, [&all](const ListWalk::Rows &rows) {
+            all += rows;
+            return true;
+        });
+        QSignalSpy finished(&walk, &ListWalk::finished);
+        walk.start();
+        EXPECT_TRUE(waitUntil([&] { return finished.count() == 1; }));
+        return all;
     }
 
     QTemporaryDir folder;
@@ -112,6 +130,30 @@ TEST_F(HistoryOutputTest, anEngineThatGoesAwayLeavesTheFileOfBefore)
     EXPECT_EQ(boxes.shown.at(0).text, u"the engine is away"_s);
 }
 
+TEST_F(HistoryOutputTest, aPageWhosePlaceWasTakenIsAskedForAgain)
+{
+    source.addRows(3);
+    openAndFind();
+    pickedFile = folder.filePath(u"list.csv"_s);
+    source.supersededPages = 1;
+    ASSERT_TRUE(press("btnExport"));
+    EXPECT_EQ(written().count("\r\n"), 4);
+    EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(HistoryOutputTest, aListIsNotAskedForInThePlaceOfWhatIsShown)
+{
+    source.addRows(3);
+    openAndFind();
+    const qsizetype before = source.calls.count(u"history"_s);
+    pickedFile = folder.filePath(u"list.csv"_s);
+    ASSERT_TRUE(press("btnExport"));
+    showTab(1);
+    ASSERT_TRUE(press("btnExport"));
+    EXPECT_EQ(source.calls.count(u"history"_s), before);
+    EXPECT_EQ(source.calls.count(u"walk"_s), 2);
+}
+
 TEST_F(HistoryOutputTest, aLongOneCanBeCancelled)
 {
     source.addRows(2000);
@@ -137,6 +179,43 @@ TEST_F(HistoryOutputTest, nothingIsWrittenWithoutAName)
     ASSERT_TRUE(press("btnPrint"));
     EXPECT_EQ(source.calls.count(u"history"_s), 1);
     EXPECT_TRUE(boxes.shown.isEmpty());
+}
+
+TEST_F(HistoryOutputTest, whatIsPrintedStandsAsInTheWindow)
+{
+    HistoryRow row = source.addRow(MessageState::Failed, u"601"_s, u"one"_s);
+    source.rows[0].deliveredAt = u"2026-01-01T00:00:09"_s;
+    source.addRow(MessageState::Refused, u"602"_s, u"two"_s);
+    source.rows[0].code = 0x46;
+    source.addRow(MessageState::Sent, u"603"_s, u"three"_s);
+    source.inbox = {{1, u"2026-01-01T00:00:00"_s, {}, u"600"_s, u"hello"_s, false}};
+    openAndFind();
+    const QList<QStringList> sent =
+        rowsOf(window->findChild<MessagesTab *>()->outputList(OutputForm::Shown));
+    ASSERT_EQ(sent.size(), 3);
+    EXPECT_EQ(sent.at(2), (QStringList{u"01/01/2026 00:01:00"_s, u"01/01/2026 00:01:00"_s, u"601"_s,
+                                       u"Fallido"_s, HistoryTexts::errorText(-22), u"one"_s,
+                                       u"01/01/2026 00:00:09"_s}));
+    EXPECT_EQ(sent.at(1).at(4), HistoryTexts::networkStatus(0x46));
+    EXPECT_EQ(sent.at(0).at(4), QString());
+    const QList<QStringList> received =
+        rowsOf(window->findChild<InboxTab *>()->outputList(OutputForm::Shown));
+    ASSERT_EQ(received.size(), 1);
+    EXPECT_EQ(received.at(0).at(0), u"01/01/2026 00:00:00"_s);
+}
+
+TEST_F(HistoryOutputTest, aPrinterThatFailsOnTheWayHasNotPrinted)
+{
+    OutputList list;
+    list.captions = {u"a"_s};
+    list.widths = {100};
+    const QList<QStringList> rows(500, {u"row"_s});
+    for (const auto failing : {FailingPrinter::Failing::NewPage, FailingPrinter::Failing::End}) {
+        FailingPrinter printer(failing);
+        EXPECT_FALSE(ListOutput::print(list, rows, printer));
+    }
+    FailingPrinter printer(FailingPrinter::Failing::Nowhere);
+    EXPECT_TRUE(ListOutput::print(list, rows, printer));
 }
 
 TEST_F(HistoryOutputTest, aListIsPrintedOnAsManyPagesAsItTakes)

@@ -58,9 +58,9 @@ TEST(RowPages, aRowIsInsertedSetAndRemovedInItsPage)
     RowPages<Row> pages;
     pages.append(rowsFrom(9, 2), u"8"_s);
     pages.append(rowsFrom(7, 2), {});
-    pages.insert(0, {10});
-    pages.insert(5, {5});
-    pages.set(1, {90});
+    pages.insert(pages.insertionAt(0), {Row{10}});
+    pages.insert(pages.insertionAt(5), {Row{5}});
+    pages.set(pages.placeOf(1), Row{90});
     pages.remove(3);
     EXPECT_EQ(idsOf(pages), (QList<qint64>{10, 90, 8, 6, 5}));
     EXPECT_EQ(pages.countOf(0), 3);
@@ -97,6 +97,60 @@ TEST(RowPages, aPageThatIsHeldAgainMayHaveOtherRows)
     EXPECT_EQ(pages.rowCount(), 397);
     EXPECT_EQ(pages.find(36)->id, 964);
     EXPECT_EQ(pages.placeOf(37).page, 4);
+}
+
+TEST(RowPages, aPageThatIsNotHeldKeepsTheIdsOfItsRows)
+{
+    RowPages<Row> pages;
+    pages.append(rowsFrom(9, 2), u"8"_s);
+    pages.append(rowsFrom(7, 2), {});
+    pages.letGo(1);
+    EXPECT_EQ(idsOf(pages), (QList<qint64>{9, 8, 0, 0}));
+    EXPECT_EQ(pages.rowOf(6), 3);
+    pages.remove(1, 2);
+    EXPECT_EQ(pages.rowCount(), 2);
+    EXPECT_EQ(pages.idAt(1), 6);
+    EXPECT_EQ(pages.find(1), nullptr);
+}
+
+TEST(RowPages, betweenTwoPagesARowGoesIntoTheOneThatIsHeld)
+{
+    RowPages<Row> pages;
+    pages.append(rowsFrom(9, 2), u"8"_s);
+    pages.append(rowsFrom(7, 2), u"6"_s);
+    pages.append(rowsFrom(5, 2), {});
+    pages.letGo(1);
+    pages.insert(pages.insertionAt(2), {Row{70}});
+    pages.insert(pages.insertionAt(5), {Row{50}});
+    EXPECT_EQ(idsOf(pages), (QList<qint64>{9, 8, 70, 0, 0, 50, 5, 4}));
+    EXPECT_EQ(pages.rowCount(), 8);
+    EXPECT_EQ(pages.countOf(1), 2);
+}
+
+TEST(RowPages, aFirstPageThatIsEmptyTakesRowsAgain)
+{
+    RowPages<Row> pages;
+    pages.append(rowsFrom(9, 2), u"8"_s);
+    pages.append(rowsFrom(7, 2), {});
+    pages.letGo(1);
+    pages.remove(0, 2);
+    pages.insert(pages.insertionAt(0), {Row{10}});
+    EXPECT_EQ(idsOf(pages), (QList<qint64>{10, 0, 0}));
+    EXPECT_EQ(pages.countOf(0), 1);
+}
+
+TEST(RowPages, aPageThatIsCutGoesOnInTheNextOne)
+{
+    RowPages<Row> pages;
+    pages.append(rowsFrom(9, 4), u"6"_s);
+    pages.append(rowsFrom(5, 2), {});
+    const quint64 key = pages.keyOf(1);
+    pages.split({0, 3}, u"7"_s);
+    EXPECT_EQ(idsOf(pages), (QList<qint64>{9, 8, 7, 6, 5, 4}));
+    EXPECT_EQ(pages.beginOf(1), u"7"_s);
+    EXPECT_EQ(pages.endOf(1), u"6"_s);
+    EXPECT_EQ(pages.countOf(1), 1);
+    EXPECT_EQ(pages.pageOf(key), 2);
 }
 
 TEST(RowPages, thePageThatWasReadLastIsHeldLongest)

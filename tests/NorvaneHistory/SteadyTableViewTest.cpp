@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardItemModel>
+#include <QStringListModel>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -65,6 +66,63 @@ TEST_F(SteadyTableViewTest, whatOneReadsStaysWhenRowsLeaveAbove)
     EXPECT_EQ(firstSeen(), u"20"_s);
     model.removeRows(16, 6); // 18 to 23: of which two stood above
     EXPECT_EQ(firstSeen(), u"24"_s);
+}
+
+TEST_F(SteadyTableViewTest, whatOneReadsStaysWhenRowsMoveOverIt)
+{
+    QStringList texts;
+    for (int row = 0; row < 100; ++row)
+        texts << QString::number(row);
+    QStringListModel movable(texts);
+    view.setModel(&movable);
+    view.verticalScrollBar()->setValue(20);
+    const auto firstSeenText = [&] { return movable.index(view.firstVisibleRow()).data(); };
+    ASSERT_EQ(firstSeenText(), u"20"_s);
+    movable.moveRow({}, 50, {}, 0);
+    EXPECT_EQ(firstSeenText(), u"20"_s);
+    movable.moveRow({}, 10, {}, 5);
+    EXPECT_EQ(firstSeenText(), u"20"_s);
+    movable.moveRow({}, 3, {}, 60);
+    EXPECT_EQ(firstSeenText(), u"20"_s);
+    view.setCurrentIndex(movable.index(22));
+    movable.moveRow({}, 22, {}, 0);
+    EXPECT_EQ(view.currentIndex().row(), 0);
+    EXPECT_EQ(firstSeenText(), u"20"_s);
+    view.setModel(&model);
+}
+
+TEST_F(SteadyTableViewTest, aChosenRowThatIsKnownLaterIsChosenAgain)
+{
+    view.setCurrentIndex(model.index(5, 0));
+    QSignalSpy chosen(&view, &SteadyTableView::rowChosen);
+    model.item(6)->setText(u"other"_s);
+    EXPECT_EQ(chosen.count(), 0);
+    model.item(5)->setText(u"known"_s);
+    ASSERT_EQ(chosen.count(), 1);
+    EXPECT_EQ(chosen.at(0).at(0).toInt(), 5);
+}
+
+/// A list that has more rows than it gives.
+class LongModel : public QStringListModel
+{
+public:
+    using QStringListModel::QStringListModel;
+    bool canFetchMore(const QModelIndex &) const override { return true; }
+    void fetchMore(const QModelIndex &) override { ++fetches; }
+    int fetches = 0;
+};
+
+TEST_F(SteadyTableViewTest, rowsAreFetchedBeforeTheEndIsReached)
+{
+    LongModel longModel(QStringList(1000, u"x"_s));
+    view.setModel(&longModel);
+    ASSERT_TRUE(waitUntil([&] { return view.verticalScrollBar()->maximum() > 850; }));
+    longModel.fetches = 0; // as long as the view had no rows
+    view.verticalScrollBar()->setValue(500);
+    EXPECT_EQ(longModel.fetches, 0);
+    view.verticalScrollBar()->setValue(850);
+    EXPECT_EQ(longModel.fetches, 1);
+    view.setModel(&model);
 }
 
 TEST_F(SteadyTableViewTest, rowsBelowMoveNothing)

@@ -10,10 +10,16 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDate>
+#include <QGraphicsScene>
+#include <QGraphicsTextItem>
 #include <QHorizontalBarSeries>
+#include <QLabel>
 #include <QStackedBarSeries>
 #include <QTableWidget>
+#include <QTimer>
 #include <QValueAxis>
+
+#include <utility>
 
 namespace norvane {
 
@@ -42,6 +48,9 @@ protected:
         control<QComboBox>("cboDays")->setCurrentIndex(index);
         showTab(2);
     }
+
+    /// Lets the pause between two questions go by.
+    void endPause() { control<QTimer>("tmrPause")->start(0); }
 
     QTableWidget *table(const char *name) const { return control<QTableWidget>(name); }
     QChart *chart(const char *name) const { return control<QChartView>(name)->chart(); }
@@ -136,7 +145,44 @@ TEST_F(HistorySummaryTest, theScaleIsRoundAndHoldsTheLargestBar)
         qobject_cast<QValueAxis *>(chart("chtDays")->axes(Qt::Vertical).value(0));
     ASSERT_NE(axis, nullptr);
     EXPECT_EQ(axis->min(), 0);
-    EXPECT_EQ(axis->max(), 20); // of 15 messages
+    EXPECT_EQ(axis->max(), 15); // messages of today
+    EXPECT_EQ(axis->tickCount(), 4);
+}
+
+TEST_F(HistorySummaryTest, theScaleEndsAtTheFirstRoundStepAboveTheLargestBar)
+{
+    const auto scale = [](quint32 max) {
+        const auto chart = SummaryCharts::delaysChart({{10, max}}, QPalette());
+        const auto *const axis = qobject_cast<QValueAxis *>(chart->axes(Qt::Horizontal).value(0));
+        return std::pair(static_cast<int>(axis->max()), axis->tickCount() - 1);
+    };
+    EXPECT_EQ(scale(0), std::pair(1, 1));
+    EXPECT_EQ(scale(1), std::pair(1, 1));
+    EXPECT_EQ(scale(4), std::pair(4, 4));
+    EXPECT_EQ(scale(5), std::pair(6, 3));
+    EXPECT_EQ(scale(101), std::pair(150, 3));
+    EXPECT_EQ(scale(940), std::pair(1000, 2));
+    EXPECT_EQ(scale(1'000'000), std::pair(1'000'000, 2));
+}
+
+TEST_F(HistorySummaryTest, aReasonIsReadableInFull)
+{
+    source.summary.reasons.clear();
+    for (const qint32 status : {0x40, 0x41, 0x42, 0x43, 0x44, 0x45, 0x46})
+        source.summary.reasons.append({MessageState::Refused, status, 1});
+    source.summary.reasons.append({MessageState::Failed, -15, 1}); // the longest word
+    showDays(0);
+    ASSERT_TRUE(waitUntil([&] { return table("tblReasons")->rowCount() == 8; }));
+    window->grab(); // which lays the chart out
+    QStringList drawn;
+    for (const QGraphicsItem *const item : chart("chtReasons")->scene()->items()) {
+        const auto *const text = qgraphicsitem_cast<const QGraphicsTextItem *>(item);
+        if (text && text->isVisible())
+            drawn << text->toPlainText();
+    }
+    for (int row = 0; row < 8; ++row)
+        EXPECT_TRUE(drawn.contains(table("tblReasons")->item(row, 1)->text()))
+            << table("tblReasons")->item(row, 1)->text().toStdString();
 }
 
 TEST_F(HistorySummaryTest, changesAreShownWhileTheTabIsSeen)
@@ -145,7 +191,55 @@ TEST_F(HistorySummaryTest, changesAreShownWhileTheTabIsSeen)
     EXPECT_TRUE(waitUntil([&] { return table("tblDelays")->rowCount() == 3; }));
     source.summary.delays.append({1, 1});
     Q_EMIT source.changed();
+    endPause();
     EXPECT_TRUE(waitUntil([&] { return table("tblDelays")->rowCount() == 4; }));
+}
+
+TEST_F(HistorySummaryTest, manyChangesAreAskedForOnce)
+{
+    showDays(0);
+    EXPECT_TRUE(waitUntil([&] { return table("tblDelays")->rowCount() == 3; }));
+    const auto asked = [&] { return source.calls.count(u"summary "_s + dayBefore(6)); };
+    const qsizetype before = asked();
+    for (int change = 0; change < 5; ++change) {
+        Q_EMIT source.changed();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(asked(), before);
+    endPause();
+    EXPECT_TRUE(waitUntil([&] { return asked() == before + 1; }));
+    EXPECT_TRUE(waitUntil([&] { return control<QTimer>("tmrPause")->isActive(); }));
+    EXPECT_EQ(asked(), before + 1);
+}
+
+TEST_F(HistorySummaryTest, anotherRangeIsNotKeptWaiting)
+{
+    showDays(0);
+    ASSERT_TRUE(waitUntil([&] { return table("tblDays")->rowCount() == 7; }));
+    control<QComboBox>("cboDays")->setCurrentIndex(2);
+    EXPECT_EQ(source.calls.constLast(), u"summary "_s + dayBefore(364));
+}
+
+TEST_F(HistorySummaryTest, numbersAreDrawnOverTheDaysThatTheyAreOf)
+{
+    source.hold();
+    showDays(1);
+    control<QComboBox>("cboDays")->setCurrentIndex(2);
+    source.release();
+    EXPECT_EQ(table("tblDays")->rowCount(), 30);
+    EXPECT_TRUE(waitUntil([&] { return table("tblDays")->rowCount() == 365; }));
+}
+
+TEST_F(HistorySummaryTest, numbersThatCanNotBeHadAreToldAndTheNextOnesClearThat)
+{
+    source.isAway = true;
+    showDays(0);
+    const auto *const status = control<QLabel>("lblStatus");
+    EXPECT_TRUE(waitUntil([&] { return status->text() == u"the engine is away"_s; }));
+    source.isAway = false;
+    control<QComboBox>("cboDays")->setCurrentIndex(1);
+    ASSERT_TRUE(waitUntil([&] { return table("tblDays")->rowCount() == 30; }));
+    EXPECT_TRUE(status->text().isEmpty());
 }
 
 TEST_F(HistorySummaryTest, nothingAtAllIsShownAsWell)

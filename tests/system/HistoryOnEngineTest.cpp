@@ -1,8 +1,12 @@
 #include "NorvaneHistory/BusHistorySource.h"
 #include "contract/BusTypes.h"
 #include "foundation/EngineLauncher.h"
+#include "foundation/Globals.h"
+#include "foundation/TextId.h"
+#include "support/LoadedLanguage.h"
 #include "system/EngineProcess.h"
 
+#include <QDBusServiceWatcher>
 #include <QSignalSpy>
 
 namespace norvane {
@@ -52,6 +56,7 @@ protected:
         return texts;
     }
 
+    LoadedLanguage language{u"ESN"_s};
     std::unique_ptr<EngineLauncher> launcher;
     BusHistorySource source;
     QObject context;
@@ -78,12 +83,17 @@ TEST_F(HistoryOnEngine, anEngineThatCannotBeStartedIsAFailureOfEachQuestion)
     });
     ASSERT_FALSE(answer);
     EXPECT_EQ(answer.error().kind, SourceFailure::Kind::NoEngine);
-    EXPECT_FALSE(answer.error().text.isEmpty());
+    EXPECT_EQ(answer.error().text, failures.at(0).at(0).value<SourceFailure>().text);
+    EXPECT_EQ(failures.count(), 1) << "looking at the list tries no start";
+    const auto sent =
+        answerTo<Sending>([&](const auto &taken) { lost.send(&context, u"600"_s, u"x"_s, taken); });
+    EXPECT_FALSE(sent);
     EXPECT_EQ(failures.count(), 2);
 }
 
 TEST_F(HistoryOnEngine, whatWaitsIsFoundWithoutItsAccentsAndCase)
 {
+    source.connectToEngine();
     const auto proxy = makeProxy();
     proxy->AddSMS(u"600 11 22 33"_s, u"MAÑANA 100%"_s, later());
     proxy->AddSMS(u"+34600999888"_s, u"otro \"texto\""_s, later());
@@ -99,6 +109,7 @@ TEST_F(HistoryOnEngine, whatWaitsIsFoundWithoutItsAccentsAndCase)
 
 TEST_F(HistoryOnEngine, pagesFollowEachOtherAndCanBeReadAgain)
 {
+    source.connectToEngine();
     const auto proxy = makeProxy();
     for (int number = 0; number < 7; ++number)
         proxy->AddSMS(QString::number(number), u"x"_s, later());
@@ -131,6 +142,7 @@ TEST_F(HistoryOnEngine, aMadeUpPlaceInTheListIsRefused)
     const auto page = history({}, {u"'; DROP TABLE message"_s, {}, 3});
     ASSERT_FALSE(page);
     EXPECT_EQ(page.error().kind, SourceFailure::Kind::Refused);
+    EXPECT_EQ(page.error().text, GS(TextId::RequestRefused));
 }
 
 TEST_F(HistoryOnEngine, changesAreTold)
@@ -145,9 +157,10 @@ TEST_F(HistoryOnEngine, whatIsSentStartsTheEngineAsTheConsoleDoesAndIsFollowed)
 {
     plugIn();
     source.connectToEngine();
-    const auto sent = answerTo<bool>(
+    const auto sent = answerTo<Sending>(
         [&](const auto &answer) { source.send(&context, u"600111222"_s, u"hello"_s, answer); });
-    EXPECT_TRUE(sent.value_or(false));
+    ASSERT_TRUE(sent);
+    EXPECT_EQ(*sent, Sending::Underway);
     EXPECT_TRUE(eventually([&] { return device->messages().size() == 1; }));
     qint64 message = 0;
     EXPECT_TRUE(eventually([&] {
@@ -214,17 +227,90 @@ TEST_F(HistoryOnEngine, aQuestionBesideTheListsTakesThePlaceOfNoneOfThem)
     EXPECT_TRUE(isBeside.value_or(false));
 }
 
-TEST_F(HistoryOnEngine, anEngineThatComesBackIsToldAndOneThatWentIsStartedByTheNextQuestion)
+TEST_F(HistoryOnEngine, anEngineThatWentIsToldAndIsNotStartedByLookingAtTheList)
 {
     source.connectToEngine();
-    makeProxy()->AddSMS(u"1"_s, u"x"_s, later());
-    QSignalSpy connected(&source, &HistorySource::connected);
+    QSignalSpy failures(&source, &HistorySource::failed);
     killEngine();
+    // The first may be on its way while the bus tells that the engine has gone.
+    for (int time = 0; time < 2; ++time) {
+        const auto page = history({});
+        ASSERT_FALSE(page);
+        EXPECT_EQ(page.error().kind, SourceFailure::Kind::NoEngine);
+        ASSERT_TRUE(eventually([&] { return failures.count() == 1; }));
+    }
     EXPECT_EQ(enginePid(), 0);
+    const auto marked =
+        answerTo<bool>([&](const auto &answer) { source.markRead(&context, {1}, answer); });
+    EXPECT_FALSE(marked);
+    EXPECT_EQ(enginePid(), 0);
+}
+
+TEST_F(HistoryOnEngine, anEngineThatComesBackIsToldAndAskedAgain)
+{
+    source.connectToEngine();
+    QSignalSpy connected(&source, &HistorySource::connected);
+    QSignalSpy returned(&source, &HistorySource::returned);
+    killEngine();
+    makeProxy()->AddSMS(u"1"_s, u"x"_s, later());
+    ASSERT_TRUE(eventually([&] { return returned.count() == 1; }));
     const auto page = history({});
     ASSERT_TRUE(page);
     EXPECT_EQ(page->rows.size(), 1);
-    EXPECT_TRUE(eventually([&] { return connected.count() > 0; }));
+    EXPECT_EQ(connected.count(), 0);
+    QSignalSpy changes(&source, &HistorySource::changed);
+    makeProxy()->AddSMS(u"2"_s, u"x"_s, later());
+    EXPECT_TRUE(eventually([&] { return changes.count() > 0; }));
+}
+
+TEST_F(HistoryOnEngine, theStartOfItsOwnIsToldOnce)
+{
+    QSignalSpy connected(&source, &HistorySource::connected);
+    QSignalSpy returned(&source, &HistorySource::returned);
+    source.connectToEngine();
+    // Another one that watches the name has been told when this one has.
+    QDBusServiceWatcher watcher(QLatin1String(Bus::serviceName), QDBusConnection::sessionBus(),
+                                QDBusServiceWatcher::WatchForOwnerChange);
+    QSignalSpy owners(&watcher, &QDBusServiceWatcher::serviceOwnerChanged);
+    killEngine();
+    ASSERT_TRUE(eventually([&] { return owners.count() > 0; }));
+    EXPECT_EQ(connected.count(), 1);
+    EXPECT_EQ(returned.count(), 0);
+}
+
+TEST_F(HistoryOnEngine, whatTheOperatorDecidesStartsAnEngineThatWent)
+{
+    source.connectToEngine();
+    QSignalSpy returned(&source, &HistorySource::returned);
+    killEngine();
+    const auto changed = answerTo<bool>(
+        [&](const auto &answer) { source.setOptedOut(&context, u"600111222"_s, true, answer); });
+    EXPECT_TRUE(changed.value_or(false));
+    EXPECT_NE(enginePid(), 0);
+    EXPECT_EQ(returned.count(), 1);
+    killEngine();
+    const auto sent = answerTo<Sending>(
+        [&](const auto &answer) { source.send(&context, u"600"_s, u"x"_s, answer); });
+    EXPECT_TRUE(sent);
+    EXPECT_NE(enginePid(), 0);
+}
+
+TEST_F(HistoryOnEngine, aWalkThroughAListIsNotEndedByASearch)
+{
+    source.connectToEngine();
+    HistoryFilter ofWalk;
+    ofWalk.text = u"one"_s;
+    HistoryFilter other;
+    other.text = u"two"_s;
+    std::optional<bool> isWalked;
+    std::optional<bool> isListed;
+    source.walkHistory(&context, ofWalk, {{}, {}, 10},
+                       [&](const auto &page) { isWalked = page.has_value(); });
+    source.fetchHistory(&context, other, {{}, {}, 10},
+                        [&](const auto &page) { isListed = page.has_value(); });
+    EXPECT_TRUE(eventually([&] { return isWalked && isListed; }));
+    EXPECT_TRUE(isWalked.value_or(false));
+    EXPECT_TRUE(isListed.value_or(false));
 }
 
 TEST_F(HistoryOnEngine, anAnswerToWhomIsGoneIsDropped)
