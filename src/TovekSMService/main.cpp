@@ -8,35 +8,31 @@
 #include "TovekSMService/modem/at/QtSerialPortLine.h"
 #include "TovekSMService/platform/EndSignals.h"
 #include "TovekSMService/platform/FileRights.h"
+#include "TovekSMService/platform/LeftThreads.h"
 #include "TovekSMService/store/EngineFolder.h"
 #include "TovekSMService/time/Clock.h"
 
 #include <QCoreApplication>
 
+#include <cstdlib>
 #include <memory>
 
-using namespace norvane;
 using namespace Qt::StringLiterals;
 
-int main(int argc, char **argv)
+namespace norvane {
+
+namespace {
+
+/// Is the engine until it is to end.
+/// @return the program's exit code
+int serve(const CommandLine &commandLine)
 {
-    keepFilesToOwner();
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(u"TovekSMService"_s);
-    QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
-    const auto commandLine = CommandLine::parse(QCoreApplication::arguments());
-    if (!commandLine)
-        return report(commandLine.error());
-    EngineLog::install(commandLine->logLevel.value_or(EngineLog::Level::Info),
-                       EngineFolder(commandLine->name).logFile());
-    if (commandLine->isQuery)
-        return carryOut(*commandLine);
-    if (!commandLine->logLevel)
+    if (!commandLine.logLevel)
         EngineLog::setLevel(
-            LogLevelSetting::load(commandLine->name).value_or(EngineLog::Level::Info));
+            LogLevelSetting::load(commandLine.name).value_or(EngineLog::Level::Info));
 
     const SystemClock clock;
-    EngineHost host(commandLine->name, clock, std::make_unique<QtSerialPortLine>());
+    EngineHost host(commandLine.name, clock, std::make_unique<QtSerialPortLine>());
     // A wish to end that comes while the engine is coming up is followed once it is.
     const EndSignals signals;
     QObject::connect(&signals, &EndSignals::endWanted, &host, &EngineHost::end);
@@ -54,5 +50,31 @@ int main(int argc, char **argv)
     qCInfo(logHost).noquote() << "up, version" << QCoreApplication::applicationVersion();
     const int result = QCoreApplication::exec();
     qCInfo(logHost) << "ends";
+    return result;
+}
+
+} // namespace
+
+} // namespace norvane
+
+using namespace norvane;
+
+int main(int argc, char **argv)
+{
+    keepFilesToOwner();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"TovekSMService"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
+    const auto commandLine = CommandLine::parse(QCoreApplication::arguments());
+    if (!commandLine)
+        return report(commandLine.error());
+    EngineLog::install(commandLine->logLevel.value_or(EngineLog::Level::Info),
+                       EngineFolder(commandLine->name).logFile());
+    if (commandLine->isQuery)
+        return carryOut(*commandLine);
+    const int result = serve(*commandLine);
+    // What a thread that was left behind works with isn't taken apart under it.
+    if (LeftThreads::areAny())
+        std::_Exit(result);
     return result;
 }

@@ -1,6 +1,10 @@
 #include "TovekSMService/history/HistoryThread.h"
 
+#include "TovekSMService/platform/LeftThreads.h"
+
 #include <QThread>
+
+#include <utility>
 
 namespace norvane {
 
@@ -26,10 +30,7 @@ HistoryThread::~HistoryThread()
         m_thread->wait();
         return;
     }
-    if (m_thread->wait(serverEndMs))
-        return;
-    QThread *const left = m_thread.release();
-    QObject::connect(left, &QThread::finished, left, &QObject::deleteLater);
+    LeftThreads::endOrLeave(std::move(m_thread), serverEndMs);
 }
 
 HistoryThread::Cancelled HistoryThread::ask(const Query &query, const Answer &answer)

@@ -1,6 +1,7 @@
 #include "TovekSMService/store/PostgresDatabase.h"
 
 #include "TovekSMService/log/Categories.h"
+#include "TovekSMService/platform/LeftThreads.h"
 #include "TovekSMService/store/PostgresSchema.h"
 
 #include <QSocketNotifier>
@@ -117,13 +118,8 @@ void PostgresDatabase::endThread()
     if (!m_thread)
         return;
     QObject::disconnect(m_thread.get(), nullptr, &m_context, nullptr);
-    if (m_thread->wait(attemptEndMs)) {
-        m_thread.reset();
-        return;
-    }
     // It has what it needs, and nobody waits for a server that doesn't answer.
-    QThread *const left = m_thread.release();
-    QObject::connect(left, &QThread::finished, left, &QObject::deleteLater);
+    LeftThreads::endOrLeave(std::move(m_thread), attemptEndMs);
 }
 
 void PostgresDatabase::takeAttempt()
