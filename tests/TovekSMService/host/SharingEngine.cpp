@@ -1,7 +1,9 @@
 #include "TovekSMService/host/SharingEngine.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusPendingCallWatcher>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 
 #include <algorithm>
@@ -17,6 +19,17 @@ constexpr char messagesInterface[] = "com.tovek.SMService.Messages1";
 QString objectPath()
 {
     return u"/com/tovek/SMService"_s;
+}
+
+/// Runs the event loop until the answer is there. (The bus connection's own way to do that,
+/// QDBus::BlockWithGui, misses an answer that comes while it begins to wait.)
+QDBusMessage answerTo(const QDBusMessage &call)
+{
+    const QDBusPendingCallWatcher watcher(QDBusConnection::sessionBus().asyncCall(call, hangMs));
+    QEventLoop loop;
+    QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    return watcher.reply();
 }
 
 } // namespace
@@ -123,8 +136,7 @@ QDBusMessage SharingEngine::message(const char *interface, const char *operation
 
 QDBusMessage SharingEngine::call(const char *operation, const QVariantList &arguments) const
 {
-    return QDBusConnection::sessionBus().call(message(managerInterface, operation, arguments),
-                                              QDBus::BlockWithGui, hangMs);
+    return answerTo(message(managerInterface, operation, arguments));
 }
 
 QDBusMessage SharingEngine::question(const char *operation, const QVariantList &arguments) const
@@ -134,8 +146,7 @@ QDBusMessage SharingEngine::question(const char *operation, const QVariantList &
 
 QDBusMessage SharingEngine::ask(const char *operation, const QVariantList &arguments) const
 {
-    return QDBusConnection::sessionBus().call(question(operation, arguments), QDBus::BlockWithGui,
-                                              hangMs);
+    return answerTo(question(operation, arguments));
 }
 
 void SharingEngine::addMany(int messages, const QString &prefix) const

@@ -24,9 +24,8 @@ TEST(LeftThreadsTest, oneThatEndsIsWaitedFor)
 TEST(LeftThreadsTest, oneThatDoesNotEndIsLeftAndKnownUntilItDoes)
 {
     std::promise<void> answer;
-    std::unique_ptr<QThread> thread(QThread::create([wait = answer.get_future().share()] {
-        wait.wait();
-    }));
+    std::unique_ptr<QThread> thread(
+        QThread::create([wait = answer.get_future().share()] { wait.wait(); }));
     thread->start();
     LeftThreads::endOrLeave(std::move(thread), 0);
     EXPECT_TRUE(LeftThreads::areAny());
