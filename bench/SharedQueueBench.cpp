@@ -2,7 +2,7 @@
 // once and with one that takes its time, nearby and at a distance, and how long a claim takes in a
 // long queue. Everything is durable. To be run under dbus-run-session.
 //
-//     shared_queue_bench [claims] [smallest]
+//     shared_queue_bench [nearby|latency|distance|claims] [smallest]
 
 #include "BenchSize.h"
 
@@ -25,6 +25,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -33,6 +34,12 @@ using namespace Qt::StringLiterals;
 namespace norvane {
 
 namespace {
+
+constexpr auto nearby = "nearby"_L1;
+constexpr auto latency = "latency"_L1;
+constexpr auto distance = "distance"_L1;
+constexpr auto claims = "claims"_L1;
+constexpr std::array parts = {nearby, latency, distance, claims};
 
 QTextStream &out()
 {
@@ -206,14 +213,21 @@ int main(int argc, char **argv)
         qputenv(QByteArray("XDG_") + folder + "_HOME",
                 QFile::encodeName(sandbox.filePath(QLatin1String(folder))));
     PostgresServer server(PostgresServer::Durability::Flushed);
-    if (QCoreApplication::arguments().contains("claims"_L1)) {
+    const QStringList arguments = QCoreApplication::arguments();
+    const bool isAll = std::none_of(parts.begin(), parts.end(), [&](const QLatin1String &part) {
+        return arguments.contains(part);
+    });
+    const auto isWanted = [&](const QLatin1String &part) {
+        return isAll || arguments.contains(part);
+    };
+    if (isWanted(nearby))
+        compare(server, "zero latency", benchSize(20'000, 5), {});
+    if (isWanted(latency))
+        compare(server, "--latency 50", benchSize(300, 2), {{u"--latency"_s, u"50"_s}});
+    if (isWanted(distance))
+        compare(server, "zero latency, 5 ms to the database and back", benchSize(4000, 5),
+                {{}, std::chrono::microseconds(2500)});
+    if (isWanted(claims))
         measureClaims(server, benchSize(1'000'000, 100), benchSize(1000, 3));
-        return 0;
-    }
-    compare(server, "zero latency", benchSize(8000, 5), {});
-    compare(server, "--latency 50", benchSize(300, 2), {{u"--latency"_s, u"50"_s}});
-    compare(server, "zero latency, 5 ms to the database and back", benchSize(4000, 5),
-            {{}, std::chrono::microseconds(2500)});
-    measureClaims(server, benchSize(1'000'000, 100), benchSize(1000, 3));
     return 0;
 }

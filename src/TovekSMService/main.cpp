@@ -23,6 +23,8 @@ namespace norvane {
 
 namespace {
 
+constexpr char noGlib[] = "QT_NO_GLIB";
+
 /// Is the engine until it is to end.
 /// @return the program's exit code
 int serve(const CommandLine &commandLine)
@@ -62,7 +64,14 @@ using namespace norvane;
 int main(int argc, char **argv)
 {
     keepFilesToOwner();
+    // The device's line is waited for by poll() alone: GLib's loop costs two more calls of the
+    // kernel with each write. What the engine starts, and its other threads, may have either.
+    const bool isOurs = !qEnvironmentVariableIsSet(noGlib);
+    if (isOurs)
+        qputenv(noGlib, "1");
     QCoreApplication application(argc, argv);
+    if (isOurs)
+        qunsetenv(noGlib);
     QCoreApplication::setApplicationName(u"TovekSMService"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
     const auto commandLine = CommandLine::parse(QCoreApplication::arguments());

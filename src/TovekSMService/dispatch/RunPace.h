@@ -15,7 +15,7 @@ class RunPace
 public:
     struct Limits
     {
-        int momentMs = 5;
+        int momentMs = 10;
         int max = 32;         ///< messages
         int maxMomentMs = 50; ///< with a database far away
     };

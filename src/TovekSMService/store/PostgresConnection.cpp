@@ -134,13 +134,9 @@ PGresult *PostgresConnection::nextResult(Deadline &deadline)
 {
     for (;;) {
         const int unsent = PQflush(m_connection);
-        if (unsent < 0 || PQconsumeInput(m_connection) == 0) {
-            m_isLost = true;
-            return nullptr;
-        }
         if (unsent == 0 && PQisBusy(m_connection) == 0)
             return PQgetResult(m_connection);
-        if (!wait(unsent != 0, deadline)) {
+        if (unsent < 0 || !wait(unsent != 0, deadline) || PQconsumeInput(m_connection) == 0) {
             m_isLost = true;
             return nullptr;
         }
