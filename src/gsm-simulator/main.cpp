@@ -108,6 +108,9 @@ using namespace norvane;
 
 int main(int argc, char **argv)
 {
+    // Without it the C library looks for a change of the zone with each time that it converts.
+    if (qEnvironmentVariableIsEmpty("TZ"))
+        qputenv("TZ", ":/etc/localtime");
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"gsm-simulator"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(NORVANE_VERSION));
