@@ -19,11 +19,14 @@ OutcomePruner::OutcomePruner(Store &store, const Clock &clock, int keepDays, con
 void OutcomePruner::step()
 {
     const StoreResult<int> rows = forget(m_clock.wallClockText(-m_keepSeconds));
-    if (!rows)
+    if (!rows) {
         qCWarning(logDispatch).noquote() << "old outcomes stay for now:" << rows.error().text();
-    if (rows.value_or(0) > 0)
+        m_timer.start(m_pace.againMs);
+        return;
+    }
+    if (*rows > 0)
         Q_EMIT forgotten();
-    m_timer.start(rows.value_or(0) < m_pace.rows ? m_pace.restMs : m_pace.stepMs);
+    m_timer.start(*rows < m_pace.rows ? m_pace.restMs : m_pace.stepMs);
 }
 
 /// Gives how much was forgotten of what there is most of.

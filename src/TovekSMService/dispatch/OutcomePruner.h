@@ -22,6 +22,7 @@ public:
         int rows = 200;         ///< of each kind in one step
         int stepMs = 1000;      ///< between two steps while there is more to forget
         int restMs = 3'600'000; ///< until it looks again
+        int againMs = 60'000;   ///< behind a failure
     };
 
     /// @param store, clock  must outlive this object

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <string>
 
 namespace norvane {
 
@@ -60,15 +61,12 @@ const SearchStatements &searchOf(HistoryTable table)
 /// The pieces of a text, whatever characters they are of; of a shorter one itself.
 QStringList piecesOf(const QString &text)
 {
-    const QList<uint> characters = text.toUcs4();
-    const qsizetype pieces =
-        std::clamp(characters.size() - pieceLength + 1, qsizetype{1}, maxPieces);
+    const std::u32string characters = text.toStdU32String();
+    const qsizetype length = static_cast<qsizetype>(characters.size());
+    const qsizetype pieces = std::clamp(length - pieceLength + 1, qsizetype{1}, maxPieces);
     QStringList all;
-    for (qsizetype at = 0; at < pieces; ++at) {
-        const QList<uint> piece = characters.mid(at, pieceLength);
-        all.append(
-            QString::fromUcs4(reinterpret_cast<const char32_t *>(piece.constData()), piece.size()));
-    }
+    for (qsizetype at = 0; at < pieces; ++at)
+        all.append(QString::fromUcs4(characters.data() + at, std::min(length - at, pieceLength)));
     all.removeDuplicates();
     return all;
 }

@@ -1,5 +1,7 @@
 #include "TovekSMService/dispatch/DispatcherFixture.h"
 
+#include <limits>
+
 namespace norvane {
 
 using namespace Qt::StringLiterals;
@@ -41,6 +43,7 @@ TEST_F(OutcomePruning, outcomesAreForgottenAfterTheirDaysAndNotBefore)
 TEST_F(OutcomePruning, aStoreThatIsLockedIsTriedAgainLater)
 {
     finished(11);
+    m_timings.pruning.restMs = std::numeric_limits<int>::max();
     const NotedLog log;
     OtherConnection other(file());
     other.lock();
