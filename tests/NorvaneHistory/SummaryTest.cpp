@@ -45,12 +45,19 @@ protected:
 
     void showDays(int index)
     {
+        control<QTimer>("tmrPause")->setInterval(hangMs); // until a test ends it
         control<QComboBox>("cboDays")->setCurrentIndex(index);
         showTab(2);
     }
 
     /// Lets the pause between two questions go by.
-    void endPause() { control<QTimer>("tmrPause")->start(0); }
+    void endPause()
+    {
+        auto *const pause = control<QTimer>("tmrPause");
+        ASSERT_TRUE(pause->isActive());
+        pause->stop();
+        QMetaObject::invokeMethod(pause, "timeout");
+    }
 
     QTableWidget *table(const char *name) const { return control<QTableWidget>(name); }
     QChart *chart(const char *name) const { return control<QChartView>(name)->chart(); }
