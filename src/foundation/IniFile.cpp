@@ -12,7 +12,7 @@ namespace norvane {
 namespace {
 
 constexpr qsizetype maxValueLength = 512;
-constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
+constexpr qint64 maxIniBytes = 16 * 1024 * 1024;
 
 bool isBlank(QChar unit)
 {
@@ -95,7 +95,7 @@ QString ReadIniValue(const QString &section, const QString &key, const QString &
 {
     QByteArray bytes;
     QString text;
-    if (platformFiles().read(path, maxFileBytes, bytes) == 0)
+    if (platformFiles().read(path, maxIniBytes, bytes) == 0)
         text = decoded(bytes);
     const QStringView value =
         findValue(text, section, key).value_or(withoutTrailingBlanks(defaultValue));

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 maxFileBytes = 1024 * 1024;
+constexpr qint64 maxSettingsBytes = 1024 * 1024;
 
 QString folderOf(const QString &application)
 {
@@ -46,7 +46,7 @@ SettingsText readText(PlatformFiles &files, const QString &application, const QS
 {
     const QString file = fileOf(application);
     QByteArray bytes;
-    const int error = files.read(file, maxFileBytes, bytes);
+    const int error = files.read(file, maxSettingsBytes, bytes);
     if (error == ENOENT)
         return {};
     if (error != 0)

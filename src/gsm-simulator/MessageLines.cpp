@@ -14,7 +14,7 @@ namespace simulator {
 
 namespace {
 
-const QByteArray lineEnd = "\r\n"_ba;
+const QByteArray responseEnd = "\r\n"_ba;
 
 bool isTextMode(const Profile &profile)
 {
@@ -33,7 +33,7 @@ QByteArray quotedText(const QString &text, const Profile &profile)
 
 QByteArray lengthAndPdu(const QByteArray &tpdu, const Profile &profile)
 {
-    return QByteArray::number(tpdu.size()) + lineEnd +
+    return QByteArray::number(tpdu.size()) + responseEnd +
            digitsOf(serviceCentreField(profile.serviceCentre) + tpdu);
 }
 
@@ -91,8 +91,8 @@ QByteArray deliveryLine(const QByteArray &tpdu, const ReceivedPdu &pdu, const Pr
     if (!isTextMode(profile))
         return "+CMT: ," + lengthAndPdu(tpdu, profile);
     const QByteArray more = profile.showDetails == 1 ? details(pdu, profile) : QByteArray();
-    return "+CMT: " + quotedText(pdu.address.text, profile) + ',' + timeOf(pdu) + more + lineEnd +
-           dataLine(pdu.userData, profile);
+    return "+CMT: " + quotedText(pdu.address.text, profile) + ',' + timeOf(pdu) + more +
+           responseEnd + dataLine(pdu.userData, profile);
 }
 
 QByteArray reportLine(const QByteArray &tpdu, const ReceivedPdu &pdu, const Profile &profile)
@@ -114,7 +114,7 @@ QByteArray listEntry(int place, const StoredMessage &message, const Profile &pro
     if (profile.showDetails == 1)
         more = ',' + QByteArray::number(pdu.address.type) + ',' +
                QByteArray::number(pdu.userData.length);
-    return start + quotedText(pdu.address.text, profile) + ',' + timeOf(pdu) + more + lineEnd +
+    return start + quotedText(pdu.address.text, profile) + ',' + timeOf(pdu) + more + responseEnd +
            dataLine(pdu.userData, profile);
 }
 
@@ -127,7 +127,7 @@ QByteArray readEntry(const StoredMessage &message, const Profile &profile)
     if (pdu.type == ReceivedPdu::Type::StatusReport)
         return start + reportFields(pdu, profile);
     const QByteArray more = profile.showDetails == 1 ? details(pdu, profile) : QByteArray();
-    return start + quotedText(pdu.address.text, profile) + ',' + timeOf(pdu) + more + lineEnd +
+    return start + quotedText(pdu.address.text, profile) + ',' + timeOf(pdu) + more + responseEnd +
            dataLine(pdu.userData, profile);
 }
 

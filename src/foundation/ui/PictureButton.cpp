@@ -7,8 +7,8 @@
 namespace norvane {
 
 namespace {
-constexpr int margin = 3;     // pixels between the button's edge and its content
-constexpr int pictureGap = 2; // pixels between picture and caption
+constexpr int contentMargin = 3; // pixels between the button's edge and its content
+constexpr int pictureGap = 2;    // pixels between picture and caption
 } // namespace
 
 void PictureButton::keyPressEvent(QKeyEvent *event)
@@ -28,7 +28,7 @@ void PictureButton::paintEvent(QPaintEvent *)
     option.icon = QIcon();
     painter.drawControl(QStyle::CE_PushButton, option);
 
-    QRect content = rect().adjusted(margin, margin, -margin, -margin);
+    QRect content = rect().adjusted(contentMargin, contentMargin, -contentMargin, -contentMargin);
     if (option.state.testFlag(QStyle::State_Sunken))
         content.translate(style()->pixelMetric(QStyle::PM_ButtonShiftHorizontal, &option, this),
                           style()->pixelMetric(QStyle::PM_ButtonShiftVertical, &option, this));

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/modem/codec/GsmAlphabet.h"
 #include "TovekSMService/modem/codec/PduCursor.h"
+#include "TovekSMService/modem/codec/UserDataHeader.h"
 
 namespace norvane {
 
@@ -13,7 +14,6 @@ namespace {
 constexpr int typeMask = 0x03;
 constexpr int deliver = 0x00;
 constexpr int statusReport = 0x02;
-constexpr int headerPresent = 0x40;
 
 /// Where notifications of multimedia messages go: the ports of WAP push, plain and secured.
 constexpr int pushPort = 2948;
@@ -149,7 +149,7 @@ Result<DeliverPdu, PduFailure> parseDeliver(const QByteArray &hex)
     message.sentAt = cursor.timestamp();
     const int length = cursor.octet();
     const UserData data(cursor.octets(octetsOf(length, scheme.coding)), length, scheme.coding,
-                        (first & headerPresent) != 0);
+                        (first & userDataHeaderIndicator) != 0);
     if (!data.isSound())
         cursor.fail(PduFailure::BadHeader);
     if (cursor.failure())

@@ -2,6 +2,7 @@
 
 #include "TovekSMService/modem/codec/GsmAlphabet.h"
 #include "TovekSMService/modem/codec/MessageText.h"
+#include "TovekSMService/modem/codec/UserDataHeader.h"
 #include "contract/ErrorCodes.h"
 
 namespace norvane {
@@ -17,13 +18,13 @@ constexpr int maxDigits = 20;
 constexpr int submit = 0x01;
 constexpr int relativeValidity = 0x10;
 constexpr int statusReportRequest = 0x20;
-constexpr int headerPresent = 0x40;
 
 /// The service centre address in front of the TPDU, in hexadecimal digits.
 constexpr int centreDigits = 2;
 
-constexpr int internationalNumber = 0x91;
-constexpr int unknownNumber = 0x81;
+/// Types of address, 3GPP TS 23.040, 9.1.2.5, with the numbering plan of the telephone.
+constexpr int internationalAddress = 0x91;
+constexpr int unknownAddress = 0x81;
 
 void appendOctet(QByteArray &octets, int value)
 {
@@ -57,7 +58,7 @@ Result<QByteArray, EncodeError> encodeAddress(const QString &phone)
 
     QByteArray address;
     appendOctet(address, static_cast<int>(semiOctets.size()));
-    appendOctet(address, international ? internationalNumber : unknownNumber);
+    appendOctet(address, international ? internationalAddress : unknownAddress);
     for (qsizetype i = 0; i < semiOctets.size(); i += 2) {
         const int low = semiOctets.at(i);
         const int high = i + 1 < semiOctets.size() ? semiOctets.at(i + 1) : 0x0F;
@@ -103,7 +104,7 @@ SubmitPart encodePart(const EncodeRequest &request, const QByteArray &address,
     QByteArray tpdu;
     appendOctet(tpdu, submit | (request.validityPeriod ? relativeValidity : 0) |
                           (request.statusReport ? statusReportRequest : 0) |
-                          (total > 1 ? headerPresent : 0));
+                          (total > 1 ? userDataHeaderIndicator : 0));
     appendOctet(tpdu, 0x00); // TP-Message-Reference: the device puts its own
     tpdu += address;
     appendOctet(tpdu, 0x00);                                          // TP-Protocol-Identifier

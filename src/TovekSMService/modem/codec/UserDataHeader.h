@@ -20,6 +20,9 @@ struct Concatenation
     bool operator==(const Concatenation &) const = default;
 };
 
+/// In the first octet of a TPDU: its user data begin with a header (3GPP TS 23.040, 9.2.3.23).
+inline constexpr int userDataHeaderIndicator = 0x40;
+
 /// What the header of a message's user data says (3GPP TS 23.040, 9.2.3.24).
 struct UserDataHeader
 {
