@@ -170,6 +170,13 @@ unplugged() { # What is queued without a device can be corrected, and leaves onc
     await 60 has_received 913000003 "Sin faltas"
 }
 
+# served_after_the_death: whether the client's message has left. A call in which the engine died is told
+# in a box, and until that is confirmed the server's console polls nothing.
+served_after_the_death() {
+    [[ -z $(windows_of "$server" "$box_title") ]] || confirm_box "$server"
+    has_received 912000003 "Despues de la caida"
+}
+
 engine_killed() { # In the middle of a list. The message that was leaving is reported and not sent again.
     step "the engine is killed while it sends a list"
     local number before engine
@@ -188,7 +195,7 @@ engine_killed() { # In the middle of a list. The message that was leaving is rep
 
     # What a client writes brings the engine back, which goes on by itself.
     write "$client" 912000003 "Despues de la caida"
-    await 40 has_received 912000003 "Despues de la caida"
+    await 40 served_after_the_death
     await 20 has_received 621000008 "Aviso N8"
     [[ $(engine_process) != "$engine" ]] || fail "it is the same engine"
 
