@@ -163,7 +163,7 @@ void compare(PostgresServer &server, const char *what, int each, const Way &way)
 }
 
 /// A claim as the engine makes it: a transaction of two exchanges with the server.
-void measureClaims(PostgresServer &server, int waiting, int claims)
+void measureClaims(PostgresServer &server, int waiting, int number)
 {
     const QString database = u"long"_s;
     const QTemporaryDir folder;
@@ -177,7 +177,7 @@ void measureClaims(PostgresServer &server, int waiting, int claims)
         qFatal("no store");
     fill(server, database, waiting);
     std::vector<double> milliseconds;
-    for (int claim = 0; claim < claims; ++claim) {
+    for (int claim = 0; claim < number; ++claim) {
         QElapsedTimer timer;
         timer.start();
         const StoreResult<qint64> id = store.database().together([&] {

@@ -289,8 +289,8 @@ TEST_F(HistoryModelTest, aPageThatGrewBeyondItsLimitLosesNoRow)
         waitUntil([&] { return model.row(row) != nullptr && model.row(last.row()) != nullptr; }));
     EXPECT_EQ(model.rowCount(), count + 59);
     EXPECT_EQ(model.row(last.row())->id, lastId);
-    for (int at = 5 * pageRows; at <= last.row(); ++at)
-        ASSERT_EQ(model.row(at)->id, source.rows.at(at).id) << at;
+    for (int place = 5 * pageRows; place <= last.row(); ++place)
+        ASSERT_EQ(model.row(place)->id, source.rows.at(place).id) << place;
 }
 
 TEST_F(HistoryModelTest, theChosenRowOfAPageThatIsFetchedAgainStaysTheSame)

@@ -9,6 +9,7 @@
 #include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDate>
 #include <QGraphicsScene>
 #include <QGraphicsTextItem>

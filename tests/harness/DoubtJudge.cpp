@@ -1,6 +1,7 @@
 #include "harness/DoubtJudge.h"
 
 #include "harness/SharingEngine.h"
+#include "harness/StoreReader.h"
 
 namespace norvane {
 

@@ -25,8 +25,8 @@ Fleet::Fleet(const RunOptions &options)
 {
     // Some devices refuse some parts: for the message's sake, or for a while.
     using Console = SharingEngine::Console;
-    const auto make = [&](const QString &name, Console console, const QStringList &options = {}) {
-        return std::make_unique<SharingEngine>(name, server.socketPath(), console, options);
+    const auto make = [&](const QString &name, Console console, const QStringList &device = {}) {
+        return std::make_unique<SharingEngine>(name, server.socketPath(), console, device);
     };
     const QStringList refusesSome = {u"--fail-every"_s, u"9"_s, u"--fail-code"_s, u"1"_s};
     m_engines = {make(u"one"_s, Console::Open, refusesSome),

@@ -7,6 +7,7 @@
 #include "support/TurnedTime.h"
 #include "support/WaitUntil.h"
 
+#include <QCoreApplication>
 #include <QSemaphore>
 #include <QThread>
 

@@ -8,6 +8,8 @@
 #include "support/PostgresProxy.h"
 #include "support/WaitUntil.h"
 
+#include <QCoreApplication>
+
 #include <gtest/gtest.h>
 
 #include <atomic>

@@ -34,9 +34,9 @@ struct Told
 
     bool operator==(const Told &other) const
     {
-        const auto sent = [](const StoredMessage &message) {
-            return std::tie(message.deliveryDate, message.originalDate, message.attempts,
-                            message.partsSent, message.reference);
+        const auto sent = [](const StoredMessage &one) {
+            return std::tie(one.deliveryDate, one.originalDate, one.attempts, one.partsSent,
+                            one.reference);
         };
         return row == other.row && steps == other.steps && sent(message) == sent(other.message);
     }
@@ -352,7 +352,7 @@ INSTANTIATE_TEST_SUITE_P(
         Obstacle{"intoTheFile", true, true, "INSERT", "message", "NEW.phone = '3'"},
         Obstacle{"withAPartToTheFile", true, true, "INSERT", "sent_part", "NEW.number = 2"},
         Obstacle{"behindTheCommitInTheFile", true, false, "DELETE", "moved_out", "true"}),
-    [](const testing::TestParamInfo<Obstacle> &info) { return std::string(info.param.name); });
+    [](const testing::TestParamInfo<Obstacle> &each) { return std::string(each.param.name); });
 
 } // namespace
 

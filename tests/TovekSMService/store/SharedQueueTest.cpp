@@ -9,6 +9,7 @@
 #include "support/PostgresProxy.h"
 #include "support/WaitUntil.h"
 
+#include <QCoreApplication>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
